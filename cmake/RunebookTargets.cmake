@@ -1,0 +1,54 @@
+# How every target of the project is built: one place for language level, warnings and defines.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTOUIC ON)
+set(CMAKE_AUTORCC ON)
+set(CMAKE_AUTOUIC_SEARCH_PATHS "${PROJECT_SOURCE_DIR}/resources")
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+
+find_program(RUNEBOOK_CCACHE ccache)
+if(RUNEBOOK_CCACHE)
+    # Precompiled headers and ccache agree only with these relaxations.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${RUNEBOOK_CCACHE})
+endif()
+
+add_library(runebook_options INTERFACE)
+target_compile_definitions(runebook_options INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH
+    RUNEBOOK_VERSION="${PROJECT_VERSION}")
+target_compile_options(runebook_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<BOOL:${RUNEBOOK_WERROR}>:-Werror>)
+target_include_directories(runebook_options INTERFACE "${PROJECT_SOURCE_DIR}")
+
+# runebook_add_library(NAME SOURCES file... [DEPENDS target...]): the static library of one folder,
+# known to others as runebook::NAME. DEPENDS spells the architecture.
+function(runebook_add_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_library(runebook_${name} STATIC ${ARG_SOURCES})
+    add_library(runebook::${name} ALIAS runebook_${name})
+    target_link_libraries(runebook_${name} PUBLIC runebook_options ${ARG_DEPENDS})
+    target_precompile_headers(runebook_${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
+endfunction()
+
+# runebook_add_test(NAME SOURCES file... DEPENDS target...): one Qt Test program. It finds the files of its
+# folder under RUNEBOOK_TEST_DATA and brings its own defaults and data folders (tests/TestMain.h).
+function(runebook_add_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE runebook_options ${ARG_DEPENDS} Qt6::Test)
+    target_compile_definitions(${name} PRIVATE
+        RUNEBOOK_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
+        RUNEBOOK_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+        RUNEBOOK_BUILD_DIR="${PROJECT_BINARY_DIR}")
+    target_precompile_headers(${name} REUSE_FROM runebook_platform)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+endfunction()

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+/// The main function of a test program: offscreen, and with folders of its own for defaults, data and
+/// settings, so that tests run in parallel and never touch what belongs to the user.
+#define RUNEBOOK_TEST_MAIN(TestClass)                                                                        \
+    int main(int argc, char *argv[])                                                                         \
+    {                                                                                                        \
+        const QTemporaryDir home;                                                                            \
+        runebook::useTestHome(home.path());                                                                  \
+        QApplication app(argc, argv);                                                                        \
+        TestClass test;                                                                                      \
+        return QTest::qExec(&test, argc, argv);                                                              \
+    }
+
+namespace runebook {
+
+/// Points every place where the program keeps something of the user's into the folder \a path.
+inline void useTestHome(const QString &path)
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QDir home(path);
+    const auto sub = [&home](const char *name) {
+        const QString folder = home.filePath(QString::fromLatin1(name));
+        QDir().mkpath(folder);
+        return folder.toLocal8Bit();
+    };
+    qputenv("HOME", path.toLocal8Bit());
+    qputenv("XDG_DATA_HOME", sub("data"));
+    qputenv("XDG_CONFIG_HOME", sub("config"));
+    qputenv("XDG_CACHE_HOME", sub("cache"));
+    qputenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
+    qputenv("RUNEBOOK_DEFAULTS", home.filePath(QStringLiteral("defaults.ini")).toLocal8Bit());
+    qputenv("LC_ALL", "C.UTF-8");
+}
+
+} // namespace runebook
