@@ -1,0 +1,136 @@
+#include "platform/UserDefaults.h"
+
+#include <QCoreApplication>
+#include <QStandardPaths>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString standardFileName()
+{
+    const QString chosen = qEnvironmentVariable("RUNEBOOK_DEFAULTS");
+    if (!chosen.isEmpty())
+        return chosen;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/runebook/runebook.ini"_L1;
+}
+
+// QSettings reads a list of one text back as a text and an empty list as nothing, and takes "@" and "/"
+// in a special way. So a list or map travels as one value that QVariant streams itself.
+constexpr auto kStreamed = "\x01streamed:"_L1;
+
+QVariant toStored(const QVariant &value)
+{
+    const int type = value.typeId();
+    if (type != QMetaType::QVariantList && type != QMetaType::QStringList && type != QMetaType::QVariantMap)
+        return value;
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_6_4);
+    stream << value;
+    return QString(kStreamed + QLatin1StringView(bytes.toBase64()));
+}
+
+QVariant fromStored(const QVariant &stored)
+{
+    if (stored.typeId() != QMetaType::QString)
+        return stored;
+    const QString text = stored.toString();
+    if (!text.startsWith(kStreamed))
+        return stored;
+    const QByteArray bytes = QByteArray::fromBase64(QStringView(text).mid(kStreamed.size()).toLatin1());
+    QDataStream stream(bytes);
+    stream.setVersion(QDataStream::Qt_6_4);
+    QVariant value;
+    stream >> value;
+    return stream.status() == QDataStream::Ok ? value : QVariant();
+}
+
+} // namespace
+
+UserDefaults &UserDefaults::standard()
+{
+    static UserDefaults defaults(standardFileName());
+    return defaults;
+}
+
+UserDefaults::UserDefaults(const QString &path, QObject *parent) :
+    QObject(parent),
+    m_settings(std::make_unique<QSettings>(path, QSettings::IniFormat))
+{
+}
+
+UserDefaults::~UserDefaults() = default;
+
+QVariant UserDefaults::objectForKey(const QString &key) const
+{
+    const QVariant stored = m_settings->value(key);
+    return stored.isValid() ? fromStored(stored) : m_fallbacks.value(key);
+}
+
+QString UserDefaults::stringForKey(const QString &key) const
+{
+    return objectForKey(key).toString();
+}
+
+bool UserDefaults::boolForKey(const QString &key) const
+{
+    return objectForKey(key).toBool();
+}
+
+int UserDefaults::integerForKey(const QString &key) const
+{
+    return objectForKey(key).toInt();
+}
+
+QVariantList UserDefaults::arrayForKey(const QString &key) const
+{
+    return objectForKey(key).toList();
+}
+
+bool UserDefaults::isSet(const QString &key) const
+{
+    return m_settings->contains(key);
+}
+
+void UserDefaults::setObjectForKey(const QVariant &value, const QString &key)
+{
+    if (!value.isValid()) {
+        removeObjectForKey(key);
+        return;
+    }
+    const QVariant old = objectForKey(key);
+    m_settings->setValue(key, toStored(value));
+    if (old != value)
+        Q_EMIT changed(key);
+}
+
+void UserDefaults::removeObjectForKey(const QString &key)
+{
+    if (!m_settings->contains(key))
+        return;
+    const QVariant old = objectForKey(key);
+    m_settings->remove(key);
+    if (old != objectForKey(key))
+        Q_EMIT changed(key);
+}
+
+void UserDefaults::registerDefaults(const QVariantMap &fallbacks)
+{
+    m_fallbacks.insert(fallbacks);
+}
+
+bool UserDefaults::synchronize()
+{
+    m_settings->sync();
+    return m_settings->status() == QSettings::NoError;
+}
+
+QString UserDefaults::fileName() const
+{
+    return m_settings->fileName();
+}
+
+} // namespace runebook
