@@ -1,6 +1,7 @@
 #include "platform/UserDefaults.h"
 
-#include <QCoreApplication>
+#include <QDataStream>
+#include <QIODevice>
 #include <QStandardPaths>
 
 namespace runebook {
