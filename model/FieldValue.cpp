@@ -1,0 +1,132 @@
+#include "model/FieldValue.h"
+
+#include <utility>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+FieldValue::FieldValue(const FieldValue &other) :
+    m_bits(other.m_bits)
+{
+    if (m_bits == 0)
+        return;
+    if (tag() == TextTag)
+        node<OwnText>()->references.ref();
+    else if (tag() == ListTag)
+        node<OwnList>()->references.ref();
+}
+
+FieldValue::~FieldValue()
+{
+    if (m_bits == 0)
+        return;
+    if (tag() == TextTag) {
+        if (!node<OwnText>()->references.deref())
+            delete node<OwnText>();
+    } else if (tag() == ListTag) {
+        if (!node<OwnList>()->references.deref())
+            delete node<OwnList>();
+    }
+}
+
+FieldValue FieldValue::piece(const char *source, quint64 offset, quint64 length)
+{
+    if (offset > MaxOffset || length > MaxLength)
+        return text(QString::fromUtf8(source + offset, static_cast<qsizetype>(length)));
+    return FieldValue(PieceTag | offset << 2 | length << LengthShift);
+}
+
+FieldValue FieldValue::text(const QString &text)
+{
+    if (text.isNull())
+        return {};
+    if (text.isEmpty())
+        return FieldValue(PieceTag);
+    return FieldValue(reinterpret_cast<quint64>(new OwnText {1, text}) | TextTag);
+}
+
+FieldValue FieldValue::list(const QStringList &list)
+{
+    return FieldValue(reinterpret_cast<quint64>(new OwnList {1, list}) | ListTag);
+}
+
+FieldValue FieldValue::number(qint32 number)
+{
+    return FieldValue(quint64(static_cast<quint32>(number)) << 32 | NumberTag);
+}
+
+bool FieldValue::isEmpty() const
+{
+    if (m_bits == 0)
+        return true;
+    switch (tag()) {
+    case PieceTag:
+        return pieceLength() == 0;
+    case ListTag:
+        return node<OwnList>()->value.isEmpty();
+    default:
+        return false;
+    }
+}
+
+QString FieldValue::toString(const char *source) const
+{
+    if (m_bits == 0)
+        return {};
+    switch (tag()) {
+    case PieceTag: {
+        const std::string_view piece = pieceLength() ? bytes(source) : std::string_view("");
+        // An empty present value must not come out as an absent one. fromUtf8 drops a leading byte order
+        // mark, which is a character like any other here.
+        if (piece.starts_with("\xEF\xBB\xBF")) {
+            const auto rest = static_cast<qsizetype>(piece.size() - 3);
+            return QChar(QChar::ByteOrderMark) + QString::fromUtf8(piece.data() + 3, rest);
+        }
+        if (piece.empty())
+            return u""_s;
+        return QString::fromUtf8(piece.data(), static_cast<qsizetype>(piece.size()));
+    }
+    case NumberTag:
+        return QString::number(toNumber());
+    case ListTag:
+        return node<OwnList>()->value.join(kListSeparator);
+    default:
+        return node<OwnText>()->value;
+    }
+}
+
+QStringList FieldValue::toList(const char *source) const
+{
+    if (m_bits == 0)
+        return {};
+    if (tag() == ListTag)
+        return node<OwnList>()->value;
+    return toString(source).split(kListSeparator);
+}
+
+std::string_view FieldValue::utf8(const char *source, std::string &buffer) const
+{
+    if (m_bits == 0)
+        return {};
+    if (tag() == PieceTag)
+        return bytes(source);
+    const QByteArray encoded = toString(source).toUtf8();
+    buffer.assign(encoded.constData(), static_cast<std::size_t>(encoded.size()));
+    return buffer;
+}
+
+bool FieldValue::equal(const FieldValue &a, const char *sourceA, const FieldValue &b, const char *sourceB)
+{
+    if (a.isAbsent() || b.isAbsent())
+        return a.isAbsent() && b.isAbsent();
+    if (a.isPiece() && b.isPiece()) {
+        return a.pieceLength() == b.pieceLength()
+            && (a.pieceLength() == 0 || a.bytes(sourceA) == b.bytes(sourceB));
+    }
+    if (a.isList() || b.isList())
+        return a.toList(sourceA) == b.toList(sourceB);
+    return a.toString(sourceA) == b.toString(sourceB);
+}
+
+} // namespace runebook

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+namespace runebook {
+
+/// The fields of a record, each under its own key. Those before Direction are kept as texts or lists.
+enum class GlyphField : quint8 {
+    Name,
+    Category,
+    SubCategory,
+    Marks,
+    Anchors,
+    UnicodeLegacy,
+    Unicodes,
+    Script,
+    Production,
+    SortName,
+    SortNameKeep,
+    SortNameOld,
+    AltNames,
+    Desc,
+    Decompose,
+    UnicharString,
+    Direction,
+    Case,
+    Index,
+    UnicodeChar,
+    Document,
+    Unicode, ///< derived: the first code point
+};
+
+inline constexpr int kStoredFieldCount = static_cast<int>(GlyphField::Direction);
+inline constexpr int kFieldCount = static_cast<int>(GlyphField::Unicode) + 1;
+
+/// The key under which scripts, tables and predicates know the field.
+QString keyOfField(GlyphField field);
+/// The field of a key; nothing for a key that names none. Keys match exactly.
+std::optional<GlyphField> fieldForKey(QStringView key);
+
+} // namespace runebook

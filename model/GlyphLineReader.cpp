@@ -1,0 +1,369 @@
+#include "model/GlyphLineReader.h"
+
+#include <cstring>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::string_view kStart = "<glyph ";
+constexpr std::string_view kCommentStart = "<!--";
+constexpr std::string_view kCommentEnd = "-->";
+
+/// How an attribute is taken, and its place in the order in which the writer prints (0: never printed).
+struct Handling {
+    enum Kind : quint8 { Field, CodePoint, CodePoints, Legacy, Direction, Case, Accents, Unknown } kind;
+    GlyphField field = GlyphField::Name;
+    int rank = 0;
+};
+
+Handling handlingOf(std::string_view key)
+{
+    using K = Handling;
+    using F = GlyphField;
+    // The first character and the length tell all known keys apart but for a few pairs; comparing whole
+    // texts after that keeps it safe.
+    switch (key.front()) {
+    case 'a':
+        if (key == "anchors")
+            return {K::Field, F::Anchors, 18};
+        if (key == "altNames")
+            return {K::Field, F::AltNames, 16};
+        if (key == "accents")
+            return {K::Accents, F::Marks, 19};
+        break;
+    case 'c':
+        if (key == "category")
+            return {K::Field, F::Category, 10};
+        if (key == "case")
+            return {K::Case, F::Case, 12};
+        break;
+    case 'd':
+        if (key == "description")
+            return {K::Field, F::Desc, 17};
+        if (key == "decompose")
+            return {K::Field, F::Decompose, 9};
+        if (key == "direction")
+            return {K::Direction, F::Direction, 15};
+        if (key == "desc")
+            return {K::Field, F::Desc, 0};
+        break;
+    case 'l':
+        if (key == "legacy")
+            return {K::Legacy, F::Production, 0};
+        break;
+    case 'm':
+        if (key == "marks")
+            return {K::Field, F::Marks, 19};
+        break;
+    case 'n':
+        if (key == "name")
+            return {K::Field, F::Name, 5};
+        break;
+    case 'p':
+        if (key == "production")
+            return {K::Field, F::Production, 14};
+        break;
+    case 's':
+        if (key == "subCategory")
+            return {K::Field, F::SubCategory, 11};
+        if (key == "script")
+            return {K::Field, F::Script, 13};
+        if (key == "sortName")
+            return {K::Field, F::SortName, 6};
+        if (key == "sortNameOld")
+            return {K::Field, F::SortNameOld, 7};
+        if (key == "sortNameKeep")
+            return {K::Field, F::SortNameKeep, 8};
+        break;
+    case 'u':
+        if (key == "unicode")
+            return {K::CodePoint, F::Unicodes, 1};
+        if (key == "unicode2")
+            return {K::CodePoint, F::Unicodes, 2};
+        if (key == "unicode3")
+            return {K::CodePoint, F::Unicodes, 0};
+        if (key == "unicodes")
+            return {K::CodePoints, F::Unicodes, 0};
+        if (key == "unicodeLegacy")
+            return {K::Field, F::UnicodeLegacy, 4};
+        if (key == "unicodeLegecy")
+            return {K::Field, F::UnicodeLegacy, 0};
+        if (key == "unicharString")
+            return {K::Field, F::UnicharString, 0};
+        break;
+    default:
+        break;
+    }
+    return {K::Unknown};
+}
+
+bool isKeyCharacter(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '-'
+        || c == '_';
+}
+
+/// The number of UTF-16 units of valid UTF-8: every byte that begins a character, four-byte ones twice.
+std::size_t utf16Length(std::string_view text)
+{
+    std::size_t units = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        units += ((byte & 0xC0) != 0x80) + (byte >= 0xF0);
+    }
+    return units;
+}
+
+/// Upper-case already, as far as that can be told without looking at Unicode tables.
+bool isPlainUpper(std::string_view text)
+{
+    for (const char c : text) {
+        if (static_cast<signed char>(c) < 0 || (c >= 'a' && c <= 'z'))
+            return false;
+    }
+    return true;
+}
+
+QString toText(std::string_view utf8)
+{
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+} // namespace
+
+GlyphLineReader::GlyphLineReader(SourcePtr source, ReadNotes *notes) :
+    m_source(std::move(source)),
+    m_notes(notes)
+{
+}
+
+InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
+{
+    const std::string_view line(m_source->data() + begin, static_cast<std::size_t>(end - begin));
+    if (!line.starts_with(kStart))
+        return nullptr;
+
+    InfoPtr info;
+    const std::size_t comment = line.find(kCommentStart);
+    const std::size_t commentEnd = comment == line.npos ? line.npos : line.rfind(kCommentEnd);
+    if (comment != line.npos)
+        note(ReadNotes::Comment, line.substr(comment));
+    if (commentEnd != line.npos && commentEnd >= comment + kCommentStart.size()) {
+        QByteArray rest(line.data(), static_cast<qsizetype>(comment));
+        const std::string_view behind = line.substr(commentEnd + kCommentEnd.size());
+        rest.append(behind.data(), static_cast<qsizetype>(behind.size()));
+        GlyphLineReader inner(SourcePtr(new SourceBytes(rest)), m_notes);
+        inner.m_records = m_records;
+        inner.m_versionHint = m_versionHint;
+        info = inner.readWithoutComments({inner.m_source->data(), static_cast<std::size_t>(rest.size())});
+        m_versionHint = inner.m_versionHint;
+    } else {
+        info = std::make_shared<VXGlyphInfo>();
+        info->m_source = m_source;
+        scan(*info, line, isWholeLine && comment == line.npos);
+        if (m_lineVersions) {
+            // The line is kept with the tab before and the line feed behind it.
+            info->m_line = FieldValue::piece(m_source->data(), static_cast<quint64>(begin - 1), line.size() + 2);
+            info->m_lineVersions = m_lineVersions;
+        }
+    }
+    ++m_records;
+    return info;
+}
+
+InfoPtr GlyphLineReader::readWithoutComments(std::string_view line)
+{
+    InfoPtr info = std::make_shared<VXGlyphInfo>();
+    info->m_source = m_source;
+    scan(*info, line, false);
+    return info;
+}
+
+void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWholeLine)
+{
+    info.m_direction = VXGlyphInfo::DirectionNotSet;
+    m_lineVersions = isWholeLine ? 3 : 0;
+    m_lastRank = 0;
+    m_seenFields = 0;
+
+    // Where a further attribute may begin is bounded by the number of characters of the line, while places
+    // are bytes: in a line with non-ASCII text the last attributes may stay unread.
+    const std::size_t bound = utf16Length(line);
+    const std::size_t length = line.size();
+    std::size_t i = kStart.size();
+    bool ended = false;
+    if (bound < kStart.size() + 2)
+        i = length;
+    while (i < length) {
+        const char c = line[i];
+        if (i >= bound)
+            break;
+        if (c == ' ' || c == '"') {
+            ++i;
+            continue;
+        }
+        const std::size_t keyStart = i;
+        while (i < length && isKeyCharacter(line[i]))
+            ++i;
+        const std::string_view key = line.substr(keyStart, i - keyStart);
+        if (key.empty() && line.substr(i, 2) == "/>") {
+            // The writer puts one blank between the last value and the end.
+            if (line[i - 1] != ' ' || line[i - 2] != '"')
+                m_lineVersions = 0;
+            i += 2;
+            ended = true;
+            break;
+        }
+        // What follows the key is taken for an equals sign and a quote, whatever it is.
+        const std::size_t afterKey = i;
+        i = std::min(i + 2, length);
+        while (i < length && (line[i] == ' ' || (line[i] == '"' && line[i - 1] != '"')))
+            ++i;
+        const std::size_t valueStart = i;
+        if (i < length) {
+            const void *quote = std::memchr(line.data() + i, '"', length - i);
+            i = quote ? static_cast<std::size_t>(static_cast<const char *>(quote) - line.data()) : length;
+        }
+        const Attribute attribute {key, line.substr(valueStart, i - valueStart)};
+        const bool isPlain = valueStart == afterKey + 2 && line[afterKey] == '=' && line[afterKey + 1] == '"'
+            && i < length && (keyStart == kStart.size() || line.substr(keyStart - 2, 2) == "\" ");
+        if (!isPlain)
+            m_lineVersions = 0;
+
+        After after = After::LookForEnd;
+        if (key.size() >= 2 && !attribute.value.empty()) {
+            if (valueStart > afterKey + 2 && line[valueStart - 1] == ' ')
+                note(ReadNotes::DroppedAttribute, key);
+            after = apply(info, attribute);
+        } else {
+            m_lineVersions = 0;
+            if (!key.empty() && !attribute.value.empty())
+                note(ReadNotes::DroppedAttribute, key);
+        }
+        if (after == After::LookForEnd && line.substr(std::min(i + 1, length), 2) == "/>") {
+            m_lineVersions = 0; // the writer would have put a blank before the end
+            i += 3;
+            ended = true;
+            break;
+        }
+    }
+    if (!ended || i != length)
+        m_lineVersions = 0;
+    if (i < length && line.find_first_not_of(" \t\"", i) != line.npos)
+        note(ReadNotes::UnreadRest, line.substr(i));
+    if (m_seenFields & (1u << static_cast<int>(GlyphField::Unicodes)))
+        info.updateUnicodeChar();
+    if (!(m_seenFields & (1u << static_cast<int>(GlyphField::Name))))
+        m_lineVersions = 0;
+}
+
+GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute &attribute)
+{
+    const auto &[key, value] = attribute;
+    const Handling handling = handlingOf(key);
+    noteOrder(handling.rank);
+    if (handling.kind != Handling::Unknown) {
+        const quint32 bit = 1u << static_cast<int>(handling.field);
+        if (m_seenFields & bit && handling.kind != Handling::CodePoint)
+            note(ReadNotes::DroppedAttribute, key);
+        m_seenFields |= bit;
+    }
+    switch (handling.kind) {
+    case Handling::Field:
+        if (handling.field == GlyphField::Marks) {
+            m_lineVersions &= ~1; // version 1 calls them accents
+            if (VXGlyphInfo::refusesMarks(value)) {
+                m_lineVersions = 0;
+                note(ReadNotes::DroppedAttribute, value);
+                return After::LookForEnd;
+            }
+        }
+        if (handling.field == GlyphField::UnicodeLegacy && utf16Length(value) < 4)
+            m_lineVersions = 0;
+        setPiece(info, handling.field, value);
+        return After::LookForEnd;
+    case Handling::Legacy:
+        setPiece(info, GlyphField::Production, value);
+        return After::LookForEnd;
+    case Handling::CodePoint:
+        if (handling.rank == 2 && info.stored(GlyphField::Unicodes).isAbsent())
+            m_lineVersions = 0; // a lone second code point is the first one from now on
+        addCodePoint(info, value);
+        return After::GoOn;
+    case Handling::CodePoints: {
+        QStringList parts = toText(value).split(u',');
+        info.setUnicodes(parts.join(u' ').split(u' '));
+        if (info.unicodes().size() > 2)
+            note(ReadNotes::CodePoints, value);
+        return After::GoOn;
+    }
+    case Handling::Direction: {
+        const QString word = toText(value);
+        info.m_direction = static_cast<qint8>(VXGlyphInfo::directionFromString(word));
+        if (word != VXGlyphInfo::stringFromDirection(info.m_direction))
+            m_lineVersions = 0;
+        return After::GoOn;
+    }
+    case Handling::Case: {
+        const QString word = toText(value);
+        info.m_case = static_cast<quint8>(VXGlyphInfo::caseFromString(word));
+        m_versionHint = 2;
+        m_lineVersions = word == VXGlyphInfo::stringFromCase(info.m_case) ? m_lineVersions & ~1 : 0;
+        return After::GoOn;
+    }
+    case Handling::Accents:
+        setPiece(info, GlyphField::Marks, value);
+        m_versionHint = 1;
+        m_lineVersions &= ~2;
+        return After::GoOn;
+    case Handling::Unknown: {
+        // Fields that take no text come here too: in a file they are as good as unknown.
+        m_lineVersions = 0;
+        note(ReadNotes::UnknownAttribute, key);
+        info.setValueForUndefinedKey(toText(value), toText(key));
+        return After::LookForEnd;
+    }
+    }
+    return After::LookForEnd;
+}
+
+void GlyphLineReader::addCodePoint(VXGlyphInfo &info, std::string_view value)
+{
+    const FieldValue &present = info.stored(GlyphField::Unicodes);
+    if (present.isAbsent() && isPlainUpper(value)) {
+        setPiece(info, GlyphField::Unicodes, value);
+        return;
+    }
+    QStringList codePoints = info.unicodes();
+    const QString added = toText(value).toUpper();
+    codePoints << added;
+    info.m_values[static_cast<std::size_t>(GlyphField::Unicodes)] = FieldValue::list(codePoints);
+    if (!isPlainUpper(value))
+        m_lineVersions = 0;
+    if (codePoints.size() > 2)
+        note(ReadNotes::CodePoints, value);
+}
+
+void GlyphLineReader::setPiece(VXGlyphInfo &info, GlyphField field, std::string_view value)
+{
+    info.m_values[static_cast<std::size_t>(field)] = FieldValue::piece(
+        m_source->data(), static_cast<quint64>(value.data() - m_source->data()), value.size());
+}
+
+void GlyphLineReader::noteOrder(int rank)
+{
+    if (rank <= m_lastRank)
+        m_lineVersions = 0;
+    m_lastRank = rank;
+}
+
+void GlyphLineReader::note(ReadNotes::Kind kind, std::string_view text)
+{
+    if (m_notes)
+        m_notes->add(kind, m_records, toText(text.substr(0, 400)));
+}
+
+} // namespace runebook

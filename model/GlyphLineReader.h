@@ -1,0 +1,51 @@
+#pragma once
+
+#include "model/ReadNotes.h"
+#include "model/VXGlyphInfo.h"
+
+#include <string_view>
+
+namespace runebook {
+
+/// Reads glyph lines out of one block of bytes. The records keep pointing into the block; nothing is copied
+/// that nobody looks at.
+class GlyphLineReader
+{
+public:
+    /// \a source must be valid UTF-8. \a notes, if given, gathers what the records cannot keep.
+    explicit GlyphLineReader(SourcePtr source, ReadNotes *notes = nullptr);
+
+    /// The record of the line [begin, end) of the block, trimmed; null when it does not begin as a glyph
+    /// line. \a isWholeLine tells that "\t" stands before and a line feed after it, and nothing else on
+    /// that line: then the line may be written again as it stands.
+    InfoPtr read(qsizetype begin, qsizetype end, bool isWholeLine);
+
+    /// 1 once a line had an "accents" attribute, 2 once one had "case", whichever came last; 0 before.
+    quint8 versionHint() const { return m_versionHint; }
+
+private:
+    struct Attribute {
+        std::string_view key;
+        std::string_view value;
+    };
+    enum class After { GoOn, LookForEnd };
+
+    InfoPtr readWithoutComments(std::string_view line);
+    void scan(VXGlyphInfo &info, std::string_view line, bool isWholeLine);
+    After apply(VXGlyphInfo &info, const Attribute &attribute);
+    void addCodePoint(VXGlyphInfo &info, std::string_view value);
+    void setPiece(VXGlyphInfo &info, GlyphField field, std::string_view value);
+    void noteOrder(int rank);
+    void note(ReadNotes::Kind kind, std::string_view text);
+
+    SourcePtr m_source;
+    ReadNotes *m_notes;
+    qsizetype m_records = 0;
+    quint8 m_versionHint = 0;
+    // Of the line being read: whether it is, so far, what the writer would print for each kind of version.
+    quint8 m_lineVersions = 0;
+    int m_lastRank = 0;
+    quint32 m_seenFields = 0;
+};
+
+} // namespace runebook

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "model/VXGlyphInfo.h"
+
+#include <string>
+
+namespace runebook {
+
+/// Prints records as lines of a glyph data file of one version. Values that were read and not changed go
+/// from the bytes of the reading straight into the output.
+class GlyphLineWriter
+{
+public:
+    explicit GlyphLineWriter(int fileVersion) :
+        m_fileVersion(fileVersion)
+    {
+    }
+
+    /// Appends the line of \a info, line feed included, to \a output.
+    void append(const VXGlyphInfo &info, std::string &output);
+
+private:
+    void appendAttribute(std::string_view nameAndQuote, std::string_view value, std::string &output);
+    void appendField(std::string_view nameAndQuote, const VXGlyphInfo &info, GlyphField field,
+                     std::string &output);
+    void appendCodePoints(const VXGlyphInfo &info, std::string &output);
+    bool appendsCaseAsSubCategory(const VXGlyphInfo &info, std::string &output);
+
+    int m_fileVersion;
+    std::string m_buffer;
+};
+
+} // namespace runebook

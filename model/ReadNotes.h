@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+#include <vector>
+
+namespace runebook {
+
+/// What a reader met that the records cannot keep or that a save will write differently. Gathered while
+/// reading, for the one who has to warn before the file is overwritten.
+struct ReadNotes {
+    enum Kind : quint8 {
+        Comment, ///< a comment, which is not kept
+        UnknownAttribute, ///< an attribute that no record has
+        UnreadRest, ///< attributes behind the place where reading of the line ended
+        DroppedAttribute, ///< a repeated or refused attribute, one without value or with leading blanks
+        CodePoints, ///< more than two code points, of which a save keeps two
+        ForeignLine, ///< a line that is no glyph line
+        KindCount
+    };
+    struct Note {
+        Kind kind;
+        qsizetype record; ///< 0-based place of the record concerned, or of the next one
+        QString text; ///< what was met, cut for display
+    };
+
+    /// Adds a note; the texts of the first thousand are kept, all are counted.
+    void add(Kind kind, qsizetype record, const QString &text = {});
+    bool isEmpty() const;
+    qsizetype count(Kind kind) const { return counts[kind]; }
+
+    std::vector<Note> notes;
+    qsizetype counts[KindCount] = {};
+    bool hasByteOrderMark = false;
+    bool hasCarriageReturns = false;
+    bool hasForeignHeader = false; ///< a header that a save replaces by the program's own
+};
+
+} // namespace runebook

@@ -1,0 +1,196 @@
+#include "platform/UndoManager.h"
+
+#include <QUndoCommand>
+#include <utility>
+
+namespace runebook {
+
+namespace {
+
+class FunctionOperation final : public UndoOperation
+{
+public:
+    explicit FunctionOperation(std::function<void()> inverse) :
+        m_inverse(std::move(inverse))
+    {
+    }
+    void perform(UndoManager &) override { m_inverse(); }
+
+private:
+    std::function<void()> m_inverse;
+};
+
+} // namespace
+
+/// One closed group on the stack. It holds the operations that lead to the other side of the step: those
+/// that undo it while it is done, those that redo it while it is undone.
+class UndoManager::Step final : public QUndoCommand
+{
+public:
+    Step(UndoManager &manager, Operations operations, const QString &name) :
+        QUndoCommand(name),
+        m_manager(manager),
+        m_operations(std::move(operations))
+    {
+    }
+
+    void undo() override { m_operations = m_manager.performAll(std::move(m_operations), State::Undoing); }
+
+    void redo() override
+    {
+        // Pushing a command calls redo(); the change is made already then.
+        if (std::exchange(m_isNew, false))
+            return;
+        m_operations = m_manager.performAll(std::move(m_operations), State::Redoing);
+    }
+
+private:
+    UndoManager &m_manager;
+    Operations m_operations;
+    bool m_isNew = true;
+};
+
+UndoManager::UndoManager(QObject *parent) :
+    QObject(parent)
+{
+    connect(&m_stack, &QUndoStack::indexChanged, this, &UndoManager::changed);
+    connect(&m_stack, &QUndoStack::cleanChanged, this, &UndoManager::noteCleanChange);
+}
+
+UndoManager::~UndoManager()
+{
+    // The stack tells of its own end; nobody may hear that from a half-destroyed manager.
+    m_stack.disconnect(this);
+}
+
+void UndoManager::registerOperation(std::unique_ptr<UndoOperation> operation)
+{
+    if (!m_enabled)
+        return;
+    const bool first = m_open.empty();
+    m_open.push_back(std::move(operation));
+    if (m_state != State::Recording || !first)
+        return;
+    if (m_level == 0 && !m_closePending) {
+        m_closePending = true;
+        QMetaObject::invokeMethod(this, [this] {
+            m_closePending = false;
+            if (m_level == 0)
+                closeGroup();
+        }, Qt::QueuedConnection);
+    }
+    noteCleanChange();
+    Q_EMIT changed();
+}
+
+void UndoManager::registerUndo(std::function<void()> inverse)
+{
+    registerOperation(std::make_unique<FunctionOperation>(std::move(inverse)));
+}
+
+UndoOperation *UndoManager::lastOperation() const
+{
+    return m_enabled && !m_open.empty() ? m_open.back().get() : nullptr;
+}
+
+void UndoManager::setActionName(const QString &name)
+{
+    if (m_openName.isEmpty() && m_state == State::Recording)
+        m_openName = name;
+}
+
+void UndoManager::beginUndoGrouping()
+{
+    if (m_state != State::Recording)
+        return;
+    if (m_level++ == 0)
+        closeGroup();
+}
+
+void UndoManager::endUndoGrouping()
+{
+    if (m_state != State::Recording || m_level == 0)
+        return;
+    if (--m_level == 0)
+        closeGroup();
+}
+
+void UndoManager::closeGroup()
+{
+    Operations operations = std::exchange(m_open, {});
+    const QString name = std::exchange(m_openName, {});
+    if (operations.empty())
+        return;
+    m_stack.push(new Step(*this, std::move(operations), name));
+}
+
+bool UndoManager::canUndo() const
+{
+    return m_stack.canUndo() || (m_state == State::Recording && !m_open.empty());
+}
+
+bool UndoManager::canRedo() const
+{
+    return m_stack.canRedo() && m_open.empty();
+}
+
+void UndoManager::undo()
+{
+    if (m_state != State::Recording)
+        return;
+    // A running script's group is closed first; its own end then finds nothing more to close.
+    closeGroup();
+    m_stack.undo();
+}
+
+void UndoManager::redo()
+{
+    if (m_state != State::Recording)
+        return;
+    closeGroup();
+    m_stack.redo();
+}
+
+void UndoManager::removeAllActions()
+{
+    m_open.clear();
+    m_openName.clear();
+    m_stack.clear();
+}
+
+UndoManager::Operations UndoManager::performAll(Operations operations, State state)
+{
+    m_state = state;
+    m_open.clear();
+    for (auto operation = operations.rbegin(); operation != operations.rend(); ++operation)
+        (*operation)->perform(*this);
+    m_state = State::Recording;
+    return std::exchange(m_open, {});
+}
+
+bool UndoManager::isClean() const
+{
+    return m_stack.isClean() && (m_state != State::Recording || m_open.empty());
+}
+
+void UndoManager::setClean()
+{
+    closeGroup();
+    m_stack.setClean();
+    noteCleanChange();
+}
+
+void UndoManager::resetClean()
+{
+    m_stack.resetClean();
+    noteCleanChange();
+}
+
+void UndoManager::noteCleanChange()
+{
+    const bool clean = isClean();
+    if (std::exchange(m_wasClean, clean) != clean)
+        Q_EMIT cleanChanged(clean);
+}
+
+} // namespace runebook

@@ -1,0 +1,118 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QUndoStack>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace runebook {
+
+class UndoManager;
+
+/// The inverse of one change. An edit registers it before it acts; performing it must register the inverse
+/// of the inverse with \a manager, which makes the redo.
+class UndoOperation
+{
+public:
+    virtual ~UndoOperation() = default;
+    virtual void perform(UndoManager &manager) = 0;
+};
+
+/// The undo history of one document, kept in a QUndoStack: a step for each user command or script run,
+/// however many changes it makes. Changes made outside a group are one step for each turn of the event loop.
+/// Main thread only.
+class UndoManager : public QObject
+{
+    Q_OBJECT
+public:
+    explicit UndoManager(QObject *parent = nullptr);
+    ~UndoManager() override;
+
+public: // registering
+    void registerOperation(std::unique_ptr<UndoOperation> operation);
+    /// The same for a function; it must make its change through operations that register in turn.
+    void registerUndo(std::function<void()> inverse);
+    /// The operation registered last in the open group, or null: an edit may extend it instead of
+    /// registering one more.
+    UndoOperation *lastOperation() const;
+    /// Names the open step, for the menu texts ("Undo Paste"). The first name given stays.
+    Q_INVOKABLE void setActionName(const QString &name);
+    /// While disabled nothing is registered: for changes that are no edits, such as reading a file.
+    void setRegistrationEnabled(bool enabled) { m_enabled = enabled; }
+    bool isRegistrationEnabled() const { return m_enabled; }
+
+public: // groups: everything between begin and the matching end is one step
+    Q_INVOKABLE void beginUndoGrouping();
+    Q_INVOKABLE void endUndoGrouping();
+    /// Open explicit groups.
+    Q_INVOKABLE int groupingLevel() const { return m_level; }
+
+public: // history
+    Q_INVOKABLE bool canUndo() const;
+    Q_INVOKABLE bool canRedo() const;
+    /// Closes what is open and takes one step back; does nothing when there is none.
+    Q_INVOKABLE void undo();
+    Q_INVOKABLE void redo();
+    Q_INVOKABLE void removeAllActions();
+    bool isUndoing() const { return m_state == State::Undoing; }
+    bool isRedoing() const { return m_state == State::Redoing; }
+    /// True when the document is as it was saved: the clean index of the stack, nothing pending.
+    bool isClean() const;
+    void setClean();
+    /// Makes the document count as changed whatever the history says (a failed save, a recovered file).
+    void resetClean();
+    /// The stack, for menus and history lists. Do not push onto it.
+    QUndoStack *stack() { return &m_stack; }
+
+Q_SIGNALS:
+    void cleanChanged(bool clean);
+    /// A step has begun, was closed, undone or redone.
+    void changed();
+
+private:
+    class Step;
+    enum class State { Recording, Undoing, Redoing };
+    using Operations = std::vector<std::unique_ptr<UndoOperation>>;
+
+    Operations performAll(Operations operations, State state);
+    void closeGroup();
+    void noteCleanChange();
+
+    QUndoStack m_stack;
+    Operations m_open;
+    QString m_openName;
+    int m_level = 0;
+    State m_state = State::Recording;
+    bool m_enabled = true;
+    bool m_closePending = false;
+    bool m_wasClean = true;
+};
+
+/// One undo step in one scope: opens a group, and closes it when it goes.
+class UndoGroup
+{
+public:
+    explicit UndoGroup(UndoManager *manager, const QString &name = {}) :
+        m_manager(manager)
+    {
+        if (!m_manager)
+            return;
+        m_manager->beginUndoGrouping();
+        if (!name.isEmpty())
+            m_manager->setActionName(name);
+    }
+    ~UndoGroup()
+    {
+        if (m_manager)
+            m_manager->endUndoGrouping();
+    }
+    UndoGroup(const UndoGroup &) = delete;
+    UndoGroup &operator=(const UndoGroup &) = delete;
+
+private:
+    UndoManager *m_manager;
+};
+
+} // namespace runebook
