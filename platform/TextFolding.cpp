@@ -1,0 +1,292 @@
+#include "platform/TextFolding.h"
+
+#include <QChar>
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <memory>
+
+namespace runebook {
+
+namespace {
+
+constexpr char32_t pageSize = 256;
+constexpr char32_t pageCount = (QChar::LastValidCodePoint + 1) / pageSize;
+
+/// What one code point folds to: none (a mark) to three code points.
+struct Folded {
+    std::array<char32_t, 3> points {};
+    quint8 count = 0;
+};
+
+QString toString(char32_t point)
+{
+    return QStringView(QChar::fromUcs4(point)).toString();
+}
+
+bool isMark(char32_t point)
+{
+    const QChar::Category category = QChar::category(point);
+    // With everything dropped that canonical ordering moves, decomposing a text needs no reordering and can
+    // go by single code points.
+    return category == QChar::Mark_NonSpacing || category == QChar::Mark_Enclosing
+        || QChar::combiningClass(point) != 0;
+}
+
+QString withoutMarks(const QString &text)
+{
+    QString bare;
+    for (const char32_t point : text.normalized(QString::NormalizationForm_D).toUcs4()) {
+        if (!isMark(point))
+            bare += QChar::fromUcs4(point);
+    }
+    return bare;
+}
+
+/// Full case folding of \a point. Qt's own folding answers one code point for one, so the others come from
+/// its upper case: wherever full folding gives several letters, so does upper case, and they are the same
+/// letters but for these two.
+QString fullCaseFolding(char32_t point)
+{
+    constexpr char32_t capitalSharpS = 0x1E9E;
+    constexpr char32_t capitalIWithDot = 0x0130;
+    if (point == capitalSharpS)
+        return QStringLiteral("ss");
+    if (point == capitalIWithDot)
+        return QStringLiteral("i\u0307");
+    const QString text = toString(point);
+    const QString upper = text.toUpper();
+    const bool severalLetters = upper.size() > (QChar::requiresSurrogates(point) ? 2 : 1);
+    return (severalLetters ? upper : text).toCaseFolded();
+}
+
+Folded computeFolded(char32_t point, Folding folding)
+{
+    QString text = toString(point);
+    if (!QChar::isSurrogate(point)) {
+        if (folding.testFlag(Fold::Diacritics))
+            text = withoutMarks(text);
+        if (folding.testFlag(Fold::Case)) {
+            QString folded;
+            for (const char32_t part : text.toUcs4())
+                folded += fullCaseFolding(part);
+            text = folding.testFlag(Fold::Diacritics) ? withoutMarks(folded) : folded;
+        }
+    }
+    Folded folded;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        char32_t part = text[i].unicode();
+        if (text[i].isHighSurrogate() && i + 1 < text.size())
+            part = QChar::surrogateToUcs4(text[i], text[i + 1]), ++i;
+        Q_ASSERT(folded.count < folded.points.size());
+        folded.points[folded.count++] = part;
+    }
+    return folded;
+}
+
+/// The answers of computeFolded() for one folding, worked out page by page when a text first needs them.
+/// Pages stay until the process ends.
+class FoldingTable
+{
+public:
+    const Folded &at(char32_t point, Folding folding)
+    {
+        std::atomic<const Page *> &slot = m_pages[point / pageSize];
+        const Page *page = slot.load(std::memory_order_acquire);
+        if (!page)
+            page = publish(slot, point / pageSize * pageSize, folding);
+        return (*page)[point % pageSize];
+    }
+
+private:
+    using Page = std::array<Folded, pageSize>;
+
+    static const Page *publish(std::atomic<const Page *> &slot, char32_t first, Folding folding)
+    {
+        auto page = std::make_unique<Page>();
+        for (char32_t i = 0; i < pageSize; ++i)
+            (*page)[i] = computeFolded(first + i, folding);
+        const Page *published = nullptr;
+        // Two threads may work out the same page; the first one wins.
+        if (slot.compare_exchange_strong(published, page.get(), std::memory_order_acq_rel))
+            published = page.release();
+        return published;
+    }
+
+    std::array<std::atomic<const Page *>, pageCount> m_pages {};
+};
+
+const Folded &foldedPoint(char32_t point, Folding folding)
+{
+    static std::array<FoldingTable, 4> tables; // by the bits of the folding
+    return tables[folding.toInt()].at(point, folding);
+}
+
+void appendUtf8(std::string &out, char32_t point)
+{
+    const auto trail = [point](int shift) { return char(0x80 | ((point >> shift) & 0x3F)); };
+    if (point < 0x80)
+        out += char(point);
+    else if (point < 0x800)
+        out += {char(0xC0 | (point >> 6)), trail(0)};
+    else if (point < 0x10000)
+        out += {char(0xE0 | (point >> 12)), trail(6), trail(0)};
+    else
+        out += {char(0xF0 | (point >> 18)), trail(12), trail(6), trail(0)};
+}
+
+void appendUtf16(QString &out, char32_t point)
+{
+    out += QChar::fromUcs4(point);
+}
+
+template <typename Text, typename Append>
+void appendFoldedPoint(Text &out, char32_t point, Folding folding, Append append)
+{
+    if (!folding) {
+        append(out, point);
+        return;
+    }
+    const Folded &folded = foldedPoint(point, folding);
+    for (int i = 0; i < folded.count; ++i)
+        append(out, folded.points[i]);
+}
+
+/// A code point and the units it takes; no units when there is none.
+struct Decoded {
+    char32_t point = 0;
+    int length = 0;
+};
+
+/// The code point at the start of \a bytes, which must not be empty; shortest forms without surrogates only.
+Decoded decodeUtf8(std::string_view bytes)
+{
+    const auto lead = static_cast<unsigned char>(bytes.front());
+    const int length = lead < 0x80 ? 1
+        : lead < 0xC2              ? 0
+        : lead < 0xE0              ? 2
+        : lead < 0xF0              ? 3
+        : lead < 0xF5              ? 4
+                                   : 0;
+    if (length == 0 || bytes.size() < size_t(length))
+        return {};
+    char32_t point = length == 1 ? lead : lead & (0x7F >> length);
+    for (int i = 1; i < length; ++i) {
+        const auto trail = static_cast<unsigned char>(bytes[i]);
+        if ((trail & 0xC0) != 0x80)
+            return {};
+        point = (point << 6) | (trail & 0x3F);
+    }
+    const bool overlong = (length == 3 && point < 0x800) || (length == 4 && point < 0x10000);
+    if (overlong || QChar::isSurrogate(point) || point > QChar::LastValidCodePoint)
+        return {};
+    return {point, length};
+}
+
+Decoded decodeUtf16(QStringView text)
+{
+    if (text.size() > 1 && text[0].isHighSurrogate() && text[1].isLowSurrogate())
+        return {QChar::surrogateToUcs4(text[0], text[1]), 2};
+    return {text[0].unicode(), 1};
+}
+
+/// How many bytes at the start of \a bytes are ASCII.
+size_t asciiLength(std::string_view bytes)
+{
+    size_t i = 0;
+    for (quint64 block = 0; i + sizeof(block) <= bytes.size(); i += sizeof(block)) {
+        std::memcpy(&block, bytes.data() + i, sizeof(block));
+        if (block & 0x8080808080808080u)
+            break;
+    }
+    while (i < bytes.size() && static_cast<signed char>(bytes[i]) >= 0)
+        ++i;
+    return i;
+}
+
+/// The same for UTF-16.
+qsizetype asciiLength(QStringView text)
+{
+    qsizetype i = 0;
+    while (i < text.size() && text[i].unicode() < 0x80)
+        ++i;
+    return i;
+}
+
+// Without a branch, so that compilers turn it into vector code.
+template <typename Unit> void lowerAscii(Unit *units, size_t count)
+{
+    using Plain = std::make_unsigned_t<Unit>;
+    for (size_t i = 0; i < count; ++i) {
+        const Plain unit = static_cast<Plain>(units[i]);
+        units[i] = static_cast<Unit>(unit | (Plain(unit - 'A') < 26 ? 0x20 : 0));
+    }
+}
+
+} // namespace
+
+QString foldForSearch(QStringView text, Folding folding)
+{
+    QString out;
+    if (!folding)
+        return text.toString();
+    out.reserve(text.size());
+    while (!text.isEmpty()) {
+        const qsizetype ascii = asciiLength(text);
+        const qsizetype at = out.size();
+        out += text.left(ascii);
+        if (folding.testFlag(Fold::Case))
+            lowerAscii(reinterpret_cast<char16_t *>(out.data()) + at, size_t(ascii));
+        text = text.mid(ascii);
+        // A text in another script goes on so for a while: no look for ASCII between its letters.
+        while (!text.isEmpty() && text[0].unicode() >= 0x80) {
+            const Decoded decoded = decodeUtf16(text);
+            appendFoldedPoint(out, decoded.point, folding, appendUtf16);
+            text = text.mid(decoded.length);
+        }
+    }
+    return out;
+}
+
+void appendFoldedUtf8(std::string &out, std::string_view utf8, Folding folding)
+{
+    if (!folding) {
+        out += utf8;
+        return;
+    }
+    while (!utf8.empty()) {
+        const size_t ascii = asciiLength(utf8);
+        const size_t at = out.size();
+        out.append(utf8.data(), ascii);
+        if (folding.testFlag(Fold::Case))
+            lowerAscii(out.data() + at, ascii);
+        utf8.remove_prefix(ascii);
+        while (!utf8.empty() && static_cast<signed char>(utf8.front()) < 0) {
+            const Decoded decoded = decodeUtf8(utf8);
+            if (decoded.length == 0)
+                out += utf8.front();
+            else
+                appendFoldedPoint(out, decoded.point, folding, appendUtf8);
+            utf8.remove_prefix(size_t(qMax(1, decoded.length)));
+        }
+    }
+}
+
+void appendFoldedUtf8(std::string &out, QStringView text, Folding folding)
+{
+    while (!text.isEmpty()) {
+        const Decoded decoded = decodeUtf16(text);
+        appendFoldedPoint(out, decoded.point, folding, appendUtf8);
+        text = text.mid(decoded.length);
+    }
+}
+
+std::string foldedUtf8(QStringView text, Folding folding)
+{
+    std::string out;
+    out.reserve(size_t(text.size()));
+    appendFoldedUtf8(out, text, folding);
+    return out;
+}
+
+} // namespace runebook
