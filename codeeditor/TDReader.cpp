@@ -1,0 +1,14 @@
+#include "TDReader.h"
+
+#include <algorithm>
+
+void TDReader::setString(const QString &string)
+{
+    m_string = string;
+    m_offset = 0;
+}
+
+void TDReader::setOffset(qsizetype offset)
+{
+    m_offset = std::clamp<qsizetype>(offset, 0, m_string.size());
+}
