@@ -6,8 +6,7 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-FieldValue::FieldValue(const FieldValue &other) :
-    m_bits(other.m_bits)
+FieldValue::FieldValue(const FieldValue &other) : m_bits(other.m_bits)
 {
     if (m_bits == 0)
         return;

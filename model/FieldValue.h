@@ -15,10 +15,7 @@ namespace runebook {
 class SourceBytes : public QSharedData
 {
 public:
-    explicit SourceBytes(QByteArray bytes) :
-        m_bytes(std::move(bytes))
-    {
-    }
+    explicit SourceBytes(QByteArray bytes) : m_bytes(std::move(bytes)) { }
     const char *data() const { return m_bytes.constData(); }
     qsizetype size() const { return m_bytes.size(); }
 
@@ -36,10 +33,7 @@ class FieldValue
 public: // making
     FieldValue() = default;
     FieldValue(const FieldValue &other);
-    FieldValue(FieldValue &&other) noexcept :
-        m_bits(std::exchange(other.m_bits, 0))
-    {
-    }
+    FieldValue(FieldValue &&other) noexcept : m_bits(std::exchange(other.m_bits, 0)) { }
     FieldValue &operator=(FieldValue other) noexcept
     {
         std::swap(m_bits, other.m_bits);
@@ -86,24 +80,16 @@ private:
     static constexpr quint64 MaxOffset = (quint64(1) << 36) - 1;
     static constexpr quint64 MaxLength = (quint64(1) << 26) - 1;
 
-    template <typename Value>
-    struct Own {
+    template <typename Value> struct Own {
         QAtomicInt references = 1;
         Value value;
     };
     using OwnText = Own<QString>;
     using OwnList = Own<QStringList>;
 
-    explicit FieldValue(quint64 bits) :
-        m_bits(bits)
-    {
-    }
+    explicit FieldValue(quint64 bits) : m_bits(bits) { }
     quint64 tag() const { return m_bits & 3; }
-    template <typename Node>
-    Node *node() const
-    {
-        return reinterpret_cast<Node *>(m_bits & ~quint64(3));
-    }
+    template <typename Node> Node *node() const { return reinterpret_cast<Node *>(m_bits & ~quint64(3)); }
 
     quint64 m_bits = 0;
 };

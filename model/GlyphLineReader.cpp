@@ -134,9 +134,8 @@ QString toText(std::string_view utf8)
 
 } // namespace
 
-GlyphLineReader::GlyphLineReader(SourcePtr source, ReadNotes *notes) :
-    m_source(std::move(source)),
-    m_notes(notes)
+GlyphLineReader::GlyphLineReader(SourcePtr source, ReadNotes *notes)
+    : m_source(std::move(source)), m_notes(notes)
 {
 }
 
@@ -166,7 +165,8 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
         scan(*info, line, isWholeLine && comment == line.npos);
         if (m_lineVersions) {
             // The line is kept with the tab before and the line feed behind it.
-            info->m_line = FieldValue::piece(m_source->data(), static_cast<quint64>(begin - 1), line.size() + 2);
+            info->m_line =
+                FieldValue::piece(m_source->data(), static_cast<quint64>(begin - 1), line.size() + 2);
             info->m_lineVersions = m_lineVersions;
         }
     }

@@ -11,10 +11,7 @@ namespace runebook {
 class GlyphLineWriter
 {
 public:
-    explicit GlyphLineWriter(int fileVersion) :
-        m_fileVersion(fileVersion)
-    {
-    }
+    explicit GlyphLineWriter(int fileVersion) : m_fileVersion(fileVersion) { }
 
     /// Appends the line of \a info, line feed included, to \a output.
     void append(const VXGlyphInfo &info, std::string &output);

@@ -17,20 +17,22 @@ QStringList VXGlyphInfo::categories()
 
 QStringList VXGlyphInfo::subCategories()
 {
-    static const QStringList words = u"Uppercase|Lowercase|Other|Nonspacing|Spacing|Arrow|Compatibility|Currency|Dash|"
-                                     "Decimal Digit|Digital Digit|Enclosing|Format|Fraction|Geometry|Halfform|Jamo|"
-                                     "Letter|Ligature|Math|Matra|Modifier|Nonspace|Parenthesis|Quote|Radical|Small|"
-                                     "Smallcaps|Space|Spacing Combining|Superscript|Syllable"_s.split(u'|');
+    static const QStringList words =
+        u"Uppercase|Lowercase|Other|Nonspacing|Spacing|Arrow|Compatibility|Currency|Dash|"
+        "Decimal Digit|Digital Digit|Enclosing|Format|Fraction|Geometry|Halfform|Jamo|"
+        "Letter|Ligature|Math|Matra|Modifier|Nonspace|Parenthesis|Quote|Radical|Small|"
+        "Smallcaps|Space|Spacing Combining|Superscript|Syllable"_s.split(u'|');
     return words;
 }
 
 QStringList VXGlyphInfo::scripts()
 {
-    static const QStringList words = u"latin|cyrillic|greek|arabic|han|kana|oriya|malayalam|kannada|tamil|gurmukhi|"
-                                     "thai|myanmar|khmer|lao|armenian|georgian|tifinagh|Black Letter|adlam|bengali|"
-                                     "bopomofo|cherokee|devanagari|ethiopic|gothic|gujarati|hangul|hebrew|hiragana|"
-                                     "katakana|kayahli|lepcha|mandaic|math|mongolian|musical|nko|pahawh hmong|"
-                                     "phaistosDisc|roman|samaritan|sinhala|syriac|telugu|tibet|yi"_s.split(u'|');
+    static const QStringList words =
+        u"latin|cyrillic|greek|arabic|han|kana|oriya|malayalam|kannada|tamil|gurmukhi|"
+        "thai|myanmar|khmer|lao|armenian|georgian|tifinagh|Black Letter|adlam|bengali|"
+        "bopomofo|cherokee|devanagari|ethiopic|gothic|gujarati|hangul|hebrew|hiragana|"
+        "katakana|kayahli|lepcha|mandaic|math|mongolian|musical|nko|pahawh hmong|"
+        "phaistosDisc|roman|samaritan|sinhala|syriac|telugu|tibet|yi"_s.split(u'|');
     return words;
 }
 
@@ -124,9 +126,9 @@ const QHash<QString, QString> &VXGlyphInfo::aglfn()
 
 bool VXGlyphInfo::isIgnoredGlyphListName(QStringView name)
 {
-    static const QSet<QString> ignored {
-        u"Tcommaaccent"_s, u"tcommaaccent"_s, u"sigma1"_s,   u"theta1"_s,        u"Upsilon1"_s,
-        u"phi1"_s,         u"omega1"_s,       u"aleph"_s,    u"Ifraktur"_s,      u"Rfraktur"_s,
-        u"perpendicular"_s, u"H22073"_s,      u"H18543"_s,   u"H18551"_s,        u"H18533"_s};
+    static const QSet<QString> ignored {u"Tcommaaccent"_s, u"tcommaaccent"_s, u"sigma1"_s,        u"theta1"_s,
+                                        u"Upsilon1"_s,     u"phi1"_s,         u"omega1"_s,        u"aleph"_s,
+                                        u"Ifraktur"_s,     u"Rfraktur"_s,     u"perpendicular"_s, u"H22073"_s,
+                                        u"H18543"_s,       u"H18551"_s,       u"H18533"_s};
     return ignored.contains(name.toString());
 }

@@ -34,8 +34,9 @@ QString objectionToName(const QString &name)
     if (std::any_of(name.begin(), name.end(), isSpace))
         return tr("The glyph name should not contain any space character.");
     if (!std::all_of(name.begin(), name.end(), isNameCharacter))
-        return tr("The name contains illegal characters.\nOnly a-z, A-Z, 0-9, underscore, hyphen, and period are "
-                  "allowed.");
+        return tr(
+            "The name contains illegal characters.\nOnly a-z, A-Z, 0-9, underscore, hyphen, and period are "
+            "allowed.");
     if (name.front() >= u'0' && name.front() <= u'9')
         return tr("The name shouldn’t start with a number (0-9).");
     return {};

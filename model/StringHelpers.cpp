@@ -79,7 +79,8 @@ TextRange rangeOfLine(QStringView text, int number)
             return range;
         }
         range.location += lineEnd - lineStart + 1;
-        const bool pair = lineEnd + 1 < text.size() && text.at(lineEnd) == u'\r' && text.at(lineEnd + 1) == u'\n';
+        const bool pair =
+            lineEnd + 1 < text.size() && text.at(lineEnd) == u'\r' && text.at(lineEnd + 1) == u'\n';
         lineStart = lineEnd + (pair ? 2 : 1);
     }
     return range;

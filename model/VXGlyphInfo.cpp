@@ -14,9 +14,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // Refused by setMarks: a list that an old tool wrote into every Arabic record.
-constexpr std::string_view kRefusedMarks
-    = "fathatan-ar, dammatan-ar, fatha-ar, damma-ar, shadda-ar, sukun-ar, madda-ar, hamzaabove-ar, "
-      "noonghunna-ar, alefabove-ar, kasratan-ar, kasra-ar, hamzabelow-ar, alefbelow-ar";
+constexpr std::string_view kRefusedMarks =
+    "fathatan-ar, dammatan-ar, fatha-ar, damma-ar, shadda-ar, sukun-ar, madda-ar, hamzaabove-ar, "
+    "noonghunna-ar, alefabove-ar, kasratan-ar, kasra-ar, hamzabelow-ar, alefbelow-ar";
 
 constexpr quint32 kNoCodePoint = 0xFFFFFF;
 
@@ -47,9 +47,9 @@ VXGlyphInfo::VXGlyphInfo()
 InfoPtr VXGlyphInfo::copy() const
 {
     constexpr GlyphField kCopied[] {
-        GlyphField::Name,     GlyphField::Category,   GlyphField::SubCategory, GlyphField::Anchors,
-        GlyphField::Marks,    GlyphField::Decompose,  GlyphField::Unicodes,    GlyphField::UnicodeLegacy,
-        GlyphField::Script,   GlyphField::Production, GlyphField::AltNames,    GlyphField::SortName,
+        GlyphField::Name,         GlyphField::Category,   GlyphField::SubCategory, GlyphField::Anchors,
+        GlyphField::Marks,        GlyphField::Decompose,  GlyphField::Unicodes,    GlyphField::UnicodeLegacy,
+        GlyphField::Script,       GlyphField::Production, GlyphField::AltNames,    GlyphField::SortName,
         GlyphField::SortNameKeep,
     };
     InfoPtr copy = init();
@@ -88,8 +88,8 @@ InfoPtr VXGlyphInfo::initWithCoder(const QVariantMap &coder)
           GlyphField::Anchors, GlyphField::Marks, GlyphField::Script, GlyphField::Production,
           GlyphField::SortName, GlyphField::SortNameKeep, GlyphField::SortNameOld, GlyphField::Desc}) {
         const auto found = coder.constFind(keyOfField(field));
-        info->m_values[static_cast<std::size_t>(field)]
-            = found == coder.constEnd() ? FieldValue() : FieldValue::text(found->toString());
+        info->m_values[static_cast<std::size_t>(field)] =
+            found == coder.constEnd() ? FieldValue() : FieldValue::text(found->toString());
     }
     const auto decodeList = [&](GlyphField field) {
         const QStringList list = coder.value(keyOfField(field)).toStringList();
@@ -257,7 +257,8 @@ void VXGlyphInfo::setAltNames(const QStringList &names)
 
 void VXGlyphInfo::setAltNames(const QString &names)
 {
-    setStored(GlyphField::AltNames, names.isNull() ? FieldValue() : FieldValue::list(names.split(kListSeparator)));
+    setStored(GlyphField::AltNames,
+              names.isNull() ? FieldValue() : FieldValue::list(names.split(kListSeparator)));
 }
 
 void VXGlyphInfo::setDesc(const QString &desc)
@@ -274,9 +275,12 @@ QVariant VXGlyphInfo::valueForKey(const QString &key, Error *error) const
 {
     const std::optional<GlyphField> field = fieldForKey(key);
     if (!field) {
-        fail(error, {u"User"_s, 1,
-                     QCoreApplication::translate("VXGlyphInfo", "A glyph info has no field “%1”.").arg(key), {},
-                     {}});
+        fail(error,
+             {u"User"_s,
+              1,
+              QCoreApplication::translate("VXGlyphInfo", "A glyph info has no field “%1”.").arg(key),
+              {},
+              {}});
         return {};
     }
     switch (*field) {
@@ -434,8 +438,9 @@ void VXGlyphInfo::setValueForUndefinedKey(const QVariant &value, const QString &
     error.domain = u"User"_s;
     error.code = 1;
     // Both at once, so that a "%2" inside the key is not taken for the place of the value.
-    error.failureReason = QCoreApplication::translate("VXGlyphInfo", "There is an unknown entry in the file: %1 = %2")
-                              .arg(key, value.toString());
+    error.failureReason =
+        QCoreApplication::translate("VXGlyphInfo", "There is an unknown entry in the file: %1 = %2")
+            .arg(key, value.toString());
     ErrorPresenter::shared().present(error);
 }
 
@@ -468,7 +473,8 @@ bool VXGlyphInfo::isEqualToInfo(const InfoPtr &compared) const
     if (!compared)
         return false;
     const auto equal = [&](GlyphField field) {
-        return FieldValue::equal(stored(field), sourceData(), compared->stored(field), compared->sourceData());
+        return FieldValue::equal(stored(field), sourceData(), compared->stored(field),
+                                 compared->sourceData());
     };
     if (!equal(GlyphField::Name))
         return false;
@@ -494,11 +500,11 @@ bool VXGlyphInfo::isEqualToInfo(const InfoPtr &compared) const
 QString VXGlyphInfo::description() const
 {
     const QStringList codePoints = unicodes();
-    return QString::asprintf("<GlyphInfo: <%p> N:", static_cast<const void *>(this)) + orNull(name()) + ", U:"_L1
-        + (codePoints.isEmpty() ? u"-"_s : codePoints.join(u',')) + ", Sc:"_L1 + orNull(script()) + ", Cat:"_L1
-        + orNull(category()) + ", SubCat:"_L1 + orNull(subCategory()) + " prod:"_L1 + orNull(production())
-        + ", sort:"_L1 + orNull(sortName()) + "\nAnchors:"_L1 + orNull(anchors()) + ",\nMarks:"_L1
-        + orNull(marks()) + "\nComponents:"_L1 + orNull(decompose()) + u'>';
+    return QString::asprintf("<GlyphInfo: <%p> N:", static_cast<const void *>(this)) + orNull(name())
+        + ", U:"_L1 + (codePoints.isEmpty() ? u"-"_s : codePoints.join(u',')) + ", Sc:"_L1 + orNull(script())
+        + ", Cat:"_L1 + orNull(category()) + ", SubCat:"_L1 + orNull(subCategory()) + " prod:"_L1
+        + orNull(production()) + ", sort:"_L1 + orNull(sortName()) + "\nAnchors:"_L1 + orNull(anchors())
+        + ",\nMarks:"_L1 + orNull(marks()) + "\nComponents:"_L1 + orNull(decompose()) + u'>';
 }
 
 QString VXGlyphInfo::lineTabbed(const QStringList &keys, Error *error) const

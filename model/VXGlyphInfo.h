@@ -123,7 +123,10 @@ public: // setters
     /// No undo step.
     Q_INVOKABLE void setIndex(quint64 index);
     Q_INVOKABLE void setSortName(const QString &text) { setText(runebook::GlyphField::SortName, text); }
-    Q_INVOKABLE void setSortNameKeep(const QString &text) { setText(runebook::GlyphField::SortNameKeep, text); }
+    Q_INVOKABLE void setSortNameKeep(const QString &text)
+    {
+        setText(runebook::GlyphField::SortNameKeep, text);
+    }
     Q_INVOKABLE void setSortNameOld(const QString &text) { setText(runebook::GlyphField::SortNameOld, text); }
     Q_INVOKABLE void setUnicharString(const QString &text);
     /// 0 to 5; does nothing when it is the case already.
@@ -199,6 +202,9 @@ public: // for the readers, writers and indexes of this system
     /// The record's place in its list when it was last asked for; a hint, to be checked.
     quint32 placeHint() const { return m_placeHint; }
     void setPlaceHint(quint32 place) { m_placeHint = place; }
+    /// How often the record stands in the list of its document.
+    int listings() const { return m_listings; }
+    void setListings(int count) { m_listings = static_cast<quint16>(count); }
     /// The one list that setMarks refuses.
     static bool refusesMarks(std::string_view marksUtf8);
     QString stringValue(runebook::GlyphField field) const { return stored(field).toString(sourceData()); }
@@ -225,6 +231,7 @@ private:
     quint64 m_index = 0;
     quint32 m_unicodeChar = 0;
     quint32 m_placeHint = 0;
+    quint16 m_listings = 0;
     qint8 m_direction = LTR;
     quint8 m_case = noCase;
     quint8 m_lineVersions = 0; ///< bit 0: the line holds for version 1, bit 1: for the later ones

@@ -35,7 +35,8 @@ void ErrorPresenter::present(const Error &error)
         Q_EMIT presented(error);
         return;
     }
-    QMetaObject::invokeMethod(qApp, [this, error] { Q_EMIT presented(error); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        qApp, [this, error] { Q_EMIT presented(error); }, Qt::QueuedConnection);
 }
 
 } // namespace runebook

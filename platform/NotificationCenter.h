@@ -19,8 +19,7 @@ public:
                                                 const QVariantMap &userInfo = {});
 
     /// Calls \a slot for each notification called \a name until \a context is destroyed.
-    template <typename Slot>
-    QMetaObject::Connection observe(const QString &name, QObject *context, Slot slot)
+    template <typename Slot> QMetaObject::Connection observe(const QString &name, QObject *context, Slot slot)
     {
         return connect(this, &NotificationCenter::posted, context,
                        [name, slot](const QString &posted, QObject *object, const QVariantMap &userInfo) {

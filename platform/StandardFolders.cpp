@@ -39,8 +39,8 @@ QStringList applicationSupport()
 
 QString userData()
 {
-    const QString path
-        = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/runebook"_L1;
+    const QString path =
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/runebook"_L1;
     return QDir().mkpath(path) ? path : QString();
 }
 

@@ -10,10 +10,7 @@ namespace {
 class FunctionOperation final : public UndoOperation
 {
 public:
-    explicit FunctionOperation(std::function<void()> inverse) :
-        m_inverse(std::move(inverse))
-    {
-    }
+    explicit FunctionOperation(std::function<void()> inverse) : m_inverse(std::move(inverse)) { }
     void perform(UndoManager &) override { m_inverse(); }
 
 private:
@@ -27,10 +24,8 @@ private:
 class UndoManager::Step final : public QUndoCommand
 {
 public:
-    Step(UndoManager &manager, Operations operations, const QString &name) :
-        QUndoCommand(name),
-        m_manager(manager),
-        m_operations(std::move(operations))
+    Step(UndoManager &manager, Operations operations, const QString &name)
+        : QUndoCommand(name), m_manager(manager), m_operations(std::move(operations))
     {
     }
 
@@ -50,8 +45,7 @@ private:
     bool m_isNew = true;
 };
 
-UndoManager::UndoManager(QObject *parent) :
-    QObject(parent)
+UndoManager::UndoManager(QObject *parent) : QObject(parent)
 {
     connect(&m_stack, &QUndoStack::indexChanged, this, &UndoManager::changed);
     connect(&m_stack, &QUndoStack::cleanChanged, this, &UndoManager::noteCleanChange);
@@ -73,11 +67,14 @@ void UndoManager::registerOperation(std::unique_ptr<UndoOperation> operation)
         return;
     if (m_level == 0 && !m_closePending) {
         m_closePending = true;
-        QMetaObject::invokeMethod(this, [this] {
-            m_closePending = false;
-            if (m_level == 0)
-                closeGroup();
-        }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_closePending = false;
+                if (m_level == 0)
+                    closeGroup();
+            },
+            Qt::QueuedConnection);
     }
     noteCleanChange();
     Q_EMIT changed();

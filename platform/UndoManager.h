@@ -94,8 +94,7 @@ private:
 class UndoGroup
 {
 public:
-    explicit UndoGroup(UndoManager *manager, const QString &name = {}) :
-        m_manager(manager)
+    explicit UndoGroup(UndoManager *manager, const QString &name = {}) : m_manager(manager)
     {
         if (!m_manager)
             return;

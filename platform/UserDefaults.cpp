@@ -15,7 +15,8 @@ QString standardFileName()
     const QString chosen = qEnvironmentVariable("RUNEBOOK_DEFAULTS");
     if (!chosen.isEmpty())
         return chosen;
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/runebook/runebook.ini"_L1;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + "/runebook/runebook.ini"_L1;
 }
 
 // QSettings reads a list of one text back as a text and an empty list as nothing, and takes "@" and "/"
@@ -57,9 +58,8 @@ UserDefaults &UserDefaults::standard()
     return defaults;
 }
 
-UserDefaults::UserDefaults(const QString &path, QObject *parent) :
-    QObject(parent),
-    m_settings(std::make_unique<QSettings>(path, QSettings::IniFormat))
+UserDefaults::UserDefaults(const QString &path, QObject *parent)
+    : QObject(parent), m_settings(std::make_unique<QSettings>(path, QSettings::IniFormat))
 {
 }
 

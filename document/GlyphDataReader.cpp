@@ -1,0 +1,176 @@
+#include "document/GlyphDataReader.h"
+
+#include "document/GlyphDataWriter.h"
+#include "model/GlyphLineReader.h"
+#include "model/StringHelpers.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QUtf8StringView>
+#include <cstring>
+#include <new>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("GlyphDataReader", text);
+}
+
+Error readError(const QString &path, const QString &reason, const QString &suggestion = {})
+{
+    return {u"ReadError"_s, 1, tr("“%1” could not be read.").arg(path), reason, suggestion};
+}
+
+/// 0 when the header does not tell.
+quint8 versionOfHeader(std::string_view header)
+{
+    constexpr std::string_view kFormat = "format=\"";
+    if (const std::size_t format = header.find(kFormat); format != header.npos) {
+        const std::size_t digit = format + kFormat.size();
+        const bool isDigit = digit < header.size() && header[digit] >= '0' && header[digit] <= '9';
+        return isDigit ? static_cast<quint8>(header[digit] - '0') : 0;
+    }
+    const bool hasMarks = header.find("marks") != header.npos;
+    const bool hasAccents = header.find("accents") != header.npos;
+    if (hasMarks == hasAccents)
+        return 0;
+    return hasMarks ? 2 : 1;
+}
+
+/// The white space character that ends right before \a end, or 0 bytes.
+qsizetype spaceBefore(const char *data, qsizetype begin, qsizetype end)
+{
+    qsizetype start = end - 1;
+    while (start > begin && (static_cast<unsigned char>(data[start]) & 0xC0) == 0x80)
+        --start;
+    if (end - start == 1)
+        return isWhitespaceOrNewline(static_cast<unsigned char>(data[start])) && data[start] >= 0 ? 1 : 0;
+    const QString character = QString::fromUtf8(data + start, end - start);
+    return character.size() == 1 && isWhitespaceOrNewline(character.at(0).unicode()) ? end - start : 0;
+}
+
+qsizetype spaceAfter(const char *data, qsizetype begin, qsizetype end)
+{
+    qsizetype next = begin + 1;
+    while (next < end && (static_cast<unsigned char>(data[next]) & 0xC0) == 0x80)
+        ++next;
+    return spaceBefore(data, begin, next) ? next - begin : 0;
+}
+
+} // namespace
+
+std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
+{
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile()) {
+        fail(error, readError(path, info.isDir() ? tr("It is a folder.") : tr("It is a device or a pipe.")));
+        return {};
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        fail(error, readError(path, file.errorString()));
+        return {};
+    }
+    try {
+        const qint64 size = file.size();
+        QByteArray bytes(size, Qt::Uninitialized);
+        const qint64 count = file.read(bytes.data(), size);
+        if (count < 0) {
+            fail(error, readError(path, file.errorString()));
+            return {};
+        }
+        bytes.truncate(count);
+        if (!QUtf8StringView(bytes).isValidUtf8()) {
+            fail(error,
+                 readError(path, tr("It is not UTF-8 text."),
+                           tr("Convert the file to UTF-8 in a text editor and open it again.")));
+            return {};
+        }
+        return bytes;
+    } catch (const std::bad_alloc &) {
+        fail(error, readError(path, tr("There is not enough memory for it.")));
+        return {};
+    }
+}
+
+std::optional<InfoList> GlyphDataReader::read(const QString &path, Error *error)
+{
+    std::optional<QByteArray> bytes = readUtf8File(path, error);
+    if (!bytes)
+        return {};
+    try {
+        return read(*std::exchange(bytes, QByteArray()));
+    } catch (const std::bad_alloc &) {
+        fail(error, readError(path, tr("There is not enough memory for it.")));
+        return {};
+    }
+}
+
+InfoList GlyphDataReader::read(const QByteArray &utf8)
+{
+    m_notes = {};
+    m_fileVersion = 2;
+    const SourcePtr source(new SourceBytes(utf8));
+    const char *data = source->data();
+    const qsizetype size = source->size();
+    const std::string_view text(data, static_cast<std::size_t>(size));
+    m_notes.hasByteOrderMark = text.starts_with("\xEF\xBB\xBF");
+
+    InfoList infos;
+    const std::size_t body = text.find("<glyph ");
+    if (body == text.npos)
+        return infos;
+    const std::string_view header = text.substr(0, body);
+    const quint8 headerVersion = versionOfHeader(header);
+
+    GlyphLineReader reader(source, &m_notes);
+    bool inComment = false;
+    for (auto begin = static_cast<qsizetype>(body); begin < size;) {
+        const void *feed = std::memchr(data + begin, '\n', static_cast<std::size_t>(size - begin));
+        const qsizetype end = feed ? static_cast<const char *>(feed) - data : size;
+        const std::string_view line(data + begin, static_cast<std::size_t>(end - begin));
+        const qsizetype next = end + 1;
+        if (inComment) {
+            inComment = line.find("-->") == line.npos;
+            begin = next;
+            continue;
+        }
+        // Only a line with a comment can be another than the usual one.
+        inComment = line.find("<!--") != line.npos && line.find("-->") == line.npos;
+        qsizetype first = begin;
+        qsizetype last = end;
+        while (const qsizetype space = first < last ? spaceAfter(data, first, last) : 0)
+            first += space;
+        while (const qsizetype space = first < last ? spaceBefore(data, first, last) : 0)
+            last -= space;
+        m_notes.hasCarriageReturns |= last < end && data[end - 1] == '\r';
+        const bool followsTab =
+            first > 0 && data[first - 1] == '\t' && (first < 2 || data[first - 2] == '\n');
+        const bool isWholeLine = followsTab && last == end && end < size;
+        if (InfoPtr info = reader.read(first, last, isWholeLine)) {
+            if (infos.empty() && size > 0)
+                infos.reserve(static_cast<std::size_t>((size - begin) / (next - begin)) + 16);
+            infos.push_back(std::move(info));
+        } else if (first < last
+                   && text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first))
+                       != "</glyphData>") {
+            m_notes.add(ReadNotes::ForeignLine, static_cast<qsizetype>(infos.size()),
+                        QString::fromUtf8(data + first, qMin<qsizetype>(last - first, 400)));
+        }
+        begin = next;
+    }
+    m_fileVersion = headerVersion ? headerVersion : reader.versionHint() ? reader.versionHint() : 2;
+    std::string_view plainHeader = header;
+    while (!plainHeader.empty() && plainHeader.back() == '\t')
+        plainHeader.remove_suffix(1);
+    m_notes.hasForeignHeader = plainHeader != GlyphDataWriter::header(m_fileVersion);
+    return infos;
+}
+
+} // namespace runebook

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "model/ReadNotes.h"
+#include "model/VXGlyphInfo.h"
+#include "platform/Error.h"
+
+#include <QIODevice>
+#include <optional>
+
+namespace runebook {
+
+/// Reads the whole of a file, as UTF-8; null and an error when it cannot be read or is not UTF-8. Folders,
+/// devices and files that grow while being read are refused.
+std::optional<QByteArray> readUtf8File(const QString &path, Error *error);
+
+/// Reads glyph data files line by line. Damaged lines never stop the reading; what the records cannot keep
+/// is noted.
+class GlyphDataReader
+{
+public:
+    std::optional<InfoList> read(const QString &path, Error *error = nullptr);
+    /// The records of a text in memory, which must be UTF-8.
+    InfoList read(const QByteArray &utf8);
+
+    /// The version of the file read last: from its header, else from what its lines used, else 2.
+    quint8 fileVersion() const { return m_fileVersion; }
+    const ReadNotes &notes() const { return m_notes; }
+
+private:
+    quint8 m_fileVersion = 2;
+    ReadNotes m_notes;
+};
+
+} // namespace runebook

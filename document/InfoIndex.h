@@ -1,0 +1,46 @@
+#pragma once
+
+#include "model/VXGlyphInfo.h"
+
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace runebook {
+
+/// Finds records by the text of one field without a scan: a hash table of pointers, open addressing, several
+/// records to a text. It owns nothing; whoever keeps the list tells it of every change.
+class InfoIndex
+{
+public:
+    /// The text by which a record is found, as UTF-8; an empty one keeps the record out.
+    using Key = std::function<std::string_view(const VXGlyphInfo &info, std::string &buffer)>;
+    explicit InfoIndex(Key key) : m_key(std::move(key)) { }
+
+    bool isBuilt() const { return m_isBuilt; }
+    void build(const InfoList &infos);
+    void drop();
+    void insert(VXGlyphInfo &info);
+    /// Takes out a record that was put in under \a text.
+    void remove(VXGlyphInfo &info, std::string_view text);
+    /// Takes out a record under the text it has now.
+    void remove(VXGlyphInfo &info);
+    /// Appends every record found under \a text to \a found, in no particular order.
+    void find(std::string_view text, std::vector<VXGlyphInfo *> &found) const;
+
+private:
+    struct Slot {
+        VXGlyphInfo *info = nullptr; ///< null: free; kGone: was taken out
+        std::size_t hash = 0;
+    };
+
+    void insertHashed(VXGlyphInfo &info, std::size_t hash);
+    void grow(std::size_t records);
+
+    Key m_key;
+    std::vector<Slot> m_slots;
+    std::size_t m_used = 0; ///< slots that are not free
+    bool m_isBuilt = false;
+};
+
+} // namespace runebook

@@ -1,0 +1,196 @@
+#include "document/TabbedTable.h"
+
+#include "document/GlyphDataReader.h"
+#include "model/StringHelpers.h"
+
+#include <QCoreApplication>
+#include <cstring>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("TabbedTable", text);
+}
+
+Error tableError(const QString &suggestion)
+{
+    return {u"User"_s, 1, {}, {}, suggestion};
+}
+
+QString toText(std::string_view utf8)
+{
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+/// Takes one line from the front of \a text; every line-end character counts, a CR LF pair twice.
+std::string_view takeLine(std::string_view &text)
+{
+    std::size_t i = 0;
+    std::size_t length = 0;
+    for (; i < text.size() && !length; ++i) {
+        const char c = text[i];
+        if (c >= '\n' && c <= '\r')
+            length = 1;
+        else if (c == '\xC2' && text.substr(i, 2) == "\xC2\x85")
+            length = 2;
+        else if (c == '\xE2' && (text.substr(i, 3) == "\xE2\x80\xA8" || text.substr(i, 3) == "\xE2\x80\xA9"))
+            length = 3;
+    }
+    const std::size_t end = length ? i - 1 : text.size();
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(end + length);
+    return line;
+}
+
+bool hasTwoCharacters(std::string_view line)
+{
+    return line.size() >= 8 || toText(line).size() >= 2;
+}
+
+bool isPlainUpper(std::string_view text)
+{
+    return std::none_of(text.begin(), text.end(),
+                        [](char c) { return static_cast<signed char>(c) < 0 || (c >= 'a' && c <= 'z'); });
+}
+
+} // namespace
+
+std::optional<InfoList> TabbedReader::read(const QString &path, Error *error)
+{
+    std::optional<QByteArray> bytes = readUtf8File(path, error);
+    if (!bytes)
+        return {};
+    return read(*std::exchange(bytes, QByteArray()), error);
+}
+
+std::optional<InfoList> TabbedReader::read(const QByteArray &utf8, Error *error)
+{
+    m_source = SourcePtr(new SourceBytes(utf8));
+    std::string_view text(m_source->data(), static_cast<std::size_t>(m_source->size()));
+    const auto columns = columnsOf(takeLine(text), error);
+    if (!columns)
+        return {};
+    InfoList infos;
+    for (qsizetype lineNumber = 2; !text.empty(); ++lineNumber) {
+        const std::string_view line = takeLine(text);
+        if (!hasTwoCharacters(line))
+            continue;
+        InfoPtr info = VXGlyphInfo::init();
+        if (!readRow(*info, *columns, line)) {
+            fail(error,
+                 {u"User"_s,
+                  1,
+                  tr("Line %1 of the table has too few fields.").arg(lineNumber),
+                  {},
+                  tr("Every line needs a field for each of the %1 keys of the first line.")
+                      .arg(columns->size())});
+            return {};
+        }
+        infos.push_back(std::move(info));
+    }
+    return infos;
+}
+
+std::optional<std::vector<TabbedReader::Column>> TabbedReader::columnsOf(std::string_view header,
+                                                                         Error *error) const
+{
+    const QStringList keys = toText(header).split(u'\t');
+    if (keys.size() < 2) {
+        fail(error,
+             tableError(tr("Please open a tab seperated file. The first line should contain the keys for "
+                           "each column.")));
+        return {};
+    }
+    std::vector<Column> columns;
+    QStringList invalid;
+    VXGlyphInfo scratch;
+    for (const QString &key : keys) {
+        if (!scratch.setValueForKey(u"test"_s, key))
+            invalid << key;
+        std::optional<GlyphField> field = fieldForKey(key);
+        if (key == "description"_L1)
+            field = GlyphField::Desc;
+        else if (key == "unicodeLegecy"_L1)
+            field = GlyphField::UnicodeLegacy;
+        columns.push_back({key, field});
+    }
+    if (invalid.isEmpty())
+        return columns;
+    fail(error,
+         tableError((invalid.size() == 1 ? tr("The tabbed file contains an invalid field: %1")
+                                         : tr("The tabbed file contains invalid fields: %1"))
+                        .arg(invalid.join(kListSeparator))));
+    return {};
+}
+
+bool TabbedReader::readRow(VXGlyphInfo &info, const std::vector<Column> &columns, std::string_view row) const
+{
+    info.m_source = m_source;
+    bool isLast = false;
+    for (const Column &column : columns) {
+        if (isLast)
+            return false;
+        const std::size_t tab = row.find('\t');
+        std::string_view field = row.substr(0, tab);
+        isLast = tab == row.npos;
+        row.remove_prefix(isLast ? row.size() : tab + 1);
+        while (field.starts_with('"'))
+            field.remove_prefix(1);
+        while (field.ends_with('"'))
+            field.remove_suffix(1);
+        if (field.starts_with("0x"))
+            field.remove_prefix(2);
+        if (!field.empty() && column.field)
+            store(info, column, field);
+    }
+    return true;
+}
+
+void TabbedReader::store(VXGlyphInfo &info, const Column &column, std::string_view field) const
+{
+    GlyphField target = *column.field;
+    if (target == GlyphField::Marks && VXGlyphInfo::refusesMarks(field))
+        return;
+    if (target == GlyphField::Unicode) {
+        if (!isPlainUpper(field)) {
+            info.setUnicode(toText(field));
+            return;
+        }
+        target = GlyphField::Unicodes;
+    }
+    info.exchange(target,
+                  FieldValue::piece(m_source->data(), static_cast<quint64>(field.data() - m_source->data()),
+                                    field.size()));
+}
+
+QStringList TabbedWriter::exportKeys()
+{
+    return u"unicode name sortName sortNameKeep decompose category subCategory script production altNames "
+           u"desc "
+           "anchors accents"_s.split(u' ');
+}
+
+bool TabbedWriter::operator()(const BlockSink &sink, Error *error) const
+{
+    const QStringList keys = exportKeys();
+    std::string text = keys.join(u'\t').toStdString() + '\n';
+    for (const InfoPtr &info : *m_infos) {
+        Error reason;
+        const QString line = info->lineTabbed(keys, &reason);
+        if (line.isNull()) {
+            reason.recoverySuggestion = tr("A table can only be exported from a document without glyph "
+                                           "infos. Save it as a glyph data file.");
+            return fail(error, reason);
+        }
+        text += line.toStdString();
+        text += '\n';
+    }
+    return sink(text);
+}
+
+} // namespace runebook

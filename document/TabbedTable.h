@@ -1,0 +1,45 @@
+#pragma once
+
+#include "model/VXGlyphInfo.h"
+#include "platform/FileSaver.h"
+
+#include <QStringList>
+#include <optional>
+
+namespace runebook {
+
+/// Reads tables: fields separated by tabs, the first line names the key of each column.
+class TabbedReader
+{
+public:
+    std::optional<InfoList> read(const QString &path, Error *error = nullptr);
+    /// The records of a text in memory, which must be UTF-8.
+    std::optional<InfoList> read(const QByteArray &utf8, Error *error = nullptr);
+
+private:
+    struct Column {
+        QString key;
+        std::optional<GlyphField> field; ///< nothing for keys that the record drops
+    };
+
+    std::optional<std::vector<Column>> columnsOf(std::string_view header, Error *error) const;
+    bool readRow(VXGlyphInfo &info, const std::vector<Column> &columns, std::string_view row) const;
+    void store(VXGlyphInfo &info, const Column &column, std::string_view field) const;
+
+    SourcePtr m_source;
+};
+
+/// Produces a table of thirteen columns. The last of them names no field of a record, so a list with records
+/// fails there and nothing is written.
+class TabbedWriter
+{
+public:
+    explicit TabbedWriter(const InfoList &infos) : m_infos(&infos) { }
+    bool operator()(const BlockSink &sink, Error *error) const;
+    static QStringList exportKeys();
+
+private:
+    const InfoList *m_infos;
+};
+
+} // namespace runebook

@@ -1,0 +1,177 @@
+#pragma once
+
+#include "document/InfoIndex.h"
+#include "model/GlyphInfoOwner.h"
+#include "model/ReadNotes.h"
+#include "model/VXGlyphInfo.h"
+#include "platform/Document.h"
+
+#include <QFont>
+#include <QTextLayout>
+
+namespace runebook {
+
+/// A text with the formats of its parts, for one line of a preview.
+struct FormattedText {
+    QString text;
+    QList<QTextLayout::FormatRange> formats;
+    Qt::Alignment alignment = Qt::AlignHCenter;
+};
+
+/// Ascending places in a list, none twice.
+using IndexSet = std::vector<qsizetype>;
+
+} // namespace runebook
+
+Q_DECLARE_METATYPE(InfoList)
+Q_DECLARE_METATYPE(runebook::IndexSet)
+
+/// One open glyph data file: its info list, the file version it was read with, its undo history. Every
+/// change of the list registers its inverse before it is made and is announced after it. Main thread only.
+class VXDocument : public runebook::Document, public runebook::GlyphInfoOwner
+{
+    Q_OBJECT
+    Q_PROPERTY(InfoList infos READ infos WRITE setInfos)
+    Q_PROPERTY(int fileVersion READ fileVersion WRITE setFileVersion)
+public:
+    Q_INVOKABLE explicit VXDocument(QObject *parent = nullptr);
+    ~VXDocument() override;
+
+public: // opening and saving
+    /// Types "public.xml" and "public.plain-text"; others answer false. A file that cannot be read opens as
+    /// an empty document, and the answer is true all the same: readError() tells why.
+    bool readFromURLOfType(const QString &url, const QString &type,
+                           runebook::Error *error = nullptr) override;
+    /// The list of a file, by its extension, without installing it; nothing for other extensions and for
+    /// files that cannot be read.
+    Q_INVOKABLE std::optional<InfoList> readFromURL(const QString &url, runebook::Error *error = nullptr);
+    /// Sets the file version as well.
+    Q_INVOKABLE std::optional<InfoList> readXMLFromURL(const QString &url, runebook::Error *error = nullptr);
+    Q_INVOKABLE std::optional<InfoList> readTabbedFromURL(const QString &url,
+                                                          runebook::Error *error = nullptr);
+    bool writeToURLOfType(const QString &url, const QString &type, runebook::Error *error = nullptr) override;
+    QString autosavingFileType() const override;
+    void makeWindowControllers() override;
+    /// The name of the window's interface file.
+    Q_INVOKABLE QString windowNibName() const;
+    /// As much of the path as tells the document from the other open ones.
+    QString displayName() const override;
+    /// Why the file could not be read; an empty domain when it could.
+    const runebook::Error &readError() const { return m_readError; }
+    /// What the records cannot keep of the file that was read.
+    const runebook::ReadNotes &readNotes() const { return m_readNotes; }
+    Q_INVOKABLE int fileVersion() const { return m_fileVersion; }
+    Q_INVOKABLE void setFileVersion(int version) { m_fileVersion = static_cast<quint8>(version); }
+
+public: // the info list
+    const InfoList &infos() const { return m_infos; }
+    /// Replaces the list: no undo step. The records get this document.
+    Q_INVOKABLE void setInfos(const InfoList &infos);
+    Q_INVOKABLE qsizetype countOfInfos() const { return static_cast<qsizetype>(m_infos.size()); }
+    /// Null for an index outside the list.
+    Q_INVOKABLE InfoPtr objectInInfosAtIndex(qsizetype index) const;
+    /// The first place of the record, or -1.
+    Q_INVOKABLE qsizetype indexOfObjectInInfos(const InfoPtr &info) const;
+    /// Appends. Undo: removeInfo.
+    Q_INVOKABLE void addInfo(const InfoPtr &info);
+    Q_INVOKABLE void addInfos(const InfoList &infos);
+    /// Removes every occurrence. Undo appends again, at the end of the list.
+    Q_INVOKABLE void removeInfo(const InfoPtr &info);
+    Q_INVOKABLE void removeInfos(const InfoList &infos);
+    Q_INVOKABLE void insertObjectInInfosAtIndex(const InfoPtr &info, qsizetype index);
+    /// Inserts the records so that each stands at its index afterwards.
+    Q_INVOKABLE void insertObjectsInInfosAtIndexes(const InfoList &infos, const runebook::IndexSet &indexes);
+    /// The record loses its document.
+    Q_INVOKABLE void removeObjectFromInfosAtIndex(qsizetype index);
+    /// The records keep their document.
+    Q_INVOKABLE void removeObjectsFromInfosAtIndexes(const runebook::IndexSet &indexes);
+    /// No undo step.
+    Q_INVOKABLE void replaceObjectInInfosAtIndexWithObject(qsizetype index, const InfoPtr &info);
+    /// Puts the records into another order: the list's own records, each once. Undo restores the old order.
+    Q_INVOKABLE void reorderInfos(const InfoList &infos);
+
+public: // look-ups: the first record in list order wins
+    Q_INVOKABLE InfoPtr infoForName(const QString &name) const override;
+    Q_INVOKABLE InfoPtr infoForUnicode(const QString &unicode) const;
+    /// All records whose value for \a key is one of \a values, in list order; nothing when there is none or
+    /// the key names no field.
+    Q_INVOKABLE std::optional<InfoList> infoForKeyValues(const QString &key,
+                                                         const QVariantList &values) const;
+    /// The records that a name like "uni00410042" or "u1F600" stands for; free ones are made for code points
+    /// that the list does not have. Nothing for other names.
+    Q_INVOKABLE std::optional<InfoList> baseInfosForUniName(const QString &name) const;
+    Q_INVOKABLE static QStringList categories() { return VXGlyphInfo::categories(); }
+    Q_INVOKABLE static QStringList subCategories() { return VXGlyphInfo::subCategories(); }
+    Q_INVOKABLE static QStringList scripts() { return VXGlyphInfo::scripts(); }
+
+public: // previews
+    /// The character or the characters that compose a record, such as "fi = f + i"; "" when there is none.
+    Q_INVOKABLE QString stringForInfo(const InfoPtr &info) const;
+    /// The characters that the record itself stands for.
+    Q_INVOKABLE QString baseStringForInfo(const InfoPtr &info) const;
+    runebook::FormattedText formatStringFromInfo(const InfoPtr &info) const;
+    static runebook::FormattedText formatInfoStringFont(const QString &text, const QFont &font);
+
+public: // preview fonts, kept in the user defaults
+    /// The font chosen for a script, or nothing; an absent or empty script means "default".
+    static std::optional<QFont> fontForScriptSize(const QString &script, double size);
+    /// The path of the font file chosen for a script; null when there is none.
+    Q_INVOKABLE static QString previewFontForScript(const QString &script);
+    Q_INVOKABLE static void registerPreviewFontForScript(const QString &path, const QString &script);
+    Q_INVOKABLE static void removePreviewFontForScript(const QString &script);
+    Q_INVOKABLE static void setNeedsUpdateScriptToFontCache();
+
+public: // called by records
+    runebook::UndoManager *undoManager() override { return Document::undoManager(); }
+    void infoHasChanged(VXGlyphInfo &info, runebook::GlyphField field,
+                        const runebook::FieldValue &old) override;
+    QObject *asObject() override { return this; }
+    /// Tells the window that the record it shows may look different.
+    Q_INVOKABLE void elementHasChanged(const InfoPtr &info);
+    /// Announces now what would be announced when control returns to the event loop.
+    void flushChanges();
+
+public:
+    /// A changed field of a record; the record may have left the list since.
+    struct Change {
+        InfoPtr info;
+        runebook::GlyphField field;
+    };
+
+Q_SIGNALS:
+    /// After every change of the list as seen by observers of the key "infos"; taking records out with
+    /// removeInfo and removeInfos does not count as one.
+    void didChangeInfos();
+    /// What really happened to the list: the records stand at these places now, or stood there before.
+    void infosInserted(const runebook::IndexSet &indexes);
+    void infosRemoved(const runebook::IndexSet &indexes);
+    /// The whole list is another one or in another order.
+    void infosReset();
+    /// Fields of records have changed: once for each command, however many there were.
+    void infosChanged(const std::vector<VXDocument::Change> &changes);
+
+private:
+    enum class Notice { Observers, Quiet };
+
+    void adopt(const InfoPtr &info);
+    void release(const InfoPtr &info);
+    void insertAt(const InfoList &infos, const runebook::IndexSet &indexes, Notice notice);
+    void removeAt(const runebook::IndexSet &indexes, Notice notice);
+    void listChanged(Notice notice);
+    runebook::IndexSet placesOf(const InfoList &infos) const;
+    qsizetype placeOf(const VXGlyphInfo *info) const;
+    InfoPtr firstFound(runebook::InfoIndex &index, const QString &text) const;
+    runebook::InfoIndex *indexForField(runebook::GlyphField field) const;
+
+    InfoList m_infos;
+    quint8 m_fileVersion = 2;
+    runebook::Error m_readError;
+    runebook::ReadNotes m_readNotes;
+    std::vector<Change> m_changes;
+    /// Records that left the list and still point here; their reference ends with the document.
+    std::vector<std::weak_ptr<VXGlyphInfo>> m_strays;
+    mutable runebook::InfoIndex m_byName;
+    mutable runebook::InfoIndex m_byUnicode;
+    mutable runebook::InfoIndex m_byProduction;
+    mutable bool m_placesAreValid = false;
+};

@@ -1,0 +1,183 @@
+#include "platform/DocumentController.h"
+
+#include "platform/FilePath.h"
+#include "platform/UserDefaults.h"
+
+#include <QFileInfo>
+#include <QWidget>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kRecentFiles = u"RecentFiles"_s;
+constexpr qsizetype kMaxRecentFiles = 12;
+
+} // namespace
+
+DocumentController &DocumentController::shared()
+{
+    static DocumentController controller;
+    return controller;
+}
+
+QString DocumentController::typeForURL(const QString &url) const
+{
+    const QString extension = QFileInfo(pathFromURL(url)).suffix().toLower();
+    for (const DocumentType &type : m_types) {
+        if (type.extensions.contains(extension))
+            return type.name;
+    }
+    return {};
+}
+
+QWidget *DocumentController::makeWindow(Document &document)
+{
+    if (!document.windowController() && m_windowMaker)
+        document.setWindowController(m_windowMaker(document));
+    return document.windowController();
+}
+
+QList<QObject *> DocumentController::orderedDocuments() const
+{
+    return {m_documents.begin(), m_documents.end()};
+}
+
+Document *DocumentController::documentForURL(const QString &url) const
+{
+    const QString path = pathFromURL(url);
+    const QFileInfo info(path);
+    for (Document *document : m_documents) {
+        if (!document->fileURL().isEmpty()
+            && (document->fileURL() == info.absoluteFilePath() || QFileInfo(document->fileURL()) == info))
+            return document;
+    }
+    return nullptr;
+}
+
+Document *DocumentController::openUntitledDocumentAndDisplay(bool display, Error *)
+{
+    Document *document = m_factory();
+    addDocument(document);
+    if (display)
+        document->makeWindowControllers();
+    return document;
+}
+
+Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString &url, bool display,
+                                                                   Error *error)
+{
+    const QString path = pathFromURL(url);
+    if (Document *open = documentForURL(path)) {
+        if (display)
+            open->makeWindowControllers();
+        bringToFront(open);
+        return open;
+    }
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        fail(error,
+             {u"OpenError"_s,
+              1,
+              tr("The file “%1” is not there.").arg(path),
+              {},
+              tr("It may have been moved, renamed or removed.")});
+        return nullptr;
+    }
+    if (info.isDir()) {
+        fail(error, {u"OpenError"_s, 2, tr("“%1” is a folder.").arg(path), {}, tr("Open a file in it.")});
+        return nullptr;
+    }
+    const QString type = typeForURL(path);
+    if (type.isEmpty()) {
+        fail(error,
+             {u"OpenError"_s,
+              3,
+              tr("“%1” is of no kind that can be opened.").arg(info.fileName()),
+              {},
+              tr("Glyph data files end in “.xml”, tables in “.txt”.")});
+        return nullptr;
+    }
+    std::unique_ptr<Document> document(m_factory());
+    if (!document->readFromURLOfType(path, type, error))
+        return nullptr;
+    document->setFileType(type);
+    document->setFileURL(path);
+    Document *opened = document.release();
+    addDocument(opened);
+    noteRecentFile(opened->fileURL());
+    if (display)
+        opened->makeWindowControllers();
+    return opened;
+}
+
+void DocumentController::addDocument(Document *document)
+{
+    if (m_documents.contains(document))
+        return;
+    document->setParent(this);
+    m_documents.prepend(document);
+    // How a document is called depends on what else is open.
+    connect(document, &Document::displayNameChanged, this, &DocumentController::documentsChanged);
+    if (document->fileURL().isEmpty()) {
+        int number = 1;
+        while (std::find(m_untitledNumbers.cbegin(), m_untitledNumbers.cend(), number)
+               != m_untitledNumbers.cend())
+            ++number;
+        m_untitledNumbers.insert(document, number);
+    }
+    Q_EMIT documentsChanged();
+}
+
+void DocumentController::removeDocument(Document *document)
+{
+    if (!m_documents.removeOne(document))
+        return;
+    m_untitledNumbers.remove(document);
+    document->disconnect(this);
+    document->deleteLater();
+    Q_EMIT documentsChanged();
+}
+
+void DocumentController::bringToFront(Document *document)
+{
+    const qsizetype place = m_documents.indexOf(document);
+    if (place > 0) {
+        m_documents.move(place, 0);
+        Q_EMIT documentsChanged();
+    }
+    if (QWidget *window = document->windowController()) {
+        window->raise();
+        window->activateWindow();
+    }
+}
+
+int DocumentController::untitledNumber(const Document *document) const
+{
+    return m_untitledNumbers.value(document, 1);
+}
+
+QStringList DocumentController::recentFiles() const
+{
+    return UserDefaults::standard().objectForKey(kRecentFiles).toStringList();
+}
+
+void DocumentController::noteRecentFile(const QString &path)
+{
+    QStringList files = recentFiles();
+    files.removeAll(path);
+    files.prepend(path);
+    files = files.mid(0, kMaxRecentFiles);
+    UserDefaults::standard().setObjectForKey(files, kRecentFiles);
+    Q_EMIT recentFilesChanged();
+}
+
+void DocumentController::clearRecentFiles()
+{
+    UserDefaults::standard().removeObjectForKey(kRecentFiles);
+    Q_EMIT recentFilesChanged();
+}
+
+} // namespace runebook

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <QString>
+#include <functional>
+#include <string_view>
+
+namespace runebook {
+
+/// Where a writer puts its blocks, one after the other. Answers false once a block could not be written; the
+/// writer stops then.
+using BlockSink = std::function<bool(std::string_view block)>;
+/// Produces the whole content of a file. Answers false and fills the error when it cannot.
+using ContentProducer = std::function<bool(const BlockSink &sink, Error *error)>;
+
+/// Replaces the content of files so that the old or the new one always lies whole on the disk.
+class FileSaver
+{
+public:
+    /// Writes what \a produce gives into the file \a path, in place: same inode, owner, mode and links. The
+    /// new content is written and synced to a rescue file beside it first (in the user's data folder where
+    /// the file's own folder cannot be written); the rescue goes only after the file was written, synced
+    /// and has the right size. On failure the error says what lies where.
+    [[nodiscard]] static bool save(const QString &path, const ContentProducer &produce,
+                                   Error *error = nullptr);
+
+    /// Writes a new file and puts it in the place of \a path in one step, without waiting for the disk: for
+    /// files that are the program's own.
+    [[nodiscard]] static bool replace(const QString &path, const ContentProducer &produce,
+                                      Error *error = nullptr);
+};
+
+} // namespace runebook
