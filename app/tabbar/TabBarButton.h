@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QToolButton>
+
+namespace runebook {
+
+/// The flat plate under the bar's own buttons, as hovering, pressing and the keyboard ask for it.
+void drawTabBarButtonPlate(QPainter &painter, const QToolButton &button);
+
+/// The button with a plus after the last tab.
+class AddTabButton : public QToolButton
+{
+    Q_OBJECT
+public:
+    explicit AddTabButton(QWidget *parent);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+} // namespace runebook
