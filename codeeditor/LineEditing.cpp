@@ -1,0 +1,159 @@
+#include "LineEditing.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace runebook {
+
+namespace {
+
+constexpr int maximumUnindent = 4;
+
+/// Gathers edits at line starts and moves the selection along with them.
+class LineEditor
+{
+public:
+    LineEditor(int textLength, TextRange selection)
+        : m_selection(selection.clampedTo(textLength)), m_edit {{}, m_selection}
+    {
+    }
+
+    void insert(int at, const QString &text)
+    {
+        m_edit.edits.append({{at, 0}, text});
+        adjust(at, int(text.size()));
+    }
+
+    void remove(int at, int count)
+    {
+        if (count <= 0)
+            return;
+        m_edit.edits.append({{at, count}, QString()});
+        adjust(at, -count);
+    }
+
+    /// Each character on its own: those before the selection move its start, all others shorten it.
+    void removeCharacters(int at, int count)
+    {
+        if (count <= 0)
+            return;
+        m_edit.edits.append({{at, count}, QString()});
+        const int before = std::clamp(m_selection.location - at, 0, count);
+        m_edit.selection.location -= before;
+        m_edit.selection.length -= count - before;
+    }
+
+    LineEdit result() const
+    {
+        LineEdit edit = m_edit;
+        edit.selection.location = std::max(edit.selection.location, 0);
+        edit.selection.length = std::max(edit.selection.length, 0);
+        return edit;
+    }
+
+private:
+    void adjust(int at, int change)
+    {
+        if (at < m_selection.location)
+            m_edit.selection.location += change;
+        else if (at < m_selection.end())
+            m_edit.selection.length += change;
+    }
+
+    const TextRange m_selection; // as it was, in the positions of the edits
+    LineEdit m_edit;
+};
+
+/// The index behind the "\n" that ends the line at \a start, or -1 when none stands before \a limit.
+int startOfNextLine(QStringView text, int start, int limit)
+{
+    const qsizetype found = text.first(limit).indexOf(u'\n', start);
+    return found < 0 ? -1 : int(found) + 1;
+}
+
+int lengthOfUnindent(QStringView text, int lineStart, int limit)
+{
+    if (lineStart < limit && text[lineStart] == u'\t')
+        return 1;
+    int count = 0;
+    while (count < maximumUnindent && lineStart + count < limit && text[lineStart + count] == u' ')
+        ++count;
+    return count;
+}
+
+} // namespace
+
+QString LineEdit::appliedTo(const QString &text) const
+{
+    QString result = text;
+    for (auto edit = edits.crbegin(); edit != edits.crend(); ++edit)
+        result.replace(edit->replaced.location, edit->replaced.length, edit->replacement);
+    return result;
+}
+
+TextRange lineBlock(QStringView text, TextRange range)
+{
+    const TextRange clamped = range.clampedTo(int(text.size()));
+    const QStringView before = text.first(clamped.location);
+    const int first = int(before.lastIndexOf(u'\n')) + 1;
+    const int lastTouched = std::max(clamped.location, clamped.end() - 1);
+    const int next = startOfNextLine(text, lastTouched, int(text.size()));
+    return {first, (next < 0 ? int(text.size()) : next) - first};
+}
+
+QString indentationAfter(QStringView endedLine)
+{
+    const auto isIndent = [](QChar c) { return c == u' ' || c == u'\t'; };
+    const auto end = std::find_if_not(endedLine.cbegin(), endedLine.cend(), isIndent);
+    QString indentation = endedLine.first(end - endedLine.cbegin()).toString();
+    if (endedLine.trimmed().endsWith(u':'))
+        indentation += u'\t';
+    return indentation;
+}
+
+LineEdit toggleComment(QStringView text, TextRange selection)
+{
+    const TextRange block = lineBlock(text, selection);
+    const bool uncomment = block.length > 0 && text[block.location] == u'#';
+    LineEditor editor(int(text.size()), selection);
+    int line = block.location;
+    do {
+        if (!uncomment)
+            editor.insert(line, u"# "_s);
+        else if (text[line] == u'#')
+            editor.remove(line, line + 1 < block.end() && text[line + 1] == u' ' ? 2 : 1);
+        line = startOfNextLine(text, line, block.end());
+        if (line >= 0)
+            line = startOfNextLine(text, line, block.end());
+    } while (line >= 0 && line < block.end());
+    return editor.result();
+}
+
+LineEdit shiftRight(QStringView text, TextRange selection)
+{
+    const TextRange block = lineBlock(text, selection);
+    LineEditor editor(int(text.size()), selection);
+    int line = block.location;
+    int next = startOfNextLine(text, line, block.end());
+    editor.insert(line, u"\t"_s);
+    while (next >= 0) {
+        line = next;
+        next = startOfNextLine(text, line, block.end());
+        if (next >= 0)
+            editor.insert(line, u"\t"_s);
+    }
+    return editor.result();
+}
+
+LineEdit shiftLeft(QStringView text, TextRange selection)
+{
+    const TextRange block = lineBlock(text, selection);
+    LineEditor editor(int(text.size()), selection);
+    for (int line = block.location; line >= 0 && line < block.end();
+         line = startOfNextLine(text, line, block.end()))
+        editor.removeCharacters(line, lengthOfUnindent(text, line, block.end()));
+    return editor.result();
+}
+
+} // namespace runebook
