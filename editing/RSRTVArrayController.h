@@ -1,0 +1,139 @@
+#pragma once
+
+#include "document/VXDocument.h"
+#include "platform/Predicate.h"
+
+#include <QAbstractTableModel>
+#include <QItemSelectionModel>
+#include <QPointer>
+#include <memory>
+
+class QTableView;
+
+namespace runebook {
+class SearchColumns;
+class SortOrder;
+} // namespace runebook
+
+/// The list controller of a document window: the info list arranged (filtered, sorted) as the rows of a
+/// table, the selection in it, and the edits made through it. It translates between rows and records and
+/// sends every change to the document. Rows are arranged places; records are what outlives a call.
+class RSRTVArrayController : public QAbstractTableModel
+{
+    Q_OBJECT
+public:
+    explicit RSRTVArrayController(VXDocument &document, QObject *parent = nullptr);
+    ~RSRTVArrayController() override;
+
+public: // content
+    VXDocument &document() const { return m_document; }
+    /// All records of the document, in list order.
+    Q_INVOKABLE InfoList content() const { return m_document.infos(); }
+    /// The records shown, in rows.
+    Q_INVOKABLE InfoList arrangedObjects() const;
+    qsizetype countOfArrangedObjects() const { return static_cast<qsizetype>(m_rows.size()); }
+    InfoPtr arrangedObjectAtIndex(qsizetype row) const;
+    /// The row of a record, or -1 when it is not shown.
+    Q_INVOKABLE qsizetype rowOfObject(const InfoPtr &info) const;
+
+public: // filter
+    /// Null: everything is shown.
+    const std::optional<runebook::Predicate> &predicate() const { return m_predicate; }
+    /// The text of the filter; null when there is none.
+    Q_INVOKABLE QString filterPredicate() const;
+    /// False and an error when the filter gave up (a regular expression without end); then all is shown.
+    bool setFilterPredicate(const std::optional<runebook::Predicate> &predicate,
+                            runebook::Error *error = nullptr);
+    /// Parses \a text; an absent or empty one clears the filter.
+    Q_INVOKABLE bool setFilterPredicate(const QString &text, runebook::Error *error = nullptr);
+    Q_INVOKABLE void rearrangeObjects();
+
+public: // sorting: of the rows only, the document keeps its order
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+    /// The column the rows are sorted by; -1: document order.
+    int sortColumn() const { return m_sortColumn; }
+    Qt::SortOrder sortDirection() const { return m_sortDirection; }
+    /// Makes the shown order the document's, as one undo step. Only while nothing is filtered.
+    Q_INVOKABLE void writeArrangedOrder();
+
+public: // selection
+    Q_INVOKABLE InfoList selectedObjects() const;
+    Q_INVOKABLE runebook::IndexSet selectionIndexes() const;
+    Q_INVOKABLE bool setSelectionIndexes(const runebook::IndexSet &rows);
+    Q_INVOKABLE bool setSelectedObjects(const InfoList &infos);
+    qsizetype selectedCount() const;
+    QItemSelectionModel *selectionModel() const { return m_selection; }
+
+public: // edits
+    /// Inserts at a row: in the document behind the record of the row before.
+    Q_INVOKABLE void insertObjectAtArrangedObjectIndex(const InfoPtr &info, qsizetype row);
+    /// Appends a new record and selects it.
+    Q_INVOKABLE void add();
+    /// Removes the selected records.
+    Q_INVOKABLE void remove();
+    Q_INVOKABLE void removeObjectsAtArrangedObjectIndexes(const runebook::IndexSet &rows);
+    Q_INVOKABLE void moveObjectsInArrangedObjectsFromIndexesToIndex(const runebook::IndexSet &rows,
+                                                                    qsizetype row);
+    Q_INVOKABLE void copyObjectsInArrangedObjectsFromIndexesToIndex(const runebook::IndexSet &rows,
+                                                                    qsizetype row);
+
+public: // reordering by drag
+    QTableView *oTableView() const { return m_tableView; }
+    void setOTableView(QTableView *tableView);
+    bool draggingEnabled() const { return m_draggingEnabled; }
+    /// Rows can be dragged only while this is true, nothing is filtered and the document's order is shown.
+    Q_INVOKABLE void setDraggingEnabled(bool enabled) { m_draggingEnabled = enabled; }
+    Q_INVOKABLE bool tableObjectsSupportCopying() const;
+    Q_INVOKABLE int rowsAboveRowInIndexSet(qsizetype row, const runebook::IndexSet &rows) const;
+    Q_INVOKABLE runebook::IndexSet indexSetFromRows(const QVariantList &rows) const;
+    /// The object asked by the table's questions and told of copies; it answers those that it implements as
+    /// invokable operations. Not owned.
+    Q_INVOKABLE void setDelegate(QObject *delegate) { m_delegate = delegate; }
+    QObject *delegate() const { return m_delegate; }
+    /// The private type of dragged rows; its data never leave the table.
+    static QString dragType();
+
+public: // the item model
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    Qt::DropActions supportedDragActions() const override;
+    Qt::DropActions supportedDropActions() const override;
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    bool canDropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                         const QModelIndex &parent) const override;
+    bool dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                      const QModelIndex &parent) override;
+
+Q_SIGNALS:
+    /// The rows are other ones or in another order.
+    void arrangedObjectsChanged();
+    void selectionChanged();
+    /// A value typed into a cell was refused.
+    void editRefused(const QString &reason);
+
+private:
+    void applyInsertion(const runebook::IndexSet &places);
+    void applyRemoval();
+    void applyChanges(const std::vector<VXDocument::Change> &changes);
+    void arrange();
+    std::vector<VXGlyphInfo *> filteredRows(runebook::Error *error);
+    void rebuildRowNumbers() const;
+    void keepingSelection(const std::function<void()> &change);
+    qsizetype documentPlaceForRow(qsizetype row) const;
+
+    VXDocument &m_document;
+    std::vector<VXGlyphInfo *> m_rows; ///< owned by the document's list while they stand here
+    std::optional<runebook::Predicate> m_predicate;
+    std::unique_ptr<runebook::SearchColumns> m_columns;
+    QItemSelectionModel *m_selection;
+    QPointer<QTableView> m_tableView;
+    QPointer<QObject> m_delegate;
+    int m_sortColumn = -1;
+    Qt::SortOrder m_sortDirection = Qt::AscendingOrder;
+    bool m_draggingEnabled = true;
+};
