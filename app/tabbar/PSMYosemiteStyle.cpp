@@ -20,7 +20,7 @@ PSMTabStyle::Colors PSMYosemiteStyle::colors(const QPalette &palette, bool isAct
     colors.bar = dark ? mixed(window, Qt::black, 0.32) : mixed(window, text, 0.085);
     colors.selectedTab = dark ? mixed(window, text, 0.06) : mixed(window, Qt::white, 0.55);
     colors.hoveredTab = mixed(colors.bar, text, dark ? 0.07 : 0.05);
-    colors.line = dark ? mixed(window, Qt::black, 0.6) : mixed(window, text, 0.2);
+    colors.line = dark ? mixed(window, Qt::black, 0.72) : mixed(window, text, 0.2);
     colors.title = mixed(colors.bar, text, isActive ? 0.76 : 0.7);
     colors.selectedTitle = mixed(colors.selectedTab, text, isActive ? 1.0 : 0.8);
     colors.closeHover = text;

@@ -154,10 +154,20 @@ qreal TabBarMouse::extentAlongBar(const QRectF &frame) const
     return m_bar.orientation() == Qt::Vertical ? frame.height() : frame.width();
 }
 
+/// Along the bar a tab cannot be pulled off: it stops at the ends.
+bool TabBarMouse::isNearBar(const QPointF &point) const
+{
+    const bool vertical = m_bar.orientation() == Qt::Vertical;
+    const qreal across = vertical ? point.x() : point.y();
+    return across >= -tearOffDistance
+        && across <= (vertical ? m_bar.width() : m_bar.height()) + tearOffDistance;
+}
+
 void TabBarMouse::startDrag()
 {
     m_isDragging = true;
     m_dragOrigin = m_bar.indexOfTabItem(m_pressed->representedObject());
+    leave(); // what is carried is not hovered
     m_pressed->setState(PSMTabBarCell::Held, true);
     m_bar.grabKeyboard(); // Escape takes it back
 }
@@ -169,9 +179,7 @@ void TabBarMouse::drag(const QMouseEvent &event)
         return;
     }
     const QPointF point = event.position();
-    const QRectF near =
-        QRectF(m_bar.rect()).adjusted(-tearOffDistance, -tearOffDistance, tearOffDistance, tearOffDistance);
-    if (near.contains(point)) {
+    if (isNearBar(point)) {
         m_dragWindow.reset();
         m_pressed->setState(PSMTabBarCell::TornOff, false);
         carryAlong(point);
@@ -256,9 +264,10 @@ void TabBarMouse::endDrag()
 void TabBarMouse::cancelDrag()
 {
     const QPointer<QObject> item = m_pressed ? m_pressed->representedObject() : nullptr;
-    endDrag();
+    m_bar.setDisableUpdates(true);
     m_bar.moveTabItemToIndex(item, m_dragOrigin);
-    m_bar.update(true);
+    m_bar.m_disableUpdates = false;
+    endDrag();
 }
 
 void TabBarMouse::drop(const QMouseEvent &event)

@@ -50,6 +50,7 @@ private:
     qreal startAlongBar(const QRectF &frame) const;
     qreal extentAlongBar(const QRectF &frame) const;
     qreal alongBar(const QPointF &point) const;
+    bool isNearBar(const QPointF &point) const;
 
     VXTabBarControl &m_bar;
     QPointer<PSMTabBarCell> m_hovered;

@@ -7,7 +7,7 @@
 
 #include <QAccessible>
 #include <QApplication>
-#include <QVBoxLayout>
+#include <QStackedLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -78,6 +78,7 @@ VXTabBarControl::VXTabBarControl(QWidget *parent)
     connect(&m_slide, &QVariantAnimation::finished, this, [this] { m_mouse->followPointer(); });
     connect(&m_fold, &QVariantAnimation::valueChanged, this,
             [this](const QVariant &part) { foldTo(part.toReal()); });
+    connect(&m_fold, &QVariantAnimation::finished, this, &VXTabBarControl::finishFolding);
     applyThickness(fullThickness());
 }
 
@@ -268,7 +269,7 @@ void VXTabBarControl::showSelectedView()
     if (!view)
         return;
     if (!m_contentView->layout())
-        new QVBoxLayout(m_contentView);
+        new QStackedLayout(m_contentView); // pins to all four edges, whatever size the view would like
     m_contentView->layout()->setContentsMargins(0, 0, 0, 0);
     m_contentView->layout()->addWidget(view);
     view->show();

@@ -249,6 +249,7 @@ private:
     void slideCells(bool animate);
     void tellOverflowChanges(const QList<PSMTabBarCell *> &changed);
     void foldTo(qreal shownPart);
+    void finishFolding();
     void applyThickness(int thickness);
     int fullThickness() const;
     void resizeByHandle(int delta);
@@ -273,6 +274,7 @@ private:
     bool m_automaticallyAnimates = false;
     bool m_showAddTabButton = false;
     int m_resizeAreaCompensation = 0;
+    int m_sideWidth = 0; // of a vertical bar, once the user has dragged its handle
     TearOffStyle m_tearOffStyle = TearOffTab;
     runebook::TabWidthRules m_widthRules;
     std::unique_ptr<PSMTabStyle> m_style;

@@ -225,7 +225,7 @@ void VXTabBarControl::leaveEvent(QEvent *event)
 {
     QWidget::leaveEvent(event);
     m_mouse->leave();
-    update(true); // places that waited for the pointer to go may change now
+    update(); // places that waited for the pointer to go may change now
 }
 
 bool VXTabBarControl::showToolTip(const QPoint &point)

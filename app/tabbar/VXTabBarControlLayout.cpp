@@ -38,7 +38,7 @@ void VXTabBarControl::update(bool animate)
         if (animate && mayAnimate())
             m_fold.start();
         else
-            foldTo(hide ? 0 : 1);
+            finishFolding();
     }
     layoutCells(animate && mayAnimate());
     QWidget::update();
@@ -74,7 +74,12 @@ void VXTabBarControl::foldTo(qreal shownPart)
 {
     const int full = m_orientation == Qt::Horizontal ? fullThickness() : sizeHint().width();
     applyThickness(int(std::round(full * shownPart)));
-    if (shownPart <= 0)
+}
+
+void VXTabBarControl::finishFolding()
+{
+    foldTo(m_isTabBarHidden ? 0 : 1);
+    if (m_isTabBarHidden)
         m_delegate.didHide();
 }
 
@@ -108,7 +113,7 @@ void VXTabBarControl::resizeByHandle(int delta)
     if (m_orientation == Qt::Horizontal)
         resize(std::max(minimumSizeHint().width(), width() + delta), height());
     else
-        applyThickness(std::max(minimumSizeHint().width(), width() + delta));
+        applyThickness(m_sideWidth = std::max(minimumSizeHint().width(), width() + delta));
     updateGeometry();
 }
 
@@ -116,9 +121,8 @@ QSize VXTabBarControl::sizeHint() const
 {
     if (m_orientation == Qt::Horizontal)
         return {int(m_widthRules.cellOptimumWidth * std::max<qsizetype>(1, m_cells.size())), fullThickness()};
-    const int width =
-        m_isTabBarHidden || minimumWidth() == 0 ? m_widthRules.cellOptimumWidth : minimumWidth();
-    return {width, int(fullThickness() * std::max<qsizetype>(1, m_cells.size()))};
+    return {m_sideWidth > 0 ? m_sideWidth : m_widthRules.cellOptimumWidth,
+            int(fullThickness() * std::max<qsizetype>(1, m_cells.size()))};
 }
 
 QSize VXTabBarControl::minimumSizeHint() const
