@@ -29,6 +29,7 @@ QList<int> slowTable(const QString &text)
 
 void follow(QTextDocument &document, LineTable &table)
 {
+    document.documentLayout(); // a document without a layout announces nothing
     QObject::connect(&document, &QTextDocument::contentsChange, &document, [&](int from, int, int added) {
         table.noteEdit(from, added, document.characterCount() - 1);
     });

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QPlainTextDocumentLayout>
+
+namespace runebook {
+
+/// The layout of plain text with two things more: wrapped lines hang by a head indent, and a little space
+/// stands below each paragraph. Both in pixels.
+class CodeLayout : public QPlainTextDocumentLayout
+{
+    Q_OBJECT
+public:
+    explicit CodeLayout(QTextDocument *document);
+
+    qreal headIndent() const { return m_headIndent; }
+    qreal paragraphSpacing() const { return m_paragraphSpacing; }
+    /// Lays everything out anew when one of them changes.
+    void setParagraphStyle(qreal headIndent, qreal paragraphSpacing);
+
+    QRectF blockBoundingRect(const QTextBlock &block) const override;
+
+private:
+    void hang(const QTextBlock &block) const;
+
+    qreal m_headIndent = 0;
+    qreal m_paragraphSpacing = 0;
+};
+
+} // namespace runebook

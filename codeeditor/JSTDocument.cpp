@@ -1,0 +1,246 @@
+#include "JSTDocument.h"
+
+#include "codeeditor/CodeLayout.h"
+#include "codeeditor/JSTTextView.h"
+#include "codeeditor/VXCodeTextStorage.h"
+
+#include <QEvent>
+#include <QFontDatabase>
+#include <QFontMetricsF>
+#include <QTextOption>
+
+using namespace Qt::StringLiterals;
+using namespace runebook;
+
+namespace {
+
+constexpr int minimumFontSize = 6;
+constexpr int minimumColouredLength = 2;
+constexpr qreal paragraphSpacing = 2; // points
+
+} // namespace
+
+JSTDocument::JSTDocument(QObject *parent) : JSTDocument(std::make_shared<TDTokenizer>(), parent) { }
+
+JSTDocument::JSTDocument(std::shared_ptr<TDTokenizer> tokenizer, QObject *parent)
+    : QObject(parent), m_tokenizer(std::move(tokenizer))
+{
+}
+
+JSTDocument::~JSTDocument() = default;
+
+JSTTextView *JSTDocument::sourceText() const
+{
+    return m_sourceText;
+}
+
+void JSTDocument::setSourceText(JSTTextView *sourceText)
+{
+    if (m_sourceText == sourceText)
+        return;
+    if (m_sourceText)
+        m_sourceText->removeEventFilter(this);
+    if (m_storage)
+        m_storage->disconnect(this);
+    m_sourceText = sourceText;
+    m_storage = sourceText ? sourceText->textStorage() : nullptr;
+    m_sourceString.clear();
+    m_runs.clear();
+    if (!sourceText)
+        return;
+    sourceText->setDelegate(this);
+    sourceText->installEventFilter(this);
+    connect(m_storage, &QTextDocument::contentsChange, this, &JSTDocument::textStorageDidProcessEditing);
+    connect(sourceText, &JSTTextView::headIndentChanged, this, &JSTDocument::applyParagraphStyle);
+    // Left, not natural: code in a right-to-left script still begins at the left.
+    QTextOption option = m_storage->defaultTextOption();
+    option.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+    option.setTextDirection(Qt::LeftToRight);
+    m_storage->setDefaultTextOption(option);
+    applyParagraphStyle();
+    parseCode(true);
+}
+
+void JSTDocument::setDelegate(QObject *delegate)
+{
+    Q_ASSERT(!delegate || qobject_cast<JSTTextViewDelegate *>(delegate));
+    m_delegate = delegate;
+}
+
+JSTTextViewDelegate *JSTDocument::delegateInterface() const
+{
+    return qobject_cast<JSTTextViewDelegate *>(m_delegate.data());
+}
+
+void JSTDocument::addPostProcessing(const std::function<void(VXCodeTextStorage *)> &block)
+{
+    m_postprocessingBlock = block;
+}
+
+QFont JSTDocument::defaultFont() const
+{
+    if (!m_font) {
+        QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        if (font.family().isEmpty())
+            font = QFont(u"Monaco"_s);
+        font.setPointSize(m_fontSize);
+        m_font = font;
+    }
+    return *m_font;
+}
+
+void JSTDocument::setFontSize(int fontSize)
+{
+    if (fontSize == m_fontSize)
+        return;
+    m_fontSize = fontSize;
+    m_font.reset();
+    parseCode(true);
+    applyParagraphStyle();
+}
+
+/// The looks of paragraphs: font, a tab of four digits, the hanging indent, some space. They hold for the
+/// whole text whatever is in it, so they change with what they depend on, not with each pass.
+void JSTDocument::applyParagraphStyle()
+{
+    if (!m_sourceText || !m_storage)
+        return;
+    const QFont font = defaultFont();
+    if (m_sourceText->font() != font)
+        m_sourceText->setFont(font);
+    const qreal tab = QFontMetricsF(font).horizontalAdvance(u"0000"_s);
+    if (!qFuzzyCompare(m_sourceText->tabStopDistance(), tab))
+        m_sourceText->setTabStopDistance(tab);
+    constexpr qreal pointsPerInch = 72;
+    const qreal spacing = qRound(paragraphSpacing * m_sourceText->logicalDpiY() / pointsPerInch);
+    m_storage->codeLayout().setParagraphStyle(m_sourceText->headIndent(), spacing);
+}
+
+void JSTDocument::textStorageDidProcessEditing(int from, int removed, int added)
+{
+    Q_UNUSED(removed)
+    colour(false, {from, added}, false);
+}
+
+void JSTDocument::parseCode(bool force)
+{
+    colour(force, {}, true);
+}
+
+/// One pass. \a edited is what changed since the last one, as the document tells it; \a announce: the change
+/// of looks is not part of a change that the document is announcing anyway.
+void JSTDocument::colour(bool force, TextRange edited, bool announce)
+{
+    if (m_fontSize < minimumFontSize) {
+        m_fontSize = minimumFontSize;
+        m_font.reset();
+    }
+    if (!m_storage)
+        return;
+    const QString text = m_storage->string();
+    if (!force && !m_sourceString.isNull() && m_sourceString == text) {
+        // The same text, but its blocks may be new ones: replaced by their like, or undone and redone.
+        paint(edited, announce);
+        return;
+    }
+    m_sourceString = text;
+    if (text.size() < minimumColouredLength) {
+        m_runs.clear();
+        return;
+    }
+    m_tokenizer->setString(text);
+    m_tokenizer->setReader(TDReader());
+    const bool everything = refreshFormats(m_fontSize) || force || m_runs.isEmpty() || m_postprocessingBlock;
+    const TokenRuns before = std::exchange(m_runs, {});
+    m_runs.scan(*m_tokenizer, m_formats, int(text.size()));
+    if (everything) {
+        paint({0, int(text.size())}, announce);
+    } else {
+        paint(edited, announce);
+        if (const TextRange changed = m_runs.differenceFrom(before); changed.length > 0)
+            paint(changed, announce);
+    }
+    if (m_postprocessingBlock)
+        m_postprocessingBlock(m_storage);
+}
+
+/// Makes the formats anew when what they depend on changed. True when it did.
+bool JSTDocument::refreshFormats(int fontSize)
+{
+    if (m_formatsRevision == m_tokenizer->keywordsRevision() && m_formatsFontSize == fontSize)
+        return false;
+    m_formatsRevision = m_tokenizer->keywordsRevision();
+    m_formatsFontSize = fontSize;
+    const QPalette palette = m_sourceText->palette();
+    m_formats = TokenFormats(m_tokenizer->keywords(), fontSize, palette);
+    m_storage->setDefaultForegroundColor(palette.color(QPalette::Text));
+    return true;
+}
+
+void JSTDocument::paint(TextRange range, bool announce)
+{
+    const TextRange touched =
+        m_runs.applyTo(*m_storage, range.clampedTo(int(m_sourceString.size())), m_formats);
+    if (announce && touched.length > 0)
+        m_storage->markContentsDirty(touched.location, touched.length);
+}
+
+bool JSTDocument::isInStringOrComment(int index) const
+{
+    return m_formats.isStringOrComment(m_runs.formatAt(index));
+}
+
+bool JSTDocument::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange && watched == m_sourceText) {
+        m_formatsRevision = -1; // what can be read depends on the background
+        parseCode(true);
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void JSTDocument::textDidChange(JSTTextView *view)
+{
+    if (JSTTextViewDelegate *delegate = delegateInterface())
+        delegate->textDidChange(view);
+}
+
+void JSTDocument::textViewDidChangeSelection(JSTTextView *view)
+{
+    if (JSTTextViewDelegate *delegate = delegateInterface())
+        delegate->textViewDidChangeSelection(view);
+}
+
+QStringList JSTDocument::textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                                   const QStringList &words,
+                                                                                   TextRange range,
+                                                                                   int *selectedIndex)
+{
+    QStringList result;
+    if (!m_autocompleteKeywords.isEmpty()) {
+        const TextRange clamped = range.clampedTo(view->textStorage()->length());
+        QString partial = view->string().sliced(clamped.location, clamped.length);
+        QString prefix;
+        // The dot stays with the partial word: behind a dot only words that begin with one fit.
+        if (const qsizetype dot = partial.lastIndexOf(u'.'); dot >= 0) {
+            prefix = partial.first(dot);
+            partial.remove(0, dot);
+        }
+        partial = partial.toLower();
+        for (const QString &word : std::as_const(m_autocompleteKeywords)) {
+            if (word.toLower().startsWith(partial))
+                result.append(prefix + word);
+        }
+    }
+    if (JSTTextViewDelegate *delegate = delegateInterface())
+        result += delegate->textViewCompletionsForPartialWordRangeIndexOfSelectedItem(view, words, range,
+                                                                                      selectedIndex);
+    return result;
+}
+
+bool JSTDocument::textView_ShouldChangeTextInRangeReplacementString(JSTTextView *, TextRange,
+                                                                    const QString &replacement) const
+{
+    return std::all_of(replacement.cbegin(), replacement.cend(),
+                       [](QChar c) { return c.unicode() < 0x00FF; });
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "codeeditor/JSTTextViewDelegate.h"
+#include "codeeditor/TDTokenizer.h"
+#include "codeeditor/TokenRuns.h"
+
+#include <QFont>
+#include <QObject>
+#include <QPointer>
+#include <functional>
+#include <memory>
+#include <optional>
+
+class VXCodeTextStorage;
+
+/// Colours the Python of one code text view and completes its words. Every edit runs the whole text through
+/// the tokenizer; only blocks that came to look different are touched, and colours are no part of the text:
+/// undo, caret, selection and the modified state never notice. Main thread only.
+class JSTDocument : public QObject, public JSTTextViewDelegate
+{
+    Q_OBJECT
+    Q_INTERFACES(JSTTextViewDelegate)
+    Q_PROPERTY(int fontSize READ fontSize WRITE setFontSize)
+    Q_PROPERTY(QStringList autocompleteKeywords READ autocompleteKeywords WRITE setAutocompleteKeywords)
+public:
+    /// With a tokenizer of its own, or with \a tokenizer. Font size 13.
+    explicit JSTDocument(QObject *parent = nullptr);
+    explicit JSTDocument(std::shared_ptr<TDTokenizer> tokenizer, QObject *parent = nullptr);
+    ~JSTDocument() override;
+
+public: // what it works on
+    JSTTextView *sourceText() const;
+    /// Takes \a sourceText over: becomes its delegate, follows its text, aligns it to the left. Not owned.
+    void setSourceText(JSTTextView *sourceText);
+    TDTokenizer &tokenizer() const { return *m_tokenizer; }
+    /// Who is told of changes and asked for more completions. Not owned; may be none, and may go.
+    QObject *delegate() const { return m_delegate; }
+    void setDelegate(QObject *delegate);
+
+public: // colouring
+    /// Colours the text unless it is the one coloured last; always when \a force is set. Text shorter than
+    /// two characters keeps what it has; behind 500,000 characters only the default colour remains.
+    Q_INVOKABLE void parseCode(bool force);
+    /// The text as it was coloured last; null before the first pass.
+    QString sourceString() const { return m_sourceString; }
+    /// Runs after each pass, on the same text; an empty function removes it.
+    void addPostProcessing(const std::function<void(VXCodeTextStorage *)> &block);
+    /// True in a string or a comment of the coloured text, where nobody waits for completions.
+    bool isInStringOrComment(int index) const;
+
+public: // font
+    /// The user's fixed-pitch font at the font size; where there is none, "Monaco".
+    QFont defaultFont() const;
+    /// Points.
+    int fontSize() const { return m_fontSize; }
+    void setFontSize(int fontSize);
+
+public: // completion
+    const QStringList &autocompleteKeywords() const { return m_autocompleteKeywords; }
+    void setAutocompleteKeywords(const QStringList &words) { m_autocompleteKeywords = words; }
+
+public: // kept for the console of the panel; nothing here reads it
+    const QVariantMap &previousOutputTypingAttributes() const { return m_previousOutputTypingAttributes; }
+    void setPreviousOutputTypingAttributes(const QVariantMap &map) { m_previousOutputTypingAttributes = map; }
+
+public: // called by the text view
+    void textDidChange(JSTTextView *view) override;
+    void textViewDidChangeSelection(JSTTextView *view) override;
+    QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                          const QStringList &words,
+                                                                          runebook::TextRange range,
+                                                                          int *selectedIndex) override;
+    /// Never called by anybody, deliberately: the underscore keeps it out of editing. True when \a
+    /// replacement has no character from U+00FF on.
+    bool textView_ShouldChangeTextInRangeReplacementString(JSTTextView *view, runebook::TextRange range,
+                                                           const QString &replacement) const;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void textStorageDidProcessEditing(int from, int removed, int added);
+    void colour(bool force, runebook::TextRange edited, bool announce);
+    bool refreshFormats(int fontSize);
+    void paint(runebook::TextRange range, bool announce);
+    void applyParagraphStyle();
+    JSTTextViewDelegate *delegateInterface() const;
+
+    std::shared_ptr<TDTokenizer> m_tokenizer;
+    QPointer<JSTTextView> m_sourceText;
+    QPointer<VXCodeTextStorage> m_storage;
+    QPointer<QObject> m_delegate;
+    QString m_sourceString;
+    std::function<void(VXCodeTextStorage *)> m_postprocessingBlock;
+    QVariantMap m_previousOutputTypingAttributes;
+    QStringList m_autocompleteKeywords;
+    mutable std::optional<QFont> m_font;
+    int m_fontSize = 13;
+
+    runebook::TokenFormats m_formats;
+    int m_formatsRevision = -1; // of the tokenizer's keywords; -1: to be made
+    int m_formatsFontSize = 0;
+    runebook::TokenRuns m_runs;
+};

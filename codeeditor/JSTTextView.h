@@ -1,0 +1,120 @@
+#pragma once
+
+#include "codeeditor/TextRange.h"
+
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <optional>
+
+class JSTTextViewDelegate;
+class VXCodeTextStorage;
+class VXLineNumberView;
+
+namespace runebook {
+class CompletionPopup;
+}
+
+/// The view in which Python code is edited: indents new lines, comments and shifts lines, moves by the parts
+/// of dotted names, matches braces, completes words and shows line numbers. Positions and ranges are UTF-16
+/// units of string(). Main thread only.
+class JSTTextView : public QPlainTextEdit
+{
+    Q_OBJECT
+    Q_PROPERTY(qreal headIndent READ headIndent WRITE setHeadIndent NOTIFY headIndentChanged)
+public:
+    explicit JSTTextView(QWidget *parent = nullptr);
+    ~JSTTextView() override;
+
+public: // the text
+    Q_INVOKABLE QString string() const;
+    /// Replaces everything, as no undoable step.
+    Q_INVOKABLE void setString(const QString &text);
+    Q_INVOKABLE runebook::TextRange selectedRange() const;
+    /// Clamped to the text.
+    Q_INVOKABLE void setSelectedRange(runebook::TextRange range);
+    /// Replaces the selection as if \a text had been typed: undoable, and only if the delegate agrees.
+    Q_INVOKABLE void insertText(const QString &text);
+    /// True when the view can be edited and the delegate has nothing against the change.
+    bool shouldChangeTextInRangeReplacementString(runebook::TextRange range, const QString &replacement);
+    Q_INVOKABLE VXCodeTextStorage *textStorage() const;
+
+public: // delegate and line numbers
+    /// Told of changes, asked for completions (JSTTextViewDelegate). Not owned; may go.
+    Q_INVOKABLE QObject *delegate() const { return m_delegate; }
+    void setDelegate(QObject *delegate);
+    /// None before setupLineNumberview().
+    Q_INVOKABLE VXLineNumberView *lineNumberView() const { return m_lineNumberView; }
+    Q_INVOKABLE void setupLineNumberview();
+    Q_INVOKABLE void disableLineNumbers();
+
+public: // looks
+    /// By how much wrapped lines hang, in pixels.
+    qreal headIndent() const { return m_headIndent; }
+    void setHeadIndent(qreal headIndent);
+    /// Flashes the characters of \a range, when they can be seen.
+    void showFindIndicatorForRange(runebook::TextRange range);
+
+public: // completion
+    /// The name before the caret, with the dotted names in front of it; empty at the caret when there is
+    /// none.
+    runebook::TextRange rangeForUserCompletion() const;
+    QStringList completionsForPartialWordRange(runebook::TextRange range, int *selectedIndex);
+
+public:
+    /// Always gives the keyboard away, without the base view's leave-taking.
+    Q_INVOKABLE bool resignFirstResponder() { return true; }
+
+public Q_SLOTS: // editing actions
+    void copy();
+    void insertNewline();
+    void deleteWordForward();
+    void deleteWordBackward();
+    void commentSelection();
+    void shiftSelectedLinesRight();
+    void shiftSelectedLinesLeft();
+    /// Offers completions for the name before the caret.
+    void complete();
+
+Q_SIGNALS:
+    void headIndentChanged(qreal headIndent);
+    void findIndicatorShown(runebook::TextRange range);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
+    QMimeData *createMimeDataFromSelection() const override;
+
+private:
+    /// What the user is doing while the selection changes.
+    enum class UserEvent { None, KeyDown, DoubleClickUp };
+
+    void textViewDidChangeSelection();
+    void selectBracePair();
+    void flashOpeningBrace(int closingBrace);
+    bool handleEditingKey(QKeyEvent *event);
+    bool handleWordKey(QKeyEvent *event);
+    void moveByWord(bool forward, QTextCursor::MoveMode mode);
+    void deleteRange(runebook::TextRange range);
+    bool selectionSpansLines() const;
+    void updateCompletions(const QKeyEvent &event);
+    void showCompletions(bool onRequest);
+    void acceptCompletion(const QString &word);
+    void placeLineNumberView();
+    JSTTextViewDelegate *delegateInterface() const;
+
+    VXCodeTextStorage *m_storage;
+    QPointer<QObject> m_delegate;
+    VXLineNumberView *m_lineNumberView = nullptr; // owned as a child
+    runebook::CompletionPopup *m_completionPopup; // owned as a child
+    runebook::TextRange m_lastSelection;
+    runebook::TextRange m_completedRange;
+    UserEvent m_userEvent = UserEvent::None;
+    bool m_doubleClicked = false;
+    bool m_showsLineNumbers = false;
+    qreal m_headIndent = 0;
+};

@@ -1,0 +1,96 @@
+#include "TokenFormats.h"
+
+#include "codeeditor/CharacterClasses.h"
+#include "codeeditor/CodeColors.h"
+#include "codeeditor/FormatOverlay.h"
+#include "codeeditor/TDToken.h"
+
+#include <cmath>
+
+namespace runebook {
+
+namespace {
+
+constexpr double fontSizeTolerance = 0.5; // points
+
+bool isDictionary(const QVariant &value)
+{
+    return value.typeId() == QMetaType::QVariantMap;
+}
+
+/// White space (and the bracket that the table counts to it) is not there to be read.
+bool isToBeRead(const QString &key)
+{
+    return key.size() != 1 || !(isBlank(key.front().unicode()) || key.front() == u'[');
+}
+
+} // namespace
+
+TokenFormats::TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette)
+    : m_palette(palette), m_fontSize(fontSize)
+{
+    m_quotedStringIndex = add({{foregroundColorAttributeName, quotedStringColor()}}, true);
+    m_numberIndex = add({{foregroundColorAttributeName, numberColor()}}, true);
+    for (auto entry = table.cbegin(); entry != table.cend(); ++entry) {
+        if (isDictionary(*entry))
+            m_words.insert(entry.key(), addEntry(entry->toMap(), isToBeRead(entry.key())));
+    }
+    m_entries.clear();
+    m_commentIndex = m_words.find(commentAttributesKey);
+    const QVariant defaultColor = table.value(defaultForegroundKey);
+    if (defaultColor.typeId() == QMetaType::QColor)
+        m_defaultIndex = add({{foregroundColorAttributeName, defaultColor}}, true);
+}
+
+int TokenFormats::addEntry(const QVariantMap &attributes, bool toBeRead)
+{
+    for (const Entry &known : std::as_const(m_entries)) {
+        if (known.toBeRead == toBeRead && known.attributes == attributes)
+            return known.index;
+    }
+    m_entries.append({attributes, toBeRead, add(attributes, toBeRead)});
+    return m_entries.last().index;
+}
+
+int TokenFormats::add(const QVariantMap &attributes, bool toBeRead)
+{
+    QVariantMap sized = attributes;
+    QFont font = attributes.value(fontAttributeName).value<QFont>();
+    if (attributes.contains(fontAttributeName)
+        && std::abs(font.pointSizeF() - m_fontSize) > fontSizeTolerance) {
+        font.setPointSize(m_fontSize);
+        sized.insert(fontAttributeName, font);
+    }
+    QTextCharFormat format = formatFromAttributes(sized);
+    if (toBeRead && format.hasProperty(givenColorProperty))
+        format.setForeground(readableColor(format.foreground().color(), m_palette.color(QPalette::Base)));
+    m_formats.append(format);
+    return int(m_formats.size()) - 1;
+}
+
+int TokenFormats::indexFor(const TDToken &token) const
+{
+    switch (token.kind()) {
+    case TDToken::Kind::QuotedString:
+        return m_quotedStringIndex;
+    case TDToken::Kind::Number:
+        return m_numberIndex;
+    case TDToken::Kind::Comment:
+        return m_commentIndex;
+    case TDToken::Kind::Word:
+        return m_words.find(token.stringValue());
+    case TDToken::Kind::Whitespace:
+        return m_words.find(token.stringValue().first(1));
+    case TDToken::Kind::Symbol:
+    case TDToken::Kind::EndOfInput:
+        break;
+    }
+    return none;
+}
+
+bool TokenFormats::isStringOrComment(int index) const
+{
+    return index != none && (index == m_quotedStringIndex || index == m_commentIndex);
+}
+
+} // namespace runebook

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "codeeditor/KeywordTable.h"
+
+#include <QList>
+#include <QTextCharFormat>
+
+class TDToken;
+
+namespace runebook {
+
+/// A keyword attribute table made ready for painting: every token kind and word is a small number, every
+/// number a format. Colours that cannot be read on the palette's base are painted in the nearest shade of the
+/// same hue that can; the given colour stays in the format (givenColorProperty) and is what attributes
+/// answer.
+class TokenFormats
+{
+public:
+    static constexpr int none = -1;
+
+    TokenFormats() = default;
+    /// Fonts of the table whose size differs from \a fontSize (points) by more than 0.5 are converted to it.
+    TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette);
+
+    /// The number of the format that \a token is painted in, or none.
+    int indexFor(const TDToken &token) const;
+    /// The number of the format of what has no other, or none: then it is the widget's text colour.
+    int defaultIndex() const { return m_defaultIndex; }
+    bool isStringOrComment(int index) const;
+    const QTextCharFormat &at(int index) const { return m_formats[index]; }
+
+private:
+    int add(const QVariantMap &attributes, bool toBeRead);
+    int addEntry(const QVariantMap &attributes, bool toBeRead);
+
+    struct Entry {
+        QVariantMap attributes;
+        bool toBeRead;
+        int index;
+    };
+
+    QPalette m_palette;
+    int m_fontSize = 0;
+    QList<QTextCharFormat> m_formats;
+    QList<Entry> m_entries; // so that words of a kind share a format; emptied when the table is done
+    WordIndex m_words;
+    int m_quotedStringIndex = none;
+    int m_numberIndex = none;
+    int m_commentIndex = none;
+    int m_defaultIndex = none;
+};
+
+} // namespace runebook

@@ -1,0 +1,109 @@
+#include "TokenRuns.h"
+
+#include "codeeditor/FormatOverlay.h"
+#include "codeeditor/TDTokenizer.h"
+
+#include <QTextBlock>
+#include <algorithm>
+
+namespace runebook {
+
+void TokenRuns::clear()
+{
+    m_runs.clear();
+    m_textLength = 0;
+}
+
+void TokenRuns::append(int start, int length, int format)
+{
+    if (format != TokenFormats::none && length > 0)
+        m_runs.push_back({start, length, format});
+}
+
+void TokenRuns::scan(TDTokenizer &tokenizer, const TokenFormats &formats, int textLength)
+{
+    m_runs.clear();
+    m_textLength = textLength;
+    const TDToken *const end = TDToken::EOFToken();
+    int position = 0;
+    for (const TDToken *token = tokenizer.nextToken(); token != end; token = tokenizer.nextToken()) {
+        const int length = int(token->stringValue().size());
+        if (length > textLength - position)
+            break; // the text and the tokens disagree
+        const int format = formats.indexFor(*token);
+        append(position, length, format == TokenFormats::none ? formats.defaultIndex() : format);
+        position += length;
+        if (position >= colouredLength)
+            break;
+    }
+    append(position, textLength - position, formats.defaultIndex());
+}
+
+TextRange TokenRuns::differenceFrom(const TokenRuns &before) const
+{
+    const auto front =
+        std::mismatch(m_runs.begin(), m_runs.end(), before.m_runs.begin(), before.m_runs.end());
+    const int shift = m_textLength - before.m_textLength;
+    const auto sameShifted = [shift](const Run &now, const Run &then) {
+        return now.start == then.start + shift && now.length == then.length && now.format == then.format;
+    };
+    // The same run must not count for the front and for the end.
+    const auto back =
+        std::mismatch(m_runs.rbegin(), std::make_reverse_iterator(front.first), before.m_runs.rbegin(),
+                      std::make_reverse_iterator(front.second), sameShifted);
+    int first = m_textLength;
+    int last = 0;
+    if (front.first != back.first.base()) {
+        first = front.first->start;
+        last = std::prev(back.first.base())->end();
+    }
+    if (front.second != back.second.base()) {
+        first = std::min(first, front.second->start);
+        last = std::max(last, std::prev(back.second.base())->end() + shift);
+    }
+    first = std::clamp(first, 0, m_textLength);
+    return {first, std::max(0, std::min(last, m_textLength) - first)};
+}
+
+std::vector<TokenRuns::Run>::const_iterator TokenRuns::firstRunBehind(int index) const
+{
+    return std::partition_point(m_runs.begin(), m_runs.end(),
+                                [index](const Run &run) { return run.end() <= index; });
+}
+
+int TokenRuns::formatAt(int index) const
+{
+    const auto run = firstRunBehind(index);
+    return run != m_runs.end() && run->start <= index ? run->format : TokenFormats::none;
+}
+
+TextRange TokenRuns::applyTo(const QTextDocument &document, TextRange range,
+                             const TokenFormats &formats) const
+{
+    QTextBlock block = document.findBlock(range.location);
+    int start = block.position();
+    auto run = firstRunBehind(start);
+    TextRange touched;
+    FormatRanges overlay;
+    for (; block.isValid() && start <= range.end(); block = block.next()) {
+        const int length = block.length();
+        const int end = start + length - 1; // the break has no looks of its own
+        overlay.clear();
+        auto inBlock = run;
+        for (; inBlock != m_runs.end() && inBlock->start < end; ++inBlock) {
+            const int first = std::max(inBlock->start, start);
+            const int last = std::min(inBlock->end(), end);
+            if (last > first)
+                overlay.append({first - start, last - first, formats.at(inBlock->format)});
+        }
+        if (setOverlay(block, overlay))
+            touched = touched.length == 0 ? TextRange {start, length} : touched.united({start, length});
+        start += length;
+        run = inBlock;
+        while (run != m_runs.begin() && std::prev(run)->end() > start)
+            --run;
+    }
+    return touched;
+}
+
+} // namespace runebook

@@ -1,0 +1,120 @@
+#include "VXCodeTextStorage.h"
+
+#include "codeeditor/CodeLayout.h"
+#include "codeeditor/DottedWords.h"
+#include "codeeditor/FormatOverlay.h"
+#include "codeeditor/KeywordTable.h"
+
+#include <QTextBlock>
+#include <QTextCursor>
+
+using namespace runebook;
+
+namespace {
+
+/// The paragraph of \a index as a text of its own, with its break, and where it begins.
+QString paragraphAt(const QTextDocument &document, int index, int *start)
+{
+    const QTextBlock block = document.findBlock(index);
+    *start = block.position();
+    QString text = block.text();
+    if (block.next().isValid())
+        text += u'\n';
+    return text;
+}
+
+} // namespace
+
+VXCodeTextStorage::VXCodeTextStorage(QObject *parent) : VXCodeTextStorage(nullptr, parent) { }
+
+VXCodeTextStorage::VXCodeTextStorage(const QTextDocument *contents, QObject *parent)
+    : QTextDocument(parent), m_layout(new CodeLayout(this))
+{
+    registerTextRangeConversions();
+    setDocumentLayout(m_layout);
+    if (contents)
+        setPlainText(contents->toRawText());
+    connect(this, &QTextDocument::contentsChange, this, &VXCodeTextStorage::reportCharacters);
+}
+
+QString VXCodeTextStorage::string() const
+{
+    // Not toPlainText(): that makes blanks of no-break spaces and newlines of line separators.
+    return toRawText().replace(QChar::ParagraphSeparator, u'\n');
+}
+
+int VXCodeTextStorage::length() const
+{
+    return characterCount() - 1;
+}
+
+void VXCodeTextStorage::replaceCharactersInRangeWithString(TextRange range, const QString &string)
+{
+    const TextRange replaced = range.clampedTo(length());
+    QTextCursor cursor(this);
+    cursor.setPosition(replaced.location);
+    cursor.setPosition(replaced.end(), QTextCursor::KeepAnchor);
+    cursor.insertText(string);
+}
+
+void VXCodeTextStorage::reportCharacters(int from, int removed, int added)
+{
+    Q_EMIT edited(EditKind::Characters, {from, removed}, added - removed);
+}
+
+QVariantMap VXCodeTextStorage::attributesAtIndexEffectiveRange(int index, TextRange *effectiveRange) const
+{
+    QVariantMap attributes = attributesAt(*this, index, effectiveRange);
+    if (index < 0 || index >= length())
+        return attributes;
+    if (!attributes.contains(foregroundColorAttributeName))
+        attributes.insert(foregroundColorAttributeName, m_defaultForegroundColor);
+    if (!attributes.contains(fontAttributeName))
+        attributes.insert(fontAttributeName, defaultFont());
+    return attributes;
+}
+
+QVariantList VXCodeTextStorage::attributesAtIndexEffectiveRange(int index) const
+{
+    TextRange range;
+    const QVariantMap attributes = attributesAtIndexEffectiveRange(index, &range);
+    return {attributes, QVariantList {range.location, range.length}};
+}
+
+void VXCodeTextStorage::setAttributesRange(const QVariantMap &attributes, TextRange range)
+{
+    const TextRange changed = range.clampedTo(length());
+    const QTextCharFormat format = formatFromAttributes(attributes);
+    for (QTextBlock block = findBlock(changed.location); block.isValid() && block.position() < changed.end();
+         block = block.next()) {
+        const int first = std::max(changed.location - block.position(), 0);
+        const int last = std::min(changed.end() - block.position(), block.length() - 1);
+        if (last > first)
+            setOverlay(block, withFormat(overlayOf(block), first, last - first, format));
+    }
+    markContentsDirty(changed.location, changed.length);
+    Q_EMIT edited(EditKind::Attributes, changed, 0);
+}
+
+TextRange VXCodeTextStorage::doubleClickAtIndex(int index) const
+{
+    int start = 0;
+    const QString paragraph = paragraphAt(*this, std::clamp(index, 0, length()), &start);
+    TextRange range = dottedComponent(paragraph, index - start);
+    range.location += start;
+    return range;
+}
+
+int VXCodeTextStorage::nextWordFromIndexForward(int index, bool forward) const
+{
+    const int from = std::clamp(index, 0, length());
+    int start = 0;
+    if (forward) {
+        const QString paragraph = paragraphAt(*this, from, &start);
+        return start + nextComponent(paragraph, from - start);
+    }
+    if (from == 0)
+        return 0;
+    const QString paragraph = paragraphAt(*this, from - 1, &start);
+    return start + previousComponent(paragraph, from - start);
+}

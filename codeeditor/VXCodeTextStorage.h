@@ -1,0 +1,66 @@
+#pragma once
+
+#include "codeeditor/TextRange.h"
+
+#include <QColor>
+#include <QTextDocument>
+#include <QVariantMap>
+
+namespace runebook {
+class CodeLayout;
+}
+
+/// The text of a code view. A dotted Python name is one word of it, but word motion stops at the dots and a
+/// double click takes one component. Indexes and ranges are UTF-16 units; a paragraph's end counts as one.
+class VXCodeTextStorage : public QTextDocument
+{
+    Q_OBJECT
+public:
+    enum class EditKind { Characters, Attributes };
+    Q_ENUM(EditKind)
+
+    /// Empty, or with the characters of \a contents (none when absent).
+    explicit VXCodeTextStorage(QObject *parent = nullptr);
+    explicit VXCodeTextStorage(const QTextDocument *contents, QObject *parent = nullptr);
+
+public: // characters
+    /// The whole text, with "\n" at each paragraph's end and every other character as it is.
+    Q_INVOKABLE QString string() const;
+    Q_INVOKABLE int length() const;
+    /// Replaces as one undoable step. The range is clamped to the text.
+    Q_INVOKABLE void replaceCharactersInRangeWithString(runebook::TextRange range, const QString &string);
+
+public: // attributes: "NSColor", "NSFont", "NSLink"
+    /// Those of the character at \a index, the default colour and font where it has none of its own; empty
+    /// outside the text. \a effectiveRange gets the piece around it, inside its paragraph, that shares them.
+    QVariantMap attributesAtIndexEffectiveRange(int index, runebook::TextRange *effectiveRange) const;
+    /// The same for scripts: [attributes, [location, length]].
+    Q_INVOKABLE QVariantList attributesAtIndexEffectiveRange(int index) const;
+    /// Gives the characters of \a range these attributes alone. No undo step: attributes are no content.
+    Q_INVOKABLE void setAttributesRange(const QVariantMap &attributes, runebook::TextRange range);
+    /// What characters without a colour of their own have.
+    QColor defaultForegroundColor() const { return m_defaultForegroundColor; }
+    void setDefaultForegroundColor(const QColor &color) { m_defaultForegroundColor = color; }
+
+public: // words
+    bool _usesProgrammingLanguageBreaks() const { return true; }
+    /// What a double click on the character at \a index selects.
+    Q_INVOKABLE runebook::TextRange doubleClickAtIndex(int index) const;
+    /// Where the caret goes from \a index by one word: to the next dot inside a dotted name, else to the next
+    /// word's start; backward likewise.
+    Q_INVOKABLE int nextWordFromIndexForward(int index, bool forward) const;
+
+public:
+    runebook::CodeLayout &codeLayout() const { return *m_layout; }
+
+Q_SIGNALS:
+    /// After each edit: \a range as it was before, and how much longer the text became. Edits of attributes
+    /// are those made by setAttributesRange().
+    void edited(VXCodeTextStorage::EditKind kind, runebook::TextRange range, int changeInLength);
+
+private:
+    void reportCharacters(int from, int removed, int added);
+
+    runebook::CodeLayout *m_layout; // owned as the document's layout
+    QColor m_defaultForegroundColor = Qt::black;
+};
