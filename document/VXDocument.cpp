@@ -331,6 +331,7 @@ void VXDocument::removeAt(const IndexSet &indexes, Notice notice)
 {
     if (indexes.empty())
         return;
+    InfoList leaving; // listeners may still look at them
     auto next = indexes.begin();
     std::size_t kept = static_cast<std::size_t>(indexes.front());
     for (std::size_t i = kept; i < m_infos.size(); ++i) {
@@ -342,6 +343,7 @@ void VXDocument::removeAt(const IndexSet &indexes, Notice notice)
             }
             m_infos[i]->setListings(m_infos[i]->listings() - 1);
             m_strays.push_back(m_infos[i]);
+            leaving.push_back(std::move(m_infos[i]));
             continue;
         }
         m_infos[kept++] = std::move(m_infos[i]);

@@ -72,6 +72,8 @@ public: // the info list
     Q_INVOKABLE InfoPtr objectInInfosAtIndex(qsizetype index) const;
     /// The first place of the record, or -1.
     Q_INVOKABLE qsizetype indexOfObjectInInfos(const InfoPtr &info) const;
+    /// The same for those who hold no share of the record.
+    qsizetype placeOf(const VXGlyphInfo *info) const;
     /// Appends. Undo: removeInfo.
     Q_INVOKABLE void addInfo(const InfoPtr &info);
     Q_INVOKABLE void addInfos(const InfoList &infos);
@@ -159,7 +161,6 @@ private:
     void removeAt(const runebook::IndexSet &indexes, Notice notice);
     void listChanged(Notice notice);
     runebook::IndexSet placesOf(const InfoList &infos) const;
-    qsizetype placeOf(const VXGlyphInfo *info) const;
     InfoPtr firstFound(runebook::InfoIndex &index, const QString &text) const;
     runebook::InfoIndex *indexForField(runebook::GlyphField field) const;
 

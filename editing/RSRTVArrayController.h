@@ -12,7 +12,6 @@ class QTableView;
 
 namespace runebook {
 class SearchColumns;
-class SortOrder;
 } // namespace runebook
 
 /// The list controller of a document window: the info list arranged (filtered, sorted) as the rows of a
@@ -110,7 +109,8 @@ public: // the item model
                       const QModelIndex &parent) override;
 
 Q_SIGNALS:
-    /// The rows are other ones or in another order.
+    /// The rows are about to be other ones or in another order, and have become so.
+    void arrangedObjectsAboutToChange();
     void arrangedObjectsChanged();
     void selectionChanged();
     /// A value typed into a cell was refused.
@@ -120,20 +120,26 @@ private:
     void applyInsertion(const runebook::IndexSet &places);
     void applyRemoval();
     void applyChanges(const std::vector<VXDocument::Change> &changes);
-    void arrange();
-    std::vector<VXGlyphInfo *> filteredRows(runebook::Error *error);
+    bool arrange(runebook::Error *error = nullptr);
+    void replaceRows(std::vector<VXGlyphInfo *> rows);
+    InfoList wantedSelection() const;
+    void restoreSelection(const InfoList &wanted, const InfoPtr &current);
+    bool showsDocumentOrder() const { return m_sortColumn < 0 && !m_predicate; }
     void rebuildRowNumbers() const;
-    void keepingSelection(const std::function<void()> &change);
-    qsizetype documentPlaceForRow(qsizetype row) const;
+    runebook::IndexSet afterMove(const runebook::IndexSet &rows, qsizetype row);
 
     VXDocument &m_document;
     std::vector<VXGlyphInfo *> m_rows; ///< owned by the document's list while they stand here
+    mutable std::vector<qint32> m_rowOfPlace; ///< by place in the document's list; empty while not known
+    std::vector<quint32> m_sortedPlaces; ///< empty in document order
     std::optional<runebook::Predicate> m_predicate;
     std::unique_ptr<runebook::SearchColumns> m_columns;
     QItemSelectionModel *m_selection;
+    InfoList m_hiddenSelection; ///< selected before the filter hid them; they come back with it
     QPointer<QTableView> m_tableView;
     QPointer<QObject> m_delegate;
     int m_sortColumn = -1;
     Qt::SortOrder m_sortDirection = Qt::AscendingOrder;
     bool m_draggingEnabled = true;
+    bool m_isRestoring = false;
 };

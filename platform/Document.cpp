@@ -75,6 +75,18 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
     return true;
 }
 
+bool Document::revertToSaved(Error *error)
+{
+    if (m_fileURL.isEmpty() || !QFileInfo::exists(m_fileURL))
+        return fail(error, {u"OpenError"_s, 1, tr("The file “%1” is not there.").arg(displayName()), {},
+                            tr("The document stays as it is.")});
+    if (!readFromURLOfType(m_fileURL, m_fileType, error))
+        return false;
+    m_undoManager.removeAllActions();
+    m_undoManager.setClean();
+    return true;
+}
+
 void Document::commitEditing()
 {
     Q_EMIT commitEditingRequested();

@@ -48,6 +48,8 @@ public: // the file
     /// Writes the document to \a url, which becomes its file.
     Q_INVOKABLE bool saveToURLOfType(const QString &url, const QString &type,
                                      runebook::Error *error = nullptr);
+    /// Reads the document's file again; its history starts anew.
+    Q_INVOKABLE bool revertToSaved(runebook::Error *error = nullptr);
     /// Gives what the user typed but did not leave yet to the records; called before every save and run.
     void commitEditing();
 

@@ -1,10 +1,12 @@
 #include "platform/TextFolding.h"
 
 #include <QChar>
+#include <QList>
 #include <array>
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <type_traits>
 
 namespace runebook {
 

@@ -148,6 +148,14 @@ void UndoManager::redo()
     m_stack.redo();
 }
 
+void UndoManager::goToStep(int count)
+{
+    if (m_state != State::Recording)
+        return;
+    closeGroup();
+    m_stack.setIndex(count);
+}
+
 void UndoManager::removeAllActions()
 {
     m_open.clear();

@@ -56,6 +56,8 @@ public: // history
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
     Q_INVOKABLE void removeAllActions();
+    /// Goes back or forward to the state behind the first \a count steps of the stack.
+    void goToStep(int count);
     bool isUndoing() const { return m_state == State::Undoing; }
     bool isRedoing() const { return m_state == State::Redoing; }
     /// True when the document is as it was saved: the clean index of the stack, nothing pending.

@@ -1,0 +1,134 @@
+#include "editing/FieldEditing.h"
+
+#include "editing/CodePointTokens.h"
+#include "editing/GlyphColumns.h"
+
+#include <QCoreApplication>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("FieldEditing", text);
+}
+
+Error refusal(const QString &reason)
+{
+    return {u"EditError"_s, 1, reason, {}, {}};
+}
+
+/// Why the text cannot be the field's value for these records; an empty domain when it can.
+Error objection(const VXDocument &document, const InfoList &infos, GlyphField field, const QString &text)
+{
+    Error error;
+    switch (field) {
+    case GlyphField::Name:
+        if (infos.size() > 1)
+            return refusal(tr("Several glyph infos cannot have the same name."));
+        infos.front()->validateName(text, &error);
+        return error;
+    case GlyphField::AltNames:
+        if (const QString name = repeatingName(document, text.split(kListSeparator)); !name.isNull())
+            return refusal(tr("Repeating name: %1").arg(name));
+        return {};
+    case GlyphField::Case:
+        if (!text.isEmpty() && VXGlyphInfo::stringFromCase(VXGlyphInfo::caseFromString(text)) != text
+            && text != "other"_L1)
+            return refusal(tr("The case is one of upper, lower, smallCaps, minor, or empty."));
+        return {};
+    case GlyphField::Direction:
+        if (!text.isEmpty() && VXGlyphInfo::stringFromDirection(VXGlyphInfo::directionFromString(text)) != text)
+            return refusal(tr("The direction is one of LTR, RTL, BIDI, VTL, VTR, or empty."));
+        return {};
+    default:
+        return {};
+    }
+}
+
+void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
+{
+    switch (field) {
+    case GlyphField::Unicodes:
+        info.setUnicodes(normalizedCodePointTokens(text.split(QRegularExpression(u"[,\\s]+"_s))));
+        break;
+    case GlyphField::AltNames:
+        info.setAltNames(text.isEmpty() ? QStringList() : text.split(kListSeparator));
+        break;
+    case GlyphField::Case:
+        info.setCase(VXGlyphInfo::caseFromString(text));
+        break;
+    case GlyphField::Direction:
+        info.setDirection(text.isEmpty() ? static_cast<int>(VXGlyphInfo::DirectionNotSet)
+                                         : VXGlyphInfo::directionFromString(text));
+        break;
+    case GlyphField::UnicodeLegacy:
+        // The setter leaves no trace of its own; for the user it is an edit like any other.
+        if (UndoManager *manager = info.document() ? info.document()->undoManager() : nullptr) {
+            manager->registerUndo([info = info.shared_from_this(), old = info.unicodeLegacy()] {
+                setField(*info, GlyphField::UnicodeLegacy, old);
+            });
+        }
+        info.setUnicodeLegacy(text);
+        if (info.document())
+            info.document()->infoHasChanged(info, field, FieldValue());
+        break;
+    default:
+        info.setValueForKey(text, keyOfField(field));
+        break;
+    }
+}
+
+} // namespace
+
+QString repeatingName(const VXDocument &document, const QStringList &names)
+{
+    for (const QString &name : names) {
+        if (document.infoForName(name))
+            return name;
+    }
+    return {};
+}
+
+bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField field, const QString &text,
+                      Error *error)
+{
+    if (infos.empty())
+        return true;
+    const bool isSame = std::all_of(infos.begin(), infos.end(), [&](const InfoPtr &info) {
+        return info->displayText(field) == text;
+    });
+    if (isSame)
+        return true;
+    if (const Error reason = objection(document, infos, field, text); !reason.domain.isEmpty())
+        return fail(error, reason);
+    const UndoGroup group(document.undoManager(), tr("Change %1").arg(fieldTitle(field)));
+    for (const InfoPtr &info : infos) {
+        if (info->displayText(field) != text)
+            setField(*info, field, text);
+    }
+    return true;
+}
+
+CommonValue commonValue(const InfoList &infos, GlyphField field)
+{
+    if (infos.empty())
+        return {};
+    const VXGlyphInfo &first = *infos.front();
+    const bool isNumber = field == GlyphField::Case || field == GlyphField::Direction;
+    for (const InfoPtr &info : infos) {
+        const bool isEqual = isNumber
+            ? info->caseValue() == first.caseValue() || field != GlyphField::Case
+            : FieldValue::equal(info->stored(field), info->sourceData(), first.stored(field), first.sourceData());
+        const bool sameDirection = field != GlyphField::Direction || info->direction() == first.direction();
+        // An absent and an empty value look alike.
+        if ((!isEqual || !sameDirection) && info->displayText(field) != first.displayText(field))
+            return {{}, true};
+    }
+    return {first.displayText(field), false};
+}
+
+} // namespace runebook

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "document/VXDocument.h"
+
+namespace runebook {
+
+/// Sets one field of records from what the user typed, as one named undo step: the same rules for a table
+/// cell, the detail pane and many selected records. Records that have the value already are left alone.
+/// False and an error, with nothing changed, when the text is refused.
+bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField field, const QString &text,
+                      Error *error = nullptr);
+
+/// What the user sees of one field of several records.
+struct CommonValue {
+    QString text; ///< the common text; empty when they differ
+    bool isMixed = false;
+};
+CommonValue commonValue(const InfoList &infos, GlyphField field);
+
+/// The first of \a names that some record has as its name; null when there is none.
+QString repeatingName(const VXDocument &document, const QStringList &names);
+
+} // namespace runebook

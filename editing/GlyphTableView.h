@@ -1,0 +1,63 @@
+#pragma once
+
+#include "model/VXGlyphInfo.h"
+
+#include <QTableView>
+#include <QTimer>
+#include <memory>
+
+class RSRTVArrayController;
+
+namespace runebook {
+
+/// The table of records in a document window: columns that can be moved, sized, hidden and sorted and are
+/// remembered, in-place editing, zoom, and a place that is kept whatever happens to the rows.
+class GlyphTableView : public QTableView
+{
+    Q_OBJECT
+public:
+    explicit GlyphTableView(RSRTVArrayController &controller, QWidget *parent = nullptr);
+    ~GlyphTableView() override;
+
+    /// Columns, widths, order, sort and zoom as they were before anybody changed them.
+    void resetViewSettings();
+    /// Steps of one point; 0 goes back to the size at the start.
+    void zoom(int steps);
+    /// Shows the record of a row and makes it the only selected one.
+    void goToRow(int row);
+
+Q_SIGNALS:
+    void sortChanged();
+
+protected:
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    struct Anchor {
+        std::weak_ptr<VXGlyphInfo> info;
+        int y = 0; ///< of the row's top in the viewport
+    };
+
+    void setUpHeader();
+    void restoreViewSettings();
+    void scheduleStore();
+    void storeViewSettings();
+    void applyFontSize(double pointSize);
+    void showHeaderMenu(const QPoint &position);
+    void rememberPlace();
+    void restorePlace();
+    bool restoreAnchor(const Anchor &anchor);
+
+    RSRTVArrayController &m_controller;
+    QTimer m_storeTimer;
+    Anchor m_current;
+    Anchor m_top;
+    Anchor m_hidden; ///< what was current when a filter took it out of sight
+    bool m_isRestoring = false;
+};
+
+} // namespace runebook

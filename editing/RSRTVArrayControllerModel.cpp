@@ -1,0 +1,200 @@
+// The list controller as an item model: cells, in-place editing, and rows that are dragged.
+#include "editing/FieldEditing.h"
+#include "editing/GlyphColumns.h"
+#include "editing/RSRTVArrayController.h"
+
+#include <QMimeData>
+#include <QTableView>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+int RSRTVArrayController::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+int RSRTVArrayController::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(glyphColumns().size());
+}
+
+QVariant RSRTVArrayController::data(const QModelIndex &index, int role) const
+{
+    const InfoPtr info = arrangedObjectAtIndex(index.row());
+    if (!info || !index.isValid())
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+        return cellDisplayText(cellText(m_document, info, index.column()));
+    case Qt::EditRole:
+        return cellText(m_document, info, index.column());
+    case Qt::TextAlignmentRole:
+        return isEditableColumn(index.column()) ? QVariant() : QVariant(Qt::AlignCenter);
+    case Qt::AccessibleTextRole:
+        return columnTitle(index.column()) + u": "_s + cellDisplayText(cellText(m_document, info, index.column()));
+    default:
+        return {};
+    }
+}
+
+bool RSRTVArrayController::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    const InfoPtr info = arrangedObjectAtIndex(index.row());
+    if (!info || role != Qt::EditRole || !isEditableColumn(index.column()))
+        return false;
+    Error error;
+    if (setFieldFromText(m_document, {info}, glyphColumns()[static_cast<std::size_t>(index.column())].field,
+                         value.toString(), &error))
+        return true;
+    Q_EMIT editRefused(error.text());
+    return false;
+}
+
+QVariant RSRTVArrayController::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section < columnCount())
+        return columnTitle(section);
+    return {};
+}
+
+Qt::ItemFlags RSRTVArrayController::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return m_draggingEnabled && showsDocumentOrder() ? Qt::ItemIsDropEnabled : Qt::NoItemFlags;
+    Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
+    if (isEditableColumn(index.column()))
+        flags |= Qt::ItemIsEditable;
+    if (m_draggingEnabled && showsDocumentOrder())
+        flags |= Qt::ItemIsDragEnabled;
+    return flags;
+}
+
+// Rows that are dragged
+
+QString RSRTVArrayController::dragType()
+{
+    return u"org.runebook.RSRTVArrayController"_s;
+}
+
+void RSRTVArrayController::setOTableView(QTableView *tableView)
+{
+    m_tableView = tableView;
+    tableView->setModel(this);
+    tableView->setSelectionModel(m_selection);
+    m_draggingEnabled = true;
+}
+
+bool RSRTVArrayController::tableObjectsSupportCopying() const
+{
+    // Every record can be copied; an empty table has no object to ask.
+    return !m_rows.empty();
+}
+
+int RSRTVArrayController::rowsAboveRowInIndexSet(qsizetype row, const IndexSet &rows) const
+{
+    return static_cast<int>(
+        std::count_if(rows.begin(), rows.end(), [row](qsizetype dragged) { return dragged < row; }));
+}
+
+IndexSet RSRTVArrayController::indexSetFromRows(const QVariantList &rows) const
+{
+    IndexSet set;
+    for (const QVariant &row : rows)
+        set.push_back(row.toLongLong());
+    std::sort(set.begin(), set.end());
+    set.erase(std::unique(set.begin(), set.end()), set.end());
+    return set;
+}
+
+Qt::DropActions RSRTVArrayController::supportedDragActions() const
+{
+    return Qt::MoveAction | Qt::CopyAction;
+}
+
+Qt::DropActions RSRTVArrayController::supportedDropActions() const
+{
+    return Qt::MoveAction | Qt::CopyAction;
+}
+
+QStringList RSRTVArrayController::mimeTypes() const
+{
+    return {dragType()};
+}
+
+namespace {
+
+/// The controller in the data tells its own drags from those of other windows of the program.
+QByteArray archivedRows(const IndexSet &rows, const void *controller)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_6_4);
+    stream << quint8(1) << reinterpret_cast<quint64>(controller) << quint64(rows.size());
+    for (const qsizetype row : rows)
+        stream << qint64(row);
+    return bytes;
+}
+
+IndexSet rowsOfArchive(const QByteArray &bytes, const void *controller)
+{
+    QDataStream stream(bytes);
+    stream.setVersion(QDataStream::Qt_6_4);
+    quint8 version = 0;
+    quint64 source = 0;
+    quint64 count = 0;
+    stream >> version >> source >> count;
+    if (version != 1 || source != reinterpret_cast<quint64>(controller))
+        return {};
+    IndexSet rows;
+    for (qint64 row = 0; count > 0 && stream.status() == QDataStream::Ok; --count) {
+        stream >> row;
+        rows.push_back(row);
+    }
+    return stream.status() == QDataStream::Ok ? rows : IndexSet();
+}
+
+} // namespace
+
+QMimeData *RSRTVArrayController::mimeData(const QModelIndexList &indexes) const
+{
+    if (!m_draggingEnabled || !showsDocumentOrder())
+        return nullptr;
+    IndexSet rows;
+    for (const QModelIndex &index : indexes)
+        rows.push_back(index.row());
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    auto *data = new QMimeData;
+    data->setData(dragType(), archivedRows(rows, this));
+    return data;
+}
+
+bool RSRTVArrayController::canDropMimeData(const QMimeData *data, Qt::DropAction, int row, int,
+                                           const QModelIndex &parent) const
+{
+    return m_draggingEnabled && showsDocumentOrder() && !parent.isValid() && row >= 0
+        && !rowsOfArchive(data->data(dragType()), this).empty();
+}
+
+bool RSRTVArrayController::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                                        const QModelIndex &parent)
+{
+    if (!canDropMimeData(data, action, row, column, parent))
+        return false;
+    const IndexSet rows = rowsOfArchive(data->data(dragType()), this);
+    const qsizetype target = qMax(0, row);
+    qsizetype first = target;
+    if (action == Qt::CopyAction && tableObjectsSupportCopying()) {
+        copyObjectsInArrangedObjectsFromIndexesToIndex(rows, target);
+    } else {
+        first = target - rowsAboveRowInIndexSet(target, rows);
+        moveObjectsInArrangedObjectsFromIndexesToIndex(rows, target);
+    }
+    IndexSet dropped(rows.size());
+    for (std::size_t i = 0; i < dropped.size(); ++i)
+        dropped[i] = first + static_cast<qsizetype>(i);
+    setSelectionIndexes(dropped);
+    // The rows were moved here already; the view must not remove the dragged ones on top of that.
+    return false;
+}

@@ -1,0 +1,99 @@
+#include "platform/Appearance.h"
+
+#include "platform/UserDefaults.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QStyle>
+#include <QStyleFactory>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kAppearance = u"Appearance"_s;
+
+struct Colors {
+    QRgb window, base, alternate, text, dimmed, button, highlight, highlightedText, link, mid;
+};
+
+constexpr Colors kLight {0xfff3f3f4, 0xffffffff, 0xfff7f7f9, 0xff1d1d1f, 0xff8a8a8f, 0xfffbfbfc,
+                         0xff2f6fde, 0xffffffff, 0xff1a5fd0, 0xffc9c9ce};
+constexpr Colors kDark {0xff2a2a2d, 0xff1f1f22, 0xff252529, 0xffe9e9ec, 0xff8d8d94, 0xff38383d,
+                        0xff3a78e0, 0xffffffff, 0xff7fb0ff, 0xff4a4a50};
+
+QPalette paletteOf(const Colors &colors)
+{
+    QPalette palette;
+    palette.setColor(QPalette::Window, colors.window);
+    palette.setColor(QPalette::WindowText, colors.text);
+    palette.setColor(QPalette::Base, colors.base);
+    palette.setColor(QPalette::AlternateBase, colors.alternate);
+    palette.setColor(QPalette::ToolTipBase, colors.button);
+    palette.setColor(QPalette::ToolTipText, colors.text);
+    palette.setColor(QPalette::Text, colors.text);
+    palette.setColor(QPalette::PlaceholderText, colors.dimmed);
+    palette.setColor(QPalette::Button, colors.button);
+    palette.setColor(QPalette::ButtonText, colors.text);
+    palette.setColor(QPalette::BrightText, Qt::white);
+    palette.setColor(QPalette::Highlight, colors.highlight);
+    palette.setColor(QPalette::HighlightedText, colors.highlightedText);
+    palette.setColor(QPalette::Link, colors.link);
+    palette.setColor(QPalette::Light, QColor(colors.window).lighter(120));
+    palette.setColor(QPalette::Midlight, QColor(colors.window).lighter(108));
+    palette.setColor(QPalette::Mid, colors.mid);
+    palette.setColor(QPalette::Dark, QColor(colors.mid).darker(130));
+    palette.setColor(QPalette::Shadow, QColor(colors.mid).darker(200));
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, colors.dimmed);
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, colors.mid);
+    palette.setColor(QPalette::Inactive, QPalette::Highlight, colors.mid);
+    palette.setColor(QPalette::Inactive, QPalette::HighlightedText, colors.text);
+    return palette;
+}
+
+} // namespace
+
+Appearance::Appearance() = default;
+
+Appearance &Appearance::shared()
+{
+    static Appearance appearance;
+    return appearance;
+}
+
+Appearance::Choice Appearance::choice() const
+{
+    const QString word = UserDefaults::standard().stringForKey(kAppearance);
+    return word == "dark"_L1 ? Dark : word == "light"_L1 ? Light : System;
+}
+
+void Appearance::setChoice(Choice choice)
+{
+    if (choice == System)
+        UserDefaults::standard().removeObjectForKey(kAppearance);
+    else
+        UserDefaults::standard().setObjectForKey(choice == Dark ? u"dark"_s : u"light"_s, kAppearance);
+    apply();
+    Q_EMIT changed();
+}
+
+void Appearance::apply()
+{
+    static const QPalette systemPalette = QApplication::palette();
+    // One style on every desktop: its pieces are known to fit the program's own drawing in both palettes.
+    if (QApplication::style()->name() != "fusion"_L1)
+        QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
+    const Choice chosen = choice();
+    const bool dark = chosen == Dark || (chosen == System && isDarkMode(systemPalette));
+    QApplication::setPalette(paletteOf(dark ? kDark : kLight));
+}
+
+bool isDarkMode(const QPalette &palette)
+{
+    return palette.color(QPalette::WindowText).lightness() > palette.color(QPalette::Window).lightness();
+}
+
+} // namespace runebook

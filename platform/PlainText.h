@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+class QLabel;
+class QMessageBox;
+
+namespace runebook {
+
+/// A label that shows its text as it stands: data from a file may look like markup, and markup may name
+/// other files.
+QLabel *plainLabel(const QString &text, QWidget *parent = nullptr);
+/// The same for a message box.
+void setPlainTexts(QMessageBox &box, const QString &text, const QString &informativeText);
+/// \a text for a tooltip, which takes markup and has no other way to be told not to.
+QString escapedToolTip(const QString &text);
+
+} // namespace runebook
