@@ -2,7 +2,6 @@
 
 #include "document/GlyphDataWriter.h"
 #include "model/GlyphLineReader.h"
-#include "model/StringHelpers.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -16,6 +15,8 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr std::string_view kEndOfList = "</glyphData>";
 
 QString tr(const char *text)
 {
@@ -41,26 +42,6 @@ quint8 versionOfHeader(std::string_view header)
     if (hasMarks == hasAccents)
         return 0;
     return hasMarks ? 2 : 1;
-}
-
-/// The white space character that ends right before \a end, or 0 bytes.
-qsizetype spaceBefore(const char *data, qsizetype begin, qsizetype end)
-{
-    qsizetype start = end - 1;
-    while (start > begin && (static_cast<unsigned char>(data[start]) & 0xC0) == 0x80)
-        --start;
-    if (end - start == 1)
-        return isWhitespaceOrNewline(static_cast<unsigned char>(data[start])) && data[start] >= 0 ? 1 : 0;
-    const QString character = QString::fromUtf8(data + start, end - start);
-    return character.size() == 1 && isWhitespaceOrNewline(character.at(0).unicode()) ? end - start : 0;
-}
-
-qsizetype spaceAfter(const char *data, qsizetype begin, qsizetype end)
-{
-    qsizetype next = begin + 1;
-    while (next < end && (static_cast<unsigned char>(data[next]) & 0xC0) == 0x80)
-        ++next;
-    return spaceBefore(data, begin, next) ? next - begin : 0;
 }
 
 } // namespace
@@ -143,25 +124,15 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
         }
         // Only a line with a comment can be another than the usual one.
         inComment = line.find("<!--") != line.npos && line.find("-->") == line.npos;
-        qsizetype first = begin;
-        qsizetype last = end;
-        while (const qsizetype space = first < last ? spaceAfter(data, first, last) : 0)
-            first += space;
-        while (const qsizetype space = first < last ? spaceBefore(data, first, last) : 0)
-            last -= space;
-        m_notes.hasCarriageReturns |= last < end && data[end - 1] == '\r';
-        const bool followsTab =
-            first > 0 && data[first - 1] == '\t' && (first < 2 || data[first - 2] == '\n');
-        const bool isWholeLine = followsTab && last == end && end < size;
-        if (InfoPtr info = reader.read(first, last, isWholeLine)) {
-            if (infos.empty() && size > 0)
+        m_notes.hasCarriageReturns |= line.ends_with('\r');
+        if (InfoPtr info = reader.readPiece(begin, end)) {
+            if (infos.empty())
                 infos.reserve(static_cast<std::size_t>((size - begin) / (next - begin)) + 16);
             infos.push_back(std::move(info));
-        } else if (first < last
-                   && text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first))
-                       != "</glyphData>") {
+        } else if (const std::string_view foreign = reader.lastPiece();
+                   !foreign.empty() && foreign != kEndOfList) {
             m_notes.add(ReadNotes::ForeignLine, static_cast<qsizetype>(infos.size()),
-                        QString::fromUtf8(data + first, qMin<qsizetype>(last - first, 400)));
+                        QString::fromUtf8(foreign.data(), qMin<qsizetype>(std::ssize(foreign), 400)));
         }
         begin = next;
     }

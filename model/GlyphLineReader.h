@@ -15,6 +15,12 @@ public:
     /// \a source must be valid UTF-8. \a notes, if given, gathers what the records cannot keep.
     explicit GlyphLineReader(SourcePtr source, ReadNotes *notes = nullptr);
 
+    /// The record of the piece [begin, end) between two line feeds of the block, white space and line ends
+    /// around it left out.
+    InfoPtr readPiece(qsizetype begin, qsizetype end);
+    /// What was read last, without the white space around it.
+    std::string_view lastPiece() const { return m_lastPiece; }
+
     /// The record of the line [begin, end) of the block, trimmed; null when it does not begin as a glyph
     /// line. \a isWholeLine tells that "\t" stands before and a line feed after it, and nothing else on
     /// that line: then the line may be written again as it stands.
@@ -40,6 +46,7 @@ private:
 
     SourcePtr m_source;
     ReadNotes *m_notes;
+    std::string_view m_lastPiece;
     qsizetype m_records = 0;
     quint8 m_versionHint = 0;
     // Of the line being read: whether it is, so far, what the writer would print for each kind of version.

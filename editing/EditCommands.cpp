@@ -1,0 +1,88 @@
+#include "editing/EditCommands.h"
+
+#include "editing/GlyphColumns.h"
+#include "model/GlyphLineReader.h"
+#include "model/GlyphLineWriter.h"
+#include "model/StringHelpers.h"
+
+#include <QCoreApplication>
+#include <QSet>
+#include <cstring>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+QString clipboardText(const InfoList &infos)
+{
+    constexpr int kClipboardVersion = 2;
+    GlyphLineWriter writer(kClipboardVersion);
+    std::string lines;
+    for (const InfoPtr &info : infos)
+        writer.append(*info, lines);
+    return QString::fromStdString(lines);
+}
+
+InfoList infosOfClipboard(const QByteArray &utf8)
+{
+    InfoList infos;
+    const SourcePtr source(new SourceBytes(utf8));
+    GlyphLineReader reader(source);
+    const char *data = source->data();
+    const qsizetype size = source->size();
+    for (qsizetype begin = 0; begin < size;) {
+        const void *feed = std::memchr(data + begin, '\n', static_cast<std::size_t>(size - begin));
+        const qsizetype end = feed ? static_cast<const char *>(feed) - data : size;
+        if (InfoPtr info = reader.readPiece(begin, end))
+            infos.push_back(std::move(info));
+        begin = end + 1;
+    }
+    return infos;
+}
+
+void moveNamesToAltNames(VXDocument &document, const InfoList &infos)
+{
+    const UndoGroup group(document.undoManager(),
+                          QCoreApplication::translate("EditCommands", "Name to Alternate Names"));
+    for (const InfoPtr &info : infos) {
+        QStringList names = info->altNames();
+        names.removeDuplicates();
+        if (const QString name = info->name(); !names.contains(name))
+            names << name;
+        info->setAltNames(names);
+    }
+}
+
+InfoPtr infoForNameOrCodePoint(const VXDocument &document, const QString &text)
+{
+    const QString wanted = text.trimmed();
+    if (wanted.isEmpty())
+        return nullptr;
+    if (InfoPtr info = document.infoForName(wanted))
+        return info;
+    QString digits = wanted;
+    for (const QLatin1StringView prefix : {"U+"_L1, "u+"_L1, "0x"_L1, "uni"_L1}) {
+        if (digits.startsWith(prefix))
+            digits = digits.mid(prefix.size());
+    }
+    if (InfoPtr info = document.infoForUnicode(digits.rightJustified(4, u'0').toUpper()))
+        return info;
+    qsizetype index = 0;
+    const char32_t character = character32AtIndex(wanted, index);
+    return index + 1 == wanted.size() ? document.infoForUnicode(hexStringFromInt(character)) : nullptr;
+}
+
+InfoList infosWithSameValue(const InfoList &candidates, const InfoList &examples, GlyphField field)
+{
+    QSet<QString> values;
+    for (const InfoPtr &info : examples)
+        values.insert(info->displayText(field));
+    InfoList same;
+    for (const InfoPtr &info : candidates) {
+        if (values.contains(info->displayText(field)))
+            same.push_back(info);
+    }
+    return same;
+}
+
+} // namespace runebook
