@@ -29,8 +29,7 @@ void PSMOverflowPopUpButton::paintEvent(QPaintEvent *)
     const QPointF middle = QRectF(rect()).center();
     const qreal arm = layoutDirection() == Qt::RightToLeft ? -3.5 : 3.5;
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(
-        QPen(palette().color(QPalette::WindowText), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(runebook::tabBarGlyphColor(*this), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     for (const qreal offset : {-arm, arm / 2}) {
         const QPointF tip(middle.x() + offset + arm, middle.y());
         painter.drawPolyline(QPolygonF {{tip.x() - arm, tip.y() - 4}, tip, {tip.x() - arm, tip.y() + 4}});

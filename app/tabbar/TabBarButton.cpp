@@ -22,6 +22,13 @@ void drawTabBarButtonPlate(QPainter &painter, const QToolButton &button)
     }
 }
 
+QColor tabBarGlyphColor(const QToolButton &button)
+{
+    QColor color = button.palette().color(QPalette::WindowText);
+    color.setAlphaF(button.underMouse() || button.hasFocus() ? 1.0F : 0.75F);
+    return color;
+}
+
 AddTabButton::AddTabButton(QWidget *parent) : QToolButton(parent)
 {
     setFocusPolicy(Qt::TabFocus);
@@ -35,7 +42,7 @@ void AddTabButton::paintEvent(QPaintEvent *)
     drawTabBarButtonPlate(painter, *this);
     const QPointF middle = QRectF(rect()).center();
     const qreal arm = 5;
-    painter.setPen(QPen(palette().color(QPalette::WindowText), 1.4, Qt::SolidLine, Qt::RoundCap));
+    painter.setPen(QPen(tabBarGlyphColor(*this), 1.4, Qt::SolidLine, Qt::RoundCap));
     painter.drawLine(middle - QPointF(arm, 0), middle + QPointF(arm, 0));
     painter.drawLine(middle - QPointF(0, arm), middle + QPointF(0, arm));
 }
