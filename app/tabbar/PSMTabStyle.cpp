@@ -113,11 +113,12 @@ void PSMTabStyle::drawTitle(QPainter &painter, const PSMTabBarCell &cell, const 
         cell.icon().paint(&painter, mirrored(iconRect, cell.frame(), bar.direction).toRect());
         rect.setLeft(rect.left() + iconSize + iconGap);
     }
-    if (rect.width() < smallestTitle)
-        return;
     painter.setFont(bar.font);
     painter.setPen(color);
-    const QString text = cell.titleWidth(bar.font) <= rect.width()
+    const bool fits = cell.titleWidth(bar.font) <= rect.width();
+    if (!fits && rect.width() < smallestTitle)
+        return; // not even an ellipsis
+    const QString text = fits
         ? cell.displayTitle()
         : QFontMetricsF(bar.font).elidedText(cell.displayTitle(), Qt::ElideRight, rect.width());
     painter.drawText(mirrored(rect, cell.frame(), bar.direction), Qt::AlignCenter | Qt::TextSingleLine, text);

@@ -41,6 +41,8 @@ private Q_SLOTS:
     void titlesAreLegible();
     void paintsEveryState_data();
     void paintsEveryState();
+    void showsTitles_data();
+    void showsTitles();
     void knowsItsStyles();
     void growsWithTheFont();
 };
@@ -104,6 +106,37 @@ void TabBarLookTest::paintsEveryState()
     take();
     panel.bar->selectTabItemAtIndex(0);
     take();
+}
+
+void TabBarLookTest::showsTitles_data()
+{
+    QTest::addColumn<QString>("one");
+    QTest::addColumn<QString>("other");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<bool>("differs");
+    QTest::newRow("one letter") << u"i"_s << u""_s << 130 << true;
+    QTest::newRow("one letter, narrow") << u"i"_s << u""_s << 50 << true;
+    QTest::newRow("a word") << u"Macro 1"_s << u"Macro 2"_s << 130 << true;
+    QTest::newRow("cut before they part")
+        << u"A long title in a narrow tab, 1"_s << u"A long title in a narrow tab, 2"_s << 100 << false;
+    QTest::newRow("no room at all") << u"Macro 1"_s << u""_s << 40 << false;
+}
+
+void TabBarLookTest::showsTitles()
+{
+    QFETCH(const QString, one);
+    QFETCH(const QString, other);
+    QFETCH(const int, width);
+    Panel panel(2);
+    panel.bar->setCellOptimumWidth(width);
+    panel.bar->setCellMinWidth(20);
+    panel.window.show();
+    const auto picture = [&panel](const QString &title) {
+        panel.items.last()->setTitle(title);
+        return panel.bar->grab(panel.bar->cells().last()->frame().toRect()).toImage();
+    };
+    const QImage first = picture(one);
+    QTEST(first != picture(other), "differs");
 }
 
 void TabBarLookTest::knowsItsStyles()
