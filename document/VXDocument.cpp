@@ -55,7 +55,7 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
         infos = readTabbedFromURL(url, &m_readError);
     else
         return false;
-    setInfos(infos.value_or(InfoList()));
+    setInfos(std::move(infos).value_or(InfoList()));
     return true;
 }
 
@@ -152,13 +152,13 @@ void VXDocument::release(const InfoPtr &info)
         info->setDocument(nullptr);
 }
 
-void VXDocument::setInfos(const InfoList &infos)
+void VXDocument::setInfos(InfoList infos)
 {
     for (const InfoPtr &info : m_infos) {
         info->setListings(0);
         release(info);
     }
-    m_infos = infos;
+    m_infos = std::move(infos);
     for (const InfoPtr &info : m_infos)
         adopt(info);
     for (InfoIndex *index : {&m_byName, &m_byUnicode, &m_byProduction})

@@ -66,7 +66,7 @@ public: // opening and saving
 public: // the info list
     const InfoList &infos() const { return m_infos; }
     /// Replaces the list: no undo step. The records get this document.
-    Q_INVOKABLE void setInfos(const InfoList &infos);
+    Q_INVOKABLE void setInfos(InfoList infos);
     Q_INVOKABLE qsizetype countOfInfos() const { return static_cast<qsizetype>(m_infos.size()); }
     /// Null for an index outside the list.
     Q_INVOKABLE InfoPtr objectInInfosAtIndex(qsizetype index) const;

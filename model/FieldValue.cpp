@@ -6,34 +6,22 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-FieldValue::FieldValue(const FieldValue &other) : m_bits(other.m_bits)
+void FieldValue::share() const
 {
-    if (m_bits == 0)
-        return;
     if (tag() == TextTag)
         node<OwnText>()->references.ref();
-    else if (tag() == ListTag)
+    else
         node<OwnList>()->references.ref();
 }
 
-FieldValue::~FieldValue()
+void FieldValue::release()
 {
-    if (m_bits == 0)
-        return;
     if (tag() == TextTag) {
         if (!node<OwnText>()->references.deref())
             delete node<OwnText>();
-    } else if (tag() == ListTag) {
-        if (!node<OwnList>()->references.deref())
-            delete node<OwnList>();
+    } else if (!node<OwnList>()->references.deref()) {
+        delete node<OwnList>();
     }
-}
-
-FieldValue FieldValue::piece(const char *source, quint64 offset, quint64 length)
-{
-    if (offset > MaxOffset || length > MaxLength)
-        return text(QString::fromUtf8(source + offset, static_cast<qsizetype>(length)));
-    return FieldValue(PieceTag | offset << 2 | length << LengthShift);
 }
 
 FieldValue FieldValue::text(const QString &text)
@@ -55,6 +43,19 @@ FieldValue FieldValue::number(qint32 number)
     return FieldValue(quint64(static_cast<quint32>(number)) << 32 | NumberTag);
 }
 
+QString FieldValue::textOfUtf8(std::string_view utf8)
+{
+    if (utf8.empty())
+        return u""_s;
+    const auto decoded = [](std::string_view text) {
+        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    };
+    // Decoding drops a mark that stands first.
+    if (utf8.starts_with("\xEF\xBB\xBF"))
+        return QChar(QChar::ByteOrderMark) + decoded(utf8.substr(3));
+    return decoded(utf8);
+}
+
 bool FieldValue::isEmpty() const
 {
     if (m_bits == 0)
@@ -74,18 +75,8 @@ QString FieldValue::toString(const char *source) const
     if (m_bits == 0)
         return {};
     switch (tag()) {
-    case PieceTag: {
-        const std::string_view piece = pieceLength() ? bytes(source) : std::string_view("");
-        // An empty present value must not come out as an absent one. fromUtf8 drops a leading byte order
-        // mark, which is a character like any other here.
-        if (piece.starts_with("\xEF\xBB\xBF")) {
-            const auto rest = static_cast<qsizetype>(piece.size() - 3);
-            return QChar(QChar::ByteOrderMark) + QString::fromUtf8(piece.data() + 3, rest);
-        }
-        if (piece.empty())
-            return u""_s;
-        return QString::fromUtf8(piece.data(), static_cast<qsizetype>(piece.size()));
-    }
+    case PieceTag:
+        return textOfUtf8(pieceLength() ? bytes(source) : std::string_view());
     case NumberTag:
         return QString::number(toNumber());
     case ListTag:

@@ -32,22 +32,42 @@ class FieldValue
 {
 public: // making
     FieldValue() = default;
-    FieldValue(const FieldValue &other);
+    FieldValue(const FieldValue &other) : m_bits(other.m_bits)
+    {
+        if (isShared())
+            share();
+    }
     FieldValue(FieldValue &&other) noexcept : m_bits(std::exchange(other.m_bits, 0)) { }
     FieldValue &operator=(FieldValue other) noexcept
     {
         std::swap(m_bits, other.m_bits);
         return *this;
     }
-    ~FieldValue();
+    ~FieldValue()
+    {
+        if (isShared())
+            release();
+    }
 
     /// The bytes [offset, offset + length) of \a source; one that lies out of a view's reach (beyond 64 GB,
     /// longer than 64 MB) becomes a text of its own.
-    static FieldValue piece(const char *source, quint64 offset, quint64 length);
+    static FieldValue piece(const char *source, quint64 offset, quint64 length)
+    {
+        if (!canBePiece(offset, length))
+            return text(textOfUtf8({source + offset, static_cast<std::size_t>(length)}));
+        return FieldValue(PieceTag | offset << 2 | length << LengthShift);
+    }
     /// A text of its own; a null string gives an absent value, "" a present empty one.
     static FieldValue text(const QString &text);
     static FieldValue list(const QStringList &list);
     static FieldValue number(qint32 number);
+    /// Whether a piece can have that place.
+    static bool canBePiece(quint64 offset, quint64 length)
+    {
+        return offset <= MaxOffset && length <= MaxLength;
+    }
+    /// UTF-8 as a text, not null. A leading byte order mark is a character like any other.
+    static QString textOfUtf8(std::string_view utf8);
 
 public: // asking
     bool isAbsent() const { return m_bits == 0; }
@@ -89,6 +109,10 @@ private:
 
     explicit FieldValue(quint64 bits) : m_bits(bits) { }
     quint64 tag() const { return m_bits & 3; }
+    /// Whether it holds a node that copies share.
+    bool isShared() const { return m_bits != 0 && (tag() == TextTag || tag() == ListTag); }
+    void share() const;
+    void release();
     template <typename Node> Node *node() const { return reinterpret_cast<Node *>(m_bits & ~quint64(3)); }
 
     quint64 m_bits = 0;
