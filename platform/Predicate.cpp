@@ -4,7 +4,6 @@
 #include "platform/PredicateParser.h"
 
 #include <QCoreApplication>
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -89,24 +88,22 @@ private:
 
     static Verdict answer(bool yes) { return yes ? Verdict::Yes : Verdict::No; }
 
-    /// The texts of \a value that a test can be about.
-    static QStringList texts(const PredicateValue &value)
+    /// What \a accepts says about the one text of \a value, which is no list.
+    template <typename Accepts> static Verdict one(const PredicateValue &value, Accepts accepts)
     {
-        QStringList texts;
-        if (const QString *text = std::get_if<QString>(&value))
-            texts += *text;
-        else if (const QStringList *list = std::get_if<QStringList>(&value))
-            texts = *list;
-        else if (const double *number = std::get_if<double>(&value))
-            texts += PredicateFormat::decimal(*number);
-        texts.removeAll(QString());
-        return texts;
+        if (const double *number = std::get_if<double>(&value))
+            return accepts(PredicateFormat::decimal(*number));
+        const QString *text = std::get_if<QString>(&value);
+        return text && !text->isEmpty() ? accepts(*text) : Verdict::No;
     }
 
     template <typename Accepts> static Verdict any(const PredicateValue &value, Accepts accepts)
     {
-        for (const QString &text : texts(value)) {
-            const Verdict verdict = accepts(text);
+        const QStringList *list = std::get_if<QStringList>(&value);
+        if (!list)
+            return one(value, accepts);
+        for (const QString &text : *list) {
+            const Verdict verdict = text.isEmpty() ? Verdict::No : accepts(text);
             if (verdict != Verdict::No)
                 return verdict;
         }
@@ -115,9 +112,18 @@ private:
 
     template <typename Accepts> static Verdict every(const PredicateValue &value, Accepts accepts)
     {
-        const QStringList all = texts(value);
-        const auto passes = [&accepts](const QString &text) { return accepts(text) == Verdict::Yes; };
-        return answer(!all.isEmpty() && std::all_of(all.begin(), all.end(), passes));
+        const QStringList *list = std::get_if<QStringList>(&value);
+        if (!list)
+            return one(value, accepts);
+        Verdict verdict = Verdict::No;
+        for (const QString &text : *list) {
+            if (text.isEmpty())
+                continue;
+            verdict = accepts(text);
+            if (verdict != Verdict::Yes)
+                break;
+        }
+        return verdict;
     }
 
     const PredicateSubject &m_subject;

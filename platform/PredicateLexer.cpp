@@ -139,7 +139,7 @@ PredicateToken PredicateLexer::readText()
         const QString meaning = readEscape(at);
         if (meaning.isEmpty() && at < m_text.size())
             return problem(escapeAt,
-                           tr("a backslash in a quoted text is written twice: \\\\. (\\%1 has no meaning.)")
+                           tr("a backslash in a quoted text is written twice, since \\%1 has no meaning")
                                .arg(m_text[escapeAt + 1]));
         value += meaning;
     }

@@ -67,12 +67,24 @@ std::optional<PredicateNode> PredicateParser::parse(Error *error)
                   tr("the text is longer than %L1 characters").arg(Predicate::maxLength));
     if (ok) {
         advance();
-        ok = readAny(node) && expect(Kind::End, tr("&& or || is missing before this"));
+        ok = readAny(node) && readEnd();
     }
     if (ok)
         return node;
     fail(error, m_error);
     return std::nullopt;
+}
+
+bool PredicateParser::readEnd()
+{
+    if (m_token.kind == Kind::End)
+        return true;
+    if (m_token.kind == Kind::RightParenthesis)
+        return failHere(tr("this closing parenthesis has no opening one"));
+    const QChar before = m_text[m_token.position - 1];
+    if (m_token.kind == Kind::Key && (before == u'"' || before == u'\''))
+        return failHere(tr("a quotation mark within a quoted text is written \\%1").arg(before));
+    return failHere(tr("&& or || is missing before this"));
 }
 
 bool PredicateParser::readAny(PredicateNode &node)
@@ -297,8 +309,7 @@ bool PredicateParser::expect(Kind kind, const QString &reason)
 {
     if (m_token.kind != kind)
         return failHere(reason);
-    if (kind != Kind::End)
-        advance();
+    advance();
     return true;
 }
 

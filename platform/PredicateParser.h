@@ -24,6 +24,7 @@ private:
 
     // Each reads its part from the current token on, leaves the token behind it current, and answers false
     // after it has noted an error.
+    bool readEnd();
     bool readAny(PredicateNode &node);
     bool readAll(PredicateNode &node);
     bool readOperand(PredicateNode &node);

@@ -8,13 +8,6 @@ namespace runebook {
 
 namespace {
 
-QString invalidReason(const QRegularExpression &expression)
-{
-    return QCoreApplication::translate("PredicatePattern", "%1 (character %2 of the expression)")
-        .arg(expression.errorString())
-        .arg(expression.patternErrorOffset() + 1);
-}
-
 /// \a pattern between anchors and under limits. Invalid only when \a pattern cannot stand in a group.
 QRegularExpression wholeExpression(const QString &pattern, QRegularExpression::PatternOptions options)
 {
@@ -39,19 +32,25 @@ std::optional<PredicatePattern> PredicatePattern::compile(const QString &pattern
         options |= QRegularExpression::CaseInsensitiveOption;
     const QString folded = foldForSearch(pattern, folding & Fold::Diacritics);
 
-    // Alone first: "a)|(b" is valid between the brackets that follow, and wrong.
-    QRegularExpression expression(folded, options);
-    if (expression.isValid())
-        expression = wholeExpression(folded, options);
-    if (!expression.isValid()) {
+    const auto refuse = [reason](const QString &why) {
         if (reason)
-            *reason = invalidReason(expression);
+            *reason = why;
         return std::nullopt;
-    }
+    };
+    // Alone first: "a)|(b" is valid between the brackets that follow, and wrong.
+    const QRegularExpression alone(folded, options);
+    if (!alone.isValid())
+        return refuse(QCoreApplication::translate("PredicatePattern", "%1 (character %2 of the expression)")
+                          .arg(alone.errorString())
+                          .arg(alone.patternErrorOffset() + 1));
+    // The place of an error is within the anchors now, where the user could not count it.
+    const QRegularExpression whole = wholeExpression(folded, options);
+    if (!whole.isValid())
+        return refuse(whole.errorString());
     PredicatePattern compiled;
     compiled.m_pattern = pattern;
     compiled.m_folding = folding;
-    compiled.m_whole = expression;
+    compiled.m_whole = whole;
     return compiled;
 }
 

@@ -2,11 +2,11 @@
 
 #include <QChar>
 #include <QList>
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
 #include <memory>
-#include <type_traits>
 
 namespace runebook {
 
@@ -127,14 +127,18 @@ const Folded &foldedPoint(char32_t point, Folding folding)
 void appendUtf8(std::string &out, char32_t point)
 {
     const auto trail = [point](int shift) { return char(0x80 | ((point >> shift) & 0x3F)); };
-    if (point < 0x80)
+    if (point < 0x80) {
         out += char(point);
-    else if (point < 0x800)
-        out += {char(0xC0 | (point >> 6)), trail(0)};
-    else if (point < 0x10000)
-        out += {char(0xE0 | (point >> 12)), trail(6), trail(0)};
-    else
-        out += {char(0xF0 | (point >> 18)), trail(12), trail(6), trail(0)};
+    } else if (point < 0x800) {
+        const char bytes[] {char(0xC0 | (point >> 6)), trail(0)};
+        out.append(bytes, sizeof(bytes));
+    } else if (point < 0x10000) {
+        const char bytes[] {char(0xE0 | (point >> 12)), trail(6), trail(0)};
+        out.append(bytes, sizeof(bytes));
+    } else {
+        const char bytes[] {char(0xF0 | (point >> 18)), trail(12), trail(6), trail(0)};
+        out.append(bytes, sizeof(bytes));
+    }
 }
 
 void appendUtf16(QString &out, char32_t point)
@@ -192,21 +196,7 @@ Decoded decodeUtf16(QStringView text)
     return {text[0].unicode(), 1};
 }
 
-/// How many bytes at the start of \a bytes are ASCII.
-size_t asciiLength(std::string_view bytes)
-{
-    size_t i = 0;
-    for (quint64 block = 0; i + sizeof(block) <= bytes.size(); i += sizeof(block)) {
-        std::memcpy(&block, bytes.data() + i, sizeof(block));
-        if (block & 0x8080808080808080u)
-            break;
-    }
-    while (i < bytes.size() && static_cast<signed char>(bytes[i]) >= 0)
-        ++i;
-    return i;
-}
-
-/// The same for UTF-16.
+/// How many units at the start of \a text are ASCII.
 qsizetype asciiLength(QStringView text)
 {
     qsizetype i = 0;
@@ -215,14 +205,35 @@ qsizetype asciiLength(QStringView text)
     return i;
 }
 
-// Without a branch, so that compilers turn it into vector code.
-template <typename Unit> void lowerAscii(Unit *units, size_t count)
+template <typename Unit> Unit lowerAscii(Unit unit)
 {
-    using Plain = std::make_unsigned_t<Unit>;
-    for (size_t i = 0; i < count; ++i) {
-        const Plain unit = static_cast<Plain>(units[i]);
-        units[i] = static_cast<Unit>(unit | (Plain(unit - 'A') < 26 ? 0x20 : 0));
+    return Unit(unit | (unsigned(unit) - 'A' < 26u ? 0x20 : 0));
+}
+
+/// The same for eight ASCII bytes at once.
+quint64 lowerAsciiBlock(quint64 block)
+{
+    constexpr quint64 each = 0x0101010101010101u;
+    const quint64 fromA = block + each * (0x80 - 'A');
+    const quint64 aboveZ = block + each * (0x80 - 'Z' - 1);
+    return block | ((fromA & ~aboveZ & each * 0x80) >> 2);
+}
+
+/// Folds the ASCII at the start of the \a size bytes at \a bytes in place and tells how many they are.
+size_t foldAscii(char *bytes, size_t size, Folding folding)
+{
+    const bool lower = folding.testFlag(Fold::Case);
+    size_t i = 0;
+    for (quint64 block = 0; i + sizeof(block) <= size; i += sizeof(block)) {
+        std::memcpy(&block, bytes + i, sizeof(block));
+        if (block & 0x8080808080808080u)
+            break;
+        block = lower ? lowerAsciiBlock(block) : block;
+        std::memcpy(bytes + i, &block, sizeof(block));
     }
+    for (; i < size && static_cast<signed char>(bytes[i]) >= 0; ++i)
+        bytes[i] = lower ? lowerAscii(bytes[i]) : bytes[i];
+    return i;
 }
 
 } // namespace
@@ -234,12 +245,13 @@ QString foldForSearch(QStringView text, Folding folding)
         return text.toString();
     out.reserve(text.size());
     while (!text.isEmpty()) {
-        const qsizetype ascii = asciiLength(text);
+        const QStringView ascii = text.left(asciiLength(text));
         const qsizetype at = out.size();
-        out += text.left(ascii);
+        out += ascii;
         if (folding.testFlag(Fold::Case))
-            lowerAscii(reinterpret_cast<char16_t *>(out.data()) + at, size_t(ascii));
-        text = text.mid(ascii);
+            std::transform(ascii.utf16(), ascii.utf16() + ascii.size(), out.data() + at,
+                           lowerAscii<char16_t>);
+        text = text.mid(ascii.size());
         // A text in another script goes on so for a while: no look for ASCII between its letters.
         while (!text.isEmpty() && text[0].unicode() >= 0x80) {
             const Decoded decoded = decodeUtf16(text);
@@ -256,13 +268,18 @@ void appendFoldedUtf8(std::string &out, std::string_view utf8, Folding folding)
         out += utf8;
         return;
     }
+    // Most texts are ASCII and done at once: copied, and folded where they stand. In pieces, so that the copy
+    // behind a letter of another script is short.
+    constexpr size_t pieceSize = 256;
     while (!utf8.empty()) {
-        const size_t ascii = asciiLength(utf8);
-        const size_t at = out.size();
-        out.append(utf8.data(), ascii);
-        if (folding.testFlag(Fold::Case))
-            lowerAscii(out.data() + at, ascii);
+        const std::string_view piece = utf8.substr(0, pieceSize);
+        const size_t start = out.size();
+        out += piece;
+        const size_t ascii = foldAscii(out.data() + start, piece.size(), folding);
         utf8.remove_prefix(ascii);
+        if (ascii == piece.size())
+            continue;
+        out.resize(start + ascii);
         while (!utf8.empty() && static_cast<signed char>(utf8.front()) < 0) {
             const Decoded decoded = decodeUtf8(utf8);
             if (decoded.length == 0)
@@ -276,7 +293,13 @@ void appendFoldedUtf8(std::string &out, std::string_view utf8, Folding folding)
 
 void appendFoldedUtf8(std::string &out, QStringView text, Folding folding)
 {
-    while (!text.isEmpty()) {
+    const QStringView ascii = text.left(asciiLength(text));
+    const size_t start = out.size();
+    out.resize(start + size_t(ascii.size()));
+    std::transform(ascii.utf16(), ascii.utf16() + ascii.size(), out.begin() + qsizetype(start),
+                   [](char16_t unit) { return char(unit); });
+    foldAscii(out.data() + start, size_t(ascii.size()), folding);
+    for (text = text.mid(ascii.size()); !text.isEmpty();) {
         const Decoded decoded = decodeUtf16(text);
         appendFoldedPoint(out, decoded.point, folding, appendUtf8);
         text = text.mid(decoded.length);
