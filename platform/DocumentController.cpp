@@ -154,6 +154,16 @@ void DocumentController::bringToFront(Document *document)
     }
 }
 
+void DocumentController::releaseAll()
+{
+    for (Document *document : std::exchange(m_documents, {})) {
+        document->disconnect(this);
+        delete document->windowController();
+        delete document;
+    }
+    m_untitledNumbers.clear();
+}
+
 int DocumentController::untitledNumber(const Document *document) const
 {
     return m_untitledNumbers.value(document, 1);

@@ -57,6 +57,8 @@ public: // documents
     /// Takes the document out and deletes it later.
     Q_INVOKABLE void removeDocument(runebook::Document *document);
     void bringToFront(Document *document);
+    /// Deletes all documents and their windows at once, unsaved or not: for the end of the program.
+    void releaseAll();
 
 public: // names, recent files, autosave
     /// The number in the name of a document without file: 1, 2, ...
