@@ -1,5 +1,6 @@
 #include "model/GlyphLineReader.h"
 
+#include "model/GlyphLineWriter.h"
 #include "model/StringHelpers.h"
 
 #include <array>
@@ -149,9 +150,17 @@ bool isPlainUpper(std::string_view text)
     return true;
 }
 
+/// An ASCII character that is no white space: what nearly every trimming meets at once.
+bool isPlainInk(char c)
+{
+    return static_cast<signed char>(c) > ' ';
+}
+
 /// The white space character that ends right before \a end, or 0 bytes.
 qsizetype spaceBefore(const char *data, qsizetype begin, qsizetype end)
 {
+    if (isPlainInk(data[end - 1]))
+        return 0;
     qsizetype start = end - 1;
     while (start > begin && (static_cast<unsigned char>(data[start]) & 0xC0) == 0x80)
         --start;
@@ -163,6 +172,8 @@ qsizetype spaceBefore(const char *data, qsizetype begin, qsizetype end)
 
 qsizetype spaceAfter(const char *data, qsizetype begin, qsizetype end)
 {
+    if (isPlainInk(data[begin]))
+        return 0;
     qsizetype next = begin + 1;
     while (next < end && (static_cast<unsigned char>(data[next]) & 0xC0) == 0x80)
         ++next;
@@ -171,7 +182,14 @@ qsizetype spaceAfter(const char *data, qsizetype begin, qsizetype end)
 
 QString toText(std::string_view utf8)
 {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    return FieldValue::textOfUtf8(utf8);
+}
+
+/// False for a value that begins in the middle of a character, as it does when a sign of three bytes stands
+/// where the equals sign and the quote are expected: it is no text, and written it would spoil the file.
+bool isWholeText(std::string_view utf8)
+{
+    return (static_cast<unsigned char>(utf8.front()) & 0xC0) != 0x80;
 }
 
 } // namespace
@@ -195,6 +213,21 @@ InfoPtr GlyphLineReader::readPiece(qsizetype begin, qsizetype end)
     return read(first, last, followsTab && last == end && end < m_source->size());
 }
 
+bool GlyphLineReader::hasComment(qsizetype begin, qsizetype end)
+{
+    constexpr qsizetype kStretch = 1 << 16; // stays in the cache until it is read
+    const bool wasPassed = m_firstComment >= 0 && m_firstComment < begin;
+    if (begin < m_searchedBegin || end > m_searchedEnd || wasPassed) {
+        m_searchedBegin = begin;
+        m_searchedEnd = std::max(end, std::min(begin + kStretch, m_source->size()));
+        const auto beyond = std::min(m_searchedEnd + std::ssize(kCommentStart) - 1, m_source->size());
+        const std::string_view stretch(m_source->data() + begin, static_cast<std::size_t>(beyond - begin));
+        const std::size_t found = stretch.find(kCommentStart);
+        m_firstComment = found == stretch.npos ? -1 : begin + static_cast<qsizetype>(found);
+    }
+    return m_firstComment >= 0 && m_firstComment < end;
+}
+
 InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
 {
     const std::string_view line(m_source->data() + begin, static_cast<std::size_t>(end - begin));
@@ -202,7 +235,7 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
         return nullptr;
 
     InfoPtr info;
-    const std::size_t comment = line.find(kCommentStart);
+    const std::size_t comment = hasComment(begin, end) ? line.find(kCommentStart) : line.npos;
     const std::size_t commentEnd = comment == line.npos ? line.npos : line.rfind(kCommentEnd);
     if (comment != line.npos)
         note(ReadNotes::Comment, line.substr(comment));
@@ -216,13 +249,13 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
         info = inner.readWithoutComments({inner.m_source->data(), static_cast<std::size_t>(rest.size())});
         m_versionHint = inner.m_versionHint;
     } else {
-        info = std::make_shared<VXGlyphInfo>();
+        info = std::make_shared<VXGlyphInfo>(FieldValue());
         info->m_source = m_source;
         scan(*info, line, isWholeLine && comment == line.npos);
-        if (m_lineVersions) {
+        const auto lineStart = static_cast<quint64>(begin) - 1;
+        if (m_lineVersions && FieldValue::canBePiece(lineStart, line.size() + 2)) {
             // The line is kept with the tab before and the line feed behind it.
-            info->m_line =
-                FieldValue::piece(m_source->data(), static_cast<quint64>(begin - 1), line.size() + 2);
+            info->m_line = FieldValue::piece(m_source->data(), lineStart, line.size() + 2);
             info->m_lineVersions = m_lineVersions;
         }
     }
@@ -232,7 +265,7 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
 
 InfoPtr GlyphLineReader::readWithoutComments(std::string_view line)
 {
-    InfoPtr info = std::make_shared<VXGlyphInfo>();
+    InfoPtr info = std::make_shared<VXGlyphInfo>(FieldValue());
     info->m_source = m_source;
     scan(*info, line, false);
     return info;
@@ -250,27 +283,31 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
     const std::size_t bound = utf16Length(line);
     const std::size_t length = line.size();
     std::size_t i = kStart.size();
+    // Where the writer would put the next key or the end: behind the closing quote and one blank.
+    std::size_t usualPlace = i;
     bool ended = false;
     if (bound < kStart.size() + 2)
         i = length;
     while (i < length) {
         const char c = line[i];
-        if (i >= bound)
-            break;
         if (c == ' ' || c == '"') {
             ++i;
             continue;
         }
+        const bool isUsualPlace = i == usualPlace && line[i - 1] == ' ';
         const std::size_t keyStart = i;
         while (i < length && isKeyCharacter(line[i]))
             ++i;
         const std::string_view key = line.substr(keyStart, i - keyStart);
         if (key.empty() && line.substr(i, 2) == "/>") {
-            // The writer puts one blank between the last value and the end.
-            if (line[i - 1] != ' ' || line[i - 2] != '"')
+            if (!isUsualPlace)
                 m_lineVersions = 0;
             i += 2;
             ended = true;
+            break;
+        }
+        if (keyStart >= bound) {
+            i = keyStart;
             break;
         }
         // What follows the key is taken for an equals sign and a quote, whatever it is.
@@ -284,13 +321,14 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
             i = quote ? static_cast<std::size_t>(static_cast<const char *>(quote) - line.data()) : length;
         }
         const Attribute attribute {key, line.substr(valueStart, i - valueStart)};
-        const bool isPlain = valueStart == afterKey + 2 && line[afterKey] == '=' && line[afterKey + 1] == '"'
-            && i < length && (keyStart == kStart.size() || line.substr(keyStart - 2, 2) == "\" ");
+        const bool isPlain = isUsualPlace && valueStart == afterKey + 2 && line[afterKey] == '='
+            && line[afterKey + 1] == '"' && i < length;
         if (!isPlain)
             m_lineVersions = 0;
+        usualPlace = i + 2;
 
         After after = After::LookForEnd;
-        if (key.size() >= 2 && !attribute.value.empty()) {
+        if (key.size() >= 2 && !attribute.value.empty() && isWholeText(attribute.value)) {
             if (valueStart > afterKey + 2 && line[valueStart - 1] == ' ')
                 note(ReadNotes::DroppedAttribute, key);
             after = apply(info, attribute);
@@ -312,8 +350,10 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
         note(ReadNotes::UnreadRest, line.substr(i));
     if (m_seenFields & (1u << static_cast<int>(GlyphField::Unicodes)))
         info.updateUnicodeChar();
-    if (!(m_seenFields & (1u << static_cast<int>(GlyphField::Name))))
+    if (!(m_seenFields & (1u << static_cast<int>(GlyphField::Name)))) {
+        info.m_values[static_cast<std::size_t>(GlyphField::Name)] = VXGlyphInfo::unknownName();
         m_lineVersions = 0;
+    }
 }
 
 GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute &attribute)
@@ -357,17 +397,19 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
         return After::GoOn;
     }
     case Handling::Direction: {
-        const QString word = toText(value);
-        info.m_direction = static_cast<qint8>(VXGlyphInfo::directionFromString(word));
-        if (word != VXGlyphInfo::stringFromDirection(info.m_direction))
+        info.m_direction = static_cast<qint8>(VXGlyphInfo::directionFromString(toText(value)));
+        if (value != GlyphLineWriter::directionWord(info.m_direction))
             m_lineVersions = 0;
         return After::GoOn;
     }
     case Handling::Case: {
-        const QString word = toText(value);
-        info.m_case = static_cast<quint8>(VXGlyphInfo::caseFromString(word));
+        int letterCase = VXGlyphInfo::upper;
+        while (letterCase < VXGlyphInfo::other && value != GlyphLineWriter::caseWord(letterCase))
+            ++letterCase;
+        const bool isUsual = letterCase < VXGlyphInfo::other;
+        info.m_case = static_cast<quint8>(isUsual ? letterCase : VXGlyphInfo::caseFromString(toText(value)));
         m_versionHint = 2;
-        m_lineVersions = word == VXGlyphInfo::stringFromCase(info.m_case) ? m_lineVersions & ~1 : 0;
+        m_lineVersions = isUsual ? m_lineVersions & ~1 : 0;
         return After::GoOn;
     }
     case Handling::Accents:
@@ -393,10 +435,12 @@ void GlyphLineReader::addCodePoint(VXGlyphInfo &info, std::string_view value)
         setPiece(info, GlyphField::Unicodes, value);
         return;
     }
+    FieldValue &stored = info.m_values[static_cast<std::size_t>(GlyphField::Unicodes)];
     QStringList codePoints = info.unicodes();
-    const QString added = toText(value).toUpper();
-    codePoints << added;
-    info.m_values[static_cast<std::size_t>(GlyphField::Unicodes)] = FieldValue::list(codePoints);
+    // Nobody else holds the list now, so adding to it copies nothing, however long it grows.
+    stored = FieldValue();
+    codePoints << toText(value).toUpper();
+    stored = FieldValue::list(codePoints);
     if (!isPlainUpper(value))
         m_lineVersions = 0;
     if (codePoints.size() > 2)

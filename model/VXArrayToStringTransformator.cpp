@@ -29,7 +29,7 @@ QVariant VXArrayToStringTransformator::transformedValue(const QVariant &value) c
         return u""_s;
     if (list.front().typeId() == QMetaType::QString)
         return value.toStringList().join(kListSeparator);
-    QString names;
+    QString names = u""_s;
     for (const QVariant &object : list) {
         const QString name = nameOf(object);
         if (!name.isNull())
