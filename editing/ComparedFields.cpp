@@ -1,0 +1,116 @@
+#include "editing/ComparedFields.h"
+
+#include <QCoreApplication>
+#include <unordered_set>
+
+namespace runebook {
+
+namespace {
+
+/// Lets texts be looked up by their bytes, so that a text is copied only when it is new.
+struct BytesHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+
+using ValueSet = std::unordered_set<std::string, BytesHash, std::equal_to<>>;
+
+ValueSet distinctValues(const InfoList &infos, GlyphField field)
+{
+    ValueSet values;
+    std::string buffer;
+    for (const InfoPtr &info : infos) {
+        const std::optional<std::string_view> value = comparableValue(*info, field, buffer);
+        if (value && values.find(*value) == values.end())
+            values.emplace(*value);
+    }
+    return values;
+}
+
+/// Texts are kept joined, lists may hold the separator inside an entry: only such a list needs another form.
+std::string_view comparableList(const QStringList &list, std::string &buffer)
+{
+    const bool isPlain = std::none_of(list.begin(), list.end(),
+                                      [](const QString &entry) { return entry.contains(kListSeparator); });
+    buffer = isPlain ? list.join(kListSeparator).toStdString()
+                     : '\0' + list.join(QChar(QChar::Null)).toStdString();
+    return buffer;
+}
+
+} // namespace
+
+const QList<ComparedField> &comparedFields()
+{
+    static const QList<ComparedField> fields {
+        {GlyphField::Unicodes, "Unicode", QT_TRANSLATE_NOOP("ComparedFields", "Unicode")},
+        {GlyphField::Name, "Name", QT_TRANSLATE_NOOP("ComparedFields", "Name")},
+        {GlyphField::SortName, "SortName", QT_TRANSLATE_NOOP("ComparedFields", "Sort name")},
+        {GlyphField::SortNameKeep, "SortNameKeep", QT_TRANSLATE_NOOP("ComparedFields", "Sort name, kept")},
+        {GlyphField::SortNameOld, "SortNameOld", QT_TRANSLATE_NOOP("ComparedFields", "Sort name, old")},
+        {GlyphField::Category, "Category", QT_TRANSLATE_NOOP("ComparedFields", "Category")},
+        {GlyphField::SubCategory, "SubCategory", QT_TRANSLATE_NOOP("ComparedFields", "Subcategory")},
+        {GlyphField::Script, "Script", QT_TRANSLATE_NOOP("ComparedFields", "Script")},
+        {GlyphField::Decompose, "Decompose", QT_TRANSLATE_NOOP("ComparedFields", "Decompose")},
+        {GlyphField::Anchors, "Anchors", QT_TRANSLATE_NOOP("ComparedFields", "Anchors")},
+        {GlyphField::Marks, "Accents", QT_TRANSLATE_NOOP("ComparedFields", "Accents")},
+        {GlyphField::Production, "Production", QT_TRANSLATE_NOOP("ComparedFields", "Production")},
+        {GlyphField::AltNames, "AltNames", QT_TRANSLATE_NOOP("ComparedFields", "Other names")},
+        {GlyphField::UnicodeLegacy, "UnicodeLegacy", QT_TRANSLATE_NOOP("ComparedFields", "Legacy Unicode")},
+        {GlyphField::Desc, "Description", QT_TRANSLATE_NOOP("ComparedFields", "Description")},
+        {GlyphField::Case, "Case", QT_TRANSLATE_NOOP("ComparedFields", "Case")},
+        {GlyphField::Direction, "Direction", QT_TRANSLATE_NOOP("ComparedFields", "Direction")},
+    };
+    return fields;
+}
+
+QString titleOf(const ComparedField &field)
+{
+    return QCoreApplication::translate("ComparedFields", field.title);
+}
+
+std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,
+                                                std::string &buffer)
+{
+    if (field == GlyphField::Case || field == GlyphField::Direction) {
+        buffer = std::to_string(field == GlyphField::Case ? info.caseValue() : info.direction());
+        return buffer;
+    }
+    const FieldValue &value = info.stored(field);
+    if (value.isAbsent())
+        return {};
+    if (value.isList())
+        return comparableList(value.toList(info.sourceData()), buffer);
+    return info.utf8(field, buffer);
+}
+
+bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field)
+{
+    const ValueSet ours = distinctValues(values, field);
+    ValueSet seen;
+    std::string buffer;
+    for (const InfoPtr &info : others) {
+        const std::optional<std::string_view> value = comparableValue(*info, field, buffer);
+        if (!value || seen.find(*value) != seen.end())
+            continue;
+        if (ours.find(*value) == ours.end())
+            return true;
+        seen.emplace(*value);
+    }
+    return seen.size() != ours.size();
+}
+
+std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, const VXGlyphInfo &right)
+{
+    std::vector<const ComparedField *> differing;
+    std::string leftBuffer;
+    std::string rightBuffer;
+    for (const ComparedField &field : comparedFields()) {
+        const std::string_view a = comparableValue(left, field.field, leftBuffer).value_or("");
+        const std::string_view b = comparableValue(right, field.field, rightBuffer).value_or("");
+        if (a != b)
+            differing.push_back(&field);
+    }
+    return differing;
+}
+
+} // namespace runebook

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "model/VXGlyphInfo.h"
+
+#include <QList>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace runebook {
+
+/// A field as comparisons show it.
+struct ComparedField {
+    GlyphField field;
+    const char *name; ///< of its captions: "leftLable" + name
+    const char *title; ///< for a person; give it to titleOf() for the user's language
+};
+
+/// All fields that a file keeps, in the order in which they are shown.
+const QList<ComparedField> &comparedFields();
+QString titleOf(const ComparedField &field);
+
+/// A value that is equal for equal texts, lists or numbers, and for no others; nothing for an absent value.
+/// Valid as long as the record and \a buffer stay.
+std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,
+                                                std::string &buffer);
+
+/// Whether the distinct values of \a field over one list are others than over the other. A list without any
+/// value has no set of them; two such lists do not differ.
+bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field);
+
+/// The fields in which two records differ, all of them: case, legacy code point and old sort name too. Empty
+/// and absent count as the same, as in files.
+std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, const VXGlyphInfo &right);
+
+} // namespace runebook
