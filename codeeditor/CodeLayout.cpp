@@ -18,6 +18,14 @@ void CodeLayout::setParagraphStyle(qreal headIndent, qreal paragraphSpacing)
     documentChanged(0, 0, document()->characterCount());
 }
 
+void CodeLayout::documentChanged(int from, int charsRemoved, int charsAdded)
+{
+    Q_UNUSED(charsRemoved)
+    // The base adds both numbers up to find the last block that changed. Colours laid over one block count as
+    // removed and added, so it would go wrong by a block and draw the whole view anew for each character.
+    QPlainTextDocumentLayout::documentChanged(from, 0, std::max(charsAdded, 1));
+}
+
 QRectF CodeLayout::blockBoundingRect(const QTextBlock &block) const
 {
     QRectF rect = QPlainTextDocumentLayout::blockBoundingRect(block);

@@ -19,6 +19,9 @@ public:
 
     QRectF blockBoundingRect(const QTextBlock &block) const override;
 
+protected:
+    void documentChanged(int from, int charsRemoved, int charsAdded) override;
+
 private:
     void hang(const QTextBlock &block) const;
 

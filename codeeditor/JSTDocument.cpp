@@ -17,6 +17,7 @@ namespace {
 constexpr int minimumFontSize = 6;
 constexpr int minimumColouredLength = 2;
 constexpr qreal paragraphSpacing = 2; // points
+constexpr int pauseMs = 250;
 
 } // namespace
 
@@ -44,7 +45,8 @@ void JSTDocument::setSourceText(JSTTextView *sourceText)
         m_storage->disconnect(this);
     m_sourceText = sourceText;
     m_storage = sourceText ? sourceText->textStorage() : nullptr;
-    m_sourceString.clear();
+    m_wholePass.stop();
+    m_sourceString = QString();
     m_runs.clear();
     if (!sourceText)
         return;
@@ -119,60 +121,90 @@ void JSTDocument::applyParagraphStyle()
 void JSTDocument::textStorageDidProcessEditing(int from, int removed, int added)
 {
     Q_UNUSED(removed)
-    colour(false, {from, added}, false);
+    const TextRange edited = TextRange {from, added}.clampedTo(m_storage->length());
+    if (!colourEdit(edited)) {
+        m_wholePass.stop();
+        colourText(false, edited, false);
+    }
 }
 
 void JSTDocument::parseCode(bool force)
 {
-    colour(force, {}, true);
+    if (!m_storage)
+        return;
+    if (force || m_sourceString.isNull() || m_sourceString != m_storage->string())
+        colourText(force, {}, true);
 }
 
-/// One pass. \a edited is what changed since the last one, as the document tells it; \a announce: the change
-/// of looks is not part of a change that the document is announcing anyway.
-void JSTDocument::colour(bool force, TextRange edited, bool announce)
+/// Colours what an edit that made \a edited changed, from the last token in front of it to the first that is
+/// as before: what the whole pass would find, in time for the next frame. The whole pass follows when typing
+/// pauses. False, and nothing is done, when there is nothing to go on from.
+bool JSTDocument::colourEdit(TextRange edited)
 {
+    const int newLength = m_storage->length();
+    const int removed = int(m_sourceString.size()) - newLength + edited.length;
+    if (m_sourceString.isNull() || m_runs.isEmpty() || newLength < minimumColouredLength || !formatsAreFresh()
+        || m_postprocessingBlock || m_formats.defaultIndex() != TokenFormats::none || removed < 0
+        || removed > m_sourceString.size() - edited.location)
+        return false;
+    const QString inserted = m_storage->substringWithRange(edited);
+    if (QStringView(m_sourceString).sliced(edited.location, removed) == inserted) {
+        // The same text, but its blocks may be new ones: replaced by their like, or undone and redone.
+        paint(edited, false);
+        return true;
+    }
+    m_tokenizer->setString(QString()); // or the next line would copy the text
+    m_sourceString.replace(edited.location, removed, inserted);
+    m_tokenizer->setString(m_sourceString);
+    const TextRange changed = m_runs.rescan(*m_tokenizer, m_formats, edited.location, removed, edited.length);
+    paint(changed.united(edited), false);
+    m_wholePass.start();
+    return true;
+}
+
+/// The whole pass. \a edited is what changed since the last one, as far as it is known; \a announce: the
+/// change of looks is not part of a change that the document is announcing anyway.
+void JSTDocument::colourText(bool everything, TextRange edited, bool announce)
+{
+    if (!m_storage)
+        return;
     if (m_fontSize < minimumFontSize) {
         m_fontSize = minimumFontSize;
         m_font.reset();
     }
-    if (!m_storage)
-        return;
-    const QString text = m_storage->string();
-    if (!force && !m_sourceString.isNull() && m_sourceString == text) {
-        // The same text, but its blocks may be new ones: replaced by their like, or undone and redone.
-        paint(edited, announce);
-        return;
-    }
-    m_sourceString = text;
-    if (text.size() < minimumColouredLength) {
+    m_sourceString = m_storage->string();
+    const int length = int(m_sourceString.size());
+    if (length < minimumColouredLength) {
         m_runs.clear();
         return;
     }
-    m_tokenizer->setString(text);
+    m_tokenizer->setString(m_sourceString);
     m_tokenizer->setReader(TDReader());
-    const bool everything = refreshFormats(m_fontSize) || force || m_runs.isEmpty() || m_postprocessingBlock;
+    if (refreshFormats() || m_runs.isEmpty() || m_postprocessingBlock)
+        everything = true;
     const TokenRuns before = std::exchange(m_runs, {});
-    m_runs.scan(*m_tokenizer, m_formats, int(text.size()));
-    if (everything) {
-        paint({0, int(text.size())}, announce);
-    } else {
-        paint(edited, announce);
-        if (const TextRange changed = m_runs.differenceFrom(before); changed.length > 0)
-            paint(changed, announce);
-    }
+    m_runs.scan(*m_tokenizer, m_formats, length);
+    paint(everything ? TextRange {0, length} : edited, announce);
+    if (const TextRange changed = m_runs.differenceFrom(before); !everything && changed.length > 0)
+        paint(changed, announce);
     if (m_postprocessingBlock)
         m_postprocessingBlock(m_storage);
 }
 
-/// Makes the formats anew when what they depend on changed. True when it did.
-bool JSTDocument::refreshFormats(int fontSize)
+bool JSTDocument::formatsAreFresh() const
 {
-    if (m_formatsRevision == m_tokenizer->keywordsRevision() && m_formatsFontSize == fontSize)
+    return m_formatsRevision == m_tokenizer->keywordsRevision() && m_formatsFontSize == m_fontSize;
+}
+
+/// Makes the formats anew when what they depend on changed. True when it did.
+bool JSTDocument::refreshFormats()
+{
+    if (formatsAreFresh())
         return false;
     m_formatsRevision = m_tokenizer->keywordsRevision();
-    m_formatsFontSize = fontSize;
+    m_formatsFontSize = m_fontSize;
     const QPalette palette = m_sourceText->palette();
-    m_formats = TokenFormats(m_tokenizer->keywords(), fontSize, palette);
+    m_formats = TokenFormats(m_tokenizer->keywords(), m_fontSize, palette);
     m_storage->setDefaultForegroundColor(palette.color(QPalette::Text));
     return true;
 }
@@ -218,8 +250,7 @@ QStringList JSTDocument::textViewCompletionsForPartialWordRangeIndexOfSelectedIt
 {
     QStringList result;
     if (!m_autocompleteKeywords.isEmpty()) {
-        const TextRange clamped = range.clampedTo(view->textStorage()->length());
-        QString partial = view->string().sliced(clamped.location, clamped.length);
+        QString partial = view->textStorage()->substringWithRange(range);
         QString prefix;
         // The dot stays with the partial word: behind a dot only words that begin with one fit.
         if (const qsizetype dot = partial.lastIndexOf(u'.'); dot >= 0) {

@@ -7,15 +7,17 @@
 #include <QFont>
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 #include <functional>
 #include <memory>
 #include <optional>
 
 class VXCodeTextStorage;
 
-/// Colours the Python of one code text view and completes its words. Every edit runs the whole text through
-/// the tokenizer; only blocks that came to look different are touched, and colours are no part of the text:
-/// undo, caret, selection and the modified state never notice. Main thread only.
+/// Colours the Python of one code text view and completes its words. Every edit is coloured at once, and when
+/// the user pauses the whole text runs through the tokenizer again; only blocks that came to look different
+/// are touched, and colours are no part of the text: undo, caret, selection and the modified state never
+/// notice. Main thread only.
 class JSTDocument : public QObject, public JSTTextViewDelegate
 {
     Q_OBJECT
@@ -80,8 +82,10 @@ protected:
 
 private:
     void textStorageDidProcessEditing(int from, int removed, int added);
-    void colour(bool force, runebook::TextRange edited, bool announce);
-    bool refreshFormats(int fontSize);
+    bool colourEdit(runebook::TextRange edited);
+    void colourText(bool everything, runebook::TextRange edited, bool announce);
+    bool refreshFormats();
+    bool formatsAreFresh() const;
     void paint(runebook::TextRange range, bool announce);
     void applyParagraphStyle();
     JSTTextViewDelegate *delegateInterface() const;
@@ -97,6 +101,7 @@ private:
     mutable std::optional<QFont> m_font;
     int m_fontSize = 13;
 
+    QTimer m_wholePass; // after the last edit
     runebook::TokenFormats m_formats;
     int m_formatsRevision = -1; // of the tokenizer's keywords; -1: to be made
     int m_formatsFontSize = 0;

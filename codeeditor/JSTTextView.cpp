@@ -226,7 +226,7 @@ void JSTTextView::showFindIndicatorForRange(TextRange range)
     const QRect last = cursorRect(cursor);
     const QRect box(first.topLeft(), QPoint(std::max(last.left(), first.left() + 4), first.bottom()));
     if (viewport()->rect().intersects(box)) {
-        const QString text = string().sliced(shown.location, shown.length);
+        const QString text = m_storage->substringWithRange(shown);
         new FindIndicator(viewport(), box, text, font()); // owned by the viewport, deletes itself
     }
     Q_EMIT findIndicatorShown(shown);
@@ -272,7 +272,7 @@ QMimeData *JSTTextView::createMimeDataFromSelection() const
 {
     const TextRange selection = selectedRange();
     auto *mime = new QMimeData;
-    mime->setText(string().sliced(selection.location, selection.length));
+    mime->setText(m_storage->substringWithRange(selection));
     mime->setData(u"text/rtf"_s, richTextFormat(*m_storage, selection));
     return mime;
 }

@@ -152,7 +152,7 @@ void JSTTextView::updateCompletions(const QKeyEvent &event)
 void JSTTextView::showCompletions(bool onRequest)
 {
     const TextRange range = rangeForUserCompletion();
-    const QString partial = string().sliced(range.location, range.length);
+    const QString partial = m_storage->substringWithRange(range);
     const qsizetype lastDot = partial.lastIndexOf(u'.');
     const bool afterDot = lastDot >= 0;
     const auto *coloured = qobject_cast<const JSTDocument *>(m_delegate.data());

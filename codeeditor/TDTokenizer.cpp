@@ -41,6 +41,12 @@ void TDTokenizer::setReader(const TDReader &reader)
     m_reader.setOffset(reader.offset());
 }
 
+int TDTokenizer::longestLookAhead() const
+{
+    constexpr int python = 4; // as in 1e+5 and 0x_f
+    return m_comments.isEmpty() ? python : std::max(python, int(m_comments.front().start.size()));
+}
+
 void TDTokenizer::setKeywords(const QVariantHash &keywords)
 {
     m_keywords = keywords;

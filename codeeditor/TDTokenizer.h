@@ -28,6 +28,9 @@ public: // the text
     /// changes with the next call.
     const TDToken *nextToken();
 
+    /// So many characters behind its end, at most, decide where a token ends.
+    int longestLookAhead() const;
+
 public: // the keyword attribute table, kept here for who paints the tokens
     const QVariantHash &keywords() const { return m_keywords; }
     void setKeywords(const QVariantHash &keywords);

@@ -14,10 +14,10 @@ void TokenRuns::clear()
     m_textLength = 0;
 }
 
-void TokenRuns::append(int start, int length, int format)
+void TokenRuns::append(Runs &runs, int start, int length, int format)
 {
     if (format != TokenFormats::none && length > 0)
-        m_runs.push_back({start, length, format});
+        runs.push_back({start, length, format});
 }
 
 void TokenRuns::scan(TDTokenizer &tokenizer, const TokenFormats &formats, int textLength)
@@ -31,12 +31,57 @@ void TokenRuns::scan(TDTokenizer &tokenizer, const TokenFormats &formats, int te
         if (length > textLength - position)
             break; // the text and the tokens disagree
         const int format = formats.indexFor(*token);
-        append(position, length, format == TokenFormats::none ? formats.defaultIndex() : format);
+        append(m_runs, position, length, format == TokenFormats::none ? formats.defaultIndex() : format);
         position += length;
         if (position >= colouredLength)
             break;
     }
-    append(position, textLength - position, formats.defaultIndex());
+    append(m_runs, position, textLength - position, formats.defaultIndex());
+}
+
+TextRange TokenRuns::rescan(TDTokenizer &tokenizer, const TokenFormats &formats, int from, int removed,
+                            int added)
+{
+    Q_ASSERT(formats.defaultIndex() == TokenFormats::none);
+    // A token may have looked at some characters behind its end, so those close to the edit are cut anew.
+    const int untouched = from - tokenizer.longestLookAhead();
+    const auto firstOld = std::partition_point(
+        m_runs.begin(), m_runs.end(), [untouched](const Run &run) { return run.end() <= untouched; });
+    const int shift = added - removed;
+    const int start = firstOld == m_runs.begin() ? 0 : std::prev(firstOld)->end();
+    TDReader reader;
+    reader.setOffset(start);
+    tokenizer.setReader(reader);
+
+    Runs fresh;
+    auto lastOld = firstOld;
+    int position = start;
+    const TDToken *const end = TDToken::EOFToken();
+    for (const TDToken *token = tokenizer.nextToken(); token != end && position < colouredLength;
+         token = tokenizer.nextToken()) {
+        if (position >= from + added) {
+            // Where an old token begins in text that did not change, all further tokens are the old ones.
+            while (lastOld != m_runs.end() && lastOld->start + shift < position)
+                ++lastOld;
+            if (lastOld != m_runs.end() && lastOld->start + shift == position)
+                break;
+        }
+        append(fresh, position, int(token->stringValue().size()), formats.indexFor(*token));
+        position += int(token->stringValue().size());
+    }
+    if (position >= std::min(colouredLength, int(tokenizer.string().size())))
+        lastOld = m_runs.end();
+
+    if (shift != 0)
+        std::for_each(lastOld, m_runs.end(), [shift](Run &run) { run.start += shift; });
+    const auto common = std::min(lastOld - firstOld, std::ptrdiff_t(fresh.size()));
+    const auto behind = std::copy_n(fresh.begin(), common, firstOld);
+    if (lastOld > behind)
+        m_runs.erase(behind, lastOld);
+    else
+        m_runs.insert(behind, fresh.begin() + common, fresh.end());
+    m_textLength += shift;
+    return {start, position - start};
 }
 
 TextRange TokenRuns::differenceFrom(const TokenRuns &before) const
@@ -65,7 +110,7 @@ TextRange TokenRuns::differenceFrom(const TokenRuns &before) const
     return {first, std::max(0, std::min(last, m_textLength) - first)};
 }
 
-std::vector<TokenRuns::Run>::const_iterator TokenRuns::firstRunBehind(int index) const
+TokenRuns::Runs::const_iterator TokenRuns::firstRunBehind(int index) const
 {
     return std::partition_point(m_runs.begin(), m_runs.end(),
                                 [index](const Run &run) { return run.end() <= index; });

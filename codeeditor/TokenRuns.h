@@ -10,8 +10,8 @@ class TDTokenizer;
 
 namespace runebook {
 
-/// What a colouring pass found: the pieces of a text that have a format, in order. Made anew from the whole
-/// text by each pass; comparing it with the pass before tells which blocks need to be touched.
+/// What a colouring pass found: the pieces of a text that have a format, in order. Comparing it with what the
+/// pass before found tells which blocks need to be touched.
 class TokenRuns
 {
 public:
@@ -20,6 +20,11 @@ public:
 
     /// Asks \a tokenizer, which holds a text of \a textLength units, for all its tokens.
     void scan(TDTokenizer &tokenizer, const TokenFormats &formats, int textLength);
+    /// Makes of the runs of a text those of the text in which, at \a from, \a removed characters became \a
+    /// added ones: what scan() would find, at the cost of the tokens that changed, as a token depends on
+    /// nothing in front of it. Only where the coloured length ends stays as it was in the old text, until the
+    /// next scan. \a tokenizer holds the new text. Answers the piece of it that was looked at.
+    TextRange rescan(TDTokenizer &tokenizer, const TokenFormats &formats, int from, int removed, int added);
     /// Forgets everything: the next pass differs everywhere.
     void clear();
     bool isEmpty() const { return m_runs.empty(); }
@@ -44,10 +49,12 @@ private:
         bool operator==(const Run &) const = default;
     };
 
-    void append(int start, int length, int format);
-    std::vector<Run>::const_iterator firstRunBehind(int index) const;
+    using Runs = std::vector<Run>;
 
-    std::vector<Run> m_runs;
+    static void append(Runs &runs, int start, int length, int format);
+    Runs::const_iterator firstRunBehind(int index) const;
+
+    Runs m_runs;
     int m_textLength = 0;
 };
 

@@ -48,6 +48,15 @@ int VXCodeTextStorage::length() const
     return characterCount() - 1;
 }
 
+QString VXCodeTextStorage::substringWithRange(TextRange range) const
+{
+    const TextRange wanted = range.clampedTo(length());
+    QTextCursor cursor(const_cast<VXCodeTextStorage *>(this)); // only to read
+    cursor.setPosition(wanted.location);
+    cursor.setPosition(wanted.end(), QTextCursor::KeepAnchor);
+    return cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n');
+}
+
 void VXCodeTextStorage::replaceCharactersInRangeWithString(TextRange range, const QString &string)
 {
     const TextRange replaced = range.clampedTo(length());

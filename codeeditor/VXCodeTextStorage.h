@@ -27,6 +27,8 @@ public: // characters
     /// The whole text, with "\n" at each paragraph's end and every other character as it is.
     Q_INVOKABLE QString string() const;
     Q_INVOKABLE int length() const;
+    /// The characters of \a range, clamped to the text; without a copy of the whole.
+    Q_INVOKABLE QString substringWithRange(runebook::TextRange range) const;
     /// Replaces as one undoable step. The range is clamped to the text.
     Q_INVOKABLE void replaceCharactersInRangeWithString(runebook::TextRange range, const QString &string);
 

@@ -68,8 +68,7 @@ void VXLineNumberView::setClientView(QWidget *clientView)
     if (text) {
         m_textConnection = connect(text->document(), &QTextDocument::contentsChange, this,
                                    &VXLineNumberView::textStorageDidProcessEditing);
-        // Whatever the view draws anew moves its rows, or may.
-        connect(text, &QPlainTextEdit::updateRequest, this, [this](const QRect &, int) { update(); });
+        connect(text, &QPlainTextEdit::updateRequest, this, &VXLineNumberView::followView);
         invalidateLineIndicesFromCharacterIndex(0);
     }
     update();
@@ -79,7 +78,19 @@ void VXLineNumberView::textStorageDidProcessEditing(int from, int removed, int a
 {
     Q_UNUSED(removed)
     m_lines.noteEdit(from, added, m_clientView->document()->characterCount() - 1);
-    update();
+    // What is drawn follows the view, which says what it draws anew; only the size may have to change now.
+    if (isVisible())
+        lineIndices();
+}
+
+/// The view scrolled by \a dy, or draws the rows at \a area anew.
+void VXLineNumberView::followView(const QRect &area, int dy)
+{
+    const int offset = mapFromGlobal(m_clientView->viewport()->mapToGlobal(QPoint())).y();
+    if (dy != 0)
+        update();
+    else
+        update(0, area.top() + offset, width(), area.height());
 }
 
 void VXLineNumberView::invalidateLineIndicesFromCharacterIndex(int index)
@@ -263,21 +274,25 @@ void VXLineNumberView::showEvent(QShowEvent *event)
     lineIndices(); // the first count also finds the thickness
 }
 
-void VXLineNumberView::paintEvent(QPaintEvent *)
+void VXLineNumberView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
     if (m_backgroundColor)
-        painter.fillRect(rect(), *m_backgroundColor);
+        painter.fillRect(event->rect(), *m_backgroundColor);
     if (m_clientView)
-        drawHashMarksAndLabels(painter);
+        drawHashMarksAndLabels(painter, event->rect());
 }
 
-void VXLineNumberView::drawHashMarksAndLabels(QPainter &painter)
+/// The labels of the lines that begin in \a area.
+void VXLineNumberView::drawHashMarksAndLabels(QPainter &painter, const QRect &area)
 {
     const QList<int> starts = lineIndices();
-    const QRect visible = m_clientView->viewport()->rect();
-    const int firstVisible = m_clientView->cursorForPosition(visible.topLeft()).position();
-    const int lastVisible = m_clientView->cursorForPosition(visible.bottomRight()).position();
+    const QWidget *view = m_clientView->viewport();
+    const int offset = mapFromGlobal(view->mapToGlobal(QPoint())).y();
+    const QRect visible = area.translated(0, -offset) & view->rect();
+    const int firstVisible = m_clientView->cursorForPosition(QPoint(0, visible.top())).position();
+    const int lastVisible =
+        m_clientView->cursorForPosition(QPoint(view->width(), visible.bottom())).position();
     painter.setFont(font());
     painter.setPen(textColor());
     const QFontMetricsF metrics(font());

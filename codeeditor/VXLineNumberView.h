@@ -91,7 +91,8 @@ private:
     void textStorageDidProcessEditing(int from, int removed, int added);
     void calculateLines();
     void applyRequiredThickness();
-    void drawHashMarksAndLabels(QPainter &painter);
+    void drawHashMarksAndLabels(QPainter &painter, const QRect &area);
+    void followView(const QRect &area, int dy);
     QRect firstRowOfLine(int start) const;
     int lineAt(const QPoint &position);
     void selectLines(int first, int last);

@@ -1,0 +1,200 @@
+// The code editor on a large macro: cutting and colouring all of it, typing into it, finding a brace's
+// partner across it, counting its lines after an edit.
+#include "benchmarks/codeeditor_sample.h"
+#include "codeeditor/BraceMatching.h"
+#include "codeeditor/JSTDocument.h"
+#include "codeeditor/JSTTextView.h"
+#include "codeeditor/KeywordTable.h"
+#include "codeeditor/VXCodeTextStorage.h"
+#include "codeeditor/VXLineNumberView.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <benchmark/benchmark.h>
+#include <chrono>
+
+using namespace Qt::StringLiterals;
+using namespace runebook;
+
+namespace {
+
+constexpr int sampleLength = 500'000;
+constexpr int lineCount = 100'000;
+
+const QString &sample()
+{
+    static const QString text = pythonSample(sampleLength);
+    return text;
+}
+
+template <typename Work> double secondsFor(Work &&work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// An editor as the macro panel makes it.
+struct Editor {
+    JSTTextView view;
+    JSTDocument document;
+
+    Editor()
+    {
+        const QFont regular = document.defaultFont();
+        QFont bold = regular;
+        bold.setBold(true);
+        QFont italic = regular;
+        italic.setItalic(true);
+        setUpPythonTokenizer(document.tokenizer(),
+                             defaultKeywordAttributes({regular, bold, italic}, view.palette()));
+        document.setAutocompleteKeywords({u"print"_s, u".name"_s, u"x"_s});
+        document.setSourceText(&view);
+        view.setupLineNumberview();
+        view.resize(800, 600);
+    }
+};
+
+void tokenize(benchmark::State &state)
+{
+    TDTokenizer tokenizer;
+    setUpPythonTokenizer(tokenizer, {});
+    for ([[maybe_unused]] auto _ : state) {
+        tokenizer.setString(sample());
+        tokenizer.setReader(TDReader());
+        int tokens = 0;
+        while (tokenizer.nextToken() != TDToken::EOFToken())
+            ++tokens;
+        benchmark::DoNotOptimize(tokens);
+    }
+}
+
+/// A whole pass over a text that was never coloured, formats applied to every block.
+void colour(benchmark::State &state)
+{
+    Editor editor;
+    for ([[maybe_unused]] auto _ : state) {
+        editor.view.textStorage()->blockSignals(true); // the text comes without being coloured
+        editor.view.setString(QString());
+        editor.view.setString(sample());
+        editor.view.textStorage()->blockSignals(false);
+        state.SetIterationTime(secondsFor([&] { editor.document.parseCode(true); }));
+    }
+}
+
+/// The peer on the same text, in its own program; it tells its own time.
+void colourPeer(benchmark::State &state, const QString &program)
+{
+    for ([[maybe_unused]] auto _ : state) {
+        QProcess process;
+        process.start(program, {QString::number(sampleLength)});
+        if (!process.waitForFinished() || process.exitCode() != 0) {
+            state.SkipWithError("the peer failed");
+            return;
+        }
+        state.SetIterationTime(process.readAllStandardOutput().trimmed().toDouble());
+    }
+}
+
+/// From a key to the picture: the character is typed in the middle of the text and everything painted.
+void typeInto(benchmark::State &state, QPlainTextEdit &view)
+{
+    view.show();
+    QTextCursor cursor = view.textCursor();
+    cursor.setPosition(view.document()->findBlockByNumber(view.blockCount() / 2).position() + 4);
+    view.setTextCursor(cursor);
+    view.centerCursor();
+    QApplication::processEvents();
+    for ([[maybe_unused]] auto _ : state) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_X, Qt::NoModifier, u"x"_s);
+        QApplication::sendEvent(&view, &press);
+        QApplication::processEvents();
+        state.PauseTiming();
+        QKeyEvent back(QEvent::KeyPress, Qt::Key_Backspace, Qt::NoModifier);
+        QApplication::sendEvent(&view, &back);
+        QApplication::processEvents();
+        state.ResumeTiming();
+    }
+}
+
+void typeCharacter(benchmark::State &state)
+{
+    Editor editor;
+    editor.view.setString(sample());
+    typeInto(state, editor.view);
+}
+
+void typeCharacterPeer(benchmark::State &state)
+{
+    const JSTDocument fonts;
+    QPlainTextEdit view;
+    view.setFont(fonts.defaultFont());
+    view.setPlainText(sample());
+    view.resize(800, 600);
+    typeInto(state, view);
+}
+
+void matchBrace(benchmark::State &state)
+{
+    initBraces();
+    // Whole pieces only: every brace in between is closed, so the way leads through all of the text.
+    const QString text = u'(' + sample().first(sample().lastIndexOf(u"\n\n")) + u')';
+    if (!TE_findMatchingBraceForRangeInString(0, text))
+        state.SkipWithError("the braces of the sample do not match");
+    for ([[maybe_unused]] auto _ : state) {
+        auto match = TE_findMatchingBraceForRangeInString(0, text);
+        benchmark::DoNotOptimize(match);
+    }
+}
+
+void countLines(benchmark::State &state)
+{
+    QPlainTextEdit view;
+    view.setPlainText(QString(u"    print(\"a line of code\", 1)\n"_s).repeated(lineCount));
+    VXLineNumberView ruler(&view);
+    ruler.lineIndices();
+    QTextCursor cursor(view.document()->findBlockByNumber(lineCount / 2));
+    for ([[maybe_unused]] auto _ : state) {
+        cursor.insertText(u"x\n"_s);
+        state.SetIterationTime(secondsFor([&] { benchmark::DoNotOptimize(ruler.lineIndices().size()); }));
+    }
+}
+
+void registerAll()
+{
+    const auto add = [](const char *name, auto function) {
+        return benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond);
+    };
+    add("tokenize/500000", &tokenize);
+    add("colour/500000", &colour)->UseManualTime()->Iterations(5);
+    add("type-character/500000", &typeCharacter);
+    add("type-character/500000:peer", &typeCharacterPeer);
+    add("match-brace/500000", &matchBrace);
+    add("line-table/100000", &countLines)->UseManualTime()->Iterations(200);
+    const QString peer = QApplication::applicationDirPath() + u"/codeeditor_peer"_s;
+    if (QFileInfo(peer).isExecutable()) {
+        const auto run = [peer](benchmark::State &state) { colourPeer(state, peer); };
+        add("tokenize/500000:peer", run)->UseManualTime()->Iterations(3);
+        add("colour/500000:peer", run)->UseManualTime()->Iterations(3);
+    }
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QTemporaryDir home;
+    qputenv("RUNEBOOK_DEFAULTS", home.filePath(u"defaults.ini"_s).toLocal8Bit());
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication app(argc, argv);
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
