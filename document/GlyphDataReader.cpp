@@ -123,7 +123,7 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
             continue;
         }
         // Only a line with a comment can be another than the usual one.
-        inComment = line.find("<!--") != line.npos && line.find("-->") == line.npos;
+        inComment = reader.hasComment(begin, end) && line.find("-->") == line.npos;
         m_notes.hasCarriageReturns |= line.ends_with('\r');
         if (InfoPtr info = reader.readPiece(begin, end)) {
             if (infos.empty())

@@ -26,6 +26,9 @@ public:
     /// that line: then the line may be written again as it stands.
     InfoPtr read(qsizetype begin, qsizetype end, bool isWholeLine);
 
+    /// Whether a comment begins in [begin, end) of the block.
+    bool hasComment(qsizetype begin, qsizetype end);
+
     /// 1 once a line had an "accents" attribute, 2 once one had "case", whichever came last; 0 before.
     quint8 versionHint() const { return m_versionHint; }
 
@@ -47,6 +50,10 @@ private:
     SourcePtr m_source;
     ReadNotes *m_notes;
     std::string_view m_lastPiece;
+    // The stretch of the block that was searched for comments last, and the first one in it or -1.
+    qsizetype m_searchedBegin = 0;
+    qsizetype m_searchedEnd = 0;
+    qsizetype m_firstComment = -1;
     qsizetype m_records = 0;
     quint8 m_versionHint = 0;
     // Of the line being read: whether it is, so far, what the writer would print for each kind of version.

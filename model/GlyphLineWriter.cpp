@@ -6,19 +6,19 @@ namespace {
 
 constexpr std::string_view kAbsent = "(null)";
 
-std::string_view caseWord(int letterCase)
+} // namespace
+
+std::string_view GlyphLineWriter::caseWord(int letterCase)
 {
     constexpr std::string_view words[] {kAbsent, "upper", "lower", "smallCaps", "minor", kAbsent};
     return letterCase < 6 ? words[letterCase] : kAbsent;
 }
 
-std::string_view directionWord(int direction)
+std::string_view GlyphLineWriter::directionWord(int direction)
 {
     constexpr std::string_view words[] {"BIDI", "LTR", "RTL", "VTL", "VTR"};
     return direction >= -1 && direction <= 3 ? words[direction + 1] : kAbsent;
 }
-
-} // namespace
 
 void GlyphLineWriter::append(const VXGlyphInfo &info, std::string &output)
 {

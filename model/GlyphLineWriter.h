@@ -16,6 +16,10 @@ public:
     /// Appends the line of \a info, line feed included, to \a output.
     void append(const VXGlyphInfo &info, std::string &output);
 
+    /// The words that stand for a case and a direction in a file; "(null)" where there is none.
+    static std::string_view caseWord(int letterCase);
+    static std::string_view directionWord(int direction);
+
 private:
     void appendAttribute(std::string_view nameAndQuote, std::string_view value, std::string &output);
     void appendField(std::string_view nameAndQuote, const VXGlyphInfo &info, GlyphField field,

@@ -6,36 +6,32 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-int hexDigit(char16_t character)
+int hexDigit(QChar character)
 {
     if (character >= u'0' && character <= u'9')
-        return character - u'0';
+        return character.unicode() - u'0';
     if (character >= u'A' && character <= u'F')
-        return character - u'A' + 10;
+        return character.unicode() - u'A' + 10;
     if (character >= u'a' && character <= u'f')
-        return character - u'a' + 10;
+        return character.unicode() - u'a' + 10;
     return -1;
 }
 
-} // namespace
+bool isHexDigit(QChar character)
+{
+    return hexDigit(character) >= 0;
+}
 
 quint32 hexStringToInt(QStringView text)
 {
     quint32 value = 0;
     for (const QChar character : text) {
-        const int digit = hexDigit(character.unicode());
+        const int digit = hexDigit(character);
         if (digit < 0)
             return 0;
         value = value << 4 | static_cast<quint32>(digit);
     }
     return value;
-}
-
-bool isHexDigit(QChar character)
-{
-    return hexDigit(character.unicode()) >= 0;
 }
 
 QString hexStringFromInt(qint64 number)

@@ -14,6 +14,8 @@ struct TextRange {
 /// The value of a text of hexadecimal digits, kept in 32 bits; 0 when any other character occurs ("0x", a
 /// blank, a minus sign) and for the empty text.
 quint32 hexStringToInt(QStringView text);
+/// The value of a hexadecimal digit; -1 for other characters.
+int hexDigit(QChar character);
 bool isHexDigit(QChar character);
 /// At least four upper-case digits. The magnitude is capped at 0xFFFFFFF, seven digits; a negative number
 /// gets a "-" in front.

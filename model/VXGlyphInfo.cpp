@@ -20,15 +20,20 @@ constexpr std::string_view kRefusedMarks =
 
 constexpr quint32 kNoCodePoint = 0xFFFFFF;
 
-/// Reads as far as there are hexadecimal digits, after an optional 0x; kept in 32 bits.
-quint32 scanHex(QStringView text)
+/// Reads as far as there are hexadecimal digits, after an optional 0x; kept in 32 bits. For views of UTF-16
+/// and of Latin-1.
+template <typename View> quint32 scanHex(View text)
 {
     if (text.startsWith("0x"_L1, Qt::CaseInsensitive))
         text = text.mid(2);
-    qsizetype digits = 0;
-    while (digits < text.size() && isHexDigit(text.at(digits)))
-        ++digits;
-    return hexStringToInt(text.first(digits));
+    quint32 value = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const int digit = hexDigit(text.at(i));
+        if (digit < 0)
+            break;
+        value = value << 4 | static_cast<quint32>(digit);
+    }
+    return value;
 }
 
 QString orNull(const QString &text)
@@ -38,10 +43,15 @@ QString orNull(const QString &text)
 
 } // namespace
 
-VXGlyphInfo::VXGlyphInfo()
+VXGlyphInfo::VXGlyphInfo(FieldValue name)
 {
-    static const FieldValue unknown = FieldValue::text(u"unknown"_s);
-    m_values[static_cast<std::size_t>(GlyphField::Name)] = unknown;
+    m_values[static_cast<std::size_t>(GlyphField::Name)] = std::move(name);
+}
+
+const FieldValue &VXGlyphInfo::unknownName()
+{
+    static const FieldValue name = FieldValue::text(u"unknown"_s);
+    return name;
 }
 
 InfoPtr VXGlyphInfo::copy() const
@@ -172,8 +182,14 @@ FieldValue VXGlyphInfo::exchange(GlyphField field, FieldValue value)
 
 void VXGlyphInfo::updateUnicodeChar()
 {
+    if (const FieldValue &value = stored(GlyphField::Unicodes); value.isPiece()) {
+        // Read as Latin-1: no byte of a longer character is a digit there either.
+        const std::string_view bytes = value.bytes(sourceData());
+        m_unicodeChar = scanHex(QLatin1StringView(bytes.data(), static_cast<qsizetype>(bytes.size())));
+        return;
+    }
     const QString first = unicode();
-    m_unicodeChar = first.isNull() ? kNoCodePoint : scanHex(first);
+    m_unicodeChar = first.isNull() ? kNoCodePoint : scanHex(QStringView(first));
 }
 
 void VXGlyphInfo::registerUndo(GlyphField field)

@@ -62,7 +62,9 @@ public:
 
 public: // making
     /// A record as `init` makes it: the name "unknown", direction 0, everything else absent.
-    Q_INVOKABLE VXGlyphInfo();
+    Q_INVOKABLE VXGlyphInfo() : VXGlyphInfo(unknownName()) { }
+    /// For readers, which find the name later: the same with that value as name.
+    explicit VXGlyphInfo(runebook::FieldValue name);
     VXGlyphInfo(const VXGlyphInfo &) = delete;
     VXGlyphInfo &operator=(const VXGlyphInfo &) = delete;
     static InfoPtr init() { return std::make_shared<VXGlyphInfo>(); }
@@ -205,6 +207,8 @@ public: // for the readers, writers and indexes of this system
     /// How often the record stands in the list of its document.
     int listings() const { return m_listings; }
     void setListings(int count) { m_listings = static_cast<quint16>(count); }
+    /// The name of a record that was given none.
+    static const runebook::FieldValue &unknownName();
     /// The one list that setMarks refuses.
     static bool refusesMarks(std::string_view marksUtf8);
     QString stringValue(runebook::GlyphField field) const { return stored(field).toString(sourceData()); }
