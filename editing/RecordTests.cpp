@@ -1,0 +1,105 @@
+#include "editing/RecordTests.h"
+
+#include "platform/PredicateFormat.h"
+
+#include <QDeadlineTimer>
+#include <algorithm>
+#include <cmath>
+
+namespace runebook {
+
+namespace {
+
+/// The texts of a value; the list may have empty ones, which pass no test.
+QStringList textsOf(const PredicateValue &value)
+{
+    if (const QString *text = std::get_if<QString>(&value))
+        return {*text};
+    if (const double *number = std::get_if<double>(&value))
+        return {PredicateFormat::decimal(*number)};
+    const QStringList *list = std::get_if<QStringList>(&value);
+    return list ? *list : QStringList();
+}
+
+bool accepts(const NumberTest &test, const PredicateValue &value)
+{
+    if (const double *number = std::get_if<double>(&value))
+        return test.accepts(*number);
+    QStringList texts = textsOf(value);
+    texts.removeAll(QString());
+    const auto passes = [&test](const QString &text) {
+        bool isNumber = false;
+        const double number = text.toDouble(&isNumber);
+        return isNumber && std::isfinite(number) && test.accepts(number);
+    };
+    if (test.relation == NumberTest::Relation::NotEqual)
+        return !texts.isEmpty() && std::all_of(texts.begin(), texts.end(), passes);
+    return std::any_of(texts.begin(), texts.end(), passes);
+}
+
+} // namespace
+
+PredicateValue predicateValue(const VXGlyphInfo &info, SearchKey key)
+{
+    switch (key.kind) {
+    case SearchKey::Kind::Text:
+        return key.field == GlyphField::Unicode ? info.unicode() : info.stringValue(key.field);
+    case SearchKey::Kind::List:
+        return key.field == GlyphField::Unicodes ? info.unicodes() : info.altNames();
+    case SearchKey::Kind::Number:
+        return info.valueForKey(keyOfField(key.field)).toDouble();
+    case SearchKey::Kind::Unknown:
+        break;
+    }
+    return {};
+}
+
+RecordBits RecordTests::passing(const NumberTest &test, const RecordBits &asked) const
+{
+    const SearchKey key = SearchKey::of(test.key);
+    RecordBits passed(asked.size());
+    asked.forEachWhile([&](std::size_t place) {
+        if (accepts(test, predicateValue(*m_infos[place], key)))
+            passed.set(place);
+        return true;
+    });
+    return passed;
+}
+
+std::optional<RecordBits> RecordTests::passing(const PatternTest &test, const RecordBits &asked,
+                                               Error *error) const
+{
+    constexpr std::size_t recordsBetweenLooks = 64;
+    const SearchKey key = SearchKey::of(test.key);
+    const QDeadlineTimer deadline(m_patternTimeLimitMs);
+    std::size_t records = 0;
+    RecordBits passed(asked.size());
+    // An expression may stay within its limit for every record and still take minutes for all.
+    const auto hasTime = [&] {
+        if (++records % recordsBetweenLooks != 0 || !deadline.hasExpired())
+            return true;
+        return fail(
+            error,
+            {Predicate::errorDomain(), Predicate::PatternGaveUp, tr("The regular expression takes too long."),
+             tr("“%1” was given up after %2 of %3 records.")
+                 .arg(test.pattern.pattern(), QLocale().toString(records), QLocale().toString(asked.count())),
+             tr("Repetitions of repetitions such as (a+)+ are slow; write a+ instead.")});
+    };
+    const bool finished = asked.forEachWhile([&](std::size_t place) {
+        for (const QString &text : textsOf(predicateValue(*m_infos[place], key))) {
+            const Verdict verdict = text.isEmpty() ? Verdict::No : test.pattern.match(text);
+            if (verdict == Verdict::GaveUp)
+                return fail(error, Predicate::gaveUpError(test, text));
+            if (verdict == Verdict::Yes) {
+                passed.set(place);
+                break;
+            }
+        }
+        return hasTime();
+    });
+    if (!finished)
+        return std::nullopt;
+    return passed;
+}
+
+} // namespace runebook
