@@ -161,6 +161,8 @@ void UndoManager::removeAllActions()
     m_open.clear();
     m_openName.clear();
     m_stack.clear();
+    // An empty stack announces nothing when it is cleared, though open changes may have gone.
+    noteCleanChange();
 }
 
 UndoManager::Operations UndoManager::performAll(Operations operations, State state)

@@ -1,0 +1,374 @@
+// Saving in place: what stays of the old file, and what lies where when it fails.
+#include "platform/FileSaver.h"
+#include "platform/StandardFolders.h"
+#include "tests/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+#include <cerrno>
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace runebook;
+
+namespace {
+
+const QByteArray kOld = "the old text\n";
+
+ContentProducer content(const QByteArray &bytes)
+{
+    return [bytes](const BlockSink &sink, Error *) {
+        for (qsizetype i = 0; i < bytes.size(); i += 100'000) {
+            const QByteArray block = bytes.mid(i, 100'000);
+            if (!sink({block.constData(), static_cast<std::size_t>(block.size())}))
+                return false;
+        }
+        return true;
+    };
+}
+
+void write(const QString &path, const QByteArray &bytes = kOld)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+}
+
+QStringList filesIn(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System);
+}
+
+struct stat statusOf(const QString &path)
+{
+    struct stat status = {};
+    ::stat(QFile::encodeName(path).constData(), &status);
+    return status;
+}
+
+/// No file may grow beyond that size while it lives: a full disk for one program.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t size)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_old);
+        const rlimit limit {size, m_old.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &m_old); }
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+
+private:
+    rlimit m_old = {};
+};
+
+/// Whoever runs the tests may write everywhere; a plain user may not.
+class PlainUser
+{
+public:
+    PlainUser() { isPlain = ::geteuid() != 0 || ::seteuid(65534) == 0; }
+    ~PlainUser()
+    {
+        if (::getuid() == 0 && ::seteuid(0) != 0)
+            qFatal("cannot become root again");
+    }
+    PlainUser(const PlainUser &) = delete;
+    PlainUser &operator=(const PlainUser &) = delete;
+    bool isPlain = false;
+};
+
+} // namespace
+
+class TestFileSaver : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void writesAnyLength_data();
+    void writesAnyLength();
+    void keepsTheFileItself();
+    void followsLinks();
+    void refusesOtherThings_data();
+    void refusesOtherThings();
+    void leavesAReadOnlyFile();
+    void rescuesElsewhere();
+    void fullDiskBeforeTheFile_data();
+    void fullDiskBeforeTheFile();
+    void fullDiskWithinTheFile();
+    void leavesNothingOfANewFile();
+    void passesOnWhyThereIsNoContent();
+    void sparesOldRescueFiles();
+    void replaces();
+
+private:
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestFileSaver::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    QVERIFY(QFile::setPermissions(m_folder->path(), QFile::Permissions(0x7777)));
+}
+
+void TestFileSaver::writesAnyLength_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("shorter") << QByteArray("new");
+    QTest::newRow("same length") << QByteArray(kOld.size(), 'x');
+    QTest::newRow("several blocks") << QByteArray("0123456789").repeated(300'000);
+}
+
+void TestFileSaver::writesAnyLength()
+{
+    QFETCH(const QByteArray, bytes);
+    Error error;
+    QVERIFY(FileSaver::save(path(u"new.xml"_s), content(bytes), &error));
+    QCOMPARE(read(path(u"new.xml"_s)), bytes);
+    write(path(u"old.xml"_s));
+    QVERIFY(FileSaver::save(path(u"old.xml"_s), content(bytes), &error));
+    QCOMPARE(read(path(u"old.xml"_s)), bytes);
+    QVERIFY(error.domain.isEmpty());
+    QCOMPARE(filesIn(m_folder->path()), QStringList({u"new.xml"_s, u"old.xml"_s}));
+}
+
+void TestFileSaver::keepsTheFileItself()
+{
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    QCOMPARE(::chmod(QFile::encodeName(name).constData(), 0604), 0);
+    QCOMPARE(::link(QFile::encodeName(name).constData(), QFile::encodeName(path(u"b.xml"_s)).constData()), 0);
+    const struct stat before = statusOf(name);
+    QVERIFY(FileSaver::save(name, content("new")));
+    const struct stat after = statusOf(name);
+    QCOMPARE(after.st_ino, before.st_ino);
+    QCOMPARE(after.st_mode, before.st_mode);
+    QCOMPARE(after.st_nlink, nlink_t(2));
+    QCOMPARE(read(path(u"b.xml"_s)), QByteArray("new"));
+}
+
+void TestFileSaver::followsLinks()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(u"sub"_s));
+    write(path(u"sub/a.xml"_s));
+    QVERIFY(QFile::link(u"sub/a.xml"_s, path(u"link.xml"_s)));
+    QVERIFY(FileSaver::save(path(u"link.xml"_s), content("new")));
+    QVERIFY(QFileInfo(path(u"link.xml"_s)).isSymLink());
+    QCOMPARE(read(path(u"sub/a.xml"_s)), QByteArray("new"));
+    QCOMPARE(filesIn(path(u"sub"_s)), QStringList {u"a.xml"_s});
+}
+
+void TestFileSaver::refusesOtherThings_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("folder") << u"."_s;
+    QTest::newRow("missing folder") << u"none/a.xml"_s;
+    QTest::newRow("file as folder") << u"file/a.xml"_s;
+    QTest::newRow("full device") << u"/dev/full"_s;
+    QTest::newRow("null device") << u"/dev/null"_s;
+    QTest::newRow("pipe") << u"pipe"_s;
+    QTest::newRow("link to nowhere") << u"dangling"_s;
+    QTest::newRow("no name") << u""_s;
+}
+
+void TestFileSaver::refusesOtherThings()
+{
+    QFETCH(const QString, name);
+    write(path(u"file"_s));
+    QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
+    QVERIFY(QFile::link(u"none/x"_s, path(u"dangling"_s)));
+    const QStringList before = filesIn(m_folder->path());
+    const bool isInFolder = !name.isEmpty() && !name.startsWith(u'/');
+    Error error;
+    QVERIFY(!FileSaver::save(isInFolder ? path(name) : name, content("new"), &error));
+    QCOMPARE(error.domain, u"SaveError"_s);
+    QVERIFY(!error.description.isEmpty() && !error.failureReason.isEmpty());
+    QCOMPARE(filesIn(m_folder->path()), before);
+    QVERIFY(!FileSaver::save(isInFolder ? path(name) : name, content("new")));
+}
+
+void TestFileSaver::leavesAReadOnlyFile()
+{
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    QCOMPARE(::chmod(QFile::encodeName(name).constData(), 0444), 0);
+    const PlainUser user;
+    if (!user.isPlain)
+        QSKIP("cannot become a plain user here");
+    Error error;
+    QVERIFY(!FileSaver::save(name, content("new"), &error));
+    QCOMPARE(error.code, EACCES);
+    QVERIFY(error.description.contains(name));
+    QCOMPARE(read(name), kOld);
+    QCOMPARE(filesIn(m_folder->path()), QStringList {u"a.xml"_s});
+}
+
+void TestFileSaver::rescuesElsewhere()
+{
+    // The folder takes no further file: the rescue file goes to the user's data.
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    QVERIFY(QFile::setPermissions(name, QFile::Permissions(0x6666)));
+    QVERIFY(QFile::setPermissions(m_folder->path(), QFile::Permissions(0x5555)));
+    const QString own = StandardFolders::userData();
+    QVERIFY(QDir(own).mkpath(u"Rescue"_s));
+    for (QDir folder(own + u"/Rescue"_s);
+         folder.path().startsWith(QDir::homePath()) || folder.path() == QDir::homePath();) {
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::Permissions(0x7777)));
+        folder.setPath(QFileInfo(folder.path()).path());
+    }
+    bool wasRescued = false;
+    {
+        const PlainUser user;
+        if (!user.isPlain)
+            QSKIP("cannot become a plain user here");
+        const ContentProducer look = [&](const BlockSink &sink, Error *error) {
+            wasRescued = content("new")(sink, error);
+            wasRescued &= filesIn(own + u"/Rescue"_s) == QStringList {u"a.xml.runebook-rescue"_s};
+            return true;
+        };
+        Error error;
+        QVERIFY2(FileSaver::save(name, look, &error), qPrintable(error.text()));
+    }
+    QVERIFY(wasRescued);
+    QCOMPARE(read(name), QByteArray("new"));
+    QVERIFY(filesIn(own + u"/Rescue"_s).isEmpty());
+}
+
+void TestFileSaver::fullDiskBeforeTheFile_data()
+{
+    QTest::addColumn<int>("space");
+    QTest::newRow("none") << 0;
+    QTest::newRow("within the first block") << 60'000;
+    QTest::newRow("between blocks") << 200'000;
+    QTest::newRow("one byte too few") << 299'999;
+}
+
+void TestFileSaver::fullDiskBeforeTheFile()
+{
+    QFETCH(const int, space);
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    Error error;
+    bool saved = true;
+    {
+        const FullDisk full(static_cast<rlim_t>(space));
+        saved = FileSaver::save(name, content(QByteArray(300'000, 'n')), &error);
+    }
+    QVERIFY(!saved);
+    QCOMPARE(error.code, EFBIG);
+    QVERIFY(error.recoverySuggestion.contains(name));
+    QCOMPARE(read(name), kOld);
+    QCOMPARE(filesIn(m_folder->path()), QStringList {u"a.xml"_s});
+}
+
+void TestFileSaver::fullDiskWithinTheFile()
+{
+    // The disk fills up once the rescue file is whole.
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    const QByteArray bytes(300'000, 'n');
+    std::unique_ptr<FullDisk> full;
+    Error error;
+    const bool saved = FileSaver::save(
+        name,
+        [&](const BlockSink &sink, Error *reason) {
+            const bool produced = content(bytes)(sink, reason);
+            full = std::make_unique<FullDisk>(100);
+            return produced;
+        },
+        &error);
+    full.reset();
+    QVERIFY(!saved);
+    QCOMPARE(error.code, EFBIG);
+    const QString rescue = path(u".a.xml.runebook-rescue"_s);
+    QVERIFY2(error.recoverySuggestion.contains(rescue), qPrintable(error.recoverySuggestion));
+    QCOMPARE(read(rescue), bytes);
+    QCOMPARE(statusOf(rescue).st_mode & 0777, mode_t(0600));
+}
+
+void TestFileSaver::leavesNothingOfANewFile()
+{
+    Error error;
+    bool saved = true;
+    {
+        const FullDisk full(100);
+        saved = FileSaver::save(path(u"a.xml"_s), content(QByteArray(300, 'n')), &error);
+    }
+    QVERIFY(!saved);
+    QCOMPARE(error.code, EFBIG);
+    QVERIFY(filesIn(m_folder->path()).isEmpty());
+}
+
+void TestFileSaver::passesOnWhyThereIsNoContent()
+{
+    const ContentProducer refusing = [](const BlockSink &sink, Error *error) {
+        sink("begun");
+        return fail(error, {u"User"_s, 7, u"No."_s, {}, {}});
+    };
+    write(path(u"old.xml"_s));
+    for (const QString &name : {u"old.xml"_s, u"new.xml"_s}) {
+        Error error;
+        QVERIFY(!FileSaver::save(path(name), refusing, &error));
+        QCOMPARE(error.domain, u"User"_s);
+        QCOMPARE(error.code, 7);
+        QVERIFY(!FileSaver::replace(path(name), refusing, &error));
+        QCOMPARE(error.code, 7);
+    }
+    QCOMPARE(read(path(u"old.xml"_s)), kOld);
+    QCOMPARE(filesIn(m_folder->path()), QStringList {u"old.xml"_s});
+}
+
+void TestFileSaver::sparesOldRescueFiles()
+{
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    const QStringList rescued {path(u".a.xml.runebook-rescue"_s), path(u".a.xml.runebook-rescue-1"_s)};
+    for (const QString &old : rescued)
+        write(old, "somebody's work");
+    QVERIFY(FileSaver::save(name, content("new")));
+    QCOMPARE(read(name), QByteArray("new"));
+    for (const QString &old : rescued)
+        QCOMPARE(read(old), QByteArray("somebody's work"));
+    QCOMPARE(filesIn(m_folder->path()).size(), 3);
+}
+
+void TestFileSaver::replaces()
+{
+    const QString name = path(u"a.xml"_s);
+    QVERIFY(FileSaver::replace(name, content(kOld)));
+    QCOMPARE(read(name), kOld);
+    QVERIFY(FileSaver::replace(name, content("new")));
+    QCOMPARE(read(name), QByteArray("new"));
+    bool saved = true;
+    Error error;
+    {
+        const FullDisk full(100);
+        saved = FileSaver::replace(name, content(QByteArray(300, 'n')), &error);
+    }
+    QVERIFY(!saved);
+    QCOMPARE(error.code, EFBIG);
+    QCOMPARE(read(name), QByteArray("new"));
+    QVERIFY(!FileSaver::replace(path(u"none/a.xml"_s), content("new"), &error));
+    QCOMPARE(filesIn(m_folder->path()), QStringList {u"a.xml"_s});
+}
+
+RUNEBOOK_TEST_MAIN(TestFileSaver)
+#include "tst_filesaver.moc"
