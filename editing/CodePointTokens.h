@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QStringList>
+
+namespace runebook {
+
+/// The tokens of a code point field as they are added: those of one to three characters get zeros in front,
+/// all turn to upper case, and those that are no hexadecimal number are left out. An empty one stays.
+QStringList normalizedCodePointTokens(const QStringList &tokens);
+
+/// The pieces of a typed or pasted text, split at commas, semicolons and white space; none is empty. "U+" and
+/// "0x" in front of a piece go, as copied code points often have them.
+QStringList codePointTokensInText(const QString &text);
+
+} // namespace runebook

@@ -1,0 +1,88 @@
+#include "editing/ErrorBubble.h"
+
+#include "editing/SignalColors.h"
+
+#include <QAccessible>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QTimer>
+#include <chrono>
+
+namespace runebook {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int kPadding = 8;
+constexpr qreal kRadius = 4;
+constexpr int kWidest = 320;
+
+} // namespace
+
+void ErrorBubble::show(QWidget *control, const Error &error)
+{
+    if (!control || !control->isVisible()) {
+        ErrorPresenter::shared().present(error);
+        return;
+    }
+    for (ErrorBubble *earlier : control->window()->findChildren<ErrorBubble *>())
+        delete earlier;
+    auto *bubble = new ErrorBubble(control, error.text());
+    bubble->placeAt(*control);
+    bubble->QLabel::show();
+    bubble->raise();
+    QAccessibleEvent alert(bubble, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+ErrorBubble::ErrorBubble(QWidget *control, const QString &text) : QLabel(control->window())
+{
+    setTextFormat(Qt::PlainText);
+    setText(text);
+    setWordWrap(true);
+    setMargin(kPadding);
+    setFocusPolicy(Qt::NoFocus);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAccessibleName(text);
+    QPalette colors = palette();
+    colors.setColor(QPalette::WindowText, Qt::white);
+    setPalette(colors);
+    control->installEventFilter(this);
+    connect(control, &QObject::destroyed, this, &QObject::deleteLater);
+    QTimer::singleShot(6s, this, &QObject::deleteLater);
+}
+
+void ErrorBubble::placeAt(const QWidget &control)
+{
+    const QRect room = parentWidget()->rect().adjusted(4, 4, -4, -4);
+    const int width =
+        std::min({kWidest, room.width(), fontMetrics().horizontalAdvance(text()) + 2 * kPadding + 2});
+    resize(width, heightForWidth(width));
+    const QRect below(control.mapTo(parentWidget(), QPoint(0, control.height() + 3)), size());
+    const int x = std::clamp(below.x(), room.left(), std::max(room.left(), room.right() - width));
+    const bool fitsBelow = below.bottom() <= room.bottom();
+    move(x, fitsBelow ? below.y() : control.mapTo(parentWidget(), QPoint(0, -height() - 3)).y());
+}
+
+bool ErrorBubble::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool isOver = event->type() == QEvent::KeyPress || event->type() == QEvent::FocusOut
+        || event->type() == QEvent::Hide || event->type() == QEvent::Move;
+    if (isOver)
+        deleteLater();
+    return QLabel::eventFilter(watched, event);
+}
+
+void ErrorBubble::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(SignalColors::error(palette()));
+    painter.drawRoundedRect(rect(), kRadius, kRadius);
+    painter.end();
+    QLabel::paintEvent(event);
+}
+
+} // namespace runebook

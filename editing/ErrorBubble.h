@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <QLabel>
+
+namespace runebook {
+
+/// Says why a keystroke was refused: a bubble on the control's own window, under the control, that takes no
+/// focus and goes by itself, with the next key or when the control is left. One for each control.
+class ErrorBubble : public QLabel
+{
+    Q_OBJECT
+public:
+    /// Shows \a error at \a control, in place of an earlier one; without a visible control the error goes to
+    /// the error presenter.
+    static void show(QWidget *control, const Error &error);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    ErrorBubble(QWidget *control, const QString &text);
+    void placeAt(const QWidget &control);
+};
+
+} // namespace runebook

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QStringList>
+#include <vector>
+
+namespace runebook {
+
+/// A line of code points, each drawn as a square token: "0041 00E9". A comma, a blank or Return completes
+/// the token that is being typed, which is padded, turned to upper case, or dropped when it is no hexadecimal
+/// number. Backspace behind a completed token takes all of it. What was typed is announced when the user
+/// leaves the field or presses Return; Escape takes it back.
+class UnicodesTokenField : public QLineEdit
+{
+    Q_OBJECT
+public:
+    explicit UnicodesTokenField(QWidget *parent = nullptr);
+
+public: // content
+    /// Shows \a tokens as they are; announces nothing.
+    void setTokens(const QStringList &tokens);
+    /// Shows that several records differ: nothing but a placeholder.
+    void setMultipleValues();
+    /// What the field holds, an unfinished token included.
+    QStringList tokens() const;
+    bool isMixed() const { return m_isMixed; }
+
+public Q_SLOTS:
+    /// Hands over what was typed since; does nothing when that is nothing.
+    void commitEditing();
+    void revert();
+
+Q_SIGNALS:
+    /// The user has finished: the new code points. Not when they are those that were there.
+    void tokensCommitted(const QStringList &tokens);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    bool event(QEvent *event) override;
+
+private:
+    struct Token {
+        int start;
+        int length;
+    };
+    std::vector<Token> visibleTokens() const;
+    void completeTokens();
+    bool removeTokenBeforeCursor();
+    void showTokens(const QStringList &tokens);
+    void paintToken(QPainter &painter, const Token &token) const;
+    int xOfPosition(int position) const;
+    QString tipAt(const QPoint &position) const;
+
+    QStringList m_tokens;
+    bool m_isMixed = false;
+    bool m_isTouched = false; ///< something was typed since the tokens were set
+};
+
+} // namespace runebook

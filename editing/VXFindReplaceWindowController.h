@@ -1,0 +1,73 @@
+#pragma once
+
+#include "editing/FindReplace.h"
+
+#include <QDialog>
+#include <QTimer>
+#include <memory>
+
+namespace Ui {
+class VXFindReplaceWindowController;
+}
+
+namespace runebook {
+class ReplacePreviewModel;
+}
+
+/// The dialog that replaces a text in one field of the records that were selected when it was opened. It
+/// tells how much would change, and how, before it does. Made anew for each use; the two texts are kept in
+/// the user defaults. Connect ended() to deleteLater().
+class VXFindReplaceWindowController : public QDialog
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE explicit VXFindReplaceWindowController(QWidget *parent = nullptr);
+    ~VXFindReplaceWindowController() override;
+
+public: // running
+    const InfoList &selectedInfos() const { return m_selectedInfos; }
+    /// The records to edit; set before the dialog is run.
+    Q_INVOKABLE void setSelectedInfos(const InfoList &infos);
+    /// Runs the dialog over \a window (null: by itself) and returns 0 when the user has decided; a
+    /// replacement is made shortly after. \a owner is who asked.
+    Q_INVOKABLE int runDialogModalForWindow(QObject *owner, QWidget *window);
+    /// The selected field, one of runebook::FindReplace::FieldTag.
+    Q_INVOKABLE int selectedTag() const;
+    Q_INVOKABLE void selectItemWithTag(int tag);
+
+public Q_SLOTS:
+    /// Ends the run; nothing is changed.
+    void cancel();
+    /// Keeps the typed texts, ends the run, and lets _doReplace() follow when the dialog has gone.
+    void doReplace();
+    /// Replaces in all selected records, as one step of their document's undo history.
+    void _doReplace();
+    /// Escape and the window's close button: cancel().
+    void reject() override;
+
+Q_SIGNALS:
+    /// After a replacement: what it has changed, spoilt names counted.
+    void replaced(const runebook::ReplaceSummary &summary);
+    /// Nothing more will come: cancelled, or replaced.
+    void ended();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void setUpFields();
+    void setUpTable();
+    void keepTexts();
+    void updatePreview();
+    void updateProblems();
+    QString countText(const runebook::ReplaceSummary &summary) const;
+    runebook::FindReplace typedReplacement() const;
+    runebook::NameProblems problemsOf(const runebook::FindReplace &replacement) const;
+
+    std::unique_ptr<Ui::VXFindReplaceWindowController> m_ui;
+    runebook::ReplacePreviewModel *m_changes;
+    InfoList m_selectedInfos;
+    QTimer m_problemsTimer; // they take longer than a keystroke may
+};
+
+Q_DECLARE_METATYPE(runebook::ReplaceSummary)

@@ -1,0 +1,100 @@
+#include "editing/VXValidatingTextFieldCell.h"
+
+#include "editing/VXValidatingTextField.h"
+
+#include <QFontDatabase>
+#include <QPainter>
+#include <QStyle>
+#include <QStyleOptionFrame>
+
+using namespace runebook;
+
+namespace {
+
+constexpr int kFontSize = 11;
+constexpr qreal kRadius = 3;
+constexpr int kBadgePadding = 10; // both sides together
+constexpr int kBadgeLeft = 5;
+constexpr int kBadgeBottom = 1;
+constexpr int kBadgeGap = 6;
+constexpr int kEditedButtonGap = 4;
+
+QFont badgeFont()
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(kFontSize);
+    return font;
+}
+
+} // namespace
+
+FormattedText VXValidatingTextFieldCell::errorBadgeString(const QString &text) const
+{
+    QTextCharFormat format;
+    format.setFont(badgeFont());
+    format.setForeground(QColor(Qt::white));
+    FormattedText badge;
+    badge.text = text;
+    badge.formats = {{0, static_cast<int>(text.size()), format}};
+    badge.alignment = Qt::AlignLeft;
+    return badge;
+}
+
+QRect VXValidatingTextFieldCell::interiorOf(const VXValidatingTextField &field)
+{
+    QStyleOptionFrame option;
+    field.initFrameOption(&option);
+    return field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field).adjusted(0, 1, 0, -1);
+}
+
+QRect VXValidatingTextFieldCell::errorBadgeRectInView(const VXValidatingTextField &field) const
+{
+    if (field.errorHint().isEmpty())
+        return {};
+    const QRect interior = interiorOf(field);
+    const int button = field.isExtraButtonVisible() ? field.extraButton()->width() : 0;
+    const int wanted = QFontMetrics(badgeFont()).horizontalAdvance(field.errorHint()) + kBadgePadding;
+    const int width = std::min(wanted, std::max(0, interior.width() - button));
+    return {interior.right() + 1 - button - width, interior.top(), width, interior.height()};
+}
+
+QRect VXValidatingTextFieldCell::drawInteriorWithFrameInView(QPainter *painter, const QRect &frame,
+                                                             const VXValidatingTextField &field) const
+{
+    QRect textArea = frame;
+    if (!field.isEditing() && !field.errorHint().isEmpty()) {
+        const QRect badge = errorBadgeRectInView(field);
+        if (painter)
+            drawBadge(*painter, badge, field);
+        textArea.setRight(textArea.right() - badge.width() - kBadgeGap);
+    }
+    if (field.isExtraButtonVisible())
+        textArea.setRight(textArea.right() - field.extraButton()->width());
+    return textArea;
+}
+
+void VXValidatingTextFieldCell::drawBadge(QPainter &painter, const QRect &badge,
+                                          const VXValidatingTextField &field) const
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(field.backgroundColor());
+    painter.drawRoundedRect(badge, kRadius, kRadius);
+
+    const FormattedText text = errorBadgeString(field.errorHint());
+    const QTextCharFormat format = text.formats.front().format;
+    const QRect room = badge.adjusted(kBadgeLeft, 0, kBadgeLeft - kBadgePadding, -kBadgeBottom);
+    painter.setFont(format.font());
+    painter.setPen(format.foreground().color());
+    const QString shown = QFontMetrics(format.font()).elidedText(text.text, Qt::ElideRight, room.width());
+    painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+    painter.restore();
+}
+
+QRect VXValidatingTextFieldCell::selectWithFrameInView(const QRect &frame,
+                                                       const VXValidatingTextField &field) const
+{
+    const int button = field.isExtraButtonVisible() ? field.extraButton()->width() + kEditedButtonGap : 0;
+    return frame.adjusted(0, 0, -button, 0);
+}
