@@ -55,7 +55,7 @@ struct Editor {
         document.setAutocompleteKeywords({u"print"_s, u".name"_s, u"x"_s});
         document.setSourceText(&view);
         view.setupLineNumberview();
-        view.resize(800, 600);
+        view.resize(1000, 700);
     }
 };
 
@@ -134,7 +134,7 @@ void typeCharacterPeer(benchmark::State &state)
     QPlainTextEdit view;
     view.setFont(fonts.defaultFont());
     view.setPlainText(sample());
-    view.resize(800, 600);
+    view.resize(1000, 700);
     typeInto(state, view);
 }
 

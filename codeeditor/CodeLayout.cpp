@@ -21,9 +21,20 @@ void CodeLayout::setParagraphStyle(qreal headIndent, qreal paragraphSpacing)
 void CodeLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
     Q_UNUSED(charsRemoved)
+    const int added = std::max(charsAdded, 1);
+    const QTextBlock block = document()->findBlock(from);
+    const bool sameBlocks = std::exchange(m_blockCount, document()->blockCount()) == document()->blockCount();
+    // The base would lay the block of a typed character out twice: once to ask for its old size, which is
+    // gone.
+    if (sameBlocks && block.isValid() && block.layout()->lineCount() == 0
+        && block == document()->findBlock(from + added - 1)) {
+        blockBoundingRect(block);
+        Q_EMIT updateBlock(block);
+        return;
+    }
     // The base adds both numbers up to find the last block that changed. Colours laid over one block count as
     // removed and added, so it would go wrong by a block and draw the whole view anew for each character.
-    QPlainTextDocumentLayout::documentChanged(from, 0, std::max(charsAdded, 1));
+    QPlainTextDocumentLayout::documentChanged(from, 0, added);
 }
 
 QRectF CodeLayout::blockBoundingRect(const QTextBlock &block) const

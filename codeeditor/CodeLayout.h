@@ -25,6 +25,7 @@ protected:
 private:
     void hang(const QTextBlock &block) const;
 
+    int m_blockCount = 0; // as of the last change
     qreal m_headIndent = 0;
     qreal m_paragraphSpacing = 0;
 };

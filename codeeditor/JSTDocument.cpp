@@ -1,6 +1,7 @@
 #include "JSTDocument.h"
 
 #include "codeeditor/CodeLayout.h"
+#include "codeeditor/FormatOverlay.h"
 #include "codeeditor/JSTTextView.h"
 #include "codeeditor/VXCodeTextStorage.h"
 
@@ -41,8 +42,10 @@ void JSTDocument::setSourceText(JSTTextView *sourceText)
         return;
     if (m_sourceText)
         m_sourceText->removeEventFilter(this);
-    if (m_storage)
+    if (m_storage) {
         m_storage->disconnect(this);
+        m_storage->setBlankAttributes({});
+    }
     m_sourceText = sourceText;
     m_storage = sourceText ? sourceText->textStorage() : nullptr;
     m_wholePass.stop();
@@ -52,6 +55,9 @@ void JSTDocument::setSourceText(JSTTextView *sourceText)
         return;
     sourceText->setDelegate(this);
     sourceText->installEventFilter(this);
+    m_storage->setBlankAttributes([document = QPointer(this)](int index, TextRange *range) {
+        return document ? document->blankAttributes(index, range) : QVariantMap();
+    });
     connect(m_storage, &QTextDocument::contentsChange, this, &JSTDocument::textStorageDidProcessEditing);
     connect(sourceText, &JSTTextView::headIndentChanged, this, &JSTDocument::applyParagraphStyle);
     // Left, not natural: code in a right-to-left script still begins at the left.
@@ -193,7 +199,24 @@ void JSTDocument::colourText(bool everything, TextRange edited, bool announce)
 
 bool JSTDocument::formatsAreFresh() const
 {
-    return m_formatsRevision == m_tokenizer->keywordsRevision() && m_formatsFontSize == m_fontSize;
+    return m_formatsRevision == m_tokenizer->keywordsRevision() && m_formatsFontSize == m_fontSize
+        && m_formatsShowBlanks == showsBlanks();
+}
+
+bool JSTDocument::showsBlanks() const
+{
+    return m_storage->defaultTextOption().flags().testFlag(QTextOption::ShowTabsAndSpaces);
+}
+
+/// The attributes of a blank that is kept out of the layout.
+QVariantMap JSTDocument::blankAttributes(int index, TextRange *range) const
+{
+    TextRange run;
+    const int format = m_runs.formatAt(index, &run);
+    if (format == TokenFormats::none || !m_formats.isInvisible(format))
+        return {};
+    *range = range->intersected(run);
+    return attributesFromFormat(m_formats.at(format));
 }
 
 /// Makes the formats anew when what they depend on changed. True when it did.
@@ -203,8 +226,9 @@ bool JSTDocument::refreshFormats()
         return false;
     m_formatsRevision = m_tokenizer->keywordsRevision();
     m_formatsFontSize = m_fontSize;
+    m_formatsShowBlanks = showsBlanks();
     const QPalette palette = m_sourceText->palette();
-    m_formats = TokenFormats(m_tokenizer->keywords(), m_fontSize, palette);
+    m_formats = TokenFormats(m_tokenizer->keywords(), m_fontSize, palette, m_formatsShowBlanks);
     m_storage->setDefaultForegroundColor(palette.color(QPalette::Text));
     return true;
 }

@@ -86,6 +86,8 @@ private:
     void colourText(bool everything, runebook::TextRange edited, bool announce);
     bool refreshFormats();
     bool formatsAreFresh() const;
+    bool showsBlanks() const;
+    QVariantMap blankAttributes(int index, runebook::TextRange *range) const;
     void paint(runebook::TextRange range, bool announce);
     void applyParagraphStyle();
     JSTTextViewDelegate *delegateInterface() const;
@@ -105,5 +107,6 @@ private:
     runebook::TokenFormats m_formats;
     int m_formatsRevision = -1; // of the tokenizer's keywords; -1: to be made
     int m_formatsFontSize = 0;
+    bool m_formatsShowBlanks = false;
     runebook::TokenRuns m_runs;
 };

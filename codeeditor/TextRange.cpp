@@ -11,6 +11,12 @@ TextRange TextRange::united(TextRange other) const
     return {first, std::max(end(), other.end()) - first};
 }
 
+TextRange TextRange::intersected(TextRange other) const
+{
+    const int first = std::max(location, other.location);
+    return {first, std::max(0, std::min(end(), other.end()) - first)};
+}
+
 TextRange TextRange::clampedTo(int textLength) const
 {
     const int first = std::clamp(location, 0, textLength);

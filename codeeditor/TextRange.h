@@ -21,6 +21,8 @@ public:
     bool contains(int index) const { return index >= location && index < end(); }
     /// The smallest range that covers both.
     TextRange united(TextRange other) const;
+    /// What both have in common; empty when that is nothing.
+    TextRange intersected(TextRange other) const;
     /// The part of this range that lies in a text of \a textLength units.
     TextRange clampedTo(int textLength) const;
 

@@ -18,16 +18,16 @@ bool isDictionary(const QVariant &value)
     return value.typeId() == QMetaType::QVariantMap;
 }
 
-/// White space (and the bracket that the table counts to it) is not there to be read.
+/// White space is not there to be read.
 bool isToBeRead(const QString &key)
 {
-    return key.size() != 1 || !(isBlank(key.front().unicode()) || key.front() == u'[');
+    return key.size() != 1 || !isBlank(key.front().unicode());
 }
 
 } // namespace
 
-TokenFormats::TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette)
-    : m_palette(palette), m_fontSize(fontSize)
+TokenFormats::TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette, bool showsBlanks)
+    : m_palette(palette), m_fontSize(fontSize), m_showsBlanks(showsBlanks)
 {
     m_quotedStringIndex = add({{foregroundColorAttributeName, quotedStringColor()}}, true);
     m_numberIndex = add({{foregroundColorAttributeName, numberColor()}}, true);
@@ -65,6 +65,7 @@ int TokenFormats::add(const QVariantMap &attributes, bool toBeRead)
     if (toBeRead && format.hasProperty(givenColorProperty))
         format.setForeground(readableColor(format.foreground().color(), m_palette.color(QPalette::Base)));
     m_formats.append(format);
+    m_invisible.append(!toBeRead && !m_showsBlanks && !attributes.contains(fontAttributeName));
     return int(m_formats.size()) - 1;
 }
 

@@ -20,13 +20,16 @@ public:
 
     TokenFormats() = default;
     /// Fonts of the table whose size differs from \a fontSize (points) by more than 0.5 are converted to it.
-    TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette);
+    /// With \a showsBlanks the view draws marks for blanks, so these need a look too.
+    TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette, bool showsBlanks);
 
     /// The number of the format that \a token is painted in, or none.
     int indexFor(const TDToken &token) const;
     /// The number of the format of what has no other, or none: then it is the widget's text colour.
     int defaultIndex() const { return m_defaultIndex; }
     bool isStringOrComment(int index) const;
+    /// True when nothing of the format can be seen: it belongs to blanks, and has no font.
+    bool isInvisible(int index) const { return m_invisible[index]; }
     const QTextCharFormat &at(int index) const { return m_formats[index]; }
 
 private:
@@ -41,7 +44,9 @@ private:
 
     QPalette m_palette;
     int m_fontSize = 0;
+    bool m_showsBlanks = false;
     QList<QTextCharFormat> m_formats;
+    QList<bool> m_invisible;
     QList<Entry> m_entries; // so that words of a kind share a format; emptied when the table is done
     WordIndex m_words;
     int m_quotedStringIndex = none;

@@ -116,10 +116,14 @@ TokenRuns::Runs::const_iterator TokenRuns::firstRunBehind(int index) const
                                 [index](const Run &run) { return run.end() <= index; });
 }
 
-int TokenRuns::formatAt(int index) const
+int TokenRuns::formatAt(int index, TextRange *run) const
 {
-    const auto run = firstRunBehind(index);
-    return run != m_runs.end() && run->start <= index ? run->format : TokenFormats::none;
+    const auto found = firstRunBehind(index);
+    if (found == m_runs.end() || found->start > index)
+        return TokenFormats::none;
+    if (run)
+        *run = {found->start, found->length};
+    return found->format;
 }
 
 TextRange TokenRuns::applyTo(const QTextDocument &document, TextRange range,
@@ -138,7 +142,7 @@ TextRange TokenRuns::applyTo(const QTextDocument &document, TextRange range,
         for (; inBlock != m_runs.end() && inBlock->start < end; ++inBlock) {
             const int first = std::max(inBlock->start, start);
             const int last = std::min(inBlock->end(), end);
-            if (last > first)
+            if (last > first && !formats.isInvisible(inBlock->format))
                 overlay.append({first - start, last - first, formats.at(inBlock->format)});
         }
         if (setOverlay(block, overlay))

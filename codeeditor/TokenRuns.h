@@ -37,8 +37,8 @@ public:
     /// are changed; answers the piece of text that they are.
     TextRange applyTo(const QTextDocument &document, TextRange range, const TokenFormats &formats) const;
 
-    /// The number of the format at \a index, or TokenFormats::none.
-    int formatAt(int index) const;
+    /// The number of the format at \a index, or TokenFormats::none; \a run gets the piece that has it.
+    int formatAt(int index, TextRange *run = nullptr) const;
 
 private:
     struct Run {

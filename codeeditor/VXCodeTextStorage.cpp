@@ -73,8 +73,13 @@ void VXCodeTextStorage::reportCharacters(int from, int removed, int added)
 
 QVariantMap VXCodeTextStorage::attributesAtIndexEffectiveRange(int index, TextRange *effectiveRange) const
 {
-    QVariantMap attributes = attributesAt(*this, index, effectiveRange);
-    if (index < 0 || index >= length())
+    TextRange range;
+    QVariantMap attributes = attributesAt(*this, index, &range);
+    if (attributes.isEmpty() && m_blankAttributes && range.length > 0)
+        attributes = m_blankAttributes(index, &range);
+    if (effectiveRange)
+        *effectiveRange = range;
+    if (range.length == 0)
         return attributes;
     if (!attributes.contains(foregroundColorAttributeName))
         attributes.insert(foregroundColorAttributeName, m_defaultForegroundColor);

@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QTextDocument>
 #include <QVariantMap>
+#include <functional>
 
 namespace runebook {
 class CodeLayout;
@@ -40,6 +41,10 @@ public: // attributes: "NSColor", "NSFont", "NSLink"
     Q_INVOKABLE QVariantList attributesAtIndexEffectiveRange(int index) const;
     /// Gives the characters of \a range these attributes alone. No undo step: attributes are no content.
     Q_INVOKABLE void setAttributesRange(const QVariantMap &attributes, runebook::TextRange range);
+    /// Asked for the attributes of characters that nothing lies over: those of blanks, which are kept out of
+    /// the layout while nobody sees them. Answers an empty map, or the attributes and narrows the range.
+    using BlankAttributes = std::function<QVariantMap(int index, runebook::TextRange *range)>;
+    void setBlankAttributes(const BlankAttributes &blankAttributes) { m_blankAttributes = blankAttributes; }
     /// What characters without a colour of their own have.
     QColor defaultForegroundColor() const { return m_defaultForegroundColor; }
     void setDefaultForegroundColor(const QColor &color) { m_defaultForegroundColor = color; }
@@ -64,5 +69,6 @@ private:
     void reportCharacters(int from, int removed, int added);
 
     runebook::CodeLayout *m_layout; // owned as the document's layout
+    BlankAttributes m_blankAttributes;
     QColor m_defaultForegroundColor = Qt::black;
 };

@@ -83,14 +83,12 @@ void VXLineNumberView::textStorageDidProcessEditing(int from, int removed, int a
         lineIndices();
 }
 
-/// The view scrolled by \a dy, or draws the rows at \a area anew.
+/// The view scrolled by \a dy, or draws \a area anew: where rows moved that is all of it. A part alone is the
+/// text of some rows, or the caret, which leaves the numbers where they are.
 void VXLineNumberView::followView(const QRect &area, int dy)
 {
-    const int offset = mapFromGlobal(m_clientView->viewport()->mapToGlobal(QPoint())).y();
-    if (dy != 0)
+    if (dy != 0 || area.contains(m_clientView->viewport()->rect()))
         update();
-    else
-        update(0, area.top() + offset, width(), area.height());
 }
 
 void VXLineNumberView::invalidateLineIndicesFromCharacterIndex(int index)
@@ -291,8 +289,6 @@ void VXLineNumberView::drawHashMarksAndLabels(QPainter &painter, const QRect &ar
     const int offset = mapFromGlobal(view->mapToGlobal(QPoint())).y();
     const QRect visible = area.translated(0, -offset) & view->rect();
     const int firstVisible = m_clientView->cursorForPosition(QPoint(0, visible.top())).position();
-    const int lastVisible =
-        m_clientView->cursorForPosition(QPoint(view->width(), visible.bottom())).position();
     painter.setFont(font());
     painter.setPen(textColor());
     const QFontMetricsF metrics(font());
@@ -300,11 +296,11 @@ void VXLineNumberView::drawHashMarksAndLabels(QPainter &painter, const QRect &ar
 
     for (int line = LineTable::lineContaining(starts, firstVisible); line < starts.size(); ++line) {
         const int start = starts[line];
-        if (start > lastVisible)
-            break;
         if (start < firstVisible)
-            continue; // a wrapped line that begins above the view
+            continue; // a wrapped line that begins above the area
         const QRect row = firstRowOfLine(start);
+        if (row.top() > area.bottom())
+            break;
         const QString label = QString::number(line + 1);
         const qreal labelWidth = metrics.horizontalAdvance(label);
         const qreal x = m_alignment & Qt::AlignRight ? width() - labelWidth - m_rightMargin : m_leftMargin;
