@@ -60,7 +60,8 @@ private:
 
     static QString source(const QString &path, qsizetype count)
     {
-        return tr("%1  (%n glyph(s))", nullptr, static_cast<int>(count)).arg(printable(path));
+        return (count == 1 ? tr("%1  (%2 glyph)") : tr("%1  (%2 glyphs)"))
+            .arg(printable(path), QString::number(count));
     }
 
     QString titleOf(const VXGlyphInfo &info) const

@@ -1,0 +1,103 @@
+#include "editing/CompareField.h"
+
+#include "editing/SignalColors.h"
+
+#include <QTextBlock>
+#include <algorithm>
+#include <cmath>
+
+namespace runebook {
+
+namespace {
+
+/// A text view lays out one long line slowly; nobody reads more than this in a field.
+constexpr qsizetype kMaxShown = 8'000;
+/// What is shown before the first mark of a text that is cut.
+constexpr qsizetype kLeadIn = 200;
+constexpr int kMaxLines = 6;
+
+} // namespace
+
+CompareField::CompareField(QWidget *parent) : QPlainTextEdit(parent)
+{
+    setReadOnly(true);
+    setTabChangesFocus(true);
+    setUndoRedoEnabled(false);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    document()->setDocumentMargin(2);
+    setMinimumWidth(120);
+}
+
+void CompareField::setValue(const QString &text, const std::vector<TextPart> &marks)
+{
+    const qsizetype firstMark = marks.empty() ? 0 : marks.front().begin;
+    const bool isCut = text.size() > kMaxShown;
+    const qsizetype begin =
+        isCut ? std::clamp<qsizetype>(firstMark - kLeadIn, 0, text.size() - kMaxShown) : 0;
+    const qsizetype end = isCut ? begin + kMaxShown : text.size();
+    const QString lead = begin > 0 ? QStringLiteral("…") : QString();
+    const QString shown = isCut
+        ? lead + text.mid(begin, end - begin) + (end < text.size() ? QStringLiteral("…") : QString())
+        : text;
+
+    m_marks.clear();
+    for (const TextPart &mark : marks) {
+        const qsizetype from = std::max(mark.begin, begin);
+        const qsizetype to = std::min(mark.begin + mark.length, end);
+        if (from < to)
+            m_marks.push_back({from - begin + lead.size(), to - from});
+    }
+    if (shown != toPlainText()) {
+        setPlainText(shown);
+        Q_EMIT wantedHeightChanged();
+    }
+    paintMarks();
+}
+
+void CompareField::paintMarks()
+{
+    QList<QTextEdit::ExtraSelection> selections;
+    for (const TextPart &mark : m_marks) {
+        QTextEdit::ExtraSelection selection;
+        selection.cursor = QTextCursor(document());
+        // Line breaks of two characters are one here.
+        const qsizetype last = document()->characterCount() - 1;
+        selection.cursor.setPosition(static_cast<int>(std::min(mark.begin, last)));
+        selection.cursor.setPosition(static_cast<int>(std::min(mark.begin + mark.length, last)),
+                                     QTextCursor::KeepAnchor);
+        selection.format.setBackground(SignalColors::removed(palette()));
+        // Not by colour alone.
+        selection.format.setFontUnderline(true);
+        selections << selection;
+    }
+    setExtraSelections(selections);
+}
+
+int CompareField::wantedHeight() const
+{
+    const int lines = static_cast<int>(std::ceil(document()->size().height()));
+    const double margins = 2 * document()->documentMargin() + 2 * frameWidth();
+    return static_cast<int>(
+        std::ceil(std::clamp(lines, 1, kMaxLines) * QFontMetricsF(font()).lineSpacing() + margins));
+}
+
+void CompareField::resizeEvent(QResizeEvent *event)
+{
+    QPlainTextEdit::resizeEvent(event);
+    if (event->oldSize().width() != event->size().width())
+        Q_EMIT wantedHeightChanged();
+}
+
+void CompareField::changeEvent(QEvent *event)
+{
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        paintMarks();
+    else if (event->type() == QEvent::FontChange)
+        Q_EMIT wantedHeightChanged();
+}
+
+} // namespace runebook

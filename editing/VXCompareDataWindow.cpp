@@ -1,0 +1,332 @@
+#include "editing/VXCompareDataWindow.h"
+
+#include "platform/DocumentController.h"
+#include "platform/UserDefaults.h"
+#include "ui_VXCompareDataWindow.h"
+
+#include <QApplication>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString kFilterKey = u"FilterKey"_s;
+const QString kFilterMode = u"FilterMode"_s;
+
+/// So long a comparison may keep the window waiting before it goes on in the background...
+constexpr auto kFirstBudget = 60ms;
+/// ...a bit at a time, so that the window stays alive.
+constexpr auto kBudget = 10ms;
+
+} // namespace
+
+VXCompareDataWindow::VXCompareDataWindow(QWidget *parent)
+    : QMainWindow(parent), m_ui(std::make_unique<Ui::VXCompareDataWindow>()), m_sheet(new CompareSheet)
+{
+    m_counts.fill(-1);
+    m_ui->setupUi(this);
+    m_ui->detailArea->setWidget(m_sheet);
+    setUpLists();
+    setUpActions();
+    addObservers();
+    showDefaults();
+    showCounts();
+    showState();
+}
+
+VXCompareDataWindow::~VXCompareDataWindow() = default;
+
+void VXCompareDataWindow::addObservers()
+{
+    connect(&m_leftDocList, &DocumentChoice::selectionIndexChanged, this,
+            &VXCompareDataWindow::documentsChosen);
+    connect(&m_rightDocList, &DocumentChoice::selectionIndexChanged, this,
+            &VXCompareDataWindow::documentsChosen);
+    connect(&m_filteredKeys, &KeyList::selectionChanged, this, &VXCompareDataWindow::updateContent);
+    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
+        if (key != kFilterKey && key != kFilterMode)
+            return;
+        showDefaults();
+        updateFilters();
+    });
+    m_workTimer.setSingleShot(true);
+    connect(&m_workTimer, &QTimer::timeout, this, [this] { continueComparison(kBudget); });
+    m_contentTimer.setSingleShot(true);
+    connect(&m_contentTimer, &QTimer::timeout, this, &VXCompareDataWindow::updateContent);
+    m_hasObservers = true;
+}
+
+// Outlets
+
+QObject *VXCompareDataWindow::documentsController() const
+{
+    return &DocumentController::shared();
+}
+
+KeyList *VXCompareDataWindow::filteredKeys()
+{
+    if (m_comparison && !m_isListed) {
+        m_comparison->finish(m_comparedMode);
+        continueComparison(0ms);
+    }
+    return &m_filteredKeys;
+}
+
+QWidget *VXCompareDataWindow::outlet(const QString &name) const
+{
+    return m_sheet->findChild<QWidget *>(name);
+}
+
+VXDocument *VXCompareDataWindow::document(CompareSheet::Side side) const
+{
+    return side == CompareSheet::Left ? m_leftDocList.document() : m_rightDocList.document();
+}
+
+CompareMode VXCompareDataWindow::mode() const
+{
+    return compareModeFromNumber(UserDefaults::standard().integerForKey(kFilterMode));
+}
+
+QString VXCompareDataWindow::filterKey() const
+{
+    return propertyOfKey(compareKeyFromNumber(UserDefaults::standard().integerForKey(kFilterKey)));
+}
+
+// Comparing
+
+void VXCompareDataWindow::showWindow()
+{
+    QList<VXDocument *> documents;
+    for (Document *document : DocumentController::shared().documentList()) {
+        if (auto *ours = qobject_cast<VXDocument *>(document)) {
+            ours->commitEditing();
+            documents << ours;
+        }
+    }
+    m_isChoosing = true;
+    m_leftDocList.setContent(documents);
+    m_rightDocList.setContent(documents);
+    // No check against the end of the list: past it the choice stays.
+    if (documents.size() >= 2 && m_leftDocList.selectionIndex() == m_rightDocList.selectionIndex())
+        m_rightDocList.setSelectionIndex(m_rightDocList.selectionIndex() + 1);
+    m_isChoosing = false;
+    documentsChosen();
+    if (isMinimized())
+        showNormal();
+    show();
+    raise();
+    activateWindow();
+}
+
+void VXCompareDataWindow::documentsChosen()
+{
+    if (m_isChoosing)
+        return;
+    m_ui->leftDocuments->setCurrentIndex(m_leftDocList.selectionIndex());
+    m_ui->rightDocuments->setCurrentIndex(m_rightDocList.selectionIndex());
+    watchDocuments();
+    updateFilters();
+}
+
+void VXCompareDataWindow::watchDocuments()
+{
+    for (const QMetaObject::Connection &watch : std::as_const(m_watches))
+        disconnect(watch);
+    m_watches.clear();
+    for (const CompareSheet::Side side : {CompareSheet::Left, CompareSheet::Right}) {
+        VXDocument *chosen = document(side);
+        if (!chosen)
+            continue;
+        const auto changed = &VXCompareDataWindow::documentHasChanged;
+        m_watches << connect(chosen, &VXDocument::infosInserted, this, changed)
+                  << connect(chosen, &VXDocument::infosRemoved, this, changed)
+                  << connect(chosen, &VXDocument::infosReset, this, changed)
+                  << connect(chosen, &VXDocument::infosChanged, this, changed)
+                  << connect(chosen, &QObject::destroyed, this, [this] {
+                         m_comparison.reset();
+                         updateFilters();
+                     });
+    }
+}
+
+void VXCompareDataWindow::documentHasChanged()
+{
+    if (m_comparison) {
+        updateFilters();
+        return;
+    }
+    // The list stays as it is while the user works through it; the records shown are those of now.
+    m_isStale = true;
+    m_contentTimer.start(0);
+}
+
+void VXCompareDataWindow::updateFilters()
+{
+    m_workTimer.stop();
+    m_comparison.reset();
+    m_counts.fill(-1);
+    m_isListed = m_isCancelled = m_isStale = false;
+    VXDocument *left = document(CompareSheet::Left);
+    VXDocument *right = document(CompareSheet::Right);
+    if (!left || !right || left == right) {
+        showKeys({});
+        showCounts();
+        return;
+    }
+    m_comparedMode = mode();
+    const CompareKey key = compareKeyFromNumber(UserDefaults::standard().integerForKey(kFilterKey));
+    m_comparison = std::make_unique<KeyComparison>(left->infos(), right->infos(), key, m_comparedMode);
+    continueComparison(kFirstBudget);
+}
+
+void VXCompareDataWindow::continueComparison(std::chrono::milliseconds budget)
+{
+    if (!m_comparison)
+        return;
+    const bool isDone = m_comparison->runFor(budget);
+    for (const CompareMode each : {CompareMode::OnlyRight, CompareMode::OnlyLeft, CompareMode::Different}) {
+        if (m_comparison->isDone(each))
+            m_counts[static_cast<std::size_t>(each)] = m_comparison->keys(each).size();
+    }
+    showCounts();
+    const QStringList keys =
+        m_comparison->isDone(m_comparedMode) ? m_comparison->keys(m_comparedMode) : QStringList();
+    const bool isNew = !m_isListed && m_comparison->isDone(m_comparedMode);
+    m_isListed |= isNew;
+    if (isDone)
+        m_comparison.reset();
+    else
+        m_workTimer.start(0);
+    if (isNew)
+        showKeys(keys);
+    else
+        showState();
+}
+
+void VXCompareDataWindow::cancelComparison()
+{
+    if (!m_comparison)
+        return;
+    m_workTimer.stop();
+    m_comparison.reset();
+    m_isCancelled = !m_isListed;
+    if (m_isCancelled)
+        showKeys({});
+    showState();
+}
+
+void VXCompareDataWindow::showKeys(const QStringList &keys)
+{
+    // Tells of its selection, whatever it is; the panes follow.
+    m_filteredKeys.setContent(keys);
+}
+
+qsizetype VXCompareDataWindow::countOfKeysInMode(int mode) const
+{
+    return mode >= 0 && mode < kCompareModeCount ? m_counts[static_cast<std::size_t>(mode)] : -1;
+}
+
+void VXCompareDataWindow::updateContent()
+{
+    m_contentTimer.stop();
+    const QVariantList keys = [this] {
+        QVariantList values;
+        const QStringList selected = m_filteredKeys.selectedObjects();
+        values.reserve(selected.size());
+        for (const QString &key : selected)
+            values << key;
+        return values;
+    }();
+    const QString key = filterKey();
+    const auto recordsOf = [&](CompareSheet::Side side) {
+        const VXDocument *chosen = document(side);
+        return chosen && !keys.isEmpty() ? chosen->infoForKeyValues(key, keys).value_or(InfoList())
+                                         : InfoList();
+    };
+    m_leftInfoList.setContent(recordsOf(CompareSheet::Left));
+    m_rightInfoList.setContent(recordsOf(CompareSheet::Right));
+    m_sheet->setRecords(m_leftInfoList.infos(), m_rightInfoList.infos());
+    markDifferentValuesOthers(m_leftInfoList.infos(), m_rightInfoList.infos());
+    showState();
+}
+
+QColor VXCompareDataWindow::colorForValuesOthersKey(const InfoList &values, const InfoList &others,
+                                                    const QString &key) const
+{
+    const std::optional<GlyphField> field = fieldForKey(key);
+    const bool differ = field && valuesDiffer(values, others, *field);
+    return differ ? m_sheet->differentColor() : m_sheet->normalColor();
+}
+
+void VXCompareDataWindow::markDifferentValuesOthers(const InfoList &values, const InfoList &others)
+{
+    for (const ComparedField &field : comparedFields()) {
+        if (field.field == GlyphField::Unicodes)
+            continue;
+        const bool differ = valuesDiffer(values, others, field.field);
+        m_sheet->setCaptionColor(field.field, differ ? m_sheet->differentColor() : m_sheet->normalColor(),
+                                 differ);
+    }
+}
+
+// Copying
+
+void VXCompareDataWindow::copyLeft()
+{
+    const InfoList &infos = m_rightInfoList.infos();
+    if (!infos.empty())
+        copyRecords({infos.front()}, document(CompareSheet::Left));
+}
+
+void VXCompareDataWindow::copyRight()
+{
+    const InfoList &infos = m_leftInfoList.infos();
+    if (!infos.empty())
+        copyRecords({infos.front()}, document(CompareSheet::Right));
+}
+
+void VXCompareDataWindow::copyAllLeft()
+{
+    copyRecords(m_rightInfoList.infos(), document(CompareSheet::Left));
+}
+
+void VXCompareDataWindow::copyAllRight()
+{
+    copyRecords(m_leftInfoList.infos(), document(CompareSheet::Right));
+}
+
+void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)
+{
+    if (infos.empty() || !target)
+        return;
+    InfoList copies;
+    copies.reserve(infos.size());
+    for (const InfoPtr &info : infos)
+        copies.push_back(info->copy());
+    const UndoGroup group(target->undoManager(),
+                          copies.size() == 1 ? tr("Copy “%1”").arg(copies.front()->name())
+                                             : tr("Copy %1 Records").arg(copies.size()));
+    if (copies.size() == 1)
+        target->addInfo(copies.front());
+    else
+        target->addInfos(copies);
+}
+
+// Moving
+
+void VXCompareDataWindow::moveSelection(int step)
+{
+    const IndexSet rows = filteredKeys()->selectionIndexes();
+    const qsizetype count = m_filteredKeys.rowCount();
+    qsizetype row = step > 0 ? 0 : count - 1;
+    if (!rows.empty())
+        row = step > 0 ? rows.back() + 1 : rows.front() - 1;
+    if (row < 0 || row >= count) {
+        QApplication::beep();
+        return;
+    }
+    m_filteredKeys.setSelectionIndexes({row});
+    m_ui->keyView->scrollTo(m_filteredKeys.index(static_cast<int>(row)));
+}
