@@ -93,8 +93,11 @@ SearchResult SearchFilter::result(const QString &text) const
     SearchResult result {plainPredicate(searched, &error), {}};
     if (!error.domain.isEmpty()) {
         error.description = tr("The search text is not understood.");
-        if (error.code == Predicate::SyntaxError)
-            error.recoverySuggestion = tr("Here \\\" stands for a quotation mark and \\\\ for a backslash.");
+        if (error.code == Predicate::SyntaxError) {
+            // The parser counts the characters of the whole test, which the user does not see.
+            error.failureReason = tr("In this mode a quotation mark or backslash cannot stand alone.");
+            error.recoverySuggestion = tr("Type \\\" for a quotation mark and \\\\ for a backslash.");
+        }
         result.problem = error;
     }
     return result;
