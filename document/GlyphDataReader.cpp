@@ -1,22 +1,20 @@
 #include "document/GlyphDataReader.h"
 
 #include "document/GlyphDataWriter.h"
-#include "model/GlyphLineReader.h"
+#include "document/GlyphLines.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QUtf8StringView>
-#include <cstring>
 #include <new>
+#include <utility>
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr std::string_view kEndOfList = "</glyphData>";
 
 QString tr(const char *text)
 {
@@ -26,6 +24,15 @@ QString tr(const char *text)
 Error readError(const QString &path, const QString &reason, const QString &suggestion = {})
 {
     return {u"ReadError"_s, 1, tr("“%1” could not be read.").arg(path), reason, suggestion};
+}
+
+/// Whether a file without records holds something that saving an empty list would replace.
+bool isForeignWithoutRecords(std::string_view text)
+{
+    const auto isEmptyList = [text](quint8 version) {
+        return text == GlyphDataWriter::header(version).append(GlyphDataWriter::footer());
+    };
+    return text.find_first_not_of(" \t\r\n") != text.npos && !isEmptyList(1) && !isEmptyList(2);
 }
 
 /// 0 when the header does not tell.
@@ -42,6 +49,14 @@ quint8 versionOfHeader(std::string_view header)
     if (hasMarks == hasAccents)
         return 0;
     return hasMarks ? 2 : 1;
+}
+
+/// Records tell of attributes that they do not know, each once in a run.
+void reportUnknown(ReadNotes &notes)
+{
+    VXGlyphInfo info;
+    for (const auto &[key, value] : std::exchange(notes.unknownAttributes, {}))
+        info.setValueForUndefinedKey(value, key);
 }
 
 } // namespace
@@ -97,51 +112,26 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
 {
     m_notes = {};
     m_fileVersion = 2;
-    const SourcePtr source(new SourceBytes(utf8));
-    const char *data = source->data();
-    const qsizetype size = source->size();
-    const std::string_view text(data, static_cast<std::size_t>(size));
+    const std::string_view text(utf8.constData(), static_cast<std::size_t>(utf8.size()));
     m_notes.hasByteOrderMark = text.starts_with("\xEF\xBB\xBF");
 
-    InfoList infos;
     const std::size_t body = text.find("<glyph ");
-    if (body == text.npos)
-        return infos;
+    if (body == text.npos) {
+        m_notes.hasForeignHeader = isForeignWithoutRecords(text);
+        return {};
+    }
     const std::string_view header = text.substr(0, body);
     const quint8 headerVersion = versionOfHeader(header);
 
-    GlyphLineReader reader(source, &m_notes);
-    bool inComment = false;
-    for (auto begin = static_cast<qsizetype>(body); begin < size;) {
-        const void *feed = std::memchr(data + begin, '\n', static_cast<std::size_t>(size - begin));
-        const qsizetype end = feed ? static_cast<const char *>(feed) - data : size;
-        const std::string_view line(data + begin, static_cast<std::size_t>(end - begin));
-        const qsizetype next = end + 1;
-        if (inComment) {
-            inComment = line.find("-->") == line.npos;
-            begin = next;
-            continue;
-        }
-        // Only a line with a comment can be another than the usual one.
-        inComment = reader.hasComment(begin, end) && line.find("-->") == line.npos;
-        m_notes.hasCarriageReturns |= line.ends_with('\r');
-        if (InfoPtr info = reader.readPiece(begin, end)) {
-            if (infos.empty())
-                infos.reserve(static_cast<std::size_t>((size - begin) / (next - begin)) + 16);
-            infos.push_back(std::move(info));
-        } else if (const std::string_view foreign = reader.lastPiece();
-                   !foreign.empty() && foreign != kEndOfList) {
-            m_notes.add(ReadNotes::ForeignLine, static_cast<qsizetype>(infos.size()),
-                        QString::fromUtf8(foreign.data(), qMin<qsizetype>(std::ssize(foreign), 400)));
-        }
-        begin = next;
-    }
-    m_fileVersion = headerVersion ? headerVersion : reader.versionHint() ? reader.versionHint() : 2;
+    GlyphLines lines = readGlyphLines(utf8, static_cast<qsizetype>(body));
+    reportUnknown(lines.notes);
+    m_notes.append(lines.notes, 0);
+    m_fileVersion = headerVersion ? headerVersion : lines.versionHint ? lines.versionHint : 2;
     std::string_view plainHeader = header;
     while (!plainHeader.empty() && plainHeader.back() == '\t')
         plainHeader.remove_suffix(1);
     m_notes.hasForeignHeader = plainHeader != GlyphDataWriter::header(m_fileVersion);
-    return infos;
+    return std::move(lines.infos);
 }
 
 } // namespace runebook

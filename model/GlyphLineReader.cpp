@@ -421,11 +421,22 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
         // Fields that take no text come here too: in a file they are as good as unknown.
         m_lineVersions = 0;
         note(ReadNotes::UnknownAttribute, key);
-        info.setValueForUndefinedKey(toText(value), toText(key));
+        reportUnknown(info, attribute);
         return After::LookForEnd;
     }
     }
     return After::LookForEnd;
+}
+
+void GlyphLineReader::reportUnknown(VXGlyphInfo &info, const Attribute &attribute)
+{
+    const QString key = toText(attribute.key);
+    if (!m_notes) {
+        info.setValueForUndefinedKey(toText(attribute.value), key);
+    } else if (!m_unknownKeys.contains(key)) {
+        m_unknownKeys.insert(key);
+        m_notes->unknownAttributes.emplace_back(key, toText(attribute.value));
+    }
 }
 
 void GlyphLineReader::addCodePoint(VXGlyphInfo &info, std::string_view value)

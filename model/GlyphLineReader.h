@@ -3,6 +3,7 @@
 #include "model/ReadNotes.h"
 #include "model/VXGlyphInfo.h"
 
+#include <QSet>
 #include <string_view>
 
 namespace runebook {
@@ -12,7 +13,8 @@ namespace runebook {
 class GlyphLineReader
 {
 public:
-    /// \a source must be valid UTF-8. \a notes, if given, gathers what the records cannot keep.
+    /// \a source must be valid UTF-8. \a notes, if given, gathers what the records cannot keep, and
+    /// keeps the report of unknown attributes for later; readers of one block may then work in threads.
     explicit GlyphLineReader(SourcePtr source, ReadNotes *notes = nullptr);
 
     /// The record of the piece [begin, end) between two line feeds of the block, white space and line ends
@@ -42,6 +44,7 @@ private:
     InfoPtr readWithoutComments(std::string_view line);
     void scan(VXGlyphInfo &info, std::string_view line, bool isWholeLine);
     After apply(VXGlyphInfo &info, const Attribute &attribute);
+    void reportUnknown(VXGlyphInfo &info, const Attribute &attribute);
     void addCodePoint(VXGlyphInfo &info, std::string_view value);
     void setPiece(VXGlyphInfo &info, GlyphField field, std::string_view value);
     void noteOrder(int rank);
@@ -49,6 +52,7 @@ private:
 
     SourcePtr m_source;
     ReadNotes *m_notes;
+    QSet<QString> m_unknownKeys;
     std::string_view m_lastPiece;
     // The stretch of the block that was searched for comments last, and the first one in it or -1.
     qsizetype m_searchedBegin = 0;

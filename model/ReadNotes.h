@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <utility>
 #include <vector>
 
 namespace runebook {
@@ -25,11 +26,15 @@ struct ReadNotes {
 
     /// Adds a note; the texts of the first thousand are kept, all are counted.
     void add(Kind kind, qsizetype record, const QString &text = {});
+    /// Adds the notes of what was read behind this, where \a records records had been read before.
+    void append(const ReadNotes &following, qsizetype records);
     bool isEmpty() const;
     qsizetype count(Kind kind) const { return counts[kind]; }
 
     std::vector<Note> notes;
     qsizetype counts[KindCount] = {};
+    /// Keys and values of unknown attributes, the first of each key at least: for a report when all was read.
+    std::vector<std::pair<QString, QString>> unknownAttributes;
     bool hasByteOrderMark = false;
     bool hasCarriageReturns = false;
     bool hasForeignHeader = false; ///< a header that a save replaces by the program's own

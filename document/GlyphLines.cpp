@@ -1,0 +1,135 @@
+#include "document/GlyphLines.h"
+
+#include "model/GlyphLineReader.h"
+
+#include <QThread>
+#include <algorithm>
+#include <cstring>
+#include <future>
+#include <iterator>
+#include <memory>
+
+namespace runebook {
+
+namespace {
+
+constexpr std::string_view kEndOfList = "</glyphData>";
+
+/// The lines of one stretch of a file, and what is in them. Several stretches can be read at the same time.
+class Stretch
+{
+public:
+    Stretch(const QByteArray &utf8, qsizetype begin, qsizetype end)
+        : m_source(new SourceBytes(utf8)), m_reader(m_source, &notes), m_begin(begin), m_end(end)
+    {
+    }
+    Stretch(const Stretch &) = delete;
+    Stretch &operator=(const Stretch &) = delete;
+
+    void read();
+    quint8 versionHint() const { return m_reader.versionHint(); }
+
+    InfoList infos;
+    ReadNotes notes;
+    bool endsInComment = false;
+
+private:
+    void readLine(qsizetype begin, qsizetype end);
+
+    // Each has a holder of its own: threads that count the users of one would wait for each other.
+    SourcePtr m_source;
+    GlyphLineReader m_reader;
+    qsizetype m_begin;
+    qsizetype m_end;
+};
+
+void Stretch::read()
+{
+    const char *data = m_source->data();
+    for (qsizetype begin = m_begin; begin < m_end;) {
+        const void *feed = std::memchr(data + begin, '\n', static_cast<std::size_t>(m_end - begin));
+        const qsizetype end = feed ? static_cast<const char *>(feed) - data : m_end;
+        const std::string_view line(data + begin, static_cast<std::size_t>(end - begin));
+        if (endsInComment) {
+            endsInComment = line.find("-->") == line.npos;
+        } else {
+            // Only a line with a comment can be another than the usual one.
+            endsInComment = m_reader.hasComment(begin, end) && line.find("-->") == line.npos;
+            notes.hasCarriageReturns |= line.ends_with('\r');
+            readLine(begin, end);
+        }
+        begin = end + 1;
+    }
+}
+
+void Stretch::readLine(qsizetype begin, qsizetype end)
+{
+    if (InfoPtr info = m_reader.readPiece(begin, end)) {
+        if (infos.empty())
+            infos.reserve(static_cast<std::size_t>((m_end - begin) / (end + 1 - begin)) + 16);
+        infos.push_back(std::move(info));
+    } else if (const std::string_view foreign = m_reader.lastPiece();
+               !foreign.empty() && foreign != kEndOfList) {
+        notes.add(ReadNotes::ForeignLine, static_cast<qsizetype>(infos.size()),
+                  QString::fromUtf8(foreign.data(), qMin<qsizetype>(std::ssize(foreign), 400)));
+    }
+}
+
+using Stretches = std::vector<std::unique_ptr<Stretch>>;
+
+/// Reads the lines from \a begin on in so many stretches, all at the same time.
+Stretches readInStretches(const QByteArray &utf8, qsizetype begin, qsizetype count)
+{
+    Stretches stretches;
+    const qsizetype usualSize = (utf8.size() - begin) / count + 1;
+    do {
+        const qsizetype feed = utf8.indexOf('\n', begin + usualSize);
+        const qsizetype end = feed < 0 ? utf8.size() : feed + 1;
+        stretches.push_back(std::make_unique<Stretch>(utf8, begin, end));
+        begin = end;
+    } while (begin < utf8.size());
+    // Without a free thread a stretch is read when it is waited for.
+    std::vector<std::future<void>> others;
+    for (std::size_t i = 1; i < stretches.size(); ++i)
+        others.push_back(std::async([stretch = stretches[i].get()] { stretch->read(); }));
+    stretches.front()->read();
+    for (std::future<void> &other : others)
+        other.get();
+    return stretches;
+}
+
+GlyphLines joined(const Stretches &stretches)
+{
+    GlyphLines lines;
+    std::size_t count = 0;
+    for (const auto &stretch : stretches)
+        count += stretch->infos.size();
+    lines.infos.reserve(count);
+    for (const auto &stretch : stretches) {
+        lines.notes.append(stretch->notes, static_cast<qsizetype>(lines.infos.size()));
+        std::move(stretch->infos.begin(), stretch->infos.end(), std::back_inserter(lines.infos));
+        if (stretch->versionHint())
+            lines.versionHint = stretch->versionHint();
+    }
+    return lines;
+}
+
+} // namespace
+
+GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin)
+{
+    constexpr qsizetype kSmallest = 2 << 20; // less is read before another thread has started
+    const qsizetype threads = qBound(1, QThread::idealThreadCount(), 8);
+    return readGlyphLines(utf8, begin, qMin((utf8.size() - begin) / kSmallest, threads));
+}
+
+GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin, qsizetype stretches)
+{
+    const Stretches read = readInStretches(utf8, begin, qMax(stretches, qsizetype(1)));
+    // Where a comment goes on into the next stretch, that one was read wrongly.
+    const bool isCut = std::any_of(read.begin(), std::prev(read.end()),
+                                   [](const auto &stretch) { return stretch->endsInComment; });
+    return isCut ? joined(readInStretches(utf8, begin, 1)) : joined(read);
+}
+
+} // namespace runebook

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "model/ReadNotes.h"
+#include "model/VXGlyphInfo.h"
+
+#include <QByteArray>
+
+namespace runebook {
+
+/// What the lines of a glyph data file hold.
+struct GlyphLines {
+    InfoList infos;
+    ReadNotes notes;
+    quint8 versionHint = 0; ///< as GlyphLineReader tells it
+};
+
+/// Reads the lines of \a utf8 from \a begin on; a large file is read by several threads at the same time.
+/// Comments may span lines. The records keep the bytes.
+GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin);
+/// The same in about so many stretches, each read by a thread; the result never depends on their number.
+GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin, qsizetype stretches);
+
+} // namespace runebook
