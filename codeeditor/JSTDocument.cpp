@@ -27,6 +27,9 @@ JSTDocument::JSTDocument(QObject *parent) : JSTDocument(std::make_shared<TDToken
 JSTDocument::JSTDocument(std::shared_ptr<TDTokenizer> tokenizer, QObject *parent)
     : QObject(parent), m_tokenizer(std::move(tokenizer))
 {
+    m_wholePass.setSingleShot(true);
+    m_wholePass.setInterval(pauseMs);
+    connect(&m_wholePass, &QTimer::timeout, this, [this] { colourText(false, {}, true); });
 }
 
 JSTDocument::~JSTDocument() = default;

@@ -10,5 +10,5 @@ void TDReader::setString(const QString &string)
 
 void TDReader::setOffset(qsizetype offset)
 {
-    m_offset = std::clamp<qsizetype>(offset, 0, m_string.size());
+    m_offset = std::max<qsizetype>(offset, 0);
 }

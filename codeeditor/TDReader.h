@@ -12,7 +12,7 @@ public:
     const QString &string() const { return m_string; }
     void setString(const QString &string);
 
-    /// The index of the next character, 0 to the length of the text.
+    /// The index of the next character, not negative; from the length of the text on there is none.
     qsizetype offset() const { return m_offset; }
     void setOffset(qsizetype offset);
 

@@ -1,4 +1,5 @@
-// The code editor in a window of its own, to look at: codeeditor_demo [--dark] [--zoom N] [--grab FILE.png] [SOURCE.py]
+// The code editor in a window of its own, to look at: codeeditor_demo [--dark] [--zoom N] [--grab FILE.png]
+// [SOURCE.py]
 #include "codeeditor/JSTDocument.h"
 #include "codeeditor/JSTTextView.h"
 #include "codeeditor/KeywordTable.h"
@@ -85,8 +86,8 @@ int main(int argc, char *argv[])
     bold.setBold(true);
     QFont italic = regular;
     italic.setItalic(true);
-    runebook::setUpPythonTokenizer(document.tokenizer(),
-                                   runebook::defaultKeywordAttributes({regular, bold, italic}, view.palette()));
+    runebook::setUpPythonTokenizer(
+        document.tokenizer(), runebook::defaultKeywordAttributes({regular, bold, italic}, view.palette()));
     document.setAutocompleteKeywords(
         runebook::completionWords(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/MacroKeywords.plist")));
     view.setHeadIndent(QFontMetricsF(regular).horizontalAdvance(u"00"_s));
