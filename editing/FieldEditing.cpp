@@ -41,7 +41,8 @@ Error objection(const VXDocument &document, const InfoList &infos, GlyphField fi
             return refusal(tr("The case is one of upper, lower, smallCaps, minor, or empty."));
         return {};
     case GlyphField::Direction:
-        if (!text.isEmpty() && VXGlyphInfo::stringFromDirection(VXGlyphInfo::directionFromString(text)) != text)
+        if (!text.isEmpty()
+            && VXGlyphInfo::stringFromDirection(VXGlyphInfo::directionFromString(text)) != text)
             return refusal(tr("The direction is one of LTR, RTL, BIDI, VTL, VTR, or empty."));
         return {};
     default:
@@ -53,7 +54,7 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
 {
     switch (field) {
     case GlyphField::Unicodes:
-        info.setUnicodes(normalizedCodePointTokens(text.split(QRegularExpression(u"[,\\s]+"_s))));
+        info.setUnicodes(normalizedCodePointTokens(codePointTokensInText(text)));
         break;
     case GlyphField::AltNames:
         info.setAltNames(text.isEmpty() ? QStringList() : text.split(kListSeparator));
@@ -98,9 +99,8 @@ bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField fi
 {
     if (infos.empty())
         return true;
-    const bool isSame = std::all_of(infos.begin(), infos.end(), [&](const InfoPtr &info) {
-        return info->displayText(field) == text;
-    });
+    const bool isSame = std::all_of(infos.begin(), infos.end(),
+                                    [&](const InfoPtr &info) { return info->displayText(field) == text; });
     if (isSame)
         return true;
     if (const Error reason = objection(document, infos, field, text); !reason.domain.isEmpty())
@@ -120,9 +120,9 @@ CommonValue commonValue(const InfoList &infos, GlyphField field)
     const VXGlyphInfo &first = *infos.front();
     const bool isNumber = field == GlyphField::Case || field == GlyphField::Direction;
     for (const InfoPtr &info : infos) {
-        const bool isEqual = isNumber
-            ? info->caseValue() == first.caseValue() || field != GlyphField::Case
-            : FieldValue::equal(info->stored(field), info->sourceData(), first.stored(field), first.sourceData());
+        const bool isEqual = isNumber ? info->caseValue() == first.caseValue() || field != GlyphField::Case
+                                      : FieldValue::equal(info->stored(field), info->sourceData(),
+                                                          first.stored(field), first.sourceData());
         const bool sameDirection = field != GlyphField::Direction || info->direction() == first.direction();
         // An absent and an empty value look alike.
         if ((!isEqual || !sameDirection) && info->displayText(field) != first.displayText(field))

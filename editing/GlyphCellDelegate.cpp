@@ -42,9 +42,8 @@ QStringList vocabularyOf(GlyphField field)
 
 } // namespace
 
-GlyphCellDelegate::GlyphCellDelegate(VXDocument &document, QObject *parent) :
-    QStyledItemDelegate(parent),
-    m_document(document)
+GlyphCellDelegate::GlyphCellDelegate(VXDocument &document, QObject *parent)
+    : QStyledItemDelegate(parent), m_document(document)
 {
 }
 
@@ -54,7 +53,8 @@ void GlyphCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
     // The usual delegate lays every text out anew through the style: ten times the time of this, which a
     // scroll over a thousand cells shows.
     const bool isSelected = option.state & QStyle::State_Selected;
-    const QPalette::ColorGroup group = option.state & QStyle::State_Active ? QPalette::Active : QPalette::Inactive;
+    const QPalette::ColorGroup group =
+        option.state & QStyle::State_Active ? QPalette::Active : QPalette::Inactive;
     if (isSelected)
         painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
     else if (option.features & QStyleOptionViewItem::Alternate)
@@ -70,12 +70,14 @@ void GlyphCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         const QString shown = mayBeTooLong ? metrics.elidedText(text, Qt::ElideRight, rect.width()) : text;
         painter->setPen(option.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Text));
         painter->setFont(option.font);
-        painter->drawText(rect, Qt::TextSingleLine | Qt::AlignVCenter | (isCentered ? Qt::AlignHCenter : Qt::AlignLeft),
-                          shown);
+        painter->drawText(
+            rect, Qt::TextSingleLine | Qt::AlignVCenter | (isCentered ? Qt::AlignHCenter : Qt::AlignLeft),
+            shown);
     }
     if (option.state & QStyle::State_HasFocus) {
-        painter->setPen(QPen(option.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Highlight),
-                             1, Qt::DotLine));
+        painter->setPen(
+            QPen(option.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Highlight), 1,
+                 Qt::DotLine));
         painter->setBrush(Qt::NoBrush);
         painter->drawRect(option.rect.adjusted(1, 1, -2, -2));
     }
@@ -108,7 +110,8 @@ void GlyphCellDelegate::setEditorData(QWidget *editor, const QModelIndex &index)
     line->setProperty("textAtStart", line->text());
 }
 
-void GlyphCellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const
+void GlyphCellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
+                                     const QModelIndex &index) const
 {
     const auto *line = qobject_cast<QLineEdit *>(editor);
     if (line->text() != line->property("textAtStart").toString())

@@ -34,9 +34,8 @@ double standardFontSize()
 
 } // namespace
 
-GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent) :
-    QTableView(parent),
-    m_controller(controller)
+GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent)
+    : QTableView(parent), m_controller(controller)
 {
     setAccessibleName(tr("Glyph infos"));
     setItemDelegate(new GlyphCellDelegate(controller.document(), this));
@@ -65,7 +64,8 @@ GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent
     connect(&m_storeTimer, &QTimer::timeout, this, &GlyphTableView::storeViewSettings);
     connect(&m_controller, &RSRTVArrayController::arrangedObjectsAboutToChange, this,
             &GlyphTableView::rememberPlace);
-    connect(&m_controller, &RSRTVArrayController::arrangedObjectsChanged, this, &GlyphTableView::restorePlace);
+    connect(&m_controller, &RSRTVArrayController::arrangedObjectsChanged, this,
+            &GlyphTableView::restorePlace);
 }
 
 GlyphTableView::~GlyphTableView()
@@ -86,8 +86,9 @@ void GlyphTableView::setUpHeader()
     header->setSortIndicator(-1, Qt::AscendingOrder);
     header->setMinimumSectionSize(36);
     header->setContextMenuPolicy(Qt::CustomContextMenu);
-    header->setToolTip(tr("Click to sort; a third click goes back to the order of the document. Drag to move, "
-                          "right-click to choose columns."));
+    header->setToolTip(
+        tr("Click to sort; a third click goes back to the order of the document. Drag to move, "
+           "right-click to choose columns."));
     connect(header, &QHeaderView::customContextMenuRequested, this, &GlyphTableView::showHeaderMenu);
     connect(header, &QHeaderView::sectionResized, this, &GlyphTableView::scheduleStore);
     connect(header, &QHeaderView::sectionMoved, this, &GlyphTableView::scheduleStore);
@@ -107,7 +108,8 @@ void GlyphTableView::restoreViewSettings()
     const std::span<const GlyphColumn> columns = glyphColumns();
     QHeaderView *header = horizontalHeader();
     const QByteArray state = UserDefaults::standard().objectForKey(kHeaderState).toByteArray();
-    if (state.isEmpty() || !header->restoreState(state) || header->count() != static_cast<int>(columns.size())) {
+    if (state.isEmpty() || !header->restoreState(state)
+        || header->count() != static_cast<int>(columns.size())) {
         for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
             const GlyphColumn &column = columns[static_cast<std::size_t>(i)];
             header->moveSection(header->visualIndex(i), i);
@@ -146,23 +148,38 @@ void GlyphTableView::resetViewSettings()
     restoreViewSettings();
 }
 
-void GlyphTableView::showHeaderMenu(const QPoint &position)
+void GlyphTableView::resetSortIndicator()
 {
-    QHeaderView *header = horizontalHeader();
-    QMenu menu(this);
+    horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+}
+
+void GlyphTableView::setColumnShown(int column, bool isShown)
+{
+    horizontalHeader()->setSectionHidden(column, !isShown);
+    scheduleStore();
+}
+
+void GlyphTableView::fillColumnMenu(QMenu &menu)
+{
+    const QHeaderView *header = horizontalHeader();
     for (int column = 0; column < header->count(); ++column) {
         QAction *action = menu.addAction(columnTitle(column));
         action->setCheckable(true);
         action->setChecked(!header->isSectionHidden(column));
         // The name stays: a table without any column could not be got back.
         action->setEnabled(glyphColumns()[static_cast<std::size_t>(column)].field != GlyphField::Name);
-        connect(action, &QAction::toggled, this, [this, column](bool isShown) {
-            horizontalHeader()->setSectionHidden(column, !isShown);
-            scheduleStore();
-        });
+        connect(action, &QAction::toggled, this,
+                [this, column](bool isShown) { setColumnShown(column, isShown); });
     }
+}
+
+void GlyphTableView::showHeaderMenu(const QPoint &position)
+{
+    QHeaderView *header = horizontalHeader();
+    QMenu menu(this);
+    fillColumnMenu(menu);
     menu.addSeparator();
-    menu.addAction(tr("Document Order"), this, [header] { header->setSortIndicator(-1, Qt::AscendingOrder); })
+    menu.addAction(tr("Document Order"), this, &GlyphTableView::resetSortIndicator)
         ->setEnabled(m_controller.sortColumn() >= 0);
     menu.addAction(tr("Reset Columns and Zoom"), this, &GlyphTableView::resetViewSettings);
     menu.exec(header->mapToGlobal(position));
@@ -181,7 +198,8 @@ void GlyphTableView::applyFontSize(double pointSize)
 
 void GlyphTableView::zoom(int steps)
 {
-    const double size = steps == 0 ? standardFontSize() : qBound(kSmallest, font().pointSizeF() + steps, kLargest);
+    const double size =
+        steps == 0 ? standardFontSize() : qBound(kSmallest, font().pointSizeF() + steps, kLargest);
     rememberPlace();
     applyFontSize(size);
     restorePlace();
@@ -259,14 +277,12 @@ void GlyphTableView::restorePlace()
 
 void GlyphTableView::startDrag(Qt::DropActions supportedActions)
 {
-    // The picture of all dragged rows would be made first: a picture of a hundred thousand rows takes long.
-    QMimeData *data = model()->mimeData(selectionModel()->selectedRows());
-    if (!data || !m_controller.draggingEnabled()) {
-        delete data;
+    // The base class would make a picture of every dragged row, be there a hundred thousand.
+    QMimeData *dragged = m_controller.mimeDataForRows(m_controller.selectionIndexes());
+    if (!dragged)
         return;
-    }
     auto *drag = new QDrag(this);
-    drag->setMimeData(data);
+    drag->setMimeData(dragged);
     const qsizetype count = m_controller.selectedCount();
     const QString text = count == 1 ? cellDisplayText(m_controller.selectedObjects().front()->name())
                                     : tr("%n glyph infos", nullptr, static_cast<int>(count));

@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <memory>
 
+class QMenu;
 class RSRTVArrayController;
 
 namespace runebook {
@@ -21,6 +22,11 @@ public:
 
     /// Columns, widths, order, sort and zoom as they were before anybody changed them.
     void resetViewSettings();
+    /// Shows the document's order in the header.
+    void resetSortIndicator();
+    void setColumnShown(int column, bool isShown);
+    /// Adds an item for each column, ticked where it is shown.
+    void fillColumnMenu(QMenu &menu);
     /// Steps of one point; 0 goes back to the size at the start.
     void zoom(int steps);
     /// Shows the record of a row and makes it the only selected one.

@@ -19,10 +19,8 @@ constexpr int kShortTimeMs = 8000;
 
 } // namespace
 
-MessageBar::MessageBar(QWidget *parent) :
-    QFrame(parent),
-    m_label(plainLabel({}, this)),
-    m_timer(new QTimer(this))
+MessageBar::MessageBar(QWidget *parent)
+    : QFrame(parent), m_label(plainLabel({}, this)), m_timer(new QTimer(this))
 {
     setFrameShape(StyledPanel);
     setAutoFillBackground(true);

@@ -5,8 +5,7 @@
 
 namespace runebook {
 
-PreviewLabel::PreviewLabel(QWidget *parent) :
-    QWidget(parent)
+PreviewLabel::PreviewLabel(QWidget *parent) : QWidget(parent)
 {
     setAccessibleName(tr("Preview"));
     setMinimumHeight(90);

@@ -33,11 +33,11 @@ QItemSelection selectionOf(const QAbstractItemModel &model, const IndexSet &rows
 
 } // namespace
 
-RSRTVArrayController::RSRTVArrayController(VXDocument &document, QObject *parent) :
-    QAbstractTableModel(parent),
-    m_document(document),
-    m_columns(std::make_unique<SearchColumns>(document)),
-    m_selection(new QItemSelectionModel(this, this))
+RSRTVArrayController::RSRTVArrayController(VXDocument &document, QObject *parent)
+    : QAbstractTableModel(parent),
+      m_document(document),
+      m_columns(std::make_unique<SearchColumns>(document)),
+      m_selection(new QItemSelectionModel(this, this))
 {
     connect(&document, &VXDocument::infosInserted, this, &RSRTVArrayController::applyInsertion);
     connect(&document, &VXDocument::infosRemoved, this, &RSRTVArrayController::applyRemoval);
@@ -247,7 +247,8 @@ bool RSRTVArrayController::setSelectionIndexes(const IndexSet &rows)
     }
     std::sort(present.begin(), present.end());
     if (!present.empty())
-        m_selection->setCurrentIndex(index(static_cast<int>(present.front()), 0), QItemSelectionModel::NoUpdate);
+        m_selection->setCurrentIndex(index(static_cast<int>(present.front()), 0),
+                                     QItemSelectionModel::NoUpdate);
     m_selection->select(selectionOf(*this, present), QItemSelectionModel::ClearAndSelect);
     return present.size() == rows.size();
 }
@@ -314,7 +315,8 @@ void RSRTVArrayController::applyRemoval()
         std::copy_if(m_rows.begin(), m_rows.end(), std::back_inserter(rows),
                      [](const VXGlyphInfo *info) { return info->listings() > 0; });
         replaceRows(std::move(rows));
-        const int next = static_cast<int>(qMin<qsizetype>(current - removedBefore, countOfArrangedObjects() - 1));
+        const int next =
+            static_cast<int>(qMin<qsizetype>(current - removedBefore, countOfArrangedObjects() - 1));
         if (!m_selection->currentIndex().isValid() && next >= 0)
             m_selection->setCurrentIndex(index(next, 0), QItemSelectionModel::NoUpdate);
         return;

@@ -6,9 +6,8 @@
 #include <QAbstractTableModel>
 #include <QItemSelectionModel>
 #include <QPointer>
+#include <QTableView>
 #include <memory>
-
-class QTableView;
 
 namespace runebook {
 class SearchColumns;
@@ -91,6 +90,8 @@ public: // reordering by drag
     QObject *delegate() const { return m_delegate; }
     /// The private type of dragged rows; its data never leave the table.
     static QString dragType();
+    /// The data of a drag of these rows, to be owned by the drag; null when rows cannot be dragged now.
+    QMimeData *mimeDataForRows(const runebook::IndexSet &rows) const;
 
 public: // the item model
     int rowCount(const QModelIndex &parent = {}) const override;

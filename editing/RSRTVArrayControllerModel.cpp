@@ -32,7 +32,8 @@ QVariant RSRTVArrayController::data(const QModelIndex &index, int role) const
     case Qt::TextAlignmentRole:
         return isEditableColumn(index.column()) ? QVariant() : QVariant(Qt::AlignCenter);
     case Qt::AccessibleTextRole:
-        return columnTitle(index.column()) + u": "_s + cellDisplayText(cellText(m_document, info, index.column()));
+        return columnTitle(index.column()) + u": "_s
+            + cellDisplayText(cellText(m_document, info, index.column()));
     default:
         return {};
     }
@@ -158,13 +159,18 @@ IndexSet rowsOfArchive(const QByteArray &bytes, const void *controller)
 
 QMimeData *RSRTVArrayController::mimeData(const QModelIndexList &indexes) const
 {
-    if (!m_draggingEnabled || !showsDocumentOrder())
-        return nullptr;
     IndexSet rows;
     for (const QModelIndex &index : indexes)
         rows.push_back(index.row());
     std::sort(rows.begin(), rows.end());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return mimeDataForRows(rows);
+}
+
+QMimeData *RSRTVArrayController::mimeDataForRows(const IndexSet &rows) const
+{
+    if (!m_draggingEnabled || !showsDocumentOrder() || rows.empty())
+        return nullptr;
     auto *data = new QMimeData;
     data->setData(dragType(), archivedRows(rows, this));
     return data;

@@ -18,7 +18,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kMostDigits = 12;
-constexpr qsizetype kLongestPrefixShown = 40;
+constexpr qsizetype kLongestPrefixShown = 20;
+constexpr int kExampleWidth = 40; // average characters
 
 } // namespace
 
@@ -37,7 +38,6 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    layout->addWidget(m_example);
     layout->addStretch();
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -56,6 +56,8 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
     form->addRow(tr("S&tep:"), numberField(SortNumbering::stepKey(), kLeast, kMost));
     form->addRow(tr("&Digits:"), numberField(SortNumbering::digitsKey(), 1, kMostDigits));
 
+    form->addRow(tr("Example:"), m_example);
+    m_example->setMinimumWidth(fontMetrics().averageCharWidth() * kExampleWidth);
     m_example->setTextFormat(Qt::PlainText);
     m_example->setAccessibleName(tr("Example"));
     m_example->setTextInteractionFlags(Qt::TextSelectableByMouse);

@@ -31,7 +31,8 @@ quint64 headOf(std::string_view key)
     return std::endian::native == std::endian::little ? __builtin_bswap64(head) : head;
 }
 
-std::vector<quint32> placesByNumber(const InfoList &infos, const auto &numberOf, quint64 none, Qt::SortOrder order)
+std::vector<quint32> placesByNumber(const InfoList &infos, const auto &numberOf, quint64 none,
+                                    Qt::SortOrder order)
 {
     std::vector<std::pair<quint64, quint32>> entries;
     std::vector<quint32> last;
@@ -147,17 +148,27 @@ std::vector<quint32> sortedPlaces(const InfoList &infos, GlyphField field, Qt::S
     case GlyphField::Unicodes:
     case GlyphField::Unicode:
     case GlyphField::UnicodeChar:
-        return placesByNumber(infos, [](const VXGlyphInfo &info) {
-            return info.stored(GlyphField::Unicodes).isEmpty() ? kNone : quint64(info.unicodeChar());
-        }, kNone, order);
+        return placesByNumber(
+            infos,
+            [](const VXGlyphInfo &info) {
+                return info.stored(GlyphField::Unicodes).isEmpty() ? kNone : quint64(info.unicodeChar());
+            },
+            kNone, order);
     case GlyphField::Case:
-        return placesByNumber(infos, [](const VXGlyphInfo &info) {
-            return info.caseValue() == VXGlyphInfo::noCase ? kNone : quint64(info.caseValue());
-        }, kNone, order);
+        return placesByNumber(
+            infos,
+            [](const VXGlyphInfo &info) {
+                return info.caseValue() == VXGlyphInfo::noCase ? kNone : quint64(info.caseValue());
+            },
+            kNone, order);
     case GlyphField::Direction:
-        return placesByNumber(infos, [](const VXGlyphInfo &info) {
-            return info.direction() == VXGlyphInfo::DirectionNotSet ? kNone : quint64(info.direction() + 2);
-        }, kNone, order);
+        return placesByNumber(
+            infos,
+            [](const VXGlyphInfo &info) {
+                return info.direction() == VXGlyphInfo::DirectionNotSet ? kNone
+                                                                        : quint64(info.direction() + 2);
+            },
+            kNone, order);
     default:
         return placesByText(infos, field, order);
     }

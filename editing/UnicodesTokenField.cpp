@@ -55,7 +55,8 @@ void UnicodesTokenField::setMultipleValues()
 {
     m_isMixed = true;
     m_tokens.clear();
-    setPlaceholderText(tr("Multiple values"));
+    // Only blanks are as wide as the gap between tokens.
+    setPlaceholderText(tr("Multiple values").replace(u' ', QChar::Nbsp));
     revert();
 }
 

@@ -1,6 +1,5 @@
 #include "editing/VXFindReplaceWindowController.h"
 
-#include "document/VXDocument.h"
 #include "editing/MarkedTextDelegate.h"
 #include "editing/ReplacePreviewModel.h"
 #include "editing/SignalColors.h"
@@ -56,7 +55,12 @@ VXFindReplaceWindowController::VXFindReplaceWindowController(QWidget *parent)
     updatePreview();
 }
 
-VXFindReplaceWindowController::~VXFindReplaceWindowController() = default;
+VXFindReplaceWindowController::~VXFindReplaceWindowController()
+{
+    // A field that loses the focus because its window goes still tells of the end of its editing.
+    for (QLineEdit *field : {m_ui->findField, m_ui->replaceField})
+        field->disconnect(this);
+}
 
 void VXFindReplaceWindowController::setUpFields()
 {
@@ -191,8 +195,11 @@ QString VXFindReplaceWindowController::countText(const ReplaceSummary &summary) 
         return tr("Selected records: %1").arg(number(selected));
     if (summary.records == 0)
         return tr("Nothing to replace. Selected records: %1").arg(number(selected));
-    return tr("Records that change: %1 of %2. Occurrences: %3")
-        .arg(number(summary.records), number(selected), number(summary.occurrences));
+    QString text = tr("Records that change: %1 of %2. Occurrences: %3.")
+                       .arg(number(summary.records), number(selected), number(summary.occurrences));
+    if (summary.records > kShownChanges)
+        text += u' ' + tr("The first %1 changes:").arg(number(kShownChanges));
+    return text;
 }
 
 void VXFindReplaceWindowController::updatePreview()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/VXDocument.h" // declares lists of records to the meta-object system
 #include "editing/FindReplace.h"
 
 #include <QDialog>

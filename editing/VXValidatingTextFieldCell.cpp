@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOptionFrame>
+#include <QtMath>
 
 using namespace runebook;
 
@@ -44,7 +45,7 @@ QRect VXValidatingTextFieldCell::interiorOf(const VXValidatingTextField &field)
 {
     QStyleOptionFrame option;
     field.initFrameOption(&option);
-    return field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field).adjusted(0, 1, 0, -1);
+    return field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field).adjusted(0, 1, -1, -1);
 }
 
 QRect VXValidatingTextFieldCell::errorBadgeRectInView(const VXValidatingTextField &field) const
@@ -53,7 +54,8 @@ QRect VXValidatingTextFieldCell::errorBadgeRectInView(const VXValidatingTextFiel
         return {};
     const QRect interior = interiorOf(field);
     const int button = field.isExtraButtonVisible() ? field.extraButton()->width() : 0;
-    const int wanted = QFontMetrics(badgeFont()).horizontalAdvance(field.errorHint()) + kBadgePadding;
+    const qreal textWidth = QFontMetricsF(badgeFont()).horizontalAdvance(field.errorHint());
+    const int wanted = qCeil(textWidth) + kBadgePadding;
     const int width = std::min(wanted, std::max(0, interior.width() - button));
     return {interior.right() + 1 - button - width, interior.top(), width, interior.height()};
 }
@@ -87,7 +89,7 @@ void VXValidatingTextFieldCell::drawBadge(QPainter &painter, const QRect &badge,
     const QRect room = badge.adjusted(kBadgeLeft, 0, kBadgeLeft - kBadgePadding, -kBadgeBottom);
     painter.setFont(format.font());
     painter.setPen(format.foreground().color());
-    const QString shown = QFontMetrics(format.font()).elidedText(text.text, Qt::ElideRight, room.width());
+    const QString shown = QFontMetricsF(format.font()).elidedText(text.text, Qt::ElideRight, room.width());
     painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
     painter.restore();
 }

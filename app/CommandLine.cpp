@@ -1,0 +1,73 @@
+#include "app/CommandLine.h"
+
+#include "editing/CompareReport.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("CommandLine", text);
+}
+
+CommandLine wrong(const QString &message)
+{
+    CommandLine line;
+    line.mode = CommandLine::Mode::Wrong;
+    line.message = message + u'\n' + tr("Try “runebook --help”.");
+    return line;
+}
+
+} // namespace
+
+bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
+        || qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+CommandLine parseCommandLine(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(tr("An editor for glyph data files."));
+    parser.addPositionalArgument(u"file"_s, tr("Glyph data files (.xml) and tables (.txt) to open."),
+                                 u"[file...]"_s);
+    const QCommandLineOption help(u"help"_s, tr("Show this help."));
+    const QCommandLineOption version(u"version"_s, tr("Show the version."));
+    const QCommandLineOption compare(
+        u"compare"_s, tr("Compare two files and print the differences: 0 equal, 1 different, 2 unreadable."));
+    const QCommandLineOption key(u"key"_s,
+                                 tr("With --compare: what tells glyphs apart, name, unicode or production."),
+                                 u"key"_s, u"name"_s);
+    const QCommandLineOption json(u"json"_s, tr("With --compare: print JSON."));
+    parser.addOptions({help, version, compare, key, json});
+
+    CommandLine line;
+    if (!parser.parse(arguments))
+        return wrong(parser.errorText());
+    line.files = parser.positionalArguments();
+    line.compareKey = parser.value(key);
+    line.asJson = parser.isSet(json);
+    if (parser.isSet(help)) {
+        line.mode = CommandLine::Mode::Help;
+        line.message = parser.helpText();
+    } else if (parser.isSet(version)) {
+        line.mode = CommandLine::Mode::Version;
+        line.message = "Runebook "_L1 + QStringLiteral(RUNEBOOK_VERSION);
+    } else if (parser.isSet(compare)) {
+        line.mode = CommandLine::Mode::Compare;
+        if (line.files.size() != 2)
+            return wrong(tr("--compare takes two files."));
+        if (!compareKeyFromWord(line.compareKey))
+            return wrong(tr("--key takes name, unicode or production."));
+    }
+    return line;
+}
+
+} // namespace runebook

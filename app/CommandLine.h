@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QStringList>
+
+namespace runebook {
+
+/// What the user asked for on the command line.
+struct CommandLine {
+    enum class Mode { Windows, Compare, Help, Version, Wrong };
+
+    Mode mode = Mode::Windows;
+    QStringList files;
+    QString compareKey; ///< "name", "unicode" or "production"
+    bool asJson = false;
+    QString message; ///< for Help, Version and Wrong: what to print
+};
+
+/// Takes the arguments apart, the program's name first. Never fails: wrong use is a mode with a message.
+CommandLine parseCommandLine(const QStringList &arguments);
+
+/// True when there is a display that windows can be shown on, or the platform was chosen by hand.
+bool hasDisplay();
+
+} // namespace runebook

@@ -1,0 +1,369 @@
+#include "editing/DetailPane.h"
+
+#include "editing/GlyphColumns.h"
+#include "editing/GlyphTableView.h"
+#include "editing/PreviewLabel.h"
+#include "editing/UnicodesTokenField.h"
+#include "editing/VXValidatingTextField.h"
+#include "editing/VXWindowController.h"
+#include "editing/VocabularyComboBox.h"
+#include "platform/PlainText.h"
+
+#include <QCoreApplication>
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QScrollArea>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <limits>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringList caseWords()
+{
+    QStringList words {u""_s};
+    for (int value = VXGlyphInfo::upper; value <= VXGlyphInfo::minor; ++value)
+        words << VXGlyphInfo::stringFromCase(value);
+    return words;
+}
+
+QStringList directionWords()
+{
+    return {u""_s, u"LTR"_s, u"BIDI"_s, u"RTL"_s, u"VTL"_s, u"VTR"_s};
+}
+
+QString mixedText()
+{
+    return QCoreApplication::translate("DetailPane", "Multiple values");
+}
+
+/// The text of an editor whose lines are paragraphs: exactly what it was given, other line ends included.
+QString exactText(const QPlainTextEdit &edit)
+{
+    QString text = edit.document()->toRawText();
+    return text.replace(QChar::ParagraphSeparator, u'\n');
+}
+
+} // namespace
+
+DetailPane::DetailPane(VXWindowController &window, QWidget *parent)
+    : QWidget(parent),
+      m_window(window),
+      m_previewLabel(new PreviewLabel(this)),
+      m_emptyLabel(new QLabel(tr("Select a record to see and edit its fields."), this)),
+      m_form(new QWidget)
+{
+    setAccessibleName(tr("Fields of the selected records"));
+    m_previewLabel->setFixedHeight(150);
+    m_emptyLabel->setAlignment(Qt::AlignCenter);
+    m_emptyLabel->setWordWrap(true);
+    auto *grid = new QGridLayout(m_form);
+    grid->setContentsMargins(12, 4, 12, 12);
+    grid->setHorizontalSpacing(8);
+    grid->setVerticalSpacing(6);
+    grid->setColumnStretch(1, 1);
+    buildRows(*grid);
+    auto *scroll = new QScrollArea(this);
+    scroll->setWidget(m_form);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    auto *preview = new QVBoxLayout;
+    preview->setContentsMargins(12, 12, 12, 8);
+    preview->addWidget(m_previewLabel);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(preview);
+    layout->addWidget(m_emptyLabel, 1);
+    layout->addWidget(scroll, 1);
+    setMinimumWidth(240);
+    m_scrollArea = scroll;
+}
+
+DetailPane::~DetailPane() = default;
+
+VXDocument &DetailPane::document() const
+{
+    return m_window.glyphDocument();
+}
+
+// Building
+
+void DetailPane::buildRows(QGridLayout &layout)
+{
+    m_rows.reserve(16);
+    addValidatingLine(layout, GlyphField::Name, u"infoLableName"_s);
+    addTokens(layout, u"infoLableUnicode"_s);
+    addChoice(layout, GlyphField::Category, u"infoLableCategory"_s, VXGlyphInfo::categories());
+    addChoice(layout, GlyphField::SubCategory, u"infoLableSubCategory"_s, VXGlyphInfo::subCategories());
+    addChoice(layout, GlyphField::Case, u"infoLableCase"_s, caseWords());
+    addChoice(layout, GlyphField::Script, u"infoLableScript"_s, VXGlyphInfo::scripts());
+    addChoice(layout, GlyphField::Direction, u"infoLableDirection"_s, directionWords());
+    addValidatingLine(layout, GlyphField::Production, u"infoLableProduction"_s);
+    addLine(layout, GlyphField::SortName, u"infoLableSortName"_s);
+    addLine(layout, GlyphField::SortNameKeep, u"infoLableSortNameKeep"_s);
+    addLine(layout, GlyphField::Decompose, u"infoLableDecompose"_s);
+    addLine(layout, GlyphField::Anchors, u"infoLableAnchors"_s);
+    addLine(layout, GlyphField::Marks, u"infoLableAccents"_s);
+    addValidatingLine(layout, GlyphField::AltNames, u"infoLableAltNames"_s);
+    addLine(layout, GlyphField::UnicodeLegacy, u"infoLableLegacy"_s);
+    addTextBox(layout, GlyphField::Desc, u"infoLableDescription"_s);
+    layout.setRowStretch(static_cast<int>(m_rows.size()), 1);
+}
+
+DetailPane::Row &DetailPane::addRow(QGridLayout &layout, GlyphField field, const QString &captionName,
+                                    QWidget *editor)
+{
+    auto *caption = new QLabel(fieldTitle(field), m_form);
+    caption->setObjectName(captionName);
+    caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    caption->setBuddy(editor);
+    editor->setObjectName(keyOfField(field));
+    editor->setAccessibleName(fieldTitle(field));
+    editor->installEventFilter(this);
+    const int row = static_cast<int>(m_rows.size());
+    layout.addWidget(caption, row, 0, field == GlyphField::Desc ? Qt::AlignTop : Qt::Alignment());
+    layout.addWidget(editor, row, 1);
+    m_rows.push_back({field, caption, editor, {}, {}, {}});
+    return m_rows.back();
+}
+
+void DetailPane::addLine(QGridLayout &layout, GlyphField field, const QString &captionName)
+{
+    auto *line = new QLineEdit(m_form);
+    line->setMaxLength(std::numeric_limits<int>::max());
+    Row &row = addRow(layout, field, captionName, line);
+    row.text = [line] { return line->text(); };
+    row.show = [line](const CommonValue &value) {
+        line->setPlaceholderText(value.isMixed ? mixedText() : QString());
+        line->setText(value.text);
+        line->setCursorPosition(0);
+    };
+}
+
+void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const QString &captionName)
+{
+    auto *line = new VXValidatingTextField(m_form);
+    Row &row = addRow(layout, field, captionName, line);
+    row.text = [line] { return line->text(); };
+    row.show = [line](const CommonValue &value) {
+        line->setPlaceholderText(value.isMixed ? mixedText() : QString());
+        line->setStringValue(value.text);
+        line->setCursorPosition(0);
+    };
+    auto *goThere = new QToolButton(line);
+    goThere->setIcon(QIcon(u":/icons/search.svg"_s));
+    goThere->setAutoRaise(true);
+    goThere->setCursor(Qt::ArrowCursor);
+    goThere->setToolTip(tr("Show the record that has this name"));
+    goThere->setAccessibleName(goThere->toolTip());
+    connect(goThere, &QToolButton::clicked, this, [this, line] {
+        const QString name = repeatingName(document(), line->text().split(kListSeparator));
+        m_window.showInfo(document().infoForName(name));
+    });
+    line->setExtraButton(goThere);
+    // The window is the delegate, as scripts know it; it asks this pane.
+    line->setDelegate(&m_window);
+}
+
+void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString &captionName,
+                           const QStringList &words)
+{
+    auto *box = new VocabularyComboBox(m_form);
+    box->setVocabulary(words);
+    Row &row = addRow(layout, field, captionName, box);
+    row.text = [box] { return box->text(); };
+    row.show = [box](const CommonValue &value) {
+        if (value.isMixed)
+            box->setMultipleValues();
+        else
+            box->setText(value.text);
+    };
+    connect(box, &VocabularyComboBox::textCommitted, this, [this, box] {
+        if (Row *committed = rowOf(box))
+            commitRow(*committed);
+    });
+}
+
+void DetailPane::addTokens(QGridLayout &layout, const QString &captionName)
+{
+    auto *tokens = new UnicodesTokenField(m_form);
+    Row &row = addRow(layout, GlyphField::Unicodes, captionName, tokens);
+    row.text = [tokens] { return tokens->tokens().join(kListSeparator); };
+    row.show = [tokens](const CommonValue &value) {
+        if (value.isMixed)
+            tokens->setMultipleValues();
+        else
+            tokens->setTokens(value.text.isEmpty() ? QStringList() : value.text.split(kListSeparator));
+    };
+    connect(tokens, &UnicodesTokenField::tokensCommitted, this, [this, tokens] {
+        if (Row *committed = rowOf(tokens))
+            commitRow(*committed);
+    });
+}
+
+void DetailPane::addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName)
+{
+    auto *box = new QPlainTextEdit(m_form);
+    box->setTabChangesFocus(true);
+    box->setMinimumHeight(64);
+    box->setMaximumHeight(120);
+    Row &row = addRow(layout, field, captionName, box);
+    row.text = [box] { return exactText(*box); };
+    row.show = [box](const CommonValue &value) {
+        box->setPlaceholderText(value.isMixed ? mixedText() : QString());
+        box->setPlainText(value.text);
+    };
+}
+
+// Showing
+
+void DetailPane::showSelection()
+{
+    const InfoList selected = m_window.infolistController()->selectedObjects();
+    if (selected != m_shown) {
+        commitEditing();
+        m_shown = selected;
+        for (Row &row : m_rows)
+            showRow(row);
+    } else {
+        // The same records, changed from elsewhere: what is being typed stays.
+        for (Row &row : m_rows) {
+            if (row.text() == row.loaded)
+                showRow(row);
+        }
+    }
+    m_emptyLabel->setVisible(m_shown.empty());
+    m_scrollArea->setVisible(!m_shown.empty());
+    showPreview();
+}
+
+void DetailPane::showRow(Row &row)
+{
+    m_isShowing = true;
+    row.show(commonValue(m_shown, row.field));
+    row.loaded = row.text();
+    // One name for several records cannot be.
+    row.editor->setEnabled(row.field != GlyphField::Name || m_shown.size() == 1);
+    m_isShowing = false;
+}
+
+void DetailPane::showPreview()
+{
+    if (m_shown.size() == 1)
+        m_previewLabel->setFormattedText(document().formatStringFromInfo(m_shown.front()));
+    else
+        m_previewLabel->clear();
+}
+
+void DetailPane::editName()
+{
+    if (auto *line = qobject_cast<QLineEdit *>(editorOf(GlyphField::Name));
+        line && m_window.isSidebarShown()) {
+        line->setFocus();
+        line->selectAll();
+    }
+}
+
+QWidget *DetailPane::editorOf(GlyphField field) const
+{
+    for (const Row &row : m_rows) {
+        if (row.field == field)
+            return row.editor;
+    }
+    return nullptr;
+}
+
+DetailPane::Row *DetailPane::rowOf(const QObject *editor)
+{
+    for (Row &row : m_rows) {
+        if (row.editor == editor)
+            return &row;
+    }
+    return nullptr;
+}
+
+// Editing
+
+void DetailPane::commitEditing()
+{
+    for (Row &row : m_rows)
+        commitRow(row);
+}
+
+void DetailPane::commitRow(Row &row)
+{
+    const QString text = row.text();
+    if (m_isShowing || m_shown.empty() || text == row.loaded)
+        return;
+    // First: telling of the change comes back here.
+    row.loaded = text;
+    Error error;
+    if (!setFieldFromText(document(), m_shown, row.field, text, &error)) {
+        m_window.showMessage(error.text());
+        showRow(row);
+        return;
+    }
+    document().flushChanges();
+}
+
+void DetailPane::revertRow(QWidget *editor)
+{
+    if (Row *row = rowOf(editor))
+        showRow(*row);
+}
+
+bool DetailPane::textFieldHasValidContent(QObject *object)
+{
+    auto *field = qobject_cast<VXValidatingTextField *>(object);
+    const Row *row = rowOf(object);
+    if (!field || !row || m_shown.empty())
+        return true;
+    QString hint;
+    if (row->field == GlyphField::AltNames) {
+        const QString name = repeatingName(document(), field->text().split(kListSeparator));
+        if (!name.isNull())
+            hint = tr("Repeating name: %1").arg(name);
+    } else if (row->field == GlyphField::Name && m_shown.size() == 1) {
+        Error error;
+        if (!m_shown.front()->validateName(field->text(), &error))
+            hint = error.description.section(u'\n', 0, 0);
+    }
+    field->setErrorHint(hint);
+    const bool isSomebodys = !repeatingName(document(), field->text().split(kListSeparator)).isNull();
+    field->extraButton()->setVisible(!hint.isEmpty() && isSomebodys);
+    return hint.isEmpty();
+}
+
+bool DetailPane::eventFilter(QObject *object, QEvent *event)
+{
+    if (event->type() == QEvent::FocusOut) {
+        const auto reason = static_cast<QFocusEvent *>(event)->reason();
+        Row *row = rowOf(object);
+        if (row && reason != Qt::PopupFocusReason && reason != Qt::MenuBarFocusReason)
+            commitRow(*row);
+    } else if (event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        Row *row = rowOf(object);
+        if (row && key->key() == Qt::Key_Escape && row->text() != row->loaded) {
+            revertRow(row->editor);
+            return true;
+        }
+        const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+        if (row && isReturn && qobject_cast<QLineEdit *>(object)) {
+            commitRow(*row);
+            return true;
+        }
+    }
+    return QWidget::eventFilter(object, event);
+}
+
+} // namespace runebook

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "editing/FieldEditing.h"
+
+#include <QWidget>
+#include <functional>
+#include <vector>
+
+class QGridLayout;
+class QLabel;
+class VXWindowController;
+
+namespace runebook {
+
+class PreviewLabel;
+
+/// The fields of the selected records beside the table, with the preview on top. Several records show what
+/// they have in common, and an edit goes to all of them. What was typed is committed when the field is left,
+/// another record is chosen or the document is saved; Escape takes it back.
+class DetailPane : public QWidget
+{
+    Q_OBJECT
+public:
+    DetailPane(VXWindowController &window, QWidget *parent);
+    ~DetailPane() override;
+
+    /// Shows the window's selection; what was typed for the records shown before is committed first.
+    void showSelection();
+    /// Gives what stands in the fields to the records. Refused texts are taken back, with a message.
+    void commitEditing();
+    /// Puts the cursor into the name, all of it selected.
+    void editName();
+    /// Whether the content of a field may stay; sets its error hint and shows or hides its extra button.
+    bool textFieldHasValidContent(QObject *field);
+
+    PreviewLabel *previewLabel() const { return m_previewLabel; }
+    const InfoList &shownInfos() const { return m_shown; }
+    /// The editor of a field; null for fields that the pane does not show.
+    QWidget *editorOf(GlyphField field) const;
+
+protected:
+    bool eventFilter(QObject *object, QEvent *event) override;
+
+private:
+    /// One caption with its editor, whatever kind of control that is.
+    struct Row {
+        GlyphField field;
+        QLabel *caption = nullptr;
+        QWidget *editor = nullptr;
+        std::function<QString()> text;
+        std::function<void(const CommonValue &)> show;
+        QString loaded; ///< what the editor held after show()
+    };
+
+    void buildRows(QGridLayout &layout);
+    Row &addRow(QGridLayout &layout, GlyphField field, const QString &captionName, QWidget *editor);
+    void addLine(QGridLayout &layout, GlyphField field, const QString &captionName);
+    void addValidatingLine(QGridLayout &layout, GlyphField field, const QString &captionName);
+    void addChoice(QGridLayout &layout, GlyphField field, const QString &captionName,
+                   const QStringList &words);
+    void addTokens(QGridLayout &layout, const QString &captionName);
+    void addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName);
+    void showRow(Row &row);
+    void commitRow(Row &row);
+    void revertRow(QWidget *editor);
+    Row *rowOf(const QObject *editor);
+    void showPreview();
+    VXDocument &document() const;
+
+    VXWindowController &m_window;
+    PreviewLabel *m_previewLabel;
+    QLabel *m_emptyLabel;
+    QWidget *m_form;
+    QWidget *m_scrollArea = nullptr; ///< around the form
+    std::vector<Row> m_rows;
+    InfoList m_shown;
+    bool m_isShowing = false;
+};
+
+} // namespace runebook

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QMainWindow>
+
+class QSplitter;
+
+/// A window of two panes, the first of which is a sidebar that can be folded away. Where the divider stands
+/// is remembered.
+class VXSplitViewWindowController : public QMainWindow
+{
+    Q_OBJECT
+public:
+    explicit VXSplitViewWindowController(QWidget *parent = nullptr);
+    ~VXSplitViewWindowController() override;
+
+    QWidget *sidebarView() const { return m_sidebarView; }
+    QWidget *contentView() const { return m_contentView; }
+    Q_INVOKABLE bool isSidebarShown() const;
+    Q_INVOKABLE void setSidebarShown(bool isShown);
+
+Q_SIGNALS:
+    void sidebarShownChanged(bool isShown);
+
+protected:
+    /// Takes the two panes into the window. To be called once.
+    void setPanes(QWidget *sidebarView, QWidget *contentView);
+
+private:
+    void storeDivider();
+
+    QSplitter *m_splitView;
+    QWidget *m_sidebarView = nullptr;
+    QWidget *m_contentView = nullptr;
+};

@@ -1,0 +1,274 @@
+#include "editing/VXWindowController.h"
+
+#include "editing/DetailPane.h"
+#include "editing/FieldEditing.h"
+#include "editing/GlyphTableView.h"
+#include "editing/MessageBar.h"
+#include "editing/SearchFilter.h"
+#include "editing/VXSearchField.h"
+#include "editing/WindowMenus.h"
+#include "platform/DocumentController.h"
+#include "platform/DocumentPanels.h"
+#include "platform/PlainText.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMimeData>
+#include <QShortcut>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+VXWindowController::VXWindowController(VXDocument &document)
+    : m_document(document), m_infolistController(new RSRTVArrayController(document, this))
+{
+    buildContent();
+    m_menus = new WindowMenus(*this);
+    buildToolBar();
+    buildStatusBar();
+    connectParts();
+    setUpSearchMenu();
+    setAcceptDrops(true);
+    resize(1240, 760);
+    synchronizeWindowTitleWithDocumentName();
+    showReadError();
+    setActiveInfo();
+    m_tableView->setFocus();
+}
+
+VXWindowController::~VXWindowController() = default;
+
+// Building
+
+void VXWindowController::buildContent()
+{
+    m_detailPane = new DetailPane(*this, this);
+    auto *content = new QWidget(this);
+    m_messageBar = new MessageBar(content);
+    m_tableView = new GlyphTableView(*m_infolistController, content);
+    m_tableView->setFrameShape(QFrame::NoFrame);
+    auto *layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_messageBar);
+    layout->addWidget(m_tableView, 1);
+    setPanes(m_detailPane, content);
+}
+
+void VXWindowController::buildToolBar()
+{
+    QToolBar *bar = addToolBar(tr("Toolbar"));
+    bar->setObjectName(u"toolbar"_s);
+    bar->setMovable(false);
+    bar->setIconSize({18, 18});
+    QAction *sidebar = bar->addAction(QIcon(u":/icons/sidebar.svg"_s), tr("Show or hide the sidebar"));
+    connect(sidebar, &QAction::triggered, this, [this] { setSidebarShown(!isSidebarShown()); });
+    bar->addSeparator();
+    bar->addAction(m_menus->addAction());
+    bar->addAction(m_menus->removeAction());
+    auto *space = new QWidget(bar);
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    bar->addWidget(space);
+    m_searchField = new VXSearchField(bar);
+    m_searchField->setMinimumWidth(220);
+    m_searchField->setMaximumWidth(420);
+    bar->addWidget(m_searchField);
+}
+
+void VXWindowController::buildStatusBar()
+{
+    m_subtitleLabel = plainLabel({}, this);
+    m_countLabel = plainLabel({}, this);
+    statusBar()->addWidget(m_subtitleLabel);
+    statusBar()->addPermanentWidget(m_countLabel);
+    statusBar()->setSizeGripEnabled(false);
+}
+
+void VXWindowController::connectParts()
+{
+    connect(m_infolistController, &RSRTVArrayController::selectionChanged, this,
+            &VXWindowController::setActiveInfo);
+    connect(m_infolistController, &RSRTVArrayController::arrangedObjectsChanged, this,
+            &VXWindowController::updateTitle);
+    connect(m_infolistController, &RSRTVArrayController::editRefused, this, &VXWindowController::showMessage);
+    connect(&m_document, &Document::editedChanged, this, &VXWindowController::updateTitle);
+    connect(&m_document, &Document::commitEditingRequested, m_detailPane, &DetailPane::commitEditing);
+    connect(&m_document, &VXDocument::infosReset, this, &VXWindowController::setActiveInfo);
+    connect(&m_document, &Document::aboutToClose, this, [this] { hide(); });
+    connect(&DocumentController::shared(), &DocumentController::documentsChanged, this,
+            &VXWindowController::updateTitle);
+    connect(m_searchField, &VXSearchField::searchChanged, this, &VXWindowController::filterInfos);
+    connect(m_searchField, &VXSearchField::goToTableRequested, m_tableView, qOverload<>(&QWidget::setFocus));
+    connect(m_tableView, &GlyphTableView::sortChanged, this, &VXWindowController::stateChanged);
+    connect(this, &VXSplitViewWindowController::sidebarShownChanged, this, &VXWindowController::stateChanged);
+    // Only in the table: in a text, Delete deletes a character.
+    auto *deletion = new QShortcut(QKeySequence::Delete, m_tableView);
+    deletion->setContext(Qt::WidgetShortcut);
+    connect(deletion, &QShortcut::activated, this, &VXWindowController::delete_);
+}
+
+// Display
+
+void VXWindowController::setActiveInfo()
+{
+    m_detailPane->showSelection();
+    const qsizetype selected = m_infolistController->selectedCount();
+    m_countLabel->setText(selected == 0 ? QString() : tr("%1 selected").arg(locale().toString(selected)));
+    Q_EMIT stateChanged();
+}
+
+void VXWindowController::updateTitle()
+{
+    if (std::exchange(m_titleUpdatePending, true))
+        return;
+    QTimer::singleShot(0, this, [this] {
+        m_titleUpdatePending = false;
+        synchronizeWindowTitleWithDocumentName();
+        Q_EMIT stateChanged();
+    });
+}
+
+void VXWindowController::synchronizeWindowTitleWithDocumentName()
+{
+    m_title = windowTitleForDocumentDisplayName(m_document.displayName());
+    // "[*]" in a file's name would be taken for the place of the mark of unsaved changes.
+    setWindowTitle(QString(m_title).replace("[*]"_L1, "[*][*]"_L1) + "[*]"_L1);
+    setWindowModified(m_document.isDocumentEdited());
+    setWindowFilePath(m_document.fileURL());
+}
+
+QString VXWindowController::windowTitleForDocumentDisplayName(const QString &displayName)
+{
+    const qsizetype shown = m_infolistController->countOfArrangedObjects();
+    const qsizetype total = m_document.countOfInfos();
+    QString text = shown == total ? tr("%1 infos").arg(shown) : tr("%1/%2 infos").arg(shown).arg(total);
+    if (m_document.isDocumentEdited())
+        text += tr(" - Edited");
+    if (text != m_subtitle) {
+        m_subtitle = text;
+        m_subtitleLabel->setText(text);
+        Q_EMIT subtitleChanged();
+    }
+    return displayName;
+}
+
+void VXWindowController::showMessage(const QString &text)
+{
+    m_messageBar->showMessage(text, MessageBar::Stay::ShortTime);
+}
+
+void VXWindowController::showReadError()
+{
+    const Error &error = m_document.readError();
+    if (error.domain.isEmpty())
+        return;
+    m_messageBar->showMessage(tr("The file could not be read, so the document is empty.") + u'\n'
+                                  + error.text(),
+                              MessageBar::Stay::UntilClosed);
+}
+
+bool VXWindowController::textFieldHasValidContent(QObject *field)
+{
+    return m_detailPane->textFieldHasValidContent(field);
+}
+
+// Search
+
+void VXWindowController::setUpSearchMenu()
+{
+    m_searchField->setUpSearchMenu();
+}
+
+void VXWindowController::searchMode(int tag)
+{
+    m_searchField->searchMode(tag);
+}
+
+QString VXWindowController::filterStringForKeySearch(bool matchCase, const QString &key,
+                                                     const QString &text) const
+{
+    return SearchFilter::filterStringForKeySearch(matchCase, key, text);
+}
+
+void VXWindowController::controlTextDidChange(QObject *control)
+{
+    if (control == m_searchField)
+        filterInfos();
+}
+
+void VXWindowController::filterInfos()
+{
+    if (std::exchange(m_isFiltering, true))
+        return;
+    m_detailPane->commitEditing();
+    auto [predicate, problem] = SearchFilter(SearchSettings::current()).result(m_searchField->stringValue());
+    Error gaveUp;
+    if (!m_infolistController->setFilterPredicate(predicate, &gaveUp))
+        problem = gaveUp;
+    m_searchField->setProblem(problem);
+    m_infolistController->setDraggingEnabled(!predicate);
+    synchronizeWindowTitleWithDocumentName();
+    m_isFiltering = false;
+    Q_EMIT stateChanged();
+}
+
+// Restoration
+
+QVariantMap VXWindowController::windowWillEncodeRestorableState() const
+{
+    QVariantList rows;
+    for (const qsizetype row : m_infolistController->selectionIndexes())
+        rows << row;
+    return {{u"selectedInfos"_s, rows}, {u"searchField"_s, m_searchField->stringValue()}};
+}
+
+void VXWindowController::windowDidDecodeRestorableState(const QVariantMap &state)
+{
+    const QString search = state.value(u"searchField"_s).toString();
+    if (!search.isEmpty()) {
+        m_searchField->setStringValue(search);
+        filterInfos();
+    }
+    m_infolistController->setSelectionIndexes(
+        m_infolistController->indexSetFromRows(state.value(u"selectedInfos"_s).toList()));
+    setActiveInfo();
+}
+
+// Events
+
+void VXWindowController::closeEvent(QCloseEvent *event)
+{
+    // The document decides; when it closes it takes the window with it.
+    event->ignore();
+    DocumentPanels::close(m_document);
+}
+
+void VXWindowController::changeEvent(QEvent *event)
+{
+    VXSplitViewWindowController::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        DocumentController::shared().bringToFront(&m_document);
+}
+
+void VXWindowController::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void VXWindowController::dropEvent(QDropEvent *event)
+{
+    QStringList paths;
+    for (const QUrl &url : event->mimeData()->urls()) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    if (!paths.isEmpty())
+        DocumentPanels::openFiles(paths, this);
+}

@@ -1,0 +1,242 @@
+// The commands of the document window on its selected records.
+#include "editing/CodePointTokens.h"
+#include "editing/DetailPane.h"
+#include "editing/EditCommands.h"
+#include "editing/FieldEditing.h"
+#include "editing/GlyphTableView.h"
+#include "editing/GoToPanel.h"
+#include "editing/SortNameDialog.h"
+#include "editing/SortNumbering.h"
+#include "editing/VXFindReplaceWindowController.h"
+#include "editing/VXSearchField.h"
+#include "editing/VXWindowController.h"
+#include "model/StringHelpers.h"
+#include "platform/DesktopApplication.h"
+#include "platform/PlainText.h"
+#include "platform/UserDefaults.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+void VXWindowController::copy()
+{
+    m_detailPane->commitEditing();
+    const QString lines = clipboardText(selectedInfos());
+    if (!lines.isEmpty())
+        QApplication::clipboard()->setText(lines);
+}
+
+void VXWindowController::cut()
+{
+    copy();
+    delete_();
+}
+
+void VXWindowController::paste()
+{
+    const QMimeData *clipboard = QApplication::clipboard()->mimeData();
+    if (!clipboard || !clipboard->hasText())
+        return;
+    InfoList pasted = infosOfClipboard(clipboard->text().toUtf8());
+    if (pasted.empty())
+        return;
+    m_detailPane->commitEditing();
+    const InfoList selected = selectedInfos();
+    const UndoGroup group(m_document.undoManager(), tr("Paste"));
+    if (selected.size() == 1) {
+        IndexSet places(pasted.size());
+        const qsizetype first = m_document.indexOfObjectInInfos(selected.front()) + 1;
+        for (std::size_t i = 0; i < places.size(); ++i)
+            places[i] = first + static_cast<qsizetype>(i);
+        m_document.insertObjectsInInfosAtIndexes(pasted, places);
+    } else {
+        m_document.addInfos(pasted);
+    }
+    m_infolistController->setSelectedObjects(pasted);
+    revealRow(m_infolistController->rowOfObject(pasted.front()));
+}
+
+void VXWindowController::delete_()
+{
+    if (m_infolistController->selectedCount() == 0)
+        return;
+    m_detailPane->commitEditing();
+    const UndoGroup group(m_document.undoManager(), tr("Delete"));
+    m_infolistController->remove();
+}
+
+void VXWindowController::removeSelectedInfos()
+{
+    if (m_infolistController->selectedCount() == 0)
+        return;
+    auto *box = new QMessageBox(this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->setIcon(QMessageBox::Warning);
+    setPlainTexts(*box, tr("Do you really want to remove all selected entries?"), {});
+    QPushButton *remove = box->addButton(tr("Remove"), QMessageBox::AcceptRole);
+    QPushButton *cancel = box->addButton(tr("Cancel"), QMessageBox::RejectRole);
+    box->setDefaultButton(remove);
+    box->setEscapeButton(cancel);
+    connect(remove, &QPushButton::clicked, this, [this] {
+        const UndoGroup group(m_document.undoManager(), tr("Remove"));
+        m_infolistController->remove();
+    });
+    box->open();
+}
+
+void VXWindowController::addInfo()
+{
+    m_detailPane->commitEditing();
+    const UndoGroup group(m_document.undoManager(), tr("Add Glyph Info"));
+    m_infolistController->add();
+    revealRow(m_infolistController->selectionIndexes().empty()
+                  ? -1
+                  : m_infolistController->selectionIndexes().front());
+    m_detailPane->editName();
+}
+
+void VXWindowController::duplicateSelectedInfos()
+{
+    const InfoList selected = selectedInfos();
+    if (selected.empty())
+        return;
+    InfoList copies;
+    IndexSet places;
+    const qsizetype first = m_document.indexOfObjectInInfos(selected.back()) + 1;
+    for (const InfoPtr &info : selected) {
+        places.push_back(first + static_cast<qsizetype>(copies.size()));
+        copies.push_back(info->copy());
+    }
+    const UndoGroup group(m_document.undoManager(), tr("Duplicate"));
+    m_document.insertObjectsInInfosAtIndexes(copies, places);
+    m_infolistController->setSelectedObjects(copies);
+    revealRow(m_infolistController->rowOfObject(copies.front()));
+}
+
+void VXWindowController::moveNameToAltName()
+{
+    m_detailPane->commitEditing();
+    moveNamesToAltNames(m_document, selectedInfos());
+}
+
+void VXWindowController::makeLegacyName()
+{
+    m_detailPane->commitEditing();
+    const InfoList selected = selectedInfos();
+    if (selected.empty())
+        return;
+    const UndoGroup group(m_document.undoManager(), tr("Make Legacy Name"));
+    selected.front()->generateUniName();
+}
+
+void VXWindowController::setSortName()
+{
+    m_detailPane->commitEditing();
+    SortNumbering::registerDefaults();
+    m_sortNameDialog = new SortNameDialog(m_infolistController->selectedCount(), this);
+    m_sortNameDialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_sortNameDialog, &QDialog::finished, this, [this](int code) {
+        if (code != QDialog::Accepted)
+            return;
+        const UndoGroup group(m_document.undoManager(), tr("Number Sort Names"));
+        SortNumbering::fromDefaults().apply(selectedInfos());
+    });
+    m_sortNameDialog->open();
+}
+
+void VXWindowController::sortNameOK()
+{
+    if (m_sortNameDialog)
+        m_sortNameDialog->accept();
+}
+
+void VXWindowController::sortNameCancel()
+{
+    if (m_sortNameDialog)
+        m_sortNameDialog->reject();
+}
+
+void VXWindowController::performFindPanelAction(int tag)
+{
+    constexpr int kShowFind = 1;
+    constexpr int kShowReplace = 12;
+    if (tag == kShowFind) {
+        m_searchField->setFocus(Qt::ShortcutFocusReason);
+        m_searchField->selectAll();
+    } else if (tag == kShowReplace) {
+        m_detailPane->commitEditing();
+        auto *panel = new VXFindReplaceWindowController;
+        connect(panel, &VXFindReplaceWindowController::ended, panel, &QObject::deleteLater);
+        panel->setSelectedInfos(selectedInfos());
+        panel->runDialogModalForWindow(this, this);
+    }
+}
+
+void VXWindowController::showInUnicodeChecker()
+{
+    const InfoList selected = selectedInfos();
+    if (selected.size() != 1 || selected.front()->unicode().size() < 4)
+        return;
+    const quint32 codePoint = hexStringToInt(selected.front()->unicode());
+    if (!DesktopApplication::showCharacter(
+            UserDefaults::standard().stringForKey(u"VXUnicodeCheckerApplication"_s), codePoint))
+        QApplication::beep();
+}
+
+void VXWindowController::selectAll()
+{
+    m_tableView->selectAll();
+}
+
+void VXWindowController::selectSame(const QString &key)
+{
+    const std::optional<GlyphField> field = fieldForKey(key);
+    if (!field)
+        return;
+    const InfoList same =
+        infosWithSameValue(m_infolistController->arrangedObjects(), selectedInfos(), *field);
+    m_infolistController->setSelectedObjects(same);
+}
+
+void VXWindowController::goToInfo()
+{
+    auto *panel = new GoToPanel(m_document, this);
+    connect(panel, &GoToPanel::chosen, this, &VXWindowController::showInfo);
+    panel->open();
+}
+
+void VXWindowController::showInfo(const InfoPtr &info)
+{
+    if (!info || info->listings() == 0)
+        return;
+    if (m_infolistController->rowOfObject(info) < 0) {
+        m_searchField->setStringValue(u""_s);
+        filterInfos();
+    }
+    m_tableView->goToRow(static_cast<int>(m_infolistController->rowOfObject(info)));
+    m_tableView->setFocus();
+}
+
+void VXWindowController::writeShownOrder()
+{
+    m_infolistController->writeArrangedOrder();
+    m_tableView->resetSortIndicator();
+}
+
+void VXWindowController::revealRow(qsizetype row)
+{
+    if (row >= 0)
+        m_tableView->scrollTo(m_infolistController->index(static_cast<int>(row), 0));
+}
+
+QStringList VXWindowController::tokenFieldShouldAddObjectsAtIndex(const QStringList &tokens, int) const
+{
+    return normalizedCodePointTokens(tokens);
+}

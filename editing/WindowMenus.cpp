@@ -1,0 +1,338 @@
+#include "editing/WindowMenus.h"
+
+#include "editing/GlyphColumns.h"
+#include "editing/GlyphTableView.h"
+#include "editing/VXWindowController.h"
+#include "platform/Appearance.h"
+#include "platform/DocumentController.h"
+#include "platform/DocumentPanels.h"
+#include "platform/MainMenu.h"
+#include "platform/UndoManager.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QClipboard>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPlainTextEdit>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kScriptsMenuTag = 15;
+constexpr qsizetype kLongestMenuText = 80;
+
+/// A text from a file or a record as a menu may show it: an ampersand would become a mnemonic.
+QString menuText(const QString &text)
+{
+    return text.left(kLongestMenuText).simplified().replace(u'&', "&&"_L1);
+}
+
+/// Edit commands go to the text being edited where there is one: it knows them by name.
+bool sentToText(const char *command)
+{
+    QWidget *focus = QApplication::focusWidget();
+    if (!qobject_cast<QLineEdit *>(focus) && !qobject_cast<QPlainTextEdit *>(focus))
+        return false;
+    return QMetaObject::invokeMethod(focus, command);
+}
+
+bool isTextFocused()
+{
+    QWidget *focus = QApplication::focusWidget();
+    return qobject_cast<QLineEdit *>(focus) || qobject_cast<QPlainTextEdit *>(focus);
+}
+
+} // namespace
+
+WindowMenus::WindowMenus(VXWindowController &window) : QObject(&window), m_window(window)
+{
+    buildFileMenu();
+    buildEditMenu();
+    buildViewMenu();
+    buildGlyphMenu();
+    buildScriptsMenu();
+    buildWindowMenu();
+    buildHelpMenu();
+    connect(&window, &VXWindowController::stateChanged, this, &WindowMenus::validate);
+    connect(window.glyphDocument().undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
+    connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &WindowMenus::validate);
+    connect(qApp, &QApplication::focusChanged, this, &WindowMenus::validate);
+    validate();
+}
+
+QAction *WindowMenus::addCommand(QMenu *menu, const QString &text, const QKeySequence &shortcut,
+                                 std::function<void()> command, Condition condition)
+{
+    QAction *action = menu->addAction(text);
+    action->setShortcut(shortcut);
+    connect(action, &QAction::triggered, this, [command = std::move(command)] { command(); });
+    if (condition)
+        m_conditions.emplace_back(action, std::move(condition));
+    return action;
+}
+
+void WindowMenus::validate()
+{
+    for (const auto &[action, condition] : m_conditions)
+        action->setEnabled(condition());
+    const QUndoStack *stack = m_window.glyphDocument().undoManager()->stack();
+    const QString undoName = menuText(stack->undoText());
+    const QString redoName = menuText(stack->redoText());
+    m_undoAction->setText(undoName.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(undoName));
+    m_redoAction->setText(redoName.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(redoName));
+    m_sidebarAction->setChecked(m_window.isSidebarShown());
+}
+
+void WindowMenus::buildFileMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&File"));
+    VXDocument &document = m_window.glyphDocument();
+    addCommand(menu, tr("&New"), QKeySequence::New,
+               [] { DocumentController::shared().openUntitledDocumentAndDisplay(true); });
+    addCommand(menu, tr("&Open…"), QKeySequence::Open, [this] { DocumentPanels::open(&m_window); });
+    QMenu *recent = menu->addMenu(tr("Open &Recent"));
+    connect(recent, &QMenu::aboutToShow, this, [this, recent] { fillRecentFiles(recent); });
+    menu->addSeparator();
+    addCommand(menu, tr("&Save"), QKeySequence::Save,
+               [this, &document] { DocumentPanels::save(document, &m_window); });
+    addCommand(menu, tr("Save &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+               [this, &document] { DocumentPanels::saveAs(document, &m_window); });
+    addCommand(
+        menu, tr("Re&vert to Saved"), {}, [this, &document] { DocumentPanels::revert(document, &m_window); },
+        [&document] { return !document.fileURL().isEmpty(); });
+    menu->addSeparator();
+    addCommand(menu, tr("&Close"), QKeySequence::Close, [this] { m_window.close(); });
+    MainMenu::contributeTo(MainMenu::File, *menu, m_window);
+}
+
+void WindowMenus::buildEditMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&Edit"));
+    VXWindowController &window = m_window;
+    UndoManager *undo = window.glyphDocument().undoManager();
+    const Condition hasSelection = [&window] { return window.infolistController()->selectedCount() > 0; };
+    const Condition canCopy = [hasSelection] { return isTextFocused() || hasSelection(); };
+    const Condition canPaste = [] {
+        return QApplication::clipboard()->mimeData() && QApplication::clipboard()->mimeData()->hasText();
+    };
+
+    m_undoAction = addCommand(
+        menu, tr("&Undo"), QKeySequence::Undo,
+        [&window, undo] {
+            window.glyphDocument().commitEditing();
+            undo->undo();
+        },
+        [undo] { return undo->canUndo(); });
+    m_redoAction = addCommand(
+        menu, tr("&Redo"), QKeySequence::Redo, [undo] { undo->redo(); }, [undo] { return undo->canRedo(); });
+    QMenu *history = menu->addMenu(tr("&History"));
+    connect(history, &QMenu::aboutToShow, this, [this, history] { fillHistory(history); });
+    menu->addSeparator();
+    addCommand(
+        menu, tr("Cu&t"), QKeySequence::Cut,
+        [&window] {
+            if (!sentToText("cut"))
+                window.cut();
+        },
+        canCopy);
+    addCommand(
+        menu, tr("&Copy"), QKeySequence::Copy,
+        [&window] {
+            if (!sentToText("copy"))
+                window.copy();
+        },
+        canCopy);
+    addCommand(
+        menu, tr("&Paste"), QKeySequence::Paste,
+        [&window] {
+            if (!sentToText("paste"))
+                window.paste();
+        },
+        canPaste);
+    addCommand(
+        menu, tr("&Delete"), {}, [&window] { window.delete_(); }, hasSelection);
+    addCommand(
+        menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
+        [&window] { window.duplicateSelectedInfos(); }, hasSelection);
+    addCommand(menu, tr("Select &All"), QKeySequence::SelectAll, [&window] {
+        if (!sentToText("selectAll"))
+            window.selectAll();
+    });
+    QMenu *same = menu->addMenu(tr("Select Records with the Sa&me"));
+    fillSelectSame(same);
+    m_conditions.emplace_back(same->menuAction(), hasSelection);
+    menu->addSeparator();
+    addCommand(menu, tr("&Find"), QKeySequence::Find, [&window] { window.performFindPanelAction(1); });
+    addCommand(
+        menu, tr("Find and R&eplace…"), QKeySequence(Qt::CTRL | Qt::Key_H),
+        [&window] { window.performFindPanelAction(12); }, hasSelection);
+    addCommand(menu, tr("&Go to Name or Code Point…"), QKeySequence(Qt::CTRL | Qt::Key_L),
+               [&window] { window.goToInfo(); });
+    MainMenu::contributeTo(MainMenu::Edit, *menu, m_window);
+}
+
+void WindowMenus::buildViewMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&View"));
+    GlyphTableView *table = m_window.tableView();
+    m_sidebarAction = addCommand(menu, tr("Show &Sidebar"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S),
+                                 [this] { m_window.setSidebarShown(!m_window.isSidebarShown()); });
+    m_sidebarAction->setCheckable(true);
+    QMenu *columns = menu->addMenu(tr("&Columns"));
+    connect(columns, &QMenu::aboutToShow, this, [table, columns] {
+        columns->clear();
+        table->fillColumnMenu(*columns);
+    });
+    addCommand(
+        menu, tr("&Document Order"), {}, [table] { table->resetSortIndicator(); },
+        [this] { return m_window.infolistController()->sortColumn() >= 0; });
+    menu->addSeparator();
+    addCommand(menu, tr("Zoom &In"), QKeySequence::ZoomIn, [table] { table->zoom(1); });
+    addCommand(menu, tr("Zoom &Out"), QKeySequence::ZoomOut, [table] { table->zoom(-1); });
+    addCommand(menu, tr("&Actual Size"), QKeySequence(Qt::CTRL | Qt::Key_0), [table] { table->zoom(0); });
+    addCommand(menu, tr("&Reset View Settings"), {}, [table] { table->resetViewSettings(); });
+    menu->addSeparator();
+    fillAppearance(menu->addMenu(tr("A&ppearance")));
+    MainMenu::contributeTo(MainMenu::View, *menu, m_window);
+}
+
+void WindowMenus::buildGlyphMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&Glyph"));
+    VXWindowController &window = m_window;
+    RSRTVArrayController *list = window.infolistController();
+    const Condition hasSelection = [list] { return list->selectedCount() > 0; };
+    m_addAction = addCommand(menu, tr("&Add Glyph Info"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
+                             [&window] { window.addInfo(); });
+    m_addAction->setIcon(QIcon(u":/icons/add.svg"_s));
+    m_removeAction = addCommand(
+        menu, tr("&Remove…"), QKeySequence(Qt::CTRL | Qt::Key_Backspace),
+        [&window] { window.removeSelectedInfos(); }, hasSelection);
+    m_removeAction->setIcon(QIcon(u":/icons/remove.svg"_s));
+    menu->addSeparator();
+    addCommand(
+        menu, tr("&Name to Alternate Names"), {}, [&window] { window.moveNameToAltName(); }, hasSelection);
+    addCommand(
+        menu, tr("Make &Legacy Name"), {}, [&window] { window.makeLegacyName(); }, hasSelection);
+    addCommand(
+        menu, tr("Number &Sort Names…"), {}, [&window] { window.setSortName(); }, hasSelection);
+    addCommand(
+        menu, tr("&Write Shown Order to the Document"), {}, [&window] { window.writeShownOrder(); },
+        [list] { return list->sortColumn() >= 0 && !list->predicate(); });
+    menu->addSeparator();
+    addCommand(
+        menu, tr("Show &Code Point in Character Application"), {},
+        [&window] { window.showInUnicodeChecker(); }, [list] { return list->selectedCount() == 1; });
+    MainMenu::contributeTo(MainMenu::Glyph, *menu, m_window);
+}
+
+void WindowMenus::buildScriptsMenu()
+{
+    QMenu menu;
+    MainMenu::contributeTo(MainMenu::Scripts, menu, m_window);
+    if (menu.isEmpty())
+        return;
+    QMenu *scripts = m_window.menuBar()->addMenu(tr("&Scripts"));
+    scripts->setProperty("tag", kScriptsMenuTag);
+    MainMenu::contributeTo(MainMenu::Scripts, *scripts, m_window);
+}
+
+void WindowMenus::buildWindowMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&Window"));
+    MainMenu::contributeTo(MainMenu::Window, *menu, m_window);
+    QAction *documents = menu->addSeparator();
+    connect(menu, &QMenu::aboutToShow, this, [this, menu, documents] {
+        const QList<QAction *> actions = menu->actions();
+        for (qsizetype i = actions.indexOf(documents) + 1; i < actions.size(); ++i)
+            delete actions.at(i);
+        for (Document *document : DocumentController::shared().documentList()) {
+            QAction *action = menu->addAction(menuText(document->displayName()));
+            action->setCheckable(true);
+            action->setChecked(document == &m_window.glyphDocument());
+            connect(action, &QAction::triggered, document,
+                    [document] { DocumentController::shared().bringToFront(document); });
+        }
+    });
+}
+
+void WindowMenus::buildHelpMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&Help"));
+    MainMenu::contributeTo(MainMenu::Help, *menu, m_window);
+}
+
+// Menus that depend on what there is
+
+void WindowMenus::fillRecentFiles(QMenu *menu)
+{
+    menu->clear();
+    const QStringList files = DocumentController::shared().recentFiles();
+    for (const QString &path : files) {
+        QAction *action =
+            menu->addAction(menuText(QFileInfo(path).fileName() + " — "_L1 + QFileInfo(path).path()));
+        connect(action, &QAction::triggered, this,
+                [this, path] { DocumentPanels::openFiles({path}, &m_window); });
+    }
+    menu->addSeparator();
+    QAction *clear = menu->addAction(tr("Clear Menu"));
+    clear->setEnabled(!files.isEmpty());
+    connect(clear, &QAction::triggered, this, [] { DocumentController::shared().clearRecentFiles(); });
+}
+
+void WindowMenus::fillHistory(QMenu *menu)
+{
+    constexpr int kShownSteps = 40;
+    menu->clear();
+    UndoManager *undo = m_window.glyphDocument().undoManager();
+    const QUndoStack *stack = undo->stack();
+    const auto addStep = [&](int count, const QString &text) {
+        QAction *action = menu->addAction(menuText(text));
+        action->setCheckable(true);
+        action->setChecked(count == stack->index());
+        connect(action, &QAction::triggered, undo, [undo, count] { undo->goToStep(count); });
+    };
+    for (int i = qMin(stack->count(), stack->index() + kShownSteps / 2);
+         i > qMax(0, stack->index() - kShownSteps); --i) {
+        const QString name = stack->text(i - 1);
+        addStep(i, name.isEmpty() ? tr("Change") : name);
+    }
+    addStep(qMax(0, stack->index() - kShownSteps),
+            stack->index() > kShownSteps ? tr("Earlier…") : tr("As Opened"));
+}
+
+void WindowMenus::fillSelectSame(QMenu *menu)
+{
+    for (const GlyphField field : {GlyphField::Category, GlyphField::SubCategory, GlyphField::Script,
+                                   GlyphField::Case, GlyphField::Direction, GlyphField::Decompose,
+                                   GlyphField::Marks, GlyphField::Anchors, GlyphField::Production}) {
+        QAction *action = menu->addAction(fieldTitle(field));
+        connect(action, &QAction::triggered, this, [this, field] { m_window.selectSame(keyOfField(field)); });
+    }
+}
+
+void WindowMenus::fillAppearance(QMenu *menu)
+{
+    auto *group = new QActionGroup(menu);
+    const auto addChoice = [&](const QString &text, Appearance::Choice choice) {
+        QAction *action = menu->addAction(text);
+        action->setCheckable(true);
+        action->setActionGroup(group);
+        connect(action, &QAction::triggered, this, [choice] { Appearance::shared().setChoice(choice); });
+        connect(menu, &QMenu::aboutToShow, action,
+                [action, choice] { action->setChecked(Appearance::shared().choice() == choice); });
+    };
+    addChoice(tr("As the &System"), Appearance::System);
+    addChoice(tr("&Light"), Appearance::Light);
+    addChoice(tr("&Dark"), Appearance::Dark);
+}
+
+} // namespace runebook

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QObject>
+#include <functional>
+#include <vector>
+
+class QAction;
+class QMenu;
+class VXWindowController;
+
+namespace runebook {
+
+/// The menu bar of a document window: every command with its text, its shortcut, and when it can act.
+class WindowMenus : public QObject
+{
+    Q_OBJECT
+public:
+    explicit WindowMenus(VXWindowController &window);
+
+    /// The actions that the toolbar shows too.
+    QAction *addAction() const { return m_addAction; }
+    QAction *removeAction() const { return m_removeAction; }
+    QAction *sidebarAction() const { return m_sidebarAction; }
+
+    /// Enables each command that can act now, and names the steps that undo and redo would take.
+    void validate();
+
+private:
+    using Condition = std::function<bool()>;
+
+    QAction *addCommand(QMenu *menu, const QString &text, const QKeySequence &shortcut,
+                        std::function<void()> command, Condition condition = {});
+    void buildFileMenu();
+    void buildEditMenu();
+    void buildViewMenu();
+    void buildGlyphMenu();
+    void buildScriptsMenu();
+    void buildWindowMenu();
+    void buildHelpMenu();
+    void fillRecentFiles(QMenu *menu);
+    void fillHistory(QMenu *menu);
+    void fillSelectSame(QMenu *menu);
+    void fillAppearance(QMenu *menu);
+
+    VXWindowController &m_window;
+    std::vector<std::pair<QAction *, Condition>> m_conditions;
+    QAction *m_undoAction = nullptr;
+    QAction *m_redoAction = nullptr;
+    QAction *m_addAction = nullptr;
+    QAction *m_removeAction = nullptr;
+    QAction *m_sidebarAction = nullptr;
+};
+
+} // namespace runebook

@@ -1,0 +1,118 @@
+#include "app/CommandLine.h"
+#include "tests/TestMain.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTemporaryDir>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Outcome {
+    int status = -1;
+    QString output;
+    QString errors;
+};
+
+/// Runs the built program with the environment of this test.
+Outcome run(const QStringList &arguments, const QStringList &withoutVariables = {})
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString &variable : withoutVariables)
+        environment.remove(variable);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"), arguments);
+    if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+} // namespace
+
+/// The program as it is started from a terminal or a Makefile.
+class ProgramTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void answersWithoutADisplay_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("errors");
+        QTest::newRow("help") << QStringList {u"--help"_s} << 0 << u"--compare"_s << QString();
+        QTest::newRow("version") << QStringList {u"--version"_s} << 0 << u"Runebook " RUNEBOOK_VERSION ""_s << QString();
+        QTest::newRow("unknown option") << QStringList {u"--colour"_s} << 2 << QString() << u"--help"_s;
+        QTest::newRow("one file to compare") << QStringList {u"--compare"_s, u"a.xml"_s} << 2 << QString() << u"two files"_s;
+        QTest::newRow("unknown key") << QStringList {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s} << 2
+                                     << QString() << u"--key"_s;
+        QTest::newRow("files that are not there") << QStringList {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s} << 2
+                                                  << QString() << u"/no/a.xml"_s;
+        QTest::newRow("a window") << QStringList() << 1 << QString() << u"No display"_s;
+    }
+
+    void answersWithoutADisplay()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QString, output);
+        QFETCH(QString, errors);
+        const Outcome outcome = run(arguments, {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s});
+        QCOMPARE(outcome.status, status);
+        QVERIFY2(outcome.output.contains(output), qPrintable(outcome.output));
+        QVERIFY2(outcome.errors.contains(errors), qPrintable(outcome.errors));
+    }
+
+    void comparesTwoFiles()
+    {
+        const QTemporaryDir folder;
+        const QString sample = QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml");
+        QFile original(sample);
+        QVERIFY(original.open(QIODevice::ReadOnly));
+        QByteArray changed = original.readAll();
+        const QByteArray before = "name=\"A\" ";
+        QVERIFY(changed.contains(before));
+        changed.replace(before, "name=\"A\" sortName=\"changed\" ");
+        const QString copy = folder.filePath(u"copy.xml"_s);
+        QFile file(copy);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(changed);
+        file.close();
+
+        QCOMPARE(run({u"--compare"_s, sample, sample}).status, 0);
+        const Outcome different = run({u"--compare"_s, sample, copy});
+        QCOMPARE(different.status, 1);
+        QVERIFY2(different.output.contains(u"changed"_s), qPrintable(different.output));
+        const Outcome json = run({u"--compare"_s, sample, copy, u"--json"_s});
+        QCOMPARE(json.status, 1);
+        QVERIFY(QJsonDocument::fromJson(json.output.toUtf8()).array().size() >= 1);
+    }
+
+    void startsWithFilesAndDamagedOnes()
+    {
+        const QTemporaryDir folder;
+        const QString broken = folder.filePath(u"broken.xml"_s);
+        QFile file(broken);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("\xff\xfe<glyph ");
+        file.close();
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"),
+                      {QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), broken, folder.path(), u"/no/such.xml"_s});
+        QVERIFY(process.waitForStarted());
+        // It stays: what cannot be opened is told in the window.
+        QVERIFY(!process.waitForFinished(1500));
+        process.terminate();
+        QVERIFY(process.waitForFinished(20'000));
+    }
+};
+
+RUNEBOOK_TEST_MAIN(ProgramTest)
+#include "ProgramTest.moc"

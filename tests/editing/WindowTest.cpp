@@ -1,0 +1,506 @@
+#include "editing/DetailPane.h"
+#include "editing/GlyphColumns.h"
+#include "editing/GlyphTableView.h"
+#include "editing/PreviewLabel.h"
+#include "editing/VXSearchField.h"
+#include "editing/VXWindowController.h"
+#include "platform/DocumentController.h"
+#include "platform/UserDefaults.h"
+#include "tests/TestMain.h"
+
+#include <QClipboard>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+InfoPtr infoNamed(const QString &name, const QString &unicode = {}, const QString &category = {})
+{
+    InfoPtr info = VXGlyphInfo::init();
+    info->setName(name);
+    if (!unicode.isEmpty())
+        info->setUnicode(unicode);
+    if (!category.isEmpty())
+        info->setCategory(category);
+    return info;
+}
+
+QString namesOf(const InfoList &infos)
+{
+    QStringList names;
+    for (const InfoPtr &info : infos)
+        names << info->name();
+    return names.join(u' ');
+}
+
+/// The command of a menu by its text, wherever it stands.
+QAction *commandOf(const QMainWindow &window, const QString &text)
+{
+    const QList<QAction *> actions = window.findChildren<QAction *>();
+    for (QAction *action : actions) {
+        if (QString(action->text()).remove(u'&') == text)
+            return action;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+/// The document window as a user has it: shown, driven by keys, clicks and menu commands.
+class WindowTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        UserDefaults::standard().removeObjectForKey(u"SearchState"_s);
+        UserDefaults::standard().removeObjectForKey(u"SearchStateRegex"_s);
+        UserDefaults::standard().removeObjectForKey(u"SearchStateMatchCase"_s);
+        UserDefaults::standard().removeObjectForKey(u"TableHeaderState"_s);
+        m_document = std::make_unique<VXDocument>();
+        m_document->setInfos(
+            {infoNamed(u"A"_s, u"0041"_s, u"Letter"_s), infoNamed(u"B"_s, u"0042"_s, u"Letter"_s),
+             infoNamed(u"a.sc"_s, {}, u"Letter"_s), infoNamed(u"one"_s, u"0031"_s, u"Number"_s),
+             infoNamed(u"gravecomb"_s, u"0300"_s, u"Mark"_s)});
+        m_window = std::make_unique<VXWindowController>(*m_document);
+        m_document->setWindowController(m_window.get());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_document.reset();
+    }
+
+    void searchNarrowsTheTableWithEveryKey()
+    {
+        VXSearchField *search = m_window->searchField();
+        QTest::keyClick(m_window.get(), Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(search->hasFocus());
+        QTest::keyClicks(search, u"a"_s);
+        QCOMPARE(namesOf(shown()), u"A a.sc gravecomb"_s);
+        QCOMPARE(m_window->subtitle(), u"3/5 infos"_s);
+        QTest::keyClicks(search, u"."_s);
+        QCOMPARE(namesOf(shown()), u"a.sc"_s);
+        QVERIFY(!list()->draggingEnabled());
+        QTest::keyClick(search, Qt::Key_Backspace);
+        QTest::keyClick(search, Qt::Key_Backspace);
+        QCOMPARE(m_window->subtitle(), u"5 infos"_s);
+        QVERIFY(list()->draggingEnabled());
+        QTest::keyClicks(search, u"ä"_s);
+        QCOMPARE(namesOf(shown()), QString());
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void subtitleTellsOfUnsavedChanges()
+    {
+        m_document->objectInInfosAtIndex(0)->setCategory(u"Mark"_s);
+        QTRY_COMPARE(m_window->subtitle(), u"5 infos - Edited"_s);
+        m_window->searchField()->setStringValue(u"gra"_s);
+        m_window->filterInfos();
+        QCOMPARE(m_window->subtitle(), u"1/5 infos - Edited"_s);
+        m_document->undoManager()->undo();
+        QTRY_COMPARE(m_window->subtitle(), u"1/5 infos"_s);
+        QVERIFY(!m_window->isWindowModified());
+    }
+
+    void invalidSearchShowsAllAndSaysWhy()
+    {
+        UserDefaults::standard().setObjectForKey(true, u"SearchStateRegex"_s);
+        m_window->searchField()->setStringValue(u"(a"_s);
+        m_window->filterInfos();
+        QCOMPARE(shown().size(), 5u);
+        QVERIFY(!m_window->searchField()->toolTip().isEmpty());
+        m_window->searchField()->setStringValue(u"[AB]"_s);
+        m_window->filterInfos();
+        QCOMPARE(namesOf(shown()), u"A B"_s);
+    }
+
+    void copiedLinesArePastedBehindTheSelectedRecord()
+    {
+        select({0, 3});
+        QTest::keyClick(m_window->tableView(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QApplication::clipboard()->text(),
+                 u"\t<glyph unicode=\"0041\" name=\"A\" category=\"Letter\" direction=\"LTR\" />\n"
+                 "\t<glyph unicode=\"0031\" name=\"one\" category=\"Number\" direction=\"LTR\" />\n"_s);
+        select({1});
+        QTest::keyClick(m_window->tableView(), Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(namesOf(m_document->infos()), u"A B A one a.sc one gravecomb"_s);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"A one"_s);
+        QTest::keyClick(m_window->tableView(), Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(namesOf(m_document->infos()), u"A B a.sc one gravecomb"_s);
+
+        select({});
+        QApplication::clipboard()->setText(u"no glyph\n  <glyph name=\"pasted\"/>\r\n<glyph\n"_s);
+        m_window->paste();
+        QCOMPARE(namesOf(m_document->infos()), u"A B a.sc one gravecomb pasted"_s);
+        QCOMPARE(m_document->infos().back()->direction(), -2);
+    }
+
+    void pasteIntoAFilteredTableCountsInTheWholeList()
+    {
+        m_window->searchField()->setStringValue(u"one"_s);
+        m_window->filterInfos();
+        select({0});
+        QApplication::clipboard()->setText(u"<glyph name=\"two\"/>"_s);
+        m_window->paste();
+        QCOMPARE(namesOf(m_document->infos()), u"A B a.sc one two gravecomb"_s);
+    }
+
+    void copyOfNothingLeavesTheClipboard()
+    {
+        QApplication::clipboard()->setText(u"kept"_s);
+        select({});
+        m_window->copy();
+        QCOMPARE(QApplication::clipboard()->text(), u"kept"_s);
+        m_window->paste();
+        QCOMPARE(m_document->countOfInfos(), 5);
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void removalAsksFirst()
+    {
+        select({1, 2});
+        m_window->removeSelectedInfos();
+        auto *sheet = m_window->findChild<QMessageBox *>();
+        QVERIFY(sheet);
+        QCOMPARE(sheet->text(), u"Do you really want to remove all selected entries?"_s);
+        QTest::keyClick(sheet, Qt::Key_Escape);
+        QCOMPARE(m_document->countOfInfos(), 5);
+        QTRY_VERIFY(!m_window->findChild<QMessageBox *>());
+
+        m_window->removeSelectedInfos();
+        sheet = m_window->findChild<QMessageBox *>();
+        QTest::mouseClick(sheet->defaultButton(), Qt::LeftButton);
+        QCOMPARE(namesOf(m_document->infos()), u"A one gravecomb"_s);
+
+        select({0});
+        QTest::keyClick(m_window->tableView(), Qt::Key_Delete);
+        QCOMPARE(namesOf(m_document->infos()), u"one gravecomb"_s);
+        m_document->undoManager()->undo();
+        m_document->undoManager()->undo();
+        QCOMPARE(namesOf(m_document->infos()), u"A B a.sc one gravecomb"_s);
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void typingInAFieldIsNeverLost_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("Return") << u"return"_s;
+        QTest::newRow("Tab") << u"tab"_s;
+        QTest::newRow("another record is chosen") << u"select"_s;
+        QTest::newRow("a script asks the document") << u"commit"_s;
+        QTest::newRow("the table is filtered") << u"filter"_s;
+    }
+
+    void typingInAFieldIsNeverLost()
+    {
+        QFETCH(QString, how);
+        select({1});
+        QLineEdit *field = lineOf(GlyphField::SortName);
+        field->setFocus();
+        QTest::keyClicks(field, u"b001"_s);
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->sortName(), QString());
+        if (how == "return"_L1)
+            QTest::keyClick(field, Qt::Key_Return);
+        else if (how == "tab"_L1)
+            QTest::keyClick(field, Qt::Key_Tab);
+        else if (how == "select"_L1)
+            select({0});
+        else if (how == "commit"_L1)
+            m_document->commitEditing();
+        else
+            m_window->filterInfos();
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->sortName(), u"b001"_s);
+        QCOMPARE(m_document->objectInInfosAtIndex(0)->sortName(), QString());
+        m_document->undoManager()->undo();
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->sortName(), QString());
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void escapeTakesTypingBack()
+    {
+        select({0});
+        QLineEdit *field = lineOf(GlyphField::Production);
+        field->setFocus();
+        QTest::keyClicks(field, u"rubbish"_s);
+        QTest::keyClick(field, Qt::Key_Escape);
+        QCOMPARE(field->text(), QString());
+        select({1});
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void refusedNameIsTakenBackWithAWord()
+    {
+        select({0});
+        QLineEdit *field = lineOf(GlyphField::Name);
+        field->setFocus();
+        field->selectAll();
+        QTest::keyClicks(field, u"B"_s);
+        QTest::keyClick(field, Qt::Key_Tab);
+        QCOMPARE(m_document->objectInInfosAtIndex(0)->name(), u"A"_s);
+        QCOMPARE(field->text(), u"A"_s);
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void severalRecordsAreEditedAtOnce()
+    {
+        select({0, 1, 3});
+        QCOMPARE(lineOf(GlyphField::SortName)->placeholderText(), QString());
+        QVERIFY(!m_window->detailPane()->editorOf(GlyphField::Name)->isEnabled());
+        QLineEdit *field = lineOf(GlyphField::SortName);
+        field->setFocus();
+        QTest::keyClicks(field, u"x"_s);
+        QTest::keyClick(field, Qt::Key_Return);
+        QCOMPARE(m_document->objectInInfosAtIndex(3)->sortName(), u"x"_s);
+        QCOMPARE(m_document->objectInInfosAtIndex(2)->sortName(), QString());
+        QCOMPARE(m_document->undoManager()->stack()->count(), 1);
+        select({0, 2});
+        QCOMPARE(lineOf(GlyphField::SortName)->placeholderText(), u"Multiple values"_s);
+        QCOMPARE(lineOf(GlyphField::SortName)->text(), QString());
+        select({});
+        m_document->undoManager()->undo();
+        QCOMPARE(m_document->objectInInfosAtIndex(0)->sortName(), QString());
+        QCOMPARE(m_document->objectInInfosAtIndex(3)->sortName(), QString());
+    }
+
+    void fieldsFollowChangesFromElsewhere()
+    {
+        select({0});
+        QCOMPARE(m_window->detailPane()->previewLabel()->text(), u"A"_s);
+        m_document->objectInInfosAtIndex(0)->setUnicode(u"0042"_s);
+        m_document->objectInInfosAtIndex(0)->setSortName(u"fresh"_s);
+        QTRY_COMPARE(lineOf(GlyphField::SortName)->text(), u"fresh"_s);
+        QCOMPARE(m_window->detailPane()->previewLabel()->text(), u"B"_s);
+        select({0, 1});
+        QCOMPARE(m_window->detailPane()->previewLabel()->text(), QString());
+    }
+
+    void undoAndRedoNameTheirSteps()
+    {
+        select({0});
+        m_window->moveNameToAltName();
+        QCOMPARE(m_document->objectInInfosAtIndex(0)->altNames(), QStringList {u"A"_s});
+        QVERIFY(commandOf(*m_window, u"Undo Name to Alternate Names"_s));
+        commandOf(*m_window, u"Undo Name to Alternate Names"_s)->trigger();
+        QVERIFY(commandOf(*m_window, u"Redo Name to Alternate Names"_s)->isEnabled());
+        QVERIFY(!commandOf(*m_window, u"Undo"_s)->isEnabled());
+    }
+
+    void commandsAreEnabledOnlyWhenTheyCanAct()
+    {
+        const QStringList needSelection {u"Delete"_s,           u"Duplicate"_s,
+                                         u"Remove…"_s,          u"Name to Alternate Names"_s,
+                                         u"Make Legacy Name"_s, u"Number Sort Names…"_s,
+                                         u"Find and Replace…"_s};
+        select({});
+        for (const QString &text : needSelection)
+            QVERIFY2(!commandOf(*m_window, text)->isEnabled(), qPrintable(text));
+        select({0, 1});
+        for (const QString &text : needSelection)
+            QVERIFY2(commandOf(*m_window, text)->isEnabled(), qPrintable(text));
+        QAction *character = commandOf(*m_window, u"Show Code Point in Character Application"_s);
+        QVERIFY(!character->isEnabled());
+        select({0});
+        QVERIFY(character->isEnabled());
+    }
+
+    void headerClicksSortAndGoBack()
+    {
+        QHeaderView *header = m_window->tableView()->horizontalHeader();
+        const int column = columnOfField(GlyphField::Name);
+        select({3});
+        const QPoint place(header->sectionViewportPosition(column) + 20, header->height() / 2);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(namesOf(shown()), u"A a.sc B gravecomb one"_s);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"one"_s);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(namesOf(shown()), u"one gravecomb B a.sc A"_s);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(namesOf(shown()), u"A B a.sc one gravecomb"_s);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"one"_s);
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void cellsAreEditedInPlace()
+    {
+        GlyphTableView *table = m_window->tableView();
+        table->goToRow(1);
+        table->setCurrentIndex(list()->index(1, columnOfField(GlyphField::Category)));
+        QTest::keyClick(table, Qt::Key_Return);
+        auto *editor = table->viewport()->findChild<QLineEdit *>();
+        QVERIFY(editor);
+        QCOMPARE(editor->text(), u"Letter"_s);
+        editor->selectAll();
+        QTest::keyClicks(editor, u"Symbol"_s);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->category(), u"Symbol"_s);
+        // A very long text goes through the editor whole and untouched.
+        const QString longText(100'000, u'x');
+        m_document->objectInInfosAtIndex(1)->setDecompose(longText);
+        m_document->undoManager()->setClean();
+        table->setCurrentIndex(list()->index(1, columnOfField(GlyphField::Decompose)));
+        QTest::keyClick(table, Qt::Key_F2);
+        editor = table->viewport()->findChild<QLineEdit *>();
+        QVERIFY(editor);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->decompose().size(), longText.size());
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void placeIsKeptWhileRowsComeAndGo()
+    {
+        InfoList infos;
+        for (int i = 0; i < 2000; ++i)
+            infos.push_back(infoNamed(u"g%1"_s.arg(i, 4, 10, u'0') + (i % 7 ? u""_s : u".x"_s)));
+        m_document->setInfos(infos);
+        GlyphTableView *table = m_window->tableView();
+        table->goToRow(1400);
+        const int y = table->rowViewportPosition(1400);
+        m_window->searchField()->setStringValue(u".x"_s);
+        m_window->filterInfos();
+        QCOMPARE(list()->countOfArrangedObjects(), 286);
+        const qsizetype row = list()->rowOfObject(infos[1400]);
+        QVERIFY(row >= 0);
+        QVERIFY(qAbs(table->rowViewportPosition(static_cast<int>(row)) - y) <= 1);
+        QCOMPARE(namesOf(list()->selectedObjects()), infos[1400]->name());
+        m_window->searchField()->setStringValue(u""_s);
+        m_window->filterInfos();
+        QCOMPARE(table->rowViewportPosition(1400), y);
+        QCOMPARE(namesOf(list()->selectedObjects()), infos[1400]->name());
+        m_document->objectInInfosAtIndex(3)->setName(u"changed"_s);
+        m_document->undoManager()->undo();
+        m_document->flushChanges();
+        QCOMPARE(table->rowViewportPosition(1400), y);
+    }
+
+    void goingToARecordShowsItWhateverIsFiltered()
+    {
+        m_window->searchField()->setStringValue(u"one"_s);
+        m_window->filterInfos();
+        for (const QString &typed : {u"B"_s, u"42"_s, u"U+0042"_s}) {
+            m_window->goToInfo();
+            auto *panel = m_window->findChild<QDialog *>();
+            QVERIFY(panel);
+            auto *line = panel->findChild<QLineEdit *>();
+            QTest::keyClicks(line, typed);
+            QTest::keyClick(line, Qt::Key_Return);
+            QCOMPARE(namesOf(list()->selectedObjects()), u"B"_s);
+            QCOMPARE(m_window->searchField()->stringValue(), QString());
+            select({});
+            QTRY_VERIFY(!m_window->findChild<QDialog *>());
+        }
+    }
+
+    void recordsWithTheSameValueAreSelected()
+    {
+        select({3});
+        m_window->selectSame(u"category"_s);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"one"_s);
+        select({0});
+        m_window->selectSame(u"category"_s);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"A B a.sc"_s);
+    }
+
+    void sortNamesAreNumbered()
+    {
+        select({0, 1, 2});
+        m_window->setSortName();
+        m_window->sortNameCancel();
+        QVERIFY(!m_document->isDocumentEdited());
+        m_window->setSortName();
+        m_window->sortNameOK();
+        QCOMPARE(m_document->objectInInfosAtIndex(2)->sortName(), u"a003"_s);
+        m_document->undoManager()->undo();
+        QCOMPARE(m_document->objectInInfosAtIndex(0)->sortName(), QString());
+    }
+
+    void legacyNameComesFromTheCodePoint()
+    {
+        select({4, 1});
+        m_window->makeLegacyName();
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->production(), u"uni0042"_s);
+        QCOMPARE(m_document->objectInInfosAtIndex(4)->production(), QString());
+    }
+
+    void windowStateIsRestored()
+    {
+        m_window->searchField()->setStringValue(u"e"_s);
+        m_window->filterInfos();
+        select({0, 1});
+        const QVariantMap state = m_window->windowWillEncodeRestorableState();
+        m_window->searchField()->setStringValue(u""_s);
+        m_window->filterInfos();
+        select({});
+        m_window->windowDidDecodeRestorableState(state);
+        QCOMPARE(m_window->searchField()->stringValue(), u"e"_s);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"one gravecomb"_s);
+    }
+
+    void everyControlHasANameAndTakesTheFocus()
+    {
+        select({0});
+        for (QWidget *widget : m_window->findChildren<QWidget *>()) {
+            if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus || widget->focusProxy())
+                continue;
+            if (qobject_cast<QLineEdit *>(widget->parentWidget()) || qobject_cast<QScrollBar *>(widget)
+                || qobject_cast<QHeaderView *>(widget) || widget->objectName().startsWith("qt_"_L1))
+                continue;
+            QVERIFY2(!widget->accessibleName().isEmpty() || qobject_cast<QAbstractButton *>(widget)
+                         || (widget->parentWidget() && !widget->parentWidget()->accessibleName().isEmpty()),
+                     qPrintable(QString::fromLatin1(widget->metaObject()->className()) + u' '
+                                + widget->objectName()));
+        }
+        for (const QLabel *caption : m_window->detailPane()->findChildren<QLabel *>()) {
+            if (caption->objectName().startsWith("infoLable"_L1))
+                QVERIFY2(caption->buddy(), qPrintable(caption->objectName()));
+        }
+    }
+
+    void columnsAndZoomAreRemembered()
+    {
+        GlyphTableView *table = m_window->tableView();
+        const int hidden = columnOfField(GlyphField::Production);
+        table->setColumnShown(hidden, false);
+        table->horizontalHeader()->resizeSection(columnOfField(GlyphField::Name), 222);
+        table->zoom(3);
+        const double size = table->font().pointSizeF();
+        cleanup();
+        m_document = std::make_unique<VXDocument>();
+        m_window = std::make_unique<VXWindowController>(*m_document);
+        table = m_window->tableView();
+        QVERIFY(table->isColumnHidden(hidden));
+        QCOMPARE(table->columnWidth(columnOfField(GlyphField::Name)), 222);
+        QCOMPARE(table->font().pointSizeF(), size);
+        table->resetViewSettings();
+        QVERIFY(!table->isColumnHidden(hidden));
+        QVERIFY(table->font().pointSizeF() < size);
+    }
+
+private:
+    RSRTVArrayController *list() const { return m_window->infolistController(); }
+    InfoList shown() const { return list()->arrangedObjects(); }
+    void select(const IndexSet &rows) { list()->setSelectionIndexes(rows); }
+    QLineEdit *lineOf(GlyphField field) const
+    {
+        return qobject_cast<QLineEdit *>(m_window->detailPane()->editorOf(field));
+    }
+
+    std::unique_ptr<VXDocument> m_document;
+    std::unique_ptr<VXWindowController> m_window;
+};
+
+RUNEBOOK_TEST_MAIN(WindowTest)
+#include "WindowTest.moc"
