@@ -108,6 +108,7 @@ SearchResult SearchFilter::patternResult(const QString &pattern) const
     // Tried without regard to case and used with it: the two differ in what they match, not in what is valid.
     QString reason;
     if (!PredicatePattern::compile(pattern, Fold::Case, &reason)) {
+        reason.replace(0, 1, reason.left(1).toUpper());
         return {{},
                 Error {Predicate::errorDomain(),
                        Predicate::InvalidPattern,

@@ -70,12 +70,19 @@ void SearchHelpSheet::addExamples()
         m_list->resizeColumnToContents(column);
     m_list->header()->setSectionsMovable(false);
 
-    // All examples without scrolling, where the screen allows it.
-    const int rowHeight = m_list->sizeHintForRow(0);
     const int frame = 2 * m_list->frameWidth();
-    m_list->setMinimumSize(m_list->header()->length() + frame + fontMetrics().averageCharWidth(),
-                           6 * rowHeight);
-    resize(sizeHint().width(), static_cast<int>(m_examples.size() + 8) * rowHeight);
+    const int rowHeight = m_list->sizeHintForRow(0);
+    const int scrollBar = m_list->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    m_list->setMinimumSize(m_list->header()->length() + frame + scrollBar, 6 * rowHeight);
+}
+
+/// All examples without scrolling, where the screen allows it.
+QSize SearchHelpSheet::sizeHint() const
+{
+    const int rows = m_list->topLevelItemCount() * m_list->sizeHintForRow(0);
+    const int list = rows + m_list->header()->sizeHint().height() + 2 * m_list->frameWidth();
+    const QSize hint = QDialog::sizeHint();
+    return {hint.width(), layout()->heightForWidth(hint.width()) - m_list->sizeHint().height() + list};
 }
 
 void SearchHelpSheet::choose(QTreeWidgetItem *item)

@@ -16,6 +16,7 @@ class SearchHelpSheet : public QDialog
     Q_OBJECT
 public:
     explicit SearchHelpSheet(QWidget *parent);
+    QSize sizeHint() const override;
 
 Q_SIGNALS:
     void chosen(const runebook::SearchExample &example);

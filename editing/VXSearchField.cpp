@@ -6,6 +6,7 @@
 #include "editing/SignalColors.h"
 #include "platform/UserDefaults.h"
 
+#include <QActionGroup>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
@@ -50,10 +51,12 @@ VXSearchField::VXSearchField(QWidget *parent) : QLineEdit(parent)
 {
     setMaxLength(INT_MAX);
     setAccessibleName(tr("Search"));
-    QAction *options = addAction(QIcon(u":/icons/search.svg"_s), QLineEdit::LeadingPosition);
-    options->setText(tr("Search options"));
-    options->setToolTip(tr("Choose where and how to search (Alt+Down)"));
-    connect(options, &QAction::triggered, this, &VXSearchField::showSearchMenu);
+    for (const QString &icon : {u":/icons/search.svg"_s, u":/icons/chevron-down.svg"_s}) {
+        QAction *options = addAction(QIcon(icon), QLineEdit::LeadingPosition);
+        options->setText(tr("Search options"));
+        options->setToolTip(tr("Choose where and how to search (Alt+Down)"));
+        connect(options, &QAction::triggered, this, &VXSearchField::showSearchMenu);
+    }
 
     m_clearAction = addAction(QIcon(u":/icons/clear.svg"_s), QLineEdit::TrailingPosition);
     m_clearAction->setText(tr("Clear search"));
@@ -141,15 +144,20 @@ void VXSearchField::setUpSearchMenu()
     delete m_menu;
     m_menu = new QMenu(tr("Search options"), this);
     m_menu->setToolTipsVisible(true);
+    auto *modes = new QActionGroup(m_menu);
+    // None is ticked until one was chosen.
+    modes->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     for (const SearchMenu::Item &item : SearchMenu::items()) {
         QAction *action = item.isSeparator() ? m_menu->addSeparator() : m_menu->addAction(item.title);
         action->setData(item.tag);
         action->setToolTip(item.help);
         action->setStatusTip(item.help);
         action->setWhatsThis(item.help);
-        action->setCheckable(item.tag != 0
-                             && (item.tag <= SearchMenu::lastModeTag || item.tag == SearchMenu::matchCaseTag
-                                 || item.tag == SearchMenu::regexTag));
+        const bool isMode = !item.isSeparator() && item.tag <= SearchMenu::lastModeTag;
+        action->setCheckable(isMode || item.tag == SearchMenu::matchCaseTag
+                             || item.tag == SearchMenu::regexTag);
+        if (isMode)
+            modes->addAction(action);
     }
     connect(m_menu, &QMenu::aboutToShow, this, &VXSearchField::updateMenu);
     connect(m_menu, &QMenu::triggered, this, &VXSearchField::chooseMenuItem);
