@@ -27,23 +27,40 @@ QString toText(std::string_view utf8)
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
+/// The length of the line end at \a place, which may be any character; 0 when there is none.
+std::size_t lineEndAt(std::string_view text, std::size_t place)
+{
+    const char c = text[place];
+    if (c >= '\n' && c <= '\r')
+        return 1;
+    if (c == '\xC2' && text.substr(place, 2) == "\xC2\x85")
+        return 2;
+    const std::string_view three = text.substr(place, 3);
+    return c == '\xE2' && (three == "\xE2\x80\xA8" || three == "\xE2\x80\xA9") ? 3 : 0;
+}
+
+/// Whether a byte of \a text may begin another line end than a line feed.
+bool mayHoldOtherEnds(std::string_view text)
+{
+    // No early end: compilers turn this into a few instructions for sixteen bytes.
+    bool found = false;
+    for (const char c : text)
+        found |= (c >= '\v' && c <= '\r') || c == '\xC2' || c == '\xE2';
+    return found;
+}
+
 /// Takes one line from the front of \a text; every line-end character counts, a CR LF pair twice.
 std::string_view takeLine(std::string_view &text)
 {
-    std::size_t i = 0;
-    std::size_t length = 0;
-    for (; i < text.size() && !length; ++i) {
-        const char c = text[i];
-        if (c >= '\n' && c <= '\r')
-            length = 1;
-        else if (c == '\xC2' && text.substr(i, 2) == "\xC2\x85")
-            length = 2;
-        else if (c == '\xE2' && (text.substr(i, 3) == "\xE2\x80\xA8" || text.substr(i, 3) == "\xE2\x80\xA9"))
-            length = 3;
+    constexpr std::size_t kUsualLength = 4096; // looking further each time could read a file over and over
+    std::size_t end = text.substr(0, kUsualLength).find('\n');
+    if (end == text.npos || mayHoldOtherEnds(text.substr(0, end))) {
+        end = 0;
+        while (end < text.size() && !lineEndAt(text, end))
+            ++end;
     }
-    const std::size_t end = length ? i - 1 : text.size();
     const std::string_view line = text.substr(0, end);
-    text.remove_prefix(end + length);
+    text.remove_prefix(end < text.size() ? end + lineEndAt(text, end) : end);
     return line;
 }
 

@@ -3,6 +3,7 @@
 #include "model/GlyphLineWriter.h"
 #include "model/StringHelpers.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -10,98 +11,74 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
+/// An attribute that records know: its key, how it is taken, and its place in the order in which the writer
+/// prints (0: never printed).
+struct KnownAttribute {
+    enum Kind : quint8 { Field, CodePoint, CodePoints, Legacy, Direction, Case, Accents, Unknown };
+    std::string_view key;
+    Kind kind;
+    GlyphField field = GlyphField::Name;
+    int rank = 0;
+};
+
 namespace {
 
 constexpr std::string_view kStart = "<glyph ";
 constexpr std::string_view kCommentStart = "<!--";
 constexpr std::string_view kCommentEnd = "-->";
 
-/// How an attribute is taken, and its place in the order in which the writer prints (0: never printed).
-struct Handling {
-    enum Kind : quint8 { Field, CodePoint, CodePoints, Legacy, Direction, Case, Accents, Unknown } kind;
-    GlyphField field = GlyphField::Name;
-    int rank = 0;
+using K = KnownAttribute;
+using F = GlyphField;
+
+// In the order of the writer, so that the key of the next attribute is mostly one of the next few.
+constexpr KnownAttribute kKnown[] {
+    {"unicode", K::CodePoint, F::Unicodes, 1},
+    {"unicode2", K::CodePoint, F::Unicodes, 2},
+    {"unicode3", K::CodePoint, F::Unicodes, 0},
+    {"unicodeLegacy", K::Field, F::UnicodeLegacy, 4},
+    {"name", K::Field, F::Name, 5},
+    {"sortName", K::Field, F::SortName, 6},
+    {"sortNameOld", K::Field, F::SortNameOld, 7},
+    {"sortNameKeep", K::Field, F::SortNameKeep, 8},
+    {"decompose", K::Field, F::Decompose, 9},
+    {"category", K::Field, F::Category, 10},
+    {"subCategory", K::Field, F::SubCategory, 11},
+    {"case", K::Case, F::Case, 12},
+    {"script", K::Field, F::Script, 13},
+    {"production", K::Field, F::Production, 14},
+    {"direction", K::Direction, F::Direction, 15},
+    {"altNames", K::Field, F::AltNames, 16},
+    {"description", K::Field, F::Desc, 17},
+    {"anchors", K::Field, F::Anchors, 18},
+    {"marks", K::Field, F::Marks, 19},
+    {"accents", K::Accents, F::Marks, 19},
+    {"desc", K::Field, F::Desc, 0},
+    {"legacy", K::Legacy, F::Production, 0},
+    {"unicodes", K::CodePoints, F::Unicodes, 0},
+    {"unicodeLegecy", K::Field, F::UnicodeLegacy, 0},
+    {"unicharString", K::Field, F::UnicharString, 0},
 };
 
-Handling handlingOf(std::string_view key)
+constexpr KnownAttribute kUnknown {{}, K::Unknown};
+
+const KnownAttribute &attributeOfKey(std::string_view key)
 {
-    using K = Handling;
-    using F = GlyphField;
-    // The first character and the length tell all known keys apart but for a few pairs; comparing whole
-    // texts after that keeps it safe.
-    switch (key.front()) {
-    case 'a':
-        if (key == "anchors")
-            return {K::Field, F::Anchors, 18};
-        if (key == "altNames")
-            return {K::Field, F::AltNames, 16};
-        if (key == "accents")
-            return {K::Accents, F::Marks, 19};
-        break;
-    case 'c':
-        if (key == "category")
-            return {K::Field, F::Category, 10};
-        if (key == "case")
-            return {K::Case, F::Case, 12};
-        break;
-    case 'd':
-        if (key == "description")
-            return {K::Field, F::Desc, 17};
-        if (key == "decompose")
-            return {K::Field, F::Decompose, 9};
-        if (key == "direction")
-            return {K::Direction, F::Direction, 15};
-        if (key == "desc")
-            return {K::Field, F::Desc, 0};
-        break;
-    case 'l':
-        if (key == "legacy")
-            return {K::Legacy, F::Production, 0};
-        break;
-    case 'm':
-        if (key == "marks")
-            return {K::Field, F::Marks, 19};
-        break;
-    case 'n':
-        if (key == "name")
-            return {K::Field, F::Name, 5};
-        break;
-    case 'p':
-        if (key == "production")
-            return {K::Field, F::Production, 14};
-        break;
-    case 's':
-        if (key == "subCategory")
-            return {K::Field, F::SubCategory, 11};
-        if (key == "script")
-            return {K::Field, F::Script, 13};
-        if (key == "sortName")
-            return {K::Field, F::SortName, 6};
-        if (key == "sortNameOld")
-            return {K::Field, F::SortNameOld, 7};
-        if (key == "sortNameKeep")
-            return {K::Field, F::SortNameKeep, 8};
-        break;
-    case 'u':
-        if (key == "unicode")
-            return {K::CodePoint, F::Unicodes, 1};
-        if (key == "unicode2")
-            return {K::CodePoint, F::Unicodes, 2};
-        if (key == "unicode3")
-            return {K::CodePoint, F::Unicodes, 0};
-        if (key == "unicodes")
-            return {K::CodePoints, F::Unicodes, 0};
-        if (key == "unicodeLegacy")
-            return {K::Field, F::UnicodeLegacy, 4};
-        if (key == "unicodeLegecy")
-            return {K::Field, F::UnicodeLegacy, 0};
-        if (key == "unicharString")
-            return {K::Field, F::UnicharString, 0};
-        break;
-    default:
-        break;
+    const auto *found = std::find_if(std::begin(kKnown), std::end(kKnown),
+                                     [key](const KnownAttribute &known) { return known.key == key; });
+    return found == std::end(kKnown) ? kUnknown : *found;
+}
+
+/// The attribute, from \a first of the table on, whose key stands at the front of \a text with an equals sign
+/// and a quote behind it; null when there is none.
+const KnownAttribute *usualAttribute(std::string_view text, const KnownAttribute *first)
+{
+    for (const KnownAttribute *known = first; known != std::end(kKnown); ++known) {
+        const std::string_view key = known->key;
+        if (key.front() == text.front() && text.size() > key.size() + 1 && text[key.size()] == '='
+            && text[key.size() + 1] == '"' && std::memcmp(text.data(), key.data(), key.size()) == 0)
+            return known;
     }
-    return {K::Unknown};
+    return nullptr;
 }
 
 constexpr std::array<bool, 256> makeKeyCharacters()
@@ -285,6 +262,7 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
     std::size_t i = kStart.size();
     // Where the writer would put the next key or the end: behind the closing quote and one blank.
     std::size_t usualPlace = i;
+    const KnownAttribute *next = kKnown;
     bool ended = false;
     if (bound < kStart.size() + 2)
         i = length;
@@ -296,7 +274,12 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
         }
         const bool isUsualPlace = i == usualPlace && line[i - 1] == ' ';
         const std::size_t keyStart = i;
-        while (i < length && isKeyCharacter(line[i]))
+        const KnownAttribute *usual = usualAttribute(line.substr(i), next);
+        if (usual) {
+            i += usual->key.size();
+            next = usual + 1;
+        }
+        while (!usual && i < length && isKeyCharacter(line[i]))
             ++i;
         const std::string_view key = line.substr(keyStart, i - keyStart);
         if (key.empty() && line.substr(i, 2) == "/>") {
@@ -320,7 +303,8 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
             const void *quote = std::memchr(line.data() + i, '"', length - i);
             i = quote ? static_cast<std::size_t>(static_cast<const char *>(quote) - line.data()) : length;
         }
-        const Attribute attribute {key, line.substr(valueStart, i - valueStart)};
+        const Attribute attribute {key, line.substr(valueStart, i - valueStart),
+                                   usual ? *usual : attributeOfKey(key)};
         const bool isPlain = isUsualPlace && valueStart == afterKey + 2 && line[afterKey] == '='
             && line[afterKey + 1] == '"' && i < length;
         if (!isPlain)
@@ -358,18 +342,17 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
 
 GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute &attribute)
 {
-    const auto &[key, value] = attribute;
-    const Handling handling = handlingOf(key);
-    noteOrder(handling.rank);
-    if (handling.kind != Handling::Unknown) {
-        const quint32 bit = 1u << static_cast<int>(handling.field);
-        if (m_seenFields & bit && handling.kind != Handling::CodePoint)
+    const auto &[key, value, known] = attribute;
+    noteOrder(known.rank);
+    if (known.kind != K::Unknown) {
+        const quint32 bit = 1u << static_cast<int>(known.field);
+        if (m_seenFields & bit && known.kind != K::CodePoint)
             note(ReadNotes::DroppedAttribute, key);
         m_seenFields |= bit;
     }
-    switch (handling.kind) {
-    case Handling::Field:
-        if (handling.field == GlyphField::Marks) {
+    switch (known.kind) {
+    case K::Field:
+        if (known.field == GlyphField::Marks) {
             m_lineVersions &= ~1; // version 1 calls them accents
             if (VXGlyphInfo::refusesMarks(value)) {
                 m_lineVersions = 0;
@@ -377,32 +360,32 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
                 return After::LookForEnd;
             }
         }
-        if (handling.field == GlyphField::UnicodeLegacy && utf16Length(value) < 4)
+        if (known.field == GlyphField::UnicodeLegacy && utf16Length(value) < 4)
             m_lineVersions = 0;
-        setPiece(info, handling.field, value);
+        setPiece(info, known.field, value);
         return After::LookForEnd;
-    case Handling::Legacy:
+    case K::Legacy:
         setPiece(info, GlyphField::Production, value);
         return After::LookForEnd;
-    case Handling::CodePoint:
-        if (handling.rank == 2 && info.stored(GlyphField::Unicodes).isAbsent())
+    case K::CodePoint:
+        if (known.rank == 2 && info.stored(GlyphField::Unicodes).isAbsent())
             m_lineVersions = 0; // a lone second code point is the first one from now on
         addCodePoint(info, value);
         return After::GoOn;
-    case Handling::CodePoints: {
+    case K::CodePoints: {
         QStringList parts = toText(value).split(u',');
         info.setUnicodes(parts.join(u' ').split(u' '));
         if (info.unicodes().size() > 2)
             note(ReadNotes::CodePoints, value);
         return After::GoOn;
     }
-    case Handling::Direction: {
+    case K::Direction: {
         info.m_direction = static_cast<qint8>(VXGlyphInfo::directionFromString(toText(value)));
         if (value != GlyphLineWriter::directionWord(info.m_direction))
             m_lineVersions = 0;
         return After::GoOn;
     }
-    case Handling::Case: {
+    case K::Case: {
         int letterCase = VXGlyphInfo::upper;
         while (letterCase < VXGlyphInfo::other && value != GlyphLineWriter::caseWord(letterCase))
             ++letterCase;
@@ -412,12 +395,12 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
         m_lineVersions = isUsual ? m_lineVersions & ~1 : 0;
         return After::GoOn;
     }
-    case Handling::Accents:
+    case K::Accents:
         setPiece(info, GlyphField::Marks, value);
         m_versionHint = 1;
         m_lineVersions &= ~2;
         return After::GoOn;
-    case Handling::Unknown: {
+    case K::Unknown: {
         // Fields that take no text come here too: in a file they are as good as unknown.
         m_lineVersions = 0;
         note(ReadNotes::UnknownAttribute, key);
@@ -456,12 +439,6 @@ void GlyphLineReader::addCodePoint(VXGlyphInfo &info, std::string_view value)
         m_lineVersions = 0;
     if (codePoints.size() > 2)
         note(ReadNotes::CodePoints, value);
-}
-
-void GlyphLineReader::setPiece(VXGlyphInfo &info, GlyphField field, std::string_view value)
-{
-    info.m_values[static_cast<std::size_t>(field)] = FieldValue::piece(
-        m_source->data(), static_cast<quint64>(value.data() - m_source->data()), value.size());
 }
 
 void GlyphLineReader::noteOrder(int rank)

@@ -8,6 +8,8 @@
 
 namespace runebook {
 
+struct KnownAttribute;
+
 /// Reads glyph lines out of one block of bytes. The records keep pointing into the block; nothing is copied
 /// that nobody looks at.
 class GlyphLineReader
@@ -38,6 +40,7 @@ private:
     struct Attribute {
         std::string_view key;
         std::string_view value;
+        const KnownAttribute &known;
     };
     enum class After { GoOn, LookForEnd };
 
@@ -46,7 +49,11 @@ private:
     After apply(VXGlyphInfo &info, const Attribute &attribute);
     void reportUnknown(VXGlyphInfo &info, const Attribute &attribute);
     void addCodePoint(VXGlyphInfo &info, std::string_view value);
-    void setPiece(VXGlyphInfo &info, GlyphField field, std::string_view value);
+    void setPiece(VXGlyphInfo &info, GlyphField field, std::string_view value)
+    {
+        info.m_values[static_cast<std::size_t>(field)] = FieldValue::piece(
+            m_source->data(), static_cast<quint64>(value.data() - m_source->data()), value.size());
+    }
     void noteOrder(int rank);
     void note(ReadNotes::Kind kind, std::string_view text);
 

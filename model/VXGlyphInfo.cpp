@@ -24,10 +24,10 @@ constexpr quint32 kNoCodePoint = 0xFFFFFF;
 /// and of Latin-1.
 template <typename View> quint32 scanHex(View text)
 {
-    if (text.startsWith("0x"_L1, Qt::CaseInsensitive))
-        text = text.mid(2);
+    const bool hasPrefix =
+        text.size() >= 2 && text.at(0) == u'0' && (text.at(1) == u'x' || text.at(1) == u'X');
     quint32 value = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
+    for (qsizetype i = hasPrefix ? 2 : 0; i < text.size(); ++i) {
         const int digit = hexDigit(text.at(i));
         if (digit < 0)
             break;
