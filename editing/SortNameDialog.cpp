@@ -35,14 +35,6 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
 
     auto *form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    auto *layout = new QVBoxLayout(this);
-    layout->addLayout(form);
-    layout->addStretch();
-    layout->addWidget(buttons);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
     m_prefix->setMaxLength(std::numeric_limits<int>::max());
     m_prefix->setText(UserDefaults::standard().stringForKey(SortNumbering::prefixKey()));
     connect(m_prefix, &QLineEdit::textChanged, this, [this](const QString &text) {
@@ -62,6 +54,15 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
     m_example->setAccessibleName(tr("Example"));
     m_example->setTextInteractionFlags(Qt::TextSelectableByMouse);
     updateExample();
+
+    // After the fields, so that they come first in the order of Tab.
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addStretch();
+    layout->addWidget(buttons);
     m_prefix->setFocus();
     m_prefix->selectAll();
 }

@@ -37,9 +37,7 @@ UnicodesTokenField::UnicodesTokenField(QWidget *parent) : QLineEdit(parent)
     setTextMargins(kTokenPadding, 0, kTokenPadding, 0);
     setAccessibleName(tr("Code points"));
     setAccessibleDescription(tr("Hexadecimal code points, with blanks between them"));
-    QFont spaced; // nothing but the gaps is the field's own
-    spaced.setWordSpacing(2 * kTokenPadding + kTokenGap - fontMetrics().horizontalAdvance(u' '));
-    setFont(spaced);
+    connect(this, &QLineEdit::textChanged, this, &UnicodesTokenField::spaceTokens);
     connect(this, &QLineEdit::textEdited, this, [this] { m_isTouched = true; });
 }
 
@@ -55,8 +53,7 @@ void UnicodesTokenField::setMultipleValues()
 {
     m_isMixed = true;
     m_tokens.clear();
-    // Only blanks are as wide as the gap between tokens.
-    setPlaceholderText(tr("Multiple values").replace(u' ', QChar::Nbsp));
+    setPlaceholderText(tr("Multiple values"));
     revert();
 }
 
@@ -91,6 +88,18 @@ void UnicodesTokenField::commitEditing()
     m_isMixed = false;
     showTokens(m_tokens);
     Q_EMIT tokensCommitted(m_tokens);
+}
+
+/// Makes the blanks between tokens as wide as what the tokens need; those of a placeholder are none.
+void UnicodesTokenField::spaceTokens()
+{
+    const int gap = 2 * kTokenPadding + kTokenGap - fontMetrics().horizontalAdvance(u' ');
+    const int spacing = text().isEmpty() ? 0 : gap;
+    if (font().wordSpacing() == spacing)
+        return;
+    QFont spaced; // nothing but the gaps is the field's own
+    spaced.setWordSpacing(spacing);
+    setFont(spaced);
 }
 
 // Typing

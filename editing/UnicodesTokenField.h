@@ -46,6 +46,7 @@ private:
         int length;
     };
     std::vector<Token> visibleTokens() const;
+    void spaceTokens();
     void completeTokens();
     bool removeTokenBeforeCursor();
     void showTokens(const QStringList &tokens);

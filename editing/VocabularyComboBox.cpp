@@ -16,7 +16,8 @@ VocabularyComboBox::VocabularyComboBox(QWidget *parent) : QComboBox(parent)
     setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(8);
     lineEdit()->setMaxLength(std::numeric_limits<int>::max());
-    lineEdit()->installEventFilter(this);
+    // The box would turn a word into the like one of its list that differs in case.
+    disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
     completer()->setCompletionMode(QCompleter::PopupCompletion);
     completer()->setFilterMode(Qt::MatchContains);
     completer()->setCaseSensitivity(Qt::CaseInsensitive);
@@ -105,14 +106,11 @@ void VocabularyComboBox::wheelEvent(QWheelEvent *event)
     event->ignore();
 }
 
-bool VocabularyComboBox::eventFilter(QObject *watched, QEvent *event)
+void VocabularyComboBox::focusOutEvent(QFocusEvent *event)
 {
-    if (watched == lineEdit() && event->type() == QEvent::FocusOut) {
-        const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
-        if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason)
-            commitEditing();
-    }
-    return QComboBox::eventFilter(watched, event);
+    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
+        commitEditing();
+    QComboBox::focusOutEvent(event);
 }
 
 } // namespace runebook

@@ -1,0 +1,288 @@
+// The find-and-replace dialog and the sort-name sheet, driven with keys.
+#include "document/VXDocument.h"
+#include "editing/ReplacePreviewModel.h"
+#include "editing/SortNameDialog.h"
+#include "editing/SortNumbering.h"
+#include "editing/VXFindReplaceWindowController.h"
+#include "platform/UserDefaults.h"
+#include "tests/TestMain.h"
+
+#include <QAbstractItemModelTester>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTableView>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+InfoList named(const QStringList &names)
+{
+    InfoList infos;
+    for (const QString &name : names) {
+        infos.push_back(VXGlyphInfo::init());
+        infos.back()->setName(name);
+    }
+    return infos;
+}
+
+QString namesOf(const VXDocument &document)
+{
+    QStringList names;
+    for (const InfoPtr &info : document.infos())
+        names << info->name();
+    return names.join(u' ');
+}
+
+QLineEdit *fieldOf(QWidget &dialog, const QString &name)
+{
+    return dialog.findChild<QLineEdit *>(name);
+}
+
+} // namespace
+
+class ReplaceDialogTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void replacesWhatWasTyped();
+    void escapeChangesNothing();
+    void keepsTheTexts();
+    void showsChangesWhileTyping();
+    void warnsOfNames();
+    void isReachedByKeyboard();
+    void longTextsStartNearTheChange();
+    void goesWhileAFieldHasTheFocus();
+    void sortSheetEditsDefaults();
+    void sortSheetShowsExample_data();
+    void sortSheetShowsExample();
+};
+
+void ReplaceDialogTest::init()
+{
+    for (const char *key : {"FindAndReplaceSearch", "FindAndReplaceReplace", "FindAndReplaceField",
+                            "sortNamePrefix", "sortNameStart", "sortNameStep", "sortNameDigits"})
+        UserDefaults::standard().removeObjectForKey(QLatin1StringView(key));
+}
+
+void ReplaceDialogTest::replacesWhatWasTyped()
+{
+    VXDocument document;
+    document.setInfos(named({u"a.sc"_s, u"cab"_s, u"a"_s}));
+    VXFindReplaceWindowController dialog;
+    dialog.setSelectedInfos({document.infos()[0], document.infos()[1]});
+    QSignalSpy replaced(&dialog, &VXFindReplaceWindowController::replaced);
+    QSignalSpy ended(&dialog, &VXFindReplaceWindowController::ended);
+    QString namesWhileOpen;
+    QTimer::singleShot(0, &dialog, [&] {
+        QTest::keyClicks(dialog.focusWidget(), u"a"_s);
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
+        QTest::keyClicks(dialog.focusWidget(), u"b"_s);
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
+        namesWhileOpen = namesOf(document);
+    });
+    QCOMPARE(dialog.runDialogModalForWindow(nullptr, nullptr), 0);
+    QCOMPARE(namesWhileOpen, u"a.sc cab a"_s);
+    QVERIFY(!dialog.isVisible());
+    QVERIFY(ended.wait());
+    QCOMPARE(namesOf(document), u"b.sc cbb a"_s);
+    QCOMPARE(replaced.size(), 1);
+    const auto summary = replaced.first().first().value<ReplaceSummary>();
+    QCOMPARE(summary.records, 2);
+    QCOMPARE(summary.occurrences, 2);
+    QCOMPARE(document.undoManager()->stack()->undoText(), u"Replace"_s);
+    document.undoManager()->undo();
+    QCOMPARE(namesOf(document), u"a.sc cab a"_s);
+    QVERIFY(!document.undoManager()->canUndo());
+}
+
+void ReplaceDialogTest::escapeChangesNothing()
+{
+    VXDocument document;
+    document.setInfos(named({u"a"_s}));
+    QWidget window;
+    window.show();
+    auto *dialog = new VXFindReplaceWindowController;
+    dialog->setSelectedInfos(document.infos());
+    connect(dialog, &VXFindReplaceWindowController::ended, dialog, &QObject::deleteLater);
+    QPointer<QObject> life(dialog);
+    QTimer::singleShot(0, dialog, [dialog] {
+        fieldOf(*dialog, u"findField"_s)->setText(u"a"_s);
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    });
+    QCOMPARE(dialog->runDialogModalForWindow(&window, &window), 0);
+    QCOMPARE(dialog->parentWidget(), &window);
+    QTRY_VERIFY(!life);
+    QTest::qWait(20);
+    QCOMPARE(namesOf(document), u"a"_s);
+}
+
+void ReplaceDialogTest::keepsTheTexts()
+{
+    {
+        VXFindReplaceWindowController dialog;
+        dialog.selectItemWithTag(FindReplace::Desc);
+        fieldOf(dialog, u"findField"_s)->setText(u"find"_s);
+        fieldOf(dialog, u"replaceField"_s)->setText(u"put"_s);
+        dialog.doReplace();
+    }
+    QCOMPARE(UserDefaults::standard().stringForKey(u"FindAndReplaceSearch"_s), u"find"_s);
+    QCOMPARE(UserDefaults::standard().stringForKey(u"FindAndReplaceReplace"_s), u"put"_s);
+    VXFindReplaceWindowController next;
+    QCOMPARE(fieldOf(next, u"findField"_s)->text(), u"find"_s);
+    QCOMPARE(fieldOf(next, u"replaceField"_s)->text(), u"put"_s);
+    QCOMPARE(next.selectedTag(), int(FindReplace::Desc));
+}
+
+void ReplaceDialogTest::showsChangesWhileTyping()
+{
+    VXFindReplaceWindowController dialog;
+    dialog.setSelectedInfos(named({u"a.sc"_s, u"b"_s, u"cab"_s}));
+    auto *table = dialog.findChild<QTableView *>(u"changesTable"_s);
+    const auto *count = dialog.findChild<QLabel *>(u"countLabel"_s);
+    QPushButton *replace = nullptr;
+    for (QPushButton *button : dialog.findChildren<QPushButton *>())
+        replace = button->isDefault() || button->autoDefault() ? (replace ? replace : button) : replace;
+    const QAbstractItemModelTester tester(table->model());
+    QCOMPARE(table->model()->rowCount(), 0);
+    QCOMPARE(count->text(), u"Selected records: 3"_s);
+    QVERIFY(!replace->isEnabled());
+
+    QTest::keyClicks(fieldOf(dialog, u"findField"_s), u"a"_s);
+    QTest::keyClicks(fieldOf(dialog, u"replaceField"_s), u"xy"_s);
+    QCOMPARE(count->text(), u"Records that change: 2 of 3. Occurrences: 2."_s);
+    QVERIFY(replace->isEnabled());
+    const auto row = [&](int at) {
+        QStringList cells;
+        for (int column = 0; column < table->model()->columnCount(); ++column)
+            cells << table->model()->index(at, column).data().toString();
+        return cells.join(u'|');
+    };
+    QCOMPARE(table->model()->rowCount(), 2);
+    QCOMPARE(row(1), u"cab|cab|cxyb"_s);
+
+    QTest::keyClicks(fieldOf(dialog, u"findField"_s), u"q"_s);
+    QCOMPARE(count->text(), u"Nothing to replace. Selected records: 3"_s);
+    QVERIFY(!replace->isEnabled());
+    dialog.setSelectedInfos({});
+    QCOMPARE(count->text(), u"No records are selected."_s);
+}
+
+void ReplaceDialogTest::warnsOfNames()
+{
+    VXDocument document;
+    document.setInfos(named({u"a"_s, u"one"_s, u"b"_s}));
+    VXFindReplaceWindowController dialog;
+    dialog.setSelectedInfos({document.infos()[0], document.infos()[1]});
+    const auto *warning = dialog.findChild<QLabel *>(u"problemsLabel"_s);
+    fieldOf(dialog, u"findField"_s)->setText(u"a"_s);
+    fieldOf(dialog, u"replaceField"_s)->setText(u"b"_s);
+    QTRY_COMPARE(warning->text(), u"Names that more than one record will have: 1."_s);
+    fieldOf(dialog, u"findField"_s)->setText(u"one"_s);
+    fieldOf(dialog, u"replaceField"_s)->setText(u"1"_s);
+    QTRY_COMPARE(warning->text(), u"Names that become invalid: 1."_s);
+
+    QSignalSpy replaced(&dialog, &VXFindReplaceWindowController::replaced);
+    dialog.doReplace();
+    QVERIFY(replaced.wait());
+    QCOMPARE(document.infos()[1]->name(), u"1"_s);
+    QCOMPARE(replaced.first().first().value<ReplaceSummary>().problems, (NameProblems {1, 0}));
+}
+
+void ReplaceDialogTest::isReachedByKeyboard()
+{
+    VXFindReplaceWindowController dialog;
+    dialog.setSelectedInfos(named({u"a"_s}));
+    fieldOf(dialog, u"findField"_s)->setText(u"a"_s);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QStringList visited;
+    for (int step = 0; step < 6; ++step) {
+        const QWidget *focus = dialog.focusWidget();
+        const auto *button = qobject_cast<const QPushButton *>(focus);
+        visited << (button ? button->text().remove(u'&') : focus->objectName());
+        if (!button)
+            QVERIFY2(!focus->accessibleName().isEmpty(), qPrintable(focus->objectName()));
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
+    }
+    visited.sort();
+    QCOMPARE(visited.join(u' '), u"Cancel Replace changesTable fieldPopup findField replaceField"_s);
+    for (const QLabel *label : dialog.findChildren<QLabel *>()) {
+        if (label->text().contains(u'&'))
+            QVERIFY2(label->buddy(), qPrintable(label->text()));
+    }
+}
+
+void ReplaceDialogTest::longTextsStartNearTheChange()
+{
+    const InfoPtr info = VXGlyphInfo::init();
+    info->setDesc(QString(5000, u'-') + u"x\ny"_s + QString(5000, u'+'));
+    ReplacePreviewModel model;
+    model.setPreviews(FindReplace(u"x"_s, u"zz"_s, FindReplace::Desc).preview({info}, 1).first);
+    const QString after = model.index(0, ReplacePreviewModel::AfterColumn).data().toString();
+    QVERIFY2(after.startsWith(u"…--"_s) && after.indexOf(u"zz↵y++"_s) == 21, qPrintable(after));
+    QVERIFY(after.size() < 400);
+}
+
+void ReplaceDialogTest::goesWhileAFieldHasTheFocus()
+{
+    auto dialog = std::make_unique<VXFindReplaceWindowController>();
+    dialog->show();
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    QTest::keyClicks(dialog->focusWidget(), u"half"_s);
+    dialog.reset();
+    QVERIFY(!UserDefaults::standard().isSet(u"FindAndReplaceSearch"_s));
+}
+
+void ReplaceDialogTest::sortSheetEditsDefaults()
+{
+    SortNameDialog dialog(3);
+    QCOMPARE(dialog.example(), u"a001, a002, a003"_s);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QSignalSpy finished(&dialog, &QDialog::finished);
+    QTest::keyClicks(dialog.focusWidget(), u"x"_s);
+    const QStringList typed {u"10"_s, u"-5"_s, u"2"_s};
+    for (const QString &number : typed) {
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
+        QTest::keyClicks(dialog.focusWidget(), number);
+    }
+    QCOMPARE(dialog.example(), u"x10, x05, x00"_s);
+    QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
+    QCOMPARE(finished.first().first().toInt(), 1);
+    const SortNumbering kept = SortNumbering::fromDefaults();
+    QCOMPARE(kept.nameForNumber(kept.numberAt(3)), u"x-5"_s);
+
+    SortNameDialog again(3);
+    again.show();
+    QSignalSpy cancelled(&again, &QDialog::finished);
+    QTest::keyClick(&again, Qt::Key_Escape);
+    QCOMPARE(cancelled.first().first().toInt(), 0);
+    QCOMPARE(again.example(), u"x10, x05, x00"_s);
+}
+
+void ReplaceDialogTest::sortSheetShowsExample_data()
+{
+    QTest::addColumn<int>("records");
+    QTest::addColumn<QString>("example");
+    QTest::newRow("none") << 0 << QString();
+    QTest::newRow("one") << 1 << u"a001"_s;
+    QTest::newRow("four") << 4 << u"a001, a002, a003, a004"_s;
+    QTest::newRow("many") << 1200 << u"a001, a002, a003, …, a1200"_s;
+}
+
+void ReplaceDialogTest::sortSheetShowsExample()
+{
+    QFETCH(int, records);
+    QFETCH(QString, example);
+    QCOMPARE(SortNameDialog(records).example(), example);
+}
+
+RUNEBOOK_TEST_MAIN(ReplaceDialogTest)
+#include "ReplaceDialogTest.moc"
