@@ -25,10 +25,11 @@ protected:
         if (m_isLit) {
             QPainter painter(this);
             painter.setRenderHint(QPainter::Antialiasing);
-            QColor fill = palette().color(QPalette::WindowText);
-            painter.setPen(fill);
-            fill.setAlphaF(0.14F);
-            painter.setBrush(fill);
+            QColor ink = palette().color(QPalette::WindowText);
+            ink.setAlphaF(0.6F);
+            painter.setPen(ink);
+            ink.setAlphaF(0.12F);
+            painter.setBrush(ink);
             const QRectF area = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
             painter.drawRoundedRect(area, 5, 5);
         }

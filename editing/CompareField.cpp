@@ -52,7 +52,7 @@ void CompareField::setValue(const QString &text, const std::vector<TextPart> &ma
     }
     if (shown != toPlainText()) {
         setPlainText(shown);
-        Q_EMIT wantedHeightChanged();
+        textHasNewLines();
     }
     paintMarks();
 }
@@ -78,17 +78,28 @@ void CompareField::paintMarks()
 
 int CompareField::wantedHeight() const
 {
-    const int lines = static_cast<int>(std::ceil(document()->size().height()));
+    const int lines = std::clamp(lineCount(), 1, kMaxLines);
     const double margins = 2 * document()->documentMargin() + 2 * frameWidth();
-    return static_cast<int>(
-        std::ceil(std::clamp(lines, 1, kMaxLines) * QFontMetricsF(font()).lineSpacing() + margins));
+    return static_cast<int>(std::ceil(lines * QFontMetricsF(font()).lineSpacing() + margins));
+}
+
+int CompareField::lineCount() const
+{
+    return static_cast<int>(std::ceil(document()->size().height()));
+}
+
+/// A scroll bar only where there is something to scroll: a height rounded down shall not bring one.
+void CompareField::textHasNewLines()
+{
+    setVerticalScrollBarPolicy(lineCount() > kMaxLines ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+    Q_EMIT wantedHeightChanged();
 }
 
 void CompareField::resizeEvent(QResizeEvent *event)
 {
     QPlainTextEdit::resizeEvent(event);
     if (event->oldSize().width() != event->size().width())
-        Q_EMIT wantedHeightChanged();
+        textHasNewLines();
 }
 
 void CompareField::changeEvent(QEvent *event)
@@ -97,7 +108,7 @@ void CompareField::changeEvent(QEvent *event)
     if (event->type() == QEvent::PaletteChange)
         paintMarks();
     else if (event->type() == QEvent::FontChange)
-        Q_EMIT wantedHeightChanged();
+        textHasNewLines();
 }
 
 } // namespace runebook

@@ -29,6 +29,8 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    int lineCount() const;
+    void textHasNewLines();
     void paintMarks();
 
     std::vector<TextPart> m_marks;

@@ -102,7 +102,7 @@ CompareSheet::Half CompareSheet::makeHalf(Side side, const ComparedField &field)
     Half half;
     half.label = plainLabel(titleOf(field), this);
     half.label->setAlignment(Qt::AlignRight | Qt::AlignTop);
-    half.label->setContentsMargins(0, 5, 0, 0);
+    half.label->setContentsMargins(0, 3, 0, 0);
     if (isChoice(field.field)) {
         half.cells = new ChoiceCells(titleOf(field), choicesOf(field.field), this);
         half.cells->setObjectName(outlet);

@@ -15,9 +15,7 @@ namespace {
 const QString kFilterKey = u"FilterKey"_s;
 const QString kFilterMode = u"FilterMode"_s;
 
-/// So long a comparison may keep the window waiting before it goes on in the background...
-constexpr auto kFirstBudget = 60ms;
-/// ...a bit at a time, so that the window stays alive.
+/// A comparison in the background works so long at a time, and the window stays alive.
 constexpr auto kBudget = 10ms;
 
 } // namespace
@@ -175,10 +173,14 @@ void VXCompareDataWindow::updateFilters()
         showCounts();
         return;
     }
+    // What is still to be announced of edits made before this is no news afterwards.
+    left->flushChanges();
+    right->flushChanges();
+    m_isStale = false;
     m_comparedMode = mode();
     const CompareKey key = compareKeyFromNumber(UserDefaults::standard().integerForKey(kFilterKey));
     m_comparison = std::make_unique<KeyComparison>(left->infos(), right->infos(), key, m_comparedMode);
-    continueComparison(kFirstBudget);
+    continueComparison(m_patience);
 }
 
 void VXCompareDataWindow::continueComparison(std::chrono::milliseconds budget)

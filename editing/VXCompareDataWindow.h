@@ -65,6 +65,8 @@ public: // moving
     Q_INVOKABLE void selectPreviousDifference() { moveSelection(-1); }
     /// Ends a comparison that goes on in the background.
     Q_INVOKABLE void cancelComparison();
+    /// How long a comparison keeps its caller waiting before it goes on in the background.
+    void setPatience(std::chrono::milliseconds patience) { m_patience = patience; }
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -104,6 +106,7 @@ private: // what is shown
     std::unique_ptr<runebook::KeyComparison> m_comparison; ///< while it goes on
     runebook::CompareMode m_comparedMode = runebook::CompareMode::OnlyRight;
     std::array<qsizetype, runebook::kCompareModeCount> m_counts;
+    std::chrono::milliseconds m_patience {60};
     QTimer m_workTimer;
     QTimer m_contentTimer;
     QList<QMetaObject::Connection> m_watches;

@@ -1,0 +1,584 @@
+#include "editing/VXCompareDataWindow.h"
+#include "platform/DocumentController.h"
+#include "platform/UserDefaults.h"
+#include "tests/TestMain.h"
+#include "tests/editing/CompareRecords.h"
+
+#include <QAbstractItemModelTester>
+#include <QComboBox>
+#include <QLabel>
+#include <QListView>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QToolButton>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A: equal. B: another category. C: only left. D: only right.
+const QString kLeft =
+    u"unicode=\"0041\" name=\"A\" category=\"Letter\" description=\"a\"\n"
+    "unicode=\"0042\" name=\"B\" category=\"Letter\" marks=\"acute, grave\" description=\"b\"\n"
+    "unicode=\"0043\" name=\"C\" category=\"Letter\" case=\"upper\" description=\"c\""_s;
+const QString kRight =
+    u"unicode=\"0041\" name=\"A\" category=\"Letter\" description=\"a\"\n"
+    "unicode=\"0042\" name=\"B\" category=\"Mark\" marks=\"acute, breve, grave\" description=\"b\"\n"
+    "unicode=\"0044\" name=\"D\" category=\"Letter\" description=\"d\""_s;
+
+QStringList namesOf(const InfoList &infos)
+{
+    QStringList names;
+    for (const InfoPtr &info : infos)
+        names << info->name();
+    return names;
+}
+
+QString letters(int count, const QString &attributes)
+{
+    QString lines;
+    for (int i = 0; i < count; ++i)
+        lines += u"name=\"g%1\" %2\n"_s.arg(i).arg(attributes);
+    return lines;
+}
+
+} // namespace
+
+class CompareWindowTest : public QObject
+{
+    Q_OBJECT
+    std::unique_ptr<VXCompareDataWindow> m_window;
+    QList<VXDocument *> m_documents;
+
+    /// Opens documents so that they stand in the lists in this order.
+    void open(const QStringList &contents)
+    {
+        for (qsizetype i = contents.size(); i-- > 0;) {
+            VXDocument *document =
+                documentOf(contents.at(i), u"/tests/%1.xml"_s.arg(QChar(u'a' + static_cast<int>(i))))
+                    .release();
+            DocumentController::shared().addDocument(document);
+            m_documents.prepend(document);
+        }
+    }
+    void setMode(int mode) { UserDefaults::standard().setObjectForKey(mode, u"FilterMode"_s); }
+    void setKey(int key) { UserDefaults::standard().setObjectForKey(key, u"FilterKey"_s); }
+    QStringList keys() { return m_window->filteredKeys()->arrangedObjects(); }
+    QStringList selected() { return m_window->filteredKeys()->selectedObjects(); }
+    /// Shortcuts reach only a window that is active.
+    bool showActive()
+    {
+        m_window->showWindow();
+        return QTest::qWaitForWindowActive(m_window.get());
+    }
+    template <typename Widget> Widget *find(const char *name)
+    {
+        return m_window->findChild<Widget *>(QString::fromLatin1(name));
+    }
+    QColor colorOf(const QString &outlet)
+    {
+        QWidget *caption = m_window->outlet(outlet);
+        if (auto *cells = qobject_cast<ChoiceCells *>(caption))
+            return cells->titleColor();
+        return caption ? caption->palette().color(QPalette::WindowText) : QColor();
+    }
+    /// The captions that are red, on both sides alike.
+    QString redCaptions()
+    {
+        QStringList red;
+        const QColor normal = m_window->palette().color(QPalette::WindowText);
+        for (const ComparedField &field : comparedFields()) {
+            const QString name = QString::fromLatin1(field.name);
+            const QColor left = colorOf(u"leftLable"_s + name);
+            if (left != colorOf(u"rightLable"_s + name))
+                return u"sides differ in "_s + name;
+            if (left != normal)
+                red << name;
+        }
+        return red.join(u' ');
+    }
+    QString valueOf(CompareSheet::Side side, const QString &title)
+    {
+        const QString name = side == CompareSheet::Left ? u", left"_s : u", right"_s;
+        for (const CompareField *field : m_window->findChildren<CompareField *>()) {
+            if (field->accessibleName().startsWith(title + name))
+                return field->toPlainText();
+        }
+        return u"no field"_s;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        setMode(0);
+        setKey(0);
+        m_window = std::make_unique<VXCompareDataWindow>();
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        for (VXDocument *document : std::as_const(m_documents))
+            DocumentController::shared().removeDocument(document);
+        m_documents.clear();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(DocumentController::shared().documentList().size(), 0);
+    }
+
+    void outlets()
+    {
+        QCOMPARE(m_window->windowTitle(), u"Compare"_s);
+        QVERIFY(m_window->hasObservers());
+        for (const char *name :
+             {"Unicode", "Name", "SortName", "Category", "SubCategory", "Script", "Decompose", "Anchors",
+              "Accents", "Production", "AltNames", "Description", "Case", "Direction"}) {
+            for (const QString &side : {u"leftLable"_s, u"rightLable"_s})
+                QVERIFY2(m_window->outlet(side + QString::fromLatin1(name)), name);
+        }
+        auto *cells = qobject_cast<ChoiceCells *>(m_window->outlet(u"leftLableCase"_s));
+        QVERIFY(cells);
+        QCOMPARE(cells->titles().size(), 6);
+        QCOMPARE(qobject_cast<ChoiceCells *>(m_window->outlet(u"rightLableDirection"_s))->titles().size(), 6);
+        // Reached by name, as scripts do.
+        QObject *list = nullptr;
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "showWindow"));
+        runebook::DocumentChoice *choice = nullptr;
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "leftDocList",
+                                          Q_RETURN_ARG(runebook::DocumentChoice *, choice)));
+        list = choice;
+        QCOMPARE(list->property("selectionIndex").toInt(), -1);
+    }
+
+    void listModels()
+    {
+        open({kLeft, kRight});
+        const QAbstractItemModelTester left(m_window->leftDocList());
+        const QAbstractItemModelTester keyTester(m_window->filteredKeys());
+        m_window->showWindow();
+        setMode(2);
+        setMode(1);
+        QCOMPARE(keys(), QStringList(u"C"_s));
+    }
+
+    void modesAndKeys()
+    {
+        open({kLeft, kRight});
+        m_window->showWindow();
+        QCOMPARE(m_window->leftDocList()->selectionIndex(), 0);
+        QCOMPARE(m_window->rightDocList()->selectionIndex(), 1);
+        QCOMPARE(keys(), QStringList(u"D"_s));
+        setMode(1);
+        QCOMPARE(keys(), QStringList(u"C"_s));
+        setMode(2);
+        QCOMPARE(keys(), QStringList(u"B"_s));
+        setKey(1);
+        QCOMPARE(m_window->filterKey(), u"unicode"_s);
+        QCOMPARE(keys(), QStringList(u"0042"_s));
+        setKey(2);
+        QCOMPARE(keys(), QStringList());
+        setKey(9);
+        QCOMPARE(m_window->filterKey(), u"name"_s);
+        QCOMPARE(keys(), QStringList(u"B"_s));
+    }
+
+    void counts()
+    {
+        open({kLeft, kRight + u"\nname=\"E\"\nname=\"F\""_s});
+        QCOMPARE(m_window->countOfKeysInMode(0), -1);
+        m_window->showWindow();
+        QTRY_COMPARE(m_window->countOfKeysInMode(0), 3);
+        QCOMPARE(m_window->countOfKeysInMode(1), 1);
+        QCOMPARE(m_window->countOfKeysInMode(2), 1);
+        QCOMPARE(find<QLabel>("onlyRightCount")->text(), u"3"_s);
+        QCOMPARE(find<QRadioButton>("onlyLeftButton")->accessibleName(), u"Only on the left: 1"_s);
+    }
+
+    void choosers()
+    {
+        open({kLeft, kRight});
+        m_window->showWindow();
+        QTest::mouseClick(find<QRadioButton>("differentButton"), Qt::LeftButton);
+        QCOMPARE(UserDefaults::standard().integerForKey(u"FilterMode"_s), 2);
+        QCOMPARE(keys(), QStringList(u"B"_s));
+        auto *chooser = find<QComboBox>("keyChooser");
+        chooser->setFocus();
+        QTest::keyClick(chooser, Qt::Key_Down);
+        QCOMPARE(UserDefaults::standard().integerForKey(u"FilterKey"_s), 1);
+        QCOMPARE(keys(), QStringList(u"0042"_s));
+        setMode(0);
+        QVERIFY(find<QRadioButton>("onlyRightButton")->isChecked());
+        auto *right = find<QComboBox>("rightDocuments");
+        QTest::keyClick(right, Qt::Key_Up);
+        QCOMPARE(m_window->rightDocList()->selectionIndex(), 0);
+        QCOMPARE(keys(), QStringList());
+    }
+
+    void documentLists()
+    {
+        open({kLeft});
+        m_window->showWindow();
+        QCOMPARE(m_window->leftDocList()->selectionIndex(), 0);
+        QCOMPARE(m_window->rightDocList()->selectionIndex(), 0);
+        QCOMPARE(keys(), QStringList());
+        QVERIFY(find<QLabel>("emptyLabel")->text().startsWith(u"Only one document"_s));
+
+        // Not seen before the window is shown again.
+        VXDocument *second = documentOf(kRight, u"/tests/z.xml"_s).release();
+        DocumentController::shared().addDocument(second);
+        m_documents << second;
+        QCOMPARE(m_window->leftDocList()->arrangedObjects().size(), 1);
+        m_window->showWindow();
+        // Both keep their document, which is the second now; the step past the end leaves the right where it
+        // is.
+        QCOMPARE(m_window->leftDocList()->selectionIndex(), 1);
+        QCOMPARE(m_window->rightDocList()->selectionIndex(), 1);
+        m_window->leftDocList()->setSelectionIndex(0);
+        QCOMPARE(keys(), QStringList(u"C"_s));
+        m_window->leftDocList()->setSelectionIndex(7);
+        QCOMPARE(m_window->leftDocList()->selectionIndex(), 0);
+    }
+
+    void noDocuments()
+    {
+        m_window->showWindow();
+        QCOMPARE(m_window->leftDocList()->selectionIndex(), -1);
+        QCOMPARE(keys(), QStringList());
+        QVERIFY(find<QLabel>("emptyLabel")->isVisible());
+        m_window->copyLeft();
+        m_window->copyAllRight();
+        m_window->selectNextDifference();
+    }
+
+    void closedDocument()
+    {
+        open({kLeft, kRight});
+        m_window->showWindow();
+        QCOMPARE(keys(), QStringList(u"D"_s));
+        DocumentController::shared().removeDocument(m_documents.takeLast());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(keys(), QStringList());
+        QVERIFY(find<QLabel>("emptyLabel")->text().startsWith(u"A document was closed"_s));
+        QCOMPARE(m_window->rightInfoList()->arrangedObjects().size(), std::size_t(0));
+    }
+
+    void emptyTexts()
+    {
+        open({kLeft, kLeft, kLeft + u"\nname=\"Z\""_s});
+        m_window->showWindow();
+        auto *text = find<QLabel>("emptyLabel");
+        QCOMPARE(text->text(), u"Every glyph on the right is also on the left."_s);
+        setMode(2);
+        QCOMPARE(text->text(), u"No glyph that both documents have differs."_s);
+        m_window->rightDocList()->setSelectionIndex(2);
+        QTRY_VERIFY(text->text().contains(u"differences of another kind"_s));
+        m_window->rightDocList()->setSelectionIndex(0);
+        QVERIFY(text->text().startsWith(u"Both sides show the same document"_s));
+    }
+
+    void panes()
+    {
+        open({kLeft, kRight});
+        setMode(2);
+        m_window->showWindow();
+        QCOMPARE(selected(), QStringList(u"B"_s));
+        QCOMPARE(namesOf(m_window->leftInfoList()->selectedObjects()), QStringList(u"B"_s));
+        QCOMPARE(valueOf(CompareSheet::Left, u"Category"_s), u"Letter"_s);
+        QCOMPARE(valueOf(CompareSheet::Right, u"Category"_s), u"Mark"_s);
+        QCOMPARE(redCaptions(), u"Category Accents"_s);
+        for (const CompareField *field : m_window->findChildren<CompareField *>()) {
+            if (field->accessibleName().startsWith(u"Accents, right, different"_s)) {
+                QCOMPARE(field->markedParts(), (std::vector<TextPart> {{7, 7}}));
+                QCOMPARE(field->extraSelections().size(), 1);
+                QCOMPARE(field->extraSelections().first().cursor.selectedText(), u"breve, "_s);
+                return;
+            }
+        }
+        QFAIL("the field of the accents is not called different");
+    }
+
+    void oneSideOnly()
+    {
+        open({kLeft, kRight});
+        setMode(1);
+        m_window->showWindow();
+        QCOMPARE(selected(), QStringList(u"C"_s));
+        QCOMPARE(namesOf(m_window->leftInfoList()->arrangedObjects()), QStringList(u"C"_s));
+        QVERIFY(m_window->rightInfoList()->arrangedObjects().empty());
+        // Code points are never coloured, whatever has no value is not either.
+        QCOMPARE(redCaptions(), u"Name Category Description Case Direction"_s);
+        QCOMPARE(qobject_cast<ChoiceCells *>(m_window->outlet(u"leftLableCase"_s))->chosen(),
+                 QSet<int> {VXGlyphInfo::upper});
+        QCOMPARE(qobject_cast<ChoiceCells *>(m_window->outlet(u"rightLableCase"_s))->chosen(), QSet<int>());
+    }
+
+    void severalKeys()
+    {
+        open({kLeft, kRight + u"\nname=\"C\" category=\"Letter\" case=\"lower\" description=\"c\""_s});
+        setMode(2);
+        setKey(0);
+        m_documents.at(0)->infos().at(2)->setDesc(u"other"_s);
+        m_window->showWindow();
+        QCOMPARE(keys(), QStringList({u"B"_s, u"C"_s}));
+        auto *view = find<QListView>("keyView");
+        QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(selected(), QStringList({u"B"_s, u"C"_s}));
+        QCOMPARE(namesOf(m_window->leftInfoList()->arrangedObjects()), QStringList({u"B"_s, u"C"_s}));
+        QCOMPARE(namesOf(m_window->rightInfoList()->arrangedObjects()), QStringList({u"B"_s, u"C"_s}));
+        QCOMPARE(valueOf(CompareSheet::Left, u"Description"_s), u"b\nother"_s);
+        QCOMPARE(valueOf(CompareSheet::Right, u"Category"_s), u"Mark\nLetter"_s);
+        QCOMPARE(redCaptions(), u"Category Accents Description Case"_s);
+    }
+
+    void colours()
+    {
+        const InfoList a = recordsOf(u"name=\"A\" category=\"Letter\""_s);
+        const InfoList b = recordsOf(u"name=\"A\" category=\"Mark\""_s);
+        const QColor normal = m_window->colorForValuesOthersKey(a, b, u"name"_s);
+        const QColor red = m_window->colorForValuesOthersKey(a, b, u"category"_s);
+        QCOMPARE(normal, m_window->palette().color(QPalette::WindowText));
+        QVERIFY(red.red() > 150 && red.green() < 120 && red.blue() < 120);
+        QCOMPARE(m_window->colorForValuesOthersKey({}, {}, u"name"_s), normal);
+        QCOMPARE(m_window->colorForValuesOthersKey(a, {}, u"name"_s), red);
+        // The pairing of the accents' captions with the marks: "accents" names no field.
+        QCOMPARE(m_window->colorForValuesOthersKey(a, b, u"accents"_s), normal);
+        m_window->markDifferentValuesOthers(a, b);
+        QCOMPARE(redCaptions(), u"Category"_s);
+    }
+
+    void followsTheAppearance()
+    {
+        open({kLeft, kRight});
+        setMode(2);
+        m_window->showWindow();
+        QPalette dark = m_window->palette();
+        dark.setColor(QPalette::Window, QColor(0x20, 0x20, 0x20));
+        dark.setColor(QPalette::Base, QColor(0x18, 0x18, 0x18));
+        dark.setColor(QPalette::WindowText, Qt::white);
+        dark.setColor(QPalette::Text, Qt::white);
+        const QColor before = colorOf(u"leftLableCategory"_s);
+        m_window->setPalette(dark);
+        QTRY_VERIFY(colorOf(u"leftLableCategory"_s) != before);
+        QCOMPARE(colorOf(u"leftLableName"_s), QColor(Qt::white));
+        QCOMPARE(redCaptions(), u"Category Accents"_s);
+    }
+
+    void copies()
+    {
+        open({kLeft, kRight});
+        m_window->showWindow();
+        QCOMPARE(selected(), QStringList(u"D"_s));
+        VXDocument *left = m_documents.at(0);
+        QTest::mouseClick(find<QToolButton>("copyLeftButton"), Qt::LeftButton, {}, QPoint(6, 6));
+        QCOMPARE(namesOf(left->infos()), QStringList({u"A"_s, u"B"_s, u"C"_s, u"D"_s}));
+        QVERIFY(left->infos().back() != m_documents.at(1)->infos().back());
+        QCOMPARE(left->infos().back()->desc(), QString());
+        // The list stays until it is asked for anew; the pane shows the copy.
+        QCOMPARE(keys(), QStringList(u"D"_s));
+        QTRY_COMPARE(namesOf(m_window->leftInfoList()->arrangedObjects()), QStringList(u"D"_s));
+        QTRY_VERIFY(find<QWidget>("staleBar")->isVisible());
+        QTest::mouseClick(find<QPushButton>("refreshButton"), Qt::LeftButton);
+        QCOMPARE(keys(), QStringList());
+        QVERIFY(!find<QWidget>("staleBar")->isVisible());
+        left->undoManager()->undo();
+        QCOMPARE(left->countOfInfos(), 3);
+        QVERIFY(!left->isDocumentEdited());
+        QVERIFY(!m_documents.at(1)->isDocumentEdited());
+    }
+
+    /// The copy is appended beside a record of the same name.
+    void copyDoesNotReplace()
+    {
+        open({kLeft, kRight});
+        setMode(2);
+        QVERIFY(showActive());
+        QTest::keyClick(m_window.get(), Qt::Key_Right, Qt::AltModifier);
+        QCOMPARE(namesOf(m_documents.at(1)->infos()), QStringList({u"A"_s, u"B"_s, u"D"_s, u"B"_s}));
+        QCOMPARE(m_documents.at(1)->infos().back()->category(), u"Letter"_s);
+    }
+
+    void copyAll()
+    {
+        open({u"name=\"A\""_s, letters(5, u"category=\"x\""_s)});
+        QVERIFY(showActive());
+        auto *view = find<QListView>("keyView");
+        QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(m_window.get(), Qt::Key_Left, Qt::AltModifier | Qt::ShiftModifier);
+        VXDocument *left = m_documents.at(0);
+        QCOMPARE(left->countOfInfos(), 6);
+        QCOMPARE(left->undoManager()->stack()->undoText(), u"Copy 5 Records"_s);
+        left->undoManager()->undo();
+        QCOMPARE(left->countOfInfos(), 1);
+        left->undoManager()->redo();
+        QCOMPARE(left->countOfInfos(), 6);
+        // The plain command takes the first only.
+        QCoreApplication::processEvents();
+        left->undoManager()->undo();
+        m_window->copyLeft();
+        QCOMPARE(namesOf(left->infos()), QStringList({u"A"_s, u"g0"_s}));
+    }
+
+    void stepping()
+    {
+        open({u"name=\"A\""_s, letters(4, {})});
+        QVERIFY(showActive());
+        QCOMPARE(selected(), QStringList(u"g0"_s));
+        QTest::keyClick(m_window.get(), Qt::Key_F8);
+        QCOMPARE(selected(), QStringList(u"g1"_s));
+        QTest::keyClick(m_window.get(), Qt::Key_Down, Qt::AltModifier);
+        QCOMPARE(selected(), QStringList(u"g2"_s));
+        QCOMPARE(find<QLabel>("positionLabel")->text(), u"3 of 4"_s);
+        QTest::keyClick(m_window.get(), Qt::Key_F8, Qt::ShiftModifier);
+        QTest::keyClick(m_window.get(), Qt::Key_Up, Qt::AltModifier);
+        QCOMPARE(selected(), QStringList(u"g0"_s));
+        QTest::keyClick(m_window.get(), Qt::Key_F8, Qt::ShiftModifier);
+        QCOMPARE(selected(), QStringList(u"g0"_s));
+        QVERIFY(m_window->filteredKeys()->setSelectionIndexes({1, 2}));
+        QTest::mouseClick(find<QToolButton>("nextButton"), Qt::LeftButton);
+        QCOMPARE(selected(), QStringList(u"g3"_s));
+        QVERIFY(!m_window->filteredKeys()->setSelectionIndexes({4}));
+        QCOMPARE(selected(), QStringList(u"g3"_s));
+        QCOMPARE(namesOf(m_window->rightInfoList()->arrangedObjects()), QStringList(u"g3"_s));
+    }
+
+    /// The selection stays on its key when the list is made anew.
+    void selectionIsKept()
+    {
+        open({u"name=\"A\""_s, letters(6, {})});
+        QVERIFY(showActive());
+        m_window->filteredKeys()->setSelectionIndexes({3});
+        m_documents.at(1)->removeInfo(m_documents.at(1)->infos().front());
+        QTest::keyClick(m_window.get(), Qt::Key_F5);
+        QCOMPARE(keys().size(), 5);
+        QCOMPARE(selected(), QStringList(u"g3"_s));
+        QCOMPARE(m_window->filteredKeys()->selectionIndexes(), IndexSet {2});
+    }
+
+    /// Without a description records are listed though nothing differs; the window says why.
+    void noteOnDescriptions()
+    {
+        open({u"name=\"A\""_s, u"name=\"A\""_s});
+        setMode(2);
+        m_window->showWindow();
+        QCOMPARE(keys(), QStringList(u"A"_s));
+        QCOMPARE(redCaptions(), QString());
+        QVERIFY(find<QLabel>("noteLabel")->isVisible());
+        QVERIFY(find<QLabel>("noteLabel")->text().contains(u"without a description"_s));
+    }
+
+    void edits()
+    {
+        open({kLeft, kRight});
+        setMode(2);
+        m_window->showWindow();
+        m_documents.at(0)->infos().at(1)->setCategory(u"Mark"_s);
+        QTRY_COMPARE(redCaptions(), u"Accents"_s);
+        QVERIFY(find<QWidget>("staleBar")->isVisible());
+    }
+
+    /// What data contain is text, never markup.
+    void plainTexts()
+    {
+        open({u"name=\"A\""_s, u"name=\"<b>x</b>\" description=\"<img src='/dev/zero'>\""_s});
+        m_window->showWindow();
+        QCOMPARE(valueOf(CompareSheet::Right, u"Name"_s), u"<b>x</b>"_s);
+        for (const QLabel *label : m_window->findChildren<QLabel *>())
+            QVERIFY2(label->textFormat() == Qt::PlainText || label->text().isEmpty()
+                         || !label->text().contains(u'<'),
+                     qPrintable(label->objectName()));
+    }
+
+    void longTexts()
+    {
+        const QString filler = QString(200'000, u'x').replace(u"xxxxxxxx"_s, u"xxxxxxx "_s);
+        open({u"name=\"A\" description=\"%1left end\""_s.arg(filler),
+              u"name=\"A\" description=\"%1right end\""_s.arg(filler)});
+        setMode(2);
+        m_window->showWindow();
+        const QString shown = valueOf(CompareSheet::Right, u"Description"_s);
+        QVERIFY(shown.size() < 10'000);
+        QVERIFY(shown.startsWith(u'…'));
+        QVERIFY(shown.endsWith(u"right end"_s));
+        for (const CompareField *field : m_window->findChildren<CompareField *>()) {
+            if (field->accessibleName().startsWith(u"Description, right"_s)) {
+                QVERIFY(!field->extraSelections().isEmpty());
+                QVERIFY(u"right"_s.contains(field->extraSelections().first().cursor.selectedText()));
+            }
+        }
+    }
+
+    /// Both panes lie in one scrolled sheet, a field beside its like.
+    void panesScrollTogether()
+    {
+        open({kLeft, kRight});
+        setMode(2);
+        m_window->showWindow();
+        m_window->resize(900, 400);
+        QCoreApplication::processEvents();
+        const auto top = [&](const QString &outlet) {
+            QWidget *caption = m_window->outlet(outlet);
+            return caption->mapTo(m_window.get(), QPoint(0, 0)).y();
+        };
+        auto *area = find<QScrollArea>("detailArea");
+        for (const int value : {0, 120}) {
+            area->verticalScrollBar()->setValue(value);
+            QCOMPARE(area->verticalScrollBar()->value(), value);
+            for (const ComparedField &field : comparedFields()) {
+                const QString name = QString::fromLatin1(field.name);
+                QCOMPARE(top(u"leftLable"_s + name), top(u"rightLable"_s + name));
+            }
+        }
+    }
+
+    /// A long comparison shows how far it is, can be cancelled, and is finished by who asks for its keys.
+    void longComparison()
+    {
+        open({letters(30'000, u"description=\"d\""_s), letters(30'000, u"description=\"e\""_s)});
+        m_window->setPatience(std::chrono::milliseconds(0));
+        m_window->showWindow();
+        setMode(2);
+        auto *progress = find<QWidget>("progressRow");
+        QVERIFY(progress->isVisible());
+        QVERIFY(find<QLabel>("emptyLabel")->text().startsWith(u"Comparing"_s));
+        QTest::mouseClick(find<QPushButton>("cancelButton"), Qt::LeftButton);
+        QVERIFY(!progress->isVisible());
+        QCOMPARE(keys(), QStringList());
+        QVERIFY(find<QLabel>("emptyLabel")->text().contains(u"cancelled"_s));
+
+        m_window->updateFilters();
+        QCOMPARE(keys().size(), 30'000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->countOfKeysInMode(0), 0, 30'000);
+        m_window->updateFilters();
+        // A change in the midst of it begins it anew.
+        m_documents.at(0)->removeInfo(m_documents.at(0)->infos().front());
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->countOfKeysInMode(0), 1, 30'000);
+        QCOMPARE(keys().size(), 29'999);
+    }
+
+    void tabOrder()
+    {
+        open({kLeft, kRight});
+        QVERIFY(showActive());
+        find<QComboBox>("leftDocuments")->setFocus();
+        QStringList order;
+        for (int i = 0; i < 5; ++i) {
+            order << QApplication::focusWidget()->objectName();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(order,
+                 QStringList({u"leftDocuments"_s, u"rightDocuments"_s, u"onlyRightButton"_s, u"keyChooser"_s,
+                              u"keyView"_s}));
+        for (QWidget *widget : m_window->findChildren<QWidget *>()) {
+            const bool isReached = widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus);
+            const bool isNamed =
+                !widget->accessibleName().isEmpty() || qobject_cast<QAbstractButton *>(widget);
+            QVERIFY2(!isReached || isNamed || widget->objectName() == u"keyChooser"_s,
+                     qPrintable(widget->objectName()));
+        }
+    }
+};
+
+RUNEBOOK_TEST_MAIN(CompareWindowTest)
+#include "CompareWindowTest.moc"
