@@ -3,8 +3,16 @@
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QtMath>
+#include <utility>
 
 namespace runebook {
+
+namespace {
+
+/// Looking for the place to break a word costs the square of its length; longer paragraphs break anywhere.
+constexpr int longestBlockBrokenAtWords = 10'000;
+
+} // namespace
 
 CodeLayout::CodeLayout(QTextDocument *document) : QPlainTextDocumentLayout(document) { }
 
@@ -14,6 +22,7 @@ void CodeLayout::setParagraphStyle(qreal headIndent, qreal paragraphSpacing)
         return;
     m_headIndent = headIndent;
     m_paragraphSpacing = paragraphSpacing;
+    m_blockCount = 0; // a text of one block is no exception
     requestUpdate();
     documentChanged(0, 0, document()->characterCount());
 }
@@ -26,8 +35,8 @@ void CodeLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     const bool sameBlocks = std::exchange(m_blockCount, document()->blockCount()) == document()->blockCount();
     // The base would lay the block of a typed character out twice: once to ask for its old size, which is
     // gone.
-    if (sameBlocks && block.isValid() && block.layout()->lineCount() == 0
-        && block == document()->findBlock(from + added - 1)) {
+    if (sameBlocks && block.isValid() && block == document()->findBlock(from + added - 1)) {
+        block.layout()->clearLayout();
         blockBoundingRect(block);
         Q_EMIT updateBlock(block);
         return;
@@ -39,43 +48,47 @@ void CodeLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 
 QRectF CodeLayout::blockBoundingRect(const QTextBlock &block) const
 {
+    if (block.isValid() && m_wrapWidth > 0 && !isLaidOut(block))
+        layOut(block);
     QRectF rect = QPlainTextDocumentLayout::blockBoundingRect(block);
-    if (!block.isValid() || !block.isVisible())
-        return rect;
-    const QTextLayout &layout = *block.layout();
-    // The base lays a block out whenever it finds it without lines, and knows no indent: seen by its second
-    // line, which stands at the margin then.
-    if (m_headIndent > 0 && layout.lineCount() > 1
-        && layout.lineAt(1).x() < layout.lineAt(0).x() + m_headIndent) {
-        hang(block);
-        rect = QPlainTextDocumentLayout::blockBoundingRect(block);
-    }
-    rect.setHeight(rect.height() + m_paragraphSpacing);
+    if (block.isValid() && block.isVisible())
+        rect.setHeight(rect.height() + m_paragraphSpacing);
     return rect;
 }
 
-void CodeLayout::hang(const QTextBlock &block) const
+/// False also for what the base laid out, which knows no indent: seen by the second row, at the margin then.
+bool CodeLayout::isLaidOut(const QTextBlock &block) const
+{
+    const QTextLayout &layout = *block.layout();
+    const int rows = layout.lineCount();
+    return rows == 1 || (rows > 1 && (m_headIndent == 0 || layout.lineAt(1).x() > layout.lineAt(0).x()));
+}
+
+void CodeLayout::layOut(const QTextBlock &block) const
 {
     QTextLayout &layout = *block.layout();
-    const qreal margin = layout.lineAt(0).x();
-    const qreal width = layout.lineAt(0).width();
+    QTextOption option = document()->defaultTextOption();
+    if (block.length() > longestBlockBrokenAtWords)
+        option.setWrapMode(QTextOption::WrapAnywhere);
+    layout.setTextOption(option);
+
+    const qreal margin = document()->documentMargin();
+    const qreal width = m_wrapWidth - 2 * margin;
     // In a very narrow view the text needs the room more than the indent does.
-    const qreal indent = width > 4 * m_headIndent ? m_headIndent : 0;
-    if (indent == 0)
-        return;
-    const int linesBefore = document()->lineCount();
+    const qreal indent = std::min(m_headIndent, std::max<qreal>(1, width / 4));
+    const int rowsBefore = document()->lineCount();
     qreal height = 0;
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-        const qreal shift = line.lineNumber() > 0 ? indent : 0;
+        const qreal shift = height > 0 ? indent : 0;
         line.setLeadingIncluded(true);
         line.setLineWidth(width - shift);
         line.setPosition(QPointF(margin + shift, height));
         height += line.height() + (line.leading() < 0 ? qCeil(line.leading()) : 0);
     }
     layout.endLayout();
-    QTextBlock(block).setLineCount(layout.lineCount());
-    if (document()->lineCount() != linesBefore)
+    QTextBlock(block).setLineCount(block.isVisible() ? layout.lineCount() : 0);
+    if (document()->lineCount() != rowsBefore)
         Q_EMIT const_cast<CodeLayout *>(this)->documentSizeChanged(documentSize());
 }
 

@@ -4,8 +4,9 @@
 
 namespace runebook {
 
-/// The layout of plain text with two things more: wrapped lines hang by a head indent, and a little space
-/// stands below each paragraph. Both in pixels.
+/// The layout of plain text with some things more: wrapped lines hang by a head indent, a little space stands
+/// below each paragraph, and a paragraph is laid out once for each change, in linear time however long it is.
+/// All measures are pixels.
 class CodeLayout : public QPlainTextDocumentLayout
 {
     Q_OBJECT
@@ -16,6 +17,9 @@ public:
     qreal paragraphSpacing() const { return m_paragraphSpacing; }
     /// Lays everything out anew when one of them changes.
     void setParagraphStyle(qreal headIndent, qreal paragraphSpacing);
+    /// The width at which the view wraps lines, margins included, set before the view lays anything out for
+    /// it; 0: lines do not wrap, or the width is not known.
+    void setWrapWidth(qreal width) { m_wrapWidth = width; }
 
     QRectF blockBoundingRect(const QTextBlock &block) const override;
 
@@ -23,9 +27,11 @@ protected:
     void documentChanged(int from, int charsRemoved, int charsAdded) override;
 
 private:
-    void hang(const QTextBlock &block) const;
+    bool isLaidOut(const QTextBlock &block) const;
+    void layOut(const QTextBlock &block) const;
 
     int m_blockCount = 0; // as of the last change
+    qreal m_wrapWidth = 0;
     qreal m_headIndent = 0;
     qreal m_paragraphSpacing = 0;
 };

@@ -1,5 +1,7 @@
 #include "CompletionPopup.h"
 
+#include "codeeditor/CodeColors.h"
+
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
@@ -20,18 +22,11 @@ CompletionPopup::CompletionPopup(QWidget *editor) : QListWidget(editor)
     setWindowFlags(Qt::ToolTip | Qt::FramelessWindowHint);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
-    setFrameShape(QFrame::StyledPanel);
+    setFrameStyle(QFrame::Box | QFrame::Plain);
     setUniformItemSizes(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setTextElideMode(Qt::ElideMiddle);
     setAccessibleName(tr("Completions"));
-    // A list without the focus draws its choice greyed out; this one works without ever having it.
-    QPalette colors = palette();
-    colors.setBrush(QPalette::Inactive, QPalette::Highlight,
-                    colors.brush(QPalette::Active, QPalette::Highlight));
-    colors.setBrush(QPalette::Inactive, QPalette::HighlightedText,
-                    colors.brush(QPalette::Active, QPalette::HighlightedText));
-    setPalette(colors);
     connect(this, &QListWidget::itemClicked, this, [this](const QListWidgetItem *item) {
         hide();
         Q_EMIT accepted(item->text());
@@ -44,11 +39,23 @@ void CompletionPopup::popUp(const QStringList &words, int selected, const QRect 
         hide();
         return;
     }
+    takeLooksOf(*parentWidget());
     clear();
     addItems(words);
     choose(std::clamp(selected, 0, count() - 1));
     place(caret);
     show();
+}
+
+void CompletionPopup::takeLooksOf(const QWidget &editor)
+{
+    setFont(editor.font());
+    QPalette colors = editor.palette();
+    colors.setColor(QPalette::WindowText, tertiaryLabelColor(colors)); // the frame
+    // A list without the focus draws its choice greyed out; this one works without ever having it.
+    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::HighlightedText})
+        colors.setBrush(QPalette::Inactive, role, colors.brush(QPalette::Active, role));
+    setPalette(colors);
 }
 
 void CompletionPopup::place(const QRect &caret)

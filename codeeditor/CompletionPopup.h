@@ -23,6 +23,7 @@ Q_SIGNALS:
 
 private:
     void choose(int row);
+    void takeLooksOf(const QWidget &editor);
     void place(const QRect &caret);
 };
 

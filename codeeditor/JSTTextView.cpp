@@ -1,6 +1,7 @@
 #include "JSTTextView.h"
 
 #include "codeeditor/BraceMatching.h"
+#include "codeeditor/CodeLayout.h"
 #include "codeeditor/CompletionPopup.h"
 #include "codeeditor/FindIndicator.h"
 #include "codeeditor/JSTTextViewDelegate.h"
@@ -160,6 +161,7 @@ void JSTTextView::placeLineNumberView()
 
 void JSTTextView::resizeEvent(QResizeEvent *event)
 {
+    m_storage->codeLayout().setWrapWidth(lineWrapMode() == WidgetWidth ? viewport()->width() : 0);
     QPlainTextEdit::resizeEvent(event);
     placeLineNumberView();
     m_completionPopup->hide();

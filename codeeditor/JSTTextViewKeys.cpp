@@ -153,8 +153,7 @@ void JSTTextView::showCompletions(bool onRequest)
 {
     const TextRange range = rangeForUserCompletion();
     const QString partial = m_storage->substringWithRange(range);
-    const qsizetype lastDot = partial.lastIndexOf(u'.');
-    const bool afterDot = lastDot >= 0;
+    const bool afterDot = partial.contains(u'.');
     const auto *coloured = qobject_cast<const JSTDocument *>(m_delegate.data());
     const bool unasked = !onRequest
         && ((!afterDot && partial.size() < charactersUntilCompletion)
@@ -169,7 +168,7 @@ void JSTTextView::showCompletions(bool onRequest)
     }
     m_completedRange = range;
     QTextCursor start(m_storage);
-    start.setPosition(range.location + int(lastDot) + 1);
+    start.setPosition(range.location);
     const QRect caret = cursorRect(start);
     m_completionPopup->popUp(words, selected, QRect(viewport()->mapToGlobal(caret.topLeft()), caret.size()));
 }

@@ -93,10 +93,10 @@ int main(int argc, char *argv[])
     view.setHeadIndent(QFontMetricsF(regular).horizontalAdvance(u"00"_s));
     document.setSourceText(&view);
     view.setupLineNumberview();
-    view.resize(760, 620);
+    view.resize(820, 760);
 
     QFile file(options.positionalArguments().value(0));
-    if (file.open(QIODevice::ReadOnly))
+    if (!file.fileName().isEmpty() && file.open(QIODevice::ReadOnly))
         view.setString(QString::fromUtf8(file.readAll()));
     else
         view.setString(QString::fromUtf16(sample));
@@ -105,8 +105,11 @@ int main(int argc, char *argv[])
         return app.exec();
 
     // With the list of completions, which is a window of its own, painted over.
-    view.moveCursor(QTextCursor::End);
-    QTest::keyClicks(&view, u"Doc.inf"_s);
+    QTextCursor cursor = view.textCursor();
+    cursor.setPosition(int(view.string().indexOf(u"count = 0"_s) + 9));
+    view.setTextCursor(cursor);
+    view.insertNewline();
+    QTest::keyClicks(&view, u"Doc.info"_s);
     QTest::qWait(50);
     QPixmap picture = view.grab();
     for (QWidget *window : QApplication::topLevelWidgets()) {
