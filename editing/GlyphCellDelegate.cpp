@@ -2,7 +2,7 @@
 
 #include "editing/GlyphColumns.h"
 
-#include <QApplication>
+#include <QAbstractItemView>
 #include <QCompleter>
 #include <QLineEdit>
 #include <QPainter>
@@ -12,7 +12,7 @@ namespace runebook {
 
 namespace {
 
-constexpr int kMargin = 6;
+constexpr int kMargin = 4; // as the header has it
 
 QStringList vocabularyOf(GlyphField field)
 {
@@ -97,6 +97,14 @@ QWidget *GlyphCellDelegate::createEditor(QWidget *parent, const QStyleOptionView
         completer->setCaseSensitivity(Qt::CaseInsensitive);
         completer->setFilterMode(Qt::MatchContains);
         editor->setCompleter(completer);
+        // While its list is open the completer takes Return before the delegate sees it.
+        auto *self = const_cast<GlyphCellDelegate *>(this);
+        connect(editor, &QLineEdit::returnPressed, self, [self, editor, completer] {
+            if (!completer->popup()->isVisible())
+                return;
+            Q_EMIT self->commitData(editor);
+            Q_EMIT self->closeEditor(editor);
+        });
     }
     return editor;
 }

@@ -6,6 +6,8 @@
 
 namespace runebook {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // The cell of the glyph itself goes under the field it is mostly made from.
@@ -67,7 +69,10 @@ bool isEditableColumn(int column)
 QString cellText(const VXDocument &document, const InfoPtr &info, int column)
 {
     const GlyphField field = kColumns[column].field;
-    return field == kPicture ? document.baseStringForInfo(info) : info->displayText(field);
+    if (field != kPicture)
+        return info->displayText(field);
+    // Of a glyph made of made-up glyphs the explanation of the parts comes along; a cell has no room for it.
+    return document.baseStringForInfo(info).section(" = "_L1, 0, 0);
 }
 
 QString cellDisplayText(const QString &text)

@@ -225,6 +225,10 @@ void GlyphTableView::keyPressEvent(QKeyEvent *event)
         edit(currentIndex());
         return;
     }
+    if (event->matches(QKeySequence::Delete) && state() != EditingState) {
+        Q_EMIT deleteRequested();
+        return;
+    }
     QTableView::keyPressEvent(event);
 }
 

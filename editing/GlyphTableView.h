@@ -34,6 +34,8 @@ public:
 
 Q_SIGNALS:
     void sortChanged();
+    /// The user pressed Delete on the selected rows.
+    void deleteRequested();
 
 protected:
     void wheelEvent(QWheelEvent *event) override;

@@ -132,25 +132,47 @@ bool RSRTVArrayController::arrange(Error *error)
 {
     m_document.flushChanges();
     const InfoList &infos = m_document.infos();
-    std::optional<std::vector<bool>> passes;
+    std::optional<IndexSet> passing;
     if (m_predicate) {
-        passes = m_columns->evaluate(*m_predicate, error);
-        if (!passes)
+        passing = m_columns->placesPassing(*m_predicate, error);
+        if (!passing)
             m_predicate.reset();
     }
     const bool gaveUp = error && !error->domain.isEmpty();
-    if (m_sortColumn >= 0 && m_sortedPlaces.size() != infos.size())
-        m_sortedPlaces = sortedPlaces(infos, glyphColumns()[static_cast<std::size_t>(m_sortColumn)].field,
-                                      m_sortDirection);
     std::vector<VXGlyphInfo *> rows;
-    rows.reserve(infos.size());
-    for (std::size_t i = 0; i < infos.size(); ++i) {
-        const std::size_t place = m_sortColumn >= 0 ? m_sortedPlaces[i] : i;
-        if (!passes || (*passes)[place])
+    rows.reserve(passing ? passing->size() : infos.size());
+    if (m_sortColumn < 0) {
+        if (passing) {
+            for (const qsizetype place : *passing)
+                rows.push_back(infos[static_cast<std::size_t>(place)].get());
+        } else {
+            for (const InfoPtr &info : infos)
+                rows.push_back(info.get());
+        }
+    } else {
+        for (const quint32 place : placesInOrder(passing))
             rows.push_back(infos[place].get());
     }
     replaceRows(std::move(rows));
     return !gaveUp;
+}
+
+std::vector<quint32> RSRTVArrayController::placesInOrder(const std::optional<IndexSet> &passing)
+{
+    const InfoList &infos = m_document.infos();
+    if (m_sortedPlaces.size() != infos.size())
+        m_sortedPlaces = sortedPlaces(infos, glyphColumns()[static_cast<std::size_t>(m_sortColumn)].field,
+                                      m_sortDirection);
+    if (!passing)
+        return m_sortedPlaces;
+    std::vector<bool> passes(infos.size());
+    for (const qsizetype place : *passing)
+        passes[static_cast<std::size_t>(place)] = true;
+    std::vector<quint32> places;
+    places.reserve(passing->size());
+    std::copy_if(m_sortedPlaces.begin(), m_sortedPlaces.end(), std::back_inserter(places),
+                 [&passes](quint32 place) { return passes[place]; });
+    return places;
 }
 
 void RSRTVArrayController::replaceRows(std::vector<VXGlyphInfo *> rows)

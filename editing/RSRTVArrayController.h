@@ -122,6 +122,8 @@ private:
     void applyRemoval();
     void applyChanges(const std::vector<VXDocument::Change> &changes);
     bool arrange(runebook::Error *error = nullptr);
+    /// The places that pass (nothing: all) in the order of the sorted column.
+    std::vector<quint32> placesInOrder(const std::optional<runebook::IndexSet> &passing);
     void replaceRows(std::vector<VXGlyphInfo *> rows);
     InfoList wantedSelection() const;
     void restoreSelection(const InfoList &wanted, const InfoPtr &current);

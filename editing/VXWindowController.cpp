@@ -10,13 +10,13 @@
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
 #include "platform/PlainText.h"
+#include "platform/UserDefaults.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMimeData>
-#include <QShortcut>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
@@ -36,13 +36,18 @@ VXWindowController::VXWindowController(VXDocument &document)
     setUpSearchMenu();
     setAcceptDrops(true);
     resize(1240, 760);
+    restoreGeometry(UserDefaults::standard().objectForKey(kGeometry).toByteArray());
     synchronizeWindowTitleWithDocumentName();
     showReadError();
+    m_infolistController->setSelectionIndexes({0});
     setActiveInfo();
     m_tableView->setFocus();
 }
 
-VXWindowController::~VXWindowController() = default;
+VXWindowController::~VXWindowController()
+{
+    UserDefaults::standard().setObjectForKey(saveGeometry(), kGeometry);
+}
 
 // Building
 
@@ -88,6 +93,7 @@ void VXWindowController::buildStatusBar()
     statusBar()->addWidget(m_subtitleLabel);
     statusBar()->addPermanentWidget(m_countLabel);
     statusBar()->setSizeGripEnabled(false);
+    statusBar()->setContentsMargins(8, 0, 8, 2);
 }
 
 void VXWindowController::connectParts()
@@ -107,10 +113,7 @@ void VXWindowController::connectParts()
     connect(m_searchField, &VXSearchField::goToTableRequested, m_tableView, qOverload<>(&QWidget::setFocus));
     connect(m_tableView, &GlyphTableView::sortChanged, this, &VXWindowController::stateChanged);
     connect(this, &VXSplitViewWindowController::sidebarShownChanged, this, &VXWindowController::stateChanged);
-    // Only in the table: in a text, Delete deletes a character.
-    auto *deletion = new QShortcut(QKeySequence::Delete, m_tableView);
-    deletion->setContext(Qt::WidgetShortcut);
-    connect(deletion, &QShortcut::activated, this, &VXWindowController::delete_);
+    connect(m_tableView, &GlyphTableView::deleteRequested, this, &VXWindowController::delete_);
 }
 
 // Display

@@ -1,0 +1,4 @@
+# The document window, as a user feels it.
+runebook_add_benchmark(bench_window
+    SOURCES editing/WindowBenchmark.cpp
+    DEPENDS runebook_benchmark_support runebook::editing runebook::icons)
