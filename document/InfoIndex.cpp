@@ -29,6 +29,7 @@ void InfoIndex::drop()
     m_slots.clear();
     m_slots.shrink_to_fit();
     m_used = 0;
+    m_live = 0;
     m_isBuilt = false;
 }
 
@@ -37,6 +38,7 @@ void InfoIndex::grow(std::size_t records)
     const std::vector<Slot> old = std::exchange(m_slots, {});
     m_slots.resize(std::bit_ceil(std::max<std::size_t>(16, records * 2)));
     m_used = 0;
+    m_live = 0;
     for (const Slot &slot : old) {
         if (slot.info && slot.info != kGone)
             insertHashed(*slot.info, slot.hash);
@@ -50,7 +52,7 @@ void InfoIndex::insert(VXGlyphInfo &info)
     if (text.empty())
         return;
     if ((m_used + 1) * 4 > m_slots.size() * 3)
-        grow(m_slots.size());
+        grow(m_live + 1); // often only clears away what was taken out
     insertHashed(info, hashOf(text));
 }
 
@@ -62,6 +64,7 @@ void InfoIndex::insertHashed(VXGlyphInfo &info, std::size_t hash)
         place = (place + 1) & mask;
     if (!m_slots[place].info)
         ++m_used;
+    ++m_live;
     m_slots[place] = {&info, hash};
 }
 
@@ -75,10 +78,12 @@ void InfoIndex::remove(VXGlyphInfo &info, std::string_view text)
 {
     if (text.empty() || m_slots.empty())
         return;
+    const std::size_t hash = hashOf(text);
     const std::size_t mask = m_slots.size() - 1;
-    for (std::size_t place = hashOf(text) & mask; m_slots[place].info; place = (place + 1) & mask) {
-        if (m_slots[place].info == &info) {
+    for (std::size_t place = hash & mask; m_slots[place].info; place = (place + 1) & mask) {
+        if (m_slots[place].info == &info && m_slots[place].hash == hash) {
             m_slots[place].info = kGone;
+            --m_live;
             return;
         }
     }

@@ -40,6 +40,7 @@ private:
     Key m_key;
     std::vector<Slot> m_slots;
     std::size_t m_used = 0; ///< slots that are not free
+    std::size_t m_live = 0; ///< slots with a record
     bool m_isBuilt = false;
 };
 

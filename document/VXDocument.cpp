@@ -22,6 +22,14 @@ InfoIndex::Key keyOf(GlyphField field)
     return [field](const VXGlyphInfo &info, std::string &buffer) { return info.utf8(field, buffer); };
 }
 
+/// Ascending and none twice, as scripts may not give them.
+IndexSet asSet(IndexSet indexes)
+{
+    std::sort(indexes.begin(), indexes.end());
+    indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
+    return indexes;
+}
+
 } // namespace
 
 VXDocument::VXDocument(QObject *parent)
@@ -35,8 +43,10 @@ VXDocument::VXDocument(QObject *parent)
 
 VXDocument::~VXDocument()
 {
-    for (const InfoPtr &info : m_infos)
+    for (const InfoPtr &info : m_infos) {
+        info->setListings(qMax(0, info->listings() - 1));
         release(info);
+    }
     for (const std::weak_ptr<VXGlyphInfo> &stray : m_strays) {
         if (const InfoPtr info = stray.lock())
             release(info);
@@ -142,6 +152,12 @@ QString VXDocument::displayName() const
 
 void VXDocument::adopt(const InfoPtr &info)
 {
+    if (info->listings() > 0 && info->document() != this) {
+        // It stands in the list of a document that will not hear of its changes any more.
+        m_sharesRecords = true;
+        if (auto *other = qobject_cast<VXDocument *>(info->documentObject()))
+            other->m_sharesRecords = true;
+    }
     info->setDocument(this);
     info->setListings(info->listings() + 1);
 }
@@ -161,10 +177,15 @@ void VXDocument::setInfos(InfoList infos)
     m_infos = std::move(infos);
     for (const InfoPtr &info : m_infos)
         adopt(info);
-    for (InfoIndex *index : {&m_byName, &m_byUnicode, &m_byProduction})
-        index->drop();
+    dropIndexes();
     m_placesAreValid = false;
     Q_EMIT infosReset();
+}
+
+void VXDocument::dropIndexes()
+{
+    for (InfoIndex *index : {&m_byName, &m_byUnicode, &m_byProduction})
+        index->drop();
 }
 
 InfoPtr VXDocument::objectInInfosAtIndex(qsizetype index) const
@@ -181,7 +202,7 @@ qsizetype VXDocument::placeOf(const VXGlyphInfo *info) const
 {
     if (!info)
         return -1;
-    if (!m_placesAreValid) {
+    if (!m_placesAreValid || m_sharesRecords) {
         // Backwards, so that of a record that stands in the list twice the first place stays.
         for (std::size_t i = m_infos.size(); i-- > 0;)
             m_infos[i]->setPlaceHint(static_cast<quint32>(i));
@@ -225,10 +246,16 @@ void VXDocument::insertObjectInInfosAtIndex(const InfoPtr &info, qsizetype index
     insertAt({info}, {place}, Notice::Observers);
 }
 
-void VXDocument::insertObjectsInInfosAtIndexes(const InfoList &infos, const IndexSet &indexes)
+void VXDocument::insertObjectsInInfosAtIndexes(const InfoList &infos, const IndexSet &anyIndexes)
 {
-    if (infos.size() != indexes.size())
+    IndexSet indexes = asSet(anyIndexes);
+    if (infos.empty() || infos.size() != indexes.size())
         return;
+    // An index beyond the end means the end; undoing has to know which place that was.
+    for (std::size_t i = 0; i < indexes.size(); ++i) {
+        const auto before = static_cast<qsizetype>(i);
+        indexes[i] = qBound(before, indexes[i], countOfInfos() + before);
+    }
     undoManager()->registerUndo([this, indexes] { removeObjectsFromInfosAtIndexes(indexes); });
     insertAt(infos, indexes, Notice::Observers);
 }
@@ -241,13 +268,14 @@ void VXDocument::removeObjectFromInfosAtIndex(qsizetype index)
     undoManager()->registerUndo([this, info, index] { insertObjectInInfosAtIndex(info, index); });
     removeAt({index}, Notice::Observers);
     release(info);
+    m_sharesRecords |= info->listings() > 0;
 }
 
-void VXDocument::removeObjectsFromInfosAtIndexes(const IndexSet &indexes)
+void VXDocument::removeObjectsFromInfosAtIndexes(const IndexSet &anyIndexes)
 {
     IndexSet present;
     InfoList infos;
-    for (const qsizetype index : indexes) {
+    for (const qsizetype index : asSet(anyIndexes)) {
         if (const InfoPtr info = objectInInfosAtIndex(index)) {
             present.push_back(index);
             infos.push_back(info);
@@ -270,7 +298,24 @@ void VXDocument::replaceObjectInInfosAtIndexWithObject(qsizetype index, const In
 void VXDocument::reorderInfos(const InfoList &infos)
 {
     undoManager()->registerUndo([this, old = m_infos] { reorderInfos(old); });
-    m_infos = infos;
+    const InfoList old = std::exchange(m_infos, infos);
+    bool areTheSame = old.size() == m_infos.size();
+    for (const InfoPtr &info : old) {
+        areTheSame &= info->listings() == 1;
+        info->setListings(info->listings() - 1);
+    }
+    for (const InfoPtr &info : m_infos)
+        adopt(info);
+    // Undoing may bring back an order of other records: those taken out by removeInfo come back at the end,
+    // and what is undone by index after that meets others than it did.
+    for (const InfoPtr &info : old) {
+        if (info->listings() == 0) {
+            areTheSame = false;
+            m_strays.push_back(info);
+        }
+    }
+    if (!areTheSame)
+        dropIndexes();
     listChanged(Notice::Observers);
     Q_EMIT infosReset();
 }
@@ -299,8 +344,7 @@ void VXDocument::insertAt(const InfoList &infos, const IndexSet &indexes, Notice
     auto old = m_infos.begin();
     while (next < infos.size() || old != m_infos.end()) {
         const auto place = static_cast<qsizetype>(merged.size());
-        // An index beyond the end means the end.
-        if (next < infos.size() && (indexes[next] <= place || old == m_infos.end())) {
+        if (next < infos.size() && indexes[next] == place) {
             adopt(infos[next]);
             merged.push_back(infos[next++]);
             places.push_back(place);
@@ -316,7 +360,9 @@ void VXDocument::insertAt(const InfoList &infos, const IndexSet &indexes, Notice
         for (const InfoPtr &info : infos)
             index->insert(*info);
     }
-    const bool placesStayValid = m_placesAreValid && isAppended;
+    const bool standOnce =
+        std::all_of(infos.begin(), infos.end(), [](const InfoPtr &info) { return info->listings() == 1; });
+    const bool placesStayValid = m_placesAreValid && isAppended && standOnce;
     listChanged(notice);
     if (placesStayValid) {
         // Scripts append one record after the other and ask for its place: no renumbering for that.
@@ -378,12 +424,19 @@ InfoIndex *VXDocument::indexForField(GlyphField field) const
     }
 }
 
-InfoPtr VXDocument::firstFound(InfoIndex &index, const QString &text) const
+const InfoIndex &VXDocument::ready(InfoIndex &index) const
 {
+    if (m_sharesRecords)
+        index.drop();
     if (!index.isBuilt())
         index.build(m_infos);
+    return index;
+}
+
+InfoPtr VXDocument::firstFound(InfoIndex &index, const QString &text) const
+{
     std::vector<VXGlyphInfo *> found;
-    index.find(text.toStdString(), found);
+    ready(index).find(text.toStdString(), found);
     if (found.empty())
         return nullptr;
     VXGlyphInfo *first = found.front();
@@ -396,7 +449,16 @@ InfoPtr VXDocument::firstFound(InfoIndex &index, const QString &text) const
 
 InfoPtr VXDocument::infoForName(const QString &name) const
 {
-    return name.isEmpty() ? nullptr : firstFound(m_byName, name);
+    if (!name.isEmpty())
+        return firstFound(m_byName, name);
+    if (name.isNull())
+        return nullptr;
+    // The index leaves out what is empty.
+    const auto found = std::find_if(m_infos.begin(), m_infos.end(), [](const InfoPtr &info) {
+        const FieldValue &value = info->stored(GlyphField::Name);
+        return !value.isAbsent() && value.isEmpty();
+    });
+    return found == m_infos.end() ? nullptr : *found;
 }
 
 InfoPtr VXDocument::infoForUnicode(const QString &unicode) const
@@ -404,39 +466,49 @@ InfoPtr VXDocument::infoForUnicode(const QString &unicode) const
     return unicode.isEmpty() ? nullptr : firstFound(m_byUnicode, unicode);
 }
 
+std::optional<InfoList> VXDocument::indexedInfos(GlyphField field, const QVariantList &values) const
+{
+    if (field != GlyphField::Name && field != GlyphField::Unicode && field != GlyphField::Production)
+        return {};
+    const InfoIndex &index = ready(*indexForField(field));
+    std::vector<VXGlyphInfo *> found;
+    QStringList texts;
+    for (const QVariant &value : values) {
+        if (value.typeId() != QMetaType::QString || value.toString().isEmpty())
+            return {};
+        texts << value.toString();
+    }
+    texts.removeDuplicates();
+    for (const QString &text : std::as_const(texts))
+        index.find(text.toStdString(), found);
+    // One that stands in the list twice has only one place here.
+    if (std::any_of(found.begin(), found.end(), [](const auto *info) { return info->listings() > 1; }))
+        return {};
+    std::sort(found.begin(), found.end(),
+              [this](const auto *a, const auto *b) { return placeOf(a) < placeOf(b); });
+    InfoList infos;
+    infos.reserve(found.size());
+    for (VXGlyphInfo *info : found)
+        infos.push_back(info->shared_from_this());
+    return infos;
+}
+
 std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const QVariantList &values) const
 {
     const std::optional<GlyphField> field = fieldForKey(key);
     if (!field)
         return {};
-    InfoList matches;
-    const bool isIndexed =
-        *field == GlyphField::Name || *field == GlyphField::Unicode || *field == GlyphField::Production;
-    const bool areTexts = std::all_of(values.begin(), values.end(), [](const QVariant &value) {
-        return value.typeId() == QMetaType::QString && !value.toString().isEmpty();
-    });
-    if (isIndexed && areTexts) {
-        InfoIndex &index = *indexForField(*field);
-        if (!index.isBuilt())
-            index.build(m_infos);
-        std::vector<VXGlyphInfo *> found;
-        QStringList texts = QVariant(values).toStringList();
-        texts.removeDuplicates();
-        for (const QString &text : std::as_const(texts))
-            index.find(text.toStdString(), found);
-        std::sort(found.begin(), found.end(),
-                  [this](const auto *a, const auto *b) { return placeOf(a) < placeOf(b); });
-        for (VXGlyphInfo *info : found)
-            matches.push_back(info->shared_from_this());
-    } else {
+    std::optional<InfoList> matches = indexedInfos(*field, values);
+    if (!matches) {
+        matches.emplace();
         for (const InfoPtr &info : m_infos) {
             const QVariant value = info->valueForKey(key);
             const bool isAbsent = value.typeId() == QMetaType::QString && value.toString().isNull();
             if (!isAbsent && values.contains(value))
-                matches.push_back(info);
+                matches->push_back(info);
         }
     }
-    if (matches.empty())
+    if (matches->empty())
         return {};
     return matches;
 }
@@ -447,11 +519,13 @@ void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const Field
 {
     if (InfoIndex *index = indexForField(field); index && index->isBuilt() && info.listings() > 0) {
         std::string buffer;
+        std::string_view text = old.utf8(info.sourceData(), buffer);
         if (field == GlyphField::Unicodes && !old.isPiece())
-            index->remove(info, old.toList(info.sourceData()).value(0).toStdString());
-        else
-            index->remove(info, old.utf8(info.sourceData(), buffer));
-        index->insert(info);
+            text = buffer = old.toList(info.sourceData()).value(0).toStdString();
+        for (int i = 0; i < info.listings(); ++i)
+            index->remove(info, text);
+        for (int i = 0; i < info.listings(); ++i)
+            index->insert(info);
     }
     if (m_changes.empty())
         QMetaObject::invokeMethod(this, &VXDocument::flushChanges, Qt::QueuedConnection);

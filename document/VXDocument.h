@@ -81,7 +81,7 @@ public: // the info list
     Q_INVOKABLE void removeInfo(const InfoPtr &info);
     Q_INVOKABLE void removeInfos(const InfoList &infos);
     Q_INVOKABLE void insertObjectInInfosAtIndex(const InfoPtr &info, qsizetype index);
-    /// Inserts the records so that each stands at its index afterwards.
+    /// Inserts the records so that each stands at its index afterwards; the first at the lowest.
     Q_INVOKABLE void insertObjectsInInfosAtIndexes(const InfoList &infos, const runebook::IndexSet &indexes);
     /// The record loses its document.
     Q_INVOKABLE void removeObjectFromInfosAtIndex(qsizetype index);
@@ -160,8 +160,12 @@ private:
     void insertAt(const InfoList &infos, const runebook::IndexSet &indexes, Notice notice);
     void removeAt(const runebook::IndexSet &indexes, Notice notice);
     void listChanged(Notice notice);
+    void dropIndexes();
     runebook::IndexSet placesOf(const InfoList &infos) const;
+    const runebook::InfoIndex &ready(runebook::InfoIndex &index) const;
     InfoPtr firstFound(runebook::InfoIndex &index, const QString &text) const;
+    /// The records found by one of the texts, in list order; nothing when only a scan can tell.
+    std::optional<InfoList> indexedInfos(runebook::GlyphField field, const QVariantList &values) const;
     runebook::InfoIndex *indexForField(runebook::GlyphField field) const;
 
     InfoList m_infos;
@@ -175,4 +179,7 @@ private:
     mutable runebook::InfoIndex m_byUnicode;
     mutable runebook::InfoIndex m_byProduction;
     mutable bool m_placesAreValid = false;
+    /// Records of the list have another document, or none: they change unheard, so indexes last for one
+    /// look-up only.
+    bool m_sharesRecords = false;
 };

@@ -1,0 +1,716 @@
+// The info list: its operations, their undo, and look-ups that stay right through all of it.
+#include "document/VXDocument.h"
+#include "tests/TestMain.h"
+
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <set>
+
+using namespace Qt::StringLiterals;
+using namespace runebook;
+
+namespace {
+
+InfoPtr named(const QString &name)
+{
+    InfoPtr info = VXGlyphInfo::init();
+    info->setName(name);
+    return info;
+}
+
+InfoList namedAll(const QString &names)
+{
+    InfoList infos;
+    for (const QString &name : names.split(u' ', Qt::SkipEmptyParts))
+        infos.push_back(named(name));
+    return infos;
+}
+
+QString namesOf(const InfoList &infos)
+{
+    QStringList names;
+    for (const InfoPtr &info : infos)
+        names << info->name();
+    return names.join(u' ');
+}
+
+/// The list as its definition has it: a vector, scans, and for every operation the operation that undoes it.
+class PlainDocument
+{
+public:
+    using Step = std::vector<std::function<void()>>;
+
+    void add(const InfoList &infos)
+    {
+        m_open.push_back([=, this] { remove(infos); });
+        list.insert(list.end(), infos.begin(), infos.end());
+    }
+    void remove(const InfoList &infos)
+    {
+        m_open.push_back([=, this] { add(infos); });
+        std::erase_if(list, [&](const InfoPtr &info) {
+            return std::find(infos.begin(), infos.end(), info) != infos.end();
+        });
+    }
+    void insertAt(const InfoList &infos, const IndexSet &indexes)
+    {
+        IndexSet places;
+        for (std::size_t i = 0; i < infos.size(); ++i) {
+            places.push_back(qMin(indexes[i], std::ssize(list)));
+            list.insert(list.begin() + places.back(), infos[i]);
+        }
+        m_open.push_back([=, this] { removeAt(places); });
+    }
+    void removeAt(const IndexSet &indexes)
+    {
+        InfoList infos;
+        IndexSet places;
+        for (const qsizetype index : indexes) {
+            if (index < std::ssize(list)) {
+                infos.push_back(list[std::size_t(index)]);
+                places.push_back(index);
+            }
+        }
+        if (places.empty())
+            return;
+        m_open.push_back([=, this] { insertAt(infos, places); });
+        for (auto place = places.rbegin(); place != places.rend(); ++place)
+            list.erase(list.begin() + *place);
+    }
+    void set(const InfoPtr &info, const QString &key, const QString &value)
+    {
+        m_open.push_back([=, this, old = values[info.get()].value(key)] { set(info, key, old); });
+        values[info.get()][key] = value;
+    }
+    void reorder(const InfoList &infos)
+    {
+        m_open.push_back([=, this, old = list] { reorder(old); });
+        list = infos;
+    }
+    void close()
+    {
+        if (m_open.empty())
+            return;
+        undoSteps.push_back(std::exchange(m_open, {}));
+        redoSteps.clear();
+    }
+    void move(std::vector<Step> &from, std::vector<Step> &to)
+    {
+        if (from.empty())
+            return;
+        const Step step = std::move(from.back());
+        from.pop_back();
+        for (auto operation = step.rbegin(); operation != step.rend(); ++operation)
+            (*operation)();
+        to.push_back(std::exchange(m_open, {}));
+    }
+
+    InfoPtr first(const QString &key, const QString &value) const
+    {
+        for (const InfoPtr &info : list) {
+            if (values.value(info.get()).value(key) == value)
+                return info;
+        }
+        return nullptr;
+    }
+    InfoList all(const QString &key, const QStringList &wanted) const
+    {
+        InfoList found;
+        for (const InfoPtr &info : list) {
+            if (wanted.contains(values.value(info.get()).value(key)))
+                found.push_back(info);
+        }
+        return found;
+    }
+
+    InfoList list;
+    QHash<const VXGlyphInfo *, QHash<QString, QString>> values;
+    std::vector<Step> undoSteps;
+    std::vector<Step> redoSteps;
+
+private:
+    Step m_open;
+};
+
+/// A list kept by the announcements alone, as a table of the window keeps its rows.
+class Follower : public QObject
+{
+public:
+    explicit Follower(VXDocument &document) : m_document(document)
+    {
+        connect(&document, &VXDocument::infosInserted, this, [this](const IndexSet &indexes) {
+            for (const qsizetype index : indexes)
+                list.insert(list.begin() + index, m_document.objectInInfosAtIndex(index));
+        });
+        connect(&document, &VXDocument::infosRemoved, this, [this](const IndexSet &indexes) {
+            for (auto index = indexes.rbegin(); index != indexes.rend(); ++index)
+                list.erase(list.begin() + *index);
+        });
+        connect(&document, &VXDocument::infosReset, this, [this] { list = m_document.infos(); });
+    }
+    InfoList list;
+
+private:
+    VXDocument &m_document;
+};
+
+/// Does the same to both, at random.
+class Rivals
+{
+public:
+    explicit Rivals(quint32 seed, bool repeatsRecords)
+        : m_random(seed), m_follower(document), m_repeatsRecords(repeatsRecords)
+    {
+    }
+
+    void step();
+    void check();
+
+    VXDocument document;
+
+private:
+    qsizetype below(std::size_t count) { return m_random.bounded(int(qMax<std::size_t>(1, count))); }
+    QString someText() { return QString(QChar(u'a' + m_random.bounded(12))); }
+    InfoPtr someRecord() { return m_plain.list[std::size_t(below(m_plain.list.size()))]; }
+    InfoPtr newRecord();
+    IndexSet someIndexes(std::size_t limit, int count);
+    void edit();
+    void change();
+
+    QRandomGenerator m_random;
+    PlainDocument m_plain;
+    Follower m_follower;
+    bool m_repeatsRecords;
+};
+
+InfoPtr Rivals::newRecord()
+{
+    if (m_repeatsRecords && !m_plain.list.empty() && m_random.bounded(3) == 0)
+        return someRecord();
+    InfoPtr info = VXGlyphInfo::init();
+    auto &values = m_plain.values[info.get()];
+    values.clear();
+    values[u"name"_s] = someText();
+    info->setName(values[u"name"_s]);
+    return info;
+}
+
+IndexSet Rivals::someIndexes(std::size_t limit, int count)
+{
+    std::set<qsizetype> places;
+    for (int i = 0; i < count; ++i)
+        places.insert(below(limit));
+    return {places.begin(), places.end()};
+}
+
+void Rivals::edit()
+{
+    const InfoPtr info = someRecord();
+    const QString text = m_random.bounded(8) ? someText() : QString();
+    switch (m_random.bounded(4)) {
+    case 0:
+    case 1:
+        document.objectInInfosAtIndex(document.indexOfObjectInInfos(info))->setName(text);
+        m_plain.set(info, u"name"_s, text);
+        break;
+    case 2:
+        info->setUnicode(text);
+        m_plain.set(info, u"unicode"_s, text.toUpper());
+        break;
+    default:
+        info->setProduction(text);
+        m_plain.set(info, u"production"_s, text);
+    }
+}
+
+void Rivals::change()
+{
+    const std::size_t size = m_plain.list.size();
+    switch (size ? m_random.bounded(11) : m_random.bounded(4)) {
+    case 0: {
+        const InfoPtr info = newRecord();
+        document.addInfo(info);
+        m_plain.add({info});
+        break;
+    }
+    case 1: {
+        const InfoList infos {newRecord(), newRecord()};
+        document.addInfos(infos);
+        m_plain.add(infos);
+        break;
+    }
+    case 2: {
+        if (m_repeatsRecords)
+            break; // undone by its index, it would take the document from another place of the record
+        const InfoPtr info = newRecord();
+        const qsizetype place = below(size + 1);
+        document.insertObjectInInfosAtIndex(info, place);
+        m_plain.insertAt({info}, {place});
+        break;
+    }
+    case 3: {
+        const IndexSet places = someIndexes(size + 1, 4);
+        InfoList infos;
+        for (std::size_t i = 0; i < places.size(); ++i)
+            infos.push_back(newRecord());
+        document.insertObjectsInInfosAtIndexes(infos, places);
+        m_plain.insertAt(infos, places);
+        break;
+    }
+    case 4: {
+        const InfoPtr info = someRecord();
+        document.removeInfo(info);
+        m_plain.remove({info});
+        break;
+    }
+    case 5: {
+        InfoList infos {someRecord(), someRecord()};
+        if (!m_repeatsRecords && infos[0] == infos[1])
+            infos.pop_back(); // undone, it would stand in the list twice
+        document.removeInfos(infos);
+        m_plain.remove(infos);
+        break;
+    }
+    case 6: {
+        const IndexSet places = someIndexes(size, 4);
+        document.removeObjectsFromInfosAtIndexes(places);
+        m_plain.removeAt(places);
+        break;
+    }
+    case 7: {
+        if (m_repeatsRecords)
+            break; // the record would keep no document, and its changes no step
+        const qsizetype place = below(size);
+        document.removeObjectFromInfosAtIndex(place);
+        m_plain.removeAt({place});
+        break;
+    }
+    case 8: {
+        InfoList infos = m_plain.list;
+        std::reverse(infos.begin() + below(size), infos.end());
+        document.reorderInfos(infos);
+        m_plain.reorder(infos);
+        break;
+    }
+    default:
+        edit();
+    }
+}
+
+void Rivals::step()
+{
+    const int choice = m_random.bounded(20);
+    if (choice < 5) {
+        document.undoManager()->undo();
+        m_plain.move(m_plain.undoSteps, m_plain.redoSteps);
+    } else if (choice < 9) {
+        document.undoManager()->redo();
+        m_plain.move(m_plain.redoSteps, m_plain.undoSteps);
+    } else if (choice == 9 && m_random.bounded(20) == 0) {
+        // Records that nobody holds any more go now.
+        document.undoManager()->removeAllActions();
+        m_plain.undoSteps.clear();
+        m_plain.redoSteps.clear();
+    } else {
+        const UndoGroup group(document.undoManager());
+        for (int i = m_random.bounded(1, 4); i > 0; --i)
+            change();
+        m_plain.close();
+    }
+}
+
+void Rivals::check()
+{
+    QVERIFY(document.infos() == m_plain.list);
+    QVERIFY(m_follower.list == m_plain.list);
+    QCOMPARE(document.undoManager()->canUndo(), !m_plain.undoSteps.empty());
+    QCOMPARE(document.undoManager()->canRedo(), !m_plain.redoSteps.empty());
+    for (const InfoPtr &info : m_plain.list) {
+        const auto &values = m_plain.values[info.get()];
+        QCOMPARE(info->name(), values.value(u"name"_s));
+        QCOMPARE(info->unicode(), values.value(u"unicode"_s));
+        QCOMPARE(info->document(), &document);
+    }
+    const QString text = someText();
+    QCOMPARE(document.infoForName(text), m_plain.first(u"name"_s, text));
+    QCOMPARE(document.infoForUnicode(text.toUpper()), m_plain.first(u"unicode"_s, text.toUpper()));
+    for (const QString &key : {u"name"_s, u"production"_s, u"unicode"_s}) {
+        const QStringList wanted {someText(), someText().toUpper(), someText()};
+        const std::optional<InfoList> found =
+            document.infoForKeyValues(key, {wanted[0], wanted[1], wanted[2]});
+        const InfoList expected = m_plain.all(key, wanted);
+        QCOMPARE(found.has_value(), !expected.empty());
+        QVERIFY(found.value_or(InfoList()) == expected);
+    }
+    if (!m_plain.list.empty()) {
+        const InfoPtr info = someRecord();
+        QCOMPARE(document.indexOfObjectInInfos(info),
+                 std::find(m_plain.list.begin(), m_plain.list.end(), info) - m_plain.list.begin());
+    }
+    QCOMPARE(document.indexOfObjectInInfos(named(u"stray"_s)), -1);
+}
+
+} // namespace
+
+class TestInfoList : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void everyOperationUndoesAndRedoes_data();
+    void everyOperationUndoesAndRedoes();
+    void setsAndClearsTheDocument();
+    void announces_data();
+    void announces();
+    void leavesStepsToTheOthers();
+    void takesAnyIndexes();
+    void looksUp();
+    void looksUpByAnyKey();
+    void findsBaseInfos_data();
+    void findsBaseInfos();
+    void followsRandomEdits_data();
+    void followsRandomEdits();
+    void sharesRecordsWithAnotherDocument();
+    void recordsOutliveTheDocument();
+    void tellsOfChangesOnce();
+};
+
+void TestInfoList::everyOperationUndoesAndRedoes_data()
+{
+    using Operation = std::function<void(VXDocument &)>;
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<QString>("done");
+    QTest::addColumn<QString>("undone");
+    const auto row = [](const char *label, const char16_t *done, const char16_t *undone,
+                        const Operation &what) {
+        QTest::newRow(label) << what << QString::fromUtf16(done) << QString::fromUtf16(undone);
+    };
+    const auto at = [](VXDocument &d, qsizetype i) { return d.objectInInfosAtIndex(i); };
+    row("addInfo", u"a b c d x", u"a b c d", [](auto &d) { d.addInfo(named(u"x"_s)); });
+    row("addInfos", u"a b c d x y", u"a b c d", [](auto &d) { d.addInfos(namedAll(u"x y"_s)); });
+    row("removeInfo: back at the end", u"a c d", u"a c d b", [=](auto &d) { d.removeInfo(at(d, 1)); });
+    row("removeInfos: back at the end", u"b d", u"b d c a", [=](auto &d) {
+        d.removeInfos({at(d, 2), at(d, 0)});
+    });
+    row("insert first", u"x a b c d", u"a b c d",
+        [](auto &d) { d.insertObjectInInfosAtIndex(named(u"x"_s), 0); });
+    row("insert last", u"a b c d x", u"a b c d",
+        [](auto &d) { d.insertObjectInInfosAtIndex(named(u"x"_s), 4); });
+    row("insert several", u"x a y b c d z", u"a b c d", [](auto &d) {
+        d.insertObjectsInInfosAtIndexes(namedAll(u"x y z"_s), {0, 2, 6});
+    });
+    row("remove at", u"a b d", u"a b c d", [](auto &d) { d.removeObjectFromInfosAtIndex(2); });
+    row("remove several", u"b d", u"a b c d", [](auto &d) { d.removeObjectsFromInfosAtIndexes({0, 2}); });
+    row("remove all", u"", u"a b c d", [](auto &d) { d.removeObjectsFromInfosAtIndexes({0, 1, 2, 3}); });
+    row("reorder", u"d c b a", u"a b c d", [=](auto &d) {
+        d.reorderInfos({at(d, 3), at(d, 2), at(d, 1), at(d, 0)});
+    });
+    row("add one of the list", u"a b c d a", u"b c d", [=](auto &d) { d.addInfo(at(d, 0)); });
+}
+
+void TestInfoList::everyOperationUndoesAndRedoes()
+{
+    using Operation = std::function<void(VXDocument &)>;
+    QFETCH(const Operation, operation);
+    QFETCH(const QString, done);
+    QFETCH(const QString, undone);
+    VXDocument document;
+    document.setInfos(namedAll(u"a b c d"_s));
+    operation(document);
+    QCOMPARE(namesOf(document.infos()), done);
+    QVERIFY(document.isDocumentEdited());
+    QCoreApplication::processEvents();
+    QCOMPARE(document.undoManager()->stack()->count(), 1);
+    document.undoManager()->undo();
+    QCOMPARE(namesOf(document.infos()), undone);
+    QVERIFY(!document.isDocumentEdited());
+    document.undoManager()->redo();
+    if (undone == u"a b c d") {
+        QCOMPARE(namesOf(document.infos()), done);
+        document.undoManager()->undo();
+        QCOMPARE(namesOf(document.infos()), undone);
+    }
+}
+
+void TestInfoList::setsAndClearsTheDocument()
+{
+    VXDocument document;
+    document.setInfos(namedAll(u"a b c d e f"_s));
+    const InfoList all = document.infos();
+    for (const InfoPtr &info : all)
+        QCOMPARE(info->document(), &document);
+    document.removeObjectFromInfosAtIndex(5);
+    QVERIFY(!all[5]->document());
+    document.undoManager()->undo();
+    QCOMPARE(all[5]->document(), &document);
+    document.removeObjectsFromInfosAtIndexes({3, 4});
+    QCOMPARE(all[3]->document(), &document);
+    document.removeInfo(all[0]);
+    document.removeInfos({all[1]});
+    QCOMPARE(all[0]->document(), &document);
+    QCOMPARE(all[1]->document(), &document);
+    const InfoPtr other = named(u"x"_s);
+    document.replaceObjectInInfosAtIndexWithObject(0, other);
+    QCOMPARE(other->document(), &document);
+    QCOMPARE(namesOf(document.infos()), u"x f"_s);
+    document.setInfos({});
+    QVERIFY(!other->document());
+    QVERIFY(!document.objectInInfosAtIndex(0));
+    QVERIFY(!document.objectInInfosAtIndex(-1));
+}
+
+void TestInfoList::announces_data()
+{
+    using Operation = std::function<void(VXDocument &)>;
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<bool>("toObservers");
+    const auto row = [](const char *label, bool toObservers, const Operation &what) {
+        QTest::newRow(label) << what << toObservers;
+    };
+    row("addInfo", true, [](auto &d) { d.addInfo(named(u"x"_s)); });
+    row("addInfos", true, [](auto &d) { d.addInfos(namedAll(u"x y"_s)); });
+    row("removeInfo", false, [](auto &d) { d.removeInfo(d.objectInInfosAtIndex(1)); });
+    row("removeInfos", false, [](auto &d) { d.removeInfos({d.objectInInfosAtIndex(1)}); });
+    row("insert", true, [](auto &d) { d.insertObjectInInfosAtIndex(named(u"x"_s), 0); });
+    row("insert several", true, [](auto &d) { d.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {0, 2}); });
+    row("remove at", true, [](auto &d) { d.removeObjectFromInfosAtIndex(0); });
+    row("remove several", true, [](auto &d) { d.removeObjectsFromInfosAtIndexes({0, 1}); });
+    row("replace", true, [](auto &d) { d.replaceObjectInInfosAtIndexWithObject(0, named(u"x"_s)); });
+}
+
+void TestInfoList::announces()
+{
+    using Operation = std::function<void(VXDocument &)>;
+    QFETCH(const Operation, operation);
+    QFETCH(const bool, toObservers);
+    VXDocument document;
+    document.setInfos(namedAll(u"a b c"_s));
+    Follower follower(document);
+    follower.list = document.infos();
+    QSignalSpy observed(&document, &VXDocument::didChangeInfos);
+    operation(document);
+    QCOMPARE(observed.size(), toObservers ? 1 : 0);
+    QVERIFY(follower.list == document.infos());
+}
+
+void TestInfoList::leavesStepsToTheOthers()
+{
+    VXDocument document;
+    document.setInfos(namedAll(u"a b"_s));
+    document.replaceObjectInInfosAtIndexWithObject(1, named(u"x"_s));
+    document.removeObjectFromInfosAtIndex(7);
+    document.removeObjectsFromInfosAtIndexes({});
+    document.replaceObjectInInfosAtIndexWithObject(7, named(u"x"_s));
+    QVERIFY(!document.undoManager()->canUndo());
+    QCOMPARE(namesOf(document.infos()), u"a x"_s);
+    QVERIFY(!document.isDocumentEdited());
+}
+
+void TestInfoList::takesAnyIndexes()
+{
+    // From scripts they come as they are written.
+    VXDocument document;
+    document.setInfos(namedAll(u"a b c d"_s));
+    document.removeObjectsFromInfosAtIndexes({3, 1, 3, 9, -1});
+    QCOMPARE(namesOf(document.infos()), u"a c"_s);
+    document.undoManager()->undo();
+    QCOMPARE(namesOf(document.infos()), u"a b c d"_s);
+    document.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {2, 0});
+    QCOMPARE(namesOf(document.infos()), u"x a y b c d"_s);
+    document.undoManager()->undo();
+    document.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {50, 60});
+    QCOMPARE(namesOf(document.infos()), u"a b c d x y"_s);
+    document.undoManager()->undo();
+    QCOMPARE(namesOf(document.infos()), u"a b c d"_s);
+    document.undoManager()->redo();
+    QCOMPARE(namesOf(document.infos()), u"a b c d x y"_s);
+    document.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {0});
+    QCOMPARE(document.countOfInfos(), 6);
+}
+
+void TestInfoList::looksUp()
+{
+    VXDocument document;
+    QVERIFY(!document.infoForName(u"a"_s));
+    document.setInfos(namedAll(u"a b a é"_s));
+    document.objectInInfosAtIndex(1)->setUnicodes({u"0042"_s, u"0041"_s});
+    document.objectInInfosAtIndex(2)->setUnicode(u"0041"_s);
+    QCOMPARE(document.infoForName(u"a"_s), document.objectInInfosAtIndex(0));
+    QCOMPARE(document.infoForName(u"é"_s), document.objectInInfosAtIndex(3));
+    QVERIFY(!document.infoForName(u"A"_s));
+    QCOMPARE(document.infoForUnicode(u"0041"_s), document.objectInInfosAtIndex(2));
+    QVERIFY(!document.infoForUnicode(u"41"_s));
+    QVERIFY(!document.infoForUnicode({}));
+    QVERIFY(!document.infoForName({}));
+    QVERIFY(!document.infoForName(u""_s));
+    document.objectInInfosAtIndex(1)->setName(u""_s);
+    QCOMPARE(document.infoForName(u""_s), document.objectInInfosAtIndex(1));
+    document.objectInInfosAtIndex(1)->setName({});
+    QVERIFY(!document.infoForName(u""_s));
+    QVERIFY(!document.infoForName({}));
+}
+
+void TestInfoList::looksUpByAnyKey()
+{
+    VXDocument document;
+    document.setInfos(namedAll(u"a b c"_s));
+    document.objectInInfosAtIndex(0)->setScript(u"latin"_s);
+    document.objectInInfosAtIndex(2)->setScript(u"latin"_s);
+    document.objectInInfosAtIndex(1)->setDirection(1);
+    document.objectInInfosAtIndex(1)->setUnicodes({u"1"_s, u"2"_s});
+    const auto found = [&](const QString &key, const QVariantList &values) {
+        const auto infos = document.infoForKeyValues(key, values);
+        return infos ? namesOf(*infos) : u"(none)"_s;
+    };
+    QCOMPARE(found(u"script"_s, {u"latin"_s}), u"a c"_s);
+    QCOMPARE(found(u"script"_s, {u"greek"_s}), u"(none)"_s);
+    QCOMPARE(found(u"script"_s, {}), u"(none)"_s);
+    QCOMPARE(found(u"script"_s, {QString()}), u"(none)"_s);
+    QCOMPARE(found(u"name"_s, {u"c"_s, u"a"_s, u"a"_s}), u"a c"_s);
+    QCOMPARE(found(u"name"_s, {u"c"_s, 5}), u"c"_s);
+    QCOMPARE(found(u"direction"_s, {1}), u"b"_s);
+    QCOMPARE(found(u"unicodes"_s, {QStringList {u"1"_s, u"2"_s}}), u"b"_s);
+    QCOMPARE(found(u"accents"_s, {u"a"_s}), u"(none)"_s);
+}
+
+void TestInfoList::findsBaseInfos_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("bases");
+    const auto row = [](const char *name, const char *bases) {
+        QTest::newRow(name) << QString::fromLatin1(name) << QString::fromLatin1(bases);
+    };
+    row("uni0041", "A");
+    row("uni00410042", "A uni0042");
+    row("uni0041004", "(none)");
+    row("uni", "(none)");
+    row("uni004a", "(none)");
+    row("uni00E9", "uni00E9");
+    row("u1F600", "grin");
+    row("u1F6001F601", "grin u1F601");
+    row("u0041", "(none)");
+    row("u", "(none)");
+    row("Uni0041", "(none)");
+    row("uni0041.alt", "(none)");
+    row("uniABCDEF", "(none)");
+    row("A", "(none)");
+    row("", "(none)");
+}
+
+void TestInfoList::findsBaseInfos()
+{
+    QFETCH(const QString, name);
+    VXDocument document;
+    document.setInfos(namedAll(u"A grin"_s));
+    document.objectInInfosAtIndex(0)->setUnicode(u"0041"_s);
+    document.objectInInfosAtIndex(1)->setUnicode(u"1F600"_s);
+    const auto bases = document.baseInfosForUniName(name);
+    QTEST(bases ? namesOf(*bases) : u"(none)"_s, "bases");
+    QCOMPARE(document.countOfInfos(), 2);
+    for (const InfoPtr &base : bases.value_or(InfoList())) {
+        QCOMPARE(base->unicodes().size(), 1);
+        QCOMPARE(base->document() == nullptr, document.indexOfObjectInInfos(base) < 0);
+    }
+}
+
+void TestInfoList::followsRandomEdits_data()
+{
+    QTest::addColumn<quint32>("seed");
+    QTest::addColumn<bool>("repeatsRecords");
+    for (quint32 seed = 1; seed <= 6; ++seed)
+        QTest::addRow("seed %u", seed) << seed << false;
+    for (quint32 seed = 7; seed <= 10; ++seed)
+        QTest::addRow("seed %u, records more than once", seed) << seed << true;
+}
+
+void TestInfoList::followsRandomEdits()
+{
+    QFETCH(const quint32, seed);
+    QFETCH(const bool, repeatsRecords);
+    Rivals rivals(seed, repeatsRecords);
+    for (int round = 0; round < 3'000; ++round) {
+        rivals.step();
+        rivals.check();
+        if (QTest::currentTestFailed()) {
+            qWarning("in round %d", round);
+            return;
+        }
+    }
+}
+
+void TestInfoList::sharesRecordsWithAnotherDocument()
+{
+    VXDocument one;
+    one.setInfos(namedAll(u"a b c"_s));
+    QVERIFY(one.infoForName(u"b"_s));
+    {
+        VXDocument other;
+        InfoPtr info = one.objectInInfosAtIndex(1);
+        other.setInfos(namedAll(u"x"_s));
+        other.addInfo(info);
+        QCOMPARE(one.indexOfObjectInInfos(info), 1);
+        info->setName(u"new"_s); // heard by the other only
+        QCOMPARE(one.infoForName(u"new"_s), info);
+        QCOMPARE(other.infoForName(u"new"_s), info);
+        QVERIFY(!one.infoForName(u"b"_s));
+        QCOMPARE(one.infoForKeyValues(u"name"_s, {u"new"_s, u"c"_s})->size(), 2u);
+        one.removeInfo(info);
+        other.removeObjectFromInfosAtIndex(1);
+        one.undoManager()->removeAllActions();
+        other.undoManager()->removeAllActions();
+        QCoreApplication::processEvents(); // until then the changes are kept to be announced
+        const std::weak_ptr<VXGlyphInfo> watch = info;
+        info.reset();
+        QVERIFY(watch.expired());
+        QVERIFY(!one.infoForName(u"b"_s) && !one.infoForName(u"new"_s) && !other.infoForName(u"new"_s));
+    }
+    QCOMPARE(namesOf(one.infos()), u"a c"_s);
+    QCOMPARE(one.infoForName(u"c"_s), one.objectInInfosAtIndex(1));
+}
+
+void TestInfoList::recordsOutliveTheDocument()
+{
+    InfoList held;
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"a b c d e"_s));
+        held = document.infos();
+        document.removeInfo(held[0]);
+        document.removeObjectsFromInfosAtIndexes({0});
+        document.removeObjectFromInfosAtIndex(0);
+        document.replaceObjectInInfosAtIndexWithObject(0, named(u"x"_s));
+        document.undoManager()->undo();
+    }
+    for (const InfoPtr &info : held) {
+        QVERIFY(!info->document());
+        info->setName(u"later"_s);
+        info->setUnicode(u"41"_s);
+        QVERIFY(info->validateName(u"a"_s));
+    }
+}
+
+void TestInfoList::tellsOfChangesOnce()
+{
+    VXDocument document;
+    document.setInfos(namedAll(u"a b c"_s));
+    QList<std::vector<VXDocument::Change>> told;
+    connect(&document, &VXDocument::infosChanged, this,
+            [&told](const std::vector<VXDocument::Change> &changes) { told << changes; });
+    for (const InfoPtr &info : document.infos())
+        info->setScript(u"latin"_s);
+    document.objectInInfosAtIndex(0)->setIndex(4);
+    QVERIFY(told.isEmpty());
+    QCoreApplication::processEvents();
+    QCOMPARE(told.size(), 1);
+    QCOMPARE(told[0].size(), 4u);
+    QCOMPARE(told[0][2].info, document.objectInInfosAtIndex(2));
+    QCOMPARE(told[0][2].field, GlyphField::Script);
+    document.flushChanges();
+    QCOMPARE(told.size(), 1);
+    document.undoManager()->undo();
+    document.flushChanges();
+    QCOMPARE(told.size(), 2);
+    QCOMPARE(told[1].size(), 3u);
+}
+
+RUNEBOOK_TEST_MAIN(TestInfoList)
+#include "tst_infolist.moc"
