@@ -100,12 +100,11 @@ private:
     static constexpr quint64 MaxOffset = (quint64(1) << 36) - 1;
     static constexpr quint64 MaxLength = (quint64(1) << 26) - 1;
 
-    template <typename Value> struct Own {
+    struct OwnText;
+    struct OwnList {
         QAtomicInt references = 1;
-        Value value;
+        QStringList value;
     };
-    using OwnText = Own<QString>;
-    using OwnList = Own<QStringList>;
 
     explicit FieldValue(quint64 bits) : m_bits(bits) { }
     quint64 tag() const { return m_bits & 3; }
