@@ -73,7 +73,7 @@ public: // making
     Q_INVOKABLE InfoPtr copy() const;
     /// The record of one line of a glyph data file, trimmed; null when it is no glyph line. Writes 1 into
     /// \a fileVersion when the line had an "accents" attribute, 2 when it had a "case" attribute.
-    static InfoPtr initWithLineXMLFileVersion(const QString &line, quint8 *fileVersion = nullptr);
+    Q_INVOKABLE static InfoPtr initWithLineXMLFileVersion(const QString &line, quint8 *fileVersion = nullptr);
     void encodeWithCoder(QVariantMap &coder) const;
     static InfoPtr initWithCoder(const QVariantMap &coder);
 

@@ -1,0 +1,176 @@
+#include "scripting/HeadlessRun.h"
+
+#include "document/VXDocument.h"
+#include "platform/DocumentController.h"
+#include "platform/FilePath.h"
+#include "scripting/HeadlessConsole.h"
+#include "scripting/OutputModules.h"
+#include "scripting/PythonFunctions.h"
+#include "scripting/ScriptRun.h"
+#include "scripting/VXScriptingHandler.h"
+#include "scripting/bridge/ScriptHelpers.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <cstring>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("HeadlessRun", text);
+}
+
+/// One line of a person's language on stderr.
+void complain(HeadlessConsole &console, const QString &text)
+{
+    console.setWriteError("runebook: "_L1 + text.simplified() + u'\n');
+}
+
+/// Opens a file as one of the open documents, unseen. Not through the controller's own opening: a run in a
+/// Makefile does not belong among the user's recent files.
+Document *open(const QString &path, Error *error)
+{
+    DocumentController &controller = DocumentController::shared();
+    const QFileInfo file(path);
+    if (!file.isFile() || !file.isReadable()) {
+        fail(error, {u"OpenError"_s, 1, tr("The file “%1” cannot be read.").arg(path), {}, {}});
+        return nullptr;
+    }
+    const QString type = controller.typeForURL(path);
+    if (type.isEmpty()) {
+        fail(error, {u"OpenError"_s, 3, tr("“%1” is of no kind that can be opened.").arg(path), {}, {}});
+        return nullptr;
+    }
+    auto document = std::make_unique<VXDocument>();
+    if (!document->readFromURLOfType(path, type, error) || !document->readError().domain.isEmpty()) {
+        if (error && !document->readError().domain.isEmpty())
+            *error = document->readError();
+        return nullptr;
+    }
+    document->setFileType(type);
+    document->setFileURL(path);
+    controller.addDocument(document.get());
+    return document.release();
+}
+
+/// The documents of the files in their order, or nothing when one cannot be read.
+std::optional<QList<QPointer<Document>>> openAll(const QStringList &files, HeadlessConsole &console)
+{
+    QList<QPointer<Document>> documents;
+    // Backwards: each one that is opened comes in front of the others.
+    for (auto file = files.crbegin(); file != files.crend(); ++file) {
+        Error error;
+        Document *document = open(QFileInfo(pathFromURL(*file)).absoluteFilePath(), &error);
+        if (!document) {
+            complain(console, tr("%1: %2").arg(*file, error.text()));
+            return {};
+        }
+        documents.prepend(document);
+    }
+    return documents;
+}
+
+bool saveAll(const QList<QPointer<Document>> &documents, HeadlessConsole &console)
+{
+    bool isSaved = true;
+    for (const QPointer<Document> &document : documents) {
+        Error error;
+        if (document && document->isDocumentEdited() && !document->saveDocument(&error)) {
+            complain(console, error.text());
+            isSaved = false;
+        }
+    }
+    return isSaved;
+}
+
+/// Other programs write to the same output: what is held back goes first.
+int flushBeforePrograms(const char *event, PyObject *, void *data)
+{
+    for (const char *starting : {"os.system", "subprocess.Popen", "os.fork", "os.forkpty", "os.exec",
+                                 "os.posix_spawn", "os.spawn", "pty.spawn"}) {
+        if (std::strcmp(event, starting) == 0)
+            static_cast<HeadlessConsole *>(data)->flush();
+    }
+    return 0;
+}
+
+bool hasPython(HeadlessConsole &console)
+{
+    const VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
+    if (!VXScriptingHandler::isPythonRunning()) {
+        const Error &error = handler->startError();
+        complain(console,
+                 error.domain.isEmpty()
+                     ? tr("No suitable Python installed: versions 3.9 to 3.11 are supported.")
+                     : error.text());
+        return false;
+    }
+    const QString version =
+        u"%1.%2"_s.arg(VXScriptingHandler::PythonMajorVersion).arg(VXScriptingHandler::PythonMinorVersion);
+    if (!handler->isSupportedPythonVersion(version))
+        complain(console, tr("Python %1 is not supported; versions 3.9 to 3.11 are.").arg(version));
+    return true;
+}
+
+int run(const HeadlessOptions &options, HeadlessConsole &console)
+{
+    const QString script =
+        options.script.isEmpty() ? QString() : QFileInfo(options.script).absoluteFilePath();
+    if (!script.isEmpty() && (!QFileInfo(script).isFile() || !QFileInfo(script).isReadable())) {
+        complain(console, tr("The script “%1” cannot be read.").arg(options.script));
+        return HeadlessStatus::WrongInput;
+    }
+    const auto documents = openAll(options.files, console);
+    if (!documents)
+        return HeadlessStatus::WrongInput;
+    if (!hasPython(console))
+        return HeadlessStatus::NoPython;
+    {
+        const PythonLock lock;
+        py.PySys_AddAuditHook(flushBeforePrograms, &console);
+    }
+    if (script.isEmpty())
+        VXScriptingHandler::sharedHandler()->runMacroString(options.code);
+    else
+        VXScriptingHandler::sharedHandler()->runMacroFile(script);
+    int status = ScriptRun::outcome().processStatus();
+    finishScripts();
+    console.flush();
+    if (status == HeadlessStatus::Success && options.savesFiles && !saveAll(*documents, console))
+        status = HeadlessStatus::ScriptFailed;
+    if (status == HeadlessStatus::Success && console.hasFailed())
+        status = HeadlessStatus::ScriptFailed;
+    return status;
+}
+
+} // namespace
+
+void useHeadlessPlatform()
+{
+    for (const char *variable : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return;
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+int runHeadless(const HeadlessOptions &options)
+{
+    // Lives as long as the interpreter, which keeps a reference to it.
+    static HeadlessConsole console;
+    setScriptConsole(&console);
+    ScriptHelpers::shared().setCanAsk(false);
+    const auto connection =
+        QObject::connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, &ErrorPresenter::shared(),
+                         [](const Error &error) { complain(console, error.text()); });
+    const int status = run(options, console);
+    QObject::disconnect(connection);
+    return status;
+}
+
+} // namespace runebook

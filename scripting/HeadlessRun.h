@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace runebook {
+
+/// A script run on files without windows.
+struct HeadlessOptions {
+    QString script; ///< path of a script file; or
+    QString code; ///< code as the macro panel runs it, when there is no script
+    bool savesFiles = false; ///< write the files that the script has changed
+    QStringList files; ///< opened before the run, the first one frontmost
+};
+
+/// The exit statuses of a headless run; scripts may end with others.
+namespace HeadlessStatus {
+inline constexpr int Success = 0;
+inline constexpr int ScriptFailed = 1; ///< also: a changed file or the output could not be written
+inline constexpr int WrongInput = 2;
+inline constexpr int NoPython = 3;
+} // namespace HeadlessStatus
+
+/// Without a display, makes Qt use the platform that needs none. To be called before the application object
+/// is made.
+void useHeadlessPlatform();
+
+/// Opens the files, runs the script with the process's own output as its console, saves what was asked for,
+/// and answers the exit status. Needs an application object and the document controller set up with types
+/// and factory. Files are saved only when the script did not fail.
+int runHeadless(const HeadlessOptions &options);
+
+} // namespace runebook

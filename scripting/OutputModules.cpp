@@ -1,0 +1,192 @@
+#include "scripting/OutputModules.h"
+
+#include "scripting/PythonFunctions.h"
+#include "scripting/ScriptConsole.h"
+
+#include <QCoreApplication>
+#include <QMutex>
+#include <QThread>
+#include <utility>
+
+namespace runebook {
+
+namespace {
+
+enum class Stream { Output, Error };
+
+ScriptConsole *console = nullptr;
+
+void writeTo(ScriptConsole &target, Stream stream, const QString &text)
+{
+    if (stream == Stream::Output)
+        target.setWrite(text);
+    else
+        target.setWriteError(text);
+}
+
+/// Texts of other threads on their way to the main thread, in the order in which they were written.
+class PendingOutput
+{
+public:
+    void add(Stream stream, const QString &text)
+    {
+        const QMutexLocker locker(&m_mutex);
+        // One text for as long as the same stream goes on: a thread that prints a million lines costs the
+        // main thread one insertion, not a million.
+        if (!m_texts.empty() && m_texts.back().first == stream)
+            m_texts.back().second += text;
+        else
+            m_texts.emplace_back(stream, text);
+        if (std::exchange(m_isAnnounced, true))
+            return;
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [] { deliverPendingOutput(); }, Qt::QueuedConnection);
+    }
+
+    std::vector<std::pair<Stream, QString>> take()
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_isAnnounced = false;
+        return std::exchange(m_texts, {});
+    }
+
+private:
+    QMutex m_mutex;
+    std::vector<std::pair<Stream, QString>> m_texts;
+    bool m_isAnnounced = false;
+};
+
+PendingOutput &pendingOutput()
+{
+    static PendingOutput pending;
+    return pending;
+}
+
+/// QString::fromUtf8 drops a byte order mark at the beginning; here it is a character like any other.
+QString textFromUtf8(const char *utf8)
+{
+    const QByteArrayView bytes(utf8);
+    const QString text = QString::fromUtf8(bytes);
+    return bytes.startsWith("\xEF\xBB\xBF") ? QChar(QChar::ByteOrderMark) + text : text;
+}
+
+void deliver(Stream stream, const QString &text)
+{
+    ScriptConsole *target = console;
+    if (!target)
+        return;
+    if (target->takesAnyThread() || QThread::currentThread() == QCoreApplication::instance()->thread())
+        writeTo(*target, stream, text);
+    else
+        pendingOutput().add(stream, text);
+}
+
+/// The text of a str that has no plain UTF-8 form: a zero character or half a surrogate pair in it. False,
+/// with the interpreter's own error left as it is, when the arguments are no such text.
+bool readUnusualText(PyObject *arguments, QString &text)
+{
+    if (!py.PyErr_ExceptionMatches(*py.PyExc_ValueError) || py.PyTuple_Size(arguments) != 1)
+        return false;
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    vxPyErr_Fetch(&type, &value, &traceback);
+    PyObject *bytes =
+        py.PyUnicode_AsEncodedString(py.PyTuple_GetItem(arguments, 0), "utf-16-le", "surrogatepass");
+    if (!bytes) {
+        py.PyErr_Restore(type, value, traceback);
+        return false;
+    }
+    text = QString(reinterpret_cast<const QChar *>(vxPyBytes_AsString(bytes)), py.PyBytes_Size(bytes) / 2);
+    for (PyObject *object : {bytes, type, value, traceback}) {
+        if (object)
+            vxPy_DecRef(object);
+    }
+    return true;
+}
+
+PyObject *capture(Stream stream, PyObject *arguments)
+{
+    char *utf8 = nullptr;
+    QString text;
+    if (vxPyArg_ParseTuple(arguments, "es", "utf-8", &utf8)) {
+        text = textFromUtf8(utf8);
+        vxPyMem_Free(utf8);
+    } else if (!readUnusualText(arguments, text)) {
+        return nullptr;
+    }
+    deliver(stream, text);
+    return vxPy_BuildValue("s", "");
+}
+
+PyObject *log_CaptureStdout(PyObject *, PyObject *arguments)
+{
+    return capture(Stream::Output, arguments);
+}
+
+PyObject *log_CaptureStderr(PyObject *, PyObject *arguments)
+{
+    return capture(Stream::Error, arguments);
+}
+
+PyObject *TesselLog_flush(PyObject *, PyObject *)
+{
+    return vxPy_BuildValue("s", "");
+}
+
+PyMethodDef outputFunctions[] = {
+    {"write", log_CaptureStdout, python::kVarArgs, "doc for write"},
+    {"flush", TesselLog_flush, python::kVarArgs, "doc for flush"},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+PyMethodDef errorFunctions[] = {
+    {"write", log_CaptureStderr, python::kVarArgs, "doc for write"},
+    {"flush", TesselLog_flush, python::kVarArgs, "doc for flush"},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+constexpr PyModuleDef_Base kModuleHead {{1, nullptr}, nullptr, 0, nullptr};
+
+PyModuleDef TesselOut_module {
+    kModuleHead, "TesselOut", "doc for TesselOut", -1, outputFunctions, nullptr, nullptr, nullptr, nullptr};
+PyModuleDef TesselErr_module {
+    kModuleHead, "TesselErr", "doc for TesselErr", -1, errorFunctions, nullptr, nullptr, nullptr, nullptr};
+
+PyObject *createModule(PyModuleDef &definition, const char *replaced)
+{
+    PyObject *module = vxPyModule_Create2(&definition, python::kApiVersion);
+    if (module)
+        vxPySys_SetObject(replaced, module);
+    return module;
+}
+
+} // namespace
+
+ScriptConsole *scriptConsole()
+{
+    return console;
+}
+
+void setScriptConsole(ScriptConsole *target)
+{
+    console = target;
+}
+
+void deliverPendingOutput()
+{
+    for (const auto &[stream, text] : pendingOutput().take()) {
+        if (console)
+            writeTo(*console, stream, text);
+    }
+}
+
+} // namespace runebook
+
+PyObject *PyInit_TesselOut()
+{
+    return runebook::createModule(runebook::TesselOut_module, "stdout");
+}
+
+PyObject *PyInit_TesselErr()
+{
+    return runebook::createModule(runebook::TesselErr_module, "stderr");
+}

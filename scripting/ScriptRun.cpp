@@ -1,0 +1,203 @@
+#include "scripting/ScriptRun.h"
+
+#include "platform/Document.h"
+#include "platform/DocumentController.h"
+#include "scripting/PythonFunctions.h"
+
+#include <atomic>
+#include <csignal>
+#include <pthread.h>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+bool vxRun_SimpleString(const char *code, const char *label)
+{
+    PyObject *compiled = vxPy_CompileStringFlags(code, label, python::kFileInput, nullptr);
+    if (compiled) {
+        PyObject *globals = vxPyModule_GetDict(vxPyImport_AddModule("__main__"));
+        PyObject *result = vxPyEval_EvalCode(compiled, globals, globals);
+        vxPy_DecRef(compiled);
+        if (result) {
+            vxPy_DecRef(result);
+            return true;
+        }
+    }
+    ScriptRun::reportPendingError();
+    return false;
+}
+
+namespace runebook {
+
+namespace {
+
+ScriptOutcome lastOutcome;
+std::atomic<int> runDepth = 0;
+pthread_t mainThread;
+// The interpreter's own answer to Ctrl+C, in force during runs only: outside of them it would swallow the
+// key that ends the program.
+struct sigaction pythonInterrupt {
+};
+struct sigaction ordinaryInterrupt {
+};
+
+int interruptSignal()
+{
+    return SIGRTMIN + 5;
+}
+
+void onInterruptSignal(int)
+{
+    if (runDepth > 0)
+        py.PyErr_SetInterrupt();
+}
+
+/// Drops an interrupt that came when the script had ended already.
+void dropLateInterrupt()
+{
+    if (py.PyErr_CheckSignals() != 0)
+        vxPyErr_Clear();
+}
+
+void flushStreams()
+{
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    vxPyErr_Fetch(&type, &value, &traceback);
+    for (const char *name : {"stdout", "stderr"}) {
+        PyObject *stream = vxPySys_GetObject(name);
+        PyObject *result =
+            stream && stream != py._Py_NoneStruct ? vxPyObject_CallMethod(stream, "flush", nullptr) : nullptr;
+        if (result)
+            vxPy_DecRef(result);
+        vxPyErr_Clear();
+    }
+    py.PyErr_Restore(type, value, traceback);
+}
+
+/// Takes SystemExit as the interpreter's main program would: no value is 0, a number is itself, anything
+/// else is a text for sys.stderr and 1.
+int statusOfSystemExit()
+{
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    vxPyErr_Fetch(&type, &value, &traceback);
+    vxPyErr_NormalizeException(&type, &value, &traceback);
+    PyObject *code = value ? py.PyObject_GetAttrString(value, "code") : nullptr;
+    int status = 0;
+    if (code && code != py._Py_NoneStruct) {
+        if (py.PyType_GetFlags(code->ob_type) & python::kLongSubclass) {
+            status = static_cast<int>(py.PyLong_AsLongLong(code));
+        } else {
+            status = 1;
+            PyObject *text = vxPyObject_Str(code);
+            PyObject *stream = vxPySys_GetObject("stderr");
+            PyObject *result = text && stream ? vxPyObject_CallMethod(stream, "write", "(O)", text) : nullptr;
+            PyObject *end = result ? vxPyObject_CallMethod(stream, "write", "(s)", "\n") : nullptr;
+            for (PyObject *object : {text, result, end}) {
+                if (object)
+                    vxPy_DecRef(object);
+            }
+        }
+    }
+    for (PyObject *object : {code, type, value, traceback}) {
+        if (object)
+            vxPy_DecRef(object);
+    }
+    vxPyErr_Clear();
+    return status;
+}
+
+} // namespace
+
+PythonLock::PythonLock() : m_state(vxPyGILState_Ensure()) { }
+
+PythonLock::~PythonLock()
+{
+    vxPyGILState_Release(m_state);
+}
+
+ScriptRun::ScriptRun(const QString &undoName) : m_undoName(undoName)
+{
+    if (runDepth > 0) {
+        ++runDepth;
+        return;
+    }
+    lastOutcome = {};
+    dropLateInterrupt();
+    const QList<Document *> documents = DocumentController::shared().documentList();
+    for (Document *document : documents)
+        document->commitEditing();
+    openGroups();
+    // Documents that the script opens get their step as well.
+    connect(&DocumentController::shared(), &DocumentController::documentsChanged, this,
+            &ScriptRun::openGroups);
+    ::sigaction(SIGINT, &pythonInterrupt, &ordinaryInterrupt);
+    ++runDepth;
+}
+
+ScriptRun::~ScriptRun()
+{
+    if (--runDepth > 0)
+        return;
+    ::sigaction(SIGINT, &ordinaryInterrupt, nullptr);
+    dropLateInterrupt();
+    flushStreams();
+    // The history of a document that is gone went with it.
+    for (const QPointer<UndoManager> &manager : m_groups) {
+        if (manager)
+            manager->endUndoGrouping();
+    }
+}
+
+void ScriptRun::openGroups()
+{
+    for (Document *document : DocumentController::shared().documentList()) {
+        UndoManager *manager = document->undoManager();
+        if (std::find(m_groups.begin(), m_groups.end(), manager) != m_groups.end())
+            continue;
+        manager->beginUndoGrouping();
+        manager->setActionName(m_undoName);
+        m_groups.emplace_back(manager);
+    }
+}
+
+bool ScriptRun::isRunning()
+{
+    return runDepth > 0;
+}
+
+void ScriptRun::interrupt()
+{
+    if (runDepth > 0)
+        ::pthread_kill(mainThread, interruptSignal());
+}
+
+const ScriptOutcome &ScriptRun::outcome()
+{
+    return lastOutcome;
+}
+
+void ScriptRun::reportPendingError()
+{
+    // Printing SystemExit would end the program.
+    if (py.PyErr_ExceptionMatches(*py.PyExc_SystemExit)) {
+        lastOutcome.exitStatus = statusOfSystemExit();
+        return;
+    }
+    lastOutcome.hasFailed = true;
+    vxPyErr_PrintEx(1);
+}
+
+void ScriptRun::installInterrupt()
+{
+    mainThread = ::pthread_self();
+    struct sigaction action {
+    };
+    action.sa_handler = onInterruptSignal;
+    sigemptyset(&action.sa_mask);
+    // No restart: a sleep or a wait for a lock must come back to look at the interrupt.
+    action.sa_flags = 0;
+    ::sigaction(interruptSignal(), &action, nullptr);
+    ::sigaction(SIGINT, nullptr, &pythonInterrupt);
+}
+
+} // namespace runebook

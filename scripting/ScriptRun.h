@@ -1,0 +1,76 @@
+#pragma once
+
+#include "scripting/PythonABI.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <optional>
+#include <vector>
+
+/// Compiles UTF-8 \a code under the file name \a label and runs it in the module "__main__". True when it ran
+/// to its end; an uncaught error is printed to sys.stderr. The lock of the interpreter must be held.
+bool vxRun_SimpleString(const char *code, const char *label);
+
+namespace runebook {
+
+class UndoManager;
+
+/// How a run ended.
+struct ScriptOutcome {
+    bool hasFailed = false; ///< an uncaught error was printed
+    std::optional<int> exitStatus; ///< the script ended itself with sys.exit
+
+    /// The exit status of a process that did nothing else.
+    int processStatus() const { return exitStatus ? *exitStatus : hasFailed ? 1 : 0; }
+};
+
+/// The lock of the interpreter, for one scope. On any thread.
+class PythonLock
+{
+public:
+    PythonLock();
+    ~PythonLock();
+    Q_DISABLE_COPY_MOVE(PythonLock)
+
+private:
+    int m_state;
+};
+
+/// One run of a script, for one scope on the main thread: what was being typed is handed over first, changes
+/// of each document become one undo step, and the run can be interrupted. Runs inside a run belong to it.
+class ScriptRun : public QObject
+{
+public:
+    explicit ScriptRun(const QString &undoName);
+    ~ScriptRun() override;
+
+    static bool isRunning();
+    /// Raises KeyboardInterrupt in the script that runs, wherever it is: in a loop, asleep, waiting for a
+    /// lock, inside a regular expression. Does nothing when none runs. On any thread.
+    static void interrupt();
+    /// How the run on this thread stands so far, or how the last one ended.
+    static const ScriptOutcome &outcome();
+    /// Prints the pending error of the interpreter, or notes that the script ended itself.
+    static void reportPendingError();
+    /// Makes interrupts possible; called once, when the interpreter is up.
+    static void installInterrupt();
+
+private:
+    void openGroups();
+
+    QString m_undoName;
+    std::vector<QPointer<UndoManager>> m_groups;
+};
+
+/// Runs \a code as the macro panel does: its prelude, then the code under the label "macro panel". Does
+/// nothing without an interpreter.
+void runPanelCode(const QString &code);
+/// Runs the file at the absolute \a path as the Scripts menu does. Its folder stays in sys.path and becomes
+/// the working directory.
+void runScriptFile(const QString &path);
+/// What the interpreter still has to do when the process is about to end: threads of scripts that are not
+/// daemons come to their end, functions registered with atexit run, streams are flushed.
+void finishScripts();
+
+} // namespace runebook

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "platform/Error.h"
+#include "scripting/PythonPlaces.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace runebook {
+class ScriptConsole;
+} // namespace runebook
+
+/// Finds Python among the user's installations, loads it, starts it and gives it the scripts' folders. One
+/// for the program. Main thread only. An installation is described by a map with "name", "fullPath" and
+/// "version".
+class VXScriptingHandler : public QObject
+{
+    Q_OBJECT
+public: // making
+    /// The handler of the program, made and started on first call.
+    static VXScriptingHandler *sharedHandler();
+    /// A handler that has done nothing yet, looking in \a places.
+    explicit VXScriptingHandler(runebook::PythonPlaces places, QObject *parent = nullptr);
+    ~VXScriptingHandler() override;
+    /// Finds Python, loads its functions and starts it. When that fails, startError() tells why.
+    Q_INVOKABLE VXScriptingHandler *initOnce();
+
+public: // folders
+    /// The program's folder in the user's application support, or in the temporary directory.
+    Q_INVOKABLE static QString applicationSupportFolder();
+    /// The user's application support with applicationSupportFolder once more below it.
+    Q_INVOKABLE static QString applicationSupportPath();
+    /// The folders that hold scripts, the program's own among them; the scripts' modules are found there.
+    /// Empty until an interpreter of version 3 or newer is up; the same from then on.
+    Q_INVOKABLE static QStringList scriptPaths();
+    /// When the folder for scripts that users are shown exists and the one that is searched does not, makes
+    /// the latter a link to the former.
+    Q_INVOKABLE static void linkScriptFolder();
+    Q_INVOKABLE static bool validateScript(const QString &path);
+
+public: // installations of Python
+    Q_INVOKABLE QList<QVariantMap> pythonFrameworks() const { return m_pythonFrameworks; }
+    Q_INVOKABLE void setPythonFrameworks(const QList<QVariantMap> &frameworks);
+    Q_INVOKABLE void findAllPythonFrameworks();
+    Q_INVOKABLE QStringList allFrameworkPaths(const QString &path) const;
+    Q_INVOKABLE QStringList allVersionsOfFramework(const QString &path) const;
+    /// On yes \a version gets the version of the framework at \a path.
+    Q_INVOKABLE bool isSupportedPythonVersion(const QString &path, QString *version) const;
+    Q_INVOKABLE bool isSupportedPythonVersion(const QString &version) const;
+    /// What the user chose, as it stands, or the newest found; null when there is none.
+    Q_INVOKABLE QString currentPythonPath() const;
+
+public: // the interpreter
+    /// An open library, never to be closed; null when there is none at \a path.
+    void *pythonLibForPath(const QString &path) const;
+    Q_INVOKABLE void loadPythonFunctions();
+    Q_INVOKABLE void initPython();
+    /// True from the moment scripts can run.
+    Q_INVOKABLE static bool isPythonRunning();
+    /// -1 until an interpreter is up.
+    static int PythonMajorVersion;
+    static int PythonMinorVersion;
+    /// Why no interpreter is up; an empty domain when one is, or when none was found at all.
+    const runebook::Error &startError() const { return m_startError; }
+
+public: // running
+    /// Runs a script file; what it prints goes to the console.
+    Q_INVOKABLE void runMacroFile(const QString &path);
+    /// Runs code as the macro panel does.
+    Q_INVOKABLE void runMacroString(const QString &code);
+    /// Stops the script that runs with KeyboardInterrupt; on any thread.
+    static void interruptRun();
+
+public: // the macro panel
+    /// Makes \a panel the console of all scripts; kept for the process, not owned.
+    void setMacroPanelController(runebook::ScriptConsole *panel);
+    /// Always empty: the panel is known to the process as a whole.
+    Q_INVOKABLE QObject *macroPanelController() const { return m_macroPanelController; }
+
+Q_SIGNALS:
+    /// The notification "VXReloadScriptMenu" was posted.
+    void scriptMenuReloadRequested();
+    /// The interpreter that came up is outside the supported range; once, a second after the start.
+    void unsupportedPythonStarted(const QString &message, const QString &advice);
+
+private:
+    bool isUsable(const QString &path);
+    void startInterpreter(const QString &path);
+    void setUpInterpreter(bool replacesStreams);
+    void warnWhenUnsupported();
+
+    runebook::PythonPlaces m_places;
+    QList<QVariantMap> m_pythonFrameworks;
+    runebook::Error m_startError;
+    QObject *m_macroPanelController = nullptr;
+};

@@ -1,0 +1,174 @@
+#include "scripting/bridge/BridgeModule.h"
+
+#include "app/update/VXVersionComparator.h"
+#include "document/VXDocument.h"
+#include "platform/DocumentController.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "scripting/VXScriptingHandler.h"
+#include "scripting/bridge/BridgeTypes.h"
+#include "scripting/bridge/Operation.h"
+#include "scripting/bridge/ScriptApplication.h"
+#include "scripting/bridge/ScriptHelpers.h"
+
+namespace runebook::bridge {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A document that scripts make belongs to them until it has become one of the open documents.
+Instance makeDocument()
+{
+    const auto guard = [](QObject *document) {
+        return std::shared_ptr<void>(nullptr, [pointer = QPointer(document)](void *) {
+            if (pointer && !pointer->parent())
+                pointer->deleteLater();
+        });
+    };
+    auto *document = new VXDocument;
+    return {guard(document), document};
+}
+
+void registerClasses()
+{
+    registerRecord<VXGlyphInfo>();
+    BridgedClass::registerClass(VXDocument::staticMetaObject, makeDocument);
+    BridgedClass::registerClass(VXVersionComparator::staticMetaObject, [] {
+        return Instance {std::make_shared<VXVersionComparator>(), nullptr};
+    });
+    BridgedClass::registerClass(VXScriptingHandler::staticMetaObject, [] {
+        return Instance {nullptr, VXScriptingHandler::sharedHandler()};
+    });
+    BridgedClass::registerClass(Error::staticMetaObject, [] {
+        return Instance {std::make_shared<Error>(), nullptr};
+    });
+}
+
+PyObject *classFromString(PyObject *, PyObject *name)
+{
+    QString text;
+    if (!readText(name, text))
+        return nullptr;
+    const BridgedClass *bridged = BridgedClass::forName(text.toUtf8());
+    if (!bridged)
+        return py.PyErr_Occurred() ? nullptr : none();
+    return PythonRef::shared(reinterpret_cast<PyObject *>(bridged->type())).release();
+}
+
+/// The objects there is one of, by name.
+PyObject *sharedObject(PyObject *, PyObject *name)
+{
+    QString text;
+    if (!readText(name, text))
+        return nullptr;
+    return guarded<PyObject *>(nullptr, [&text] {
+        if (text == "application"_L1)
+            return wrapObject(ScriptApplication::object());
+        if (text == "documentController"_L1)
+            return wrapObject(&DocumentController::shared());
+        if (text == "userDefaults"_L1)
+            return wrapObject(&UserDefaults::standard());
+        if (text == "notificationCenter"_L1)
+            return wrapObject(&NotificationCenter::defaultCenter());
+        if (text == "scriptingHandler"_L1)
+            return wrapObject(VXScriptingHandler::sharedHandler());
+        if (text == "helpers"_L1)
+            return wrapObject(&ScriptHelpers::shared());
+        return raise(*py.PyExc_ValueError, u"no object is called %1"_s.arg(text));
+    });
+}
+
+/// Hands every notification to a Python function, on the main thread.
+PyObject *observeNotifications(PyObject *, PyObject *function)
+{
+    if (!checkThread())
+        return nullptr;
+    // Kept to the end of the process: the Python side asks once and tells its observers itself.
+    py.Py_IncRef(function);
+    QObject::connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted,
+                     &ScriptHelpers::shared(),
+                     [function](const QString &name, QObject *object, const QVariantMap &userInfo) {
+                         const int state = vxPyGILState_Ensure();
+                         {
+                             const PythonRef arguments(py.PyTuple_New(3));
+                             py.PyTuple_SetItem(arguments.get(), 0, pythonText(name));
+                             py.PyTuple_SetItem(arguments.get(), 1, wrapObject(object));
+                             py.PyTuple_SetItem(arguments.get(), 2, variantToPython(userInfo));
+                             const PythonRef answer(py.PyObject_CallObject(function, arguments.get()));
+                             if (!answer)
+                                 vxPyErr_PrintEx(0);
+                         }
+                         vxPyGILState_Release(state);
+                     });
+    return none();
+}
+
+PyObject *setValueTypes(PyObject *, PyObject *arguments)
+{
+    PyObject *list = nullptr, *text = nullptr, *number = nullptr, *error = nullptr;
+    if (!vxPyArg_ParseTuple(arguments, "OOOO", &list, &text, &number, &error))
+        return nullptr;
+    valueTypes() = {PythonRef::shared(list), PythonRef::shared(text), PythonRef::shared(number),
+                    PythonRef::shared(error)};
+    return none();
+}
+
+/// The operations of a class as people write them, for listings.
+PyObject *selectors(PyObject *, PyObject *type)
+{
+    if (!isKind(type, python::kTypeSubclass))
+        return raise(*py.PyExc_TypeError, u"a class is needed"_s);
+    QStringList names;
+    const BridgedClass *bridged = BridgedClass::forType(reinterpret_cast<PyTypeObject *>(type));
+    const QMetaObject *meta = bridged ? &bridged->metaObject() : nullptr;
+    for (; meta && meta != &QObject::staticMetaObject; meta = meta->superClass()) {
+        for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+            const QMetaMethod method = meta->method(i);
+            if (method.methodType() == QMetaMethod::Signal || method.access() == QMetaMethod::Private)
+                continue;
+            const Method described(method, *meta);
+            if (described.isUsable)
+                names << QString::fromUtf8(usualSelector(method.name(), described.inputs()));
+        }
+        for (int i = meta->propertyOffset(); i < meta->propertyCount(); ++i)
+            names << QString::fromLatin1(meta->property(i).name());
+    }
+    names.removeDuplicates();
+    return bridgeType(QMetaType(QMetaType::QStringList)).toPython({}, &names);
+}
+
+PyMethodDef functions[] = {
+    {"classFromString", classFromString, python::kOneArg, "The class of that name, or None."},
+    {"sharedObject", sharedObject, python::kOneArg, "An object there is one of."},
+    {"observeNotifications", observeNotifications, python::kOneArg,
+     "Calls a function for each notification."},
+    {"setValueTypes", setValueTypes, python::kVarArgs, "The classes of lists, texts, numbers and errors."},
+    {"selectors", selectors, python::kOneArg, "The names of a class's operations and properties."},
+    {nullptr, nullptr, 0, nullptr},
+};
+
+PyModuleDef runebook_module {{{1, nullptr}, nullptr, 0, nullptr},
+                             kBridgeModuleName,
+                             "The program's objects.",
+                             -1,
+                             functions,
+                             nullptr,
+                             nullptr,
+                             nullptr,
+                             nullptr};
+
+} // namespace
+
+} // namespace runebook::bridge
+
+PyObject *PyInit_runebook()
+{
+    using namespace runebook::bridge;
+    registerClasses();
+    PyTypeObject *root = objectType();
+    PyObject *module = root ? vxPyModule_Create2(&runebook_module, runebook::python::kApiVersion) : nullptr;
+    if (module)
+        runebook::py.PyObject_SetAttrString(module, "NSObject", reinterpret_cast<PyObject *>(root));
+    return module;
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "scripting/bridge/PythonValue.h"
+
+#include <QObject>
+#include <QPointer>
+#include <memory>
+
+namespace runebook::bridge {
+
+class BridgedClass;
+
+/// What stands behind an object of a script: a record or value that is shared with it, or an object of the
+/// program that may go away before it.
+struct Instance {
+    std::shared_ptr<void> value;
+    QPointer<QObject> object;
+
+    bool isEmpty() const { return !value && !object; }
+};
+
+/// An object of the program as scripts see it: the base of all bridged classes, and of the classes that
+/// scripts derive from NSObject, which have nothing behind them.
+struct BridgeObject {
+    PyObject head;
+    const BridgedClass *bridgedClass; ///< null for a class of a script
+    bool isAllocated; ///< came from alloc(), init() has not been called yet
+    const QObject *listedAs; ///< the key under which it is found again; never followed
+    Instance instance;
+};
+
+/// The Python type NSObject, made on first call; null with an error set when that fails.
+PyTypeObject *objectType();
+/// True for objects of the bridge.
+bool isBridgeObject(PyObject *object);
+/// A new object of \a type around \a instance.
+PyObject *makeObject(PyTypeObject *type, const BridgedClass *bridgedClass, Instance instance,
+                     bool isAllocated = false);
+
+/// A QObject of the program; None for null. The same Python object as long as one is alive.
+PyObject *wrapObject(QObject *object);
+/// A record or value of the class \a bridgedClass.
+PyObject *wrapValue(const BridgedClass &bridgedClass, std::shared_ptr<void> value);
+/// Where the C++ object is; null with ReferenceError set when it is gone.
+void *addressOf(BridgeObject &object);
+
+} // namespace runebook::bridge

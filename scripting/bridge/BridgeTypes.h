@@ -1,0 +1,119 @@
+#pragma once
+
+#include "scripting/bridge/BridgedClass.h"
+
+#include <QMetaType>
+#include <optional>
+#include <vector>
+
+namespace runebook::bridge {
+
+/// How values of one C++ type become Python's and back.
+struct BridgeType {
+    /// A new reference, or null with an error set.
+    using ToPython = PyObject *(*)(QMetaType type, const void *data);
+    /// Fills the value at \a data, which exists; false with an error set when \a object does not fit.
+    using FromPython = bool (*)(QMetaType type, PyObject *object, void *data);
+
+    ToPython toPython = nullptr;
+    FromPython fromPython = nullptr;
+};
+
+/// Never null: types that nobody registered go through QVariant's conversions, or across as they are.
+const BridgeType &bridgeType(QMetaType type);
+void registerType(QMetaType type, const BridgeType &bridge);
+
+/// The Python classes of values, told by the Python side: a list, a text and a number that answer as the
+/// program's objects do, and the exception for errors of the program.
+struct ValueTypes {
+    PythonRef list;
+    PythonRef text;
+    PythonRef number;
+    PythonRef error;
+};
+ValueTypes &valueTypes();
+
+PyObject *variantToPython(const QVariant &value);
+bool variantFromPython(PyObject *object, QVariant &value);
+/// Makes the list type of the Python side from a new list, which is taken over.
+PyObject *asList(PyObject *list);
+
+/// A value of a type for the time of one call: made empty, destroyed at the end.
+class Storage
+{
+public:
+    explicit Storage(QMetaType type);
+    Storage(Storage &&) = delete;
+    ~Storage();
+    QMetaType type() const { return m_type; }
+    void *data() { return m_data; }
+
+private:
+    QMetaType m_type;
+    void *m_data = nullptr;
+    alignas(std::max_align_t) std::byte m_place[48];
+};
+
+/// Makes a class of records known that are held by std::shared_ptr, with lists of them.
+template <typename Record> void registerRecord();
+
+// Implementation
+
+/// Shared by all records: the pointer inside of a Python object, or null with TypeError set.
+const std::shared_ptr<void> *recordIn(PyObject *object, const QMetaObject &meta);
+PyObject *recordToPython(const QMetaObject &meta, std::shared_ptr<void> record);
+
+template <typename Record> PyObject *recordsToPython(const std::vector<std::shared_ptr<Record>> &records)
+{
+    PythonRef list(py.PyList_New(static_cast<Py_ssize_t>(records.size())));
+    for (std::size_t i = 0; list && i < records.size(); ++i) {
+        PyObject *record = recordToPython(Record::staticMetaObject, records[i]);
+        if (!record)
+            return nullptr;
+        py.PyList_SetItem(list.get(), static_cast<Py_ssize_t>(i), record);
+    }
+    return asList(list.release());
+}
+
+template <typename Record> bool recordFromPython(PyObject *object, std::shared_ptr<Record> &record)
+{
+    const std::shared_ptr<void> *held = recordIn(object, Record::staticMetaObject);
+    if (held)
+        record = std::static_pointer_cast<Record>(*held);
+    return held != nullptr;
+}
+
+/// Calls \a take for each object that an iterable gives; stops when it answers false.
+bool forEach(PyObject *iterable, const std::function<bool(PyObject *)> &take);
+
+template <typename Record> void registerRecord()
+{
+    using Pointer = std::shared_ptr<Record>;
+    using List = std::vector<Pointer>;
+    BridgedClass::registerClass(Record::staticMetaObject, [] {
+        return Instance {std::make_shared<Record>(), nullptr};
+    });
+    registerType(QMetaType::fromType<Pointer>(),
+                 {[](QMetaType, const void *data) {
+                      return recordToPython(Record::staticMetaObject, *static_cast<const Pointer *>(data));
+                  },
+                  [](QMetaType, PyObject *object, void *data) {
+                      return recordFromPython(object, *static_cast<Pointer *>(data));
+                  }});
+    registerType(
+        QMetaType::fromType<List>(),
+        {[](QMetaType, const void *data) { return recordsToPython(*static_cast<const List *>(data)); },
+         [](QMetaType, PyObject *object, void *data) {
+             auto &list = *static_cast<List *>(data);
+             return forEach(object,
+                            [&list](PyObject *item) { return recordFromPython(item, list.emplace_back()); });
+         }});
+    registerType(QMetaType::fromType<std::optional<List>>(),
+                 {[](QMetaType, const void *data) {
+                      const auto &list = *static_cast<const std::optional<List> *>(data);
+                      return list ? recordsToPython(*list) : none();
+                  },
+                  nullptr});
+}
+
+} // namespace runebook::bridge

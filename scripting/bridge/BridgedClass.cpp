@@ -1,0 +1,204 @@
+#include "scripting/bridge/BridgedClass.h"
+
+#include "scripting/bridge/Operation.h"
+
+#include <QHash>
+#include <QMetaProperty>
+#include <deque>
+
+namespace runebook::bridge {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Known {
+    const QMetaObject *meta;
+    BridgedClass::Factory factory;
+};
+
+// All guarded by the interpreter's lock, except that classes are registered before it starts.
+QHash<QByteArray, Known> &knownClasses()
+{
+    static QHash<QByteArray, Known> classes;
+    return classes;
+}
+
+QHash<const QMetaObject *, BridgedClass *> &madeClasses()
+{
+    static QHash<const QMetaObject *, BridgedClass *> classes;
+    return classes;
+}
+
+QHash<PyTypeObject *, BridgedClass *> &classesOfTypes()
+{
+    static QHash<PyTypeObject *, BridgedClass *> classes;
+    return classes;
+}
+
+QByteArray shortName(const QMetaObject &meta)
+{
+    const QByteArray name(meta.className());
+    return name.mid(name.lastIndexOf(':') + 1);
+}
+
+constexpr int kSlotBase = 48;
+
+/// Operations that would pull an object from under the program.
+bool isHidden(const QMetaMethod &method)
+{
+    return method.methodType() == QMetaMethod::Signal || method.access() == QMetaMethod::Private
+        || method.name() == "deleteLater" || method.name().startsWith('_');
+}
+
+} // namespace
+
+BridgedClass::BridgedClass(const QMetaObject &meta) : m_meta(meta) { }
+
+BridgedClass::~BridgedClass() = default;
+
+void BridgedClass::registerClass(const QMetaObject &meta, Factory factory)
+{
+    knownClasses().insert(shortName(meta), {&meta, std::move(factory)});
+}
+
+const BridgedClass *BridgedClass::forMetaObject(const QMetaObject &meta)
+{
+    if (BridgedClass *made = madeClasses().value(&meta))
+        return made;
+    // Kept to the end: types of the interpreter refer to it.
+    auto *bridged = new BridgedClass(meta);
+    const auto known = knownClasses().constFind(shortName(meta));
+    if (known == knownClasses().cend())
+        registerClass(meta);
+    else if (known->meta == &meta)
+        bridged->m_factory = known->factory;
+    madeClasses().insert(&meta, bridged);
+    if (bridged->makeType())
+        return bridged;
+    madeClasses().remove(&meta);
+    return nullptr;
+}
+
+const BridgedClass *BridgedClass::forName(const QByteArray &name)
+{
+    const auto known = knownClasses().constFind(name);
+    return known == knownClasses().cend() ? nullptr : forMetaObject(*known->meta);
+}
+
+const BridgedClass *BridgedClass::forType(PyTypeObject *type)
+{
+    while (type) {
+        if (BridgedClass *bridged = classesOfTypes().value(type))
+            return bridged;
+        if (type == objectType())
+            return nullptr;
+        type = static_cast<PyTypeObject *>(py.PyType_GetSlot(type, kSlotBase));
+    }
+    return nullptr;
+}
+
+QByteArray BridgedClass::name() const
+{
+    return shortName(m_meta);
+}
+
+bool BridgedClass::isGadget() const
+{
+    return !m_meta.inherits(&QObject::staticMetaObject);
+}
+
+const Instance &BridgedClass::prototype() const
+{
+    if (m_prototype.isEmpty() && m_factory)
+        m_prototype = m_factory();
+    return m_prototype;
+}
+
+void BridgedClass::call(QMetaObject::Call what, void *address, int relativeIndex, void **arguments) const
+{
+    if (isGadget()) {
+        m_meta.d.static_metacall(static_cast<QObject *>(address), what, relativeIndex, arguments);
+        return;
+    }
+    const bool isMethod = what == QMetaObject::InvokeMetaMethod;
+    const int offset = isMethod ? m_meta.methodOffset() : m_meta.propertyOffset();
+    QMetaObject::metacall(static_cast<QObject *>(address), what, offset + relativeIndex, arguments);
+}
+
+bool BridgedClass::makeType()
+{
+    const QMetaObject *super = m_meta.superClass();
+    const BridgedClass *base = super && super != &QObject::staticMetaObject ? forMetaObject(*super) : nullptr;
+    if (super && super != &QObject::staticMetaObject && !base)
+        return false;
+    PyTypeObject *baseType = base ? base->type() : objectType();
+    const PythonRef bases(vxPy_BuildValue("(O)", baseType));
+    m_typeName = "runebook." + shortName(m_meta);
+    PyType_Slot slots[] = {{0, nullptr}};
+    PyType_Spec spec {m_typeName.constData(), sizeof(BridgeObject), 0,
+                      python::kDefaultTypeFlags | python::kBaseType, slots};
+    m_type =
+        bases ? reinterpret_cast<PyTypeObject *>(py.PyType_FromSpecWithBases(&spec, bases.get())) : nullptr;
+    if (!m_type)
+        return false;
+    classesOfTypes().insert(m_type, this);
+    return addMethods() && addProperties();
+}
+
+bool BridgedClass::addMethods()
+{
+    QHash<QByteArray, MethodGroup *> groups;
+    for (int i = m_meta.methodOffset(); i < m_meta.methodCount(); ++i) {
+        const QMetaMethod method = m_meta.method(i);
+        if (isHidden(method))
+            continue;
+        Method candidate(method, m_meta);
+        if (!candidate.isUsable)
+            continue;
+        MethodGroup *&group = groups[method.name()];
+        if (!group) {
+            m_groups.push_back(std::make_unique<MethodGroup>(MethodGroup {this, method.name(), {}}));
+            group = m_groups.back().get();
+        }
+        group->methods.push_back(std::move(candidate));
+    }
+    // Attributes point to their selectors for as long as the type lives.
+    static std::deque<Selector> selectors;
+    for (const auto &group : m_groups) {
+        QSet<std::pair<int, bool>> done;
+        for (const Method &method : group->methods) {
+            if (done.contains({method.inputs(), method.canFail}))
+                continue;
+            done.insert({method.inputs(), method.canFail});
+            for (const Selector &selector : selectorsOf(group->name, method.inputs(), method.canFail)) {
+                selectors.push_back(selector);
+                const PythonRef operation(makeOperation(*group, selectors.back()));
+                if (!operation
+                    || py.PyObject_SetAttrString(reinterpret_cast<PyObject *>(m_type),
+                                                 selector.name.constData(), operation.get())
+                        != 0)
+                    return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool BridgedClass::addProperties()
+{
+    for (int i = m_meta.propertyOffset(); i < m_meta.propertyCount(); ++i) {
+        const QMetaProperty property = m_meta.property(i);
+        if (!property.isReadable() || !bridgeType(property.metaType()).toPython)
+            continue;
+        const PythonRef attribute(makeProperty(*this, property));
+        if (!attribute
+            || py.PyObject_SetAttrString(reinterpret_cast<PyObject *>(m_type), property.name(),
+                                         attribute.get())
+                != 0)
+            return false;
+    }
+    return true;
+}
+
+} // namespace runebook::bridge

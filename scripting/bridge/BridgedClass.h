@@ -1,0 +1,57 @@
+#pragma once
+
+#include "scripting/bridge/BridgeObject.h"
+
+#include <QMetaObject>
+#include <functional>
+
+namespace runebook::bridge {
+
+struct MethodGroup;
+
+/// A class of the program as scripts see it: a Python type with one attribute for each property and each
+/// selector, made from the class's meta-object when it is first needed.
+class BridgedClass
+{
+public:
+    using Factory = std::function<Instance()>;
+
+    /// The class of \a meta, made on first call. Null with a Python error set when that fails.
+    static const BridgedClass *forMetaObject(const QMetaObject &meta);
+    /// The class that scripts know as \a name, or null; only classes that were registered or met are known.
+    static const BridgedClass *forName(const QByteArray &name);
+    /// The class of a Python type or of its nearest base, or null for the classes of scripts.
+    static const BridgedClass *forType(PyTypeObject *type);
+
+    /// Makes the class known by its name before any object of it is met. \a factory makes what alloc().init()
+    /// gives; without one scripts cannot make objects.
+    static void registerClass(const QMetaObject &meta, Factory factory = {});
+
+public:
+    const QMetaObject &metaObject() const { return m_meta; }
+    PyTypeObject *type() const { return m_type; }
+    QByteArray name() const;
+    bool canMakeInstances() const { return static_cast<bool>(m_factory); }
+    Instance makeInstance() const { return m_factory(); }
+    /// An object for operations that are called on the class; empty when there can be none.
+    const Instance &prototype() const;
+    bool isGadget() const;
+    /// Calls one of the class's functions by its index within the class.
+    void call(QMetaObject::Call what, void *address, int relativeIndex, void **arguments) const;
+
+private:
+    explicit BridgedClass(const QMetaObject &meta);
+    ~BridgedClass();
+    bool makeType();
+    bool addMethods();
+    bool addProperties();
+
+    const QMetaObject &m_meta;
+    PyTypeObject *m_type = nullptr;
+    Factory m_factory;
+    QByteArray m_typeName;
+    std::vector<std::unique_ptr<MethodGroup>> m_groups;
+    mutable Instance m_prototype;
+};
+
+} // namespace runebook::bridge

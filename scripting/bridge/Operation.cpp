@@ -1,0 +1,320 @@
+#include "scripting/bridge/Operation.h"
+
+#include "document/VXDocument.h"
+#include "platform/DocumentController.h"
+
+#include <QMetaProperty>
+
+namespace runebook::bridge {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::size_t kMaxParameters = 10;
+
+struct Operation {
+    PyObject head;
+    const MethodGroup *group;
+    const Selector *selector;
+};
+
+/// The arguments that a script gave, without the object that the operation is called on.
+struct Arguments {
+    PyObject *tuple;
+    Py_ssize_t first;
+    Py_ssize_t count;
+
+    PyObject *at(Py_ssize_t place) const { return py.PyTuple_GetItem(tuple, first + place); }
+};
+
+/// What a call works with: the values of its parameters, the error, and the pointers that C++ is given.
+class Call
+{
+public:
+    explicit Call(const Method &method) : m_method(method)
+    {
+        if (method.result.isValid() && method.result.id() != QMetaType::Void)
+            m_pointers[0] = m_result.emplace(method.result).data();
+    }
+
+    /// False with an error set when an argument does not fit.
+    bool take(const Arguments &arguments);
+    void perform(const BridgedClass &owner, void *address);
+    /// The result, or a tuple of the result and the out parameters.
+    PyObject *answer(bool withError);
+
+private:
+    const Method &m_method;
+    std::optional<Storage> m_result;
+    std::optional<Storage> m_values[kMaxParameters];
+    void *m_outPointers[kMaxParameters] = {};
+    void *m_pointers[kMaxParameters + 2] = {};
+    Error m_error;
+    Error *m_errorPointer = &m_error;
+};
+
+bool Call::take(const Arguments &arguments)
+{
+    std::size_t place = 0;
+    for (const Parameter &parameter : m_method.parameters) {
+        Storage &value = m_values[place].emplace(parameter.type);
+        PyObject *given = arguments.at(static_cast<Py_ssize_t>(place));
+        const bool isLeftOut = parameter.isOut && isNone(given);
+        if (!isLeftOut && isNone(given) && !parameter.mayBeNone) {
+            raise(*py.PyExc_TypeError,
+                  u"argument %1 of %2 must not be None"_s.arg(place + 1).arg(
+                      QString::fromUtf8(m_method.signature)));
+            return false;
+        }
+        if (!isLeftOut && !parameter.bridge->fromPython(parameter.type, given, value.data()))
+            return false;
+        m_outPointers[place] = value.data();
+        m_pointers[place + 1] = parameter.isOut ? static_cast<void *>(&m_outPointers[place]) : value.data();
+        ++place;
+    }
+    if (m_method.canFail)
+        m_pointers[place + 1] = &m_errorPointer;
+    return true;
+}
+
+void Call::perform(const BridgedClass &owner, void *address)
+{
+    owner.call(QMetaObject::InvokeMetaMethod, address, m_method.relativeIndex, m_pointers);
+}
+
+PyObject *Call::answer(bool withError)
+{
+    const bool failed = !m_error.domain.isEmpty() || !m_error.description.isEmpty();
+    const auto errorObject = [this] {
+        return bridgeType(QMetaType::fromType<Error>()).toPython(QMetaType::fromType<Error>(), &m_error);
+    };
+    if (failed && !withError) {
+        const PythonRef error(errorObject());
+        if (error)
+            py.PyErr_SetObject(valueTypes().error.get(), error.get());
+        return nullptr;
+    }
+    std::vector<PythonRef> parts;
+    if (m_result)
+        parts.emplace_back(m_method.resultBridge->toPython(m_method.result, m_result->data()));
+    for (std::size_t i = 0; i < m_method.parameters.size(); ++i) {
+        const Parameter &parameter = m_method.parameters[i];
+        if (parameter.isOut)
+            parts.emplace_back(parameter.bridge->toPython(parameter.type, m_values[i]->data()));
+    }
+    if (withError)
+        parts.emplace_back(failed ? errorObject() : none());
+    if (std::any_of(parts.begin(), parts.end(), [](const PythonRef &part) { return !part; }))
+        return nullptr;
+    if (parts.empty())
+        return none();
+    if (parts.size() == 1)
+        return parts.front().release();
+    PythonRef tuple(py.PyTuple_New(static_cast<Py_ssize_t>(parts.size())));
+    for (std::size_t i = 0; tuple && i < parts.size(); ++i)
+        py.PyTuple_SetItem(tuple.get(), static_cast<Py_ssize_t>(i), parts[i].release());
+    return tuple.release();
+}
+
+/// Windows follow their documents in the next turn of the event loop; a script that asks one does not wait.
+void bringUpToDate(const BridgedClass &owner)
+{
+    if (owner.isGadget() || owner.metaObject().inherits(&Document::staticMetaObject))
+        return;
+    for (Document *document : DocumentController::shared().documentList()) {
+        if (auto *glyphs = qobject_cast<VXDocument *>(document))
+            glyphs->flushChanges();
+    }
+}
+
+PyObject *invoke(const Operation &operation, const Method &method, void *address, const Arguments &arguments)
+{
+    return guarded<PyObject *>(nullptr, [&]() -> PyObject * {
+        Call call(method);
+        if (!call.take(arguments))
+            return nullptr;
+        bringUpToDate(*operation.group->owner);
+        call.perform(*operation.group->owner, address);
+        return call.answer(operation.selector->takesError);
+    });
+}
+
+PyObject *raiseCount(const Operation &operation, Py_ssize_t given)
+{
+    QStringList counts;
+    for (const Method &method : operation.group->methods)
+        counts << QString::number(method.inputs() + (operation.selector->takesError ? 1 : 0));
+    counts.removeDuplicates();
+    return raise(*py.PyExc_TypeError,
+                 u"%1 takes %2 arguments, not %3"_s.arg(QString::fromUtf8(operation.selector->name))
+                     .arg(counts.join(u" or "_s))
+                     .arg(given));
+}
+
+/// Calls the first function that the arguments fit; with one function its own error tells what does not fit.
+PyObject *dispatch(const Operation &operation, void *address, Arguments arguments)
+{
+    const Py_ssize_t given = arguments.count;
+    if (operation.selector->takesError)
+        --arguments.count;
+    const auto takesOne = [](const Method &method) { return method.inputs() == 1; };
+    const std::vector<Method> &methods = operation.group->methods;
+    if (operation.selector->takesSender && arguments.count == 1
+        && std::none_of(methods.begin(), methods.end(), takesOne))
+        arguments.count = 0;
+    bool isTried = false;
+    for (const Method &method : methods) {
+        if (method.inputs() != arguments.count || (operation.selector->takesError && !method.canFail))
+            continue;
+        // An earlier function that did not fit left its complaint.
+        if (isTried && py.PyErr_ExceptionMatches(*py.PyExc_TypeError))
+            vxPyErr_Clear();
+        isTried = true;
+        PyObject *answer = invoke(operation, method, address, arguments);
+        if (answer || !py.PyErr_ExceptionMatches(*py.PyExc_TypeError))
+            return answer;
+    }
+    return isTried ? nullptr : raiseCount(operation, given);
+}
+
+void *prototypeAddress(const BridgedClass &owner)
+{
+    const Instance &prototype = owner.prototype();
+    if (prototype.isEmpty())
+        raise(*py.PyExc_TypeError,
+              u"%1 has no operations of the class itself"_s.arg(QString::fromUtf8(owner.name())));
+    return owner.isGadget() ? prototype.value.get() : static_cast<void *>(prototype.object.data());
+}
+
+/// Called on the class: an operation of the class, or one of an object that is given first.
+PyObject *callOnClass(const Operation &operation, PyObject *tuple, Py_ssize_t size)
+{
+    const BridgedClass &owner = *operation.group->owner;
+    if (size > 1) {
+        PyObject *first = py.PyTuple_GetItem(tuple, 1);
+        const bool isObject = py.PyType_IsSubtype(first->ob_type, owner.type());
+        const auto fits = [size](const Method &method) { return method.inputs() == size - 1; };
+        const std::vector<Method> &methods = operation.group->methods;
+        if (isObject && std::none_of(methods.begin(), methods.end(), fits)) {
+            void *address = addressOf(*reinterpret_cast<BridgeObject *>(first));
+            return address ? dispatch(operation, address, {tuple, 2, size - 2}) : nullptr;
+        }
+    }
+    void *address = prototypeAddress(owner);
+    return address ? dispatch(operation, address, {tuple, 1, size - 1}) : nullptr;
+}
+
+PyObject *callOperation(PyObject *self, PyObject *tuple, PyObject *)
+{
+    const auto &operation = *reinterpret_cast<Operation *>(self);
+    const Py_ssize_t size = py.PyTuple_Size(tuple);
+    if (!checkThread())
+        return nullptr;
+    if (size == 0)
+        return raise(
+            *py.PyExc_TypeError,
+            u"an object to call %1 on is missing"_s.arg(QString::fromUtf8(operation.selector->name)));
+    PyObject *target = py.PyTuple_GetItem(tuple, 0);
+    if (isKind(target, python::kTypeSubclass))
+        return callOnClass(operation, tuple, size);
+    if (!py.PyType_IsSubtype(target->ob_type, operation.group->owner->type()))
+        return raise(
+            *py.PyExc_TypeError,
+            u"%1 is no operation of %2"_s.arg(QString::fromUtf8(operation.selector->name), typeName(target)));
+    auto &object = *reinterpret_cast<BridgeObject *>(target);
+    // alloc().initWith...: an operation of the class that makes the object.
+    void *address = object.isAllocated ? prototypeAddress(*operation.group->owner) : addressOf(object);
+    return address ? dispatch(operation, address, {tuple, 1, size - 1}) : nullptr;
+}
+
+PyObject *bind(PyObject *self, PyObject *object, PyObject *type)
+{
+    return py.PyMethod_New(self, object && !isNone(object) ? object : type);
+}
+
+PyObject *describe(PyObject *self)
+{
+    const auto &operation = *reinterpret_cast<Operation *>(self);
+    return pythonText(u"<operation %1 of %2>"_s.arg(QString::fromUtf8(operation.selector->name),
+                                                    QString::fromUtf8(operation.group->owner->name())));
+}
+
+void freeDescriptor(PyObject *self)
+{
+    PyTypeObject *type = self->ob_type;
+    reinterpret_cast<void (*)(void *)>(py.PyType_GetSlot(type, python::kSlotFree))(self);
+    vxPy_DecRef(reinterpret_cast<PyObject *>(type));
+}
+
+PyTypeObject *operationType()
+{
+    static PyTypeObject *const type = [] {
+        PyType_Slot slots[] = {
+            {python::kSlotDealloc, reinterpret_cast<void *>(freeDescriptor)},
+            {python::kSlotCall, reinterpret_cast<void *>(callOperation)},
+            {python::kSlotDescrGet, reinterpret_cast<void *>(bind)},
+            {python::kSlotRepr, reinterpret_cast<void *>(describe)},
+            {0, nullptr},
+        };
+        // A method descriptor: the interpreter calls it with the object in front, without binding it first.
+        PyType_Spec spec {"runebook.operation", sizeof(Operation), 0,
+                          python::kDefaultTypeFlags | python::kMethodDescriptor, slots};
+        return reinterpret_cast<PyTypeObject *>(py.PyType_FromSpec(&spec));
+    }();
+    return type;
+}
+
+bool isErrorPointer(QMetaType type)
+{
+    return QByteArrayView(type.name()) == "runebook::Error*";
+}
+
+/// The type that a pointer parameter leads to when it is one to a plain value.
+QMetaType pointee(QMetaType type)
+{
+    const QByteArrayView name(type.name());
+    if (!name.endsWith('*') || type.flags().testFlag(QMetaType::PointerToQObject))
+        return {};
+    return QMetaType::fromName(name.chopped(1));
+}
+
+} // namespace
+
+Method::Method(const QMetaMethod &method, const QMetaObject &)
+    : relativeIndex(method.relativeMethodIndex()),
+      result(method.returnMetaType()),
+      resultBridge(&bridgeType(result)),
+      canFail(false),
+      isUsable(static_cast<std::size_t>(method.parameterCount()) <= kMaxParameters),
+      signature(method.methodSignature())
+{
+    for (int i = 0; isUsable && i < method.parameterCount(); ++i) {
+        const QMetaType type = method.parameterMetaType(i);
+        if (isErrorPointer(type) && i == method.parameterCount() - 1) {
+            canFail = true;
+            continue;
+        }
+        const QMetaType target = pointee(type);
+        const QMetaType value = target.isValid() ? target : type;
+        const BridgeType *bridge = &bridgeType(value);
+        const bool takesAbsent = value.id() == QMetaType::QString || value.id() == QMetaType::QVariant
+            || value.id() == QMetaType::QObjectStar || value.id() == QMetaType::QVariantMap;
+        parameters.push_back({value, bridge, target.isValid(), takesAbsent});
+        isUsable = value.isValid() && bridge->fromPython;
+    }
+    isUsable = isUsable && (result.isValid() || method.returnMetaType().id() == QMetaType::Void);
+}
+
+PyObject *makeOperation(const MethodGroup &group, const Selector &selector)
+{
+    PyObject *made = operationType() ? py.PyType_GenericAlloc(operationType(), 0) : nullptr;
+    if (made) {
+        auto *operation = reinterpret_cast<Operation *>(made);
+        operation->group = &group;
+        operation->selector = &selector;
+    }
+    return made;
+}
+
+} // namespace runebook::bridge

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "scripting/bridge/BridgeTypes.h"
+#include "scripting/bridge/Selectors.h"
+
+#include <QMetaMethod>
+
+namespace runebook::bridge {
+
+/// One parameter of an operation. An out parameter is a pointer in C++; scripts pass None or a first value
+/// for it and get it back beside the result.
+struct Parameter {
+    QMetaType type; ///< of the value itself, also for an out parameter
+    const BridgeType *bridge;
+    bool isOut;
+    bool mayBeNone; ///< for objects: no object is an answer as well
+};
+
+/// One function behind an operation; there are several where C++ overloads it.
+struct Method {
+    Method(const QMetaMethod &method, const QMetaObject &meta);
+
+    int inputs() const { return static_cast<int>(parameters.size()); }
+
+    int relativeIndex;
+    QMetaType result;
+    const BridgeType *resultBridge;
+    std::vector<Parameter> parameters; ///< without the one for an error
+    bool canFail; ///< has an out parameter for an error at its end
+    bool isUsable; ///< every type can cross
+    QByteArray signature;
+};
+
+/// All functions of one name in one class.
+struct MethodGroup {
+    const BridgedClass *owner;
+    QByteArray name;
+    std::vector<Method> methods;
+};
+
+/// The attribute of a class that calls an operation under one of its selectors. New reference.
+PyObject *makeOperation(const MethodGroup &group, const Selector &selector);
+/// The attribute for a property: read and written as a value; it can be called as well.
+PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property);
+
+} // namespace runebook::bridge

@@ -1,0 +1,156 @@
+#include "scripting/bridge/Operation.h"
+
+#include <QMetaProperty>
+
+namespace runebook::bridge {
+
+using namespace Qt::StringLiterals;
+
+// The attribute for a property. As a method descriptor with a value of its own it answers both habits:
+// "info.name" asks it for the value, and for "info.name()" the interpreter calls it with the object, even
+// where the value is None.
+
+namespace {
+
+struct PropertyAttribute {
+    PyObject head;
+    const BridgedClass *owner;
+    const char *name;
+    int relativeIndex;
+    QMetaType type;
+    const BridgeType *bridge;
+    bool isWritable;
+};
+
+PropertyAttribute &attribute(PyObject *self)
+{
+    return *reinterpret_cast<PropertyAttribute *>(self);
+}
+
+void *addressFor(const PropertyAttribute &property, PyObject *object)
+{
+    if (!checkThread())
+        return nullptr;
+    if (!py.PyType_IsSubtype(object->ob_type, property.owner->type())) {
+        raise(*py.PyExc_TypeError,
+              u"%1 has no property %2"_s.arg(typeName(object), QString::fromLatin1(property.name)));
+        return nullptr;
+    }
+    return addressOf(*reinterpret_cast<BridgeObject *>(object));
+}
+
+PyObject *read(const PropertyAttribute &property, PyObject *object)
+{
+    void *address = addressFor(property, object);
+    if (!address)
+        return nullptr;
+    return guarded<PyObject *>(nullptr, [&] {
+        Storage value(property.type);
+        void *arguments[] = {value.data()};
+        property.owner->call(QMetaObject::ReadProperty, address, property.relativeIndex, arguments);
+        return property.bridge->toPython(property.type, value.data());
+    });
+}
+
+/// The value as one that can be called later as well ("name = info.name; name()").
+PyObject *callable(PyObject *value)
+{
+    if (!value || isNone(value))
+        return value;
+    const ValueTypes &types = valueTypes();
+    const PythonRef plain(value);
+    if (isKind(value, python::kUnicodeSubclass) && types.text)
+        return vxPyObject_CallFunction(types.text.get(), "O", value);
+    if (isKind(value, python::kLongSubclass) && types.number
+        && value->ob_type != reinterpret_cast<PyTypeObject *>(py.PyBool_Type))
+        return vxPyObject_CallFunction(types.number.get(), "O", value);
+    return PythonRef::shared(value).release();
+}
+
+PyObject *get(PyObject *self, PyObject *object, PyObject *)
+{
+    if (!object || isNone(object))
+        return PythonRef::shared(self).release();
+    return callable(read(attribute(self), object));
+}
+
+int set(PyObject *self, PyObject *object, PyObject *value)
+{
+    const PropertyAttribute &property = attribute(self);
+    if (!value || !property.isWritable || !property.bridge->fromPython) {
+        raise(*py.PyExc_AttributeError,
+              u"the property %1 cannot be %2"_s.arg(QString::fromLatin1(property.name),
+                                                    value ? u"set"_s : u"deleted"_s));
+        return -1;
+    }
+    void *address = addressFor(property, object);
+    if (!address)
+        return -1;
+    return guarded<int>(-1, [&] {
+        Storage storage(property.type);
+        if (!property.bridge->fromPython(property.type, value, storage.data()))
+            return -1;
+        void *arguments[] = {storage.data()};
+        property.owner->call(QMetaObject::WriteProperty, address, property.relativeIndex, arguments);
+        return 0;
+    });
+}
+
+PyObject *call(PyObject *self, PyObject *tuple, PyObject *)
+{
+    if (py.PyTuple_Size(tuple) != 1)
+        return raise(*py.PyExc_TypeError,
+                     u"%1 takes no arguments"_s.arg(QString::fromLatin1(attribute(self).name)));
+    return read(attribute(self), py.PyTuple_GetItem(tuple, 0));
+}
+
+PyObject *describe(PyObject *self)
+{
+    const PropertyAttribute &property = attribute(self);
+    return pythonText(u"<property %1 of %2>"_s.arg(QString::fromLatin1(property.name),
+                                                   QString::fromUtf8(property.owner->name())));
+}
+
+void deallocate(PyObject *self)
+{
+    PyTypeObject *type = self->ob_type;
+    reinterpret_cast<void (*)(void *)>(py.PyType_GetSlot(type, python::kSlotFree))(self);
+    vxPy_DecRef(reinterpret_cast<PyObject *>(type));
+}
+
+PyTypeObject *attributeType()
+{
+    static PyTypeObject *const type = [] {
+        PyType_Slot slots[] = {
+            {python::kSlotDealloc, reinterpret_cast<void *>(deallocate)},
+            {python::kSlotCall, reinterpret_cast<void *>(call)},
+            {python::kSlotDescrGet, reinterpret_cast<void *>(get)},
+            {python::kSlotDescrSet, reinterpret_cast<void *>(set)},
+            {python::kSlotRepr, reinterpret_cast<void *>(describe)},
+            {0, nullptr},
+        };
+        PyType_Spec spec {"runebook.property", sizeof(PropertyAttribute), 0,
+                          python::kDefaultTypeFlags | python::kMethodDescriptor, slots};
+        return reinterpret_cast<PyTypeObject *>(py.PyType_FromSpec(&spec));
+    }();
+    return type;
+}
+
+} // namespace
+
+PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property)
+{
+    PyObject *made = attributeType() ? py.PyType_GenericAlloc(attributeType(), 0) : nullptr;
+    if (!made)
+        return nullptr;
+    PropertyAttribute &attributes = attribute(made);
+    attributes.owner = &owner;
+    attributes.name = property.name();
+    attributes.relativeIndex = property.relativePropertyIndex();
+    new (&attributes.type) QMetaType(property.metaType());
+    attributes.bridge = &bridgeType(property.metaType());
+    attributes.isWritable = property.isWritable();
+    return made;
+}
+
+} // namespace runebook::bridge

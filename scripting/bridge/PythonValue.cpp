@@ -1,0 +1,92 @@
+#include "scripting/bridge/PythonValue.h"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <stdexcept>
+
+namespace runebook::bridge {
+
+using namespace Qt::StringLiterals;
+
+PyObject *none()
+{
+    py.Py_IncRef(py._Py_NoneStruct);
+    return py._Py_NoneStruct;
+}
+
+PyObject *pythonText(const QString &text)
+{
+    if (text.isNull())
+        return none();
+    // Told explicitly: otherwise a leading byte order mark would be taken for one.
+    int byteOrder = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? -1 : 1;
+    return py.PyUnicode_DecodeUTF16(reinterpret_cast<const char *>(text.utf16()), text.size() * 2,
+                                    "surrogatepass", &byteOrder);
+}
+
+bool readText(PyObject *object, QString &text)
+{
+    if (isNone(object)) {
+        text = QString();
+        return true;
+    }
+    if (!isKind(object, python::kUnicodeSubclass)) {
+        raise(*py.PyExc_TypeError, u"a str is needed, not %1"_s.arg(typeName(object)));
+        return false;
+    }
+    Py_ssize_t size = 0;
+    if (const char *utf8 = py.PyUnicode_AsUTF8AndSize(object, &size)) {
+        // Built at its size: QString::fromUtf8 drops a byte order mark, and "" must not become null.
+        const QByteArrayView bytes(utf8, size);
+        text = QString::fromUtf8(bytes);
+        if (bytes.startsWith("\xEF\xBB\xBF"))
+            text.prepend(QChar(QChar::ByteOrderMark));
+        if (text.isNull())
+            text = u""_s;
+        return true;
+    }
+    vxPyErr_Clear();
+    const PythonRef encoded(py.PyUnicode_AsEncodedString(object, "utf-16-le", "surrogatepass"));
+    if (!encoded)
+        return false;
+    text = QString(reinterpret_cast<const QChar *>(vxPyBytes_AsString(encoded.get())),
+                   py.PyBytes_Size(encoded.get()) / 2);
+    return true;
+}
+
+PyObject *raise(PyObject *exception, const QString &message)
+{
+    py.PyErr_SetString(exception, message.toUtf8().constData());
+    return nullptr;
+}
+
+QString typeName(PyObject *object)
+{
+    const PythonRef name(
+        py.PyObject_GetAttrString(reinterpret_cast<PyObject *>(object->ob_type), "__name__"));
+    QString text;
+    if (!name || !readText(name.get(), text))
+        vxPyErr_Clear();
+    return text;
+}
+
+void raiseCurrentException()
+{
+    try {
+        throw;
+    } catch (const std::out_of_range &exception) {
+        py.PyErr_SetString(*py.PyExc_IndexError, exception.what());
+    } catch (const std::exception &exception) {
+        py.PyErr_SetString(*py.PyExc_RuntimeError, exception.what());
+    }
+}
+
+bool checkThread()
+{
+    if (QThread::currentThread() == QCoreApplication::instance()->thread())
+        return true;
+    raise(*py.PyExc_RuntimeError, u"documents and windows can be used on the main thread only"_s);
+    return false;
+}
+
+} // namespace runebook::bridge

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QVariant>
+
+namespace runebook {
+
+/// What scripts need of the program besides its documents and windows. Its operations stand behind the
+/// modules that ship with the program; scripts use those.
+class ScriptHelpers : public QObject
+{
+    Q_OBJECT
+public:
+    static ScriptHelpers &shared();
+
+public: // talking to the user
+    /// False in a run without windows: nobody is there to answer.
+    Q_INVOKABLE bool canAsk() const { return m_canAsk; }
+    void setCanAsk(bool canAsk) { m_canAsk = canAsk; }
+    Q_INVOKABLE void showMessage(const QString &title, const QString &text);
+    /// What the user typed; null when they cancelled.
+    Q_INVOKABLE QString askText(const QString &prompt, const QString &text);
+    /// Shows how far a script is; false when the user wants it to stop. Ends with value equal to maximum.
+    Q_INVOKABLE bool showProgress(const QString &title, int value, int maximum);
+    /// Lets windows repaint and answer to the user.
+    Q_INVOKABLE void processEvents();
+    Q_INVOKABLE void beep();
+
+public: // the desktop
+    Q_INVOKABLE bool openURL(const QString &url);
+    Q_INVOKABLE QString clipboardText() const;
+    Q_INVOKABLE bool hasClipboardText() const;
+    Q_INVOKABLE void setClipboardText(const QString &text);
+    Q_INVOKABLE void clearClipboard();
+
+public: // texts
+    Q_INVOKABLE quint32 hexStringToInt(const QString &text) const;
+    Q_INVOKABLE QString hexStringFromInt(qint64 number) const;
+    Q_INVOKABLE QString stringWithChar(quint32 codePoint) const;
+    /// The code point at a place counted in UTF-16 units, and the place of its last unit.
+    Q_INVOKABLE QVariantList character32AtIndex(const QString &text, qint64 index) const;
+    /// Location and length of a line counted from 1, in UTF-16 units.
+    Q_INVOKABLE QVariantList rangeOfLine(const QString &text, int number) const;
+    Q_INVOKABLE QString UUID() const;
+
+private:
+    bool m_canAsk = true;
+    QObject *m_progress = nullptr;
+};
+
+} // namespace runebook

@@ -1,0 +1,408 @@
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <csignal>
+#include <pwd.h>
+#include <unistd.h>
+
+#include "tests/TestMain.h"
+
+using namespace Qt::StringLiterals;
+
+/// How a process ended.
+struct Ended {
+    int status = -1;
+    QString output;
+    QString errors;
+};
+
+class HeadlessTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void givesStatuses_data();
+    void givesStatuses();
+    void savesOnlyWhatWorked_data();
+    void savesOnlyWhatWorked();
+    void opensTheFirstFileInFront();
+    void runsOnEveryInterpreter_data();
+    void runsOnEveryInterpreter();
+    void endsWithoutPython_data();
+    void endsWithoutPython();
+    void keepsTheEnvironmentClean();
+    void keepsOutputInOrder();
+    void printsWithoutWaiting();
+    void writesEveryText_data();
+    void writesEveryText();
+    void takesTextFromThreads();
+    void stopsOnInterrupt_data();
+    void stopsOnInterrupt();
+    void runsExamples_data();
+    void runsExamples();
+    void runsTheGuide();
+
+private:
+    QString write(const QString &name, const QString &text);
+    Ended run(const QStringList &arguments, const QString &library = {});
+    void start(QProcess &process, const QStringList &arguments, const QString &library = {});
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_file;
+};
+
+static QString source(const QString &path)
+{
+    return QStringLiteral(RUNEBOOK_SOURCE_DIR "/") + path;
+}
+
+static QString content(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"unreadable: "_s + path;
+}
+
+/// The interpreters of this machine, found where the tests did not put the user's home elsewhere.
+static QStringList libraries(const QString &pattern)
+{
+    const QString home = QString::fromLocal8Bit(::getpwuid(::getuid())->pw_dir);
+    QStringList found;
+    QStringList folders {u"/usr/lib/x86_64-linux-gnu"_s, u"/usr/lib/aarch64-linux-gnu"_s};
+    const QString versions = home + "/.pyenv/versions"_L1;
+    for (const QString &name : QDir(versions).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        folders << versions + u'/' + name + "/lib"_L1;
+    for (const QString &folder : folders) {
+        for (const QString &name : QDir(folder).entryList({pattern}, QDir::Files | QDir::NoSymLinks))
+            found << folder + u'/' + name;
+    }
+    return found;
+}
+
+void HeadlessTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_file = m_folder->filePath(u"glyphs.xml"_s);
+    QVERIFY(QFile::copy(source(u"resources/sample.xml"_s), m_file));
+    QFile::setPermissions(m_file, QFile::ReadOwner | QFile::WriteOwner);
+}
+
+QString HeadlessTest::write(const QString &name, const QString &text)
+{
+    const QString path = m_folder->filePath(name);
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(text.toUtf8());
+    return path;
+}
+
+void HeadlessTest::start(QProcess &process, const QStringList &arguments, const QString &library)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(u"DISPLAY"_s);
+    environment.remove(u"QT_QPA_PLATFORM"_s);
+    environment.insert(u"HOME"_s, QString::fromLocal8Bit(::getpwuid(::getuid())->pw_dir));
+    environment.insert(u"XDG_RUNTIME_DIR"_s, m_folder->path());
+    environment.insert(
+        u"RUNEBOOK_DEFAULTS"_s,
+        write(u"defaults.ini"_s,
+              library.isEmpty() ? QString() : "[General]\nVXPythonFrameworkPath="_L1 + library));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook_headless_test"), arguments);
+    QVERIFY(process.waitForStarted());
+}
+
+Ended HeadlessTest::run(const QStringList &arguments, const QString &library)
+{
+    QProcess process;
+    start(process, arguments, library);
+    if (!process.waitForFinished(120'000) || process.exitStatus() != QProcess::NormalExit)
+        return {-1, QString::fromUtf8(process.readAllStandardOutput()), u"did not end by itself"_s};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+void HeadlessTest::givesStatuses_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("output");
+    QTest::addColumn<QString>("errors"); // a part of them
+    const auto row = [](const char *name, const char *code, int status, const char *output,
+                        const char *errors) {
+        QTest::newRow(name) << QString::fromUtf8(code) << status << QString::fromUtf8(output)
+                            << QString::fromUtf8(errors);
+    };
+    row("runs", "print('é', len(Doc))", 0, "é 2395\n", "");
+    row("raises", "print(1)\n1/0", 1, "1\n", "File \"macro panel\", line 2, in <module>\nZeroDivisionError");
+    row("does not compile", "if:", 1, "", "SyntaxError");
+    row("zero characters", "a = 'x\0y'", 1, "", "");
+    row("exits", "import sys; sys.exit()", 0, "", "");
+    row("exits with a number", "import sys; sys.exit(7)", 7, "", "");
+    row("exits with a text", "import sys; sys.exit('no\\ngood')", 1, "", "no\ngood\n");
+    row("imports what is missing", "import no_such_module", 1, "", "ModuleNotFoundError");
+    row("recurses without end", "def f(): f()\nf()", 1, "", "RecursionError");
+    row("recurses through the program",
+        "from Foundation import NSNotificationCenter as C\n"
+        "c = C.defaultCenter()\n"
+        "c.addObserverForName_object_queue_usingBlock_('x', None, None, lambda n: "
+        "c.postNotificationName_object_('x', None))\n"
+        "c.postNotificationName_object_('x', None)\nprint('alive')",
+        0, "alive\n", "RecursionError");
+    row("no such operation", "Doc.noSuch_(1)", 1, "", "AttributeError");
+    row("at the end",
+        "import atexit, threading, time\natexit.register(print, 'last')\n"
+        "threading.Thread(target=lambda: (time.sleep(.1), print('thread'))).start()\nprint('first')",
+        0, "first\nthread\nlast\n", "");
+}
+
+void HeadlessTest::givesStatuses()
+{
+    QFETCH(QString, code);
+    QFETCH(int, status);
+    QFETCH(QString, errors);
+    const Ended ended = run({u"--eval"_s, code, m_file});
+    QCOMPARE(ended.status, status);
+    QTEST(ended.output, "output");
+    QVERIFY2(ended.errors.contains(errors), qPrintable(ended.errors));
+    QCOMPARE(ended.errors.isEmpty(), errors.isEmpty());
+}
+
+void HeadlessTest::savesOnlyWhatWorked_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<bool>("saves");
+    QTest::addColumn<bool>("isSaved");
+    QTest::newRow("saved") << u"Doc['A'].name = 'Changed'"_s << true << true;
+    QTest::newRow("not asked for") << u"Doc['A'].name = 'Changed'"_s << false << false;
+    QTest::newRow("failed") << u"Doc['A'].name = 'Changed'; 1/0"_s << true << false;
+    QTest::newRow("ended well") << u"Doc['A'].name = 'Changed'; sys.exit(0)"_s << true << true;
+    QTest::newRow("taken back") << u"Doc['A'].name = 'Changed'; Doc.undoManager().undo()"_s << true << false;
+}
+
+void HeadlessTest::savesOnlyWhatWorked()
+{
+    QFETCH(QString, code);
+    QFETCH(bool, saves);
+    const QString before = content(m_file);
+    QStringList arguments {u"--eval"_s, code, m_file};
+    if (saves)
+        arguments.prepend(u"--save"_s);
+    run(arguments);
+    const QString changed = QString(before).replace("name=\"A\" "_L1, "name=\"Changed\" "_L1);
+    QVERIFY(changed != before);
+    QFETCH(bool, isSaved);
+    QCOMPARE(content(m_file), isSaved ? changed : before);
+}
+
+void HeadlessTest::opensTheFirstFileInFront()
+{
+    const QString table = write(u"table.txt"_s, u"name\tcategory\nA\tLetter\n"_s);
+    const QString code = u"print([len(d) for d in documents()], Doc.fileURL() == documents()[0].fileURL())"_s;
+    QCOMPARE(run({u"--eval"_s, code, table, m_file}).output, u"[1, 2395] True\n"_s);
+    QCOMPARE(run({u"--eval"_s, code, m_file, table}).output, u"[2395, 1] True\n"_s);
+    QCOMPARE(run({u"--eval"_s, u"print(Doc)"_s}).output, u"None\n"_s);
+    const QString latin = m_folder->filePath(u"latin1.xml"_s);
+    QFile file(latin);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("<glyphData>\n<glyph name=\"\xe9\" />\n</glyphData>\n");
+    file.close();
+    for (const QString &bad : {latin, m_folder->filePath(u"missing.xml"_s), write(u"a.doc"_s, u"x"_s)}) {
+        const Ended ended = run({u"--save"_s, u"--eval"_s, u"print(1)"_s, m_file, bad});
+        QCOMPARE(ended.status, 2);
+        QCOMPARE(ended.output, QString());
+        QCOMPARE(ended.errors.count(u'\n'), 1);
+    }
+    QCOMPARE(run({u"--run"_s, m_folder->filePath(u"missing.py"_s), m_file}).status, 2);
+    QCOMPARE(run({m_file}).status, 2);
+}
+
+void HeadlessTest::runsOnEveryInterpreter_data()
+{
+    QTest::addColumn<QString>("library");
+    for (const QString &library : libraries(u"libpython3.9.so.*"_s) + libraries(u"libpython3.10.so.*"_s)
+             + libraries(u"libpython3.11.so.*"_s))
+        QTest::newRow(qPrintable(library)) << library;
+}
+
+void HeadlessTest::runsOnEveryInterpreter()
+{
+    QFETCH(QString, library);
+    const Ended modules = run({u"--eval"_s,
+                               u"import math, json, sqlite3, ctypes, site, os\n"
+                               "print(sqlite3.connect(':memory:').execute('select 41+1').fetchone()[0])\n"
+                               "print(ctypes.sizeof(ctypes.c_int), json.loads('[1]'), math.floor(2.5))\n"
+                               "try:\n    import pip\n    print(os.path.dirname(pip.__file__) != '')\n"
+                               "except ImportError:\n    print(True)\n"_s},
+                              library);
+    QCOMPARE(modules.errors, QString());
+    QCOMPARE(modules.output, u"42\n4 [1] 2\nTrue\n"_s);
+    const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/bridge.py"_s), m_file}, library);
+    QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
+    QVERIFY(ended.output.contains(u"checked 2"_s));
+}
+
+void HeadlessTest::endsWithoutPython_data()
+{
+    QTest::addColumn<QString>("library");
+    QTest::newRow("not there") << u"/no/such/libpython3.11.so.1.0"_s;
+    QTest::newRow("no library") << source(u"resources/sample.xml"_s);
+    QTest::newRow("no standard library") << u"copy"_s;
+}
+
+void HeadlessTest::endsWithoutPython()
+{
+    QFETCH(QString, library);
+    if (library == "copy"_L1) {
+        // A library far from everything that belongs to it.
+        const QString original = libraries(u"libpython3.*.so.*"_s).value(0);
+        if (original.isEmpty())
+            QSKIP("no interpreter to take apart");
+        QDir(m_folder->path()).mkpath(u"lib"_s);
+        library = m_folder->filePath(u"lib/"_s + QFileInfo(original).fileName());
+        QVERIFY(QFile::copy(original, library));
+    }
+    const Ended ended = run({u"--eval"_s, u"print(1)"_s, m_file}, library);
+    QCOMPARE(ended.status, 3);
+    QCOMPARE(ended.output, QString());
+    QVERIFY(ended.errors.startsWith(u"runebook: "_s));
+}
+
+void HeadlessTest::keepsTheEnvironmentClean()
+{
+    const Ended ended = run(
+        {u"--eval"_s,
+         u"import os, subprocess\n"
+         "print('PYTHONHOME' in os.environ)\n"
+         "print(subprocess.run(['sh', '-c', 'echo ${PYTHONHOME-none}'], capture_output=True, text=True).stdout)\n"_s});
+    QCOMPARE(ended.output, u"False\nnone\n\n"_s);
+}
+
+void HeadlessTest::keepsOutputInOrder()
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    start(process,
+          {u"--eval"_s,
+           u"import os, sys, subprocess\n"
+           "print('1', end=' ')\nprint('2', file=sys.stderr, end=' ')\nprint('3', end=' ')\n"
+           "os.system('printf \"4 \"')\nprint('5', end=' ')\nsubprocess.call(['printf', '6 '])\n"
+           "print('7', end='')\nsys.stderr.write(' 8')"_s});
+    QVERIFY(process.waitForFinished(60'000));
+    QCOMPARE(process.readAll(), QByteArray("1 2 3 4 5 6 7 8"));
+}
+
+void HeadlessTest::printsWithoutWaiting()
+{
+    QProcess process;
+    start(process, {u"--eval"_s, u"print('now', end='')\nimport time\ntime.sleep(60)"_s});
+    QVERIFY(process.waitForReadyRead(30'000));
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("now"));
+    process.kill();
+    process.waitForFinished();
+}
+
+void HeadlessTest::writesEveryText_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QByteArray>("output");
+    QTest::newRow("astral") << u"print('\\U0001F600')"_s << QByteArray("\xF0\x9F\x98\x80\n");
+    QTest::newRow("byte order mark") << u"print('\\ufeffx')"_s << QByteArray("\xEF\xBB\xBFx\n");
+    QTest::newRow("zero") << u"print('a\\0b')"_s << QByteArray("a\0b\n", 4);
+    QTest::newRow("half a pair is replaced") << u"print('a\\ud800b')"_s
+                                             << QByteArray("a\xEF\xBF\xBD"
+                                                           "b\n");
+    QTest::newRow("nothing") << u"print('', end='')"_s << QByteArray();
+}
+
+void HeadlessTest::writesEveryText()
+{
+    QFETCH(QString, code);
+    QProcess process;
+    start(process, {u"--eval"_s, code});
+    QVERIFY(process.waitForFinished(60'000));
+    QTEST(process.readAllStandardOutput(), "output");
+    QCOMPARE(process.exitCode(), 0);
+}
+
+void HeadlessTest::takesTextFromThreads()
+{
+    const Ended ended = run({u"--eval"_s,
+                             u"import sys, threading\n"
+                             "def work(n):\n    for i in range(2000): sys.stdout.write('%d:%d\\n' % (n, i))\n"
+                             "threads = [threading.Thread(target=work, args=(n,)) for n in range(8)]\n"
+                             "[t.start() for t in threads]\n[t.join() for t in threads]\n"_s});
+    QHash<QString, int> next;
+    const QStringList lines = ended.output.split(u'\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 16000);
+    for (const QString &line : lines)
+        QCOMPARE(line.section(u':', 1).toInt(), next[line.section(u':', 0, 0)]++);
+}
+
+void HeadlessTest::stopsOnInterrupt_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::newRow("loop") << u"while True: pass"_s;
+    QTest::newRow("sleep") << u"import time; time.sleep(60)"_s;
+    QTest::newRow("lock") << u"import threading; l = threading.Lock(); l.acquire(); l.acquire()"_s;
+    QTest::newRow("regular expression") << u"import re; re.match('(a+)+$', 'a' * 60 + 'b')"_s;
+    QTest::newRow("bridge") << u"while True: Doc.countOfInfos()"_s;
+}
+
+void HeadlessTest::stopsOnInterrupt()
+{
+    QFETCH(QString, code);
+    QProcess process;
+    start(process, {u"--save"_s, u"--eval"_s, u"Doc['A'].name = 'x'\nprint('ready')\n"_s + code, m_file});
+    QVERIFY(process.waitForReadyRead(30'000));
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    QVERIFY(process.waitForFinished(30'000));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 1);
+    const QString errors = QString::fromUtf8(process.readAllStandardError());
+    QVERIFY2(errors.contains(u"File \"macro panel\", line 3"_s) && errors.contains(u"KeyboardInterrupt"_s),
+             qPrintable(errors));
+    QCOMPARE(content(m_file), content(source(u"resources/sample.xml"_s)));
+}
+
+void HeadlessTest::runsExamples_data()
+{
+    QTest::addColumn<QString>("example");
+    for (const auto name : {"add_small_caps"_L1, "check_glyph_data"_L1, "fill_sort_names"_L1})
+        QTest::newRow(name.data()) << QString(name);
+}
+
+void HeadlessTest::runsExamples()
+{
+    QFETCH(QString, example);
+    const Ended ended =
+        run({u"--run"_s, source(u"resources/scripts/examples/"_s + example + ".py"_L1), m_file});
+    QCOMPARE(ended.errors, QString());
+    QCOMPARE(ended.status, 0);
+    QCOMPARE(ended.output, content(source(u"tests/scripting/expected/"_s + example + ".txt"_L1)));
+}
+
+/// Every example of the guide runs, and prints what the guide says below it.
+void HeadlessTest::runsTheGuide()
+{
+    const QString guide = content(source(u"docs/scripting.md"_s));
+    static const QRegularExpression block(u"```python\\n(.*?)```\\n(?:\\nprints\\n\\n```text\\n(.*?)```)?"_s,
+                                          QRegularExpression::DotMatchesEverythingOption);
+    int count = 0;
+    for (auto found = block.globalMatch(guide); found.hasNext(); ++count) {
+        const QRegularExpressionMatch match = found.next();
+        const Ended ended = run({u"--run"_s, write(u"example.py"_s, match.captured(1)), m_file});
+        QVERIFY2(ended.status == 0, qPrintable(match.captured(1) + ended.errors));
+        QCOMPARE(ended.errors, QString());
+        if (match.hasCaptured(2))
+            QCOMPARE(ended.output, match.captured(2));
+    }
+    QVERIFY(count >= 8);
+}
+
+RUNEBOOK_TEST_MAIN(HeadlessTest)
+#include "tst_headless.moc"
