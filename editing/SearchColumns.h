@@ -38,7 +38,8 @@ public: // asking
     /// The same as the places of the records that pass.
     std::optional<IndexSet> placesPassing(const Predicate &predicate, Error *error = nullptr);
     /// Makes the columns that \a predicate will ask for, for at most about \a milliseconds. True when they
-    /// are ready; otherwise it wants to be called again when the program is idle.
+    /// are ready; otherwise it wants to be called again when the program is idle. Any search text will do:
+    /// prepare(*SearchFilter(SearchSettings::current()).result(u"a"_s).predicate).
     bool prepare(const Predicate &predicate, int milliseconds = 8);
     /// How long all matches of a regular expression together may take in one question before it gives up.
     void setPatternTimeLimit(int milliseconds) { m_patternTimeLimitMs = milliseconds; }

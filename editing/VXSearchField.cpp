@@ -12,7 +12,6 @@
 #include <QPainter>
 #include <QStatusTipEvent>
 #include <chrono>
-#include <climits>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -22,6 +21,7 @@ namespace {
 
 constexpr auto kPauseBeforeReason = 800ms;
 constexpr qreal kRadius = 3;
+constexpr int kLongestText = 10'000;
 constexpr int kLongestTitle = 40;
 constexpr double kTint = 0.18;
 
@@ -49,7 +49,9 @@ QString menuTitle(QString text)
 
 VXSearchField::VXSearchField(QWidget *parent) : QLineEdit(parent)
 {
-    setMaxLength(INT_MAX);
+    // Not as long as it gets, as elsewhere: every keystroke lays out the whole text, 4 ms for a thousand
+    // characters, and what a careless paste loses here is no data.
+    setMaxLength(kLongestText);
     setAccessibleName(tr("Search"));
     for (const QString &icon : {u":/icons/search.svg"_s, u":/icons/chevron-down.svg"_s}) {
         QAction *options = addAction(QIcon(icon), QLineEdit::LeadingPosition);

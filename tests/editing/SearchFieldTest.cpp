@@ -8,9 +8,11 @@
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
+#include <QClipboard>
 #include <QMenu>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStatusTipEvent>
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -78,9 +80,16 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override { keysLeft += event->text(); }
+    bool event(QEvent *event) override
+    {
+        if (event->type() == QEvent::StatusTip)
+            statusTip = static_cast<QStatusTipEvent *>(event)->tip();
+        return QWidget::event(event);
+    }
 
 public:
     QString keysLeft; ///< what the field did not take
+    QString statusTip; ///< what a status bar would show
 };
 
 Error someProblem()
@@ -97,6 +106,7 @@ private Q_SLOTS:
     void init();
     void tellsOfEveryKeystroke();
     void settingTheValueTellsNothing();
+    void cutsACarelessPaste();
     void escapeClears();
     void clearButton();
     void arrowDownGoesToTheTable();
@@ -139,12 +149,23 @@ void SearchFieldTest::tellsOfEveryKeystroke()
 void SearchFieldTest::settingTheValueTellsNothing()
 {
     FieldWindow window;
-    window.field->setStringValue(QString(100'000, u'x'));
+    window.field->setStringValue(u"ab"_s);
     QCOMPARE(window.searches.size(), 0);
-    QCOMPARE(window.field->stringValue().size(), 100'000);
+    QCOMPARE(window.field->stringValue(), u"ab"_s);
     window.field->setProperty("stringValue", u"?"_s);
     QCOMPARE(window.field->text(), u"?"_s);
     QVERIFY(!window.sheet());
+}
+
+void SearchFieldTest::cutsACarelessPaste()
+{
+    FieldWindow window;
+    QVERIFY(window.isReady());
+    QApplication::clipboard()->setText(QString(50'000'000, u'x'));
+    QTest::keyClick(window.field, Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(window.field->stringValue().size(), 10'000);
+    QCOMPARE(window.searches.size(), 1);
+    QApplication::clipboard()->clear();
 }
 
 void SearchFieldTest::escapeClears()
@@ -211,7 +232,9 @@ void SearchFieldTest::menuByKeys()
     QVERIFY(window.field->searchMenu()->isVisible());
     for (int i = 0; i < 2; ++i)
         QTest::keyClick(window.field->searchMenu(), Qt::Key_Down);
+    QVERIFY2(window.statusTip.startsWith(u"Matches a part of the name."_s), qPrintable(window.statusTip));
     QTest::keyClick(window.field->searchMenu(), Qt::Key_Return);
+    QCOMPARE(window.statusTip, QString());
     QCOMPARE(UserDefaults::standard().integerForKey(u"SearchState"_s), 2);
     QCOMPARE(window.field->placeholderText(), u"Search Name"_s);
     QCOMPARE(window.searches.size(), 1);
