@@ -25,6 +25,12 @@
 using namespace runebook;
 using namespace Qt::StringLiterals;
 
+namespace {
+
+const QString kGeometry = u"WindowGeometry"_s;
+
+} // namespace
+
 VXWindowController::VXWindowController(VXDocument &document)
     : m_document(document), m_infolistController(new RSRTVArrayController(document, this))
 {
