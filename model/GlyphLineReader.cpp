@@ -228,7 +228,12 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
     } else {
         info = std::make_shared<VXGlyphInfo>(FieldValue());
         info->m_source = m_source;
-        scan(*info, line, isWholeLine && comment == line.npos);
+        const bool mayBeKept = isWholeLine && comment == line.npos;
+        if (!mayBeKept || !scanAsWritten(*info, line)) {
+            info = std::make_shared<VXGlyphInfo>(FieldValue());
+            info->m_source = m_source;
+            scan(*info, line, mayBeKept);
+        }
         const auto lineStart = static_cast<quint64>(begin) - 1;
         if (m_lineVersions && FieldValue::canBePiece(lineStart, line.size() + 2)) {
             // The line is kept with the tab before and the line feed behind it.
@@ -248,6 +253,72 @@ InfoPtr GlyphLineReader::readWithoutComments(std::string_view line)
     return info;
 }
 
+bool GlyphLineReader::scanAsWritten(VXGlyphInfo &info, std::string_view line)
+{
+    if (!isAscii(line))
+        return false;
+    info.m_direction = VXGlyphInfo::DirectionNotSet;
+    m_lineVersions = 3;
+    quint8 versionHint = m_versionHint;
+    int lastRank = 0;
+    const KnownAttribute *next = kKnown;
+    std::string_view rest = line.substr(kStart.size());
+    while (rest != "/>") {
+        const KnownAttribute *known = usualAttribute(rest, next);
+        if (!known || known->rank <= lastRank)
+            return false;
+        rest.remove_prefix(known->key.size() + 2);
+        const std::size_t quote = rest.find('"');
+        if (quote == rest.npos || quote == 0 || rest.front() == ' '
+            || !rest.substr(quote + 1).starts_with(' ')
+            || !applyAsWritten(info, *known, rest.substr(0, quote), versionHint))
+            return false;
+        rest.remove_prefix(quote + 2);
+        lastRank = known->rank;
+        next = known + 1;
+    }
+    if (info.stored(GlyphField::Name).isAbsent())
+        return false;
+    if (!info.stored(GlyphField::Unicodes).isAbsent())
+        info.updateUnicodeChar();
+    m_versionHint = versionHint;
+    return true;
+}
+
+bool GlyphLineReader::applyAsWritten(VXGlyphInfo &info, const KnownAttribute &known, std::string_view value,
+                                     quint8 &versionHint)
+{
+    switch (known.kind) {
+    case K::Field:
+        if (known.field == GlyphField::UnicodeLegacy && value.size() < 4)
+            return false;
+        if (known.field == GlyphField::Marks) {
+            m_lineVersions &= ~1; // version 1 calls them accents
+            if (VXGlyphInfo::refusesMarks(value))
+                return false;
+        }
+        setPiece(info, known.field, value);
+        return true;
+    case K::CodePoint:
+        setPiece(info, GlyphField::Unicodes, value);
+        return known.rank == 1 && isPlainUpper(value);
+    case K::Case:
+        versionHint = 2;
+        m_lineVersions &= ~1;
+        info.m_case = VXGlyphInfo::upper;
+        while (info.m_case < VXGlyphInfo::other && value != GlyphLineWriter::caseWord(info.m_case))
+            ++info.m_case;
+        return info.m_case < VXGlyphInfo::other;
+    case K::Accents:
+        versionHint = 1;
+        m_lineVersions &= ~2;
+        setPiece(info, GlyphField::Marks, value);
+        return true;
+    default:
+        return false;
+    }
+}
+
 void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWholeLine)
 {
     info.m_direction = VXGlyphInfo::DirectionNotSet;
@@ -262,7 +333,6 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
     std::size_t i = kStart.size();
     // Where the writer would put the next key or the end: behind the closing quote and one blank.
     std::size_t usualPlace = i;
-    const KnownAttribute *next = kKnown;
     bool ended = false;
     if (bound < kStart.size() + 2)
         i = length;
@@ -274,12 +344,7 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
         }
         const bool isUsualPlace = i == usualPlace && line[i - 1] == ' ';
         const std::size_t keyStart = i;
-        const KnownAttribute *usual = usualAttribute(line.substr(i), next);
-        if (usual) {
-            i += usual->key.size();
-            next = usual + 1;
-        }
-        while (!usual && i < length && isKeyCharacter(line[i]))
+        while (i < length && isKeyCharacter(line[i]))
             ++i;
         const std::string_view key = line.substr(keyStart, i - keyStart);
         if (key.empty() && line.substr(i, 2) == "/>") {
@@ -303,8 +368,7 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
             const void *quote = std::memchr(line.data() + i, '"', length - i);
             i = quote ? static_cast<std::size_t>(static_cast<const char *>(quote) - line.data()) : length;
         }
-        const Attribute attribute {key, line.substr(valueStart, i - valueStart),
-                                   usual ? *usual : attributeOfKey(key)};
+        const Attribute attribute {key, line.substr(valueStart, i - valueStart), attributeOfKey(key)};
         const bool isPlain = isUsualPlace && valueStart == afterKey + 2 && line[afterKey] == '='
             && line[afterKey + 1] == '"' && i < length;
         if (!isPlain)

@@ -45,6 +45,12 @@ private:
     enum class After { GoOn, LookForEnd };
 
     InfoPtr readWithoutComments(std::string_view line);
+    /// Reads a line that stands as the writer prints it, as nearly all do; false when it does not, with the
+    /// record in any state.
+    bool scanAsWritten(VXGlyphInfo &info, std::string_view line);
+    bool applyAsWritten(VXGlyphInfo &info, const KnownAttribute &known, std::string_view value,
+                        quint8 &versionHint);
+    /// Reads any line, whatever it holds.
     void scan(VXGlyphInfo &info, std::string_view line, bool isWholeLine);
     After apply(VXGlyphInfo &info, const Attribute &attribute);
     void reportUnknown(VXGlyphInfo &info, const Attribute &attribute);
