@@ -85,12 +85,14 @@ void deliver(Stream stream, const QString &text)
 /// with the interpreter's own error left as it is, when the arguments are no such text.
 bool readUnusualText(PyObject *arguments, QString &text)
 {
-    if (!py.PyErr_ExceptionMatches(*py.PyExc_ValueError) || py.PyTuple_Size(arguments) != 1)
+    if (py.PyTuple_Size(arguments) != 1)
+        return false;
+    PyObject *given = py.PyTuple_GetItem(arguments, 0);
+    if (!(py.PyType_GetFlags(given->ob_type) & python::kUnicodeSubclass))
         return false;
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
     vxPyErr_Fetch(&type, &value, &traceback);
-    PyObject *bytes =
-        py.PyUnicode_AsEncodedString(py.PyTuple_GetItem(arguments, 0), "utf-16-le", "surrogatepass");
+    PyObject *bytes = py.PyUnicode_AsEncodedString(given, "utf-16-le", "surrogatepass");
     if (!bytes) {
         py.PyErr_Restore(type, value, traceback);
         return false;
