@@ -4,8 +4,8 @@
 
 #include <QApplication>
 #include <QPalette>
-#include <QStyle>
-#include <QStyleFactory>
+#include <QProxyStyle>
+#include <utility>
 
 namespace runebook {
 
@@ -19,10 +19,24 @@ struct Colors {
     QRgb window, base, alternate, text, dimmed, button, highlight, highlightedText, link, mid;
 };
 
-constexpr Colors kLight {0xfff3f3f4, 0xffffffff, 0xfff7f7f9, 0xff1d1d1f, 0xff8a8a8f, 0xfffbfbfc,
-                         0xff2f6fde, 0xffffffff, 0xff1a5fd0, 0xffc9c9ce};
-constexpr Colors kDark {0xff2a2a2d, 0xff1f1f22, 0xff252529, 0xffe9e9ec, 0xff8d8d94, 0xff38383d,
-                        0xff3a78e0, 0xffffffff, 0xff7fb0ff, 0xff4a4a50};
+constexpr Colors kLight {0xfff3f3f4, 0xffffffff, 0xfff7f7f9, 0xff1d1d1f, 0xff8a8a8f,
+                         0xfffbfbfc, 0xff2f6fde, 0xffffffff, 0xff1a5fd0, 0xffc9c9ce};
+constexpr Colors kDark {0xff2a2a2d, 0xff1f1f22, 0xff252529, 0xffe9e9ec, 0xff8d8d94,
+                        0xff38383d, 0xff3a78e0, 0xffffffff, 0xff7fb0ff, 0xff4a4a50};
+
+/// Fusion without pictures on the buttons of dialogs: they carry their words.
+class PlainStyle final : public QProxyStyle
+{
+public:
+    PlainStyle() : QProxyStyle(u"Fusion"_s) { }
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *data) const override
+    {
+        return hint == SH_DialogButtonBox_ButtonsHaveIcons
+            ? 0
+            : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+};
 
 QPalette paletteOf(const Colors &colors)
 {
@@ -82,10 +96,11 @@ void Appearance::setChoice(Choice choice)
 
 void Appearance::apply()
 {
-    static const QPalette systemPalette = QApplication::palette();
+    static const QPalette systemPalette = QApplication::palette(); // before anything here changed it
     // One style on every desktop: its pieces are known to fit the program's own drawing in both palettes.
-    if (QApplication::style()->name() != "fusion"_L1)
-        QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
+    static bool isStyled = false;
+    if (!std::exchange(isStyled, true))
+        QApplication::setStyle(new PlainStyle);
     const Choice chosen = choice();
     const bool dark = chosen == Dark || (chosen == System && isDarkMode(systemPalette));
     QApplication::setPalette(paletteOf(dark ? kDark : kLight));
