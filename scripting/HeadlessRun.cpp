@@ -161,8 +161,8 @@ void useHeadlessPlatform()
 
 int runHeadless(const HeadlessOptions &options)
 {
-    // Lives as long as the interpreter, which keeps a reference to it.
-    static HeadlessConsole console;
+    // Never destroyed: threads of scripts may print to the very end of the process.
+    static HeadlessConsole &console = *new HeadlessConsole;
     setScriptConsole(&console);
     ScriptHelpers::shared().setCanAsk(false);
     const auto connection =

@@ -1,11 +1,10 @@
 #include "scripting/OutputModules.h"
 
+#include "scripting/MainThread.h"
 #include "scripting/PythonFunctions.h"
 #include "scripting/ScriptConsole.h"
 
-#include <QCoreApplication>
 #include <QMutex>
-#include <QThread>
 #include <utility>
 
 namespace runebook {
@@ -37,7 +36,7 @@ public:
             m_texts.back().second += text;
         else
             m_texts.emplace_back(stream, text);
-        if (std::exchange(m_isAnnounced, true))
+        if (!QCoreApplication::instance() || std::exchange(m_isAnnounced, true))
             return;
         QMetaObject::invokeMethod(
             QCoreApplication::instance(), [] { deliverPendingOutput(); }, Qt::QueuedConnection);
@@ -75,7 +74,7 @@ void deliver(Stream stream, const QString &text)
     ScriptConsole *target = console;
     if (!target)
         return;
-    if (target->takesAnyThread() || QThread::currentThread() == QCoreApplication::instance()->thread())
+    if (target->takesAnyThread() || isOnMainThread())
         writeTo(*target, stream, text);
     else
         pendingOutput().add(stream, text);

@@ -271,8 +271,8 @@ def _set_value_for_key(self, value, key):
 
 
 def _listing(self):
-    plain = [name for name in object.__dir__(self) if "_" not in name.strip("_")]
-    return sorted({*plain, *_runebook.selectors(type(self)), *_own_names(type(self))})
+    names = {*dir(NSObject), *getattr(self, "__dict__", ())}
+    return sorted({*names, *_runebook.selectors(type(self)), *_own_names(type(self))})
 
 
 def _own_names(cls):

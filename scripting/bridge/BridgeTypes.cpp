@@ -243,6 +243,8 @@ bool objectFromPython(QMetaType type, PyObject *object, void *data)
 /// A pointer to a class that was only announced where its meta-object was made.
 PyObject *announcedToPython(QMetaType type, const void *data)
 {
+    if (!as<void *>(data))
+        return none();
     const QByteArray name(type.name());
     const BridgedClass *known = BridgedClass::forName(name.chopped(1).mid(name.lastIndexOf(':') + 1));
     if (!known || known->isGadget())

@@ -1,7 +1,7 @@
 #include "scripting/bridge/PythonValue.h"
 
-#include <QCoreApplication>
-#include <QThread>
+#include "scripting/MainThread.h"
+
 #include <stdexcept>
 
 namespace runebook::bridge {
@@ -83,7 +83,7 @@ void raiseCurrentException()
 
 bool checkThread()
 {
-    if (QThread::currentThread() == QCoreApplication::instance()->thread())
+    if (isOnMainThread())
         return true;
     raise(*py.PyExc_RuntimeError, u"documents and windows can be used on the main thread only"_s);
     return false;
