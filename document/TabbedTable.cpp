@@ -22,11 +22,6 @@ Error tableError(const QString &suggestion)
     return {u"User"_s, 1, {}, {}, suggestion};
 }
 
-QString toText(std::string_view utf8)
-{
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
 /// The length of the line end at \a place, which may be any character; 0 when there is none.
 std::size_t lineEndAt(std::string_view text, std::size_t place)
 {
@@ -66,7 +61,7 @@ std::string_view takeLine(std::string_view &text)
 
 bool hasTwoCharacters(std::string_view line)
 {
-    return line.size() >= 8 || toText(line).size() >= 2;
+    return line.size() >= 8 || FieldValue::textOfUtf8(line).size() >= 2;
 }
 
 bool isPlainUpper(std::string_view text)
@@ -116,25 +111,30 @@ std::optional<InfoList> TabbedReader::read(const QByteArray &utf8, Error *error)
 std::optional<std::vector<TabbedReader::Column>> TabbedReader::columnsOf(std::string_view header,
                                                                          Error *error) const
 {
-    const QStringList keys = toText(header).split(u'\t');
-    if (keys.size() < 2) {
+    if (header.find('\t') == header.npos) {
         fail(error,
              tableError(tr("Please open a tab seperated file. The first line should contain the keys for "
                            "each column.")));
         return {};
     }
+    if (header.starts_with("\xEF\xBB\xBF"))
+        header.remove_prefix(3); // of the file, not of the first key
     std::vector<Column> columns;
     QStringList invalid;
     VXGlyphInfo scratch;
-    for (const QString &key : keys) {
+    for (bool isLast = false; !isLast;) {
+        const std::size_t tab = header.find('\t');
+        const QString key = FieldValue::textOfUtf8(header.substr(0, tab));
+        isLast = tab == header.npos;
+        header.remove_prefix(isLast ? header.size() : tab + 1);
         if (!scratch.setValueForKey(u"test"_s, key))
             invalid << key;
-        std::optional<GlyphField> field = fieldForKey(key);
         if (key == "description"_L1)
-            field = GlyphField::Desc;
+            columns.push_back(GlyphField::Desc);
         else if (key == "unicodeLegecy"_L1)
-            field = GlyphField::UnicodeLegacy;
-        columns.push_back({key, field});
+            columns.push_back(GlyphField::UnicodeLegacy);
+        else
+            columns.push_back(fieldForKey(key));
     }
     if (invalid.isEmpty())
         return columns;
@@ -162,20 +162,19 @@ bool TabbedReader::readRow(VXGlyphInfo &info, const std::vector<Column> &columns
             field.remove_suffix(1);
         if (field.starts_with("0x"))
             field.remove_prefix(2);
-        if (!field.empty() && column.field)
-            store(info, column, field);
+        if (!field.empty() && column)
+            store(info, *column, field);
     }
     return true;
 }
 
-void TabbedReader::store(VXGlyphInfo &info, const Column &column, std::string_view field) const
+void TabbedReader::store(VXGlyphInfo &info, GlyphField target, std::string_view field) const
 {
-    GlyphField target = *column.field;
     if (target == GlyphField::Marks && VXGlyphInfo::refusesMarks(field))
         return;
     if (target == GlyphField::Unicode) {
         if (!isPlainUpper(field)) {
-            info.setUnicode(toText(field));
+            info.setUnicode(FieldValue::textOfUtf8(field));
             return;
         }
         target = GlyphField::Unicodes;

@@ -17,14 +17,12 @@ public:
     std::optional<InfoList> read(const QByteArray &utf8, Error *error = nullptr);
 
 private:
-    struct Column {
-        QString key;
-        std::optional<GlyphField> field; ///< nothing for keys that the record drops
-    };
+    /// The field that a column fills; nothing for keys that the record drops.
+    using Column = std::optional<GlyphField>;
 
     std::optional<std::vector<Column>> columnsOf(std::string_view header, Error *error) const;
     bool readRow(VXGlyphInfo &info, const std::vector<Column> &columns, std::string_view row) const;
-    void store(VXGlyphInfo &info, const Column &column, std::string_view field) const;
+    void store(VXGlyphInfo &info, GlyphField target, std::string_view field) const;
 
     SourcePtr m_source;
 };

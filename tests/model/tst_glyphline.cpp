@@ -179,6 +179,8 @@ void TestGlyphLine::reads_data()
         u"<glyph description=\"éééééééééééé\" name=\"a\"/><!-- a long comment behind all of it -->",
         u"name=unknown; desc=éééééééééééé");
     row("byte order mark inside", u"<glyph name=\"\uFEFFa\"/>", u"name=\uFEFFa");
+    row("byte order marks inside", u"<glyph name=\"\uFEFF\uFEFF\uFEFFa\uFEFF\"/>",
+        u"name=\uFEFF\uFEFF\uFEFFa\uFEFF");
     row("byte order mark before a word", u"<glyph direction=\"\uFEFFRTL\"/>", u"name=unknown; direction=0");
     row("sign of three bytes for the equals", u"<glyph name€v\" script=\"x\"/>", u"name=unknown; script=x");
     QTest::newRow("refused marks") << u"<glyph marks=\"%1\"/>"_s.arg(kArabicMarks) << u"name=unknown"_s;

@@ -1,0 +1,4 @@
+# The readers of files that users bring.
+runebook_add_fuzzer(line_reader SOURCES line_reader.cpp DEPENDS runebook::model)
+runebook_add_fuzzer(file_reader SOURCES file_reader.cpp DEPENDS runebook::document)
+runebook_add_fuzzer(tabbed_reader SOURCES tabbed_reader.cpp DEPENDS runebook::document)
