@@ -14,6 +14,7 @@ constexpr double kPreviewSize = 100;
 // A list whose decompositions name each other could make texts without end or of any length.
 constexpr qsizetype kMaxLength = 4096;
 constexpr int kMaxSteps = 20'000;
+constexpr qsizetype kMaxDepth = 2'000; // each level takes its part of the stack
 
 /// Makes the texts of one preview, following decompositions, production names and base names.
 class PreviewBuilder
@@ -23,7 +24,7 @@ public:
 
     QString base(const InfoPtr &info)
     {
-        if (!info || ++m_steps > kMaxSteps || m_open.contains(info.get()))
+        if (!info || ++m_steps > kMaxSteps || m_open.size() >= kMaxDepth || m_open.contains(info.get()))
             return u""_s;
         m_open << info.get();
         const QString text = baseOfOpen(*info);

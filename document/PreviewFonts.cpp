@@ -4,6 +4,7 @@
 
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QRawFont>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -12,10 +13,11 @@ namespace {
 
 const QString kFontPaths = u"VXScriptToPreviewFontPath"_s;
 
-std::optional<QHash<QString, QString>> &familyOfScript()
+/// The font of each script, of any size; nothing while it has to be made again.
+std::optional<QHash<QString, QFont>> &fontOfScript()
 {
-    static std::optional<QHash<QString, QString>> families;
-    return families;
+    static std::optional<QHash<QString, QFont>> fonts;
+    return fonts;
 }
 
 /// The [script, path] pairs; anything else in the defaults is passed over.
@@ -38,21 +40,28 @@ void storePairs(const QList<QStringList> &pairs)
     VXDocument::setNeedsUpdateScriptToFontCache();
 }
 
-/// The family that a font file brings; null when it cannot be loaded. A file is loaded once for the run.
-QString familyOfFile(const QString &path)
+/// The font that a file brings: the very face of the file, not another one of its family. Nothing when it
+/// cannot be loaded. A file is loaded once for the run.
+std::optional<QFont> fontOfFile(const QString &path)
 {
-    static QHash<QString, QString> families;
-    const auto known = families.constFind(path);
-    if (known != families.constEnd())
+    static QHash<QString, QFont> fonts;
+    const auto known = fonts.constFind(path);
+    if (known != fonts.constEnd())
         return *known;
-    QString family;
-    if (QFileInfo(path).isFile()) {
-        const int id = QFontDatabase::addApplicationFont(path);
-        family = id < 0 ? QString() : QFontDatabase::applicationFontFamilies(id).value(0);
-    }
-    if (!family.isEmpty())
-        families.insert(path, family);
-    return family;
+    if (!QFileInfo(path).isFile())
+        return {};
+    constexpr double kAnySize = 16;
+    const QRawFont face(path, kAnySize);
+    const int id = face.isValid() ? QFontDatabase::addApplicationFont(path) : -1;
+    const QString family = id < 0 ? QString() : QFontDatabase::applicationFontFamilies(id).value(0);
+    if (family.isEmpty())
+        return {};
+    QFont font(family);
+    font.setStyleName(face.styleName());
+    font.setWeight(QFont::Weight(face.weight()));
+    font.setStyle(face.style());
+    fonts.insert(path, font);
+    return font;
 }
 
 QList<QStringList> pairsWithout(const QString &script)
@@ -66,19 +75,25 @@ QList<QStringList> pairsWithout(const QString &script)
 
 std::optional<QFont> VXDocument::fontForScriptSize(const QString &script, double size)
 {
-    auto &families = familyOfScript();
-    if (!families) {
-        families.emplace();
+    // However the defaults change, the fonts follow.
+    static const QMetaObject::Connection following = connect(
+        &UserDefaults::standard(), &UserDefaults::changed, &UserDefaults::standard(), [](const QString &key) {
+            if (key == kFontPaths)
+                setNeedsUpdateScriptToFontCache();
+        });
+    auto &fonts = fontOfScript();
+    if (!fonts) {
+        fonts.emplace();
         for (const QStringList &pair : storedPairs()) {
-            const QString family = familyOfFile(pair.at(1));
-            if (!family.isEmpty() && !pair.at(0).isEmpty())
-                families->insert(pair.at(0), family);
+            const std::optional<QFont> font = pair.at(0).isEmpty() ? std::nullopt : fontOfFile(pair.at(1));
+            if (font)
+                fonts->insert(pair.at(0), *font);
         }
     }
-    const QString family = families->value(script.isEmpty() ? u"default"_s : script);
-    if (family.isEmpty())
+    const auto found = fonts->constFind(script.isEmpty() ? u"default"_s : script);
+    if (found == fonts->constEnd())
         return {};
-    QFont font(family);
+    QFont font = *found;
     font.setPointSizeF(size);
     return font;
 }
@@ -108,5 +123,5 @@ void VXDocument::removePreviewFontForScript(const QString &script)
 
 void VXDocument::setNeedsUpdateScriptToFontCache()
 {
-    familyOfScript().reset();
+    fontOfScript().reset();
 }
