@@ -71,6 +71,7 @@ namespace runebook {
     FUNCTION(void, PyErr_WriteUnraisable, (PyObject *))                                                      \
     FUNCTION(int, PySys_AddAuditHook, (Py_AuditHookFunction, void *))                                        \
     FUNCTION(PyObject *, PyObject_CallObject, (PyObject *, PyObject *))                                      \
+    FUNCTION(PyObject *, PyObject_CallFunctionObjArgs, (PyObject *, ...))                                    \
     FUNCTION(PyObject *, PyObject_GetAttrString, (PyObject *, const char *))                                 \
     FUNCTION(int, PyObject_SetAttrString, (PyObject *, const char *, PyObject *))                            \
     FUNCTION(PyObject *, PyObject_GetIter, (PyObject *))                                                     \

@@ -401,7 +401,7 @@ PyObject *asList(PyObject *list)
     if (!list || !valueTypes().list)
         return list;
     const PythonRef plain(list);
-    return vxPyObject_CallFunction(valueTypes().list.get(), "(O)", list);
+    return py.PyObject_CallFunctionObjArgs(valueTypes().list.get(), list, nullptr);
 }
 
 bool forEach(PyObject *iterable, const std::function<bool(PyObject *)> &take)

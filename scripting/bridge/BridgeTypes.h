@@ -65,9 +65,11 @@ PyObject *recordToPython(const QMetaObject &meta, std::shared_ptr<void> record);
 
 template <typename Record> PyObject *recordsToPython(const std::vector<std::shared_ptr<Record>> &records)
 {
-    PythonRef list(py.PyList_New(static_cast<Py_ssize_t>(records.size())));
+    // Looked up once: lists have as many records as a file has lines.
+    const BridgedClass *bridged = BridgedClass::forMetaObject(Record::staticMetaObject);
+    PythonRef list(bridged ? py.PyList_New(static_cast<Py_ssize_t>(records.size())) : nullptr);
     for (std::size_t i = 0; list && i < records.size(); ++i) {
-        PyObject *record = recordToPython(Record::staticMetaObject, records[i]);
+        PyObject *record = records[i] ? wrapValue(*bridged, records[i]) : none();
         if (!record)
             return nullptr;
         py.PyList_SetItem(list.get(), static_cast<Py_ssize_t>(i), record);

@@ -60,10 +60,10 @@ PyObject *callable(PyObject *value)
     const ValueTypes &types = valueTypes();
     const PythonRef plain(value);
     if (isKind(value, python::kUnicodeSubclass) && types.text)
-        return vxPyObject_CallFunction(types.text.get(), "O", value);
+        return py.PyObject_CallFunctionObjArgs(types.text.get(), value, nullptr);
     if (isKind(value, python::kLongSubclass) && types.number
         && value->ob_type != reinterpret_cast<PyTypeObject *>(py.PyBool_Type))
-        return vxPyObject_CallFunction(types.number.get(), "O", value);
+        return py.PyObject_CallFunctionObjArgs(types.number.get(), value, nullptr);
     return PythonRef::shared(value).release();
 }
 
