@@ -71,13 +71,13 @@ QString FieldValue::textOfUtf8(std::string_view utf8)
 {
     if (utf8.empty())
         return u""_s;
-    const auto decoded = [](std::string_view text) {
-        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-    };
     // Decoding drops a mark that stands first.
-    if (utf8.starts_with("\xEF\xBB\xBF"))
-        return QChar(QChar::ByteOrderMark) + decoded(utf8.substr(3));
-    return decoded(utf8);
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    qsizetype marks = 0;
+    for (; utf8.starts_with(kMark); ++marks)
+        utf8.remove_prefix(kMark.size());
+    const QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    return marks ? QString(marks, QChar::ByteOrderMark) + text : text;
 }
 
 bool FieldValue::isEmpty() const
