@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_map>
+#include <unordered_set>
 
 namespace runebook {
 
@@ -34,6 +34,23 @@ const ReplaceField *entryForTag(int tag)
     if (tag < FindReplace::kFirstTag || tag > FindReplace::kLastTag)
         return nullptr;
     return &kFields[static_cast<std::size_t>(tag - FindReplace::kFirstTag)];
+}
+
+std::size_t hashOf(std::string_view name)
+{
+    return std::hash<std::string_view>()(name);
+}
+
+bool isValidName(std::string_view name)
+{
+    // Nearly every name is one of these; the record's own rule judges the others.
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const auto isPlain = [isLetter](char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '.'; };
+    if (!name.empty() && isLetter(name.front()) && std::all_of(name.begin(), name.end(), isPlain))
+        return true;
+    // Without a document a record answers for the name alone.
+    static const VXGlyphInfo rules;
+    return rules.validateName(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
 }
 
 } // namespace
@@ -134,39 +151,47 @@ ReplaceSummary FindReplace::preview(const InfoList &infos, qsizetype shown) cons
     return summary;
 }
 
+std::string_view FindReplace::newName(const VXGlyphInfo &info, std::string &buffer) const
+{
+    const FieldValue &name = info.stored(GlyphField::Name);
+    if (name.isPiece())
+        m_text.replaceIn(name.bytes(info.sourceData()), buffer);
+    else
+        buffer = m_text.replacedIn(info.name()).toStdString();
+    return buffer;
+}
+
 NameProblems FindReplace::nameProblems(const InfoList &infos, const InfoList &all) const
 {
     NameProblems problems;
     if (!isUseful() || *m_field != GlyphField::Name)
         return problems;
+    std::unordered_set<const VXGlyphInfo *> selected;
+    selected.reserve(infos.size());
+    for (const InfoPtr &info : infos)
+        selected.insert(info.get());
 
-    // Without a document a record answers for the name alone.
-    const VXGlyphInfo rules;
-    std::unordered_map<const VXGlyphInfo *, std::string> newNames;
-    std::unordered_map<std::string_view, qsizetype> holders;
-    newNames.reserve(infos.size());
-    for (const InfoPtr &info : infos) {
-        if (occurrencesIn(*info) == 0)
-            continue;
-        const QString name = m_text.replacedIn(info->name());
-        const auto [entry, isNew] = newNames.try_emplace(info.get(), name.toStdString());
-        if (isNew && !rules.validateName(name))
-            ++problems.invalid;
-        holders.try_emplace(entry->second, 0);
-    }
-    if (newNames.empty())
-        return problems;
-
+    // Names are compared by their hashes: two that differ have the same one less than once in a billion
+    // documents, and then a warning says one too many.
+    std::vector<std::size_t> changed;
+    std::vector<std::size_t> everybody;
+    everybody.reserve(all.size());
     std::string buffer;
     for (const InfoPtr &info : all) {
-        const auto renamed = newNames.find(info.get());
-        const std::string_view name =
-            renamed == newNames.end() ? info->utf8(GlyphField::Name, buffer) : renamed->second;
-        if (const auto holder = holders.find(name); holder != holders.end())
-            ++holder->second;
+        if (!selected.contains(info.get()) || occurrencesIn(*info) == 0) {
+            everybody.push_back(hashOf(info->utf8(GlyphField::Name, buffer)));
+            continue;
+        }
+        const std::string_view name = newName(*info, buffer);
+        if (!isValidName(name))
+            ++problems.invalid;
+        everybody.push_back(hashOf(name));
+        changed.push_back(everybody.back());
     }
-    for (const auto &[info, name] : newNames) {
-        if (holders.at(name) > 1)
+    std::sort(everybody.begin(), everybody.end());
+    for (const std::size_t name : changed) {
+        const auto first = std::lower_bound(everybody.begin(), everybody.end(), name);
+        if (std::next(first) != everybody.end() && *std::next(first) == name)
             ++problems.repeated;
     }
     return problems;

@@ -65,13 +65,15 @@ public:
     bool isUseful() const;
     /// What apply() would change; changes nothing. Lists at most \a shown records one by one.
     ReplaceSummary preview(const InfoList &infos, qsizetype shown) const;
-    /// The names that apply() would spoil; nothing in other fields. \a all is every record of the document.
+    /// The names that apply() would spoil; nothing in other fields. \a all is every record of the
+    /// document, the \a infos among them.
     NameProblems nameProblems(const InfoList &infos, const InfoList &all) const;
     /// Replaces in all \a infos. Records without a value in the field are set to no value once more.
     ReplaceSummary apply(const InfoList &infos) const;
 
 private:
     qsizetype occurrencesIn(const VXGlyphInfo &info) const;
+    std::string_view newName(const VXGlyphInfo &info, std::string &buffer) const;
     QStringList elementsOf(const VXGlyphInfo &info) const;
     QStringList replacedElements(const QStringList &elements) const;
     ReplacePreview previewOf(const VXGlyphInfo &info) const;

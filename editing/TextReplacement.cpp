@@ -8,6 +8,7 @@ TextReplacement::TextReplacement(const QString &find, const QString &replacement
     // Half a surrogate pair has no UTF-8 and so occurs in none.
     if (find.isValidUtf16())
         m_findUtf8 = find.toStdString();
+    m_replacementUtf8 = replacement.toStdString();
 }
 
 qsizetype TextReplacement::nextIn(QStringView text, qsizetype from) const
@@ -63,6 +64,19 @@ QString TextReplacement::replacedIn(const QString &text) const
     }
     result += QStringView(text).mid(done);
     return result;
+}
+
+void TextReplacement::replaceIn(std::string_view utf8, std::string &out) const
+{
+    out.clear();
+    std::size_t done = 0;
+    if (!m_findUtf8.empty()) {
+        for (std::size_t at = utf8.find(m_findUtf8); at != utf8.npos; at = utf8.find(m_findUtf8, done)) {
+            out.append(utf8, done, at - done).append(m_replacementUtf8);
+            done = at + m_findUtf8.size();
+        }
+    }
+    out.append(utf8, done);
 }
 
 TextReplacement::Places TextReplacement::placesIn(QStringView text) const

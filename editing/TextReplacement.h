@@ -30,6 +30,8 @@ public:
 
     /// \a text with everything replaced.
     QString replacedIn(const QString &text) const;
+    /// The same in UTF-8, into \a out.
+    void replaceIn(std::string_view utf8, std::string &out) const;
 
     /// The places of one replacement: what was found in the old text, what stands there in the new one.
     struct Places {
@@ -44,6 +46,7 @@ private:
     QString m_find;
     QString m_replacement;
     std::string m_findUtf8; ///< empty when no well-formed text can contain what is to be found
+    std::string m_replacementUtf8;
     bool m_changesAnything;
 };
 
