@@ -1,0 +1,380 @@
+// A document from opening to closing: its name, its unsaved changes, its autosave file, and files that are
+// none.
+#include "document/VXDocument.h"
+#include "platform/DocumentController.h"
+#include "platform/StandardFolders.h"
+#include "tests/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+using namespace runebook;
+
+namespace {
+
+DocumentController &controller()
+{
+    return DocumentController::shared();
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+}
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
+QStringList autosaveFiles()
+{
+    return QDir(StandardFolders::userData() + u"/Autosave"_s).entryList(QDir::Files);
+}
+
+VXDocument *openDocument(const QString &path, Error *error = nullptr)
+{
+    return qobject_cast<VXDocument *>(controller().openDocumentWithContentsOfURLDisplay(path, false, error));
+}
+
+VXDocument *newDocument()
+{
+    return qobject_cast<VXDocument *>(controller().openUntitledDocumentAndDisplay(false));
+}
+
+} // namespace
+
+class TestDocumentLife : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void opensAndSaves();
+    void opensAFileOnce();
+    void refusesToOpen_data();
+    void refusesToOpen();
+    void opensEmptyWhatItCannotRead_data();
+    void opensEmptyWhatItCannotRead();
+    void readsAFileByItsExtension();
+    void tellsWhenItIsEdited();
+    void aFailedSaveStaysEdited();
+    void numbersNewDocuments();
+    void isCalledByItsPath_data();
+    void isCalledByItsPath();
+    void autosavesAfterAWhile();
+    void autosavesEveryType();
+    void leavesNoAutosaveBehind();
+    void keepsRecentFiles();
+    void closes();
+
+private:
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestDocumentLife::initTestCase()
+{
+    controller().setDocumentFactory([] { return new VXDocument; });
+    controller().addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data"_s});
+    controller().addType({u"public.plain-text"_s, {u"txt"_s}, u"Table"_s});
+}
+
+void TestDocumentLife::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+}
+
+void TestDocumentLife::cleanup()
+{
+    for (Document *document : QList<Document *>(controller().documentList()))
+        document->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(controller().documentList().isEmpty());
+}
+
+void TestDocumentLife::opensAndSaves()
+{
+    write(path(u"a.xml"_s), contentOf(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml")));
+    VXDocument *document = openDocument(u"file://"_s + path(u"a.xml"_s));
+    QVERIFY(document);
+    QCOMPARE(document->countOfInfos(), 4);
+    QCOMPARE(document->fileURL(), path(u"a.xml"_s));
+    QCOMPARE(document->fileType(), u"public.xml"_s);
+    QVERIFY(!document->isDocumentEdited());
+    document->objectInInfosAtIndex(2)->setName(u"z"_s);
+    QSignalSpy committing(document, &Document::commitEditingRequested);
+    Error error;
+    QVERIFY2(document->saveDocument(&error), qPrintable(error.text()));
+    QCOMPARE(committing.size(), 1);
+    QVERIFY(!document->isDocumentEdited());
+    QByteArray expected = contentOf(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml"));
+    QCOMPARE(contentOf(path(u"a.xml"_s)), expected.replace("name=\"a\"", "name=\"z\""));
+    QVERIFY(document->saveToURLOfType(path(u"b.xml"_s), u"public.xml"_s));
+    QCOMPARE(document->fileURL(), path(u"b.xml"_s));
+    QCOMPARE(contentOf(path(u"b.xml"_s)), expected);
+    VXDocument fresh;
+    QVERIFY(!fresh.saveDocument(&error));
+}
+
+void TestDocumentLife::opensAFileOnce()
+{
+    write(path(u"a.xml"_s), "<glyph name=\"a\"/>");
+    VXDocument *document = openDocument(path(u"a.xml"_s));
+    newDocument();
+    QVERIFY(QFile::link(path(u"a.xml"_s), path(u"link.xml"_s)));
+    QCOMPARE(openDocument(path(u"a.xml"_s)), document);
+    QCOMPARE(
+        openDocument(m_folder->path() + u"/../"_s + QFileInfo(m_folder->path()).fileName() + u"/a.xml"_s),
+        document);
+    QCOMPARE(openDocument(path(u"link.xml"_s)), document);
+    QCOMPARE(controller().documentList().size(), 2);
+    QCOMPARE(controller().currentDocument(), document);
+}
+
+void TestDocumentLife::refusesToOpen_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("missing") << u"none.xml"_s;
+    QTest::newRow("folder") << u"folder.xml"_s;
+    QTest::newRow("other kind") << u"a.jpeg"_s;
+    QTest::newRow("no name") << u""_s;
+}
+
+void TestDocumentLife::refusesToOpen()
+{
+    QFETCH(const QString, name);
+    QVERIFY(QDir(m_folder->path()).mkdir(u"folder.xml"_s));
+    write(path(u"a.jpeg"_s), "x");
+    Error error;
+    QVERIFY(!openDocument(name.isEmpty() ? name : path(name), &error));
+    QVERIFY(!error.description.isEmpty() && !error.recoverySuggestion.isEmpty());
+    QVERIFY(controller().documentList().isEmpty());
+    QVERIFY(!controller().recentFiles().contains(path(name)));
+}
+
+void TestDocumentLife::opensEmptyWhatItCannotRead_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("not UTF-8") << u"binary.xml"_s;
+    QTest::newRow("table without keys") << u"table.txt"_s;
+    QTest::newRow("pipe") << u"pipe.xml"_s;
+    QTest::newRow("endless device") << u"zero.xml"_s;
+}
+
+void TestDocumentLife::opensEmptyWhatItCannotRead()
+{
+    QFETCH(const QString, name);
+    write(path(u"binary.xml"_s), "<glyph name=\"\xFF\"/>");
+    write(path(u"table.txt"_s), "name\nA\n");
+    QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe.xml"_s)).constData(), 0600), 0);
+    QVERIFY(QFile::link(u"/dev/zero"_s, path(u"zero.xml"_s)));
+    VXDocument *document = openDocument(path(name));
+    QVERIFY(document);
+    QCOMPARE(document->countOfInfos(), 0);
+    QVERIFY(!document->readError().domain.isEmpty());
+    QVERIFY(!document->readError().text().isEmpty());
+    QVERIFY(!document->isDocumentEdited());
+}
+
+void TestDocumentLife::readsAFileByItsExtension()
+{
+    write(path(u"a.xml"_s), "<glyph name=\"a\"/>");
+    write(path(u"a.txt"_s), "name\tunicode\nA\t41\nB\t42\n");
+    write(path(u"a.dat"_s), "<glyph name=\"a\"/>");
+    VXDocument document;
+    QCOMPARE(document.readFromURL(path(u"a.xml"_s))->size(), 1u);
+    QCOMPARE(document.readFromURL(path(u"a.txt"_s))->size(), 2u);
+    QVERIFY(!document.readFromURL(path(u"a.dat"_s)));
+    Error error;
+    QVERIFY(!document.readFromURL(path(u"none.xml"_s), &error));
+    QVERIFY(!error.domain.isEmpty());
+    QCOMPARE(document.countOfInfos(), 0);
+}
+
+void TestDocumentLife::tellsWhenItIsEdited()
+{
+    VXDocument document;
+    QSignalSpy edited(&document, &Document::editedChanged);
+    document.addInfo(VXGlyphInfo::init());
+    QVERIFY(document.isDocumentEdited());
+    document.undoManager()->undo();
+    QVERIFY(!document.isDocumentEdited());
+    document.updateChangeCount(Document::ChangeDone);
+    QVERIFY(document.isDocumentEdited());
+    document.updateChangeCount(Document::ChangeCleared);
+    QVERIFY(!document.isDocumentEdited());
+    QList<bool> states;
+    for (const QList<QVariant> &arguments : edited)
+        states << arguments.first().toBool();
+    QCOMPARE(states, QList<bool>({true, false, true, false}));
+    // Reading is no edit.
+    QVERIFY(document.readFromURLOfType(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version1.xml"),
+                                       u"public.xml"_s));
+    QCOMPARE(document.fileVersion(), 1);
+    QVERIFY(!document.isDocumentEdited());
+}
+
+void TestDocumentLife::aFailedSaveStaysEdited()
+{
+    write(path(u"a.xml"_s), "<glyph name=\"a\"/>");
+    VXDocument *document = openDocument(path(u"a.xml"_s));
+    document->addInfo(VXGlyphInfo::init());
+    QVERIFY(document->autosave());
+    QVERIFY(m_folder->remove());
+    Error error;
+    QVERIFY(!document->saveDocument(&error));
+    QVERIFY(!error.text().isEmpty());
+    QVERIFY(document->isDocumentEdited());
+    QVERIFY(QFile::exists(document->autosavedContentsURL()));
+    Error noReason;
+    QVERIFY(!document->saveToURLOfType(u"/tmp/x.jpeg"_s, u"public.jpeg"_s, &noReason));
+    QVERIFY(!noReason.description.isEmpty());
+    QCOMPARE(document->fileType(), u"public.xml"_s);
+}
+
+void TestDocumentLife::numbersNewDocuments()
+{
+    VXDocument *first = newDocument();
+    VXDocument *second = newDocument();
+    QCOMPARE(first->displayName(), u"Untitled"_s);
+    QCOMPARE(second->displayName(), u"Untitled 2"_s);
+    first->close();
+    QCOMPARE(newDocument()->displayName(), u"Untitled"_s);
+    QCOMPARE(second->displayName(), u"Untitled 2"_s);
+    QCOMPARE(second->fileVersion(), 2);
+}
+
+void TestDocumentLife::isCalledByItsPath_data()
+{
+    QTest::addColumn<QString>("others");
+    QTest::addColumn<QString>("name"); // of a/x/data.xml beside them
+    QTest::newRow("alone") << u""_s << u"data.xml"_s;
+    QTest::newRow("beside new ones") << u"-"_s << u"data.xml"_s;
+    QTest::newRow("same name, other folder") << u"a/y/data.xml"_s << u"x/data.xml"_s;
+    QTest::newRow("same name and folder") << u"b/x/data.xml"_s << u"a/x/data.xml"_s;
+    QTest::newRow("shortest wins") << u"b/x/data.xml a/y/data.xml"_s << u"x/data.xml"_s;
+    QTest::newRow("another name") << u"a/x/other.xml"_s << u"data.xml"_s;
+    QTest::newRow("same names and another") << u"b/x/data.xml a/x/other.xml"_s << u"data.xml"_s;
+    QTest::newRow("deeper") << u"a/x/a/x/data.xml"_s << u"%1/a/x/data.xml"_s;
+}
+
+void TestDocumentLife::isCalledByItsPath()
+{
+    QFETCH(const QString, others);
+    QFETCH(const QString, name);
+    write(path(u"a/x/data.xml"_s), "");
+    VXDocument *document = openDocument(path(u"a/x/data.xml"_s));
+    QSignalSpy changed(&controller(), &DocumentController::documentsChanged);
+    for (const QString &other : others.split(u' ', Qt::SkipEmptyParts)) {
+        changed.clear();
+        if (other == u"-") {
+            newDocument();
+        } else {
+            write(path(other), "");
+            QVERIFY(openDocument(path(other)));
+        }
+        QVERIFY(!changed.isEmpty());
+    }
+    QCOMPARE(document->displayName(),
+             name.contains(u'%') ? name.arg(QFileInfo(m_folder->path()).fileName()) : name);
+}
+
+void TestDocumentLife::autosavesAfterAWhile()
+{
+    VXDocument *document = newDocument();
+    QCOMPARE(controller().autosavingDelay(), 6.0);
+    controller().setAutosavingDelay(0.05);
+    document->addInfo(VXGlyphInfo::init());
+    QVERIFY(document->autosavedContentsURL().isEmpty());
+    QTRY_VERIFY(!document->autosavedContentsURL().isEmpty());
+    const QString file = document->autosavedContentsURL();
+    QTRY_VERIFY(contentOf(file).endsWith("\t<glyph name=\"unknown\" direction=\"LTR\" />\n</glyphData>\n"));
+    QVERIFY(document->isDocumentEdited());
+    // Further changes go into the same file; another program can read it as it stands.
+    document->objectInInfosAtIndex(0)->setName(u"later"_s);
+    QTRY_VERIFY(contentOf(file).contains("name=\"later\""));
+    QCOMPARE(document->autosavedContentsURL(), file);
+    VXDocument recovered;
+    QVERIFY(recovered.readFromURLOfType(file, document->autosavingFileType()));
+    QCOMPARE(recovered.objectInInfosAtIndex(0)->name(), u"later"_s);
+    QCOMPARE(autosaveFiles().size(), 1);
+}
+
+void TestDocumentLife::autosavesEveryType()
+{
+    write(path(u"a.txt"_s), "name\tunicode\nA\t41\n");
+    VXDocument *document = openDocument(path(u"a.txt"_s));
+    QVERIFY(document->autosave());
+    QVERIFY(document->autosavedContentsURL().isEmpty()); // nothing to save
+    document->objectInInfosAtIndex(0)->setName(u"B"_s);
+    Error error;
+    QVERIFY2(document->autosave(&error), qPrintable(error.text()));
+    QVERIFY(contentOf(document->autosavedContentsURL()).contains("unicode=\"41\" name=\"B\""));
+    QCOMPARE(contentOf(path(u"a.txt"_s)), QByteArray("name\tunicode\nA\t41\n"));
+}
+
+void TestDocumentLife::leavesNoAutosaveBehind()
+{
+    const auto begin = [this] {
+        VXDocument *document = newDocument();
+        document->addInfo(VXGlyphInfo::init());
+        [&] { QVERIFY(document->autosave()); }();
+        return document;
+    };
+    VXDocument *saved = begin();
+    VXDocument *undone = begin();
+    VXDocument *closed = begin();
+    QCOMPARE(autosaveFiles().size(), 3);
+    QVERIFY(saved->saveToURLOfType(path(u"a.xml"_s), u"public.xml"_s));
+    QCOMPARE(autosaveFiles().size(), 2);
+    undone->undoManager()->undo();
+    QCOMPARE(autosaveFiles().size(), 1);
+    closed->close();
+    QVERIFY(autosaveFiles().isEmpty());
+}
+
+void TestDocumentLife::keepsRecentFiles()
+{
+    controller().clearRecentFiles();
+    for (int i = 0; i < 15; ++i)
+        controller().noteRecentFile(u"/f%1.xml"_s.arg(i));
+    controller().noteRecentFile(u"/f10.xml"_s);
+    QStringList files = controller().recentFiles();
+    QCOMPARE(files.size(), 12);
+    QCOMPARE(files.mid(0, 3), QStringList({u"/f10.xml"_s, u"/f14.xml"_s, u"/f13.xml"_s}));
+    write(path(u"a.xml"_s), "");
+    openDocument(path(u"a.xml"_s));
+    QCOMPARE(controller().recentFiles().first(), path(u"a.xml"_s));
+    controller().clearRecentFiles();
+    QVERIFY(controller().recentFiles().isEmpty());
+}
+
+void TestDocumentLife::closes()
+{
+    const QPointer<VXDocument> document = newDocument();
+    const InfoPtr info = VXGlyphInfo::init();
+    document->addInfo(info);
+    QSignalSpy closing(document, &Document::aboutToClose);
+    document->close();
+    QCOMPARE(closing.size(), 1);
+    QVERIFY(controller().documentList().isEmpty());
+    info->setName(u"still there"_s);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(document.isNull());
+    QVERIFY(!info->document());
+    info->setName(u"later"_s);
+    QCOMPARE(info->name(), u"later"_s);
+}
+
+RUNEBOOK_TEST_MAIN(TestDocumentLife)
+#include "tst_documentlife.moc"
