@@ -46,7 +46,14 @@ CommandLine parseCommandLine(const QStringList &arguments)
                                  tr("With --compare: what tells glyphs apart, name, unicode or production."),
                                  u"key"_s, u"name"_s);
     const QCommandLineOption json(u"json"_s, tr("With --compare: print JSON."));
-    parser.addOptions({help, version, compare, key, json});
+    const QCommandLineOption run(
+        u"run"_s,
+        tr("Run a Python script on the files, without windows: 0 done, 1 the script failed, 2 wrong "
+           "input, 3 no supported Python."),
+        u"script"_s);
+    const QCommandLineOption eval(u"eval"_s, tr("The same with code instead of a script file."), u"code"_s);
+    const QCommandLineOption save(u"save"_s, tr("With --run and --eval: write the files that were changed."));
+    parser.addOptions({help, version, compare, key, json, run, eval, save});
 
     CommandLine line;
     if (!parser.parse(arguments))
@@ -60,6 +67,13 @@ CommandLine parseCommandLine(const QStringList &arguments)
     } else if (parser.isSet(version)) {
         line.mode = CommandLine::Mode::Version;
         line.message = "Runebook "_L1 + QStringLiteral(RUNEBOOK_VERSION);
+    } else if (parser.isSet(run) || parser.isSet(eval)) {
+        if (parser.isSet(run) && parser.isSet(eval))
+            return wrong(tr("--run and --eval exclude each other."));
+        line.mode = CommandLine::Mode::Script;
+        line.script = parser.value(run);
+        line.code = parser.value(eval);
+        line.savesFiles = parser.isSet(save);
     } else if (parser.isSet(compare)) {
         line.mode = CommandLine::Mode::Compare;
         if (line.files.size() != 2)

@@ -6,12 +6,15 @@ namespace runebook {
 
 /// What the user asked for on the command line.
 struct CommandLine {
-    enum class Mode { Windows, Compare, Help, Version, Wrong };
+    enum class Mode { Windows, Compare, Script, Help, Version, Wrong };
 
     Mode mode = Mode::Windows;
     QStringList files;
     QString compareKey; ///< "name", "unicode" or "production"
     bool asJson = false;
+    QString script; ///< path of a script file; or
+    QString code; ///< code to run
+    bool savesFiles = false;
     QString message; ///< for Help, Version and Wrong: what to print
 };
 

@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/VXAppDelegate.h"
 #include "editing/CompareReport.h"
+#include "scripting/HeadlessRun.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -40,6 +41,18 @@ int withoutWindows(const CommandLine &line)
     }
 }
 
+int runScript(QApplication &app, const CommandLine &line)
+{
+    Q_UNUSED(app)
+    VXAppDelegate delegate;
+    HeadlessOptions options;
+    options.script = line.script;
+    options.code = line.code;
+    options.savesFiles = line.savesFiles;
+    options.files = line.files;
+    return runHeadless(options);
+}
+
 int showWindows(QApplication &app, const CommandLine &line)
 {
     QApplication::setWindowIcon(QIcon(u":/icons/runebook.svg"_s));
@@ -63,6 +76,11 @@ int main(int argc, char *argv[])
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
     const CommandLine line = parseCommandLine(arguments);
+    if (line.mode == CommandLine::Mode::Script) {
+        useHeadlessPlatform();
+        QApplication app(argc, argv);
+        return runScript(app, line);
+    }
     if (line.mode != CommandLine::Mode::Windows) {
         const QCoreApplication app(argc, argv);
         return withoutWindows(line);

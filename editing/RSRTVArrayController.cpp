@@ -115,6 +115,12 @@ bool RSRTVArrayController::setFilterPredicate(const QString &text, Error *error)
     return predicate && setFilterPredicate(predicate, error);
 }
 
+bool RSRTVArrayController::prepareFilter(const Predicate &predicate, int milliseconds)
+{
+    m_document.flushChanges();
+    return m_columns->prepare(predicate, milliseconds);
+}
+
 void RSRTVArrayController::rearrangeObjects()
 {
     m_sortedPlaces.clear();
@@ -289,7 +295,7 @@ bool RSRTVArrayController::setSelectedObjects(const InfoList &infos)
 
 void RSRTVArrayController::applyInsertion(const IndexSet &places)
 {
-    m_columns->reset();
+    m_columns->noteInsertion(places);
     m_sortedPlaces.clear();
     m_rowOfPlace.clear();
     const InfoList &infos = m_document.infos();
@@ -315,9 +321,9 @@ void RSRTVArrayController::applyInsertion(const IndexSet &places)
     Q_EMIT arrangedObjectsChanged();
 }
 
-void RSRTVArrayController::applyRemoval()
+void RSRTVArrayController::applyRemoval(const IndexSet &places)
 {
-    m_columns->reset();
+    m_columns->noteRemoval(places);
     m_sortedPlaces.clear();
     m_rowOfPlace.clear();
     IndexSet gone;

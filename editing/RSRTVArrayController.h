@@ -44,6 +44,9 @@ public: // filter
                             runebook::Error *error = nullptr);
     /// Parses \a text; an absent or empty one clears the filter.
     Q_INVOKABLE bool setFilterPredicate(const QString &text, runebook::Error *error = nullptr);
+    /// Makes ready what a filter like \a predicate needs, for at most about \a milliseconds; false when it
+    /// is to be called again in idle time.
+    bool prepareFilter(const runebook::Predicate &predicate, int milliseconds);
     Q_INVOKABLE void rearrangeObjects();
 
 public: // sorting: of the rows only, the document keeps its order
@@ -119,7 +122,7 @@ Q_SIGNALS:
 
 private:
     void applyInsertion(const runebook::IndexSet &places);
-    void applyRemoval();
+    void applyRemoval(const runebook::IndexSet &places);
     void applyChanges(const std::vector<VXDocument::Change> &changes);
     bool arrange(runebook::Error *error = nullptr);
     /// The places that pass (nothing: all) in the order of the sorted column.

@@ -119,7 +119,20 @@ void VXWindowController::connectParts()
     connect(m_searchField, &VXSearchField::goToTableRequested, m_tableView, qOverload<>(&QWidget::setFocus));
     connect(m_tableView, &GlyphTableView::sortChanged, this, &VXWindowController::stateChanged);
     connect(this, &VXSplitViewWindowController::sidebarShownChanged, this, &VXWindowController::stateChanged);
+    connect(&m_idleTimer, &QTimer::timeout, this, &VXWindowController::prepareSearch);
+    connect(m_searchField, &VXSearchField::settingsChanged, this, [this] { m_idleTimer.start(); });
+    connect(&m_document, &VXDocument::infosReset, this, [this] { m_idleTimer.start(); });
+    m_idleTimer.setInterval(0);
+    m_idleTimer.start();
     connect(m_tableView, &GlyphTableView::deleteRequested, this, &VXWindowController::delete_);
+}
+
+void VXWindowController::prepareSearch()
+{
+    constexpr int kSliceMs = 8;
+    const std::optional<Predicate> likely = SearchFilter(SearchSettings::current()).result(u"a"_s).predicate;
+    if (!likely || m_infolistController->prepareFilter(*likely, kSliceMs))
+        m_idleTimer.stop();
 }
 
 // Display

@@ -108,6 +108,8 @@ private:
     void buildStatusBar();
     void connectParts();
     void showReadError();
+    /// Makes ready in idle time what the first search would have to wait for.
+    void prepareSearch();
     void revealRow(qsizetype row);
 
     VXDocument &m_document;
@@ -120,6 +122,7 @@ private:
     QPointer<SortNameDialog> m_sortNameDialog;
     QLabel *m_countLabel = nullptr;
     QLabel *m_subtitleLabel = nullptr;
+    QTimer m_idleTimer;
     QString m_title;
     QString m_subtitle;
     bool m_isFiltering = false;
