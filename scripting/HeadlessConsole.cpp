@@ -26,6 +26,10 @@ void blockSignals()
 void endOnBrokenPipe()
 {
     ::signal(SIGPIPE, SIG_DFL);
+    sigset_t brokenPipe;
+    ::sigemptyset(&brokenPipe);
+    ::sigaddset(&brokenPipe, SIGPIPE);
+    ::pthread_sigmask(SIG_UNBLOCK, &brokenPipe, nullptr);
     ::raise(SIGPIPE);
 }
 

@@ -17,22 +17,23 @@ struct Known {
     BridgedClass::Factory factory;
 };
 
-// All guarded by the interpreter's lock, except that classes are registered before it starts.
+// All guarded by the interpreter's lock, except that classes are registered before it starts. Never
+// destroyed: the interpreter is not either.
 QHash<QByteArray, Known> &knownClasses()
 {
-    static QHash<QByteArray, Known> classes;
+    static auto &classes = *new QHash<QByteArray, Known>;
     return classes;
 }
 
 QHash<const QMetaObject *, BridgedClass *> &madeClasses()
 {
-    static QHash<const QMetaObject *, BridgedClass *> classes;
+    static auto &classes = *new QHash<const QMetaObject *, BridgedClass *>;
     return classes;
 }
 
 QHash<PyTypeObject *, BridgedClass *> &classesOfTypes()
 {
-    static QHash<PyTypeObject *, BridgedClass *> classes;
+    static auto &classes = *new QHash<PyTypeObject *, BridgedClass *>;
     return classes;
 }
 

@@ -41,6 +41,7 @@ private Q_SLOTS:
     void writesEveryText_data();
     void writesEveryText();
     void takesTextFromThreads();
+    void endsWithItsReader();
     void stopsOnInterrupt_data();
     void stopsOnInterrupt();
     void runsExamples_data();
@@ -341,6 +342,19 @@ void HeadlessTest::takesTextFromThreads()
     QCOMPARE(lines.size(), 16000);
     for (const QString &line : lines)
         QCOMPARE(line.section(u':', 1).toInt(), next[line.section(u':', 0, 0)]++);
+}
+
+void HeadlessTest::endsWithItsReader()
+{
+    QProcess process;
+    QProcess reader;
+    process.setStandardOutputProcess(&reader);
+    start(process, {u"--eval"_s, u"while True: print('x')"_s});
+    reader.start(u"head"_s, {u"-n1"_s});
+    QVERIFY(process.waitForFinished(30'000));
+    QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+    QVERIFY(reader.waitForFinished(30'000));
+    QCOMPARE(reader.readAllStandardOutput(), QByteArray("x\n"));
 }
 
 void HeadlessTest::stopsOnInterrupt_data()
