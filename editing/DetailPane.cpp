@@ -25,19 +25,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringList caseWords()
-{
-    QStringList words {u""_s};
-    for (int value = VXGlyphInfo::upper; value <= VXGlyphInfo::minor; ++value)
-        words << VXGlyphInfo::stringFromCase(value);
-    return words;
-}
-
-QStringList directionWords()
-{
-    return {u""_s, u"LTR"_s, u"BIDI"_s, u"RTL"_s, u"VTL"_s, u"VTR"_s};
-}
-
 QString mixedText()
 {
     return QCoreApplication::translate("DetailPane", "Multiple values");
@@ -102,11 +89,11 @@ void DetailPane::buildRows(QGridLayout &layout)
     m_rows.reserve(16);
     addValidatingLine(layout, GlyphField::Name, u"infoLableName"_s);
     addTokens(layout, u"infoLableUnicode"_s);
-    addChoice(layout, GlyphField::Category, u"infoLableCategory"_s, VXGlyphInfo::categories());
-    addChoice(layout, GlyphField::SubCategory, u"infoLableSubCategory"_s, VXGlyphInfo::subCategories());
-    addChoice(layout, GlyphField::Case, u"infoLableCase"_s, caseWords());
-    addChoice(layout, GlyphField::Script, u"infoLableScript"_s, VXGlyphInfo::scripts());
-    addChoice(layout, GlyphField::Direction, u"infoLableDirection"_s, directionWords());
+    addChoice(layout, GlyphField::Category, u"infoLableCategory"_s);
+    addChoice(layout, GlyphField::SubCategory, u"infoLableSubCategory"_s);
+    addChoice(layout, GlyphField::Case, u"infoLableCase"_s);
+    addChoice(layout, GlyphField::Script, u"infoLableScript"_s);
+    addChoice(layout, GlyphField::Direction, u"infoLableDirection"_s);
     addValidatingLine(layout, GlyphField::Production, u"infoLableProduction"_s);
     addLine(layout, GlyphField::SortName, u"infoLableSortName"_s);
     addLine(layout, GlyphField::SortNameKeep, u"infoLableSortNameKeep"_s);
@@ -174,11 +161,10 @@ void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const 
     line->setDelegate(&m_window);
 }
 
-void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString &captionName,
-                           const QStringList &words)
+void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString &captionName)
 {
     auto *box = new VocabularyComboBox(m_form);
-    box->setVocabulary(words);
+    box->setVocabulary(vocabularyOf(field));
     Row &row = addRow(layout, field, captionName, box);
     row.text = [box] { return box->text(); };
     row.show = [box](const CommonValue &value) {

@@ -56,8 +56,7 @@ private:
     Row &addRow(QGridLayout &layout, GlyphField field, const QString &captionName, QWidget *editor);
     void addLine(QGridLayout &layout, GlyphField field, const QString &captionName);
     void addValidatingLine(QGridLayout &layout, GlyphField field, const QString &captionName);
-    void addChoice(QGridLayout &layout, GlyphField field, const QString &captionName,
-                   const QStringList &words);
+    void addChoice(QGridLayout &layout, GlyphField field, const QString &captionName);
     void addTokens(QGridLayout &layout, const QString &captionName);
     void addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName);
     void showRow(Row &row);

@@ -85,6 +85,33 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
 
 } // namespace
 
+QStringList vocabularyOf(GlyphField field)
+{
+    switch (field) {
+    case GlyphField::Category:
+        return VXGlyphInfo::categories();
+    case GlyphField::SubCategory:
+        return VXGlyphInfo::subCategories();
+    case GlyphField::Script:
+        return VXGlyphInfo::scripts();
+    case GlyphField::Case: {
+        QStringList words;
+        for (int value = VXGlyphInfo::upper; value <= VXGlyphInfo::minor; ++value)
+            words << VXGlyphInfo::stringFromCase(value);
+        words << u"other"_s;
+        return words;
+    }
+    case GlyphField::Direction: {
+        QStringList words;
+        for (int value = VXGlyphInfo::BIDI; value <= VXGlyphInfo::VTR; ++value)
+            words << VXGlyphInfo::stringFromDirection(value);
+        return words;
+    }
+    default:
+        return {};
+    }
+}
+
 QString repeatingName(const VXDocument &document, const QStringList &names)
 {
     for (const QString &name : names) {

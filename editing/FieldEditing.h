@@ -10,6 +10,9 @@ namespace runebook {
 bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField field, const QString &text,
                       Error *error = nullptr);
 
+/// The words that a field is usually filled with, to be offered; empty for fields without a vocabulary.
+QStringList vocabularyOf(GlyphField field);
+
 /// What the user sees of one field of several records.
 struct CommonValue {
     QString text; ///< the common text; empty when they differ

@@ -1,5 +1,6 @@
 #include "editing/GlyphCellDelegate.h"
 
+#include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
 
 #include <QAbstractItemView>
@@ -13,32 +14,6 @@ namespace runebook {
 namespace {
 
 constexpr int kMargin = 4; // as the header has it
-
-QStringList vocabularyOf(GlyphField field)
-{
-    switch (field) {
-    case GlyphField::Category:
-        return VXGlyphInfo::categories();
-    case GlyphField::SubCategory:
-        return VXGlyphInfo::subCategories();
-    case GlyphField::Script:
-        return VXGlyphInfo::scripts();
-    case GlyphField::Case: {
-        QStringList words;
-        for (int value = VXGlyphInfo::upper; value <= VXGlyphInfo::minor; ++value)
-            words << VXGlyphInfo::stringFromCase(value);
-        return words;
-    }
-    case GlyphField::Direction: {
-        QStringList words;
-        for (int value = VXGlyphInfo::BIDI; value <= VXGlyphInfo::VTR; ++value)
-            words << VXGlyphInfo::stringFromDirection(value);
-        return words;
-    }
-    default:
-        return {};
-    }
-}
 
 } // namespace
 

@@ -470,7 +470,8 @@ QString VXGlyphInfo::displayText(GlyphField field) const
     case GlyphField::Direction:
         return stringFromDirection(m_direction);
     case GlyphField::Case:
-        return stringFromCase(m_case);
+        // People see the word that files do not get.
+        return m_case == other ? u"other"_s : stringFromCase(m_case);
     case GlyphField::Index:
         return QString::number(m_index);
     case GlyphField::UnicodeChar:

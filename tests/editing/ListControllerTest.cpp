@@ -331,6 +331,7 @@ private Q_SLOTS:
         QTest::newRow("name of another") << u"name"_s << u"b"_s << QString();
         QTest::newRow("code points") << u"unicodes"_s << u"e9, 1f600 zz"_s << u"00E9, 1F600"_s;
         QTest::newRow("case") << u"case"_s << u"smallCaps"_s << u"smallCaps"_s;
+        QTest::newRow("case without a word in files") << u"case"_s << u"other"_s << u"other"_s;
         QTest::newRow("case that is none") << u"case"_s << u"tiny"_s << QString();
         QTest::newRow("direction") << u"direction"_s << u"RTL"_s << u"RTL"_s;
         QTest::newRow("direction taken away") << u"direction"_s << u""_s << u""_s;
