@@ -2,11 +2,11 @@
 
 #include "document/GlyphDataWriter.h"
 #include "document/GlyphLines.h"
+#include "platform/FileBytes.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QUtf8StringView>
 #include <new>
 #include <utility>
 
@@ -74,15 +74,13 @@ std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
         return {};
     }
     try {
-        const qint64 size = file.size();
-        QByteArray bytes(size, Qt::Uninitialized);
-        const qint64 count = file.read(bytes.data(), size);
-        if (count < 0) {
-            fail(error, readError(path, file.errorString()));
+        QString reason;
+        std::optional<QByteArray> bytes = bytesOfFile(file, &reason);
+        if (!bytes) {
+            fail(error, readError(path, reason));
             return {};
         }
-        bytes.truncate(count);
-        if (!QUtf8StringView(bytes).isValidUtf8()) {
+        if (!isUtf8(*bytes)) {
             fail(error,
                  readError(path, tr("It is not UTF-8 text."),
                            tr("Convert the file to UTF-8 in a text editor and open it again.")));

@@ -1,11 +1,10 @@
 #include "document/GlyphLines.h"
 
 #include "model/GlyphLineReader.h"
+#include "platform/ParallelParts.h"
 
-#include <QThread>
 #include <algorithm>
 #include <cstring>
-#include <future>
 #include <iterator>
 #include <memory>
 
@@ -88,13 +87,7 @@ Stretches readInStretches(const QByteArray &utf8, qsizetype begin, qsizetype cou
         stretches.push_back(std::make_unique<Stretch>(utf8, begin, end));
         begin = end;
     } while (begin < utf8.size());
-    // Without a free thread a stretch is read when it is waited for.
-    std::vector<std::future<void>> others;
-    for (std::size_t i = 1; i < stretches.size(); ++i)
-        others.push_back(std::async([stretch = stretches[i].get()] { stretch->read(); }));
-    stretches.front()->read();
-    for (std::future<void> &other : others)
-        other.get();
+    inParallel(std::ssize(stretches), [&stretches](qsizetype i) { stretches[std::size_t(i)]->read(); });
     return stretches;
 }
 
@@ -119,8 +112,7 @@ GlyphLines joined(const Stretches &stretches)
 GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin)
 {
     constexpr qsizetype kSmallest = 2 << 20; // less is read before another thread has started
-    const qsizetype threads = qBound(1, QThread::idealThreadCount(), 8);
-    return readGlyphLines(utf8, begin, qMin((utf8.size() - begin) / kSmallest, threads));
+    return readGlyphLines(utf8, begin, usefulParts(utf8.size() - begin, kSmallest));
 }
 
 GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin, qsizetype stretches)
