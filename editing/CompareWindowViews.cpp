@@ -150,8 +150,7 @@ void VXCompareDataWindow::showDefaults()
 {
     const auto choosers = choosersOf(*m_ui);
     choosers[static_cast<std::size_t>(mode())].button->setChecked(true);
-    const int key = UserDefaults::standard().integerForKey(u"FilterKey"_s);
-    m_ui->keyChooser->setCurrentIndex(static_cast<int>(compareKeyFromNumber(key)));
+    m_ui->keyChooser->setCurrentIndex(static_cast<int>(key()));
 }
 
 void VXCompareDataWindow::showCounts()

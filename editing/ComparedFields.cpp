@@ -27,6 +27,26 @@ ValueSet distinctValues(const InfoList &infos, GlyphField field)
     return values;
 }
 
+bool hasValue(const InfoList &infos, GlyphField field)
+{
+    std::string buffer;
+    return std::any_of(infos.begin(), infos.end(), [&](const InfoPtr &info) {
+        return comparableValue(*info, field, buffer).has_value();
+    });
+}
+
+/// Whether the lists have the same values in the same order.
+bool agreeInTurn(const InfoList &values, const InfoList &others, GlyphField field)
+{
+    std::string buffer;
+    std::string otherBuffer;
+    return std::equal(values.begin(), values.end(), others.begin(), others.end(),
+                      [&](const InfoPtr &info, const InfoPtr &other) {
+                          return comparableValue(*info, field, buffer)
+                              == comparableValue(*other, field, otherBuffer);
+                      });
+}
+
 /// Texts are kept joined, lists may hold the separator inside an entry: only such a list needs another form.
 std::string_view comparableList(const QStringList &list, std::string &buffer)
 {
@@ -85,6 +105,11 @@ std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphFi
 
 bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field)
 {
+    // Very many records may be chosen at once: sets are made only where a look at the lists does not do.
+    if (values.empty() || others.empty())
+        return hasValue(values, field) || hasValue(others, field);
+    if (agreeInTurn(values, others, field))
+        return false;
     const ValueSet ours = distinctValues(values, field);
     ValueSet seen;
     std::string buffer;

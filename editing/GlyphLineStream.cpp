@@ -28,10 +28,12 @@ bool GlyphLineStream::fill()
 {
     if (m_isAtEnd)
         return true;
-    m_size -= m_skipped;
-    m_complete -= m_skipped;
-    std::memmove(m_buffer.data(), m_buffer.data() + m_skipped, m_size);
-    m_skipped = 0;
+    if (m_skipped > 0) {
+        m_size -= m_skipped;
+        m_complete -= m_skipped;
+        std::memmove(m_buffer.data(), m_buffer.data() + m_skipped, m_size);
+        m_skipped = 0;
+    }
 
     const std::size_t known = m_complete;
     do {

@@ -18,6 +18,9 @@ const QString kFilterMode = u"FilterMode"_s;
 /// A comparison in the background works so long at a time, and the window stays alive.
 constexpr auto kBudget = 10ms;
 
+/// From here on a look at every record is quicker than looking up every key.
+constexpr qsizetype kManyKeys = 1000;
+
 } // namespace
 
 VXCompareDataWindow::VXCompareDataWindow(QWidget *parent)
@@ -87,9 +90,14 @@ CompareMode VXCompareDataWindow::mode() const
     return compareModeFromNumber(UserDefaults::standard().integerForKey(kFilterMode));
 }
 
+CompareKey VXCompareDataWindow::key() const
+{
+    return compareKeyFromNumber(UserDefaults::standard().integerForKey(kFilterKey));
+}
+
 QString VXCompareDataWindow::filterKey() const
 {
-    return propertyOfKey(compareKeyFromNumber(UserDefaults::standard().integerForKey(kFilterKey)));
+    return propertyOfKey(key());
 }
 
 // Comparing
@@ -178,8 +186,7 @@ void VXCompareDataWindow::updateFilters()
     right->flushChanges();
     m_isStale = false;
     m_comparedMode = mode();
-    const CompareKey key = compareKeyFromNumber(UserDefaults::standard().integerForKey(kFilterKey));
-    m_comparison = std::make_unique<KeyComparison>(left->infos(), right->infos(), key, m_comparedMode);
+    m_comparison = std::make_unique<KeyComparison>(left->infos(), right->infos(), key(), m_comparedMode);
     continueComparison(m_patience);
 }
 
@@ -230,22 +237,23 @@ qsizetype VXCompareDataWindow::countOfKeysInMode(int mode) const
     return mode >= 0 && mode < kCompareModeCount ? m_counts[static_cast<std::size_t>(mode)] : -1;
 }
 
+InfoList VXCompareDataWindow::recordsForKeys(const VXDocument &document, const QStringList &keys) const
+{
+    if (keys.size() > kManyKeys)
+        return recordsWithKeys(document.infos(), key(), keys);
+    QVariantList values;
+    for (const QString &each : keys)
+        values << each;
+    return document.infoForKeyValues(filterKey(), values).value_or(InfoList());
+}
+
 void VXCompareDataWindow::updateContent()
 {
     m_contentTimer.stop();
-    const QVariantList keys = [this] {
-        QVariantList values;
-        const QStringList selected = m_filteredKeys.selectedObjects();
-        values.reserve(selected.size());
-        for (const QString &key : selected)
-            values << key;
-        return values;
-    }();
-    const QString key = filterKey();
+    const QStringList keys = m_filteredKeys.selectedObjects();
     const auto recordsOf = [&](CompareSheet::Side side) {
         const VXDocument *chosen = document(side);
-        return chosen && !keys.isEmpty() ? chosen->infoForKeyValues(key, keys).value_or(InfoList())
-                                         : InfoList();
+        return chosen && !keys.isEmpty() ? recordsForKeys(*chosen, keys) : InfoList();
     };
     m_leftInfoList.setContent(recordsOf(CompareSheet::Left));
     m_rightInfoList.setContent(recordsOf(CompareSheet::Right));

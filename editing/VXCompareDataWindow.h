@@ -80,6 +80,8 @@ private: // set-up
 private: // comparing
     VXDocument *document(runebook::CompareSheet::Side side) const;
     runebook::CompareMode mode() const;
+    runebook::CompareKey key() const;
+    InfoList recordsForKeys(const VXDocument &document, const QStringList &keys) const;
     void documentsChosen();
     void watchDocuments();
     void documentHasChanged();

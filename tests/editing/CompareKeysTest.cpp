@@ -157,6 +157,23 @@ private Q_SLOTS:
         QTEST(keysOf(leftInfos, rightInfos, compareKey, CompareMode::Different), "different");
     }
 
+    void recordsOfKeys()
+    {
+        const InfoList infos =
+            recordsOf(u"unicode=\"0041\" name=\"A\"\nname=\"B\"\nunicode=\"0042\" name=\"C\"\n"
+                      "unicode=\"0041\" name=\"D\""_s);
+        const auto names = [&](CompareKey key, const QStringList &keys) {
+            QString joined;
+            for (const InfoPtr &info : recordsWithKeys(infos, key, keys))
+                joined += info->name();
+            return joined;
+        };
+        QCOMPARE(names(CompareKey::Name, {}), QString());
+        QCOMPARE(names(CompareKey::Name, {u"C"_s, u"A"_s, u"X"_s, u"A"_s}), u"AC"_s);
+        QCOMPARE(names(CompareKey::Unicode, {u"0041"_s}), u"AD"_s);
+        QCOMPARE(names(CompareKey::Production, {u"A"_s}), QString());
+    }
+
     /// What was read and then edited is compared by its fields, not by the line that it once was.
     void editedRecords()
     {

@@ -332,6 +332,21 @@ private Q_SLOTS:
         QCOMPARE(redCaptions(), u"Category Accents Description Case"_s);
     }
 
+    /// Very many records are found another way; the panes shall not show it.
+    void veryManyKeys()
+    {
+        open({letters(3000, u"category=\"x\""_s), letters(3000, u"category=\"y\""_s) + u"name=\"g7\""_s});
+        setMode(2);
+        m_window->showWindow();
+        find<QListView>("keyView")->selectAll();
+        QCOMPARE(selected().size(), 3000);
+        QCOMPARE(m_window->leftInfoList()->arrangedObjects(), m_documents.at(0)->infos());
+        QCOMPARE(m_window->rightInfoList()->arrangedObjects(), m_documents.at(1)->infos());
+        QCOMPARE(valueOf(CompareSheet::Left, u"Name"_s), u"g0\ng1\ng2\ng3\ng4\n… and more"_s);
+        QCOMPARE(valueOf(CompareSheet::Right, u"Category"_s), u"y"_s);
+        QCOMPARE(redCaptions(), u"Category"_s);
+    }
+
     void colours()
     {
         const InfoList a = recordsOf(u"name=\"A\" category=\"Letter\""_s);
