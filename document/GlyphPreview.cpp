@@ -14,7 +14,7 @@ constexpr double kPreviewSize = 100;
 // A list whose decompositions name each other could make texts without end or of any length.
 constexpr qsizetype kMaxLength = 4096;
 constexpr int kMaxSteps = 20'000;
-constexpr qsizetype kMaxDepth = 2'000; // each level takes its part of the stack
+constexpr qsizetype kMaxDepth = 1'200; // each level takes its part of the stack
 
 /// Makes the texts of one preview, following decompositions, production names and base names.
 class PreviewBuilder
