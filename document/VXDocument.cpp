@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double kAutosavingDelay = 6.0;
+constexpr std::size_t kFewChanges = 2000; // that an index follows in no time
 constexpr auto kXMLType = "public.xml"_L1;
 constexpr auto kTableType = "public.plain-text"_L1;
 
@@ -517,7 +518,13 @@ std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const Q
 
 void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const FieldValue &old)
 {
-    if (InfoIndex *index = indexForField(field); index && index->isBuilt() && info.listings() > 0) {
+    InfoIndex *index = indexForField(field);
+    // A command that has changed a good part of the list leaves the index to be made anew. Only once: it may
+    // look something up between its changes, and then the index is kept in step.
+    const std::size_t goodPart = std::max<std::size_t>(kFewChanges, m_infos.size() / 16);
+    if (index && m_changes.size() == goodPart)
+        index->drop();
+    if (index && index->isBuilt() && info.listings() > 0) {
         std::string buffer;
         std::string_view text = old.utf8(info.sourceData(), buffer);
         if (field == GlyphField::Unicodes && !old.isPiece())

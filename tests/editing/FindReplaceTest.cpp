@@ -64,6 +64,7 @@ private Q_SLOTS:
     void countsProblemsOfNames_data();
     void countsProblemsOfNames();
     void isOneStepThatUndoTakesBack();
+    void namesAreFoundAfterManyChanged();
     void setsAbsentValuesOnceMore();
     void refusedMarksStay();
     void neverTearsCharacters();
@@ -225,6 +226,36 @@ void FindReplaceTest::isOneStepThatUndoTakesBack()
     QCOMPARE(textOf(document.infos(), u"name"_s), u"a1|b|a2"_s);
     document.undoManager()->redo();
     QCOMPARE(textOf(document.infos(), u"name"_s), u"c1|b|c2"_s);
+}
+
+void FindReplaceTest::namesAreFoundAfterManyChanged()
+{
+    constexpr int kRecords = 6000;
+    QStringList names;
+    for (int i = 0; i < kRecords; ++i)
+        names << u"a%1"_s.arg(i);
+    VXDocument document;
+    document.setInfos(named(names));
+    const auto found = [&document](QChar first) {
+        int count = 0;
+        for (int i = 0; i < kRecords; ++i)
+            count += document.infoForName(first + QString::number(i)) == document.infos()[std::size_t(i)];
+        return count;
+    };
+    QCOMPARE(found(u'a'), kRecords);
+    {
+        const UndoGroup group(document.undoManager());
+        FindReplace(u"a"_s, u"b"_s, FindReplace::Name).apply(document.infos());
+    }
+    QCOMPARE(found(u'b'), kRecords);
+    QCOMPARE(found(u'a'), 0);
+    // The changes are not announced yet, and looking up has made the index again.
+    document.undoManager()->undo();
+    QCOMPARE(found(u'a'), kRecords);
+    QCOMPARE(found(u'b'), 0);
+    document.flushChanges();
+    document.undoManager()->redo();
+    QCOMPARE(found(u'b'), kRecords);
 }
 
 void FindReplaceTest::setsAbsentValuesOnceMore()
