@@ -2,6 +2,8 @@
 
 #include "document/VXDocument.h"
 #include "editing/VXCompareDataWindow.h"
+#include "editing/VXFindReplaceWindowController.h"
+#include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
 #include "model/VXArrayToStringTransformator.h"
 #include "model/VXDirectionToIndexValueTransformer.h"
@@ -11,6 +13,8 @@
 #include "platform/Error.h"
 #include "platform/MainMenu.h"
 #include "platform/PlainText.h"
+#include "scripting/bridge/BridgedClass.h"
+#include "scripting/bridge/ScriptApplication.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -26,6 +30,7 @@ VXAppDelegate::VXAppDelegate(QObject *parent) : QObject(parent)
     registerDocuments();
     contributeToMenus();
     presentErrors();
+    introduceToScripts();
 }
 
 VXAppDelegate::~VXAppDelegate()
@@ -63,6 +68,17 @@ void VXAppDelegate::registerDocuments()
         window->show();
         return window;
     });
+}
+
+void VXAppDelegate::introduceToScripts()
+{
+    ScriptApplication::shared().setDelegate(this);
+    // Known by name before a script has met the first one.
+    bridge::BridgedClass::registerClass(VXWindowController::staticMetaObject);
+    bridge::BridgedClass::registerClass(RSRTVArrayController::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXSearchField::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXCompareDataWindow::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXFindReplaceWindowController::staticMetaObject);
 }
 
 void VXAppDelegate::contributeToMenus()
@@ -116,10 +132,16 @@ void VXAppDelegate::openAtStart(const QStringList &paths)
         DocumentController::shared().openUntitledDocumentAndDisplay(true);
 }
 
-void VXAppDelegate::showCompareWindow()
+QObject *VXAppDelegate::compareWindow()
 {
     if (!m_compareWindow)
         m_compareWindow = new VXCompareDataWindow;
+    return m_compareWindow;
+}
+
+void VXAppDelegate::showCompareWindow()
+{
+    compareWindow();
     m_compareWindow->showWindow();
 }
 

@@ -23,6 +23,8 @@ public:
     /// Opens the files, or a new document when there are none.
     void openAtStart(const QStringList &paths);
     Q_INVOKABLE void showCompareWindow();
+    /// The one compare window, made on first use.
+    Q_INVOKABLE QObject *compareWindow();
     Q_INVOKABLE void showAbout(QWidget *window);
     /// Asks about unsaved changes everywhere, then quits.
     Q_INVOKABLE void terminate();
@@ -30,6 +32,7 @@ public:
 private:
     void registerDocuments();
     void contributeToMenus();
+    void introduceToScripts();
     void presentErrors();
 
     QPointer<VXCompareDataWindow> m_compareWindow;

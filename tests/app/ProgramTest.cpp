@@ -47,13 +47,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("output");
         QTest::addColumn<QString>("errors");
         QTest::newRow("help") << QStringList {u"--help"_s} << 0 << u"--compare"_s << QString();
-        QTest::newRow("version") << QStringList {u"--version"_s} << 0 << u"Runebook " RUNEBOOK_VERSION ""_s << QString();
+        QTest::newRow("version") << QStringList {u"--version"_s} << 0 << u"Runebook " RUNEBOOK_VERSION ""_s
+                                 << QString();
         QTest::newRow("unknown option") << QStringList {u"--colour"_s} << 2 << QString() << u"--help"_s;
-        QTest::newRow("one file to compare") << QStringList {u"--compare"_s, u"a.xml"_s} << 2 << QString() << u"two files"_s;
-        QTest::newRow("unknown key") << QStringList {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s} << 2
-                                     << QString() << u"--key"_s;
-        QTest::newRow("files that are not there") << QStringList {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s} << 2
-                                                  << QString() << u"/no/a.xml"_s;
+        QTest::newRow("one file to compare")
+            << QStringList {u"--compare"_s, u"a.xml"_s} << 2 << QString() << u"two files"_s;
+        QTest::newRow("unknown key") << QStringList {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s}
+                                     << 2 << QString() << u"--key"_s;
+        QTest::newRow("files that are not there")
+            << QStringList {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s} << 2 << QString()
+            << u"/no/a.xml"_s;
         QTest::newRow("a window") << QStringList() << 1 << QString() << u"No display"_s;
     }
 
@@ -94,6 +97,33 @@ private Q_SLOTS:
         QVERIFY(QJsonDocument::fromJson(json.output.toUtf8()).array().size() >= 1);
     }
 
+    void scriptsDriveWindowsWithoutADisplay()
+    {
+        const QString code = u"Doc.makeWindowControllers()\n"
+                             "window = Doc.windowController()\n"
+                             "table = window.infolistController()\n"
+                             "print(window.title(), window.subtitle())\n"
+                             "window.searchField().setStringValue_('f_f')\n"
+                             "window.filterInfos()\n"
+                             "print(window.subtitle())\n"
+                             "table.setSelectionIndexes_([0, 1])\n"
+                             "window.moveNameToAltName()\n"
+                             "print([info.name() for info in table.selectedObjects()], "
+                             "table.selectedObjects()[0].altNames())\n"
+                             "window.delete_()\n"
+                             "print(Doc.countOfInfos())\n"
+                             "Doc.undoManager().undo()\n"
+                             "print(Doc.countOfInfos(), Doc.isDocumentEdited())\n"_s;
+        const Outcome outcome =
+            run({u"--eval"_s, code, QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml")},
+                {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s});
+        if (outcome.status == 3)
+            QSKIP("needs a supported Python");
+        QCOMPARE(outcome.output,
+                 u"sample.xml 2395 infos\n6/2395 infos\n['f_f', 'f_f.sc'] ['f_f']\n2393\n2395 False\n"_s);
+        QCOMPARE(outcome.status, 0);
+    }
+
     void startsWithFilesAndDamagedOnes()
     {
         const QTemporaryDir folder;
@@ -105,7 +135,8 @@ private Q_SLOTS:
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"),
-                      {QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), broken, folder.path(), u"/no/such.xml"_s});
+                      {QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), broken, folder.path(),
+                       u"/no/such.xml"_s});
         QVERIFY(process.waitForStarted());
         // It stays: what cannot be opened is told in the window.
         QVERIFY(!process.waitForFinished(1500));
