@@ -1,12 +1,19 @@
 #include "document/InfoIndex.h"
 
+#include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace runebook {
 
 namespace {
 
 VXGlyphInfo *const kGone = reinterpret_cast<VXGlyphInfo *>(1);
+
+bool isRecord(const VXGlyphInfo *info)
+{
+    return info && info != kGone;
+}
 
 std::size_t hashOf(std::string_view text)
 {
@@ -28,6 +35,7 @@ void InfoIndex::drop()
 {
     m_slots.clear();
     m_slots.shrink_to_fit();
+    m_further.clear();
     m_used = 0;
     m_live = 0;
     m_isBuilt = false;
@@ -40,9 +48,36 @@ void InfoIndex::grow(std::size_t records)
     m_used = 0;
     m_live = 0;
     for (const Slot &slot : old) {
-        if (slot.info && slot.info != kGone)
+        if (isRecord(slot.info))
             insertHashed(*slot.info, slot.hash);
     }
+}
+
+InfoIndex::Slot &InfoIndex::slotOf(std::size_t hash)
+{
+    const std::size_t mask = m_slots.size() - 1;
+    Slot *gone = nullptr;
+    for (std::size_t place = hash & mask;; place = (place + 1) & mask) {
+        Slot &slot = m_slots[place];
+        if (!slot.info)
+            return gone ? *gone : slot;
+        if (slot.info == kGone)
+            gone = gone ? gone : &slot;
+        else if (slot.hash == hash)
+            return slot;
+    }
+}
+
+const InfoIndex::Slot *InfoIndex::usedSlotOf(std::size_t hash) const
+{
+    if (m_slots.empty())
+        return nullptr;
+    const std::size_t mask = m_slots.size() - 1;
+    for (std::size_t place = hash & mask; m_slots[place].info; place = (place + 1) & mask) {
+        if (m_slots[place].info != kGone && m_slots[place].hash == hash)
+            return &m_slots[place];
+    }
+    return nullptr;
 }
 
 void InfoIndex::insert(VXGlyphInfo &info)
@@ -58,14 +93,15 @@ void InfoIndex::insert(VXGlyphInfo &info)
 
 void InfoIndex::insertHashed(VXGlyphInfo &info, std::size_t hash)
 {
-    const std::size_t mask = m_slots.size() - 1;
-    std::size_t place = hash & mask;
-    while (m_slots[place].info && m_slots[place].info != kGone)
-        place = (place + 1) & mask;
-    if (!m_slots[place].info)
+    Slot &slot = slotOf(hash);
+    if (isRecord(slot.info)) {
+        m_further[hash].insert(&info);
+        return;
+    }
+    if (!slot.info)
         ++m_used;
     ++m_live;
-    m_slots[place] = {&info, hash};
+    slot = {&info, hash};
 }
 
 void InfoIndex::remove(VXGlyphInfo &info)
@@ -76,31 +112,41 @@ void InfoIndex::remove(VXGlyphInfo &info)
 
 void InfoIndex::remove(VXGlyphInfo &info, std::string_view text)
 {
-    if (text.empty() || m_slots.empty())
+    if (text.empty() || !usedSlotOf(hashOf(text)))
         return;
-    const std::size_t hash = hashOf(text);
-    const std::size_t mask = m_slots.size() - 1;
-    for (std::size_t place = hash & mask; m_slots[place].info; place = (place + 1) & mask) {
-        if (m_slots[place].info == &info && m_slots[place].hash == hash) {
-            m_slots[place].info = kGone;
-            --m_live;
+    Slot &slot = slotOf(hashOf(text));
+    const auto further = m_further.find(slot.hash);
+    if (further == m_further.end()) {
+        if (slot.info != &info)
             return;
-        }
+        slot.info = kGone;
+        --m_live;
+        return;
     }
+    auto &records = further->second;
+    if (slot.info == &info) {
+        slot.info = *records.begin();
+        records.erase(records.begin());
+    } else if (const auto found = records.find(&info); found != records.end()) {
+        records.erase(found);
+    }
+    if (records.empty())
+        m_further.erase(further);
 }
 
 void InfoIndex::find(std::string_view text, std::vector<VXGlyphInfo *> &found) const
 {
-    if (text.empty() || m_slots.empty())
+    const Slot *slot = text.empty() ? nullptr : usedSlotOf(hashOf(text));
+    if (!slot)
         return;
-    const std::size_t hash = hashOf(text);
-    const std::size_t mask = m_slots.size() - 1;
     std::string buffer;
-    for (std::size_t place = hash & mask; m_slots[place].info; place = (place + 1) & mask) {
-        const Slot &slot = m_slots[place];
-        if (slot.info != kGone && slot.hash == hash && m_key(*slot.info, buffer) == text)
-            found.push_back(slot.info);
-    }
+    const auto add = [&](VXGlyphInfo *info) {
+        if (m_key(*info, buffer) == text)
+            found.push_back(info);
+    };
+    add(slot->info);
+    if (const auto further = m_further.find(slot->hash); further != m_further.end())
+        std::for_each(further->second.begin(), further->second.end(), add);
 }
 
 } // namespace runebook

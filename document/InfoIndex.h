@@ -4,12 +4,15 @@
 
 #include <functional>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace runebook {
 
-/// Finds records by the text of one field without a scan: a hash table of pointers, open addressing, several
-/// records to a text. It owns nothing; whoever keeps the list tells it of every change.
+/// Finds records by the text of one field without a scan: a hash table of pointers, open addressing, one slot
+/// for each hash; the further records of a text stand apart, be there a million of them. It owns nothing;
+/// whoever keeps the list tells it of every change.
 class InfoIndex
 {
 public:
@@ -34,11 +37,16 @@ private:
         std::size_t hash = 0;
     };
 
+    /// The slot of that hash, or the one where it may be put.
+    Slot &slotOf(std::size_t hash);
+    const Slot *usedSlotOf(std::size_t hash) const;
     void insertHashed(VXGlyphInfo &info, std::size_t hash);
     void grow(std::size_t records);
 
     Key m_key;
     std::vector<Slot> m_slots;
+    /// By hash: the records beside the one in the slot. A record that is listed twice stands here twice.
+    std::unordered_map<std::size_t, std::unordered_multiset<VXGlyphInfo *>> m_further;
     std::size_t m_used = 0; ///< slots that are not free
     std::size_t m_live = 0; ///< slots with a record
     bool m_isBuilt = false;

@@ -358,6 +358,7 @@ class TestInfoList : public QObject
 private Q_SLOTS:
     void everyOperationUndoesAndRedoes_data();
     void everyOperationUndoesAndRedoes();
+    void findsAmongRecordsOfOneName();
     void setsAndClearsTheDocument();
     void announces_data();
     void announces();
@@ -710,6 +711,30 @@ void TestInfoList::tellsOfChangesOnce()
     document.flushChanges();
     QCOMPARE(told.size(), 2);
     QCOMPARE(told[1].size(), 3u);
+}
+
+/// Records without a name are all called the same; looking for that name must not cost the square of their
+/// number.
+void TestInfoList::findsAmongRecordsOfOneName()
+{
+    constexpr int kCount = 300'000;
+    VXDocument document;
+    InfoList infos;
+    for (int i = 0; i < kCount; ++i)
+        infos.push_back(VXGlyphInfo::init());
+    document.setInfos(infos);
+    QCOMPARE(document.infoForName(u"unknown"_s), infos.front());
+    infos[0]->setName(u"a"_s);
+    QCOMPARE(document.infoForName(u"unknown"_s), infos[1]);
+    document.removeObjectsFromInfosAtIndexes({1, 2});
+    QCOMPARE(document.infoForName(u"unknown"_s), infos[3]);
+    document.undoManager()->undo();
+    QCOMPARE(document.infoForName(u"unknown"_s), infos[0]);
+    for (int i = 0; i < 2000; ++i)
+        infos[static_cast<std::size_t>(i)]->setName(u"b"_s);
+    QCOMPARE(document.infoForName(u"unknown"_s), infos[2000]);
+    QCOMPARE(document.infoForName(u"b"_s), infos[0]);
+    QCOMPARE(document.infoForKeyValues(u"name"_s, {u"b"_s})->size(), 2000u);
 }
 
 RUNEBOOK_TEST_MAIN(TestInfoList)
