@@ -59,6 +59,7 @@ VXDocument::~VXDocument()
 bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Error *)
 {
     m_readError = {};
+    m_readNotes = {};
     std::optional<InfoList> infos;
     if (type == kXMLType)
         infos = readXMLFromURL(url, &m_readError);

@@ -78,8 +78,12 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
 bool Document::revertToSaved(Error *error)
 {
     if (m_fileURL.isEmpty() || !QFileInfo::exists(m_fileURL))
-        return fail(error, {u"OpenError"_s, 1, tr("The file “%1” is not there.").arg(displayName()), {},
-                            tr("The document stays as it is.")});
+        return fail(error,
+                    {u"OpenError"_s,
+                     1,
+                     tr("The file “%1” is not there.").arg(displayName()),
+                     {},
+                     tr("The document stays as it is.")});
     if (!readFromURLOfType(m_fileURL, m_fileType, error))
         return false;
     m_undoManager.removeAllActions();
@@ -133,8 +137,11 @@ bool Document::autosave(Error *error)
     if (!isDocumentEdited())
         return true;
     if (m_autosaveURL.isEmpty()) {
-        const QString folder = StandardFolders::userData() + "/Autosave"_L1;
-        QDir().mkpath(folder);
+        const QString own = StandardFolders::userData();
+        const QString folder = own + "/Autosave"_L1;
+        if (own.isEmpty() || !QDir().mkpath(folder))
+            return fail(error,
+                        {u"SaveError"_s, 2, tr("There is no folder for autosaved documents."), {}, {}});
         m_autosaveURL = folder + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces) + ".xml"_L1;
     }
     return writeToURLOfType(m_autosaveURL, autosavingFileType(), error);

@@ -74,6 +74,8 @@ private Q_SLOTS:
     void autosavesAfterAWhile();
     void autosavesEveryType();
     void leavesNoAutosaveBehind();
+    void needsAFolderToAutosave();
+    void forgetsWhatAnotherFileLost();
     void keepsRecentFiles();
     void closes();
 
@@ -341,6 +343,35 @@ void TestDocumentLife::leavesNoAutosaveBehind()
     QCOMPARE(autosaveFiles().size(), 1);
     closed->close();
     QVERIFY(autosaveFiles().isEmpty());
+}
+
+void TestDocumentLife::needsAFolderToAutosave()
+{
+    VXDocument *document = newDocument();
+    document->addInfo(VXGlyphInfo::init());
+    const QByteArray folder = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", "/dev/null/none");
+    Error error;
+    const bool isSaved = document->autosave(&error);
+    qputenv("XDG_DATA_HOME", folder);
+    QVERIFY(!isSaved);
+    QVERIFY(!error.description.isEmpty());
+    QVERIFY(document->autosavedContentsURL().isEmpty());
+    QVERIFY(document->autosave());
+    QCOMPARE(autosaveFiles().size(), 1);
+}
+
+void TestDocumentLife::forgetsWhatAnotherFileLost()
+{
+    const QString folder = QStringLiteral(RUNEBOOK_TEST_DATA "/");
+    VXDocument document;
+    for (const QString &other : {u"tables/usual.txt"_s, u"glyphdata/version2.xml"_s, u"none.xml"_s}) {
+        QVERIFY(document.readFromURLOfType(folder + u"glyphdata/comments.xml"_s, u"public.xml"_s));
+        QVERIFY(!document.readNotes().isEmpty());
+        QVERIFY(document.readFromURLOfType(
+            folder + other, other.endsWith(u".txt"_s) ? u"public.plain-text"_s : u"public.xml"_s));
+        QVERIFY(document.readNotes().isEmpty());
+    }
 }
 
 void TestDocumentLife::keepsRecentFiles()
