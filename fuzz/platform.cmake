@@ -1,3 +1,3 @@
-add_executable(fuzz_predicate_parser "${CMAKE_CURRENT_LIST_DIR}/predicate_parser.cpp")
-target_link_libraries(fuzz_predicate_parser PRIVATE runebook_options runebook::platform)
-target_link_options(fuzz_predicate_parser PRIVATE -fsanitize=fuzzer)
+# What a user types into the search field.
+runebook_add_fuzzer(fuzz_predicate_parser SOURCES "${CMAKE_CURRENT_LIST_DIR}/predicate_parser.cpp"
+    DEPENDS runebook::platform)
