@@ -10,6 +10,7 @@
 #include "platform/PlainText.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -24,6 +25,10 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// So many records are looked at before a selection is shown; whether the rest of a larger one has the same
+// values turns out right after.
+constexpr std::size_t kLookedAtOnce = 2000;
 
 QString mixedText()
 {
@@ -72,6 +77,8 @@ DetailPane::DetailPane(VXWindowController &window, QWidget *parent)
     layout->addWidget(m_emptyLabel, 1);
     layout->addWidget(scroll, 1);
     setMinimumWidth(240);
+    m_compareTimer.setInterval(0);
+    connect(&m_compareTimer, &QTimer::timeout, this, &DetailPane::compareRest);
     m_scrollArea = scroll;
 }
 
@@ -214,10 +221,10 @@ void DetailPane::addTextBox(QGridLayout &layout, GlyphField field, const QString
 
 void DetailPane::showSelection()
 {
-    const InfoList selected = m_window.infolistController()->selectedObjects();
+    InfoList selected = m_window.infolistController()->selectedObjects();
     if (selected != m_shown) {
         commitEditing();
-        m_shown = selected;
+        m_shown = std::move(selected);
         for (Row &row : m_rows)
             showRow(row);
     } else {
@@ -234,12 +241,43 @@ void DetailPane::showSelection()
 
 void DetailPane::showRow(Row &row)
 {
+    const std::span<const InfoPtr> first = std::span(m_shown).first(std::min(m_shown.size(), kLookedAtOnce));
+    const CommonValue value = commonValue(first, row.field);
+    row.compared = value.isMixed ? m_shown.size() : first.size();
+    showValue(row, value);
+    if (row.compared < m_shown.size())
+        m_compareTimer.start();
+}
+
+void DetailPane::showValue(Row &row, const CommonValue &value)
+{
     m_isShowing = true;
-    row.show(commonValue(m_shown, row.field));
+    row.show(value);
     row.loaded = row.text();
     // One name for several records cannot be.
     row.editor->setEnabled(row.field != GlyphField::Name || m_shown.size() == 1);
     m_isShowing = false;
+}
+
+void DetailPane::compareRest()
+{
+    constexpr int kSliceMs = 6;
+    const QDeadlineTimer deadline(kSliceMs);
+    for (Row &row : m_rows) {
+        while (row.compared < m_shown.size()) {
+            if (deadline.hasExpired())
+                return;
+            std::size_t end = std::min(m_shown.size(), row.compared + kLookedAtOnce);
+            for (; row.compared < end; ++row.compared) {
+                if (lookAlike(*m_shown.front(), *m_shown[row.compared], row.field))
+                    continue;
+                row.compared = end = m_shown.size();
+                if (row.text() == row.loaded)
+                    showValue(row, {{}, true});
+            }
+        }
+    }
+    m_compareTimer.stop();
 }
 
 void DetailPane::showPreview()

@@ -2,6 +2,7 @@
 
 #include "editing/FieldEditing.h"
 
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <vector>
@@ -50,6 +51,7 @@ private:
         std::function<QString()> text;
         std::function<void(const CommonValue &)> show;
         QString loaded; ///< what the editor held after show()
+        std::size_t compared = 0; ///< so many of the shown records are known to look alike, or not to
     };
 
     void buildRows(QGridLayout &layout);
@@ -60,6 +62,8 @@ private:
     void addTokens(QGridLayout &layout, const QString &captionName);
     void addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName);
     void showRow(Row &row);
+    void showValue(Row &row, const CommonValue &value);
+    void compareRest();
     void commitRow(Row &row);
     void revertRow(QWidget *editor);
     Row *rowOf(const QObject *editor);
@@ -73,6 +77,7 @@ private:
     QWidget *m_scrollArea = nullptr; ///< around the form
     std::vector<Row> m_rows;
     InfoList m_shown;
+    QTimer m_compareTimer; ///< runs while a large selection is still being compared
     bool m_isShowing = false;
 };
 

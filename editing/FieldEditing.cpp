@@ -140,22 +140,25 @@ bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField fi
     return true;
 }
 
-CommonValue commonValue(const InfoList &infos, GlyphField field)
+bool lookAlike(const VXGlyphInfo &a, const VXGlyphInfo &b, GlyphField field)
+{
+    if (field == GlyphField::Case)
+        return a.caseValue() == b.caseValue();
+    if (field == GlyphField::Direction)
+        return a.direction() == b.direction();
+    // An absent and an empty value look alike.
+    return FieldValue::equal(a.stored(field), a.sourceData(), b.stored(field), b.sourceData())
+        || a.displayText(field) == b.displayText(field);
+}
+
+CommonValue commonValue(std::span<const InfoPtr> infos, GlyphField field)
 {
     if (infos.empty())
         return {};
     const VXGlyphInfo &first = *infos.front();
-    const bool isNumber = field == GlyphField::Case || field == GlyphField::Direction;
-    for (const InfoPtr &info : infos) {
-        const bool isEqual = isNumber ? info->caseValue() == first.caseValue() || field != GlyphField::Case
-                                      : FieldValue::equal(info->stored(field), info->sourceData(),
-                                                          first.stored(field), first.sourceData());
-        const bool sameDirection = field != GlyphField::Direction || info->direction() == first.direction();
-        // An absent and an empty value look alike.
-        if ((!isEqual || !sameDirection) && info->displayText(field) != first.displayText(field))
-            return {{}, true};
-    }
-    return {first.displayText(field), false};
+    const bool isCommon = std::all_of(infos.begin(), infos.end(),
+                                      [&](const InfoPtr &info) { return lookAlike(first, *info, field); });
+    return isCommon ? CommonValue {first.displayText(field), false} : CommonValue {{}, true};
 }
 
 } // namespace runebook

@@ -2,6 +2,8 @@
 
 #include "document/VXDocument.h"
 
+#include <span>
+
 namespace runebook {
 
 /// Sets one field of records from what the user typed, as one named undo step: the same rules for a table
@@ -18,7 +20,9 @@ struct CommonValue {
     QString text; ///< the common text; empty when they differ
     bool isMixed = false;
 };
-CommonValue commonValue(const InfoList &infos, GlyphField field);
+CommonValue commonValue(std::span<const InfoPtr> infos, GlyphField field);
+/// Whether the user sees the same in both records.
+bool lookAlike(const VXGlyphInfo &a, const VXGlyphInfo &b, GlyphField field);
 
 /// The first of \a names that some record has as its name; null when there is none.
 QString repeatingName(const VXDocument &document, const QStringList &names);

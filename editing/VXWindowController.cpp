@@ -105,7 +105,7 @@ void VXWindowController::buildStatusBar()
 void VXWindowController::connectParts()
 {
     connect(m_infolistController, &RSRTVArrayController::selectionChanged, this,
-            &VXWindowController::setActiveInfo);
+            &VXWindowController::selectionDidChange);
     connect(m_infolistController, &RSRTVArrayController::arrangedObjectsChanged, this,
             &VXWindowController::updateTitle);
     connect(m_infolistController, &RSRTVArrayController::editRefused, this, &VXWindowController::showMessage);
@@ -140,6 +140,28 @@ void VXWindowController::prepareSearch()
 void VXWindowController::setActiveInfo()
 {
     m_detailPane->showSelection();
+    showSelectedCount();
+}
+
+void VXWindowController::selectionDidChange()
+{
+    // A large selection is painted first; the pane needs longer to gather what the records have in common.
+    constexpr qsizetype kMany = 10'000;
+    if (m_infolistController->selectedCount() <= kMany) {
+        setActiveInfo();
+        return;
+    }
+    showSelectedCount();
+    if (std::exchange(m_activeInfoPending, true))
+        return;
+    QTimer::singleShot(0, this, [this] {
+        m_activeInfoPending = false;
+        setActiveInfo();
+    });
+}
+
+void VXWindowController::showSelectedCount()
+{
     const qsizetype selected = m_infolistController->selectedCount();
     m_countLabel->setText(selected == 0 ? QString() : tr("%1 selected").arg(locale().toString(selected)));
     Q_EMIT stateChanged();

@@ -108,6 +108,8 @@ private:
     void buildStatusBar();
     void connectParts();
     void showReadError();
+    void selectionDidChange();
+    void showSelectedCount();
     /// Makes ready in idle time what the first search would have to wait for.
     void prepareSearch();
     void revealRow(qsizetype row);
@@ -127,4 +129,5 @@ private:
     QString m_subtitle;
     bool m_isFiltering = false;
     bool m_titleUpdatePending = false;
+    bool m_activeInfoPending = false;
 };

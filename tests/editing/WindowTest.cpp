@@ -4,6 +4,7 @@
 #include "editing/PreviewLabel.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
+#include "editing/VocabularyComboBox.h"
 #include "platform/DocumentController.h"
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
@@ -274,6 +275,24 @@ private Q_SLOTS:
         m_document->undoManager()->undo();
         QCOMPARE(m_document->objectInInfosAtIndex(0)->sortName(), QString());
         QCOMPARE(m_document->objectInInfosAtIndex(3)->sortName(), QString());
+    }
+
+    void largeSelectionsAreComparedToTheEnd()
+    {
+        InfoList infos;
+        for (int i = 0; i < 9000; ++i)
+            infos.push_back(infoNamed(u"g%1"_s.arg(i), {}, u"Letter"_s));
+        infos.back()->setScript(u"latin"_s);
+        m_document->setInfos(infos);
+        m_window->selectAll();
+        auto *script =
+            qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Script));
+        auto *category =
+            qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Category));
+        QTRY_VERIFY2(script->isMixed(), "the last record alone differs");
+        QCOMPARE(category->text(), u"Letter"_s);
+        QVERIFY(!category->isMixed());
+        QCOMPARE(list()->selectedCount(), 9000);
     }
 
     void fieldsFollowChangesFromElsewhere()
