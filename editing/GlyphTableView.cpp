@@ -56,6 +56,9 @@ GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     m_controller.setOTableView(this);
+    // A header asks of every column, each time it is painted, whether all of its cells are selected, row by
+    // row. It shows no selection here, so it gets one of its own that stays empty.
+    horizontalHeader()->setSelectionModel(new QItemSelectionModel(model(), horizontalHeader()));
     setUpHeader();
     restoreViewSettings();
 
