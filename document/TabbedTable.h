@@ -5,10 +5,13 @@
 
 #include <QStringList>
 #include <optional>
+#include <string_view>
+#include <vector>
 
 namespace runebook {
 
-/// Reads tables: fields separated by tabs, the first line names the key of each column.
+/// Reads tables: fields separated by tabs, the first line names the key of each column. The rows of a large
+/// one are read by several threads at the same time.
 class TabbedReader
 {
 public:
@@ -20,6 +23,17 @@ private:
     /// The field that a column fills; nothing for keys that the record drops.
     using Column = std::optional<GlyphField>;
 
+    /// Some lines of a table, and what they gave.
+    struct Rows {
+        std::string_view text;
+        InfoList infos;
+        qsizetype lines = 0; ///< before the first that has too few fields
+        bool endsShort = false;
+    };
+
+    static std::vector<Rows> partsOf(std::string_view text);
+    void readRows(Rows &rows, const std::vector<Column> &columns) const;
+    static std::optional<InfoList> joined(std::vector<Rows> &parts, qsizetype columns, Error *error);
     std::optional<std::vector<Column>> columnsOf(std::string_view header, Error *error) const;
     bool readRow(VXGlyphInfo &info, const std::vector<Column> &columns, std::string_view row) const;
     void store(VXGlyphInfo &info, GlyphField target, std::string_view field) const;

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void leavesTheVersion();
     void reportsUnknownKeysOnce();
     void saysWhichLineIsShort();
+    void readsLargeTablesInParts();
     void writesAnEmptyDocument();
     void failsToWriteRecords();
     void readsItsOwnColumns();
@@ -140,6 +141,25 @@ void TestTabbedTable::failsToWriteRecords()
         QVERIFY(document.fileURL().isEmpty());
     }
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList {u"a.txt"_s});
+}
+
+void TestTabbedTable::readsLargeTablesInParts()
+{
+    constexpr int kRows = 400'000; // enough for every processor
+    QByteArray table = "name\tdesc\n";
+    for (int i = 0; i < kRows; ++i)
+        table += "g" + QByteArray::number(i) + "\tsome words on it, \u00E9 \u20AC\n";
+    const auto infos = TabbedReader().read(table);
+    QCOMPARE(infos->size(), std::size_t(kRows));
+    for (int i = 0; i < kRows; i += 991)
+        QCOMPARE(infos->at(static_cast<std::size_t>(i))->name(), u"g%1"_s.arg(i));
+
+    // The first of two short lines is told, with its number in the whole file, an empty line counted.
+    table.replace("g399000\t", "g399000 ");
+    table.replace("g200000\t", "\ng200000 ");
+    Error error;
+    QVERIFY(!TabbedReader().read(table, &error));
+    QVERIFY2(error.description.contains(u"200003"_s), qPrintable(error.description));
 }
 
 void TestTabbedTable::readsItsOwnColumns()
