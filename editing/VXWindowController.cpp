@@ -53,6 +53,9 @@ VXWindowController::VXWindowController(VXDocument &document)
 VXWindowController::~VXWindowController()
 {
     UserDefaults::standard().setObjectForKey(saveGeometry(), kGeometry);
+    // These turn to the window when they lose the focus, so they go while it is still whole.
+    delete m_menus;
+    delete takeCentralWidget();
 }
 
 // Building
