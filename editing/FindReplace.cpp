@@ -118,8 +118,8 @@ ReplacePreview FindReplace::previewOf(const VXGlyphInfo &info) const
     const QStringList replaced = replacedElements(elements);
     preview.before = elements.join(kListSeparator);
     preview.after = replaced.join(kListSeparator);
-    const auto append = [](std::vector<TextRange> &to, const std::vector<TextRange> &ranges, qsizetype by) {
-        for (const TextRange &range : ranges)
+    const auto append = [](std::vector<UnitRange> &to, const std::vector<UnitRange> &ranges, qsizetype by) {
+        for (const UnitRange &range : ranges)
             to.push_back({range.location + by, range.length});
     };
     qsizetype before = 0;

@@ -10,11 +10,11 @@ namespace runebook {
 
 namespace {
 
-QList<QTextLayout::FormatRange> formatsFor(const std::vector<TextRange> &ranges, qsizetype textLength,
+QList<QTextLayout::FormatRange> formatsFor(const std::vector<UnitRange> &ranges, qsizetype textLength,
                                            const QTextCharFormat &format)
 {
     QList<QTextLayout::FormatRange> formats;
-    for (const TextRange &range : ranges) {
+    for (const UnitRange &range : ranges) {
         const qsizetype length = std::min(range.length, textLength - range.location);
         if (length > 0)
             formats.append({static_cast<int>(range.location), static_cast<int>(length), format});
@@ -47,7 +47,7 @@ void MarkedTextDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     QTextOption lineOption;
     lineOption.setWrapMode(QTextOption::NoWrap);
     layout.setTextOption(lineOption);
-    layout.setFormats(formatsFor(index.data(RangesRole).value<std::vector<TextRange>>(), shown.size(), mark));
+    layout.setFormats(formatsFor(index.data(RangesRole).value<std::vector<UnitRange>>(), shown.size(), mark));
     layout.beginLayout();
     QTextLine line = layout.createLine();
     line.setLineWidth(area.width());

@@ -11,7 +11,7 @@ namespace runebook {
 /// A text and the parts of it that stand out.
 struct MarkedText {
     QString text;
-    std::vector<TextRange> ranges;
+    std::vector<UnitRange> ranges;
 };
 
 /// Draws one line of plain text with marked parts: on a tint, and struck out where text goes, so that the
@@ -20,7 +20,7 @@ class MarkedTextDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
 public:
-    /// The marked parts of the text under Qt::DisplayRole, as a std::vector<TextRange>.
+    /// The marked parts of the text under Qt::DisplayRole, as a std::vector<UnitRange>.
     static constexpr int RangesRole = Qt::UserRole + 1;
     enum class Mark { Removed, Inserted };
 
@@ -38,4 +38,4 @@ private:
 
 } // namespace runebook
 
-Q_DECLARE_METATYPE(std::vector<runebook::TextRange>)
+Q_DECLARE_METATYPE(std::vector<runebook::UnitRange>)

@@ -12,7 +12,7 @@ constexpr qsizetype kContext = 20; // characters before the first change that st
 constexpr qsizetype kLongest = 300; // more than any line shows
 
 /// A piece of a text and the marks in it.
-MarkedText excerpt(const QString &text, const std::vector<TextRange> &ranges)
+MarkedText excerpt(const QString &text, const std::vector<UnitRange> &ranges)
 {
     const qsizetype firstMark = ranges.empty() ? 0 : ranges.front().location;
     qsizetype start = firstMark > 2 * kContext ? firstMark - kContext : 0;
@@ -24,7 +24,7 @@ MarkedText excerpt(const QString &text, const std::vector<TextRange> &ranges)
     marked.text = lead + text.mid(start, kLongest);
     // One unit for one, so that the marks stay where they are.
     marked.text.replace(u'\n', QChar(0x21B5)).replace(u'\t', QChar(0x2192));
-    for (const TextRange &range : ranges) {
+    for (const UnitRange &range : ranges) {
         const qsizetype location = range.location - start + lead.size();
         if (location >= marked.text.size())
             break;

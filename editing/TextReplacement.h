@@ -35,8 +35,8 @@ public:
 
     /// The places of one replacement: what was found in the old text, what stands there in the new one.
     struct Places {
-        std::vector<TextRange> found;
-        std::vector<TextRange> inserted;
+        std::vector<UnitRange> found;
+        std::vector<UnitRange> inserted;
     };
     Places placesIn(QStringView text) const;
 

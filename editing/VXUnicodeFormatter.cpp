@@ -44,7 +44,7 @@ bool VXUnicodeFormatter::getObjectValueForStringErrorDescription(QVariant *value
 
 bool VXUnicodeFormatter::
     isPartialStringValidProposedSelectedRangeOriginalStringOriginalSelectedRangeErrorDescription(
-        const QString &partialString, TextRange *, const QString &, TextRange,
+        const QString &partialString, UnitRange *, const QString &, UnitRange,
         QString *errorDescription) const
 {
     QString reason;

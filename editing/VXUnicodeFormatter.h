@@ -29,8 +29,8 @@ public: // checking
     /// Whether \a partialString may stand in the field while it is typed; the message says why not. The
     /// ranges and the old text do not matter.
     bool isPartialStringValidProposedSelectedRangeOriginalStringOriginalSelectedRangeErrorDescription(
-        const QString &partialString, runebook::TextRange *proposedSelectedRange,
-        const QString &originalString, runebook::TextRange originalSelectedRange,
+        const QString &partialString, runebook::UnitRange *proposedSelectedRange,
+        const QString &originalString, runebook::UnitRange originalSelectedRange,
         QString *errorDescription = nullptr) const;
     State validate(QString &input, int &position) const override;
     /// Shows a refusal at \a control: domain "Runebook", code 1.

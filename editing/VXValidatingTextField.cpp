@@ -186,7 +186,7 @@ void VXValidatingTextField::focusOutEvent(QFocusEvent *event)
 // Completion
 
 QStringList VXValidatingTextField::textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
-    QObject *textView, const QStringList &completions, TextRange partialWordRange, int *index) const
+    QObject *textView, const QStringList &completions, UnitRange partialWordRange, int *index) const
 {
     if (index)
         *index = -1;
@@ -197,20 +197,20 @@ QStringList VXValidatingTextField::textViewCompletionsForPartialWordRangeIndexOf
     const QMetaMethod candidates =
         operationOf(delegate,
                     "textFieldTextViewCandidatesForSelectedRange(VXValidatingTextField*,QObject*,QStringList,"
-                    "runebook::TextRange)");
+                    "runebook::UnitRange)");
     const QMetaMethod plain =
         operationOf(delegate,
                     "textViewCompletionsForPartialWordRangeIndexOfSelectedItem(QObject*,"
-                    "QStringList,runebook::TextRange)");
+                    "QStringList,runebook::UnitRange)");
     if (candidates.isValid()) {
         candidates.invoke(delegate, Qt::DirectConnection, Q_RETURN_ARG(QStringList, answer),
                           Q_ARG(VXValidatingTextField *, const_cast<VXValidatingTextField *>(this)),
                           Q_ARG(QObject *, textView), Q_ARG(QStringList, completions),
-                          Q_ARG(runebook::TextRange, partialWordRange));
+                          Q_ARG(runebook::UnitRange, partialWordRange));
     } else if (plain.isValid()) {
         plain.invoke(delegate, Qt::DirectConnection, Q_RETURN_ARG(QStringList, answer),
                      Q_ARG(QObject *, textView), Q_ARG(QStringList, completions),
-                     Q_ARG(runebook::TextRange, partialWordRange));
+                     Q_ARG(runebook::UnitRange, partialWordRange));
     }
     return answer;
 }

@@ -16,9 +16,9 @@ class QCompleter;
 ///   bool textFieldHasValidContent(VXValidatingTextField *field)
 ///       sets or clears the field's errorHint and shows or hides its extraButton. A QObject * will do, too.
 ///   QStringList textFieldTextViewCandidatesForSelectedRange(VXValidatingTextField *field,
-///       QObject *textView, QStringList candidates, runebook::TextRange selectedRange)
+///       QObject *textView, QStringList candidates, runebook::UnitRange selectedRange)
 ///   QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(QObject *textView,
-///       QStringList completions, runebook::TextRange partialWordRange)
+///       QStringList completions, runebook::UnitRange partialWordRange)
 class VXValidatingTextField : public QLineEdit
 {
     Q_OBJECT
@@ -56,7 +56,7 @@ public: // error
 public: // completion
     /// The completions that the delegate has for a part of the text; none without such an operation.
     QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
-        QObject *textView, const QStringList &completions, runebook::TextRange partialWordRange,
+        QObject *textView, const QStringList &completions, runebook::UnitRange partialWordRange,
         int *index = nullptr) const;
 
 public Q_SLOTS:

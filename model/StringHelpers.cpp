@@ -62,9 +62,9 @@ char32_t character32AtIndex(QStringView text, qsizetype &index)
     return QChar::surrogateToUcs4(first, text.at(index));
 }
 
-TextRange rangeOfLine(QStringView text, int number)
+UnitRange rangeOfLine(QStringView text, int number)
 {
-    TextRange range;
+    UnitRange range;
     qsizetype lineStart = 0;
     for (int line = 1; lineStart < text.size(); ++line) {
         qsizetype lineEnd = lineStart;

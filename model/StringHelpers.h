@@ -5,10 +5,10 @@
 namespace runebook {
 
 /// A range of UTF-16 units.
-struct TextRange {
+struct UnitRange {
     qsizetype location = 0;
     qsizetype length = 0;
-    friend bool operator==(const TextRange &, const TextRange &) = default;
+    friend bool operator==(const UnitRange &, const UnitRange &) = default;
 };
 
 /// The value of a text of hexadecimal digits, kept in 32 bits; 0 when any other character occurs ("0x", a
@@ -27,7 +27,7 @@ QString stringWithChar(char32_t codePoint);
 char32_t character32AtIndex(QStringView text, qsizetype &index);
 /// The range of the line with the 1-based \a number. Every line end counts as one unit, CR LF too; beyond
 /// the last line the range is empty.
-TextRange rangeOfLine(QStringView text, int number);
+UnitRange rangeOfLine(QStringView text, int number);
 /// A new random UUID, upper case, 8-4-4-4-12 digits.
 QString UUID();
 

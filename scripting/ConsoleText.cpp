@@ -14,28 +14,28 @@ constexpr qsizetype kTracebackWord = 9;
 constexpr auto kString = "<string>"_L1;
 constexpr auto kPanelLabel = "macro panel"_L1;
 
-QList<TextRange> emphasisIn(const QString &text)
+QList<UnitRange> emphasisIn(const QString &text)
 {
-    QList<TextRange> ranges;
+    QList<UnitRange> ranges;
     for (const QString &name : errorNames()) {
         const qsizetype place = text.indexOf(name);
         if (place >= 0)
-            ranges << TextRange {place, name.size()};
+            ranges << UnitRange {place, name.size()};
     }
     const qsizetype traceback = text.indexOf(kTraceback);
     if (traceback >= 0)
-        ranges << TextRange {traceback, kTracebackWord};
+        ranges << UnitRange {traceback, kTracebackWord};
     return ranges;
 }
 
 /// Where the ranges lie once \a replaced has become so many units; those inside of it go.
-void adapt(QList<TextRange> &ranges, TextRange replaced, qsizetype newLength)
+void adapt(QList<UnitRange> &ranges, UnitRange replaced, qsizetype newLength)
 {
     const qsizetype end = replaced.location + replaced.length;
-    ranges.removeIf([&](const TextRange &range) {
+    ranges.removeIf([&](const UnitRange &range) {
         return range.location < end && range.location + range.length > replaced.location;
     });
-    for (TextRange &range : ranges) {
+    for (UnitRange &range : ranges) {
         if (range.location >= end)
             range.location += newLength - replaced.length;
     }
@@ -81,7 +81,7 @@ ConsoleText ConsoleText::fromOutput(const QString &output)
         if (!isMacro && !QFileInfo(path).isReadable())
             continue;
         const QString shown = isMacro ? u"<macro>"_s : path.section(u'/', -1);
-        const TextRange replaced {match->capturedStart(1), match->capturedLength(1)};
+        const UnitRange replaced {match->capturedStart(1), match->capturedLength(1)};
         console.text.replace(replaced.location, replaced.length, shown);
         adapt(console.emphasised, replaced, shown.size());
         const qsizetype change = shown.size() - replaced.length;

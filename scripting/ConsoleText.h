@@ -10,7 +10,7 @@ namespace runebook {
 
 /// A reference to a line of a file in a text for the console.
 struct FileLink {
-    TextRange range;
+    UnitRange range;
     QString path; ///< "<string>" for the code of the macro panel
     QString line; ///< as printed, may be empty
 
@@ -20,7 +20,7 @@ struct FileLink {
 /// A text as the console shows it: paths cut to the file's name where they lead to a file.
 struct ConsoleText {
     QString text;
-    QList<TextRange> emphasised; ///< names of errors and the word "Traceback": bold and red
+    QList<UnitRange> emphasised; ///< names of errors and the word "Traceback": bold and red
     QList<FileLink> links; ///< in the order of the text
 
     /// Finds what is to be marked in one piece of output.

@@ -130,7 +130,7 @@ QVariantList ScriptHelpers::character32AtIndex(const QString &text, qint64 index
 
 QVariantList ScriptHelpers::rangeOfLine(const QString &text, int number) const
 {
-    const TextRange range = runebook::rangeOfLine(text, number);
+    const UnitRange range = runebook::rangeOfLine(text, number);
     return {static_cast<qint64>(range.location), static_cast<qint64>(range.length)};
 }
 

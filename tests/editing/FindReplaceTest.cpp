@@ -154,7 +154,7 @@ void FindReplaceTest::previewShowsPlacesInLists()
     const InfoList infos = recordsWith(u"altNames"_s, u"ab, xa, y"_s, true);
     const ReplaceSummary summary = FindReplace(u"a"_s, u"123"_s, FindReplace::AltNames).preview(infos, 1);
     const ReplacePreview &shown = summary.first.at(0);
-    const auto marked = [](const QString &text, const std::vector<TextRange> &ranges) {
+    const auto marked = [](const QString &text, const std::vector<UnitRange> &ranges) {
         QString result = text;
         for (auto range = ranges.rbegin(); range != ranges.rend(); ++range) {
             result.insert(range->location + range->length, u']');

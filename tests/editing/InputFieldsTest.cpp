@@ -37,7 +37,7 @@ public:
     }
     Q_INVOKABLE QStringList textFieldTextViewCandidatesForSelectedRange(VXValidatingTextField *field,
                                                                         QObject *, QStringList,
-                                                                        runebook::TextRange range)
+                                                                        runebook::UnitRange range)
     {
         return {field->text().mid(range.location, range.length) + u".alt"_s};
     }
@@ -51,7 +51,7 @@ public:
     Q_INVOKABLE bool textFieldHasValidContent(QObject *) { return false; }
     Q_INVOKABLE QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(QObject *,
                                                                                       QStringList known,
-                                                                                      runebook::TextRange)
+                                                                                      runebook::UnitRange)
     {
         return known << u"plain"_s;
     }

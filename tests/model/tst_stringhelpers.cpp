@@ -155,7 +155,7 @@ void TestStringHelpers::findsLines()
     QFETCH(const QString, text);
     QStringList ranges;
     for (int number = 1; number <= 4; ++number) {
-        const TextRange range = rangeOfLine(text, number);
+        const UnitRange range = rangeOfLine(text, number);
         ranges << u"%1+%2"_s.arg(range.location).arg(range.length);
     }
     QTEST(ranges.join(u' '), "ranges");

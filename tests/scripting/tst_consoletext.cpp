@@ -23,7 +23,7 @@ static QString picture(const QString &output)
 {
     const ConsoleText console = ConsoleText::fromOutput(output);
     QMap<qsizetype, QString> marks;
-    for (const TextRange &range : console.emphasised) {
+    for (const UnitRange &range : console.emphasised) {
         marks[range.location].append(u'*');
         marks[range.location + range.length].prepend(u'*');
     }
