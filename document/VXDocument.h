@@ -57,7 +57,10 @@ public: // opening and saving
     /// As much of the path as tells the document from the other open ones.
     QString displayName() const override;
     /// Why the file could not be read; an empty domain when it could.
-    const runebook::Error &readError() const { return m_readError; }
+    const runebook::Error &readError() const override { return m_readError; }
+    QStringList savingWillChange() const override;
+    void learnFormOf(const QString &original) override;
+    std::unique_ptr<runebook::SlicedContent> slicedContent() const override;
     /// What the records cannot keep of the file that was read.
     const runebook::ReadNotes &readNotes() const { return m_readNotes; }
     Q_INVOKABLE int fileVersion() const { return m_fileVersion; }
@@ -172,6 +175,10 @@ private:
     quint8 m_fileVersion = 2;
     runebook::Error m_readError;
     runebook::ReadNotes m_readNotes;
+    /// What the file was like that the next save writes over; nothing after it was saved.
+    std::optional<runebook::ReadNotes> m_fileNotes;
+    bool m_isFileUnreadable = false;
+    quint64 m_revision = 0; ///< counts changes of any kind
     std::vector<Change> m_changes;
     /// Records that left the list and still point here; their reference ends with the document.
     std::vector<std::weak_ptr<VXGlyphInfo>> m_strays;

@@ -1,41 +1,51 @@
 #include "platform/Document.h"
 
+#include "platform/Autosaver.h"
 #include "platform/DocumentController.h"
 #include "platform/FilePath.h"
-#include "platform/StandardFolders.h"
+#include "platform/Originals.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QUuid>
 #include <QWidget>
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-Document::Document(QObject *parent) : QObject(parent)
+Document::Document(QObject *parent) : QObject(parent), m_autosaver(std::make_unique<Autosaver>(*this))
 {
-    m_autosaveTimer.setSingleShot(true);
-    connect(&m_autosaveTimer, &QTimer::timeout, this, [this] { autosave(); });
     connect(&m_undoManager, &UndoManager::cleanChanged, this, [this](bool clean) {
         if (clean)
             removeAutosave();
         Q_EMIT editedChanged(!clean);
     });
-    connect(&m_undoManager, &UndoManager::changed, this, &Document::scheduleAutosave);
+    connect(&m_undoManager, &UndoManager::changed, m_autosaver.get(), &Autosaver::schedule);
+    connect(&m_fileWatch, &FileWatch::changed, this, &Document::fileHasChanged);
 }
 
 Document::~Document()
 {
     // The history goes with the members; nobody hears of it from a half-destroyed document.
-    m_undoManager.disconnect(this);
+    m_undoManager.disconnect();
+    m_fileWatch.disconnect();
+}
+
+const Error &Document::readError() const
+{
+    static const Error none;
+    return none;
+}
+
+std::unique_ptr<SlicedContent> Document::slicedContent() const
+{
+    return nullptr;
 }
 
 void Document::setFileURL(const QString &url)
 {
     const QString path = pathFromURL(url);
     m_fileURL = path.isEmpty() ? QString() : QFileInfo(path).absoluteFilePath();
+    m_fileWatch.watch(m_fileURL, FileState::of(m_fileURL));
     Q_EMIT displayNameChanged();
 }
 
@@ -43,8 +53,49 @@ QString Document::displayName() const
 {
     if (!m_fileURL.isEmpty())
         return QFileInfo(m_fileURL).fileName();
+    if (!m_untitledName.isEmpty())
+        return m_untitledName;
     const int number = DocumentController::shared().untitledNumber(this);
     return number < 2 ? tr("Untitled") : tr("Untitled %1").arg(number);
+}
+
+void Document::setUntitledName(const QString &name)
+{
+    m_untitledName = name;
+    Q_EMIT displayNameChanged();
+}
+
+bool Document::isOwnFile(const QString &path) const
+{
+    return !m_fileURL.isEmpty() && QFileInfo(path) == QFileInfo(m_fileURL);
+}
+
+bool Document::mayWriteOver(Error *error)
+{
+    const FileWatch::Change change = m_fileWatch.check();
+    // A file that is gone has nothing to lose.
+    if (change == FileWatch::Change::None || change == FileWatch::Change::Removed)
+        return true;
+    return fail(error,
+                {u"ChangedOnDiskError"_s, 1, tr("“%1” could not be saved.").arg(m_fileURL),
+                 tr("Another program has changed the file since it was opened or saved here."),
+                 tr("The file was not touched. Save under another name, or decide which version to keep.")});
+}
+
+bool Document::keepOriginal(Error *error)
+{
+    if (savingWillChange().isEmpty() || !QFileInfo(m_fileURL).isFile())
+        return true;
+    const QString copy = Originals::keepCopy(m_fileURL, error);
+    if (copy.isEmpty())
+        return false;
+    ErrorPresenter::shared().present(
+        {u"Notice"_s,
+         1,
+         tr("Saving leaves out something that “%1” had.").arg(QFileInfo(m_fileURL).fileName()),
+         {},
+         tr("A copy of the file as it was is kept as “%1”.").arg(copy)});
+    return true;
 }
 
 bool Document::saveDocument(Error *error)
@@ -59,11 +110,14 @@ bool Document::saveDocument(Error *error)
 bool Document::saveToURLOfType(const QString &url, const QString &type, Error *error)
 {
     commitEditing();
+    const QString path = pathFromURL(url);
+    if (isOwnFile(path) && (!mayWriteOver(error) || !keepOriginal(error)))
+        return false;
     Error reason;
     if (!writeToURLOfType(url, type, &reason)) {
         // A failed write is answered with a reason, or with none by a type that cannot be written.
         if (reason.description.isEmpty())
-            reason.description = tr("“%1” could not be saved.").arg(QFileInfo(pathFromURL(url)).fileName());
+            reason.description = tr("“%1” could not be saved.").arg(QFileInfo(path).fileName());
         return fail(error, reason);
     }
     m_fileType = type;
@@ -84,8 +138,10 @@ bool Document::revertToSaved(Error *error)
                      tr("The file “%1” is not there.").arg(displayName()),
                      {},
                      tr("The document stays as it is.")});
+    const FileState state = FileState::of(m_fileURL);
     if (!readFromURLOfType(m_fileURL, m_fileType, error))
         return false;
+    noteFileRead(state);
     m_undoManager.removeAllActions();
     m_undoManager.setClean();
     return true;
@@ -114,9 +170,22 @@ void Document::setWindowController(QWidget *window)
     m_window = window;
 }
 
+void Document::keepMine()
+{
+    m_fileWatch.takeAsKnown();
+    updateChangeCount(ChangeDone);
+}
+
+void Document::fileHasChanged(FileWatch::Change change)
+{
+    // Nowhere but here is the text now.
+    if (change == FileWatch::Change::Removed)
+        updateChangeCount(ChangeDone);
+}
+
 void Document::close()
 {
-    m_autosaveTimer.stop();
+    m_fileWatch.watch({}, {});
     removeAutosave();
     Q_EMIT aboutToClose(this);
     if (m_window)
@@ -125,34 +194,19 @@ void Document::close()
     DocumentController::shared().removeDocument(this);
 }
 
-void Document::scheduleAutosave()
-{
-    const double delay = DocumentController::shared().autosavingDelay();
-    if (delay > 0 && isDocumentEdited())
-        m_autosaveTimer.start(static_cast<int>(delay * 1000));
-}
-
 bool Document::autosave(Error *error)
 {
-    if (!isDocumentEdited())
-        return true;
-    if (m_autosaveURL.isEmpty()) {
-        const QString own = StandardFolders::userData();
-        const QString folder = own + "/Autosave"_L1;
-        if (own.isEmpty() || !QDir().mkpath(folder))
-            return fail(error,
-                        {u"SaveError"_s, 2, tr("There is no folder for autosaved documents."), {}, {}});
-        m_autosaveURL = folder + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces) + ".xml"_L1;
-    }
-    return writeToURLOfType(m_autosaveURL, autosavingFileType(), error);
+    return !isDocumentEdited() || m_autosaver->saveNow(error);
+}
+
+QString Document::autosavedContentsURL() const
+{
+    return m_autosaver->path();
 }
 
 void Document::removeAutosave()
 {
-    m_autosaveTimer.stop();
-    if (!m_autosaveURL.isEmpty())
-        QFile::remove(m_autosaveURL);
-    m_autosaveURL.clear();
+    m_autosaver->remove();
 }
 
 } // namespace runebook

@@ -1,16 +1,21 @@
 #pragma once
 
 #include "platform/Error.h"
+#include "platform/FileWatch.h"
 #include "platform/UndoManager.h"
 
 #include <QObject>
 #include <QPointer>
 #include <QString>
-#include <QTimer>
+#include <QStringList>
+#include <memory>
 
 class QWidget;
 
 namespace runebook {
+
+class Autosaver;
+class SlicedContent;
 
 /// One open file of the program, or one that has no file yet: its path and type, its undo history, whether
 /// it has unsaved changes, its window. What is in it, a subclass knows. Main thread only.
@@ -29,6 +34,15 @@ public: // content, supplied by the subclass
                                                runebook::Error *error = nullptr) = 0;
     Q_INVOKABLE virtual bool writeToURLOfType(const QString &url, const QString &type,
                                               runebook::Error *error = nullptr) = 0;
+    /// Why the content is not what the file holds, when it could not be read; an empty domain when it could.
+    virtual const Error &readError() const;
+    /// What the next save will write differently from the file, or leave out: sentences for the user, none
+    /// when the file is written as it was read.
+    Q_INVOKABLE virtual QStringList savingWillChange() const { return {}; }
+    /// Learns what savingWillChange() tells from the file \a original, for content that came from elsewhere.
+    virtual void learnFormOf(const QString &original) { Q_UNUSED(original) }
+    /// Prints the content as it is now, a little at a time; null when it can only be written at once.
+    virtual std::unique_ptr<SlicedContent> slicedContent() const;
     /// The type of the separate file that autosaving writes.
     Q_INVOKABLE virtual QString autosavingFileType() const = 0;
     Q_INVOKABLE virtual bool autosavesInPlace() const { return false; }
@@ -43,7 +57,11 @@ public: // the file
     Q_INVOKABLE void setFileType(const QString &type) { m_fileType = type; }
     /// The file's name, or a name for a document without one.
     Q_INVOKABLE virtual QString displayName() const;
-    /// Writes the document to its own file. Fails without one.
+    /// Gives a document without file a name of its own.
+    void setUntitledName(const QString &name);
+    /// Writes the document to its own file. Fails without one, and with the domain "ChangedOnDiskError" when
+    /// another program has written to it; keepMine() lets the next save pass. Before the first save that
+    /// leaves something out a copy of the file goes to the folder of originals.
     Q_INVOKABLE bool saveDocument(runebook::Error *error = nullptr);
     /// Writes the document to \a url, which becomes its file.
     Q_INVOKABLE bool saveToURLOfType(const QString &url, const QString &type,
@@ -52,6 +70,15 @@ public: // the file
     Q_INVOKABLE bool revertToSaved(runebook::Error *error = nullptr);
     /// Gives what the user typed but did not leave yet to the records; called before every save and run.
     void commitEditing();
+
+public: // what other programs do to the file
+    /// The file's watch. It knows the state in which the file was read or saved.
+    FileWatch &fileWatch() { return m_fileWatch; }
+    const FileWatch &fileWatch() const { return m_fileWatch; }
+    /// The content was read when the file was in the state \a state.
+    void noteFileRead(const FileState &state) { m_fileWatch.watch(m_fileURL, state); }
+    /// Decides that the document's content is the right one, whatever the file holds now.
+    Q_INVOKABLE void keepMine();
 
 public: // changes
     Q_INVOKABLE runebook::UndoManager *undoManager() { return &m_undoManager; }
@@ -67,11 +94,13 @@ public: // window and life
     Q_INVOKABLE void close();
 
 public: // autosave
-    /// Writes the content to the document's autosave file when it has unsaved changes.
+    /// Writes the content to the document's autosave file when it has unsaved changes, at once. After a while
+    /// without changes that happens by itself, without holding anybody up.
     bool autosave(Error *error = nullptr);
     /// Empty while nothing was autosaved.
-    QString autosavedContentsURL() const { return m_autosaveURL; }
+    QString autosavedContentsURL() const;
     void removeAutosave();
+    Autosaver &autosaver() { return *m_autosaver; }
 
 Q_SIGNALS:
     void editedChanged(bool edited);
@@ -82,15 +111,18 @@ Q_SIGNALS:
     void saved();
 
 private:
-    void scheduleAutosave();
+    bool isOwnFile(const QString &path) const;
+    bool mayWriteOver(Error *error);
+    bool keepOriginal(Error *error);
+    void fileHasChanged(FileWatch::Change change);
 
     UndoManager m_undoManager;
     QString m_fileURL;
     QString m_fileType;
-    QString m_autosaveURL;
+    QString m_untitledName;
+    FileWatch m_fileWatch;
+    std::unique_ptr<Autosaver> m_autosaver;
     QPointer<QWidget> m_window;
-    QTimer m_autosaveTimer;
-    int m_untitledNumber = 0;
 };
 
 } // namespace runebook

@@ -101,10 +101,12 @@ Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString
         return nullptr;
     }
     std::unique_ptr<Document> document(m_factory());
+    const FileState state = FileState::of(path);
     if (!document->readFromURLOfType(path, type, error))
         return nullptr;
     document->setFileType(type);
     document->setFileURL(path);
+    document->noteFileRead(state);
     Document *opened = document.release();
     addDocument(opened);
     noteRecentFile(opened->fileURL());

@@ -28,6 +28,8 @@ public:
 public: // set-up by the program
     using Factory = std::function<Document *()>;
     void setDocumentFactory(Factory factory) { m_factory = std::move(factory); }
+    /// A document that is not among the open ones yet.
+    std::unique_ptr<Document> makeDocument() const { return std::unique_ptr<Document>(m_factory()); }
     /// Makes and shows the window of a document; without one documents are opened unseen.
     using WindowMaker = std::function<QWidget *(Document &)>;
     void setWindowMaker(WindowMaker maker) { m_windowMaker = std::move(maker); }

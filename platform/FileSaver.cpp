@@ -1,16 +1,15 @@
 #include "platform/FileSaver.h"
 
-#include "platform/StandardFolders.h"
+#include "platform/CheckedFile.h"
+#include "platform/RescueFiles.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace runebook {
@@ -18,8 +17,6 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr std::size_t kBlock = 1 << 20;
 
 QString tr(const char *text)
 {
@@ -31,107 +28,31 @@ QString reasonOf(int code)
     return QString::fromLocal8Bit(std::strerror(code));
 }
 
-/// An open file that writes all it is given and remembers the first failure.
-class OpenFile
+Error saveError(const QString &path, int code, const QString &reason, const QString &suggestion)
 {
-public:
-    OpenFile(const QString &path, int flags, mode_t mode = 0666)
-        : m_path(path), m_descriptor(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, mode))
-    {
-        if (m_descriptor < 0)
-            m_failure = errno;
-    }
-    ~OpenFile() { close(); }
-    OpenFile(const OpenFile &) = delete;
-    OpenFile &operator=(const OpenFile &) = delete;
+    return {u"SaveError"_s, code, tr("“%1” could not be saved.").arg(path), reason, suggestion};
+}
 
-    bool isOpen() const { return m_descriptor >= 0; }
-    int failure() const { return m_failure; }
-    const QString &path() const { return m_path; }
-    qint64 written() const { return m_written; }
-
-    bool write(std::string_view block)
-    {
-        while (!block.empty() && !m_failure) {
-            const ssize_t count = ::write(m_descriptor, block.data(), block.size());
-            if (count < 0 && errno == EINTR)
-                continue;
-            if (count <= 0) {
-                m_failure = count < 0 ? errno : EIO;
-                return false;
-            }
-            block.remove_prefix(static_cast<std::size_t>(count));
-            m_written += count;
-        }
-        return !m_failure;
-    }
-
-    /// Cuts the file behind what was written, waits for the disk and looks whether all of it is there.
-    bool finish()
-    {
-        if (m_failure)
-            return false;
-        if (::ftruncate(m_descriptor, m_written) != 0 || ::fsync(m_descriptor) != 0) {
-            m_failure = errno;
-            return false;
-        }
-        struct stat status = {};
-        if (::fstat(m_descriptor, &status) != 0)
-            m_failure = errno;
-        else if (status.st_size != m_written)
-            m_failure = EIO;
-        return !m_failure;
-    }
-
-    bool close()
-    {
-        if (m_descriptor < 0)
-            return !m_failure;
-        // After EINTR the descriptor is gone all the same; closing again could hit somebody else's.
-        if (::close(std::exchange(m_descriptor, -1)) != 0 && errno != EINTR && !m_failure)
-            m_failure = errno;
-        return !m_failure;
-    }
-
-    ssize_t read(char *buffer, std::size_t size)
-    {
-        ssize_t count = 0;
-        do {
-            count = ::read(m_descriptor, buffer, size);
-        } while (count < 0 && errno == EINTR);
-        if (count < 0)
-            m_failure = errno;
-        return count;
-    }
-
-private:
-    QString m_path;
-    int m_descriptor;
-    int m_failure = 0;
-    qint64 m_written = 0;
-};
-
-Error saveError(const QString &description, int code, const QString &suggestion)
+Error saveError(const QString &path, const CheckedFile &file, const QString &suggestion)
 {
-    return {u"SaveError"_s, code, description, reasonOf(code), suggestion};
+    return saveError(path, file.failure(), file.failureText(), suggestion);
 }
 
 QString untouched(const QString &path)
 {
-    return tr("The file “%1” was not touched.").arg(path);
+    return tr("The file “%1” was not touched. Your changes are still in the window.").arg(path);
 }
 
-bool produceInto(OpenFile &file, const ContentProducer &produce, Error *error)
+QString notThere(const QString &path)
 {
-    Error reason;
-    if (!produce([&file](std::string_view block) { return file.write(block); }, &reason)) {
-        // A producer that stops because the sink refused has no reason of its own.
-        if (!file.failure())
-            return fail(error, reason);
-    }
-    if (!file.failure() && file.finish() && file.close())
-        return true;
-    return fail(error, saveError(tr("Writing “%1” failed.").arg(file.path()), file.failure(), {}));
+    return tr("There is no file “%1” yet. Your changes are still in the window.").arg(path);
+}
+
+QString rescued(const QString &path, const QString &rescue)
+{
+    return tr("The file “%1” may be damaged now; do not use it. The new text lies whole in the rescue file "
+              "“%2”, and your changes are still in the window.")
+        .arg(path, rescue);
 }
 
 /// Removes a file at the end of a scope unless it is to stay.
@@ -146,97 +67,160 @@ public:
     }
     Removal(const Removal &) = delete;
     Removal &operator=(const Removal &) = delete;
+    void setPath(const QString &path) { m_path = path; }
     void keepFile() { m_path.clear(); }
 
 private:
     QString m_path;
 };
 
+/// Writes the content into \a file; false leaves the reason in \a error when it is the producer's, and in the
+/// file otherwise.
+bool produceInto(CheckedFile &file, const ContentProducer &produce, Error *error)
+{
+    // A producer that stops because the file refused has no reason of its own.
+    return produce([&file](std::string_view block) { return file.write(block); }, error) && !file.failure();
+}
+
+/// The same with what \a path has to do with it: domain, step and what is safe.
+bool produceAndSettle(CheckedFile &file, const QString &path, const ContentProducer &produce,
+                      const QString &suggestion, Error *error)
+{
+    Error reason;
+    const bool isProduced = produceInto(file, produce, &reason);
+    if (isProduced && file.settle())
+        return true;
+    if (file.failure())
+        return fail(error, saveError(path, file, suggestion));
+    if (reason.recoverySuggestion.isEmpty())
+        reason.recoverySuggestion = suggestion;
+    return fail(error, reason);
+}
+
 bool createNew(const QString &path, const ContentProducer &produce, Error *error)
 {
-    OpenFile file(path, O_WRONLY | O_CREAT | O_EXCL);
-    if (!file.isOpen())
+    if (QFileInfo(path).isSymLink())
         return fail(error,
-                    saveError(tr("The file “%1” could not be created.").arg(path), file.failure(),
+                    saveError(path, ENOENT, tr("It is a link that leads to no file."),
+                              tr("Save it under another name.")));
+    const RescueFiles::Place place = RescueFiles::createInFolderOf(path);
+    if (!place.file)
+        return fail(error,
+                    saveError(path, place.failure,
+                              tr("Making a file in its folder failed: %1").arg(reasonOf(place.failure)),
                               tr("Choose another folder or make this one writable.")));
-    Removal removal(path);
-    if (!produceInto(file, produce, error))
+    CheckedFile &file = *place.file;
+    Removal removal(file.path());
+    if (!produceAndSettle(file, path, produce, notThere(path), error))
         return false;
+    if (!file.renameTo(path))
+        return fail(error, saveError(path, file, notThere(path)));
     removal.keepFile();
+    if (const int code = syncFolderOf(path))
+        return fail(error,
+                    saveError(path, code,
+                              tr("Waiting until its name is on the disk failed: %1").arg(reasonOf(code)),
+                              tr("The file is there and whole, but may not outlast a power failure.")));
     return true;
 }
 
-/// The places for a rescue file, the best first.
-QStringList rescuePlaces(const QFileInfo &target)
+/// What stayed of failed saves of this process: a later save of the same file that goes well has all of it.
+QHash<QString, QStringList> &ownRescues()
 {
-    const QString name = u'.' + target.fileName() + ".runebook-rescue"_L1;
-    QStringList places {target.dir().filePath(name)};
-    const QString own = StandardFolders::userData();
-    if (!own.isEmpty() && QDir(own).mkpath(u"Rescue"_s))
-        places << own + "/Rescue/"_L1 + target.fileName() + ".runebook-rescue"_L1;
-    return places;
+    static QHash<QString, QStringList> rescues;
+    return rescues;
 }
 
-std::unique_ptr<OpenFile> openRescue(const QFileInfo &target)
+/// Writes the content of \a rescue over \a target. An interrupted sync may have lost what was written before,
+/// so then the whole is written again; after any other failure nothing is.
+bool copyOver(CheckedFile &target, CheckedFile &rescue)
 {
-    constexpr int kAttempts = 100; // names that earlier failures left behind are never overwritten
-    std::unique_ptr<OpenFile> rescue;
-    for (const QString &place : rescuePlaces(target)) {
-        for (int attempt = 0; attempt < kAttempts; ++attempt) {
-            const QString name = attempt ? place + u'-' + QString::number(attempt) : place;
-            rescue = std::make_unique<OpenFile>(name, O_WRONLY | O_CREAT | O_EXCL, 0600);
-            if (rescue->isOpen())
-                return rescue;
-            if (rescue->failure() != EEXIST)
-                break;
-        }
+    constexpr int kAttempts = 3;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (target.writeContentOf(rescue) && target.settle())
+            return true;
+        if (target.failure() != EINTR || target.failedStep() != CheckedFile::Step::Sync)
+            return false;
+        target.startAgain();
     }
-    return rescue;
+    return false;
 }
 
-bool copyInto(OpenFile &target, const QString &rescuePath)
+/// Opens the file to be written over, for reading as well where that is allowed.
+std::unique_ptr<CheckedFile> openTarget(const QString &path, bool *isReadable)
 {
-    OpenFile rescue(rescuePath, O_RDONLY);
-    if (!rescue.isOpen())
+    auto target = std::make_unique<CheckedFile>(path, O_RDWR);
+    *isReadable = target->isOpen();
+    if (target->failure() == EACCES)
+        target = std::make_unique<CheckedFile>(path, O_WRONLY);
+    return target;
+}
+
+bool overwrite(const QString &path, const ContentProducer &produce, Error *error)
+{
+    bool isReadable = false;
+    const std::unique_ptr<CheckedFile> target = openTarget(path, &isReadable);
+    if (!target->isOpen())
+        return fail(
+            error,
+            saveError(path, *target,
+                      untouched(path) + u'\n' + tr("Save it under another name or change its permissions.")));
+    if (!target->isRegular())
+        return fail(
+            error, saveError(path, EINVAL, tr("It is no file any more."), tr("Save it under another name.")));
+
+    const RescueFiles::Place place = RescueFiles::create(path);
+    if (!place.file)
+        return fail(error,
+                    saveError(path, place.failure,
+                              tr("No rescue file could be made: %1").arg(reasonOf(place.failure)),
+                              untouched(path)));
+    CheckedFile &rescue = *place.file;
+    Removal removal(rescue.path());
+    Removal noteRemoval(RescueFiles::note(path, place.name));
+    if (!produceAndSettle(rescue, path, produce, untouched(path), error))
         return false;
-    std::string buffer(kBlock, '\0');
-    for (;;) {
-        const ssize_t count = rescue.read(buffer.data(), buffer.size());
-        if (count < 0)
-            return false;
-        if (count == 0)
-            break;
-        if (!target.write({buffer.data(), static_cast<std::size_t>(count)}))
-            return false;
+    // From here on its name says that it is whole.
+    if (!rescue.renameTo(place.name))
+        return fail(error, saveError(path, rescue, untouched(path)));
+    removal.setPath(rescue.path());
+    if (const int code = syncFolderOf(rescue.path()))
+        return fail(
+            error,
+            saveError(path, code,
+                      tr("Waiting until the rescue file is on the disk failed: %1").arg(reasonOf(code)),
+                      untouched(path)));
+    if (!target->reserve(rescue.size()))
+        return fail(error, saveError(path, *target, untouched(path)));
+
+    const bool isWritten = copyOver(*target, rescue) && (!isReadable || target->hasContentOf(rescue));
+    if (!isWritten || !target->close()) {
+        removal.keepFile();
+        noteRemoval.keepFile();
+        ownRescues()[path] << rescue.path();
+        const CheckedFile &failed = rescue.failure() ? rescue : *target;
+        return fail(error,
+                    failed.failure() ? saveError(path, failed, rescued(path, rescue.path()))
+                                     : saveError(path, EIO, tr("The file does not hold what was written."),
+                                                 rescued(path, rescue.path())));
     }
-    return target.finish() && target.close();
+    for (const QString &old : ownRescues().take(path))
+        RescueFiles::remove(old);
+    return true;
 }
 
-bool overwrite(const QFileInfo &info, const ContentProducer &produce, Error *error)
+/// Writes and settles the new file of a replacement and gives it its name.
+bool replaceBy(CheckedFile &file, const QString &path, FileSaver::Wait wait, Error *error)
 {
-    const QString path = info.filePath();
-    OpenFile target(path, O_WRONLY);
-    if (!target.isOpen())
+    const QByteArray from = QFile::encodeName(file.path());
+    const bool isSettled = wait == FileSaver::Wait::No || file.settle();
+    if (!isSettled || !file.close())
+        return fail(error, saveError(path, file, {}));
+    if (::rename(from.constData(), QFile::encodeName(path).constData()) != 0)
         return fail(error,
-                    saveError(tr("The file “%1” cannot be written.").arg(path), target.failure(),
-                              tr("Save it under another name or change its permissions.")));
-    const std::unique_ptr<OpenFile> rescue = openRescue(info);
-    if (!rescue || !rescue->isOpen())
-        return fail(error,
-                    saveError(tr("No rescue file could be made for “%1”.").arg(path),
-                              rescue ? rescue->failure() : EIO, untouched(path)));
-    Removal removal(rescue->path());
-    Error reason;
-    if (!produceInto(*rescue, produce, &reason)) {
-        reason.recoverySuggestion = untouched(path);
-        return fail(error, reason);
-    }
-    if (!copyInto(target, rescue->path())) {
-        removal.keepFile();
-        return fail(error,
-                    saveError(tr("Writing “%1” failed.").arg(path), target.failure() ? target.failure() : EIO,
-                              tr("The new text lies whole in the rescue file “%1”.").arg(rescue->path())));
-    }
+                    saveError(path, errno, tr("Giving it its name failed: %1").arg(reasonOf(errno)), {}));
+    if (wait == FileSaver::Wait::UntilOnDisk)
+        syncFolderOf(path);
     return true;
 }
 
@@ -248,32 +232,26 @@ bool FileSaver::save(const QString &path, const ContentProducer &produce, Error 
     const QString canonical = QFileInfo(path).canonicalFilePath();
     const QFileInfo target(canonical.isEmpty() ? path : canonical);
     if (!target.exists())
-        return createNew(target.filePath(), produce, error);
-    struct stat status = {};
-    if (::stat(QFile::encodeName(target.filePath()).constData(), &status) == 0 && !S_ISREG(status.st_mode))
+        return createNew(target.absoluteFilePath(), produce, error);
+    if (!target.isFile())
         return fail(error,
-                    {u"SaveError"_s, EINVAL, tr("“%1” is no file that can be saved to.").arg(path),
-                     S_ISDIR(status.st_mode) ? tr("It is a folder.") : tr("It is a device or a pipe."),
-                     tr("Save it under another name.")});
-    return overwrite(target, produce, error);
+                    saveError(path, EINVAL,
+                              target.isDir() ? tr("It is a folder.") : tr("It is a device or a pipe."),
+                              tr("Save it under another name.")));
+    return overwrite(target.filePath(), produce, error);
 }
 
-bool FileSaver::replace(const QString &path, const ContentProducer &produce, Error *error)
+bool FileSaver::replace(const QString &path, const ContentProducer &produce, Error *error, Wait wait)
 {
-    const QString fresh = path + ".new"_L1;
-    OpenFile file(fresh, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    CheckedFile file(path + ".new"_L1, O_RDWR | O_CREAT | O_TRUNC, 0600);
     if (!file.isOpen())
-        return fail(error,
-                    saveError(tr("The file “%1” could not be created.").arg(fresh), file.failure(), {}));
-    Removal removal(fresh);
+        return fail(error, saveError(path, file, {}));
+    Removal removal(file.path());
     Error reason;
-    const bool produced = produce([&file](std::string_view block) { return file.write(block); }, &reason);
-    if (!produced && !file.failure())
-        return fail(error, reason);
-    if (!produced || !file.close())
-        return fail(error, saveError(tr("Writing “%1” failed.").arg(fresh), file.failure(), {}));
-    if (::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(path).constData()) != 0)
-        return fail(error, saveError(tr("The file “%1” could not be replaced.").arg(path), errno, {}));
+    if (!produceInto(file, produce, &reason))
+        return fail(error, file.failure() ? saveError(path, file, {}) : reason);
+    if (!replaceBy(file, path, wait, error))
+        return false;
     removal.keepFile();
     return true;
 }

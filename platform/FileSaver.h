@@ -18,17 +18,19 @@ using ContentProducer = std::function<bool(const BlockSink &sink, Error *error)>
 class FileSaver
 {
 public:
-    /// Writes what \a produce gives into the file \a path, in place: same inode, owner, mode and links. The
-    /// new content is written and synced to a rescue file beside it first (in the user's data folder where
-    /// the file's own folder cannot be written); the rescue goes only after the file was written, synced
-    /// and has the right size. On failure the error says what lies where.
+    /// Writes what \a produce gives into the file \a path, in place: same inode, owner, mode, attributes and
+    /// links. The new content is written and synced to a rescue file beside it first (in the user's data
+    /// folder where the file's own folder cannot be written); the rescue goes only after the file was
+    /// written, synced and compared. A file that is not there yet appears whole or not at all. On failure the
+    /// error (domain "SaveError", an errno as code) says which step failed, why, and what lies where.
     [[nodiscard]] static bool save(const QString &path, const ContentProducer &produce,
                                    Error *error = nullptr);
 
-    /// Writes a new file and puts it in the place of \a path in one step, without waiting for the disk: for
-    /// files that are the program's own.
+    enum class Wait { No, UntilOnDisk };
+    /// Writes a new file and puts it in the place of \a path in one step: for files that are the program's
+    /// own. Any thread.
     [[nodiscard]] static bool replace(const QString &path, const ContentProducer &produce,
-                                      Error *error = nullptr);
+                                      Error *error = nullptr, Wait wait = Wait::No);
 };
 
 } // namespace runebook

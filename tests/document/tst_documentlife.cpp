@@ -1,6 +1,7 @@
 // A document from opening to closing: its name, its unsaved changes, its autosave file, and files that are
 // none.
 #include "document/VXDocument.h"
+#include "platform/AutosaveFolder.h"
 #include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
 #include "tests/TestMain.h"
@@ -37,7 +38,7 @@ void write(const QString &path, const QByteArray &bytes)
 
 QStringList autosaveFiles()
 {
-    return QDir(StandardFolders::userData() + u"/Autosave"_s).entryList(QDir::Files);
+    return QDir(AutosaveFolder::own()).entryList({u"*.xml"_s}, QDir::Files);
 }
 
 VXDocument *openDocument(const QString &path, Error *error = nullptr)

@@ -241,7 +241,8 @@ void TestFileSaver::rescuesElsewhere()
             QSKIP("cannot become a plain user here");
         const ContentProducer look = [&](const BlockSink &sink, Error *error) {
             wasRescued = content("new")(sink, error);
-            wasRescued &= filesIn(own + u"/Rescue"_s) == QStringList {u"a.xml.runebook-rescue"_s};
+            // Still without its proper name, beside the note for the next start.
+            wasRescued &= filesIn(own + u"/Rescue"_s).filter(u".runebook-rescue.part"_s).size() == 1;
             return true;
         };
         Error error;

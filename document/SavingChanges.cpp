@@ -1,0 +1,54 @@
+#include "document/SavingChanges.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+
+namespace runebook {
+
+namespace {
+
+struct Sentence {
+    ReadNotes::Kind kind;
+    const char *one;
+    const char *many;
+};
+
+// The kinds in the order in which their loss hurts.
+constexpr Sentence kSentences[] = {
+    {ReadNotes::ForeignLine, QT_TRANSLATE_NOOP("SavingChanges", "One line that is no glyph is left out."),
+     QT_TRANSLATE_NOOP("SavingChanges", "%1 lines that are no glyphs are left out.")},
+    {ReadNotes::Comment, QT_TRANSLATE_NOOP("SavingChanges", "One comment is left out."),
+     QT_TRANSLATE_NOOP("SavingChanges", "%1 comments are left out.")},
+    {ReadNotes::UnknownAttribute, QT_TRANSLATE_NOOP("SavingChanges", "One unknown attribute is left out."),
+     QT_TRANSLATE_NOOP("SavingChanges", "%1 unknown attributes are left out.")},
+    {ReadNotes::UnreadRest, QT_TRANSLATE_NOOP("SavingChanges", "The unread end of one line is left out."),
+     QT_TRANSLATE_NOOP("SavingChanges", "The unread ends of %1 lines are left out.")},
+    {ReadNotes::DroppedAttribute,
+     QT_TRANSLATE_NOOP("SavingChanges", "One attribute is not kept as it stands."),
+     QT_TRANSLATE_NOOP("SavingChanges", "%1 attributes are not kept as they stand.")},
+    {ReadNotes::CodePoints,
+     QT_TRANSLATE_NOOP("SavingChanges", "Of one record with more than two code points two are kept."),
+     QT_TRANSLATE_NOOP("SavingChanges", "Of %1 records with more than two code points two are kept.")},
+};
+
+} // namespace
+
+QStringList savingChanges(const ReadNotes &notes)
+{
+    const auto tr = [](const char *text) { return QCoreApplication::translate("SavingChanges", text); };
+    QStringList changes;
+    for (const Sentence &sentence : kSentences) {
+        const qsizetype count = notes.count(sentence.kind);
+        if (count > 0)
+            changes << (count == 1 ? tr(sentence.one) : tr(sentence.many).arg(QLocale().toString(count)));
+    }
+    if (notes.hasCarriageReturns)
+        changes << tr("Lines will end with LF instead of CR LF.");
+    if (notes.hasByteOrderMark)
+        changes << tr("The byte order mark at the beginning is left out.");
+    if (notes.hasForeignHeader)
+        changes << tr("The header is replaced by Runebook's own.");
+    return changes;
+}
+
+} // namespace runebook

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "model/ReadNotes.h"
+
+#include <QStringList>
+
+namespace runebook {
+
+/// What saving makes of a file that was read with these notes: one sentence for each thing that will be
+/// written differently or left out, in the user's language; none when the file comes out as it was.
+QStringList savingChanges(const ReadNotes &notes);
+
+} // namespace runebook

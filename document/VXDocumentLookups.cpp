@@ -1,0 +1,111 @@
+#include "document/VXDocument.h"
+
+// Look-ups: they answer as a scan from the top of the list would.
+
+#include <algorithm>
+
+using namespace runebook;
+
+InfoIndex *VXDocument::indexForField(GlyphField field) const
+{
+    switch (field) {
+    case GlyphField::Name:
+        return &m_byName;
+    case GlyphField::Unicode:
+    case GlyphField::Unicodes:
+        return &m_byUnicode;
+    case GlyphField::Production:
+        return &m_byProduction;
+    default:
+        return nullptr;
+    }
+}
+
+const InfoIndex &VXDocument::ready(InfoIndex &index) const
+{
+    if (m_sharesRecords)
+        index.drop();
+    if (!index.isBuilt())
+        index.build(m_infos);
+    return index;
+}
+
+InfoPtr VXDocument::firstFound(InfoIndex &index, const QString &text) const
+{
+    std::vector<VXGlyphInfo *> found;
+    ready(index).find(text.toStdString(), found);
+    if (found.empty())
+        return nullptr;
+    VXGlyphInfo *first = found.front();
+    for (VXGlyphInfo *info : found) {
+        if (info != first && placeOf(info) < placeOf(first))
+            first = info;
+    }
+    return first->shared_from_this();
+}
+
+InfoPtr VXDocument::infoForName(const QString &name) const
+{
+    if (!name.isEmpty())
+        return firstFound(m_byName, name);
+    if (name.isNull())
+        return nullptr;
+    // The index leaves out what is empty.
+    const auto found = std::find_if(m_infos.begin(), m_infos.end(), [](const InfoPtr &info) {
+        const FieldValue &value = info->stored(GlyphField::Name);
+        return !value.isAbsent() && value.isEmpty();
+    });
+    return found == m_infos.end() ? nullptr : *found;
+}
+
+InfoPtr VXDocument::infoForUnicode(const QString &unicode) const
+{
+    return unicode.isEmpty() ? nullptr : firstFound(m_byUnicode, unicode);
+}
+
+std::optional<InfoList> VXDocument::indexedInfos(GlyphField field, const QVariantList &values) const
+{
+    if (field != GlyphField::Name && field != GlyphField::Unicode && field != GlyphField::Production)
+        return {};
+    const InfoIndex &index = ready(*indexForField(field));
+    std::vector<VXGlyphInfo *> found;
+    QStringList texts;
+    for (const QVariant &value : values) {
+        if (value.typeId() != QMetaType::QString || value.toString().isEmpty())
+            return {};
+        texts << value.toString();
+    }
+    texts.removeDuplicates();
+    for (const QString &text : std::as_const(texts))
+        index.find(text.toStdString(), found);
+    // One that stands in the list twice has only one place here.
+    if (std::any_of(found.begin(), found.end(), [](const auto *info) { return info->listings() > 1; }))
+        return {};
+    std::sort(found.begin(), found.end(),
+              [this](const auto *a, const auto *b) { return placeOf(a) < placeOf(b); });
+    InfoList infos;
+    infos.reserve(found.size());
+    for (VXGlyphInfo *info : found)
+        infos.push_back(info->shared_from_this());
+    return infos;
+}
+
+std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const QVariantList &values) const
+{
+    const std::optional<GlyphField> field = fieldForKey(key);
+    if (!field)
+        return {};
+    std::optional<InfoList> matches = indexedInfos(*field, values);
+    if (!matches) {
+        matches.emplace();
+        for (const InfoPtr &info : m_infos) {
+            const QVariant value = info->valueForKey(key);
+            const bool isAbsent = value.typeId() == QMetaType::QString && value.toString().isNull();
+            if (!isAbsent && values.contains(value))
+                matches->push_back(info);
+        }
+    }
+    if (matches->empty())
+        return {};
+    return matches;
+}

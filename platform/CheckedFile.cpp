@@ -1,0 +1,249 @@
+#include "platform/CheckedFile.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace runebook {
+
+namespace {
+
+constexpr std::size_t kBlock = 1 << 20;
+
+/// Calls \a call again as long as a signal interrupts it.
+template <typename Call> auto uninterrupted(const Call &call)
+{
+    decltype(call()) result {};
+    do {
+        result = call();
+    } while (result < 0 && errno == EINTR);
+    return result;
+}
+
+QString stepText(CheckedFile::Step step)
+{
+    using Step = CheckedFile::Step;
+    const auto tr = [](const char *text) { return QCoreApplication::translate("CheckedFile", text); };
+    switch (step) {
+    case Step::None:
+    case Step::Open:
+        return tr("Opening “%1” failed: %2");
+    case Step::Lock:
+        return tr("Locking “%1” failed: %2");
+    case Step::Reserve:
+        return tr("Finding room for “%1” failed: %2");
+    case Step::Write:
+        return tr("Writing “%1” failed: %2");
+    case Step::Truncate:
+        return tr("Setting the length of “%1” failed: %2");
+    case Step::Sync:
+        return tr("Waiting until “%1” is on the disk failed: %2");
+    case Step::Verify:
+        return tr("Checking what was written to “%1” failed: %2");
+    case Step::Close:
+        return tr("Closing “%1” failed: %2");
+    case Step::Rename:
+        return tr("Giving “%1” its name failed: %2");
+    }
+    return {};
+}
+
+} // namespace
+
+CheckedFile::CheckedFile(const QString &path, int flags, mode_t mode)
+    : m_path(path),
+      // A pipe that nobody reads would keep the opening waiting.
+      m_descriptor(uninterrupted([&] {
+          return ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
+      }))
+{
+    if (m_descriptor < 0)
+        failAt(Step::Open, errno);
+}
+
+CheckedFile::~CheckedFile()
+{
+    close();
+}
+
+bool CheckedFile::failAt(Step step, int code)
+{
+    if (!m_failure) {
+        m_failure = code;
+        m_failedStep = step;
+    }
+    return false;
+}
+
+bool CheckedFile::isRegular() const
+{
+    struct stat status = {};
+    return isOpen() && ::fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+QString CheckedFile::failureText() const
+{
+    return stepText(m_failedStep).arg(m_path, QString::fromLocal8Bit(std::strerror(m_failure)));
+}
+
+qint64 CheckedFile::size() const
+{
+    struct stat status = {};
+    return isOpen() && ::fstat(m_descriptor, &status) == 0 ? status.st_size : 0;
+}
+
+bool CheckedFile::lock()
+{
+    // Some network file systems know no locks; without one a save is as safe as ever.
+    return ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+bool CheckedFile::reserve(qint64 size)
+{
+    if (m_failure)
+        return false;
+    if (size <= 0
+        || uninterrupted([&] { return ::fallocate(m_descriptor, FALLOC_FL_KEEP_SIZE, 0, size); }) == 0)
+        return true;
+    const bool isFull = errno == ENOSPC || errno == EDQUOT || errno == EFBIG || errno == EIO;
+    return isFull ? failAt(Step::Reserve, errno) : true;
+}
+
+bool CheckedFile::write(std::string_view block)
+{
+    while (!block.empty() && !m_failure) {
+        const ssize_t count =
+            uninterrupted([&] { return ::write(m_descriptor, block.data(), block.size()); });
+        if (count <= 0)
+            return failAt(Step::Write, count < 0 ? errno : EIO);
+        block.remove_prefix(static_cast<std::size_t>(count));
+        m_written += count;
+    }
+    return !m_failure;
+}
+
+bool CheckedFile::settle()
+{
+    if (m_failure)
+        return false;
+    if (uninterrupted([&] { return ::ftruncate(m_descriptor, m_written); }) != 0)
+        return failAt(Step::Truncate, errno);
+    // Never tried again by itself: after a failure the system counts the lost blocks as written.
+    if (::fsync(m_descriptor) != 0)
+        return failAt(Step::Sync, errno);
+    if (size() != m_written)
+        return failAt(Step::Verify, EIO);
+    // Some file systems tell only when the file is closed that they could not keep it. Closing a second
+    // descriptor asks them, and the lock stays.
+    const int second = ::fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);
+    if (second < 0 || (::close(second) != 0 && errno != EINTR))
+        return failAt(Step::Close, errno);
+    return true;
+}
+
+void CheckedFile::startAgain()
+{
+    m_failure = 0;
+    m_failedStep = Step::None;
+    m_written = 0;
+    ::lseek(m_descriptor, 0, SEEK_SET);
+}
+
+bool CheckedFile::close()
+{
+    if (m_descriptor < 0)
+        return !m_failure;
+    // After EINTR the descriptor is gone all the same; closing again could hit somebody else's.
+    if (::close(std::exchange(m_descriptor, -1)) != 0 && errno != EINTR)
+        return failAt(Step::Close, errno);
+    return !m_failure;
+}
+
+bool CheckedFile::renameTo(const QString &path)
+{
+    if (m_failure)
+        return false;
+    const QByteArray from = QFile::encodeName(m_path);
+    const QByteArray to = QFile::encodeName(path);
+    int result = ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE);
+    if (result != 0 && errno == EINVAL) {
+        // This file system cannot do it in one step; a second name is refused as well where one is taken.
+        result = ::link(from.constData(), to.constData());
+        if (result == 0)
+            ::unlink(from.constData());
+    }
+    if (result != 0)
+        return failAt(Step::Rename, errno);
+    m_path = path;
+    return true;
+}
+
+std::optional<std::string_view> CheckedFile::readBlock(std::string &buffer)
+{
+    std::size_t filled = 0;
+    while (filled < buffer.size()) {
+        const ssize_t count = uninterrupted([&] {
+            return ::pread(m_descriptor, buffer.data() + filled, buffer.size() - filled, m_readPlace);
+        });
+        if (count < 0) {
+            failAt(Step::Verify, errno);
+            return {};
+        }
+        if (count == 0)
+            break;
+        filled += static_cast<std::size_t>(count);
+        m_readPlace += count;
+    }
+    return std::string_view(buffer.data(), filled);
+}
+
+bool CheckedFile::writeContentOf(CheckedFile &source)
+{
+    source.m_readPlace = 0;
+    std::string buffer(kBlock, '\0');
+    for (;;) {
+        const std::optional<std::string_view> block = source.readBlock(buffer);
+        if (!block || !write(*block))
+            return false;
+        if (block->size() < buffer.size())
+            return true;
+    }
+}
+
+bool CheckedFile::hasContentOf(CheckedFile &source)
+{
+    m_readPlace = source.m_readPlace = 0;
+    if (size() != source.size())
+        return false;
+    std::string mine(kBlock, '\0');
+    std::string theirs(kBlock, '\0');
+    for (;;) {
+        const std::optional<std::string_view> block = readBlock(mine);
+        const std::optional<std::string_view> other = source.readBlock(theirs);
+        if (!block || block != other)
+            return block && !other ? failAt(Step::Verify, EIO) : false;
+        if (block->size() < mine.size())
+            return true;
+    }
+}
+
+int syncFolderOf(const QString &path)
+{
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return 0; // one that may be written to but not read
+    const int code = ::fsync(descriptor) == 0 ? 0 : errno;
+    ::close(descriptor);
+    return code == EINVAL || code == ENOTSUP || code == EROFS ? 0 : code;
+}
+
+} // namespace runebook

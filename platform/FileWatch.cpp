@@ -1,0 +1,182 @@
+#include "platform/FileWatch.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QGuiApplication>
+#include <QPointer>
+
+namespace runebook {
+
+namespace {
+
+constexpr int kLookMs = 1000;
+constexpr int kSettleMs = 150;
+constexpr int kLongestSettlingMs = 700;
+
+/// One for the program: the number of watchers that a user may have is small.
+QFileSystemWatcher *watcher()
+{
+    static QPointer<QFileSystemWatcher> shared;
+    if (!shared && qApp)
+        shared = new QFileSystemWatcher(qApp);
+    return shared;
+}
+
+/// The hash of the file's content if it is still in that state afterwards.
+std::optional<quint64> hashInState(const QString &path, const FileState &state)
+{
+    const std::optional<quint64> hash = contentHash(path);
+    return FileState::of(path) == state ? hash : std::nullopt;
+}
+
+bool isInFront()
+{
+    return qGuiApp && QGuiApplication::applicationState() == Qt::ApplicationActive;
+}
+
+} // namespace
+
+FileWatch::FileWatch(QObject *parent) : QObject(parent)
+{
+    m_lookTimer.setInterval(kLookMs);
+    connect(&m_lookTimer, &QTimer::timeout, this, [this] {
+        if (!m_isArmed || isInFront())
+            look();
+    });
+    m_settleTimer.setSingleShot(true);
+    m_settleTimer.setInterval(kSettleMs);
+    connect(&m_settleTimer, &QTimer::timeout, this, &FileWatch::settle);
+    if (QFileSystemWatcher *shared = watcher())
+        connect(shared, &QFileSystemWatcher::fileChanged, this, &FileWatch::onNotice);
+    if (qGuiApp)
+        connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive)
+                look();
+        });
+}
+
+FileWatch::~FileWatch()
+{
+    if (QFileSystemWatcher *shared = watcher(); shared && !m_path.isEmpty())
+        shared->removePath(m_path);
+}
+
+void FileWatch::watch(const QString &path, const FileState &known)
+{
+    if (QFileSystemWatcher *shared = watcher(); shared && !m_path.isEmpty() && path != m_path)
+        shared->removePath(m_path);
+    m_path = path;
+    m_known = known;
+    m_seen = known;
+    m_settling = known;
+    m_settleTimer.stop();
+    m_change = Change::None;
+    m_hash = {};
+    if (m_path.isEmpty()) {
+        m_lookTimer.stop();
+        return;
+    }
+    startHash();
+    arm();
+    m_lookTimer.start();
+}
+
+void FileWatch::takeAsKnown()
+{
+    if (!m_path.isEmpty())
+        watch(m_path, FileState::of(m_path));
+}
+
+void FileWatch::startHash()
+{
+    if (!m_known.exists)
+        return;
+    try {
+        m_hash = std::async(std::launch::async, hashInState, m_path, m_known).share();
+    } catch (const std::exception &) {
+        // Without a thread to spare a touched file will count as changed.
+    }
+}
+
+std::optional<quint64> FileWatch::knownHash()
+{
+    return m_hash.valid() ? m_hash.get() : std::nullopt;
+}
+
+void FileWatch::arm()
+{
+    // A watcher forgets a file whose name was given to another one.
+    QFileSystemWatcher *shared = watcher();
+    m_isArmed =
+        shared && QFileInfo::exists(m_path) && (shared->files().contains(m_path) || shared->addPath(m_path));
+}
+
+void FileWatch::onNotice(const QString &path)
+{
+    if (path != m_path)
+        return;
+    arm();
+    look();
+}
+
+void FileWatch::look()
+{
+    if (m_path.isEmpty() || m_settleTimer.isActive())
+        return;
+    const FileState now = FileState::of(m_path);
+    if (now == m_seen)
+        return;
+    // Somebody may be in the middle of writing, or about to put a new file in the old one's place.
+    m_settling = now;
+    m_unsettled.start();
+    m_settleTimer.start();
+}
+
+void FileWatch::settle()
+{
+    const FileState now = FileState::of(m_path);
+    if (now != m_settling && m_unsettled.elapsed() < kLongestSettlingMs) {
+        m_settling = now;
+        m_settleTimer.start();
+        return;
+    }
+    check();
+}
+
+FileWatch::Change FileWatch::compare(const FileState &now)
+{
+    if (now == m_known)
+        return Change::None;
+    if (!now.exists)
+        return Change::Removed;
+    if (m_known.exists && now.size == m_known.size) {
+        const std::optional<quint64> hash = knownHash();
+        if (hash && contentHash(m_path) == hash) {
+            m_known = now;
+            return Change::None;
+        }
+    }
+    if (now.inode != m_known.inode || now.device != m_known.device)
+        return Change::Replaced;
+    return now.size == 0 ? Change::Emptied : Change::Changed;
+}
+
+FileWatch::Change FileWatch::check()
+{
+    if (m_path.isEmpty())
+        return Change::None;
+    m_settleTimer.stop();
+    const FileState now = FileState::of(m_path);
+    if (now == m_seen)
+        return m_change;
+    m_seen = now;
+    const Change before = m_change;
+    m_change = compare(now);
+    arm();
+    if (m_change != Change::None || before != Change::None)
+        Q_EMIT changed(m_change);
+    return m_change;
+}
+
+} // namespace runebook

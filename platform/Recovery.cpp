@@ -1,0 +1,226 @@
+#include "platform/Recovery.h"
+
+#include "platform/DocumentController.h"
+#include "platform/RescueFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kContentType = u"public.xml"_s;
+
+QByteArray bytesOf(const QString &path)
+{
+    constexpr qint64 kLongestNote = 1 << 20;
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.read(kLongestNote) : QByteArray();
+}
+
+/// Whether the file was written to since the content was autosaved; one that was only touched was not.
+bool hasChanged(const QString &path, const AutosaveNote &note)
+{
+    if (path.isEmpty() || FileState::of(path) == note.original)
+        return false;
+    return !note.originalHash || contentHash(path) != note.originalHash;
+}
+
+Error readError(const QString &path, const Error &reason)
+{
+    return {u"OpenError"_s, 4, Recovery::tr("“%1” could not be restored.").arg(path),
+            reason.failureReason.isEmpty() ? reason.description : reason.failureReason,
+            Recovery::tr("It stays where it is.")};
+}
+
+/// A document with the content of the file, not yet among the open ones.
+std::unique_ptr<Document> documentOf(const QString &path, const QString &type, Error *error)
+{
+    std::unique_ptr<Document> document(DocumentController::shared().makeDocument());
+    Error reason;
+    if (!document->readFromURLOfType(path, type, &reason) || !document->readError().domain.isEmpty()) {
+        fail(error, readError(path, reason.domain.isEmpty() ? document->readError() : reason));
+        return nullptr;
+    }
+    return document;
+}
+
+} // namespace
+
+Recovery::Recovery(QObject *parent) : QObject(parent) { }
+
+Recovery::~Recovery() = default;
+
+const QList<RecoverableContent> &Recovery::find()
+{
+    for (const QString &folder : AutosaveFolder::others()) {
+        const bool isHeld = std::any_of(m_held.begin(), m_held.end(),
+                                        [&folder](const auto &held) { return held->path() == folder; });
+        auto abandoned = isHeld ? nullptr : std::make_unique<AutosaveFolder::Abandoned>(folder);
+        if (!abandoned || !abandoned->isTaken())
+            continue;
+        addAutosavesIn(folder);
+        m_held.push_back(std::move(abandoned));
+    }
+    for (const RescueFiles::Found &rescue : RescueFiles::leftForAny())
+        addRescue(rescue.path, rescue.target);
+    // A crash in the middle of a save leaves an autosave that names the file.
+    for (const RecoverableContent &content : QList<RecoverableContent>(m_contents)) {
+        if (!content.originalPath.isEmpty())
+            findFor(content.originalPath);
+    }
+    Q_EMIT contentsChanged();
+    return m_contents;
+}
+
+const QList<RecoverableContent> &Recovery::findFor(const QString &path)
+{
+    for (const RescueFiles::Found &rescue : RescueFiles::leftFor(path))
+        addRescue(rescue.path, rescue.target);
+    return m_contents;
+}
+
+void Recovery::addAutosavesIn(const QString &folder)
+{
+    const QDir files(folder);
+    for (const QFileInfo &info : files.entryInfoList(QDir::Files | QDir::Hidden)) {
+        const QString path = info.filePath();
+        const bool isContent = path.endsWith(AutosaveFolder::kContentSuffix);
+        if (!isContent) {
+            // Half-written ones, and notes whose content never came.
+            const QString itsContent =
+                path.chopped(AutosaveFolder::kNoteSuffix.size()) + AutosaveFolder::kContentSuffix;
+            const bool isNote = path.endsWith(AutosaveFolder::kNoteSuffix);
+            if (info.fileName() != "lock"_L1 && !(isNote && QFileInfo::exists(itsContent)))
+                QFile::remove(path);
+            continue;
+        }
+        RecoverableContent content;
+        content.contentPath = path;
+        content.notePath = path.chopped(AutosaveFolder::kContentSuffix.size()) + AutosaveFolder::kNoteSuffix;
+        const AutosaveNote note = AutosaveNote::fromJson(bytesOf(content.notePath));
+        content.originalPath = note.originalPath;
+        content.type = note.type.isEmpty() ? kContentType : note.type;
+        content.displayName = note.displayName.isEmpty() ? tr("Unnamed document") : note.displayName;
+        content.savedAt = note.savedAt.isValid() ? note.savedAt : info.lastModified();
+        content.size = info.size();
+        content.original = note.original;
+        content.hasOriginalChanged = hasChanged(note.originalPath, note);
+        m_contents << content;
+    }
+}
+
+void Recovery::addRescue(const QString &path, const QString &target)
+{
+    // The save may have ended all but for taking away its rescue file.
+    if (!target.isEmpty() && haveSameContent(path, target)) {
+        RescueFiles::remove(path);
+        return;
+    }
+    const QFileInfo info(path);
+    RecoverableContent content;
+    content.kind = RecoverableContent::Kind::Rescue;
+    content.contentPath = path;
+    content.originalPath = target;
+    content.type = DocumentController::shared().typeForURL(target);
+    content.displayName = target.isEmpty() ? info.fileName() : QFileInfo(target).fileName();
+    content.savedAt = info.lastModified();
+    content.size = info.size();
+    content.original = FileState::of(target);
+    if (content.type.isEmpty())
+        content.type = kContentType;
+    if (!m_contents.contains(content))
+        m_contents << content;
+}
+
+Document *Recovery::restore(const RecoverableContent &content, Error *error)
+{
+    DocumentController &controller = DocumentController::shared();
+    const QString readType = content.kind == RecoverableContent::Kind::Rescue ? content.type : kContentType;
+    std::unique_ptr<Document> restored = documentOf(content.contentPath, readType, error);
+    if (!restored)
+        return nullptr;
+    Document *open =
+        content.originalPath.isEmpty() ? nullptr : controller.documentForURL(content.originalPath);
+    const bool getsFile = !content.originalPath.isEmpty() && (!open || !open->isDocumentEdited());
+    if (open && getsFile)
+        open->close();
+    if (getsFile) {
+        restored->setFileType(content.type);
+        restored->setFileURL(content.originalPath);
+        restored->noteFileRead(content.hasOriginalChanged ? content.original
+                                                          : FileState::of(content.originalPath));
+        restored->learnFormOf(content.originalPath);
+    } else {
+        restored->setUntitledName(content.displayName);
+    }
+    Document *document = restored.release();
+    controller.addDocument(document);
+    document->updateChangeCount(Document::ChangeDone);
+    document->makeWindowControllers();
+    if (!document->autosave(error))
+        return document; // what was left is still its only copy on the disk
+    discard(content);
+    return document;
+}
+
+bool Recovery::discard(const RecoverableContent &content, Error *error)
+{
+    const RecoverableContent discarded = content; // it may be one of the list
+    QFile file(discarded.contentPath);
+    const bool isRescue = discarded.kind == RecoverableContent::Kind::Rescue;
+    const bool isRemoved =
+        isRescue ? RescueFiles::remove(discarded.contentPath) : file.remove() || !file.exists();
+    if (!isRemoved)
+        return fail(error,
+                    {u"SaveError"_s,
+                     5,
+                     tr("“%1” could not be removed.").arg(discarded.contentPath),
+                     file.errorString(),
+                     {}});
+    if (!discarded.notePath.isEmpty())
+        QFile::remove(discarded.notePath);
+    forget(discarded);
+    return true;
+}
+
+void Recovery::forget(const RecoverableContent &content)
+{
+    m_contents.removeAll(content);
+    std::erase_if(m_held, [this](const auto &held) {
+        return std::none_of(m_contents.cbegin(), m_contents.cend(), [&held](const RecoverableContent &left) {
+            return left.contentPath.startsWith(held->path());
+        });
+    });
+    Q_EMIT contentsChanged();
+}
+
+Document *Recovery::openCopy(const QString &path, const QString &type, const QString &name, Error *error)
+{
+    std::unique_ptr<Document> copy = documentOf(path, type, error);
+    if (!copy)
+        return nullptr;
+    copy->setUntitledName(name);
+    Document *opened = copy.release();
+    DocumentController::shared().addDocument(opened);
+    return opened;
+}
+
+std::pair<Document *, Document *> Recovery::openToCompare(const RecoverableContent &content, Error *error)
+{
+    const QString readType = content.kind == RecoverableContent::Kind::Rescue ? content.type : kContentType;
+    Document *original =
+        openCopy(content.originalPath, content.type, tr("%1 (on disk)").arg(content.displayName), error);
+    Document *recovered = original
+        ? openCopy(content.contentPath, readType, tr("%1 (recovered)").arg(content.displayName), error)
+        : nullptr;
+    if (!recovered && original)
+        std::exchange(original, nullptr)->close();
+    return {original, recovered};
+}
+
+} // namespace runebook

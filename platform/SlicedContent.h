@@ -1,0 +1,24 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace runebook {
+
+/// Prints the content of a document a little at a time, so that nobody has to wait for the whole. Main thread
+/// only.
+class SlicedContent
+{
+public:
+    enum class Progress {
+        Unfinished,
+        Finished,
+        Outdated ///< the document has changed meanwhile; what was printed belongs to no state of it
+    };
+
+    virtual ~SlicedContent() = default;
+    /// Appends to \a output what can be printed in about \a budget, at least something.
+    virtual Progress printMore(std::string &output, std::chrono::microseconds budget) = 0;
+};
+
+} // namespace runebook
