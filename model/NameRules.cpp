@@ -1,4 +1,6 @@
 // Which names a record may have, and how the production name follows from the first code point.
+#include "model/NameRules.h"
+
 #include "model/GlyphInfoOwner.h"
 #include "model/VXGlyphInfo.h"
 
@@ -26,27 +28,53 @@ bool isNameCharacter(QChar character)
         || c == u'-' || c == u'_';
 }
 
-/// What is wrong with \a name by itself; null when nothing is.
-QString objectionToName(const QString &name)
+bool isPlainNameCharacter(char c)
 {
-    if (name.isEmpty())
-        return tr("The glyph name should not be empty.");
-    if (std::any_of(name.begin(), name.end(), isSpace))
-        return tr("The glyph name should not contain any space character.");
-    if (!std::all_of(name.begin(), name.end(), isNameCharacter))
-        return tr(
-            "The name contains illegal characters.\nOnly a-z, A-Z, 0-9, underscore, hyphen, and period are "
-            "allowed.");
-    if (name.front() >= u'0' && name.front() <= u'9')
-        return tr("The name shouldn’t start with a number (0-9).");
-    return {};
+    return static_cast<signed char>(c) > 0 && isNameCharacter(QLatin1Char(c));
 }
 
 } // namespace
 
+NameObjection runebook::objectionToName(QStringView name)
+{
+    if (name.isEmpty())
+        return NameObjection::Empty;
+    if (std::any_of(name.begin(), name.end(), isSpace))
+        return NameObjection::Space;
+    if (!std::all_of(name.begin(), name.end(), isNameCharacter))
+        return NameObjection::Character;
+    return name.front() >= u'0' && name.front() <= u'9' ? NameObjection::Digit : NameObjection::None;
+}
+
+NameObjection runebook::objectionToName(std::string_view utf8)
+{
+    const bool isPlain = !utf8.empty() && !(utf8.front() >= '0' && utf8.front() <= '9')
+        && std::all_of(utf8.begin(), utf8.end(), isPlainNameCharacter);
+    return isPlain ? NameObjection::None : objectionToName(QStringView(FieldValue::textOfUtf8(utf8)));
+}
+
+QString runebook::textOfObjection(NameObjection objection)
+{
+    switch (objection) {
+    case NameObjection::None:
+        break;
+    case NameObjection::Empty:
+        return tr("The glyph name should not be empty.");
+    case NameObjection::Space:
+        return tr("The glyph name should not contain any space character.");
+    case NameObjection::Character:
+        return tr(
+            "The name contains illegal characters.\nOnly a-z, A-Z, 0-9, underscore, hyphen, and period are "
+            "allowed.");
+    case NameObjection::Digit:
+        return tr("The name shouldn’t start with a number (0-9).");
+    }
+    return {};
+}
+
 bool VXGlyphInfo::validateName(const QString &name, Error *error) const
 {
-    QString objection = objectionToName(name);
+    QString objection = textOfObjection(objectionToName(QStringView(name)));
     if (objection.isNull() && m_document) {
         const InfoPtr first = m_document->infoForName(name);
         if (first && first.get() != this)

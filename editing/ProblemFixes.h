@@ -1,0 +1,21 @@
+#pragma once
+
+#include "editing/Problems.h"
+
+namespace runebook {
+
+/// The corrections that lose nothing a person would miss, and so may be made without asking. Each is tried
+/// on a record; where it would not help, nothing is done.
+class ProblemFixes
+{
+public:
+    /// The name of the command for a kind; null where a person has to decide.
+    static QString titleFor(ProblemKind kind);
+    /// Whether a fix of \a kind would change \a info.
+    static bool canFix(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info);
+    /// Fixes what can be fixed among \a problems, as one undo step that names the number of records. Returns
+    /// that number.
+    static qsizetype apply(VXDocument &document, std::span<const Problem> problems);
+};
+
+} // namespace runebook

@@ -1,0 +1,446 @@
+#include "editing/Problems.h"
+
+#include "model/CodePointRules.h"
+#include "model/NameRules.h"
+
+#include <algorithm>
+#include <functional>
+#include <numeric>
+#include <string_view>
+
+namespace runebook {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto kSlice = 5ms;
+/// The window is shown and painted before anything else.
+constexpr auto kFirstDelay = 120ms;
+constexpr std::size_t kBatch = 256;
+/// So many changed records are looked at right away.
+constexpr std::size_t kFew = 256;
+/// Beyond this, looking at all records is simpler than finding the changed ones.
+constexpr std::size_t kMany = 20'000;
+
+constexpr quint32 kNoCodePoint = 0x7FFFFFFF;
+constexpr quint32 kListBit = 0x80000000;
+
+constexpr quint16 flagOf(ProblemKind kind)
+{
+    return static_cast<quint16>(1u << static_cast<int>(kind));
+}
+
+quint64 keyOfName(std::string_view name)
+{
+    // Two names with one hash would be told to be the same less than once in a billion documents.
+    return name.empty() ? 0 : qMax<quint64>(1, std::hash<std::string_view>()(name));
+}
+
+quint64 keyOfCodePoint(quint32 codePoint)
+{
+    return quint64(codePoint) + 1;
+}
+
+/// Calls \a visit with each code point text of a record, as UTF-8.
+template <typename Visit> void forEachCodePoint(const VXGlyphInfo &info, Visit visit)
+{
+    const FieldValue &value = info.stored(GlyphField::Unicodes);
+    if (value.isPiece()) {
+        visit(value.bytes(info.sourceData()));
+    } else if (!value.isAbsent()) {
+        for (const QString &text : info.unicodes())
+            visit(std::string_view(text.toStdString()));
+    }
+}
+
+} // namespace
+
+Problems::Problems(VXDocument &document, QObject *parent)
+    : QObject(parent),
+      m_document(document),
+      m_roundTrip(document.fileVersion()),
+      m_fileVersion(document.fileVersion())
+{
+    connect(&document, &VXDocument::infosInserted, this, &Problems::insert);
+    connect(&document, &VXDocument::infosRemoved, this, &Problems::remove);
+    connect(&document, &VXDocument::infosReset, this, &Problems::reset);
+    connect(&document, &VXDocument::infosChanged, this, &Problems::noteChanges);
+    connect(&document, &Document::saved, this, [this] {
+        // The file is now what the records are.
+        m_notes.clear();
+        std::fill(m_counts.begin() + static_cast<int>(kFirstReadProblem), m_counts.end(), 0);
+        announce();
+    });
+    connect(&m_timer, &QTimer::timeout, this, &Problems::runSlice);
+    bindNotes();
+    start();
+    m_timer.start(kFirstDelay);
+}
+
+Problems::~Problems() = default;
+
+void Problems::start()
+{
+    const auto count = static_cast<std::size_t>(m_document.countOfInfos());
+    m_flags.assign(count, 0);
+    m_nameKeys.assign(count, 0);
+    m_codePoints.assign(count, kNoCodePoint);
+    m_lists.clear();
+    m_freeLists.clear();
+    m_names.clear();
+    m_codes.clear();
+    std::fill(m_counts.begin(), m_counts.begin() + static_cast<int>(kFirstReadProblem), 0);
+    m_changed.clear();
+    m_nextChanged = 0;
+    m_next = 0;
+}
+
+// Looking
+
+bool Problems::isComplete() const
+{
+    return m_next >= m_flags.size() && m_nextChanged >= m_changed.size()
+        && m_fileVersion == m_document.fileVersion();
+}
+
+double Problems::progress() const
+{
+    const std::size_t all = m_flags.size() + m_changed.size();
+    return all ? static_cast<double>(m_next + m_nextChanged) / static_cast<double>(all) : 1;
+}
+
+void Problems::schedule()
+{
+    m_isBehind = true;
+    if (!m_timer.isActive())
+        m_timer.start(0ms);
+}
+
+void Problems::checkBatch()
+{
+    if (m_fileVersion != m_document.fileVersion()) {
+        // What a file of another version can hold is another question for every record.
+        m_fileVersion = m_document.fileVersion();
+        m_roundTrip = RoundTrip(m_fileVersion);
+        m_next = 0;
+    }
+    std::vector<qsizetype> places;
+    while (m_nextChanged < m_changed.size() && places.size() < kBatch) {
+        if (const qsizetype place = m_document.placeOf(m_changed[m_nextChanged++].get()); place >= 0)
+            places.push_back(place);
+    }
+    if (m_nextChanged == m_changed.size()) {
+        m_changed.clear();
+        m_nextChanged = 0;
+    }
+    while (m_next < m_flags.size() && places.size() < kBatch)
+        places.push_back(static_cast<qsizetype>(m_next++));
+    check(places);
+}
+
+bool Problems::runFor(std::chrono::milliseconds budget)
+{
+    const auto end = std::chrono::steady_clock::now() + budget;
+    do {
+        checkBatch();
+    } while (!isComplete() && std::chrono::steady_clock::now() < end);
+    return isComplete();
+}
+
+void Problems::runSlice()
+{
+    m_timer.setInterval(0ms);
+    runFor(kSlice);
+    announce();
+}
+
+void Problems::finish()
+{
+    m_document.flushChanges();
+    while (!isComplete())
+        checkBatch();
+    announce();
+}
+
+void Problems::announce()
+{
+    const bool wasBehind = m_isBehind;
+    m_isBehind = !isComplete();
+    if (!m_isBehind)
+        m_timer.stop();
+    Q_EMIT changed();
+    if (wasBehind && !m_isBehind)
+        Q_EMIT completed();
+}
+
+void Problems::check(std::span<const qsizetype> places)
+{
+    std::vector<VXGlyphInfo *> infos;
+    infos.reserve(places.size());
+    for (const qsizetype place : places)
+        infos.push_back(m_document.infos()[static_cast<std::size_t>(place)].get());
+    m_roundTrip.check(infos, m_outcomes);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const auto place = static_cast<std::size_t>(places[i]);
+        Flags flags = flagsOf(*infos[i]);
+        if (m_outcomes[i] == RoundTrip::Outcome::Broken)
+            flags |= flagOf(ProblemKind::QuoteOrBreak);
+        else if (m_outcomes[i] == RoundTrip::Outcome::Changed)
+            flags |= flagOf(ProblemKind::LostValue);
+        setFlags(place, flags);
+        dropKeys(place);
+        setKeys(place, *infos[i]);
+    }
+}
+
+Problems::Flags Problems::flagsOf(const VXGlyphInfo &info) const
+{
+    Flags flags = 0;
+    std::string buffer;
+    const std::string_view name = info.utf8(GlyphField::Name, buffer);
+    const NameObjection objection = objectionToName(name);
+    if (objection == NameObjection::Empty || name == "unknown")
+        flags |= flagOf(ProblemKind::MissingName);
+    else if (objection != NameObjection::None)
+        flags |= flagOf(ProblemKind::InvalidName);
+
+    int codePoints = 0;
+    forEachCodePoint(info, [&](std::string_view text) {
+        ++codePoints;
+        if (objectionToCodePoint(text) != CodePointObjection::None)
+            flags |= flagOf(ProblemKind::InvalidCodePoint);
+    });
+    if (codePoints > 2)
+        flags |= flagOf(ProblemKind::ManyCodePoints);
+    return flags;
+}
+
+void Problems::setFlags(std::size_t place, Flags flags)
+{
+    const Flags different = flags ^ m_flags[place];
+    for (std::size_t kind = 0; different >> kind; ++kind) {
+        if (different >> kind & 1)
+            m_counts[kind] += flags >> kind & 1 ? 1 : -1;
+    }
+    m_flags[place] = flags;
+}
+
+void Problems::setKeys(std::size_t place, const VXGlyphInfo &info)
+{
+    std::string buffer;
+    m_nameKeys[place] = keyOfName(info.utf8(GlyphField::Name, buffer));
+    if (m_nameKeys[place])
+        m_names.add(m_nameKeys[place]);
+
+    // A text that is no number keeps its place in the list, for the list's places are told to people.
+    std::vector<quint32> codePoints;
+    quint32 single = kNoCodePoint;
+    int count = 0;
+    forEachCodePoint(info, [&](std::string_view text) {
+        const std::optional<char32_t> codePoint = codePointOfText(text);
+        const quint32 value = codePoint ? static_cast<quint32>(*codePoint) : kNoCodePoint;
+        if (++count == 1)
+            single = value;
+        if (count == 2)
+            codePoints = {single};
+        if (count >= 2)
+            codePoints.push_back(value);
+    });
+    m_codePoints[place] = single;
+    if (count >= 2) {
+        if (m_freeLists.empty()) {
+            m_freeLists.push_back(static_cast<quint32>(m_lists.size()));
+            m_lists.emplace_back();
+        }
+        m_lists[m_freeLists.back()] = std::move(codePoints);
+        m_codePoints[place] = kListBit | m_freeLists.back();
+        m_freeLists.pop_back();
+    }
+    for (const quint32 codePoint : codePointsAt(place)) {
+        if (codePoint != kNoCodePoint)
+            m_codes.add(keyOfCodePoint(codePoint));
+    }
+}
+
+void Problems::dropKeys(std::size_t place)
+{
+    if (const quint64 name = std::exchange(m_nameKeys[place], 0))
+        m_names.remove(name);
+    for (const quint32 codePoint : codePointsAt(place)) {
+        if (codePoint != kNoCodePoint)
+            m_codes.remove(keyOfCodePoint(codePoint));
+    }
+    if (m_codePoints[place] & kListBit) {
+        const quint32 list = m_codePoints[place] & ~kListBit;
+        m_lists[list].clear();
+        m_freeLists.push_back(list);
+    }
+    m_codePoints[place] = kNoCodePoint;
+}
+
+std::span<const quint32> Problems::codePointsAt(std::size_t place) const
+{
+    if (m_codePoints[place] & kListBit)
+        return m_lists[m_codePoints[place] & ~kListBit];
+    return {&m_codePoints[place], 1};
+}
+
+// What the document tells
+
+void Problems::insert(const IndexSet &places)
+{
+    const auto merge = [&places](auto &values, auto fresh) {
+        std::remove_reference_t<decltype(values)> merged;
+        merged.reserve(values.size() + places.size());
+        auto old = values.begin();
+        for (const qsizetype place : places) {
+            const auto between = place - static_cast<qsizetype>(merged.size());
+            merged.insert(merged.end(), old, old + between);
+            old += between;
+            merged.push_back(fresh);
+        }
+        merged.insert(merged.end(), old, values.end());
+        values = std::move(merged);
+    };
+    merge(m_flags, Flags(0));
+    merge(m_nameKeys, quint64(0));
+    merge(m_codePoints, kNoCodePoint);
+    if (places.size() <= kFew) {
+        // Places ascend and count those that came in front of them.
+        for (const qsizetype place : places)
+            m_next += static_cast<std::size_t>(place) <= m_next;
+        check(places);
+    } else {
+        m_next = qMin(m_next, static_cast<std::size_t>(places.front()));
+        schedule();
+    }
+    announce();
+}
+
+void Problems::remove(const IndexSet &places)
+{
+    for (const qsizetype place : places) {
+        setFlags(static_cast<std::size_t>(place), 0);
+        dropKeys(static_cast<std::size_t>(place));
+    }
+    const auto lookedAt = std::lower_bound(places.begin(), places.end(), static_cast<qsizetype>(m_next));
+    m_next -= static_cast<std::size_t>(lookedAt - places.begin());
+    const auto erase = [&places](auto &values) {
+        auto kept = values.begin() + places.front();
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const auto end = i + 1 < places.size() ? values.begin() + places[i + 1] : values.end();
+            kept = std::move(values.begin() + places[i] + 1, end, kept);
+        }
+        values.erase(kept, values.end());
+    };
+    erase(m_flags);
+    erase(m_nameKeys);
+    erase(m_codePoints);
+    announce();
+}
+
+void Problems::reset()
+{
+    start();
+    if (!isSameList())
+        bindNotes();
+    schedule();
+    announce();
+}
+
+void Problems::noteChanges(const std::vector<VXDocument::Change> &changes)
+{
+    const bool standsTwice =
+        std::any_of(changes.begin(), changes.end(),
+                    [](const VXDocument::Change &change) { return change.info->listings() > 1; });
+    if (standsTwice || changes.size() > kMany) {
+        m_changed.clear();
+        m_nextChanged = 0;
+        m_next = 0;
+        schedule();
+        announce();
+        return;
+    }
+    for (const VXDocument::Change &change : changes) {
+        if (m_changed.empty() || m_changed.back() != change.info)
+            m_changed.push_back(change.info);
+    }
+    if (m_changed.size() <= kFew)
+        checkBatch();
+    if (!isComplete())
+        schedule();
+    announce();
+}
+
+// Asking
+
+qsizetype Problems::count(ProblemKind kind) const
+{
+    switch (kind) {
+    case ProblemKind::DuplicateName:
+        return m_names.repeated();
+    case ProblemKind::DuplicateCodePoint:
+        return m_codes.repeated();
+    default:
+        return m_counts[static_cast<std::size_t>(kind)];
+    }
+}
+
+std::array<qsizetype, kProblemKindCount> Problems::counts() const
+{
+    std::array<qsizetype, kProblemKindCount> counts {};
+    for (const ProblemKind kind : allProblemKinds())
+        counts[static_cast<std::size_t>(kind)] = count(kind);
+    return counts;
+}
+
+qsizetype Problems::total() const
+{
+    const auto all = counts();
+    return std::accumulate(all.begin(), all.end(), qsizetype(0));
+}
+
+bool Problems::hasProblem(ProblemKind kind, qsizetype place) const
+{
+    const auto at = static_cast<std::size_t>(place);
+    switch (kind) {
+    case ProblemKind::DuplicateName:
+        return m_nameKeys[at] && m_names.count(m_nameKeys[at]) > 1;
+    case ProblemKind::DuplicateCodePoint: {
+        const std::span<const quint32> codePoints = codePointsAt(at);
+        return std::any_of(codePoints.begin(), codePoints.end(), [this](quint32 codePoint) {
+            return codePoint != kNoCodePoint && m_codes.count(keyOfCodePoint(codePoint)) > 1;
+        });
+    }
+    default:
+        return m_flags[at] & flagOf(kind);
+    }
+}
+
+void Problems::append(std::optional<ProblemKind> kind, qsizetype first, qsizetype last,
+                      std::vector<Problem> &problems) const
+{
+    const InfoList &infos = m_document.infos();
+    const auto appendKind = [&](ProblemKind each, std::size_t place) {
+        if (!hasProblem(each, static_cast<qsizetype>(place)))
+            return;
+        if (each != ProblemKind::DuplicateCodePoint) {
+            problems.push_back({each, infos[place], 0});
+            return;
+        }
+        const std::span<const quint32> codePoints = codePointsAt(place);
+        for (std::size_t part = 0; part < codePoints.size(); ++part) {
+            if (codePoints[part] != kNoCodePoint && m_codes.count(keyOfCodePoint(codePoints[part])) > 1)
+                problems.push_back({each, infos[place], static_cast<int>(part)});
+        }
+    };
+    for (auto place = static_cast<std::size_t>(first); place < static_cast<std::size_t>(last); ++place) {
+        for (const ProblemKind each : allProblemKinds()) {
+            if (each < kFirstReadProblem && (!kind || *kind == each))
+                appendKind(each, place);
+        }
+    }
+}
+
+} // namespace runebook
