@@ -1,5 +1,6 @@
 #include "editing/VXWindowController.h"
 
+#include "editing/ChangedOnDisk.h"
 #include "editing/DetailPane.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphTableView.h"
@@ -70,6 +71,9 @@ void VXWindowController::buildContent()
     auto *layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    auto *changedOnDisk = new ChangedOnDisk(m_document, content);
+    connect(changedOnDisk, &ChangedOnDisk::remarked, this, &VXWindowController::showMessage);
+    layout->addWidget(changedOnDisk);
     layout->addWidget(m_messageBar);
     layout->addWidget(m_tableView, 1);
     setPanes(m_detailPane, content);

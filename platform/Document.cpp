@@ -129,6 +129,17 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
     return true;
 }
 
+// Opening is lenient and shows nothing of a file that it cannot read; that must not happen to what is open.
+bool Document::isReadable(Error *error) const
+{
+    if (!DocumentController::shared().canMakeDocuments())
+        return true;
+    const std::unique_ptr<Document> trial = DocumentController::shared().makeDocument();
+    if (!trial->readFromURLOfType(m_fileURL, m_fileType, error))
+        return false;
+    return trial->readError().domain.isEmpty() || fail(error, trial->readError());
+}
+
 bool Document::revertToSaved(Error *error)
 {
     if (m_fileURL.isEmpty() || !QFileInfo::exists(m_fileURL))
@@ -139,6 +150,8 @@ bool Document::revertToSaved(Error *error)
                      {},
                      tr("The document stays as it is.")});
     const FileState state = FileState::of(m_fileURL);
+    if (!isReadable(error))
+        return false;
     if (!readFromURLOfType(m_fileURL, m_fileType, error))
         return false;
     noteFileRead(state);

@@ -111,6 +111,7 @@ Q_SIGNALS:
     void saved();
 
 private:
+    bool isReadable(Error *error) const;
     bool isOwnFile(const QString &path) const;
     bool mayWriteOver(Error *error);
     bool keepOriginal(Error *error);

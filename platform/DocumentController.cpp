@@ -112,6 +112,7 @@ Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString
     noteRecentFile(opened->fileURL());
     if (display)
         opened->makeWindowControllers();
+    Q_EMIT fileOpened(opened->fileURL());
     return opened;
 }
 

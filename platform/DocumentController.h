@@ -28,6 +28,7 @@ public:
 public: // set-up by the program
     using Factory = std::function<Document *()>;
     void setDocumentFactory(Factory factory) { m_factory = std::move(factory); }
+    bool canMakeDocuments() const { return bool(m_factory); }
     /// A document that is not among the open ones yet.
     std::unique_ptr<Document> makeDocument() const { return std::unique_ptr<Document>(m_factory()); }
     /// Makes and shows the window of a document; without one documents are opened unseen.
@@ -74,6 +75,8 @@ public: // names, recent files, autosave
 
 Q_SIGNALS:
     void documentsChanged();
+    /// A file was opened by path; its document is the frontmost.
+    void fileOpened(const QString &path);
     void recentFilesChanged();
 
 private:

@@ -1,7 +1,7 @@
 #include "platform/DocumentPanels.h"
 
 #include "platform/DocumentController.h"
-#include "platform/PlainText.h"
+#include "platform/SaveSheets.h"
 
 #include <QFileDialog>
 #include <QFileInfo>
@@ -35,16 +35,6 @@ QStringList allFilters()
     return filters;
 }
 
-QMessageBox *makeSheet(QMessageBox::Icon icon, const QString &text, const QString &more, QWidget *parent)
-{
-    auto *box = new QMessageBox(parent);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
-    box->setIcon(icon);
-    setPlainTexts(*box, text, more);
-    return box;
-}
-
 void finish(const std::function<void(bool)> &then, bool done)
 {
     if (then)
@@ -59,6 +49,82 @@ void openOne(const QString &path, QStringList &failures)
         failures << error.text();
 }
 
+/// What became of a document that was to be saved.
+enum class Outcome { Saved, Kept, Discarded };
+using Ended = std::function<void(Outcome outcome)>;
+using Guarded = QPointer<Document>;
+
+void saveWithOutcome(Document &document, QWidget *parent, const Ended &ended);
+void saveAsWithOutcome(Document &document, QWidget *parent, const Ended &ended);
+
+/// Tries once; \a save is what a retry calls.
+void trySaving(const Guarded &document, QWidget *parent, const Ended &ended,
+               const std::function<bool(Document &document, Error *error)> &save)
+{
+    Error error;
+    if (save(*document, &error)) {
+        ended(Outcome::Saved);
+        return;
+    }
+    SaveSheets::showFailure(error, parent, [=](SaveSheets::Answer answer) {
+        if (!document || answer == SaveSheets::Answer::Cancel) {
+            ended(Outcome::Kept);
+        } else if (answer == SaveSheets::Answer::Save) {
+            trySaving(document, parent, ended, save);
+        } else if (answer == SaveSheets::Answer::SaveAs) {
+            saveAsWithOutcome(*document, parent, ended);
+        } else {
+            document->close();
+            ended(Outcome::Discarded);
+        }
+    });
+}
+
+void saveWithOutcome(Document &document, QWidget *parent, const Ended &ended)
+{
+    if (document.fileURL().isEmpty()) {
+        saveAsWithOutcome(document, parent, ended);
+        return;
+    }
+    const Guarded guarded(&document);
+    SaveSheets::askBeforeSaving(document, parent, [=](SaveSheets::Answer answer) {
+        if (!guarded || answer == SaveSheets::Answer::Cancel)
+            ended(Outcome::Kept);
+        else if (answer == SaveSheets::Answer::SaveAs)
+            saveAsWithOutcome(*guarded, parent, ended);
+        else
+            trySaving(guarded, parent, ended,
+                      [](Document &saved, Error *error) { return saved.saveDocument(error); });
+    });
+}
+
+void saveAsWithOutcome(Document &document, QWidget *parent, const Ended &ended)
+{
+    auto *panel = new QFileDialog(parent, tr("Save As"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setAcceptMode(QFileDialog::AcceptSave);
+    panel->setNameFilters(allFilters());
+    const DocumentController &controller = DocumentController::shared();
+    if (!controller.types().isEmpty())
+        panel->setDefaultSuffix(controller.types().front().extensions.value(0));
+    panel->selectFile(document.fileURL().isEmpty() ? document.displayName() : document.fileURL());
+    const Guarded guarded(&document);
+    QObject::connect(panel, &QFileDialog::finished, panel, [=](int result) {
+        const QString path = panel->selectedFiles().value(0);
+        if (result != QDialog::Accepted || !guarded || path.isEmpty()) {
+            ended(Outcome::Kept);
+            return;
+        }
+        QString type = DocumentController::shared().typeForURL(path);
+        if (type.isEmpty())
+            type = DocumentController::shared().types().front().name;
+        trySaving(guarded, parent, ended, [path, type](Document &saved, Error *error) {
+            return saved.saveToURLOfType(path, type, error);
+        });
+    });
+    panel->open();
+}
+
 } // namespace
 
 void present(const Error &error, QWidget *parent)
@@ -69,7 +135,7 @@ void present(const Error &error, QWidget *parent)
         if (!sentence.isEmpty())
             more << sentence;
     }
-    makeSheet(QMessageBox::Warning, title, more.join(u'\n'), parent)->open();
+    SaveSheets::make(QMessageBox::Warning, title, more.join(u'\n'), parent)->open();
 }
 
 void open(QWidget *parent)
@@ -82,7 +148,8 @@ void open(QWidget *parent)
         for (const QString &extension : type.extensions)
             patterns << "*."_L1 + extension;
     }
-    panel->setNameFilters(QStringList {tr("All documents") + " ("_L1 + patterns.join(u' ') + u')'} + allFilters());
+    panel->setNameFilters(QStringList {tr("All documents") + " ("_L1 + patterns.join(u' ') + u')'}
+                          + allFilters());
     if (const QStringList recent = DocumentController::shared().recentFiles(); !recent.isEmpty())
         panel->setDirectory(QFileInfo(recent.front()).absolutePath());
     QObject::connect(panel, &QFileDialog::filesSelected, panel,
@@ -96,51 +163,22 @@ void openFiles(const QStringList &paths, QWidget *parent)
     for (const QString &path : paths)
         openOne(path, failures);
     if (!failures.isEmpty())
-        present({{}, 0, tr("%n file(s) could not be opened.").replace("%n"_L1, QString::number(failures.size())),
-                 failures.mid(0, 8).join(u'\n'), {}},
+        present({{},
+                 0,
+                 tr("%n file(s) could not be opened.").replace("%n"_L1, QString::number(failures.size())),
+                 failures.mid(0, 8).join(u'\n'),
+                 {}},
                 parent);
 }
 
 void save(Document &document, QWidget *parent, std::function<void(bool)> then)
 {
-    if (document.fileURL().isEmpty()) {
-        saveAs(document, parent, std::move(then));
-        return;
-    }
-    Error error;
-    const bool saved = document.saveDocument(&error);
-    if (!saved)
-        present(error, parent);
-    finish(then, saved);
+    saveWithOutcome(document, parent, [then](Outcome outcome) { finish(then, outcome == Outcome::Saved); });
 }
 
 void saveAs(Document &document, QWidget *parent, std::function<void(bool)> then)
 {
-    auto *panel = new QFileDialog(parent, tr("Save As"));
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setAcceptMode(QFileDialog::AcceptSave);
-    panel->setNameFilters(allFilters());
-    const DocumentController &controller = DocumentController::shared();
-    if (!controller.types().isEmpty())
-        panel->setDefaultSuffix(controller.types().front().extensions.value(0));
-    panel->selectFile(document.fileURL().isEmpty() ? document.displayName() : document.fileURL());
-    QPointer<Document> guarded(&document);
-    QObject::connect(panel, &QFileDialog::finished, panel, [panel, parent, guarded, then](int result) {
-        if (result != QDialog::Accepted || !guarded) {
-            finish(then, false);
-            return;
-        }
-        const QString path = panel->selectedFiles().value(0);
-        QString type = DocumentController::shared().typeForURL(path);
-        if (type.isEmpty())
-            type = DocumentController::shared().types().front().name;
-        Error error;
-        const bool saved = guarded->saveToURLOfType(path, type, &error);
-        if (!saved)
-            present(error, parent);
-        finish(then, saved);
-    });
-    panel->open();
+    saveAsWithOutcome(document, parent, [then](Outcome outcome) { finish(then, outcome == Outcome::Saved); });
 }
 
 void revert(Document &document, QWidget *parent)
@@ -155,9 +193,9 @@ void revert(Document &document, QWidget *parent)
         reload();
         return;
     }
-    QMessageBox *box = makeSheet(QMessageBox::Question,
-                                 tr("Go back to the saved version of “%1”?").arg(document.displayName()),
-                                 tr("What was changed since the last save will be lost."), parent);
+    QMessageBox *box = SaveSheets::make(
+        QMessageBox::Question, tr("Go back to the saved version of “%1”?").arg(document.displayName()),
+        tr("What was changed since the last save will be lost."), parent);
     QPushButton *revertButton = box->addButton(tr("Revert"), QMessageBox::DestructiveRole);
     box->addButton(QMessageBox::Cancel);
     QObject::connect(revertButton, &QPushButton::clicked, box, reload);
@@ -172,9 +210,9 @@ void close(Document &document, std::function<void(bool)> then)
         finish(then, true);
         return;
     }
-    QMessageBox *box = makeSheet(QMessageBox::Warning,
-                                 tr("Save the changes to “%1”?").arg(document.displayName()),
-                                 tr("They will be lost if you do not save them."), document.windowController());
+    QMessageBox *box =
+        SaveSheets::make(QMessageBox::Warning, tr("Save the changes to “%1”?").arg(document.displayName()),
+                         tr("They will be lost if you do not save them."), document.windowController());
     box->setStandardButtons(QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
     box->setDefaultButton(QMessageBox::Save);
     QPointer<Document> guarded(&document);
@@ -185,10 +223,10 @@ void close(Document &document, std::function<void(bool)> then)
             guarded->close();
             finish(then, true);
         } else if (answer == QMessageBox::Save) {
-            save(*guarded, guarded->windowController(), [guarded, then](bool saved) {
-                if (saved && guarded)
+            saveWithOutcome(*guarded, guarded->windowController(), [guarded, then](Outcome outcome) {
+                if (outcome == Outcome::Saved && guarded)
                     guarded->close();
-                finish(then, saved);
+                finish(then, outcome != Outcome::Kept);
             });
         } else {
             finish(then, false);
