@@ -105,12 +105,34 @@ void GlyphTableView::setUpHeader()
     header->setSortIndicatorShown(true);
 }
 
+QByteArray GlyphTableView::columnState() const
+{
+    return horizontalHeader()->saveState();
+}
+
+void GlyphTableView::restoreColumnState(const QByteArray &state)
+{
+    if (state.isEmpty())
+        return;
+    m_isRestoring = true;
+    applyColumnState(state);
+    m_isRestoring = false;
+}
+
 void GlyphTableView::restoreViewSettings()
 {
     m_isRestoring = true;
+    const QVariant size = UserDefaults::standard().objectForKey(kFontSize);
+    applyFontSize(size.isValid() ? size.toDouble() : standardFontSize());
+    applyColumnState(UserDefaults::standard().objectForKey(kHeaderState).toByteArray());
+    m_isRestoring = false;
+}
+
+/// An empty state, or one of other columns, gives the columns as they are at first.
+void GlyphTableView::applyColumnState(const QByteArray &state)
+{
     const std::span<const GlyphColumn> columns = glyphColumns();
     QHeaderView *header = horizontalHeader();
-    const QByteArray state = UserDefaults::standard().objectForKey(kHeaderState).toByteArray();
     if (state.isEmpty() || !header->restoreState(state)
         || header->count() != static_cast<int>(columns.size())) {
         for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
@@ -124,9 +146,6 @@ void GlyphTableView::restoreViewSettings()
     header->setSectionsMovable(true);
     header->setSortIndicatorClearable(true);
     header->setStretchLastSection(true);
-    const QVariant size = UserDefaults::standard().objectForKey(kFontSize);
-    applyFontSize(size.isValid() ? size.toDouble() : standardFontSize());
-    m_isRestoring = false;
     if (header->sortIndicatorSection() != m_controller.sortColumn())
         m_controller.sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
 }

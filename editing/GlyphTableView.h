@@ -22,6 +22,9 @@ public:
 
     /// Columns, widths, order, sort and zoom as they were before anybody changed them.
     void resetViewSettings();
+    /// Columns, widths, order and sort, to be given to restoreColumnState() in another run.
+    QByteArray columnState() const;
+    void restoreColumnState(const QByteArray &state);
     /// Shows the document's order in the header.
     void resetSortIndicator();
     void setColumnShown(int column, bool isShown);
@@ -52,6 +55,7 @@ private:
 
     void setUpHeader();
     void restoreViewSettings();
+    void applyColumnState(const QByteArray &state);
     void scheduleStore();
     void storeViewSettings();
     void applyFontSize(double pointSize);

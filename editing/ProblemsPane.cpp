@@ -93,6 +93,7 @@ void ProblemsPane::buildHeader(QHBoxLayout &header)
     close->setAccessibleName(tr("Close the problems pane"));
     close->setToolTip(close->accessibleName());
     connect(close, &QToolButton::clicked, this, &ProblemsPane::closeRequested);
+    header.setSpacing(6);
     header.addWidget(m_title);
     header.addStretch(1);
     for (QToolButton *button : {m_filterButton, m_fixButton, m_fixAllButton, close})
@@ -125,6 +126,7 @@ void ProblemsPane::addKind(std::optional<ProblemKind> kind)
     item->setText(0, kind ? titleOfProblemKind(*kind) : tr("All problems"));
     item->setData(0, kKindRole, kind ? static_cast<int>(*kind) : kAllKinds);
     item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+    item->setSizeHint(0, {0, m_kinds->fontMetrics().height() + 6});
     if (kind)
         item->setToolTip(0, meaningOfProblemKind(*kind));
 }

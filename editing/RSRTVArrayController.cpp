@@ -121,6 +121,14 @@ bool RSRTVArrayController::prepareFilter(const Predicate &predicate, int millise
     return m_columns->prepare(predicate, milliseconds);
 }
 
+void RSRTVArrayController::setCondition(std::function<bool(qsizetype place)> condition)
+{
+    if (!condition && !m_condition)
+        return;
+    m_condition = std::move(condition);
+    arrange();
+}
+
 void RSRTVArrayController::rearrangeObjects()
 {
     m_sortedPlaces.clear();
@@ -134,16 +142,33 @@ void RSRTVArrayController::sort(int column, Qt::SortOrder order)
     rearrangeObjects();
 }
 
-bool RSRTVArrayController::arrange(Error *error)
+std::optional<IndexSet> RSRTVArrayController::passingPlaces(Error *error)
 {
-    m_document.flushChanges();
-    const InfoList &infos = m_document.infos();
     std::optional<IndexSet> passing;
     if (m_predicate) {
         passing = m_columns->placesPassing(*m_predicate, error);
         if (!passing)
             m_predicate.reset();
     }
+    if (!m_condition)
+        return passing;
+    if (passing) {
+        std::erase_if(*passing, [this](qsizetype place) { return !m_condition(place); });
+        return passing;
+    }
+    passing.emplace();
+    for (qsizetype place = 0; place < m_document.countOfInfos(); ++place) {
+        if (m_condition(place))
+            passing->push_back(place);
+    }
+    return passing;
+}
+
+bool RSRTVArrayController::arrange(Error *error)
+{
+    m_document.flushChanges();
+    const InfoList &infos = m_document.infos();
+    const std::optional<IndexSet> passing = passingPlaces(error);
     const bool gaveUp = error && !error->domain.isEmpty();
     std::vector<VXGlyphInfo *> rows;
     rows.reserve(passing ? passing->size() : infos.size());
@@ -225,7 +250,7 @@ void RSRTVArrayController::restoreSelection(const InfoList &wanted, const InfoPt
 
 void RSRTVArrayController::writeArrangedOrder()
 {
-    if (m_predicate || m_sortColumn < 0)
+    if (isFiltered() || m_sortColumn < 0)
         return;
     const InfoList order = arrangedObjects();
     m_sortColumn = -1;
@@ -299,10 +324,10 @@ void RSRTVArrayController::applyInsertion(const IndexSet &places)
     m_sortedPlaces.clear();
     m_rowOfPlace.clear();
     const InfoList &infos = m_document.infos();
-    if (m_sortColumn >= 0 || m_predicate || places.size() > kMaxSingleInsertions) {
+    if (m_sortColumn >= 0 || isFiltered() || places.size() > kMaxSingleInsertions) {
         // New records are shown although a filter might hide them, until the filter is used again: whoever
         // adds a record wants to see it. They stand behind the rows that were there.
-        if (!m_predicate) {
+        if (!isFiltered()) {
             arrange();
             return;
         }

@@ -7,6 +7,7 @@
 #include <QItemSelectionModel>
 #include <QPointer>
 #include <QTableView>
+#include <functional>
 #include <memory>
 
 namespace runebook {
@@ -47,6 +48,11 @@ public: // filter
     /// Makes ready what a filter like \a predicate needs, for at most about \a milliseconds; false when it
     /// is to be called again in idle time.
     bool prepareFilter(const runebook::Predicate &predicate, int milliseconds);
+    /// Shows only records at places of the list that \a condition accepts, besides the filter; null: no
+    /// condition. It is asked whenever the rows are arranged.
+    void setCondition(std::function<bool(qsizetype place)> condition);
+    /// Whether a filter or a condition may hide records.
+    bool isFiltered() const { return m_predicate || m_condition; }
     Q_INVOKABLE void rearrangeObjects();
 
 public: // sorting: of the rows only, the document keeps its order
@@ -125,12 +131,14 @@ private:
     void applyRemoval(const runebook::IndexSet &places);
     void applyChanges(const std::vector<VXDocument::Change> &changes);
     bool arrange(runebook::Error *error = nullptr);
+    /// The places that pass filter and condition; nothing: all.
+    std::optional<runebook::IndexSet> passingPlaces(runebook::Error *error);
     /// The places that pass (nothing: all) in the order of the sorted column.
     std::vector<quint32> placesInOrder(const std::optional<runebook::IndexSet> &passing);
     void replaceRows(std::vector<VXGlyphInfo *> rows);
     InfoList wantedSelection() const;
     void restoreSelection(const InfoList &wanted, const InfoPtr &current);
-    bool showsDocumentOrder() const { return m_sortColumn < 0 && !m_predicate; }
+    bool showsDocumentOrder() const { return m_sortColumn < 0 && !isFiltered(); }
     void rebuildRowNumbers() const;
     runebook::IndexSet afterMove(const runebook::IndexSet &rows, qsizetype row);
 
@@ -139,6 +147,7 @@ private:
     mutable std::vector<qint32> m_rowOfPlace; ///< by place in the document's list; empty while not known
     std::vector<quint32> m_sortedPlaces; ///< empty in document order
     std::optional<runebook::Predicate> m_predicate;
+    std::function<bool(qsizetype place)> m_condition;
     std::unique_ptr<runebook::SearchColumns> m_columns;
     QItemSelectionModel *m_selection;
     InfoList m_hiddenSelection; ///< selected before the filter hid them; they come back with it

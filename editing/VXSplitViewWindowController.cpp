@@ -55,6 +55,17 @@ void VXSplitViewWindowController::setSidebarShown(bool isShown)
     Q_EMIT sidebarShownChanged(isShown);
 }
 
+QByteArray VXSplitViewWindowController::dividerState() const
+{
+    return m_splitView->saveState();
+}
+
+void VXSplitViewWindowController::restoreDivider(const QByteArray &state)
+{
+    m_splitView->restoreState(state);
+    m_splitView->setHandleWidth(1);
+}
+
 void VXSplitViewWindowController::storeDivider()
 {
     if (isSidebarShown())

@@ -17,6 +17,9 @@ public:
     QWidget *contentView() const { return m_contentView; }
     Q_INVOKABLE bool isSidebarShown() const;
     Q_INVOKABLE void setSidebarShown(bool isShown);
+    /// Where the divider stands, to be given to restoreDivider() in another run.
+    QByteArray dividerState() const;
+    void restoreDivider(const QByteArray &state);
 
 Q_SIGNALS:
     void sidebarShownChanged(bool isShown);

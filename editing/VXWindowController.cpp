@@ -5,6 +5,7 @@
 #include "editing/FieldEditing.h"
 #include "editing/GlyphTableView.h"
 #include "editing/MessageBar.h"
+#include "editing/ProblemsPane.h"
 #include "editing/SearchFilter.h"
 #include "editing/VXSearchField.h"
 #include "editing/WindowMenus.h"
@@ -18,6 +19,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMimeData>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
@@ -33,7 +35,9 @@ const QString kGeometry = u"WindowGeometry"_s;
 } // namespace
 
 VXWindowController::VXWindowController(VXDocument &document)
-    : m_document(document), m_infolistController(new RSRTVArrayController(document, this))
+    : m_document(document),
+      m_infolistController(new RSRTVArrayController(document, this)),
+      m_problems(new Problems(document, this))
 {
     buildContent();
     m_menus = new WindowMenus(*this);
@@ -48,6 +52,7 @@ VXWindowController::VXWindowController(VXDocument &document)
     showReadError();
     m_infolistController->setSelectionIndexes({0});
     setActiveInfo();
+    setProblemsShown(UserDefaults::standard().boolForKey(u"ProblemsPaneShown"_s));
     m_tableView->setFocus();
 }
 
@@ -75,7 +80,11 @@ void VXWindowController::buildContent()
     connect(changedOnDisk, &ChangedOnDisk::remarked, this, &VXWindowController::showMessage);
     layout->addWidget(changedOnDisk);
     layout->addWidget(m_messageBar);
-    layout->addWidget(m_tableView, 1);
+    m_contentSplit = new QSplitter(Qt::Vertical, content);
+    m_contentSplit->setHandleWidth(1);
+    m_contentSplit->setChildrenCollapsible(false);
+    m_contentSplit->addWidget(m_tableView);
+    layout->addWidget(m_contentSplit, 1);
     setPanes(m_detailPane, content);
 }
 
@@ -105,6 +114,9 @@ void VXWindowController::buildStatusBar()
     m_countLabel = plainLabel({}, this);
     statusBar()->addWidget(m_subtitleLabel);
     statusBar()->addPermanentWidget(m_countLabel);
+    m_problemsButton = new ProblemsButton(*m_problems, this);
+    connect(m_problemsButton, &QToolButton::clicked, this, &VXWindowController::setProblemsShown);
+    statusBar()->addPermanentWidget(m_problemsButton);
     statusBar()->setSizeGripEnabled(false);
     statusBar()->setContentsMargins(8, 0, 8, 2);
 }
@@ -263,32 +275,10 @@ void VXWindowController::filterInfos()
     if (!m_infolistController->setFilterPredicate(predicate, &gaveUp))
         problem = gaveUp;
     m_searchField->setProblem(problem);
-    m_infolistController->setDraggingEnabled(!predicate);
+    m_infolistController->setDraggingEnabled(!m_infolistController->isFiltered());
     synchronizeWindowTitleWithDocumentName();
     m_isFiltering = false;
     Q_EMIT stateChanged();
-}
-
-// Restoration
-
-QVariantMap VXWindowController::windowWillEncodeRestorableState() const
-{
-    QVariantList rows;
-    for (const qsizetype row : m_infolistController->selectionIndexes())
-        rows << row;
-    return {{u"selectedInfos"_s, rows}, {u"searchField"_s, m_searchField->stringValue()}};
-}
-
-void VXWindowController::windowDidDecodeRestorableState(const QVariantMap &state)
-{
-    const QString search = state.value(u"searchField"_s).toString();
-    if (!search.isEmpty()) {
-        m_searchField->setStringValue(search);
-        filterInfos();
-    }
-    m_infolistController->setSelectionIndexes(
-        m_infolistController->indexSetFromRows(state.value(u"selectedInfos"_s).toList()));
-    setActiveInfo();
 }
 
 // Events

@@ -5,6 +5,7 @@
 #include "editing/VXSplitViewWindowController.h"
 
 class QLabel;
+class QSplitter;
 class SortNameDialog;
 class VXSearchField;
 
@@ -12,6 +13,10 @@ namespace runebook {
 class DetailPane;
 class GlyphTableView;
 class MessageBar;
+class Problems;
+class ProblemsButton;
+class ProblemsPane;
+struct ReplaceSummary;
 class WindowMenus;
 } // namespace runebook
 
@@ -77,6 +82,15 @@ public: // search
     Q_INVOKABLE void synchronizeWindowTitleWithDocumentName();
     Q_INVOKABLE void controlTextDidChange(QObject *control);
 
+public: // problems
+    runebook::Problems &problems() const { return *m_problems; }
+    /// The pane that lists them; null until it is shown for the first time.
+    runebook::ProblemsPane *problemsPane() const { return m_problemsPane; }
+    Q_INVOKABLE bool isProblemsShown() const;
+    Q_INVOKABLE void setProblemsShown(bool isShown);
+    /// Shows the record of the problem \a step rows further in the pane, which is opened for it.
+    Q_INVOKABLE void goToProblem(int step);
+
 public: // display
     /// Shows the selection in the preview and the detail pane.
     Q_INVOKABLE void setActiveInfo();
@@ -110,6 +124,11 @@ private:
     void showReadError();
     void selectionDidChange();
     void showSelectedCount();
+    void buildProblemsPane();
+    void filterByProblems(const std::function<bool(qsizetype place)> &condition);
+    /// After a replacement: a word on the problems that were not there \a before (by kind; empty: unknown).
+    void tellOfNewProblems(const QList<qsizetype> &before, const runebook::ReplaceSummary &summary);
+    void showNewProblems(const QList<qsizetype> &before);
     /// Makes ready in idle time what the first search would have to wait for.
     void prepareSearch();
     void revealRow(qsizetype row);
@@ -121,6 +140,10 @@ private:
     runebook::MessageBar *m_messageBar = nullptr;
     VXSearchField *m_searchField = nullptr;
     runebook::WindowMenus *m_menus = nullptr;
+    runebook::Problems *m_problems;
+    runebook::ProblemsPane *m_problemsPane = nullptr;
+    runebook::ProblemsButton *m_problemsButton = nullptr;
+    QSplitter *m_contentSplit = nullptr;
     QPointer<SortNameDialog> m_sortNameDialog;
     QLabel *m_countLabel = nullptr;
     QLabel *m_subtitleLabel = nullptr;

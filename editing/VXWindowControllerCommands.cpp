@@ -5,6 +5,7 @@
 #include "editing/FieldEditing.h"
 #include "editing/GlyphTableView.h"
 #include "editing/GoToPanel.h"
+#include "editing/ProblemsPane.h"
 #include "editing/SortNameDialog.h"
 #include "editing/SortNumbering.h"
 #include "editing/VXFindReplaceWindowController.h"
@@ -175,6 +176,13 @@ void VXWindowController::performFindPanelAction(int tag)
         auto *panel = new VXFindReplaceWindowController;
         connect(panel, &VXFindReplaceWindowController::ended, panel, &QObject::deleteLater);
         panel->setSelectedInfos(selectedInfos());
+        QList<qsizetype> before;
+        if (m_problems->isComplete()) {
+            const auto counts = m_problems->counts();
+            before = QList<qsizetype>(counts.begin(), counts.end());
+        }
+        connect(panel, &VXFindReplaceWindowController::replaced, this,
+                [this, before](const ReplaceSummary &summary) { tellOfNewProblems(before, summary); });
         panel->runDialogModalForWindow(this, this);
     }
 }
@@ -218,6 +226,8 @@ void VXWindowController::showInfo(const InfoPtr &info)
         return;
     if (m_infolistController->rowOfObject(info) < 0) {
         m_searchField->setStringValue(u""_s);
+        if (m_problemsPane)
+            m_problemsPane->setFiltering(false);
         filterInfos();
     }
     m_tableView->goToRow(static_cast<int>(m_infolistController->rowOfObject(info)));

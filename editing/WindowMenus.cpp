@@ -89,6 +89,7 @@ void WindowMenus::validate()
     m_undoAction->setText(undoName.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(undoName));
     m_redoAction->setText(redoName.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(redoName));
     m_sidebarAction->setChecked(m_window.isSidebarShown());
+    m_problemsAction->setChecked(m_window.isProblemsShown());
 }
 
 void WindowMenus::buildFileMenu()
@@ -186,6 +187,14 @@ void WindowMenus::buildViewMenu()
     m_sidebarAction = addCommand(menu, tr("Show &Sidebar"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S),
                                  [this] { m_window.setSidebarShown(!m_window.isSidebarShown()); });
     m_sidebarAction->setCheckable(true);
+    VXWindowController &window = m_window;
+    m_problemsAction = addCommand(menu, tr("Show &Problems"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
+                                  [&window] { window.setProblemsShown(!window.isProblemsShown()); });
+    m_problemsAction->setCheckable(true);
+    addCommand(menu, tr("&Next Problem"), QKeySequence(Qt::Key_F8), [&window] { window.goToProblem(1); });
+    addCommand(menu, tr("Pre&vious Problem"), QKeySequence(Qt::SHIFT | Qt::Key_F8),
+               [&window] { window.goToProblem(-1); });
+    menu->addSeparator();
     QMenu *columns = menu->addMenu(tr("&Columns"));
     connect(columns, &QMenu::aboutToShow, this, [table, columns] {
         columns->clear();
@@ -226,7 +235,7 @@ void WindowMenus::buildGlyphMenu()
         menu, tr("Number &Sort Names…"), {}, [&window] { window.setSortName(); }, hasSelection);
     addCommand(
         menu, tr("&Write Shown Order to the Document"), {}, [&window] { window.writeShownOrder(); },
-        [list] { return list->sortColumn() >= 0 && !list->predicate(); });
+        [list] { return list->sortColumn() >= 0 && !list->isFiltered(); });
     menu->addSeparator();
     addCommand(
         menu, tr("Show &Code Point in Character Application"), {},

@@ -49,6 +49,7 @@ private:
     QAction *m_addAction = nullptr;
     QAction *m_removeAction = nullptr;
     QAction *m_sidebarAction = nullptr;
+    QAction *m_problemsAction = nullptr;
 };
 
 } // namespace runebook

@@ -1,0 +1,262 @@
+#include "editing/ProblemsPane.h"
+#include "editing/GlyphTableView.h"
+#include "editing/MessageBar.h"
+#include "editing/VXFindReplaceWindowController.h"
+#include "editing/VXSearchField.h"
+#include "editing/VXWindowController.h"
+#include "platform/UserDefaults.h"
+#include "tests/TestMain.h"
+
+#include <QAbstractItemModelTester>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTreeWidget>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+InfoPtr infoNamed(const QString &name, const QStringList &unicodes = {})
+{
+    InfoPtr info = VXGlyphInfo::init();
+    info->setName(name);
+    info->setUnicodes(unicodes);
+    return info;
+}
+
+QString namesOf(const InfoList &infos)
+{
+    QStringList names;
+    for (const InfoPtr &info : infos)
+        names << info->name();
+    return names.join(u'|');
+}
+
+} // namespace
+
+/// The problems pane as a person has it, in a window.
+class ProblemsPaneTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        for (const QString &key : {u"ProblemsPaneShown"_s, u"ProblemsPaneHeight"_s, u"TableHeaderState"_s})
+            UserDefaults::standard().removeObjectForKey(key);
+        m_document = std::make_unique<VXDocument>();
+        m_document->setInfos({infoNamed(u"A"_s, {u"0041"_s}), infoNamed(u"B c"_s), infoNamed(u"A"_s),
+                              infoNamed(u"D"_s, {u"44"_s}), infoNamed(u"E "_s, {u"45"_s})});
+        openWindow();
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_document.reset();
+    }
+
+    void badgeCountsWhileEditing()
+    {
+        auto *badge = m_window->findChild<ProblemsButton *>();
+        QTRY_COMPARE(badge->text(), u"6 problems"_s); // names: 2 invalid, 2 the same; 2 code points
+        QCOMPARE(badge->accessibleName(), badge->text());
+        m_document->objectInInfosAtIndex(2)->setName(u"C"_s);
+        QTRY_COMPARE(badge->text(), u"4 problems"_s);
+        m_document->undoManager()->undo();
+        QTRY_COMPARE(badge->text(), u"6 problems"_s);
+        QVERIFY(!m_window->isProblemsShown());
+        QTest::mouseClick(badge, Qt::LeftButton);
+        QVERIFY(m_window->isProblemsShown());
+        QVERIFY(badge->isChecked());
+        QTest::mouseClick(badge, Qt::LeftButton);
+        QVERIFY(!m_window->isProblemsShown());
+    }
+
+    void keysOpenTheListAndWalkThroughIt()
+    {
+        m_window->problems().finish();
+        QTest::keyClick(m_window.get(), Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(m_window->isProblemsShown());
+        QCOMPARE(pane()->table()->model()->rowCount(), 6);
+        QStringList walked;
+        for (int i = 0; i < 7; ++i) {
+            QTest::keyClick(m_window.get(), Qt::Key_F8);
+            walked << namesOf(list()->selectedObjects());
+        }
+        QCOMPARE(walked.join(u','), u"A,B c,A,D,E ,E ,A"_s);
+        QTest::keyClick(m_window.get(), Qt::Key_F8, Qt::ShiftModifier);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"E "_s);
+
+        pane()->table()->setFocus();
+        pane()->table()->selectRow(1);
+        QTest::keyClick(pane()->table(), Qt::Key_Return);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"B c"_s);
+        QVERIFY(m_window->tableView()->hasFocus());
+        pane()->table()->setFocus();
+        QTest::keyClick(pane()->table(), Qt::Key_Escape);
+        QVERIFY(!m_window->isProblemsShown());
+        QVERIFY(m_window->tableView()->hasFocus());
+    }
+
+    void kindsNarrowTheListAndTheTable()
+    {
+        m_window->problems().finish();
+        m_window->setProblemsShown(true);
+        QAbstractItemModelTester tester(pane()->table()->model());
+        const auto shownKinds = [this] {
+            QStringList kinds;
+            for (int i = 0; i < pane()->kinds()->topLevelItemCount(); ++i) {
+                const QTreeWidgetItem *item = pane()->kinds()->topLevelItem(i);
+                if (!item->isHidden())
+                    kinds << item->text(0) + u' ' + item->text(1);
+            }
+            return kinds.join(u", "_s);
+        };
+        QCOMPARE(shownKinds(),
+                 u"All problems 6, Invalid names 2, Duplicate names 2, Invalid code points 2"_s);
+        pane()->kinds()->setFocus();
+        QTest::keyClick(pane()->kinds(), Qt::Key_Down);
+        QCOMPARE(pane()->kind(), ProblemKind::InvalidName);
+        QCOMPARE(pane()->table()->model()->rowCount(), 2);
+
+        pane()->setFiltering(true);
+        QCOMPARE(namesOf(list()->arrangedObjects()), u"B c|E "_s);
+        QCOMPARE(m_window->subtitle(), u"2/5 infos"_s);
+        QVERIFY(!list()->draggingEnabled());
+        m_window->searchField()->setStringValue(u"e"_s);
+        m_window->filterInfos();
+        QCOMPARE(namesOf(list()->arrangedObjects()), u"E "_s);
+        pane()->showKind(ProblemKind::DuplicateName);
+        QCOMPARE(namesOf(list()->arrangedObjects()), QString());
+        QTest::keyClick(m_window.get(), Qt::Key_F8);
+        QCOMPARE(namesOf(list()->selectedObjects()), u"A"_s);
+        QVERIFY(!pane()->isFiltering());
+        QCOMPARE(list()->countOfArrangedObjects(), 5);
+        pane()->setFiltering(true);
+        m_window->setProblemsShown(false);
+        QCOMPARE(list()->countOfArrangedObjects(), 5);
+        QVERIFY(list()->draggingEnabled());
+    }
+
+    void fixesGoThroughTheButtons()
+    {
+        m_window->problems().finish();
+        m_window->setProblemsShown(true);
+        pane()->showKind(ProblemKind::InvalidCodePoint);
+        QVERIFY(QTest::qWaitFor([this] { return button(u"Fi&x Selected"_s)->width() > 40; }));
+        pane()->table()->selectRow(1);
+        QTest::mouseClick(button(u"Fi&x Selected"_s), Qt::LeftButton);
+        QCOMPARE(m_document->objectInInfosAtIndex(4)->unicode(), u"0045"_s);
+        QCOMPARE(m_document->objectInInfosAtIndex(3)->unicode(), u"44"_s);
+        QCOMPARE(pane()->table()->model()->rowCount(), 1);
+        QCOMPARE(pane()->table()->currentIndex().row(), 0); // the next one
+        QTest::mouseClick(button(u"Fix &All"_s), Qt::LeftButton);
+        QCOMPARE(m_document->objectInInfosAtIndex(3)->unicode(), u"0044"_s);
+        QVERIFY(!button(u"Fix &All"_s)->isEnabled());
+        QCOMPARE(m_document->undoManager()->stack()->undoText(), u"Correct Code Points (Records: 1)"_s);
+
+        pane()->showKind(ProblemKind::InvalidName);
+        pane()->table()->selectRow(0);
+        QVERIFY2(!button(u"Fi&x Selected"_s)->isEnabled(), "a space inside a name needs a decision");
+        pane()->table()->selectAll();
+        QVERIFY(button(u"Fi&x Selected"_s)->isEnabled());
+        pane()->showKind(ProblemKind::DuplicateName);
+        QVERIFY(!button(u"Fix &All"_s)->isEnabled());
+        m_document->undoManager()->undo();
+        m_document->undoManager()->undo();
+        QCOMPARE(m_document->objectInInfosAtIndex(4)->unicode(), u"45"_s);
+        QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void paneAndItsHeightAreRemembered()
+    {
+        m_window->setProblemsShown(true);
+        m_window.reset();
+        openWindow();
+        QVERIFY(m_window->isProblemsShown());
+        m_window->setProblemsShown(false);
+        m_window.reset();
+        openWindow();
+        QVERIFY(!m_window->isProblemsShown());
+    }
+
+    void replacementTellsOfWhatItSpoils()
+    {
+        m_window->problems().finish();
+        m_window->selectAll();
+        QTimer::singleShot(0, this, [this] {
+            auto *panel = m_window->findChild<VXFindReplaceWindowController *>();
+            panel->selectItemWithTag(FindReplace::Name);
+            panel->findChild<QLineEdit *>(u"findField"_s)->setText(u"D"_s);
+            panel->findChild<QLineEdit *>(u"replaceField"_s)->setText(u"A\""_s);
+            panel->doReplace();
+        });
+        m_window->performFindPanelAction(12);
+        auto *bar = m_window->findChild<MessageBar *>();
+        QTRY_VERIFY(bar->isVisible());
+        QCOMPARE(m_document->objectInInfosAtIndex(3)->name(), u"A\""_s);
+        QVERIFY2(bar->text().contains(u"Invalid names (1 more), Quotes and line breaks (1 more)"_s),
+                 qPrintable(bar->text()));
+    }
+
+    void windowStateIsComplete()
+    {
+        QHeaderView *header = m_window->tableView()->horizontalHeader();
+        header->setSortIndicator(1, Qt::DescendingOrder);
+        header->resizeSection(2, 143);
+        m_window->searchField()->setStringValue(u"a"_s);
+        m_window->filterInfos();
+        list()->setSelectionIndexes({1});
+        m_window->setSidebarShown(false);
+        m_window->setProblemsShown(true);
+        const QVariantMap state = m_window->windowWillEncodeRestorableState();
+        const QString shown = namesOf(list()->arrangedObjects());
+
+        m_window->setSidebarShown(true);
+        m_window->setProblemsShown(false);
+        UserDefaults::standard().removeObjectForKey(u"TableHeaderState"_s);
+        m_window.reset();
+        UserDefaults::standard().removeObjectForKey(u"TableHeaderState"_s);
+        openWindow();
+        QCOMPARE(list()->sortColumn(), -1);
+        QVERIFY(m_window->tableView()->columnWidth(2) != 143);
+        m_window->windowDidDecodeRestorableState(state);
+        QCOMPARE(namesOf(list()->arrangedObjects()), shown);
+        QCOMPARE(list()->sortColumn(), 1);
+        QCOMPARE(m_window->tableView()->columnWidth(2), 143);
+        QCOMPARE(list()->selectionIndexes(), IndexSet {1});
+        QVERIFY(!m_window->isSidebarShown());
+        QVERIFY(m_window->isProblemsShown());
+        m_window->setSidebarShown(true);
+    }
+
+private:
+    void openWindow()
+    {
+        m_window = std::make_unique<VXWindowController>(*m_document);
+        m_document->setWindowController(m_window.get());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+    ProblemsPane *pane() const { return m_window->problemsPane(); }
+    RSRTVArrayController *list() const { return m_window->infolistController(); }
+    QToolButton *button(const QString &text) const
+    {
+        for (QToolButton *each : pane()->findChildren<QToolButton *>()) {
+            if (each->text() == text)
+                return each;
+        }
+        return nullptr;
+    }
+
+    std::unique_ptr<VXDocument> m_document;
+    std::unique_ptr<VXWindowController> m_window;
+};
+
+RUNEBOOK_TEST_MAIN(ProblemsPaneTest)
+#include "ProblemsPaneTest.moc"
