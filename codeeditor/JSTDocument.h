@@ -14,6 +14,8 @@
 
 class VXCodeTextStorage;
 
+Q_MOC_INCLUDE("codeeditor/JSTTextView.h")
+
 /// Colours the Python of one code text view and completes its words. Every edit is coloured at once, and when
 /// the user pauses the whole text runs through the tokenizer again; only blocks that came to look different
 /// are touched, and colours are no part of the text: undo, caret, selection and the modified state never
@@ -31,39 +33,45 @@ public:
     ~JSTDocument() override;
 
 public: // what it works on
-    JSTTextView *sourceText() const;
+    Q_INVOKABLE JSTTextView *sourceText() const;
     /// Takes \a sourceText over: becomes its delegate, follows its text, aligns it to the left. Not owned.
-    void setSourceText(JSTTextView *sourceText);
+    Q_INVOKABLE void setSourceText(JSTTextView *sourceText);
     TDTokenizer &tokenizer() const { return *m_tokenizer; }
     /// Who is told of changes and asked for more completions. Not owned; may be none, and may go.
-    QObject *delegate() const { return m_delegate; }
-    void setDelegate(QObject *delegate);
+    Q_INVOKABLE QObject *delegate() const { return m_delegate; }
+    Q_INVOKABLE void setDelegate(QObject *delegate);
 
 public: // colouring
     /// Colours the text unless it is the one coloured last; always when \a force is set. Text shorter than
     /// two characters keeps what it has; behind 500,000 characters only the default colour remains.
     Q_INVOKABLE void parseCode(bool force);
     /// The text as it was coloured last; null before the first pass.
-    QString sourceString() const { return m_sourceString; }
+    Q_INVOKABLE QString sourceString() const { return m_sourceString; }
     /// Runs after each pass, on the same text; an empty function removes it.
     void addPostProcessing(const std::function<void(VXCodeTextStorage *)> &block);
     /// True in a string or a comment of the coloured text, where nobody waits for completions.
-    bool isInStringOrComment(int index) const;
+    Q_INVOKABLE bool isInStringOrComment(int index) const;
 
 public: // font
     /// The user's fixed-pitch font at the font size; where there is none, "Monaco".
-    QFont defaultFont() const;
+    Q_INVOKABLE QFont defaultFont() const;
     /// Points.
     int fontSize() const { return m_fontSize; }
-    void setFontSize(int fontSize);
+    Q_INVOKABLE void setFontSize(int fontSize);
 
 public: // completion
     const QStringList &autocompleteKeywords() const { return m_autocompleteKeywords; }
-    void setAutocompleteKeywords(const QStringList &words) { m_autocompleteKeywords = words; }
+    Q_INVOKABLE void setAutocompleteKeywords(const QStringList &words) { m_autocompleteKeywords = words; }
 
 public: // kept for the console of the panel; nothing here reads it
-    const QVariantMap &previousOutputTypingAttributes() const { return m_previousOutputTypingAttributes; }
-    void setPreviousOutputTypingAttributes(const QVariantMap &map) { m_previousOutputTypingAttributes = map; }
+    Q_INVOKABLE const QVariantMap &previousOutputTypingAttributes() const
+    {
+        return m_previousOutputTypingAttributes;
+    }
+    Q_INVOKABLE void setPreviousOutputTypingAttributes(const QVariantMap &map)
+    {
+        m_previousOutputTypingAttributes = map;
+    }
 
 public: // called by the text view
     void textDidChange(JSTTextView *view) override;
@@ -74,8 +82,9 @@ public: // called by the text view
                                                                           int *selectedIndex) override;
     /// Never called by anybody, deliberately: the underscore keeps it out of editing. True when \a
     /// replacement has no character from U+00FF on.
-    bool textView_ShouldChangeTextInRangeReplacementString(JSTTextView *view, runebook::TextRange range,
-                                                           const QString &replacement) const;
+    Q_INVOKABLE bool textView_ShouldChangeTextInRangeReplacementString(JSTTextView *view,
+                                                                       runebook::TextRange range,
+                                                                       const QString &replacement) const;
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -14,6 +14,9 @@ namespace runebook {
 class CompletionPopup;
 }
 
+Q_MOC_INCLUDE("codeeditor/VXCodeTextStorage.h")
+Q_MOC_INCLUDE("codeeditor/VXLineNumberView.h")
+
 /// The view in which Python code is edited: indents new lines, comments and shifts lines, moves by the parts
 /// of dotted names, matches braces, completes words and shows line numbers. Positions and ranges are UTF-16
 /// units of string(). Main thread only.
@@ -35,13 +38,14 @@ public: // the text
     /// Replaces the selection as if \a text had been typed: undoable, and only if the delegate agrees.
     Q_INVOKABLE void insertText(const QString &text);
     /// True when the view can be edited and the delegate has nothing against the change.
-    bool shouldChangeTextInRangeReplacementString(runebook::TextRange range, const QString &replacement);
+    Q_INVOKABLE bool shouldChangeTextInRangeReplacementString(runebook::TextRange range,
+                                                              const QString &replacement);
     Q_INVOKABLE VXCodeTextStorage *textStorage() const;
 
 public: // delegate and line numbers
     /// Told of changes, asked for completions (JSTTextViewDelegate). Not owned; may go.
     Q_INVOKABLE QObject *delegate() const { return m_delegate; }
-    void setDelegate(QObject *delegate);
+    Q_INVOKABLE void setDelegate(QObject *delegate);
     /// None before setupLineNumberview().
     Q_INVOKABLE VXLineNumberView *lineNumberView() const { return m_lineNumberView; }
     Q_INVOKABLE void setupLineNumberview();
@@ -50,15 +54,15 @@ public: // delegate and line numbers
 public: // looks
     /// By how much wrapped lines hang, in pixels.
     qreal headIndent() const { return m_headIndent; }
-    void setHeadIndent(qreal headIndent);
+    Q_INVOKABLE void setHeadIndent(qreal headIndent);
     /// Flashes the characters of \a range, when they can be seen.
-    void showFindIndicatorForRange(runebook::TextRange range);
+    Q_INVOKABLE void showFindIndicatorForRange(runebook::TextRange range);
 
 public: // completion
     /// The name before the caret, with the dotted names in front of it; empty at the caret when there is
     /// none.
-    runebook::TextRange rangeForUserCompletion() const;
-    QStringList completionsForPartialWordRange(runebook::TextRange range, int *selectedIndex);
+    Q_INVOKABLE runebook::TextRange rangeForUserCompletion() const;
+    Q_INVOKABLE QStringList completionsForPartialWordRange(runebook::TextRange range, int *selectedIndex);
 
 public:
     /// Always gives the keyboard away, without the base view's leave-taking.

@@ -36,9 +36,10 @@ public: // characters
 public: // attributes: "NSColor", "NSFont", "NSLink"
     /// Those of the character at \a index, the default colour and font where it has none of its own; empty
     /// outside the text. \a effectiveRange gets the piece around it, inside its paragraph, that shares them.
-    QVariantMap attributesAtIndexEffectiveRange(int index, runebook::TextRange *effectiveRange) const;
-    /// The same for scripts: [attributes, [location, length]].
-    Q_INVOKABLE QVariantList attributesAtIndexEffectiveRange(int index) const;
+    Q_INVOKABLE QVariantMap attributesAtIndexEffectiveRange(int index,
+                                                            runebook::TextRange *effectiveRange) const;
+    /// The same as a list: [attributes, [location, length]].
+    QVariantList attributesAtIndexEffectiveRange(int index) const;
     /// Gives the characters of \a range these attributes alone. No undo step: attributes are no content.
     Q_INVOKABLE void setAttributesRange(const QVariantMap &attributes, runebook::TextRange range);
     /// Asked for the attributes of characters that nothing lies over: those of blanks, which are kept out of
@@ -50,7 +51,7 @@ public: // attributes: "NSColor", "NSFont", "NSLink"
     void setDefaultForegroundColor(const QColor &color) { m_defaultForegroundColor = color; }
 
 public: // words
-    bool _usesProgrammingLanguageBreaks() const { return true; }
+    Q_INVOKABLE bool _usesProgrammingLanguageBreaks() const { return true; }
     /// What a double click on the character at \a index selects.
     Q_INVOKABLE runebook::TextRange doubleClickAtIndex(int index) const;
     /// Where the caret goes from \a index by one word: to the next dot inside a dotted name, else to the next

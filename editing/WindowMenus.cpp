@@ -26,7 +26,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kScriptsMenuTag = 15;
 constexpr qsizetype kLongestMenuText = 80;
 
 /// A text from a file or a record as a menu may show it: an ampersand would become a mnemonic.
@@ -245,13 +244,8 @@ void WindowMenus::buildGlyphMenu()
 
 void WindowMenus::buildScriptsMenu()
 {
-    QMenu menu;
-    MainMenu::contributeTo(MainMenu::Scripts, menu, m_window);
-    if (menu.isEmpty())
-        return;
-    QMenu *scripts = m_window.menuBar()->addMenu(tr("&Scripts"));
-    scripts->setProperty("tag", kScriptsMenuTag);
-    MainMenu::contributeTo(MainMenu::Scripts, *scripts, m_window);
+    // One for all windows: scripts are many, and reading them takes a while.
+    m_window.menuBar()->addMenu(MainMenu::sharedMenu(MainMenu::Scripts));
 }
 
 void WindowMenus::buildWindowMenu()

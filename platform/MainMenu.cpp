@@ -1,5 +1,9 @@
 #include "platform/MainMenu.h"
 
+#include <QAction>
+#include <QMenu>
+#include <QPointer>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -11,6 +15,12 @@ std::vector<std::pair<MainMenu::Place, MainMenu::Contribution>> &contributions()
 {
     static std::vector<std::pair<MainMenu::Place, MainMenu::Contribution>> list;
     return list;
+}
+
+std::map<MainMenu::Place, QPointer<QMenu>> &sharedMenus()
+{
+    static std::map<MainMenu::Place, QPointer<QMenu>> menus;
+    return menus;
 }
 
 } // namespace
@@ -26,6 +36,16 @@ void MainMenu::contributeTo(Place place, QMenu &menu, QWidget &window)
         if (where == place)
             contribution(menu, window);
     }
+}
+
+QMenu *MainMenu::sharedMenu(Place place)
+{
+    QPointer<QMenu> &menu = sharedMenus()[place];
+    if (!menu) {
+        menu = new QMenu;
+        menu->menuAction()->setVisible(false);
+    }
+    return menu;
 }
 
 } // namespace runebook

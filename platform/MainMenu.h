@@ -18,6 +18,10 @@ public:
 
     static void addContribution(Place place, Contribution contribution);
     static void contributeTo(Place place, QMenu &menu, QWidget &window);
+
+    /// The menu at \a place that all windows show in their menu bars, for content there is one of; made empty
+    /// and not visible on first call. Whoever fills it gives it a title and makes it visible.
+    static QMenu *sharedMenu(Place place);
 };
 
 } // namespace runebook

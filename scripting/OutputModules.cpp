@@ -13,7 +13,8 @@ namespace {
 
 enum class Stream { Output, Error };
 
-ScriptConsole *console = nullptr;
+ScriptConsole *ownOutput = nullptr;
+ScriptConsole *panel = nullptr;
 
 void writeTo(ScriptConsole &target, Stream stream, const QString &text)
 {
@@ -71,7 +72,7 @@ QString textFromUtf8(const char *utf8)
 
 void deliver(Stream stream, const QString &text)
 {
-    ScriptConsole *target = console;
+    ScriptConsole *target = scriptConsole();
     if (!target)
         return;
     if (target->takesAnyThread() || isOnMainThread())
@@ -164,19 +165,24 @@ PyObject *createModule(PyModuleDef &definition, const char *replaced)
 
 ScriptConsole *scriptConsole()
 {
-    return console;
+    return ownOutput ? ownOutput : panel;
 }
 
-void setScriptConsole(ScriptConsole *target)
+void setScriptConsole(ScriptConsole *console)
 {
-    console = target;
+    ownOutput = console;
+}
+
+void setPanelConsole(ScriptConsole *console)
+{
+    panel = console;
 }
 
 void deliverPendingOutput()
 {
     for (const auto &[stream, text] : pendingOutput().take()) {
-        if (console)
-            writeTo(*console, stream, text);
+        if (ScriptConsole *target = scriptConsole())
+            writeTo(*target, stream, text);
     }
 }
 

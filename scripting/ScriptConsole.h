@@ -16,8 +16,11 @@ public:
     virtual bool takesAnyThread() const { return false; }
 };
 
-/// The console of the process: the macro panel, or the process's own output. Not owned; null drops all text.
+/// Where text goes: the process's own output where that was set, else the macro panel, else nowhere.
 ScriptConsole *scriptConsole();
+/// The process's own output. Not owned.
 void setScriptConsole(ScriptConsole *console);
+/// The macro panel. Not owned; in a run without windows it is there as well, but shows nothing.
+void setPanelConsole(ScriptConsole *console);
 
 } // namespace runebook

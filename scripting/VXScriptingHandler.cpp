@@ -6,6 +6,7 @@
 #include "scripting/PythonFunctions.h"
 #include "scripting/PythonProbe.h"
 #include "scripting/ScriptConsole.h"
+#include "scripting/ScriptFolderWatcher.h"
 #include "scripting/ScriptRun.h"
 
 #include <QFile>
@@ -48,9 +49,11 @@ VXScriptingHandler *VXScriptingHandler::initOnce()
         loadPythonFunctions();
         initPython();
     }
-    NotificationCenter::defaultCenter().observe(
-        u"VXReloadScriptMenu"_s, this,
-        [this](QObject *, const QVariantMap &) { Q_EMIT scriptMenuReloadRequested(); });
+    NotificationCenter::defaultCenter().observe(u"VXReloadScriptMenu"_s, this,
+                                                [this](QObject *, const QVariantMap &) {
+                                                    reloadScriptMenu();
+                                                    Q_EMIT scriptMenuReloadRequested();
+                                                });
     return this;
 }
 
@@ -139,7 +142,35 @@ void VXScriptingHandler::interruptRun()
     ScriptRun::interrupt();
 }
 
-void VXScriptingHandler::setMacroPanelController(ScriptConsole *panel)
+// The macro panel
+
+namespace {
+
+QPointer<QObject> &registeredPanel()
 {
-    setScriptConsole(panel);
+    static QPointer<QObject> panel;
+    return panel;
+}
+
+} // namespace
+
+QObject *VXScriptingHandler::globalMacroPanelController()
+{
+    return registeredPanel();
+}
+
+void VXScriptingHandler::setMacroPanelController(QObject *panel)
+{
+    auto *console = dynamic_cast<ScriptConsole *>(panel);
+    if (panel && !console) {
+        qWarning("%s shows no text of scripts: it cannot be the macro panel",
+                 panel->metaObject()->className());
+        return;
+    }
+    if (registeredPanel())
+        disconnect(registeredPanel(), &QObject::destroyed, this, nullptr);
+    registeredPanel() = panel;
+    setPanelConsole(console);
+    if (panel)
+        connect(panel, &QObject::destroyed, this, [] { setPanelConsole(nullptr); });
 }

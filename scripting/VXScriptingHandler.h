@@ -7,10 +7,17 @@
 #include <QPointer>
 #include <QStringList>
 #include <QVariantMap>
+#include <memory>
+
+class QAction;
+class QMenu;
 
 namespace runebook {
-class ScriptConsole;
+class ScriptFolderWatcher;
 } // namespace runebook
+
+Q_MOC_INCLUDE(<QAction>)
+Q_MOC_INCLUDE(<QMenu>)
 
 /// Finds Python among the user's installations, loads it, starts it and gives it the scripts' folders. One
 /// for the program. Main thread only. An installation is described by a map with "name", "fullPath" and
@@ -20,7 +27,7 @@ class VXScriptingHandler : public QObject
     Q_OBJECT
 public: // making
     /// The handler of the program, made and started on first call.
-    static VXScriptingHandler *sharedHandler();
+    Q_INVOKABLE static VXScriptingHandler *sharedHandler();
     /// A handler that has done nothing yet, looking in \a places.
     explicit VXScriptingHandler(runebook::PythonPlaces places, QObject *parent = nullptr);
     ~VXScriptingHandler() override;
@@ -74,10 +81,43 @@ public: // running
     static void interruptRun();
 
 public: // the macro panel
-    /// Makes \a panel the console of all scripts; kept for the process, not owned.
-    void setMacroPanelController(runebook::ScriptConsole *panel);
-    /// Always empty: the panel is known to the process as a whole.
+    /// Registers the macro panel, which shows what scripts write unless the process's own output does. It
+    /// has to be a runebook::ScriptConsole as well; not owned, and may go. Null takes it away.
+    Q_INVOKABLE void setMacroPanelController(QObject *panel);
+    /// The registered panel, or null.
+    Q_INVOKABLE static QObject *globalMacroPanelController();
+    /// Always empty, deliberately: everything reads the panel of the process.
     Q_INVOKABLE QObject *macroPanelController() const { return m_macroPanelController; }
+
+public: // the Scripts menu; its items carry "tag", "representedObject" (see ScriptMenuItems.h)
+    /// One for the program, in the menu bars of all windows; made with its fixed items on first call.
+    Q_INVOKABLE QMenu *scriptMenu();
+    /// Runs the script that was chosen last once more.
+    Q_INVOKABLE QAction *runAgainMenuItem();
+    /// Wires the fixed items and fills the menu; once, when the panel is registered.
+    Q_INVOKABLE void setupScriptMenu();
+    /// Fills the menu anew from scriptPaths() and clears the console. Does nothing before a panel is
+    /// registered. Also done when the notification "VXReloadScriptMenu" is posted.
+    Q_INVOKABLE void reloadScriptMenu();
+    /// Puts the scripts of \a folder and of the folders below it on top of the menu, under submenus named
+    /// by the parts of \a subFolder. Folders that cannot be read are skipped.
+    Q_INVOKABLE void addScriptsFromFolderSubFolder(const QString &folder, const QString &subFolder);
+    /// Adds the script \a fileName in \a basePath if it declares a title.
+    Q_INVOKABLE void addScriptMenuItemWithBasePathSubFolder(const QString &fileName, const QString &basePath,
+                                                            const QString &subFolder);
+    /// From the keys of menu items ("folder/title") to the paths of scripts.
+    Q_INVOKABLE static QVariantMap scriptPathDict();
+    /// Shows the user's script folder in the desktop's file browser; makes it when it is missing.
+    Q_INVOKABLE void showScriptFolder();
+    /// Runs the script of \a item and remembers it as the last one; nothing when its file is gone.
+    Q_INVOKABLE void runScriptMenu(QAction *item);
+    /// True when there is a script to run again.
+    Q_INVOKABLE bool setupRunAgainMenuItem();
+    /// Whether \a item can be chosen; brings the run-again item up to date.
+    Q_INVOKABLE bool validateMenuItem(QAction *item);
+    /// True when scripts on disk differ from those in the menu, which is never rebuilt by itself since that
+    /// would clear the console.
+    Q_INVOKABLE bool isScriptMenuOutdated() const;
 
 Q_SIGNALS:
     /// The notification "VXReloadScriptMenu" was posted.
@@ -90,9 +130,14 @@ private:
     void startInterpreter(const QString &path);
     void setUpInterpreter(bool replacesStreams);
     void warnWhenUnsupported();
+    void makeScriptMenu();
+    void validateScriptMenu();
+    void showReloadState();
 
     runebook::PythonPlaces m_places;
     QList<QVariantMap> m_pythonFrameworks;
     runebook::Error m_startError;
     QObject *m_macroPanelController = nullptr;
+    QPointer<QMenu> m_scriptMenu; // the application's: widgets end with it, the handler does not
+    std::unique_ptr<runebook::ScriptFolderWatcher> m_folderWatcher;
 };

@@ -6,6 +6,7 @@
 #include "scripting/ScriptRun.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/BridgeModule.h"
+#include "scripting/bridge/ScriptHelpers.h"
 
 #include <QDir>
 #include <QFile>
@@ -187,6 +188,9 @@ QStringList VXScriptingHandler::scriptPaths()
     static QStringList paths;
     if (!paths.isEmpty() || PythonMajorVersion < 3)
         return paths;
+    // The list is made once: the folder that the user is pointed to has to be there by then.
+    if (ScriptHelpers::shared().canAsk())
+        QDir().mkpath(applicationSupportFolder() + "/Scripts"_L1);
     linkScriptFolder();
     paths << StandardFolders::programData()
             + u"/Contents/Scripts%1%2"_s.arg(PythonMajorVersion).arg(PythonMinorVersion);

@@ -23,7 +23,8 @@ __all__ = ["VXGlyphInfo", "VXDocument", "VXVersionComparator",
            "openDocument", "newDocument", "newInfo", "undoGroup", "progress",
            "message", "askString", "processEvents", "hexStringToInt",
            "hexStringFromInt", "stringWithChar", "character32AtIndex",
-           "rangeOfLine", "UUID", "FIELDS"]
+           "rangeOfLine", "UUID", "TE_isOpeningBrace", "TE_isClosingBrace",
+           "TE_findMatchingBraceForRangeInString", "FIELDS"]
 
 VXGlyphInfo = _objc.lookUpClass("VXGlyphInfo")
 VXDocument = _objc.lookUpClass("VXDocument")
@@ -217,4 +218,35 @@ def rangeOfLine(text, number):
 def UUID():
     """A new random UUID."""
     return _helpers.UUID()
+
+
+def _unit(character):
+    """The UTF-16 unit of a character given as a text or as a number."""
+    if isinstance(character, str):
+        units = character.encode("utf-16-le", "surrogatepass")
+        return int.from_bytes(units, "little") if len(units) == 2 else 0
+    return character
+
+
+def TE_isOpeningBrace(character):
+    """Whether a character is one of the editor's opening braces.
+
+    The very first question of all is answered with False, whatever the
+    character: the lists of braces are made by it.
+    """
+    return _helpers.TE_isOpeningBrace(_unit(character))
+
+
+def TE_isClosingBrace(character):
+    """Whether a character is one of the editor's closing braces."""
+    return _helpers.TE_isClosingBrace(_unit(character))
+
+
+def TE_findMatchingBraceForRangeInString(index, string):
+    """The range (location, 1) of the brace that matches the one at a place.
+
+    (NSNotFound, 0) when there is none.  Places are UTF-16 units.
+    """
+    found = _helpers.TE_findMatchingBraceForRangeInString(index, string)
+    return (0x7FFFFFFFFFFFFFFF, 0) if found is None else found
 

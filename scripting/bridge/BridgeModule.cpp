@@ -1,12 +1,20 @@
 #include "scripting/bridge/BridgeModule.h"
 
+#include "app/tabbar/VXTabBarControl.h"
 #include "app/update/VXVersionComparator.h"
+#include "codeeditor/JSTDocument.h"
+#include "codeeditor/JSTTextView.h"
+#include "codeeditor/VXCodeTextStorage.h"
+#include "codeeditor/VXLineNumberView.h"
 #include "document/VXDocument.h"
 #include "platform/DocumentController.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/BridgeTypes.h"
+#include "scripting/bridge/ControlOperations.h"
+#include "scripting/bridge/DocumentOperations.h"
+#include "scripting/bridge/MenuOperations.h"
 #include "scripting/bridge/Operation.h"
 #include "scripting/bridge/ScriptApplication.h"
 #include "scripting/bridge/ScriptHelpers.h"
@@ -17,23 +25,35 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A document that scripts make belongs to them until it has become one of the open documents.
-Instance makeDocument()
+/// An object that scripts make belongs to them until the program has given it a parent: a document has
+/// become one of the open ones, a view is shown in a window.
+Instance ownedByScripts(QObject *made)
 {
-    const auto guard = [](QObject *document) {
-        return std::shared_ptr<void>(nullptr, [pointer = QPointer(document)](void *) {
-            if (pointer && !pointer->parent())
-                pointer->deleteLater();
-        });
+    const auto end = [pointer = QPointer(made)](void *) {
+        if (pointer && !pointer->parent())
+            pointer->deleteLater();
     };
-    auto *document = new VXDocument;
-    return {guard(document), document};
+    return {std::shared_ptr<void>(nullptr, end), made};
+}
+
+template <typename Class> void registerOwnedClass()
+{
+    BridgedClass::registerClass(Class::staticMetaObject, [] { return ownedByScripts(new Class); });
 }
 
 void registerClasses()
 {
+    registerTextRange();
+    registerMenuOperations();
+    registerControlOperations();
+    registerDocumentOperations();
     registerRecord<VXGlyphInfo>();
-    BridgedClass::registerClass(VXDocument::staticMetaObject, makeDocument);
+    registerOwnedClass<VXDocument>();
+    registerOwnedClass<JSTTextView>();
+    registerOwnedClass<JSTDocument>();
+    registerOwnedClass<VXTabBarControl>();
+    registerOwnedClass<VXCodeTextStorage>();
+    BridgedClass::registerClass(VXLineNumberView::staticMetaObject);
     BridgedClass::registerClass(VXVersionComparator::staticMetaObject, [] {
         return Instance {std::make_shared<VXVersionComparator>(), nullptr};
     });
@@ -97,7 +117,7 @@ PyObject *observeNotifications(PyObject *, PyObject *function)
                              py.PyTuple_SetItem(arguments.get(), 2, variantToPython(userInfo));
                              const PythonRef answer(py.PyObject_CallObject(function, arguments.get()));
                              if (!answer)
-                                 vxPyErr_PrintEx(0);
+                                 printPendingError();
                          }
                          vxPyGILState_Release(state);
                      });
@@ -123,14 +143,11 @@ PyObject *selectors(PyObject *, PyObject *type)
     const BridgedClass *bridged = BridgedClass::forType(reinterpret_cast<PyTypeObject *>(type));
     const QMetaObject *meta = bridged ? &bridged->metaObject() : nullptr;
     for (; meta && meta != &QObject::staticMetaObject; meta = meta->superClass()) {
-        for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
-            const QMetaMethod method = meta->method(i);
-            if (method.methodType() == QMetaMethod::Signal || method.access() == QMetaMethod::Private)
-                continue;
-            const Method described(method, *meta);
-            if (described.isUsable)
-                names << QString::fromUtf8(usualSelector(method.name(), described.inputs()));
-        }
+        const BridgedClass *base = BridgedClass::forMetaObject(*meta);
+        if (!base)
+            return nullptr;
+        for (const Method &method : base->allMethods())
+            names << QString::fromUtf8(usualSelector(method.name, method.inputs()));
         for (int i = meta->propertyOffset(); i < meta->propertyCount(); ++i)
             names << QString::fromLatin1(meta->property(i).name());
     }

@@ -93,9 +93,11 @@ void deallocate(PyObject *self)
 
 const void *identity(const BridgeObject &object)
 {
-    if (object.instance.object)
+    // An object of a script stays what it is when the program gets something that stands for it.
+    if (object.bridgedClass && object.instance.object)
         return object.instance.object.data();
-    return object.instance.value ? object.instance.value.get() : static_cast<const void *>(&object);
+    return object.bridgedClass && object.instance.value ? object.instance.value.get()
+                                                        : static_cast<const void *>(&object);
 }
 
 PyObject *compare(PyObject *self, PyObject *other, int operation)
@@ -188,6 +190,12 @@ PyObject *makeObject(PyTypeObject *type, const BridgedClass *bridgedClass, Insta
     new (&object.instance) Instance(std::move(instance));
     list(object);
     return made;
+}
+
+void adopt(BridgeObject &object, Instance instance)
+{
+    object.instance = std::move(instance);
+    list(object);
 }
 
 PyObject *wrapObject(QObject *object)

@@ -37,6 +37,9 @@ bool isBridgeObject(PyObject *object);
 PyObject *makeObject(PyTypeObject *type, const BridgedClass *bridgedClass, Instance instance,
                      bool isAllocated = false);
 
+/// Puts \a instance behind \a object, which then is what scripts get for its QObject.
+void adopt(BridgeObject &object, Instance instance);
+
 /// A QObject of the program; None for null. The same Python object as long as one is alive.
 PyObject *wrapObject(QObject *object);
 /// A record or value of the class \a bridgedClass.

@@ -1,6 +1,8 @@
 #include "scripting/bridge/BridgeTypes.h"
 
+#include "codeeditor/TextRange.h"
 #include "document/VXDocument.h"
+#include "scripting/bridge/ScriptDelegate.h"
 
 #include <limits>
 #include <map>
@@ -233,6 +235,10 @@ bool objectFromPython(QMetaType type, PyObject *object, void *data)
     if (!isBridgeObject(object))
         return needs(object, wanted ? wanted->className() : "an object of the program");
     auto &bridged = *reinterpret_cast<BridgeObject *>(object);
+    if (!bridged.bridgedClass && wanted == &QObject::staticMetaObject) {
+        target = ScriptDelegate::forObject(object);
+        return true;
+    }
     if (!bridged.bridgedClass || bridged.bridgedClass->isGadget()
         || (wanted && !bridged.bridgedClass->metaObject().inherits(wanted)))
         return needs(object, wanted ? wanted->className() : "an object of the program");
@@ -269,6 +275,28 @@ bool gadgetFromPython(QMetaType type, PyObject *object, void *data)
         return false;
     type.destruct(data);
     type.construct(data, held->get());
+    return true;
+}
+
+// Ranges
+
+PyObject *rangeToPython(QMetaType, const void *data)
+{
+    const auto &range = as<TextRange>(data);
+    return vxPy_BuildValue("(ii)", range.location, range.length);
+}
+
+bool rangeFromPython(QMetaType, PyObject *object, void *data)
+{
+    std::vector<int> numbers;
+    if (isKind(object, python::kUnicodeSubclass | python::kDictSubclass)
+        || !forEach(object, [&numbers](PyObject *item) {
+               return integerFromPython<int>({}, item, &numbers.emplace_back());
+           }))
+        return py.PyErr_Occurred() ? false : needs(object, "a range");
+    if (numbers.size() != 2)
+        return needs(object, "a range of location and length");
+    *static_cast<TextRange *>(data) = {numbers[0], numbers[1]};
     return true;
 }
 
@@ -387,6 +415,11 @@ const BridgeType &bridgeType(QMetaType type)
 void registerType(QMetaType type, const BridgeType &bridge)
 {
     registeredTypes().insert_or_assign(type.id(), bridge);
+}
+
+void registerTextRange()
+{
+    registerType(QMetaType::fromType<TextRange>(), {rangeToPython, rangeFromPython});
 }
 
 ValueTypes &valueTypes()

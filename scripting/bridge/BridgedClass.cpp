@@ -37,6 +37,12 @@ QHash<PyTypeObject *, BridgedClass *> &classesOfTypes()
     return classes;
 }
 
+QMultiHash<const QMetaObject *, QObject *> &extensions()
+{
+    static auto &operations = *new QMultiHash<const QMetaObject *, QObject *>;
+    return operations;
+}
+
 QByteArray shortName(const QMetaObject &meta)
 {
     const QByteArray name(meta.className());
@@ -61,6 +67,11 @@ BridgedClass::~BridgedClass() = default;
 void BridgedClass::registerClass(const QMetaObject &meta, Factory factory)
 {
     knownClasses().insert(shortName(meta), {&meta, std::move(factory)});
+}
+
+void BridgedClass::registerExtension(const QMetaObject &meta, QObject *operations)
+{
+    extensions().insert(&meta, operations);
 }
 
 const BridgedClass *BridgedClass::forMetaObject(const QMetaObject &meta)
@@ -144,29 +155,59 @@ bool BridgedClass::makeType()
     if (!m_type)
         return false;
     classesOfTypes().insert(m_type, this);
-    return addMethods() && addProperties();
+    return addGroups(ownMethods()) && addProperties() && addGroups(extensionMethods());
 }
 
-bool BridgedClass::addMethods()
+std::vector<Method> BridgedClass::allMethods() const
 {
-    QHash<QByteArray, MethodGroup *> groups;
+    std::vector<Method> methods = ownMethods();
+    std::ranges::move(extensionMethods(), std::back_inserter(methods));
+    return methods;
+}
+
+std::vector<Method> BridgedClass::ownMethods() const
+{
+    std::vector<Method> methods;
     for (int i = m_meta.methodOffset(); i < m_meta.methodCount(); ++i) {
         const QMetaMethod method = m_meta.method(i);
         if (isHidden(method))
             continue;
-        Method candidate(method, m_meta);
-        if (!candidate.isUsable)
-            continue;
-        MethodGroup *&group = groups[method.name()];
-        if (!group) {
-            m_groups.push_back(std::make_unique<MethodGroup>(MethodGroup {this, method.name(), {}}));
-            group = m_groups.back().get();
+        if (Method usable(method); usable.isUsable)
+            methods.push_back(std::move(usable));
+    }
+    return methods;
+}
+
+std::vector<Method> BridgedClass::extensionMethods() const
+{
+    std::vector<Method> methods;
+    for (QObject *operations : extensions().values(&m_meta)) {
+        const QMetaObject *meta = operations->metaObject();
+        for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+            Method usable(meta->method(i), operations);
+            Q_ASSERT(usable.isUsable);
+            methods.push_back(std::move(usable));
         }
-        group->methods.push_back(std::move(candidate));
+    }
+    return methods;
+}
+
+bool BridgedClass::addGroups(std::vector<Method> methods)
+{
+    QHash<QByteArray, MethodGroup *> groups;
+    std::vector<MethodGroup *> added;
+    for (Method &method : methods) {
+        MethodGroup *&group = groups[method.name];
+        if (!group) {
+            m_groups.push_back(std::make_unique<MethodGroup>(MethodGroup {this, method.name, {}}));
+            group = m_groups.back().get();
+            added.push_back(group);
+        }
+        group->methods.push_back(std::move(method));
     }
     // Attributes point to their selectors for as long as the type lives.
     static std::deque<Selector> selectors;
-    for (const auto &group : m_groups) {
+    for (const MethodGroup *group : added) {
         QSet<std::pair<int, bool>> done;
         for (const Method &method : group->methods) {
             if (done.contains({method.inputs(), method.canFail}))

@@ -7,6 +7,7 @@
 
 namespace runebook::bridge {
 
+struct Method;
 struct MethodGroup;
 
 /// A class of the program as scripts see it: a Python type with one attribute for each property and each
@@ -26,6 +27,10 @@ public:
     /// Makes the class known by its name before any object of it is met. \a factory makes what alloc().init()
     /// gives; without one scripts cannot make objects.
     static void registerClass(const QMetaObject &meta, Factory factory = {});
+    /// Adds operations to a class of the desktop framework: each function of \a operations that can be
+    /// invoked becomes one of \a meta, with the object it is called on as its first argument. It takes the
+    /// place of an operation or property of the same name. Before any object of the class is met; not owned.
+    static void registerExtension(const QMetaObject &meta, QObject *operations);
 
 public:
     const QMetaObject &metaObject() const { return m_meta; }
@@ -36,6 +41,8 @@ public:
     /// An object for operations that are called on the class; empty when there can be none.
     const Instance &prototype() const;
     bool isGadget() const;
+    /// The functions that scripts can call on this class, those of its bases left out.
+    std::vector<Method> allMethods() const;
     /// Calls one of the class's functions by its index within the class.
     void call(QMetaObject::Call what, void *address, int relativeIndex, void **arguments) const;
 
@@ -43,8 +50,10 @@ private:
     explicit BridgedClass(const QMetaObject &meta);
     ~BridgedClass();
     bool makeType();
-    bool addMethods();
+    bool addGroups(std::vector<Method> methods);
     bool addProperties();
+    std::vector<Method> ownMethods() const;
+    std::vector<Method> extensionMethods() const;
 
     const QMetaObject &m_meta;
     PyTypeObject *m_type = nullptr;

@@ -49,7 +49,8 @@ private:
     std::optional<Storage> m_result;
     std::optional<Storage> m_values[kMaxParameters];
     void *m_outPointers[kMaxParameters] = {};
-    void *m_pointers[kMaxParameters + 2] = {};
+    void *m_target = nullptr; ///< what an extension's function is called on
+    void *m_pointers[kMaxParameters + 3] = {};
     Error m_error;
     Error *m_errorPointer = &m_error;
 };
@@ -57,6 +58,7 @@ private:
 bool Call::take(const Arguments &arguments)
 {
     std::size_t place = 0;
+    void **pointers = m_method.extension ? m_pointers + 2 : m_pointers + 1;
     for (const Parameter &parameter : m_method.parameters) {
         Storage &value = m_values[place].emplace(parameter.type);
         PyObject *given = arguments.at(static_cast<Py_ssize_t>(place));
@@ -70,17 +72,25 @@ bool Call::take(const Arguments &arguments)
         if (!isLeftOut && !parameter.bridge->fromPython(parameter.type, given, value.data()))
             return false;
         m_outPointers[place] = value.data();
-        m_pointers[place + 1] = parameter.isOut ? static_cast<void *>(&m_outPointers[place]) : value.data();
+        pointers[place] = parameter.isOut ? static_cast<void *>(&m_outPointers[place]) : value.data();
         ++place;
     }
     if (m_method.canFail)
-        m_pointers[place + 1] = &m_errorPointer;
+        pointers[place] = &m_errorPointer;
     return true;
 }
 
 void Call::perform(const BridgedClass &owner, void *address)
 {
-    owner.call(QMetaObject::InvokeMetaMethod, address, m_method.relativeIndex, m_pointers);
+    if (!m_method.extension) {
+        owner.call(QMetaObject::InvokeMetaMethod, address, m_method.relativeIndex, m_pointers);
+        return;
+    }
+    m_target = address;
+    m_pointers[1] = &m_target;
+    QMetaObject::metacall(m_method.extension, QMetaObject::InvokeMetaMethod,
+                          m_method.extension->metaObject()->methodOffset() + m_method.relativeIndex,
+                          m_pointers);
 }
 
 PyObject *Call::answer(bool withError)
@@ -281,15 +291,17 @@ QMetaType pointee(QMetaType type)
 
 } // namespace
 
-Method::Method(const QMetaMethod &method, const QMetaObject &)
-    : relativeIndex(method.relativeMethodIndex()),
+Method::Method(const QMetaMethod &method, QObject *operations)
+    : name(method.name()),
+      extension(operations),
+      relativeIndex(method.relativeMethodIndex()),
       result(method.returnMetaType()),
       resultBridge(&bridgeType(result)),
       canFail(false),
       isUsable(static_cast<std::size_t>(method.parameterCount()) <= kMaxParameters),
       signature(method.methodSignature())
 {
-    for (int i = 0; isUsable && i < method.parameterCount(); ++i) {
+    for (int i = extension ? 1 : 0; isUsable && i < method.parameterCount(); ++i) {
         const QMetaType type = method.parameterMetaType(i);
         if (isErrorPointer(type) && i == method.parameterCount() - 1) {
             canFail = true;

@@ -18,14 +18,17 @@ struct Parameter {
 
 /// One function behind an operation; there are several where C++ overloads it.
 struct Method {
-    Method(const QMetaMethod &method, const QMetaObject &meta);
+    /// \a extension: the object whose function it is, when that is another one than it is called on.
+    explicit Method(const QMetaMethod &method, QObject *extension = nullptr);
 
     int inputs() const { return static_cast<int>(parameters.size()); }
 
+    QByteArray name;
+    QObject *extension;
     int relativeIndex;
     QMetaType result;
     const BridgeType *resultBridge;
-    std::vector<Parameter> parameters; ///< without the one for an error
+    std::vector<Parameter> parameters; ///< without the one for an error, and an extension's first
     bool canFail; ///< has an out parameter for an error at its end
     bool isUsable; ///< every type can cross
     QByteArray signature;

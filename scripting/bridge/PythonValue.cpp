@@ -81,6 +81,15 @@ void raiseCurrentException()
     }
 }
 
+void printPendingError()
+{
+    // Printing SystemExit would end the program.
+    if (py.PyErr_ExceptionMatches(*py.PyExc_SystemExit))
+        vxPyErr_Clear();
+    else
+        vxPyErr_PrintEx(0);
+}
+
 bool checkThread()
 {
     if (isOnMainThread())

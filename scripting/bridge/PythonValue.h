@@ -79,6 +79,10 @@ template <typename Result, typename Function> Result guarded(Result failed, Func
     }
 }
 
+/// Prints the pending error as an uncaught one, where nobody is there to take it. A script that ends itself
+/// ends nothing but the call.
+void printPendingError();
+
 /// False with RuntimeError set on any thread but the main one: nothing of the program may be touched there.
 bool checkThread();
 

@@ -15,7 +15,7 @@ using namespace runebook;
 using namespace Qt::StringLiterals;
 
 /// Keeps what scripts write, as the macro panel does.
-class KeepingConsole final : public ScriptConsole
+class KeepingConsole final : public QObject, public ScriptConsole
 {
 public:
     void setWrite(const QString &text) override { output += text; }

@@ -1,0 +1,305 @@
+#include "platform/MainMenu.h"
+#include "platform/UserDefaults.h"
+#include "scripting/ScriptConsole.h"
+#include "scripting/ScriptFile.h"
+#include "scripting/ScriptFolderWatcher.h"
+#include "scripting/ScriptMenuItems.h"
+#include "scripting/VXScriptingHandler.h"
+
+#include <QCollator>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QUrl>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+// The Scripts menu: the generated entries stand above the first separator, the fixed ones below it.
+
+namespace {
+
+constexpr int kMenuTag = 15;
+constexpr int kRunAgainTag = 2;
+constexpr int kShowFolderTag = 3;
+constexpr int kReloadTag = 4;
+constexpr int kSubmenuTag = -1;
+constexpr auto kRunAgainKey = "runAgainScriptName"_L1;
+
+/// Generous bounds, so that a disk linked into a script folder does not stop the program.
+constexpr int kMaxDepth = 24;
+constexpr int kMaxFolders = 5'000;
+constexpr int kMaxFiles = 20'000;
+
+/// What the menu was filled with, for the whole process.
+struct Contents {
+    QHash<QString, QString> pathsByKey;
+    QStringList way; ///< the folders that are being walked, outermost first, without links
+    int folders = 0;
+    int files = 0;
+};
+
+Contents &contents()
+{
+    static Contents shared;
+    return shared;
+}
+
+/// Sorts as a file browser does: "Script 2" before "Script 10".
+void sortNames(QStringList &names)
+{
+    // Under the locale "C" a collator ignores numbers and sorts capitals first.
+    const QLocale user;
+    QCollator collator(user.language() == QLocale::C ? QLocale(QLocale::English) : user);
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::vector<std::pair<QCollatorSortKey, QString>> keyed;
+    keyed.reserve(static_cast<std::size_t>(names.size()));
+    for (const QString &name : names)
+        keyed.emplace_back(collator.sortKey(name), name);
+    std::sort(keyed.begin(), keyed.end(), [](const auto &a, const auto &b) {
+        const int order = a.first.compare(b.first);
+        return order != 0 ? order < 0 : a.second < b.second;
+    });
+    std::transform(keyed.begin(), keyed.end(), names.begin(), [](const auto &item) { return item.second; });
+}
+
+void insertOnTop(QMenu &menu, QAction *item)
+{
+    // Not in one expression: the list would be copied while it is in use.
+    QAction *first = menu.actions().value(0);
+    menu.insertAction(first, item);
+}
+
+/// The submenu titled \a title, made on top of \a menu when there is none.
+QMenu *submenu(QMenu &menu, const QString &title)
+{
+    for (QAction *item : menu.actions()) {
+        if (item->menu() && MenuItem::title(*item) == title)
+            return item->menu();
+    }
+    auto *made = new QMenu(&menu);
+    made->setToolTipsVisible(true);
+    MenuItem::setTitle(*made->menuAction(), title);
+    MenuItem::setTag(*made->menuAction(), kSubmenuTag);
+    insertOnTop(menu, made->menuAction());
+    return made;
+}
+
+void removeGeneratedItems(QMenu &menu)
+{
+    for (QAction *item : menu.actions()) {
+        if (item->isSeparator())
+            return;
+        menu.removeAction(item);
+        // A submenu takes its item along. Later: a script may be what runs just now.
+        QObject *owner = item->menu() ? static_cast<QObject *>(item->menu()) : item;
+        owner->deleteLater();
+    }
+}
+
+} // namespace
+
+// Making the menu
+
+QMenu *VXScriptingHandler::scriptMenu()
+{
+    if (!m_scriptMenu)
+        makeScriptMenu();
+    return m_scriptMenu;
+}
+
+QAction *VXScriptingHandler::runAgainMenuItem()
+{
+    return MenuItem::withTag(scriptMenu()->actions(), kRunAgainTag);
+}
+
+void VXScriptingHandler::makeScriptMenu()
+{
+    QMenu *menu = m_scriptMenu = MainMenu::sharedMenu(MainMenu::Scripts);
+    menu->setTitle(tr("&Scripts"));
+    menu->setToolTipsVisible(true);
+    menu->menuAction()->setVisible(true);
+    MenuItem::setTag(*menu->menuAction(), kMenuTag);
+    menu->addSeparator();
+    const auto addFixed = [menu](const QString &text, int tag) {
+        QAction *item = menu->addAction(text);
+        MenuItem::setTag(*item, tag);
+        return item;
+    };
+    addFixed(tr("Run Last Script"), kRunAgainTag)->setShortcut(Qt::CTRL | Qt::ALT | Qt::Key_R);
+    addFixed(tr("Show Scripts &Folder"), kShowFolderTag);
+    addFixed(tr("Re&load Scripts"), kReloadTag);
+    connect(menu, &QMenu::aboutToShow, this, &VXScriptingHandler::validateScriptMenu);
+    validateScriptMenu();
+}
+
+void VXScriptingHandler::setupScriptMenu()
+{
+    const QList<QAction *> items = scriptMenu()->actions();
+    const auto wire = [&](int tag, auto operation) {
+        if (QAction *item = MenuItem::withTag(items, tag)) {
+            item->disconnect(this);
+            connect(item, &QAction::triggered, this, operation);
+        }
+    };
+    wire(kRunAgainTag, [this] { runScriptMenu(runAgainMenuItem()); });
+    wire(kShowFolderTag, &VXScriptingHandler::showScriptFolder);
+    wire(kReloadTag, &VXScriptingHandler::reloadScriptMenu);
+    reloadScriptMenu();
+}
+
+// Filling it
+
+void VXScriptingHandler::reloadScriptMenu()
+{
+    auto *panel = dynamic_cast<ScriptConsole *>(globalMacroPanelController());
+    if (!panel)
+        return;
+    panel->clearConsole();
+    QMenu *menu = scriptMenu();
+    removeGeneratedItems(*menu);
+    contents() = {};
+    if (!m_folderWatcher) {
+        m_folderWatcher = std::make_unique<ScriptFolderWatcher>();
+        connect(m_folderWatcher.get(), &ScriptFolderWatcher::changed, this,
+                &VXScriptingHandler::showReloadState);
+    }
+    m_folderWatcher->clear();
+    const QStringList folders = scriptPaths();
+    if (folders.isEmpty()) {
+        auto *item = new QAction(menu);
+        MenuItem::setTitle(*item, tr("No suitable Python installed"));
+        item->setEnabled(false);
+        insertOnTop(*menu, item);
+    }
+    for (const QString &folder : folders)
+        addScriptsFromFolderSubFolder(folder, u""_s);
+    m_folderWatcher->start();
+    const QString again = UserDefaults::standard().stringForKey(kRunAgainKey);
+    if (!folders.isEmpty() && !again.isNull() && !contents().pathsByKey.contains(again))
+        UserDefaults::standard().removeObjectForKey(kRunAgainKey);
+    validateScriptMenu();
+}
+
+void VXScriptingHandler::addScriptsFromFolderSubFolder(const QString &folder, const QString &subFolder)
+{
+    const QString resolved = QFileInfo(folder).canonicalFilePath();
+    QStringList &way = contents().way;
+    // A link may lead back to a folder that is being walked.
+    if (resolved.isEmpty() || way.contains(resolved) || way.size() >= kMaxDepth
+        || contents().folders >= kMaxFolders)
+        return;
+    ++contents().folders;
+    way << resolved;
+    QStringList names = QDir(folder).entryList(ScriptFolderWatcher::kListed, QDir::Unsorted);
+    if (m_folderWatcher)
+        m_folderWatcher->addFolder(folder, names);
+    sortNames(names);
+    for (auto name = names.crbegin(); name != names.crend(); ++name) {
+        if (name->startsWith(u'.'))
+            continue;
+        if (QFileInfo(*name).suffix() == "py"_L1) {
+            addScriptMenuItemWithBasePathSubFolder(*name, folder, subFolder);
+            continue;
+        }
+        const QString inner = QFileInfo(folder + u'/' + *name).canonicalFilePath();
+        if (!inner.isEmpty() && QFileInfo(inner).isDir())
+            addScriptsFromFolderSubFolder(inner, subFolder.isEmpty() ? *name : subFolder + u'/' + *name);
+    }
+    way.removeLast();
+}
+
+void VXScriptingHandler::addScriptMenuItemWithBasePathSubFolder(const QString &fileName,
+                                                                const QString &basePath,
+                                                                const QString &subFolder)
+{
+    if (fileName.section(u'/', -1).startsWith("__"_L1) || contents().files >= kMaxFiles)
+        return;
+    ++contents().files;
+    const std::optional<ScriptFile> script = ScriptFile::read(basePath + u'/' + fileName);
+    if (!script)
+        return;
+    QMenu *menu = scriptMenu();
+    const QString folders = subFolder + u'/' + fileName.section(u'/', 0, -2);
+    const QStringList parts = folders.split(u'/', Qt::SkipEmptyParts);
+    for (const QString &part : parts)
+        menu = submenu(*menu, part);
+    const QString key = (parts.isEmpty() ? QString() : parts.last()) + u'/' + script->title;
+    contents().pathsByKey.insert(key, script->path);
+    if (m_folderWatcher)
+        m_folderWatcher->addScript(*script);
+
+    auto *item = new QAction(menu);
+    MenuItem::setTitle(*item, script->title);
+    MenuItem::setRepresentedObject(*item, key);
+    MenuItem::setToolTip(*item, script->toolTip);
+    connect(item, &QAction::triggered, this, [this, item] { runScriptMenu(item); });
+    insertOnTop(*menu, item);
+}
+
+QVariantMap VXScriptingHandler::scriptPathDict()
+{
+    QVariantMap paths;
+    for (auto entry = contents().pathsByKey.cbegin(); entry != contents().pathsByKey.cend(); ++entry)
+        paths.insert(entry.key(), entry.value());
+    return paths;
+}
+
+bool VXScriptingHandler::isScriptMenuOutdated() const
+{
+    return m_folderWatcher && m_folderWatcher->hasChanged();
+}
+
+// Choosing from it
+
+void VXScriptingHandler::runScriptMenu(QAction *item)
+{
+    if (!item)
+        return;
+    const QString key = MenuItem::representedObject(*item).toString();
+    if (item != runAgainMenuItem())
+        UserDefaults::standard().setObjectForKey(key, kRunAgainKey);
+    validateScriptMenu();
+    const QFileInfo script(contents().pathsByKey.value(key));
+    if (script.isFile() && script.isReadable())
+        runMacroFile(script.filePath());
+}
+
+bool VXScriptingHandler::setupRunAgainMenuItem()
+{
+    QAction *item = runAgainMenuItem();
+    const QString key = UserDefaults::standard().stringForKey(kRunAgainKey);
+    MenuItem::setRepresentedObject(*item, key.isNull() ? QVariant() : QVariant(key));
+    MenuItem::setTitle(*item,
+                       key.isNull() ? tr("Run Last Script") : tr("Run: %1").arg(key.section(u'/', -1)));
+    return !key.isNull();
+}
+
+bool VXScriptingHandler::validateMenuItem(QAction *item)
+{
+    return item && item == runAgainMenuItem() ? setupRunAgainMenuItem() : true;
+}
+
+/// Also outside of showing: the shortcut of an item works only while the item is enabled.
+void VXScriptingHandler::validateScriptMenu()
+{
+    QAction *item = runAgainMenuItem();
+    item->setEnabled(validateMenuItem(item));
+    showReloadState();
+}
+
+void VXScriptingHandler::showReloadState()
+{
+    if (QAction *item = MenuItem::withTag(scriptMenu()->actions(), kReloadTag))
+        item->setText(isScriptMenuOutdated() ? tr("Re&load Changed Scripts") : tr("Re&load Scripts"));
+}
+
+void VXScriptingHandler::showScriptFolder()
+{
+    const QString folder = applicationSupportFolder() + "/Scripts"_L1;
+    QDir().mkpath(folder);
+    linkScriptFolder();
+    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
