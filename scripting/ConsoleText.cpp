@@ -14,9 +14,18 @@ constexpr qsizetype kTracebackWord = 9;
 constexpr auto kString = "<string>"_L1;
 constexpr auto kPanelLabel = "macro panel"_L1;
 
+/// False when none of the names can be in \a text: most output has none, and there is much of it.
+bool mayHaveNames(const QString &text)
+{
+    return text.contains("Error"_L1) || text.contains("Interrupt"_L1) || text.contains("Exit"_L1)
+        || text.contains("StopIteration"_L1);
+}
+
 QList<UnitRange> emphasisIn(const QString &text)
 {
     QList<UnitRange> ranges;
+    if (!mayHaveNames(text) && !text.contains(kTraceback))
+        return ranges;
     for (const QString &name : errorNames()) {
         const qsizetype place = text.indexOf(name);
         if (place >= 0)
@@ -69,6 +78,8 @@ ConsoleText ConsoleText::fromOutput(const QString &output)
 {
     static const QRegularExpression reference(u"File:? \"(.*)\", line (\\d*)"_s);
     ConsoleText console {output, emphasisIn(output), {}};
+    if (!output.contains("\", line "_L1))
+        return console;
     QList<QRegularExpressionMatch> matches;
     for (auto found = reference.globalMatch(output); found.hasNext();)
         matches << found.next();

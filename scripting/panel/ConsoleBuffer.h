@@ -1,0 +1,51 @@
+#pragma once
+
+#include "scripting/ConsoleText.h"
+
+#include <deque>
+
+namespace runebook {
+
+/// How much the console keeps. The oldest goes first.
+struct ConsoleLimits {
+    qsizetype lines = 100'000;
+    qsizetype units = 16'000'000; ///< UTF-16 units
+};
+
+/// Output on its way to the console's view: gathered as it is written, marked as it is taken. Never holds
+/// more than the view would keep, however fast a script writes.
+class ConsoleBuffer
+{
+public:
+    /// Adds one write. The names of errors are marked once for each write; one of some megabytes is marked
+    /// bit by bit as it is taken, so that adding it costs next to nothing.
+    void append(const QString &text, const ConsoleLimits &limits);
+    /// The next piece, some 30,000 units at most, that ends a line if it can. Not when empty.
+    ConsoleText take();
+    bool isEmpty() const { return m_entries.empty(); }
+    void clear();
+
+private:
+    struct Entry {
+        ConsoleText marked; ///< small writes that follow each other
+        QString raw; ///< or a large one, from here on
+        qsizetype place = 0;
+        QStringList seenNames; ///< marked in that write before
+        bool sawTraceback = false;
+        qsizetype lines = 0;
+
+        bool isRaw() const { return !raw.isNull(); }
+        qsizetype units() const { return isRaw() ? raw.size() - place : marked.text.size(); }
+    };
+
+    void appendMarked(const QString &text);
+    void appendRaw(const QString &text, qsizetype maxUnits);
+    void dropOldest(const ConsoleLimits &limits);
+    ConsoleText takeSlice(Entry &entry);
+
+    std::deque<Entry> m_entries;
+    qsizetype m_lines = 0;
+    qsizetype m_units = 0;
+};
+
+} // namespace runebook

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "codeeditor/TextRange.h"
+#include "scripting/panel/ConsoleBuffer.h"
+
+#include <QPlainTextEdit>
+#include <QTimer>
+#include <QVariantMap>
+#include <optional>
+
+namespace runebook {
+
+class ConsoleTextStorage;
+
+/// What scripts print: read-only, wrapped, references to lines of files as links. Output appears within a
+/// frame of being written, however often it is written, and never takes the view away from someone who has
+/// scrolled back. Indexes and ranges are UTF-16 units of string(). Main thread only.
+class ConsoleView : public QPlainTextEdit
+{
+    Q_OBJECT
+public:
+    enum class Kind { Output, Error };
+
+    explicit ConsoleView(QWidget *parent = nullptr);
+    ~ConsoleView() override;
+
+public: // the text
+    /// Adds one write; marks and links are found in it by itself. Error text loses its first ", in <module>".
+    void append(const QString &text, Kind kind);
+    /// The whole text, what is not displayed yet included, long lines unbroken.
+    Q_INVOKABLE QString string();
+    Q_INVOKABLE int length();
+    /// Replaces everything.
+    Q_INVOKABLE void setString(const QString &text);
+    Q_INVOKABLE void clearText();
+    /// Inserts what was written since, for some 8 ms; the rest at the next call or in the next frame.
+    void showPending();
+    /// True while something was written that is not in the view.
+    bool hasPending() const { return !m_pending.isEmpty(); }
+    Q_INVOKABLE runebook::TextRange selectedRange();
+    Q_INVOKABLE void setSelectedRange(runebook::TextRange range);
+    /// The text and its attributes, for scripts.
+    Q_INVOKABLE runebook::ConsoleTextStorage *textStorage() { return m_storage; }
+    /// "NSFont", "NSColor" and, on a link, "NSLink" ([path, line]) and "NSToolTip" of the character at \a
+    /// index; \a effectiveRange gets the piece around it, inside its line, that shares them. Empty outside of
+    /// the text.
+    QVariantMap attributesAtIndex(int index, TextRange *effectiveRange);
+
+public: // looks
+    QFont consoleFont() const { return font(); }
+    void setConsoleFont(const QFont &font) { setFont(font); }
+    /// The font of error names; none leaves them unmarked.
+    void setEmphasisFont(const std::optional<QFont> &font);
+    /// How many lines are kept, at least one.
+    void setLineLimit(int lines);
+
+public: // links
+    /// Path and line of the link whose text lies under \a position (in the viewport); empty beside it.
+    QStringList linkAt(const QPoint &position) const;
+    /// Moves to the next link, or the one before, and selects it; false when there is none.
+    bool selectLink(bool forward);
+    /// Follows the link at the caret; false when there is none.
+    bool activateLink();
+
+Q_SIGNALS:
+    /// \a line as it was printed, perhaps empty; \a path "<string>" is the code of the panel.
+    void linkActivated(const QString &path, const QString &line);
+
+protected:
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
+    QMimeData *createMimeDataFromSelection() const override;
+
+private:
+    /// What ends a block of the document. Long lines are cut into several blocks, since the layout of one
+    /// line of a megabyte takes seconds.
+    enum class BlockEnd { LineFeed = -1, Cut = 0, Return, ReturnLineFeed, ParagraphSeparator };
+
+    void showPendingFor(qint64 milliseconds);
+    void insert(QTextCursor &cursor, const ConsoleText &text);
+    void insertRun(QTextCursor &cursor, QStringView text, const QTextCharFormat &format);
+    void endBlock(QTextCursor &cursor, BlockEnd end);
+    int dropOldest();
+    void readLineLimit();
+    QTextCharFormat emphasisFormat() const;
+    QTextCharFormat linkFormat(const FileLink &link) const;
+    void restyle();
+    QString textBetween(int from, int to) const;
+    int indexOfPosition(int position) const;
+    int positionOfIndex(int index) const;
+
+    ConsoleTextStorage *m_storage; // owned as a child
+    ConsoleBuffer m_pending;
+    ConsoleLimits m_limits;
+    QTimer m_frame;
+    std::optional<QFont> m_emphasisFont;
+    qsizetype m_lines = 0; ///< line ends in the document
+    bool m_hasOddEnds = false; ///< some block does not end in a plain line feed
+    QStringList m_pressedLink;
+};
+
+/// The text of a console for scripts.
+class ConsoleTextStorage : public QObject
+{
+    Q_OBJECT
+public:
+    explicit ConsoleTextStorage(ConsoleView &view) : QObject(&view), m_view(view) { }
+    Q_INVOKABLE QString string() { return m_view.string(); }
+    Q_INVOKABLE int length() { return m_view.length(); }
+    /// [attributes, [location, length]]; see ConsoleView::attributesAtIndex.
+    Q_INVOKABLE QVariantList attributesAtIndexEffectiveRange(int index);
+
+private:
+    ConsoleView &m_view;
+};
+
+} // namespace runebook
