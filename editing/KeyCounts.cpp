@@ -26,7 +26,7 @@ void KeyCounts::grow(Part &part)
     for (const Slot &slot : part.slots)
         live += slot.count > 0;
     std::size_t size = 16;
-    while (size < 4 * live)
+    while (size < 2 * live + 2)
         size *= 2;
     const std::vector<Slot> old = std::exchange(part.slots, std::vector<Slot>(size));
     for (const Slot &slot : old) {
@@ -39,8 +39,10 @@ void KeyCounts::grow(Part &part)
 void KeyCounts::add(quint64 key)
 {
     Q_ASSERT(key != 0);
-    Part &part = m_parts[scattered(key) % kParts];
-    if (4 * (part.used + 1) > 3 * part.slots.size())
+    const std::size_t number = scattered(key) % kParts;
+    Part &part = m_parts[number];
+    // From half to three quarters full: they fill alike, and are not to grow all at the same time.
+    if ((part.used + 1) * 4 * kParts > part.slots.size() * (2 * kParts + number))
         grow(part);
     Slot &slot = slotFor(part.slots, key);
     if (slot.key == 0) {
