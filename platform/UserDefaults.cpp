@@ -1,5 +1,7 @@
 #include "platform/UserDefaults.h"
 
+#include "platform/DefaultsProblem.h"
+
 #include <QDataStream>
 #include <QIODevice>
 #include <QStandardPaths>
@@ -58,9 +60,10 @@ UserDefaults &UserDefaults::standard()
     return defaults;
 }
 
-UserDefaults::UserDefaults(const QString &path, QObject *parent)
-    : QObject(parent), m_settings(std::make_unique<QSettings>(path, QSettings::IniFormat))
+UserDefaults::UserDefaults(const QString &path, QObject *parent) : QObject(parent)
 {
+    setDamagedDefaultsAside(path);
+    m_settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
 }
 
 UserDefaults::~UserDefaults() = default;

@@ -1,4 +1,5 @@
 // What the user chose comes back as it was, in this run and in the next.
+#include "platform/DefaultsProblem.h"
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
@@ -21,6 +22,8 @@ private Q_SLOTS:
     void removes();
     void usesTheFileOfTheEnvironment();
     void survivesADamagedFile();
+    void setsADamagedFileAside_data();
+    void setsADamagedFileAside();
     void saysWhenItCannotWrite();
 };
 
@@ -163,6 +166,51 @@ void TestUserDefaults::survivesADamagedFile()
     QVERIFY(defaults.arrayForKey(u"more"_s).isEmpty());
     defaults.setObjectForKey(QVariantList {1}, u"list"_s);
     QCOMPARE(defaults.arrayForKey(u"list"_s), QVariantList {1});
+}
+
+void TestUserDefaults::setsADamagedFileAside_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("isDamaged");
+    QTest::newRow("intact") << QByteArray("[General]\na=1\n") << false;
+    QTest::newRow("empty") << QByteArray() << false;
+    QTest::newRow("binary") << QByteArray("\x7f\x45LF\0\0\1\xff\n\0garbage", 18) << true;
+    QTest::newRow("half a section") << QByteArray("[General\na=1\n") << true;
+    QTest::newRow("a letter to somebody") << QByteArray("Dear reader,\nhow are you?\n") << true;
+}
+
+void TestUserDefaults::setsADamagedFileAside()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(bool, isDamaged);
+    runebook::takeDefaultsProblem(); // of another test
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"d.ini"_s);
+    const auto write = [&path](const QByteArray &text) {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+    };
+    QVERIFY(write(content));
+    {
+        UserDefaults defaults(path);
+        const runebook::DefaultsProblem problem = runebook::takeDefaultsProblem();
+        QCOMPARE(problem.isThere, isDamaged);
+        if (!isDamaged)
+            return;
+        QCOMPARE(problem.file, path);
+        QFile kept(problem.keptAt);
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), content);
+        QVERIFY(!defaults.isSet(u"a"_s));
+        defaults.setObjectForKey(7, u"b"_s);
+        QVERIFY(defaults.synchronize());
+    }
+    QCOMPARE(UserDefaults(path).integerForKey(u"b"_s), 7);
+    QVERIFY(!runebook::takeDefaultsProblem().isThere);
+    // A second damage does not write over what was kept of the first.
+    QVERIFY(write(content));
+    const UserDefaults again(path);
+    QVERIFY(runebook::takeDefaultsProblem().keptAt.endsWith(u".damaged2"_s));
 }
 
 void TestUserDefaults::saysWhenItCannotWrite()
