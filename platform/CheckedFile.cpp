@@ -89,6 +89,15 @@ bool CheckedFile::isRegular() const
     return isOpen() && ::fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
+bool CheckedFile::isStillNamed() const
+{
+    struct stat mine = {};
+    struct stat named = {};
+    return isOpen() && ::fstat(m_descriptor, &mine) == 0
+        && ::stat(QFile::encodeName(m_path).constData(), &named) == 0 && mine.st_ino == named.st_ino
+        && mine.st_dev == named.st_dev;
+}
+
 QString CheckedFile::failureText() const
 {
     return stepText(m_failedStep).arg(m_path, QString::fromLocal8Bit(std::strerror(m_failure)));

@@ -25,6 +25,8 @@ public: // asking
     bool isOpen() const { return m_descriptor >= 0; }
     /// Whether it is open and neither folder, pipe nor device.
     bool isRegular() const;
+    /// Whether its name still leads to it.
+    bool isStillNamed() const;
     /// The errno of the step that failed first; 0 while none has.
     int failure() const { return m_failure; }
     Step failedStep() const { return m_failedStep; }

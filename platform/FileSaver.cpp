@@ -1,6 +1,7 @@
 #include "platform/FileSaver.h"
 
 #include "platform/CheckedFile.h"
+#include "platform/FileState.h"
 #include "platform/RescueFiles.h"
 
 #include <QCoreApplication>
@@ -169,6 +170,7 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
         return fail(
             error, saveError(path, EINVAL, tr("It is no file any more."), tr("Save it under another name.")));
 
+    const FileState before = FileState::of(path);
     const RescueFiles::Place place = RescueFiles::create(path);
     if (!place.file)
         return fail(error,
@@ -190,19 +192,24 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
             saveError(path, code,
                       tr("Waiting until the rescue file is on the disk failed: %1").arg(reasonOf(code)),
                       untouched(path)));
+    if (FileState::of(path) != before)
+        return fail(error,
+                    saveError(path, EBUSY, tr("Another program has changed it meanwhile."), untouched(path)));
     if (!target->reserve(rescue.size()))
         return fail(error, saveError(path, *target, untouched(path)));
 
     const bool isWritten = copyOver(*target, rescue) && (!isReadable || target->hasContentOf(rescue));
-    if (!isWritten || !target->close()) {
+    // Another program may have put its own file there meanwhile; then the text went into one without name.
+    if (!isWritten || !target->isStillNamed() || !target->close()) {
         removal.keepFile();
         noteRemoval.keepFile();
         ownRescues()[path] << rescue.path();
         const CheckedFile &failed = rescue.failure() ? rescue : *target;
         return fail(error,
-                    failed.failure() ? saveError(path, failed, rescued(path, rescue.path()))
-                                     : saveError(path, EIO, tr("The file does not hold what was written."),
-                                                 rescued(path, rescue.path())));
+                    failed.failure()
+                        ? saveError(path, failed, rescued(path, rescue.path()))
+                        : saveError(path, EIO, tr("Another program has written to it meanwhile."),
+                                    rescued(path, rescue.path())));
     }
     for (const QString &old : ownRescues().take(path))
         RescueFiles::remove(old);
