@@ -21,7 +21,7 @@ import objc as _objc
 __all__ = ["VXGlyphInfo", "VXDocument", "VXVersionComparator",
            "VXScriptingHandler", "documents", "currentDocument",
            "openDocument", "newDocument", "newInfo", "undoGroup", "progress",
-           "message", "askString", "processEvents", "hexStringToInt",
+           "canAsk", "message", "askString", "processEvents", "hexStringToInt",
            "hexStringFromInt", "stringWithChar", "character32AtIndex",
            "rangeOfLine", "UUID", "TE_isOpeningBrace", "TE_isClosingBrace",
            "TE_findMatchingBraceForRangeInString", "FIELDS"]
@@ -165,6 +165,11 @@ def progress(items, title="Working…"):
             yield item
     finally:
         _helpers.showProgress(title, len(items), len(items))
+
+
+def canAsk():
+    """Whether somebody is there to answer; not in a run without windows."""
+    return _helpers.canAsk()
 
 
 def message(text, title="Script"):

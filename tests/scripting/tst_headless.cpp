@@ -33,6 +33,8 @@ private Q_SLOTS:
     void opensTheFirstFileInFront();
     void runsOnEveryInterpreter_data();
     void runsOnEveryInterpreter();
+    void runsOnChosenInterpreters_data();
+    void runsOnChosenInterpreters();
     void endsWithoutPython_data();
     void endsWithoutPython();
     void keepsTheEnvironmentClean();
@@ -46,6 +48,7 @@ private Q_SLOTS:
     void stopsOnInterrupt();
     void runsExamples_data();
     void runsExamples();
+    void testsAllExamples();
     void runsTheGuide();
 
 private:
@@ -249,6 +252,25 @@ void HeadlessTest::runsOnEveryInterpreter()
     QVERIFY(ended.output.contains(u"checked 2"_s));
 }
 
+void HeadlessTest::runsOnChosenInterpreters_data()
+{
+    QTest::addColumn<QString>("library");
+    for (const QString &library : libraries(u"libpython3.8.so.*"_s) + libraries(u"libpython3.12.so.*"_s)
+             + libraries(u"libpython3.13.so.*"_s))
+        QTest::newRow(qPrintable(library)) << library;
+}
+
+/// Those that are not supported run when they are chosen, with a word of warning.
+void HeadlessTest::runsOnChosenInterpreters()
+{
+    QFETCH(QString, library);
+    const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/bridge.py"_s), m_file}, library);
+    QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
+    QVERIFY(ended.output.contains(u"checked 2"_s));
+    QVERIFY2(ended.errors.count(u'\n') == 1 && ended.errors.contains(u"is not supported"_s),
+             qPrintable(ended.errors));
+}
+
 void HeadlessTest::endsWithoutPython_data()
 {
     QTest::addColumn<QString>("library");
@@ -385,14 +407,43 @@ void HeadlessTest::stopsOnInterrupt()
 
 void HeadlessTest::runsExamples_data()
 {
-    QTest::addColumn<QString>("example");
-    for (const auto name : {"add_small_caps"_L1, "check_glyph_data"_L1, "fill_sort_names"_L1})
-        QTest::newRow(name.data()) << QString(name);
+    QTest::addColumn<QString>("replaced"); // in the sample, so that there is something to do
+    QTest::addColumn<QString>("by");
+    const auto row = [](const char *name, const char *replaced = "", const char *by = "") {
+        QTest::newRow(name) << QString::fromUtf8(replaced) << QString::fromUtf8(by);
+    };
+    row("add_small_caps");
+    row("check_glyph_data");
+    row("export_selection");
+    row("fill_production_names", " production=\"[^\"]*\"");
+    row("fill_sort_names");
+    row("find_duplicates", "name=\"(Abreve|Acaron)\"", "name=\"A\"");
+    row("list_missing_code_points", "unicode=\"03[AB].\"");
+    row("rename_by_pattern", "name=\"b\\.sc\"", "name=\"a.smcp\"");
+    row("renumber_sort_names");
+}
+
+/// Every example that ships with the program is tested.
+void HeadlessTest::testsAllExamples()
+{
+    QStringList shipped =
+        QDir(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook/Contents/Scripts311/Examples"))
+            .entryList({u"*.py"_s}, QDir::Files, QDir::Name);
+    QCOMPARE(shipped,
+             QDir(source(u"resources/scripts/examples"_s)).entryList({u"*.py"_s}, QDir::Files, QDir::Name));
+    QStringList tested =
+        QDir(source(u"tests/scripting/expected"_s)).entryList({u"*.txt"_s}, QDir::Files, QDir::Name);
+    QCOMPARE(tested.replaceInStrings(u".txt"_s, u".py"_s), shipped);
 }
 
 void HeadlessTest::runsExamples()
 {
-    QFETCH(QString, example);
+    const QString example = QString::fromUtf8(QTest::currentDataTag());
+    QFETCH(QString, replaced);
+    QFETCH(QString, by);
+    QString sample = content(m_file);
+    if (!replaced.isEmpty())
+        write(u"sample.xml"_s, sample.replace(QRegularExpression(replaced), by));
     const Ended ended =
         run({u"--run"_s, source(u"resources/scripts/examples/"_s + example + ".py"_L1), m_file});
     QCOMPARE(ended.errors, QString());

@@ -308,7 +308,8 @@ void ScriptsMenuTest::showsHostileTitles_data()
     QTest::newRow("slashes") << u"a/b/c"_s << u"a/b/c"_s;
     QTest::newRow("tab") << u"Run\tCtrl+R"_s << u"Run Ctrl+R"_s;
     QTest::newRow("controls") << u"a\x01"
-                                     "b\u202Ec"_s << u"a b c"_s;
+                                 "b\u202Ec"_s
+                              << u"a b c"_s;
     QTest::newRow("markup") << u"<img src='/dev/zero'>"_s << u"<img src='/dev/zero'>"_s;
     QTest::newRow("long") << QString(10'000, u'x') << QString(80, u'x') + u'…';
     QTest::newRow("cut beside a pair")

@@ -1,5 +1,7 @@
 # MenuTitle: Add Small Caps
-__doc__ = """Adds a small capital for every lower-case Latin letter that has none."""
+__doc__ = """
+Adds a small capital for every lower-case Latin letter that has none.
+"""
 
 SMALL_CAPS = 3
 LOWER = 2

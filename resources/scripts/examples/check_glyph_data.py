@@ -1,5 +1,7 @@
 # MenuTitle: Check Glyph Data
-__doc__ = """Reports repeated names and code points, and parts that no record describes."""
+__doc__ = """
+Reports repeated names and code points, and parts that no record describes.
+"""
 
 from collections import Counter
 

@@ -1,5 +1,7 @@
 # MenuTitle: Fill Sort Names
-__doc__ = """Gives accented letters without sort name one that puts them behind their base letter."""
+__doc__ = """
+Gives accented letters without sort name one that puts them behind their base letter.
+"""
 
 filled = 0
 for info in progress(Doc, "Filling sort names"):
