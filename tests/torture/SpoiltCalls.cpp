@@ -114,6 +114,9 @@ void failOnce(Bench &bench, Figures &figures, const Case &spoilt, const Fault &f
     const bool isSaved = save(path, spoilt.fresh, &error);
     disarm();
     judgeSave(figures, what, path, spoilt.old, spoilt.fresh, isSaved);
+    // The text may look right and still never reach the disk.
+    if (isSaved && kind == Call::Sync && fault.error != EINTR)
+        figures.violations << what + ": the save said that it went well"_L1;
     if (!isSaved)
         checkMessage(figures, what, path, error);
     checkSavingAgain(figures, what, path);
