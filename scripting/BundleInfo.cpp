@@ -1,5 +1,7 @@
 #include "scripting/BundleInfo.h"
 
+#include "scripting/PropertyListLimits.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <plist/plist.h>
@@ -35,6 +37,8 @@ std::optional<BundleInfo> BundleInfo::read(const QString &path)
         return {};
     BundleInfo info;
     const QByteArray bytes = dictionaryBytes(path);
+    if (!isHarmlessPropertyList(bytes))
+        return info;
     plist_t parsed = nullptr;
     plist_from_memory(bytes.constData(), static_cast<uint32_t>(bytes.size()), &parsed);
     const std::unique_ptr<void, PlistFree> list(parsed);

@@ -1,11 +1,18 @@
 #include "scripting/panel/SnippetsPopup.h"
 
+#include "scripting/ScriptMenuItems.h"
+
 #include <QMenu>
 
 namespace runebook {
 
 SnippetsPopup::SnippetsPopup(QWidget *parent) : QToolButton(parent)
 {
+    setText(tr("Snippets"));
+    setToolTip(tr("Insert a piece of code at the caret"));
+    setAccessibleName(text());
+    setToolButtonStyle(Qt::ToolButtonTextOnly);
+    setAutoRaise(true);
     setPopupMode(QToolButton::InstantPopup);
     setMenu(new QMenu(this));
 }
@@ -19,7 +26,7 @@ QStringList SnippetsPopup::itemTitles() const
 {
     QStringList titles;
     for (const QAction *item : menu()->actions())
-        titles << item->property("title").toString();
+        titles << MenuItem::title(*item);
     return titles;
 }
 
@@ -30,15 +37,15 @@ QObject *SnippetsPopup::itemAtIndex(int index) const
 
 void SnippetsPopup::removeAllItems()
 {
-    menu()->deleteLater();
-    setMenu(new QMenu(this));
+    menu()->clear();
 }
 
 QAction *SnippetsPopup::addSnippet(const QString &title, const QString &code)
 {
-    QAction *item = menu()->addAction(title);
-    item->setProperty("title", title);
-    item->setProperty("representedObject", code);
+    auto *item = new QAction(menu());
+    MenuItem::setTitle(*item, title);
+    MenuItem::setRepresentedObject(*item, code);
+    menu()->addAction(item);
     connect(item, &QAction::triggered, this, [this, item] { Q_EMIT chosen(item); });
     return item;
 }

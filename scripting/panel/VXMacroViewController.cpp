@@ -3,6 +3,7 @@
 #include "codeeditor/JSTDocument.h"
 #include "codeeditor/JSTTextView.h"
 #include "codeeditor/KeywordTable.h"
+#include "codeeditor/VXCodeTextStorage.h"
 #include "codeeditor/VXLineNumberView.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
@@ -10,7 +11,8 @@
 #include "ui_VXMacroView.h"
 
 #include <QFontDatabase>
-#include <QTextBlock>
+#include <QFontMetricsF>
+#include <QKeyEvent>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -35,9 +37,10 @@ const QStringList &completionList()
 
 } // namespace
 
-VXMacroViewController::VXMacroViewController(QObject *parent) : QObject(parent)
+VXMacroViewController::VXMacroViewController(QObject *parent) : QObject(parent), m_view(new QWidget)
 {
     initialize();
+    m_view->installEventFilter(this);
     connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
         if (key == kFontSize)
             setMacroFontSize(UserDefaults::standard().integerForKey(kFontSize));
@@ -81,46 +84,74 @@ void VXMacroViewController::setCode(const QString &code)
         m_code = code;
 }
 
-QWidget *VXMacroViewController::view()
-{
-    if (!m_view)
-        makeView();
-    return m_view;
-}
-
 JSTTextView *VXMacroViewController::macroText()
 {
-    view();
+    if (!m_macroText)
+        makeEditor();
     return m_macroText;
 }
 
 JSTDocument *VXMacroViewController::document()
 {
-    view();
+    if (!m_macroText)
+        makeEditor();
     return m_document;
 }
 
-void VXMacroViewController::makeView()
+// The editor
+
+void VXMacroViewController::makeEditor()
 {
     Ui::VXMacroView ui;
-    m_view = new QWidget;
     ui.setupUi(m_view);
+    m_view->setFocusProxy(ui.macroText);
     m_macroText = ui.macroText;
     m_macroText->setupLineNumberview();
     m_document = new JSTDocument(this);
+    needFonts();
+    giveFontToEditor();
+    setUpPythonTokenizer(m_document->tokenizer(), keywordAttributes());
     m_document->setAutocompleteKeywords(completionList());
     m_document->setDelegate(this);
-    setMacroFontSize(UserDefaults::standard().integerForKey(kFontSize));
-    setUpColours();
     m_macroText->setString(std::exchange(m_code, {}));
     m_document->setSourceText(m_macroText);
+    // After the document's own filter, to come before it: it paints with the colours that are set here.
+    m_macroText->installEventFilter(this);
+    m_macroText->show(); // at once: made while its surroundings appear, it would come too late for the focus
 }
 
-void VXMacroViewController::setUpColours()
+QVariantHash VXMacroViewController::keywordAttributes() const
 {
-    setUpPythonTokenizer(
-        m_document->tokenizer(),
-        defaultKeywordAttributes({m_macroFont, m_macroFontBold, m_macroFontItalic}, m_macroText->palette()));
+    return defaultKeywordAttributes({m_macroFont, m_macroFontBold, m_macroFontItalic},
+                                    m_macroText->palette());
+}
+
+bool VXMacroViewController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_view && event->type() == QEvent::Show) {
+        macroText();
+    } else if (watched == m_macroText && event->type() == QEvent::PaletteChange) {
+        m_document->tokenizer().setKeywords(keywordAttributes());
+    } else if (watched == m_macroText && event->type() == QEvent::ShortcutOverride) {
+        // The editor would take the key for a line break; here it is a command of the panel.
+        const auto *press = static_cast<QKeyEvent *>(event);
+        const bool isReturn = press->key() == Qt::Key_Return || press->key() == Qt::Key_Enter;
+        if (isReturn && press->modifiers().testFlag(Qt::ShiftModifier)) {
+            event->ignore();
+            return true;
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+QStringList VXMacroViewController::textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
+    JSTTextView *view, const QStringList &words, TextRange range, int *selectedIndex)
+{
+    Q_UNUSED(words)
+    Q_UNUSED(selectedIndex)
+    Q_UNUSED(view)
+    Q_UNUSED(range)
+    return {};
 }
 
 // Running
@@ -130,9 +161,37 @@ void VXMacroViewController::runMacro()
     runMacroString(code());
 }
 
+QString VXMacroViewController::selectedCode()
+{
+    const QString text = macroText()->string();
+    const TextRange selected = macroText()->selectedRange();
+    // A selection that ends at the very start of a line does not mean that line.
+    const qsizetype last = qMax(selected.location, selected.end() - 1);
+    const qsizetype lineStart =
+        selected.location == 0 ? 0 : text.lastIndexOf(u'\n', selected.location - 1) + 1;
+    const qsizetype lineEnd = text.indexOf(u'\n', last) < 0 ? text.size() : text.indexOf(u'\n', last);
+    const QStringView inside = QStringView(text).sliced(selected.location, selected.length);
+    const bool isPiece = selected.length > 0 && !inside.contains(u'\n');
+    const bool startsLine =
+        QStringView(text).sliced(lineStart, selected.location - lineStart).trimmed().isEmpty();
+
+    const QString code = isPiece && !startsLine ? inside.trimmed().toString()
+        : isPiece                               ? text.mid(lineStart, selected.end() - lineStart)
+                                                : text.mid(lineStart, lineEnd - lineStart);
+    const qsizetype linesBefore = text.left(lineStart).count(u'\n');
+    const bool isIndented = !code.isEmpty() && (code.front() == u' ' || code.front() == u'\t');
+    if (isIndented && linesBefore > 0)
+        return QString(linesBefore - 1, u'\n') + "if True:\n"_L1 + code;
+    return QString(linesBefore, u'\n') + code;
+}
+
 void VXMacroViewController::runSelection()
 {
-    runMacro();
+    const QString code = selectedCode();
+    QTextCursor cursor = macroText()->textCursor();
+    if (!cursor.hasSelection() && cursor.movePosition(QTextCursor::NextBlock))
+        macroText()->setTextCursor(cursor);
+    runMacroString(code);
 }
 
 void VXMacroViewController::runMacroString(const QString &code)
@@ -142,6 +201,36 @@ void VXMacroViewController::runMacroString(const QString &code)
 
 // Fonts
 
+void VXMacroViewController::needFonts()
+{
+    if (!m_macroFont)
+        setMacroFontSize(UserDefaults::standard().integerForKey(kFontSize));
+}
+
+int VXMacroViewController::macroFontSize()
+{
+    needFonts();
+    return m_macroFontSize;
+}
+
+QFont VXMacroViewController::macroFont()
+{
+    needFonts();
+    return *m_macroFont;
+}
+
+QFont VXMacroViewController::macroFontBold()
+{
+    needFonts();
+    return m_macroFontBold;
+}
+
+QFont VXMacroViewController::macroFontItalic()
+{
+    needFonts();
+    return m_macroFontItalic;
+}
+
 void VXMacroViewController::setMacroFontSize(int size)
 {
     if (size == m_macroFontSize && m_macroFont)
@@ -149,7 +238,13 @@ void VXMacroViewController::setMacroFontSize(int size)
     m_macroFontSize = size;
     setUpFonts();
     if (m_document)
-        m_document->setFontSize(qBound(kSmallestFont, size, kLargestFont));
+        giveFontToEditor();
+}
+
+void VXMacroViewController::giveFontToEditor()
+{
+    m_document->setFontSize(qBound(kSmallestFont, m_macroFontSize, kLargestFont));
+    m_macroText->setHeadIndent(QFontMetricsF(*m_macroFont).horizontalAdvance(u"00"_s));
 }
 
 void VXMacroViewController::setUpFonts()

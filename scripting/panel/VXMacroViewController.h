@@ -14,8 +14,11 @@ class JSTDocument;
 class JSTTextView;
 class QWidget;
 
-/// One tab of the macro panel: its title, its code, and the editor of it. The editor is made when it is first
-/// asked for; until then the code is only a text. Main thread only.
+Q_MOC_INCLUDE("codeeditor/JSTDocument.h")
+Q_MOC_INCLUDE("codeeditor/JSTTextView.h")
+
+/// One tab of the macro panel: its title, its code, and an editor for it. The editor is made when it is first
+/// seen or asked for; until then the code is only a text. Main thread only.
 class VXMacroViewController : public QObject, public JSTTextViewDelegate
 {
     Q_OBJECT
@@ -24,6 +27,7 @@ class VXMacroViewController : public QObject, public JSTTextViewDelegate
     Q_PROPERTY(QWidget *view READ view)
     Q_PROPERTY(int macroFontSize READ macroFontSize WRITE setMacroFontSize)
     Q_PROPERTY(QFont macroFont READ macroFont)
+    Q_PROPERTY(QFont macroFontBold READ macroFontBold)
 public:
     explicit VXMacroViewController(QObject *parent = nullptr);
     ~VXMacroViewController() override;
@@ -38,32 +42,35 @@ public: // what it is about
     /// Replaces everything, as no undoable step.
     Q_INVOKABLE void setCode(const QString &code);
     /// What stands in the tab. Belongs to this object, whatever its parent is.
-    QWidget *view();
+    QWidget *view() const { return m_view; }
     /// The editor.
     Q_INVOKABLE JSTTextView *macroText();
     /// Colours and completes the editor's text.
     Q_INVOKABLE JSTDocument *document();
+    bool isEditorMade() const { return m_macroText; }
 
 public: // running
     /// Runs the whole text.
     Q_INVOKABLE void runMacro();
-    /// Runs the selected text, or the line of the caret. Lines keep their numbers, and a piece that is
-    /// indented runs as if it were not.
+    /// Runs selectedCode(); without a selection the caret goes on to the next line.
     Q_INVOKABLE void runSelection();
+    /// The selected text, whole lines when it spans several, or the line of the caret; with empty lines in
+    /// front so that lines keep their numbers. A piece that is indented is made to run as it stands.
+    Q_INVOKABLE QString selectedCode();
     Q_INVOKABLE void runMacroString(const QString &code);
 
 public: // fonts; sizes in points
-    int macroFontSize() const { return m_macroFontSize; }
+    int macroFontSize();
     void setMacroFontSize(int size);
     Q_INVOKABLE void setUpFonts();
-    QFont macroFont() const { return m_macroFont.value_or(QFont()); }
-    /// Nothing where the family of the code font has no bold one.
-    const std::optional<QFont> &macroFontBold() const { return m_macroFontBold; }
-    const std::optional<QFont> &macroFontItalic() const { return m_macroFontItalic; }
+    /// The fonts are made when one is first asked for, in the size of the default.
+    QFont macroFont();
+    QFont macroFontBold();
+    QFont macroFontItalic();
     /// Change the default "MacroCodeFontSize", which all tabs and the console follow; 7 to 40.
-    Q_INVOKABLE void zoomIn();
-    Q_INVOKABLE void zoomOut();
-    Q_INVOKABLE void zoomFitInWindow();
+    Q_INVOKABLE static void zoomIn();
+    Q_INVOKABLE static void zoomOut();
+    Q_INVOKABLE static void zoomFitInWindow();
 
 public: // lines, counted from 1
     /// From the start of the line to that of the next one. Empty at the text's end for a line there is not.
@@ -77,23 +84,32 @@ public: // restoration
 
 public: // called by the editor
     void textDidChange(JSTTextView *view) override;
+    QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                          const QStringList &words,
+                                                                          runebook::TextRange range,
+                                                                          int *selectedIndex) override;
 
 Q_SIGNALS:
     void titleChanged();
     /// What the window would restore has changed.
     void restorableStateChanged();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
-    void makeView();
-    void setUpColours();
+    void makeEditor();
+    void needFonts();
+    void giveFontToEditor();
+    QVariantHash keywordAttributes() const;
 
     QString m_title;
     QString m_code; ///< until there is an editor
     QPointer<QWidget> m_view; ///< owned; the tab bar changes its parent
     QPointer<JSTTextView> m_macroText;
-    JSTDocument *m_document = nullptr;
+    JSTDocument *m_document = nullptr; // owned as a child
     int m_macroFontSize = 0;
     std::optional<QFont> m_macroFont;
-    std::optional<QFont> m_macroFontBold;
-    std::optional<QFont> m_macroFontItalic;
+    QFont m_macroFontBold;
+    QFont m_macroFontItalic;
 };

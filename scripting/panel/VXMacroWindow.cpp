@@ -1,18 +1,140 @@
 #include "scripting/panel/VXMacroWindow.h"
 
+#include "platform/MainMenu.h"
+#include "platform/PlainText.h"
+#include "platform/UserDefaults.h"
+#include "scripting/panel/SnippetsPopup.h"
 #include "ui_VXMacroWindow_11.h"
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QLabel>
+#include <QToolButton>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto kGeometry = "VXMacroPanelGeometry"_L1;
+constexpr auto kSplitter = "VXMacroPanelSplitter"_L1;
+
+/// Other keys that people know for a command, beside the one in its menu.
+void addShortcuts(QAction &action, const QList<QKeySequence> &others)
+{
+    action.setShortcuts(QList<QKeySequence> {action.shortcut()} + others);
+}
+
+} // namespace
 
 VXMacroWindow::VXMacroWindow(QWidget *parent)
-    : QMainWindow(parent), m_ui(std::make_unique<Ui::VXMacroWindow_11>())
+    : QMainWindow(parent),
+      m_ui(std::make_unique<Ui::VXMacroWindow_11>()),
+      m_snippetsPopup(new SnippetsPopup),
+      m_runningLabel(plainLabel({}))
 {
     m_ui->setupUi(this);
     setAttribute(Qt::WA_QuitOnClose, false);
+    setContextMenuPolicy(Qt::NoContextMenu); // no menu that would hide the toolbar
+    setUpToolBar();
+    setUpMenus();
+    connectTextCommands();
+    setRunning(false);
+    restoreLayout();
 }
 
 VXMacroWindow::~VXMacroWindow() = default;
+
+// Set-up
+
+void VXMacroWindow::setUpToolBar()
+{
+    QToolBar *bar = m_ui->toolBar;
+    bar->addWidget(m_snippetsPopup);
+    auto *gap = new QWidget;
+    gap->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    bar->addWidget(gap);
+    m_runningLabel->setContentsMargins(0, 0, 8, 0);
+    m_runningLabel->setAccessibleName(tr("State of the script"));
+    bar->addWidget(m_runningLabel);
+    bar->addAction(m_ui->clearConsoleAction);
+    bar->addAction(m_ui->helpAction);
+    for (QAction *action : {m_ui->clearConsoleAction, m_ui->helpAction})
+        static_cast<QToolButton *>(bar->widgetForAction(action))->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    // Tab leads from the code over the console to the buttons and back.
+    for (QToolButton *button : bar->findChildren<QToolButton *>()) {
+        button->setFocusPolicy(Qt::TabFocus);
+        if (button->defaultAction())
+            button->setAccessibleName(button->defaultAction()->iconText());
+    }
+}
+
+void VXMacroWindow::setUpMenus()
+{
+    addAction(m_ui->saveAction); // in no menu: there is nothing to save
+    addShortcuts(*m_ui->runAction, {QKeySequence(Qt::CTRL | Qt::Key_Enter)});
+    addShortcuts(*m_ui->runSelectionAction, {QKeySequence(Qt::SHIFT | Qt::Key_Enter)});
+    addShortcuts(*m_ui->redoAction, {QKeySequence(Qt::CTRL | Qt::Key_Y)});
+    addShortcuts(*m_ui->findNextAction, {QKeySequence(Qt::Key_F3)});
+    addShortcuts(*m_ui->findPreviousAction, {QKeySequence(Qt::SHIFT | Qt::Key_F3)});
+    addShortcuts(*m_ui->zoomInAction, {QKeySequence(Qt::CTRL | Qt::Key_Equal)});
+    m_ui->macroMenu->addSeparator();
+    m_ui->macroMenu->addMenu(m_snippetsPopup->menu())->setText(tr("S&nippets"));
+    const std::pair<MainMenu::Place, QMenu *> places[] = {{MainMenu::File, m_ui->fileMenu},
+                                                          {MainMenu::Edit, m_ui->editMenu},
+                                                          {MainMenu::Window, m_ui->windowMenu},
+                                                          {MainMenu::Help, m_ui->helpMenu}};
+    for (const auto &[place, menu] : places) {
+        if (!menu->isEmpty())
+            menu->addSeparator();
+        MainMenu::contributeTo(place, *menu, *this);
+        menu->menuAction()->setVisible(!menu->isEmpty());
+    }
+}
+
+void VXMacroWindow::connectTextCommands()
+{
+    const std::pair<QAction *, const char *> textCommands[] = {
+        {m_ui->undoAction, "undo"}, {m_ui->redoAction, "redo"},   {m_ui->cutAction, "cut"},
+        {m_ui->copyAction, "copy"}, {m_ui->pasteAction, "paste"}, {m_ui->selectAllAction, "selectAll"}};
+    for (const auto &[action, command] : textCommands) {
+        connect(action, &QAction::triggered, this, [this, name = command] {
+            if (focusWidget())
+                QMetaObject::invokeMethod(focusWidget(), name);
+        });
+    }
+    const std::pair<QAction *, FindBar::Command> findCommands[] = {
+        {m_ui->findAction, FindBar::Show},
+        {m_ui->findNextAction, FindBar::Next},
+        {m_ui->findPreviousAction, FindBar::Previous},
+    };
+    for (const auto &[action, command] : findCommands) {
+        action->setProperty("tag", int(command));
+        connect(action, &QAction::triggered, this,
+                [this, sender = action] { performTextFinderAction(sender); });
+    }
+    connect(m_ui->useSelectionAction, &QAction::triggered, this, &VXMacroWindow::exportFont);
+    connect(m_ui->saveAction, &QAction::triggered, this, &VXMacroWindow::saveDocument);
+}
+
+// Commands
+
+QPlainTextEdit *VXMacroWindow::activeTextView() const
+{
+    if (auto *view = qobject_cast<QPlainTextEdit *>(focusWidget()))
+        return view;
+    if (m_ui->findBar->searchedView())
+        return m_ui->findBar->searchedView();
+    return m_ui->tabContent->findChild<QPlainTextEdit *>();
+}
+
+void VXMacroWindow::setRunning(bool running)
+{
+    m_ui->stopAction->setEnabled(running);
+    m_ui->runAction->setEnabled(!running);
+    m_ui->runSelectionAction->setEnabled(!running);
+    m_runningLabel->setText(running ? tr("Running…") : QString());
+}
 
 void VXMacroWindow::saveDocument()
 {
@@ -20,7 +142,35 @@ void VXMacroWindow::saveDocument()
     Q_EMIT saveRefused();
 }
 
-void VXMacroWindow::exportFont() { }
+void VXMacroWindow::exportFont()
+{
+    QAction item(tr("Use Selection for Find"));
+    item.setProperty("tag", int(FindBar::UseSelection));
+    performTextFinderAction(&item);
+}
+
+void VXMacroWindow::performTextFinderAction(QObject *item)
+{
+    if (item)
+        m_ui->findBar->performTextFinderAction(item->property("tag").toInt(), activeTextView());
+}
+
+// Layout
+
+void VXMacroWindow::saveLayout() const
+{
+    UserDefaults &defaults = UserDefaults::standard();
+    defaults.setObjectForKey(saveGeometry(), kGeometry);
+    defaults.setObjectForKey(m_ui->splitter->saveState(), kSplitter);
+}
+
+void VXMacroWindow::restoreLayout()
+{
+    const UserDefaults &defaults = UserDefaults::standard();
+    restoreGeometry(defaults.objectForKey(kGeometry).toByteArray());
+    m_ui->splitter->restoreState(defaults.objectForKey(kSplitter).toByteArray());
+    m_ui->splitter->setOrientation(Qt::Vertical); // whatever the state says
+}
 
 void VXMacroWindow::changeEvent(QEvent *event)
 {

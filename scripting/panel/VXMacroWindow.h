@@ -3,8 +3,8 @@
 #include <QMainWindow>
 #include <memory>
 
+class QLabel;
 class QPlainTextEdit;
-class VXTabBarControl;
 
 namespace Ui {
 class VXMacroWindow_11;
@@ -14,8 +14,9 @@ namespace runebook {
 class SnippetsPopup;
 } // namespace runebook
 
-/// The window of the macro panel. It never counts as the window of a document, so the document the user saw
-/// last stays the one that scripts work on, and the program does not stay open for it alone.
+/// The window of the macro panel: its parts, and the commands that mean the text view which has the keys. It
+/// never counts as the window of a document, so the document that the user saw last stays the one that
+/// scripts work on, and the program does not stay open for it alone.
 class VXMacroWindow : public QMainWindow
 {
     Q_OBJECT
@@ -25,18 +26,30 @@ public:
 
 public: // what is in it
     const Ui::VXMacroWindow_11 &parts() const { return *m_ui; }
+    runebook::SnippetsPopup *snippetsPopup() const { return m_snippetsPopup; }
+    /// The editor or the console, whichever had the keys last; null when there is neither.
+    QPlainTextEdit *activeTextView() const;
+    /// Shows that a script runs.
+    void setRunning(bool running);
 
-public:
+public: // commands
     Q_INVOKABLE bool canBecomeMainWindow() const { return false; }
     /// There is no document here: beeps and saves nothing.
     Q_INVOKABLE void saveDocument();
-    /// "Use Selection for Find": what is selected where the keys go becomes the text to look for.
+    /// "Use Selection for Find": has the text view that has the keys take its selection as the text to look
+    /// for.
     Q_INVOKABLE void exportFont();
+    /// Find, find next and so on, by the "tag" of \a item.
+    Q_INVOKABLE void performTextFinderAction(QObject *item);
+
+public: // what is remembered of it: place, size, and how editor and console share it
+    void saveLayout() const;
+    void restoreLayout();
 
 Q_SIGNALS:
     void saveRefused();
     void becameKey();
-    /// The user closes the window; it is hidden after this.
+    /// The window is being closed; it is hidden after this.
     void closing();
 
 protected:
@@ -44,5 +57,11 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void setUpToolBar();
+    void setUpMenus();
+    void connectTextCommands();
+
     std::unique_ptr<Ui::VXMacroWindow_11> m_ui;
+    runebook::SnippetsPopup *m_snippetsPopup;
+    QLabel *m_runningLabel;
 };

@@ -1,24 +1,27 @@
 #include "scripting/panel/VXMacroWindowController.h"
 
 #include "app/tabbar/VXTabBarControl.h"
+#include "codeeditor/JSTTextView.h"
 #include "platform/UserDefaults.h"
-#include "scripting/ConsoleText.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "ui_VXMacroWindow_11.h"
 
-#include <QFontDatabase>
-#include <QPlainTextEdit>
+#include <QApplication>
+#include <QInputDialog>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QToolButton>
 #include <QWindow>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto kFontSize = "MacroCodeFontSize"_L1;
 constexpr auto kShowsPanel = "showMacroPanel"_L1;
 constexpr auto kViews = "VXMacroViews"_L1;
 constexpr auto kSelectedView = "VXSelectedMacroView"_L1;
@@ -26,11 +29,30 @@ constexpr auto kFirstCode = "macroCode"_L1;
 constexpr auto kCode = "code"_L1;
 constexpr auto kTitle = "title"_L1;
 
+/// How long after the last edit the tabs are written, should the program never come to its proper end.
+constexpr auto kSaveDelay = 3s;
+constexpr qsizetype kKeptClosedTabs = 20;
+
+QVariantMap recordOf(const VXMacroViewController &tab)
+{
+    return {{kCode, tab.code()}, {kTitle, tab.title()}};
+}
+
+/// A text from the defaults; null for a value of another type.
+QString textIn(const QVariantMap &record, QLatin1StringView key)
+{
+    const QVariant value = record.value(key);
+    return value.typeId() == QMetaType::QString ? value.toString() : QString();
+}
+
 } // namespace
 
 VXMacroWindowController::VXMacroWindowController(QObject *parent) : QObject(parent)
 {
     initialize();
+    m_saveTimer.setSingleShot(true);
+    m_saveTimer.setInterval(kSaveDelay);
+    connect(&m_saveTimer, &QTimer::timeout, this, &VXMacroWindowController::saveMacroTabs);
 }
 
 VXMacroWindowController::~VXMacroWindowController() = default;
@@ -58,19 +80,67 @@ VXMacroWindow *VXMacroWindowController::window()
 void VXMacroWindowController::loadWindow()
 {
     m_window = std::make_unique<VXMacroWindow>();
+    setUpTabBar();
+    loadSnippets();
+    setUpConsole();
+    restoreMacroTabs();
+    connectCommands();
+    connect(m_window.get(), &VXMacroWindow::becameKey, this, &VXMacroWindowController::windowDidBecomeKey);
+    connect(m_window.get(), &VXMacroWindow::closing, this, &VXMacroWindowController::windowShouldClose);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &VXMacroWindowController::saveAll);
+    qApp->installEventFilter(this);
+    Q_EMIT windowLoaded();
+}
+
+void VXMacroWindowController::setUpTabBar()
+{
     VXTabBarControl *bar = tabBarControl();
     bar->setCanCloseOnlyTab(false);
     bar->setSizeCellsToFit(false);
     bar->setUseFullWidth(true);
     bar->setStyleNamed(u"Yosemite"_s);
     bar->setHideForSingleTab(true);
-    bar->setCellMaxWidth(220);
-    bar->setContentView(m_window->parts().tabContent);
     bar->setDelegate(this);
-    connect(m_window.get(), &VXMacroWindow::becameKey, this, &VXMacroWindowController::windowDidBecomeKey);
-    connect(m_window.get(), &VXMacroWindow::closing, this, &VXMacroWindowController::windowShouldClose);
-    restoreMacroTabs();
-    Q_EMIT windowLoaded();
+    bar->setCellMaxWidth(220);
+    bar->setShowAddTabButton(true);
+    bar->setContentView(m_window->parts().tabContent);
+    bar->installEventFilter(this);
+    connect(snippetsPopup(), &SnippetsPopup::chosen, this, &VXMacroWindowController::snippedClicked);
+    connect(bar, &VXTabBarControl::addTabRequested, this, &VXMacroWindowController::newTab);
+    connect(bar, &VXTabBarControl::tabItemMoved, this, &VXMacroWindowController::saveMacroTabs);
+}
+
+void VXMacroWindowController::connectCommands()
+{
+    const Ui::VXMacroWindow_11 &parts = m_window->parts();
+    using Panel = VXMacroWindowController;
+    const std::pair<QAction *, void (Panel::*)()> panelCommands[] = {
+        {parts.newTabAction, &Panel::newTab},
+        {parts.reopenTabAction, &Panel::reopenTab},
+        {parts.renameTabAction, &Panel::renameTab},
+        {parts.closeTabAction, &Panel::closeTab},
+        {parts.zoomInAction, &Panel::zoomIn},
+        {parts.zoomOutAction, &Panel::zoomOut},
+        {parts.zoomFitAction, &Panel::zoomFitInWindow},
+        {parts.runAction, &Panel::runMacro},
+        {parts.runSelectionAction, &Panel::runSelection},
+        {parts.stopAction, &Panel::stopMacro},
+        {parts.clearConsoleAction, &Panel::clearConsole},
+        {parts.helpAction, &Panel::showHelp},
+    };
+    for (const auto &[action, command] : panelCommands)
+        connect(action, &QAction::triggered, this, command);
+    const std::pair<QAction *, void (JSTTextView::*)()> editorCommands[] = {
+        {parts.commentAction, &JSTTextView::commentSelection},
+        {parts.shiftRightAction, &JSTTextView::shiftSelectedLinesRight},
+        {parts.shiftLeftAction, &JSTTextView::shiftSelectedLinesLeft},
+    };
+    for (const auto &[action, command] : editorCommands) {
+        connect(action, &QAction::triggered, this, [this, edit = command] {
+            if (VXMacroViewController *tab = activeMacroController())
+                (tab->macroText()->*edit)();
+        });
+    }
 }
 
 VXTabBarControl *VXMacroWindowController::tabBarControl()
@@ -78,15 +148,12 @@ VXTabBarControl *VXMacroWindowController::tabBarControl()
     return window()->parts().tabBarControl;
 }
 
-QWidget *VXMacroWindowController::consoleText()
-{
-    return window()->parts().consoleText;
-}
-
 SnippetsPopup *VXMacroWindowController::snippetsPopup()
 {
-    return nullptr;
+    return window()->snippetsPopup();
 }
+
+// Showing
 
 void VXMacroWindowController::showPanel()
 {
@@ -109,7 +176,7 @@ void VXMacroWindowController::hidePanel()
 {
     if (!m_window)
         return;
-    saveMacroTabs();
+    saveAll();
     m_window->hide();
 }
 
@@ -126,8 +193,10 @@ bool VXMacroWindowController::isKeyWindow() const
 
 bool VXMacroWindowController::windowShouldClose()
 {
-    UserDefaults::standard().setObjectForKey(false, kShowsPanel);
-    saveMacroTabs();
+    // At the end of the program windows close as well; that is not the user's choice for the next time.
+    if (!m_isQuitting)
+        UserDefaults::standard().setObjectForKey(false, kShowsPanel);
+    saveAll();
     return true;
 }
 
@@ -135,6 +204,33 @@ void VXMacroWindowController::windowDidBecomeKey()
 {
     if (tabBarControl()->countOfTabItems() == 0)
         newTab();
+}
+
+void VXMacroWindowController::saveAll()
+{
+    if (!m_window)
+        return;
+    saveMacroTabs();
+    m_window->saveLayout();
+}
+
+bool VXMacroWindowController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Quit && watched == qApp) {
+        m_isQuitting = true;
+        // Somebody may still say no.
+        QMetaObject::invokeMethod(
+            this, [this] { m_isQuitting = false; }, Qt::QueuedConnection);
+    } else if (event->type() == QEvent::MouseButtonDblClick && m_window && watched == tabBarControl()) {
+        const auto *click = static_cast<QMouseEvent *>(event);
+        const PSMTabBarCell *cell = tabBarControl()->cellAtPoint(click->position());
+        if (click->button() == Qt::LeftButton && cell)
+            rename(qobject_cast<VXMacroViewController *>(cell->representedObject()));
+        else if (click->button() == Qt::LeftButton)
+            newTab();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 // Tabs
@@ -157,6 +253,7 @@ VXMacroViewController *VXMacroWindowController::addMacroTitle(const QString &cod
     tab->setTitle(title);
     if (!code.isNull())
         tab->setCode(code);
+    connect(tab, &VXMacroViewController::restorableStateChanged, &m_saveTimer, qOverload<>(&QTimer::start));
     tabBarControl()->addTabItem(tab);
     return tab;
 }
@@ -169,15 +266,46 @@ void VXMacroWindowController::closeTab()
         window()->close();
 }
 
-void VXMacroWindowController::reopenTab() { }
-void VXMacroWindowController::renameTab() { }
+void VXMacroWindowController::reopenTab()
+{
+    if (m_closedTabs.isEmpty())
+        return;
+    const QVariantMap record = m_closedTabs.takeLast();
+    tabBarControl()->selectTabItem(addMacroTitle(textIn(record, kCode), textIn(record, kTitle)));
+    saveMacroTabs();
+}
+
+void VXMacroWindowController::renameTab()
+{
+    rename(activeMacroController());
+}
+
+void VXMacroWindowController::rename(VXMacroViewController *tab)
+{
+    if (!tab)
+        return;
+    auto *dialog = new QInputDialog(window());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setWindowTitle(tr("Rename Tab"));
+    dialog->setLabelText(tr("Title of the tab:"));
+    dialog->setTextValue(tab->title());
+    connect(dialog, &QInputDialog::textValueSelected, tab, [this, tab](const QString &title) {
+        if (title.trimmed().isEmpty())
+            return;
+        tab->setTitle(title.trimmed());
+        saveMacroTabs();
+    });
+    dialog->open();
+}
 
 void VXMacroWindowController::saveMacroTabs()
 {
+    m_saveTimer.stop();
     QVariantList records;
     for (QObject *item : tabBarControl()->tabItems()) {
         if (const auto *tab = qobject_cast<VXMacroViewController *>(item))
-            records << QVariantMap {{kCode, tab->code()}, {kTitle, tab->title()}};
+            records << recordOf(*tab);
     }
     UserDefaults &defaults = UserDefaults::standard();
     defaults.setObjectForKey(records, kViews);
@@ -187,134 +315,85 @@ void VXMacroWindowController::saveMacroTabs()
 
 void VXMacroWindowController::restoreMacroTabs()
 {
-    UserDefaults &defaults = UserDefaults::standard();
-    if (!defaults.isSet(kViews))
+    const UserDefaults &defaults = UserDefaults::standard();
+    const QVariant saved = defaults.objectForKey(kViews);
+    if (saved.typeId() != QMetaType::QVariantList) {
         addMacroTitle(defaults.stringForKey(kFirstCode), tr("Macro %1").arg(1));
-    int number = 0;
-    for (const QVariant &each : defaults.arrayForKey(kViews)) {
-        const QVariantMap record = each.toMap();
-        if (record.isEmpty())
-            continue;
-        ++number;
-        const QString title = record.value(kTitle).toString();
-        addMacroTitle(record.value(kCode).toString(), title.isEmpty() ? tr("Macro %1").arg(number) : title);
+    } else if (!saved.toList().isEmpty()) {
+        for (QObject *item : tabBarControl()->tabItems()) {
+            tabBarControl()->removeTabItem(item);
+            item->deleteLater();
+        }
+        int number = 0;
+        for (const QVariant &each : saved.toList()) {
+            const QVariantMap record = each.toMap();
+            if (record.isEmpty())
+                continue;
+            ++number;
+            const QString title = textIn(record, kTitle);
+            addMacroTitle(textIn(record, kCode), title.isEmpty() ? tr("Macro %1").arg(number) : title);
+        }
     }
     const int selected = defaults.integerForKey(kSelectedView);
-    tabBarControl()->selectTabItemAtIndex(uint(selected) < tabBarControl()->countOfTabItems() ? uint(selected)
-                                                                                              : 0);
+    const bool isThere = selected >= 0 && uint(selected) < tabBarControl()->countOfTabItems();
+    tabBarControl()->selectTabItemAtIndex(isThere ? uint(selected) : 0);
 }
 
 void VXMacroWindowController::tabBarDidSelectTabItem(VXTabBarControl *, QObject *)
 {
+    setUpEmphasis();
     saveMacroTabs();
 }
 
-void VXMacroWindowController::tabBarDidCloseTabItem(VXTabBarControl *, QObject *)
+void VXMacroWindowController::tabBarWillCloseTabItem(VXTabBarControl *, QObject *item)
+{
+    const auto *tab = qobject_cast<VXMacroViewController *>(item);
+    if (!tab)
+        return;
+    m_closedTabs << recordOf(*tab);
+    if (m_closedTabs.size() > kKeptClosedTabs)
+        m_closedTabs.removeFirst();
+}
+
+void VXMacroWindowController::tabBarDidCloseTabItem(VXTabBarControl *, QObject *item)
 {
     saveMacroTabs();
+    if (qobject_cast<VXMacroViewController *>(item))
+        item->deleteLater();
+}
+
+QMenu *VXMacroWindowController::tabViewMenuForTabItem(VXTabBarControl *, QObject *item)
+{
+    tabBarControl()->selectTabItem(item); // its commands mean the selected tab
+    if (!m_tabMenu) {
+        const Ui::VXMacroWindow_11 &parts = m_window->parts();
+        m_tabMenu = new QMenu(m_window.get());
+        m_tabMenu->addActions({parts.newTabAction, parts.renameTabAction, parts.closeTabAction});
+    }
+    return m_tabMenu;
 }
 
 // Running
 
-void VXMacroWindowController::runMacro()
+void VXMacroWindowController::run(void (VXMacroViewController::*command)())
 {
     saveMacroTabs();
     m_lastRun = activeMacroController();
     if (m_lastRun)
-        m_lastRun->runMacro();
+        (m_lastRun->*command)();
+}
+
+void VXMacroWindowController::runMacro()
+{
+    run(&VXMacroViewController::runMacro);
 }
 
 void VXMacroWindowController::runSelection()
 {
-    saveMacroTabs();
-    m_lastRun = activeMacroController();
-    if (m_lastRun)
-        m_lastRun->runSelection();
+    run(&VXMacroViewController::runSelection);
 }
 
 void VXMacroWindowController::stopMacro()
 {
     VXScriptingHandler::interruptRun();
 }
-
-// The console
-
-void VXMacroWindowController::setWrite(const QString &text)
-{
-    window()->parts().consoleText->appendPlainText(text);
-}
-
-void VXMacroWindowController::setWriteError(const QString &text)
-{
-    window()->parts().consoleText->appendPlainText(cleanupErrorMessage(text));
-}
-
-QString VXMacroWindowController::write()
-{
-    return window()->parts().consoleText->toPlainText();
-}
-
-void VXMacroWindowController::clearConsole()
-{
-    QMetaObject::invokeMethod(
-        this, [this] { clearConsole(this); }, Qt::QueuedConnection);
-}
-
-void VXMacroWindowController::clearConsole(QObject *)
-{
-    if (m_window)
-        m_window->parts().consoleText->clear();
-}
-
-QString VXMacroWindowController::cleanupErrorMessage(const QString &text)
-{
-    return runebook::cleanupErrorMessage(text);
-}
-
-void VXMacroWindowController::addFileLinksAttributesString(const QString &text, QVariantMap *styled)
-{
-    *styled = {{u"string"_s, ConsoleText::fromOutput(text).text}};
-}
-
-bool VXMacroWindowController::textViewClickedOnLinkAtIndex(QObject *textView, const QVariantList &, int)
-{
-    return textView == consoleText();
-}
-
-// Fonts
-
-QFont VXMacroWindowController::macroFont()
-{
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSize(qBound(7, m_macroFontSize, 40));
-    return font;
-}
-
-QVariantMap VXMacroWindowController::messageAttributes()
-{
-    return {{u"NSFont"_s, macroFont()}, {u"NSColor"_s, consoleText()->palette().color(QPalette::Text)}};
-}
-
-void VXMacroWindowController::zoomIn()
-{
-    if (VXMacroViewController *tab = activeMacroController())
-        tab->zoomIn();
-}
-
-void VXMacroWindowController::zoomOut()
-{
-    if (VXMacroViewController *tab = activeMacroController())
-        tab->zoomOut();
-}
-
-void VXMacroWindowController::zoomFitInWindow()
-{
-    UserDefaults::standard().removeObjectForKey(kFontSize);
-}
-
-// Snippets and help
-
-void VXMacroWindowController::loadSnippets() { }
-void VXMacroWindowController::addSnippets(const QVariantList &) { }
-void VXMacroWindowController::snippedClicked(QObject *) { }
-void VXMacroWindowController::showHelp() { }

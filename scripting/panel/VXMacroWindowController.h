@@ -5,16 +5,27 @@
 #include <QFont>
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 #include <QVariantMap>
 #include <memory>
+#include <optional>
 
 class VXMacroViewController;
 class VXMacroWindow;
 class VXTabBarControl;
 
 namespace runebook {
+class ConsoleView;
 class SnippetsPopup;
 } // namespace runebook
+
+class QMenu;
+
+Q_MOC_INCLUDE("app/tabbar/VXTabBarControl.h")
+Q_MOC_INCLUDE("scripting/panel/SnippetsPopup.h")
+Q_MOC_INCLUDE("scripting/panel/VXMacroViewController.h")
+Q_MOC_INCLUDE("scripting/panel/VXMacroWindow.h")
+Q_MOC_INCLUDE(<QMenu>)
 
 /// The macro panel: tabs of Python code, the console below them, and the commands that run one on the other.
 /// One for the program. Its window is loaded when it is first needed, so that making the panel costs nothing;
@@ -73,7 +84,9 @@ public: // tabs
     /// Makes the tabs anew from the defaults.
     Q_INVOKABLE void restoreMacroTabs();
     Q_INVOKABLE void tabBarDidSelectTabItem(VXTabBarControl *bar, QObject *item);
+    Q_INVOKABLE void tabBarWillCloseTabItem(VXTabBarControl *bar, QObject *item);
     Q_INVOKABLE void tabBarDidCloseTabItem(VXTabBarControl *bar, QObject *item);
+    Q_INVOKABLE QMenu *tabViewMenuForTabItem(VXTabBarControl *bar, QObject *item);
 
 public: // running
     /// Saves the tabs and runs the selected one.
@@ -103,7 +116,7 @@ public: // the console
     Q_INVOKABLE bool textViewClickedOnLinkAtIndex(QObject *textView, const QVariantList &link, int index);
 
 public: // fonts; sizes in points
-    int macroFontSize() const { return m_macroFontSize; }
+    int macroFontSize();
     void setMacroFontSize(int size) { m_macroFontSize = size; }
     /// The font of the console, made when it is first asked for.
     QFont macroFont();
@@ -130,10 +143,29 @@ public:
 Q_SIGNALS:
     void windowLoaded();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void loadWindow();
+    void setUpTabBar();
+    void connectCommands();
+    runebook::ConsoleView &console();
+    void setUpConsole();
+    void setUpConsoleFont();
+    void setUpEmphasis();
+    void fontSizeChanged();
+    void saveAll();
+    void rename(VXMacroViewController *tab);
+    void run(void (VXMacroViewController::*command)());
 
     std::unique_ptr<VXMacroWindow> m_window;
-    int m_macroFontSize = 13;
+    QTimer m_saveTimer; ///< after the last edit
+    int m_macroFontSize = 0;
+    std::optional<QFont> m_macroFont;
+    QVariantMap m_messageAttributes;
     QPointer<VXMacroViewController> m_lastRun; ///< whose lines "<macro>" means
+    QList<QVariantMap> m_closedTabs; ///< the last one closed last
+    QMenu *m_tabMenu = nullptr; // the window's
+    bool m_isQuitting = false;
 };

@@ -1,0 +1,596 @@
+#include "app/tabbar/VXTabBarControl.h"
+#include "codeeditor/JSTTextView.h"
+#include "document/VXDocument.h"
+#include "platform/DocumentController.h"
+#include "platform/StandardFolders.h"
+#include "platform/UserDefaults.h"
+#include "scripting/ScriptRun.h"
+#include "scripting/VXScriptingHandler.h"
+#include "scripting/bridge/ScriptApplication.h"
+#include "scripting/panel/ConsoleView.h"
+#include "scripting/panel/SnippetsPopup.h"
+#include "scripting/panel/VXMacroViewController.h"
+#include "scripting/panel/VXMacroWindow.h"
+#include "scripting/panel/VXMacroWindowController.h"
+#include "tests/TestMain.h"
+#include "ui_VXMacroWindow_11.h"
+
+#include <QAbstractButton>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QSignalSpy>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+UserDefaults &defaults()
+{
+    return UserDefaults::standard();
+}
+
+QVariantMap record(const QString &title, const QString &code)
+{
+    return {{u"title"_s, title}, {u"code"_s, code}};
+}
+
+/// A shown panel with the keyboard.
+struct Panel {
+    VXMacroWindowController controller;
+
+    Panel()
+    {
+        controller.showPanel();
+        (void)QTest::qWaitForWindowActive(controller.window());
+        editor().setFocus();
+    }
+    VXTabBarControl &bar() { return *controller.tabBarControl(); }
+    JSTTextView &editor() { return *controller.activeMacroController()->macroText(); }
+    ConsoleView &console() { return *controller.window()->parts().consoleText; }
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::ControlModifier)
+    {
+        QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : &editor(), Qt::Key(key),
+                        modifiers);
+    }
+    /// Replaces the tab's code as a user does.
+    void type(const QString &code)
+    {
+        press(Qt::Key_A);
+        press(Qt::Key_Delete, Qt::NoModifier);
+        for (const QString &line : code.split(u'\n')) {
+            if (!editor().string().isEmpty())
+                press(Qt::Key_Return, Qt::NoModifier);
+            QTest::keyClicks(&editor(), line);
+            press(Qt::Key_Escape, Qt::NoModifier); // the completions, should they be there
+        }
+    }
+    /// "title: code" of each tab, the selected one in brackets.
+    QString tabs()
+    {
+        QStringList texts;
+        for (QObject *item : bar().tabItems()) {
+            const auto *tab = qobject_cast<VXMacroViewController *>(item);
+            const QString text = tab->title() + ": "_L1 + tab->code();
+            texts << (item == bar().selectedTabItem() ? u'[' + text + u']' : text);
+        }
+        return texts.join(" | "_L1);
+    }
+};
+
+} // namespace
+
+class MacroPanelTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup() { DocumentController::shared().releaseAll(); }
+    void costsNothingBeforeItIsShown();
+    void restoresTabs_data();
+    void restoresTabs();
+    void keepsTabsOverARestart();
+    void closesAndReopensTabs();
+    void remembersThatItWasClosed();
+    void zooms_data();
+    void zooms();
+    void changesFonts();
+    void refusesToSave();
+    void findsText();
+    void editsLines();
+    void findsLines_data();
+    void findsLines();
+    void takesPiecesOfCode_data();
+    void takesPiecesOfCode();
+    void restoresTheTextOfATab();
+    void runsCodeOnTheDocument();
+    void runsTheSelection();
+    void followsLinks();
+    void answersScripts_data();
+    void answersScripts();
+
+private:
+    VXDocument *makeDocument();
+};
+
+void MacroPanelTest::initTestCase()
+{
+    StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
+    VXScriptingHandler::sharedHandler();
+}
+
+void MacroPanelTest::init()
+{
+    for (const char *key : {"VXMacroViews", "VXSelectedMacroView", "macroCode", "MacroCodeFontSize",
+                            "showMacroPanel", "VXMacroPanelGeometry", "VXMacroPanelSplitter"})
+        defaults().removeObjectForKey(QString::fromLatin1(key));
+}
+
+// The window
+
+void MacroPanelTest::costsNothingBeforeItIsShown()
+{
+    VXMacroWindowController panel;
+    QVERIFY(!panel.isWindowLoaded());
+    QVERIFY(!panel.isReallyVisible());
+    panel.hidePanel();
+    panel.clearConsole(nullptr);
+    QVERIFY(!panel.isWindowLoaded());
+    QVERIFY(!defaults().isSet(u"VXMacroViews"_s));
+
+    panel.newTab();
+    QVERIFY(panel.isWindowLoaded());
+    QVERIFY(!panel.isReallyVisible());
+    QVERIFY(!panel.activeMacroController()->isEditorMade());
+    QVERIFY(!panel.window()->canBecomeMainWindow());
+    QVERIFY(!panel.window()->testAttribute(Qt::WA_QuitOnClose));
+    panel.showPanel();
+    QTRY_VERIFY(panel.isReallyVisible());
+    QVERIFY(panel.activeMacroController()->isEditorMade());
+    panel.hidePanel();
+    QVERIFY(!panel.isReallyVisible());
+}
+
+void MacroPanelTest::restoresTabs_data()
+{
+    QTest::addColumn<QVariant>("saved");
+    QTest::addColumn<QVariant>("selected");
+    QTest::addColumn<QString>("tabs");
+    const QVariant none;
+    const auto list = [](const QVariantList &records) { return QVariant(records); };
+    const QString first = u"[Macro 1: # type your Python code here and press cmd+Return to run.]"_s;
+    QTest::newRow("never saved") << none << none << first;
+    QTest::newRow("an empty record takes no number")
+        << list({record({}, u"a"_s), QVariantMap(), record({}, u"b"_s)}) << none
+        << u"[Macro 1: a] | Macro 2: b"_s;
+    QTest::newRow("titles stay") << list({record(u"T"_s, u"a"_s), record({}, u"b"_s)}) << QVariant(1)
+                                 << u"T: a | [Macro 2: b]"_s;
+    QTest::newRow("selection beyond the end")
+        << list({record(u"A"_s, {}), record(u"B"_s, {}), record(u"C"_s, {})}) << QVariant(5)
+        << u"[A: ] | B:  | C: "_s;
+    QTest::newRow("negative selection")
+        << list({record(u"A"_s, {}), record(u"B"_s, {})}) << QVariant(-1) << u"[A: ] | B: "_s;
+    QTest::newRow("no tabs: one when it becomes key") << list({}) << none << u"[Macro 1: # add code here]"_s;
+    QTest::newRow("only empty records") << list({QVariantMap()}) << none << u"[Macro 1: # add code here]"_s;
+    QTest::newRow("a text instead of a list") << QVariant(u"tabs"_s) << QVariant(u"x"_s) << first;
+    QTest::newRow("texts instead of records")
+        << list({u"x"_s, 5, record(u"A"_s, u"a"_s)}) << none << u"[A: a]"_s;
+    QTest::newRow("numbers instead of texts")
+        << list({QVariantMap {{u"title"_s, 5}, {u"code"_s, QVariantList {1}}}}) << none << u"[Macro 1: ]"_s;
+}
+
+void MacroPanelTest::restoresTabs()
+{
+    QFETCH(QVariant, saved);
+    QFETCH(QVariant, selected);
+    defaults().setObjectForKey(saved, u"VXMacroViews"_s);
+    defaults().setObjectForKey(selected, u"VXSelectedMacroView"_s);
+    VXMacroWindowController controller;
+    controller.showPanel();
+    QVERIFY(QTest::qWaitForWindowActive(controller.window()));
+    QStringList texts;
+    for (QObject *item : controller.tabBarControl()->tabItems()) {
+        const auto *tab = qobject_cast<VXMacroViewController *>(item);
+        const QString text = tab->title() + ": "_L1 + tab->code();
+        texts << (item == controller.activeMacroController() ? u'[' + text + u']' : text);
+    }
+    QTEST(texts.join(" | "_L1), "tabs");
+}
+
+void MacroPanelTest::keepsTabsOverARestart()
+{
+    {
+        Panel panel;
+        panel.type(u"print(1)"_s);
+        panel.press(Qt::Key_T);
+        panel.type(u"x = \"b\"\nprint(x)"_s);
+        panel.press(Qt::Key_F2, Qt::NoModifier);
+        auto *dialog = panel.controller.window()->findChild<QInputDialog *>();
+        QVERIFY(dialog);
+        dialog->setTextValue(u"Second & last"_s);
+        QTest::keyClick(dialog->findChild<QLineEdit *>(), Qt::Key_Return);
+        panel.controller.window()->close();
+    }
+    Panel panel;
+    QCOMPARE(panel.tabs(), u"Macro 1: print(1) | [Second & last: x = \"b\"\nprint(x)]"_s);
+    // The other way round, by a click on the first tab and without closing.
+    const QRectF first = panel.bar().cells().first()->frame();
+    QTest::mouseClick(&panel.bar(), Qt::LeftButton, {}, first.center().toPoint());
+    QCOMPARE(defaults().integerForKey(u"VXSelectedMacroView"_s), 0);
+    QCOMPARE(QApplication::focusWidget(), &panel.editor());
+}
+
+void MacroPanelTest::closesAndReopensTabs()
+{
+    Panel panel;
+    panel.type(u"one"_s);
+    panel.press(Qt::Key_T);
+    panel.press(Qt::Key_W);
+    QCOMPARE(panel.tabs(), u"[Macro 1: one]"_s);
+    QCOMPARE(defaults().arrayForKey(u"VXMacroViews"_s).size(), 1);
+    panel.press(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(panel.tabs(), u"Macro 1: one | [Macro 2: # add code here]"_s);
+    panel.press(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier); // no more of them
+    QCOMPARE(panel.bar().countOfTabItems(), 2u);
+    panel.press(Qt::Key_W);
+    panel.press(Qt::Key_W);
+    QVERIFY(!panel.controller.window()->isVisible());
+    QCOMPARE(panel.tabs(), u"[Macro 1: one]"_s);
+}
+
+void MacroPanelTest::remembersThatItWasClosed()
+{
+    Panel panel;
+    const QString key = u"showMacroPanel"_s;
+    defaults().setObjectForKey(true, key);
+    panel.controller.hidePanel();
+    QVERIFY(defaults().boolForKey(key));
+    panel.controller.showPanel();
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(qApp, &quit); // closes all windows
+    QVERIFY(!panel.controller.window()->isVisible());
+    QVERIFY(defaults().boolForKey(key));
+    QCoreApplication::processEvents();
+    panel.controller.showPanel();
+    panel.controller.window()->close();
+    QVERIFY(!defaults().boolForKey(key));
+}
+
+// Fonts
+
+void MacroPanelTest::zooms_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<QChar>("key");
+    QTest::addColumn<int>("after");
+    const auto row = [](const char *name, int size, char16_t key, int after) {
+        QTest::newRow(name) << size << QChar(key) << after;
+    };
+    row("13 + 14", 13, u'+', 14);
+    row("40 + 40", 40, u'+', 40);
+    row("3 + 8", 3, u'+', 8);
+    row("13 - 12", 13, u'-', 12);
+    row("8 - 7", 8, u'-', 7);
+    row("7 - 7", 7, u'-', 7);
+    row("90 - 39", 90, u'-', 39);
+    row("20 0 13", 20, u'0', 13);
+}
+
+void MacroPanelTest::zooms()
+{
+    QFETCH(int, size);
+    QFETCH(QChar, key);
+    Panel panel;
+    defaults().setObjectForKey(size, u"MacroCodeFontSize"_s);
+    panel.press(key.unicode());
+    QTEST(defaults().integerForKey(u"MacroCodeFontSize"_s), "after");
+    QTEST(panel.editor().font().pointSize(), "after");
+    QTEST(panel.console().font().pointSize(), "after");
+}
+
+void MacroPanelTest::changesFonts()
+{
+    defaults().setObjectForKey(45, u"MacroCodeFontSize"_s);
+    Panel panel;
+    QCOMPARE(panel.controller.macroFontSize(), 45);
+    QCOMPARE(panel.controller.activeMacroController()->macroFontSize(), 45);
+    defaults().setObjectForKey(46, u"MacroCodeFontSize"_s);
+    QCOMPARE(panel.controller.macroFontSize(), 13);
+    QCOMPARE(panel.controller.macroFont().pointSize(), 13);
+    QCOMPARE(panel.controller.activeMacroController()->macroFontSize(), 46);
+    QVERIFY(panel.controller.activeMacroController()->macroFontBold().bold());
+    for (const int size : {-1, 0, 100'000'000}) {
+        defaults().setObjectForKey(size, u"MacroCodeFontSize"_s);
+        QCOMPARE(panel.controller.macroFontSize(), 13);
+        QVERIFY(panel.editor().font().pointSize() > 0 && panel.editor().font().pointSize() < 1000);
+    }
+    QCOMPARE(panel.controller.messageAttributes(), panel.controller.errorAttributes());
+}
+
+// Keys
+
+VXDocument *MacroPanelTest::makeDocument()
+{
+    auto *document = new VXDocument;
+    DocumentController::shared().addDocument(document);
+    for (const QString &name : {u"A"_s, u"B"_s}) {
+        auto info = std::make_shared<VXGlyphInfo>();
+        info->setName(name);
+        document->addInfo(info);
+    }
+    QCoreApplication::processEvents();
+    return document;
+}
+
+void MacroPanelTest::refusesToSave()
+{
+    VXDocument *document = makeDocument();
+    Panel panel;
+    QSignalSpy refused(panel.controller.window(), &VXMacroWindow::saveRefused);
+    panel.press(Qt::Key_S);
+    QCOMPARE(refused.size(), 1);
+    QVERIFY(document->isDocumentEdited());
+    QCOMPARE(DocumentController::shared().currentDocument(), document);
+}
+
+void MacroPanelTest::findsText()
+{
+    Panel panel;
+    panel.controller.activeMacroController()->setCode(u"alpha beta\nAlpha gamma"_s);
+    panel.editor().setSelectedRange({0, 5});
+    panel.press(Qt::Key_E);
+    panel.press(Qt::Key_G);
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {11, 5}));
+    panel.press(Qt::Key_G); // around the end
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {0, 5}));
+    panel.press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {11, 5}));
+    panel.press(Qt::Key_F);
+    QTest::keyClicks(QApplication::focusWidget(), u"gam"_s);
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {17, 3}));
+    panel.press(Qt::Key_Escape, Qt::NoModifier);
+    QCOMPARE(QApplication::focusWidget(), &panel.editor());
+    QVERIFY(!panel.controller.window()->parts().findBar->isVisible());
+}
+
+void MacroPanelTest::editsLines()
+{
+    Panel panel;
+    panel.type(u"a\nb\nc"_s);
+    panel.press(Qt::Key_A);
+    panel.press(Qt::Key_Slash);
+    QCOMPARE(panel.editor().string(), u"# a\nb\n# c"_s);
+    panel.press(Qt::Key_BracketRight);
+    QCOMPARE(panel.editor().string(), u"\t# a\n\tb\n# c"_s);
+    panel.press(Qt::Key_BracketLeft);
+    QCOMPARE(panel.editor().string(), u"# a\nb\n# c"_s);
+}
+
+void MacroPanelTest::findsLines_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("line");
+    QTest::addColumn<QString>("selected");
+    const auto row = [](const char *name, const char16_t *text, int line, const char16_t *selected) {
+        QTest::newRow(name) << QString::fromUtf16(text) << line << QString::fromUtf16(selected);
+    };
+    row("first, with its break", u"a\nbb\nccc", 1, u"a\n");
+    row("middle", u"a\nbb\nccc", 2, u"bb\n");
+    row("last, without a break", u"a\nbb\nccc", 3, u"ccc");
+    row("beyond the end", u"a\nbb\nccc", 4, u"");
+    row("far beyond the end", u"a", 2'000'000'000, u"");
+    row("no number", u"a\nbb", 0, u"a\n");
+    row("negative", u"a\nbb", -7, u"a\n");
+    row("empty text", u"", 1, u"");
+}
+
+void MacroPanelTest::findsLines()
+{
+    QFETCH(QString, text);
+    QFETCH(int, line);
+    VXMacroViewController tab;
+    tab.setCode(text);
+    tab.selectTextForLine(line);
+    const TextRange range = tab.macroText()->selectedRange();
+    QTEST(text.mid(range.location, range.length), "selected");
+    if (line > text.count(u'\n') + 1)
+        QCOMPARE(range, (TextRange {int(text.size()), 0}));
+}
+
+void MacroPanelTest::takesPiecesOfCode_data()
+{
+    QTest::addColumn<QString>("marked"); // the selection stands in brackets
+    QTest::addColumn<QString>("code");
+    const auto row = [](const char *name, const char16_t *marked, const char16_t *code) {
+        QTest::newRow(name) << QString::fromUtf16(marked) << QString::fromUtf16(code);
+    };
+    row("caret in the first line", u"on[]e\ntwo", u"one");
+    row("caret in the last line", u"one\ntwo[]", u"\ntwo");
+    row("a piece of a line", u"one\nx = [len(y)] + 1", u"\nlen(y)");
+    row("a whole line with its break", u"one\n[two\n]three", u"\ntwo");
+    row("several lines are taken whole", u"one\nt[wo\nthr]ee\nfour", u"\ntwo\nthree");
+    row("an indented line", u"if x:\n    on[]e\ntwo", u"if True:\n    one");
+    row("indented lines", u"a\nif x:\n[\tone\n\ttwo]", u"\nif True:\n\tone\n\ttwo");
+    row("an indented piece from its start", u"if x:\n  [  one] + 2", u"if True:\n    one");
+    row("an indented piece", u"if x:\n    y = [one]", u"\none");
+    row("the first line indented", u"  o[]ne", u"  one");
+    row("an empty line", u"one\n[]\ntwo", u"\n");
+}
+
+void MacroPanelTest::takesPiecesOfCode()
+{
+    QFETCH(QString, marked);
+    const qsizetype start = marked.indexOf(u'[');
+    const qsizetype end = marked.indexOf(u']') - 1;
+    VXMacroViewController tab;
+    tab.setCode(QString(marked).remove(u'[').remove(u']'));
+    tab.macroText()->setSelectedRange({int(start), int(end - start)});
+    QTEST(tab.selectedCode(), "code");
+}
+
+void MacroPanelTest::restoresTheTextOfATab()
+{
+    VXMacroViewController tab;
+    tab.setCode(u"a\u2028\u00A0b"_s);
+    QVariantMap coder;
+    tab.encodeRestorableStateWithCoder(&coder);
+    QCOMPARE(coder, (QVariantMap {{u"macroText"_s, u"a\u2028\u00A0b"_s}}));
+    VXMacroViewController other;
+    other.restoreStateWithCoder(coder);
+    QCOMPARE(other.macroText()->string(), u"a\u2028\u00A0b"_s);
+    other.restoreStateWithCoder({{u"macroText"_s, 5}});
+    QCOMPARE(other.code(), u"a\u2028\u00A0b"_s);
+}
+
+// Running
+
+void MacroPanelTest::runsCodeOnTheDocument()
+{
+    if (!VXScriptingHandler::isPythonRunning())
+        QSKIP("no supported Python on this machine");
+    VXDocument *document = makeDocument();
+    Panel panel;
+    setScriptConsole(&panel.controller);
+    panel.type(u"for info in Doc: info.production = info.name * 2\nprint(\"done\", len(Doc))"_s);
+    panel.press(Qt::Key_Return);
+    QCOMPARE(panel.controller.write(), u"done 2\n"_s);
+    QCOMPARE(document->objectInInfosAtIndex(1)->production(), u"BB"_s);
+    QVERIFY(defaults()
+                .arrayForKey(u"VXMacroViews"_s)
+                .first()
+                .toMap()
+                .value(u"code"_s)
+                .toString()
+                .contains(u"done"_s));
+    document->undoManager()->undo();
+    QVERIFY(document->objectInInfosAtIndex(0)->production().isNull());
+    panel.controller.quitMacro();
+    panel.controller.clearConsole();
+    QVERIFY(!panel.controller.write().isEmpty());
+    QCoreApplication::processEvents();
+    QVERIFY(panel.controller.write().isEmpty());
+    setScriptConsole(nullptr);
+}
+
+void MacroPanelTest::runsTheSelection()
+{
+    if (!VXScriptingHandler::isPythonRunning())
+        QSKIP("no supported Python on this machine");
+    Panel panel;
+    setScriptConsole(&panel.controller);
+    panel.controller.activeMacroController()->setCode(u"print(1)\nprint(2)\nif False:\n    print(3)\n"_s);
+    panel.press(Qt::Key_Return, Qt::ShiftModifier);
+    panel.press(Qt::Key_Return, Qt::ShiftModifier); // the caret has gone on to the next line
+    QCOMPARE(panel.controller.write(), u"1\n2\n"_s);
+    panel.editor().setSelectedRange({28, 12});
+    panel.press(Qt::Key_Enter, Qt::ShiftModifier | Qt::KeypadModifier);
+    QCOMPARE(panel.controller.write(), u"1\n2\n3\n"_s);
+    QCOMPARE(panel.editor().string(), u"print(1)\nprint(2)\nif False:\n    print(3)\n"_s);
+    setScriptConsole(nullptr);
+}
+
+void MacroPanelTest::followsLinks()
+{
+    if (!VXScriptingHandler::isPythonRunning())
+        QSKIP("no supported Python on this machine");
+    Panel panel;
+    setScriptConsole(&panel.controller);
+    panel.controller.activeMacroController()->setCode(u"a = 1\n\n1 / 0\n# end\n"_s);
+    panel.press(Qt::Key_Return);
+    const QString output = panel.controller.write();
+    QVERIFY2(output.contains(u"File \"<macro>\", line 3\n"_s), qPrintable(output));
+    QVERIFY(output.contains(u"ZeroDivisionError"_s));
+
+    // From another tab, by the keyboard's way and by a click: the tab that ran comes to the front.
+    panel.press(Qt::Key_T);
+    panel.console().showPending();
+    const int place = int(output.indexOf(u"<macro>"_s));
+    panel.console().setSelectedRange({place, 0});
+    const QPoint point = panel.console().cursorRect().center() + QPoint(8, 0);
+    QTest::mouseClick(panel.console().viewport(), Qt::LeftButton, {}, point);
+    QCOMPARE(panel.bar().selectionIndex(), 0u);
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {7, 6}));
+    QCOMPARE(QApplication::focusWidget(), &panel.editor());
+
+    const QVariantList link {u"<string>"_s, u"1"_s};
+    QVERIFY(!panel.controller.textViewClickedOnLinkAtIndex(&panel.editor(), link, 0));
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {7, 6}));
+    QVERIFY(panel.controller.textViewClickedOnLinkAtIndex(&panel.console(), link, 0));
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {0, 6}));
+    setScriptConsole(nullptr);
+}
+
+// From scripts
+
+/// As the program's delegate hands the panel out.
+class Delegate : public QObject
+{
+    Q_OBJECT
+public:
+    explicit Delegate(QObject *panel) : m_panel(panel) { }
+    Q_INVOKABLE QObject *macroPanelController() const { return m_panel; }
+
+private:
+    QObject *m_panel;
+};
+
+void MacroPanelTest::answersScripts_data()
+{
+    QTest::addColumn<QString>("expression");
+    QTest::addColumn<QString>("answer");
+    const auto row = [](const char *expression, const char *answer) {
+        QTest::newRow(expression) << QString::fromUtf8(expression) << QString::fromUtf8(answer);
+    };
+    row("p.activeMacroController().title", "'Macro 1'");
+    row("p.newTab_(None) or p.tabBarControl().countOfTabItems()", "2");
+    row("p.addMacro_title_(None, 'T').macroText().string()", "''");
+    row("p.addMacro_title_('x = 1', 'T').code()", "'x = 1'");
+    row("[t.title for t in p.tabBarControl().tabItems]", "['Macro 1']");
+    row("p.addMacro_title_('ab\\ncd', '').rangeForLine_(2)", "(3, 2)");
+    row("p.setWrite_('text') or p.write()", "'text'");
+    row("p.setWriteError_('a, in <module>b') or p.write()", "'ab'");
+    row("p.setWrite_('text') or p.clearConsole_(None) or p.write()", "''");
+    row("p.cleanupErrorMessage_('x, in <module>')", "'x'");
+    row("p.addFileLinks_attributesString_('File \"<string>\", line 4', None)['string']",
+        "'File \"<macro>\", line 4'");
+    row("p.consoleText().string()", "''");
+    row("p.window().title()", "'Macro Panel'");
+    row("p.window().canBecomeMainWindow()", "False");
+    row("p.isReallyVisible()", "False");
+    row("p.macroFontSize", "13");
+    row("p.snippetsPopup().menu().numberOfItems() > 5", "True");
+    row("p.addSnippets_([{'code': 'x', 'title': 'My Own'}]) or p.snippetsPopup().itemTitles()[-1]",
+        "'My Own'");
+    row("p.snippedClicked_(p.snippetsPopup().menu().itemAtIndex_(0)) or "
+        "'Doc' in p.activeMacroController().macroText().string()",
+        "True");
+    row("p.activeMacroController().encodeRestorableStateWithCoder_(None)['macroText'][:6]", "'# type'");
+    row("p.quitMacro_(None)", "None");
+    row("p.textView_clickedOnLink_atIndex_(p.consoleText(), ['<string>', '1'], 0)", "True");
+}
+
+void MacroPanelTest::answersScripts()
+{
+    if (!VXScriptingHandler::isPythonRunning())
+        QSKIP("no supported Python on this machine");
+    QFETCH(QString, expression);
+    class Output final : public ScriptConsole
+    {
+    public:
+        void setWrite(const QString &text) override { output += text; }
+        void setWriteError(const QString &text) override { output += text; }
+        QString output;
+    } console;
+    VXMacroWindowController panel;
+    Delegate delegate(&panel);
+    ScriptApplication::shared().setDelegate(&delegate);
+    setScriptConsole(&console);
+    runPanelCode(u"p = NSApplication.sharedApplication().delegate().macroPanelController()\n"
+                 "print(repr((%1)), end='')\n"_s.arg(expression));
+    setScriptConsole(nullptr);
+    QTEST(console.output, "answer");
+}
+
+RUNEBOOK_TEST_MAIN(MacroPanelTest)
+#include "tst_macropanel.moc"
