@@ -2,7 +2,6 @@
 
 #include <array>
 #include <bit>
-#include <unordered_set>
 
 namespace runebook {
 
@@ -60,27 +59,6 @@ QString propertyOfKey(CompareKey key)
 std::string_view keyUtf8(const VXGlyphInfo &info, CompareKey key, std::string &buffer)
 {
     return key == CompareKey::Unicode ? info.unicodeUtf8(buffer) : info.utf8(fieldOfKey(key), buffer);
-}
-
-InfoList recordsWithKeys(const InfoList &infos, CompareKey key, const QStringList &keys)
-{
-    std::unordered_set<std::string_view> wanted;
-    wanted.reserve(static_cast<std::size_t>(keys.size()));
-    const QByteArray text = keys.join(QChar(QChar::Null)).toUtf8(); // keeps the bytes of all keys together
-    const std::string_view all(text.constData(), static_cast<std::size_t>(text.size()));
-    for (std::size_t begin = 0; begin < all.size();) {
-        const std::size_t end = std::min(all.find('\0', begin), all.size());
-        wanted.insert(all.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    InfoList found;
-    std::string buffer;
-    for (const InfoPtr &info : infos) {
-        const std::string_view value = keyUtf8(*info, key, buffer);
-        if (!value.empty() && wanted.contains(value))
-            found.push_back(info);
-    }
-    return found;
 }
 
 // KeyIndex

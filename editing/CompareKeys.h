@@ -32,9 +32,6 @@ QString propertyOfKey(CompareKey key);
 /// The key of a record as UTF-8, empty when it has none. Valid as long as the record and \a buffer stay.
 std::string_view keyUtf8(const VXGlyphInfo &info, CompareKey key, std::string &buffer);
 
-/// The records whose key is one of \a keys, in list order, by a look at each record: for very many keys.
-InfoList recordsWithKeys(const InfoList &infos, CompareKey key, const QStringList &keys);
-
 /// Finds the records of a list by their key; of several with the same key the last counts. Refers to the
 /// list, which must not change meanwhile.
 class KeyIndex

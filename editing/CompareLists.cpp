@@ -92,10 +92,21 @@ void KeyList::setContent(const QStringList &keys)
 
 QStringList KeyList::selectedObjects() const
 {
+    // A million texts are not gathered one by one only because all of them are selected.
+    if (selectedCount() == m_keys.size())
+        return m_keys;
     QStringList keys;
     for (const qsizetype row : selectionIndexes())
         keys << m_keys.at(row);
     return keys;
+}
+
+qsizetype KeyList::selectedCount() const
+{
+    qsizetype count = 0;
+    for (const QItemSelectionRange &range : m_selection.selection())
+        count += range.height();
+    return count;
 }
 
 IndexSet KeyList::selectionIndexes() const

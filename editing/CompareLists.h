@@ -50,6 +50,7 @@ public:
     /// Keeps those keys selected that are still there, else selects the first.
     void setContent(const QStringList &keys);
     Q_INVOKABLE QStringList selectedObjects() const;
+    qsizetype selectedCount() const;
     /// Ascending.
     Q_INVOKABLE runebook::IndexSet selectionIndexes() const;
     /// False, and nothing changed, when an index is outside the list.

@@ -12,9 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Distinct values shown of one field of many records.
-constexpr qsizetype kMaxValues = 5;
-
 bool isChoice(GlyphField field)
 {
     return field == GlyphField::Case || field == GlyphField::Direction;
@@ -34,36 +31,7 @@ QList<ChoiceCells::Choice> choicesOf(GlyphField field)
     return choices;
 }
 
-/// The first distinct values of a field, in the order of the records.
-struct ShownValues {
-    QStringList texts;
-    bool hasMore = false;
-};
-
-ShownValues shownValues(const InfoList &infos, GlyphField field)
-{
-    ShownValues shown;
-    std::string buffer;
-    std::string last;
-    for (const InfoPtr &info : infos) {
-        // Neighbours often agree: of very many records few values need a text.
-        const std::string_view value = comparableValue(*info, field, buffer).value_or("");
-        if (value == last)
-            continue;
-        last = value;
-        const QString text = info->displayText(field);
-        if (text.isEmpty() || shown.texts.contains(text))
-            continue;
-        if (shown.texts.size() == kMaxValues) {
-            shown.hasMore = true;
-            break;
-        }
-        shown.texts << text;
-    }
-    return shown;
-}
-
-QString textOf(const ShownValues &values)
+QString textOf(const FieldContent::Values &values)
 {
     const QString text = values.texts.join(u'\n');
     return values.hasMore ? text + u'\n' + CompareSheet::tr("… and more") : text;
@@ -154,35 +122,28 @@ const CompareSheet::Row &CompareSheet::rowOf(GlyphField field) const
 void CompareSheet::setRecords(const InfoList &left, const InfoList &right)
 {
     for (const Row &row : m_rows) {
-        if (isChoice(row.field->field))
-            showChoices(row, left, right);
-        else
-            showTexts(row, left, right);
+        FieldContent content(row.field->field, left, right);
+        content.finish();
+        setContent(content, left.empty() || right.empty());
     }
 }
 
-void CompareSheet::showTexts(const Row &row, const InfoList &left, const InfoList &right)
+void CompareSheet::setContent(const FieldContent &content, bool isOneSided)
 {
-    const ShownValues one = shownValues(left, row.field->field);
-    const ShownValues other = shownValues(right, row.field->field);
+    const Row &row = rowOf(content.field());
+    if (isChoice(content.field())) {
+        row.sides[Left].cells->setChosen(content.left().choices);
+        row.sides[Right].cells->setChosen(content.right().choices);
+        return;
+    }
+    const QString left = textOf(content.left());
+    const QString right = textOf(content.right());
     // Marks would say nothing where a side has no record at all.
     TextDifference difference;
-    if (!left.empty() && !right.empty() && !one.hasMore && !other.hasMore)
-        difference = differenceOfTexts(textOf(one), textOf(other));
-    row.sides[Left].value->setValue(textOf(one), difference.left);
-    row.sides[Right].value->setValue(textOf(other), difference.right);
-}
-
-void CompareSheet::showChoices(const Row &row, const InfoList &left, const InfoList &right)
-{
-    const auto valuesOf = [&](const InfoList &infos) {
-        QSet<int> values;
-        for (const InfoPtr &info : infos)
-            values << (row.field->field == GlyphField::Case ? info->caseValue() : info->direction());
-        return values;
-    };
-    row.sides[Left].cells->setChosen(valuesOf(left));
-    row.sides[Right].cells->setChosen(valuesOf(right));
+    if (!isOneSided && !content.left().hasMore && !content.right().hasMore)
+        difference = differenceOfTexts(left, right);
+    row.sides[Left].value->setValue(left, difference.left);
+    row.sides[Right].value->setValue(right, difference.right);
 }
 
 // Captions

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/ChoiceCells.h"
+#include "editing/CompareContent.h"
 #include "editing/CompareField.h"
 #include "editing/ComparedFields.h"
 
@@ -24,6 +25,8 @@ public:
 
     /// Shows the values of the records; several distinct ones one below the other.
     void setRecords(const InfoList &left, const InfoList &right);
+    /// The same for one field, of which all is known already.
+    void setContent(const FieldContent &content, bool isOneSided);
 
     /// The caption of a field: a label, or for case and direction a row of cells.
     QWidget *caption(Side side, GlyphField field) const;
@@ -49,8 +52,6 @@ private:
     void addRow(QGridLayout &grid, const ComparedField &field);
     Half makeHalf(Side side, const ComparedField &field);
     const Row &rowOf(GlyphField field) const;
-    static void showTexts(const Row &row, const InfoList &left, const InfoList &right);
-    static void showChoices(const Row &row, const InfoList &left, const InfoList &right);
     static void adjustHeight(const Row &row);
 
     std::vector<Row> m_rows;

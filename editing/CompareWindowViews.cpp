@@ -168,7 +168,7 @@ void VXCompareDataWindow::showCounts()
 void VXCompareDataWindow::showState()
 {
     const qsizetype count = m_filteredKeys.rowCount();
-    const IndexSet rows = m_filteredKeys.selectionIndexes();
+    const qsizetype selected = m_filteredKeys.selectedCount();
     const bool isWaiting = m_comparison && !m_isListed;
     m_ui->progressRow->setVisible(isWaiting);
     if (isWaiting)
@@ -176,13 +176,15 @@ void VXCompareDataWindow::showState()
             static_cast<int>(m_comparison->progress() * m_ui->progressBar->maximum()));
     m_ui->staleBar->setVisible(m_isStale);
 
-    if (rows.size() == 1)
-        m_ui->positionLabel->setText(tr("%1 of %2").arg(numberText(rows.front() + 1), numberText(count)));
-    else if (rows.size() > 1)
-        m_ui->positionLabel->setText(
-            tr("%1 of %2 selected").arg(numberText(static_cast<qsizetype>(rows.size())), numberText(count)));
-    else
+    if (selected == 1) {
+        const qsizetype row = m_filteredKeys.selectionIndexes().front();
+        m_ui->positionLabel->setText(tr("%1 of %2").arg(numberText(row + 1), numberText(count)));
+    } else if (selected > 1) {
+        const QString text = tr("%1 of %2 selected").arg(numberText(selected), numberText(count));
+        m_ui->positionLabel->setText(m_content ? text + u'…' : text);
+    } else {
         m_ui->positionLabel->clear();
+    }
 
     const bool showsRecords = !m_leftInfoList.infos().empty() || !m_rightInfoList.infos().empty();
     m_ui->pages->setCurrentWidget(showsRecords ? static_cast<QWidget *>(m_ui->detailArea) : m_ui->emptyPage);

@@ -351,10 +351,8 @@ void Problems::reset()
 
 void Problems::noteChanges(const std::vector<VXDocument::Change> &changes)
 {
-    const bool standsTwice =
-        std::any_of(changes.begin(), changes.end(),
-                    [](const VXDocument::Change &change) { return change.info->listings() > 1; });
-    if (standsTwice || changes.size() > kMany) {
+    const auto standsTwice = [](const VXDocument::Change &change) { return change.info->listings() > 1; };
+    if (changes.size() > kMany || std::any_of(changes.begin(), changes.end(), standsTwice)) {
         m_changed.clear();
         m_nextChanged = 0;
         m_next = 0;

@@ -56,6 +56,8 @@ void VXCompareDataWindow::addObservers()
     connect(&m_workTimer, &QTimer::timeout, this, [this] { continueComparison(kBudget); });
     m_contentTimer.setSingleShot(true);
     connect(&m_contentTimer, &QTimer::timeout, this, &VXCompareDataWindow::updateContent);
+    m_contentWorkTimer.setSingleShot(true);
+    connect(&m_contentWorkTimer, &QTimer::timeout, this, [this] { continueContent(kBudget); });
     m_hasObservers = true;
 }
 
@@ -73,6 +75,18 @@ KeyList *VXCompareDataWindow::filteredKeys()
         continueComparison(0ms);
     }
     return &m_filteredKeys;
+}
+
+InfoChoice *VXCompareDataWindow::leftInfoList()
+{
+    finishContent();
+    return &m_leftInfoList;
+}
+
+InfoChoice *VXCompareDataWindow::rightInfoList()
+{
+    finishContent();
+    return &m_rightInfoList;
 }
 
 QWidget *VXCompareDataWindow::outlet(const QString &name) const
@@ -151,6 +165,7 @@ void VXCompareDataWindow::watchDocuments()
                   << connect(chosen, &VXDocument::infosReset, this, changed)
                   << connect(chosen, &VXDocument::infosChanged, this, changed)
                   << connect(chosen, &QObject::destroyed, this, [this] {
+                         m_content.reset();
                          m_comparison.reset();
                          updateFilters();
                      });
@@ -159,6 +174,7 @@ void VXCompareDataWindow::watchDocuments()
 
 void VXCompareDataWindow::documentHasChanged()
 {
+    m_content.reset(); // it looks at the list as it was
     if (m_comparison) {
         updateFilters();
         return;
@@ -239,8 +255,6 @@ qsizetype VXCompareDataWindow::countOfKeysInMode(int mode) const
 
 InfoList VXCompareDataWindow::recordsForKeys(const VXDocument &document, const QStringList &keys) const
 {
-    if (keys.size() > kManyKeys)
-        return recordsWithKeys(document.infos(), key(), keys);
     QVariantList values;
     for (const QString &each : keys)
         values << each;
@@ -250,16 +264,55 @@ InfoList VXCompareDataWindow::recordsForKeys(const VXDocument &document, const Q
 void VXCompareDataWindow::updateContent()
 {
     m_contentTimer.stop();
+    m_contentWorkTimer.stop();
+    m_content.reset();
     const QStringList keys = m_filteredKeys.selectedObjects();
-    const auto recordsOf = [&](CompareSheet::Side side) {
-        const VXDocument *chosen = document(side);
+    const VXDocument *left = document(CompareSheet::Left);
+    const VXDocument *right = document(CompareSheet::Right);
+    if (keys.size() > kManyKeys) {
+        m_content = std::make_unique<CompareContent>(keys, key(), left ? &left->infos() : nullptr,
+                                                     right ? &right->infos() : nullptr);
+        continueContent(kBudget);
+        return;
+    }
+    const auto recordsOf = [&](const VXDocument *chosen) {
         return chosen && !keys.isEmpty() ? recordsForKeys(*chosen, keys) : InfoList();
     };
-    m_leftInfoList.setContent(recordsOf(CompareSheet::Left));
-    m_rightInfoList.setContent(recordsOf(CompareSheet::Right));
+    m_leftInfoList.setContent(recordsOf(left));
+    m_rightInfoList.setContent(recordsOf(right));
     m_sheet->setRecords(m_leftInfoList.infos(), m_rightInfoList.infos());
     markDifferentValuesOthers(m_leftInfoList.infos(), m_rightInfoList.infos());
     showState();
+}
+
+void VXCompareDataWindow::continueContent(std::chrono::milliseconds budget)
+{
+    if (!m_content)
+        return;
+    if (!m_content->runFor(budget)) {
+        m_contentWorkTimer.start(0);
+        showState();
+        return;
+    }
+    const std::unique_ptr<CompareContent> content = std::move(m_content);
+    m_contentWorkTimer.stop();
+    m_leftInfoList.setContent(content->left());
+    m_rightInfoList.setContent(content->right());
+    const bool isOneSided = content->left().empty() || content->right().empty();
+    for (const FieldContent &field : content->fields()) {
+        m_sheet->setContent(field, isOneSided);
+        if (field.field() != GlyphField::Unicodes)
+            m_sheet->setCaptionColor(field.field(),
+                                     field.differs() ? m_sheet->differentColor() : m_sheet->normalColor(),
+                                     field.differs());
+    }
+    showState();
+}
+
+void VXCompareDataWindow::finishContent()
+{
+    while (m_content)
+        continueContent(1000ms);
 }
 
 QColor VXCompareDataWindow::colorForValuesOthersKey(const InfoList &values, const InfoList &others,
@@ -285,26 +338,26 @@ void VXCompareDataWindow::markDifferentValuesOthers(const InfoList &values, cons
 
 void VXCompareDataWindow::copyLeft()
 {
-    const InfoList &infos = m_rightInfoList.infos();
+    const InfoList &infos = rightInfoList()->infos();
     if (!infos.empty())
         copyRecords({infos.front()}, document(CompareSheet::Left));
 }
 
 void VXCompareDataWindow::copyRight()
 {
-    const InfoList &infos = m_leftInfoList.infos();
+    const InfoList &infos = leftInfoList()->infos();
     if (!infos.empty())
         copyRecords({infos.front()}, document(CompareSheet::Right));
 }
 
 void VXCompareDataWindow::copyAllLeft()
 {
-    copyRecords(m_rightInfoList.infos(), document(CompareSheet::Left));
+    copyRecords(rightInfoList()->infos(), document(CompareSheet::Left));
 }
 
 void VXCompareDataWindow::copyAllRight()
 {
-    copyRecords(m_leftInfoList.infos(), document(CompareSheet::Right));
+    copyRecords(leftInfoList()->infos(), document(CompareSheet::Right));
 }
 
 void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)

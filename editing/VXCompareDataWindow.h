@@ -28,8 +28,8 @@ public: // outlets
     Q_INVOKABLE runebook::DocumentChoice *rightDocList() { return &m_rightDocList; }
     /// The keys of the chosen mode; finishes a comparison that is still going on.
     Q_INVOKABLE runebook::KeyList *filteredKeys();
-    Q_INVOKABLE runebook::InfoChoice *leftInfoList() { return &m_leftInfoList; }
-    Q_INVOKABLE runebook::InfoChoice *rightInfoList() { return &m_rightInfoList; }
+    Q_INVOKABLE runebook::InfoChoice *leftInfoList();
+    Q_INVOKABLE runebook::InfoChoice *rightInfoList();
     /// A caption such as "leftLableName", or null.
     Q_INVOKABLE QWidget *outlet(const QString &name) const;
     bool hasObservers() const { return m_hasObservers; }
@@ -42,7 +42,8 @@ public: // comparing
     /// Makes the key list anew. With very long lists it goes on in the background, to be cancelled, and the
     /// list appears later.
     Q_INVOKABLE void updateFilters();
-    /// Shows the records of the selected keys and colours the captions.
+    /// Shows the records of the selected keys and colours the captions. Those of very many keys are found in
+    /// the background and appear later.
     Q_INVOKABLE void updateContent();
     /// Red when the distinct values of a property differ, otherwise the normal colour of texts.
     Q_INVOKABLE QColor colorForValuesOthersKey(const InfoList &values, const InfoList &others,
@@ -86,6 +87,8 @@ private: // comparing
     void watchDocuments();
     void documentHasChanged();
     void continueComparison(std::chrono::milliseconds budget);
+    void continueContent(std::chrono::milliseconds budget);
+    void finishContent();
     void showKeys(const QStringList &keys);
     void copyRecords(const InfoList &infos, VXDocument *target);
     void moveSelection(int step);
@@ -106,11 +109,13 @@ private: // what is shown
     runebook::InfoChoice m_leftInfoList;
     runebook::InfoChoice m_rightInfoList;
     std::unique_ptr<runebook::KeyComparison> m_comparison; ///< while it goes on
+    std::unique_ptr<runebook::CompareContent> m_content; ///< while records of very many keys are found
     runebook::CompareMode m_comparedMode = runebook::CompareMode::OnlyRight;
     std::array<qsizetype, runebook::kCompareModeCount> m_counts;
     std::chrono::milliseconds m_patience {60};
     QTimer m_workTimer;
     QTimer m_contentTimer;
+    QTimer m_contentWorkTimer;
     QList<QMetaObject::Connection> m_watches;
     QList<QAction *> m_copyActions; ///< left, right, all left, all right
     QAction *m_nextAction = nullptr;

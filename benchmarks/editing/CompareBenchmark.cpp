@@ -7,9 +7,11 @@
 #include "platform/DocumentController.h"
 #include "platform/UserDefaults.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QLabel>
 
 namespace runebook {
 
@@ -117,6 +119,26 @@ void chooseKey(benchmark::State &state, int records)
     }
 }
 
+/// All keys chosen: the longest time that the window is held until all of their records are shown.
+void chooseAll(benchmark::State &state, int records)
+{
+    openPair(records);
+    UserDefaults::standard().setObjectForKey(2, u"FilterMode"_s);
+    VXCompareDataWindow window;
+    window.showWindow();
+    window.filteredKeys();
+    while (window.countOfKeysInMode(0) < 0)
+        QCoreApplication::processEvents();
+    const auto *position = window.findChild<QLabel *>(u"positionLabel"_s);
+    auto *keys = window.findChild<QAbstractItemView *>(u"keyView"_s);
+    for ([[maybe_unused]] auto _ : state) {
+        double longest = secondsFor([keys] { keys->selectAll(); });
+        while (position->text().endsWith(u'…'))
+            longest = qMax(longest, secondsFor([] { QCoreApplication::processEvents(); }));
+        state.SetIterationTime(longest);
+    }
+}
+
 void registerAll()
 {
     for (const int records : {150'000, 1'000'000}) {
@@ -127,6 +149,7 @@ void registerAll()
         addTimed(files, compareFilesOnDisk, records);
         addTimed(files + ":peer"_L1, diff, records);
         addRepeated(u"compare-key/%1"_s.arg(records), chooseKey, records);
+        addTimed(u"compare-all-keys/%1"_s.arg(records), chooseAll, records);
     }
 }
 

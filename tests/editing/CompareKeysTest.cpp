@@ -1,4 +1,5 @@
 #include "editing/CompareKeys.h"
+#include "editing/CompareContent.h"
 #include "tests/TestMain.h"
 #include "tests/editing/CompareRecords.h"
 
@@ -164,7 +165,9 @@ private Q_SLOTS:
                       "unicode=\"0041\" name=\"D\""_s);
         const auto names = [&](CompareKey key, const QStringList &keys) {
             QString joined;
-            for (const InfoPtr &info : recordsWithKeys(infos, key, keys))
+            CompareContent content(keys, key, nullptr, &infos);
+            while (!content.runFor(std::chrono::milliseconds(0))) { }
+            for (const InfoPtr &info : content.right())
                 joined += info->name();
             return joined;
         };

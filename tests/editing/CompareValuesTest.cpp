@@ -1,4 +1,4 @@
-#include "editing/ComparedFields.h"
+#include "editing/CompareContent.h"
 #include "editing/TextDifference.h"
 #include "tests/TestMain.h"
 #include "tests/editing/CompareRecords.h"
@@ -169,6 +169,46 @@ private Q_SLOTS:
         for (const ComparedField *field : runebook::differingFields(*left, *recordsOf(right).front()))
             keys << keyOfField(field->field);
         QTEST(keys.join(u' '), "fields");
+    }
+
+    /// What is found step by step is what a look at everything finds.
+    void stepsFindTheSame()
+    {
+        std::mt19937 random(11);
+        const auto upTo = [&random](int limit) { return static_cast<int>(random() % unsigned(limit)); };
+        const QStringList texts {{}, u""_s, u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s, u"f"_s};
+        const auto made = [&] {
+            InfoList infos;
+            for (int i = upTo(6); i > 0; --i) {
+                infos.push_back(VXGlyphInfo::init());
+                infos.back()->setDesc(texts.at(upTo(texts.size())));
+                infos.back()->setAltNames(QStringList(upTo(3), texts.at(2 + upTo(2))));
+                infos.back()->setCase(upTo(3));
+            }
+            return infos;
+        };
+        int different = 0;
+        for (int round = 0; round < 2000; ++round) {
+            const InfoList left = made();
+            const InfoList right = round % 4 ? made() : left;
+            for (const GlyphField field : {GlyphField::Desc, GlyphField::AltNames, GlyphField::Case}) {
+                FieldContent content(field, left, right);
+                const auto step = static_cast<std::size_t>(1 + upTo(4));
+                while (!content.advance(step)) { }
+                QCOMPARE(content.differs(), valuesDiffer(left, right, field));
+                different += content.differs();
+            }
+            FieldContent shown(GlyphField::Desc, left, right);
+            shown.finish();
+            QStringList distinct;
+            for (const InfoPtr &info : left)
+                distinct << info->desc();
+            distinct.removeDuplicates();
+            distinct.removeAll(QString());
+            QCOMPARE(shown.left().texts, distinct.first(qMin<qsizetype>(5, distinct.size())));
+            QCOMPARE(shown.left().hasMore, distinct.size() > 5);
+        }
+        QVERIFY(different > 500);
     }
 };
 

@@ -1,17 +1,17 @@
-#include "editing/KeyCounts.h"
+#include "editing/KeyTable.h"
 
 #include <utility>
 
 namespace runebook {
 
-quint64 KeyCounts::scattered(quint64 key)
+quint64 KeyTable::scattered(quint64 key)
 {
     // Code points stand close together; their products do not.
     const quint64 product = key * 0x9E3779B97F4A7C15ULL;
     return product ^ product >> 32;
 }
 
-KeyCounts::Slot &KeyCounts::slotFor(std::vector<Slot> &slots, quint64 key)
+KeyTable::Slot &KeyTable::slotFor(std::vector<Slot> &slots, quint64 key)
 {
     const std::size_t mask = slots.size() - 1;
     std::size_t i = scattered(key) / kParts & mask;
@@ -20,23 +20,23 @@ KeyCounts::Slot &KeyCounts::slotFor(std::vector<Slot> &slots, quint64 key)
     return slots[i];
 }
 
-void KeyCounts::grow(Part &part)
+void KeyTable::grow(Part &part)
 {
     std::size_t live = 0;
     for (const Slot &slot : part.slots)
-        live += slot.count > 0;
+        live += slot.value > 0;
     std::size_t size = 16;
     while (size < 2 * live + 2)
         size *= 2;
     const std::vector<Slot> old = std::exchange(part.slots, std::vector<Slot>(size));
     for (const Slot &slot : old) {
-        if (slot.count > 0)
+        if (slot.value > 0)
             slotFor(part.slots, slot.key) = slot;
     }
     part.used = live;
 }
 
-void KeyCounts::add(quint64 key)
+quint32 &KeyTable::operator[](quint64 key)
 {
     Q_ASSERT(key != 0);
     const std::size_t number = scattered(key) % kParts;
@@ -49,25 +49,10 @@ void KeyCounts::add(quint64 key)
         slot.key = key;
         ++part.used;
     }
-    ++slot.count;
-    m_repeated += slot.count == 1 ? 0 : slot.count == 2 ? 2 : 1;
+    return slot.value;
 }
 
-void KeyCounts::remove(quint64 key)
-{
-    Slot &slot = slotFor(m_parts[scattered(key) % kParts].slots, key);
-    Q_ASSERT(slot.count > 0);
-    --slot.count;
-    m_repeated -= slot.count == 0 ? 0 : slot.count == 1 ? 2 : 1;
-}
-
-void KeyCounts::clear()
-{
-    m_parts = {};
-    m_repeated = 0;
-}
-
-quint32 KeyCounts::count(quint64 key) const
+quint32 KeyTable::value(quint64 key) const
 {
     const std::vector<Slot> &slots = m_parts[scattered(key) % kParts].slots;
     if (slots.empty())
@@ -76,7 +61,7 @@ quint32 KeyCounts::count(quint64 key) const
     std::size_t i = scattered(key) / kParts & mask;
     while (slots[i].key != key && slots[i].key != 0)
         i = (i + 1) & mask;
-    return slots[i].count;
+    return slots[i].value;
 }
 
 } // namespace runebook

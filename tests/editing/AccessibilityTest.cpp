@@ -1,0 +1,192 @@
+#include "editing/ProblemsPane.h"
+#include "editing/VXCompareDataWindow.h"
+#include "editing/VXFindReplaceWindowController.h"
+#include "editing/VXWindowController.h"
+#include "platform/DocumentController.h"
+#include "tests/TestMain.h"
+
+#include <QAbstractButton>
+#include <QAbstractScrollArea>
+#include <QAccessible>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QTableView>
+#include <QToolBar>
+#include <QToolButton>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What a person can act on, as assistive technology calls it.
+bool isControl(QAccessible::Role role)
+{
+    switch (role) {
+    case QAccessible::Button:
+    case QAccessible::ButtonMenu:
+    case QAccessible::ButtonDropDown:
+    case QAccessible::CheckBox:
+    case QAccessible::RadioButton:
+    case QAccessible::ComboBox:
+    case QAccessible::EditableText:
+    case QAccessible::SpinBox:
+    case QAccessible::Table:
+    case QAccessible::Tree:
+    case QAccessible::List:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Parts of a control, which speak through it.
+bool isInnerPart(const QWidget &widget)
+{
+    const QWidget *parent = widget.parentWidget();
+    const bool isPartOfField = parent && parent->inherits("QLineEdit");
+    return isPartOfField || widget.inherits("QScrollBar") || widget.inherits("QHeaderView")
+        || widget.objectName().startsWith("qt_"_L1) || (parent && parent->inherits("QComboBox"));
+}
+
+QString pathOf(const QWidget &widget)
+{
+    QStringList path;
+    for (const QWidget *each = &widget; each; each = each->parentWidget())
+        path.prepend(QString::fromLatin1(each->metaObject()->className()) + u'#' + each->objectName());
+    return path.join(u'/');
+}
+
+/// A control that keys do not reach must have a command with a key that does the same.
+bool isReachable(const QWidget &widget)
+{
+    if (widget.focusPolicy() & Qt::TabFocus)
+        return true;
+    if (widget.focusProxy() && isReachable(*widget.focusProxy()))
+        return true;
+    // The buttons of a tool bar repeat commands of menus.
+    const auto *button = qobject_cast<const QAbstractButton *>(&widget);
+    return button && (qobject_cast<QToolBar *>(widget.parentWidget()) || !button->shortcut().isEmpty());
+}
+
+QStringList faultsOf(const QWidget &window)
+{
+    QStringList faults;
+    int controls = 0;
+    for (QWidget *widget : window.findChildren<QWidget *>()) {
+        if (!widget->isVisible() || isInnerPart(*widget))
+            continue;
+        const QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
+        if (!interface || !isControl(interface->role()))
+            continue;
+        ++controls;
+        if (interface->text(QAccessible::Name).isEmpty())
+            faults << u"no name: "_s + pathOf(*widget);
+        if (widget->isEnabled() && !isReachable(*widget))
+            faults << u"no key: "_s + pathOf(*widget);
+    }
+    if (controls < 4)
+        faults << u"too few controls were found"_s;
+    return faults;
+}
+
+} // namespace
+
+/// Every control of the windows has a name and a role, and keys reach it.
+class AccessibilityTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        for (VXDocument *document : {&m_left, &m_right}) {
+            InfoList infos;
+            for (const QString &name : {u"A"_s, u"B"_s, u"two words"_s}) {
+                infos.push_back(VXGlyphInfo::init());
+                infos.back()->setName(name);
+            }
+            document->setInfos(infos);
+        }
+        m_right.infos().front()->setDesc(u"other"_s);
+    }
+
+    void theWalkFindsFaults()
+    {
+        QWidget window;
+        auto *nameless = new QToolButton(&window);
+        nameless->setFocusPolicy(Qt::NoFocus);
+        for (int x = 0; x < 3; ++x)
+            (new QToolButton(&window))->setText(u"named"_s);
+        window.show();
+        const QStringList faults = faultsOf(window);
+        QCOMPARE(faults.size(), 2);
+        QVERIFY(faults.first().startsWith("no name"_L1) && faults.last().startsWith("no key"_L1));
+    }
+
+    void documentWindowWithProblems()
+    {
+        VXWindowController window(m_left);
+        window.show();
+        window.setProblemsShown(true);
+        window.problems().finish();
+        window.problemsPane()->showKind(ProblemKind::InvalidName);
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QCOMPARE(faultsOf(window).join(u'\n'), QString());
+
+        // A problem is read out as a cell with its text.
+        QAccessibleInterface *table = QAccessible::queryAccessibleInterface(window.problemsPane()->table());
+        QVERIFY(table->tableInterface());
+        QCOMPARE(table->tableInterface()->rowCount(), 1);
+        const QAccessibleInterface *cell =
+            table->tableInterface()->cellAt(0, ProblemsModel::ExplanationColumn);
+        QVERIFY(cell->text(QAccessible::Name).contains(u"space"_s));
+    }
+
+    /// Tab goes round through all that takes the focus, and comes back.
+    void tabReachesThePane()
+    {
+        VXWindowController window(m_left);
+        window.show();
+        window.setProblemsShown(true);
+        window.problems().finish();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QSet<const QWidget *> reached;
+        for (int i = 0; i < 200 && !(i > 2 && reached.contains(QApplication::focusWidget())); ++i) {
+            reached << QApplication::focusWidget();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        const ProblemsPane *pane = window.problemsPane();
+        QVERIFY(reached.contains(pane->table()));
+        for (const QAbstractButton *button : pane->findChildren<QAbstractButton *>()) {
+            if (button->isVisible() && button->isEnabled() && button->focusPolicy() & Qt::TabFocus)
+                QVERIFY2(reached.contains(button), qPrintable(pathOf(*button)));
+        }
+    }
+
+    void findAndReplace()
+    {
+        VXFindReplaceWindowController panel;
+        panel.setSelectedInfos(m_left.infos());
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowActive(&panel));
+        QCOMPARE(faultsOf(panel).join(u'\n'), QString());
+    }
+
+    void compareWindow()
+    {
+        DocumentController::shared().addDocument(&m_left);
+        DocumentController::shared().addDocument(&m_right);
+        VXCompareDataWindow window;
+        window.showWindow();
+        window.filteredKeys()->setSelectionIndexes({0});
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QCOMPARE(faultsOf(window).join(u'\n'), QString());
+    }
+
+private:
+    VXDocument m_left;
+    VXDocument m_right;
+};
+
+RUNEBOOK_TEST_MAIN(AccessibilityTest)
+#include "AccessibilityTest.moc"
