@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <cerrno>
 #include <new>
 #include <utility>
 
@@ -24,6 +25,13 @@ QString tr(const char *text)
 Error readError(const QString &path, const QString &reason, const QString &suggestion = {})
 {
     return {u"ReadError"_s, 1, tr("“%1” could not be read.").arg(path), reason, suggestion};
+}
+
+Error notEnoughMemory(const QString &path)
+{
+    Error error = readError(path, tr("There is not enough memory for it."));
+    error.code = ENOMEM;
+    return error;
 }
 
 /// Whether a file without records holds something that saving an empty list would replace.
@@ -88,7 +96,7 @@ std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
         }
         return bytes;
     } catch (const std::bad_alloc &) {
-        fail(error, readError(path, tr("There is not enough memory for it.")));
+        fail(error, notEnoughMemory(path));
         return {};
     }
 }
@@ -101,7 +109,7 @@ std::optional<InfoList> GlyphDataReader::read(const QString &path, Error *error)
     try {
         return read(*std::exchange(bytes, QByteArray()));
     } catch (const std::bad_alloc &) {
-        fail(error, readError(path, tr("There is not enough memory for it.")));
+        fail(error, notEnoughMemory(path));
         return {};
     }
 }

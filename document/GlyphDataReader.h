@@ -10,7 +10,7 @@
 namespace runebook {
 
 /// Reads the whole of a file, as UTF-8; null and an error when it cannot be read or is not UTF-8. Folders,
-/// devices and files that grow while being read are refused.
+/// devices and files that grow while being read are refused. The code is ENOMEM when memory ran out.
 std::optional<QByteArray> readUtf8File(const QString &path, Error *error);
 
 /// Reads glyph data files line by line. Damaged lines never stop the reading; what the records cannot keep

@@ -15,8 +15,9 @@ struct Sentence {
 
 // The kinds in the order in which their loss hurts.
 constexpr Sentence kSentences[] = {
-    {ReadNotes::ForeignLine, QT_TRANSLATE_NOOP("SavingChanges", "One line that is no glyph is left out."),
-     QT_TRANSLATE_NOOP("SavingChanges", "%1 lines that are no glyphs are left out.")},
+    {ReadNotes::ForeignLine,
+     QT_TRANSLATE_NOOP("SavingChanges", "One line that is no glyph, such as a comment, is left out."),
+     QT_TRANSLATE_NOOP("SavingChanges", "%1 lines that are no glyphs, such as comments, are left out.")},
     {ReadNotes::Comment, QT_TRANSLATE_NOOP("SavingChanges", "One comment is left out."),
      QT_TRANSLATE_NOOP("SavingChanges", "%1 comments are left out.")},
     {ReadNotes::UnknownAttribute, QT_TRANSLATE_NOOP("SavingChanges", "One unknown attribute is left out."),

@@ -4,6 +4,7 @@
 #include "document/GlyphDataWriter.h"
 #include "document/SavingChanges.h"
 #include "document/TabbedTable.h"
+#include "platform/CallLater.h"
 #include "platform/DocumentController.h"
 #include "platform/FilePath.h"
 
@@ -74,6 +75,9 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     try {
         std::optional<InfoList> infos =
             type == kXMLType ? readXMLFromURL(url, &reason) : readTabbedFromURL(url, &reason);
+        // Lenient towards files, but what the machine lacks is no property of the file.
+        if (!infos && reason.code == ENOMEM)
+            throw std::bad_alloc();
         setInfos(std::move(infos).value_or(InfoList()));
     } catch (const std::bad_alloc &) {
         m_readNotes = std::move(notes);
@@ -211,7 +215,7 @@ void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const Field
             index->insert(info);
     }
     if (m_changes.empty())
-        QMetaObject::invokeMethod(this, &VXDocument::flushChanges, Qt::QueuedConnection);
+        callLater(this, [this] { flushChanges(); });
     m_changes.push_back({info.shared_from_this(), field});
 }
 

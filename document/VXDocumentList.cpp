@@ -91,6 +91,8 @@ void VXDocument::addInfo(const InfoPtr &info)
 
 void VXDocument::addInfos(const InfoList &infos)
 {
+    // What cannot be had fails before anything is changed.
+    m_infos.reserve(m_infos.size() + infos.size());
     undoManager()->registerUndo([this, infos] { removeInfos(infos); });
     IndexSet indexes(infos.size());
     for (std::size_t i = 0; i < infos.size(); ++i)
@@ -122,6 +124,7 @@ void VXDocument::insertObjectsInInfosAtIndexes(const InfoList &infos, const Inde
     IndexSet indexes = asSet(anyIndexes);
     if (infos.empty() || infos.size() != indexes.size())
         return;
+    m_infos.reserve(m_infos.size() + infos.size());
     // An index beyond the end means the end; undoing has to know which place that was.
     for (std::size_t i = 0; i < indexes.size(); ++i) {
         const auto before = static_cast<qsizetype>(i);
@@ -208,23 +211,24 @@ void VXDocument::insertAt(const InfoList &infos, const IndexSet &indexes, Notice
 {
     if (infos.empty())
         return;
-    InfoList merged;
-    merged.reserve(m_infos.size() + infos.size());
-    IndexSet places;
-    std::size_t next = 0;
-    auto old = m_infos.begin();
-    while (next < infos.size() || old != m_infos.end()) {
-        const auto place = static_cast<qsizetype>(merged.size());
-        if (next < infos.size() && indexes[next] == place) {
-            adopt(infos[next]);
-            merged.push_back(infos[next++]);
-            places.push_back(place);
+    if (&infos == &m_infos) {
+        insertAt(InfoList(infos), indexes, notice);
+        return;
+    }
+    const bool isAppended = indexes.front() == countOfInfos();
+    std::size_t old = m_infos.size();
+    std::size_t next = infos.size();
+    m_infos.resize(old + next);
+    // From the end on, so that every record moves once.
+    while (next > 0) {
+        const std::size_t place = old + next - 1;
+        if (indexes[next - 1] == static_cast<qsizetype>(place)) {
+            adopt(infos[--next]);
+            m_infos[place] = infos[next];
         } else {
-            merged.push_back(std::move(*old++));
+            m_infos[place] = std::move(m_infos[--old]);
         }
     }
-    const bool isAppended = places.front() == countOfInfos();
-    m_infos = std::move(merged);
     for (InfoIndex *index : {&m_byName, &m_byUnicode, &m_byProduction}) {
         if (!index->isBuilt())
             continue;
@@ -238,10 +242,10 @@ void VXDocument::insertAt(const InfoList &infos, const IndexSet &indexes, Notice
     if (placesStayValid) {
         // Scripts append one record after the other and ask for its place: no renumbering for that.
         for (std::size_t i = 0; i < infos.size(); ++i)
-            infos[i]->setPlaceHint(static_cast<quint32>(places[i]));
+            infos[i]->setPlaceHint(static_cast<quint32>(indexes[i]));
         m_placesAreValid = true;
     }
-    Q_EMIT infosInserted(places);
+    Q_EMIT infosInserted(indexes);
 }
 
 void VXDocument::removeAt(const IndexSet &indexes, Notice notice)

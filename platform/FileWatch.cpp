@@ -80,6 +80,7 @@ void FileWatch::watch(const QString &path, const FileState &known)
     startHash();
     arm();
     m_lookTimer.start();
+    look(); // something may have happened since that state was known
 }
 
 void FileWatch::takeAsKnown()
