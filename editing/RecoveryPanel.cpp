@@ -69,7 +69,7 @@ RecoveryPanel::RecoveryPanel(QWidget *parent) : QDialog(parent)
     build();
     connect(&m_recovery, &Recovery::contentsChanged, this, &RecoveryPanel::showContents);
     connect(m_list, &QTreeWidget::itemSelectionChanged, this, &RecoveryPanel::showActions);
-    connect(m_list, &QTreeWidget::itemActivated, this, &RecoveryPanel::restore);
+    connect(m_list, &QTreeWidget::itemDoubleClicked, this, &RecoveryPanel::restore);
     showContents();
     resize(760, 320);
 }

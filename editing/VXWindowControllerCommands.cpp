@@ -21,9 +21,33 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <new>
+#include <numeric>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Inserts the records of the lines behind the selected one, or at the end, as one step. They are read before
+/// anything is changed.
+InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteArray &lines)
+{
+    InfoList pasted = infosOfClipboard(lines);
+    if (pasted.empty())
+        return pasted;
+    const UndoGroup group(document.undoManager(), VXWindowController::tr("Paste"));
+    if (selected.size() != 1) {
+        document.addInfos(pasted);
+        return pasted;
+    }
+    IndexSet places(pasted.size());
+    std::iota(places.begin(), places.end(), document.indexOfObjectInInfos(selected.front()) + 1);
+    document.insertObjectsInInfosAtIndexes(pasted, places);
+    return pasted;
+}
+
+} // namespace
 
 void VXWindowController::copy()
 {
@@ -44,21 +68,15 @@ void VXWindowController::paste()
     const QMimeData *clipboard = QApplication::clipboard()->mimeData();
     if (!clipboard || !clipboard->hasText())
         return;
-    InfoList pasted = infosOfClipboard(clipboard->text().toUtf8());
+    m_detailPane->commitEditing();
+    InfoList pasted;
+    try {
+        pasted = pasteInto(m_document, selectedInfos(), clipboard->text().toUtf8());
+    } catch (const std::bad_alloc &) {
+        showMessage(tr("There is not enough memory for what is on the clipboard. Nothing was pasted."));
+    }
     if (pasted.empty())
         return;
-    m_detailPane->commitEditing();
-    const InfoList selected = selectedInfos();
-    const UndoGroup group(m_document.undoManager(), tr("Paste"));
-    if (selected.size() == 1) {
-        IndexSet places(pasted.size());
-        const qsizetype first = m_document.indexOfObjectInInfos(selected.front()) + 1;
-        for (std::size_t i = 0; i < places.size(); ++i)
-            places[i] = first + static_cast<qsizetype>(i);
-        m_document.insertObjectsInInfosAtIndexes(pasted, places);
-    } else {
-        m_document.addInfos(pasted);
-    }
     m_infolistController->setSelectedObjects(pasted);
     revealRow(m_infolistController->rowOfObject(pasted.front()));
 }

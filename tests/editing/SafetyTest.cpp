@@ -1,0 +1,345 @@
+// What the user sees of safety: the panel of recovered documents, the bar for files changed elsewhere, the
+// questions around a save.
+#include "editing/ChangedOnDisk.h"
+#include "editing/RecoveryPanel.h"
+#include "editing/VXCompareDataWindow.h"
+#include "editing/VXWindowController.h"
+#include "platform/DocumentController.h"
+#include "platform/DocumentPanels.h"
+#include "platform/UserDefaults.h"
+#include "tests/TestMain.h"
+
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTreeWidget>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace runebook;
+
+namespace {
+
+const QByteArray kLines =
+    "\t<glyph name=\"a\" category=\"Letter\" />\n\t<glyph name=\"b\" category=\"Letter\" />\n";
+
+DocumentController &controller()
+{
+    return DocumentController::shared();
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+}
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
+/// The button with these words below \a parent, mnemonics left out.
+QPushButton *button(QWidget *parent, const QString &words)
+{
+    for (QPushButton *candidate : parent->findChildren<QPushButton *>()) {
+        if (candidate->text().remove(u'&') == words)
+            return candidate;
+    }
+    return nullptr;
+}
+
+QMessageBox *sheet()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *box = qobject_cast<QMessageBox *>(widget);
+        if (box && box->isVisible())
+            return box;
+    }
+    return nullptr;
+}
+
+void answer(const QString &words)
+{
+    QTRY_VERIFY(sheet());
+    QVERIFY2(button(sheet(), words), qPrintable(words));
+    button(sheet(), words)->click();
+}
+
+} // namespace
+
+class TestSafety : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void offersToRecover();
+    void barAboutChanges_data();
+    void barAboutChanges();
+    void reloadsByItself();
+    void asksBeforeSaving_data();
+    void asksBeforeSaving();
+    void afterAFailedSave_data();
+    void afterAFailedSave();
+
+private:
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    VXDocument *open(const QString &name)
+    {
+        return qobject_cast<VXDocument *>(
+            controller().openDocumentWithContentsOfURLDisplay(path(name), true));
+    }
+    void makeOwnFile(const QString &name)
+    {
+        VXDocument document;
+        write(path(name), kLines);
+        QVERIFY(document.readFromURLOfType(path(name), u"public.xml"_s));
+        QVERIFY(document.writeToURLOfType(path(name), u"public.xml"_s));
+    }
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestSafety::initTestCase()
+{
+    controller().setDocumentFactory([] { return new VXDocument; });
+    controller().setWindowMaker([](Document &document) -> QWidget * {
+        auto *window = new VXWindowController(static_cast<VXDocument &>(document));
+        window->show();
+        return window;
+    });
+    controller().addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data"_s});
+}
+
+void TestSafety::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data"_s)));
+    UserDefaults::standard().removeObjectForKey(u"VXReloadChangedFiles"_s);
+    makeOwnFile(u"a.xml"_s);
+}
+
+void TestSafety::cleanup()
+{
+    for (Document *document : QList<Document *>(controller().documentList()))
+        document->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void TestSafety::offersToRecover()
+{
+    const pid_t child = ::fork();
+    if (child == 0) { // a program that edits two documents and dies
+        VXDocument file;
+        VXDocument fresh;
+        bool isKept = file.readFromURLOfType(path(u"a.xml"_s), u"public.xml"_s);
+        file.setFileURL(path(u"a.xml"_s));
+        file.setFileType(u"public.xml"_s);
+        for (VXDocument *document : {&file, &fresh}) {
+            document->addInfo(VXGlyphInfo::init());
+            isKept &= document->autosave();
+        }
+        ::_exit(isKept ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    QCOMPARE(status, 0);
+
+    RecoveryPanel panel;
+    panel.recovery().find();
+    panel.showIfNeeded();
+    QVERIFY(panel.isVisible() && !panel.isModal());
+    auto *list = panel.findChild<QTreeWidget *>();
+    QCOMPARE(list->topLevelItemCount(), 2);
+    const auto choose = [list](const QString &name) {
+        list->setCurrentItem(list->findItems(name, Qt::MatchExactly).value(0));
+    };
+    choose(u"Untitled"_s);
+    QVERIFY(!button(&panel, u"Compare with File"_s)->isEnabled());
+    choose(u"a.xml"_s);
+    button(&panel, u"Compare with File"_s)->click();
+    QCOMPARE(controller().documentList().size(), 2);
+    VXCompareDataWindow *compare = nullptr;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *window = qobject_cast<VXCompareDataWindow *>(widget))
+            compare = window;
+    }
+    QVERIFY(compare && compare->isVisible());
+    QCOMPARE(compare->leftDocList()->document()->countOfInfos(), 2);
+    QCOMPARE(compare->rightDocList()->document()->countOfInfos(), 3);
+    compare->close();
+    QCOMPARE(controller().documentList().size(), 0); // they were opened for that alone
+
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Return);
+    QCOMPARE(controller().documentList().size(), 1);
+    QVERIFY(controller().documentList().first()->isDocumentEdited());
+    QVERIFY(controller().documentList().first()->windowController());
+    QCOMPARE(list->topLevelItemCount(), 1);
+    button(&panel, u"Discard…"_s)->click();
+    answer(u"Discard"_s);
+    QTRY_VERIFY(!panel.isVisible());
+    QVERIFY(panel.recovery().contents().isEmpty());
+}
+
+void TestSafety::barAboutChanges_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<bool>("isEdited");
+    QTest::addColumn<QString>("firstName"); // afterwards
+    QTest::addColumn<bool>("isEditedAfterwards");
+    QTest::newRow("reload, clean") << u"Reload"_s << false << u"x"_s << false;
+    QTest::newRow("reload, edited") << u"Reload"_s << true << u"x"_s << false;
+    QTest::newRow("keep, clean") << u"Keep Mine"_s << false << u"a"_s << true;
+    QTest::newRow("keep, edited") << u"Keep Mine"_s << true << u"edited"_s << true;
+    QTest::newRow("save again") << u"Save Again"_s << true << u"edited"_s << false;
+}
+
+void TestSafety::barAboutChanges()
+{
+    QFETCH(const QString, button);
+    QFETCH(const bool, isEdited);
+    QFETCH(const QString, firstName);
+    QFETCH(const bool, isEditedAfterwards);
+    VXDocument *document = open(u"a.xml"_s);
+    auto *bar = document->windowController()->findChild<ChangedOnDisk *>();
+    QVERIFY(bar && !bar->isVisible());
+    if (isEdited)
+        document->objectInInfosAtIndex(0)->setName(u"edited"_s);
+    if (button == u"Save Again")
+        QVERIFY(QFile::remove(path(u"a.xml"_s)));
+    else
+        write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("\"a\"", "\"x\""));
+    QTRY_VERIFY(bar->isVisible());
+    QVERIFY(!bar->text().isEmpty());
+    ::button(bar, button)->click();
+    QVERIFY(!bar->isVisible());
+    QCOMPARE(document->objectInInfosAtIndex(0)->name(), firstName);
+    QCOMPARE(document->isDocumentEdited(), isEditedAfterwards);
+    QVERIFY(document->saveDocument()); // whatever the answer, it was one
+    QVERIFY(contentOf(path(u"a.xml"_s)).contains(firstName.toUtf8()));
+}
+
+void TestSafety::reloadsByItself()
+{
+    UserDefaults::standard().setObjectForKey(true, u"VXReloadChangedFiles"_s);
+    VXDocument *document = open(u"a.xml"_s);
+    auto *bar = document->windowController()->findChild<ChangedOnDisk *>();
+    write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("\"a\"", "\"x\""));
+    QTRY_COMPARE(document->objectInInfosAtIndex(0)->name(), u"x"_s);
+    QVERIFY(!bar->isVisible() && !document->isDocumentEdited());
+    // What is edited, emptied or gone is never reloaded unasked.
+    document->objectInInfosAtIndex(0)->setName(u"edited"_s);
+    write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("\"x\"", "\"y\""));
+    QTRY_VERIFY(bar->isVisible());
+    QCOMPARE(document->objectInInfosAtIndex(0)->name(), u"edited"_s);
+    bar->reload();
+    QVERIFY(QFile::resize(path(u"a.xml"_s), 0));
+    QTRY_VERIFY(bar->isVisible());
+    QCOMPARE(document->countOfInfos(), 2);
+}
+
+void TestSafety::asksBeforeSaving_data()
+{
+    QTest::addColumn<QByteArray>("outside"); // what another program puts in the place of "a"
+    QTest::addColumn<QByteArray>("extra"); // what the file has besides
+    QTest::addColumn<QStringList>("answers");
+    QTest::addColumn<bool>("isSaved");
+    QTest::newRow("nothing to ask") << QByteArray() << QByteArray() << QStringList() << true;
+    QTest::newRow("changed, written over")
+        << QByteArray("x") << QByteArray() << QStringList {u"Write Over It"_s} << true;
+    QTest::newRow("changed, left") << QByteArray("x") << QByteArray() << QStringList {u"Cancel"_s} << false;
+    QTest::newRow("a comment goes") << QByteArray() << QByteArray("<!-- x -->\n") << QStringList {u"Save"_s}
+                                    << true;
+    QTest::newRow("a comment stays") << QByteArray() << QByteArray("<!-- x -->\n")
+                                     << QStringList {u"Cancel"_s} << false;
+    QTest::newRow("both") << QByteArray("x") << QByteArray("<!-- x -->\n")
+                          << QStringList {u"Write Over It"_s, u"Save"_s} << true;
+}
+
+void TestSafety::asksBeforeSaving()
+{
+    QFETCH(const QByteArray, outside);
+    QFETCH(const QByteArray, extra);
+    QFETCH(const QStringList, answers);
+    QFETCH(const bool, isSaved);
+    const QByteArray content = contentOf(path(u"a.xml"_s)).replace(kLines, kLines + extra);
+    write(path(u"a.xml"_s), content);
+    VXDocument *document = open(u"a.xml"_s);
+    document->objectInInfosAtIndex(1)->setName(u"edited"_s);
+    if (!outside.isEmpty())
+        write(path(u"a.xml"_s), QByteArray(content).replace("\"a\"", '"' + outside + '"'));
+    const QByteArray before = contentOf(path(u"a.xml"_s));
+    std::optional<bool> outcome;
+    DocumentPanels::save(*document, document->windowController(),
+                         [&outcome](bool saved) { outcome = saved; });
+    for (const QString &words : answers) {
+        QVERIFY(!outcome);
+        answer(words);
+    }
+    QCOMPARE(outcome, std::optional(isSaved));
+    QCOMPARE(document->isDocumentEdited(), !isSaved);
+    QCOMPARE(contentOf(path(u"a.xml"_s)).contains("edited"), isSaved);
+    if (!isSaved)
+        QCOMPARE(contentOf(path(u"a.xml"_s)), before);
+    QVERIFY(!sheet());
+}
+
+void TestSafety::afterAFailedSave_data()
+{
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<bool>("isMended"); // before the answer
+    QTest::addColumn<bool>("isOpen"); // afterwards
+    QTest::addColumn<bool>("isSaved");
+    QTest::newRow("retry, mended") << u"Retry"_s << true << true << true;
+    QTest::newRow("retry, in vain") << u"Retry"_s << false << true << false;
+    QTest::newRow("cancel") << u"Cancel"_s << false << true << false;
+    QTest::newRow("discard") << u"Discard Changes and Close"_s << false << false << false;
+    QTest::newRow("save as") << u"Save As…"_s << false << true << false;
+}
+
+void TestSafety::afterAFailedSave()
+{
+    QFETCH(const QString, words);
+    QFETCH(const bool, isMended);
+    QFETCH(const bool, isOpen);
+    QFETCH(const bool, isSaved);
+    QPointer<VXDocument> document = open(u"a.xml"_s);
+    document->objectInInfosAtIndex(1)->setName(u"edited"_s);
+    // A folder has taken the file's place.
+    QVERIFY(QFile::remove(path(u"a.xml"_s)) && QDir(m_folder->path()).mkdir(u"a.xml"_s));
+    document->keepMine();
+    std::optional<bool> outcome;
+    DocumentPanels::save(*document, document->windowController(),
+                         [&outcome](bool saved) { outcome = saved; });
+    QTRY_VERIFY(sheet());
+    QVERIFY(sheet()->text().contains(path(u"a.xml"_s)));
+    QVERIFY(sheet()->textFormat() == Qt::PlainText);
+    QVERIFY(!sheet()->informativeText().isEmpty());
+    if (isMended)
+        QVERIFY(QDir(m_folder->path()).rmdir(u"a.xml"_s));
+    answer(words);
+    if (words == u"Save As…") {
+        auto *panel = document->windowController()->findChild<QFileDialog *>();
+        QVERIFY(panel && panel->isVisible());
+        panel->reject();
+    } else if (words == u"Retry" && !isMended) {
+        QTRY_VERIFY(sheet()); // once for each answer
+        answer(u"Cancel"_s);
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(outcome, std::optional(isSaved));
+    QCOMPARE(!document.isNull(), isOpen);
+    if (isOpen)
+        QCOMPARE(document->isDocumentEdited(), !isSaved);
+}
+
+RUNEBOOK_TEST_MAIN(TestSafety)
+#include "SafetyTest.moc"
