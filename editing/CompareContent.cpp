@@ -185,6 +185,8 @@ bool CompareContent::findRecords(std::size_t side, std::size_t count)
         return true;
     const InfoList &infos = *m_lists[side];
     std::size_t &next = m_next[side];
+    if (next == 0)
+        m_found[side].reserve(qMin(infos.size(), static_cast<std::size_t>(m_keys.size())));
     for (const std::size_t end = next + std::min(count, infos.size() - next); next < end; ++next) {
         if (isWanted(*infos[next]))
             m_found[side].push_back(infos[next]);

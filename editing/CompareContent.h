@@ -68,6 +68,9 @@ public:
     bool runFor(std::chrono::milliseconds budget);
     const InfoList &left() const { return m_found[0]; }
     const InfoList &right() const { return m_found[1]; }
+    /// Gives the lists away, when all is known.
+    InfoList takeLeft() { return std::move(m_found[0]); }
+    InfoList takeRight() { return std::move(m_found[1]); }
     /// In the order of comparedFields().
     const std::vector<FieldContent> &fields() const { return m_fields; }
 

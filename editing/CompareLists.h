@@ -80,7 +80,7 @@ public:
     Q_INVOKABLE InfoList arrangedObjects() const { return m_infos; }
     Q_INVOKABLE InfoList selectedObjects() const { return m_infos; }
     const InfoList &infos() const { return m_infos; }
-    void setContent(const InfoList &infos) { m_infos = infos; }
+    void setContent(InfoList infos) { m_infos = std::move(infos); }
 
 private:
     InfoList m_infos;

@@ -296,9 +296,9 @@ void VXCompareDataWindow::continueContent(std::chrono::milliseconds budget)
     }
     const std::unique_ptr<CompareContent> content = std::move(m_content);
     m_contentWorkTimer.stop();
-    m_leftInfoList.setContent(content->left());
-    m_rightInfoList.setContent(content->right());
-    const bool isOneSided = content->left().empty() || content->right().empty();
+    m_leftInfoList.setContent(content->takeLeft());
+    m_rightInfoList.setContent(content->takeRight());
+    const bool isOneSided = m_leftInfoList.infos().empty() || m_rightInfoList.infos().empty();
     for (const FieldContent &field : content->fields()) {
         m_sheet->setContent(field, isOneSided);
         if (field.field() != GlyphField::Unicodes)
