@@ -3,6 +3,7 @@
 #include "editing/MarkedTextDelegate.h"
 #include "editing/ReplacePreviewModel.h"
 #include "editing/SignalColors.h"
+#include "platform/Unattended.h"
 #include "platform/UndoManager.h"
 #include "platform/UserDefaults.h"
 #include "ui_VXFindReplaceWindowController_11.h"
@@ -113,7 +114,10 @@ int VXFindReplaceWindowController::runDialogModalForWindow(QObject *, QWidget *w
     if (window && window != parentWidget())
         setParent(window, windowFlags());
     setWindowFlag(Qt::Sheet, window != nullptr);
-    exec();
+    if (isUnattended())
+        show();
+    else
+        exec();
     return 0;
 }
 

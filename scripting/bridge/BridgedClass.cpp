@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QMetaProperty>
+#include <cctype>
 #include <deque>
 
 namespace runebook::bridge {
@@ -55,7 +56,7 @@ constexpr int kSlotBase = 48;
 bool isHidden(const QMetaMethod &method)
 {
     return method.methodType() == QMetaMethod::Signal || method.access() == QMetaMethod::Private
-        || method.name() == "deleteLater" || method.name().startsWith('_');
+        || method.name() == "deleteLater" || method.name().startsWith("_q_");
 }
 
 } // namespace
@@ -155,7 +156,7 @@ bool BridgedClass::makeType()
     if (!m_type)
         return false;
     classesOfTypes().insert(m_type, this);
-    return addGroups(ownMethods()) && addProperties() && addGroups(extensionMethods());
+    return addGroups(ownMethods()) && addProperties() && addSetters() && addGroups(extensionMethods());
 }
 
 std::vector<Method> BridgedClass::allMethods() const
@@ -238,6 +239,27 @@ bool BridgedClass::addProperties()
             || py.PyObject_SetAttrString(reinterpret_cast<PyObject *>(m_type), property.name(),
                                          attribute.get())
                 != 0)
+            return false;
+    }
+    return true;
+}
+
+/// A property that has no setter to invoke gets one under the usual name, "setTitle_".
+bool BridgedClass::addSetters()
+{
+    auto *type = reinterpret_cast<PyObject *>(m_type);
+    for (int i = m_meta.propertyOffset(); i < m_meta.propertyCount(); ++i) {
+        const QMetaProperty property = m_meta.property(i);
+        QByteArray name(property.name());
+        name[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[0])));
+        name = "set" + name + '_';
+        if (!property.isWritable() || !bridgeType(property.metaType()).fromPython)
+            continue;
+        if (PythonRef(py.PyObject_GetAttrString(type, name.constData())))
+            continue;
+        vxPyErr_Clear();
+        const PythonRef setter(makeSetter(*this, property));
+        if (!setter || py.PyObject_SetAttrString(type, name.constData(), setter.get()) != 0)
             return false;
     }
     return true;

@@ -52,6 +52,7 @@ private:
     bool makeType();
     bool addGroups(std::vector<Method> methods);
     bool addProperties();
+    bool addSetters();
     std::vector<Method> ownMethods() const;
     std::vector<Method> extensionMethods() const;
 

@@ -1,6 +1,9 @@
 #include "scripting/bridge/ControlOperations.h"
 
 #include "scripting/bridge/BridgedClass.h"
+#include "scripting/bridge/ScriptApplication.h"
+
+#include <QMenuBar>
 
 namespace runebook {
 
@@ -25,6 +28,11 @@ bool choose(QComboBox &popup, int index)
 
 } // namespace
 
+QObject *ApplicationOperations::mainMenu(QCoreApplication *) const
+{
+    return ScriptApplication::shared().mainMenu();
+}
+
 QString ControlOperations::title(QWidget *window) const
 {
     return window->windowTitle();
@@ -45,6 +53,16 @@ bool ControlOperations::isEnabled(QWidget *control) const
     return control->isEnabled();
 }
 
+QObject *ControlOperations::menuBar(QWidget *control) const
+{
+    return control->window()->findChild<QMenuBar *>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+QObject *ControlOperations::outlet(QWidget *window, const QString &name) const
+{
+    return window->findChild<QObject *>(name);
+}
+
 QString TextFieldOperations::stringValue(QLineEdit *field) const
 {
     return field->text();
@@ -54,6 +72,13 @@ void TextFieldOperations::setStringValue(QLineEdit *field, const QString &text) 
 {
     field->setText(text);
     Q_EMIT field->textEdited(text);
+}
+
+QStringList CodeViewOperations::completionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                                  TextRange range,
+                                                                                  int *index) const
+{
+    return view->completionsForPartialWordRange(range, index);
 }
 
 bool PopupOperations::selectItemWithTag(QComboBox *popup, int tag) const
@@ -90,11 +115,15 @@ QStringList PopupOperations::itemTitles(QComboBox *popup) const
 
 void registerControlOperations()
 {
+    static ApplicationOperations applications;
     static ControlOperations controls;
     static TextFieldOperations textFields;
     static PopupOperations popups;
+    static CodeViewOperations codeViews;
+    bridge::BridgedClass::registerExtension(QCoreApplication::staticMetaObject, &applications);
     bridge::BridgedClass::registerExtension(QWidget::staticMetaObject, &controls);
     bridge::BridgedClass::registerExtension(QLineEdit::staticMetaObject, &textFields);
+    bridge::BridgedClass::registerExtension(JSTTextView::staticMetaObject, &codeViews);
     bridge::BridgedClass::registerExtension(QComboBox::staticMetaObject, &popups);
 }
 

@@ -28,24 +28,22 @@ QFont fontOf(const QVariantMap &description)
     return font;
 }
 
+/// The text cut where its format changes; of formats that lie over each other the last one counts.
 QVariantList pieces(const FormattedText &text)
 {
+    std::vector<const QTextCharFormat *> formats(static_cast<std::size_t>(text.text.size()));
+    for (const QTextLayout::FormatRange &range : text.formats)
+        std::fill_n(formats.begin() + range.start, range.length, &range.format);
     QVariantList list;
-    const auto add = [&](qsizetype start, qsizetype end, const QTextCharFormat *format) {
-        if (end <= start)
-            return;
-        QVariantMap piece {{u"string"_s, text.text.sliced(start, end - start)}};
-        if (format && format->hasProperty(QTextFormat::FontFamilies))
-            piece[u"font"_s] = described(format->font());
+    for (std::size_t start = 0, end = 0; start < formats.size(); start = end) {
+        while (end < formats.size() && formats[end] == formats[start])
+            ++end;
+        const auto place = static_cast<qsizetype>(start);
+        QVariantMap piece {{u"string"_s, text.text.sliced(place, static_cast<qsizetype>(end) - place)}};
+        if (formats[start])
+            piece[u"font"_s] = described(formats[start]->font());
         list << piece;
-    };
-    qsizetype place = 0;
-    for (const QTextLayout::FormatRange &range : text.formats) {
-        add(place, range.start, nullptr);
-        add(range.start, range.start + range.length, &range.format);
-        place = range.start + range.length;
     }
-    add(place, text.text.size(), nullptr);
     return list;
 }
 

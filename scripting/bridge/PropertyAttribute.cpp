@@ -104,6 +104,25 @@ PyObject *call(PyObject *self, PyObject *tuple, PyObject *)
     return read(attribute(self), py.PyTuple_GetItem(tuple, 0));
 }
 
+// The setter of a property is the same structure under another type.
+
+PyObject *bindSetter(PyObject *self, PyObject *object, PyObject *)
+{
+    if (!object || isNone(object))
+        return PythonRef::shared(self).release();
+    return py.PyMethod_New(self, object);
+}
+
+PyObject *callSetter(PyObject *self, PyObject *tuple, PyObject *)
+{
+    if (py.PyTuple_Size(tuple) != 2)
+        return raise(*py.PyExc_TypeError,
+                     u"the setter of %1 takes one argument"_s.arg(QString::fromLatin1(attribute(self).name)));
+    if (set(self, py.PyTuple_GetItem(tuple, 0), py.PyTuple_GetItem(tuple, 1)) != 0)
+        return nullptr;
+    return none();
+}
+
 PyObject *describe(PyObject *self)
 {
     const PropertyAttribute &property = attribute(self);
@@ -136,11 +155,25 @@ PyTypeObject *attributeType()
     return type;
 }
 
-} // namespace
-
-PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property)
+PyTypeObject *setterType()
 {
-    PyObject *made = attributeType() ? py.PyType_GenericAlloc(attributeType(), 0) : nullptr;
+    static PyTypeObject *const type = [] {
+        PyType_Slot slots[] = {
+            {python::kSlotDealloc, reinterpret_cast<void *>(deallocate)},
+            {python::kSlotCall, reinterpret_cast<void *>(callSetter)},
+            {python::kSlotDescrGet, reinterpret_cast<void *>(bindSetter)},
+            {0, nullptr},
+        };
+        PyType_Spec spec {"runebook.setter", sizeof(PropertyAttribute), 0,
+                          python::kDefaultTypeFlags | python::kMethodDescriptor, slots};
+        return reinterpret_cast<PyTypeObject *>(py.PyType_FromSpec(&spec));
+    }();
+    return type;
+}
+
+PyObject *makeAttribute(PyTypeObject *type, const BridgedClass &owner, const QMetaProperty &property)
+{
+    PyObject *made = type ? py.PyType_GenericAlloc(type, 0) : nullptr;
     if (!made)
         return nullptr;
     PropertyAttribute &attributes = attribute(made);
@@ -151,6 +184,18 @@ PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property)
     attributes.bridge = &bridgeType(property.metaType());
     attributes.isWritable = property.isWritable();
     return made;
+}
+
+} // namespace
+
+PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property)
+{
+    return makeAttribute(attributeType(), owner, property);
+}
+
+PyObject *makeSetter(const BridgedClass &owner, const QMetaProperty &property)
+{
+    return makeAttribute(setterType(), owner, property);
 }
 
 } // namespace runebook::bridge

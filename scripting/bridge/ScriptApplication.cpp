@@ -1,8 +1,10 @@
 #include "scripting/bridge/ScriptApplication.h"
 
+#include "platform/Document.h"
 #include "platform/DocumentController.h"
 
 #include <QApplication>
+#include <QMenuBar>
 
 namespace runebook {
 
@@ -40,6 +42,19 @@ QList<QObject *> ScriptApplication::orderedDocuments() const
 QObject *ScriptApplication::keyWindow() const
 {
     return QApplication::activeWindow();
+}
+
+QObject *ScriptApplication::mainMenu() const
+{
+    QList<QWidget *> windows {QApplication::activeWindow()};
+    for (Document *document : DocumentController::shared().documentList())
+        windows << document->windowController();
+    for (const QWidget *window : windows) {
+        auto *bar = window ? window->findChild<QMenuBar *>(QString(), Qt::FindDirectChildrenOnly) : nullptr;
+        if (bar)
+            return bar;
+    }
+    return nullptr;
 }
 
 QString ScriptApplication::version() const

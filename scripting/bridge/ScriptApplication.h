@@ -25,6 +25,8 @@ public:
     Q_INVOKABLE void setDelegate(QObject *delegate) { m_delegate = delegate; }
     Q_INVOKABLE QObject *keyWindow() const;
     Q_INVOKABLE QString version() const;
+    /// The menu bar of the window that is in front; null when there is no window.
+    Q_INVOKABLE QObject *mainMenu() const;
 
 private:
     QPointer<QObject> m_delegate;

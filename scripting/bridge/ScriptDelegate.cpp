@@ -2,6 +2,7 @@
 
 #include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
+#include "scripting/MainThread.h"
 #include "scripting/ScriptRun.h"
 #include "scripting/bridge/BridgeTypes.h"
 
@@ -24,8 +25,10 @@ QObject *ScriptDelegate::forObject(PyObject *object)
         auto *delegate = new ScriptDelegate(object);
         const auto end = [delegate](void *) {
             delegate->m_object = nullptr;
-            // The last reference may go on any thread.
-            delegate->deleteLater();
+            if (isOnMainThread())
+                delete delegate;
+            else
+                delegate->deleteLater();
         };
         adopt(own, {std::shared_ptr<void>(nullptr, end), delegate});
     }

@@ -4,6 +4,7 @@
 #include "model/StringHelpers.h"
 #include "platform/FilePath.h"
 #include "platform/PlainText.h"
+#include "platform/Unattended.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -21,6 +22,16 @@ ScriptHelpers &ScriptHelpers::shared()
 {
     static ScriptHelpers helpers;
     return helpers;
+}
+
+bool ScriptHelpers::canAsk() const
+{
+    return !isUnattended();
+}
+
+void ScriptHelpers::setCanAsk(bool canAsk)
+{
+    setUnattended(!canAsk);
 }
 
 void ScriptHelpers::showMessage(const QString &title, const QString &text)
@@ -44,7 +55,7 @@ QString ScriptHelpers::askText(const QString &prompt, const QString &text)
 
 bool ScriptHelpers::showProgress(const QString &title, int value, int maximum)
 {
-    if (!m_canAsk)
+    if (!canAsk())
         return true;
     auto *dialog = qobject_cast<QProgressDialog *>(m_progress);
     if (!dialog) {
@@ -69,7 +80,7 @@ void ScriptHelpers::processEvents()
     QCoreApplication::processEvents();
     // Without windows no event loop comes by to delete what was closed; a script that works through many
     // files must not keep them all.
-    if (!m_canAsk)
+    if (!canAsk())
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

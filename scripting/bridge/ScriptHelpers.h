@@ -16,8 +16,8 @@ public:
 
 public: // talking to the user
     /// False in a run without windows: nobody is there to answer.
-    Q_INVOKABLE bool canAsk() const { return m_canAsk; }
-    void setCanAsk(bool canAsk) { m_canAsk = canAsk; }
+    Q_INVOKABLE bool canAsk() const;
+    void setCanAsk(bool canAsk);
     Q_INVOKABLE void showMessage(const QString &title, const QString &text);
     /// What the user typed; null when they cancelled.
     Q_INVOKABLE QString askText(const QString &prompt, const QString &text);
@@ -51,7 +51,6 @@ public: // braces; a character is a UTF-16 unit
     Q_INVOKABLE QVariant TE_findMatchingBraceForRangeInString(int index, const QString &text) const;
 
 private:
-    bool m_canAsk = true;
     QObject *m_progress = nullptr;
 };
 

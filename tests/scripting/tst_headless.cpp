@@ -33,6 +33,8 @@ private Q_SLOTS:
     void opensTheFirstFileInFront();
     void runsOnEveryInterpreter_data();
     void runsOnEveryInterpreter();
+    void drivesTheEditor();
+    void drivesTheWindows();
     void runsOnChosenInterpreters_data();
     void runsOnChosenInterpreters();
     void endsWithoutPython_data();
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void printsWithoutWaiting();
     void writesEveryText_data();
     void writesEveryText();
+    void printsFiftyMegabytes();
     void takesTextFromThreads();
     void endsWithItsReader();
     void stopsOnInterrupt_data();
@@ -58,6 +61,7 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_file;
+    QString m_program; ///< what is started, in the build tree
 };
 
 static QString source(const QString &path)
@@ -90,6 +94,7 @@ static QStringList libraries(const QString &pattern)
 void HeadlessTest::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
+    m_program = u"runebook_headless_test"_s;
     m_file = m_folder->filePath(u"sample.xml"_s);
     QVERIFY(QFile::copy(source(u"resources/sample.xml"_s), m_file));
     QFile::setPermissions(m_file, QFile::ReadOwner | QFile::WriteOwner);
@@ -116,7 +121,7 @@ void HeadlessTest::start(QProcess &process, const QStringList &arguments, const 
         write(u"defaults.ini"_s,
               library.isEmpty() ? QString() : "[General]\nVXPythonFrameworkPath="_L1 + library));
     process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook_headless_test"), arguments);
+    process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/") + m_program, arguments);
     QVERIFY(process.waitForStarted());
 }
 
@@ -252,6 +257,24 @@ void HeadlessTest::runsOnEveryInterpreter()
     QVERIFY(ended.output.contains(u"checked 2"_s));
 }
 
+void HeadlessTest::drivesTheEditor()
+{
+    const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/editor.py"_s), m_file});
+    QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
+    QVERIFY(ended.output.contains(u"checked 1"_s));
+}
+
+/// With the program itself, which has the windows.
+void HeadlessTest::drivesTheWindows()
+{
+    const QString copy = m_folder->filePath(u"copy.xml"_s);
+    QVERIFY(QFile::copy(m_file, copy));
+    m_program = u"runebook"_s;
+    const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/windows.py"_s), m_file, copy});
+    QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
+    QVERIFY(ended.output.contains(u"checked 6"_s));
+}
+
 void HeadlessTest::runsOnChosenInterpreters_data()
 {
     QTest::addColumn<QString>("library");
@@ -350,6 +373,33 @@ void HeadlessTest::writesEveryText()
     QVERIFY(process.waitForFinished(60'000));
     QTEST(process.readAllStandardOutput(), "output");
     QCOMPARE(process.exitCode(), 0);
+}
+
+void HeadlessTest::printsFiftyMegabytes()
+{
+    constexpr qint64 kLines = 500'000;
+    constexpr qint64 kLineLength = 105; // "é" takes two
+    QProcess process;
+    const QString path = m_folder->filePath(u"output"_s);
+    process.setStandardOutputFile(path);
+    start(process,
+          {u"--eval"_s,
+           u"import resource\n"
+           "before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss\n"
+           "for i in range(500000): print('%06d' % i + 'é' + 'x' * 96)\n"
+           "sys.stderr.write(str(resource.getrusage(resource.RUSAGE_SELF).ru_maxrss - before))"_s});
+    QVERIFY(process.waitForFinished(120'000));
+    QCOMPARE(process.exitCode(), 0);
+    QFile output(path);
+    QVERIFY(output.open(QIODevice::ReadOnly));
+    QCOMPARE(output.size(), kLines * kLineLength);
+    for (const qint64 line : {qint64(0), kLines / 3, kLines - 1}) {
+        output.seek(line * kLineLength);
+        QCOMPARE(output.readLine().left(8), QByteArray::number(line).rightJustified(6, '0') + "é");
+    }
+    // In kilobytes: nothing of it is kept.
+    const QByteArray grown = process.readAllStandardError();
+    QVERIFY2(grown.toInt() < 8192, grown.constData());
 }
 
 void HeadlessTest::takesTextFromThreads()

@@ -1,0 +1,232 @@
+"""What scripts may rely on of the code editor and the tab bar, checked from inside."""
+
+import gc
+import sys
+import unittest
+
+from Foundation import *
+from MainApp import *
+import objc
+
+JSTTextView = NSClassFromString("JSTTextView")
+JSTDocument = NSClassFromString("JSTDocument")
+VXTabBarControl = NSClassFromString("VXTabBarControl")
+
+
+class Braces(unittest.TestCase):
+    def test_braces(self):
+        # The first question of all makes the lists, and knows none yet.
+        self.assertFalse(TE_isOpeningBrace("{"))
+        for opening, closing in ("{}", "[]", "()", "«»"):
+            self.assertTrue(TE_isOpeningBrace(opening) and TE_isClosingBrace(closing))
+            self.assertFalse(TE_isOpeningBrace(closing) or TE_isClosingBrace(opening))
+        self.assertTrue(TE_isOpeningBrace(ord("(")))
+        self.assertFalse(TE_isOpeningBrace("\U0001F600"))
+
+    def test_partners(self):
+        find = TE_findMatchingBraceForRangeInString
+        self.assertEqual(find(0, "(a[b]c)"), (6, 1))
+        self.assertEqual(find(4, "(a[b]c)"), (2, 1))
+        self.assertEqual(find(0, "(a"), (NSNotFound, 0))
+        self.assertEqual(find(0, "(\U0001F600)"), (3, 1))
+
+
+class TextViews(unittest.TestCase):
+    def setUp(self):
+        self.view = JSTTextView.alloc().init()
+        self.view.setString_("if a:\n    b.c = 'é'\n")
+
+    def test_text_and_selection(self):
+        view = self.view
+        self.assertEqual(view.string(), "if a:\n    b.c = 'é'\n")
+        view.setSelectedRange_((3, 1))
+        self.assertEqual(view.selectedRange(), (3, 1))
+        view.insertText_("ab")
+        self.assertEqual(view.string(), "if ab:\n    b.c = 'é'\n")
+        self.assertEqual(view.selectedRange(), (5, 0))
+        view.setSelectedRange_([1000, 5])
+        self.assertEqual(view.selectedRange(), (21, 0))
+        for wrong in ((1,), (1, 2, 3), "12", ("a", "b"), 5, None, (1 << 40, 1)):
+            with self.subTest(wrong=wrong), self.assertRaises((TypeError, OverflowError)):
+                view.setSelectedRange_(wrong)
+
+    def test_commands(self):
+        view = self.view
+        view.setSelectedRange_((0, 0))
+        view.commentSelection_(None)
+        self.assertEqual(view.string(), "# if a:\n    b.c = 'é'\n")
+        view.setSelectedRange_((0, 16))
+        view.shiftSelectedLinesRight_(None)
+        self.assertTrue(view.string().startswith("\t# if a:\n"), view.string())
+        view.setString_("if a:")
+        view.setSelectedRange_((5, 0))
+        view.insertNewline_(None)
+        self.assertEqual(view.string(), "if a:\n\t")
+
+    def test_storage(self):
+        storage = self.view.textStorage()
+        self.assertEqual(storage.string(), self.view.string())
+        self.assertEqual(storage.substringWithRange_((3, 1)), "a")
+        self.assertEqual(storage.doubleClickAtIndex_(12), (12, 1))
+        self.assertEqual(storage.nextWordFromIndex_forward_(10, True), 11)
+        storage.replaceCharactersInRange_withString_((0, 2), "while")
+        self.assertTrue(self.view.string().startswith("while a:"))
+        self.assertTrue(storage._usesProgrammingLanguageBreaks())
+
+    def test_attributes(self):
+        storage = self.view.textStorage()
+        link = "file:///some/file.py"
+        storage.setAttributes_range_({"NSLink": link, "NSColor": "#ff0000"}, (3, 2))
+        attributes, extent = storage.attributesAtIndex_effectiveRange_(3, None)
+        self.assertEqual(extent, (3, 2))
+        self.assertEqual((attributes["NSLink"], attributes["NSColor"]), (link, "#ff0000"))
+        self.assertIn("NSFont", attributes)
+        plain, extent = storage.attributesAtIndex_effectiveRange_(0, None)
+        self.assertEqual(extent, (0, 3))
+        self.assertNotIn("NSLink", plain)
+
+    def test_line_numbers(self):
+        self.assertIsNone(self.view.lineNumberView())
+        self.view.setupLineNumberview()
+        ruler = self.view.lineNumberView()
+        self.assertEqual(ruler.lineIndices(), [0, 6, 20])
+        self.assertEqual(ruler.lineNumberForCharacterIndex_inText_(7, self.view.string()), 1)
+        self.assertEqual(ruler.leftMargin(), 12)
+        self.assertEqual(ruler.clientView(), self.view)
+
+    def test_colouring(self):
+        document = JSTDocument.alloc().init()
+        document.setSourceText_(self.view)
+        self.assertEqual(document.sourceText(), self.view)
+        self.assertEqual(self.view.delegate(), document)
+        document.parseCode_(True)
+        color = lambda at: self.view.textStorage().attributesAtIndex_effectiveRange_(at, None)[0]["NSColor"]
+        self.assertNotEqual(color(17), color(3))
+        self.assertTrue(document.isInStringOrComment_(17))
+        document.setFontSize_(20)
+        self.assertEqual(document.fontSize(), 20)
+
+
+class Follower(NSObject):
+    """A delegate of text views and tab bars that writes down what it is told."""
+
+    def init(self):
+        self = objc.super(Follower, self).init()
+        self.told = []
+        self.refuses = False
+        return self
+
+    def textDidChange_(self, view):
+        self.told.append("text")
+
+    def textView_shouldChangeTextInRange_replacementString_(self, view, extent, text):
+        self.told.append((extent, text))
+        return not self.refuses
+
+    def textView_completions_forPartialWordRange_indexOfSelectedItem_(self, view, words, extent, index):
+        return [view.string() + "More", "Other"], 1
+
+    def tabBar_shouldCloseTabItem_(self, bar, item):
+        self.told.append(("should", item.title()))
+        return not self.refuses
+
+    def tabBar_didSelectTabItem_(self, bar, item):
+        self.told.append(("did select", bar.indexOfTabItem_(item)))
+
+    def tabBar_toolTipForTabItem_(self, bar, item):
+        return "tip"
+
+    def tabBar_willCloseTabItem_(self, bar, item):
+        raise SystemExit(3)
+
+
+class Delegates(unittest.TestCase):
+    def setUp(self):
+        self.follower = Follower.alloc().init()
+
+    def test_text_view(self):
+        view = JSTTextView.alloc().init()
+        view.setDelegate_(self.follower)
+        self.assertIs(view.delegate(), self.follower)
+        view.insertText_("ab")
+        self.assertIn(((0, 0), "ab"), self.follower.told)
+        self.follower.refuses = True
+        view.insertText_("c")
+        self.assertEqual(view.string(), "ab")
+        words, selected = view.completionsForPartialWordRange_indexOfSelectedItem_((0, 2), 0)
+        self.assertEqual((words[:2], selected), (["abMore", "Other"], 1))
+
+    def test_tab_bar(self):
+        bar = VXTabBarControl.alloc().init()
+        bar.setCanCloseOnlyTab_(True)
+        items = [JSTTextView.alloc().init() for _ in range(2)]
+        for item in items:
+            bar.addTabItem_(item)
+        bar.setDelegate_(self.follower)
+        self.assertIs(bar.delegate(), self.follower)
+        bar.selectTabItemAtIndex_(1)
+        self.assertEqual(self.follower.told, [("did select", 1)])
+        self.follower.refuses = True
+        bar.closeTabItem_(items[1])
+        self.assertEqual(bar.countOfTabItems(), 2)
+        self.follower.refuses = False
+        # A delegate that ends itself ends nothing else.
+        bar.closeTabItem_(items[1])
+        self.assertEqual(bar.countOfTabItems(), 1)
+        self.assertEqual(bar.selectedTabItem(), items[0])
+
+    def test_delegates_are_not_kept(self):
+        view = JSTTextView.alloc().init()
+        follower = Follower.alloc().init()
+        before = {follower: hash(follower)}
+        view.setDelegate_(follower)
+        self.assertIn(follower, before)
+        view.setDelegate_(self.follower)
+        view.setDelegate_(follower)
+        del follower, before
+        gc.collect()
+        view.insertText_("alive")
+        self.assertIsNone(view.delegate())
+        view.setDelegate_(None)
+
+    def test_errors_in_delegates_are_printed(self):
+        class Broken(NSObject):
+            def textDidChange_(self, view):
+                raise ValueError("expected by the test")
+        broken = Broken.alloc().init()
+        view = JSTTextView.alloc().init()
+        view.setDelegate_(broken)
+        view.insertText_("a")
+        self.assertEqual(view.string(), "a")
+
+
+class Records(unittest.TestCase):
+    def test_archives(self):
+        info = newInfo("x", unicodes=["0041"], altNames=["a", "b"], direction=-2, desc="d")
+        archive = info.encodeWithCoder()
+        self.assertEqual((archive["name"], archive["unicodes"]), ("x", ["0041"]))
+        again = VXGlyphInfo.alloc().initWithCoder_(archive)
+        self.assertEqual(dict(again), dict(info))
+        self.assertIsNone(VXGlyphInfo.alloc().initWithCoder_({}).name)
+
+    def test_glyph_list(self):
+        self.assertEqual(VXGlyphInfo.aglfn()["0041"], "A")
+
+    def test_previews(self):
+        doc = currentDocument()
+        pieces = doc.formatStringFromInfo_(doc["Aacute"])
+        self.assertEqual("".join(piece["string"] for piece in pieces), doc.stringForInfo_(doc["Aacute"]))
+        self.assertIsNone(VXDocument.fontForScript_size_("no such script", 12))
+        pieces = VXDocument.formatInfoString_font_("ab", {"name": "Sans", "size": 20})
+        self.assertEqual("".join(piece["string"] for piece in pieces), "ab")
+        VXDocument.registerPreviewFont_forScript_("/no/such/font.ttf", "latin")
+        self.assertEqual(VXDocument.previewFontForScript_("latin"), "/no/such/font.ttf")
+        VXDocument.removePreviewFontForScript_("latin")
+        self.assertIsNone(VXDocument.previewFontForScript_("latin"))
+
+
+result = unittest.TextTestRunner(stream=sys.stdout).run(
+    unittest.defaultTestLoader.loadTestsFromModule(sys.modules[__name__]))
+print("checked", result.testsRun)
+if not result.wasSuccessful():
+    sys.exit(1)
