@@ -1,5 +1,7 @@
 #include "editing/FindReplace.h"
 
+#include "model/NameRules.h"
+
 #include <algorithm>
 #include <array>
 #include <unordered_set>
@@ -39,18 +41,6 @@ const ReplaceField *entryForTag(int tag)
 std::size_t hashOf(std::string_view name)
 {
     return std::hash<std::string_view>()(name);
-}
-
-bool isValidName(std::string_view name)
-{
-    // Nearly every name is one of these; the record's own rule judges the others.
-    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-    const auto isPlain = [isLetter](char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '.'; };
-    if (!name.empty() && isLetter(name.front()) && std::all_of(name.begin(), name.end(), isPlain))
-        return true;
-    // Without a document a record answers for the name alone.
-    static const VXGlyphInfo rules;
-    return rules.validateName(QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
 }
 
 } // namespace
@@ -183,7 +173,7 @@ NameProblems FindReplace::nameProblems(const InfoList &infos, const InfoList &al
             continue;
         }
         const std::string_view name = newName(*info, buffer);
-        if (!isValidName(name))
+        if (objectionToName(name) != NameObjection::None)
             ++problems.invalid;
         everybody.push_back(hashOf(name));
         changed.push_back(everybody.back());
