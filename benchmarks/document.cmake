@@ -1,7 +1,7 @@
 # Glyph data from file to document and back.
 find_package(pugixml REQUIRED)
 
-foreach(subject Reading Saving Lookup Undo Memory)
+foreach(subject Reading Saving Autosave Lookup Undo Memory)
     string(TOLOWER "bench_${subject}" program)
     runebook_add_benchmark(${program}
         SOURCES document/${subject}Benchmark.cpp
