@@ -1,5 +1,7 @@
 #include "platform/UndoManager.h"
 
+#include "platform/CallLater.h"
+
 #include <QUndoCommand>
 #include <utility>
 
@@ -67,14 +69,11 @@ void UndoManager::registerOperation(std::unique_ptr<UndoOperation> operation)
         return;
     if (m_level == 0 && !m_closePending) {
         m_closePending = true;
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                m_closePending = false;
-                if (m_level == 0)
-                    closeGroup();
-            },
-            Qt::QueuedConnection);
+        callLater(this, [this] {
+            m_closePending = false;
+            if (m_level == 0)
+                closeGroup();
+        });
     }
     noteCleanChange();
     Q_EMIT changed();

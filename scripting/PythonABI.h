@@ -63,6 +63,7 @@ namespace runebook::python {
 constexpr int kApiVersion = 1013; ///< what PyModule_Create2 is told
 
 // Start symbols and flags of functions
+constexpr int kSingleInput = 256;
 constexpr int kFileInput = 257;
 constexpr int kVarArgs = 0x0001;
 constexpr int kNoArgs = 0x0004;

@@ -121,6 +121,7 @@ namespace runebook {
 #define RUNEBOOK_PYTHON_EXCEPTIONS(EXCEPTION)                                                                \
     EXCEPTION(PyExc_AttributeError)                                                                          \
     EXCEPTION(PyExc_IndexError)                                                                              \
+    EXCEPTION(PyExc_KeyboardInterrupt)                                                                       \
     EXCEPTION(PyExc_OverflowError)                                                                           \
     EXCEPTION(PyExc_ReferenceError)                                                                          \
     EXCEPTION(PyExc_RuntimeError)                                                                            \

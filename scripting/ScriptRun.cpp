@@ -11,9 +11,9 @@
 using namespace runebook;
 using namespace Qt::StringLiterals;
 
-bool vxRun_SimpleString(const char *code, const char *label)
+static bool runCode(const char *code, const char *label, int start)
 {
-    PyObject *compiled = vxPy_CompileStringFlags(code, label, python::kFileInput, nullptr);
+    PyObject *compiled = vxPy_CompileStringFlags(code, label, start, nullptr);
     if (compiled) {
         PyObject *globals = vxPyModule_GetDict(vxPyImport_AddModule("__main__"));
         PyObject *result = vxPyEval_EvalCode(compiled, globals, globals);
@@ -27,6 +27,16 @@ bool vxRun_SimpleString(const char *code, const char *label)
     return false;
 }
 
+bool vxRun_SimpleString(const char *code, const char *label)
+{
+    return runCode(code, label, python::kFileInput);
+}
+
+bool vxRun_Line(const char *code, const char *label)
+{
+    return runCode(code, label, python::kSingleInput);
+}
+
 namespace runebook {
 
 namespace {
@@ -34,6 +44,8 @@ namespace {
 ScriptOutcome lastOutcome;
 std::atomic<int> runDepth = 0;
 pthread_t mainThread;
+RunObserver *runObserver = nullptr;
+bool raisesAtEveryLine = false;
 // The interpreter's own answer to Ctrl+C, in force during runs only: outside of them it would swallow the
 // key that ends the program.
 struct sigaction pythonInterrupt {
@@ -52,11 +64,33 @@ void onInterruptSignal(int)
         py.PyErr_SetInterrupt();
 }
 
+/// Called by the interpreter at every line once a run is to end for good.
+int raiseAtEveryLine(PyObject *, PyObject *, int what, PyObject *)
+{
+    constexpr int kCall = 0, kLine = 2;
+    if (what != kCall && what != kLine)
+        return 0;
+    py.PyErr_SetObject(*py.PyExc_KeyboardInterrupt, py._Py_NoneStruct);
+    return -1;
+}
+
 /// Drops an interrupt that came when the script had ended already.
 void dropLateInterrupt()
 {
     if (py.PyErr_CheckSignals() != 0)
         vxPyErr_Clear();
+}
+
+void endInterruptForGood()
+{
+    if (!std::exchange(raisesAtEveryLine, false))
+        return;
+    vxPyEval_SetTrace(nullptr, nullptr);
+    // One more may be on its way, which would hit the report of the first.
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    vxPyErr_Fetch(&type, &value, &traceback);
+    dropLateInterrupt();
+    py.PyErr_Restore(type, value, traceback);
 }
 
 void flushStreams()
@@ -132,12 +166,17 @@ ScriptRun::ScriptRun(const QString &undoName) : m_undoName(undoName)
             &ScriptRun::openGroups);
     ::sigaction(SIGINT, &pythonInterrupt, &ordinaryInterrupt);
     ++runDepth;
+    if (runObserver)
+        runObserver->scriptStarted();
 }
 
 ScriptRun::~ScriptRun()
 {
     if (--runDepth > 0)
         return;
+    if (runObserver)
+        runObserver->scriptEnded();
+    endInterruptForGood();
     ::sigaction(SIGINT, &ordinaryInterrupt, nullptr);
     dropLateInterrupt();
     flushStreams();
@@ -171,6 +210,25 @@ void ScriptRun::interrupt()
         ::pthread_kill(mainThread, interruptSignal());
 }
 
+void ScriptRun::interruptForGood()
+{
+    if (runDepth == 0)
+        return;
+    raisesAtEveryLine = true;
+    vxPyEval_SetTrace(raiseAtEveryLine, nullptr);
+    interrupt();
+}
+
+bool ScriptRun::isInterruptedForGood()
+{
+    return raisesAtEveryLine;
+}
+
+void ScriptRun::setObserver(RunObserver *observer)
+{
+    runObserver = observer;
+}
+
 const ScriptOutcome &ScriptRun::outcome()
 {
     return lastOutcome;
@@ -178,6 +236,8 @@ const ScriptOutcome &ScriptRun::outcome()
 
 void ScriptRun::reportPendingError()
 {
+    // Reporting may run lines of the script, such as its own sys.excepthook.
+    endInterruptForGood();
     // Printing SystemExit would end the program.
     if (py.PyErr_ExceptionMatches(*py.PyExc_SystemExit)) {
         lastOutcome.exitStatus = statusOfSystemExit();

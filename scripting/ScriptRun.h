@@ -11,6 +11,8 @@
 /// Compiles UTF-8 \a code under the file name \a label and runs it in the module "__main__". True when it ran
 /// to its end; an uncaught error is printed to sys.stderr. The lock of the interpreter must be held.
 bool vxRun_SimpleString(const char *code, const char *label);
+/// The same for one line as it is entered in an interactive session: the value of an expression is printed.
+bool vxRun_Line(const char *code, const char *label);
 
 namespace runebook {
 
@@ -23,6 +25,15 @@ struct ScriptOutcome {
 
     /// The exit status of a process that did nothing else.
     int processStatus() const { return exitStatus ? *exitStatus : hasFailed ? 1 : 0; }
+};
+
+/// Is told of runs, on the main thread with the lock of the interpreter held.
+class RunObserver
+{
+public:
+    virtual ~RunObserver() = default;
+    virtual void scriptStarted() = 0;
+    virtual void scriptEnded() = 0;
 };
 
 /// The lock of the interpreter, for one scope. On any thread.
@@ -49,6 +60,13 @@ public:
     /// Raises KeyboardInterrupt in the script that runs, wherever it is: in a loop, asleep, waiting for a
     /// lock, inside a regular expression. Does nothing when none runs. On any thread.
     static void interrupt();
+    /// Raises KeyboardInterrupt at every line that the script still enters, until the run ends, so that no
+    /// "except:" can go on for long. Main thread, the lock held.
+    static void interruptForGood();
+    /// True from then on until the error that ended the script is reported.
+    static bool isInterruptedForGood();
+    /// Not owned; null for none.
+    static void setObserver(RunObserver *observer);
     /// How the run on this thread stands so far, or how the last one ended.
     static const ScriptOutcome &outcome();
     /// Prints the pending error of the interpreter, or notes that the script ended itself.
@@ -63,6 +81,8 @@ private:
     std::vector<QPointer<UndoManager>> m_groups;
 };
 
+/// What the macro panel runs before the user's code. The lock must be held.
+void runPanelPrelude();
 /// Runs \a code as the macro panel does: its prelude, then the code under the label "macro panel". Does
 /// nothing without an interpreter.
 void runPanelCode(const QString &code);

@@ -83,6 +83,11 @@ void runOpenFile(std::FILE *file, const QByteArray &path)
 
 } // namespace
 
+void runPanelPrelude()
+{
+    vxRun_SimpleString(kPanelPrelude, "<internal>");
+}
+
 void runPanelCode(const QString &code)
 {
     if (!vxPyGILState_Ensure)
@@ -90,7 +95,7 @@ void runPanelCode(const QString &code)
     try {
         const PythonLock lock;
         const ScriptRun run(tr("Macro"));
-        vxRun_SimpleString(kPanelPrelude, "<internal>");
+        runPanelPrelude();
         if (code.contains(QChar(0))) {
             // The compiler reads up to the zero and would run half of the code.
             py.PyErr_SetString(*py.PyExc_ValueError, "source code string cannot contain null bytes");

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "scripting/ScriptRun.h"
+
+#include <QObject>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+class QWidget;
+
+namespace runebook {
+
+class HeldInput;
+
+/// Keeps windows alive while a script runs on their thread: output appears, windows repaint, Stop works. All
+/// other input waits for the end of the run, and none of the program's own work goes on in the middle of it.
+/// Main thread only.
+class RunPump : public QObject, private RunObserver
+{
+    Q_OBJECT
+public:
+    /// The pump of the program; idle until start().
+    static RunPump &shared();
+    ~RunPump() override;
+
+    /// Pumps during all runs from now on. For programs with windows; without them there is nothing to see.
+    void start();
+    /// Lets runs go on without it again.
+    void end();
+
+    /// Clicks on \a widget are answered during a run, too; for the buttons that stop it. Not owned, may go.
+    void addStopControl(QWidget *widget);
+    bool isRunning() const { return m_isRunning; }
+
+public Q_SLOTS:
+    /// Interrupts the run. When it goes on all the same, the next call interrupts it at every line that it
+    /// still enters, so that no "except:" holds it up for long. Ctrl+. and Escape twice do this as well.
+    void stop();
+
+Q_SIGNALS:
+    void runStarted();
+    void runEnded();
+    /// Some 30 times a second during a run, right before windows repaint.
+    void pumped();
+
+private:
+    RunPump();
+    void scriptStarted() override;
+    void scriptEnded() override;
+    void tick(std::thread::native_handle_type mainThread);
+    void pump();
+    static PyObject *pumpFromSignal(PyObject *, PyObject *);
+    static bool installSignal();
+
+    HeldInput *m_input; // owned as a child
+    bool m_isRunning = false;
+    bool m_isPumping = false;
+    int m_stops = 0;
+
+    std::thread m_ticker;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_isTicking = false;
+    std::chrono::steady_clock::time_point m_pumpedAt;
+};
+
+} // namespace runebook

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "scripting/panel/PromptHistory.h"
+
+#include <QLineEdit>
+
+namespace runebook {
+
+class CompletionPopup;
+
+/// One line of Python below the console: Return evaluates it in "__main__" and shows the value as an
+/// interactive session does. Up and Down walk through what was entered before, Tab completes names from live
+/// objects.
+class PromptLine : public QLineEdit
+{
+    Q_OBJECT
+public:
+    explicit PromptLine(QWidget *parent = nullptr);
+
+public Q_SLOTS:
+    /// Runs what is in the line, keeps it in the history and empties the line.
+    void submit();
+    /// Offers names for the one before the caret; takes it when there is only one.
+    void complete();
+
+Q_SIGNALS:
+    /// Before \a code runs.
+    void aboutToRun(const QString &code);
+    void hasRun();
+
+protected:
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+
+private:
+    bool handleHistoryKey(const QKeyEvent &event);
+    QString nameBeforeCaret() const;
+    void replaceName(const QString &name);
+    void narrowCompletions();
+
+    PromptHistory m_history;
+    CompletionPopup *m_popup; // owned as a child
+};
+
+} // namespace runebook

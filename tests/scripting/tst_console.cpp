@@ -1,0 +1,369 @@
+#include "platform/UserDefaults.h"
+#include "scripting/panel/ConsoleView.h"
+#include "tests/TestMain.h"
+
+#include <QClipboard>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTextBlock>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+using Kind = ConsoleView::Kind;
+
+class ConsoleTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void givesTextBackAsWritten_data();
+    void givesTextBackAsWritten();
+    void keepsTheNewestLines_data();
+    void keepsTheNewestLines();
+    void readsItsLimitFromTheDefaults();
+    void agreesWithASimpleModel();
+    void marksOncePerWrite();
+    void tellsAttributes();
+    void marksNothingWithoutABoldFont();
+    void staysWhereOneReads();
+    void keepsASelection();
+    void opensLinksByMouse();
+    void opensLinksByKeyboard();
+    void linksWhatInterpretersPrint_data();
+    void linksWhatInterpretersPrint();
+
+private:
+    QFont bold() const;
+    /// The links in order, as "text -> path:line".
+    QStringList links();
+
+    std::unique_ptr<ConsoleView> m_console;
+    QTemporaryDir m_folder;
+};
+
+QFont ConsoleTest::bold() const
+{
+    QFont font = m_console->consoleFont();
+    font.setBold(true);
+    return font;
+}
+
+void ConsoleTest::init()
+{
+    UserDefaults::standard().removeObjectForKey(u"VXConsoleLineLimit"_s);
+    m_console = std::make_unique<ConsoleView>();
+    m_console->resize(500, 200);
+    m_console->setEmphasisFont(bold());
+    m_console->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_console.get()));
+}
+
+QStringList ConsoleTest::links()
+{
+    QStringList found;
+    const QString text = m_console->string();
+    for (int i = 0; i < text.size();) {
+        TextRange range {i, 1};
+        const QVariantMap attributes = m_console->attributesAtIndex(i, &range);
+        const QStringList link = attributes.value(u"NSLink"_s).toStringList();
+        if (link.size() == 2)
+            found << text.mid(range.location, range.length) + " -> "_L1 + link.join(u':');
+        i = std::max(range.end(), i + 1);
+    }
+    return found;
+}
+
+void ConsoleTest::givesTextBackAsWritten_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("lines") << u"a\n\nb\n"_s;
+    QTest::newRow("no end") << u"a"_s;
+    QTest::newRow("returns") << u"10%\r20%\r\n30%\rdone\r\r\n"_s;
+    QTest::newRow("separators") << u"a\u2028b\u2029c\u00A0d\u0085e\tf"_s;
+    QTest::newRow("zero, escape") << QString(u"a\0b\x1b[0m"_s);
+    QTest::newRow("one line of a megabyte") << QString(1'000'000, u'x') + u"\nend"_s;
+    QTest::newRow("a long line of pairs") << QString::fromUtf8("a") + QString(u"\U0001F600"_s).repeated(9000);
+}
+
+void ConsoleTest::givesTextBackAsWritten()
+{
+    QFETCH(QString, text);
+    m_console->append(u">"_s, Kind::Output);
+    m_console->append(text, Kind::Output);
+    m_console->append(u"<"_s, Kind::Output);
+    const QString all = u'>' + text + u'<';
+    QCOMPARE(m_console->string(), all);
+    QCOMPARE(m_console->length(), all.size());
+    m_console->selectAll();
+    m_console->copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), all);
+    m_console->setSelectedRange({1, static_cast<int>(text.size())});
+    m_console->copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), text);
+    QCOMPARE(m_console->selectedRange(), (TextRange {1, static_cast<int>(text.size())}));
+    for (QTextBlock block = m_console->document()->begin(); block.isValid(); block = block.next())
+        QVERIFY(block.length() <= 4200); // or its layout would take seconds
+    m_console->clearText();
+    QCOMPARE(m_console->string(), QString());
+}
+
+void ConsoleTest::keepsTheNewestLines_data()
+{
+    QTest::addColumn<QStringList>("writes");
+    QTest::addColumn<QString>("kept");
+    QTest::newRow("few") << QStringList {u"1\n2\n"_s} << u"1\n2\n"_s;
+    QTest::newRow("one write") << QStringList {u"1\n2\n3\n4\n5\n"_s} << u"3\n4\n5\n"_s;
+    QTest::newRow("several") << QStringList {u"1\n"_s, u"2\n3"_s, u"\n4\n5"_s} << u"2\n3\n4\n5"_s;
+    QTest::newRow("a long line counts once") << QStringList {u"1\n2\n"_s, QString(10'000, u'x'), u"\n4\n"_s}
+                                             << u"2\n"_s + QString(10'000, u'x') + u"\n4\n"_s;
+    QTest::newRow("half of a long line is no line")
+        << QStringList {QString(10'000, u'x'), u"\n2\n3\n4\n"_s} << u"2\n3\n4\n"_s;
+}
+
+void ConsoleTest::keepsTheNewestLines()
+{
+    QFETCH(QStringList, writes);
+    QFETCH(QString, kept);
+    m_console->setLineLimit(3);
+    for (const bool atOnce : {true, false}) {
+        m_console->clearText();
+        for (const QString &text : writes) {
+            m_console->append(text, Kind::Output);
+            if (!atOnce)
+                m_console->showPending();
+        }
+        QCOMPARE(m_console->string(), kept);
+    }
+}
+
+void ConsoleTest::readsItsLimitFromTheDefaults()
+{
+    QString lines;
+    for (int i = 0; i < 100'010; ++i)
+        lines += QString::number(i) + u'\n';
+    m_console->append(lines, Kind::Output);
+    QCOMPARE(m_console->string().count(u'\n'), 100'000);
+    UserDefaults::standard().setObjectForKey(5, u"VXConsoleLineLimit"_s);
+    QCOMPARE(m_console->string(), u"100005\n100006\n100007\n100008\n100009\n"_s);
+    UserDefaults::standard().setObjectForKey(u"nonsense"_s, u"VXConsoleLineLimit"_s);
+    m_console->append(lines, Kind::Output);
+    QCOMPARE(m_console->string().count(u'\n'), 100'000);
+}
+
+void ConsoleTest::agreesWithASimpleModel()
+{
+    QRandomGenerator random(7);
+    m_console->setLineLimit(50);
+    QString model;
+    const QStringList pieces {
+        u"\n"_s,   u"word "_s,      u"\r\n"_s,           u"KeyError"_s,
+        u"\n\n"_s, u"\U0001F600"_s, QString(5000, u'y'), u"File \"<string>\", line 3\n"_s};
+    for (int i = 0; i < 2000; ++i) {
+        const QString piece = pieces[random.bounded(pieces.size())];
+        m_console->append(piece, Kind::Output);
+        model += QString(piece).replace("<string>"_L1, "<macro>"_L1);
+        if (random.bounded(4) == 0)
+            m_console->showPending();
+        if (random.bounded(10) > 0)
+            continue;
+        const QString text = m_console->string();
+        QVERIFY(model.endsWith(text));
+        QVERIFY(text.size() == model.size() || text.count(u'\n') == 50);
+        model = text;
+    }
+}
+
+void ConsoleTest::marksOncePerWrite()
+{
+    const auto marked = [this] {
+        QStringList words;
+        const QString text = m_console->string();
+        for (int i = 0; i < text.size();) {
+            TextRange range {i, 1};
+            if (m_console->attributesAtIndex(i, &range).value(u"NSFont"_s).value<QFont>().bold())
+                words << text.mid(range.location, range.length);
+            i = std::max(range.end(), i + 1);
+        }
+        return words;
+    };
+    m_console->append(u"KeyError: KeyError ValueError\n"_s, Kind::Error);
+    QCOMPARE(marked(), (QStringList {u"KeyError"_s, u"ValueError"_s}));
+    m_console->append(u"KeyError\n"_s, Kind::Output);
+    QCOMPARE(marked().size(), 3);
+    m_console->clearText();
+    // Large writes are marked in slices, and are one write all the same.
+    m_console->append(u"KeyError\n"_s.repeated(20'000) + u"TypeError Traceback (most recent call last):\n"_s,
+                      Kind::Output);
+    QCOMPARE(marked(), (QStringList {u"KeyError"_s, u"TypeError"_s, u"Traceback"_s}));
+}
+
+void ConsoleTest::tellsAttributes()
+{
+    m_console->append(u"so KeyError\n  File \"<string>\", line 4, in <module>\n"_s, Kind::Error);
+    QCOMPARE(m_console->string(), u"so KeyError\n  File \"<macro>\", line 4\n"_s);
+    const QVariantList plain = m_console->textStorage()->attributesAtIndexEffectiveRange(1);
+    QCOMPARE(plain[1].toList(), (QVariantList {0, 3}));
+    QCOMPARE(plain[0].toMap().value(u"NSFont"_s).value<QFont>(), m_console->consoleFont());
+    QCOMPARE(plain[0].toMap().value(u"NSColor"_s).value<QColor>(),
+             m_console->palette().color(QPalette::Text));
+    const QVariantMap error = m_console->textStorage()->attributesAtIndexEffectiveRange(5)[0].toMap();
+    QVERIFY(error.value(u"NSFont"_s).value<QFont>().bold());
+    QVERIFY(error.value(u"NSColor"_s).value<QColor>().red() > 200);
+    QCOMPARE(links(), QStringList {u"File \"<macro>\", line 4 -> <string>:4"_s});
+    const QVariantList outside = m_console->textStorage()->attributesAtIndexEffectiveRange(1000);
+    QVERIFY(outside[0].toMap().isEmpty());
+}
+
+void ConsoleTest::marksNothingWithoutABoldFont()
+{
+    m_console->setEmphasisFont(std::nullopt);
+    m_console->append(u"KeyError File \"<string>\", line 4\n"_s, Kind::Error);
+    QVERIFY(!m_console->attributesAtIndex(0, nullptr).value(u"NSFont"_s).value<QFont>().bold());
+    QCOMPARE(links().size(), 1);
+}
+
+void ConsoleTest::staysWhereOneReads()
+{
+    QScrollBar *bar = m_console->verticalScrollBar();
+    const auto write = [this](int count) {
+        static int number = 0;
+        for (int i = 0; i < count; ++i)
+            m_console->append(u"line %1 %2\n"_s.arg(number++).arg(QString(80, u'w')), Kind::Output);
+        m_console->showPending();
+        QTest::qWait(1);
+    };
+    m_console->setLineLimit(300);
+    write(200);
+    QCOMPARE(bar->value(), bar->maximum());
+    write(20);
+    QCOMPARE(bar->value(), bar->maximum());
+    bar->setValue(150);
+    QVERIFY(bar->value() < bar->maximum());
+    const auto firstLine = [this] { return m_console->cursorForPosition(QPoint(20, 10)).block().text(); };
+    const QString read = firstLine();
+    write(50);
+    QCOMPARE(firstLine(), read);
+    write(80); // lines above go
+    QVERIFY(!m_console->string().contains(u"line 0 "_s));
+    QCOMPARE(firstLine(), read);
+    bar->setValue(bar->maximum());
+    write(10);
+    QCOMPARE(bar->value(), bar->maximum());
+}
+
+void ConsoleTest::keepsASelection()
+{
+    m_console->append(u"chosen"_s, Kind::Output);
+    m_console->showPending();
+    m_console->selectAll();
+    m_console->append(u" more\n"_s, Kind::Output);
+    m_console->showPending();
+    QCOMPARE(m_console->textCursor().selectedText(), u"chosen"_s);
+}
+
+void ConsoleTest::opensLinksByMouse()
+{
+    QSignalSpy opened(m_console.get(), &ConsoleView::linkActivated);
+    m_console->append(u"ab File \"<string>\", line 12\nnext\n"_s, Kind::Error);
+    m_console->showPending();
+    QTextCursor cursor(m_console->document());
+    const auto pointAt = [&](int position) {
+        cursor.setPosition(position);
+        return m_console->cursorRect(cursor).center();
+    };
+    const int end = static_cast<int>(u"ab File \"<macro>\", line 12"_s.size());
+    struct Click {
+        QPoint place;
+        bool opens;
+    };
+    for (const Click &click :
+         {Click {pointAt(1), false}, Click {pointAt(3) + QPoint(2, 0), true},
+          Click {pointAt(end) - QPoint(3, 0), true}, Click {pointAt(end) + QPoint(6, 0), false},
+          Click {pointAt(end) + QPoint(60, 0), false}, Click {pointAt(end + 2), false}}) {
+        opened.clear();
+        QTest::mouseMove(m_console->viewport(), click.place);
+        QTest::mouseClick(m_console->viewport(), Qt::LeftButton, {}, click.place);
+        QCOMPARE(opened.size(), click.opens ? 1 : 0);
+        QCOMPARE(m_console->viewport()->cursor().shape(),
+                 click.opens ? Qt::PointingHandCursor : Qt::IBeamCursor);
+    }
+    QTest::mouseClick(m_console->viewport(), Qt::LeftButton, {}, pointAt(5));
+    QCOMPARE(opened.last(), (QVariantList {u"<string>"_s, u"12"_s}));
+}
+
+void ConsoleTest::opensLinksByKeyboard()
+{
+    QSignalSpy opened(m_console.get(), &ConsoleView::linkActivated);
+    m_console->append(u"File \"<string>\", line 1\nfiller\nFile \"<string>\", line 2\n"_s, Kind::Error);
+    m_console->showPending();
+    m_console->moveCursor(QTextCursor::Start);
+    const QList<std::pair<Qt::Key, QString>> steps {
+        {Qt::Key_Tab, u"1"_s}, {Qt::Key_Tab, u"2"_s}, {Qt::Key_Backtab, u"1"_s}};
+    for (const auto &[key, line] : steps) {
+        QTest::keyClick(m_console.get(), key);
+        QTest::keyClick(m_console.get(), Qt::Key_Return);
+        QCOMPARE(opened.last()[1].toString(), line);
+    }
+}
+
+void ConsoleTest::linksWhatInterpretersPrint_data()
+{
+    QTest::addColumn<QString>("python");
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QStringList>("expected");
+    const QList<std::pair<const char *, const char *>> interpreters {
+        {"3.9", "3.9.18"}, {"3.10", "3.10.13"}, {"3.11", "3.11.7"}};
+    for (const auto &[label, folder] : interpreters) {
+        const QString python = QString::fromLocal8Bit(qgetenv("RUNEBOOK_REAL_HOME")) + "/.pyenv/versions/"_L1
+            + QLatin1StringView(folder) + "/bin/python3"_L1;
+        const auto row = [&](const char *what, const char *script, const QStringList &expected) {
+            QTest::addRow("%s, %s", label, what) << python << QString::fromLatin1(script) << expected;
+        };
+        row("saved file", "x = 1\nx.y\n", {u"File \"script.py\", line 2 -> SCRIPT:2"_s});
+        row("module beside it", "import beside\nbeside.fail()\n",
+            {u"File \"script.py\", line 2 -> SCRIPT:2"_s, u"File \"beside.py\", line 2 -> BESIDE:2"_s});
+        row("syntax error", "x = 1\ny = )\n", {u"File \"script.py\", line 2 -> SCRIPT:2"_s});
+        row("chained", "try:\n    1 / 0\nexcept Exception as e:\n    raise KeyError from e\n",
+            {u"File \"script.py\", line 2 -> SCRIPT:2"_s, u"File \"script.py\", line 4 -> SCRIPT:4"_s});
+        row("panel code", "exec(compile('\\n\\nmissing', 'macro panel', 'exec'))\n",
+            {u"File \"script.py\", line 1 -> SCRIPT:1"_s, u"File \"<macro>\", line 3 -> <string>:3"_s});
+    }
+}
+
+void ConsoleTest::linksWhatInterpretersPrint()
+{
+    QFETCH(QString, python);
+    QFETCH(QString, script);
+    QFETCH(QStringList, expected);
+    if (!QFile::exists(python))
+        QSKIP("this Python is not installed here");
+    const auto write = [this](const QString &name, const QString &text) {
+        QFile file(m_folder.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0 ? file.fileName() : QString();
+    };
+    const QString path = write(u"script.py"_s, script);
+    const QString beside = write(u"beside.py"_s, u"def fail():\n    raise ValueError('no')\n"_s);
+    QProcess process;
+    process.start(python, {path});
+    QVERIFY(process.waitForFinished());
+    // Line by line, as the interpreter writes.
+    for (const QString &line : QString::fromUtf8(process.readAllStandardError()).split(u'\n'))
+        m_console->append(line + u'\n', Kind::Error);
+    expected.replaceInStrings("SCRIPT"_L1, path).replaceInStrings("BESIDE"_L1, beside);
+    QCOMPARE(links(), expected);
+    QVERIFY(!m_console->string().contains(u"<module>"_s));
+}
+
+int main(int argc, char *argv[])
+{
+    qputenv("RUNEBOOK_REAL_HOME", qgetenv("HOME"));
+    const QTemporaryDir home;
+    runebook::useTestHome(home.path());
+    QApplication app(argc, argv);
+    ConsoleTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_console.moc"

@@ -1,0 +1,422 @@
+#include "platform/CallLater.h"
+#include "platform/StandardFolders.h"
+#include "scripting/LiveCompletion.h"
+#include "scripting/RunPump.h"
+#include "scripting/ScriptConsole.h"
+#include "scripting/VXScriptingHandler.h"
+#include "scripting/panel/ConsoleView.h"
+#include "scripting/panel/PromptLine.h"
+#include "tests/TestMain.h"
+
+#include <QCloseEvent>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+#include <QSignalSpy>
+#include <QTextBlock>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWindow>
+#include <thread>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+QT_BEGIN_NAMESPACE
+Q_GUI_EXPORT void qt_handleKeyEvent(QWindow *window, QEvent::Type type, int key,
+                                    Qt::KeyboardModifiers modifiers, const QString &text, bool isRepeated,
+                                    ushort count);
+QT_END_NAMESPACE
+
+/// A window with a console, a field and a button, as the panel has them.
+class Panel final : public QWidget, public ScriptConsole
+{
+public:
+    Panel() : console(new ConsoleView), field(new QLineEdit), button(new QPushButton)
+    {
+        auto *column = new QVBoxLayout(this);
+        for (QWidget *widget : std::initializer_list<QWidget *> {console, field, button})
+            column->addWidget(widget);
+        connect(&RunPump::shared(), &RunPump::pumped, console, &ConsoleView::showPending);
+    }
+    void setWrite(const QString &text) override { console->append(text, ConsoleView::Kind::Output); }
+    void setWriteError(const QString &text) override { console->append(text, ConsoleView::Kind::Error); }
+
+    ConsoleView *console;
+    QLineEdit *field;
+    QPushButton *button;
+};
+
+/// Runs in the interpreter of this very process, with a window that is shown.
+class RunPumpTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void showsOutputWhileAScriptRuns_data();
+    void showsOutputWhileAScriptRuns();
+    void keepsInputForTheEnd();
+    void keepsOwnWorkForTheEnd();
+    void stops_data();
+    void stops();
+    void stopsScriptsThatRefuse_data();
+    void stopsScriptsThatRefuse();
+    void answersTheStopButton();
+    void tellsOfRuns();
+    void evaluatesLines_data();
+    void evaluatesLines();
+    void remembersLines();
+    void completesLiveNames_data();
+    void completesLiveNames();
+    void completesNothingDuringRuns();
+    void runsNoCodeForCompletion();
+    void completesInThePrompt();
+
+private:
+    /// Presses a key as soon as the event loop turns. On any thread.
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString &text = {});
+    void run(const QString &code) { VXScriptingHandler::sharedHandler()->runMacroString(code); }
+
+    std::unique_ptr<Panel> m_panel;
+};
+
+void RunPumpTest::initTestCase()
+{
+    StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
+    VXScriptingHandler::sharedHandler();
+    if (!VXScriptingHandler::isPythonRunning())
+        QSKIP("no supported Python on this machine");
+    RunPump::shared().start();
+}
+
+void RunPumpTest::init()
+{
+    m_panel = std::make_unique<Panel>();
+    m_panel->resize(400, 300);
+    m_panel->show();
+    m_panel->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_panel.get()));
+    m_panel->field->setFocus();
+    setScriptConsole(m_panel.get());
+}
+
+void RunPumpTest::cleanup()
+{
+    setScriptConsole(nullptr);
+    m_panel.reset();
+}
+
+void RunPumpTest::press(int key, Qt::KeyboardModifiers modifiers, const QString &text)
+{
+    QMetaObject::invokeMethod(
+        this,
+        [=, this] {
+            qt_handleKeyEvent(m_panel->windowHandle(), QEvent::KeyPress, key, modifiers, text, false, 1);
+            qt_handleKeyEvent(m_panel->windowHandle(), QEvent::KeyRelease, key, modifiers, text, false, 1);
+        },
+        Qt::QueuedConnection);
+}
+
+void RunPumpTest::showsOutputWhileAScriptRuns_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::newRow("loop") << u"while time.time() < end: pass"_s;
+    QTest::newRow("sleep") << u"time.sleep(0.4)"_s;
+    QTest::newRow("lock") << u"import threading; l = threading.Lock(); l.acquire(); l.acquire(timeout=0.4)"_s;
+    QTest::newRow("regular expression")
+        << u"import re\nwhile time.time() < end: re.match('(a+)+$', 'a' * 22 + 'b')"_s;
+}
+
+void RunPumpTest::showsOutputWhileAScriptRuns()
+{
+    QFETCH(QString, code);
+    // What is on the screen, seen from the paint events.
+    struct Watch : QObject {
+        explicit Watch(ConsoleView &view) : console(view) { view.viewport()->installEventFilter(this); }
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            if (event->type() == QEvent::Paint && RunPump::shared().isRunning()
+                && console.document()->firstBlock().text() == u"early"_s)
+                ++paints;
+            return false;
+        }
+        ConsoleView &console;
+        int paints = 0;
+    } watch(*m_panel->console);
+    run(u"import time; print('early'); end = time.time() + 0.4\n"_s + code);
+    QVERIFY(watch.paints > 0);
+    QCOMPARE(m_panel->console->string(), u"early\n"_s);
+}
+
+void RunPumpTest::keepsInputForTheEnd()
+{
+    const QShortcut shortcut(QKeySequence(u"Ctrl+K"_s), m_panel.get());
+    QSignalSpy clicked(&shortcut, &QShortcut::activated);
+    press(Qt::Key_A, Qt::NoModifier, u"a"_s);
+    press(Qt::Key_K, Qt::ControlModifier);
+    press(Qt::Key_B, Qt::NoModifier, u"b"_s);
+    QPointer<QWidget> gone = new QWidget;
+    gone->deleteLater();
+    const QMetaObject::Connection look = connect(&RunPump::shared(), &RunPump::pumped, this, [&] {
+        QVERIFY(m_panel->field->text().isEmpty());
+        QVERIFY(clicked.isEmpty() && gone && m_panel->isVisible());
+    });
+    QCoreApplication::postEvent(m_panel->windowHandle(), new QCloseEvent);
+    run(u"import time; time.sleep(0.2)"_s);
+    disconnect(look);
+    QTRY_COMPARE(m_panel->field->text(), u"ab"_s);
+    QCOMPARE(clicked.size(), 1);
+    QTRY_VERIFY(!gone && !m_panel->isVisible());
+}
+
+void RunPumpTest::keepsOwnWorkForTheEnd()
+{
+    QStringList done;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&done] { done << u"timer"_s; });
+    timer.start(20);
+    callLater(this, [&done] { done << u"later"_s; });
+    int doneDuringRun = 0;
+    int pumps = 0;
+    const QMetaObject::Connection look = connect(&RunPump::shared(), &RunPump::pumped, this, [&] {
+        doneDuringRun += static_cast<int>(done.size());
+        ++pumps;
+    });
+    run(u"import time; time.sleep(0.3)"_s);
+    disconnect(look);
+    QVERIFY(pumps >= 3);
+    QCOMPARE(doneDuringRun, 0);
+    QTRY_VERIFY(done.contains(u"later"_s) && done.contains(u"timer"_s));
+}
+
+void RunPumpTest::stops_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<bool>("byEscape");
+    QTest::newRow("loop") << u"while True: pass"_s << false;
+    QTest::newRow("sleep") << u"import time; time.sleep(60)"_s << false;
+    QTest::newRow("regular expression") << u"import re; re.match('(a+)+$', 'a' * 60 + 'b')"_s << false;
+    QTest::newRow("printing, Escape twice") << u"while True: print('x')"_s << true;
+}
+
+void RunPumpTest::stops()
+{
+    QFETCH(QString, code);
+    QFETCH(bool, byEscape);
+    QElapsedTimer sinceStop;
+    std::thread user([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        sinceStop.start();
+        if (byEscape) {
+            press(Qt::Key_Escape);
+            press(Qt::Key_Escape);
+        } else {
+            press(Qt::Key_Period, Qt::ControlModifier);
+        }
+    });
+    run(code);
+    user.join();
+    const qint64 tookMs = sinceStop.elapsed();
+    const QString text = m_panel->console->string();
+    QVERIFY2(text.contains(u"File \"<macro>\", line 1"_s), qPrintable(text.right(300)));
+    QVERIFY(text.endsWith(u"KeyboardInterrupt\n"_s));
+    // Not the figure, which benchmarks watch: here only that it was Stop that ended it.
+    QVERIFY2(tookMs < 5000, qPrintable(QString::number(tookMs)));
+}
+
+void RunPumpTest::stopsScriptsThatRefuse_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::newRow("bare except") << u"import time\nwhile True:\n    try: time.sleep(60)\n    except: pass"_s;
+    QTest::newRow("except that works") << u"import time\nwhile True:\n    try:\n        while True: pass\n"
+                                          "    except BaseException as e:\n        time.sleep(0.01)\n"_s;
+    QTest::newRow("interrupts ignored") << u"import signal, time\n"
+                                           "signal.signal(signal.SIGINT, signal.SIG_IGN)\n"
+                                           "while True: time.sleep(60)\n"_s;
+}
+
+void RunPumpTest::stopsScriptsThatRefuse()
+{
+    QFETCH(QString, code);
+    std::atomic<bool> isDone = false;
+    std::thread user([&] {
+        while (!isDone) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(150));
+            if (!isDone)
+                press(Qt::Key_Period, Qt::ControlModifier);
+        }
+    });
+    run(code);
+    isDone = true;
+    user.join();
+    QVERIFY2(m_panel->console->string().contains(u"KeyboardInterrupt"_s),
+             qPrintable(m_panel->console->string()));
+    run(u"import signal; signal.signal(signal.SIGINT, signal.default_int_handler); x = 1\n"
+        "def f():\n    return 5\nprint('again', f())"_s);
+    QVERIFY(m_panel->console->string().endsWith(u"again 5\n"_s));
+}
+
+void RunPumpTest::answersTheStopButton()
+{
+    RunPump &pump = RunPump::shared();
+    pump.addStopControl(m_panel->button);
+    const auto connection = connect(m_panel->button, &QPushButton::clicked, &pump, &RunPump::stop);
+    const QPoint place = m_panel->button->mapTo(m_panel.get(), m_panel->button->rect().center());
+    bool isClicked = false;
+    connect(&pump, &RunPump::pumped, m_panel.get(), [&] {
+        if (!std::exchange(isClicked, true))
+            QMetaObject::invokeMethod(
+                this, [&] { QTest::mouseClick(m_panel->windowHandle(), Qt::LeftButton, {}, place); },
+                Qt::QueuedConnection);
+    });
+    run(u"while True: pass"_s);
+    disconnect(connection);
+    QVERIFY(m_panel->console->string().endsWith(u"KeyboardInterrupt\n"_s));
+}
+
+void RunPumpTest::tellsOfRuns()
+{
+    RunPump &pump = RunPump::shared();
+    QSignalSpy started(&pump, &RunPump::runStarted), ended(&pump, &RunPump::runEnded);
+    run(u"pass"_s);
+    QCOMPARE(started.size(), 1);
+    QCOMPARE(ended.size(), 1);
+    QVERIFY(!pump.isRunning());
+    pump.end();
+    run(u"import time; time.sleep(0.1)"_s);
+    pump.start();
+    QCOMPARE(started.size(), 1);
+}
+
+void RunPumpTest::evaluatesLines_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("value") << u"1 + 1"_s << u">>> 1 + 1\n2\n"_s;
+    QTest::newRow("text") << u"'a' 'b'"_s << u">>> 'a' 'b'\n'ab'\n"_s;
+    QTest::newRow("None") << u"None"_s << u">>> None\n"_s;
+    QTest::newRow("statement") << u"prompted = 5"_s << u">>> prompted = 5\n"_s;
+    QTest::newRow("the name of before") << u" prompted"_s << u">>>  prompted\n5\n"_s;
+    QTest::newRow("last value") << u"_ * 2"_s << u">>> _ * 2\n10\n"_s;
+    QTest::newRow("compound") << u"for i in (1, 2): i"_s << u">>> for i in (1, 2): i\n1\n2\n"_s;
+    QTest::newRow("error") << u"1 / 0"_s
+                           << u">>> 1 / 0\nTraceback (most recent call last):\n  File \"<prompt>\", line 1\n"
+                              "ZeroDivisionError: division by zero\n"_s;
+}
+
+void RunPumpTest::evaluatesLines()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, shown);
+    PromptLine prompt;
+    QTest::keyClicks(&prompt, line);
+    QTest::keyClick(&prompt, Qt::Key_Return);
+    QCOMPARE(m_panel->console->string(), shown);
+    QVERIFY(prompt.text().isEmpty());
+}
+
+void RunPumpTest::remembersLines()
+{
+    {
+        PromptLine prompt;
+        for (const auto line : {"first = 1"_L1, "second = 2"_L1, "second = 2"_L1}) {
+            QTest::keyClicks(&prompt, line);
+            QTest::keyClick(&prompt, Qt::Key_Return);
+        }
+    }
+    PromptLine prompt; // as after a restart
+    QTest::keyClicks(&prompt, u"draft"_s);
+    const QList<std::pair<Qt::Key, QString>> walk {{Qt::Key_Up, u"second = 2"_s},
+                                                   {Qt::Key_Up, u"first = 1"_s},
+                                                   {Qt::Key_Down, u"second = 2"_s},
+                                                   {Qt::Key_Down, u"draft"_s},
+                                                   {Qt::Key_Down, u"draft"_s}};
+    for (const auto &[key, text] : walk) {
+        QTest::keyClick(&prompt, key);
+        QCOMPARE(prompt.text(), text);
+    }
+}
+
+void RunPumpTest::completesLiveNames_data()
+{
+    QTest::addColumn<QString>("partial");
+    QTest::addColumn<QStringList>("found");
+    QTest::newRow("global") << u"liv"_s << QStringList {u"live"_s, u"liveClass"_s};
+    QTest::newRow("builtin") << u"isinst"_s << QStringList {u"isinstance"_s};
+    QTest::newRow("own and class") << u"live.a"_s
+                                   << QStringList {u"live.alone"_s, u"live.also"_s, u"live.answer"_s};
+    QTest::newRow("two deep") << u"live.alone.sta"_s << QStringList {u"live.alone.startswith"_s};
+    QTest::newRow("slot") << u"slotted.held.up"_s << QStringList {u"slotted.held.upper"_s};
+    QTest::newRow("class") << u"liveClass.al"_s << QStringList {u"liveClass.also"_s};
+    QTest::newRow("module") << u"os.path.basen"_s << QStringList {u"os.path.basename"_s};
+    QTest::newRow("underscore when typed") << u"live._h"_s << QStringList {u"live._hidden"_s};
+    QTest::newRow("not through a property") << u"live.answer."_s << QStringList();
+    QTest::newRow("unknown") << u"nobody.x"_s << QStringList();
+    QTest::newRow("bridged") << u"glyph.setProduc"_s
+                             << QStringList {u"glyph.setProduction"_s, u"glyph.setProduction_"_s};
+    QTest::newRow("__dict__ of its own") << u"liar.tru"_s << QStringList {u"liar.truth"_s};
+}
+
+void RunPumpTest::completesLiveNames()
+{
+    QFETCH(QString, partial);
+    QFETCH(QStringList, found);
+    run(u"import os\nran = []\n"
+        "class liveClass:\n"
+        "    also = 1\n    _hidden = 2\n"
+        "    def __init__(self): self.alone = 'text'\n"
+        "    @property\n    def answer(self): ran.append('property'); return 'x'\n"
+        "    def __getattr__(self, name): ran.append(name); raise AttributeError\n"
+        "    def __getattribute__(self, name): ran.append(name); return object.__getattribute__(self, name)\n"
+        "class Slotted:\n    __slots__ = 'held',\n"
+        "class Liar:\n    truth = 1\n    @property\n    def __dict__(self): ran.append('dict'); return "
+        "{'lie': 1}\n"
+        "live = liveClass(); slotted = Slotted(); slotted.held = 'a'; glyph = newInfo('a'); liar = Liar()\n"
+        "ran.clear()"_s);
+    QCOMPARE(liveCompletions(partial), found);
+    run(u"print(ran)"_s);
+    QCOMPARE(m_panel->console->string(), u"[]\n"_s);
+}
+
+void RunPumpTest::completesNothingDuringRuns()
+{
+    QStringList found {u"not asked"_s};
+    connect(&RunPump::shared(), &RunPump::pumped, m_panel.get(),
+            [&found] { found = liveCompletions(u"prin"_s); });
+    run(u"import time; time.sleep(0.2)"_s);
+    QCOMPARE(found, QStringList());
+    QCOMPARE(liveCompletions(u"prin"_s), QStringList {u"print"_s});
+}
+
+void RunPumpTest::runsNoCodeForCompletion()
+{
+    // A thread of a script that keeps the interpreter to itself: the answer is none, and soon.
+    run(u"import threading, re, time\n"
+        "def hog():\n    re.match('(a+)+$', 'a' * 25 + 'b')\n    free.append(1)\n"
+        "free = []\nthreading.Thread(target=hog).start()\n"_s);
+    const QStringList found = liveCompletions(u"prin"_s);
+    QVERIFY(found.isEmpty() || found == QStringList {u"print"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(liveCompletions(u"prin"_s), QStringList {u"print"_s}, 30000);
+}
+
+void RunPumpTest::completesInThePrompt()
+{
+    run(u"unmistakable = 'text'"_s);
+    PromptLine prompt;
+    prompt.show();
+    QTest::keyClicks(&prompt, u"print(unmis"_s);
+    QTest::keyClick(&prompt, Qt::Key_Tab);
+    QCOMPARE(prompt.text(), u"print(unmistakable"_s);
+    QTest::keyClicks(&prompt, u".spl"_s);
+    QTest::keyClick(&prompt, Qt::Key_Tab); // split and splitlines
+    QCOMPARE(prompt.text(), u"print(unmistakable.split"_s);
+    QTest::keyClick(&prompt, Qt::Key_Down);
+    QTest::keyClick(&prompt, Qt::Key_Tab);
+    QCOMPARE(prompt.text(), u"print(unmistakable.splitlines"_s);
+}
+
+RUNEBOOK_TEST_MAIN(RunPumpTest)
+#include "tst_runpump.moc"
