@@ -5,6 +5,8 @@
 #include <QFileSystemWatcher>
 #include <QGuiApplication>
 #include <QPointer>
+#include <QThreadPool>
+#include <memory>
 
 namespace runebook {
 
@@ -28,6 +30,14 @@ std::optional<quint64> hashInState(const QString &path, const FileState &state)
 {
     const std::optional<quint64> hash = contentHash(path);
     return FileState::of(path) == state ? hash : std::nullopt;
+}
+
+using Hash = std::optional<quint64>;
+
+Hash valueWithin(const std::shared_future<Hash> &hash, std::chrono::seconds patience)
+{
+    const bool isReady = hash.valid() && hash.wait_for(patience) == std::future_status::ready;
+    return isReady ? hash.get() : std::nullopt;
 }
 
 bool isInFront()
@@ -66,6 +76,8 @@ void FileWatch::watch(const QString &path, const FileState &known)
 {
     if (QFileSystemWatcher *shared = watcher(); shared && !m_path.isEmpty() && path != m_path)
         shared->removePath(m_path);
+    if (path == m_path && known == m_known && m_change == Change::None && m_seen == known)
+        return;
     m_path = path;
     m_known = known;
     m_seen = known;
@@ -93,16 +105,16 @@ void FileWatch::startHash()
 {
     if (!m_known.exists)
         return;
-    try {
-        m_hash = std::async(std::launch::async, hashInState, m_path, m_known).share();
-    } catch (const std::exception &) {
-        // Without a thread to spare a touched file will count as changed.
-    }
+    // Not by std::async: whoever lets go of its result has to wait for it.
+    auto promise = std::make_shared<std::promise<std::optional<quint64>>>();
+    m_hash = promise->get_future().share();
+    QThreadPool::globalInstance()->start(
+        [promise, path = m_path, state = m_known] { promise->set_value(hashInState(path, state)); });
 }
 
 std::optional<quint64> FileWatch::knownHash()
 {
-    return m_hash.valid() ? m_hash.get() : std::nullopt;
+    return valueWithin(m_hash, std::chrono::seconds(0));
 }
 
 void FileWatch::arm()
@@ -152,7 +164,7 @@ FileWatch::Change FileWatch::compare(const FileState &now)
     if (!now.exists)
         return Change::Removed;
     if (m_known.exists && now.size == m_known.size) {
-        const std::optional<quint64> hash = knownHash();
+        const std::optional<quint64> hash = valueWithin(m_hash, std::chrono::seconds(2));
         if (hash && contentHash(m_path) == hash) {
             m_known = now;
             return Change::None;
