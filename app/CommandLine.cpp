@@ -53,7 +53,10 @@ CommandLine parseCommandLine(const QStringList &arguments)
         u"script"_s);
     const QCommandLineOption eval(u"eval"_s, tr("The same with code instead of a script file."), u"code"_s);
     const QCommandLineOption save(u"save"_s, tr("With --run and --eval: write the files that were changed."));
-    parser.addOptions({help, version, compare, key, json, run, eval, save});
+    const QCommandLineOption newInstance(
+        u"new-instance"_s,
+        tr("Start on its own, even when Runebook runs already; the files would go to it."));
+    parser.addOptions({help, version, compare, key, json, run, eval, save, newInstance});
 
     CommandLine line;
     if (!parser.parse(arguments))
@@ -61,6 +64,7 @@ CommandLine parseCommandLine(const QStringList &arguments)
     line.files = parser.positionalArguments();
     line.compareKey = parser.value(key);
     line.asJson = parser.isSet(json);
+    line.startsNewInstance = parser.isSet(newInstance);
     if (parser.isSet(help)) {
         line.mode = CommandLine::Mode::Help;
         line.message = parser.helpText();

@@ -15,6 +15,7 @@ struct CommandLine {
     QString script; ///< path of a script file; or
     QString code; ///< code to run
     bool savesFiles = false;
+    bool startsNewInstance = false; ///< even when the program runs already
     QString message; ///< for Help, Version and Wrong: what to print
 };
 

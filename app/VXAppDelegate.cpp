@@ -1,54 +1,49 @@
 #include "app/VXAppDelegate.h"
 
-#include "document/VXDocument.h"
+#include "app/AboutBox.h"
+#include "app/FileOpener.h"
+#include "app/Session.h"
+#include "app/VXApplication.h"
+#include "app/VXChangeLogWindowController.h"
+#include "app/VXPreferencesController.h"
+#include "editing/RecoveryPanel.h"
 #include "editing/VXCompareDataWindow.h"
-#include "editing/VXFindReplaceWindowController.h"
-#include "editing/VXSearchField.h"
-#include "editing/VXWindowController.h"
-#include "model/VXArrayToStringTransformator.h"
-#include "model/VXDirectionToIndexValueTransformer.h"
-#include "platform/Appearance.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
-#include "platform/Error.h"
-#include "platform/MainMenu.h"
-#include "platform/PlainText.h"
-#include "scripting/bridge/BridgedClass.h"
-#include "scripting/bridge/ScriptApplication.h"
+#include "platform/StandardFolders.h"
+#include "platform/UserDefaults.h"
+#include "scripting/VXScriptingHandler.h"
+#include "scripting/panel/VXMacroWindowController.h"
 
-#include <QApplication>
-#include <QMenu>
-#include <QMessageBox>
-#include <QStyle>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QUrl>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
 
-VXAppDelegate::VXAppDelegate(QObject *parent) : QObject(parent)
+// What the delegate does for the user; how it is set up stands in VXAppDelegateSetup.cpp.
+
+namespace {
+
+const QString kShowMacroPanel = u"showMacroPanel"_s;
+const QString kRestoreWindows = u"VXRestoreWindows"_s;
+constexpr int kUpdateDelayMs = 3'000;
+
+QWidget *frontWindow()
 {
-    initialize();
-    registerDocuments();
-    contributeToMenus();
-    presentErrors();
-    introduceToScripts();
+    const QList<Document *> &documents = DocumentController::shared().documentList();
+    return documents.isEmpty() ? nullptr : documents.front()->windowController();
 }
+
+} // namespace
 
 VXAppDelegate::~VXAppDelegate()
 {
     delete m_compareWindow;
+    delete m_changeLogWindow;
+    delete m_preferencesController;
     DocumentController::shared().releaseAll();
-}
-
-void VXAppDelegate::initialize()
-{
-    static const bool once = [] {
-        ValueTransformer::setForName(u"arrayToStringTransformator"_s,
-                                     std::make_unique<VXArrayToStringTransformator>());
-        ValueTransformer::setForName(u"directionToIndexTransformer"_s,
-                                     std::make_unique<VXDirectionToIndexValueTransformer>());
-        return true;
-    }();
-    Q_UNUSED(once)
 }
 
 QString VXAppDelegate::applicationName()
@@ -56,80 +51,97 @@ QString VXAppDelegate::applicationName()
     return u"Runebook"_s;
 }
 
-void VXAppDelegate::registerDocuments()
+// Start and end
+
+void VXAppDelegate::openAtStart(const QStringList &paths)
 {
     DocumentController &controller = DocumentController::shared();
-    controller.addType({u"public.xml"_s, {u"xml"_s}, tr("Glyph data files")});
-    controller.addType({u"public.plain-text"_s, {u"txt"_s}, tr("Tab-separated tables")});
-    controller.setDocumentFactory([] { return new VXDocument; });
-    controller.setWindowMaker([](Document &document) -> QWidget * {
-        auto *window = new VXWindowController(static_cast<VXDocument &>(document));
-        window->setAttribute(Qt::WA_DeleteOnClose, false);
-        window->show();
-        return window;
-    });
+    const bool restores = paths.isEmpty() && UserDefaults::standard().boolForKey(kRestoreWindows);
+    if (restores)
+        Session::restore();
+    m_fileOpener->open(paths);
+    if (!m_fileOpener->isOpening() && controller.documentList().isEmpty())
+        controller.openUntitledDocumentAndDisplay(true);
+    warnOfDamagedDefaults();
 }
 
-void VXAppDelegate::introduceToScripts()
+void VXAppDelegate::startScripting()
 {
-    ScriptApplication::shared().setDelegate(this);
-    // Known by name before a script has met the first one.
-    bridge::BridgedClass::registerClass(VXWindowController::staticMetaObject);
-    bridge::BridgedClass::registerClass(RSRTVArrayController::staticMetaObject);
-    bridge::BridgedClass::registerClass(VXSearchField::staticMetaObject);
-    bridge::BridgedClass::registerClass(VXCompareDataWindow::staticMetaObject);
-    bridge::BridgedClass::registerClass(VXFindReplaceWindowController::staticMetaObject);
-}
-
-void VXAppDelegate::contributeToMenus()
-{
-    MainMenu::addContribution(MainMenu::File, [this](QMenu &menu, QWidget &) {
-        QAction *quit = menu.addAction(tr("&Quit"), this, &VXAppDelegate::terminate);
-        quit->setShortcut(QKeySequence::Quit);
-        quit->setMenuRole(QAction::QuitRole);
-    });
-    MainMenu::addContribution(MainMenu::Window, [this](QMenu &menu, QWidget &) {
-        QAction *compare = menu.addAction(tr("&Compare Data"), this, &VXAppDelegate::showCompareWindow);
-        compare->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
-    });
-    MainMenu::addContribution(MainMenu::Help, [this](QMenu &menu, QWidget &window) {
-        QAction *about = menu.addAction(tr("&About Runebook"), this, [this, &window] { showAbout(&window); });
-        about->setMenuRole(QAction::AboutRole);
-    });
-}
-
-void VXAppDelegate::presentErrors()
-{
-    // Reports of a reading come in a row: they are gathered and shown in the front window's message bar.
-    auto *pending = new QStringList;
-    connect(this, &QObject::destroyed, [pending] { delete pending; });
-    connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, this, [pending, this](const Error &error) {
-        constexpr qsizetype kShown = 20;
-        if (pending->isEmpty()) {
-            QTimer::singleShot(0, this, [pending] {
-                const QStringList texts = std::exchange(*pending, {});
-                QObject *document = DocumentController::shared().currentDocument();
-                auto *current = qobject_cast<VXDocument *>(document);
-                if (current && current->windowController())
-                    QMetaObject::invokeMethod(current->windowController(), "showMessage",
-                                              Q_ARG(QString, texts.join(u'\n')));
-            });
-        }
-        if (pending->size() < kShown)
-            *pending << error.text();
-    });
+    VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
+    handler->setMacroPanelController(m_macroPanelController);
+    connect(handler, &VXScriptingHandler::unsupportedPythonStarted, this, &VXAppDelegate::showPythonWarning,
+            Qt::UniqueConnection);
 }
 
 void VXAppDelegate::applicationDidFinishLaunching()
 {
-    Appearance::shared().apply();
+    startScripting();
+    if (UserDefaults::standard().boolForKey(kShowMacroPanel))
+        m_macroPanelController->showPanelBehind();
+    VXScriptingHandler::sharedHandler()->setupScriptMenu();
+    RecoveryPanel::offer();
+    auto *application = qobject_cast<VXApplication *>(qApp);
+    if (application && application->updater()->automaticallyChecksForUpdates())
+        QTimer::singleShot(kUpdateDelayMs, application->updater(), &SUUpdater::checkForUpdatesInBackground);
 }
 
-void VXAppDelegate::openAtStart(const QStringList &paths)
+void VXAppDelegate::terminate()
 {
-    DocumentPanels::openFiles(paths, nullptr);
-    if (DocumentController::shared().documentList().isEmpty())
-        DocumentController::shared().openUntitledDocumentAndDisplay(true);
+    if (std::exchange(m_isTerminating, true))
+        return;
+    const QVariantList windows = Session::capture();
+    DocumentPanels::closeAll([this, windows](bool closed) {
+        m_isTerminating = false;
+        if (!closed)
+            return;
+        Session::store(windows);
+        m_isSessionKept = true;
+        if (m_macroPanelController->isWindowLoaded())
+            m_macroPanelController->saveMacroTabs();
+        QApplication::quit();
+    });
+}
+
+void VXAppDelegate::openFromElsewhere(const QStringList &paths)
+{
+    m_fileOpener->open(paths);
+    if (QWidget *window = frontWindow()) {
+        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+        window->raise();
+        window->activateWindow();
+    }
+}
+
+bool VXAppDelegate::keepForNextStart()
+{
+    Session::store(Session::capture());
+    m_isSessionKept = true;
+    bool isKept = true;
+    for (Document *document : DocumentController::shared().documentList()) {
+        document->commitEditing();
+        isKept = document->autosave() && isKept;
+    }
+    if (m_macroPanelController->isWindowLoaded())
+        m_macroPanelController->saveMacroTabs();
+    UserDefaults::standard().synchronize();
+    return isKept;
+}
+
+// Windows
+
+QObject *VXAppDelegate::macroPanelController() const
+{
+    return m_macroPanelController;
+}
+
+void VXAppDelegate::showMacroPanel()
+{
+    const bool hides = m_macroPanelController->isReallyVisible() && m_macroPanelController->isKeyWindow();
+    UserDefaults::standard().setObjectForKey(!hides, kShowMacroPanel);
+    if (hides)
+        m_macroPanelController->hidePanel();
+    else
+        m_macroPanelController->showPanel();
 }
 
 QObject *VXAppDelegate::compareWindow()
@@ -145,25 +157,57 @@ void VXAppDelegate::showCompareWindow()
     m_compareWindow->showWindow();
 }
 
-void VXAppDelegate::showAbout(QWidget *window)
+void VXAppDelegate::showScriptingDocu()
 {
-    auto *box = new QMessageBox(window);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowModality(Qt::WindowModal);
-    box->setWindowTitle(tr("About Runebook"));
-    box->setIconPixmap(QIcon(u":/icons/runebook.svg"_s).pixmap(96));
-    setPlainTexts(*box, tr("Runebook %1").arg(QStringLiteral(RUNEBOOK_VERSION)),
-                  tr("An editor for glyph data files.\nQt %1").arg(QString::fromLatin1(qVersion())));
-    box->open();
+    const QString page = StandardFolders::resource(u"doc/index.html"_s);
+    if (QFileInfo(page).isFile())
+        QDesktopServices::openUrl(QUrl::fromLocalFile(page));
+    else
+        DocumentPanels::present({u"HelpError"_s, 1, tr("The documentation is not installed."), page, {}},
+                                frontWindow());
 }
 
-void VXAppDelegate::terminate()
+QString VXAppDelegate::changeLogURL()
 {
-    if (std::exchange(m_isTerminating, true))
-        return;
-    DocumentPanels::closeAll([this](bool closed) {
-        m_isTerminating = false;
-        if (closed)
-            QApplication::quit();
-    });
+    return VXChangeLogWindowController::urlForServer(
+        UserDefaults::standard().stringForKey(u"VXUpdateServer"_s).trimmed(),
+        QStringLiteral(RUNEBOOK_VERSION), QStringLiteral(RUNEBOOK_BUILD));
+}
+
+void VXAppDelegate::showChangeLogWindow()
+{
+    if (!m_changeLogWindow) {
+        m_changeLogWindow = new VXChangeLogWindowController;
+        m_changeLogWindow->setChangeLogURL(changeLogURL());
+    }
+    m_changeLogWindow->showWindow();
+}
+
+QObject *VXAppDelegate::changeLogWindowController() const
+{
+    return m_changeLogWindow;
+}
+
+QObject *VXAppDelegate::preferencesController()
+{
+    if (!m_preferencesController)
+        m_preferencesController = new VXPreferencesController;
+    return m_preferencesController;
+}
+
+void VXAppDelegate::showMainPreferences()
+{
+    preferencesController();
+    m_preferencesController->showWindow();
+}
+
+void VXAppDelegate::checkForUpdates()
+{
+    if (auto *application = qobject_cast<VXApplication *>(qApp))
+        application->checkForUpdates();
+}
+
+void VXAppDelegate::showAbout(QWidget *window)
+{
+    AboutBox::show(window);
 }

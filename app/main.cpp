@@ -1,11 +1,16 @@
 #include "app/CommandLine.h"
+#include "app/SingleInstance.h"
 #include "app/VXAppDelegate.h"
+#include "app/VXApplication.h"
 #include "editing/CompareReport.h"
+#include "platform/FilePath.h"
 #include "scripting/HeadlessRun.h"
 
-#include <QApplication>
+#include <QFileInfo>
 #include <QIcon>
 #include <QTextStream>
+#include <QTimer>
+#include <QWidget>
 #include <cstdio>
 
 using namespace runebook;
@@ -41,26 +46,71 @@ int withoutWindows(const CommandLine &line)
     }
 }
 
-int runScript(QApplication &app, const CommandLine &line)
+int runScript(const CommandLine &line)
 {
-    Q_UNUSED(app)
     VXAppDelegate delegate;
     HeadlessOptions options;
     options.script = line.script;
     options.code = line.code;
     options.savesFiles = line.savesFiles;
     options.files = line.files;
+    options.prepare = [&delegate] { delegate.startScripting(); };
     return runHeadless(options);
 }
 
-int showWindows(QApplication &app, const CommandLine &line)
+/// Tells when the first window is painted, or soon after it should have been.
+class FirstPaint : public QObject
+{
+public:
+    explicit FirstPaint(std::function<void()> then) : m_then(std::move(then))
+    {
+        constexpr int kLatestMs = 1'000;
+        qApp->installEventFilter(this);
+        QTimer::singleShot(kLatestMs, this, [this] { tell(); });
+    }
+
+protected:
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        const auto *widget = event->type() == QEvent::Paint ? qobject_cast<QWidget *>(object) : nullptr;
+        if (widget && widget->isWindow()) {
+            qApp->removeEventFilter(this);
+            // The window's parts are painted in the same turn.
+            QTimer::singleShot(0, this, [this] { tell(); });
+        }
+        return false;
+    }
+
+private:
+    void tell()
+    {
+        if (const auto then = std::exchange(m_then, {}))
+            then();
+    }
+
+    std::function<void()> m_then;
+};
+
+int showWindows(const CommandLine &line)
 {
     QApplication::setWindowIcon(QIcon(u":/icons/runebook.svg"_s));
     QApplication::setQuitOnLastWindowClosed(true);
+    SingleInstance instance(line.startsNewInstance ? QString() : SingleInstance::standardSocketPath());
+    QStringList files;
+    for (const QString &file : line.files)
+        files << QFileInfo(pathFromURL(file)).absoluteFilePath();
+    if (instance.claim(files) == SingleInstance::Role::Second)
+        return 0;
     VXAppDelegate delegate;
-    delegate.applicationDidFinishLaunching();
-    delegate.openAtStart(line.files);
-    return app.exec();
+    QObject::connect(&instance, &SingleInstance::filesReceived, &delegate, &VXAppDelegate::openFromElsewhere);
+    const FirstPaint starting([&delegate] {
+        delegate.applicationDidFinishLaunching();
+        // For measuring how long a start takes.
+        if (qEnvironmentVariableIsSet("RUNEBOOK_QUIT_AFTER_START"))
+            QTimer::singleShot(0, &delegate, [] { QApplication::quit(); });
+    });
+    delegate.openAtStart(files);
+    return QApplication::exec();
 }
 
 } // namespace
@@ -78,8 +128,8 @@ int main(int argc, char *argv[])
     const CommandLine line = parseCommandLine(arguments);
     if (line.mode == CommandLine::Mode::Script) {
         useHeadlessPlatform();
-        QApplication app(argc, argv);
-        return runScript(app, line);
+        const VXApplication app(argc, argv);
+        return runScript(line);
     }
     if (line.mode != CommandLine::Mode::Windows) {
         const QCoreApplication app(argc, argv);
@@ -93,8 +143,8 @@ int main(int argc, char *argv[])
         return 1;
     }
     try {
-        QApplication app(argc, argv);
-        return showWindows(app, line);
+        const VXApplication app(argc, argv);
+        return showWindows(line);
     } catch (const std::exception &exception) {
         std::fprintf(stderr, "exception %s\n", exception.what());
         return 0;

@@ -151,7 +151,9 @@ void DocumentController::bringToFront(Document *document)
         m_documents.move(place, 0);
         Q_EMIT documentsChanged();
     }
-    if (QWidget *window = document->windowController()) {
+    // Windows tell when they become active, late at times: one that is active already must not ask again, or
+    // two of them take turns for ever.
+    if (QWidget *window = document->windowController(); window && !window->isActiveWindow()) {
         window->raise();
         window->activateWindow();
     }

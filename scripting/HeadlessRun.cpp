@@ -130,6 +130,8 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
         return HeadlessStatus::WrongInput;
     if (!hasPython(console))
         return HeadlessStatus::NoPython;
+    if (options.prepare)
+        options.prepare();
     {
         const PythonLock lock;
         py.PySys_AddAuditHook(flushBeforePrograms, &console);

@@ -1,0 +1,64 @@
+#include "app/Session.h"
+
+#include "editing/VXWindowController.h"
+#include "platform/DocumentController.h"
+#include "platform/UserDefaults.h"
+
+#include <QFileInfo>
+
+namespace runebook::Session {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kOpenWindows = u"VXOpenWindows"_s;
+
+VXWindowController *windowOf(const Document &document)
+{
+    return qobject_cast<VXWindowController *>(document.windowController());
+}
+
+} // namespace
+
+QVariantList capture()
+{
+    QVariantList windows;
+    const QList<Document *> documents = DocumentController::shared().documentList();
+    for (auto document = documents.crbegin(); document != documents.crend(); ++document) {
+        const VXWindowController *window = windowOf(**document);
+        if ((*document)->fileURL().isEmpty() || !window)
+            continue;
+        windows << QVariantMap {{u"path"_s, (*document)->fileURL()},
+                                {u"geometry"_s, window->saveGeometry()},
+                                {u"state"_s, window->windowWillEncodeRestorableState()}};
+    }
+    return windows;
+}
+
+void store(const QVariantList &windows)
+{
+    UserDefaults::standard().setObjectForKey(windows.isEmpty() ? QVariant() : windows, kOpenWindows);
+    UserDefaults::standard().synchronize();
+}
+
+int restore()
+{
+    int opened = 0;
+    for (const QVariant &entry : UserDefaults::standard().arrayForKey(kOpenWindows)) {
+        const QVariantMap stored = entry.toMap();
+        const QString path = stored.value(u"path"_s).toString();
+        if (path.isEmpty() || !QFileInfo(path).isFile())
+            continue;
+        Document *document = DocumentController::shared().openDocumentWithContentsOfURLDisplay(path, true);
+        VXWindowController *window = document ? windowOf(*document) : nullptr;
+        if (!window)
+            continue;
+        ++opened;
+        window->restoreGeometry(stored.value(u"geometry"_s).toByteArray());
+        window->windowDidDecodeRestorableState(stored.value(u"state"_s).toMap());
+    }
+    return opened;
+}
+
+} // namespace runebook::Session

@@ -1,0 +1,223 @@
+#include "app/FileOpener.h"
+#include "app/Session.h"
+#include "app/VXAppDelegate.h"
+#include "app/VXApplication.h"
+#include "app/VXChangeLogWindowController.h"
+#include "app/VXPreferencesController.h"
+#include "document/VXDocument.h"
+#include "editing/VXCompareDataWindow.h"
+#include "editing/VXFindReplaceWindowController.h"
+#include "editing/VXSearchField.h"
+#include "editing/VXWindowController.h"
+#include "model/VXArrayToStringTransformator.h"
+#include "model/VXDirectionToIndexValueTransformer.h"
+#include "platform/Appearance.h"
+#include "platform/DefaultsProblem.h"
+#include "platform/DocumentController.h"
+#include "platform/DocumentPanels.h"
+#include "platform/MainMenu.h"
+#include "platform/PlainText.h"
+#include "platform/UserDefaults.h"
+#include "scripting/bridge/BridgedClass.h"
+#include "scripting/bridge/ScriptApplication.h"
+#include "scripting/panel/VXMacroWindowController.h"
+
+#include <QMenu>
+#include <QMessageBox>
+#include <QSessionManager>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+// How the delegate is set up: kinds of documents, menus, scripts, errors, settings.
+
+namespace {
+
+const QString kAutosaveDelay = u"VXAutosaveDelay"_s;
+constexpr int kMaxAutosaveDelay = 3'600;
+
+/// The user's delay in place of the one that documents bring.
+void applyAutosaveDelay()
+{
+    const UserDefaults &defaults = UserDefaults::standard();
+    if (defaults.isSet(kAutosaveDelay))
+        DocumentController::shared().setAutosavingDelay(
+            qBound(0, defaults.integerForKey(kAutosaveDelay), kMaxAutosaveDelay));
+}
+
+QWidget *makeWindow(Document &document)
+{
+    auto *window = new VXWindowController(static_cast<VXDocument &>(document));
+    window->setAttribute(Qt::WA_DeleteOnClose, false);
+    window->show();
+    return window;
+}
+
+} // namespace
+
+VXAppDelegate::VXAppDelegate(QObject *parent)
+    : QObject(parent),
+      m_macroPanelController(new VXMacroWindowController(this)),
+      m_fileOpener(new FileOpener(this))
+{
+    initialize();
+    Appearance::shared().apply();
+    registerDocuments();
+    contributeToMenus();
+    presentErrors();
+    introduceToScripts();
+    followSettings();
+    followSessionManager();
+}
+
+void VXAppDelegate::initialize()
+{
+    static const bool once = [] {
+        ValueTransformer::setForName(u"arrayToStringTransformator"_s,
+                                     std::make_unique<VXArrayToStringTransformator>());
+        ValueTransformer::setForName(u"directionToIndexTransformer"_s,
+                                     std::make_unique<VXDirectionToIndexValueTransformer>());
+        return true;
+    }();
+    Q_UNUSED(once)
+}
+
+void VXAppDelegate::registerDocuments()
+{
+    DocumentController &controller = DocumentController::shared();
+    if (controller.types().isEmpty()) {
+        controller.addType({u"public.xml"_s, {u"xml"_s}, tr("Glyph data files")});
+        controller.addType({u"public.plain-text"_s, {u"txt"_s}, tr("Tab-separated tables")});
+    }
+    controller.setDocumentFactory([] {
+        auto *document = new VXDocument;
+        applyAutosaveDelay();
+        return document;
+    });
+    controller.setWindowMaker(makeWindow);
+}
+
+void VXAppDelegate::introduceToScripts()
+{
+    ScriptApplication::shared().setDelegate(this);
+    // Known by name before a script has met the first one.
+    bridge::BridgedClass::registerClass(VXWindowController::staticMetaObject);
+    bridge::BridgedClass::registerClass(RSRTVArrayController::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXSearchField::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXCompareDataWindow::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXFindReplaceWindowController::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXPreferencesController::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXChangeLogWindowController::staticMetaObject);
+}
+
+void VXAppDelegate::contributeToMenus()
+{
+    using Command = void (VXAppDelegate::*)();
+    const auto add = [this](MainMenu::Place place, const QString &text, const QKeySequence &shortcut,
+                            Command command, QAction::MenuRole role = QAction::NoRole) {
+        MainMenu::addContribution(place, [this, text, shortcut, command, role](QMenu &menu, QWidget &) {
+            QAction *action = menu.addAction(text, this, command);
+            action->setShortcut(shortcut);
+            action->setMenuRole(role);
+        });
+    };
+    add(MainMenu::File, tr("&Quit"), Qt::CTRL | Qt::Key_Q, &VXAppDelegate::terminate, QAction::QuitRole);
+    MainMenu::addContribution(MainMenu::Edit, [](QMenu &menu, QWidget &) { menu.addSeparator(); });
+    add(MainMenu::Edit, tr("Prefere&nces…"), Qt::CTRL | Qt::Key_Comma, &VXAppDelegate::showMainPreferences,
+        QAction::PreferencesRole);
+    add(MainMenu::Window, tr("&Macro Panel"), Qt::CTRL | Qt::ALT | Qt::Key_M, &VXAppDelegate::showMacroPanel);
+    add(MainMenu::Window, tr("&Compare Data"), Qt::CTRL | Qt::SHIFT | Qt::Key_C,
+        &VXAppDelegate::showCompareWindow);
+    add(MainMenu::Help, tr("&Scripting Documentation"), QKeySequence::HelpContents,
+        &VXAppDelegate::showScriptingDocu);
+    add(MainMenu::Help, tr("Change &Log"), {}, &VXAppDelegate::showChangeLogWindow);
+    add(MainMenu::Help, tr("Check for &Updates…"), {}, &VXAppDelegate::checkForUpdates,
+        QAction::ApplicationSpecificRole);
+    MainMenu::addContribution(MainMenu::Help, [this](QMenu &menu, QWidget &window) {
+        menu.addSeparator();
+        QAction *about = menu.addAction(tr("&About Runebook"), this, [this, &window] { showAbout(&window); });
+        about->setMenuRole(QAction::AboutRole);
+    });
+}
+
+void VXAppDelegate::presentErrors()
+{
+    // Reports of a reading come in a row: they are gathered and shown in the front window's message bar.
+    auto *pending = new QStringList;
+    connect(this, &QObject::destroyed, [pending] { delete pending; });
+    connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, this, [pending, this](const Error &error) {
+        constexpr qsizetype kShown = 20;
+        if (pending->isEmpty()) {
+            QTimer::singleShot(0, this, [pending] {
+                const QStringList texts = std::exchange(*pending, {});
+                QObject *document = DocumentController::shared().currentDocument();
+                auto *current = qobject_cast<VXDocument *>(document);
+                if (current && current->windowController())
+                    QMetaObject::invokeMethod(current->windowController(), "showMessage",
+                                              Q_ARG(QString, texts.join(u'\n')));
+            });
+        }
+        if (pending->size() < kShown)
+            *pending << error.text();
+    });
+}
+
+void VXAppDelegate::followSettings()
+{
+    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [](const QString &key) {
+        if (key == kAutosaveDelay)
+            applyAutosaveDelay();
+    });
+    // Closing the last window by hand leaves nothing to come back to.
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        if (!m_isSessionKept)
+            Session::store({});
+    });
+}
+
+void VXAppDelegate::followSessionManager()
+{
+    // What is unsaved goes into the autosave files, which the next start offers: nothing has to be asked, so
+    // nobody's logout waits for this program.
+    const auto keep = [this](QSessionManager &) { keepForNextStart(); };
+    connect(qApp, &QGuiApplication::commitDataRequest, this, keep, Qt::DirectConnection);
+    connect(
+        qApp, &QGuiApplication::saveStateRequest, this,
+        [this](QSessionManager &manager) {
+            keepForNextStart();
+            QStringList restart {QCoreApplication::applicationFilePath()};
+            for (const QVariant &window : Session::capture())
+                restart << window.toMap().value(u"path"_s).toString();
+            manager.setRestartCommand(restart);
+        },
+        Qt::DirectConnection);
+}
+
+void VXAppDelegate::warnOfDamagedDefaults()
+{
+    const DefaultsProblem problem = takeDefaultsProblem();
+    if (!problem.isThere)
+        return;
+    const QList<Document *> &documents = DocumentController::shared().documentList();
+    QWidget *window = documents.isEmpty() ? nullptr : documents.front()->windowController();
+    const QString text =
+        problem.keptAt.isEmpty() ? tr("Your settings cannot be read.") : tr("Your settings were damaged.");
+    const QString more = problem.keptAt.isEmpty()
+        ? tr("The file “%1” is not readable; changes to the settings last until the program ends.")
+              .arg(problem.file)
+        : tr("The program starts with fresh ones; the damaged file was kept as “%1”.").arg(problem.keptAt);
+    DocumentPanels::present({u"DefaultsError"_s, 1, text, more, {}}, window);
+}
+
+void VXAppDelegate::showPythonWarning(const QString &message, const QString &advice)
+{
+    auto *box = new QMessageBox;
+    box->setObjectName(u"pythonWarning"_s);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setAttribute(Qt::WA_QuitOnClose, false);
+    box->setWindowModality(Qt::NonModal);
+    box->setIcon(QMessageBox::Warning);
+    setPlainTexts(*box, message, advice);
+    box->setStandardButtons(QMessageBox::Ok);
+    box->show();
+}

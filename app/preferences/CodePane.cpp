@@ -1,0 +1,44 @@
+#include "app/preferences/CodePane.h"
+
+#include "app/preferences/SettingBinding.h"
+#include "ui_CodePane.h"
+
+#include <QFontDatabase>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kUsualFontSize = 13;
+constexpr int kUsualConsoleLines = 100'000;
+
+} // namespace
+
+CodePane::CodePane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::CodePane>())
+{
+    m_ui->setupUi(this);
+    m_ui->consoleLines->setGroupSeparatorShown(true);
+    SettingBinding::bind(m_ui->fontSize, u"MacroCodeFontSize"_s, kUsualFontSize);
+    SettingBinding::bind(m_ui->consoleLines, u"VXConsoleLineLimit"_s, kUsualConsoleLines);
+    connect(m_ui->fontSize, &QSpinBox::valueChanged, this, &CodePane::showSample);
+    showSample();
+}
+
+CodePane::~CodePane() = default;
+
+void CodePane::showSample()
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    for (const QString &family : {u"Menlo"_s, u"Monaco"_s}) {
+        if (QFontDatabase::hasFamily(family)) {
+            font.setFamily(family);
+            break;
+        }
+    }
+    font.setPointSize(m_ui->fontSize->value());
+    m_ui->sample->setFont(font);
+}
+
+} // namespace runebook

@@ -1,0 +1,53 @@
+#include "app/preferences/GeneralPane.h"
+
+#include "app/preferences/SettingBinding.h"
+#include "editing/GlyphTableView.h"
+#include "editing/VXWindowController.h"
+#include "platform/DocumentController.h"
+#include "platform/StandardFolders.h"
+#include "platform/UserDefaults.h"
+#include "ui_GeneralPane.h"
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QUrl>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kUsualAutosaveDelay = 6;
+
+} // namespace
+
+GeneralPane::GeneralPane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::GeneralPane>())
+{
+    m_ui->setupUi(this);
+    SettingBinding::bind(m_ui->restoreWindows, u"VXRestoreWindows"_s);
+    SettingBinding::bind(m_ui->reloadChangedFiles, u"VXReloadChangedFiles"_s);
+    SettingBinding::bind(m_ui->autosaveDelay, u"VXAutosaveDelay"_s, kUsualAutosaveDelay);
+    connect(m_ui->showOriginals, &QPushButton::clicked, this, &GeneralPane::showOriginals);
+    connect(m_ui->resetColumns, &QPushButton::clicked, this, &GeneralPane::resetColumns);
+}
+
+GeneralPane::~GeneralPane() = default;
+
+void GeneralPane::showOriginals()
+{
+    const QString folder = StandardFolders::userData() + "/Originals"_L1;
+    QDir().mkpath(folder);
+    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
+
+void GeneralPane::resetColumns()
+{
+    // Windows that are opened later take what the last one has stored.
+    for (Document *document : DocumentController::shared().documentList()) {
+        if (auto *window = qobject_cast<VXWindowController *>(document->windowController()))
+            window->tableView()->resetViewSettings();
+    }
+}
+
+} // namespace runebook

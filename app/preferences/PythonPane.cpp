@@ -1,0 +1,164 @@
+#include "app/preferences/PythonPane.h"
+
+#include "app/AboutBox.h"
+#include "platform/PlainText.h"
+#include "platform/UserDefaults.h"
+#include "scripting/PythonDiscovery.h"
+#include "scripting/PythonPlaces.h"
+#include "scripting/PythonProbe.h"
+#include "scripting/VXScriptingHandler.h"
+#include "ui_PythonPane.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QPointer>
+#include <QSignalBlocker>
+#include <QThread>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kChosenPath = u"VXPythonFrameworkPath"_s;
+
+QString chosenPath()
+{
+    return UserDefaults::standard().stringForKey(kChosenPath);
+}
+
+void addRow(QListWidget &list, const QString &name, const QString &path)
+{
+    auto *item = new QListWidgetItem(path.isEmpty() ? name : name + " — "_L1 + path, &list);
+    item->setData(Qt::UserRole, path);
+    item->setToolTip(escapedToolTip(path));
+}
+
+} // namespace
+
+PythonPane::PythonPane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::PythonPane>())
+{
+    m_ui->setupUi(this);
+    const VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
+    const QString problem = handler->startError().text();
+    if (VXScriptingHandler::isPythonRunning())
+        m_ui->inUse->setText(
+            tr("In use: Python %1, %2").arg(AboutBox::pythonVersion(), handler->currentPythonPath()));
+    else
+        m_ui->inUse->setText(problem.isEmpty()
+                                 ? tr("No suitable Python is installed: versions 3.9 to 3.11 are supported.")
+                                 : problem);
+    fillList();
+    connect(m_ui->installations, &QListWidget::currentRowChanged, this, &PythonPane::choose);
+    connect(m_ui->add, &QPushButton::clicked, this, &PythonPane::askForLibrary);
+    connect(m_ui->remove, &QPushButton::clicked, this, [this] { m_ui->installations->setCurrentRow(0); });
+    showStatus({});
+}
+
+PythonPane::~PythonPane() = default;
+
+void PythonPane::fillList()
+{
+    const QSignalBlocker quiet(m_ui->installations);
+    m_ui->installations->clear();
+    const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
+    addRow(*m_ui->installations, tr("The newest that is supported"), {});
+    const QString chosen = chosenPath();
+    int chosenRow = 0;
+    // The newest stands last in the list that was found, and first for a reader.
+    for (auto entry = found.crbegin(); entry != found.crend(); ++entry) {
+        const QString path = entry->value(u"fullPath"_s).toString();
+        if (path == chosen)
+            chosenRow = m_ui->installations->count();
+        addRow(*m_ui->installations, entry->value(u"name"_s).toString(), path);
+    }
+    if (!chosen.isEmpty() && chosenRow == 0) {
+        chosenRow = m_ui->installations->count();
+        addRow(*m_ui->installations, tr("%1 (manually)").arg(installedVersion(chosen)), chosen);
+    }
+    m_ui->installations->setCurrentRow(chosenRow);
+}
+
+void PythonPane::choose(int row)
+{
+    const QListWidgetItem *item = m_ui->installations->item(row);
+    const QString path = item ? item->data(Qt::UserRole).toString() : QString();
+    UserDefaults::standard().setObjectForKey(path.isEmpty() ? QVariant() : QVariant(path), kChosenPath);
+    showStatus({});
+}
+
+void PythonPane::askForLibrary()
+{
+    auto *panel = new QFileDialog(this, tr("Choose a Shared Library of Python"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setNameFilters(
+        {tr("Shared libraries of Python") + " (libpython3*.so*)"_L1, tr("All files") + " (*)"_L1});
+    panel->setDirectory(QFileInfo(chosenPath()).absolutePath());
+    connect(panel, &QFileDialog::fileSelected, this, &PythonPane::addInstallation);
+    panel->open();
+}
+
+void PythonPane::addInstallation(const QString &path)
+{
+    const QString library = QFileInfo(path).canonicalFilePath();
+    if (!isPythonLibraryName(library)) {
+        take(path,
+             {u"PythonError"_s,
+              3,
+              tr("“%1” is no shared library of Python 3.").arg(path),
+              tr("Its name begins with “libpython3.”."),
+              {}});
+        return;
+    }
+    m_ui->add->setEnabled(false);
+    m_ui->status->setText(tr("Trying “%1”…").arg(library));
+    // An interpreter that does not come up is waited for; the window is not.
+    const QPointer<PythonPane> pane(this);
+    QThread *trial = QThread::create([pane, library] {
+        Error problem;
+        if (PythonProbe::comesUp(library, pythonPrefix(library), &problem))
+            problem = {};
+        QMetaObject::invokeMethod(
+            qApp,
+            [pane, library, problem] {
+                if (pane)
+                    pane->take(library, problem);
+            },
+            Qt::QueuedConnection);
+    });
+    connect(trial, &QThread::finished, trial, &QObject::deleteLater);
+    trial->start();
+}
+
+void PythonPane::take(const QString &path, const Error &problem)
+{
+    m_ui->add->setEnabled(true);
+    const bool isUsable = problem.domain.isEmpty();
+    if (isUsable) {
+        UserDefaults::standard().setObjectForKey(path, kChosenPath);
+        fillList();
+    }
+    showStatus(problem.text());
+    Q_EMIT tried(isUsable);
+}
+
+void PythonPane::showStatus(const QString &text)
+{
+    const QString chosen = chosenPath();
+    const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
+    const bool isFound = std::any_of(found.begin(), found.end(), [&chosen](const QVariantMap &entry) {
+        return entry.value(u"fullPath"_s) == chosen;
+    });
+    m_ui->remove->setEnabled(!chosen.isEmpty() && !isFound);
+    QStringList lines {text};
+    const QString version = installedVersion(chosen);
+    if (!version.isEmpty() && !PythonDiscovery::isSupportedVersion(version))
+        lines << tr("Python %1 is not supported; versions 3.9 to 3.11 are.").arg(version);
+    lines << tr("A new choice takes effect at the next start.");
+    lines.removeAll(QString());
+    m_ui->status->setText(lines.join(u'\n'));
+}
+
+} // namespace runebook

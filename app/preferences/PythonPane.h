@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <QWidget>
+#include <memory>
+
+namespace Ui {
+class PythonPane;
+}
+
+namespace runebook {
+
+/// Preferences: the installation of Python that scripts run with, from the next start on.
+class PythonPane : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit PythonPane(QWidget *parent = nullptr);
+    ~PythonPane() override;
+
+    /// Tries the shared library \a path out, without waiting for it, and makes it the choice when it comes
+    /// up.
+    void addInstallation(const QString &path);
+
+Q_SIGNALS:
+    /// An installation was tried out.
+    void tried(bool isUsable);
+
+private:
+    void fillList();
+    void choose(int row);
+    void askForLibrary();
+    void take(const QString &path, const runebook::Error &problem);
+    void showStatus(const QString &text);
+
+    std::unique_ptr<Ui::PythonPane> m_ui;
+};
+
+} // namespace runebook

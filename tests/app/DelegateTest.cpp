@@ -1,0 +1,483 @@
+#include "AppMain.h"
+#include "app/FileOpener.h"
+#include "app/Session.h"
+#include "app/VXChangeLogWindowController.h"
+#include "app/update/PageView.h"
+#include "editing/GlyphTableView.h"
+#include "editing/VXWindowController.h"
+#include "platform/Appearance.h"
+#include "platform/DocumentController.h"
+#include "platform/UserDefaults.h"
+#include "platform/ValueTransformer.h"
+#include "scripting/panel/VXMacroWindow.h"
+#include "scripting/panel/VXMacroWindowController.h"
+
+#include <QDesktopServices>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString sample()
+{
+    return QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml");
+}
+
+QString tinyFile(const QTemporaryDir &folder, const QString &name)
+{
+    QFile file(folder.filePath(name));
+    if (file.open(QIODevice::WriteOnly))
+        file.write(
+            "<glyphData>\n\t<glyph unicode=\"0041\" name=\"A\" />\n\t<glyph name=\"B\" />\n</glyphData>\n");
+    return file.fileName();
+}
+
+/// The first box of that name that is shown.
+QMessageBox *shownBox(const QString &name = {})
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        auto *box = qobject_cast<QMessageBox *>(widget);
+        if (box && box->isVisible() && (name.isEmpty() || box->objectName() == name))
+            return box;
+    }
+    return nullptr;
+}
+
+DocumentController &controller()
+{
+    return DocumentController::shared();
+}
+
+QStringList openPaths()
+{
+    QStringList names;
+    for (const Document *document : controller().documentList())
+        names << QFileInfo(document->fileURL()).fileName();
+    return names;
+}
+
+VXWindowController *frontWindow()
+{
+    return qobject_cast<VXWindowController *>(controller().documentList().front()->windowController());
+}
+
+/// Takes the addresses that would go to other programs.
+class UrlTaker : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public Q_SLOTS:
+    void take(const QUrl &url) { urls << url; }
+};
+
+} // namespace
+
+/// The program's delegate: what its commands do, and how the program starts and ends.
+class DelegateTest : public QObject
+{
+    Q_OBJECT
+public:
+    explicit DelegateTest(VXAppDelegate &delegate) : m_delegate(delegate) { }
+
+private Q_SLOTS:
+    void cleanup();
+    void knowsTheTransformers();
+    void putsItsCommandsIntoMenus_data();
+    void putsItsCommandsIntoMenus();
+    void togglesTheMacroPanel();
+    void reopensTheMacroPanelBehind();
+    void makesWindowsOnce();
+    void opensTheDocumentation();
+    void findsTheChangeLog_data();
+    void findsTheChangeLog();
+    void showsTheChangeLogInLightAndDark();
+    void choosesWhatIsOffered_data();
+    void choosesWhatIsOffered();
+    void tellsWhatItIs();
+    void startsWithWhatIsGiven_data();
+    void startsWithWhatIsGiven();
+    void asksBeforeItOpensVeryMany();
+    void tellsWhatCannotBeOpened();
+    void comesBackAsItWasLeft();
+    void passesOverDamagedSessions();
+    void keepsEverythingWhenTheDesktopEnds();
+    void followsTheAutosaveDelay();
+
+private:
+    VXAppDelegate &m_delegate;
+};
+
+void DelegateTest::cleanup()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (qobject_cast<QMessageBox *>(widget))
+            delete widget;
+    }
+    controller().releaseAll();
+    for (const char *key : {"VXOpenWindows", "VXRestoreWindows", "VXAutosaveDelay", "VXUpdateServer",
+                            "SUShowCuttingEdgeVersion", "showMacroPanel"})
+        UserDefaults::standard().removeObjectForKey(QString::fromLatin1(key));
+}
+
+void DelegateTest::knowsTheTransformers()
+{
+    QCOMPARE(VXAppDelegate::applicationName(), u"Runebook"_s);
+    const ValueTransformer *list = ValueTransformer::forName(u"arrayToStringTransformator"_s);
+    QVERIFY(list);
+    QCOMPARE(list->transformedValue(QStringList {u"a"_s, u"b"_s}).toString(), u"a, b"_s);
+    QVERIFY(ValueTransformer::forName(u"directionToIndexTransformer"_s));
+}
+
+void DelegateTest::putsItsCommandsIntoMenus_data()
+{
+    QTest::addColumn<QString>("menu");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("keys");
+    QTest::newRow("quit") << u"File"_s << u"Quit"_s << u"Ctrl+Q"_s;
+    QTest::newRow("preferences") << u"Edit"_s << u"Preferences…"_s << u"Ctrl+,"_s;
+    QTest::newRow("macro panel") << u"Window"_s << u"Macro Panel"_s << u"Ctrl+Alt+M"_s;
+    QTest::newRow("compare") << u"Window"_s << u"Compare Data"_s << u"Ctrl+Shift+C"_s;
+    QTest::newRow("documentation") << u"Help"_s << u"Scripting Documentation"_s << u"F1"_s;
+    QTest::newRow("change log") << u"Help"_s << u"Change Log"_s << QString();
+    QTest::newRow("updates") << u"Help"_s << u"Check for Updates…"_s << QString();
+    QTest::newRow("about") << u"Help"_s << u"About Runebook"_s << QString();
+}
+
+void DelegateTest::putsItsCommandsIntoMenus()
+{
+    QFETCH(QString, menu);
+    QFETCH(QString, command);
+    QFETCH(QString, keys);
+    m_delegate.openAtStart({});
+    const auto plain = [](QString text) { return text.remove(u'&'); };
+    for (const QAction *title : frontWindow()->menuBar()->actions()) {
+        if (plain(title->text()) != menu)
+            continue;
+        for (const QAction *action : title->menu()->actions()) {
+            if (plain(action->text()) == command) {
+                QCOMPARE(action->shortcut().toString(), keys);
+                QVERIFY(action->text().contains(u'&')); // a key for it
+                return;
+            }
+        }
+    }
+    QFAIL("no such command");
+}
+
+void DelegateTest::togglesTheMacroPanel()
+{
+    m_delegate.openAtStart({});
+    QWidget *document = frontWindow();
+    document->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(document));
+    auto *panel = qobject_cast<VXMacroWindowController *>(m_delegate.macroPanelController());
+    QVERIFY(panel);
+    const auto stored = [] { return UserDefaults::standard().boolForKey(u"showMacroPanel"_s); };
+    QVERIFY(!panel->isReallyVisible());
+
+    m_delegate.showMacroPanel();
+    QTRY_VERIFY(panel->isReallyVisible() && panel->isKeyWindow());
+    QVERIFY(stored());
+    document->activateWindow(); // open, but without the keyboard
+    QTRY_VERIFY(!panel->isKeyWindow());
+    m_delegate.showMacroPanel();
+    QTRY_VERIFY(panel->isKeyWindow());
+    QVERIFY(panel->isReallyVisible());
+    QVERIFY(stored());
+    m_delegate.showMacroPanel(); // with the keyboard
+    QTRY_VERIFY(!panel->isReallyVisible());
+    QVERIFY(!stored());
+    QCOMPARE(controller().currentDocument(), &frontWindow()->glyphDocument());
+}
+
+void DelegateTest::reopensTheMacroPanelBehind()
+{
+    m_delegate.openAtStart({});
+    QWidget *document = frontWindow();
+    document->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(document));
+    auto *panel = qobject_cast<VXMacroWindowController *>(m_delegate.macroPanelController());
+    m_delegate.applicationDidFinishLaunching();
+    QVERIFY(!panel->isReallyVisible());
+    UserDefaults::standard().setObjectForKey(true, u"showMacroPanel"_s);
+    m_delegate.applicationDidFinishLaunching();
+    QTRY_VERIFY(panel->isReallyVisible());
+    QCOMPARE(controller().currentDocument(), &frontWindow()->glyphDocument());
+    panel->hidePanel();
+}
+
+void DelegateTest::makesWindowsOnce()
+{
+    QObject *compare = m_delegate.compareWindow();
+    m_delegate.showCompareWindow();
+    QCOMPARE(m_delegate.compareWindow(), compare);
+    QVERIFY(qobject_cast<QWidget *>(compare)->isVisible());
+    QObject *preferences = m_delegate.preferencesController();
+    QVERIFY(!qobject_cast<QWidget *>(preferences)->isVisible());
+    m_delegate.showMainPreferences();
+    QVERIFY(qobject_cast<QWidget *>(preferences)->isVisible());
+    QCOMPARE(m_delegate.preferencesController(), preferences);
+    QVERIFY(!m_delegate.changeLogWindowController());
+    m_delegate.showChangeLogWindow();
+    QObject *log = m_delegate.changeLogWindowController();
+    m_delegate.showChangeLogWindow();
+    QCOMPARE(m_delegate.changeLogWindowController(), log);
+    for (QObject *window : {compare, preferences, log})
+        qobject_cast<QWidget *>(window)->hide();
+}
+
+void DelegateTest::opensTheDocumentation()
+{
+    UrlTaker taker;
+    QDesktopServices::setUrlHandler(u"file"_s, &taker, "take");
+    const QTemporaryDir folder;
+    StandardFolders::setProgramData(folder.path());
+    m_delegate.showScriptingDocu();
+    QVERIFY(taker.urls.isEmpty());
+    QMessageBox *missing = shownBox();
+    QVERIFY(missing);
+    QVERIFY(missing->text().contains("not installed"_L1));
+    QDir(folder.path()).mkdir(u"doc"_s);
+    QFile page(folder.filePath(u"doc/index.html"_s));
+    QVERIFY(page.open(QIODevice::WriteOnly));
+    page.close();
+    m_delegate.showScriptingDocu();
+    QCOMPARE(taker.urls, QList<QUrl> {QUrl::fromLocalFile(page.fileName())});
+    StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
+    QDesktopServices::unsetUrlHandler(u"file"_s);
+}
+
+void DelegateTest::findsTheChangeLog_data()
+{
+    QTest::addColumn<QString>("server");
+    QTest::addColumn<QString>("url");
+    QTest::newRow("a server") << u"https://u.example.org"_s
+                              << u"https://u.example.org/Runebook/Runebook2.1-123.html"_s;
+    QTest::newRow("with a slash") << u"https://u.example.org/x//"_s
+                                  << u"https://u.example.org/x/Runebook/Runebook2.1-123.html"_s;
+    QTest::newRow("none")
+        << QString() << QUrl::fromLocalFile(StandardFolders::resource(u"doc/changelog.html"_s)).toString();
+}
+
+void DelegateTest::findsTheChangeLog()
+{
+    QFETCH(QString, server);
+    QFETCH(QString, url);
+    QCOMPARE(VXChangeLogWindowController::urlForServer(server, u"2.1"_s, u"123"_s), url);
+    UserDefaults::standard().setObjectForKey(server, u"VXUpdateServer"_s);
+    QString expected = url;
+    expected.replace(u"2.1-123"_s, QStringLiteral(RUNEBOOK_VERSION "-" RUNEBOOK_BUILD));
+    QCOMPARE(VXAppDelegate::changeLogURL(), expected);
+}
+
+void DelegateTest::showsTheChangeLogInLightAndDark()
+{
+    const QTemporaryDir folder;
+    StandardFolders::setProgramData(folder.path());
+    QDir(folder.path()).mkdir(u"doc"_s);
+    QFile page(folder.filePath(u"doc/changelog.html"_s));
+    QVERIFY(page.open(QIODevice::WriteOnly));
+    page.write("<style>x</style><h1>Changes</h1><p>Better <img src='/dev/zero'>\xc3\xa9</p>");
+    page.close();
+    VXChangeLogWindowController window;
+    window.setChangeLogURL(VXChangeLogWindowController::urlForServer({}, {}, {}));
+    QCOMPARE(window.changeLogWebView()->toPlainText(), u"Changes\nBetter é"_s);
+    for (const Appearance::Choice choice : {Appearance::Dark, Appearance::Light, Appearance::Dark}) {
+        Appearance::shared().setChoice(choice);
+        QTRY_COMPARE(window.changeLogWebView()->isUserStyleSheetEnabled(), choice == Appearance::Dark);
+    }
+    Appearance::shared().setChoice(Appearance::System);
+    // What cannot be loaded is an empty page, without a word; other files are not read.
+    for (const QString &url : {u"file:///etc/passwd"_s, u"http://192.0.2.1/"_s, u"https://["_s}) {
+        window.setChangeLogURL(url);
+        QTest::qWait(10);
+        QCOMPARE(window.changeLogWebView()->toPlainText(), QString());
+        QVERIFY(!shownBox());
+    }
+    StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
+}
+
+void DelegateTest::choosesWhatIsOffered_data()
+{
+    QTest::addColumn<QStringList>("versions");
+    QTest::addColumn<QVariant>("wantsNewest");
+    QTest::addColumn<QString>("offered");
+    const QStringList three {u"1"_s, u"3"_s, u"2"_s};
+    QTest::newRow("unset") << three << QVariant() << u"1"_s;
+    QTest::newRow("no") << three << QVariant(false) << u"1"_s;
+    QTest::newRow("yes") << three << QVariant(true) << u"2"_s;
+    QTest::newRow("one") << QStringList {u"1"_s} << QVariant(true) << u"1"_s;
+    QTest::newRow("none") << QStringList() << QVariant(true) << QString();
+}
+
+void DelegateTest::choosesWhatIsOffered()
+{
+    QFETCH(QStringList, versions);
+    QFETCH(QVariant, wantsNewest);
+    QFETCH(QString, offered);
+    UserDefaults::standard().setObjectForKey(wantsNewest, u"SUShowCuttingEdgeVersion"_s);
+    SUAppcast appcast;
+    for (const QString &version : versions) {
+        auto *item = new SUAppcastItem;
+        item->versionString = version;
+        appcast.addItem(item);
+    }
+    auto *application = qobject_cast<VXApplication *>(qApp);
+    const SUAppcastItem *best =
+        application->bestValidUpdateInAppcastForUpdater(&appcast, application->updater());
+    QCOMPARE(best ? best->versionString : QString(), offered);
+}
+
+void DelegateTest::tellsWhatItIs()
+{
+    m_delegate.openAtStart({});
+    m_delegate.startScripting();
+    m_delegate.showAbout(frontWindow());
+    m_delegate.showAbout(frontWindow());
+    const QMessageBox *about = shownBox(u"aboutBox"_s);
+    QVERIFY(about);
+    QVERIFY(about->text().contains(QStringLiteral(RUNEBOOK_VERSION)));
+    QVERIFY(about->informativeText().contains(QString::fromLatin1(qVersion())));
+    QVERIFY(about->informativeText().contains("Python "_L1));
+}
+
+void DelegateTest::startsWithWhatIsGiven_data()
+{
+    QTest::addColumn<QStringList>("given");
+    QTest::addColumn<QStringList>("opened"); // the frontmost first
+    QTest::newRow("nothing") << QStringList() << QStringList {QString()};
+    QTest::newRow("two") << QStringList {u"a.xml"_s, u"b.xml"_s} << QStringList {u"b.xml"_s, u"a.xml"_s};
+    QTest::newRow("one twice") << QStringList {u"a.xml"_s, u"a.xml"_s} << QStringList {u"a.xml"_s};
+    QTest::newRow("a missing one") << QStringList {u"no.xml"_s} << QStringList {QString()};
+}
+
+void DelegateTest::startsWithWhatIsGiven()
+{
+    QFETCH(QStringList, given);
+    QFETCH(QStringList, opened);
+    const QTemporaryDir folder;
+    tinyFile(folder, u"a.xml"_s);
+    tinyFile(folder, u"b.xml"_s);
+    QStringList paths;
+    for (const QString &name : given)
+        paths << folder.filePath(name);
+    m_delegate.openAtStart(paths);
+    QTRY_COMPARE(openPaths(), opened);
+}
+
+void DelegateTest::asksBeforeItOpensVeryMany()
+{
+    const QTemporaryDir folder;
+    QStringList paths;
+    for (int i = 0; i < 1'000; ++i)
+        paths << tinyFile(folder, QString::number(i) + ".xml"_L1);
+    m_delegate.openAtStart(paths);
+    QCOMPARE(controller().documentList().size(), 1);
+    QMessageBox *box = shownBox(u"manyFiles"_s);
+    QVERIFY(box);
+    QTest::qWait(50); // nothing goes on behind the question
+    QCOMPARE(controller().documentList().size(), 1);
+    QTest::keyClick(box, Qt::Key_Return); // the default is some of them
+    QTRY_COMPARE(controller().documentList().size(), 1 + FileOpener::kAsksAbove);
+    QTest::qWait(50);
+    QCOMPARE(controller().documentList().size(), 1 + FileOpener::kAsksAbove);
+
+    m_delegate.openFromElsewhere(paths);
+    box = shownBox(u"manyFiles"_s);
+    QVERIFY(box);
+    QTest::keyClick(box, Qt::Key_Escape);
+    QTest::qWait(50);
+    QCOMPARE(controller().documentList().size(), 1 + FileOpener::kAsksAbove);
+}
+
+void DelegateTest::tellsWhatCannotBeOpened()
+{
+    const QTemporaryDir folder;
+    m_delegate.openAtStart({folder.filePath(u"no.xml"_s), folder.path(), tinyFile(folder, u"a.xml"_s),
+                            tinyFile(folder, u"a.png"_s)});
+    QTRY_VERIFY(shownBox());
+    const QMessageBox *box = shownBox();
+    QVERIFY(box->text().contains(u'3'));
+    QVERIFY(box->informativeText().contains("is a folder"_L1));
+    QCOMPARE(openPaths(), QStringList {u"a.xml"_s});
+    QCOMPARE(box->parentWidget(), frontWindow());
+}
+
+void DelegateTest::comesBackAsItWasLeft()
+{
+    const QTemporaryDir folder;
+    const QStringList paths {tinyFile(folder, u"a.xml"_s), tinyFile(folder, u"b.xml"_s)};
+    m_delegate.openAtStart(paths);
+    QTRY_COMPARE(controller().documentList().size(), 2);
+    frontWindow()->resize(900, 500);
+    frontWindow()->infolistController()->setSelectionIndexes({1});
+    QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);
+    m_delegate.terminate();
+    QVERIFY(controller().documentList().isEmpty());
+
+    m_delegate.openAtStart({}); // the user does not want them
+    QCOMPARE(openPaths(), QStringList {QString()});
+    controller().releaseAll();
+    UserDefaults::standard().setObjectForKey(true, u"VXRestoreWindows"_s);
+    m_delegate.openAtStart({});
+    QCOMPARE(openPaths(), (QStringList {u"b.xml"_s, u"a.xml"_s}));
+    QCOMPARE(frontWindow()->size(), QSize(900, 500));
+    QCOMPARE(frontWindow()->infolistController()->selectedObjects().at(0)->name(), u"B"_s);
+    controller().releaseAll();
+    QFile::remove(paths.at(1));
+    m_delegate.openAtStart({});
+    QCOMPARE(openPaths(), QStringList {u"a.xml"_s});
+    controller().releaseAll();
+    m_delegate.openAtStart({sample()}); // files that are given come alone
+    QCOMPARE(openPaths(), QStringList {u"sample.xml"_s});
+}
+
+void DelegateTest::passesOverDamagedSessions()
+{
+    UserDefaults::standard().setObjectForKey(true, u"VXRestoreWindows"_s);
+    const QVariantMap wrong {{u"path"_s, sample()}, {u"geometry"_s, u"x"_s}, {u"state"_s, 5}};
+    for (const QVariant &stored : {QVariant(u"text"_s), QVariant(QVariantList {5, u"a"_s, QVariantMap()}),
+                                   QVariant(QVariantList {wrong})}) {
+        UserDefaults::standard().setObjectForKey(stored, u"VXOpenWindows"_s);
+        m_delegate.openAtStart({});
+        QCOMPARE(controller().documentList().size(), 1);
+        controller().releaseAll();
+    }
+}
+
+void DelegateTest::keepsEverythingWhenTheDesktopEnds()
+{
+    const QTemporaryDir folder;
+    m_delegate.openAtStart({tinyFile(folder, u"a.xml"_s)});
+    QVERIFY(m_delegate.keepForNextStart());
+    QVERIFY(controller().documentList().front()->autosavedContentsURL().isEmpty());
+    frontWindow()->addInfo();
+    QVERIFY(m_delegate.keepForNextStart());
+    QVERIFY(!shownBox());
+    const QString kept = controller().documentList().front()->autosavedContentsURL();
+    QVERIFY(QFileInfo(kept).size() > 0);
+    QCOMPARE(UserDefaults::standard().arrayForKey(u"VXOpenWindows"_s).size(), 1);
+    QVERIFY(controller().documentList().front()->isDocumentEdited());
+    controller().documentList().front()->removeAutosave();
+}
+
+void DelegateTest::followsTheAutosaveDelay()
+{
+    m_delegate.openAtStart({});
+    QCOMPARE(controller().autosavingDelay(), 6.0);
+    UserDefaults::standard().setObjectForKey(20, u"VXAutosaveDelay"_s);
+    QCOMPARE(controller().autosavingDelay(), 20.0);
+    controller().openUntitledDocumentAndDisplay(false);
+    QCOMPARE(controller().autosavingDelay(), 20.0);
+    UserDefaults::standard().setObjectForKey(-5, u"VXAutosaveDelay"_s);
+    QCOMPARE(controller().autosavingDelay(), 0.0);
+}
+
+RUNEBOOK_APP_TEST_MAIN(DelegateTest)
+#include "DelegateTest.moc"

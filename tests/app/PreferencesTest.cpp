@@ -1,0 +1,288 @@
+#include "AppMain.h"
+#include "app/VXPreferencesController.h"
+#include "app/preferences/FontsPane.h"
+#include "app/preferences/PythonPane.h"
+#include "document/VXDocument.h"
+#include "platform/UserDefaults.h"
+#include "scripting/PythonPlaces.h"
+#include "scripting/VXScriptingHandler.h"
+
+#include <QAccessible>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeWidget>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+/// The preferences, driven by keys and mouse.
+class PreferencesTest : public QObject
+{
+    Q_OBJECT
+public:
+    explicit PreferencesTest(VXAppDelegate &delegate) : m_delegate(delegate) { }
+
+private Q_SLOTS:
+    void init();
+    void leadsToItsPanes();
+    void commitsWhenItCloses();
+    void namesAndKeysEveryControl();
+    void keepsSettings_data();
+    void keepsSettings();
+    void followsSettingsFromElsewhere();
+    void showsTheCodeFont();
+    void checksAddresses_data();
+    void checksAddresses();
+    void choosesAPreviewFont();
+    void choosesAPython();
+    void refusesWhatIsNoPython();
+
+private:
+    template <typename Widget> Widget *find(const char *name)
+    {
+        return m_window->findChild<Widget *>(QString::fromLatin1(name));
+    }
+    QStringList identifiers() const { return m_window->toolbarSelectableItemIdentifiers(); }
+
+    VXAppDelegate &m_delegate;
+    std::unique_ptr<VXPreferencesController> m_window;
+};
+
+void PreferencesTest::init()
+{
+    m_window.reset();
+    for (const char *key :
+         {"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize",
+          "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
+          "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"})
+        UserDefaults::standard().removeObjectForKey(QString::fromLatin1(key));
+    m_window = std::make_unique<VXPreferencesController>();
+    m_window->showWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+}
+
+void PreferencesTest::leadsToItsPanes()
+{
+    const QStringList panes {u"general"_s, u"python"_s, u"fonts"_s, u"code"_s, u"updates"_s};
+    QCOMPARE(identifiers(), panes);
+    QCOMPARE(m_window->toolbarAllowedItemIdentifiers(), panes);
+    QCOMPARE(m_window->toolbarDefaultItemIdentifiers(), panes); // no spaces around them
+    QCOMPARE(m_window->selectedItemIdentifier(), u"general"_s);
+    auto *bar = m_window->findChild<QToolBar *>();
+    for (const QString &pane : panes) {
+        QAction *item = m_window->toolbarItemForItemIdentifier(pane);
+        QVERIFY(QFile::exists(":/icons/"_L1 + pane + ".svg"_L1));
+        QTest::mouseClick(bar->widgetForAction(item), Qt::LeftButton);
+        QCOMPARE(m_window->tabView()->currentWidget()->objectName(), pane);
+        QCOMPARE(m_window->tabView()->tabText(m_window->tabView()->currentIndex()), item->text());
+        QCOMPARE(m_window->selectedItemIdentifier(), pane);
+    }
+    m_window->showPrefpaneWithIdentifier(u"python"_s);
+    QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
+    m_window->showPrefpaneWithIdentifier(u"colours"_s);
+    QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
+    QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
+    QCOMPARE(m_window->selectedItemIdentifier(), u"code"_s);
+    QVERIFY(!m_window->toolbarItemForItemIdentifier(u"colours"_s));
+}
+
+void PreferencesTest::commitsWhenItCloses()
+{
+    m_window->showPrefpaneWithIdentifier(u"updates"_s);
+    auto *feed = find<QLineEdit>("feed");
+    feed->setFocus();
+    QTest::keyClicks(feed, u"https://example.org/feed"_s);
+    QCOMPARE(UserDefaults::standard().stringForKey(u"SUFeedURL"_s), QString());
+    QTest::keyClick(feed, Qt::Key_Escape);
+    QVERIFY(!m_window->isVisible());
+    QCOMPARE(UserDefaults::standard().stringForKey(u"SUFeedURL"_s), u"https://example.org/feed"_s);
+}
+
+void PreferencesTest::namesAndKeysEveryControl()
+{
+    for (QWidget *control : m_window->findChildren<QWidget *>()) {
+        const bool isControl = control->focusPolicy() != Qt::NoFocus && !control->objectName().isEmpty()
+            && !control->objectName().startsWith("qt_"_L1) && control->window() == m_window.get();
+        if (!isControl || qobject_cast<QTabWidget *>(control))
+            continue;
+        QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(control);
+        QVERIFY2(spoken && !spoken->text(QAccessible::Name).isEmpty(), qPrintable(control->objectName()));
+        if (auto *button = qobject_cast<QAbstractButton *>(control);
+            button && !qobject_cast<QToolButton *>(button))
+            QVERIFY2(!button->shortcut().isEmpty(), qPrintable(control->objectName()));
+    }
+}
+
+void PreferencesTest::keepsSettings_data()
+{
+    QTest::addColumn<QByteArray>("control");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("typed"); // empty: a click
+    QTest::addColumn<QVariant>("stored");
+    QTest::newRow("windows") << QByteArray("restoreWindows") << u"VXRestoreWindows"_s << QString()
+                             << QVariant(true);
+    QTest::newRow("reload") << QByteArray("reloadChangedFiles") << u"VXReloadChangedFiles"_s << QString()
+                            << QVariant(true);
+    QTest::newRow("autosave") << QByteArray("autosaveDelay") << u"VXAutosaveDelay"_s << u"42"_s
+                              << QVariant(42);
+    QTest::newRow("no autosave") << QByteArray("autosaveDelay") << u"VXAutosaveDelay"_s << u"0"_s
+                                 << QVariant(0);
+    QTest::newRow("font size") << QByteArray("fontSize") << u"MacroCodeFontSize"_s << u"20"_s << QVariant(20);
+    QTest::newRow("console") << QByteArray("consoleLines") << u"VXConsoleLineLimit"_s << u"5000"_s
+                             << QVariant(5000);
+    QTest::newRow("feed") << QByteArray("feed") << u"SUFeedURL"_s << u"https://a/"_s
+                          << QVariant(u"https://a/"_s);
+    QTest::newRow("server") << QByteArray("server") << u"VXUpdateServer"_s << u"https://b"_s
+                            << QVariant(u"https://b"_s);
+    QTest::newRow("newest") << QByteArray("newest") << u"SUShowCuttingEdgeVersion"_s << QString()
+                            << QVariant(true);
+}
+
+void PreferencesTest::keepsSettings()
+{
+    QFETCH(QByteArray, control);
+    QFETCH(QString, key);
+    QFETCH(QString, typed);
+    QFETCH(QVariant, stored);
+    auto *widget = m_window->findChild<QWidget *>(QString::fromLatin1(control));
+    QVERIFY(widget);
+    for (const QString &pane : identifiers()) {
+        if (m_window->tabView()->findChild<QWidget *>(pane)->isAncestorOf(widget))
+            m_window->showPrefpaneWithIdentifier(pane);
+    }
+    QVERIFY(!UserDefaults::standard().isSet(key));
+    if (typed.isEmpty()) {
+        QTest::mouseClick(widget, Qt::LeftButton, {}, QPoint(8, widget->height() / 2));
+    } else {
+        widget->setFocus();
+        QTest::keyClick(widget, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(widget, typed);
+        QTest::keyClick(widget, Qt::Key_Return);
+    }
+    QCOMPARE(UserDefaults::standard().objectForKey(key), stored);
+}
+
+void PreferencesTest::followsSettingsFromElsewhere()
+{
+    UserDefaults::standard().setObjectForKey(25, u"MacroCodeFontSize"_s);
+    UserDefaults::standard().setObjectForKey(true, u"SUShowCuttingEdgeVersion"_s);
+    UserDefaults::standard().setObjectForKey(u"https://c/"_s, u"SUFeedURL"_s);
+    QCOMPARE(find<QSpinBox>("fontSize")->value(), 25);
+    QVERIFY(find<QRadioButton>("newest")->isChecked());
+    QCOMPARE(find<QLineEdit>("feed")->text(), u"https://c/"_s);
+    UserDefaults::standard().setObjectForKey(u"no number"_s, u"MacroCodeFontSize"_s);
+    QCOMPARE(find<QSpinBox>("fontSize")->value(), 7); // the smallest there is
+    UserDefaults::standard().removeObjectForKey(u"MacroCodeFontSize"_s);
+    QCOMPARE(find<QSpinBox>("fontSize")->value(), 13);
+    QVERIFY(!UserDefaults::standard().isSet(u"MacroCodeFontSize"_s)); // showing it stores nothing
+}
+
+void PreferencesTest::showsTheCodeFont()
+{
+    find<QSpinBox>("fontSize")->setValue(30);
+    QCOMPARE(find<QWidget>("sample")->window(), m_window.get());
+    QCOMPARE(m_window->tabView()->widget(3)->findChild<QWidget *>(u"sample"_s)->font().pointSize(), 30);
+}
+
+void PreferencesTest::checksAddresses_data()
+{
+    QTest::addColumn<QString>("feed");
+    QTest::addColumn<bool>("isGood");
+    QTest::newRow("https") << u"https://example.org/feed.xml"_s << true;
+    QTest::newRow("http") << u"http://example.org/feed.xml"_s << false;
+    QTest::newRow("a file") << u"/etc/passwd"_s << false;
+    QTest::newRow("none") << QString() << false;
+}
+
+void PreferencesTest::checksAddresses()
+{
+    QFETCH(QString, feed);
+    QFETCH(bool, isGood);
+    find<QLineEdit>("feed")->setText(feed);
+    const auto *status = m_window->tabView()->widget(4)->findChild<QLabel *>(u"status"_s);
+    QCOMPARE(status->text().isEmpty(), isGood);
+    QCOMPARE(find<QCheckBox>("checksAtStart")->isEnabled(), !feed.isEmpty());
+}
+
+void PreferencesTest::choosesAPreviewFont()
+{
+    auto *pane = m_window->findChild<FontsPane *>();
+    auto *list = pane->findChild<QTreeWidget *>(u"scripts"_s);
+    const QList<QTreeWidgetItem *> items = list->findItems(u"greek"_s, Qt::MatchFixedString, 0);
+    QCOMPARE(items.size(), 1);
+    QVERIFY(list->topLevelItemCount() > 20);
+    list->setCurrentItem(items.front());
+    const QString font = u"/usr/share/fonts/truetype/dejavu/DejaVuSerif.ttf"_s;
+    if (!QFile::exists(font))
+        QSKIP("needs the DejaVu fonts");
+    QVERIFY(pane->useFontFile(font));
+    QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
+    QCOMPARE(items.front()->text(1), u"DejaVuSerif.ttf"_s);
+    QCOMPARE(pane->findChild<QLabel *>(u"sample"_s)->font().family(), u"DejaVu Serif"_s);
+    // What is no font changes nothing.
+    QVERIFY(!pane->useFontFile(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml")));
+    QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
+    QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("no font"_L1));
+    m_window->showPrefpaneWithIdentifier(u"fonts"_s);
+    QTest::mouseClick(pane->findChild<QPushButton *>(u"remove"_s), Qt::LeftButton);
+    QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), QString());
+    QVERIFY(!pane->findChild<QPushButton *>(u"remove"_s)->isEnabled());
+}
+
+void PreferencesTest::choosesAPython()
+{
+    m_window->showPrefpaneWithIdentifier(u"python"_s);
+    auto *pane = m_window->findChild<PythonPane *>();
+    auto *list = pane->findChild<QListWidget *>(u"installations"_s);
+    const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
+    QCOMPARE(list->count(), 1 + found.size());
+    QCOMPARE(list->currentRow(), 0);
+    if (found.isEmpty())
+        QSKIP("needs a supported Python");
+    const QString newest = found.last().value(u"fullPath"_s).toString();
+    QVERIFY(pane->findChild<QLabel *>(u"inUse"_s)->text().contains(newest));
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Down);
+    QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
+    QTest::keyClick(list, Qt::Key_Up);
+    QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
+
+    const QSignalSpy tried(pane, &PythonPane::tried);
+    pane->addInstallation(newest);
+    QTRY_COMPARE_WITH_TIMEOUT(tried.size(), 1, 30'000);
+    QVERIFY(tried.at(0).at(0).toBool());
+    QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
+    QCOMPARE(list->currentRow(), 1);
+    QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("next start"_L1));
+}
+
+void PreferencesTest::refusesWhatIsNoPython()
+{
+    const QTemporaryDir folder;
+    const QString fake = folder.filePath(u"libpython3.11.so.1.0"_s);
+    QVERIFY(QFile::copy(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), fake));
+    auto *pane = m_window->findChild<PythonPane *>();
+    const QSignalSpy tried(pane, &PythonPane::tried);
+    int count = 0;
+    for (const QString &path : {QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), fake,
+                                folder.filePath(u"libpython3.11.so"_s), QString()}) {
+        pane->addInstallation(path);
+        ++count;
+        QTRY_COMPARE_WITH_TIMEOUT(tried.size(), count, 30'000);
+        QVERIFY(!tried.last().at(0).toBool());
+        QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
+        QVERIFY(pane->findChild<QPushButton *>(u"add"_s)->isEnabled());
+    }
+}
+
+RUNEBOOK_APP_TEST_MAIN(PreferencesTest)
+#include "PreferencesTest.moc"
