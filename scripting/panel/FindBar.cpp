@@ -112,13 +112,9 @@ void FindBar::find(bool backward, Start start)
     if (found.isNull())
         return;
     m_view->setTextCursor(found);
-    showSelection(*m_view);
-}
-
-void FindBar::showSelection(QPlainTextEdit &view)
-{
-    view.ensureCursorVisible();
-    if (auto *editor = qobject_cast<JSTTextView *>(&view))
+    m_view->ensureCursorVisible();
+    // While the text is being typed the plates would pile up.
+    if (auto *editor = qobject_cast<JSTTextView *>(m_view); editor && start == Start::BehindSelection)
         editor->showFindIndicatorForRange(editor->selectedRange());
 }
 

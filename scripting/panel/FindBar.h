@@ -36,7 +36,6 @@ private:
 
     QToolButton *addButton(const QString &text, Command command);
     void find(bool backward, Start start);
-    void showSelection(QPlainTextEdit &view);
     void hideBar();
 
     QLineEdit *m_text;

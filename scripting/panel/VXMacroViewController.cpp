@@ -7,6 +7,7 @@
 #include "codeeditor/VXLineNumberView.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
+#include "scripting/LiveCompletion.h"
 #include "scripting/ScriptRun.h"
 #include "ui_VXMacroView.h"
 
@@ -98,6 +99,11 @@ JSTDocument *VXMacroViewController::document()
     return m_document;
 }
 
+bool VXMacroViewController::isEditorMade() const
+{
+    return m_macroText;
+}
+
 // The editor
 
 void VXMacroViewController::makeEditor()
@@ -149,9 +155,7 @@ QStringList VXMacroViewController::textViewCompletionsForPartialWordRangeIndexOf
 {
     Q_UNUSED(words)
     Q_UNUSED(selectedIndex)
-    Q_UNUSED(view)
-    Q_UNUSED(range)
-    return {};
+    return liveCompletions(view->textStorage()->substringWithRange(range));
 }
 
 // Running

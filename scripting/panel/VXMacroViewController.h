@@ -47,7 +47,7 @@ public: // what it is about
     Q_INVOKABLE JSTTextView *macroText();
     /// Colours and completes the editor's text.
     Q_INVOKABLE JSTDocument *document();
-    bool isEditorMade() const { return m_macroText; }
+    bool isEditorMade() const;
 
 public: // running
     /// Runs the whole text.

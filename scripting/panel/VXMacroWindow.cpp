@@ -36,6 +36,11 @@ VXMacroWindow::VXMacroWindow(QWidget *parent)
     m_ui->setupUi(this);
     setAttribute(Qt::WA_QuitOnClose, false);
     setContextMenuPolicy(Qt::NoContextMenu); // no menu that would hide the toolbar
+    // The prompt is the last line of the console.
+    m_ui->promptBar->setBackgroundRole(QPalette::Base);
+    m_ui->promptSeparator->setForegroundRole(QPalette::Mid);
+    m_ui->promptLabel->setForegroundRole(QPalette::PlaceholderText);
+    m_ui->splitter->setSizes({3, 2});
     setUpToolBar();
     setUpMenus();
     connectTextCommands();
@@ -80,6 +85,7 @@ void VXMacroWindow::setUpMenus()
     addShortcuts(*m_ui->zoomInAction, {QKeySequence(Qt::CTRL | Qt::Key_Equal)});
     m_ui->macroMenu->addSeparator();
     m_ui->macroMenu->addMenu(m_snippetsPopup->menu())->setText(tr("S&nippets"));
+    menuBar()->insertMenu(m_ui->windowMenu->menuAction(), MainMenu::sharedMenu(MainMenu::Scripts));
     const std::pair<MainMenu::Place, QMenu *> places[] = {{MainMenu::File, m_ui->fileMenu},
                                                           {MainMenu::Edit, m_ui->editMenu},
                                                           {MainMenu::Window, m_ui->windowMenu},
@@ -115,6 +121,7 @@ void VXMacroWindow::connectTextCommands()
     }
     connect(m_ui->useSelectionAction, &QAction::triggered, this, &VXMacroWindow::exportFont);
     connect(m_ui->saveAction, &QAction::triggered, this, &VXMacroWindow::saveDocument);
+    connect(m_ui->nextPaneAction, &QAction::triggered, this, &VXMacroWindow::goToNextPane);
 }
 
 // Commands
@@ -153,6 +160,17 @@ void VXMacroWindow::performTextFinderAction(QObject *item)
 {
     if (item)
         m_ui->findBar->performTextFinderAction(item->property("tag").toInt(), activeTextView());
+}
+
+void VXMacroWindow::goToNextPane()
+{
+    // Tab would not do: it means something in each of them.
+    QWidget *const panes[] = {m_ui->tabContent->findChild<QPlainTextEdit *>(), m_ui->consoleText,
+                              m_ui->prompt};
+    const auto current = std::find(std::begin(panes), std::end(panes), focusWidget());
+    QWidget *next = current == std::end(panes) || current + 1 == std::end(panes) ? panes[0] : current[1];
+    if (next)
+        next->setFocus(Qt::ShortcutFocusReason);
 }
 
 // Layout

@@ -39,6 +39,8 @@ public: // commands
     /// "Use Selection for Find": has the text view that has the keys take its selection as the text to look
     /// for.
     Q_INVOKABLE void exportFont();
+    /// Moves the keyboard on: from the editor to the console, the prompt, and back.
+    Q_INVOKABLE void goToNextPane();
     /// Find, find next and so on, by the "tag" of \a item.
     Q_INVOKABLE void performTextFinderAction(QObject *item);
 

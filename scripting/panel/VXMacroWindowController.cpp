@@ -3,7 +3,7 @@
 #include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
 #include "platform/UserDefaults.h"
-#include "scripting/VXScriptingHandler.h"
+#include "scripting/RunPump.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
@@ -84,6 +84,7 @@ void VXMacroWindowController::loadWindow()
     loadSnippets();
     setUpConsole();
     restoreMacroTabs();
+    setUpRuns();
     connectCommands();
     connect(m_window.get(), &VXMacroWindow::becameKey, this, &VXMacroWindowController::windowDidBecomeKey);
     connect(m_window.get(), &VXMacroWindow::closing, this, &VXMacroWindowController::windowShouldClose);
@@ -143,6 +144,18 @@ void VXMacroWindowController::connectCommands()
     }
 }
 
+void VXMacroWindowController::setUpRuns()
+{
+    RunPump &pump = RunPump::shared();
+    for (QObject *control : m_window->parts().stopAction->associatedObjects()) {
+        if (auto *button = qobject_cast<QToolButton *>(control))
+            pump.addStopControl(button);
+    }
+    connect(&pump, &RunPump::runStarted, m_window.get(), [this] { m_window->setRunning(true); });
+    connect(&pump, &RunPump::pumped, m_window->parts().consoleText, &ConsoleView::showPending);
+    connect(&pump, &RunPump::runEnded, m_window.get(), [this] { m_window->setRunning(false); });
+}
+
 VXTabBarControl *VXMacroWindowController::tabBarControl()
 {
     return window()->parts().tabBarControl;
@@ -157,19 +170,31 @@ SnippetsPopup *VXMacroWindowController::snippetsPopup()
 
 void VXMacroWindowController::showPanel()
 {
+    RunPump::shared().start(); // there is something to see from now on
     if (window()->isMinimized())
         window()->showNormal();
     window()->show();
     window()->raise();
     window()->activateWindow();
+    giveFocus();
 }
 
 void VXMacroWindowController::showPanelBehind()
 {
+    RunPump::shared().start();
     window()->setAttribute(Qt::WA_ShowWithoutActivating);
     window()->show();
     window()->lower();
+    giveFocus();
     window()->setAttribute(Qt::WA_ShowWithoutActivating, false);
+}
+
+/// Somebody who opens the panel wants to type.
+void VXMacroWindowController::giveFocus()
+{
+    VXMacroViewController *tab = activeMacroController();
+    if (tab && !qobject_cast<QPlainTextEdit *>(m_window->focusWidget()))
+        tab->macroText()->setFocus();
 }
 
 void VXMacroWindowController::hidePanel()
@@ -395,5 +420,5 @@ void VXMacroWindowController::runSelection()
 
 void VXMacroWindowController::stopMacro()
 {
-    VXScriptingHandler::interruptRun();
+    RunPump::shared().stop();
 }

@@ -154,8 +154,10 @@ private:
     void setUpConsole();
     void setUpConsoleFont();
     void setUpEmphasis();
+    void setUpRuns();
     void fontSizeChanged();
     void saveAll();
+    void giveFocus();
     void rename(VXMacroViewController *tab);
     void run(void (VXMacroViewController::*command)());
 
@@ -163,7 +165,6 @@ private:
     QTimer m_saveTimer; ///< after the last edit
     int m_macroFontSize = 0;
     std::optional<QFont> m_macroFont;
-    QVariantMap m_messageAttributes;
     QPointer<VXMacroViewController> m_lastRun; ///< whose lines "<macro>" means
     QList<QVariantMap> m_closedTabs; ///< the last one closed last
     QMenu *m_tabMenu = nullptr; // the window's

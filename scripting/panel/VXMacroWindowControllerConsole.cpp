@@ -6,6 +6,7 @@
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
 #include "scripting/ConsoleText.h"
+#include "scripting/ExternalEditors.h"
 #include "scripting/ScriptMenuItems.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/MacroSnippets.h"
@@ -72,9 +73,10 @@ void VXMacroWindowController::setUpConsoleFont()
         m_macroFont->setPointSize(qBound(kSmallestConsoleFont, m_macroFontSize, kLargestConsoleFont));
     }
     console().setConsoleFont(*m_macroFont);
+    for (QWidget *widget : {static_cast<QWidget *>(m_window->parts().prompt),
+                            static_cast<QWidget *>(m_window->parts().promptLabel)})
+        widget->setFont(*m_macroFont);
     setUpEmphasis();
-    m_messageAttributes = {{u"NSFont"_s, *m_macroFont},
-                           {u"NSColor"_s, console().palette().color(QPalette::Text)}};
 }
 
 void VXMacroWindowController::setUpEmphasis()
@@ -97,8 +99,7 @@ QFont VXMacroWindowController::macroFont()
 
 QVariantMap VXMacroWindowController::messageAttributes()
 {
-    window();
-    return m_messageAttributes;
+    return {{u"NSFont"_s, macroFont()}, {u"NSColor"_s, console().palette().color(QPalette::Text)}};
 }
 
 QWidget *VXMacroWindowController::consoleText()
@@ -172,7 +173,7 @@ bool VXMacroWindowController::textViewClickedOnLinkAtIndex(QObject *textView, co
             tab->macroText()->setFocus(Qt::OtherFocusReason);
         }
     } else {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+        ExternalEditors::open(path, line);
     }
     return true;
 }

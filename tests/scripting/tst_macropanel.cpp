@@ -4,6 +4,7 @@
 #include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
+#include "scripting/RunPump.h"
 #include "scripting/ScriptRun.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/ScriptApplication.h"
@@ -18,6 +19,7 @@
 #include <QAbstractButton>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QSignalSpy>
 
 using namespace runebook;
@@ -107,6 +109,9 @@ private Q_SLOTS:
     void runsCodeOnTheDocument();
     void runsTheSelection();
     void followsLinks();
+    void showsThatItRuns();
+    void evaluatesAndCompletes();
+    void renamesTabsWithTheMouse();
     void answersScripts_data();
     void answersScripts();
 
@@ -351,6 +356,12 @@ void MacroPanelTest::findsText()
     QCOMPARE(panel.editor().selectedRange(), (TextRange {17, 3}));
     panel.press(Qt::Key_Escape, Qt::NoModifier);
     QCOMPARE(QApplication::focusWidget(), &panel.editor());
+    for (QWidget *pane : {static_cast<QWidget *>(&panel.console()),
+                          static_cast<QWidget *>(panel.controller.window()->parts().prompt),
+                          static_cast<QWidget *>(&panel.editor())}) {
+        panel.press(Qt::Key_F6, Qt::NoModifier);
+        QCOMPARE(QApplication::focusWidget(), pane);
+    }
     QVERIFY(!panel.controller.window()->parts().findBar->isVisible());
 }
 
@@ -519,6 +530,74 @@ void MacroPanelTest::followsLinks()
     QVERIFY(panel.controller.textViewClickedOnLinkAtIndex(&panel.console(), link, 0));
     QCOMPARE(panel.editor().selectedRange(), (TextRange {0, 6}));
     setScriptConsole(nullptr);
+}
+
+void MacroPanelTest::showsThatItRuns()
+{
+    if (!VXScriptingHandler::isPythonRunning())
+        QSKIP("no supported Python on this machine");
+    Panel panel;
+    setScriptConsole(&panel.controller);
+    const Ui::VXMacroWindow_11 &parts = panel.controller.window()->parts();
+    QVERIFY(!parts.stopAction->isEnabled() && parts.runAction->isEnabled());
+    bool wasRunning = false;
+    bool hadOutput = false;
+    const auto connection = connect(&RunPump::shared(), &RunPump::pumped, this, [&] {
+        wasRunning = parts.stopAction->isEnabled() && !parts.runAction->isEnabled();
+        hadOutput = panel.console().toPlainText().contains(u"begun"_s);
+        if (hadOutput)
+            parts.stopAction->trigger();
+    });
+    panel.controller.activeMacroController()->setCode(u"print('begun')\nwhile True: pass\n"_s);
+    panel.press(Qt::Key_Return);
+    disconnect(connection);
+    QVERIFY(wasRunning && hadOutput);
+    QVERIFY(panel.controller.write().endsWith(u"KeyboardInterrupt\n"_s));
+    QVERIFY(panel.controller.write().contains(u"File \"<macro>\", line 2"_s));
+    QVERIFY(!parts.stopAction->isEnabled() && parts.runAction->isEnabled());
+    setScriptConsole(nullptr);
+}
+
+void MacroPanelTest::evaluatesAndCompletes()
+{
+    if (!VXScriptingHandler::isPythonRunning())
+        QSKIP("no supported Python on this machine");
+    Panel panel;
+    setScriptConsole(&panel.controller);
+    PromptLine *prompt = panel.controller.window()->parts().prompt;
+    QTest::keyClicks(prompt, u"answerOfAll = 6 * 7"_s);
+    QTest::keyClick(prompt, Qt::Key_Return);
+    QTest::keyClicks(prompt, u"answerOfAll"_s);
+    QTest::keyClick(prompt, Qt::Key_Return);
+    QVERIFY(panel.controller.write().endsWith(u">>> answerOfAll\n42\n"_s));
+    setScriptConsole(nullptr);
+    // What the prompt made is offered in the editor, behind the words of its list.
+    panel.controller.activeMacroController()->setCode(u"answerOf"_s);
+    int selected = -1;
+    const QStringList offered = panel.editor().completionsForPartialWordRange({0, 8}, &selected);
+    QCOMPARE(offered, QStringList {u"answerOfAll"_s});
+}
+
+void MacroPanelTest::renamesTabsWithTheMouse()
+{
+    Panel panel;
+    panel.press(Qt::Key_T);
+    const QPoint first = panel.bar().cells().first()->frame().center().toPoint();
+    QTest::mouseDClick(&panel.bar(), Qt::LeftButton, {}, first);
+    auto *dialog = panel.controller.window()->findChild<QInputDialog *>();
+    QVERIFY(dialog);
+    QCOMPARE(dialog->textValue(), u"Macro 1"_s);
+    dialog->setTextValue(u"  "_s); // no title: the old one stays
+    dialog->accept();
+    QCOMPARE(panel.bar().cells().first()->title(), u"Macro 1"_s);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    panel.controller.renameTab();
+    panel.controller.window()->findChild<QInputDialog *>()->setTextValue(u" Sorting "_s);
+    panel.controller.window()->findChild<QInputDialog *>()->accept();
+    QCOMPARE(panel.controller.activeMacroController()->title(), u"Sorting"_s);
+    QMenu *menu = panel.controller.tabViewMenuForTabItem(&panel.bar(), panel.bar().tabItemAtIndex(0));
+    QCOMPARE(panel.bar().selectionIndex(), 0u);
+    QCOMPARE(menu->actions().size(), 3);
 }
 
 // From scripts
