@@ -12,6 +12,7 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -155,8 +156,14 @@ void TestFileSaver::keepsTheFileItself()
     write(name);
     QCOMPARE(::chmod(QFile::encodeName(name).constData(), 0604), 0);
     QCOMPARE(::link(QFile::encodeName(name).constData(), QFile::encodeName(path(u"b.xml"_s)).constData()), 0);
+    const bool hasAttribute =
+        ::setxattr(QFile::encodeName(name).constData(), "user.label", "kept", 4, 0) == 0;
+    QVERIFY(hasAttribute || errno == ENOTSUP);
     const struct stat before = statusOf(name);
     QVERIFY(FileSaver::save(name, content("new")));
+    char label[8] = {};
+    ::getxattr(QFile::encodeName(name).constData(), "user.label", label, sizeof label);
+    QCOMPARE(QByteArray(label), hasAttribute ? QByteArray("kept") : QByteArray());
     const struct stat after = statusOf(name);
     QCOMPARE(after.st_ino, before.st_ino);
     QCOMPARE(after.st_mode, before.st_mode);
