@@ -6,6 +6,7 @@
 #include "app/VXApplication.h"
 #include "app/VXChangeLogWindowController.h"
 #include "app/VXPreferencesController.h"
+#include "editing/CompareDocuments.h"
 #include "editing/RecoveryPanel.h"
 #include "editing/VXCompareDataWindow.h"
 #include "platform/DocumentController.h"
@@ -40,6 +41,7 @@ QWidget *frontWindow()
 
 VXAppDelegate::~VXAppDelegate()
 {
+    setCompareWindowProvider({});
     delete m_compareWindow;
     delete m_changeLogWindow;
     delete m_preferencesController;
@@ -79,6 +81,10 @@ void VXAppDelegate::applicationDidFinishLaunching()
     if (UserDefaults::standard().boolForKey(kShowMacroPanel))
         m_macroPanelController->showPanelBehind();
     VXScriptingHandler::sharedHandler()->setupScriptMenu();
+    setCompareWindowProvider([this] {
+        compareWindow();
+        return m_compareWindow.data();
+    });
     RecoveryPanel::offer();
     auto *application = qobject_cast<VXApplication *>(qApp);
     if (application && application->updater()->automaticallyChecksForUpdates())
