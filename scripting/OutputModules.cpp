@@ -63,9 +63,8 @@ PendingOutput &pendingOutput()
 }
 
 /// QString::fromUtf8 drops a byte order mark at the beginning; here it is a character like any other.
-QString textFromUtf8(const char *utf8)
+QString textFromUtf8(QByteArrayView bytes)
 {
-    const QByteArrayView bytes(utf8);
     const QString text = QString::fromUtf8(bytes);
     return bytes.startsWith("\xEF\xBB\xBF") ? QChar(QChar::ByteOrderMark) + text : text;
 }
@@ -105,10 +104,58 @@ bool readUnusualText(PyObject *arguments, QString &text)
     return true;
 }
 
+/// Where the piece of \a bytes ends that is handed over first: behind a line if it can, never inside of a
+/// character.
+qsizetype pieceOf(QByteArrayView bytes)
+{
+    constexpr qsizetype kLargestPiece = 1 << 20;
+    if (bytes.size() <= kLargestPiece)
+        return bytes.size();
+    const qsizetype lineEnd = bytes.first(kLargestPiece).lastIndexOf('\n');
+    if (lineEnd >= 0)
+        return lineEnd + 1;
+    qsizetype end = kLargestPiece;
+    while ((static_cast<unsigned char>(bytes[end]) & 0xC0) == 0x80)
+        --end;
+    return end;
+}
+
+/// Hands output of many megabytes over piece by piece: windows are painted in between, and Stop works. False
+/// with an error set when the script was interrupted.
+bool deliverInPieces(QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const qsizetype length = pieceOf(bytes);
+        deliver(Stream::Output, textFromUtf8(bytes.first(length)));
+        bytes = bytes.sliced(length);
+        if (!bytes.isEmpty() && py.PyErr_CheckSignals() != 0)
+            return false;
+    }
+    return true;
+}
+
+/// The text of a write without a copy, where it has a form in UTF-8 at hand; null for anything else.
+const char *utf8Of(PyObject *arguments, Py_ssize_t &length)
+{
+    PyObject *given = py.PyTuple_Size(arguments) == 1 ? py.PyTuple_GetItem(arguments, 0) : nullptr;
+    if (!given || !(py.PyType_GetFlags(given->ob_type) & python::kUnicodeSubclass))
+        return nullptr;
+    const char *utf8 = py.PyUnicode_AsUTF8AndSize(given, &length);
+    if (!utf8)
+        vxPyErr_Clear();
+    return utf8;
+}
+
 PyObject *capture(Stream stream, PyObject *arguments)
 {
+    Py_ssize_t length = 0;
     char *utf8 = nullptr;
     QString text;
+    if (const char *whole = utf8Of(arguments, length); whole && stream == Stream::Output) {
+        if (!deliverInPieces({whole, length}))
+            return nullptr;
+        return vxPy_BuildValue("s", "");
+    }
     if (vxPyArg_ParseTuple(arguments, "es", "utf-8", &utf8)) {
         text = textFromUtf8(utf8);
         vxPyMem_Free(utf8);
