@@ -18,9 +18,6 @@ ACCEPTED = {
     "initial-upload-closes-no-bugs": "the package is no answer to a request to Debian",
     "bogus-mail-host": "who builds the package names the maintainer: RUNEBOOK_MAINTAINER",
     "bogus-mail-host-in-debian-changelog": "the same",
-    "unstripped-binary-or-object": "false in a package of the debug tree",
-    "hardening-no-fortify-functions": "the debug tree",
-    "hardening-no-bindnow": "the debug tree",
 }
 
 
