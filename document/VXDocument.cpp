@@ -7,6 +7,7 @@
 #include "platform/CallLater.h"
 #include "platform/DocumentController.h"
 #include "platform/FilePath.h"
+#include "platform/MemoryRoom.h"
 
 #include <QFileInfo>
 #include <cerrno>
@@ -78,6 +79,8 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
         // Lenient towards files, but what the machine lacks is no property of the file.
         if (!infos && reason.code == ENOMEM)
             throw std::bad_alloc();
+        constexpr std::size_t kForEachRow = 64; // what those keep who show the list
+        ensureRoom(infos ? infos->size() * kForEachRow : 0);
         setInfos(std::move(infos).value_or(InfoList()));
     } catch (const std::bad_alloc &) {
         m_readNotes = std::move(notes);

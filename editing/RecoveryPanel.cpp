@@ -13,6 +13,7 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -58,7 +59,8 @@ RecoveryPanel *RecoveryPanel::offer()
         panel->showIfNeeded();
     });
     panel->m_recovery.find();
-    panel->showIfNeeded();
+    // In front of the windows that open meanwhile.
+    QTimer::singleShot(0, panel, &RecoveryPanel::showIfNeeded);
     return panel;
 }
 

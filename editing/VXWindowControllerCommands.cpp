@@ -13,6 +13,7 @@
 #include "editing/VXWindowController.h"
 #include "model/StringHelpers.h"
 #include "platform/DesktopApplication.h"
+#include "platform/MemoryRoom.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
 
@@ -36,6 +37,10 @@ InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteAr
     InfoList pasted = infosOfClipboard(lines);
     if (pasted.empty())
         return pasted;
+    // The table, the selection and the undo history grow as well.
+    constexpr std::size_t kForEachRow = 64;
+    constexpr std::size_t kForEachPasted = 512;
+    ensureRoom(document.infos().size() * kForEachRow + pasted.size() * kForEachPasted);
     const UndoGroup group(document.undoManager(), VXWindowController::tr("Paste"));
     if (selected.size() != 1) {
         document.addInfos(pasted);

@@ -17,6 +17,8 @@ Document::Document(QObject *parent) : QObject(parent), m_autosaver(std::make_uni
     connect(&m_undoManager, &UndoManager::cleanChanged, this, [this](bool clean) {
         if (clean)
             removeAutosave();
+        else
+            m_autosaver->schedule();
         Q_EMIT editedChanged(!clean);
     });
     connect(&m_undoManager, &UndoManager::changed, m_autosaver.get(), &Autosaver::schedule);

@@ -136,6 +136,7 @@ private Q_SLOTS:
     void leavesTheLivingAlone();
     void sharesNothing();
     void restoresBesideAnEditedDocument();
+    void autosavesWhatIsOnlyHere();
     void asksWhenTheOriginalHasChanged();
     void discards();
     void findsRescueFiles_data();
@@ -273,6 +274,18 @@ void TestRecovery::restoresBesideAnEditedDocument()
     QVERIFY(document->fileURL().isEmpty());
     QCOMPARE(document->displayName(), u"a.xml"_s);
     QCOMPARE(open->objectInInfosAtIndex(1)->name(), u"edited"_s);
+}
+
+void TestRecovery::autosavesWhatIsOnlyHere()
+{
+    VXDocument *document = openDocument(path(u"a.xml"_s));
+    const double delay = controller().autosavingDelay();
+    controller().setAutosavingDelay(0.01);
+    QVERIFY(QFile::remove(path(u"a.xml"_s)));
+    QCOMPARE(document->fileWatch().check(), FileWatch::Change::Removed);
+    QVERIFY(document->isDocumentEdited());
+    QTRY_COMPARE(contentOf(document->autosavedContentsURL()), kFile);
+    controller().setAutosavingDelay(delay);
 }
 
 void TestRecovery::asksWhenTheOriginalHasChanged()

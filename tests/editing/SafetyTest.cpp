@@ -9,6 +9,7 @@
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
+#include <QClipboard>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
@@ -17,6 +18,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTreeWidget>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -81,6 +83,7 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
+    void pastesWholeOrNotAtAll(); // the first: nothing was freed yet in which a large block would fit
     void offersToRecover();
     void barAboutChanges_data();
     void barAboutChanges();
@@ -131,6 +134,43 @@ void TestSafety::cleanup()
     for (Document *document : QList<Document *>(controller().documentList()))
         document->close();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void TestSafety::pastesWholeOrNotAtAll()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("the sanitizers take more address space than any limit leaves");
+#endif
+    constexpr int kPasted = 200'000;
+    VXDocument *document = open(u"a.xml"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    QApplication::clipboard()->setText(QString::fromUtf8(kLines).repeated(kPasted / 2));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        int refusals = 0;
+        bool isGood = true;
+        // More and more room, beginning with less than the text.
+        for (const rlim_t room : {4, 8, 16, 32, 64, 128, 256}) {
+            QFile status(u"/proc/self/statm"_s);
+            const bool isKnown = status.open(QIODevice::ReadOnly);
+            const auto pages = isKnown ? status.readAll().split(' ').first().toULongLong() : 0;
+            const rlimit limit {pages * rlim_t(::sysconf(_SC_PAGESIZE)) + (room << 20), RLIM_INFINITY};
+            ::setrlimit(RLIMIT_AS, &limit);
+            window->paste();
+            const rlimit none {RLIM_INFINITY, RLIM_INFINITY};
+            ::setrlimit(RLIMIT_AS, &none);
+            const qsizetype count = document->countOfInfos();
+            refusals += count == 2;
+            isGood &= (count == 2 && !document->undoManager()->canUndo()) || count == 2 + kPasted;
+            document->undoManager()->undo();
+            isGood &= document->countOfInfos() == 2;
+        }
+        ::_exit(isGood && refusals > 0 ? 0 : 1 + refusals);
+    }
+    int status = 0;
+    QCOMPARE(::waitpid(child, &status, 0), child);
+    QVERIFY2(WIFEXITED(status), "it crashed");
+    QCOMPARE(WEXITSTATUS(status), 0);
 }
 
 void TestSafety::offersToRecover()
