@@ -1,0 +1,175 @@
+// The tabs of the panel: adding, closing, naming, and where they are kept.
+#include "scripting/panel/VXMacroWindowController.h"
+
+#include "app/tabbar/VXTabBarControl.h"
+#include "platform/UserDefaults.h"
+#include "scripting/panel/VXMacroViewController.h"
+#include "scripting/panel/VXMacroWindow.h"
+#include "ui_VXMacroWindow_11.h"
+
+#include <QInputDialog>
+#include <QMenu>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto kViews = "VXMacroViews"_L1;
+constexpr auto kSelectedView = "VXSelectedMacroView"_L1;
+constexpr auto kFirstCode = "macroCode"_L1;
+constexpr auto kCode = "code"_L1;
+constexpr auto kTitle = "title"_L1;
+constexpr qsizetype kKeptClosedTabs = 20;
+
+QVariantMap recordOf(const VXMacroViewController &tab)
+{
+    return {{kCode, tab.code()}, {kTitle, tab.title()}};
+}
+
+/// A text from the defaults; null for a value of another type.
+QString textIn(const QVariantMap &record, QLatin1StringView key)
+{
+    const QVariant value = record.value(key);
+    return value.typeId() == QMetaType::QString ? value.toString() : QString();
+}
+
+} // namespace
+
+VXMacroViewController *VXMacroWindowController::activeMacroController()
+{
+    return qobject_cast<VXMacroViewController *>(tabBarControl()->selectedTabItem());
+}
+
+void VXMacroWindowController::newTab()
+{
+    const QString title = tr("Macro %1").arg(tabBarControl()->countOfTabItems() + 1);
+    tabBarControl()->selectTabItem(addMacroTitle(u"# add code here"_s, title));
+    saveMacroTabs();
+}
+
+VXMacroViewController *VXMacroWindowController::addMacroTitle(const QString &code, const QString &title)
+{
+    auto *tab = new VXMacroViewController(this);
+    tab->setTitle(title);
+    if (!code.isNull())
+        tab->setCode(code);
+    connect(tab, &VXMacroViewController::restorableStateChanged, &m_saveTimer, qOverload<>(&QTimer::start));
+    tabBarControl()->addTabItem(tab);
+    return tab;
+}
+
+void VXMacroWindowController::closeTab()
+{
+    if (tabBarControl()->countOfTabItems() > 1)
+        tabBarControl()->closeTabItem(tabBarControl()->selectedTabItem());
+    else
+        window()->close();
+}
+
+void VXMacroWindowController::reopenTab()
+{
+    if (m_closedTabs.isEmpty())
+        return;
+    const QVariantMap record = m_closedTabs.takeLast();
+    tabBarControl()->selectTabItem(addMacroTitle(textIn(record, kCode), textIn(record, kTitle)));
+    saveMacroTabs();
+}
+
+void VXMacroWindowController::renameTab()
+{
+    rename(activeMacroController());
+}
+
+void VXMacroWindowController::rename(VXMacroViewController *tab)
+{
+    if (!tab)
+        return;
+    auto *dialog = new QInputDialog(window());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setWindowTitle(tr("Rename Tab"));
+    dialog->setLabelText(tr("Title of the tab:"));
+    dialog->setTextValue(tab->title());
+    connect(dialog, &QInputDialog::textValueSelected, tab, [this, tab](const QString &title) {
+        if (title.trimmed().isEmpty())
+            return;
+        tab->setTitle(title.trimmed());
+        saveMacroTabs();
+    });
+    dialog->open();
+}
+
+void VXMacroWindowController::saveMacroTabs()
+{
+    m_saveTimer.stop();
+    QVariantList records;
+    for (QObject *item : tabBarControl()->tabItems()) {
+        if (const auto *tab = qobject_cast<VXMacroViewController *>(item))
+            records << recordOf(*tab);
+    }
+    UserDefaults &defaults = UserDefaults::standard();
+    defaults.setObjectForKey(records, kViews);
+    if (tabBarControl()->selectionIndex() < records.size())
+        defaults.setObjectForKey(tabBarControl()->selectionIndex(), kSelectedView);
+}
+
+void VXMacroWindowController::restoreMacroTabs()
+{
+    const UserDefaults &defaults = UserDefaults::standard();
+    const QVariant saved = defaults.objectForKey(kViews);
+    if (saved.typeId() != QMetaType::QVariantList) {
+        addMacroTitle(defaults.stringForKey(kFirstCode), tr("Macro %1").arg(1));
+    } else if (!saved.toList().isEmpty()) {
+        for (QObject *item : tabBarControl()->tabItems()) {
+            tabBarControl()->removeTabItem(item);
+            item->deleteLater();
+        }
+        int number = 0;
+        for (const QVariant &each : saved.toList()) {
+            const QVariantMap record = each.toMap();
+            if (record.isEmpty())
+                continue;
+            ++number;
+            const QString title = textIn(record, kTitle);
+            addMacroTitle(textIn(record, kCode), title.isEmpty() ? tr("Macro %1").arg(number) : title);
+        }
+    }
+    const int selected = defaults.integerForKey(kSelectedView);
+    const bool isThere = selected >= 0 && uint(selected) < tabBarControl()->countOfTabItems();
+    tabBarControl()->selectTabItemAtIndex(isThere ? uint(selected) : 0);
+}
+
+void VXMacroWindowController::tabBarDidSelectTabItem(VXTabBarControl *, QObject *)
+{
+    setUpEmphasis();
+    saveMacroTabs();
+}
+
+void VXMacroWindowController::tabBarWillCloseTabItem(VXTabBarControl *, QObject *item)
+{
+    const auto *tab = qobject_cast<VXMacroViewController *>(item);
+    if (!tab)
+        return;
+    m_closedTabs << recordOf(*tab);
+    if (m_closedTabs.size() > kKeptClosedTabs)
+        m_closedTabs.removeFirst();
+}
+
+void VXMacroWindowController::tabBarDidCloseTabItem(VXTabBarControl *, QObject *item)
+{
+    saveMacroTabs();
+    if (qobject_cast<VXMacroViewController *>(item))
+        item->deleteLater();
+}
+
+QMenu *VXMacroWindowController::tabViewMenuForTabItem(VXTabBarControl *, QObject *item)
+{
+    tabBarControl()->selectTabItem(item); // its commands mean the selected tab
+    if (!m_tabMenu) {
+        const Ui::VXMacroWindow_11 &parts = m_window->parts();
+        m_tabMenu = new QMenu(m_window.get());
+        m_tabMenu->addActions({parts.newTabAction, parts.renameTabAction, parts.closeTabAction});
+    }
+    return m_tabMenu;
+}
