@@ -118,8 +118,8 @@ void Autosaver::start()
 {
     if (!m_document.isDocumentEdited())
         return;
-    if (m_writing || m_document.undoManager()->groupingLevel() > 0) {
-        schedule(); // a command or the disk is not finished yet
+    if (m_writing) {
+        schedule(); // the disk is slow
         return;
     }
     Error error;
