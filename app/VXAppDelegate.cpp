@@ -13,6 +13,7 @@
 #include "platform/DocumentPanels.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
+#include "scripting/RunPump.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindowController.h"
 
@@ -78,6 +79,7 @@ void VXAppDelegate::startScripting()
 void VXAppDelegate::applicationDidFinishLaunching()
 {
     startScripting();
+    RunPump::shared().start(); // there are windows, whether the panel is one of them or not
     if (UserDefaults::standard().boolForKey(kShowMacroPanel))
         m_macroPanelController->showPanelBehind();
     VXScriptingHandler::sharedHandler()->setupScriptMenu();

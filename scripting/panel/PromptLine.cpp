@@ -28,6 +28,7 @@ PromptLine::PromptLine(QWidget *parent) : QLineEdit(parent), m_popup(new Complet
 {
     setMaxLength(std::numeric_limits<int>::max());
     setPlaceholderText(tr("Python expression"));
+    setTextMargins(10, 2, 10, 2); // in line with the text of the console above
     setAccessibleName(tr("Python prompt"));
     setToolTip(tr("Return evaluates, Up and Down go through what was entered, Tab completes"));
     connect(m_popup, &CompletionPopup::accepted, this, &PromptLine::replaceName);
