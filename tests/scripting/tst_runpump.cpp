@@ -1,5 +1,6 @@
 #include "platform/CallLater.h"
 #include "platform/StandardFolders.h"
+#include "platform/UserDefaults.h"
 #include "scripting/LiveCompletion.h"
 #include "scripting/RunPump.h"
 #include "scripting/ScriptConsole.h"
@@ -86,6 +87,9 @@ private:
 void RunPumpTest::initTestCase()
 {
     StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
+    // The same with another interpreter: the path of its library in this variable.
+    if (const QString library = qEnvironmentVariable("RUNEBOOK_TEST_PYTHON"); !library.isEmpty())
+        UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
     VXScriptingHandler::sharedHandler();
     if (!VXScriptingHandler::isPythonRunning())
         QSKIP("no supported Python on this machine");
