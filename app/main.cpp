@@ -75,8 +75,9 @@ protected:
         const auto *widget = event->type() == QEvent::Paint ? qobject_cast<QWidget *>(object) : nullptr;
         if (widget && widget->isWindow()) {
             qApp->removeEventFilter(this);
-            // The window's parts are painted in the same turn.
-            QTimer::singleShot(0, this, [this] { tell(); });
+            // The window's parts are painted in the same turn. Posted, not timed: idle work comes later.
+            QMetaObject::invokeMethod(
+                this, [this] { tell(); }, Qt::QueuedConnection);
         }
         return false;
     }
@@ -107,7 +108,8 @@ int showWindows(const CommandLine &line)
         delegate.applicationDidFinishLaunching();
         // For measuring how long a start takes.
         if (qEnvironmentVariableIsSet("RUNEBOOK_QUIT_AFTER_START"))
-            QTimer::singleShot(0, &delegate, [] { QApplication::quit(); });
+            QMetaObject::invokeMethod(
+                qApp, [] { QApplication::quit(); }, Qt::QueuedConnection);
     });
     delegate.openAtStart(files);
     return QApplication::exec();

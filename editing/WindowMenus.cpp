@@ -281,7 +281,7 @@ void WindowMenus::fillRecentFiles(QMenu *menu)
     const QStringList files = DocumentController::shared().recentFiles();
     for (const QString &path : files) {
         QAction *action =
-            menu->addAction(menuText(QFileInfo(path).fileName() + " — "_L1 + QFileInfo(path).path()));
+            menu->addAction(menuText(QFileInfo(path).fileName() + u" — "_s + QFileInfo(path).path()));
         connect(action, &QAction::triggered, this,
                 [this, path] { DocumentPanels::openFiles({path}, &m_window); });
     }

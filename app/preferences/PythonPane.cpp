@@ -30,7 +30,7 @@ QString chosenPath()
 
 void addRow(QListWidget &list, const QString &name, const QString &path)
 {
-    auto *item = new QListWidgetItem(path.isEmpty() ? name : name + " — "_L1 + path, &list);
+    auto *item = new QListWidgetItem(path.isEmpty() ? name : name + u" — "_s + path, &list);
     item->setData(Qt::UserRole, path);
     item->setToolTip(escapedToolTip(path));
 }

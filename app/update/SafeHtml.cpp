@@ -27,9 +27,9 @@ const QSet<QString> &keptElements()
 /// Elements that go with everything in them.
 const QSet<QString> &droppedElements()
 {
-    static const QSet<QString> names {u"script"_s, u"style"_s,  u"head"_s,     u"title"_s,
-                                      u"iframe"_s, u"object"_s, u"noscript"_s, u"template"_s,
-                                      u"svg"_s,    u"math"_s,   u"select"_s,   u"textarea"_s};
+    static const QSet<QString> names {u"script"_s, u"style"_s,    u"head"_s,     u"title"_s, u"iframe"_s,
+                                      u"object"_s, u"noscript"_s, u"template"_s, u"nav"_s,   u"svg"_s,
+                                      u"math"_s,   u"select"_s,   u"textarea"_s};
     return names;
 }
 

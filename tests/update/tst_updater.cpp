@@ -353,6 +353,7 @@ void UpdaterTest::makesPagesSafe_data()
     row("hidden script link", "<a href=' java&#115;cript:x()'>x</a>", "<a>x</a>");
     row("file link", "<a href='file:///etc/passwd'>x</a>", "<a>x</a>");
     row("quote in a link", "<a href='https://a/\"onclick=x'>x</a>", "<a>x</a>");
+    row("contents list", "<nav><a href='#a'>A</a></nav><p>b", "<p>b</p>");
     row("comment", "a<!-- <b> -->b", "ab");
     row("declarations", "<!DOCTYPE html><?php x ?>b", "b");
     row("upper case", "<B>x</B>", "<b>x</b>");
