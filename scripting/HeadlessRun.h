@@ -12,7 +12,7 @@ struct HeadlessOptions {
     QString code; ///< code as the macro panel runs it, when there is no script
     bool savesFiles = false; ///< write the files that the script has changed
     QStringList files; ///< opened before the run, the first one frontmost
-    std::function<void()> prepare; ///< called when Python is up, before the run; may be empty
+    std::function<void()> prepare = {}; ///< called when Python is up, before the run; may be empty
 };
 
 /// The exit statuses of a headless run; scripts may end with others.
