@@ -9,6 +9,7 @@
 #include "platform/DocumentController.h"
 #include "platform/UserDefaults.h"
 #include "platform/ValueTransformer.h"
+#include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
 
@@ -104,6 +105,8 @@ private Q_SLOTS:
     void startsWithWhatIsGiven();
     void asksBeforeItOpensVeryMany();
     void tellsWhatCannotBeOpened();
+    void tellsOfDamagedSettings();
+    void warnsOfAPythonThatIsNotSupported();
     void comesBackAsItWasLeft();
     void passesOverDamagedSessions();
     void keepsEverythingWhenTheDesktopEnds();
@@ -407,6 +410,39 @@ void DelegateTest::tellsWhatCannotBeOpened()
     QVERIFY(box->informativeText().contains("is a folder"_L1));
     QCOMPARE(openPaths(), QStringList {u"a.xml"_s});
     QCOMPARE(box->parentWidget(), frontWindow());
+}
+
+void DelegateTest::tellsOfDamagedSettings()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(u"<b>d.ini"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("Dear reader,\n");
+    file.close();
+    const UserDefaults damaged(file.fileName());
+    m_delegate.openAtStart({});
+    const QMessageBox *box = shownBox();
+    QVERIFY(box);
+    QVERIFY(box->text().contains("damaged"_L1));
+    QVERIFY(box->informativeText().contains((file.fileName() + ".damaged"_L1).toHtmlEscaped()));
+    delete box;
+    m_delegate.openAtStart({});
+    QVERIFY(!shownBox()); // told once
+}
+
+void DelegateTest::warnsOfAPythonThatIsNotSupported()
+{
+    m_delegate.startScripting();
+    m_delegate.startScripting();
+    Q_EMIT VXScriptingHandler::sharedHandler()->unsupportedPythonStarted(u"You have 3.8"_s, u"Get another"_s);
+    QMessageBox *box = shownBox(u"pythonWarning"_s);
+    QVERIFY(box);
+    QCOMPARE(box->text(), u"You have 3.8"_s);
+    QCOMPARE(box->informativeText(), u"Get another"_s);
+    QCOMPARE(box->standardButtons(), QMessageBox::Ok);
+    QVERIFY(!box->isModal());
+    QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+    QVERIFY(!shownBox(u"pythonWarning"_s)); // one, though the start was asked for twice
 }
 
 void DelegateTest::comesBackAsItWasLeft()
