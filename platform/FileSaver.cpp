@@ -157,6 +157,39 @@ std::unique_ptr<CheckedFile> openTarget(const QString &path, bool *isReadable)
     return target;
 }
 
+/// Fills the rescue file of \a path and gives it the name that says that it is whole.
+bool completeRescue(CheckedFile &rescue, const QString &name, const QString &path,
+                    const ContentProducer &produce, Error *error)
+{
+    if (!produceAndSettle(rescue, path, produce, untouched(path), error))
+        return false;
+    if (!rescue.renameTo(name))
+        return fail(error, saveError(path, rescue, untouched(path)));
+    if (const int code = syncFolderOf(name))
+        return fail(
+            error,
+            saveError(path, code,
+                      tr("Waiting until the rescue file is on the disk failed: %1").arg(reasonOf(code)),
+                      untouched(path)));
+    return true;
+}
+
+/// Writes what the whole \a rescue holds into \a target and looks whether it is there.
+bool writeOver(CheckedFile &target, bool isReadable, CheckedFile &rescue, Error *error)
+{
+    const QString path = target.path();
+    const bool isWritten = copyOver(target, rescue) && (!isReadable || target.hasContentOf(rescue));
+    // Another program may have put its own file there meanwhile; then the text went into one without name.
+    if (isWritten && target.isStillNamed() && target.close())
+        return true;
+    const QString suggestion = rescued(path, rescue.path());
+    const CheckedFile &failed = rescue.failure() ? rescue : target;
+    return fail(error,
+                failed.failure()
+                    ? saveError(path, failed, suggestion)
+                    : saveError(path, EIO, tr("Another program has written to it meanwhile."), suggestion));
+}
+
 bool overwrite(const QString &path, const ContentProducer &produce, Error *error)
 {
     bool isReadable = false;
@@ -169,7 +202,6 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
     if (!target->isRegular())
         return fail(
             error, saveError(path, EINVAL, tr("It is no file any more."), tr("Save it under another name.")));
-
     const FileState before = FileState::of(path);
     const RescueFiles::Place place = RescueFiles::create(path);
     if (!place.file)
@@ -178,38 +210,22 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
                               tr("No rescue file could be made: %1").arg(reasonOf(place.failure)),
                               untouched(path)));
     CheckedFile &rescue = *place.file;
-    Removal removal(rescue.path());
     Removal noteRemoval(RescueFiles::note(path, place.name));
-    if (!produceAndSettle(rescue, path, produce, untouched(path), error))
-        return false;
-    // From here on its name says that it is whole.
-    if (!rescue.renameTo(place.name))
-        return fail(error, saveError(path, rescue, untouched(path)));
+    Removal removal(rescue.path());
+    const bool isComplete = completeRescue(rescue, place.name, path, produce, error);
     removal.setPath(rescue.path());
-    if (const int code = syncFolderOf(rescue.path()))
-        return fail(
-            error,
-            saveError(path, code,
-                      tr("Waiting until the rescue file is on the disk failed: %1").arg(reasonOf(code)),
-                      untouched(path)));
+    if (!isComplete)
+        return false;
     if (FileState::of(path) != before)
         return fail(error,
                     saveError(path, EBUSY, tr("Another program has changed it meanwhile."), untouched(path)));
     if (!target->reserve(rescue.size()))
         return fail(error, saveError(path, *target, untouched(path)));
-
-    const bool isWritten = copyOver(*target, rescue) && (!isReadable || target->hasContentOf(rescue));
-    // Another program may have put its own file there meanwhile; then the text went into one without name.
-    if (!isWritten || !target->isStillNamed() || !target->close()) {
+    if (!writeOver(*target, isReadable, rescue, error)) {
         removal.keepFile();
         noteRemoval.keepFile();
         ownRescues()[path] << rescue.path();
-        const CheckedFile &failed = rescue.failure() ? rescue : *target;
-        return fail(error,
-                    failed.failure()
-                        ? saveError(path, failed, rescued(path, rescue.path()))
-                        : saveError(path, EIO, tr("Another program has written to it meanwhile."),
-                                    rescued(path, rescue.path())));
+        return false;
     }
     for (const QString &old : ownRescues().take(path))
         RescueFiles::remove(old);
