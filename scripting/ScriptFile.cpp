@@ -4,7 +4,9 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QStringDecoder>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace runebook {
 
@@ -12,8 +14,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Decides for nearly all files whether they declare a title.
-constexpr qint64 kFirstBytes = 4096;
+/// Nearly all scripts are shorter.
+constexpr qsizetype kFirstBytes = 16 * 1024;
+constexpr qsizetype kFirstLines = 512;
+constexpr char kDocMark[] = "__doc__";
 constexpr int kTitleLines = 3;
 
 struct Marker {
@@ -68,47 +72,104 @@ bool needsMore(QStringView text)
     return false;
 }
 
-/// Nothing when the bytes are not UTF-8; a character that the end cuts in two is none when \a isCut.
-std::optional<QString> decode(QByteArrayView bytes, bool isCut)
+/// A file that is open to be read, for one scope. Thousands are read in a row: QFile takes longer for each
+/// than the disk.
+class OpenFile
 {
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           isCut ? QStringDecoder::Flag::Default : QStringDecoder::Flag::Stateless);
-    QString text = decoder(bytes);
-    if (decoder.hasError())
-        return {};
-    return text;
+public:
+    explicit OpenFile(const QString &path)
+        // Not waiting: a pipe would until somebody writes into it.
+        : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+    {
+    }
+    ~OpenFile()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    Q_DISABLE_COPY_MOVE(OpenFile)
+
+    /// Reads on until \a bytes are \a size many or the file ends; false when it cannot be read.
+    bool readUpTo(qsizetype size, QByteArray &bytes) const
+    {
+        qsizetype have = bytes.size();
+        bytes.resize(size);
+        ssize_t got = 1;
+        while (have < size && got != 0) {
+            got = ::read(m_descriptor, bytes.data() + have, static_cast<std::size_t>(size - have));
+            if (got < 0 && errno != EINTR)
+                return false;
+            have += std::max<ssize_t>(got, 0);
+        }
+        bytes.truncate(have);
+        return true;
+    }
+
+private:
+    int m_descriptor;
+};
+
+/// The bytes without a character at their end that is not there as a whole.
+QByteArrayView wholeCharacters(QByteArrayView bytes)
+{
+    constexpr qsizetype kLongestCharacter = 4;
+    for (qsizetype back = 1; back <= std::min(bytes.size(), kLongestCharacter); ++back) {
+        const auto byte = static_cast<uchar>(bytes[bytes.size() - back]);
+        if ((byte & 0xC0) == 0x80)
+            continue;
+        const qsizetype length = byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+        return length > back ? bytes.chopped(back) : bytes;
+    }
+    return bytes;
 }
 
-std::optional<ScriptFile> readFile(const QString &path)
+enum class Reading { Read, NotReadable, NoTitle };
+
+/// Reads the file at the path of \a script and fills in the rest.
+Reading read(ScriptFile &script)
 {
-    QFile file(path);
-    // Looked at first: opening a pipe would wait for somebody to write into it.
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return {};
-    QByteArray bytes = file.read(kFirstBytes);
-    const bool isCut = bytes.size() == kFirstBytes;
-    std::optional<QString> text = decode(bytes, isCut);
-    if (!text || (!ScriptFile::menuTitle(*text) && !(isCut && needsMore(*text))))
-        return {};
-    if (isCut) {
-        bytes += file.read(ScriptFile::kMaxBytes - kFirstBytes);
-        text = decode(bytes, bytes.size() == ScriptFile::kMaxBytes);
-    }
+    const OpenFile file(script.path);
+    QByteArray bytes;
+    if (!file.readUpTo(kFirstBytes, bytes))
+        return Reading::NotReadable;
+    bool isCut = bytes.size() == kFirstBytes;
+    // Most scripts need no more of their text than the first lines.
+    const QByteArrayView first = QByteArrayView(bytes).first(std::min(bytes.size(), kFirstLines));
+    const qsizetype lineEnd = first.lastIndexOf('\n') + 1;
+    const QString lines = QString::fromUtf8(first.first(lineEnd));
+    const bool isDecided = lineEnd > 0 && !needsMore(lines);
+    if (isDecided && !ScriptFile::menuTitle(lines))
+        return Reading::NoTitle;
+    if (isCut && !file.readUpTo(ScriptFile::kMaxBytes, bytes))
+        return Reading::NotReadable;
+    isCut = bytes.size() == ScriptFile::kMaxBytes;
+    const QByteArrayView whole = isCut ? wholeCharacters(bytes) : QByteArrayView(bytes);
+    if (!whole.isValidUtf8())
+        return Reading::NotReadable;
+    const bool needsAll = !isDecided || whole.contains(kDocMark);
+    const QString text = needsAll ? QString::fromUtf8(whole) : lines;
     qsizetype end = 0;
-    const std::optional<QString> title = text ? ScriptFile::menuTitle(*text, &end) : std::nullopt;
+    const std::optional<QString> title = ScriptFile::menuTitle(text, &end);
     if (!title)
-        return {};
-    return ScriptFile {path, *title, ScriptFile::docString(*text, end)};
+        return Reading::NoTitle;
+    script.title = *title;
+    if (needsAll)
+        script.toolTip = ScriptFile::docString(text, end);
+    return Reading::Read;
 }
 
 } // namespace
 
 std::optional<ScriptFile> ScriptFile::read(const QString &path)
 {
-    if (auto script = readFile(path))
-        return script;
-    const QString resolved = QFileInfo(path).canonicalFilePath();
-    return resolved.isEmpty() || resolved == path ? std::nullopt : readFile(resolved);
+    ScriptFile script {path, {}, {}};
+    Reading reading = runebook::read(script);
+    if (reading == Reading::NotReadable) {
+        script.path = QFileInfo(path).canonicalFilePath();
+        if (!script.path.isEmpty() && script.path != path)
+            reading = runebook::read(script);
+    }
+    return reading == Reading::Read ? std::optional(script) : std::nullopt;
 }
 
 std::optional<QString> ScriptFile::menuTitle(QStringView text, qsizetype *end)
@@ -136,7 +197,7 @@ QString ScriptFile::docString(QStringView text, qsizetype start)
     constexpr qsizetype kShortestRest = 20;
     constexpr qsizetype kOpening = 4;
     auto delimiter = "\"\"\""_L1;
-    const qsizetype mark = advance(text, "__doc__"_L1, start);
+    const qsizetype mark = advance(text, QLatin1StringView(kDocMark), start);
     if (mark >= text.size() - kShortestRest)
         return {};
     qsizetype place = advance(text, delimiter, mark);

@@ -12,7 +12,7 @@ struct ScriptFile {
     QString toolTip; ///< its docstring; null when it has none
 
     /// So many bytes of a file are looked at; what stands behind them, a docstring for one, is not seen.
-    static constexpr qint64 kMaxBytes = 1 << 20;
+    static constexpr qsizetype kMaxBytes = 1 << 20;
 
     /// Nothing for a file that cannot be read, that is not UTF-8, or that declares no title.
     static std::optional<ScriptFile> read(const QString &path);

@@ -2,12 +2,12 @@
 
 #include "scripting/ScriptFile.h"
 
-#include <QDir>
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QSet>
 #include <QStringList>
 #include <QTimer>
+#include <memory>
 
 namespace runebook {
 
@@ -19,9 +19,6 @@ class ScriptFolderWatcher : public QObject
 public:
     static constexpr qsizetype kMaxPaths = 8000; // the desktop shares out what the system can watch
 
-    /// What a listing of a folder holds.
-    static constexpr QDir::Filters kListed = QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot;
-
     explicit ScriptFolderWatcher(QObject *parent = nullptr);
 
     /// Watches nothing more, and nothing has changed.
@@ -29,21 +26,26 @@ public:
     /// Remembers what \a folder holds: \a names, in any order.
     void addFolder(const QString &folder, const QStringList &names);
     void addScript(const ScriptFile &script);
-    /// Begins to watch what was added since clear().
+    /// Begins to watch what was added since clear(), in idle time.
     void start();
 
     bool hasChanged() const { return m_hasChanged; }
+    /// Everything in \a folder, in no order; nothing when it cannot be read.
+    static QStringList namesIn(const QString &folder);
 
 Q_SIGNALS:
     /// Once, until the next clear().
     void changed();
 
 private:
+    void watchMore();
     void look();
     bool differs(const QString &path) const;
 
-    QFileSystemWatcher m_watcher;
+    std::unique_ptr<QFileSystemWatcher> m_watcher;
     QTimer m_pause;
+    QTimer m_idle;
+    QStringList m_toWatch;
     QHash<QString, QStringList> m_folders;
     QHash<QString, ScriptFile> m_scripts;
     QSet<QString> m_toLookAt;

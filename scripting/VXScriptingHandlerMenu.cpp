@@ -36,6 +36,8 @@ constexpr int kMaxFiles = 20'000;
 struct Contents {
     QHash<QString, QString> pathsByKey;
     QStringList way; ///< the folders that are being walked, outermost first, without links
+    QStringList lastFolders; ///< where the last script was put, and
+    QPointer<QMenu> lastMenu; ///< the menu for them
     int folders = 0;
     int files = 0;
 };
@@ -46,14 +48,20 @@ Contents &contents()
     return shared;
 }
 
-/// Sorts as a file browser does: "Script 2" before "Script 10".
-void sortNames(QStringList &names)
+QCollator fileBrowserOrder()
 {
     // Under the locale "C" a collator ignores numbers and sorts capitals first.
     const QLocale user;
     QCollator collator(user.language() == QLocale::C ? QLocale(QLocale::English) : user);
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+/// Sorts as a file browser does: "Script 2" before "Script 10".
+void sortNames(QStringList &names)
+{
+    static const QCollator collator = fileBrowserOrder();
     std::vector<std::pair<QCollatorSortKey, QString>> keyed;
     keyed.reserve(static_cast<std::size_t>(names.size()));
     for (const QString &name : names)
@@ -193,14 +201,14 @@ void VXScriptingHandler::addScriptsFromFolderSubFolder(const QString &folder, co
         return;
     ++contents().folders;
     way << resolved;
-    QStringList names = QDir(folder).entryList(ScriptFolderWatcher::kListed, QDir::Unsorted);
+    QStringList names = ScriptFolderWatcher::namesIn(folder);
     if (m_folderWatcher)
         m_folderWatcher->addFolder(folder, names);
     sortNames(names);
     for (auto name = names.crbegin(); name != names.crend(); ++name) {
         if (name->startsWith(u'.'))
             continue;
-        if (QFileInfo(*name).suffix() == "py"_L1) {
+        if (name->endsWith(".py"_L1)) {
             addScriptMenuItemWithBasePathSubFolder(*name, folder, subFolder);
             continue;
         }
@@ -221,11 +229,16 @@ void VXScriptingHandler::addScriptMenuItemWithBasePathSubFolder(const QString &f
     const std::optional<ScriptFile> script = ScriptFile::read(basePath + u'/' + fileName);
     if (!script)
         return;
-    QMenu *menu = scriptMenu();
     const QString folders = subFolder + u'/' + fileName.section(u'/', 0, -2);
     const QStringList parts = folders.split(u'/', Qt::SkipEmptyParts);
-    for (const QString &part : parts)
-        menu = submenu(*menu, part);
+    // Scripts of one folder come in a row.
+    if (!contents().lastMenu || contents().lastFolders != parts) {
+        contents().lastFolders = parts;
+        contents().lastMenu = scriptMenu();
+        for (const QString &part : parts)
+            contents().lastMenu = submenu(*contents().lastMenu, part);
+    }
+    QMenu *menu = contents().lastMenu;
     const QString key = (parts.isEmpty() ? QString() : parts.last()) + u'/' + script->title;
     contents().pathsByKey.insert(key, script->path);
     if (m_folderWatcher)
@@ -234,7 +247,8 @@ void VXScriptingHandler::addScriptMenuItemWithBasePathSubFolder(const QString &f
     auto *item = new QAction(menu);
     MenuItem::setTitle(*item, script->title);
     MenuItem::setRepresentedObject(*item, key);
-    MenuItem::setToolTip(*item, script->toolTip);
+    if (!script->toolTip.isNull())
+        MenuItem::setToolTip(*item, script->toolTip);
     connect(item, &QAction::triggered, this, [this, item] { runScriptMenu(item); });
     insertOnTop(*menu, item);
 }

@@ -229,10 +229,10 @@ void ScriptsMenuTest::readsFiles_data()
     row("empty", "", QString(), false);
     row("byte order mark", "\xEF\xBB\xBF" + title, u"Tidy"_s, false);
     row("not UTF-8 at once", "# \xE9\n" + title, QString(), false);
-    row("not UTF-8 later", title + filler.left(8000) + '\xE9', QString(), false);
+    row("not UTF-8 later", title + filler.left(40'000) + '\xE9', QString(), false);
     row("docstring behind the first block", title + filler.left(40'000) + doc, u"Tidy"_s, true);
     row("docstring behind what is looked at", title + filler + doc, u"Tidy"_s, false);
-    row("block ends inside a character", title + QByteArray(4095 - title.size(), 'x') + "é\n" + doc,
+    row("block ends inside a character", title + QByteArray(16 * 1024 - 1 - title.size(), 'x') + "é\n" + doc,
         u"Tidy"_s, true);
     row("large, cut inside a character", title + 'x' + filler, u"Tidy"_s, false);
     row("title of 10,000 characters", "# MenuTitle: " + QByteArray(10'000, 'x') + "\n", QString(10'000, u'x'),
