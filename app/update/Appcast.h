@@ -20,7 +20,7 @@ class SUAppcastItem : public QObject
     Q_PROPERTY(QUrl infoURL MEMBER infoURL)
     Q_PROPERTY(QUrl releaseNotesURL MEMBER releaseNotesURL)
 public:
-    using QObject::QObject;
+    Q_INVOKABLE explicit SUAppcastItem(QObject *parent = nullptr) : QObject(parent) { }
 
     QString title;
     QString versionString; ///< what is compared; empty when the feed does not tell
@@ -38,12 +38,12 @@ class SUAppcast : public QObject
 {
     Q_OBJECT
 public:
-    using QObject::QObject;
+    Q_INVOKABLE explicit SUAppcast(QObject *parent = nullptr) : QObject(parent) { }
 
     Q_INVOKABLE QList<QObject *> items() const { return {m_items.begin(), m_items.end()}; }
     const QList<SUAppcastItem *> &itemList() const { return m_items; }
     /// The appcast owns it.
-    void addItem(SUAppcastItem *item);
+    Q_INVOKABLE void addItem(SUAppcastItem *item);
 
 private:
     QList<SUAppcastItem *> m_items;

@@ -1,6 +1,8 @@
 #include "scripting/bridge/BridgeModule.h"
 
 #include "app/tabbar/VXTabBarControl.h"
+#include "app/update/Appcast.h"
+#include "app/update/Appcast.h"
 #include "app/update/VXVersionComparator.h"
 #include "codeeditor/JSTDocument.h"
 #include "codeeditor/JSTTextView.h"
@@ -53,6 +55,8 @@ void registerClasses()
     registerOwnedClass<JSTDocument>();
     registerOwnedClass<VXTabBarControl>();
     registerOwnedClass<VXCodeTextStorage>();
+    registerOwnedClass<SUAppcast>();
+    registerOwnedClass<SUAppcastItem>();
     BridgedClass::registerClass(VXLineNumberView::staticMetaObject);
     BridgedClass::registerClass(VXVersionComparator::staticMetaObject, [] {
         return Instance {std::make_shared<VXVersionComparator>(), nullptr};

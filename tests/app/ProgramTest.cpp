@@ -124,6 +124,32 @@ private Q_SLOTS:
         QCOMPARE(outcome.status, 0);
     }
 
+    void scriptsReachTheApplication()
+    {
+        const QString code = u"from AppKit import NSApp, NSClassFromString\n"
+                             "delegate, updater = NSApp().delegate(), NSApp().updater()\n"
+                             "print(delegate.applicationName(), updater.isChecking())\n"
+                             "panes = delegate.preferencesController()\n"
+                             "panes.showPrefpaneWithIdentifier_('code')\n"
+                             "print(panes.selectedItemIdentifier())\n"
+                             "for show in (delegate.showMacroPanel_, delegate.showMainPreferences_,\n"
+                             "             delegate.showCompareWindow_, delegate.showChangeLogWindow_):\n"
+                             "    show(None)\n"
+                             "print(delegate.changeLogURL().split('/')[-1])\n"
+                             "feed = NSClassFromString('SUAppcast').alloc().init()\n"
+                             "for version in ('2', '1'):\n"
+                             "    item = NSClassFromString('SUAppcastItem').alloc().init()\n"
+                             "    item.versionString = version\n"
+                             "    feed.addItem_(item)\n"
+                             "best = NSApp().bestValidUpdateInAppcast_forUpdater_(feed, updater)\n"
+                             "print(best.versionString, len(feed.items()))\n"_s;
+        const Outcome outcome = run({u"--eval"_s, code}, {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s});
+        if (outcome.status == 3)
+            QSKIP("needs a supported Python");
+        QCOMPARE(outcome.output, u"Runebook False\ncode\nchangelog.html\n2 2\n"_s);
+        QCOMPARE(outcome.status, 0);
+    }
+
     void startsWithFilesAndDamagedOnes()
     {
         const QTemporaryDir folder;
