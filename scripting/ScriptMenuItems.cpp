@@ -1,7 +1,5 @@
 #include "scripting/ScriptMenuItems.h"
 
-#include "platform/PlainText.h"
-
 namespace runebook::MenuItem {
 
 using namespace Qt::StringLiterals;
@@ -81,7 +79,11 @@ QString toolTip(const QAction &item)
 void setToolTip(QAction &item, const QString &toolTip)
 {
     item.setProperty(kPlainToolTip, toolTip);
-    item.setToolTip(escapedToolTip(withoutControls(elided(toolTip, kLongestToolTip), true)));
+    const QString shown = withoutControls(elided(toolTip, kLongestToolTip), true).toHtmlEscaped();
+    // Lines stay lines.
+    item.setToolTip(shown.isEmpty()
+                        ? QString()
+                        : "<qt><div style=\"white-space:pre-wrap\">"_L1 + shown + "</div></qt>"_L1);
 }
 
 QVariant representedObject(const QAction &item)

@@ -136,6 +136,14 @@ QMenu *ScriptDelegate::tabViewMenuForTabItem(VXTabBarControl *bar, QObject *item
     return ask("tabView_menuForTabItem_", static_cast<QMenu *>(nullptr), bar, item);
 }
 
+// List controllers
+
+void ScriptDelegate::arrayControllerDidCopyObjectCopy(QObject *controller, const InfoPtr &source,
+                                                      const InfoPtr &copy)
+{
+    tell("arrayController_didCopyObject_copy_", controller, source, copy);
+}
+
 // Menus
 
 void ScriptDelegate::menuNeedsUpdate(QMenu *menu)

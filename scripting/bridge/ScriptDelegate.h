@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codeeditor/JSTTextViewDelegate.h"
+#include "model/VXGlyphInfo.h"
 #include "scripting/bridge/PythonValue.h"
 
 #include <QAction>
@@ -37,6 +38,10 @@ public: // tab bars
                                                               QObject *item);
     Q_INVOKABLE void tabBarDidHide(VXTabBarControl *bar);
     Q_INVOKABLE QMenu *tabViewMenuForTabItem(VXTabBarControl *bar, QObject *item);
+
+public: // list controllers
+    Q_INVOKABLE void arrayControllerDidCopyObjectCopy(QObject *controller, const InfoPtr &source,
+                                                      const InfoPtr &copy);
 
 public: // menus
     Q_INVOKABLE void menuNeedsUpdate(QMenu *menu);

@@ -51,6 +51,19 @@ class DocumentWindow(unittest.TestCase):
         self.assertEqual(len(left()), count)
         self.assertTrue(window().title())
 
+    def test_delegate(self):
+        class Follower(NSObject):
+            def arrayController_didCopyObject_copy_(self, controller, source, copy):
+                self.copied = (controller, source.name, copy.document)
+
+        shown = window().infolistController()
+        follower = Follower.alloc().init()
+        shown.setDelegate_(follower)
+        shown.copyObjectsInArrangedObjectsFromIndexes_toIndex_([0], 2)
+        self.assertEqual(follower.copied, (shown, "A", left()))
+        shown.setDelegate_(None)
+        left().undoManager().undo()
+
     def test_menus(self):
         bar = window().menuBar()
         self.assertEqual(NSApplication.sharedApplication().mainMenu(), bar)
