@@ -27,17 +27,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// An object that scripts make belongs to them until the program has given it a parent: a document has
-/// become one of the open ones, a view is shown in a window.
-Instance ownedByScripts(QObject *made)
-{
-    const auto end = [pointer = QPointer(made)](void *) {
-        if (pointer && !pointer->parent())
-            pointer->deleteLater();
-    };
-    return {std::shared_ptr<void>(nullptr, end), made};
-}
-
 template <typename Class> void registerOwnedClass()
 {
     BridgedClass::registerClass(Class::staticMetaObject, [] { return ownedByScripts(new Class); });
@@ -45,7 +34,7 @@ template <typename Class> void registerOwnedClass()
 
 void registerClasses()
 {
-    registerTextRange();
+    registerRanges();
     registerMenuOperations();
     registerControlOperations();
     registerDocumentOperations();

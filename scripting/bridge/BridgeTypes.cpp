@@ -2,6 +2,7 @@
 
 #include "codeeditor/TextRange.h"
 #include "document/VXDocument.h"
+#include "model/StringHelpers.h"
 #include "scripting/bridge/ScriptDelegate.h"
 
 #include <limits>
@@ -34,9 +35,26 @@ template <typename Integer> PyObject *integerToPython(QMetaType, const void *dat
         return py.PyLong_FromUnsignedLongLong(as<Integer>(data));
 }
 
+/// The number that an argument stands for. Commands that are told by their sender's tag take the sender as
+/// well: a menu item, or an object of a script that answers tag().
+PythonRef numberOf(PyObject *object)
+{
+    PythonRef number(py.PyNumber_Index(object));
+    if (number || !isBridgeObject(object) || !py.PyErr_ExceptionMatches(*py.PyExc_TypeError))
+        return number;
+    const PythonRef tag(py.PyObject_GetAttrString(object, "tag"));
+    if (tag) {
+        vxPyErr_Clear();
+        const PythonRef answer(py.PyObject_CallObject(tag.get(), nullptr));
+        return answer ? PythonRef(py.PyNumber_Index(answer.get())) : PythonRef();
+    }
+    vxPyErr_Clear();
+    return PythonRef(py.PyNumber_Index(object)); // for its complaint
+}
+
 template <typename Integer> bool integerFromPython(QMetaType, PyObject *object, void *data)
 {
-    const PythonRef number(py.PyNumber_Index(object));
+    const PythonRef number = numberOf(object);
     if (!number)
         return false;
     if constexpr (sizeof(Integer) == 8 && std::is_unsigned_v<Integer>) {
@@ -246,6 +264,18 @@ bool objectFromPython(QMetaType type, PyObject *object, void *data)
     return target != nullptr;
 }
 
+bool objectListFromPython(QMetaType, PyObject *object, void *data)
+{
+    if (isKind(object, python::kUnicodeSubclass | python::kDictSubclass))
+        return needs(object, "a list of objects");
+    auto &list = *static_cast<QList<QObject *> *>(data);
+    const QMetaType type(QMetaType::QObjectStar);
+    return forEach(object, [&](PyObject *item) {
+        return isNone(item) ? needs(item, "an object of the program")
+                            : objectFromPython(type, item, &list.emplaceBack());
+    });
+}
+
 /// A pointer to a class that was only announced where its meta-object was made.
 PyObject *announcedToPython(QMetaType type, const void *data)
 {
@@ -280,24 +310,31 @@ bool gadgetFromPython(QMetaType type, PyObject *object, void *data)
 
 // Ranges
 
-PyObject *rangeToPython(QMetaType, const void *data)
+template <typename Range> PyObject *rangeToPython(QMetaType, const void *data)
 {
-    const auto &range = as<TextRange>(data);
-    return vxPy_BuildValue("(ii)", range.location, range.length);
+    const auto &range = as<Range>(data);
+    return vxPy_BuildValue("(LL)", static_cast<long long>(range.location),
+                           static_cast<long long>(range.length));
 }
 
-bool rangeFromPython(QMetaType, PyObject *object, void *data)
+template <typename Range> bool rangeFromPython(QMetaType, PyObject *object, void *data)
 {
-    std::vector<int> numbers;
+    using Number = decltype(Range::location);
+    std::vector<Number> numbers;
     if (isKind(object, python::kUnicodeSubclass | python::kDictSubclass)
         || !forEach(object, [&numbers](PyObject *item) {
-               return integerFromPython<int>({}, item, &numbers.emplace_back());
+               return integerFromPython<Number>({}, item, &numbers.emplace_back());
            }))
         return py.PyErr_Occurred() ? false : needs(object, "a range");
     if (numbers.size() != 2)
         return needs(object, "a range of location and length");
-    *static_cast<TextRange *>(data) = {numbers[0], numbers[1]};
+    *static_cast<Range *>(data) = {numbers[0], numbers[1]};
     return true;
+}
+
+template <typename Range> void registerRange()
+{
+    registerType(QMetaType::fromType<Range>(), {rangeToPython<Range>, rangeFromPython<Range>});
 }
 
 // Everything else
@@ -396,7 +433,7 @@ std::map<int, BridgeType> &registeredTypes()
         {QMetaType::QVariantMap, {mapToPython, mapFromPython}},
         {qMetaTypeId<QList<int>>(), {listToPython<QList<int>, intItem>, nullptr}},
         {qMetaTypeId<IndexSet>(), {listToPython<IndexSet, indexItem>, indexesFromPython}},
-        {qMetaTypeId<QList<QObject *>>(), {listToPython<QList<QObject *>, objectItem>, nullptr}},
+        {qMetaTypeId<QList<QObject *>>(), {listToPython<QList<QObject *>, objectItem>, objectListFromPython}},
         {qMetaTypeId<QList<QVariantMap>>(), {listToPython<QList<QVariantMap>, mapItem>, mapListFromPython}},
     };
     return types;
@@ -417,9 +454,10 @@ void registerType(QMetaType type, const BridgeType &bridge)
     registeredTypes().insert_or_assign(type.id(), bridge);
 }
 
-void registerTextRange()
+void registerRanges()
 {
-    registerType(QMetaType::fromType<TextRange>(), {rangeToPython, rangeFromPython});
+    registerRange<TextRange>();
+    registerRange<UnitRange>();
 }
 
 ValueTypes &valueTypes()

@@ -23,7 +23,7 @@ struct BridgeType {
 const BridgeType &bridgeType(QMetaType type);
 void registerType(QMetaType type, const BridgeType &bridge);
 /// Lets ranges of texts cross as tuples of location and length.
-void registerTextRange();
+void registerRanges();
 
 /// The Python classes of values, told by the Python side: a list, a text and a number that answer as the
 /// program's objects do, and the exception for errors of the program.

@@ -59,7 +59,28 @@ bool isHidden(const QMetaMethod &method)
         || method.name() == "deleteLater" || method.name().startsWith("_q_");
 }
 
+/// Makes objects with the constructor that the class offers for that; null where there is none.
+BridgedClass::Factory constructorOf(const QMetaObject &meta)
+{
+    if (!meta.inherits(&QObject::staticMetaObject))
+        return {};
+    for (int i = 0; i < meta.constructorCount(); ++i) {
+        if (meta.constructor(i).parameterCount() == 0)
+            return [&meta] { return ownedByScripts(meta.newInstance()); };
+    }
+    return {};
+}
+
 } // namespace
+
+Instance ownedByScripts(QObject *made)
+{
+    const auto end = [pointer = QPointer(made)](void *) {
+        if (pointer && !pointer->parent())
+            pointer->deleteLater();
+    };
+    return {std::shared_ptr<void>(nullptr, end), made};
+}
 
 BridgedClass::BridgedClass(const QMetaObject &meta) : m_meta(meta) { }
 
@@ -86,6 +107,8 @@ const BridgedClass *BridgedClass::forMetaObject(const QMetaObject &meta)
         registerClass(meta);
     else if (known->meta == &meta)
         bridged->m_factory = known->factory;
+    if (!bridged->m_factory)
+        bridged->m_factory = constructorOf(meta);
     madeClasses().insert(&meta, bridged);
     if (bridged->makeType())
         return bridged;
@@ -96,7 +119,10 @@ const BridgedClass *BridgedClass::forMetaObject(const QMetaObject &meta)
 const BridgedClass *BridgedClass::forName(const QByteArray &name)
 {
     const auto known = knownClasses().constFind(name);
-    return known == knownClasses().cend() ? nullptr : forMetaObject(*known->meta);
+    if (known != knownClasses().cend())
+        return forMetaObject(*known->meta);
+    const QMetaObject *announced = QMetaType::fromName(name + '*').metaObject();
+    return announced ? forMetaObject(*announced) : nullptr;
 }
 
 const BridgedClass *BridgedClass::forType(PyTypeObject *type)

@@ -10,6 +10,10 @@ namespace runebook::bridge {
 struct Method;
 struct MethodGroup;
 
+/// An object that scripts make belongs to them until the program has given it a parent: a document has
+/// become one of the open ones, a view is shown in a window.
+Instance ownedByScripts(QObject *made);
+
 /// A class of the program as scripts see it: a Python type with one attribute for each property and each
 /// selector, made from the class's meta-object when it is first needed.
 class BridgedClass
@@ -19,13 +23,15 @@ public:
 
     /// The class of \a meta, made on first call. Null with a Python error set when that fails.
     static const BridgedClass *forMetaObject(const QMetaObject &meta);
-    /// The class that scripts know as \a name, or null; only classes that were registered or met are known.
+    /// The class that scripts know as \a name, or null. Known are classes that were registered or met, and
+    /// those whose pointers the meta-object system knows.
     static const BridgedClass *forName(const QByteArray &name);
     /// The class of a Python type or of its nearest base, or null for the classes of scripts.
     static const BridgedClass *forType(PyTypeObject *type);
 
     /// Makes the class known by its name before any object of it is met. \a factory makes what alloc().init()
-    /// gives; without one scripts cannot make objects.
+    /// gives; without one a constructor that can be invoked without arguments does, and without that scripts
+    /// cannot make objects.
     static void registerClass(const QMetaObject &meta, Factory factory = {});
     /// Adds operations to a class of the desktop framework: each function of \a operations that can be
     /// invoked becomes one of \a meta, with the object it is called on as its first argument. It takes the

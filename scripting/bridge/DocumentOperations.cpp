@@ -70,6 +70,11 @@ InfoPtr RecordOperations::initWithCoder(VXGlyphInfo *, const QVariantMap &archiv
     return VXGlyphInfo::initWithCoder(archive);
 }
 
+InfoPtr RecordOperations::copyWithZone(VXGlyphInfo *record, const QVariant &) const
+{
+    return record->copy();
+}
+
 QVariantList DocumentOperations::formatStringFromInfo(VXDocument *document, const InfoPtr &info) const
 {
     return pieces(document->formatStringFromInfo(info));

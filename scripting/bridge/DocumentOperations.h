@@ -14,6 +14,7 @@ public:
     /// The record as a map from keys to values, and back.
     Q_INVOKABLE QVariantMap encodeWithCoder(VXGlyphInfo *record) const;
     Q_INVOKABLE InfoPtr initWithCoder(VXGlyphInfo *, const QVariantMap &archive) const;
+    Q_INVOKABLE InfoPtr copyWithZone(VXGlyphInfo *record, const QVariant &) const;
 };
 
 /// The same for documents. A font crosses as a map of "name" (its family), "size" in points, "bold" and

@@ -175,6 +175,17 @@ class Delegates(unittest.TestCase):
         self.assertEqual(bar.countOfTabItems(), 1)
         self.assertEqual(bar.selectedTabItem(), items[0])
 
+    def test_lists_of_objects(self):
+        bar = VXTabBarControl.alloc().init()
+        items = [JSTTextView.alloc().init() for _ in range(3)]
+        bar.setViewControllers_(items)
+        self.assertEqual(bar.tabItems, items)
+        bar.tabItems = items[1:]
+        self.assertEqual(bar.tabItems, items[1:])
+        for wrong in ([None], ["x"], "x", 5):
+            with self.subTest(wrong=wrong), self.assertRaises(TypeError):
+                bar.setViewControllers_(wrong)
+
     def test_delegates_are_not_kept(self):
         view = JSTTextView.alloc().init()
         follower = Follower.alloc().init()
@@ -208,6 +219,7 @@ class Records(unittest.TestCase):
         again = VXGlyphInfo.alloc().initWithCoder_(archive)
         self.assertEqual(dict(again), dict(info))
         self.assertIsNone(VXGlyphInfo.alloc().initWithCoder_({}).name)
+        self.assertEqual((info.copyWithZone_(None).name, info.copyWithZone_(None).desc), ("x", None))
 
     def test_glyph_list(self):
         self.assertEqual(VXGlyphInfo.aglfn()["0041"], "A")
