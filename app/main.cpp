@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "app/LastWindow.h"
 #include "app/SingleInstance.h"
 #include "app/VXAppDelegate.h"
 #include "app/VXApplication.h"
@@ -95,7 +96,6 @@ private:
 int showWindows(const CommandLine &line)
 {
     QApplication::setWindowIcon(QIcon(u":/icons/runebook.svg"_s));
-    QApplication::setQuitOnLastWindowClosed(true);
     SingleInstance instance(line.startsNewInstance ? QString() : SingleInstance::standardSocketPath());
     QStringList files;
     for (const QString &file : line.files)
@@ -103,6 +103,7 @@ int showWindows(const CommandLine &line)
     if (instance.claim(files) == SingleInstance::Role::Second)
         return 0;
     VXAppDelegate delegate;
+    const LastWindow lastWindow;
     QObject::connect(&instance, &SingleInstance::filesReceived, &delegate, &VXAppDelegate::openFromElsewhere);
     const FirstPaint starting([&delegate] {
         delegate.applicationDidFinishLaunching();

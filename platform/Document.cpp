@@ -203,8 +203,10 @@ void Document::close()
     m_fileWatch.watch({}, {});
     removeAutosave();
     Q_EMIT aboutToClose(this);
-    if (m_window)
+    if (m_window) {
+        m_window->hide();
         m_window->deleteLater();
+    }
     m_window.clear();
     DocumentController::shared().removeDocument(this);
 }
