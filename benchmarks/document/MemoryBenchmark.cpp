@@ -1,4 +1,4 @@
-// The memory that opening and editing a large file takes, each measured in a process of its own.
+// The memory that opening, editing and saving a large file take, each measured in a process of its own.
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
 
@@ -48,26 +48,48 @@ qint64 openWithPugixml()
     return document.load_file(corpusPath().toLocal8Bit().constData()) ? statusValue("VmHWM") : -1;
 }
 
-/// The most memory that one field of all records edited as one step, and undone, takes beyond the document.
-qint64 editDocument()
+/// What \a work takes at its peak beyond what is held before.
+template <typename Work> qint64 peakOf(const Work &work)
 {
-    VXDocument document;
-    document.readFromURLOfType(corpusPath(), u"public.xml"_s);
     const qint64 before = statusValue("VmRSS");
     QFile marks(u"/proc/self/clear_refs"_s);
     if (!marks.open(QIODevice::WriteOnly) || marks.write("5") != 1) // forgets the peak so far
         return -1;
     marks.close();
-    {
-        const UndoGroup group(document.undoManager());
-        int number = 0;
-        for (const InfoPtr &info : document.infos())
-            info->setSortName(u"glyph%1.changed"_s.arg(number++));
-    }
-    document.flushChanges();
-    document.undoManager()->undo();
-    document.flushChanges();
+    work();
     return statusValue("VmHWM") - before;
+}
+
+/// One field of all records, as one step.
+void editAll(VXDocument &document)
+{
+    const UndoGroup group(document.undoManager());
+    int number = 0;
+    for (const InfoPtr &info : document.infos())
+        info->setSortName(u"glyph%1.changed"_s.arg(number++));
+    document.flushChanges();
+}
+
+qint64 editDocument()
+{
+    VXDocument document;
+    document.readFromURLOfType(corpusPath(), u"public.xml"_s);
+    return peakOf([&document] {
+        editAll(document);
+        document.undoManager()->undo();
+        document.flushChanges();
+    });
+}
+
+qint64 saveDocument()
+{
+    VXDocument document;
+    document.readFromURLOfType(corpusPath(), u"public.xml"_s);
+    editAll(document);
+    const QString path = scratchFile(u"saved.xml"_s);
+    bool isSaved = false;
+    const qint64 bytes = peakOf([&] { isSaved = document.writeToURLOfType(path, u"public.xml"_s); });
+    return isSaved ? std::max<qint64>(bytes, 1) : -1;
 }
 
 qint64 fileSize()
@@ -87,6 +109,8 @@ const Measurement kMeasurements[] {
     {u"open-memory-tree/%1:peer"_s.arg(kRecords), openWithPugixml},
     {u"edit-memory/%1"_s.arg(kRecords), editDocument},
     {u"edit-memory/%1:peer"_s.arg(kRecords), fileSize},
+    {u"save-memory/%1"_s.arg(kRecords), saveDocument},
+    {u"save-memory/%1:peer"_s.arg(kRecords), fileSize},
 };
 
 /// Takes the measurement of that name in this process and prints it.
