@@ -37,6 +37,8 @@ function(runebook_add_library name)
     target_precompile_headers(runebook_${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
 endfunction()
 
+set(RUNEBOOK_LEAK_OPTIONS "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0")
+
 # runebook_add_test(NAME SOURCES file... DEPENDS target...): one Qt Test program. It finds the files of its
 # folder under RUNEBOOK_TEST_DATA and brings its own defaults and data folders (tests/TestMain.h).
 function(runebook_add_test name)
@@ -50,7 +52,8 @@ function(runebook_add_test name)
     target_precompile_headers(${name} REUSE_FROM runebook_platform)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${RUNEBOOK_LEAK_OPTIONS}")
 endfunction()
 
 # runebook_add_fuzzer(NAME SOURCES file... DEPENDS target...): one libFuzzer program, run by tools/fuzz.

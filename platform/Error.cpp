@@ -31,12 +31,12 @@ ErrorPresenter &ErrorPresenter::shared()
 
 void ErrorPresenter::present(const Error &error)
 {
-    if (!qApp || QThread::currentThread() == qApp->thread()) {
+    if (!QCoreApplication::instance() || QThread::currentThread() == QCoreApplication::instance()->thread()) {
         Q_EMIT presented(error);
         return;
     }
     QMetaObject::invokeMethod(
-        qApp, [this, error] { Q_EMIT presented(error); }, Qt::QueuedConnection);
+        QCoreApplication::instance(), [this, error] { Q_EMIT presented(error); }, Qt::QueuedConnection);
 }
 
 } // namespace runebook

@@ -20,8 +20,8 @@ constexpr int kLongestSettlingMs = 700;
 QFileSystemWatcher *watcher()
 {
     static QPointer<QFileSystemWatcher> shared;
-    if (!shared && qApp)
-        shared = new QFileSystemWatcher(qApp);
+    if (!shared && QCoreApplication::instance())
+        shared = new QFileSystemWatcher(QCoreApplication::instance());
     return shared;
 }
 
@@ -59,11 +59,12 @@ FileWatch::FileWatch(QObject *parent) : QObject(parent)
     connect(&m_settleTimer, &QTimer::timeout, this, &FileWatch::settle);
     if (QFileSystemWatcher *shared = watcher())
         connect(shared, &QFileSystemWatcher::fileChanged, this, &FileWatch::onNotice);
-    if (qGuiApp)
-        connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-            if (state == Qt::ApplicationActive)
-                look();
-        });
+    if (auto *application = qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        connect(application, &QGuiApplication::applicationStateChanged, this,
+                [this](Qt::ApplicationState state) {
+                    if (state == Qt::ApplicationActive)
+                        look();
+                });
 }
 
 FileWatch::~FileWatch()

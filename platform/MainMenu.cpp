@@ -1,6 +1,7 @@
 #include "platform/MainMenu.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QMenu>
 #include <QPointer>
 #include <map>
@@ -23,6 +24,14 @@ std::map<MainMenu::Place, QPointer<QMenu>> &sharedMenus()
     return menus;
 }
 
+/// Widgets cannot outlive the application.
+void deleteSharedMenus()
+{
+    for (const auto &[place, menu] : sharedMenus())
+        delete menu.data();
+    sharedMenus().clear();
+}
+
 } // namespace
 
 void MainMenu::addContribution(Place place, Contribution contribution)
@@ -43,6 +52,7 @@ QMenu *MainMenu::sharedMenu(Place place)
     QPointer<QMenu> &menu = sharedMenus()[place];
     if (!menu) {
         menu = new QMenu;
+        qAddPostRoutine(deleteSharedMenus);
         menu->menuAction()->setVisible(false);
     }
     return menu;

@@ -50,15 +50,17 @@ void PromptLine::submit()
 bool PromptLine::event(QEvent *event)
 {
     // The window's shortcuts and the way to the next control would take these first.
-    const auto *key = static_cast<const QKeyEvent *>(event);
-    if (event->type() == QEvent::ShortcutOverride && key->key() == Qt::Key_Escape && m_popup->isVisible()) {
+    const bool isOverride = event->type() == QEvent::ShortcutOverride;
+    if (!isOverride && event->type() != QEvent::KeyPress)
+        return QLineEdit::event(event);
+    const auto &key = static_cast<const QKeyEvent &>(*event);
+    if (isOverride && key.key() == Qt::Key_Escape && m_popup->isVisible()) {
         event->accept();
         return true;
     }
-    const bool isTab =
-        event->type() == QEvent::KeyPress && key->key() == Qt::Key_Tab && key->modifiers() == Qt::NoModifier;
+    const bool isTab = !isOverride && key.key() == Qt::Key_Tab && key.modifiers() == Qt::NoModifier;
     if (isTab && (m_popup->isVisible() || !nameBeforeCaret().isEmpty())) {
-        if (!m_popup->handleKey(*key))
+        if (!m_popup->handleKey(key))
             complete();
         return true;
     }

@@ -134,11 +134,12 @@ QVariantHash VXMacroViewController::keywordAttributes() const
 
 bool VXMacroViewController::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_view && event->type() == QEvent::Show) {
+    // The type first: the editor is asked here to its very end, when it is hardly itself any more.
+    if (event->type() == QEvent::Show && watched == m_view) {
         macroText();
-    } else if (watched == m_macroText && event->type() == QEvent::PaletteChange) {
+    } else if (event->type() == QEvent::PaletteChange && watched == m_macroText) {
         m_document->tokenizer().setKeywords(keywordAttributes());
-    } else if (watched == m_macroText && event->type() == QEvent::ShortcutOverride) {
+    } else if (event->type() == QEvent::ShortcutOverride && watched == m_macroText) {
         // The editor would take the key for a line break; here it is a command of the panel.
         const auto *press = static_cast<QKeyEvent *>(event);
         const bool isReturn = press->key() == Qt::Key_Return || press->key() == Qt::Key_Enter;

@@ -1,5 +1,5 @@
-#include "AppMain.h"
 #include "app/LastWindow.h"
+#include "AppMain.h"
 #include "platform/DocumentController.h"
 
 #include <QTimer>
