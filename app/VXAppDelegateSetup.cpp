@@ -5,9 +5,8 @@
 #include "app/VXChangeLogWindowController.h"
 #include "app/VXPreferencesController.h"
 #include "document/VXDocument.h"
+#include "editing/EditingClasses.h"
 #include "editing/VXCompareDataWindow.h"
-#include "editing/VXFindReplaceWindowController.h"
-#include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
 #include "model/VXArrayToStringTransformator.h"
 #include "model/VXDirectionToIndexValueTransformer.h"
@@ -101,11 +100,7 @@ void VXAppDelegate::introduceToScripts()
 {
     ScriptApplication::shared().setDelegate(this);
     // Known by name before a script has met the first one.
-    bridge::BridgedClass::registerClass(VXWindowController::staticMetaObject);
-    bridge::BridgedClass::registerClass(RSRTVArrayController::staticMetaObject);
-    bridge::BridgedClass::registerClass(VXSearchField::staticMetaObject);
-    bridge::BridgedClass::registerClass(VXCompareDataWindow::staticMetaObject);
-    bridge::BridgedClass::registerClass(VXFindReplaceWindowController::staticMetaObject);
+    registerEditingClasses();
     bridge::BridgedClass::registerClass(VXPreferencesController::staticMetaObject);
     bridge::BridgedClass::registerClass(VXChangeLogWindowController::staticMetaObject);
 }

@@ -67,6 +67,11 @@ QStringList ChoiceCells::titles() const
     return titles;
 }
 
+QList<QObject *> ChoiceCells::cells() const
+{
+    return {m_cells.begin(), m_cells.end()};
+}
+
 QColor ChoiceCells::titleColor() const
 {
     return m_cells.first()->palette().color(QPalette::WindowText);

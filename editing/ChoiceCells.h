@@ -22,7 +22,9 @@ public:
     ChoiceCells(const QString &title, const QList<Choice> &choices, QWidget *parent = nullptr);
 
     Q_INVOKABLE QStringList titles() const;
-    QColor titleColor() const;
+    /// The cells, one label for each choice.
+    Q_INVOKABLE QList<QObject *> cells() const;
+    Q_INVOKABLE QColor titleColor() const;
     /// Gives every cell its title in this colour and in the font of the first.
     void setTitleColor(const QColor &color);
     QSet<int> chosen() const { return m_chosen; }

@@ -16,6 +16,8 @@ public:
     void setFormattedText(const FormattedText &text);
     void clear() { setFormattedText({}); }
     QString text() const { return m_text.text; }
+    /// The same, never null.
+    Q_INVOKABLE QString stringValue() const { return QStringLiteral("") + m_text.text; }
     QSize sizeHint() const override;
 
 protected:

@@ -1,5 +1,6 @@
 #include "editing/RSRTVArrayController.h"
 
+#include "editing/DelegateOperation.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
 #include "editing/SearchColumns.h"
@@ -468,8 +469,10 @@ void RSRTVArrayController::copyObjectsInArrangedObjectsFromIndexesToIndex(const 
             continue;
         const InfoPtr copy = source->copy();
         insertObjectAtArrangedObjectIndex(copy, row);
-        if (m_delegate)
-            QMetaObject::invokeMethod(m_delegate, "arrayControllerDidCopyObjectCopy", Q_ARG(QObject *, this),
-                                      Q_ARG(InfoPtr, source), Q_ARG(InfoPtr, copy));
+        const QMetaMethod told =
+            delegateOperation(m_delegate, "arrayControllerDidCopyObjectCopy(QObject*,InfoPtr,InfoPtr)");
+        if (told.isValid())
+            told.invoke(m_delegate, Qt::DirectConnection, Q_ARG(QObject *, this), Q_ARG(InfoPtr, source),
+                        Q_ARG(InfoPtr, copy));
     }
 }

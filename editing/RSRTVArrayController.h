@@ -85,9 +85,11 @@ public: // edits
                                                                     qsizetype row);
 
 public: // reordering by drag
-    QTableView *oTableView() const { return m_tableView; }
+    Q_INVOKABLE QTableView *oTableView() const { return m_tableView; }
     void setOTableView(QTableView *tableView);
-    bool draggingEnabled() const { return m_draggingEnabled; }
+    /// Part of giving the controller its table: rows can be dragged from now on.
+    Q_INVOKABLE void awakeFromNib() { m_draggingEnabled = true; }
+    Q_INVOKABLE bool draggingEnabled() const { return m_draggingEnabled; }
     /// Rows can be dragged only while this is true, nothing is filtered and the document's order is shown.
     Q_INVOKABLE void setDraggingEnabled(bool enabled) { m_draggingEnabled = enabled; }
     Q_INVOKABLE bool tableObjectsSupportCopying() const;
@@ -96,11 +98,40 @@ public: // reordering by drag
     /// The object asked by the table's questions and told of copies; it answers those that it implements as
     /// invokable operations. Not owned.
     Q_INVOKABLE void setDelegate(QObject *delegate) { m_delegate = delegate; }
-    QObject *delegate() const { return m_delegate; }
+    Q_INVOKABLE QObject *delegate() const { return m_delegate; }
     /// The private type of dragged rows; its data never leave the table.
     static QString dragType();
     /// The data of a drag of these rows, to be owned by the drag; null when rows cannot be dragged now.
     QMimeData *mimeDataForRows(const runebook::IndexSet &rows) const;
+
+public: // the same with a TableDrag as pasteboard and as what is dropped; operations are those of
+        // Qt::DropAction
+    /// Puts the rows into \a pasteboard; false when they cannot be dragged now.
+    Q_INVOKABLE bool tableViewWriteRowsWithIndexesToPasteboard(QObject *tableView,
+                                                               const runebook::IndexSet &rows,
+                                                               QObject *pasteboard) const;
+    /// What a drop would do: nothing for other tables' rows, copy when nothing else is allowed, else move. It
+    /// always falls between rows.
+    Q_INVOKABLE int tableViewValidateDropProposedRowProposedDropOperation(QObject *tableView, QObject *info,
+                                                                          int row, int operation) const;
+    /// Copies or moves the rows in front of \a row and selects them; false for other tables' rows.
+    Q_INVOKABLE bool tableViewAcceptDropRowDropOperation(QObject *tableView, QObject *info, int row,
+                                                         int operation);
+
+public: // questions of the table, answered by the delegate where it does; columns are numbers from 0
+    Q_INVOKABLE QObject *tableColumnInTableViewDataCellForRow(int column, QObject *tableView, int row) const;
+    /// Usually what draws the cells of the column.
+    Q_INVOKABLE QObject *tableViewDataCellForTableColumnRow(QObject *tableView, int column, int row) const;
+    Q_INVOKABLE void tableViewWillDisplayCellForTableColumnRow(QObject *tableView, QObject *cell, int column,
+                                                               int row) const;
+    /// Usually true. The cells of some columns never can be edited.
+    Q_INVOKABLE bool tableViewShouldEditTableColumnRow(QObject *tableView, int column, int row) const;
+    Q_INVOKABLE QObject *viewAtColumnRowMakeIfNecessary(int column, int row, bool isMade) const;
+    /// Usually false.
+    Q_INVOKABLE bool tableViewShouldShowCellExpansionForTableColumnRow(QObject *tableView, int column,
+                                                                       int row) const;
+    /// Repaints the corner beside the header.
+    Q_INVOKABLE void tableViewColumnDidResize(QObject *tableView) const;
 
 public: // the item model
     int rowCount(const QModelIndex &parent = {}) const override;
@@ -127,6 +158,7 @@ Q_SIGNALS:
     void editRefused(const QString &reason);
 
 private:
+    void acceptRows(const runebook::IndexSet &rows, Qt::DropAction action, qsizetype row);
     void applyInsertion(const runebook::IndexSet &places);
     void applyRemoval(const runebook::IndexSet &places);
     void applyChanges(const std::vector<VXDocument::Change> &changes);

@@ -1,8 +1,12 @@
 // The list controller as an item model: cells, in-place editing, and rows that are dragged.
+#include "editing/DelegateOperation.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
 #include "editing/RSRTVArrayController.h"
+#include "editing/TableDrag.h"
 
+#include <QAbstractItemDelegate>
+#include <QHeaderView>
 #include <QMimeData>
 #include <QTableView>
 
@@ -64,7 +68,8 @@ Qt::ItemFlags RSRTVArrayController::flags(const QModelIndex &index) const
     if (!index.isValid())
         return m_draggingEnabled && showsDocumentOrder() ? Qt::ItemIsDropEnabled : Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
-    if (isEditableColumn(index.column()))
+    if (isEditableColumn(index.column())
+        && tableViewShouldEditTableColumnRow(m_tableView, index.column(), index.row()))
         flags |= Qt::ItemIsEditable;
     if (m_draggingEnabled && showsDocumentOrder())
         flags |= Qt::ItemIsDragEnabled;
@@ -83,7 +88,9 @@ void RSRTVArrayController::setOTableView(QTableView *tableView)
     m_tableView = tableView;
     tableView->setModel(this);
     tableView->setSelectionModel(m_selection);
-    m_draggingEnabled = true;
+    connect(tableView->horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this] { tableViewColumnDidResize(m_tableView); });
+    awakeFromNib();
 }
 
 bool RSRTVArrayController::tableObjectsSupportCopying() const
@@ -188,8 +195,14 @@ bool RSRTVArrayController::dropMimeData(const QMimeData *data, Qt::DropAction ac
 {
     if (!canDropMimeData(data, action, row, column, parent))
         return false;
-    const IndexSet rows = rowsOfArchive(data->data(dragType()), this);
-    const qsizetype target = qMax(0, row);
+    acceptRows(rowsOfArchive(data->data(dragType()), this), action, row);
+    // The rows were moved here already; the view must not remove the dragged ones on top of that.
+    return false;
+}
+
+void RSRTVArrayController::acceptRows(const IndexSet &rows, Qt::DropAction action, qsizetype row)
+{
+    const qsizetype target = qMax<qsizetype>(0, row);
     qsizetype first = target;
     if (action == Qt::CopyAction && tableObjectsSupportCopying()) {
         copyObjectsInArrangedObjectsFromIndexesToIndex(rows, target);
@@ -201,6 +214,110 @@ bool RSRTVArrayController::dropMimeData(const QMimeData *data, Qt::DropAction ac
     for (std::size_t i = 0; i < dropped.size(); ++i)
         dropped[i] = first + static_cast<qsizetype>(i);
     setSelectionIndexes(dropped);
-    // The rows were moved here already; the view must not remove the dragged ones on top of that.
-    return false;
+}
+
+// Dragging without a mouse
+
+bool RSRTVArrayController::tableViewWriteRowsWithIndexesToPasteboard(QObject *, const IndexSet &rows,
+                                                                     QObject *pasteboard) const
+{
+    auto *drag = qobject_cast<TableDrag *>(pasteboard);
+    std::unique_ptr<QMimeData> data(mimeDataForRows(rows));
+    if (!drag || !data)
+        return false;
+    drag->setData(std::move(data));
+    return true;
+}
+
+int RSRTVArrayController::tableViewValidateDropProposedRowProposedDropOperation(QObject *, QObject *info,
+                                                                                int row, int) const
+{
+    const auto *drag = qobject_cast<TableDrag *>(info);
+    if (!drag || !drag->data()
+        || !canDropMimeData(drag->data(), Qt::MoveAction, qMax(0, row), 0, QModelIndex()))
+        return Qt::IgnoreAction;
+    const bool copies = drag->draggingSourceOperationMask() == Qt::CopyAction && tableObjectsSupportCopying();
+    return copies ? Qt::CopyAction : Qt::MoveAction;
+}
+
+bool RSRTVArrayController::tableViewAcceptDropRowDropOperation(QObject *tableView, QObject *info, int row,
+                                                               int operation)
+{
+    const int action = tableViewValidateDropProposedRowProposedDropOperation(tableView, info, row, operation);
+    if (action == Qt::IgnoreAction)
+        return false;
+    const auto *drag = qobject_cast<TableDrag *>(info);
+    acceptRows(rowsOfArchive(drag->data()->data(dragType()), this), static_cast<Qt::DropAction>(action), row);
+    return true;
+}
+
+// Questions of the table
+
+namespace {
+
+/// What \a delegate answers to the question of that signature; \a otherwise when it has no such operation.
+template <typename Answer, typename... Arguments>
+Answer ask(QObject *delegate, const char *signature, Answer otherwise, const Arguments &...arguments)
+{
+    const QMetaMethod asked = delegateOperation(delegate, signature);
+    if (asked.isValid())
+        asked.invoke(delegate, Qt::DirectConnection,
+                     QReturnArgument<Answer>(QMetaType::fromType<Answer>().name(), otherwise),
+                     QArgument<Arguments>(QMetaType::fromType<Arguments>().name(), arguments)...);
+    return otherwise;
+}
+
+} // namespace
+
+QObject *RSRTVArrayController::tableColumnInTableViewDataCellForRow(int column, QObject *tableView,
+                                                                    int row) const
+{
+    return ask<QObject *>(m_delegate, "tableColumnInTableViewDataCellForRow(int,QObject*,int)", nullptr,
+                          column, tableView, row);
+}
+
+QObject *RSRTVArrayController::tableViewDataCellForTableColumnRow(QObject *tableView, int column,
+                                                                  int row) const
+{
+    QObject *cell = ask<QObject *>(m_delegate, "tableViewDataCellForTableColumnRow(QObject*,int,int)",
+                                   nullptr, tableView, column, row);
+    if (cell || !m_tableView)
+        return cell;
+    return m_tableView->itemDelegateForIndex(index(row, column));
+}
+
+void RSRTVArrayController::tableViewWillDisplayCellForTableColumnRow(QObject *tableView, QObject *cell,
+                                                                     int column, int row) const
+{
+    const QMetaMethod told =
+        delegateOperation(m_delegate, "tableViewWillDisplayCellForTableColumnRow(QObject*,QObject*,int,int)");
+    if (told.isValid())
+        told.invoke(m_delegate, Qt::DirectConnection, Q_ARG(QObject *, tableView), Q_ARG(QObject *, cell),
+                    Q_ARG(int, column), Q_ARG(int, row));
+}
+
+bool RSRTVArrayController::tableViewShouldEditTableColumnRow(QObject *tableView, int column, int row) const
+{
+    return ask(m_delegate, "tableViewShouldEditTableColumnRow(QObject*,int,int)", true, tableView, column,
+               row);
+}
+
+QObject *RSRTVArrayController::viewAtColumnRowMakeIfNecessary(int column, int row, bool isMade) const
+{
+    return ask<QObject *>(m_delegate, "viewAtColumnRowMakeIfNecessary(int,int,bool)", nullptr, column, row,
+                          isMade);
+}
+
+bool RSRTVArrayController::tableViewShouldShowCellExpansionForTableColumnRow(QObject *tableView, int column,
+                                                                             int row) const
+{
+    return ask(m_delegate, "tableViewShouldShowCellExpansionForTableColumnRow(QObject*,int,int)", false,
+               tableView, column, row);
+}
+
+void RSRTVArrayController::tableViewColumnDidResize(QObject *tableView) const
+{
+    const auto *table = qobject_cast<QTableView *>(tableView);
+    if (QWidget *corner = table ? table->cornerWidget() : nullptr)
+        corner->update();
 }

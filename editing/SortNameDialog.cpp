@@ -36,6 +36,7 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
     auto *form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_prefix->setMaxLength(std::numeric_limits<int>::max());
+    m_prefix->setObjectName(SortNumbering::prefixKey());
     m_prefix->setText(UserDefaults::standard().stringForKey(SortNumbering::prefixKey()));
     connect(m_prefix, &QLineEdit::textChanged, this, [this](const QString &text) {
         UserDefaults::standard().setObjectForKey(text, SortNumbering::prefixKey());
@@ -70,6 +71,7 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
 QSpinBox *SortNameDialog::numberField(const QString &key, int minimum, int maximum)
 {
     auto *field = new QSpinBox(this);
+    field->setObjectName(key);
     field->setRange(minimum, maximum);
     field->setValue(UserDefaults::standard().integerForKey(key));
     connect(field, &QSpinBox::valueChanged, this, [this, key](int value) {

@@ -15,7 +15,7 @@ public:
     /// \a recordCount: how many records will be numbered, for the example.
     explicit SortNameDialog(qsizetype recordCount, QWidget *parent = nullptr);
     /// The first names that the settings give, such as "a001, a002, a003".
-    QString example() const;
+    Q_INVOKABLE QString example() const;
 
 private:
     QSpinBox *numberField(const QString &key, int minimum, int maximum);

@@ -2,6 +2,7 @@
 
 #include "editing/CodePointTokens.h"
 #include "editing/SignalColors.h"
+#include "model/FieldValue.h"
 #include "model/StringHelpers.h"
 
 #include <QHelpEvent>
@@ -60,6 +61,22 @@ void UnicodesTokenField::setMultipleValues()
 QStringList UnicodesTokenField::tokens() const
 {
     return normalizedCodePointTokens(codePointTokensInText(text()));
+}
+
+QString UnicodesTokenField::stringValue() const
+{
+    return tokens().join(kListSeparator);
+}
+
+void UnicodesTokenField::setObjectValue(const QStringList &tokens)
+{
+    showTokens(normalizedCodePointTokens(tokens));
+    m_isTouched = true;
+}
+
+void UnicodesTokenField::setStringValue(const QString &text)
+{
+    setObjectValue(codePointTokensInText(text));
 }
 
 void UnicodesTokenField::revert()

@@ -24,6 +24,13 @@ public: // content
     /// What the field holds, an unfinished token included.
     QStringList tokens() const;
     bool isMixed() const { return m_isMixed; }
+    /// The same as a script asks for it, with the tokens as a list or joined by ", ".
+    Q_INVOKABLE QStringList objectValue() const { return tokens(); }
+    Q_INVOKABLE QString stringValue() const;
+    /// As if the tokens had been typed: they are brought into their final form, and handed over by
+    /// commitEditing().
+    Q_INVOKABLE void setObjectValue(const QStringList &tokens);
+    Q_INVOKABLE void setStringValue(const QString &text);
 
 public Q_SLOTS:
     /// Hands over what was typed since; does nothing when that is nothing.

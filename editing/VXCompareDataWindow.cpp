@@ -31,7 +31,7 @@ VXCompareDataWindow::VXCompareDataWindow(QWidget *parent)
     m_ui->detailArea->setWidget(m_sheet);
     setUpLists();
     setUpActions();
-    addObservers();
+    awakeFromNib();
     showDefaults();
     showCounts();
     showState();
@@ -39,8 +39,10 @@ VXCompareDataWindow::VXCompareDataWindow(QWidget *parent)
 
 VXCompareDataWindow::~VXCompareDataWindow() = default;
 
-void VXCompareDataWindow::addObservers()
+void VXCompareDataWindow::awakeFromNib()
 {
+    if (std::exchange(m_hasObservers, true))
+        return;
     connect(&m_leftDocList, &DocumentChoice::selectionIndexChanged, this,
             &VXCompareDataWindow::documentsChosen);
     connect(&m_rightDocList, &DocumentChoice::selectionIndexChanged, this,
@@ -58,7 +60,16 @@ void VXCompareDataWindow::addObservers()
     connect(&m_contentTimer, &QTimer::timeout, this, &VXCompareDataWindow::updateContent);
     m_contentWorkTimer.setSingleShot(true);
     connect(&m_contentWorkTimer, &QTimer::timeout, this, [this] { continueContent(kBudget); });
-    m_hasObservers = true;
+}
+
+void VXCompareDataWindow::observeValueForKeyPathOfObjectChangeContext(const QString &, QObject *,
+                                                                      const QVariantMap &,
+                                                                      const QVariant &context)
+{
+    if (context.toString() == "FilterKeySelection"_L1)
+        updateContent();
+    else
+        updateFilters();
 }
 
 // Outlets
@@ -91,7 +102,7 @@ InfoChoice *VXCompareDataWindow::rightInfoList()
 
 QWidget *VXCompareDataWindow::outlet(const QString &name) const
 {
-    return m_sheet->findChild<QWidget *>(name);
+    return name.isEmpty() ? nullptr : findChild<QWidget *>(name);
 }
 
 VXDocument *VXCompareDataWindow::document(CompareSheet::Side side) const

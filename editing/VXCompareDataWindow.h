@@ -30,9 +30,16 @@ public: // outlets
     Q_INVOKABLE runebook::KeyList *filteredKeys();
     Q_INVOKABLE runebook::InfoChoice *leftInfoList();
     Q_INVOKABLE runebook::InfoChoice *rightInfoList();
-    /// A caption such as "leftLableName", or null.
+    /// A part of the window by its name, such as the caption "leftLableName", or null.
     Q_INVOKABLE QWidget *outlet(const QString &name) const;
-    bool hasObservers() const { return m_hasObservers; }
+    Q_INVOKABLE bool hasObservers() const { return m_hasObservers; }
+    /// Begins to follow the choices and the defaults. Part of making the window; nothing more happens when it
+    /// is called again.
+    Q_INVOKABLE void awakeFromNib();
+    /// With the context "FilterKeySelection": updateContent(), with any other: updateFilters().
+    Q_INVOKABLE void observeValueForKeyPathOfObjectChangeContext(const QString &keyPath, QObject *object,
+                                                                 const QVariantMap &change,
+                                                                 const QVariant &context);
 
 public: // comparing
     /// Takes in the documents that are open now, compares, and comes to the front.
@@ -76,7 +83,6 @@ private: // set-up
     void setUpLists();
     void setUpActions();
     void setUpCopyButton(QAction *first, QAction *all, class QToolButton *button);
-    void addObservers();
 
 private: // comparing
     VXDocument *document(runebook::CompareSheet::Side side) const;

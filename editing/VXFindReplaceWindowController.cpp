@@ -109,8 +109,9 @@ void VXFindReplaceWindowController::selectItemWithTag(int tag)
     m_ui->fieldPopup->setCurrentIndex(qMax(0, m_ui->fieldPopup->findData(tag)));
 }
 
-int VXFindReplaceWindowController::runDialogModalForWindow(QObject *, QWidget *window)
+int VXFindReplaceWindowController::runDialogModalForWindow(QObject *, QObject *object)
 {
+    auto *window = qobject_cast<QWidget *>(object);
     if (window && window != parentWidget())
         setParent(window, windowFlags());
     setWindowFlag(Qt::Sheet, window != nullptr);

@@ -26,12 +26,12 @@ public:
     ~VXFindReplaceWindowController() override;
 
 public: // running
-    const InfoList &selectedInfos() const { return m_selectedInfos; }
+    Q_INVOKABLE InfoList selectedInfos() const { return m_selectedInfos; }
     /// The records to edit; set before the dialog is run.
     Q_INVOKABLE void setSelectedInfos(const InfoList &infos);
     /// Runs the dialog over \a window (null: by itself) and returns 0 when the user has decided; a
     /// replacement is made shortly after. \a owner is who asked.
-    Q_INVOKABLE int runDialogModalForWindow(QObject *owner, QWidget *window);
+    Q_INVOKABLE int runDialogModalForWindow(QObject *owner, QObject *window);
     /// The selected field, one of runebook::FindReplace::FieldTag.
     Q_INVOKABLE int selectedTag() const;
     Q_INVOKABLE void selectItemWithTag(int tag);

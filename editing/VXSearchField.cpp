@@ -152,6 +152,7 @@ void VXSearchField::setUpSearchMenu()
     for (const SearchMenu::Item &item : SearchMenu::items()) {
         QAction *action = item.isSeparator() ? m_menu->addSeparator() : m_menu->addAction(item.title);
         action->setData(item.tag);
+        action->setProperty("tag", item.tag); // as scripts ask for it
         action->setToolTip(item.help);
         action->setStatusTip(item.help);
         action->setWhatsThis(item.help);

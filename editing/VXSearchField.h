@@ -9,6 +9,7 @@
 #include <optional>
 
 class QMenu;
+Q_MOC_INCLUDE(<QMenu>)
 
 /// The search field of a document window: a text, the menu that chooses where and how to search, the recent
 /// searches, a mark when the text cannot be searched for. It knows nothing of records; its window does, like
@@ -30,7 +31,7 @@ class VXSearchField : public QLineEdit
     Q_OBJECT
     Q_PROPERTY(QString stringValue READ stringValue WRITE setStringValue)
 public:
-    explicit VXSearchField(QWidget *parent = nullptr);
+    Q_INVOKABLE explicit VXSearchField(QWidget *parent = nullptr);
     ~VXSearchField() override;
 
 public: // the text
@@ -44,7 +45,7 @@ public: // the search menu
     /// Builds the menu.
     Q_INVOKABLE void setUpSearchMenu();
     /// The menu; null before setUpSearchMenu(). Its actions have their tag as data.
-    QMenu *searchMenu() const { return m_menu; }
+    Q_INVOKABLE QMenu *searchMenu() const { return m_menu; }
     /// What the items of modes and options do.
     Q_INVOKABLE void searchMode(int tag);
     /// Ticks \a item as the settings want it and tells whether it can be chosen.

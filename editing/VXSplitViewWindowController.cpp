@@ -1,8 +1,7 @@
 #include "editing/VXSplitViewWindowController.h"
 
+#include "editing/VXSimpleSplitView.h"
 #include "platform/UserDefaults.h"
-
-#include <QSplitter>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -16,7 +15,7 @@ constexpr int kSidebarWidth = 320;
 } // namespace
 
 VXSplitViewWindowController::VXSplitViewWindowController(QWidget *parent)
-    : QMainWindow(parent), m_splitView(new QSplitter(Qt::Horizontal, this))
+    : QMainWindow(parent), m_splitView(new VXSimpleSplitView(Qt::Horizontal, this))
 {
     m_splitView->setObjectName(kDivider);
     m_splitView->setHandleWidth(1);

@@ -2,7 +2,8 @@
 
 #include <QMainWindow>
 
-class QSplitter;
+class VXSimpleSplitView;
+Q_MOC_INCLUDE("editing/VXSimpleSplitView.h")
 
 /// A window of two panes, the first of which is a sidebar that can be folded away. Where the divider stands
 /// is remembered.
@@ -13,8 +14,9 @@ public:
     explicit VXSplitViewWindowController(QWidget *parent = nullptr);
     ~VXSplitViewWindowController() override;
 
-    QWidget *sidebarView() const { return m_sidebarView; }
-    QWidget *contentView() const { return m_contentView; }
+    Q_INVOKABLE QWidget *sidebarView() const { return m_sidebarView; }
+    Q_INVOKABLE QWidget *contentView() const { return m_contentView; }
+    Q_INVOKABLE VXSimpleSplitView *splitView() const { return m_splitView; }
     Q_INVOKABLE bool isSidebarShown() const;
     Q_INVOKABLE void setSidebarShown(bool isShown);
     /// Where the divider stands, to be given to restoreDivider() in another run.
@@ -31,7 +33,7 @@ protected:
 private:
     void storeDivider();
 
-    QSplitter *m_splitView;
+    VXSimpleSplitView *m_splitView;
     QWidget *m_sidebarView = nullptr;
     QWidget *m_contentView = nullptr;
 };

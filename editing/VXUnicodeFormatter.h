@@ -5,6 +5,7 @@
 #include <QValidator>
 
 class QLineEdit;
+Q_MOC_INCLUDE(<QLineEdit>)
 
 /// Keeps a code point field to hexadecimal digits, at most five of them. As a validator of a line edit it
 /// refuses keystrokes; attached with attachTo() it also says why. Without state but for the last refusal.
@@ -12,10 +13,10 @@ class VXUnicodeFormatter : public QValidator
 {
     Q_OBJECT
 public:
-    explicit VXUnicodeFormatter(QObject *parent = nullptr) : QValidator(parent) { }
+    Q_INVOKABLE explicit VXUnicodeFormatter(QObject *parent = nullptr) : QValidator(parent) { }
     /// Checks what is typed into \a field and shows there why it was refused. The formatter must live as long
     /// as the field.
-    void attachTo(QLineEdit *field);
+    Q_INVOKABLE void attachTo(QLineEdit *field);
 
 public: // formatting
     /// A text in upper case, a list of texts joined with ", " and in upper case; any other value as it
@@ -28,7 +29,8 @@ public: // formatting
 public: // checking
     /// Whether \a partialString may stand in the field while it is typed; the message says why not. The
     /// ranges and the old text do not matter.
-    bool isPartialStringValidProposedSelectedRangeOriginalStringOriginalSelectedRangeErrorDescription(
+    Q_INVOKABLE bool
+    isPartialStringValidProposedSelectedRangeOriginalStringOriginalSelectedRangeErrorDescription(
         const QString &partialString, runebook::UnitRange *proposedSelectedRange,
         const QString &originalString, runebook::UnitRange originalSelectedRange,
         QString *errorDescription = nullptr) const;

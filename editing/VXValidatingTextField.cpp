@@ -1,29 +1,17 @@
 #include "editing/VXValidatingTextField.h"
 
+#include "editing/DelegateOperation.h"
 #include "editing/SignalColors.h"
 
 #include <QAccessible>
 #include <QCompleter>
 #include <QKeyEvent>
-#include <QMetaMethod>
 #include <QPainter>
 #include <QStyleOptionFrame>
 #include <limits>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// The delegate's invokable operation of that signature; invalid when it has none.
-QMetaMethod operationOf(const QObject *delegate, const char *signature)
-{
-    const QMetaObject *meta = delegate->metaObject();
-    const int index = meta->indexOfMethod(QMetaObject::normalizedSignature(signature).constData());
-    return index < 0 ? QMetaMethod() : meta->method(index);
-}
-
-} // namespace
 
 VXValidatingTextField::VXValidatingTextField(QWidget *parent) : QLineEdit(parent)
 {
@@ -61,11 +49,12 @@ bool VXValidatingTextField::askDelegate()
     if (!m_secodaryDelegate)
         return isValid;
     QObject *delegate = m_secodaryDelegate;
-    if (const QMetaMethod asked = operationOf(delegate, "textFieldHasValidContent(VXValidatingTextField*)");
+    if (const QMetaMethod asked =
+            delegateOperation(delegate, "textFieldHasValidContent(VXValidatingTextField*)");
         asked.isValid()) {
         asked.invoke(delegate, Qt::DirectConnection, Q_RETURN_ARG(bool, isValid),
                      Q_ARG(VXValidatingTextField *, this));
-    } else if (const QMetaMethod general = operationOf(delegate, "textFieldHasValidContent(QObject*)");
+    } else if (const QMetaMethod general = delegateOperation(delegate, "textFieldHasValidContent(QObject*)");
                general.isValid()) {
         general.invoke(delegate, Qt::DirectConnection, Q_RETURN_ARG(bool, isValid), Q_ARG(QObject *, this));
     }
@@ -194,15 +183,24 @@ QStringList VXValidatingTextField::textViewCompletionsForPartialWordRangeIndexOf
     if (!m_secodaryDelegate)
         return answer;
     QObject *delegate = m_secodaryDelegate;
-    const QMetaMethod candidates =
-        operationOf(delegate,
-                    "textFieldTextViewCandidatesForSelectedRange(VXValidatingTextField*,QObject*,QStringList,"
-                    "runebook::UnitRange)");
+    const QMetaMethod candidates = delegateOperation(
+        delegate,
+        "textFieldTextViewCandidatesForSelectedRange(VXValidatingTextField*,QObject*,QStringList,"
+        "runebook::UnitRange)");
     const QMetaMethod plain =
-        operationOf(delegate,
-                    "textViewCompletionsForPartialWordRangeIndexOfSelectedItem(QObject*,"
-                    "QStringList,runebook::UnitRange)");
-    if (candidates.isValid()) {
+        delegateOperation(delegate,
+                          "textViewCompletionsForPartialWordRangeIndexOfSelectedItem(QObject*,"
+                          "QStringList,runebook::UnitRange)");
+    const QMetaMethod general =
+        delegateOperation(delegate,
+                          "textFieldTextViewCandidatesForSelectedRange(QObject*,QObject*,QStringList,"
+                          "runebook::UnitRange)");
+    if (general.isValid()) {
+        general.invoke(delegate, Qt::DirectConnection, Q_RETURN_ARG(QStringList, answer),
+                       Q_ARG(QObject *, const_cast<VXValidatingTextField *>(this)),
+                       Q_ARG(QObject *, textView), Q_ARG(QStringList, completions),
+                       Q_ARG(runebook::UnitRange, partialWordRange));
+    } else if (candidates.isValid()) {
         candidates.invoke(delegate, Qt::DirectConnection, Q_RETURN_ARG(QStringList, answer),
                           Q_ARG(VXValidatingTextField *, const_cast<VXValidatingTextField *>(this)),
                           Q_ARG(QObject *, textView), Q_ARG(QStringList, completions),

@@ -25,12 +25,12 @@ class VXValidatingTextField : public QLineEdit
     Q_PROPERTY(QString errorHint READ errorHint WRITE setErrorHint)
     Q_PROPERTY(QString stringValue READ stringValue WRITE setStringValue)
 public:
-    explicit VXValidatingTextField(QWidget *parent = nullptr);
+    Q_INVOKABLE explicit VXValidatingTextField(QWidget *parent = nullptr);
 
 public: // delegate
     /// Not owned.
     Q_INVOKABLE void setDelegate(QObject *delegate) { m_secodaryDelegate = delegate; }
-    QObject *secodaryDelegate() const { return m_secodaryDelegate; }
+    Q_INVOKABLE QObject *secodaryDelegate() const { return m_secodaryDelegate; }
     /// Asks the delegate, unless the text is the one that was asked about last.
     Q_INVOKABLE void callDelegateValidation();
 
@@ -39,23 +39,23 @@ public: // content
     /// Sets the text, then validates it.
     Q_INVOKABLE void setStringValue(const QString &string);
     /// The text that was validated last; null before the first time.
-    QString oldText() const { return m_oldText; }
+    Q_INVOKABLE QString oldText() const { return m_oldText; }
 
 public: // error
     Q_INVOKABLE QString errorHint() const { return m_errorHint; }
     Q_INVOKABLE void setErrorHint(const QString &hint);
-    QAbstractButton *extraButton() const { return m_extraButton; }
+    Q_INVOKABLE QAbstractButton *extraButton() const { return m_extraButton; }
     /// A button for the right end of the field, of which it becomes a part; null for none. Hidden at first.
     Q_INVOKABLE void setExtraButton(QAbstractButton *button);
-    bool isExtraButtonVisible() const;
+    Q_INVOKABLE bool isExtraButtonVisible() const;
     /// The fill of the badge; the field does not paint it.
-    QColor backgroundColor() const;
+    Q_INVOKABLE QColor backgroundColor() const;
     /// Whether the user is in the field; the badge is not shown then.
-    bool isEditing() const { return hasFocus() && !isReadOnly(); }
+    Q_INVOKABLE bool isEditing() const { return hasFocus() && !isReadOnly(); }
 
 public: // completion
     /// The completions that the delegate has for a part of the text; none without such an operation.
-    QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
+    Q_INVOKABLE QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
         QObject *textView, const QStringList &completions, runebook::UnitRange partialWordRange,
         int *index = nullptr) const;
 

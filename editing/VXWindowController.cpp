@@ -5,9 +5,15 @@
 #include "editing/FieldEditing.h"
 #include "editing/GlyphTableView.h"
 #include "editing/MessageBar.h"
+#include "editing/PreviewLabel.h"
 #include "editing/ProblemsPane.h"
 #include "editing/SearchFilter.h"
+#include "editing/SortNameDialog.h"
+#include "editing/UnicodesTokenField.h"
 #include "editing/VXSearchField.h"
+#include "editing/VXSimpleSplitView.h"
+#include "editing/VXValidatingTextField.h"
+#include "editing/VXWhiteView.h"
 #include "editing/WindowMenus.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
@@ -18,8 +24,8 @@
 #include <QCloseEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QMimeData>
-#include <QSplitter>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
@@ -44,7 +50,7 @@ VXWindowController::VXWindowController(VXDocument &document)
     buildToolBar();
     buildStatusBar();
     connectParts();
-    setUpSearchMenu();
+    awakeFromNib();
     setAcceptDrops(true);
     resize(1240, 760);
     restoreGeometry(UserDefaults::standard().objectForKey(kGeometry).toByteArray());
@@ -69,7 +75,7 @@ VXWindowController::~VXWindowController()
 void VXWindowController::buildContent()
 {
     m_detailPane = new DetailPane(*this, this);
-    auto *content = new QWidget(this);
+    auto *content = new VXWhiteView(this);
     m_messageBar = new MessageBar(content);
     m_tableView = new GlyphTableView(*m_infolistController, content);
     m_tableView->setFrameShape(QFrame::NoFrame);
@@ -80,7 +86,7 @@ void VXWindowController::buildContent()
     connect(changedOnDisk, &ChangedOnDisk::remarked, this, &VXWindowController::showMessage);
     layout->addWidget(changedOnDisk);
     layout->addWidget(m_messageBar);
-    m_contentSplit = new QSplitter(Qt::Vertical, content);
+    m_contentSplit = new VXSimpleSplitView(Qt::Vertical, content);
     m_contentSplit->setHandleWidth(1);
     m_contentSplit->setChildrenCollapsible(false);
     m_contentSplit->addWidget(m_tableView);
@@ -123,12 +129,9 @@ void VXWindowController::buildStatusBar()
 
 void VXWindowController::connectParts()
 {
-    connect(m_infolistController, &RSRTVArrayController::selectionChanged, this,
-            &VXWindowController::selectionDidChange);
     connect(m_infolistController, &RSRTVArrayController::arrangedObjectsChanged, this,
             &VXWindowController::updateTitle);
     connect(m_infolistController, &RSRTVArrayController::editRefused, this, &VXWindowController::showMessage);
-    connect(&m_document, &Document::editedChanged, this, &VXWindowController::updateTitle);
     connect(&m_document, &Document::commitEditingRequested, m_detailPane, &DetailPane::commitEditing);
     connect(&m_document, &VXDocument::infosReset, this, &VXWindowController::setActiveInfo);
     connect(&m_document, &Document::aboutToClose, this, [this] { hide(); });
@@ -145,6 +148,59 @@ void VXWindowController::connectParts()
     m_idleTimer.start();
     connect(m_tableView, &GlyphTableView::deleteRequested, this, &VXWindowController::delete_);
 }
+
+void VXWindowController::awakeFromNib()
+{
+    if (std::exchange(m_hasObservation, true))
+        return;
+    connect(m_infolistController, &RSRTVArrayController::selectionChanged, this,
+            &VXWindowController::selectionDidChange);
+    connect(&m_document, &Document::editedChanged, this, &VXWindowController::updateTitle);
+    setUpSearchMenu();
+}
+
+void VXWindowController::observeValueForKeyPathOfObjectChangeContext(const QString &keyPath, QObject *,
+                                                                     const QVariantMap &, const QVariant &)
+{
+    if (keyPath == "selection"_L1)
+        setActiveInfo();
+    else if (keyPath == "document.isDocumentEdited"_L1)
+        updateTitle();
+}
+
+// Parts
+
+QMenu *VXWindowController::searchFieldMenu() const
+{
+    return m_searchField->searchMenu();
+}
+
+PreviewLabel *VXWindowController::previewLabel() const
+{
+    return m_detailPane->previewLabel();
+}
+
+UnicodesTokenField *VXWindowController::unicodesField() const
+{
+    return qobject_cast<UnicodesTokenField *>(m_detailPane->editorOf(GlyphField::Unicodes));
+}
+
+VXValidatingTextField *VXWindowController::productionNameField() const
+{
+    return qobject_cast<VXValidatingTextField *>(m_detailPane->editorOf(GlyphField::Production));
+}
+
+VXValidatingTextField *VXWindowController::altNameField() const
+{
+    return qobject_cast<VXValidatingTextField *>(m_detailPane->editorOf(GlyphField::AltNames));
+}
+
+SortNameDialog *VXWindowController::sortNameDialog() const
+{
+    return m_sortNameDialog;
+}
+
+// Searching ahead
 
 void VXWindowController::prepareSearch()
 {
@@ -251,6 +307,12 @@ void VXWindowController::setUpSearchMenu()
 void VXWindowController::searchMode(int tag)
 {
     m_searchField->searchMode(tag);
+}
+
+bool VXWindowController::validateMenuItem(QAction *item) const
+{
+    const QMenu *menu = searchFieldMenu();
+    return !menu || !menu->actions().contains(item) || m_searchField->validateMenuItem(item);
 }
 
 QString VXWindowController::filterStringForKeySearch(bool matchCase, const QString &key,

@@ -5,18 +5,29 @@
 #include "editing/VXSplitViewWindowController.h"
 
 class QLabel;
-class QSplitter;
+class QMenu;
 class SortNameDialog;
 class VXSearchField;
+class VXValidatingTextField;
+Q_MOC_INCLUDE(<QMenu>)
+Q_MOC_INCLUDE("editing/DetailPane.h")
+Q_MOC_INCLUDE("editing/GlyphTableView.h")
+Q_MOC_INCLUDE("editing/PreviewLabel.h")
+Q_MOC_INCLUDE("editing/SortNameDialog.h")
+Q_MOC_INCLUDE("editing/UnicodesTokenField.h")
+Q_MOC_INCLUDE("editing/VXSearchField.h")
+Q_MOC_INCLUDE("editing/VXValidatingTextField.h")
 
 namespace runebook {
 class DetailPane;
 class GlyphTableView;
 class MessageBar;
+class PreviewLabel;
 class Problems;
 class ProblemsButton;
 class ProblemsPane;
 struct ReplaceSummary;
+class UnicodesTokenField;
 class WindowMenus;
 } // namespace runebook
 
@@ -30,13 +41,21 @@ public:
     explicit VXWindowController(VXDocument &document);
     ~VXWindowController() override;
 
-public: // parts
+public: // parts; the captions of the fields are called "infoLableName" and the like, their editors by key
     VXDocument &glyphDocument() const { return m_document; }
     Q_INVOKABLE QObject *document() const { return &m_document; }
     Q_INVOKABLE RSRTVArrayController *infolistController() const { return m_infolistController; }
     Q_INVOKABLE VXSearchField *searchField() const { return m_searchField; }
-    runebook::GlyphTableView *tableView() const { return m_tableView; }
-    runebook::DetailPane *detailPane() const { return m_detailPane; }
+    /// The menu of modes and options.
+    Q_INVOKABLE QMenu *searchFieldMenu() const;
+    Q_INVOKABLE runebook::GlyphTableView *tableView() const { return m_tableView; }
+    Q_INVOKABLE runebook::DetailPane *detailPane() const { return m_detailPane; }
+    Q_INVOKABLE runebook::PreviewLabel *previewLabel() const;
+    Q_INVOKABLE runebook::UnicodesTokenField *unicodesField() const;
+    Q_INVOKABLE VXValidatingTextField *productionNameField() const;
+    Q_INVOKABLE VXValidatingTextField *altNameField() const;
+    /// The open sheet that asks how sort names are numbered; null when there is none.
+    Q_INVOKABLE SortNameDialog *sortNameDialog() const;
     Q_INVOKABLE QString title() const { return m_title; }
     Q_INVOKABLE QString subtitle() const { return m_subtitle; }
     Q_INVOKABLE QStringList categories() const { return VXDocument::categories(); }
@@ -44,7 +63,19 @@ public: // parts
     Q_INVOKABLE QStringList scripts() const { return VXDocument::scripts(); }
     Q_INVOKABLE InfoList selectedInfos() const { return m_infolistController->selectedObjects(); }
 
+public: // observing
+    /// Begins to follow the selection and the state of the document, and sets up the search menu. Part of
+    /// making the window; nothing more happens when it is called again.
+    Q_INVOKABLE void awakeFromNib();
+    Q_INVOKABLE bool hasObservation() const { return m_hasObservation; }
+    /// "selection": setActiveInfo(), "document.isDocumentEdited": updateTitle(). The rest does not matter.
+    Q_INVOKABLE void observeValueForKeyPathOfObjectChangeContext(const QString &keyPath, QObject *object,
+                                                                 const QVariantMap &change,
+                                                                 const QVariant &context);
+
 public: // commands on the selected records
+    /// Gives what is being typed to the records; every command begins with it.
+    Q_INVOKABLE void commitEditing();
     Q_INVOKABLE void copy();
     Q_INVOKABLE void cut();
     Q_INVOKABLE void paste();
@@ -74,7 +105,12 @@ public: // commands on the selected records
 public: // search
     Q_INVOKABLE void setUpSearchMenu();
     Q_INVOKABLE void searchMode(int tag);
+    /// Ticks an item of the search menu as the settings want it and tells whether it can be chosen; items of
+    /// other menus always can.
+    Q_INVOKABLE bool validateMenuItem(QAction *item) const;
     Q_INVOKABLE void filterInfos();
+    /// True while a filter is being built and applied.
+    Q_INVOKABLE bool isFiltering() const { return m_isFiltering; }
     Q_INVOKABLE QString filterStringForKeySearch(bool matchCase, const QString &key,
                                                  const QString &text) const;
     /// Returns the name unchanged; sets the subtitle on the way.
@@ -99,11 +135,16 @@ public: // display
     Q_INVOKABLE void showMessage(const QString &text);
     /// Whether what stands in \a field may stay; sets its error hint and extra button.
     Q_INVOKABLE bool textFieldHasValidContent(QObject *field);
-    Q_INVOKABLE QStringList tokenFieldShouldAddObjectsAtIndex(const QStringList &tokens, int index) const;
+    /// What of the typed tokens is added to \a tokenField, in its final form.
+    Q_INVOKABLE QStringList tokenFieldShouldAddObjectsAtIndex(QObject *tokenField, const QStringList &tokens,
+                                                              int index) const;
 
 public: // restoration
     Q_INVOKABLE QVariantMap windowWillEncodeRestorableState() const;
     Q_INVOKABLE void windowDidDecodeRestorableState(const QVariantMap &state);
+    /// The same for whoever names the window; \a state is filled.
+    Q_INVOKABLE void windowWillEncodeRestorableState(QObject *window, QVariantMap *state) const;
+    Q_INVOKABLE void windowDidDecodeRestorableState(QObject *window, const QVariantMap &state);
 
 Q_SIGNALS:
     void subtitleChanged();
@@ -143,13 +184,14 @@ private:
     runebook::Problems *m_problems;
     runebook::ProblemsPane *m_problemsPane = nullptr;
     runebook::ProblemsButton *m_problemsButton = nullptr;
-    QSplitter *m_contentSplit = nullptr;
+    VXSimpleSplitView *m_contentSplit = nullptr;
     QPointer<SortNameDialog> m_sortNameDialog;
     QLabel *m_countLabel = nullptr;
     QLabel *m_subtitleLabel = nullptr;
     QTimer m_idleTimer;
     QString m_title;
     QString m_subtitle;
+    bool m_hasObservation = false;
     bool m_isFiltering = false;
     bool m_titleUpdatePending = false;
     bool m_activeInfoPending = false;

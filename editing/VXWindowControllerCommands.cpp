@@ -54,6 +54,11 @@ InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteAr
 
 } // namespace
 
+void VXWindowController::commitEditing()
+{
+    m_detailPane->commitEditing();
+}
+
 void VXWindowController::copy()
 {
     m_detailPane->commitEditing();
@@ -269,7 +274,8 @@ void VXWindowController::revealRow(qsizetype row)
         m_tableView->scrollTo(m_infolistController->index(static_cast<int>(row), 0));
 }
 
-QStringList VXWindowController::tokenFieldShouldAddObjectsAtIndex(const QStringList &tokens, int) const
+QStringList VXWindowController::tokenFieldShouldAddObjectsAtIndex(QObject *, const QStringList &tokens,
+                                                                  int) const
 {
     return normalizedCodePointTokens(tokens);
 }

@@ -4,11 +4,11 @@
 #include "editing/MessageBar.h"
 #include "editing/ProblemsPane.h"
 #include "editing/VXSearchField.h"
+#include "editing/VXSimpleSplitView.h"
 #include "editing/VXWindowController.h"
 #include "platform/UserDefaults.h"
 
 #include <QScrollBar>
-#include <QSplitter>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -132,6 +132,17 @@ QVariantMap VXWindowController::windowWillEncodeRestorableState() const
             {u"divider"_s, dividerState()},
             {u"problems"_s, isProblemsShown()},
             {u"problemsDivider"_s, m_contentSplit->saveState()}};
+}
+
+void VXWindowController::windowWillEncodeRestorableState(QObject *, QVariantMap *state) const
+{
+    if (state)
+        *state = windowWillEncodeRestorableState();
+}
+
+void VXWindowController::windowDidDecodeRestorableState(QObject *, const QVariantMap &state)
+{
+    windowDidDecodeRestorableState(state);
 }
 
 void VXWindowController::windowDidDecodeRestorableState(const QVariantMap &state)

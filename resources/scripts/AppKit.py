@@ -4,7 +4,12 @@ import _runebook
 from Foundation import *
 from Foundation import __all__ as _foundation
 
-__all__ = _foundation + ["NSApplication", "NSApp", "NSDocumentController", "NSBeep"]
+__all__ = _foundation + ["NSApplication", "NSApp", "NSDocumentController", "NSBeep",
+                         "NSDragOperationNone", "NSDragOperationCopy", "NSDragOperationMove",
+                         "NSTableViewDropOn", "NSTableViewDropAbove"]
+
+NSDragOperationNone, NSDragOperationCopy, NSDragOperationMove = 0, 1, 2
+NSTableViewDropOn, NSTableViewDropAbove = 0, 1
 
 
 class NSApplication:

@@ -295,3 +295,6 @@ NSObject.className = lambda self: type(self).__name__
 NSObject.description = lambda self: repr(self)
 NSObject.new = classmethod(lambda cls: cls.alloc().init())
 NSObject.__dir__ = _listing
+
+# The parts of windows are asked for by name as well.
+_runebook.classFromString("QWidget").__dir__ = lambda self: sorted({*_listing(self), *self.outletNames()})

@@ -1,6 +1,7 @@
 #include "scripting/bridge/BridgeObject.h"
 
 #include "scripting/bridge/BridgedClass.h"
+#include "scripting/bridge/OutletAttribute.h"
 
 #include <QHash>
 #include <QMetaProperty>
@@ -31,6 +32,10 @@ void list(BridgeObject &object)
     object.listedAs = object.instance.object.data();
     if (object.listedAs)
         wrappers().insert(object.listedAs, &object);
+    // A window whose parts have no names of their own can be used all the same.
+    const auto *widget = qobject_cast<QWidget *>(object.instance.object);
+    if (widget && widget->isWindow() && !announceParts(*widget))
+        vxPyErr_Clear();
 }
 
 PyObject *makeNew(PyTypeObject *type, bool isAllocated)

@@ -42,9 +42,8 @@ PythonRef numberOf(PyObject *object)
     PythonRef number(py.PyNumber_Index(object));
     if (number || !isBridgeObject(object) || !py.PyErr_ExceptionMatches(*py.PyExc_TypeError))
         return number;
-    const PythonRef tag(py.PyObject_GetAttrString(object, "tag"));
-    if (tag) {
-        vxPyErr_Clear();
+    vxPyErr_Clear();
+    if (const PythonRef tag {py.PyObject_GetAttrString(object, "tag")}) {
         const PythonRef answer(py.PyObject_CallObject(tag.get(), nullptr));
         return answer ? PythonRef(py.PyNumber_Index(answer.get())) : PythonRef();
     }

@@ -173,6 +173,11 @@ bool MenuItemOperations::isEnabled(QAction *item) const
     return item->isEnabled();
 }
 
+int MenuItemOperations::state(QAction *item) const
+{
+    return item->isChecked() ? 1 : 0;
+}
+
 void registerMenuOperations()
 {
     static MenuOperations menus;

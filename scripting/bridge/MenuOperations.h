@@ -57,6 +57,8 @@ public:
     Q_INVOKABLE QObject *submenu(QAction *item) const;
     Q_INVOKABLE bool isSeparatorItem(QAction *item) const;
     Q_INVOKABLE bool isEnabled(QAction *item) const;
+    /// 1: ticked, 0: not.
+    Q_INVOKABLE int state(QAction *item) const;
 };
 
 /// Makes them known to the bridge.

@@ -144,6 +144,58 @@ void ScriptDelegate::arrayControllerDidCopyObjectCopy(QObject *controller, const
     tell("arrayController_didCopyObject_copy_", controller, source, copy);
 }
 
+QObject *ScriptDelegate::tableColumnInTableViewDataCellForRow(int column, QObject *tableView, int row)
+{
+    return ask<QObject *>("tableColumn_inTableView_dataCellForRow_", nullptr, column, tableView, row);
+}
+
+QObject *ScriptDelegate::tableViewDataCellForTableColumnRow(QObject *tableView, int column, int row)
+{
+    return ask<QObject *>("tableView_dataCellForTableColumn_row_", nullptr, tableView, column, row);
+}
+
+void ScriptDelegate::tableViewWillDisplayCellForTableColumnRow(QObject *tableView, QObject *cell, int column,
+                                                               int row)
+{
+    tell("tableView_willDisplayCell_forTableColumn_row_", tableView, cell, column, row);
+}
+
+bool ScriptDelegate::tableViewShouldEditTableColumnRow(QObject *tableView, int column, int row)
+{
+    return ask("tableView_shouldEditTableColumn_row_", true, tableView, column, row);
+}
+
+QObject *ScriptDelegate::viewAtColumnRowMakeIfNecessary(int column, int row, bool isMade)
+{
+    return ask<QObject *>("viewAtColumn_row_makeIfNecessary_", nullptr, column, row, isMade);
+}
+
+bool ScriptDelegate::tableViewShouldShowCellExpansionForTableColumnRow(QObject *tableView, int column,
+                                                                       int row)
+{
+    return ask("tableView_shouldShowCellExpansionForTableColumn_row_", false, tableView, column, row);
+}
+
+// Validating text fields
+
+bool ScriptDelegate::textFieldHasValidContent(QObject *field)
+{
+    return ask("textFieldHasValidContent_", true, field);
+}
+
+/// A script that does not know of the field may know of the text view.
+QStringList ScriptDelegate::textFieldTextViewCandidatesForSelectedRange(QObject *field, QObject *textView,
+                                                                        const QStringList &words,
+                                                                        UnitRange range)
+{
+    const PythonLock lock;
+    PythonRef answer = call("textField_textView_candidates_forSelectedRange_", field, textView, words, range);
+    if (!answer)
+        answer =
+            call("textView_completions_forPartialWordRange_indexOfSelectedItem_", textView, words, range, 0);
+    return completions(answer, nullptr);
+}
+
 // Menus
 
 void ScriptDelegate::menuNeedsUpdate(QMenu *menu)
@@ -174,8 +226,14 @@ QStringList ScriptDelegate::textViewCompletionsForPartialWordRangeIndexOfSelecte
     JSTTextView *view, const QStringList &words, TextRange range, int *selectedIndex)
 {
     const PythonLock lock;
-    const PythonRef answer =
-        call("textView_completions_forPartialWordRange_indexOfSelectedItem_", view, words, range, 0);
+    return completions(
+        call("textView_completions_forPartialWordRange_indexOfSelectedItem_", view, words, range, 0),
+        selectedIndex);
+}
+
+/// The lock must be held.
+QStringList ScriptDelegate::completions(const PythonRef &answer, int *selectedIndex)
+{
     if (!answer || isNone(answer.get()))
         return {};
     const bool isPair = isKind(answer.get(), python::kTupleSubclass) && py.PyTuple_Size(answer.get()) == 2;

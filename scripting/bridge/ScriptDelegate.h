@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codeeditor/JSTTextViewDelegate.h"
+#include "model/StringHelpers.h"
 #include "model/VXGlyphInfo.h"
 #include "scripting/bridge/PythonValue.h"
 
@@ -42,9 +43,23 @@ public: // tab bars
 public: // list controllers
     Q_INVOKABLE void arrayControllerDidCopyObjectCopy(QObject *controller, const InfoPtr &source,
                                                       const InfoPtr &copy);
+    Q_INVOKABLE QObject *tableColumnInTableViewDataCellForRow(int column, QObject *tableView, int row);
+    Q_INVOKABLE QObject *tableViewDataCellForTableColumnRow(QObject *tableView, int column, int row);
+    Q_INVOKABLE void tableViewWillDisplayCellForTableColumnRow(QObject *tableView, QObject *cell, int column,
+                                                               int row);
+    Q_INVOKABLE bool tableViewShouldEditTableColumnRow(QObject *tableView, int column, int row);
+    Q_INVOKABLE QObject *viewAtColumnRowMakeIfNecessary(int column, int row, bool isMade);
+    Q_INVOKABLE bool tableViewShouldShowCellExpansionForTableColumnRow(QObject *tableView, int column,
+                                                                       int row);
 
 public: // menus
     Q_INVOKABLE void menuNeedsUpdate(QMenu *menu);
+
+public: // validating text fields
+    Q_INVOKABLE bool textFieldHasValidContent(QObject *field);
+    Q_INVOKABLE QStringList textFieldTextViewCandidatesForSelectedRange(QObject *field, QObject *textView,
+                                                                        const QStringList &words,
+                                                                        runebook::UnitRange range);
 
 public: // code text views
     void textDidChange(JSTTextView *view) override;
@@ -59,6 +74,7 @@ public: // code text views
 private:
     explicit ScriptDelegate(PyObject *object) : m_object(object) { }
 
+    QStringList completions(const PythonRef &answer, int *selectedIndex);
     template <typename... Arguments> PythonRef call(const char *selector, const Arguments &...arguments);
     template <typename Result, typename... Arguments>
     Result ask(const char *selector, Result otherwise, const Arguments &...arguments);

@@ -8,7 +8,7 @@ namespace runebook::bridge {
 namespace {
 
 /// Long names with many arguments have very many ways to be put apart; nobody writes most of them.
-constexpr qsizetype kMaxSplits = 400;
+constexpr qsizetype kMaxSplits = 800;
 
 /// Where a further label may begin.
 QList<qsizetype> boundaries(const QByteArray &name)

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void runsOnEveryInterpreter();
     void drivesTheEditor();
     void drivesTheWindows();
+    void drivesTheEditingCommands();
     void runsOnChosenInterpreters_data();
     void runsOnChosenInterpreters();
     void endsWithoutPython_data();
@@ -273,6 +274,14 @@ void HeadlessTest::drivesTheWindows()
     const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/windows.py"_s), m_file, copy});
     QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
     QVERIFY(ended.output.contains(u"checked 7"_s));
+}
+
+void HeadlessTest::drivesTheEditingCommands()
+{
+    m_program = u"runebook"_s;
+    const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/editing.py"_s), m_file});
+    QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
+    QVERIFY(ended.output.contains(u"checked 22"_s));
 }
 
 void HeadlessTest::runsOnChosenInterpreters_data()

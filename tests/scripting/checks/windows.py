@@ -1,6 +1,7 @@
 """What scripts may do with the program's windows, checked from inside on two open copies of the sample."""
 
 import sys
+import time
 import unittest
 
 from AppKit import NSApplication
@@ -97,6 +98,7 @@ class FindAndReplace(unittest.TestCase):
         dialog.outlet_("findField").setStringValue_("CAPITAL")
         dialog.outlet_("replaceField").setStringValue_("BIG")
         dialog.doReplace_(None)
+        time.sleep(0.02)  # it begins when the dialog is gone
         processEvents()
         self.assertEqual([info.desc for info in infos],
                          [text.replace("CAPITAL", "BIG") for text in before])

@@ -1,0 +1,560 @@
+"""The commands of the editing windows, driven by selector as a script drives them."""
+
+import sys
+import unittest
+
+from AppKit import *
+from Foundation import *
+from MainApp import *
+
+TAB_LINE = "\t<glyph "
+MATCH_CASE, REGEX = 2001, 2002
+
+
+def make_document(*names, **fields):
+    """An open document with a window and records of these names."""
+    doc = newDocument()
+    doc.setInfos_([newInfo(name, **fields) for name in names])
+    doc.makeWindowControllers()
+    return doc, doc.windowController()
+
+
+def names(infos):
+    return " ".join(info.name for info in infos)
+
+
+def pasteboard():
+    return NSPasteboard.generalPasteboard().stringForType_(NSPasteboardTypeString)
+
+
+def set_pasteboard(text):
+    NSPasteboard.generalPasteboard().setString_forType_(text, NSPasteboardTypeString)
+
+
+def defaults():
+    return NSUserDefaults.standardUserDefaults()
+
+
+class Sender(NSObject):
+    def tag(self):
+        return self.number
+
+
+def sender(number):
+    made = Sender.alloc().init()
+    made.number = number
+    return made
+
+
+class EditingTest(unittest.TestCase):
+    def open(self, *given, **fields):
+        self.doc, self.window = make_document(*given, **fields)
+        self.list = self.window.infolistController()
+        self.addCleanup(self.doc.close)
+
+    def select(self, *rows):
+        self.assertTrue(self.list.setSelectionIndexes_(rows))
+
+    def undone(self):
+        """The records after one step back."""
+        self.doc.undoManager().undo()
+        return names(self.doc)
+
+
+class Search(EditingTest):
+    def setUp(self):
+        self.open("A", "a", "Adieresis", "b_a", "_part.b")
+        for info, code in zip(self.doc, ("0041", "0061", "00C4", "0042", "0043")):
+            info.unicodes = [code]
+        self.doc["a"].production = "Uni A"
+        self.doc["b_a"].altNames = ["Ab", "b.alt"]
+        self.doc["b_a"].category = "Ligature"
+        self.doc["A"].subCategory = "Upper"
+        self.reset()
+        self.addCleanup(self.reset)
+
+    def reset(self):
+        for key in ("SearchState", "SearchStateMatchCase", "SearchStateRegex"):
+            defaults().setObject_forKey_(0, key)
+
+    def found(self, text):
+        field = self.window.searchField()
+        field.setStringValue_(text)
+        self.window.filterInfos_(None)
+        self.assertFalse(self.window.isFiltering())
+        return names(self.list.arrangedObjects())
+
+    def test_menu(self):
+        menu = self.window.searchFieldMenu()
+        titles = [item.title() for item in menu.itemArray() if not item.isSeparatorItem()]
+        self.assertEqual(titles[:14],
+                         ["All", "Name", "Unicode", "Category", "Subcategory", "Script", "Decompose", "Anchors",
+                          "Production", "Alternate Name", "Accents", "Description", "Match Case", "Regex"])
+        self.assertEqual([item.tag() for item in menu.itemArray() if not item.isSeparatorItem()][:14],
+                         [*range(1, 13), MATCH_CASE, REGEX])
+        name, match_case, regex = (menu.itemWithTag_(tag) for tag in (2, MATCH_CASE, REGEX))
+        self.window.searchMode_(name)
+        self.assertTrue(self.window.validateMenuItem_(name))
+        self.assertEqual((name.state(), match_case.state(), regex.state()), (1, 0, 0))
+        self.window.searchMode_(sender(REGEX))
+        self.assertEqual([self.window.validateMenuItem_(item) for item in (name, match_case, regex)],
+                         [False, False, True])
+        self.assertEqual(regex.state(), 1)
+        self.window.searchMode_(regex)
+        self.assertEqual(defaults().integerForKey_("SearchState"), 2)
+
+    def test_modes(self):
+        table = [  # mode, options, text, records
+            (1, (), "A", "A a Adieresis b_a _part.b"),
+            (1, (), "Ä", "Adieresis"),
+            (1, (MATCH_CASE,), "A", "A a Adieresis"),
+            (2, (), "a  b", "b_a _part.b"),
+            (2, (MATCH_CASE,), "A", "A Adieresis"),
+            (3, (), "0041-0043", "A b_a _part.b"),
+            (3, (), "0043-0041", ""),
+            (3, (), "0041-0041", ""),
+            (4, (), "liga", "b_a"),
+            (5, (MATCH_CASE,), "upper", ""),
+            (9, (), "a uni", "a"),
+            (10, (), "b.alt", "b_a"),
+            (10, (), "b.al", ""),
+            (2, (REGEX,), ".", "A a"),
+            (2, (REGEX,), "(", "A a Adieresis b_a _part.b"),
+            (1, (), "\U0001F600", ""),
+        ]
+        for mode, options, text, expected in table:
+            with self.subTest(mode=mode, text=text):
+                self.reset()
+                for tag in (mode, *options):
+                    self.window.searchMode_(tag)
+                self.assertEqual(self.found(text), expected)
+        self.assertEqual(self.found(""), "A a Adieresis b_a _part.b")
+
+    def test_filter_and_subtitle(self):
+        self.doc.updateChangeCount_(2)
+        self.assertEqual(self.window.windowTitleForDocumentDisplayName_("x"), "x")
+        self.assertEqual(self.window.subtitle(), "5 infos")
+        self.assertEqual(self.window.filterString_forKey_search_(True, "name", "x"), 'name contains[d] "x"')
+        self.assertEqual(self.window.filterString_forKey_search_(False, "name", "x"), 'name contains[cd] "x"')
+        self.window.searchMode_(2)
+        self.assertEqual(self.found("b"), "b_a _part.b")
+        self.assertEqual(self.list.filterPredicate(), 'name contains[cd] "b"')
+        self.assertEqual(self.window.subtitle(), "2/5 infos")
+        self.assertFalse(self.list.draggingEnabled())
+        self.doc["A"].name = "Alpha"
+        self.window.synchronizeWindowTitleWithDocumentName()
+        self.assertEqual(self.window.subtitle(), "2/5 infos - Edited")
+        self.assertEqual(self.window.title(), self.doc.displayName())
+        self.window.searchField().setStringValue_("")
+        self.window.controlTextDidChange_(self.window.searchField())
+        self.assertIsNone(self.list.filterPredicate())
+        self.assertTrue(self.list.draggingEnabled())
+
+
+class Commands(EditingTest):
+    def test_outlets(self):
+        self.open("A", "b", unicodes=["0041"], production="uni0041", altNames=["x", "y"])
+        self.select(0)
+        window = self.window
+        self.assertTrue(window.hasObservation())
+        self.assertEqual(window.window(), window)
+        for key in ("Unicode", "Name", "SortName", "Category", "SubCategory", "Script", "Decompose", "Anchors",
+                    "Accents", "Legacy"):
+            self.assertTrue(window.valueForKey_("infoLable" + key).stringValue(), key)
+        with self.assertRaises(AttributeError):
+            window.infoLableNothing()
+        self.assertEqual(window.previewLabel().stringValue(), "A")
+        self.assertEqual(window.unicodesField().objectValue(), ["0041"])
+        self.assertEqual(window.productionNameField().stringValue(), "uni0041")
+        self.assertEqual(window.altNameField().stringValue(), "x, y")
+        self.assertIn("Letter", window.categories())
+        self.assertEqual(window.category().stringValue(), "")
+        self.select(0, 1)
+        self.assertEqual(window.previewLabel().stringValue(), "")
+        window.observeValueForKeyPath_ofObject_change_context_("selection", self.list, None, None)
+        window.awakeFromNib()
+        self.assertTrue(window.hasObservation())
+
+    def test_editing_by_fields(self):
+        self.open("A", "b", altNames=[])
+        self.select(0)
+        self.window.unicodesField().setObjectValue_(["e9", "1f600", "00g1"])
+        self.window.category().setStringValue_("Letter")
+        self.window.desc().setStringValue_("two\nlines")
+        self.window.name().setStringValue_("Alpha")
+        self.window.commitEditing()
+        info = self.doc[0]
+        self.assertEqual((info.unicodes(), info.category(), info.desc(), info.name()),
+                         (["00E9", "1F600"], "Letter", "two\nlines", "Alpha"))
+        field = self.window.altNameField()
+        field.setStringValue_("a.sc, b")
+        self.assertFalse(self.window.textFieldHasValidContent_(field))
+        self.assertEqual(field.errorHint(), "Repeating name: b")
+        self.assertTrue(field.isExtraButtonVisible())
+        field.setStringValue_("a.sc")
+        self.assertTrue(self.window.textFieldHasValidContent_(field))
+        self.assertFalse(field.errorHint())
+        self.assertFalse(field.isExtraButtonVisible())
+        self.assertEqual(
+            self.window.tokenField_shouldAddObjects_atIndex_(self.window.unicodesField(),
+                                                             ["e9", "1f600", "00g1", "", "41"], 0),
+            ["00E9", "1F600", "", "0041"])
+
+    def test_copy(self):
+        self.open("a", "b", "c", "d")
+        set_pasteboard("before")
+        self.select()
+        self.window.copy_(None)
+        self.assertEqual(pasteboard(), "before")
+        self.select(0, 1, 3)
+        self.window.copy_(None)
+        lines = pasteboard().split("\n")
+        self.assertEqual(len(lines), 4)
+        self.assertTrue(all(line.startswith(TAB_LINE) and line.endswith("/>") for line in lines[:3]))
+        self.assertEqual(lines[3], "")
+        self.window.cut_(None)
+        self.assertEqual(names(self.doc), "c")
+        self.assertEqual(self.undone(), "a b c d")
+
+    def test_paste(self):
+        lines = 'no\n  <glyph name="x" />\r\n\tjunk <glyph name="z" />\n<glyph name="y" />\n'
+        table = [  # selected, search, records
+            ([1], "", "a b x y c"),
+            ([], "", "a b c x y"),
+            ([0, 2], "", "a b c x y"),
+            ([0], "b", "a b x y c"),
+        ]
+        for rows, search, expected in table:
+            with self.subTest(rows=rows, search=search):
+                self.open("a", "b", "c")
+                self.window.searchField().setStringValue_(search)
+                self.window.filterInfos()
+                self.select(*rows)
+                set_pasteboard(lines)
+                self.window.paste_(None)
+                self.assertEqual(names(self.doc), expected)
+                self.assertEqual(self.undone(), "a b c")
+        set_pasteboard("no glyphs")
+        self.window.paste_(None)
+        self.assertEqual(names(self.doc), "a b c")
+
+    def test_remove(self):
+        self.open("a", "b", "c")
+        self.select(0, 2)
+        self.window.removeSelectedInfos_(None)
+        self.assertEqual(names(self.doc), "a b c")
+        sheet = self.window.attachedSheet()
+        self.assertIn("Do you really want to remove all selected entries?", [sheet.text(), sheet.title()])
+        sheet.buttonWithTitle_("Cancel").performClick_(None)
+        self.assertEqual(names(self.doc), "a b c")
+        processEvents()
+        self.window.removeSelectedInfos_(None)
+        self.window.attachedSheet().buttonWithTitle_("Remove").performClick_(None)
+        self.assertEqual(names(self.doc), "b")
+        self.assertEqual(self.undone(), "a b c")
+        self.select(1)
+        self.window.delete_(None)
+        self.assertEqual(names(self.doc), "a c")
+
+    def test_names(self):
+        self.open("A", "B", "C")
+        self.doc["A"].altNames = ["A.alt", "A", "A.alt"]
+        self.doc["B"].altNames = []
+        self.doc["C"].unicodes = ["E000"]
+        self.select(0, 1)
+        self.window.moveNameToAltName_(None)
+        self.assertEqual([info.altNames() for info in self.doc], [["A.alt", "A"], ["B"], []])
+        self.assertEqual(names(self.doc), "A B C")
+        self.select(2)
+        self.window.makeLegacyName_(None)
+        self.assertEqual(self.doc["C"].production, "uniE000")
+
+    def test_sort_names(self):
+        table = [  # prefix, start, step, digits, sort names
+            ("a", 1, 1, 3, "a001 a002 a003"),
+            ("x", 10, 5, 2, "x10 x15 x20"),
+            ("a", 998, 1, 3, "a998 a999 a1000"),
+            ("a", 1, -1, 3, "a001 a000 a-01"),
+            ("a", 2147483647, 1, 1, "a2147483647 a-2147483648 a-2147483647"),
+        ]
+        for prefix, start, step, digits, expected in table:
+            with self.subTest(expected=expected):
+                self.open("A", "B", "C", sortName="old")
+                self.select(0, 1, 2)
+                self.assertIsNone(self.window.sortNameDialog())
+                self.window.setSortName_(None)
+                dialog = self.window.sortNameDialog()
+                dialog.sortNamePrefix().setStringValue_(prefix)
+                for part, number in ((dialog.sortNameStart(), start), (dialog.sortNameStep(), step),
+                                     (dialog.sortNameDigits(), digits)):
+                    part.setIntegerValue_(number)
+                self.window.sortNameCancel_(None)
+                self.assertEqual([info.sortName() for info in self.doc], ["old"] * 3)
+                self.window.setSortName_(None)
+                self.window.sortNameOK_(None)
+                self.assertEqual(" ".join(info.sortName for info in self.doc), expected)
+                self.doc.undoManager().undo()
+                self.assertEqual([info.sortName() for info in self.doc], ["old"] * 3)
+        for key, value in (("Prefix", "a"), ("Start", 1), ("Step", 1), ("Digits", 3)):
+            defaults().setObject_forKey_(value, "sortName" + key)
+
+    def test_restoration(self):
+        self.open("a", "ab", "b")
+        self.window.searchField().setStringValue_("b")
+        self.window.filterInfos()
+        self.select(1)
+        state = self.window.window_willEncodeRestorableState_(self.window, None)
+        self.assertEqual((state["searchField"], state["selectedInfos"]), ("b", [1]))
+        self.window.searchField().setStringValue_("")
+        self.window.filterInfos()
+        self.window.window_didDecodeRestorableState_(self.window, state)
+        self.assertEqual(names(self.list.arrangedObjects()), "ab b")
+        self.assertEqual(names(self.list.selectedObjects()), "b")
+
+    def test_views(self):
+        self.open("a")
+        self.assertEqual(self.window.splitView().splitView_constrainSplitPosition_ofSubviewAt_(None, 99.9, 0), 99)
+        self.assertTrue(self.window.isSidebarShown())
+        self.assertNotEqual(self.window.sidebarView(), self.window.contentView())
+        self.assertIsNotNone(NSClassFromString("VXWhiteView").alloc().init())
+        button = NSClassFromString("VXMenuButton").alloc().init()
+        first, last = (button.addItemWithTitle_(title) for title in ("First", "Last"))
+        self.assertEqual([item.title() for item in button.itemMenu().itemArray()], ["First", "Last"])
+        self.assertEqual(button.positioningItem(), last)
+        last.setVisible_(False)
+        self.assertEqual(button.positioningItem(), first)
+
+
+class FindAndReplace(EditingTest):
+    def dialog(self, tag, find, by):
+        self.window.performFindPanelAction_(sender(12))
+        dialog = self.window.outlet_("VXFindReplaceWindowController")
+        self.assertTrue(dialog.fieldPopup().selectItemWithTag_(tag))
+        dialog.findField().setStringValue_(find)
+        dialog.replaceField().setStringValue_(by)
+        return dialog
+
+    def test_fields(self):
+        table = [  # tag, key, value, replaced
+            (2, "name", "a.sc", "b.sc"), (3, "production", "uaa", "ubb"),
+            (4, "altNames", ["a.alt", "y"], ["b.blt", "y"]), (5, "anchors", "a, top", "b, top"),
+            (6, "sortName", "A a", "A b"), (7, "desc", "an Ant", "bn Ant"), (8, "decompose", "a, c", "b, c"),
+            (9, "marks", "acute", "bcute"),
+        ]
+        self.open("x", "y")
+        self.select(0, 1)
+        dialog = self.dialog(2, "a", "b")
+        self.assertEqual([item.tag() for item in dialog.fieldPopup().itemArray()], [row[0] for row in table])
+        dialog.cancel_(None)
+        processEvents()
+        for tag, key, value, replaced in table:
+            with self.subTest(key=key):
+                self.doc[0][key] = value
+                self.doc[1][key] = value
+                self.select(0)
+                dialog = self.dialog(tag, "a", "b")
+                dialog.cancel_(None)
+                self.assertEqual(self.doc[0][key], value)
+                processEvents()
+                dialog = self.dialog(tag, "a", "b")
+                self.assertEqual(names(dialog.selectedInfos()), self.doc[0].name)
+                dialog.doReplace_(None)
+                dialog._doReplace()
+                self.assertEqual((self.doc[0][key], self.doc[1][key]), (replaced, value))
+                processEvents()
+
+    def test_by_itself(self):
+        self.open("a", "b")
+        dialog = NSClassFromString("VXFindReplaceWindowController").alloc().init()
+        dialog.setSelectedInfos_(list(self.doc))
+        self.assertEqual(dialog.runDialog_modalForWindow_(None, None), 0)
+        dialog.fieldPopup().selectItemWithTag_(2)
+        for find, by, expected in (("", "x", "a b"), ("", "", "a b"), ("A", "x", "a b"), ("a", "aa", "aa b")):
+            defaults().setObject_forKey_(find, "FindAndReplaceSearch")
+            defaults().setObject_forKey_(by, "FindAndReplaceReplace")
+            dialog._doReplace()
+            self.assertEqual(names(self.doc), expected)
+
+    def test_other_actions(self):
+        self.open("a")
+        self.window.performFindPanelAction_(7)
+        self.window.performFindPanelAction_(1)
+        self.assertEqual(self.window.firstResponder(), self.window.searchField())
+
+
+class Compare(EditingTest):
+    def setUp(self):
+        self.window = NSApplication.sharedApplication().delegate().compareWindow()
+        self.left, self.right = (make_document(*given.split())[0] for given in ("a b c", "b c d d"))
+        for doc in (self.left, self.right):
+            self.addCleanup(doc.close)
+        for key in ("FilterKey", "FilterMode"):
+            defaults().setObject_forKey_(0, key)
+        self.window.showWindow_(None)
+        for choice, doc in ((self.window.leftDocList(), self.left), (self.window.rightDocList(), self.right)):
+            choice.setSelectionIndex_(list(choice.arrangedObjects()).index(doc))
+
+    def keys(self, mode, key=0):
+        defaults().setObject_forKey_(mode, "FilterMode")
+        defaults().setObject_forKey_(key, "FilterKey")
+        self.window.updateFilters()
+        return " ".join(self.window.filteredKeys().arrangedObjects())
+
+    def test_modes(self):
+        self.assertTrue(self.window.hasObservers())
+        self.assertEqual(self.window.title(), "Compare")
+        for info in (*self.left, *self.right):
+            info.desc = "same"
+        self.assertEqual([self.keys(mode) for mode in (0, 1, 2)], ["d d", "a", ""])
+        self.right["c"].category = "Mark"
+        self.left["a"].production = self.right["d"].production = "p"
+        self.assertEqual([self.keys(mode) for mode in (0, 1, 2)], ["d d", "a", "c"])
+        self.assertEqual(self.window.filterKey(), "name")
+        self.assertEqual([self.keys(mode, 2) for mode in (0, 1, 2)], ["", "", "p"])
+        self.assertEqual(self.window.filterKey(), "production")
+        self.keys(2, 7)
+        self.assertEqual(self.window.filterKey(), "name")
+        self.window.rightDocList().setSelectionIndex_(self.window.leftDocList().selectionIndex())
+        self.assertEqual(self.keys(1), "")
+
+    def test_panes_and_copying(self):
+        self.keys(2)
+        self.right["c"].category = "Mark"
+        self.window.observeValueForKeyPath_ofObject_change_context_(None, None, None, "DocumentSelection")
+        keys = self.window.filteredKeys()
+        keys.setSelectionIndexes_([list(keys.arrangedObjects()).index("c")])
+        self.window.observeValueForKeyPath_ofObject_change_context_(None, None, None, "FilterKeySelection")
+        self.assertEqual(self.window.leftInfoList().arrangedObjects(), [self.left["c"]])
+        normal = self.window.leftLableUnicode().textColor()
+        colors = [(self.window.valueForKey_("leftLable" + key).textColor(),
+                   self.window.valueForKey_("rightLable" + key).textColor()) for key in ("Category", "Name")]
+        self.assertEqual(colors[1], (normal, normal))
+        self.assertEqual(colors[0][0], colors[0][1])
+        self.assertNotEqual(colors[0][0], normal)
+        cells = self.window.leftLableCase().cells()
+        self.assertEqual(cells.count(), 6)
+        self.assertEqual({cell.textColor() for cell in cells}, {normal})
+        self.assertEqual(self.window.colorForValues_others_key_(self.left, self.right, "category"), colors[0][0])
+        self.assertEqual(self.window.colorForValues_others_key_([], [], "category"), normal)
+        self.window.copyLeft_(None)
+        self.assertEqual(names(self.left), "a b c c")
+        self.assertEqual(self.left[3].category, "Mark")
+        self.window.copyRight_(None)
+        self.assertEqual(names(self.right), "b c d d c")
+
+
+class CodePoints(unittest.TestCase):
+    def test_formatter(self):
+        formatter = NSClassFromString("VXUnicodeFormatter").alloc().init()
+        self.assertEqual(formatter.stringForObjectValue_(["e9", "1f600"]), "E9, 1F600")
+        self.assertEqual(formatter.stringForObjectValue_("e9"), "E9")
+        self.assertEqual(formatter.getObjectValue_forString_errorDescription_(None, "e9", None)[:2], (True, "e9"))
+        for text, expected in (("1F600", None), ("", None),
+                               ("g", "Only Numbers from 0–9 and letters from A-F are allowed"),
+                               ("1F6000", "Only maximal five digits are allowd")):
+            valid, _, reason = formatter.\
+                isPartialStringValid_proposedSelectedRange_originalString_originalSelectedRange_errorDescription_(
+                    text, None, "", (0, 0), None)
+            self.assertEqual((valid, reason), (expected is None, expected), text)
+
+    def test_validating_field(self):
+        class Judge(NSObject):
+            def textFieldHasValidContent_(self, field):
+                asked.append(field.stringValue())
+                field.setErrorHint_("" if field.stringValue() else "empty")
+                return bool(field.stringValue())
+
+            def textField_textView_candidates_forSelectedRange_(self, field, view, words, extent):
+                return [*words, "more"]
+
+        asked = []
+        judge = Judge.alloc().init()
+        field = NSClassFromString("VXValidatingTextField").alloc().init()
+        field.setStringValue_("nobody asks")
+        field.setDelegate_(judge)
+        self.assertEqual(field.secodaryDelegate(), judge)
+        normal = field.backgroundColor()
+        for text in ("x", "x", ""):
+            field.setStringValue_(text)
+        self.assertEqual((asked, field.errorHint(), field.oldText()), (["x", ""], "empty", ""))
+        self.assertNotEqual(field.backgroundColor(), normal)
+        words, _ = field.textView_completions_forPartialWordRange_indexOfSelectedItem_(None, ["a"], (0, 1), None)
+        self.assertEqual(words, ["a", "more"])
+
+
+class Reordering(EditingTest):
+    def drag(self, rows, target, mask=NSDragOperationCopy | NSDragOperationMove):
+        drag = NSClassFromString("TableDrag").alloc().init()
+        drag.setDraggingSourceOperationMask_(mask)
+        table = self.list.oTableView()
+        if not self.list.tableView_writeRowsWithIndexes_toPasteboard_(table, rows, drag):
+            return None
+        wanted = NSDragOperationCopy if mask == NSDragOperationCopy else NSDragOperationMove
+        self.assertEqual(self.list.tableView_validateDrop_proposedRow_proposedDropOperation_(
+            table, drag, target, NSTableViewDropOn), wanted)
+        self.assertTrue(self.list.tableView_acceptDrop_row_dropOperation_(table, drag, target, NSTableViewDropAbove))
+        return names(self.doc), self.list.selectionIndexes()
+
+    def test_drops(self):
+        table = [  # records, rows, target, mask, records after, selection
+            ("a b c d e", [1, 3], 0, 3, "b d a c e", [0, 1]),
+            ("a b c d e", [0, 1], 4, 3, "c d a b e", [2, 3]),
+            ("a b c d e", [0, 1], 4, NSDragOperationMove, "c d a b e", [2, 3]),
+            ("a b c", [1, 2], 0, NSDragOperationCopy, "b c a b c", [0, 1]),
+            ("a b c", [0, 2], 1, NSDragOperationCopy, "a a c b c", [1, 2]),
+            ("a b c", [0], -1, 3, "a b c", [0]),
+        ]
+        for given, rows, target, mask, expected, selection in table:
+            with self.subTest(given=given, rows=rows, target=target):
+                self.open(*given.split())
+                self.assertEqual(self.drag(rows, target, mask), (expected, selection))
+                self.doc.undoManager().undo()
+                self.assertEqual(names(self.doc), given)
+
+    def test_refusals(self):
+        self.open("a", "b")
+        self.list.setDraggingEnabled_(False)
+        self.assertIsNone(self.drag([0], 2))
+        self.list.awakeFromNib()
+        foreign = NSClassFromString("TableDrag").alloc().init()
+        self.assertFalse(self.list.tableView_acceptDrop_row_dropOperation_(None, foreign, 0, 0))
+        other, other_window = make_document("x")
+        self.addCleanup(other.close)
+        other_window.infolistController().tableView_writeRowsWithIndexes_toPasteboard_(None, [0], foreign)
+        self.assertFalse(self.list.tableView_acceptDrop_row_dropOperation_(None, foreign, 0, 0))
+        self.assertEqual(names(self.doc), "a b")
+
+    def test_arithmetic_and_delegate(self):
+        self.open("a", "b", "c")
+        self.assertEqual(self.list.rowsAboveRow_inIndexSet_(2, [0, 1, 2, 5]), 2)
+        self.assertEqual(self.list.indexSetFromRows_([3, 1, 3]), [1, 3])
+        self.assertTrue(self.list.tableObjectsSupportCopying())
+        table = self.list.oTableView()
+        self.assertTrue(self.list.tableView_shouldEditTableColumn_row_(table, 0, 0))
+        self.assertFalse(self.list.tableView_shouldShowCellExpansionForTableColumn_row_(table, 0, 0))
+        self.assertIsNone(self.list.viewAtColumn_row_makeIfNecessary_(0, 0, False))
+        self.assertIsNone(self.list.tableColumn_inTableView_dataCellForRow_(0, table, 0))
+        self.assertIsNotNone(self.list.tableView_dataCellForTableColumn_row_(table, 0, 0))
+
+        class Listener(NSObject):
+            def arrayController_didCopyObject_copy_(self, controller, source, copy):
+                told.append(source.name + copy.name)
+
+            def tableView_shouldEditTableColumn_row_(self, view, column, row):
+                return row == 1
+
+        told, listener = [], Listener.alloc().init()
+        self.list.setDelegate_(listener)
+        self.assertEqual(self.list.delegate(), listener)
+        self.list.copyObjectsInArrangedObjectsFromIndexes_toIndex_([0, 2], 0)
+        self.assertEqual((names(self.doc), told), ("a c a b c", ["cc", "aa"]))
+        self.assertEqual([self.list.tableView_shouldEditTableColumn_row_(table, 0, row) for row in (0, 1)],
+                         [False, True])
+        self.list.moveObjectsInArrangedObjectsFromIndexes_toIndex_([0], 5)
+        self.assertEqual(names(self.doc), "c a b c a")
+
+
+result = unittest.TextTestRunner(stream=sys.stdout, verbosity=0).run(
+    unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"]))
+print("checked", result.testsRun)
+sys.exit(0 if result.wasSuccessful() else 1)
