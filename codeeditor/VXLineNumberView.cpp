@@ -77,10 +77,12 @@ void VXLineNumberView::setClientView(QWidget *clientView)
 void VXLineNumberView::textStorageDidProcessEditing(int from, int removed, int added)
 {
     Q_UNUSED(removed)
+    const qsizetype before = m_lines.starts().size();
     m_lines.noteEdit(from, added, m_clientView->document()->characterCount() - 1);
-    // What is drawn follows the view, which says what it draws anew; only the size may have to change now.
-    if (isVisible())
-        lineIndices();
+    // What is drawn follows the view, which says what it draws anew. Of a line appended at the end it draws
+    // that row alone, so the count is looked at here.
+    if (isVisible() && lineIndices().size() != before)
+        update();
 }
 
 /// The view scrolled by \a dy, or draws \a area anew: where rows moved that is all of it. A part alone is the

@@ -2,6 +2,7 @@
 #include "codeeditor/VXLineNumberView.h"
 #include "tests/TestMain.h"
 
+#include <QPaintEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <cmath>
@@ -34,6 +35,25 @@ struct RulerFixture : EditorFixture {
     }
 };
 
+/// What of a widget is drawn anew while this lives.
+class PaintedArea : public QObject
+{
+public:
+    explicit PaintedArea(QWidget &widget) { widget.installEventFilter(this); }
+    QRegion area() const { return m_area; }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_area += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+
+private:
+    QRegion m_area;
+};
+
 /// Whether anything is drawn at the height of a row.
 bool hasLabelAt(const QImage &image, int top, int bottom)
 {
@@ -59,6 +79,8 @@ private Q_SLOTS:
     void aWrappedLineHasOneNumber();
     void clicksAndDragsSelectLines();
     void followsEditsAndZoom();
+    void drawsTheNumbersOfAppendedLines_data();
+    void drawsTheNumbersOfAppendedLines();
     void canBeSwitchedOff();
     void archives();
     void withoutATextThereIsNothing();
@@ -159,6 +181,32 @@ void TestLineNumberView::followsEditsAndZoom()
     QCOMPARE(editor.ruler->font().pointSize(), 30);
     QVERIFY(editor.ruler->ruleThickness() > narrow);
     QCOMPARE(editor.ruler->lineNumberForLocation(editor.middleOfLine(2)), 2);
+}
+
+void TestLineNumberView::drawsTheNumbersOfAppendedLines_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("appended");
+    QTest::newRow("a return") << u"a"_s << u"\n"_s;
+    QTest::newRow("a return that indents") << u"if a:"_s << u"\n    "_s;
+    QTest::newRow("three lines at once") << u"a"_s << u"\nb\nc\nd"_s;
+}
+
+void TestLineNumberView::drawsTheNumbersOfAppendedLines()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, appended);
+    RulerFixture editor;
+    editor.view.setString(before);
+    editor.view.setSelectedRange({int(before.size()), 0});
+    QVERIFY(QTest::qWaitForWindowExposed(&editor.view));
+    QCoreApplication::processEvents();
+
+    PaintedArea painted(*editor.ruler);
+    editor.view.insertText(appended);
+    QCoreApplication::processEvents();
+    const int lines = int(editor.ruler->lineIndices().size());
+    QVERIFY(painted.area().contains(editor.pointAtLine(lines)));
 }
 
 void TestLineNumberView::canBeSwitchedOff()
