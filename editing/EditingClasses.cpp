@@ -24,5 +24,6 @@ void registerEditingClasses()
 {
     registerClasses<RSRTVArrayController, TableDrag, VXCompareDataWindow, VXFindReplaceWindowController,
                     VXMenuButton, VXSearchField, VXSimpleSplitView, VXSplitViewWindowController,
-                    VXUnicodeFormatter, VXValidatingTextField, VXWhiteView, VXWindowController>();
+                    VXUnicodeFormatter, VXValidatingTextField, VXValidatingTextFieldCell, VXWhiteView,
+                    VXWindowController>();
 }

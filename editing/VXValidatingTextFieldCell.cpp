@@ -9,6 +9,7 @@
 #include <QtMath>
 
 using namespace runebook;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -99,4 +100,51 @@ QRect VXValidatingTextFieldCell::selectWithFrameInView(const QRect &frame,
 {
     const int button = field.isExtraButtonVisible() ? field.extraButton()->width() + kEditedButtonGap : 0;
     return frame.adjusted(0, 0, -button, 0);
+}
+
+// For scripts
+
+namespace {
+
+QVariantList listOf(const QRect &rect)
+{
+    return {rect.x(), rect.y(), rect.width(), rect.height()};
+}
+
+QRect rectOf(const QVariantList &numbers)
+{
+    return {numbers.value(0).toInt(), numbers.value(1).toInt(), numbers.value(2).toInt(),
+            numbers.value(3).toInt()};
+}
+
+} // namespace
+
+QVariantMap VXValidatingTextFieldCell::errorBadgeString(QVariant text) const
+{
+    const FormattedText badge = errorBadgeString(text.toString());
+    const QTextCharFormat &format = badge.formats.front().format;
+    return {{u"string"_s, badge.text},
+            {u"font"_s, format.font().family()},
+            {u"size"_s, format.font().pixelSize()},
+            {u"color"_s, format.foreground().color()}};
+}
+
+QVariantList VXValidatingTextFieldCell::errorBadgeRectInView(QObject *object) const
+{
+    const auto *field = qobject_cast<VXValidatingTextField *>(object);
+    return field ? listOf(errorBadgeRectInView(*field)) : QVariantList();
+}
+
+QVariantList VXValidatingTextFieldCell::drawInteriorWithFrameInView(const QVariantList &frame,
+                                                                    QObject *object) const
+{
+    const auto *field = qobject_cast<VXValidatingTextField *>(object);
+    return field ? listOf(drawInteriorWithFrameInView(nullptr, rectOf(frame), *field)) : QVariantList();
+}
+
+QVariantList VXValidatingTextFieldCell::selectWithFrameInView(const QVariantList &frame,
+                                                              QObject *object) const
+{
+    const auto *field = qobject_cast<VXValidatingTextField *>(object);
+    return field ? listOf(selectWithFrameInView(rectOf(frame), *field)) : QVariantList();
 }

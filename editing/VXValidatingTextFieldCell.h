@@ -2,6 +2,7 @@
 
 #include "document/VXDocument.h"
 
+#include <QObject>
 #include <QRect>
 
 class QPainter;
@@ -9,9 +10,12 @@ class VXValidatingTextField;
 
 /// Draws the error badge of a validating text field and says how much room it leaves for the text. No state.
 /// A point is a device-independent pixel, as in all measures of widgets.
-class VXValidatingTextFieldCell
+class VXValidatingTextFieldCell : public QObject
 {
+    Q_OBJECT
 public:
+    Q_INVOKABLE explicit VXValidatingTextFieldCell(QObject *parent = nullptr) : QObject(parent) { }
+
     /// The text of a badge: the system font at 11 points, white.
     runebook::FormattedText errorBadgeString(const QString &text) const;
     /// Where the badge of \a field stands, within its border at the right end; empty without an error hint.
@@ -23,6 +27,13 @@ public:
     QRect selectWithFrameInView(const QRect &frame, const VXValidatingTextField &field) const;
     /// The inside of the field, without its border.
     static QRect interiorOf(const VXValidatingTextField &field);
+
+public: // the same for scripts: a badge as a map of "string", "font", "size" in points and "color";
+        // rectangles as lists of x, y, width and height, empty for any object but a field
+    Q_INVOKABLE QVariantMap errorBadgeString(QVariant text) const;
+    Q_INVOKABLE QVariantList errorBadgeRectInView(QObject *field) const;
+    Q_INVOKABLE QVariantList drawInteriorWithFrameInView(const QVariantList &frame, QObject *field) const;
+    Q_INVOKABLE QVariantList selectWithFrameInView(const QVariantList &frame, QObject *field) const;
 
 private:
     void drawBadge(QPainter &painter, const QRect &badge, const VXValidatingTextField &field) const;
