@@ -11,7 +11,7 @@ namespace runebook {
 
 namespace {
 
-enum class Stream { Output, Error };
+enum class Stream { Output, OutputContinued, Error };
 
 ScriptConsole *ownOutput = nullptr;
 ScriptConsole *panel = nullptr;
@@ -20,6 +20,8 @@ void writeTo(ScriptConsole &target, Stream stream, const QString &text)
 {
     if (stream == Stream::Output)
         target.setWrite(text);
+    else if (stream == Stream::OutputContinued)
+        target.continueWrite(text);
     else
         target.setWriteError(text);
 }
@@ -76,8 +78,8 @@ void deliver(Stream stream, const QString &text)
         return;
     if (target->takesAnyThread() || isOnMainThread())
         writeTo(*target, stream, text);
-    else
-        pendingOutput().add(stream, text);
+    else // where pieces that follow each other become one text by themselves
+        pendingOutput().add(stream == Stream::OutputContinued ? Stream::Output : stream, text);
 }
 
 /// The text of a str that has no plain UTF-8 form: a zero character or half a surrogate pair in it. False,
@@ -124,9 +126,10 @@ qsizetype pieceOf(QByteArrayView bytes)
 /// with an error set when the script was interrupted.
 bool deliverInPieces(QByteArrayView bytes)
 {
+    Stream stream = Stream::Output;
     while (!bytes.isEmpty()) {
         const qsizetype length = pieceOf(bytes);
-        deliver(Stream::Output, textFromUtf8(bytes.first(length)));
+        deliver(std::exchange(stream, Stream::OutputContinued), textFromUtf8(bytes.first(length)));
         bytes = bytes.sliced(length);
         if (!bytes.isEmpty() && py.PyErr_CheckSignals() != 0)
             return false;

@@ -10,6 +10,8 @@ class ScriptConsole
 public:
     virtual ~ScriptConsole() = default;
     virtual void setWrite(const QString &text) = 0;
+    /// More of the text that setWrite was given last: a large one comes in pieces.
+    virtual void continueWrite(const QString &text) { setWrite(text); }
     virtual void setWriteError(const QString &text) = 0;
     virtual void clearConsole() { }
     /// True when both may be called on any thread; otherwise other threads' texts wait for the event loop.

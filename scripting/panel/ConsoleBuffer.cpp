@@ -8,20 +8,6 @@ namespace {
 
 constexpr qsizetype kSlice = 1 << 15;
 
-/// Takes the marks of names out that the same write had before.
-void keepFirstMarks(ConsoleText &text, QStringList &seenNames, bool &sawTraceback)
-{
-    text.emphasised.removeIf([&](const UnitRange &range) {
-        const QString word = text.text.mid(range.location, range.length);
-        if (!errorNames().contains(word))
-            return std::exchange(sawTraceback, true);
-        if (seenNames.contains(word))
-            return true;
-        seenNames << word;
-        return false;
-    });
-}
-
 void join(ConsoleText &text, ConsoleText &&more)
 {
     const qsizetype shift = text.text.size();
@@ -43,7 +29,15 @@ void ConsoleBuffer::append(const QString &text, const ConsoleLimits &limits)
     if (text.size() <= kSlice)
         appendMarked(text);
     else
-        appendRaw(text, limits.units);
+        appendRaw(text, limits.units, std::make_shared<Marks>());
+    dropOldest(limits);
+}
+
+void ConsoleBuffer::continueWrite(const QString &text, const ConsoleLimits &limits)
+{
+    if (text.isEmpty())
+        return;
+    appendRaw(text, limits.units, m_lastMarks);
     dropOldest(limits);
 }
 
@@ -60,9 +54,10 @@ void ConsoleBuffer::appendMarked(const QString &text)
     m_units += entry.units() - before;
 }
 
-void ConsoleBuffer::appendRaw(const QString &text, qsizetype maxUnits)
+void ConsoleBuffer::appendRaw(const QString &text, qsizetype maxUnits, const std::shared_ptr<Marks> &marks)
 {
     Entry &entry = m_entries.emplace_back();
+    entry.marks = m_lastMarks = marks;
     entry.raw = text.size() > maxUnits ? text.right(maxUnits) : text;
     entry.lines = entry.raw.count(u'\n');
     m_lines += entry.lines;
@@ -97,6 +92,20 @@ ConsoleText ConsoleBuffer::take()
     return marked;
 }
 
+/// Takes the marks of names out that the same write had before.
+void ConsoleBuffer::keepFirstMarks(ConsoleText &text, Marks &marks)
+{
+    text.emphasised.removeIf([&](const UnitRange &range) {
+        const QString word = text.text.mid(range.location, range.length);
+        if (!errorNames().contains(word))
+            return std::exchange(marks.hasTraceback, true);
+        if (marks.names.contains(word))
+            return true;
+        marks.names << word;
+        return false;
+    });
+}
+
 ConsoleText ConsoleBuffer::takeSlice(Entry &entry)
 {
     qsizetype length = std::min(kSlice, entry.units());
@@ -109,7 +118,7 @@ ConsoleText ConsoleBuffer::takeSlice(Entry &entry)
             --length;
     }
     ConsoleText slice = ConsoleText::fromOutput(ahead.first(length).toString());
-    keepFirstMarks(slice, entry.seenNames, entry.sawTraceback);
+    keepFirstMarks(slice, *entry.marks);
     entry.place += length;
     const qsizetype lines = ahead.first(length).count(u'\n');
     entry.lines -= lines;

@@ -3,6 +3,7 @@
 #include "scripting/ConsoleText.h"
 
 #include <deque>
+#include <memory>
 
 namespace runebook {
 
@@ -20,18 +21,24 @@ public:
     /// Adds one write. The names of errors are marked once for each write; one of some megabytes is marked
     /// bit by bit as it is taken, so that adding it costs next to nothing.
     void append(const QString &text, const ConsoleLimits &limits);
+    /// More of the last write that was too large to be marked at once.
+    void continueWrite(const QString &text, const ConsoleLimits &limits);
     /// The next piece, some 30,000 units at most, that ends a line if it can. Not when empty.
     ConsoleText take();
     bool isEmpty() const { return m_entries.empty(); }
     void clear();
 
 private:
+    /// What was marked so far in one write.
+    struct Marks {
+        QStringList names;
+        bool hasTraceback = false;
+    };
     struct Entry {
         ConsoleText marked; ///< small writes that follow each other
         QString raw; ///< or a large one, from here on
         qsizetype place = 0;
-        QStringList seenNames; ///< marked in that write before
-        bool sawTraceback = false;
+        std::shared_ptr<Marks> marks; ///< shared by the pieces of that write
         qsizetype lines = 0;
 
         bool isRaw() const { return !raw.isNull(); }
@@ -39,11 +46,13 @@ private:
     };
 
     void appendMarked(const QString &text);
-    void appendRaw(const QString &text, qsizetype maxUnits);
+    void appendRaw(const QString &text, qsizetype maxUnits, const std::shared_ptr<Marks> &marks);
     void dropOldest(const ConsoleLimits &limits);
+    static void keepFirstMarks(ConsoleText &text, Marks &marks);
     ConsoleText takeSlice(Entry &entry);
 
     std::deque<Entry> m_entries;
+    std::shared_ptr<Marks> m_lastMarks = std::make_shared<Marks>();
     qsizetype m_lines = 0;
     qsizetype m_units = 0;
 };

@@ -70,6 +70,17 @@ ConsoleView::~ConsoleView() = default;
 void ConsoleView::append(const QString &text, Kind kind)
 {
     m_pending.append(kind == Kind::Error ? cleanupErrorMessage(text) : text, m_limits);
+    showSoon();
+}
+
+void ConsoleView::continueWrite(const QString &text)
+{
+    m_pending.continueWrite(text, m_limits);
+    showSoon();
+}
+
+void ConsoleView::showSoon()
+{
     if (hasPending() && !m_frame.isActive())
         m_frame.start();
 }
@@ -356,11 +367,9 @@ QVariantMap ConsoleView::attributesAtIndex(int index, TextRange *effectiveRange)
     return console::attributesOf(format, *this);
 }
 
-QVariantList ConsoleTextStorage::attributesAtIndexEffectiveRange(int index)
+QVariantMap ConsoleTextStorage::attributesAtIndexEffectiveRange(int index, TextRange *effectiveRange)
 {
-    TextRange range {index, 0};
-    const QVariantMap attributes = m_view.attributesAtIndex(index, &range);
-    return {attributes, QVariantList {range.location, range.length}};
+    return m_view.attributesAtIndex(index, effectiveRange);
 }
 
 QMimeData *ConsoleView::createMimeDataFromSelection() const

@@ -27,6 +27,8 @@ public:
 public: // the text
     /// Adds one write; marks and links are found in it by itself. Error text loses its first ", in <module>".
     void append(const QString &text, Kind kind);
+    /// More of a write of many megabytes: its marks count as those of one.
+    void continueWrite(const QString &text);
     /// The whole text, what is not displayed yet included, long lines unbroken.
     Q_INVOKABLE QString string();
     Q_INVOKABLE int length();
@@ -82,6 +84,7 @@ private:
     /// line of a megabyte takes seconds.
     enum class BlockEnd { LineFeed = -1, Cut = 0, Return, ReturnLineFeed, ParagraphSeparator };
 
+    void showSoon();
     void showPendingFor(qint64 milliseconds);
     void insert(QTextCursor &cursor, const ConsoleText &text);
     void insertRun(QTextCursor &cursor, QStringView text, const QTextCharFormat &format);
@@ -113,8 +116,8 @@ public:
     explicit ConsoleTextStorage(ConsoleView &view) : QObject(&view), m_view(view) { }
     Q_INVOKABLE QString string() { return m_view.string(); }
     Q_INVOKABLE int length() { return m_view.length(); }
-    /// [attributes, [location, length]]; see ConsoleView::attributesAtIndex.
-    Q_INVOKABLE QVariantList attributesAtIndexEffectiveRange(int index);
+    /// See ConsoleView::attributesAtIndex.
+    Q_INVOKABLE QVariantMap attributesAtIndexEffectiveRange(int index, runebook::TextRange *effectiveRange);
 
 private:
     ConsoleView &m_view;

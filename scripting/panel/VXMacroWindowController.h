@@ -100,6 +100,7 @@ public: // running
 
 public: // the console
     Q_INVOKABLE void setWrite(const QString &text) override;
+    void continueWrite(const QString &text) override;
     Q_INVOKABLE void setWriteError(const QString &text) override;
     /// All text of the console.
     Q_INVOKABLE QString write();
@@ -142,6 +143,9 @@ public:
 
 Q_SIGNALS:
     void windowLoaded();
+    /// The console was given \a text, whether the window shows it or not.
+    void wrote(const QString &text);
+    void wroteError(const QString &text);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

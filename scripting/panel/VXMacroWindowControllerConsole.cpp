@@ -114,13 +114,21 @@ ConsoleView &VXMacroWindowController::console()
 
 void VXMacroWindowController::setWrite(const QString &text)
 {
-    if (!text.isEmpty())
-        console().append(text, ConsoleView::Kind::Output);
+    if (text.isEmpty())
+        return;
+    console().append(text, ConsoleView::Kind::Output);
+    Q_EMIT wrote(text);
+}
+
+void VXMacroWindowController::continueWrite(const QString &text)
+{
+    console().continueWrite(text);
 }
 
 void VXMacroWindowController::setWriteError(const QString &text)
 {
     console().append(text, ConsoleView::Kind::Error);
+    Q_EMIT wroteError(text);
 }
 
 QString VXMacroWindowController::write()

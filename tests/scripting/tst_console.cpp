@@ -198,23 +198,34 @@ void ConsoleTest::marksOncePerWrite()
     m_console->append(u"KeyError\n"_s.repeated(20'000) + u"TypeError Traceback (most recent call last):\n"_s,
                       Kind::Output);
     QCOMPARE(marked(), (QStringList {u"KeyError"_s, u"TypeError"_s, u"Traceback"_s}));
+    // So are those that come in pieces, whether the first one is in the view by then or not.
+    for (const bool atOnce : {true, false}) {
+        m_console->clearText();
+        m_console->append(u"KeyError\n"_s.repeated(20'000), Kind::Output);
+        if (!atOnce)
+            m_console->string();
+        m_console->continueWrite(u"KeyError TypeError\n"_s.repeated(2'000));
+        m_console->continueWrite(u"TypeError\n"_s);
+        QCOMPARE(marked(), (QStringList {u"KeyError"_s, u"TypeError"_s}));
+        m_console->append(u"TypeError\n"_s, Kind::Output);
+        QCOMPARE(marked().size(), 3);
+    }
 }
 
 void ConsoleTest::tellsAttributes()
 {
     m_console->append(u"so KeyError\n  File \"<string>\", line 4, in <module>\n"_s, Kind::Error);
     QCOMPARE(m_console->string(), u"so KeyError\n  File \"<macro>\", line 4\n"_s);
-    const QVariantList plain = m_console->textStorage()->attributesAtIndexEffectiveRange(1);
-    QCOMPARE(plain[1].toList(), (QVariantList {0, 3}));
-    QCOMPARE(plain[0].toMap().value(u"NSFont"_s).value<QFont>(), m_console->consoleFont());
-    QCOMPARE(plain[0].toMap().value(u"NSColor"_s).value<QColor>(),
-             m_console->palette().color(QPalette::Text));
-    const QVariantMap error = m_console->textStorage()->attributesAtIndexEffectiveRange(5)[0].toMap();
+    TextRange range;
+    const QVariantMap plain = m_console->textStorage()->attributesAtIndexEffectiveRange(1, &range);
+    QCOMPARE(range, (TextRange {0, 3}));
+    QCOMPARE(plain.value(u"NSFont"_s).value<QFont>(), m_console->consoleFont());
+    QCOMPARE(plain.value(u"NSColor"_s).value<QColor>(), m_console->palette().color(QPalette::Text));
+    const QVariantMap error = m_console->textStorage()->attributesAtIndexEffectiveRange(5, &range);
     QVERIFY(error.value(u"NSFont"_s).value<QFont>().bold());
     QVERIFY(error.value(u"NSColor"_s).value<QColor>().red() > 200);
     QCOMPARE(links(), QStringList {u"File \"<macro>\", line 4 -> <string>:4"_s});
-    const QVariantList outside = m_console->textStorage()->attributesAtIndexEffectiveRange(1000);
-    QVERIFY(outside[0].toMap().isEmpty());
+    QVERIFY(m_console->textStorage()->attributesAtIndexEffectiveRange(1000, &range).isEmpty());
 }
 
 void ConsoleTest::marksNothingWithoutABoldFont()
