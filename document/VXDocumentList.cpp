@@ -5,6 +5,7 @@
 
 #include <QSet>
 #include <algorithm>
+#include <utility>
 
 using namespace runebook;
 
@@ -44,7 +45,8 @@ void VXDocument::setInfos(InfoList infos)
         info->setListings(0);
         release(info);
     }
-    m_infos = std::move(infos);
+    // Kept until all have heard: who shows the list still has its rows when it is told.
+    const InfoList former = std::exchange(m_infos, std::move(infos));
     ++m_revision;
     for (const InfoPtr &info : m_infos)
         adopt(info);

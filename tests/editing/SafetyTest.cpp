@@ -88,6 +88,7 @@ private Q_SLOTS:
     void barAboutChanges_data();
     void barAboutChanges();
     void reloadsByItself();
+    void keepsTheRowsUntilAllHaveHeardOfAReload();
     void asksBeforeSaving_data();
     void asksBeforeSaving();
     void afterAFailedSave_data();
@@ -284,6 +285,26 @@ void TestSafety::reloadsByItself()
     QVERIFY(QFile::resize(path(u"a.xml"_s), 0));
     QTRY_VERIFY(bar->isVisible());
     QCOMPARE(document->countOfInfos(), 2);
+}
+
+void TestSafety::keepsTheRowsUntilAllHaveHeardOfAReload()
+{
+    VXDocument *document = open(u"a.xml"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    window->addInfo(); // what is selected was not read, so that nobody holds on to what was
+    QVERIFY(document->saveDocument());
+    write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("\"a\"", "\"x\""));
+    auto *bar = window->findChild<ChangedOnDisk *>();
+    QTRY_VERIFY(bar->isVisible());
+
+    // The table asks its rows of before for the place to come back to.
+    const std::weak_ptr<VXGlyphInfo> row = document->objectInInfosAtIndex(0);
+    bool isThere = false;
+    connect(document, &VXDocument::infosReset, this, [&] { isThere = !row.expired(); });
+    bar->reload();
+    QVERIFY(isThere);
+    QVERIFY(row.expired());
+    QCOMPARE(document->objectInInfosAtIndex(0)->name(), u"x"_s);
 }
 
 void TestSafety::asksBeforeSaving_data()
