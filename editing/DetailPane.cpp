@@ -146,6 +146,8 @@ void DetailPane::addLine(QGridLayout &layout, GlyphField field, const QString &c
 void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const QString &captionName)
 {
     auto *line = new VXValidatingTextField(m_form);
+    // The badge may be cut; it must not push the ends of all fields out of the pane.
+    line->setMinimumWidth(line->minimumSizeHint().width());
     Row &row = addRow(layout, field, captionName, line);
     row.text = [line] { return line->text(); };
     row.show = [line](const CommonValue &value) {

@@ -105,6 +105,19 @@ private Q_SLOTS:
         QVERIFY(!m_document->isDocumentEdited());
     }
 
+    void aBadNameLeavesTheFieldsWhereTheyAre()
+    {
+        auto *pane = m_window->findChild<DetailPane *>();
+        auto *name = pane->findChild<QLineEdit *>(u"name"_s);
+        list()->setSelectionIndexes({0});
+        const int usual = name->parentWidget()->minimumSizeHint().width();
+        m_document->objectInInfosAtIndex(0)->setName(u"a b"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(name->text(), u"a b"_s);
+        QVERIFY(name->textMargins().right() > 0); // what is wrong stands there
+        QCOMPARE(name->parentWidget()->minimumSizeHint().width(), usual);
+    }
+
     void subtitleTellsOfUnsavedChanges()
     {
         m_document->objectInInfosAtIndex(0)->setCategory(u"Mark"_s);
