@@ -61,7 +61,7 @@ ChangedOnDisk::ChangedOnDisk(VXDocument &document, QWidget *parent)
     m_compare = addButton(tr("Co&mpare"), &ChangedOnDisk::compare);
     m_keep = addButton(tr("&Keep Mine"), &ChangedOnDisk::keepMine);
     m_reload = addButton(tr("&Reload"), &ChangedOnDisk::reload);
-    m_save = addButton(tr("&Save Again"), &ChangedOnDisk::saveAgain);
+    m_save = addButton(tr("Save Aga&in"), &ChangedOnDisk::saveAgain);
     hide();
     connect(&document.fileWatch(), &FileWatch::changed, this, &ChangedOnDisk::fileHasChanged);
     connect(&document, &Document::saved, this, &QWidget::hide);
