@@ -17,9 +17,11 @@ for info in Doc.infos:
                          script=info.script, case=SMALL_CAPS, anchors=info.anchors,
                          sortName=info.sortName or info.name))
 
-with undoGroup("Add Small Caps"):
-    Doc.addInfos_(added)
+if added:
+    with undoGroup("Add Small Caps"):
+        Doc.addInfos_(added)
 
 print("%d small capitals added" % len(added))
-print(added[0].lineXMLFormatVersion_(2).strip())
+for info in added[:1]:
+    print(info.lineXMLFormatVersion_(2).strip())
 print("can undo:", Doc.undoManager().canUndo())
