@@ -37,7 +37,9 @@ function(runebook_add_library name)
     target_precompile_headers(runebook_${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
 endfunction()
 
-set(RUNEBOOK_LEAK_OPTIONS "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0")
+set(RUNEBOOK_SANITIZER_OPTIONS
+    "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0"
+    "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/races.txt:print_suppressions=0")
 
 # runebook_add_test(NAME SOURCES file... DEPENDS target...): one Qt Test program. It finds the files of its
 # folder under RUNEBOOK_TEST_DATA and brings its own defaults and data folders (tests/TestMain.h).
@@ -53,7 +55,7 @@ function(runebook_add_test name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 300
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${RUNEBOOK_LEAK_OPTIONS}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${RUNEBOOK_SANITIZER_OPTIONS}")
 endfunction()
 
 # runebook_add_fuzzer(NAME SOURCES file... DEPENDS target...): one libFuzzer program, run by tools/fuzz.

@@ -1,11 +1,11 @@
 #include "platform/Autosaver.h"
 
+#include "platform/Background.h"
 #include "platform/DocumentController.h"
 #include "platform/FileSaver.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QThreadPool>
 #include <QUuid>
 #include <mutex>
 #include <new>
@@ -175,7 +175,7 @@ void Autosaver::write()
     m_writing->path = m_path;
     m_writing->blocks = std::exchange(m_blocks, {});
     m_writing->note = note();
-    QThreadPool::globalInstance()->start([this, writing = m_writing] {
+    runInBackground([this, writing = m_writing] {
         Error reason;
         writing->write(&reason);
         const std::lock_guard guard(writing->mutex);

@@ -1,11 +1,12 @@
 #include "platform/FileWatch.h"
 
+#include "platform/Background.h"
+
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QGuiApplication>
 #include <QPointer>
-#include <QThreadPool>
 #include <memory>
 
 namespace runebook {
@@ -109,7 +110,7 @@ void FileWatch::startHash()
     // Not by std::async: whoever lets go of its result has to wait for it.
     auto promise = std::make_shared<std::promise<std::optional<quint64>>>();
     m_hash = promise->get_future().share();
-    QThreadPool::globalInstance()->start(
+    runInBackground(
         [promise, path = m_path, state = m_known] { promise->set_value(hashInState(path, state)); });
 }
 

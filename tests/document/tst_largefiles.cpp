@@ -29,7 +29,7 @@ QByteArray contentOf(const QString &path)
 /// The most memory this process had so far, in bytes; 0 where the sanitizers count their own as well.
 qint64 peakMemory()
 {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     return 0;
 #else
     for (const QByteArray &line : contentOf(u"/proc/self/status"_s).split('\n')) {
