@@ -50,7 +50,7 @@ struct Editor {
         bold.setBold(true);
         QFont italic = regular;
         italic.setItalic(true);
-        setUpPythonTokenizer(document.tokenizer(),
+        setUpPythonTokenizer(*document.tokenizer(),
                              defaultKeywordAttributes({regular, bold, italic}, view.palette()));
         document.setAutocompleteKeywords({u"print"_s, u".name"_s, u"x"_s});
         document.setSourceText(&view);

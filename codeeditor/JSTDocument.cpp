@@ -83,7 +83,17 @@ JSTTextViewDelegate *JSTDocument::delegateInterface() const
     return qobject_cast<JSTTextViewDelegate *>(m_delegate.data());
 }
 
-void JSTDocument::addPostProcessing(const std::function<void(VXCodeTextStorage *)> &block)
+void JSTDocument::setTokenizer(const std::shared_ptr<TDTokenizer> &tokenizer)
+{
+    if (!tokenizer || tokenizer == m_tokenizer)
+        return;
+    m_tokenizer = tokenizer;
+    m_formatsRevision = -1;
+    m_runs.clear();
+    parseCode(true);
+}
+
+void JSTDocument::addPostProcessing(const PostProcessing &block)
 {
     m_postprocessingBlock = block;
 }

@@ -36,7 +36,9 @@ public: // what it works on
     Q_INVOKABLE JSTTextView *sourceText() const;
     /// Takes \a sourceText over: becomes its delegate, follows its text, aligns it to the left. Not owned.
     Q_INVOKABLE void setSourceText(JSTTextView *sourceText);
-    TDTokenizer &tokenizer() const { return *m_tokenizer; }
+    Q_INVOKABLE std::shared_ptr<TDTokenizer> tokenizer() const { return m_tokenizer; }
+    /// Colours the text anew; null changes nothing.
+    Q_INVOKABLE void setTokenizer(const std::shared_ptr<TDTokenizer> &tokenizer);
     /// Who is told of changes and asked for more completions. Not owned; may be none, and may go.
     Q_INVOKABLE QObject *delegate() const { return m_delegate; }
     Q_INVOKABLE void setDelegate(QObject *delegate);
@@ -48,7 +50,8 @@ public: // colouring
     /// The text as it was coloured last; null before the first pass.
     Q_INVOKABLE QString sourceString() const { return m_sourceString; }
     /// Runs after each pass, on the same text; an empty function removes it.
-    void addPostProcessing(const std::function<void(VXCodeTextStorage *)> &block);
+    using PostProcessing = std::function<void(VXCodeTextStorage *)>;
+    Q_INVOKABLE void addPostProcessing(const JSTDocument::PostProcessing &block);
     /// True in a string or a comment of the coloured text, where nobody waits for completions.
     Q_INVOKABLE bool isInStringOrComment(int index) const;
 
@@ -64,7 +67,7 @@ public: // completion
     Q_INVOKABLE void setAutocompleteKeywords(const QStringList &words) { m_autocompleteKeywords = words; }
 
 public: // kept for the console of the panel; nothing here reads it
-    Q_INVOKABLE const QVariantMap &previousOutputTypingAttributes() const
+    Q_INVOKABLE QVariantMap previousOutputTypingAttributes() const
     {
         return m_previousOutputTypingAttributes;
     }
@@ -74,12 +77,10 @@ public: // kept for the console of the panel; nothing here reads it
     }
 
 public: // called by the text view
-    void textDidChange(JSTTextView *view) override;
-    void textViewDidChangeSelection(JSTTextView *view) override;
-    QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
-                                                                          const QStringList &words,
-                                                                          runebook::TextRange range,
-                                                                          int *selectedIndex) override;
+    Q_INVOKABLE void textDidChange(JSTTextView *view) override;
+    Q_INVOKABLE void textViewDidChangeSelection(JSTTextView *view) override;
+    Q_INVOKABLE QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
+        JSTTextView *view, const QStringList &words, runebook::TextRange range, int *selectedIndex) override;
     /// Never called by anybody, deliberately: the underscore keeps it out of editing. True when \a
     /// replacement has no character from U+00FF on.
     Q_INVOKABLE bool textView_ShouldChangeTextInRangeReplacementString(JSTTextView *view,
@@ -106,7 +107,7 @@ private:
     QPointer<VXCodeTextStorage> m_storage;
     QPointer<QObject> m_delegate;
     QString m_sourceString;
-    std::function<void(VXCodeTextStorage *)> m_postprocessingBlock;
+    PostProcessing m_postprocessingBlock;
     QVariantMap m_previousOutputTypingAttributes;
     QStringList m_autocompleteKeywords;
     mutable std::optional<QFont> m_font;

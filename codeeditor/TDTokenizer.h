@@ -12,6 +12,9 @@
 /// its names, numbers and strings, and learns comments from the symbols it is given. No text is refused.
 class TDTokenizer
 {
+    Q_GADGET
+    Q_PROPERTY(QString string READ string WRITE setString)
+    Q_PROPERTY(QVariantHash keywords READ keywords WRITE setKeywords)
 public:
     /// What the first character of a token decides.
     enum class State : quint8 { Symbol, Word, Number, Quote, Whitespace };
@@ -21,37 +24,37 @@ public:
 public: // the text
     /// The text to cut; scanning starts at its beginning.
     const QString &string() const { return m_reader.string(); }
-    void setString(const QString &string);
+    Q_INVOKABLE void setString(const QString &string);
     /// Scans the text from where \a reader stands; a fresh reader restarts.
-    void setReader(const TDReader &reader);
+    Q_INVOKABLE void setReader(const TDReader &reader);
     /// The next token, TDToken::EOFToken() when the text is used up. The token is the tokenizer's own and
     /// changes with the next call.
-    const TDToken *nextToken();
+    Q_INVOKABLE const TDToken *nextToken();
 
     /// So many characters behind its end, at most, decide where a token ends.
     int longestLookAhead() const;
 
 public: // the keyword attribute table, kept here for who paints the tokens
     const QVariantHash &keywords() const { return m_keywords; }
-    void setKeywords(const QVariantHash &keywords);
+    Q_INVOKABLE void setKeywords(const QVariantHash &keywords);
     /// Counts the changes of the table, so that what is derived from it can be kept.
     int keywordsRevision() const { return m_keywordsRevision; }
 
 public: // comments
     /// From \a symbol to the end of its line, the line's break not included. An empty symbol is ignored.
-    void addSingleLineCommentStartSymbol(const QString &symbol);
+    Q_INVOKABLE void addSingleLineCommentStartSymbol(const QString &symbol);
     /// From \a start to the next \a end, both included, or to the end of the text. Symbols made of quotes
     /// are Python's long strings used as comments: in them a backslash takes the next character along.
-    void addMultiLineCommentStartSymbolEndSymbol(const QString &start, const QString &end);
+    Q_INVOKABLE void addMultiLineCommentStartSymbolEndSymbol(const QString &start, const QString &end);
 
 public: // the table of states
-    State symbolState() const { return State::Symbol; }
-    State wordState() const { return State::Word; }
-    State numberState() const { return State::Number; }
-    State quoteState() const { return State::Quote; }
-    State whitespaceState() const { return State::Whitespace; }
+    Q_INVOKABLE TDTokenizer::State symbolState() const { return State::Symbol; }
+    Q_INVOKABLE TDTokenizer::State wordState() const { return State::Word; }
+    Q_INVOKABLE TDTokenizer::State numberState() const { return State::Number; }
+    Q_INVOKABLE TDTokenizer::State quoteState() const { return State::Quote; }
+    Q_INVOKABLE TDTokenizer::State whitespaceState() const { return State::Whitespace; }
     /// Lets the characters \a from to \a to, both included, begin tokens of \a state.
-    void setTokenizerStateFromTo(State state, char16_t from, char16_t to);
+    Q_INVOKABLE void setTokenizerStateFromTo(TDTokenizer::State state, char16_t from, char16_t to);
 
 private:
     struct Comment {

@@ -66,6 +66,18 @@ VXDocument::~VXDocument()
 
 // Opening and saving
 
+quint64 VXDocument::changeCountTokenForSaveOperation(int) const
+{
+    return m_revision;
+}
+
+void VXDocument::updateChangeCountWithTokenForSaveOperation(quint64 token, int operation)
+{
+    constexpr int kSave = 0, kSaveAs = 1;
+    if (token == m_revision && (operation == kSave || operation == kSaveAs))
+        updateChangeCount(ChangeCleared);
+}
+
 bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Error *error)
 {
     if (type != kXMLType && type != kTableType)

@@ -62,6 +62,10 @@ public: // opening and saving
     void learnFormOf(const QString &original) override;
     std::unique_ptr<runebook::SlicedContent> slicedContent() const override;
     /// What the records cannot keep of the file that was read.
+    /// Saving takes the token when it begins. Once the file is written, the document counts as unchanged
+    /// if nothing happened meanwhile. \a operation: 0 save, 1 save as, 2 save a copy.
+    Q_INVOKABLE quint64 changeCountTokenForSaveOperation(int operation) const;
+    Q_INVOKABLE void updateChangeCountWithTokenForSaveOperation(quint64 token, int operation);
     const runebook::ReadNotes &readNotes() const { return m_readNotes; }
     Q_INVOKABLE int fileVersion() const { return m_fileVersion; }
     Q_INVOKABLE void setFileVersion(int version) { m_fileVersion = static_cast<quint8>(version); }
@@ -80,6 +84,8 @@ public: // the info list
     /// Appends. Undo: removeInfo.
     Q_INVOKABLE void addInfo(const InfoPtr &info);
     Q_INVOKABLE void addInfos(const InfoList &infos);
+    /// Makes \a document, which may be null, the one that \a info belongs to, as records of its list do.
+    static void setDocumentOf(const InfoPtr &info, VXDocument *document);
     /// Removes every occurrence. Undo appends again, at the end of the list.
     Q_INVOKABLE void removeInfo(const InfoPtr &info);
     Q_INVOKABLE void removeInfos(const InfoList &infos);

@@ -33,6 +33,22 @@ void VXDocument::adopt(const InfoPtr &info)
     info->setListings(info->listings() + 1);
 }
 
+void VXDocument::setDocumentOf(const InfoPtr &info, VXDocument *document)
+{
+    auto *before = qobject_cast<VXDocument *>(info->documentObject());
+    if (before == document)
+        return;
+    if (info->listings() > 0) {
+        for (VXDocument *each : {before, document}) {
+            if (each)
+                each->m_sharesRecords = true;
+        }
+    }
+    info->setDocument(document);
+    if (document)
+        document->m_strays.push_back(info);
+}
+
 void VXDocument::release(const InfoPtr &info)
 {
     if (info->document() == this)

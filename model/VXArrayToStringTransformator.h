@@ -5,6 +5,7 @@
 /// Shows a list as one text.
 class VXArrayToStringTransformator final : public runebook::ValueTransformer
 {
+    Q_GADGET
 public:
     /// Texts are joined with ", "; of other objects the names, each followed by a blank. Anything but a
     /// list or a text gives "".

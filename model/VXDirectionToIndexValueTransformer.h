@@ -6,6 +6,7 @@
 /// are told apart as the pop-up does) and back.
 class VXDirectionToIndexValueTransformer final : public runebook::ValueTransformer
 {
+    Q_GADGET
 public:
     QVariant transformedValue(const QVariant &value) const override;
     QVariant reverseTransformedValue(const QVariant &value) const override;

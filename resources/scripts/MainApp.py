@@ -23,8 +23,8 @@ __all__ = ["VXGlyphInfo", "VXDocument", "VXVersionComparator",
            "openDocument", "newDocument", "newInfo", "undoGroup", "progress",
            "canAsk", "message", "askString", "processEvents", "hexStringToInt",
            "hexStringFromInt", "stringWithChar", "character32AtIndex",
-           "rangeOfLine", "UUID", "TE_isOpeningBrace", "TE_isClosingBrace",
-           "TE_findMatchingBraceForRangeInString", "FIELDS"]
+           "rangeOfLine", "UUID", "initBraces", "TE_isOpeningBrace",
+           "TE_isClosingBrace", "TE_findMatchingBraceForRangeInString", "FIELDS"]
 
 VXGlyphInfo = _objc.lookUpClass("VXGlyphInfo")
 VXDocument = _objc.lookUpClass("VXDocument")
@@ -231,6 +231,11 @@ def _unit(character):
         units = character.encode("utf-16-le", "surrogatepass")
         return int.from_bytes(units, "little") if len(units) == 2 else 0
     return character
+
+
+def initBraces():
+    """Make the lists of braces, once; the first question about a brace does."""
+    _helpers.initBraces()
 
 
 def TE_isOpeningBrace(character):

@@ -2,30 +2,40 @@
 
 #include "app/tabbar/VXTabBarControl.h"
 #include "app/update/Appcast.h"
-#include "app/update/Appcast.h"
 #include "app/update/VXVersionComparator.h"
 #include "codeeditor/JSTDocument.h"
 #include "codeeditor/JSTTextView.h"
 #include "codeeditor/VXCodeTextStorage.h"
 #include "codeeditor/VXLineNumberView.h"
 #include "document/VXDocument.h"
+#include "model/VXArrayToStringTransformator.h"
+#include "model/VXDirectionToIndexValueTransformer.h"
 #include "platform/DocumentController.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/BridgeTypes.h"
+#include "scripting/bridge/CodeOperations.h"
 #include "scripting/bridge/ControlOperations.h"
 #include "scripting/bridge/DocumentOperations.h"
 #include "scripting/bridge/MenuOperations.h"
 #include "scripting/bridge/Operation.h"
 #include "scripting/bridge/ScriptApplication.h"
 #include "scripting/bridge/ScriptHelpers.h"
+#include "scripting/panel/VXMacroViewController.h"
 
 namespace runebook::bridge {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+template <typename Class> void registerValueClass()
+{
+    BridgedClass::registerClass(Class::staticMetaObject, [] {
+        return Instance {std::make_shared<Class>(), nullptr};
+    });
+}
 
 template <typename Class> void registerOwnedClass()
 {
@@ -40,22 +50,21 @@ void registerClasses()
     registerDocumentOperations();
     registerRecord<VXGlyphInfo>();
     registerOwnedClass<VXDocument>();
+    registerCodeOperations();
     registerOwnedClass<JSTTextView>();
     registerOwnedClass<JSTDocument>();
     registerOwnedClass<VXTabBarControl>();
     registerOwnedClass<VXCodeTextStorage>();
     registerOwnedClass<SUAppcast>();
     registerOwnedClass<SUAppcastItem>();
-    BridgedClass::registerClass(VXLineNumberView::staticMetaObject);
-    BridgedClass::registerClass(VXVersionComparator::staticMetaObject, [] {
-        return Instance {std::make_shared<VXVersionComparator>(), nullptr};
-    });
+    BridgedClass::registerClass(VXMacroViewController::staticMetaObject);
+    registerValueClass<VXVersionComparator>();
+    registerValueClass<VXArrayToStringTransformator>();
+    registerValueClass<VXDirectionToIndexValueTransformer>();
     BridgedClass::registerClass(VXScriptingHandler::staticMetaObject, [] {
         return Instance {nullptr, VXScriptingHandler::sharedHandler()};
     });
-    BridgedClass::registerClass(Error::staticMetaObject, [] {
-        return Instance {std::make_shared<Error>(), nullptr};
-    });
+    registerValueClass<Error>();
 }
 
 PyObject *classFromString(PyObject *, PyObject *name)

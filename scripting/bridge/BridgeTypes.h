@@ -17,6 +17,7 @@ struct BridgeType {
 
     ToPython toPython = nullptr;
     FromPython fromPython = nullptr;
+    bool takesNone = false; ///< None is a value of the type
 };
 
 /// Never null: types that nobody registered go through QVariant's conversions, or across as they are.

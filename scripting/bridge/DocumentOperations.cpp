@@ -70,6 +70,14 @@ InfoPtr RecordOperations::initWithCoder(VXGlyphInfo *, const QVariantMap &archiv
     return VXGlyphInfo::initWithCoder(archive);
 }
 
+void RecordOperations::setDocument(const InfoPtr &record, QObject *document) const
+{
+    auto *owner = qobject_cast<VXDocument *>(document);
+    if (document && !owner)
+        throw std::invalid_argument("a VXDocument is needed");
+    VXDocument::setDocumentOf(record, owner);
+}
+
 InfoPtr RecordOperations::copyWithZone(VXGlyphInfo *record, const QVariant &) const
 {
     return record->copy();

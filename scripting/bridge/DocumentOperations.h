@@ -14,6 +14,8 @@ public:
     /// The record as a map from keys to values, and back.
     Q_INVOKABLE QVariantMap encodeWithCoder(VXGlyphInfo *record) const;
     Q_INVOKABLE InfoPtr initWithCoder(VXGlyphInfo *, const QVariantMap &archive) const;
+    /// Of a VXDocument, or None. The record is not put into its list.
+    Q_INVOKABLE void setDocument(const InfoPtr &record, QObject *document) const;
     Q_INVOKABLE InfoPtr copyWithZone(VXGlyphInfo *record, const QVariant &) const;
 };
 

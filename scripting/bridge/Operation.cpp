@@ -2,6 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "platform/DocumentController.h"
+#include "scripting/OperationScope.h"
 
 #include <QMetaProperty>
 
@@ -48,8 +49,9 @@ private:
     const Method &m_method;
     std::optional<Storage> m_result;
     std::optional<Storage> m_values[kMaxParameters];
+    std::optional<Storage> m_shared; ///< the object that an extension's function is called on, or
     void *m_outPointers[kMaxParameters] = {};
-    void *m_target = nullptr; ///< what an extension's function is called on
+    void *m_target = nullptr; ///< its address
     void *m_pointers[kMaxParameters + 3] = {};
     Error m_error;
     Error *m_errorPointer = &m_error;
@@ -57,6 +59,12 @@ private:
 
 bool Call::take(const Arguments &arguments)
 {
+    if (m_method.sharedTarget.isValid()) {
+        Storage &shared = m_shared.emplace(m_method.sharedTarget);
+        if (!bridgeType(m_method.sharedTarget)
+                 .fromPython(m_method.sharedTarget, arguments.at(-1), shared.data()))
+            return false;
+    }
     std::size_t place = 0;
     void **pointers = m_method.extension ? m_pointers + 2 : m_pointers + 1;
     for (const Parameter &parameter : m_method.parameters) {
@@ -87,7 +95,7 @@ void Call::perform(const BridgedClass &owner, void *address)
         return;
     }
     m_target = address;
-    m_pointers[1] = &m_target;
+    m_pointers[1] = m_shared ? m_shared->data() : static_cast<void *>(&m_target);
     QMetaObject::metacall(m_method.extension, QMetaObject::InvokeMetaMethod,
                           m_method.extension->metaObject()->methodOffset() + m_method.relativeIndex,
                           m_pointers);
@@ -144,8 +152,11 @@ PyObject *invoke(const Operation &operation, const Method &method, void *address
         Call call(method);
         if (!call.take(arguments))
             return nullptr;
-        bringUpToDate(*operation.group->owner);
-        call.perform(*operation.group->owner, address);
+        {
+            const OperationScope scope;
+            bringUpToDate(*operation.group->owner);
+            call.perform(*operation.group->owner, address);
+        }
         return call.answer(operation.selector->takesError);
     });
 }
@@ -301,6 +312,8 @@ Method::Method(const QMetaMethod &method, QObject *operations)
       isUsable(static_cast<std::size_t>(method.parameterCount()) <= kMaxParameters),
       signature(method.methodSignature())
 {
+    if (extension && !QByteArrayView(method.parameterMetaType(0).name()).endsWith('*'))
+        sharedTarget = method.parameterMetaType(0);
     for (int i = extension ? 1 : 0; isUsable && i < method.parameterCount(); ++i) {
         const QMetaType type = method.parameterMetaType(i);
         if (isErrorPointer(type) && i == method.parameterCount() - 1) {
@@ -311,7 +324,8 @@ Method::Method(const QMetaMethod &method, QObject *operations)
         const QMetaType value = target.isValid() ? target : type;
         const BridgeType *bridge = &bridgeType(value);
         const bool takesAbsent = value.id() == QMetaType::QString || value.id() == QMetaType::QVariant
-            || value.id() == QMetaType::QObjectStar || value.id() == QMetaType::QVariantMap;
+            || value.id() == QMetaType::QObjectStar || value.id() == QMetaType::QVariantMap
+            || bridge->takesNone;
         parameters.push_back({value, bridge, target.isValid(), takesAbsent});
         isUsable = value.isValid() && bridge->fromPython;
     }

@@ -25,6 +25,7 @@ struct Method {
 
     QByteArray name;
     QObject *extension;
+    QMetaType sharedTarget; ///< what an extension takes its object as, where it is no plain pointer
     int relativeIndex;
     QMetaType result;
     const BridgeType *resultBridge;

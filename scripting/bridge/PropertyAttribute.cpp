@@ -1,5 +1,7 @@
 #include "scripting/bridge/Operation.h"
 
+#include "scripting/OperationScope.h"
+
 #include <QMetaProperty>
 
 namespace runebook::bridge {
@@ -39,6 +41,13 @@ void *addressFor(const PropertyAttribute &property, PyObject *object)
     return addressOf(*reinterpret_cast<BridgeObject *>(object));
 }
 
+void perform(const PropertyAttribute &property, QMetaObject::Call what, void *address, Storage &value)
+{
+    const OperationScope scope;
+    void *arguments[] = {value.data()};
+    property.owner->call(what, address, property.relativeIndex, arguments);
+}
+
 PyObject *read(const PropertyAttribute &property, PyObject *object)
 {
     void *address = addressFor(property, object);
@@ -46,8 +55,7 @@ PyObject *read(const PropertyAttribute &property, PyObject *object)
         return nullptr;
     return guarded<PyObject *>(nullptr, [&] {
         Storage value(property.type);
-        void *arguments[] = {value.data()};
-        property.owner->call(QMetaObject::ReadProperty, address, property.relativeIndex, arguments);
+        perform(property, QMetaObject::ReadProperty, address, value);
         return property.bridge->toPython(property.type, value.data());
     });
 }
@@ -90,8 +98,7 @@ int set(PyObject *self, PyObject *object, PyObject *value)
         Storage storage(property.type);
         if (!property.bridge->fromPython(property.type, value, storage.data()))
             return -1;
-        void *arguments[] = {storage.data()};
-        property.owner->call(QMetaObject::WriteProperty, address, property.relativeIndex, arguments);
+        perform(property, QMetaObject::WriteProperty, address, storage);
         return 0;
     });
 }

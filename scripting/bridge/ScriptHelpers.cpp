@@ -151,6 +151,11 @@ QString ScriptHelpers::UUID() const
     return runebook::UUID();
 }
 
+void ScriptHelpers::initBraces() const
+{
+    ::initBraces();
+}
+
 bool ScriptHelpers::TE_isOpeningBrace(quint16 character) const
 {
     return ::TE_isOpeningBrace(character);

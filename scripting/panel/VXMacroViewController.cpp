@@ -116,7 +116,7 @@ void VXMacroViewController::makeEditor()
     m_document = new JSTDocument(this);
     needFonts();
     giveFontToEditor();
-    setUpPythonTokenizer(m_document->tokenizer(), keywordAttributes());
+    setUpPythonTokenizer(*m_document->tokenizer(), keywordAttributes());
     m_document->setAutocompleteKeywords(completionList());
     m_document->setDelegate(this);
     m_macroText->setString(std::exchange(m_code, {}));
@@ -138,7 +138,7 @@ bool VXMacroViewController::eventFilter(QObject *watched, QEvent *event)
     if (event->type() == QEvent::Show && watched == m_view) {
         macroText();
     } else if (event->type() == QEvent::PaletteChange && watched == m_macroText) {
-        m_document->tokenizer().setKeywords(keywordAttributes());
+        m_document->tokenizer()->setKeywords(keywordAttributes());
     } else if (event->type() == QEvent::ShortcutOverride && watched == m_macroText) {
         // The editor would take the key for a line break; here it is a command of the panel.
         const auto *press = static_cast<QKeyEvent *>(event);

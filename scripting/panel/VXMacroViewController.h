@@ -29,7 +29,7 @@ class VXMacroViewController : public QObject, public JSTTextViewDelegate
     Q_PROPERTY(QFont macroFont READ macroFont)
     Q_PROPERTY(QFont macroFontBold READ macroFontBold)
 public:
-    explicit VXMacroViewController(QObject *parent = nullptr);
+    Q_INVOKABLE explicit VXMacroViewController(QObject *parent = nullptr);
     ~VXMacroViewController() override;
     /// Registers the fallback of "MacroCodeFontSize"; done by making a controller.
     static void initialize();
@@ -83,7 +83,7 @@ public: // restoration
     Q_INVOKABLE void restoreStateWithCoder(const QVariantMap &coder);
 
 public: // called by the editor
-    void textDidChange(JSTTextView *view) override;
+    Q_INVOKABLE void textDidChange(JSTTextView *view) override;
     QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
                                                                           const QStringList &words,
                                                                           runebook::TextRange range,

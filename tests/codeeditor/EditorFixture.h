@@ -21,7 +21,7 @@ struct EditorFixture {
         QFont italic = regular;
         italic.setItalic(true);
         runebook::setUpPythonTokenizer(
-            document.tokenizer(),
+            *document.tokenizer(),
             runebook::defaultKeywordAttributes({regular, bold, italic}, view.palette()));
         document.setAutocompleteKeywords(
             {u"for"_s, u"format"_s, u"Foo"_s, u".glyphs"_s, u".glue"_s, u"print"_s});

@@ -87,7 +87,7 @@ int main(int argc, char *argv[])
     QFont italic = regular;
     italic.setItalic(true);
     runebook::setUpPythonTokenizer(
-        document.tokenizer(), runebook::defaultKeywordAttributes({regular, bold, italic}, view.palette()));
+        *document.tokenizer(), runebook::defaultKeywordAttributes({regular, bold, italic}, view.palette()));
     document.setAutocompleteKeywords(
         runebook::completionWords(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/MacroKeywords.plist")));
     view.setHeadIndent(QFontMetricsF(regular).horizontalAdvance(u"00"_s));

@@ -142,10 +142,10 @@ void TestJSTDocument::convertsFontsToTheFontSize()
         return QVariantHash {{u"def"_s, QVariantMap {{u"NSFont"_s, font}}}};
     };
     editor.view.setString(u"def x"_s);
-    editor.document.tokenizer().setKeywords(tableWith(12));
+    editor.document.tokenizer()->setKeywords(tableWith(12));
     editor.document.parseCode(true);
     QCOMPARE(editor.fontAt(0).pointSizeF(), 13.0);
-    editor.document.tokenizer().setKeywords(tableWith(12.6));
+    editor.document.tokenizer()->setKeywords(tableWith(12.6));
     editor.document.parseCode(true);
     QCOMPARE(editor.fontAt(0).pointSizeF(), 12.6);
 }
@@ -153,7 +153,7 @@ void TestJSTDocument::convertsFontsToTheFontSize()
 void TestJSTDocument::entriesThatAreNoDictionaryPaintNothing()
 {
     EditorFixture editor;
-    editor.document.tokenizer().setKeywords({{u"def"_s, u"red"_s}, {u"if"_s, QColor(Qt::red)}});
+    editor.document.tokenizer()->setKeywords({{u"def"_s, u"red"_s}, {u"if"_s, QColor(Qt::red)}});
     editor.view.setString(u"def if"_s);
     QCOMPARE(editor.colorAt(0), editor.view.palette().color(QPalette::Text));
     QCOMPARE(editor.colorAt(4), editor.view.palette().color(QPalette::Text));
@@ -163,7 +163,7 @@ void TestJSTDocument::theTableMayChangeTheDefaultColour()
 {
     EditorFixture editor;
     const QColor own(0x10, 0x20, 0x30);
-    editor.document.tokenizer().setKeywords({{u"VXForegroundColorXYZ"_s, own}});
+    editor.document.tokenizer()->setKeywords({{u"VXForegroundColorXYZ"_s, own}});
     editor.view.setString(u"word (1)"_s);
     QCOMPARE(editor.colorAt(0), own);
     QCOMPARE(editor.colorAt(5), own);

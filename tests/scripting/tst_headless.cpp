@@ -262,7 +262,7 @@ void HeadlessTest::drivesTheEditor()
 {
     const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/editor.py"_s), m_file});
     QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
-    QVERIFY(ended.output.contains(u"checked 1"_s));
+    QVERIFY(ended.output.contains(u"checked 2"_s));
 }
 
 /// With the program itself, which has the windows.

@@ -106,6 +106,88 @@ class TextViews(unittest.TestCase):
         document.setFontSize_(20)
         self.assertEqual(document.fontSize(), 20)
 
+    def test_ruler(self):
+        VXLineNumberView = NSClassFromString("VXLineNumberView")
+        ruler = VXLineNumberView.alloc().initWithScrollView_(self.view)
+        self.assertEqual(ruler.lineNumberForLocation_(8), 1)
+        self.assertEqual(ruler.lineNumberForLocation_(100000), NSNotFound)
+        ruler.setBackgroundColor_("#102030")
+        self.assertEqual(ruler.backgroundColor(), "#102030")
+        ruler.setBackgroundColor_(None)
+        self.assertIsNone(ruler.backgroundColor())
+        with self.assertRaises(RuntimeError):
+            ruler.setTextColor_("no colour")
+
+
+def tokens_of(tokenizer):
+    end = NSClassFromString("TDToken").EOFToken()
+    tokens = []
+    while (token := tokenizer.nextToken()) is not end:
+        tokens.append(token)
+    return tokens
+
+
+class Tokenizers(unittest.TestCase):
+    def setUp(self):
+        self.tokenizer = NSClassFromString("TDTokenizer").alloc().init()
+
+    def test_tokens(self):
+        tokenizer = self.tokenizer
+        tokenizer.addSingleLineCommentStartSymbol_("#")
+        tokenizer.addMultiLineCommentStartSymbol_endSymbol_("'''", "'''")
+        tokenizer.setTokenizerState_from_to_(tokenizer.quoteState(), "'", 39)
+        code = "x = 'é' + 12 # end\n'''a'''"
+        tokenizer.setString_(code)
+        tokens = tokens_of(tokenizer)
+        self.assertEqual("".join(token.stringValue() for token in tokens), code)
+        kinds = [next((kind for kind in ("Word", "QuotedString", "Number", "Comment", "Whitespace")
+                       if getattr(token, "is" + kind)()), "Symbol") for token in tokens]
+        self.assertEqual([kind for kind in kinds if kind != "Whitespace"],
+                         ["Word", "Symbol", "QuotedString", "Symbol", "Number", "Comment", "Comment"])
+        self.assertEqual(tokens_of(tokenizer), [])
+        tokenizer.setReader_(NSClassFromString("TDReader").alloc().init())
+        self.assertEqual(len(tokens_of(tokenizer)), len(tokens))
+        for wrong in ("", "ab", 1 << 20, None):
+            with self.subTest(wrong=wrong), self.assertRaises((TypeError, OverflowError)):
+                tokenizer.setTokenizerState_from_to_(tokenizer.quoteState(), wrong, 39)
+
+    def test_documents_share_it(self):
+        document = JSTDocument.alloc().initWithTokenizer_(self.tokenizer)
+        self.assertEqual(document.tokenizer(), self.tokenizer)
+        self.tokenizer.setKeywords_({"if": {"NSColor": "#ff0000"}})
+        self.assertEqual(self.tokenizer.keywords()["if"]["NSColor"], "#ff0000")
+        view = JSTTextView.alloc().init()
+        view.setString_("if a")
+        document.setSourceText_(view)
+        color = lambda at: view.textStorage().attributesAtIndex_effectiveRange_(at, None)[0]["NSColor"]
+        self.assertEqual(color(0), "#ff0000")
+        document.setPreviousOutputTypingAttributes_({"NSColor": "#00ff00"})
+        self.assertEqual(document.previousOutputTypingAttributes(), {"NSColor": "#00ff00"})
+        document.setTokenizer_(NSClassFromString("TDTokenizer").alloc().init())
+        self.assertNotEqual(color(0), "#ff0000")
+
+    def test_postprocessing(self):
+        document = JSTDocument.alloc().init()
+        view = JSTTextView.alloc().init()
+        document.setSourceText_(view)
+        seen = []
+        document.addPostProcessing_(lambda storage: seen.append(storage.string()))
+        view.setString_("print(1)")
+        document.parseCode_(True)
+        self.assertEqual(seen[-1], "print(1)")
+        count = len(seen)
+        document.addPostProcessing_(None)
+        document.parseCode_(True)
+        self.assertEqual(len(seen), count)
+        with self.assertRaises(TypeError):
+            document.addPostProcessing_(5)
+
+    def test_texts_with_attributes(self):
+        VXCodeTextStorage = NSClassFromString("VXCodeTextStorage")
+        first = VXCodeTextStorage.alloc().initWithAttributedString_("a\nb")
+        self.assertEqual(VXCodeTextStorage.alloc().initWithAttributedString_(first).string(), "a\nb")
+        self.assertEqual(VXCodeTextStorage.alloc().initWithAttributedString_(None).string(), "")
+
 
 class Follower(NSObject):
     """A delegate of text views and tab bars that writes down what it is told."""
@@ -186,6 +268,19 @@ class Delegates(unittest.TestCase):
             with self.subTest(wrong=wrong), self.assertRaises(TypeError):
                 bar.setViewControllers_(wrong)
 
+    def test_cells_and_archives(self):
+        bar = VXTabBarControl.alloc().init()
+        item = NSClassFromString("VXMacroViewController").alloc().init()
+        item.setTitle_("one")
+        bar.addTabItem_(item)
+        self.assertEqual([cell.title for cell in bar.cells()], ["one"])
+        self.assertEqual(bar.viewControllers(), [item])
+        bar.setCellMinWidth_(77)
+        archive = bar.encodeWithCoder()
+        self.assertEqual(archive["PSMcellMinWidth"], 77)
+        again = VXTabBarControl.alloc().initWithCoder_(archive)
+        self.assertEqual((again.cellMinWidth, again.countOfTabItems()), (77, 0))
+
     def test_delegates_are_not_kept(self):
         view = JSTTextView.alloc().init()
         follower = Follower.alloc().init()
@@ -223,6 +318,41 @@ class Records(unittest.TestCase):
 
     def test_glyph_list(self):
         self.assertEqual(VXGlyphInfo.aglfn()["0041"], "A")
+
+    def test_documents_of_records(self):
+        doc, info = VXDocument.alloc().init(), newInfo("x")
+        info.setDocument_(doc)
+        self.assertEqual((info.document, doc.countOfInfos()), (doc, 0))
+        info.name = "y"
+        doc.undoManager().undo()
+        self.assertEqual(info.name, "x")
+        del doc
+        gc.collect()
+        processEvents()
+        info.name = "z"
+        info.setDocument_(None)
+        self.assertIsNone(info.document)
+        with self.assertRaises(RuntimeError):
+            info.setDocument_(JSTTextView.alloc().init())
+
+    def test_change_counts(self):
+        doc = VXDocument.alloc().init()
+        doc.addInfo_(newInfo("a"))
+        token = doc.changeCountTokenForSaveOperation_(0)
+        doc.updateChangeCountWithToken_forSaveOperation_(token, 0)
+        self.assertFalse(doc.isDocumentEdited())
+        doc.addInfo_(newInfo("b"))
+        doc.updateChangeCountWithToken_forSaveOperation_(token, 0)
+        self.assertTrue(doc.isDocumentEdited())
+
+    def test_transformers(self):
+        lists = NSClassFromString("VXArrayToStringTransformator").alloc().init()
+        self.assertEqual(lists.transformedValue_(["a", "b"]), "a, b")
+        self.assertEqual(lists.reverseTransformedValue_("a, b"), ["a", "b"])
+        self.assertFalse(lists.allowsReverseTransformation())
+        directions = NSClassFromString("VXDirectionToIndexValueTransformer").alloc().init()
+        self.assertEqual([directions.transformedValue_(n) for n in (-2, -1, 0, 1, 2)], [0, 2, 1, 3, 0])
+        self.assertEqual(directions.reverseTransformedValue_(3), 1)
 
     def test_previews(self):
         doc = currentDocument()
