@@ -2,6 +2,7 @@
 
 #include "platform/CallLater.h"
 #include "scripting/HeldInput.h"
+#include "scripting/OperationScope.h"
 #include "scripting/OutputModules.h"
 #include "scripting/PythonFunctions.h"
 #include "scripting/bridge/PythonValue.h"
@@ -171,11 +172,13 @@ void RunPump::pump()
 {
     if (!m_isRunning || m_isPumping)
         return;
-    const QScopedValueRollback guard(m_isPumping, true);
-    deliverPendingOutput();
-    Q_EMIT pumped();
-    m_input->processEvents();
-    paintWindows();
+    if (!OperationScope::isInside()) {
+        const QScopedValueRollback guard(m_isPumping, true);
+        deliverPendingOutput();
+        Q_EMIT pumped();
+        m_input->processEvents();
+        paintWindows();
+    }
     const std::lock_guard lock(m_mutex);
     m_pumpedAt = std::chrono::steady_clock::now();
 }

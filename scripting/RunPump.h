@@ -15,7 +15,8 @@ class HeldInput;
 
 /// Keeps windows alive while a script runs on their thread: output appears, windows repaint, Stop works. All
 /// other input waits for the end of the run, and none of the program's own work goes on in the middle of it.
-/// Main thread only.
+/// While an operation of the program calls the script back (an observer, a delegate), everything waits for
+/// the end of that operation. Main thread only.
 class RunPump : public QObject, private RunObserver
 {
     Q_OBJECT

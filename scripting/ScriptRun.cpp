@@ -2,6 +2,7 @@
 
 #include "platform/Document.h"
 #include "platform/DocumentController.h"
+#include "scripting/ErrorReport.h"
 #include "scripting/PythonFunctions.h"
 
 #include <atomic>
@@ -46,6 +47,8 @@ std::atomic<int> runDepth = 0;
 pthread_t mainThread;
 RunObserver *runObserver = nullptr;
 bool raisesAtEveryLine = false;
+std::atomic<bool> holdsInterrupts = false;
+std::atomic<int> interrupts = 0; ///< counts requests to end the run
 // The interpreter's own answer to Ctrl+C, in force during runs only: outside of them it would swallow the
 // key that ends the program.
 struct sigaction pythonInterrupt {
@@ -60,7 +63,7 @@ int interruptSignal()
 
 void onInterruptSignal(int)
 {
-    if (runDepth > 0)
+    if (runDepth > 0 && !holdsInterrupts)
         py.PyErr_SetInterrupt();
 }
 
@@ -92,6 +95,31 @@ void endInterruptForGood()
     dropLateInterrupt();
     py.PyErr_Restore(type, value, traceback);
 }
+
+/// For one scope nothing interrupts; what came before is dropped. No code of a script may run in it.
+class InterruptHold
+{
+public:
+    InterruptHold()
+    {
+        holdsInterrupts = true;
+        struct sigaction ignored {
+        };
+        ignored.sa_handler = SIG_IGN;
+        ::sigaction(SIGINT, &ignored, &m_before);
+        dropLateInterrupt();
+    }
+    ~InterruptHold()
+    {
+        ::sigaction(SIGINT, &m_before, nullptr);
+        holdsInterrupts = false;
+    }
+    Q_DISABLE_COPY_MOVE(InterruptHold)
+
+private:
+    struct sigaction m_before {
+    };
+};
 
 void flushStreams()
 {
@@ -206,13 +234,14 @@ bool ScriptRun::isRunning()
 
 void ScriptRun::interrupt()
 {
-    if (runDepth > 0)
+    ++interrupts;
+    if (runDepth > 0 && !holdsInterrupts)
         ::pthread_kill(mainThread, interruptSignal());
 }
 
 void ScriptRun::interruptForGood()
 {
-    if (runDepth == 0)
+    if (runDepth == 0 || holdsInterrupts)
         return;
     raisesAtEveryLine = true;
     vxPyEval_SetTrace(raiseAtEveryLine, nullptr);
@@ -244,7 +273,19 @@ void ScriptRun::reportPendingError()
         return;
     }
     lastOutcome.hasFailed = true;
-    vxPyErr_PrintEx(1);
+    ErrorReport report;
+    if (ErrorReport::isUpToScript()) {
+        const int before = interrupts;
+        report.print();
+        endInterruptForGood();
+        if (interrupts == before)
+            return;
+        const InterruptHold hold;
+        report.printPlainly();
+        return;
+    }
+    const InterruptHold hold;
+    report.print();
 }
 
 void ScriptRun::installInterrupt()

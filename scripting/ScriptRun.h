@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scripting/OperationScope.h"
 #include "scripting/PythonABI.h"
 
 #include <QObject>
@@ -69,7 +70,9 @@ public:
     static void setObserver(RunObserver *observer);
     /// How the run on this thread stands so far, or how the last one ended.
     static const ScriptOutcome &outcome();
-    /// Prints the pending error of the interpreter, or notes that the script ended itself.
+    /// Prints the pending error of the interpreter, or notes that the script ended itself. Interrupts wait
+    /// for the end of the report; where code of the script has its part in it they do not, and the error is
+    /// reported without that code when it was interrupted.
     static void reportPendingError();
     /// Makes interrupts possible; called once, when the interpreter is up.
     static void installInterrupt();
@@ -77,6 +80,7 @@ public:
 private:
     void openGroups();
 
+    OperationScope::Pause m_pause; ///< an operation that runs scripts, like runMacroFile
     QString m_undoName;
     std::vector<QPointer<UndoManager>> m_groups;
 };

@@ -42,6 +42,7 @@ public:
         connect(&RunPump::shared(), &RunPump::pumped, console, &ConsoleView::showPending);
     }
     void setWrite(const QString &text) override { console->append(text, ConsoleView::Kind::Output); }
+    void continueWrite(const QString &text) override { console->continueWrite(text); }
     void setWriteError(const QString &text) override { console->append(text, ConsoleView::Kind::Error); }
 
     ConsoleView *console;
@@ -59,12 +60,17 @@ private Q_SLOTS:
     void cleanup();
     void showsOutputWhileAScriptRuns_data();
     void showsOutputWhileAScriptRuns();
+    void marksALargeWriteOnce();
     void keepsInputForTheEnd();
     void keepsOwnWorkForTheEnd();
     void stops_data();
     void stops();
     void stopsScriptsThatRefuse_data();
     void stopsScriptsThatRefuse();
+    void endsWithTheTraceback_data();
+    void endsWithTheTraceback();
+    void waitsForTheEndOfOperations_data();
+    void waitsForTheEndOfOperations();
     void answersTheStopButton();
     void tellsOfRuns();
     void evaluatesLines_data();
@@ -153,6 +159,22 @@ void RunPumpTest::showsOutputWhileAScriptRuns()
     run(u"import time; print('early'); end = time.time() + 0.4\n"_s + code);
     QVERIFY(watch.paints > 0);
     QCOMPARE(m_panel->console->string(), u"early\n"_s);
+}
+
+void RunPumpTest::marksALargeWriteOnce()
+{
+    QFont bold = m_panel->console->consoleFont();
+    bold.setBold(true);
+    m_panel->console->setEmphasisFont(bold);
+    run(u"import sys; sys.stdout.write(('KeyError' + 'x' * 200_000 + '\\n') * 12)"_s);
+    const QString text = m_panel->console->string();
+    QCOMPARE(text.size(), 12 * 200'009);
+    int marked = 0;
+    for (qsizetype at = text.indexOf(u'K'); at >= 0; at = text.indexOf(u'K', at + 1)) {
+        const QVariantMap attributes = m_panel->console->attributesAtIndex(static_cast<int>(at), nullptr);
+        marked += attributes.value(u"NSFont"_s).value<QFont>().bold() ? 1 : 0;
+    }
+    QCOMPARE(marked, 1);
 }
 
 void RunPumpTest::keepsInputForTheEnd()
@@ -261,6 +283,76 @@ void RunPumpTest::stopsScriptsThatRefuse()
     run(u"import signal; signal.signal(signal.SIGINT, signal.default_int_handler); x = 1\n"
         "def f():\n    return 5\nprint('again', f())"_s);
     QVERIFY(m_panel->console->string().endsWith(u"again 5\n"_s));
+}
+
+void RunPumpTest::endsWithTheTraceback_data()
+{
+    QTest::addColumn<QString>("report");
+    QTest::newRow("the interpreter's") << QString();
+    QTest::newRow("a hook that takes long")
+        << u"def hook(*error):\n    import time\n    while True: time.sleep(60)\nsys.excepthook = hook\n"_s;
+    QTest::newRow("a stream that takes long")
+        << u"class Slow:\n    def write(self, text):\n        while True: "
+           "pass\nsys.stderr = Slow()\n"_s;
+}
+
+/// Stop at every pump, also while the error is being printed.
+void RunPumpTest::endsWithTheTraceback()
+{
+    QFETCH(QString, report);
+    run(u"import sys\ndef deep(n):\n    if n: deep(n - 1)\n    while True: pass\n"
+        "theirs = sys.stderr\n"_s
+        + report);
+    const QMetaObject::Connection impatience =
+        connect(&RunPump::shared(), &RunPump::pumped, this, [] { RunPump::shared().stop(); });
+    run(u"deep(40)"_s);
+    disconnect(impatience);
+    const QString text = m_panel->console->string();
+    run(u"sys.stderr = theirs; sys.excepthook = sys.__excepthook__"_s);
+    QVERIFY2(text.contains(u"Traceback (most recent call last):\n  File \"<macro>\", line 1\n"_s)
+                 && text.contains(u"line 3, in deep\n"_s),
+             qPrintable(text.left(300)));
+    QVERIFY2(text.endsWith(u"KeyboardInterrupt\n"_s), qPrintable(text.right(300)));
+}
+
+void RunPumpTest::waitsForTheEndOfOperations_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<bool>("isPainted");
+    QTest::newRow("the script itself") << u"slowly()"_s << true;
+    QTest::newRow("a delegate") << u"bar.closeTabItem_(tab)"_s << false;
+    QTest::newRow("a script run by the script")
+        << u"VXScriptingHandler.sharedHandler().runMacroFile_(path)"_s << true;
+    QTest::newRow("a script run by a delegate") << u"tabs.runs = True; bar.closeTabItem_(tab)"_s << false;
+}
+
+/// Code of a script that an operation calls back finds it half way: nothing is painted before its end.
+void RunPumpTest::waitsForTheEndOfOperations()
+{
+    QFETCH(QString, code);
+    QFETCH(bool, isPainted);
+    const QTemporaryDir folder;
+    QFile script(folder.filePath(u"inner.py"_s));
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write("slowly()\n");
+    script.close();
+    int inside = 0, outside = 0;
+    connect(&RunPump::shared(), &RunPump::pumped, m_panel.get(),
+            [&] { ++(m_panel->console->string().endsWith(u"in\n"_s) ? inside : outside); });
+    run(u"import time\npath = '"_s + script.fileName()
+        + u"'\n"
+          "def slowly():\n    print('in'); time.sleep(0.3); print('out')\n"
+          "class Tabs(NSObject):\n    runs = False\n"
+          "    def tabBar_didCloseTabItem_(self, bar, item):\n"
+          "        VXScriptingHandler.sharedHandler().runMacroFile_(path) if self.runs else slowly()\n"
+          "tabs = Tabs.alloc().init()\n"
+          "bar = NSClassFromString('VXTabBarControl').alloc().init()\n"
+          "bar.setCanCloseOnlyTab_(True); bar.setDelegate_(tabs)\n"
+          "tab = NSClassFromString('VXMacroViewController').alloc().init(); bar.addTabItem_(tab)\n"_s
+        + code + u"\ntime.sleep(0.2); print('end')"_s);
+    QCOMPARE(m_panel->console->string(), u"in\nout\nend\n"_s);
+    QCOMPARE(inside > 0, isPainted);
+    QVERIFY(outside > 0);
 }
 
 void RunPumpTest::answersTheStopButton()

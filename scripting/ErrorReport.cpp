@@ -1,0 +1,58 @@
+#include "scripting/ErrorReport.h"
+
+namespace runebook {
+
+using bridge::PythonRef;
+
+namespace {
+
+/// The module behind sys.stderr where the program shows the output of scripts; else what sys.stderr was when
+/// the interpreter started. Borrowed; may be null.
+PyObject *ownStream()
+{
+    PyObject *modules = vxPySys_GetObject("modules");
+    PyObject *module = modules ? py.PyDict_GetItemString(modules, "TesselErr") : nullptr;
+    return module ? module : vxPySys_GetObject("__stderr__");
+}
+
+} // namespace
+
+ErrorReport::ErrorReport()
+{
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    vxPyErr_Fetch(&type, &value, &traceback);
+    vxPyErr_NormalizeException(&type, &value, &traceback);
+    m_type = PythonRef(type);
+    m_value = PythonRef(value);
+    m_traceback = PythonRef(traceback);
+}
+
+bool ErrorReport::isUpToScript()
+{
+    return vxPySys_GetObject("excepthook") != vxPySys_GetObject("__excepthook__")
+        || vxPySys_GetObject("stderr") != ownStream();
+}
+
+void ErrorReport::print()
+{
+    py.PyErr_Restore(PythonRef::shared(m_type.get()).release(), PythonRef::shared(m_value.get()).release(),
+                     PythonRef::shared(m_traceback.get()).release());
+    vxPyErr_PrintEx(1);
+}
+
+void ErrorReport::printPlainly() const
+{
+    PyObject *hook = vxPySys_GetObject("__excepthook__");
+    if (!hook || !m_value)
+        return;
+    const PythonRef theirs = PythonRef::shared(vxPySys_GetObject("stderr"));
+    vxPySys_SetObject("stderr", ownStream());
+    const PythonRef nothing(bridge::none());
+    PyObject *traceback = m_traceback ? m_traceback.get() : nothing.get();
+    const PythonRef done(
+        py.PyObject_CallFunctionObjArgs(hook, m_type.get(), m_value.get(), traceback, nullptr));
+    vxPyErr_Clear();
+    vxPySys_SetObject("stderr", theirs.get());
+}
+
+} // namespace runebook
