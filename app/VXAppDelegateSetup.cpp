@@ -1,5 +1,6 @@
 #include "app/FileOpener.h"
 #include "app/Session.h"
+#include "app/UnseenOutput.h"
 #include "app/VXAppDelegate.h"
 #include "app/VXApplication.h"
 #include "app/VXChangeLogWindowController.h"
@@ -64,6 +65,7 @@ VXAppDelegate::VXAppDelegate(QObject *parent)
     registerDocuments();
     contributeToMenus();
     presentErrors();
+    new UnseenOutput(*m_macroPanelController, this);
     introduceToScripts();
     followSettings();
     followSessionManager();

@@ -4,6 +4,7 @@
 #include "app/VXChangeLogWindowController.h"
 #include "app/update/PageView.h"
 #include "editing/GlyphTableView.h"
+#include "editing/MessageBar.h"
 #include "editing/VXWindowController.h"
 #include "platform/Appearance.h"
 #include "platform/DocumentController.h"
@@ -93,6 +94,8 @@ private Q_SLOTS:
     void putsItsCommandsIntoMenus();
     void togglesTheMacroPanel();
     void reopensTheMacroPanelBehind();
+    void tellsWhatAHiddenPanelWasGiven_data();
+    void tellsWhatAHiddenPanelWasGiven();
     void makesWindowsOnce();
     void opensTheDocumentation();
     void findsTheChangeLog_data();
@@ -212,6 +215,45 @@ void DelegateTest::reopensTheMacroPanelBehind()
     m_delegate.applicationDidFinishLaunching();
     QTRY_VERIFY(panel->isReallyVisible());
     QCOMPARE(controller().currentDocument(), &frontWindow()->glyphDocument());
+    panel->hidePanel();
+}
+
+void DelegateTest::tellsWhatAHiddenPanelWasGiven_data()
+{
+    QTest::addColumn<QStringList>("printed");
+    QTest::addColumn<QString>("error");
+    QTest::addColumn<bool>("isPanelShown");
+    QTest::addColumn<QString>("told"); // some of it
+    QTest::newRow("printed") << QStringList {u"3 found\n"_s, u"more\n"_s} << QString() << false
+                             << u"“3 found”"_s;
+    QTest::newRow("failed") << QStringList() << u"Traceback\n  line 1\nZeroDivisionError: x\n"_s << false
+                            << u"failed: ZeroDivisionError: x"_s;
+    QTest::newRow("both") << QStringList {u"3 found\n"_s} << u"KeyError: 'a'\n"_s << false
+                          << u"failed: KeyError: 'a'"_s;
+    QTest::newRow("blank") << QStringList {u" \n"_s} << QString() << false << QString();
+    QTest::newRow("the panel shows it")
+        << QStringList {u"3 found\n"_s} << u"KeyError\n"_s << true << QString();
+}
+
+void DelegateTest::tellsWhatAHiddenPanelWasGiven()
+{
+    QFETCH(const QStringList, printed);
+    QFETCH(const QString, error);
+    QFETCH(const bool, isPanelShown);
+    QFETCH(const QString, told);
+    m_delegate.openAtStart({});
+    auto *panel = qobject_cast<VXMacroWindowController *>(m_delegate.macroPanelController());
+    if (isPanelShown)
+        panel->showPanel();
+    QTRY_COMPARE(panel->isReallyVisible(), isPanelShown);
+    for (const QString &text : printed)
+        panel->setWrite(text);
+    if (!error.isEmpty())
+        panel->setWriteError(error);
+    QTest::qWait(0);
+    const auto *bar = frontWindow()->findChild<MessageBar *>();
+    QCOMPARE(bar->isVisible(), !told.isEmpty());
+    QVERIFY2(bar->text().contains(told), qPrintable(bar->text()));
     panel->hidePanel();
 }
 

@@ -1,0 +1,87 @@
+#include "app/UnseenOutput.h"
+
+#include "platform/DocumentController.h"
+#include "scripting/panel/VXMacroWindowController.h"
+
+#include <QTimer>
+#include <QWidget>
+#include <utility>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype kShownCharacters = 120;
+
+/// \a line for a place where a long one would push everything else out of the window.
+QString shortened(QStringView line)
+{
+    const QStringView trimmed = line.trimmed();
+    return trimmed.size() > kShownCharacters ? trimmed.first(kShownCharacters).toString() + u'…'
+                                             : trimmed.toString();
+}
+
+QString firstLineIn(QStringView text)
+{
+    const QStringView trimmed = text.trimmed();
+    const qsizetype end = trimmed.indexOf(u'\n');
+    return shortened(end < 0 ? trimmed : trimmed.first(end));
+}
+
+QString lastLineIn(QStringView text)
+{
+    const QStringView trimmed = text.trimmed();
+    return shortened(trimmed.sliced(trimmed.lastIndexOf(u'\n') + 1));
+}
+
+} // namespace
+
+UnseenOutput::UnseenOutput(VXMacroWindowController &panel, QObject *parent) : QObject(parent), m_panel(panel)
+{
+    connect(&panel, &VXMacroWindowController::wrote, this, &UnseenOutput::noteOutput);
+    connect(&panel, &VXMacroWindowController::wroteError, this, &UnseenOutput::noteError);
+}
+
+void UnseenOutput::noteOutput(const QString &text)
+{
+    if (m_panel.isReallyVisible())
+        return;
+    if (m_firstLine.isEmpty())
+        m_firstLine = firstLineIn(text);
+    tellLater();
+}
+
+void UnseenOutput::noteError(const QString &text)
+{
+    if (m_panel.isReallyVisible())
+        return;
+    if (const QString line = lastLineIn(text); !line.isEmpty())
+        m_error = line;
+    tellLater();
+}
+
+void UnseenOutput::tellLater()
+{
+    // All that a run writes comes before the next turn of the event loop.
+    if (!std::exchange(m_isPending, true))
+        QTimer::singleShot(0, this, &UnseenOutput::tell);
+}
+
+void UnseenOutput::tell()
+{
+    m_isPending = false;
+    const QString printed = std::exchange(m_firstLine, {});
+    const QString error = std::exchange(m_error, {});
+    const QList<Document *> &documents = DocumentController::shared().documentList();
+    QWidget *window = documents.isEmpty() ? nullptr : documents.front()->windowController();
+    if (!window || (printed.isEmpty() && error.isEmpty()))
+        return;
+    const QString text = error.isEmpty()
+        ? tr("A script printed “%1”. All of it stands in Window > Macro Panel.").arg(printed)
+        : tr("A script failed: %1\nWhere, shows Window > Macro Panel.").arg(error);
+    QMetaObject::invokeMethod(window, "showMessage", Q_ARG(QString, text));
+}
+
+} // namespace runebook
