@@ -11,6 +11,22 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Gives the keyboard to the first control of \a pane that takes it.
+void focusFirstControl(QWidget &pane)
+{
+    for (QWidget *next = pane.nextInFocusChain(); next != &pane; next = next->nextInFocusChain()) {
+        const bool takesKeys = next->isEnabled() && (next->focusPolicy() & Qt::TabFocus) == Qt::TabFocus;
+        if (takesKeys && pane.isAncestorOf(next) && next->isVisibleTo(&pane)) {
+            next->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
+}
+
+} // namespace
+
 VXPreferencesController::VXPreferencesController(QWidget *parent)
     : QMainWindow(parent), m_ui(std::make_unique<Ui::VXPreferencesController>())
 {
@@ -109,6 +125,9 @@ void VXPreferencesController::tabViewDidSelectTabViewItem(QTabWidget *tabView, Q
     Q_UNUSED(tabView)
     if (QAction *action = item ? m_items.value(item->objectName()) : nullptr)
         action->setChecked(true);
+    // Not from the toolbar, where the next button may be wanted.
+    if (item && !m_ui->toolbar->isAncestorOf(focusWidget()))
+        focusFirstControl(*item);
 }
 
 void VXPreferencesController::showPrefpaneWithIdentifier(const QString &identifier)

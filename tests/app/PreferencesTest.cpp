@@ -92,6 +92,7 @@ void PreferencesTest::leadsToItsPanes()
     QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
     QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
     QCOMPARE(m_window->selectedItemIdentifier(), u"code"_s);
+    QVERIFY(m_window->tabView()->currentWidget()->isAncestorOf(m_window->focusWidget())); // ready for keys
     QVERIFY(!m_window->toolbarItemForItemIdentifier(u"colours"_s));
 }
 
