@@ -2,6 +2,7 @@
 #include "scripting/panel/VXMacroWindowController.h"
 
 #include "app/tabbar/VXTabBarControl.h"
+#include "codeeditor/JSTTextView.h"
 #include "platform/UserDefaults.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
@@ -34,6 +35,15 @@ QString textIn(const QVariantMap &record, QLatin1StringView key)
     return value.typeId() == QMetaType::QString ? value.toString() : QString();
 }
 
+/// Selects a tab that was asked for; whoever asks wants to type in it, wherever the focus was. A window that
+/// is not shown gives the focus when it is, and makes no editor before.
+void showToType(VXMacroViewController *tab, VXTabBarControl &bar)
+{
+    bar.selectTabItem(tab);
+    if (bar.window()->isVisible())
+        tab->macroText()->setFocus(Qt::OtherFocusReason);
+}
+
 } // namespace
 
 VXMacroViewController *VXMacroWindowController::activeMacroController()
@@ -44,7 +54,7 @@ VXMacroViewController *VXMacroWindowController::activeMacroController()
 void VXMacroWindowController::newTab()
 {
     const QString title = tr("Macro %1").arg(tabBarControl()->countOfTabItems() + 1);
-    tabBarControl()->selectTabItem(addMacroTitle(u"# add code here"_s, title));
+    showToType(addMacroTitle(u"# add code here"_s, title), *tabBarControl());
     saveMacroTabs();
 }
 
@@ -72,7 +82,7 @@ void VXMacroWindowController::reopenTab()
     if (m_closedTabs.isEmpty())
         return;
     const QVariantMap record = m_closedTabs.takeLast();
-    tabBarControl()->selectTabItem(addMacroTitle(textIn(record, kCode), textIn(record, kTitle)));
+    showToType(addMacroTitle(textIn(record, kCode), textIn(record, kTitle)), *tabBarControl());
     saveMacroTabs();
 }
 

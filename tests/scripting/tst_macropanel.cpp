@@ -230,7 +230,9 @@ void MacroPanelTest::closesAndReopensTabs()
 {
     Panel panel;
     panel.type(u"one"_s);
+    panel.controller.consoleText()->setFocus();
     panel.press(Qt::Key_T);
+    QCOMPARE(QApplication::focusWidget(), &panel.editor()); // to type in, wherever the focus was
     panel.press(Qt::Key_W);
     QCOMPARE(panel.tabs(), u"[Macro 1: one]"_s);
     QCOMPARE(defaults().arrayForKey(u"VXMacroViews"_s).size(), 1);
