@@ -3,8 +3,10 @@
 #include "platform/UserDefaults.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
 #include <QProxyStyle>
+#include <QStyleOption>
 #include <utility>
 
 namespace runebook {
@@ -24,7 +26,35 @@ constexpr Colors kLight {0xfff3f3f4, 0xffffffff, 0xfff7f7f9, 0xff1d1d1f, 0xff8a8
 constexpr Colors kDark {0xff2a2a2d, 0xff1f1f22, 0xff252529, 0xffe9e9ec, 0xff8d8d94,
                         0xff38383d, 0xff3a78e0, 0xffffffff, 0xff7fb0ff, 0xff4a4a50};
 
-/// Fusion without pictures on the buttons of dialogs: they carry their words.
+/// Half way between the text and what is behind it: an outline that is seen in both palettes.
+QColor outlineColor(const QPalette &palette, QPalette::ColorGroup group)
+{
+    const QColor text = palette.color(group, QPalette::Text);
+    const QColor base = palette.color(group, QPalette::Base);
+    return QColor((text.red() + base.red()) / 2, (text.green() + base.green()) / 2,
+                  (text.blue() + base.blue()) / 2);
+}
+
+/// Draws the outline of a box or ring of \a option where Fusion has drawn its own.
+void drawIndicatorOutline(QPainter &painter, const QStyleOption &option, bool isRound)
+{
+    const auto group = option.state & QStyle::State_Enabled ? QPalette::Active : QPalette::Disabled;
+    painter.save();
+    painter.setPen(outlineColor(option.palette, group));
+    painter.setBrush(Qt::NoBrush);
+    if (isRound) {
+        const int width = option.rect.width();
+        const qreal radius = (width + (width + 1) % 2) / 2.0 - 1;
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.drawEllipse(QPointF(option.rect.center() + QPoint(1, 1)), radius, radius);
+    } else {
+        painter.drawRect(option.rect.adjusted(0, 0, -1, -1));
+    }
+    painter.restore();
+}
+
+/// Fusion without pictures on the buttons of dialogs, which carry their words, and with outlines of boxes to
+/// check that can be told from a dark window.
 class PlainStyle final : public QProxyStyle
 {
 public:
@@ -35,6 +65,15 @@ public:
         return hint == SH_DialogButtonBox_ButtonsHaveIcons
             ? 0
             : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const State focused = State_HasFocus | State_KeyboardFocusChange;
+        const bool isRound = element == PE_IndicatorRadioButton;
+        if ((isRound || element == PE_IndicatorCheckBox) && (option->state & focused) != focused)
+            drawIndicatorOutline(*painter, *option, isRound);
     }
 };
 
