@@ -39,7 +39,7 @@ endfunction()
 
 set(RUNEBOOK_SANITIZER_OPTIONS
     "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0"
-    "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/races.txt:print_suppressions=0")
+    "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/races.txt:print_suppressions=0:die_after_fork=0")
 
 # runebook_add_test(NAME SOURCES file... DEPENDS target...): one Qt Test program. It finds the files of its
 # folder under RUNEBOOK_TEST_DATA and brings its own defaults and data folders (tests/TestMain.h).
