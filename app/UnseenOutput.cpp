@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype kShownCharacters = 120;
+constexpr qsizetype kKeptCharacters = 4'000; // lines come in pieces
 
 /// \a line for a place where a long one would push everything else out of the window.
 QString shortened(QStringView line)
@@ -48,8 +49,8 @@ void UnseenOutput::noteOutput(const QString &text)
 {
     if (m_panel.isReallyVisible())
         return;
-    if (m_firstLine.isEmpty())
-        m_firstLine = firstLineIn(text);
+    if (m_printed.size() < kKeptCharacters)
+        m_printed += QStringView(text).first(qMin(text.size(), kKeptCharacters));
     tellLater();
 }
 
@@ -57,8 +58,7 @@ void UnseenOutput::noteError(const QString &text)
 {
     if (m_panel.isReallyVisible())
         return;
-    if (const QString line = lastLineIn(text); !line.isEmpty())
-        m_error = line;
+    m_error = (m_error + text).right(kKeptCharacters);
     tellLater();
 }
 
@@ -72,8 +72,8 @@ void UnseenOutput::tellLater()
 void UnseenOutput::tell()
 {
     m_isPending = false;
-    const QString printed = std::exchange(m_firstLine, {});
-    const QString error = std::exchange(m_error, {});
+    const QString printed = firstLineIn(std::exchange(m_printed, {}));
+    const QString error = lastLineIn(std::exchange(m_error, {}));
     const QList<Document *> &documents = DocumentController::shared().documentList();
     QWidget *window = documents.isEmpty() ? nullptr : documents.front()->windowController();
     if (!window || (printed.isEmpty() && error.isEmpty()))

@@ -24,8 +24,8 @@ private:
     void tell();
 
     VXMacroWindowController &m_panel;
-    QString m_firstLine; ///< of what was printed
-    QString m_error; ///< the last line of the errors, which names them
+    QString m_printed; ///< the beginning of it, where what matters stands
+    QString m_error; ///< the end of it, where errors are named
     bool m_isPending = false;
 };
 

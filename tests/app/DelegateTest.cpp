@@ -224,7 +224,7 @@ void DelegateTest::tellsWhatAHiddenPanelWasGiven_data()
     QTest::addColumn<QString>("error");
     QTest::addColumn<bool>("isPanelShown");
     QTest::addColumn<QString>("told"); // some of it
-    QTest::newRow("printed") << QStringList {u"3 found\n"_s, u"more\n"_s} << QString() << false
+    QTest::newRow("printed") << QStringList {u"3"_s, u" found\n"_s, u"more\n"_s} << QString() << false
                              << u"“3 found”"_s;
     QTest::newRow("failed") << QStringList() << u"Traceback\n  line 1\nZeroDivisionError: x\n"_s << false
                             << u"failed: ZeroDivisionError: x"_s;
@@ -248,8 +248,8 @@ void DelegateTest::tellsWhatAHiddenPanelWasGiven()
     QTRY_COMPARE(panel->isReallyVisible(), isPanelShown);
     for (const QString &text : printed)
         panel->setWrite(text);
-    if (!error.isEmpty())
-        panel->setWriteError(error);
+    for (const QChar piece : error)
+        panel->setWriteError(piece);
     QTest::qWait(0);
     const auto *bar = frontWindow()->findChild<MessageBar *>();
     QCOMPARE(bar->isVisible(), !told.isEmpty());
