@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -89,20 +90,14 @@ public:
     }
     Q_DISABLE_COPY_MOVE(OpenFile)
 
-    /// Reads on until \a bytes are \a size many or the file ends; false when it cannot be read.
-    bool readUpTo(qsizetype size, QByteArray &bytes) const
+    /// Reads up to \a size bytes to \a to; fewer only at the end of the file. -1 when it cannot be read.
+    qsizetype read(char *to, qsizetype size) const
     {
-        qsizetype have = bytes.size();
-        bytes.resize(size);
-        ssize_t got = 1;
-        while (have < size && got != 0) {
-            got = ::read(m_descriptor, bytes.data() + have, static_cast<std::size_t>(size - have));
-            if (got < 0 && errno != EINTR)
-                return false;
-            have += std::max<ssize_t>(got, 0);
-        }
-        bytes.truncate(have);
-        return true;
+        ssize_t got = 0;
+        do
+            got = ::read(m_descriptor, to, static_cast<std::size_t>(size));
+        while (got < 0 && errno == EINTR);
+        return got;
     }
 
 private:
@@ -129,21 +124,31 @@ enum class Reading { Read, NotReadable, NoTitle };
 Reading read(ScriptFile &script)
 {
     const OpenFile file(script.path);
-    QByteArray bytes;
-    if (!file.readUpTo(kFirstBytes, bytes))
+    // On the stack: the allocator would take as long for each as the disk.
+    std::array<char, kFirstBytes> beginning;
+    const qsizetype length = file.read(beginning.data(), kFirstBytes);
+    if (length < 0)
         return Reading::NotReadable;
-    bool isCut = bytes.size() == kFirstBytes;
+    QByteArrayView bytes(beginning.data(), length);
     // Most scripts need no more of their text than the first lines.
-    const QByteArrayView first = QByteArrayView(bytes).first(std::min(bytes.size(), kFirstLines));
+    const QByteArrayView first = bytes.first(std::min(length, kFirstLines));
     const qsizetype lineEnd = first.lastIndexOf('\n') + 1;
     const QString lines = QString::fromUtf8(first.first(lineEnd));
     const bool isDecided = lineEnd > 0 && !needsMore(lines);
     if (isDecided && !ScriptFile::menuTitle(lines))
         return Reading::NoTitle;
-    if (isCut && !file.readUpTo(ScriptFile::kMaxBytes, bytes))
-        return Reading::NotReadable;
-    isCut = bytes.size() == ScriptFile::kMaxBytes;
-    const QByteArrayView whole = isCut ? wholeCharacters(bytes) : QByteArrayView(bytes);
+    QByteArray all;
+    if (length == kFirstBytes) {
+        all = bytes.toByteArray();
+        all.resize(ScriptFile::kMaxBytes);
+        const qsizetype more = file.read(all.data() + length, all.size() - length);
+        if (more < 0)
+            return Reading::NotReadable;
+        all.truncate(length + more);
+        bytes = all;
+    }
+    const bool isCut = bytes.size() == ScriptFile::kMaxBytes;
+    const QByteArrayView whole = isCut ? wholeCharacters(bytes) : bytes;
     if (!whole.isValidUtf8())
         return Reading::NotReadable;
     const bool needsAll = !isDecided || whole.contains(kDocMark);
