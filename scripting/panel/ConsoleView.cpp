@@ -12,6 +12,7 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <algorithm>
+#include <malloc.h>
 
 namespace runebook {
 
@@ -26,6 +27,8 @@ constexpr qint64 kBudgetMs = 8;
 constexpr qint64 kNoBudget = std::numeric_limits<qint64>::max();
 /// Units of a line that are laid out together.
 constexpr int kLongestBlock = 4096;
+/// Units after which memory is given back.
+constexpr qsizetype kMuchOutput = 8'000'000;
 constexpr int kInsetWidth = 15;
 constexpr int kInsetHeight = 7;
 
@@ -70,12 +73,14 @@ ConsoleView::~ConsoleView() = default;
 void ConsoleView::append(const QString &text, Kind kind)
 {
     m_pending.append(kind == Kind::Error ? cleanupErrorMessage(text) : text, m_limits);
+    m_unitsWritten += text.size();
     showSoon();
 }
 
 void ConsoleView::continueWrite(const QString &text)
 {
     m_pending.continueWrite(text, m_limits);
+    m_unitsWritten += text.size();
     showSoon();
 }
 
@@ -129,6 +134,17 @@ void ConsoleView::showPendingFor(qint64 milliseconds)
     }
     if (hasPending())
         m_frame.start();
+    else
+        giveBackMemory();
+}
+
+/// Much output leaves room in the heap between what is kept, which nobody needs now.
+void ConsoleView::giveBackMemory()
+{
+    if (m_unitsWritten < kMuchOutput)
+        return;
+    m_unitsWritten = 0;
+    ::malloc_trim(0);
 }
 
 void ConsoleView::insert(QTextCursor &cursor, const ConsoleText &text)

@@ -90,6 +90,7 @@ private:
     void insertRun(QTextCursor &cursor, QStringView text, const QTextCharFormat &format);
     void endBlock(QTextCursor &cursor, BlockEnd end);
     int dropOldest();
+    void giveBackMemory();
     void readLineLimit();
     QTextCharFormat emphasisFormat() const;
     QTextCharFormat linkFormat(const FileLink &link) const;
@@ -104,6 +105,7 @@ private:
     QTimer m_frame;
     std::optional<QFont> m_emphasisFont;
     qsizetype m_lines = 0; ///< line ends in the document
+    qsizetype m_unitsWritten = 0; ///< since memory was given back
     bool m_hasOddEnds = false; ///< some block does not end in a plain line feed
     QStringList m_pressedLink;
 };
