@@ -4,6 +4,8 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStringDecoder>
+#include <QVarLengthArray>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
@@ -118,7 +120,38 @@ QByteArrayView wholeCharacters(QByteArrayView bytes)
     return bytes;
 }
 
+/// Text on the stack: each large piece of the heap has all small ones swept together, which for thousands of
+/// scripts takes longer than reading them.
+template <qsizetype Room> class DecodedText
+{
+public:
+    explicit DecodedText(QByteArrayView utf8)
+    {
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        m_units.resize(decoder.requiredSpace(utf8.size()));
+        m_end = decoder.appendToBuffer(m_units.data(), utf8);
+    }
+    QStringView view() const { return {m_units.data(), m_end}; }
+
+private:
+    QVarLengthArray<QChar, Room> m_units;
+    const QChar *m_end;
+};
+
 enum class Reading { Read, NotReadable, NoTitle };
+
+/// Fills in title and tooltip from the text of a script.
+Reading describe(ScriptFile &script, QStringView text, bool mayHaveDocString)
+{
+    qsizetype end = 0;
+    const std::optional<QString> title = ScriptFile::menuTitle(text, &end);
+    if (!title)
+        return Reading::NoTitle;
+    script.title = *title;
+    if (mayHaveDocString)
+        script.toolTip = ScriptFile::docString(text, end);
+    return Reading::Read;
+}
 
 /// Reads the file at the path of \a script and fills in the rest.
 Reading read(ScriptFile &script)
@@ -133,9 +166,9 @@ Reading read(ScriptFile &script)
     // Most scripts need no more of their text than the first lines.
     const QByteArrayView first = bytes.first(std::min(length, kFirstLines));
     const qsizetype lineEnd = first.lastIndexOf('\n') + 1;
-    const QString lines = QString::fromUtf8(first.first(lineEnd));
-    const bool isDecided = lineEnd > 0 && !needsMore(lines);
-    if (isDecided && !ScriptFile::menuTitle(lines))
+    const DecodedText<kFirstLines + 8> lines(first.first(lineEnd));
+    const bool isDecided = lineEnd > 0 && !needsMore(lines.view());
+    if (isDecided && !ScriptFile::menuTitle(lines.view()))
         return Reading::NoTitle;
     QByteArray all;
     if (length == kFirstBytes) {
@@ -151,16 +184,9 @@ Reading read(ScriptFile &script)
     const QByteArrayView whole = isCut ? wholeCharacters(bytes) : bytes;
     if (!whole.isValidUtf8())
         return Reading::NotReadable;
-    const bool needsAll = !isDecided || whole.contains(kDocMark);
-    const QString text = needsAll ? QString::fromUtf8(whole) : lines;
-    qsizetype end = 0;
-    const std::optional<QString> title = ScriptFile::menuTitle(text, &end);
-    if (!title)
-        return Reading::NoTitle;
-    script.title = *title;
-    if (needsAll)
-        script.toolTip = ScriptFile::docString(text, end);
-    return Reading::Read;
+    if (isDecided && !whole.contains(kDocMark))
+        return describe(script, lines.view(), false);
+    return describe(script, DecodedText<kFirstBytes + 8>(whole).view(), true);
 }
 
 } // namespace

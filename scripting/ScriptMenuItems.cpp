@@ -67,8 +67,13 @@ QString title(const QAction &item)
 
 void setTitle(QAction &item, const QString &title)
 {
-    item.setProperty(kTitle, title);
-    item.setText(withoutControls(elided(title, kLongestTitle), false).replace(u'&', "&&"_L1));
+    const QString shown = withoutControls(elided(title, kLongestTitle), false).replace(u'&', "&&"_L1);
+    // There may be thousands of items, and a dynamic property takes as long as everything else of one.
+    if (withoutMnemonic(shown) != title)
+        item.setProperty(kTitle, title);
+    else if (item.property(kTitle).isValid())
+        item.setProperty(kTitle, QVariant());
+    item.setText(shown);
 }
 
 QString toolTip(const QAction &item)
@@ -88,12 +93,13 @@ void setToolTip(QAction &item, const QString &toolTip)
 
 QVariant representedObject(const QAction &item)
 {
-    return item.property(kRepresentedObject);
+    const QVariant property = item.property(kRepresentedObject);
+    return property.isValid() ? property : item.data();
 }
 
 void setRepresentedObject(QAction &item, const QVariant &object)
 {
-    item.setProperty(kRepresentedObject, object);
+    item.setData(object);
 }
 
 QAction *withTag(const QList<QAction *> &actions, int wanted)

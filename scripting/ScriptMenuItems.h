@@ -7,7 +7,8 @@
 namespace runebook {
 
 /// What scripts know of a menu item beside its action. Titles and tooltips are kept as they are, in dynamic
-/// properties of the action; shown are forms of them that Qt takes for plain text of a bearable length.
+/// properties of the action where what is shown differs: a form that Qt takes for plain text of a bearable
+/// length.
 namespace MenuItem {
 
 /// Items are found again by their tag; 0 for one without.
@@ -22,7 +23,7 @@ void setTitle(QAction &item, const QString &title);
 QString toolTip(const QAction &item);
 void setToolTip(QAction &item, const QString &toolTip);
 
-/// What the item stands for; invalid for none.
+/// What the item stands for: its dynamic property of that name or else its data; invalid for none.
 QVariant representedObject(const QAction &item);
 void setRepresentedObject(QAction &item, const QVariant &object);
 
