@@ -20,7 +20,8 @@ constexpr int kLongestSettlingMs = 700;
 /// One for the program: the number of watchers that a user may have is small.
 QFileSystemWatcher *watcher()
 {
-    static QPointer<QFileSystemWatcher> shared;
+    // Never destroyed: some documents go only with the process.
+    static QPointer<QFileSystemWatcher> &shared = *new QPointer<QFileSystemWatcher>;
     if (!shared && QCoreApplication::instance())
         shared = new QFileSystemWatcher(QCoreApplication::instance());
     return shared;
