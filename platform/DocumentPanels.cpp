@@ -215,6 +215,9 @@ void close(Document &document, std::function<void(bool)> then)
                          tr("They will be lost if you do not save them."), document.windowController());
     box->setStandardButtons(QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
     box->setDefaultButton(QMessageBox::Save);
+    // The standard texts come without keys of their own.
+    box->button(QMessageBox::Save)->setText(tr("&Save"));
+    box->button(QMessageBox::Discard)->setText(tr("&Discard"));
     QPointer<Document> guarded(&document);
     QObject::connect(box, &QMessageBox::finished, box, [guarded, then](int answer) {
         if (!guarded || answer == QMessageBox::Cancel) {

@@ -304,7 +304,7 @@ void VXTabBarControl::postNotification(const QString &name, QObject *item)
     const auto observers = m_observers; // an observer may add others
     for (const auto &[context, observer] : observers) {
         if (context)
-            guarded([&observer, &name, item] { observer(name, item); });
+            guarded([&observer = observer, &name, item] { observer(name, item); });
     }
     guarded([this, &name, item] { Q_EMIT notificationPosted(name, item); });
 }
