@@ -18,6 +18,7 @@
 #include "platform/MainMenu.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
+#include "scripting/RunIndicator.h"
 #include "scripting/bridge/BridgedClass.h"
 #include "scripting/bridge/ScriptApplication.h"
 #include "scripting/panel/VXMacroWindowController.h"
@@ -25,6 +26,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QSessionManager>
+#include <QStatusBar>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -49,6 +51,7 @@ QWidget *makeWindow(Document &document)
 {
     auto *window = new VXWindowController(static_cast<VXDocument &>(document));
     window->setAttribute(Qt::WA_DeleteOnClose, false);
+    window->statusBar()->insertPermanentWidget(1, new RunIndicator(RunIndicator::Stop::WithButton));
     window->show();
     return window;
 }

@@ -1,10 +1,10 @@
 #include "scripting/RunPump.h"
 
 #include "platform/CallLater.h"
-#include "scripting/HeldInput.h"
 #include "scripting/OperationScope.h"
 #include "scripting/OutputModules.h"
 #include "scripting/PythonFunctions.h"
+#include "scripting/RunInput.h"
 #include "scripting/bridge/PythonValue.h"
 
 #include <QApplication>
@@ -43,9 +43,10 @@ RunPump &RunPump::shared()
     return pump;
 }
 
-RunPump::RunPump() : m_input(new HeldInput(this))
+RunPump::RunPump() : m_input(new RunInput(this))
 {
-    connect(m_input, &HeldInput::stopRequested, this, &RunPump::stop);
+    connect(m_input, &RunInput::stopRequested, this, &RunPump::stop);
+    connect(m_input, &RunInput::refused, this, &RunPump::refused);
 }
 
 RunPump::~RunPump()
@@ -88,9 +89,14 @@ void RunPump::scriptStarted()
     m_isRunning = true;
     m_stops = 0;
     m_isTicking = true;
-    m_pumpedAt = std::chrono::steady_clock::now();
-    m_ticker = std::thread([this, thread = ::pthread_self()] { tick(thread); });
+    m_startedAt = m_pumpedAt = std::chrono::steady_clock::now();
     Q_EMIT runStarted();
+    // Seen before the script's first step: it may be the last thing that is painted for long.
+    if (!OperationScope::isInside()) {
+        paintWindows();
+        m_input->processEvents();
+    }
+    m_ticker = std::thread([this, thread = ::pthread_self()] { tick(thread); });
 }
 
 void RunPump::scriptEnded()
@@ -103,10 +109,20 @@ void RunPump::scriptEnded()
     }
     m_wake.notify_one();
     m_ticker.join();
+    drainInput();
     m_isRunning = false;
-    // Not from here: what comes back may start the next run.
-    callLater(m_input, [this] { m_input->giveBack(); });
+    callLater(m_input, [this] { m_input->deleteWaiting(); });
     Q_EMIT runEnded();
+}
+
+/// What was pressed while the script held the thread still lies with the window system, and was not meant for what
+/// comes after the run. A run shorter than a pause between two pumps is none that anybody could have met.
+void RunPump::drainInput()
+{
+    if (OperationScope::isInside() || std::chrono::steady_clock::now() - m_startedAt < kInterval)
+        return;
+    const QScopedValueRollback guard(m_isPumping, true);
+    m_input->drain();
 }
 
 /// On a thread of its own.

@@ -11,10 +11,11 @@ class QWidget;
 
 namespace runebook {
 
-class HeldInput;
+class RunInput;
 
-/// Keeps windows alive while a script runs on their thread: output appears, windows repaint, Stop works. All
-/// other input waits for the end of the run, and none of the program's own work goes on in the middle of it.
+/// Keeps windows alive while a script runs on their thread: output appears, windows repaint; stopping the script,
+/// scrolling, selecting and copying work. All other input is refused, and none of the program's own work goes on in
+/// the middle of a run.
 /// While an operation of the program calls the script back (an observer, a delegate), everything waits for
 /// the end of that operation. Main thread only.
 class RunPump : public QObject, private RunObserver
@@ -42,6 +43,8 @@ public Q_SLOTS:
 Q_SIGNALS:
     void runStarted();
     void runEnded();
+    /// Somebody tried what cannot be done during a run.
+    void refused();
     /// Some 30 times a second during a run, right before windows repaint.
     void pumped();
 
@@ -51,13 +54,15 @@ private:
     void scriptEnded() override;
     void tick(std::thread::native_handle_type mainThread);
     void pump();
+    void drainInput();
     static PyObject *pumpFromSignal(PyObject *, PyObject *);
     static bool installSignal();
 
-    HeldInput *m_input; // owned as a child
+    RunInput *m_input; // owned as a child
     bool m_isRunning = false;
     bool m_isPumping = false;
     int m_stops = 0;
+    std::chrono::steady_clock::time_point m_startedAt;
 
     std::thread m_ticker;
     std::mutex m_mutex;

@@ -46,6 +46,7 @@ ScriptOutcome lastOutcome;
 std::atomic<int> runDepth = 0;
 pthread_t mainThread;
 RunObserver *runObserver = nullptr;
+QString runName;
 bool raisesAtEveryLine = false;
 std::atomic<bool> holdsInterrupts = false;
 std::atomic<int> interrupts = 0; ///< counts requests to end the run
@@ -184,6 +185,7 @@ ScriptRun::ScriptRun(const QString &undoName) : m_undoName(undoName)
         return;
     }
     lastOutcome = {};
+    runName = undoName;
     dropLateInterrupt();
     const QList<Document *> documents = DocumentController::shared().documentList();
     for (Document *document : documents)
@@ -230,6 +232,11 @@ void ScriptRun::openGroups()
 bool ScriptRun::isRunning()
 {
     return runDepth > 0;
+}
+
+QString ScriptRun::currentName()
+{
+    return isRunning() ? runName : QString();
 }
 
 void ScriptRun::interrupt()

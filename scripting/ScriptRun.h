@@ -58,6 +58,8 @@ public:
     ~ScriptRun() override;
 
     static bool isRunning();
+    /// What runs, in the user's words: the title of a tab or the name of a script; empty when nothing does.
+    static QString currentName();
     /// Raises KeyboardInterrupt in the script that runs, wherever it is: in a loop, asleep, waiting for a
     /// lock, inside a regular expression. Does nothing when none runs. On any thread.
     static void interrupt();
@@ -87,9 +89,9 @@ private:
 
 /// What the macro panel runs before the user's code. The lock must be held.
 void runPanelPrelude();
-/// Runs \a code as the macro panel does: its prelude, then the code under the label "macro panel". Does
-/// nothing without an interpreter.
-void runPanelCode(const QString &code);
+/// Runs \a code as the macro panel does: its prelude, then the code under the label "macro panel". Its undo step
+/// is called \a name, "Macro" without one. Does nothing without an interpreter.
+void runPanelCode(const QString &code, const QString &name = {});
 /// Runs the file at the absolute \a path as the Scripts menu does. Its folder stays in sys.path and becomes
 /// the working directory.
 void runScriptFile(const QString &path);

@@ -88,13 +88,13 @@ void runPanelPrelude()
     vxRun_SimpleString(kPanelPrelude, "<internal>");
 }
 
-void runPanelCode(const QString &code)
+void runPanelCode(const QString &code, const QString &name)
 {
     if (!vxPyGILState_Ensure)
         return;
     try {
         const PythonLock lock;
-        const ScriptRun run(tr("Macro"));
+        const ScriptRun run(name.isEmpty() ? tr("Macro") : name);
         runPanelPrelude();
         if (code.contains(QChar(0))) {
             // The compiler reads up to the zero and would run half of the code.

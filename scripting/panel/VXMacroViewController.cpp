@@ -201,7 +201,7 @@ void VXMacroViewController::runSelection()
 
 void VXMacroViewController::runMacroString(const QString &code)
 {
-    runPanelCode(code);
+    runPanelCode(code, m_title);
 }
 
 // Fonts

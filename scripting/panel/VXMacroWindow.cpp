@@ -1,14 +1,14 @@
 #include "scripting/panel/VXMacroWindow.h"
 
 #include "platform/MainMenu.h"
-#include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
+#include "scripting/RunIndicator.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "ui_VXMacroWindow_11.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QLabel>
+#include <QHBoxLayout>
 #include <QToolButton>
 
 using namespace runebook;
@@ -31,7 +31,7 @@ VXMacroWindow::VXMacroWindow(QWidget *parent)
     : QMainWindow(parent),
       m_ui(std::make_unique<Ui::VXMacroWindow_11>()),
       m_snippetsPopup(new SnippetsPopup),
-      m_runningLabel(plainLabel({}))
+      m_runIndicator(new runebook::RunIndicator(runebook::RunIndicator::Stop::WithoutButton))
 {
     m_ui->setupUi(this);
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -59,9 +59,12 @@ void VXMacroWindow::setUpToolBar()
     auto *gap = new QWidget;
     gap->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     bar->addWidget(gap);
-    m_runningLabel->setContentsMargins(0, 0, 8, 0);
-    m_runningLabel->setAccessibleName(tr("State of the script"));
-    bar->addWidget(m_runningLabel);
+    m_runIndicator->setContentsMargins(0, 0, 8, 0);
+    // A toolbar shows its actions, whatever the widgets say; a holder keeps the place of the one that comes and goes.
+    auto *place = new QWidget;
+    (new QHBoxLayout(place))->setContentsMargins(0, 0, 0, 0);
+    place->layout()->addWidget(m_runIndicator);
+    bar->addWidget(place);
     bar->addAction(m_ui->clearConsoleAction);
     bar->addAction(m_ui->helpAction);
     for (QAction *action : {m_ui->clearConsoleAction, m_ui->helpAction})
@@ -140,7 +143,6 @@ void VXMacroWindow::setRunning(bool running)
     m_ui->stopAction->setEnabled(running);
     m_ui->runAction->setEnabled(!running);
     m_ui->runSelectionAction->setEnabled(!running);
-    m_runningLabel->setText(running ? tr("Running…") : QString());
 }
 
 void VXMacroWindow::saveDocument()

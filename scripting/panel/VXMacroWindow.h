@@ -3,7 +3,6 @@
 #include <QMainWindow>
 #include <memory>
 
-class QLabel;
 class QPlainTextEdit;
 
 namespace Ui {
@@ -11,6 +10,7 @@ class VXMacroWindow_11;
 }
 
 namespace runebook {
+class RunIndicator;
 class SnippetsPopup;
 } // namespace runebook
 
@@ -65,5 +65,5 @@ private:
 
     std::unique_ptr<Ui::VXMacroWindow_11> m_ui;
     runebook::SnippetsPopup *m_snippetsPopup;
-    QLabel *m_runningLabel;
+    runebook::RunIndicator *m_runIndicator;
 };

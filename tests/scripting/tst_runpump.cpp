@@ -2,6 +2,7 @@
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
 #include "scripting/LiveCompletion.h"
+#include "scripting/RunIndicator.h"
 #include "scripting/RunPump.h"
 #include "scripting/ScriptConsole.h"
 #include "scripting/VXScriptingHandler.h"
@@ -9,10 +10,12 @@
 #include "scripting/panel/PromptLine.h"
 #include "tests/TestMain.h"
 
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QSignalSpy>
 #include <QTextBlock>
@@ -28,6 +31,9 @@ QT_BEGIN_NAMESPACE
 Q_GUI_EXPORT void qt_handleKeyEvent(QWindow *window, QEvent::Type type, int key,
                                     Qt::KeyboardModifiers modifiers, const QString &text, bool isRepeated,
                                     ushort count);
+Q_GUI_EXPORT void qt_handleMouseEvent(QWindow *window, const QPointF &local, const QPointF &global,
+                                      Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type,
+                                      Qt::KeyboardModifiers modifiers, int timestamp);
 QT_END_NAMESPACE
 
 /// A window with a console, a field and a button, as the panel has them.
@@ -61,7 +67,8 @@ private Q_SLOTS:
     void showsOutputWhileAScriptRuns_data();
     void showsOutputWhileAScriptRuns();
     void marksALargeWriteOnce();
-    void keepsInputForTheEnd();
+    void refusesInput();
+    void letsTheUserRead();
     void keepsOwnWorkForTheEnd();
     void stops_data();
     void stops();
@@ -177,25 +184,89 @@ void RunPumpTest::marksALargeWriteOnce()
     QCOMPARE(marked, 1);
 }
 
-void RunPumpTest::keepsInputForTheEnd()
+void RunPumpTest::refusesInput()
 {
     const QShortcut shortcut(QKeySequence(u"Ctrl+K"_s), m_panel.get());
-    QSignalSpy clicked(&shortcut, &QShortcut::activated);
+    QSignalSpy clicked(&shortcut, &QShortcut::activated), pressed(m_panel->button, &QPushButton::clicked);
+    QSignalSpy refused(&RunPump::shared(), &RunPump::refused);
+    const QPoint place = m_panel->button->mapTo(m_panel.get(), m_panel->button->rect().center());
+    RunIndicator indicator(RunIndicator::Stop::WithButton, m_panel.get());
+    QString shown;
     press(Qt::Key_A, Qt::NoModifier, u"a"_s);
     press(Qt::Key_K, Qt::ControlModifier);
-    press(Qt::Key_B, Qt::NoModifier, u"b"_s);
+    press(Qt::Key_Delete);
     QPointer<QWidget> gone = new QWidget;
     gone->deleteLater();
-    const QMetaObject::Connection look = connect(&RunPump::shared(), &RunPump::pumped, this, [&] {
-        QVERIFY(m_panel->field->text().isEmpty());
-        QVERIFY(clicked.isEmpty() && gone && m_panel->isVisible());
+    bool isFirst = true;
+    connect(&RunPump::shared(), &RunPump::pumped, &indicator, [&] {
+        QVERIFY(indicator.isVisible() && gone);
+        shown = indicator.text();
+        if (std::exchange(isFirst, false))
+            QMetaObject::invokeMethod(
+                this, [&] { QTest::mouseClick(m_panel->windowHandle(), Qt::LeftButton, {}, place); },
+                Qt::QueuedConnection);
     });
     QCoreApplication::postEvent(m_panel->windowHandle(), new QCloseEvent);
-    run(u"import time; time.sleep(0.2)"_s);
-    disconnect(look);
-    QTRY_COMPARE(m_panel->field->text(), u"ab"_s);
-    QCOMPARE(clicked.size(), 1);
-    QTRY_VERIFY(!gone && !m_panel->isVisible());
+    run(u"import time; time.sleep(0.3)"_s);
+    QVERIFY(!indicator.isVisible());
+    QVERIFY2(shown.startsWith(u"Not while"_s), qPrintable(shown));
+    QCOMPARE(refused.size(), 5);
+    // What comes after it finds nothing of all that.
+    QTRY_VERIFY(!gone);
+    QTest::keyClick(m_panel->field, Qt::Key_B);
+    QCOMPARE(m_panel->field->text(), u"b"_s);
+    QVERIFY(clicked.isEmpty() && pressed.isEmpty() && m_panel->isVisible());
+}
+
+void RunPumpTest::letsTheUserRead()
+{
+    QString text;
+    for (int i = 0; i < 200; ++i)
+        text += u"line %1\n"_s.arg(i);
+    m_panel->console->append(text, ConsoleView::Kind::Output);
+    m_panel->console->showPending();
+    m_panel->console->verticalScrollBar()->setValue(0);
+    m_panel->console->setFocus();
+    QWidget *view = m_panel->console->viewport();
+    QWindow *window = m_panel->windowHandle();
+    const auto at = [&](int x, int y) { return view->mapTo(m_panel.get(), QPoint(x, y)); };
+    const auto mouse = [&](QEvent::Type type, int x) {
+        const bool isMove = type == QEvent::MouseMove;
+        QMetaObject::invokeMethod(
+            this,
+            [=, this] {
+                qt_handleMouseEvent(window, at(x, 12), m_panel->mapToGlobal(at(x, 12)),
+                                    type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                                    isMove ? Qt::NoButton : Qt::LeftButton, type, Qt::NoModifier, 0);
+            },
+            Qt::QueuedConnection);
+    };
+    QGuiApplication::clipboard()->clear();
+    QString copied;
+    int scrolled = 0, step = 0;
+    connect(&RunPump::shared(), &RunPump::pumped, m_panel.get(), [&] {
+        switch (step++) {
+        case 0:
+            mouse(QEvent::MouseButtonPress, 0);
+            mouse(QEvent::MouseMove, 200);
+            mouse(QEvent::MouseButtonRelease, 200);
+            press(Qt::Key_C, Qt::ControlModifier);
+            break;
+        case 4:
+            copied = QGuiApplication::clipboard()->text();
+            press(Qt::Key_X, Qt::NoModifier, u"x"_s);
+            QCoreApplication::postEvent(
+                window, new QWheelEvent(at(20, 20), m_panel->mapToGlobal(at(20, 20)), {}, {0, -1200}, Qt::NoButton,
+                                        Qt::NoModifier, Qt::NoScrollPhase, false));
+            break;
+        default:
+            scrolled = m_panel->console->verticalScrollBar()->value();
+        }
+    });
+    run(u"import time; time.sleep(0.6)"_s);
+    QVERIFY(step > 5);
+    QCOMPARE(copied, u"line 0"_s);
+    QVERIFY(scrolled > 0);
 }
 
 void RunPumpTest::keepsOwnWorkForTheEnd()
