@@ -130,8 +130,7 @@ int main(int argc, char *argv[])
         arguments << QString::fromLocal8Bit(argv[i]);
     const CommandLine line = parseCommandLine(arguments);
     if (line.mode == CommandLine::Mode::Script) {
-        useHeadlessPlatform();
-        const VXApplication app(argc, argv);
+        const auto app = makeHeadless<VXApplication>(argc, argv);
         return runScript(line);
     }
     if (line.mode != CommandLine::Mode::Windows) {

@@ -20,6 +20,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr auto kPlatform = "QT_QPA_PLATFORM";
+
 QString tr(const char *text)
 {
     return QCoreApplication::translate("HeadlessRun", text);
@@ -152,13 +154,19 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
 
 } // namespace
 
-void useHeadlessPlatform()
+HeadlessPlatform::HeadlessPlatform()
 {
-    for (const char *variable : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
-        if (!qEnvironmentVariableIsEmpty(variable))
-            return;
-    }
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsSet(kPlatform))
+        m_chosen = qgetenv(kPlatform);
+    qputenv(kPlatform, "offscreen");
+}
+
+HeadlessPlatform::~HeadlessPlatform()
+{
+    if (m_chosen)
+        qputenv(kPlatform, *m_chosen);
+    else
+        qunsetenv(kPlatform);
 }
 
 int runHeadless(const HeadlessOptions &options)

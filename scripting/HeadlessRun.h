@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <memory>
+#include <optional>
 
 namespace runebook {
 
@@ -23,9 +26,27 @@ inline constexpr int WrongInput = 2;
 inline constexpr int NoPython = 3;
 } // namespace HeadlessStatus
 
-/// Without a display, makes Qt use the platform that needs none. To be called before the application object
-/// is made.
-void useHeadlessPlatform();
+/// While it lives, an application object that is made takes the platform that needs no display, whatever the
+/// environment says: a display that is named may be dead, and Qt aborts then. Programs that scripts start
+/// later find the environment as it was.
+class HeadlessPlatform
+{
+public:
+    HeadlessPlatform();
+    ~HeadlessPlatform();
+    HeadlessPlatform(const HeadlessPlatform &) = delete;
+    HeadlessPlatform &operator=(const HeadlessPlatform &) = delete;
+
+private:
+    std::optional<QByteArray> m_chosen;
+};
+
+/// The application object of a run without windows.
+template <typename Application> std::unique_ptr<Application> makeHeadless(int &argc, char **argv)
+{
+    const HeadlessPlatform platform;
+    return std::make_unique<Application>(argc, argv);
+}
 
 /// Opens the files, runs the script with the process's own output as its console, saves what was asked for,
 /// and answers the exit status. Needs an application object and the document controller set up with types

@@ -24,6 +24,8 @@ inline void useTestHome(const QString &path)
 {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Some tests try what a plain user may do; the files are theirs to see.
+    QFile::setPermissions(path, QFile::Permissions(0x7055));
     const QDir home(path);
     const auto sub = [&home](const char *name) {
         const QString folder = home.filePath(QString::fromLatin1(name));
@@ -34,6 +36,11 @@ inline void useTestHome(const QString &path)
     qputenv("XDG_DATA_HOME", sub("data"));
     qputenv("XDG_CONFIG_HOME", sub("config"));
     qputenv("XDG_CACHE_HOME", sub("cache"));
+    // Wherever a test makes a file by itself, it lies in here too.
+    qputenv("TMPDIR", sub("tmp"));
+    qputenv("XDG_RUNTIME_DIR", sub("run"));
+    QFile::setPermissions(home.filePath(QStringLiteral("run")),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     qputenv("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
     qputenv("RUNEBOOK_DEFAULTS", home.filePath(QStringLiteral("defaults.ini")).toLocal8Bit());
     qputenv("LC_ALL", "C.UTF-8");

@@ -234,9 +234,7 @@ void TestLargeFiles::roundTripsTheCorpus()
 {
     QFETCH(const int, version);
     const QString python = QStandardPaths::findExecutable(u"python3"_s);
-    if (python.isEmpty() || !QFile::exists(u"/usr/share/unicode/UnicodeData.txt"_s)
-        || !QFile::exists(u"/usr/share/aglfn/aglfn.txt"_s))
-        QSKIP("needs python3 and the packages unicode-data and aglfn");
+    QVERIFY(!python.isEmpty());
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"corpus.xml"_s);
     QProcess maker;

@@ -565,7 +565,7 @@ void TestRecovery::reloadsOnlyWhatItCanRead()
 void TestRecovery::survivesLackOfMemory()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    QSKIP("the sanitizers take more address space than any limit leaves");
+    QSKIP("sanitizer-memory: the sanitizers take more address space than any limit leaves");
 #endif
     QByteArray large = kFile;
     const QByteArray line = "\t<glyph name=\"a\" category=\"Letter\" />\n";

@@ -140,7 +140,7 @@ void TestSafety::cleanup()
 void TestSafety::pastesWholeOrNotAtAll()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    QSKIP("the sanitizers take more address space than any limit leaves");
+    QSKIP("sanitizer-memory: the sanitizers take more address space than any limit leaves");
 #endif
     constexpr int kPasted = 200'000;
     VXDocument *document = open(u"a.xml"_s);

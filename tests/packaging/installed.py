@@ -4,7 +4,6 @@ import gzip
 import html.parser
 import os
 import re
-import shutil
 import struct
 import subprocess
 from pathlib import Path
@@ -110,7 +109,3 @@ def dead_links(folder):
             if target is None or (anchor and anchor not in target.anchors):
                 dead.append((name, link))
     return dead
-
-
-def has(*programs):
-    return all(shutil.which(program) for program in programs)

@@ -171,7 +171,6 @@ class ChecksTest(unittest.TestCase):
                 self.assertIn(sentence, "\n".join(flaws(glyphs, ListOnly())))
 
 
-@unittest.skipUnless(all(path.exists() for path in PACKAGES), "needs the packages aglfn and unicode-data")
 class ProgramsTest(unittest.TestCase):
     def run_program(self, name, *arguments):
         return subprocess.run([sys.executable, "-B", str(RESOURCES / name), *map(str, arguments)],

@@ -15,8 +15,7 @@ using namespace Qt::StringLiterals;
 int main(int argc, char *argv[])
 {
     QCoreApplication::setApplicationName(u"runebook"_s);
-    useHeadlessPlatform();
-    const QApplication app(argc, argv);
+    const auto app = makeHeadless<QApplication>(argc, argv);
     StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
     DocumentController &controller = DocumentController::shared();
     controller.addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data files"_s});

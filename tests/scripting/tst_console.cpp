@@ -1,6 +1,7 @@
 #include "platform/UserDefaults.h"
 #include "scripting/panel/ConsoleView.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/Interpreters.h"
 
 #include <QClipboard>
 #include <QProcess>
@@ -322,16 +323,13 @@ void ConsoleTest::opensLinksByKeyboard()
 
 void ConsoleTest::linksWhatInterpretersPrint_data()
 {
-    QTest::addColumn<QString>("python");
+    QTest::addColumn<QString>("minor");
     QTest::addColumn<QString>("script");
     QTest::addColumn<QStringList>("expected");
-    const QList<std::pair<const char *, const char *>> interpreters {
-        {"3.9", "3.9.18"}, {"3.10", "3.10.13"}, {"3.11", "3.11.7"}};
-    for (const auto &[label, folder] : interpreters) {
-        const QString python = QString::fromLocal8Bit(qgetenv("RUNEBOOK_REAL_HOME")) + "/.pyenv/versions/"_L1
-            + QLatin1StringView(folder) + "/bin/python3"_L1;
+    for (const char *minor : {"3.9", "3.10", "3.11"}) {
         const auto row = [&](const char *what, const char *script, const QStringList &expected) {
-            QTest::addRow("%s, %s", label, what) << python << QString::fromLatin1(script) << expected;
+            QTest::addRow("%s, %s", minor, what)
+                << QString::fromLatin1(minor) << QString::fromLatin1(script) << expected;
         };
         row("saved file", "x = 1\nx.y\n", {u"File \"script.py\", line 2 -> SCRIPT:2"_s});
         row("module beside it", "import beside\nbeside.fail()\n",
@@ -346,11 +344,12 @@ void ConsoleTest::linksWhatInterpretersPrint_data()
 
 void ConsoleTest::linksWhatInterpretersPrint()
 {
-    QFETCH(QString, python);
+    QFETCH(QString, minor);
     QFETCH(QString, script);
     QFETCH(QStringList, expected);
-    if (!QFile::exists(python))
-        QSKIP("this Python is not installed here");
+    const QString python = Interpreters::programs(minor).value(0);
+    if (python.isEmpty())
+        SKIP_WITHOUT_PYTHON(minor);
     const auto write = [this](const QString &name, const QString &text) {
         QFile file(m_folder.filePath(name));
         return file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0 ? file.fileName() : QString();
@@ -368,13 +367,5 @@ void ConsoleTest::linksWhatInterpretersPrint()
     QVERIFY(!m_console->string().contains(u"<module>"_s));
 }
 
-int main(int argc, char *argv[])
-{
-    qputenv("RUNEBOOK_REAL_HOME", qgetenv("HOME"));
-    const QTemporaryDir home;
-    runebook::useTestHome(home.path());
-    QApplication app(argc, argv);
-    ConsoleTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+RUNEBOOK_TEST_MAIN(ConsoleTest)
 #include "tst_console.moc"

@@ -3,12 +3,11 @@
 #include "scripting/ScriptConsole.h"
 #include "scripting/VXScriptingHandler.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/Interpreters.h"
 
 #include <QSignalSpy>
 #include <chrono>
-#include <pwd.h>
 #include <thread>
-#include <unistd.h>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -27,15 +26,10 @@ public:
 /// The library of an interpreter that is not supported, the newest first; empty when there is none.
 QString unsupportedLibrary()
 {
-    const QString home = QString::fromLocal8Bit(::getpwuid(::getuid())->pw_dir);
-    for (const auto version : {"3.13"_L1, "3.12"_L1, "3.8"_L1}) {
-        const QDir versions(home + "/.pyenv/versions"_L1);
-        for (const QString &name : versions.entryList({version + ".*"_L1}, QDir::Dirs)) {
-            const QDir lib(versions.filePath(name) + "/lib"_L1);
-            const QStringList found = lib.entryList({"libpython"_L1 + version + ".so.*"_L1}, QDir::Files);
-            if (!found.isEmpty())
-                return lib.filePath(found.first());
-        }
+    for (const auto minor : {"3.13"_L1, "3.12"_L1, "3.8"_L1}) {
+        const QStringList found = Interpreters::libraries(minor);
+        if (!found.isEmpty())
+            return found.first();
     }
     return {};
 }
@@ -60,7 +54,7 @@ void UnsupportedPythonTest::initTestCase()
 {
     const QString library = unsupportedLibrary();
     if (library.isEmpty())
-        QSKIP("no interpreter on this machine that is not supported");
+        SKIP_WITHOUT_PYTHON(u"3.13"_s);
     StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
     UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
     VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
