@@ -56,7 +56,12 @@ CommandLine parseCommandLine(const QStringList &arguments)
     const QCommandLineOption newInstance(
         u"new-instance"_s,
         tr("Start on its own, even when Runebook runs already; the files would go to it."));
-    parser.addOptions({help, version, compare, key, json, run, eval, save, newInstance});
+    // Between the program and itself; see RunWatch.
+    QCommandLineOption watchRun(u"watch-run"_s, {}, u"session"_s);
+    QCommandLineOption reopen(u"reopen"_s, {}, u"session"_s);
+    for (QCommandLineOption *option : {&watchRun, &reopen})
+        option->setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({help, version, compare, key, json, run, eval, save, newInstance, watchRun, reopen});
 
     CommandLine line;
     if (!parser.parse(arguments))
@@ -65,7 +70,12 @@ CommandLine parseCommandLine(const QStringList &arguments)
     line.compareKey = parser.value(key);
     line.asJson = parser.isSet(json);
     line.startsNewInstance = parser.isSet(newInstance);
-    if (parser.isSet(help)) {
+    line.sessionFile = parser.value(parser.isSet(watchRun) ? watchRun : reopen);
+    if (parser.isSet(watchRun)) {
+        line.mode = CommandLine::Mode::WatchRun;
+        if (line.files.size() != 2)
+            return wrong(tr("--watch-run takes a name and a time."));
+    } else if (parser.isSet(help)) {
         line.mode = CommandLine::Mode::Help;
         line.message = parser.helpText();
     } else if (parser.isSet(version)) {

@@ -6,7 +6,7 @@ namespace runebook {
 
 /// What the user asked for on the command line.
 struct CommandLine {
-    enum class Mode { Windows, Compare, Script, Help, Version, Wrong };
+    enum class Mode { Windows, WatchRun, Compare, Script, Help, Version, Wrong };
 
     Mode mode = Mode::Windows;
     QStringList files;
@@ -16,6 +16,8 @@ struct CommandLine {
     QString code; ///< code to run
     bool savesFiles = false;
     bool startsNewInstance = false; ///< even when the program runs already
+    /// For WatchRun, and for Windows after a program that was ended: the file that RunWatch wrote.
+    QString sessionFile;
     QString message; ///< for Help, Version and Wrong: what to print
 };
 

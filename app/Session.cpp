@@ -44,8 +44,13 @@ void store(const QVariantList &windows)
 
 int restore()
 {
+    return open(UserDefaults::standard().arrayForKey(kOpenWindows));
+}
+
+int open(const QVariantList &windows)
+{
     int opened = 0;
-    for (const QVariant &entry : UserDefaults::standard().arrayForKey(kOpenWindows)) {
+    for (const QVariant &entry : windows) {
         const QVariantMap stored = entry.toMap();
         const QString path = stored.value(u"path"_s).toString();
         if (path.isEmpty() || !QFileInfo(path).isFile())

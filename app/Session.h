@@ -8,8 +8,9 @@ namespace runebook::Session {
 /// The documents with a file that are open now, the frontmost last.
 QVariantList capture();
 void store(const QVariantList &windows);
-/// Opens what was stored, as far as it is still there; what is not is passed over. Answers the number of
-/// windows opened.
+/// Opens \a windows, as far as their files are still there. Answers the number of windows opened.
+int open(const QVariantList &windows);
+/// Opens what was stored.
 int restore();
 
 } // namespace runebook::Session

@@ -68,6 +68,15 @@ void VXAppDelegate::openAtStart(const QStringList &paths)
     warnOfDamagedDefaults();
 }
 
+void VXAppDelegate::reopen(const QVariantList &windows, qint64 process)
+{
+    Session::open(windows);
+    RecoveryPanel::offer()->restoreFrom(process);
+    if (DocumentController::shared().documentList().isEmpty())
+        DocumentController::shared().openUntitledDocumentAndDisplay(true);
+    warnOfDamagedDefaults();
+}
+
 void VXAppDelegate::startScripting()
 {
     VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();

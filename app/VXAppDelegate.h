@@ -30,6 +30,8 @@ public: // start and end
     /// Opens the files; without any, the windows of the last session if the user wants them back, or else a
     /// new document.
     void openAtStart(const QStringList &paths);
+    /// Opens what \a process, which the user has ended, had open: its \a windows, and what it had autosaved.
+    void reopen(const QVariantList &windows, qint64 process);
     /// Starts Python and makes the macro panel the console of scripts.
     void startScripting();
     /// Shows the macro panel behind the other windows if it was open last time, and fills the Scripts menu.

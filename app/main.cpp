@@ -1,5 +1,8 @@
 #include "app/CommandLine.h"
 #include "app/LastWindow.h"
+#include "app/RunWatch.h"
+#include "app/RunWatchWindow.h"
+#include "app/Session.h"
 #include "app/SingleInstance.h"
 #include "app/VXAppDelegate.h"
 #include "app/VXApplication.h"
@@ -105,6 +108,7 @@ int showWindows(const CommandLine &line)
     VXAppDelegate delegate;
     const LastWindow lastWindow;
     QObject::connect(&instance, &SingleInstance::filesReceived, &delegate, &VXAppDelegate::openFromElsewhere);
+    const RunWatch runWatch(&Session::capture);
     const FirstPaint starting([&delegate] {
         delegate.applicationDidFinishLaunching();
         // For measuring how long a start takes.
@@ -112,7 +116,11 @@ int showWindows(const CommandLine &line)
             QMetaObject::invokeMethod(
                 qApp, [] { QApplication::quit(); }, Qt::QueuedConnection);
     });
-    delegate.openAtStart(files);
+    const std::optional<ReopenedSession> session = ReopenedSession::take(line.sessionFile);
+    if (session)
+        delegate.reopen(session->windows, session->process);
+    else
+        delegate.openAtStart(files);
     return QApplication::exec();
 }
 
@@ -132,6 +140,10 @@ int main(int argc, char *argv[])
     if (line.mode == CommandLine::Mode::Script) {
         const auto app = makeHeadless<VXApplication>(argc, argv);
         return runScript(line);
+    }
+    if (line.mode == CommandLine::Mode::WatchRun) {
+        const QApplication app(argc, argv);
+        return showRunWatchWindow(line.sessionFile, line.files.at(0), line.files.at(1));
     }
     if (line.mode != CommandLine::Mode::Windows) {
         const QCoreApplication app(argc, argv);

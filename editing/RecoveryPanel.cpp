@@ -175,8 +175,23 @@ void RecoveryPanel::showActions()
 
 void RecoveryPanel::restore()
 {
+    restoreNow(chosen());
+}
+
+void RecoveryPanel::restoreFrom(qint64 process)
+{
+    QList<RecoverableContent> contents;
+    for (const RecoverableContent &content : m_recovery.contents()) {
+        if (content.kind == RecoverableContent::Kind::Autosave && content.process == process)
+            contents << content;
+    }
+    restoreNow(contents);
+}
+
+void RecoveryPanel::restoreNow(const QList<RecoverableContent> &contents)
+{
     QStringList errors;
-    for (const RecoverableContent &content : chosen()) {
+    for (const RecoverableContent &content : contents) {
         Error error;
         m_recovery.restore(content, &error);
         if (!error.domain.isEmpty())

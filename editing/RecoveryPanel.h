@@ -27,6 +27,8 @@ public:
 
 public: // commands on the chosen rows
     void restore();
+    /// Restores without asking what \a process has autosaved, which the user has ended for that.
+    void restoreFrom(qint64 process);
     void compare();
     /// Asks first.
     void discard();
@@ -36,6 +38,7 @@ private:
     void showContents();
     void showActions();
     QList<RecoverableContent> chosen() const;
+    void restoreNow(const QList<RecoverableContent> &contents);
     void discardNow(const QList<RecoverableContent> &contents);
     void showErrors(const QStringList &errors);
 

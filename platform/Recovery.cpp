@@ -107,6 +107,7 @@ void Recovery::addAutosavesIn(const QString &folder)
         content.type = note.type.isEmpty() ? kContentType : note.type;
         content.displayName = note.displayName.isEmpty() ? tr("Unnamed document") : note.displayName;
         content.savedAt = note.savedAt.isValid() ? note.savedAt : info.lastModified();
+        content.process = note.process;
         content.size = info.size();
         content.original = note.original;
         content.hasOriginalChanged = hasChanged(note.originalPath, note);

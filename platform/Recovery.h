@@ -29,6 +29,7 @@ struct RecoverableContent {
     QString type; ///< of the original
     QString displayName;
     QDateTime savedAt;
+    qint64 process = 0; ///< that left it; 0 when nobody knows
     qint64 size = 0; ///< bytes
     FileState original; ///< the file in the state that was edited
     bool hasOriginalChanged = false; ///< since, by another program

@@ -132,12 +132,48 @@ void RunPump::tick(std::thread::native_handle_type mainThread)
     sigset_t all;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    m_standstill = {};
+    m_lookedAt = std::chrono::steady_clock::now();
     std::unique_lock lock(m_mutex);
     while (!m_wake.wait_for(lock, kInterval / 2, [this] { return !m_isTicking; })) {
         // The script gets at least as long as the pause between two pumps, however slow windows paint.
         if (std::chrono::steady_clock::now() - m_pumpedAt >= kInterval)
             ::pthread_kill(mainThread, pumpSignal());
+        if (m_watcher)
+            watch(lock);
     }
+    if (std::exchange(m_standsStill, false))
+        m_watcher->windowsTurn();
+}
+
+/// Whether the event loop has turned since the last call; a dialog of the script turns it, too.
+bool RunPump::hasTurned()
+{
+    if (m_isHeartbeatAwaited)
+        return false;
+    m_isHeartbeatAwaited = true;
+    QMetaObject::invokeMethod(
+        this, [this] { m_isHeartbeatAwaited = false; }, Qt::QueuedConnection);
+    return true;
+}
+
+/// Without the lock while the watcher works: the pump waits for it.
+void RunPump::watch(std::unique_lock<std::mutex> &lock)
+{
+    constexpr std::chrono::seconds kWorthTelling {1};
+    const auto now = std::chrono::steady_clock::now();
+    m_standstill.look(std::chrono::duration_cast<Standstill::Duration>(now - m_lookedAt), hasTurned());
+    m_lookedAt = now;
+    const bool standsStill = m_standstill.length() >= kWorthTelling;
+    if (!standsStill && !m_standsStill)
+        return;
+    m_standsStill = standsStill;
+    lock.unlock();
+    if (standsStill)
+        m_watcher->windowsStand(m_standstill.length());
+    else
+        m_watcher->windowsTurn();
+    lock.lock();
 }
 
 /// The interpreter calls a handler of a signal between two steps of the script, as it does pending calls; but

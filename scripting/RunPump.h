@@ -1,8 +1,10 @@
 #pragma once
 
 #include "scripting/ScriptRun.h"
+#include "scripting/Standstill.h"
 
 #include <QObject>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -33,6 +35,9 @@ public:
 
     /// Clicks on \a widget are answered during a run, too; for the buttons that stop it. Not owned, may go.
     void addStopControl(QWidget *widget);
+    /// Is told when windows stand still during a run: inside of the interpreter's own code, where nothing can be
+    /// painted and nothing interrupted. Not owned; null for none. Not during a run.
+    void setStandstillWatcher(StandstillWatcher *watcher) { m_watcher = watcher; }
     bool isRunning() const { return m_isRunning; }
 
 public Q_SLOTS:
@@ -53,6 +58,8 @@ private:
     void scriptStarted() override;
     void scriptEnded() override;
     void tick(std::thread::native_handle_type mainThread);
+    bool hasTurned();
+    void watch(std::unique_lock<std::mutex> &lock);
     void pump();
     void drainInput();
     static PyObject *pumpFromSignal(PyObject *, PyObject *);
@@ -68,6 +75,11 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_wake;
     bool m_isTicking = false;
+    std::atomic<bool> m_isHeartbeatAwaited = false; ///< by the ticking thread, of the event loop
+    StandstillWatcher *m_watcher = nullptr;
+    Standstill m_standstill; ///< the ticking thread's, like the two below
+    bool m_standsStill = false;
+    std::chrono::steady_clock::time_point m_lookedAt;
     std::chrono::steady_clock::time_point m_pumpedAt;
 };
 

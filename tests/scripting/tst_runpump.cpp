@@ -6,6 +6,7 @@
 #include "scripting/RunPump.h"
 #include "scripting/ScriptConsole.h"
 #include "scripting/VXScriptingHandler.h"
+#include "scripting/bridge/ScriptApplication.h"
 #include "scripting/panel/ConsoleView.h"
 #include "scripting/panel/PromptLine.h"
 #include "tests/TestMain.h"
@@ -80,6 +81,8 @@ private Q_SLOTS:
     void waitsForTheEndOfOperations();
     void answersTheStopButton();
     void tellsOfRuns();
+    void tellsOfStandstill();
+    void addsUpStandstill();
     void evaluatesLines_data();
     void evaluatesLines();
     void remembersLines();
@@ -455,6 +458,51 @@ void RunPumpTest::tellsOfRuns()
     run(u"import time; time.sleep(0.1)"_s);
     pump.start();
     QCOMPARE(started.size(), 1);
+}
+
+/// An operation that returns when it is known that windows stand still.
+class Holder final : public QObject, public StandstillWatcher
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE void hold()
+    {
+        QElapsedTimer limit;
+        limit.start();
+        while (stands == 0 && !limit.hasExpired(20'000))
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    void windowsStand(Standstill::Duration) override { ++stands; }
+    void windowsTurn() override { ++turns; }
+
+    std::atomic<int> stands = 0, turns = 0;
+};
+
+void RunPumpTest::tellsOfStandstill()
+{
+    Holder holder;
+    ScriptApplication::shared().setDelegate(&holder);
+    RunPump::shared().setStandstillWatcher(&holder);
+    run(u"import time; time.sleep(1.5)"_s);
+    QCOMPARE(holder.stands, 0); // however long the script takes
+    run(u"NSApplication.sharedApplication().delegate().hold()"_s);
+    RunPump::shared().setStandstillWatcher(nullptr);
+    ScriptApplication::shared().setDelegate(nullptr);
+    QVERIFY(holder.stands > 0);
+    QCOMPARE(holder.turns, 1);
+}
+
+void RunPumpTest::addsUpStandstill()
+{
+    using namespace std::chrono_literals;
+    Standstill standstill;
+    for (int i = 0; i < 40; ++i)
+        standstill.look(15ms, false);
+    QCOMPARE(standstill.length(), 600ms);
+    standstill.look(3h, false); // the machine slept
+    QVERIFY(standstill.length() < 1s);
+    standstill.look(15ms, true);
+    QCOMPARE(standstill.length(), 0ms);
 }
 
 void RunPumpTest::evaluatesLines_data()
