@@ -68,6 +68,7 @@ private: // setting up
     void registerDocuments();
     void contributeToMenus();
     void introduceToScripts();
+    void followScripts();
     void presentErrors();
     void followSettings();
     void followSessionManager();
@@ -79,6 +80,7 @@ private: // setting up
     QPointer<VXChangeLogWindowController> m_changeLogWindow;
     QPointer<VXPreferencesController> m_preferencesController;
     runebook::FileOpener *m_fileOpener;
+    QList<QObject *> m_documentsBeforeRun; ///< to be compared, never to be used: some may be gone
     bool m_isTerminating = false;
     bool m_isSessionKept = false;
 };

@@ -12,6 +12,7 @@
 #include "model/VXArrayToStringTransformator.h"
 #include "model/VXDirectionToIndexValueTransformer.h"
 #include "platform/Appearance.h"
+#include "platform/CallLater.h"
 #include "platform/DefaultsProblem.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
@@ -19,6 +20,7 @@
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
 #include "scripting/RunIndicator.h"
+#include "scripting/RunPump.h"
 #include "scripting/bridge/BridgedClass.h"
 #include "scripting/bridge/ScriptApplication.h"
 #include "scripting/panel/VXMacroWindowController.h"
@@ -70,6 +72,7 @@ VXAppDelegate::VXAppDelegate(QObject *parent)
     presentErrors();
     new UnseenOutput(*m_macroPanelController, this);
     introduceToScripts();
+    followScripts();
     followSettings();
     followSessionManager();
 }
@@ -108,6 +111,25 @@ void VXAppDelegate::introduceToScripts()
     registerEditingClasses();
     bridge::BridgedClass::registerClass(VXPreferencesController::staticMetaObject);
     bridge::BridgedClass::registerClass(VXChangeLogWindowController::staticMetaObject);
+}
+
+/// Documents that a script has opened unseen get a window when it ends: nobody could save or close them, and Quit
+/// would ask about files that were never shown.
+void VXAppDelegate::followScripts()
+{
+    const RunPump &pump = RunPump::shared();
+    connect(&pump, &RunPump::runStarted, this,
+            [this] { m_documentsBeforeRun = DocumentController::shared().documents(); });
+    connect(&pump, &RunPump::runEnded, this, [this] {
+        callLater(this, [this] {
+            const QList<QObject *> before = std::exchange(m_documentsBeforeRun, {});
+            const QList<Document *> documents = DocumentController::shared().documentList();
+            for (auto document = documents.crbegin(); document != documents.crend(); ++document) {
+                if (!(*document)->windowController() && !before.contains(*document))
+                    (*document)->makeWindowControllers();
+            }
+        });
+    });
 }
 
 void VXAppDelegate::contributeToMenus()

@@ -4,7 +4,7 @@
 #include "editing/DetailPane.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphTableView.h"
-#include "editing/MessageBar.h"
+#include "platform/MessageBar.h"
 #include "editing/PreviewLabel.h"
 #include "editing/ProblemsPane.h"
 #include "editing/SearchFilter.h"

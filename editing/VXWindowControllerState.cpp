@@ -1,7 +1,7 @@
 // What the document window shows besides its records: the problems, and its own state for the next start.
 #include "editing/FindReplace.h"
 #include "editing/GlyphTableView.h"
-#include "editing/MessageBar.h"
+#include "platform/MessageBar.h"
 #include "editing/ProblemsPane.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXSimpleSplitView.h"

@@ -71,6 +71,8 @@ public: // the interpreter
     static int PythonMinorVersion;
     /// Why no interpreter is up; an empty domain when one is, or when none was found at all.
     const runebook::Error &startError() const { return m_startError; }
+    /// For a person whose scripts cannot run: why, what was searched, and what to do; empty when Python is up.
+    QString missingPythonText() const;
 
 public: // running
     /// Runs a script file; what it prints goes to the console.

@@ -117,6 +117,23 @@ bool VXScriptingHandler::isPythonRunning()
     return PythonMajorVersion >= 0;
 }
 
+QString VXScriptingHandler::missingPythonText() const
+{
+    if (isPythonRunning())
+        return {};
+    const auto minor = [](const char *version) { return QString::fromLatin1(version).section(u'.', 0, 1); };
+    const QString range =
+        tr("Scripts need Python %1 to %2.")
+            .arg(minor(PythonDiscovery::kOldestVersion), minor(PythonDiscovery::kNewestVersion));
+    const QString advice = tr("Install one, on Debian the package “libpython3.11”, or choose a library in the "
+                              "preferences; then start Runebook again.");
+    if (!m_startError.domain.isEmpty())
+        return QStringList {m_startError.text(), range + u' ' + advice}.join(u'\n');
+    const QString searched =
+        tr("Searched: %1").arg(m_places.libraryFolders().join(u", "_s));
+    return QStringList {tr("No suitable Python was found.") + u' ' + range + u' ' + advice, searched}.join(u'\n');
+}
+
 void VXScriptingHandler::startInterpreter(const QString &path)
 {
     const bool replacesStreams = !UserDefaults::standard().boolForKey(u"VXUseConsoleForScriptOutput"_s);

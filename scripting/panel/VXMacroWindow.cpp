@@ -1,6 +1,7 @@
 #include "scripting/panel/VXMacroWindow.h"
 
 #include "platform/MainMenu.h"
+#include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "scripting/RunIndicator.h"
 #include "scripting/panel/SnippetsPopup.h"
@@ -31,9 +32,11 @@ VXMacroWindow::VXMacroWindow(QWidget *parent)
     : QMainWindow(parent),
       m_ui(std::make_unique<Ui::VXMacroWindow_11>()),
       m_snippetsPopup(new SnippetsPopup),
+      m_messageBar(new runebook::MessageBar),
       m_runIndicator(new runebook::RunIndicator(runebook::RunIndicator::Stop::WithoutButton))
 {
     m_ui->setupUi(this);
+    m_ui->contentsLayout->insertWidget(0, m_messageBar);
     setAttribute(Qt::WA_QuitOnClose, false);
     setContextMenuPolicy(Qt::NoContextMenu); // no menu that would hide the toolbar
     // The prompt is the last line of the console.

@@ -10,6 +10,7 @@ class VXMacroWindow_11;
 }
 
 namespace runebook {
+class MessageBar;
 class RunIndicator;
 class SnippetsPopup;
 } // namespace runebook
@@ -27,6 +28,8 @@ public:
 public: // what is in it
     const Ui::VXMacroWindow_11 &parts() const { return *m_ui; }
     runebook::SnippetsPopup *snippetsPopup() const { return m_snippetsPopup; }
+    /// What the panel has to tell or to ask, above the code.
+    runebook::MessageBar *messageBar() const { return m_messageBar; }
     /// The editor or the console, whichever had the keys last; null when there is neither.
     QPlainTextEdit *activeTextView() const;
     /// Shows that a script runs.
@@ -65,5 +68,6 @@ private:
 
     std::unique_ptr<Ui::VXMacroWindow_11> m_ui;
     runebook::SnippetsPopup *m_snippetsPopup;
+    runebook::MessageBar *m_messageBar;
     runebook::RunIndicator *m_runIndicator;
 };

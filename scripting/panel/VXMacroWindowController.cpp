@@ -2,8 +2,11 @@
 
 #include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
+#include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "scripting/RunPump.h"
+#include "scripting/VXScriptingHandler.h"
+#include "scripting/bridge/ScriptApplication.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
@@ -25,6 +28,19 @@ constexpr auto kFirstCode = "macroCode"_L1;
 
 /// How long after the last edit the tabs are written, should the program never come to its proper end.
 constexpr auto kSaveDelay = 3s;
+
+/// The preferences are the program's, which is known here by the names of its operations alone.
+void showPythonPreferences()
+{
+    QObject *program = ScriptApplication::shared().delegate();
+    QObject *preferences = nullptr;
+    if (program)
+        QMetaObject::invokeMethod(program, "preferencesController", Q_RETURN_ARG(QObject *, preferences));
+    if (!preferences)
+        return;
+    QMetaObject::invokeMethod(preferences, "showPrefpaneWithIdentifier", Q_ARG(QString, u"python"_s));
+    QMetaObject::invokeMethod(preferences, "showWindow");
+}
 
 } // namespace
 
@@ -133,6 +149,8 @@ void VXMacroWindowController::setUpRuns()
             pump.addStopControl(button);
     }
     connect(&pump, &RunPump::runStarted, m_window.get(), [this] { m_window->setRunning(true); });
+    connect(m_window->parts().prompt, &PromptLine::aboutToRun, this,
+            &VXMacroWindowController::tellOfMissingPython);
     connect(&pump, &RunPump::pumped, m_window->parts().consoleText, &ConsoleView::showPending);
     connect(&pump, &RunPump::runEnded, m_window.get(), [this] { m_window->setRunning(false); });
 }
@@ -244,9 +262,18 @@ bool VXMacroWindowController::eventFilter(QObject *watched, QEvent *event)
 void VXMacroWindowController::run(void (VXMacroViewController::*command)())
 {
     saveMacroTabs();
+    tellOfMissingPython();
     m_lastRun = activeMacroController();
     if (m_lastRun)
         (m_lastRun->*command)();
+}
+
+/// A run without an interpreter does nothing; somebody has to say so.
+void VXMacroWindowController::tellOfMissingPython()
+{
+    const QString text = VXScriptingHandler::sharedHandler()->missingPythonText();
+    if (!text.isEmpty())
+        m_window->messageBar()->ask(text, {{tr("Python &Preferences…"), [] { showPythonPreferences(); }}});
 }
 
 void VXMacroWindowController::runMacro()

@@ -159,6 +159,7 @@ private:
     void setUpConsoleFont();
     void setUpEmphasis();
     void setUpRuns();
+    void tellOfMissingPython();
     void fontSizeChanged();
     void saveAll();
     void giveFocus();

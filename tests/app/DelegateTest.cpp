@@ -4,12 +4,13 @@
 #include "app/VXChangeLogWindowController.h"
 #include "app/update/PageView.h"
 #include "editing/GlyphTableView.h"
-#include "editing/MessageBar.h"
 #include "editing/VXWindowController.h"
 #include "platform/Appearance.h"
 #include "platform/DocumentController.h"
+#include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "platform/ValueTransformer.h"
+#include "scripting/RunPump.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
@@ -114,6 +115,7 @@ private Q_SLOTS:
     void passesOverDamagedSessions();
     void keepsEverythingWhenTheDesktopEnds();
     void followsTheAutosaveDelay();
+    void givesDocumentsOfScriptsWindows();
 
 private:
     VXAppDelegate &m_delegate;
@@ -555,6 +557,20 @@ void DelegateTest::followsTheAutosaveDelay()
     QCOMPARE(controller().autosavingDelay(), 20.0);
     UserDefaults::standard().setObjectForKey(-5, u"VXAutosaveDelay"_s);
     QCOMPARE(controller().autosavingDelay(), 0.0);
+}
+
+void DelegateTest::givesDocumentsOfScriptsWindows()
+{
+    const QTemporaryDir folder;
+    RunPump::shared().start();
+    m_delegate.openAtStart({});
+    VXScriptingHandler::sharedHandler()->runMacroString(
+        u"new = newDocument()\nnew.addInfo_(newInfo('x'))\nopenDocument(r'"_s + tinyFile(folder, u"tiny.xml"_s)
+        + u"')\nnewDocument().close()"_s);
+    RunPump::shared().end();
+    QCOMPARE(controller().documentList().size(), 3);
+    for (const Document *document : controller().documentList())
+        QTRY_VERIFY(document->windowController() && document->windowController()->isVisible());
 }
 
 RUNEBOOK_APP_TEST_MAIN(DelegateTest)

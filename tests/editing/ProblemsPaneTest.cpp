@@ -1,6 +1,6 @@
 #include "editing/ProblemsPane.h"
 #include "editing/GlyphTableView.h"
-#include "editing/MessageBar.h"
+#include "platform/MessageBar.h"
 #include "editing/VXFindReplaceWindowController.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"

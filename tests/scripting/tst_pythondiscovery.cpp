@@ -238,6 +238,11 @@ void PythonDiscoveryTest::choosesTheNewestOrTheUsers()
     VXScriptingHandler handler(tree.places());
     handler.findAllPythonFrameworks();
     QVERIFY(handler.currentPythonPath().isNull());
+    QDir(tree.path(u"usr/lib"_s)).mkpath(u"."_s);
+    const QString told = handler.missingPythonText();
+    QVERIFY2(told.contains(tree.path(u"usr/lib"_s)) && told.contains(u"3.9 to 3.11"_s)
+                 && told.contains(u"libpython3.11"_s),
+             qPrintable(told));
     tree.addFramework(u"Library/Frameworks"_s, u"3.9"_s, u"3.9"_s);
     tree.addFramework(u"Library/Frameworks"_s, u"3.10"_s, u"3.10"_s);
     handler.findAllPythonFrameworks();

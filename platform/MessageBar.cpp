@@ -1,13 +1,15 @@
-#include "editing/MessageBar.h"
+#include "platform/MessageBar.h"
 
 #include "platform/PlainText.h"
 
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
+#include <QPushButton>
 #include <QStyle>
 #include <QTimer>
 #include <QToolButton>
+#include <utility>
 
 namespace runebook {
 
@@ -20,7 +22,7 @@ constexpr int kShortTimeMs = 8000;
 } // namespace
 
 MessageBar::MessageBar(QWidget *parent)
-    : QFrame(parent), m_label(plainLabel({}, this)), m_timer(new QTimer(this))
+    : QFrame(parent), m_layout(new QHBoxLayout(this)), m_label(plainLabel({}, this)), m_timer(new QTimer(this))
 {
     setFrameShape(StyledPanel);
     setAutoFillBackground(true);
@@ -34,11 +36,10 @@ MessageBar::MessageBar(QWidget *parent)
     close->setAutoRaise(true);
     close->setAccessibleName(tr("Close the message"));
     connect(close, &QToolButton::clicked, this, &QWidget::hide);
-    auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(10, 4, 6, 4);
-    layout->addWidget(icon);
-    layout->addWidget(m_label, 1);
-    layout->addWidget(close);
+    m_layout->setContentsMargins(10, 4, 6, 4);
+    m_layout->addWidget(icon);
+    m_layout->addWidget(m_label, 1);
+    m_layout->addWidget(close);
     m_timer->setSingleShot(true);
     connect(m_timer, &QTimer::timeout, this, &QWidget::hide);
     hide();
@@ -46,12 +47,37 @@ MessageBar::MessageBar(QWidget *parent)
 
 void MessageBar::showMessage(const QString &text, Stay stay)
 {
+    removeButtons();
     m_label->setText(text);
     m_label->setAccessibleName(text);
     m_timer->stop();
     if (stay == Stay::ShortTime)
         m_timer->start(kShortTimeMs);
     show();
+}
+
+void MessageBar::ask(const QString &text, const QList<Answer> &answers)
+{
+    showMessage(text, Stay::UntilClosed);
+    for (const Answer &answer : answers) {
+        auto *button = new QPushButton(answer.text, this);
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, [this, act = answer.act] {
+            hide();
+            act();
+        });
+        m_layout->insertWidget(m_layout->count() - 1, button);
+        m_buttons << button;
+    }
+}
+
+void MessageBar::removeButtons()
+{
+    // One of them may be the one that was just clicked.
+    for (QPushButton *button : std::exchange(m_buttons, {})) {
+        button->hide();
+        button->deleteLater();
+    }
 }
 
 QString MessageBar::text() const

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QFrame>
+#include <functional>
+
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+class QTimer;
+
+namespace runebook {
+
+/// A line of text at the top of a window that says what the user should know, perhaps with buttons that do
+/// something about it, without standing in the way. It goes when it is closed or answered; passing remarks go by
+/// themselves.
+class MessageBar : public QFrame
+{
+    Q_OBJECT
+public:
+    enum class Stay { UntilClosed, ShortTime };
+
+    explicit MessageBar(QWidget *parent = nullptr);
+    void showMessage(const QString &text, Stay stay);
+    struct Answer {
+        QString text; ///< of the button
+        std::function<void()> act;
+    };
+    /// The same with a button for each of \a answers; the bar closes, then the answer acts.
+    void ask(const QString &text, const QList<Answer> &answers);
+    QString text() const;
+
+private:
+    void removeButtons();
+
+    QHBoxLayout *m_layout;
+    QList<QPushButton *> m_buttons; // owned as children
+    QLabel *m_label;
+    QTimer *m_timer;
+};
+
+} // namespace runebook
