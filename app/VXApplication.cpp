@@ -16,6 +16,8 @@ VXApplication::VXApplication(int &argc, char **argv) : QApplication(argc, argv)
 VXApplication::~VXApplication()
 {
     ScriptApplication::setObject(nullptr);
+    // With the windows that it shows, which need the application.
+    delete m_updater;
 }
 
 void VXApplication::awakeFromNib()

@@ -17,7 +17,7 @@ class VXPreferencesController : public QMainWindow
 {
     Q_OBJECT
 public:
-    explicit VXPreferencesController(QWidget *parent = nullptr);
+    Q_INVOKABLE explicit VXPreferencesController(QWidget *parent = nullptr);
     ~VXPreferencesController() override;
     /// Registers nothing so far: an unset choice reads as its plainest value.
     Q_INVOKABLE static void registerDefaults();

@@ -9,6 +9,7 @@
 #include "editing/CompareReport.h"
 #include "platform/FilePath.h"
 #include "scripting/HeadlessRun.h"
+#include "scripting/ScriptRun.h"
 
 #include <QFileInfo>
 #include <QIcon>
@@ -121,7 +122,9 @@ int showWindows(const CommandLine &line)
         delegate.reopen(session->windows, session->process);
     else
         delegate.openAtStart(files);
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    finishScripts();
+    return status;
 }
 
 } // namespace

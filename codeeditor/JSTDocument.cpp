@@ -74,7 +74,6 @@ void JSTDocument::setSourceText(JSTTextView *sourceText)
 
 void JSTDocument::setDelegate(QObject *delegate)
 {
-    Q_ASSERT(!delegate || qobject_cast<JSTTextViewDelegate *>(delegate));
     m_delegate = delegate;
 }
 

@@ -106,7 +106,6 @@ VXCodeTextStorage *JSTTextView::textStorage() const
 
 void JSTTextView::setDelegate(QObject *delegate)
 {
-    Q_ASSERT(!delegate || qobject_cast<JSTTextViewDelegate *>(delegate));
     m_delegate = delegate;
 }
 

@@ -326,11 +326,13 @@ void VXCompareDataWindow::finishContent()
         continueContent(1000ms);
 }
 
-QColor VXCompareDataWindow::colorForValuesOthersKey(const InfoList &values, const InfoList &others,
+QColor VXCompareDataWindow::colorForValuesOthersKey(const std::optional<InfoList> &values,
+                                                    const std::optional<InfoList> &others,
                                                     const QString &key) const
 {
     const std::optional<GlyphField> field = fieldForKey(key);
-    const bool differ = field && valuesDiffer(values, others, *field);
+    const bool differ =
+        field && valuesDiffer(values.value_or(InfoList()), others.value_or(InfoList()), *field);
     return differ ? m_sheet->differentColor() : m_sheet->normalColor();
 }
 

@@ -52,8 +52,10 @@ public: // comparing
     /// Shows the records of the selected keys and colours the captions. Those of very many keys are found in
     /// the background and appear later.
     Q_INVOKABLE void updateContent();
-    /// Red when the distinct values of a property differ, otherwise the normal colour of texts.
-    Q_INVOKABLE QColor colorForValuesOthersKey(const InfoList &values, const InfoList &others,
+    /// Red when the distinct values of a property differ, otherwise the normal colour of texts. A list that
+    /// is absent has no values.
+    Q_INVOKABLE QColor colorForValuesOthersKey(const std::optional<InfoList> &values,
+                                               const std::optional<InfoList> &others,
                                                const QString &key) const;
     /// Colours the captions. The one for code points always stays as it is.
     Q_INVOKABLE void markDifferentValuesOthers(const InfoList &values, const InfoList &others);

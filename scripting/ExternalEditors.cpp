@@ -1,21 +1,53 @@
 #include "scripting/ExternalEditors.h"
 
 #include "platform/DesktopApplication.h"
-#include "scripting/CommandRunner.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QStandardPaths>
+#include <QThreadPool>
 #include <QUrl>
-#include <thread>
+#include <csignal>
 
 namespace runebook::ExternalEditors {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// What a command of the desktop prints; nothing when it takes too long: nobody may wait for it for ever.
+QString answerOf(const QString &command, const QStringList &arguments)
+{
+    constexpr int kPatienceMs = 3'000;
+    QProcess process;
+    process.setProcessChannelMode(QProcess::SeparateChannels);
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(command, arguments, QProcess::ReadOnly);
+    if (process.waitForFinished(kPatienceMs))
+        return QString::fromUtf8(process.readAllStandardOutput());
+    process.kill();
+    process.waitForFinished(kPatienceMs);
+    return {};
+}
+
+/// Starts a command that goes on by itself, with signals as a shell would leave them.
+bool startApart(const Command &command)
+{
+    QProcess process;
+    process.setProgram(command.program);
+    process.setArguments(command.arguments);
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setChildProcessModifier([] {
+        sigset_t none;
+        ::sigemptyset(&none);
+        ::sigprocmask(SIG_SETMASK, &none, nullptr);
+        ::signal(SIGPIPE, SIG_DFL);
+    });
+    return process.startDetached();
+}
 
 /// How an editor is told the line.
 enum class LineOption {
@@ -188,9 +220,8 @@ Command forBundle(const QString &application, const QString &path, const QString
 QString defaultApplication()
 {
     for (const auto type : {"text/x-python"_L1, "text/plain"_L1}) {
-        const auto answer =
-            CommandRunner::callCommandArguments(u"xdg-mime"_s, {u"query"_s, u"default"_s, type});
-        const QString id = answer ? QString::fromUtf8(*answer).section(u';', 0, 0).trimmed() : QString();
+        const QString answer = answerOf(u"xdg-mime"_s, {u"query"_s, u"default"_s, type});
+        const QString id = answer.section(u';', 0, 0).trimmed();
         const QString file = DesktopApplication::desktopFile(id);
         if (!file.isEmpty())
             return file;
@@ -223,19 +254,19 @@ Command commandFor(const QString &application, const QString &path, const QStrin
 void open(const QString &path, const QString &line)
 {
     const QString absolutePath = QFileInfo(path).absoluteFilePath();
-    // The runner waits for the end of its command, and an editor may stay for hours: a window that waited
-    // with it would stand still. Nobody needs the output.
-    std::thread([absolutePath, line] {
+    // The desktop may take its time, and a window would stand still. The program ends after the pool's
+    // threads.
+    QThreadPool::globalInstance()->start([absolutePath, line] {
         const Command command = commandFor(defaultApplication(), absolutePath, line);
         if (!command.program.isEmpty()) {
-            CommandRunner::callCommandArguments(command.program, command.arguments);
+            startApart(command);
             return;
         }
         if (QCoreApplication *application = QCoreApplication::instance())
             QMetaObject::invokeMethod(application, [absolutePath] {
                 QDesktopServices::openUrl(QUrl::fromLocalFile(absolutePath));
             });
-    }).detach();
+    });
 }
 
 } // namespace runebook::ExternalEditors

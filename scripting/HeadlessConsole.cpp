@@ -38,11 +38,33 @@ void endOnBrokenPipe()
 HeadlessConsole::HeadlessConsole()
 {
     m_held.reserve(kMaxHeldBytes);
+    s_console = this;
+    // A process that a script forks has none of the threads of this one.
+    ::pthread_atfork([] { prepareFork(); }, [] { endFork(false); }, [] { endFork(true); });
     m_flusher = std::thread([this] { flushInTime(); });
+}
+
+HeadlessConsole *HeadlessConsole::s_console = nullptr;
+
+void HeadlessConsole::prepareFork()
+{
+    if (!s_console)
+        return;
+    s_console->m_mutex.lock();
+    s_console->flushLocked();
+}
+
+void HeadlessConsole::endFork(bool isChild)
+{
+    if (!s_console)
+        return;
+    s_console->m_holds = !isChild && s_console->m_holds;
+    s_console->m_mutex.unlock();
 }
 
 HeadlessConsole::~HeadlessConsole()
 {
+    s_console = nullptr;
     {
         const std::lock_guard lock(m_mutex);
         flushLocked();
@@ -57,7 +79,7 @@ void HeadlessConsole::setWrite(const QString &text)
     const std::lock_guard lock(m_mutex);
     const bool wasEmpty = m_held.isEmpty();
     m_held += text.toUtf8();
-    if (m_held.size() >= kMaxHeldBytes)
+    if (m_held.size() >= kMaxHeldBytes || !m_holds)
         flushLocked();
     else if (wasEmpty && !m_held.isEmpty())
         m_wake.notify_one();

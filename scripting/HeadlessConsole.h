@@ -30,7 +30,11 @@ private:
     void flushLocked();
     void writeAll(int descriptor, const QByteArray &bytes);
     void flushInTime();
+    static void prepareFork();
+    static void endFork(bool isChild);
 
+    static HeadlessConsole *s_console; ///< the one of the process
+    bool m_holds = true; ///< not in a forked process, where nobody writes out in time
     std::mutex m_mutex;
     std::condition_variable m_wake;
     QByteArray m_held;

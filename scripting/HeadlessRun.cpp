@@ -136,7 +136,8 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
         options.prepare();
     {
         const PythonLock lock;
-        py.PySys_AddAuditHook(flushBeforePrograms, &console);
+        if (py.PySys_AddAuditHook)
+            py.PySys_AddAuditHook(flushBeforePrograms, &console);
     }
     if (script.isEmpty())
         VXScriptingHandler::sharedHandler()->runMacroString(options.code);

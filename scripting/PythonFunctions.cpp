@@ -47,6 +47,7 @@ void resolvePythonFunctions(void *library)
     resolvePairs(library);
 #define RUNEBOOK_RESOLVE(result, name, arguments) look(library, #name, py.name);
     RUNEBOOK_PYTHON_BRIDGE_FUNCTIONS(RUNEBOOK_RESOLVE)
+    RUNEBOOK_PYTHON_OPTIONAL_FUNCTIONS(RUNEBOOK_RESOLVE)
 #undef RUNEBOOK_RESOLVE
 #define RUNEBOOK_RESOLVE(name) look(library, #name, py.name);
     RUNEBOOK_PYTHON_OBJECTS(RUNEBOOK_RESOLVE)

@@ -69,7 +69,6 @@ namespace runebook {
     FUNCTION(void, PyErr_SetObject, (PyObject *, PyObject *))                                                \
     FUNCTION(void, PyErr_SetString, (PyObject *, const char *))                                              \
     FUNCTION(void, PyErr_WriteUnraisable, (PyObject *))                                                      \
-    FUNCTION(int, PySys_AddAuditHook, (Py_AuditHookFunction, void *))                                        \
     FUNCTION(PyObject *, PyObject_CallObject, (PyObject *, PyObject *))                                      \
     FUNCTION(PyObject *, PyObject_CallFunctionObjArgs, (PyObject *, ...))                                    \
     FUNCTION(PyObject *, PyObject_GetAttrString, (PyObject *, const char *))                                 \
@@ -82,6 +81,8 @@ namespace runebook {
     FUNCTION(int, PyDict_SetItemString, (PyObject *, const char *, PyObject *))                              \
     FUNCTION(int, PyDict_DelItemString, (PyObject *, const char *))                                          \
     FUNCTION(PyObject *, PyDict_GetItemString, (PyObject *, const char *))                                   \
+    FUNCTION(PyObject *, PyDict_Copy, (PyObject *))                                                          \
+    FUNCTION(Py_ssize_t, PyDict_Size, (PyObject *))                                                          \
     FUNCTION(PyObject *, PyMethod_New, (PyObject *, PyObject *))                                             \
     FUNCTION(PyObject *, PyList_New, (Py_ssize_t))                                                           \
     FUNCTION(int, PyList_SetItem, (PyObject *, Py_ssize_t, PyObject *))                                      \
@@ -109,6 +110,10 @@ namespace runebook {
     FUNCTION(unsigned long, PyType_GetFlags, (PyTypeObject *))                                               \
     FUNCTION(int, PyType_IsSubtype, (PyTypeObject *, PyTypeObject *))
 
+/// What is used where it is there: older interpreters do without.
+#define RUNEBOOK_PYTHON_OPTIONAL_FUNCTIONS(FUNCTION)                                                         \
+    FUNCTION(int, PySys_AddAuditHook, (Py_AuditHookFunction, void *))
+
 /// Objects of the interpreter, used by address.
 #define RUNEBOOK_PYTHON_OBJECTS(OBJECT)                                                                      \
     OBJECT(_Py_NoneStruct)                                                                                   \
@@ -123,6 +128,7 @@ namespace runebook {
     EXCEPTION(PyExc_IndexError)                                                                              \
     EXCEPTION(PyExc_KeyboardInterrupt)                                                                       \
     EXCEPTION(PyExc_OverflowError)                                                                           \
+    EXCEPTION(PyExc_RecursionError)                                                                          \
     EXCEPTION(PyExc_ReferenceError)                                                                          \
     EXCEPTION(PyExc_RuntimeError)                                                                            \
     EXCEPTION(PyExc_SystemExit)                                                                              \
@@ -134,6 +140,7 @@ namespace runebook {
 struct PythonBridgeFunctions {
 #define RUNEBOOK_MEMBER(result, name, arguments) result(*name) arguments = nullptr;
     RUNEBOOK_PYTHON_BRIDGE_FUNCTIONS(RUNEBOOK_MEMBER)
+    RUNEBOOK_PYTHON_OPTIONAL_FUNCTIONS(RUNEBOOK_MEMBER)
 #undef RUNEBOOK_MEMBER
 #define RUNEBOOK_MEMBER(name) PyObject *name = nullptr;
     RUNEBOOK_PYTHON_OBJECTS(RUNEBOOK_MEMBER)

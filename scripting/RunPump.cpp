@@ -210,7 +210,7 @@ PyObject *RunPump::pumpFromSignal(PyObject *, PyObject *)
         pump.pump();
         return true;
     });
-    if (!wentWell)
+    if (!wentWell || ScriptRun::raiseKeptEnd())
         return nullptr;
     if (pump.m_isRunning && ScriptRun::isInterruptedForGood()) {
         // A script may have told the interpreter to ignore interrupts.

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+class QObject;
+
 namespace runebook {
 
 /// Where the text goes that scripts write. Called on the main thread, unless it takes text from any.
@@ -13,7 +15,8 @@ public:
     /// More of the text that setWrite was given last: a large one comes in pieces.
     virtual void continueWrite(const QString &text) { setWrite(text); }
     virtual void setWriteError(const QString &text) = 0;
-    virtual void clearConsole() { }
+    /// At once. \a sender: who asks for it.
+    virtual void clearConsole(QObject *sender) { Q_UNUSED(sender) }
     /// True when both may be called on any thread; otherwise other threads' texts wait for the event loop.
     virtual bool takesAnyThread() const { return false; }
 };

@@ -16,8 +16,9 @@ static bool runCode(const char *code, const char *label, int start)
 {
     PyObject *compiled = vxPy_CompileStringFlags(code, label, start, nullptr);
     if (compiled) {
-        PyObject *globals = vxPyModule_GetDict(vxPyImport_AddModule("__main__"));
-        PyObject *result = vxPyEval_EvalCode(compiled, globals, globals);
+        const MainNamespace globals;
+        PyObject *result =
+            globals.get() ? vxPyEval_EvalCode(compiled, globals.get(), globals.get()) : nullptr;
         vxPy_DecRef(compiled);
         if (result) {
             vxPy_DecRef(result);
@@ -40,7 +41,27 @@ bool vxRun_Line(const char *code, const char *label)
 
 namespace runebook {
 
+MainNamespace::MainNamespace()
+{
+    PyObject *module = vxPyImport_AddModule("__main__");
+    m_dictionary = module ? vxPyModule_GetDict(module) : nullptr;
+    if (m_dictionary)
+        py.Py_IncRef(m_dictionary);
+}
+
+MainNamespace::~MainNamespace()
+{
+    if (m_dictionary)
+        vxPy_DecRef(m_dictionary);
+}
+
 namespace {
+
+/// The error that ends the run, on its way from code that the program called to the script.
+struct KeptEnd {
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+};
+KeptEnd keptEnd;
 
 ScriptOutcome lastOutcome;
 std::atomic<int> runDepth = 0;
@@ -128,10 +149,15 @@ void flushStreams()
     vxPyErr_Fetch(&type, &value, &traceback);
     for (const char *name : {"stdout", "stderr"}) {
         PyObject *stream = vxPySys_GetObject(name);
-        PyObject *result =
-            stream && stream != py._Py_NoneStruct ? vxPyObject_CallMethod(stream, "flush", nullptr) : nullptr;
-        if (result)
-            vxPy_DecRef(result);
+        if (!stream || stream == py._Py_NoneStruct)
+            continue;
+        // A flush of a script's own may put another stream in its place.
+        py.Py_IncRef(stream);
+        PyObject *result = vxPyObject_CallMethod(stream, "flush", nullptr);
+        for (PyObject *object : {result, stream}) {
+            if (object)
+                vxPy_DecRef(object);
+        }
         vxPyErr_Clear();
     }
     py.PyErr_Restore(type, value, traceback);
@@ -153,9 +179,11 @@ int statusOfSystemExit()
             status = 1;
             PyObject *text = vxPyObject_Str(code);
             PyObject *stream = vxPySys_GetObject("stderr");
+            if (stream)
+                py.Py_IncRef(stream);
             PyObject *result = text && stream ? vxPyObject_CallMethod(stream, "write", "(O)", text) : nullptr;
             PyObject *end = result ? vxPyObject_CallMethod(stream, "write", "(s)", "\n") : nullptr;
-            for (PyObject *object : {text, result, end}) {
+            for (PyObject *object : {text, result, end, stream}) {
                 if (object)
                     vxPy_DecRef(object);
             }
@@ -204,6 +232,9 @@ ScriptRun::~ScriptRun()
 {
     if (--runDepth > 0)
         return;
+    // Called by the program without the script in between, as a delegate is while windows are painted.
+    if (raiseKeptEnd())
+        reportPendingError();
     if (runObserver)
         runObserver->scriptEnded();
     endInterruptForGood();
@@ -211,8 +242,9 @@ ScriptRun::~ScriptRun()
     dropLateInterrupt();
     flushStreams();
     // The history of a document that is gone went with it.
-    for (const QPointer<UndoManager> &manager : m_groups) {
-        if (manager)
+    for (const auto &[manager, level] : m_groups) {
+        // Also the groups that the script began and left open.
+        while (manager && manager->groupingLevel() > level)
             manager->endUndoGrouping();
     }
 }
@@ -221,11 +253,12 @@ void ScriptRun::openGroups()
 {
     for (Document *document : DocumentController::shared().documentList()) {
         UndoManager *manager = document->undoManager();
-        if (std::find(m_groups.begin(), m_groups.end(), manager) != m_groups.end())
+        const auto isThis = [manager](const auto &group) { return group.first == manager; };
+        if (std::any_of(m_groups.begin(), m_groups.end(), isThis))
             continue;
+        m_groups.emplace_back(manager, manager->groupingLevel());
         manager->beginUndoGrouping();
         manager->setActionName(m_undoName);
-        m_groups.emplace_back(manager);
     }
 }
 
@@ -258,6 +291,33 @@ void ScriptRun::interruptForGood()
 bool ScriptRun::isInterruptedForGood()
 {
     return raisesAtEveryLine;
+}
+
+bool ScriptRun::keepEnd()
+{
+    const bool endsScripts = runDepth > 0
+        && (py.PyErr_ExceptionMatches(*py.PyExc_SystemExit)
+            || py.PyErr_ExceptionMatches(*py.PyExc_KeyboardInterrupt));
+    if (!endsScripts)
+        return false;
+    KeptEnd end;
+    vxPyErr_Fetch(&end.type, &end.value, &end.traceback);
+    // The first one counts.
+    if (!keptEnd.type)
+        std::swap(keptEnd, end);
+    for (PyObject *object : {end.type, end.value, end.traceback}) {
+        if (object)
+            vxPy_DecRef(object);
+    }
+    return true;
+}
+
+bool ScriptRun::raiseKeptEnd()
+{
+    const KeptEnd end = std::exchange(keptEnd, {});
+    if (end.type)
+        py.PyErr_Restore(end.type, end.value, end.traceback);
+    return end.type != nullptr;
 }
 
 void ScriptRun::setObserver(RunObserver *observer)

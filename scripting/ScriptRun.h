@@ -49,6 +49,22 @@ private:
     int m_state;
 };
 
+/// The names of the module "__main__", held for one scope: a script may put another module in its place, or
+/// none.
+class MainNamespace
+{
+public:
+    MainNamespace();
+    ~MainNamespace();
+    Q_DISABLE_COPY_MOVE(MainNamespace)
+
+    /// Null, with an error of the interpreter set, when there is no such module.
+    PyObject *get() const { return m_dictionary; }
+
+private:
+    PyObject *m_dictionary = nullptr;
+};
+
 /// One run of a script, for one scope on the main thread: what was being typed is handed over first, changes
 /// of each document become one undo step, and the run can be interrupted. Runs inside a run belong to it.
 class ScriptRun : public QObject
@@ -68,6 +84,12 @@ public:
     static void interruptForGood();
     /// True from then on until the error that ended the script is reported.
     static bool isInterruptedForGood();
+    /// The pending error is one that ends scripts (an interrupt, sys.exit) and came up in code that the
+    /// program called: keeps it until the program comes back to the script. False, with the error as it was,
+    /// for other errors and when no script runs. Main thread, the lock held.
+    static bool keepEnd();
+    /// Raises the end that was kept; true when there was one.
+    static bool raiseKeptEnd();
     /// Not owned; null for none.
     static void setObserver(RunObserver *observer);
     /// How the run on this thread stands so far, or how the last one ended.
@@ -84,7 +106,8 @@ private:
 
     OperationScope::Pause m_pause; ///< an operation that runs scripts, like runMacroFile
     QString m_undoName;
-    std::vector<QPointer<UndoManager>> m_groups;
+    /// A history, and how many groups were open in it.
+    std::vector<std::pair<QPointer<UndoManager>, int>> m_groups;
 };
 
 /// What the macro panel runs before the user's code. The lock must be held.
@@ -96,7 +119,9 @@ void runPanelCode(const QString &code, const QString &name = {});
 /// the working directory.
 void runScriptFile(const QString &path);
 /// What the interpreter still has to do when the process is about to end: threads of scripts that are not
-/// daemons come to their end, functions registered with atexit run, streams are flushed.
+/// daemons come to their end, functions registered with atexit run, "__main__" and the modules of scripts are
+/// emptied so that what they held is closed, and files that are open all the same are written out. No script
+/// may run after it.
 void finishScripts();
 
 } // namespace runebook

@@ -37,11 +37,10 @@ QString tr(const char *text)
 }
 
 /// What escaped from the program's own objects while a script ran.
-void present(const std::exception &exception)
+void present(const char *reason)
 {
-    const QString reason = QString::fromLocal8Bit(exception.what());
-    ErrorPresenter::shared().present({u"VXTesselDomain"_s, 1, reason, {}, {}});
-    qWarning("Error while running Script: %s", exception.what());
+    ErrorPresenter::shared().present({u"VXTesselDomain"_s, 1, QString::fromLocal8Bit(reason), {}, {}});
+    qWarning("Error while running Script: %s", reason);
 }
 
 struct FileClose {
@@ -53,18 +52,27 @@ using FilePtr = std::unique_ptr<std::FILE, FileClose>;
 void addToSearchPath(const QByteArray &folder)
 {
     PyObject *path = vxPySys_GetObject("path");
+    if (path)
+        py.Py_IncRef(path); // comparing may run code that puts another list in its place
     PyObject *text = vxPyString_FromString(folder.constData());
     if (path && text && vxPySequence_Contains(path, text) == 0)
         vxPyList_Append(path, text);
-    if (text)
-        vxPy_DecRef(text);
+    for (PyObject *object : {text, path}) {
+        if (object)
+            vxPy_DecRef(object);
+    }
     vxPyErr_Clear();
 }
 
 /// Runs an open file in "__main__" with "__file__" set for the time.
 void runOpenFile(std::FILE *file, const QByteArray &path)
 {
-    PyObject *globals = vxPyModule_GetDict(vxPyImport_AddModule("__main__"));
+    const MainNamespace names;
+    PyObject *globals = names.get();
+    if (!globals) {
+        ScriptRun::reportPendingError();
+        return;
+    }
     PyObject *name = vxPyString_FromString(path.constData());
     if (name) {
         py.PyDict_SetItemString(globals, "__file__", name);
@@ -104,7 +112,9 @@ void runPanelCode(const QString &code, const QString &name)
             vxRun_SimpleString(code.toUtf8().constData(), "macro panel");
         }
     } catch (const std::exception &exception) {
-        present(exception);
+        present(exception.what());
+    } catch (...) {
+        present("an exception of the program");
     }
 }
 
@@ -124,23 +134,10 @@ void runScriptFile(const QString &path)
         vxRun_SimpleString(QByteArray("os.chdir(\"" + folder + "\")\n").constData(), "NULL");
         runOpenFile(file.get(), encodedPath);
     } catch (const std::exception &exception) {
-        present(exception);
+        present(exception.what());
+    } catch (...) {
+        present("an exception of the program");
     }
-}
-
-void finishScripts()
-{
-    if (!vxPyGILState_Ensure)
-        return;
-    {
-        const PythonLock lock;
-        vxRun_SimpleString("import threading as _t, atexit as _a\n"
-                           "_t._shutdown()\n"
-                           "_a._run_exitfuncs()\n"
-                           "del _t, _a\n",
-                           "<internal>");
-    }
-    deliverPendingOutput();
 }
 
 } // namespace runebook

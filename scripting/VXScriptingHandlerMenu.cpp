@@ -165,7 +165,7 @@ void VXScriptingHandler::reloadScriptMenu()
     auto *panel = dynamic_cast<ScriptConsole *>(globalMacroPanelController());
     if (!panel)
         return;
-    panel->clearConsole();
+    panel->clearConsole(this);
     QMenu *menu = scriptMenu();
     removeGeneratedItems(*menu);
     contents() = {};

@@ -289,6 +289,17 @@ void VXTabBarControl::addObserver(QObject *context, Observer observer)
     m_observers.emplace_back(context, std::move(observer));
 }
 
+static VXTabBarControl::Observer &sharedObserver()
+{
+    static VXTabBarControl::Observer observer;
+    return observer;
+}
+
+void VXTabBarControl::setSharedObserver(Observer observer)
+{
+    sharedObserver() = std::move(observer);
+}
+
 void VXTabBarControl::postNotification(const QString &name, QObject *item)
 {
     const auto guarded = [&name](const auto &call) {
@@ -307,4 +318,6 @@ void VXTabBarControl::postNotification(const QString &name, QObject *item)
             guarded([&observer = observer, &name, item] { observer(name, item); });
     }
     guarded([this, &name, item] { Q_EMIT notificationPosted(name, item); });
+    if (const Observer shared = sharedObserver())
+        guarded([&shared, &name, item] { shared(name, item); });
 }

@@ -176,6 +176,8 @@ public: // observers of the notifications
     using Observer = std::function<void(const QString &name, QObject *item)>;
     /// Calls \a observer for each notification as long as \a context lives. What it throws is logged.
     void addObserver(QObject *context, Observer observer);
+    /// The same for all bars, to the end of the process: a later one takes the place.
+    static void setSharedObserver(Observer observer);
 
 public: // dragging between bars
     /// What is dragged when \a item is. Only bars of this process can take it.

@@ -2,7 +2,9 @@
 
 #include "app/update/PageView.h"
 #include "app/update/SUUpdater.h"
+#include "platform/Error.h"
 #include "platform/PlainText.h"
+#include "platform/Unattended.h"
 
 #include <QDesktopServices>
 #include <QDialogButtonBox>
@@ -96,6 +98,11 @@ UpdatePresenter::~UpdatePresenter()
 
 void UpdatePresenter::showUpdate(const SUAppcastItem &item)
 {
+    if (isUnattended()) {
+        tell(UpdateWindow::tr("Version %1 is available").arg(item.displayVersionString.left(kLongestName)),
+             {});
+        return;
+    }
     auto *window = new UpdateWindow(item, m_updater.currentVersion());
     const QString version = item.versionString;
     connect(window, &UpdateWindow::skipRequested, this, [this, version] { m_updater.skipVersion(version); });
@@ -104,6 +111,10 @@ void UpdatePresenter::showUpdate(const SUAppcastItem &item)
 
 void UpdatePresenter::tell(const QString &text, const QString &more)
 {
+    if (isUnattended()) {
+        ErrorPresenter::shared().present({u"UpdateError"_s, 0, text, {}, more});
+        return;
+    }
     auto *box = new QMessageBox;
     box->setObjectName(u"updateMessage"_s);
     box->setWindowTitle(tr("Update"));

@@ -121,8 +121,21 @@ class NSNumber(int):
         return bool(self)
 
 
+def _refuse(name):
+    def refuse(self, *_, **__):
+        raise TypeError(
+            "this list is a copy that cannot be changed (%s): change list(...) of it "
+            "and assign the result" % name)
+    refuse.__name__ = name
+    return refuse
+
+
 class NSArray(list):
-    """A list that answers as an array object does; calling it gives the list."""
+    """A list that answers as an array object does; calling it gives the list.
+
+    It cannot be changed: what the program hands out is a copy, and changing
+    it would change nothing else.  Change list(...) of it and assign that.
+    """
 
     __slots__ = ()
     __hash__ = None
@@ -188,6 +201,13 @@ class NSArray(list):
         return NSMutableArray(self)
 
 
+_CHANGES = ("append", "extend", "insert", "remove", "pop", "clear", "sort", "reverse",
+            "__setitem__", "__delitem__", "__iadd__", "__imul__")
+for _name in _CHANGES:
+    setattr(NSArray, _name, _refuse(_name))
+NSArray.__reduce_ex__ = lambda self, protocol: (list, (list(self),))
+
+
 class NSMutableArray(NSArray):
     """An array that can be changed by selector."""
 
@@ -219,6 +239,10 @@ class NSMutableArray(NSArray):
     def replaceObjectAtIndex_withObject_(self, index, item):
         self[index] = item
 
+
+for _name in _CHANGES:
+    setattr(NSMutableArray, _name, getattr(list, _name))
+NSMutableArray.__reduce_ex__ = lambda self, protocol: (NSMutableArray, (list(self),))
 
 NSObject = _runebook.NSObject
 _runebook.setValueTypes(NSArray, NSString, NSNumber, error)

@@ -72,17 +72,19 @@ PyObject *classFromString(PyObject *, PyObject *name)
     QString text;
     if (!readText(name, text))
         return nullptr;
-    const BridgedClass *bridged = BridgedClass::forName(text.toUtf8());
-    if (!bridged)
-        return py.PyErr_Occurred() ? nullptr : none();
-    return PythonRef::shared(reinterpret_cast<PyObject *>(bridged->type())).release();
+    return guarded<PyObject *>(nullptr, [&text]() -> PyObject * {
+        const BridgedClass *bridged = BridgedClass::forName(text.toUtf8());
+        if (!bridged)
+            return py.PyErr_Occurred() ? nullptr : none();
+        return PythonRef::shared(reinterpret_cast<PyObject *>(bridged->type())).release();
+    });
 }
 
 /// The objects there is one of, by name.
 PyObject *sharedObject(PyObject *, PyObject *name)
 {
     QString text;
-    if (!readText(name, text))
+    if (!checkThread() || !readText(name, text))
         return nullptr;
     return guarded<PyObject *>(nullptr, [&text] {
         if (text == "application"_L1)
@@ -113,13 +115,15 @@ PyObject *observeNotifications(PyObject *, PyObject *function)
                      [function](const QString &name, QObject *object, const QVariantMap &userInfo) {
                          const int state = vxPyGILState_Ensure();
                          {
-                             const PythonRef arguments(py.PyTuple_New(3));
-                             py.PyTuple_SetItem(arguments.get(), 0, pythonText(name));
-                             py.PyTuple_SetItem(arguments.get(), 1, wrapObject(object));
-                             py.PyTuple_SetItem(arguments.get(), 2, variantToPython(userInfo));
-                             const PythonRef answer(py.PyObject_CallObject(function, arguments.get()));
+                             std::vector<PythonRef> items;
+                             items.emplace_back(pythonText(name));
+                             items.emplace_back(wrapObject(object));
+                             items.emplace_back(variantToPython(userInfo));
+                             const PythonRef arguments = tupleOf(std::move(items));
+                             const PythonRef answer(
+                                 arguments ? py.PyObject_CallObject(function, arguments.get()) : nullptr);
                              if (!answer)
-                                 printPendingError();
+                                 reportCallbackError();
                          }
                          vxPyGILState_Release(state);
                      });

@@ -43,6 +43,8 @@ PyObject *makeNew(PyTypeObject *type, bool isAllocated)
     if (!checkThread())
         return nullptr;
     const BridgedClass *bridged = BridgedClass::forType(type);
+    if (!bridged && py.PyErr_Occurred())
+        return nullptr;
     if (bridged && !bridged->canMakeInstances())
         return raise(
             *py.PyExc_TypeError,
@@ -55,8 +57,13 @@ PyObject *makeNew(PyTypeObject *type, bool isAllocated)
     });
 }
 
-PyObject *newObject(PyTypeObject *type, PyObject *, PyObject *)
+PyObject *newObject(PyTypeObject *type, PyObject *arguments, PyObject *keywords)
 {
+    // A class that a script derived may take what it wants.
+    const BridgedClass *bridged = BridgedClass::forType(type);
+    const bool isGivenAny = py.PyTuple_Size(arguments) > 0 || (keywords && py.PyDict_Size(keywords) > 0);
+    if (bridged && bridged->type() == type && isGivenAny)
+        return raise(*py.PyExc_TypeError, u"%1 takes no arguments"_s.arg(QString::fromUtf8(bridged->name())));
     return makeNew(type, false);
 }
 
@@ -99,8 +106,9 @@ void deallocate(PyObject *self)
 const void *identity(const BridgeObject &object)
 {
     // An object of a script stays what it is when the program gets something that stands for it.
-    if (object.bridgedClass && object.instance.object)
-        return object.instance.object.data();
+    // An object that is gone keeps its hash: scripts have it in their sets.
+    if (object.bridgedClass && object.listedAs)
+        return object.listedAs;
     return object.bridgedClass && object.instance.value ? object.instance.value.get()
                                                         : static_cast<const void *>(&object);
 }
@@ -109,7 +117,10 @@ PyObject *compare(PyObject *self, PyObject *other, int operation)
 {
     PyObject *answer = py._Py_NotImplementedStruct;
     if ((operation == python::kEqual || operation == python::kNotEqual) && isBridgeObject(other)) {
-        const bool same = identity(bridgeObject(self)) == identity(bridgeObject(other));
+        // Where one object has gone, another may stand at its address.
+        const bool same = self == other
+            || (identity(bridgeObject(self)) == identity(bridgeObject(other))
+                && bridgeObject(self).instance.isEmpty() == bridgeObject(other).instance.isEmpty());
         return py.PyBool_FromLong(same == (operation == python::kEqual));
     }
     py.Py_IncRef(answer);
@@ -123,7 +134,7 @@ Py_ssize_t hash(PyObject *self)
     return value == -1 ? -2 : value;
 }
 
-PyObject *represent(PyObject *self)
+PyObject *representChecked(PyObject *self)
 {
     const BridgeObject &object = bridgeObject(self);
     QString label;
@@ -142,6 +153,11 @@ PyObject *represent(PyObject *self)
     }
     return pythonText(label.isEmpty() ? u"<%1>"_s.arg(typeName(self))
                                       : u"<%1 %2>"_s.arg(typeName(self), label));
+}
+
+PyObject *represent(PyObject *self)
+{
+    return guarded<PyObject *>(nullptr, [self] { return representChecked(self); });
 }
 
 constexpr int kClassMethod = 0x0010;

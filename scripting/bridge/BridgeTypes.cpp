@@ -47,7 +47,8 @@ PythonRef numberOf(PyObject *object)
         const PythonRef answer(py.PyObject_CallObject(tag.get(), nullptr));
         return answer ? PythonRef(py.PyNumber_Index(answer.get())) : PythonRef();
     }
-    vxPyErr_Clear();
+    if (!clearMissingAttribute())
+        return {};
     return PythonRef(py.PyNumber_Index(object)); // for its complaint
 }
 
@@ -184,14 +185,19 @@ bool mapFromPython(QMetaType, PyObject *object, void *data)
         return true;
     if (!isKind(object, python::kDictSubclass))
         return needs(object, "a dict");
+    const Reading::Level level;
+    // A copy that nobody else knows: reading a value may run code that changes the map.
+    const PythonRef copy(level.isAllowed() ? py.PyDict_Copy(object) : nullptr);
     PyObject *key = nullptr, *value = nullptr;
     Py_ssize_t place = 0;
-    while (vxPyDict_Next(object, &place, &key, &value)) {
+    while (copy && vxPyDict_Next(copy.get(), &place, &key, &value)) {
         QString name;
-        if (!readText(key, name) || !variantFromPython(value, map[name]))
+        if (isNone(key))
+            return needs(key, "a text");
+        if (!Reading::countItem() || !readText(key, name) || !variantFromPython(value, map[name]))
             return false;
     }
-    return true;
+    return static_cast<bool>(copy);
 }
 
 PyObject *intItem(const int &number)
@@ -254,12 +260,15 @@ bool objectFromPython(QMetaType type, PyObject *object, void *data)
     auto &bridged = *reinterpret_cast<BridgeObject *>(object);
     if (!bridged.bridgedClass && wanted == &QObject::staticMetaObject) {
         target = ScriptDelegate::forObject(object);
+        Reading::noteObject(target);
         return true;
     }
     if (!bridged.bridgedClass || bridged.bridgedClass->isGadget()
         || (wanted && !bridged.bridgedClass->metaObject().inherits(wanted)))
         return needs(object, wanted ? wanted->className() : "an object of the program");
     target = static_cast<QObject *>(addressOf(bridged));
+    if (target)
+        Reading::noteObject(target);
     return target != nullptr;
 }
 
@@ -474,16 +483,99 @@ PyObject *asList(PyObject *list)
     return py.PyObject_CallFunctionObjArgs(valueTypes().list.get(), list, nullptr);
 }
 
+Reading *Reading::s_current = nullptr;
+int Reading::s_depth = 0;
+
+Reading::Reading() : m_outer(std::exchange(s_current, this)) { }
+
+Reading::~Reading()
+{
+    s_current = m_outer;
+}
+
+bool Reading::Level::isAllowed() const
+{
+    constexpr int kDeepest = 100;
+    if (s_depth <= kDeepest)
+        return true;
+    raise(*py.PyExc_RecursionError, u"lists lie in each other more than %1 deep"_s.arg(kDeepest));
+    return false;
+}
+
+bool Reading::countItem()
+{
+    constexpr qsizetype kMostItems = 4'000'000;
+    constexpr qsizetype kLookEvery = 1 << 12;
+    const qsizetype count = s_current ? ++s_current->m_items : 0;
+    if (count > kMostItems) {
+        raise(*py.PyExc_ValueError, u"more than %1 items cannot be handed over at once"_s.arg(kMostItems));
+        return false;
+    }
+    // What gives items without end can be stopped.
+    return count % kLookEvery != 0 || py.PyErr_CheckSignals() == 0;
+}
+
+void Reading::noteObject(QObject *object)
+{
+    if (s_current)
+        s_current->m_objects.emplace_back(object);
+}
+
+bool Reading::isAlive() const
+{
+    const auto isGone = [](const QPointer<QObject> &object) { return !object; };
+    if (std::none_of(m_objects.begin(), m_objects.end(), isGone))
+        return true;
+    raise(*py.PyExc_ReferenceError, u"an object went away while the arguments were read"_s);
+    return false;
+}
+
+PythonRef readable(PyObject *object)
+{
+    constexpr unsigned long kReadableKinds = python::kUnicodeSubclass | python::kLongSubclass
+        | python::kListSubclass | python::kTupleSubclass | python::kBytesSubclass | python::kDictSubclass;
+    if (isNone(object) || isKind(object, kReadableKinds) || isBridgeObject(object))
+        return PythonRef::shared(object);
+    const PythonRef next(
+        py.PyObject_GetAttrString(reinterpret_cast<PyObject *>(object->ob_type), "__next__"));
+    if (!next)
+        return clearMissingAttribute() ? PythonRef::shared(object) : PythonRef();
+    PythonRef list(py.PyList_New(0));
+    const auto append = [&list](PyObject *item) { return vxPyList_Append(list.get(), item) == 0; };
+    return list && forEach(object, append) ? std::move(list) : PythonRef();
+}
+
 bool forEach(PyObject *iterable, const std::function<bool(PyObject *)> &take)
 {
     const PythonRef iterator(py.PyObject_GetIter(iterable));
     if (!iterator)
         return false;
     while (const PythonRef item {py.PyIter_Next(iterator.get())}) {
-        if (!take(item.get()))
+        if (!Reading::countItem() || !take(item.get()))
             return false;
     }
     return !py.PyErr_Occurred();
+}
+
+/// A list of texts alone is what fields of the program hold; any other is a list of values.
+static bool listFromPython(PyObject *object, QVariant &value)
+{
+    const Reading::Level level;
+    const PythonRef items = level.isAllowed() ? readable(object) : PythonRef();
+    if (!items)
+        return false;
+    QStringList texts;
+    if (textListFromPython({}, items.get(), &texts) && !texts.isEmpty()) {
+        value = texts;
+        return true;
+    }
+    if (py.PyErr_Occurred() && !py.PyErr_ExceptionMatches(*py.PyExc_TypeError))
+        return false;
+    vxPyErr_Clear();
+    QVariantList values;
+    const bool isRead = variantListFromPython({}, items.get(), &values);
+    value = values;
+    return isRead;
 }
 
 PyObject *variantToPython(const QVariant &value)
@@ -516,13 +608,8 @@ bool variantFromPython(PyObject *object, QVariant &value)
         return convert(QMetaType::QVariantMap);
     if (py.PyType_IsSubtype(object->ob_type, reinterpret_cast<PyTypeObject *>(py.PyFloat_Type)))
         return convert(QMetaType::Double);
-    if (!isBridgeObject(object)) {
-        // A list of texts alone is what fields of the program hold.
-        if (convert(QMetaType::QStringList) && !value.toStringList().isEmpty())
-            return true;
-        vxPyErr_Clear();
-        return convert(QMetaType::QVariantList);
-    }
+    if (!isBridgeObject(object))
+        return listFromPython(object, value);
     const auto &bridged = *reinterpret_cast<BridgeObject *>(object);
     if (bridged.bridgedClass && !bridged.bridgedClass->isGadget())
         return convert(QMetaType::QObjectStar);

@@ -36,6 +36,46 @@ struct ValueTypes {
 };
 ValueTypes &valueTypes();
 
+/// The arguments of one call while they are read. Reading may run code of the script, which may close what
+/// was read before; and what a script hands over may be endless or contain itself.
+class Reading
+{
+public:
+    Reading();
+    ~Reading();
+    Q_DISABLE_COPY_MOVE(Reading)
+
+    /// False with an error set when an object that was read is gone.
+    bool isAlive() const;
+
+    /// Steps into a list or map for one scope.
+    class Level
+    {
+    public:
+        Level() { ++s_depth; }
+        ~Level() { --s_depth; }
+        Q_DISABLE_COPY_MOVE(Level)
+        /// False with an error set when lists lie in each other too deep.
+        bool isAllowed() const;
+    };
+
+    /// Counts an item; false with an error set when there are too many.
+    static bool countItem();
+    static void noteObject(QObject *object);
+
+private:
+    static Reading *s_current; // of the main thread
+    static int s_depth;
+
+    Reading *m_outer;
+    qsizetype m_items = 0;
+    std::vector<QPointer<QObject>> m_objects;
+};
+
+/// \a object as something that can be read more than once: what only an iterator gives becomes a list. Null
+/// with an error set when that fails.
+PythonRef readable(PyObject *object);
+
 PyObject *variantToPython(const QVariant &value);
 bool variantFromPython(PyObject *object, QVariant &value);
 /// Makes the list type of the Python side from a new list, which is taken over.
@@ -118,7 +158,13 @@ template <typename Record> void registerRecord()
                       const auto &list = *static_cast<const std::optional<List> *>(data);
                       return list ? recordsToPython(*list) : none();
                   },
-                  nullptr});
+                  [](QMetaType, PyObject *object, void *data) {
+                      auto &list = *static_cast<std::optional<List> *>(data);
+                      return isNone(object)
+                          || bridgeType(QMetaType::fromType<List>())
+                                 .fromPython(QMetaType::fromType<List>(), object, &list.emplace());
+                  },
+                  true});
 }
 
 } // namespace runebook::bridge

@@ -2,8 +2,10 @@
 
 #include "app/tabbar/PSMOverflowPopUpButton.h"
 #include "app/tabbar/PSMTabBarCell.h"
+#include "platform/NotificationCenter.h"
 #include "scripting/ScriptRun.h"
 #include "scripting/bridge/BridgeTypes.h"
+#include "scripting/bridge/FontMaps.h"
 
 namespace runebook {
 
@@ -126,7 +128,7 @@ bool postProcessingFromPython(QMetaType, PyObject *object, void *data)
         const PythonRef answer(
             argument ? py.PyObject_CallFunctionObjArgs(function.get(), argument.get(), nullptr) : nullptr);
         if (!answer)
-            printPendingError();
+            reportCallbackError();
     };
     return true;
 }
@@ -141,6 +143,7 @@ void registerCodeTypes()
     registerType(QMetaType(QMetaType::Char16), {nullptr, characterFromPython});
     registerType(QMetaType::fromType<JSTDocument::PostProcessing>(),
                  {nullptr, postProcessingFromPython, true});
+    registerFonts();
     registerRecord<TDTokenizer>();
     BridgedClass::registerClass(TDToken::staticMetaObject, [] {
         return Instance {std::make_shared<TDToken>(), nullptr};
@@ -187,6 +190,22 @@ NewObject CodeStorageOperations::initWithAttributedString(VXCodeTextStorage *, c
 NewObject RulerOperations::initWithScrollView(VXLineNumberView *, QAbstractScrollArea *view) const
 {
     return {new VXLineNumberView(view)};
+}
+
+NewObject RulerOperations::initWithCoder(VXLineNumberView *, const QVariantMap &archive) const
+{
+    auto ruler = std::make_unique<VXLineNumberView>(nullptr);
+    ruler->initWithCoder(withFontsAndColors({}, archive).toMap());
+    return {ruler.release()};
+}
+
+void TokenizerOperations::setKeywords(const std::shared_ptr<TDTokenizer> &tokenizer,
+                                      const QVariantHash &keywords) const
+{
+    QVariantHash table;
+    for (auto entry = keywords.cbegin(); entry != keywords.cend(); ++entry)
+        table.insert(entry.key(), withFontsAndColors(entry.key(), entry.value()));
+    tokenizer->setKeywords(table);
 }
 
 qint64 RulerOperations::lineNumberForLocation(VXLineNumberView *ruler, double location) const
@@ -270,14 +289,19 @@ void registerCodeOperations()
     static CodeDocumentOperations documents;
     static CodeStorageOperations storages;
     static RulerOperations rulers;
+    static TokenizerOperations tokenizers;
     static TabBarOperations bars;
     static HandlerOperations handlers;
     BridgedClass::registerExtension(JSTDocument::staticMetaObject, &documents);
     BridgedClass::registerExtension(VXCodeTextStorage::staticMetaObject, &storages);
     BridgedClass::registerExtension(VXLineNumberView::staticMetaObject, &rulers);
+    BridgedClass::registerExtension(TDTokenizer::staticMetaObject, &tokenizers);
     BridgedClass::registerExtension(VXTabBarControl::staticMetaObject, &bars);
     BridgedClass::registerExtension(VXScriptingHandler::staticMetaObject, &handlers);
     registerCodeTypes();
+    VXTabBarControl::setSharedObserver([](const QString &name, QObject *item) {
+        NotificationCenter::defaultCenter().postNotificationNameObject(name, item);
+    });
 }
 
 } // namespace runebook

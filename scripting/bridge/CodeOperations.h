@@ -54,6 +54,9 @@ public:
                                                                QAbstractScrollArea *view) const;
     /// NSNotFound when no line is there.
     Q_INVOKABLE qint64 lineNumberForLocation(VXLineNumberView *ruler, double location) const;
+    /// A ruler with the settings of an archive.
+    Q_INVOKABLE runebook::bridge::NewObject initWithCoder(VXLineNumberView *,
+                                                          const QVariantMap &archive) const;
     Q_INVOKABLE void setTextColor(VXLineNumberView *ruler, const QVariant &color) const;
     Q_INVOKABLE void setAlternateTextColor(VXLineNumberView *ruler, const QVariant &color) const;
     Q_INVOKABLE QVariant backgroundColor(VXLineNumberView *ruler) const;
@@ -61,6 +64,16 @@ public:
     /// Numbers of Qt::Alignment: 1 left, 2 right.
     Q_INVOKABLE int alignment(VXLineNumberView *ruler) const;
     Q_INVOKABLE void setAlignment(VXLineNumberView *ruler, int alignment) const;
+};
+
+/// The same for a tokenizer.
+class TokenizerOperations : public QObject
+{
+    Q_OBJECT
+public:
+    /// Colours are texts and fonts are maps in it, as in what keywords() answers.
+    Q_INVOKABLE void setKeywords(const std::shared_ptr<TDTokenizer> &tokenizer,
+                                 const QVariantHash &keywords) const;
 };
 
 /// The same for a tab bar.

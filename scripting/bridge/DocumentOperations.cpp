@@ -1,6 +1,10 @@
 #include "scripting/bridge/DocumentOperations.h"
 
 #include "scripting/bridge/BridgedClass.h"
+#include "scripting/bridge/FontMaps.h"
+
+#include <stdexcept>
+#include <string>
 
 namespace runebook {
 
@@ -8,24 +12,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QVariantMap described(const QFont &font)
+void checkIndex(qsizetype index, qsizetype end)
 {
-    return {{u"name"_s, font.family()},
-            {u"size"_s, font.pointSizeF()},
-            {u"bold"_s, font.bold()},
-            {u"italic"_s, font.italic()}};
-}
-
-QFont fontOf(const QVariantMap &description)
-{
-    QFont font;
-    if (description.contains(u"name"_s))
-        font.setFamily(description[u"name"_s].toString());
-    if (const double size = description[u"size"_s].toDouble(); size > 0)
-        font.setPointSizeF(size);
-    font.setBold(description[u"bold"_s].toBool());
-    font.setItalic(description[u"italic"_s].toBool());
-    return font;
+    if (index < 0 || index >= end)
+        throw std::out_of_range("no place " + std::to_string(index) + " among " + std::to_string(end));
 }
 
 /// The text cut where its format changes; of formats that lie over each other the last one counts.
@@ -41,7 +31,7 @@ QVariantList pieces(const FormattedText &text)
         const auto place = static_cast<qsizetype>(start);
         QVariantMap piece {{u"string"_s, text.text.sliced(place, static_cast<qsizetype>(end) - place)}};
         if (formats[start])
-            piece[u"font"_s] = described(formats[start]->font());
+            piece[u"font"_s] = bridge::mapOfFont(formats[start]->font());
         list << piece;
     }
     return list;
@@ -83,6 +73,49 @@ InfoPtr RecordOperations::copyWithZone(VXGlyphInfo *record, const QVariant &) co
     return record->copy();
 }
 
+InfoPtr DocumentOperations::objectInInfosAtIndex(VXDocument *document, qsizetype index) const
+{
+    checkIndex(index, document->countOfInfos());
+    return document->objectInInfosAtIndex(index);
+}
+
+void DocumentOperations::insertObjectInInfosAtIndex(VXDocument *document, const InfoPtr &info,
+                                                    qsizetype index) const
+{
+    checkIndex(index, document->countOfInfos() + 1);
+    document->insertObjectInInfosAtIndex(info, index);
+}
+
+void DocumentOperations::insertObjectsInInfosAtIndexes(VXDocument *document, const InfoList &infos,
+                                                       const IndexSet &indexes) const
+{
+    if (infos.size() != indexes.size())
+        throw std::out_of_range("there must be as many indexes as records");
+    for (std::size_t place = 0; place < indexes.size(); ++place)
+        checkIndex(indexes[place], document->countOfInfos() + static_cast<qsizetype>(place) + 1);
+    document->insertObjectsInInfosAtIndexes(infos, indexes);
+}
+
+void DocumentOperations::removeObjectFromInfosAtIndex(VXDocument *document, qsizetype index) const
+{
+    checkIndex(index, document->countOfInfos());
+    document->removeObjectFromInfosAtIndex(index);
+}
+
+void DocumentOperations::removeObjectsFromInfosAtIndexes(VXDocument *document, const IndexSet &indexes) const
+{
+    if (!indexes.empty())
+        checkIndex(indexes.back(), document->countOfInfos());
+    document->removeObjectsFromInfosAtIndexes(indexes);
+}
+
+void DocumentOperations::replaceObjectInInfosAtIndexWithObject(VXDocument *document, qsizetype index,
+                                                               const InfoPtr &info) const
+{
+    checkIndex(index, document->countOfInfos());
+    document->replaceObjectInInfosAtIndexWithObject(index, info);
+}
+
 QVariantList DocumentOperations::formatStringFromInfo(VXDocument *document, const InfoPtr &info) const
 {
     return pieces(document->formatStringFromInfo(info));
@@ -91,13 +124,13 @@ QVariantList DocumentOperations::formatStringFromInfo(VXDocument *document, cons
 QVariantList DocumentOperations::formatInfoStringFont(VXDocument *, const QString &text,
                                                       const QVariantMap &font) const
 {
-    return pieces(VXDocument::formatInfoStringFont(text, fontOf(font)));
+    return pieces(VXDocument::formatInfoStringFont(text, bridge::fontOfMap(font)));
 }
 
 QVariant DocumentOperations::fontForScriptSize(VXDocument *, const QString &script, double size) const
 {
     const std::optional<QFont> font = VXDocument::fontForScriptSize(script, size);
-    return font ? described(*font) : QVariant();
+    return font ? bridge::mapOfFont(*font) : QVariant();
 }
 
 void registerDocumentOperations()

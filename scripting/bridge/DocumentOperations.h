@@ -24,7 +24,19 @@ public:
 class DocumentOperations : public QObject
 {
     Q_OBJECT
-public:
+public: // the list; an index that is out of range raises IndexError
+    Q_INVOKABLE InfoPtr objectInInfosAtIndex(VXDocument *document, qsizetype index) const;
+    Q_INVOKABLE void insertObjectInInfosAtIndex(VXDocument *document, const InfoPtr &info,
+                                                qsizetype index) const;
+    Q_INVOKABLE void insertObjectsInInfosAtIndexes(VXDocument *document, const InfoList &infos,
+                                                   const runebook::IndexSet &indexes) const;
+    Q_INVOKABLE void removeObjectFromInfosAtIndex(VXDocument *document, qsizetype index) const;
+    Q_INVOKABLE void removeObjectsFromInfosAtIndexes(VXDocument *document,
+                                                     const runebook::IndexSet &indexes) const;
+    Q_INVOKABLE void replaceObjectInInfosAtIndexWithObject(VXDocument *document, qsizetype index,
+                                                           const InfoPtr &info) const;
+
+public: // previews
     Q_INVOKABLE QVariantList formatStringFromInfo(VXDocument *document, const InfoPtr &info) const;
     Q_INVOKABLE QVariantList formatInfoStringFont(VXDocument *, const QString &text,
                                                   const QVariantMap &font) const;

@@ -4,6 +4,9 @@
 #include "scripting/bridge/BridgedClass.h"
 
 #include <QMetaMethod>
+#include <QPointer>
+#include <QScopeGuard>
+#include <QSet>
 #include <stdexcept>
 
 namespace runebook {
@@ -14,7 +17,16 @@ constexpr char kDelegate[] = "delegate";
 
 QList<QAction *> itemsOf(QMenu *menu)
 {
-    Q_EMIT menu->aboutToShow();
+    // Whoever fills the menu may ask it what it has already.
+    static QSet<const QMenu *> filling;
+    if (!filling.contains(menu)) {
+        filling.insert(menu);
+        const QPointer<QMenu> living(menu);
+        const auto done = qScopeGuard([menu] { filling.remove(menu); });
+        Q_EMIT menu->aboutToShow();
+        if (!living)
+            throw std::runtime_error("the menu went away while it was filled");
+    }
     return menu->actions();
 }
 

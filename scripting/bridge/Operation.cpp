@@ -2,7 +2,9 @@
 
 #include "document/VXDocument.h"
 #include "platform/DocumentController.h"
+#include "platform/Unattended.h"
 #include "scripting/OperationScope.h"
+#include "scripting/ScriptRun.h"
 
 #include <QMetaProperty>
 
@@ -123,17 +125,30 @@ PyObject *Call::answer(bool withError)
     }
     if (withError)
         parts.emplace_back(failed ? errorObject() : none());
-    if (std::any_of(parts.begin(), parts.end(), [](const PythonRef &part) { return !part; }))
-        return nullptr;
     if (parts.empty())
         return none();
     if (parts.size() == 1)
         return parts.front().release();
-    PythonRef tuple(py.PyTuple_New(static_cast<Py_ssize_t>(parts.size())));
-    for (std::size_t i = 0; tuple && i < parts.size(); ++i)
-        py.PyTuple_SetItem(tuple.get(), static_cast<Py_ssize_t>(i), parts[i].release());
-    return tuple.release();
+    return tupleOf(std::move(parts)).release();
 }
+
+void *prototypeAddress(const BridgedClass &owner)
+{
+    const Instance &prototype = owner.prototype();
+    if (prototype.isEmpty())
+        raise(*py.PyExc_TypeError,
+              u"%1 has no operations of the class itself"_s.arg(QString::fromUtf8(owner.name())));
+    return owner.isGadget() ? prototype.value.get() : static_cast<void *>(prototype.object.data());
+}
+
+/// What an operation is called on: an object, or the class.
+struct Target {
+    BridgeObject *object; ///< null for the class
+    const BridgedClass *bridgedClass;
+
+    /// Null with an error set when there is nothing to call it on.
+    void *address() const { return object ? addressOf(*object) : prototypeAddress(*bridgedClass); }
+};
 
 /// Windows follow their documents in the next turn of the event loop; a script that asks one does not wait.
 void bringUpToDate(const BridgedClass &owner)
@@ -146,19 +161,38 @@ void bringUpToDate(const BridgedClass &owner)
     }
 }
 
-PyObject *invoke(const Operation &operation, const Method &method, void *address, const Arguments &arguments)
+/// In a run without windows nobody would end what waits for an answer: one line tells that it was left out.
+bool isLeftOut(const Operation &operation, const Method &method)
 {
-    return guarded<PyObject *>(nullptr, [&]() -> PyObject * {
-        Call call(method);
-        if (!call.take(arguments))
-            return nullptr;
-        {
-            const OperationScope scope;
-            bringUpToDate(*operation.group->owner);
-            call.perform(*operation.group->owner, address);
-        }
-        return call.answer(operation.selector->takesError);
-    });
+    if (!isUnattended() || method.extension || (method.name != "exec" && method.name != "aboutQt"))
+        return false;
+    ErrorPresenter::shared().present(
+        {u"VXTesselDomain"_s,
+         2,
+         QCoreApplication::translate("ScriptRun", "%1 of %2 would wait for an answer: nothing was done.")
+             .arg(QString::fromUtf8(method.name), QString::fromUtf8(operation.group->owner->name())),
+         {},
+         {}});
+    return true;
+}
+
+PyObject *invoke(const Operation &operation, const Method &method, const Target &target,
+                 const Arguments &arguments)
+{
+    Call call(method);
+    const Reading reading;
+    if (!call.take(arguments) || !reading.isAlive())
+        return nullptr;
+    // Only now: the arguments may have ended the object.
+    void *address = target.address();
+    if (!address)
+        return nullptr;
+    if (!isLeftOut(operation, method)) {
+        const OperationScope scope;
+        bringUpToDate(*operation.group->owner);
+        call.perform(*operation.group->owner, address);
+    }
+    return ScriptRun::raiseKeptEnd() ? nullptr : call.answer(operation.selector->takesError);
 }
 
 PyObject *raiseCount(const Operation &operation, Py_ssize_t given)
@@ -173,8 +207,28 @@ PyObject *raiseCount(const Operation &operation, Py_ssize_t given)
                      .arg(given));
 }
 
+/// The arguments with those that can be read only once read: several functions may try them. Most calls have
+/// none.
+PythonRef withReadableItems(PyObject *tuple)
+{
+    const Py_ssize_t size = py.PyTuple_Size(tuple);
+    std::vector<PythonRef> items;
+    for (Py_ssize_t place = 1; place < size; ++place) {
+        PyObject *item = py.PyTuple_GetItem(tuple, place);
+        PythonRef read = readable(item);
+        if (!read)
+            return {};
+        if (items.empty() && read.get() == item)
+            continue;
+        for (auto before = static_cast<Py_ssize_t>(items.size()); before < place; ++before)
+            items.push_back(PythonRef::shared(py.PyTuple_GetItem(tuple, before)));
+        items.push_back(std::move(read));
+    }
+    return items.empty() ? PythonRef::shared(tuple) : tupleOf(std::move(items));
+}
+
 /// Calls the first function that the arguments fit; with one function its own error tells what does not fit.
-PyObject *dispatch(const Operation &operation, void *address, Arguments arguments)
+PyObject *dispatch(const Operation &operation, const Target &target, Arguments arguments)
 {
     const Py_ssize_t given = arguments.count;
     if (operation.selector->takesError)
@@ -184,6 +238,11 @@ PyObject *dispatch(const Operation &operation, void *address, Arguments argument
     if (operation.selector->takesSender && arguments.count == 1
         && std::none_of(methods.begin(), methods.end(), takesOne))
         arguments.count = 0;
+    const Reading reading;
+    const PythonRef tuple = withReadableItems(arguments.tuple);
+    if (!tuple)
+        return nullptr;
+    arguments.tuple = tuple.get();
     bool isTried = false;
     for (const Method &method : methods) {
         if (method.inputs() != arguments.count || (operation.selector->takesError && !method.canFail))
@@ -192,20 +251,11 @@ PyObject *dispatch(const Operation &operation, void *address, Arguments argument
         if (isTried && py.PyErr_ExceptionMatches(*py.PyExc_TypeError))
             vxPyErr_Clear();
         isTried = true;
-        PyObject *answer = invoke(operation, method, address, arguments);
+        PyObject *answer = invoke(operation, method, target, arguments);
         if (answer || !py.PyErr_ExceptionMatches(*py.PyExc_TypeError))
             return answer;
     }
     return isTried ? nullptr : raiseCount(operation, given);
-}
-
-void *prototypeAddress(const BridgedClass &owner)
-{
-    const Instance &prototype = owner.prototype();
-    if (prototype.isEmpty())
-        raise(*py.PyExc_TypeError,
-              u"%1 has no operations of the class itself"_s.arg(QString::fromUtf8(owner.name())));
-    return owner.isGadget() ? prototype.value.get() : static_cast<void *>(prototype.object.data());
 }
 
 /// Called on the class: an operation of the class, or one of an object that is given first.
@@ -218,17 +268,21 @@ PyObject *callOnClass(const Operation &operation, PyObject *tuple, Py_ssize_t si
         const auto fits = [size](const Method &method) { return method.inputs() == size - 1; };
         const std::vector<Method> &methods = operation.group->methods;
         if (isObject && std::none_of(methods.begin(), methods.end(), fits)) {
-            void *address = addressOf(*reinterpret_cast<BridgeObject *>(first));
-            return address ? dispatch(operation, address, {tuple, 2, size - 2}) : nullptr;
+            return dispatch(operation, {reinterpret_cast<BridgeObject *>(first), &owner},
+                            {tuple, 2, size - 2});
         }
     }
-    void *address = prototypeAddress(owner);
-    return address ? dispatch(operation, address, {tuple, 1, size - 1}) : nullptr;
+    // The class that was named may have more to offer than the one that declares the operation.
+    auto *type = reinterpret_cast<PyTypeObject *>(py.PyTuple_GetItem(tuple, 0));
+    if (!py.PyType_IsSubtype(type, owner.type()))
+        return raise(*py.PyExc_TypeError,
+                     u"%1 is no operation of that class"_s.arg(QString::fromUtf8(operation.selector->name)));
+    const BridgedClass *named = BridgedClass::forType(type);
+    return dispatch(operation, {nullptr, named ? named : &owner}, {tuple, 1, size - 1});
 }
 
-PyObject *callOperation(PyObject *self, PyObject *tuple, PyObject *)
+PyObject *callChecked(const Operation &operation, PyObject *tuple)
 {
-    const auto &operation = *reinterpret_cast<Operation *>(self);
     const Py_ssize_t size = py.PyTuple_Size(tuple);
     if (!checkThread())
         return nullptr;
@@ -244,9 +298,19 @@ PyObject *callOperation(PyObject *self, PyObject *tuple, PyObject *)
             *py.PyExc_TypeError,
             u"%1 is no operation of %2"_s.arg(QString::fromUtf8(operation.selector->name), typeName(target)));
     auto &object = *reinterpret_cast<BridgeObject *>(target);
-    // alloc().initWith...: an operation of the class that makes the object.
-    void *address = object.isAllocated ? prototypeAddress(*operation.group->owner) : addressOf(object);
-    return address ? dispatch(operation, address, {tuple, 1, size - 1}) : nullptr;
+    // alloc().initWith...: an operation of the class that makes the object. Nothing else can be asked of it.
+    const bool makesObject = object.isAllocated && operation.selector->name.startsWith("init");
+    return dispatch(operation, {makesObject ? nullptr : &object, operation.group->owner},
+                    {tuple, 1, size - 1});
+}
+
+PyObject *callOperation(PyObject *self, PyObject *tuple, PyObject *keywords)
+{
+    const auto &operation = *reinterpret_cast<Operation *>(self);
+    if (keywords && py.PyDict_Size(keywords) > 0)
+        return raise(*py.PyExc_TypeError,
+                     u"%1 takes no keyword arguments"_s.arg(QString::fromUtf8(operation.selector->name)));
+    return guarded<PyObject *>(nullptr, [&] { return callChecked(operation, tuple); });
 }
 
 PyObject *bind(PyObject *self, PyObject *object, PyObject *type)

@@ -38,7 +38,7 @@ PyObject *get(PyObject *self, PyObject *object, PyObject *)
 {
     if (!object || isNone(object))
         return PythonRef::shared(self).release();
-    const PythonRef found(part(self, object));
+    const PythonRef found(guarded<PyObject *>(nullptr, [&] { return part(self, object); }));
     return found ? py.PyMethod_New(self, object) : nullptr;
 }
 
@@ -46,7 +46,7 @@ PyObject *call(PyObject *self, PyObject *tuple, PyObject *)
 {
     if (py.PyTuple_Size(tuple) != 1)
         return raise(*py.PyExc_TypeError, u"a part of a window takes no arguments"_s);
-    return part(self, py.PyTuple_GetItem(tuple, 0));
+    return guarded<PyObject *>(nullptr, [&] { return part(self, py.PyTuple_GetItem(tuple, 0)); });
 }
 
 void deallocate(PyObject *self)

@@ -1,6 +1,7 @@
 #include "scripting/bridge/Operation.h"
 
 #include "scripting/OperationScope.h"
+#include "scripting/ScriptRun.h"
 
 #include <QMetaProperty>
 
@@ -53,10 +54,10 @@ PyObject *read(const PropertyAttribute &property, PyObject *object)
     void *address = addressFor(property, object);
     if (!address)
         return nullptr;
-    return guarded<PyObject *>(nullptr, [&] {
+    return guarded<PyObject *>(nullptr, [&]() -> PyObject * {
         Storage value(property.type);
         perform(property, QMetaObject::ReadProperty, address, value);
-        return property.bridge->toPython(property.type, value.data());
+        return ScriptRun::raiseKeptEnd() ? nullptr : property.bridge->toPython(property.type, value.data());
     });
 }
 
@@ -91,21 +92,27 @@ int set(PyObject *self, PyObject *object, PyObject *value)
                                                     value ? u"set"_s : u"deleted"_s));
         return -1;
     }
-    void *address = addressFor(property, object);
-    if (!address)
+    if (!addressFor(property, object))
         return -1;
     return guarded<int>(-1, [&] {
         Storage storage(property.type);
-        if (!property.bridge->fromPython(property.type, value, storage.data()))
+        const Reading reading;
+        const PythonRef readableValue = readable(value);
+        if (!readableValue || !property.bridge->fromPython(property.type, readableValue.get(), storage.data())
+            || !reading.isAlive())
+            return -1;
+        // Again: reading the value may have ended the object.
+        void *address = addressFor(property, object);
+        if (!address)
             return -1;
         perform(property, QMetaObject::WriteProperty, address, storage);
-        return 0;
+        return ScriptRun::raiseKeptEnd() ? -1 : 0;
     });
 }
 
-PyObject *call(PyObject *self, PyObject *tuple, PyObject *)
+PyObject *call(PyObject *self, PyObject *tuple, PyObject *keywords)
 {
-    if (py.PyTuple_Size(tuple) != 1)
+    if (py.PyTuple_Size(tuple) != 1 || (keywords && py.PyDict_Size(keywords) > 0))
         return raise(*py.PyExc_TypeError,
                      u"%1 takes no arguments"_s.arg(QString::fromLatin1(attribute(self).name)));
     return read(attribute(self), py.PyTuple_GetItem(tuple, 0));
@@ -120,9 +127,9 @@ PyObject *bindSetter(PyObject *self, PyObject *object, PyObject *)
     return py.PyMethod_New(self, object);
 }
 
-PyObject *callSetter(PyObject *self, PyObject *tuple, PyObject *)
+PyObject *callSetter(PyObject *self, PyObject *tuple, PyObject *keywords)
 {
-    if (py.PyTuple_Size(tuple) != 2)
+    if (py.PyTuple_Size(tuple) != 2 || (keywords && py.PyDict_Size(keywords) > 0))
         return raise(*py.PyExc_TypeError,
                      u"the setter of %1 takes one argument"_s.arg(QString::fromLatin1(attribute(self).name)));
     if (set(self, py.PyTuple_GetItem(tuple, 0), py.PyTuple_GetItem(tuple, 1)) != 0)

@@ -1,6 +1,7 @@
 #include "scripting/bridge/PythonValue.h"
 
 #include "scripting/MainThread.h"
+#include "scripting/ScriptRun.h"
 
 #include <stdexcept>
 
@@ -78,16 +79,38 @@ void raiseCurrentException()
         py.PyErr_SetString(*py.PyExc_IndexError, exception.what());
     } catch (const std::exception &exception) {
         py.PyErr_SetString(*py.PyExc_RuntimeError, exception.what());
+    } catch (...) {
+        py.PyErr_SetString(*py.PyExc_RuntimeError, "an exception of the program");
     }
 }
 
-void printPendingError()
+void reportCallbackError()
 {
+    if (!py.PyErr_Occurred() || ScriptRun::keepEnd())
+        return;
     // Printing SystemExit would end the program.
     if (py.PyErr_ExceptionMatches(*py.PyExc_SystemExit))
         vxPyErr_Clear();
     else
         vxPyErr_PrintEx(0);
+}
+
+bool clearMissingAttribute()
+{
+    if (py.PyErr_Occurred() && py.PyErr_ExceptionMatches(*py.PyExc_AttributeError))
+        vxPyErr_Clear();
+    return !py.PyErr_Occurred();
+}
+
+PythonRef tupleOf(std::vector<PythonRef> items)
+{
+    PythonRef tuple(py.PyTuple_New(static_cast<Py_ssize_t>(items.size())));
+    for (std::size_t i = 0; tuple && i < items.size(); ++i) {
+        if (!items[i])
+            return {};
+        py.PyTuple_SetItem(tuple.get(), static_cast<Py_ssize_t>(i), items[i].release());
+    }
+    return tuple;
 }
 
 bool checkThread()

@@ -3,7 +3,9 @@
 #include "scripting/PythonFunctions.h"
 
 #include <QString>
+#include <cxxabi.h>
 #include <utility>
+#include <vector>
 
 namespace runebook::bridge {
 
@@ -73,15 +75,23 @@ template <typename Result, typename Function> Result guarded(Result failed, Func
 {
     try {
         return function();
+    } catch (abi::__forced_unwind &) {
+        throw; // the end of a thread, which must come through
     } catch (...) {
         raiseCurrentException();
         return failed;
     }
 }
 
-/// Prints the pending error as an uncaught one, where nobody is there to take it. A script that ends itself
-/// ends nothing but the call.
-void printPendingError();
+/// For an error in code of a script that the program called, an observer or a delegate, where nobody is there
+/// to take it: printed as an uncaught one. What ends a script waits for the operation to come back to the
+/// script.
+void reportCallbackError();
+/// Clears the pending error when it only tells that an attribute is missing; true when none is left.
+bool clearMissingAttribute();
+
+/// A tuple of \a items; null when one of them is.
+PythonRef tupleOf(std::vector<PythonRef> items);
 
 /// False with RuntimeError set on any thread but the main one: nothing of the program may be touched there.
 bool checkThread();

@@ -42,17 +42,16 @@ PythonRef ScriptDelegate::call(const char *selector, const Arguments &...argumen
     const PythonRef object = PythonRef::shared(m_object);
     const PythonRef method(object ? py.PyObject_GetAttrString(object.get(), selector) : nullptr);
     if (!method) {
-        vxPyErr_Clear();
+        if (!clearMissingAttribute())
+            reportCallbackError();
         return {};
     }
-    const PythonRef tuple(py.PyTuple_New(sizeof...(arguments)));
-    Py_ssize_t place = 0;
-    const bool isFilled = tuple
-        && (... && (py.PyTuple_SetItem(tuple.get(), place++, toPython(arguments)) == 0))
-        && !py.PyErr_Occurred();
-    PythonRef answer(isFilled ? py.PyObject_CallObject(method.get(), tuple.get()) : nullptr);
+    std::vector<PythonRef> items;
+    (..., items.emplace_back(toPython(arguments)));
+    const PythonRef tuple = tupleOf(std::move(items));
+    PythonRef answer(tuple ? py.PyObject_CallObject(method.get(), tuple.get()) : nullptr);
     if (!answer)
-        printPendingError();
+        reportCallbackError();
     return answer;
 }
 
@@ -67,7 +66,7 @@ Result ScriptDelegate::ask(const char *selector, Result otherwise, const Argumen
     Result result {};
     if (bridgeType(type).fromPython(type, answer.get(), &result))
         return result;
-    printPendingError();
+    reportCallbackError();
     return otherwise;
 }
 
@@ -245,7 +244,7 @@ QStringList ScriptDelegate::completions(const PythonRef &answer, int *selectedIn
         && (!isPair
             || bridgeType(intType).fromPython(intType, py.PyTuple_GetItem(answer.get(), 1), &selected));
     if (!isRead) {
-        printPendingError();
+        reportCallbackError();
         return {};
     }
     if (isPair && selectedIndex)

@@ -16,8 +16,9 @@ namespace runebook::bridge {
 
 /// Stands for an object of a script where the program wants a delegate: calls the methods that the object
 /// has under the selectors of the operations below ("tabBar_shouldCloseTabItem_"), and answers for those it
-/// has not as if there were no delegate. An error in a method is printed, and the answer is the same.
-/// Lives as long as the script's object, which nobody keeps: the script has to.
+/// has not as if there were no delegate. An error in a method is printed, and the answer is the same; what
+/// ends a script ends it when the operation that asked is done. Lives as long as the script's object, which
+/// nobody keeps: the script has to.
 class ScriptDelegate final : public QObject, public JSTTextViewDelegate
 {
     Q_OBJECT

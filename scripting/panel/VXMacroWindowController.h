@@ -105,9 +105,9 @@ public: // the console
     /// All text of the console.
     Q_INVOKABLE QString write();
     /// Empties the console in the next turn of the event loop.
-    Q_INVOKABLE void clearConsole() override;
+    Q_INVOKABLE void clearConsole();
     /// Empties the console at once.
-    Q_INVOKABLE void clearConsole(QObject *sender);
+    Q_INVOKABLE void clearConsole(QObject *sender) override;
     /// \a text without its first ", in <module>".
     Q_INVOKABLE static QString cleanupErrorMessage(const QString &text);
     /// How the console shows \a text: \a styled gets "string", "emphasised" (ranges) and "links" (each with

@@ -28,6 +28,10 @@ private Q_SLOTS:
     void init();
     void givesStatuses_data();
     void givesStatuses();
+    void endsWholly_data();
+    void endsWholly();
+    void leavesOneUndoStep();
+    void waitsForNobody();
     void savesOnlyWhatWorked_data();
     void savesOnlyWhatWorked();
     void opensTheFirstFileInFront();
@@ -155,6 +159,12 @@ void HeadlessTest::givesStatuses_data()
         "c.postNotificationName_object_('x', None)\nprint('alive')",
         0, "alive\n", "RecursionError");
     row("no such operation", "Doc.noSuch_(1)", 1, "", "AttributeError");
+    row("forks",
+        "import os, multiprocessing as m\nprint(1)\n"
+        "if os.fork() == 0:\n    print('child')\n    os._exit(0)\n"
+        "os.wait()\np = m.get_context('fork').Process(target=print, args=('kid',)); p.start(); "
+        "p.join()\nprint(2)",
+        0, "1\nchild\nkid\n2\n", "");
     row("at the end",
         "import atexit, threading, time\natexit.register(print, 'last')\n"
         "threading.Thread(target=lambda: (time.sleep(.1), print('thread'))).start()\nprint('first')",
@@ -173,6 +183,84 @@ void HeadlessTest::givesStatuses()
     QCOMPARE(ended.errors.isEmpty(), errors.isEmpty());
 }
 
+/// What the interpreter does at the end of its own program.
+void HeadlessTest::endsWholly_data()
+{
+    QTest::addColumn<QString>("code"); // writes "hello" to the file at "path", and closes nothing
+    const auto row = [](const char *name, const char *code) {
+        QTest::newRow(name) << QString::fromUtf8(code);
+    };
+    row("a variable", "f = open(path, 'w'); f.write('hello')");
+    row("in a cycle", "class C: pass\nc = C(); c.c = c; c.f = open(path, 'w'); c.f.write('hello')");
+    row("in a module", "import logging; logging.f = open(path, 'w'); logging.f.write('hello')");
+    row("in a frame of a daemon",
+        "import threading, time\ndef work():\n    f = open(path, 'w'); f.write('hello'); e.set(); "
+        "time.sleep(60)\n"
+        "e = threading.Event(); threading.Thread(target=work, daemon=True).start(); e.wait()");
+    row("by a thread at the end",
+        "import threading, time\ndef work():\n    global f\n    time.sleep(.1); f = open(path, 'w'); "
+        "f.write('hello')\nthreading.Thread(target=work).start()");
+    row("at exit",
+        "import atexit\natexit.register(lambda: globals().update(f=open(path, 'w')) or f.write('hello'))");
+    row("behind an error at exit",
+        "import atexit\nf = open(path, 'w'); f.write('hello')\natexit.register(lambda: 1/0)");
+    row("when it is let go",
+        "class C:\n    def __del__(self): open(self.p, 'w').write('hello')\nc = C(); c.p = path");
+    row("without __main__", "f = open(path, 'w'); f.write('hello'); import sys; del sys.modules['__main__']");
+    row("with another __main__",
+        "f = open(path, 'w'); f.write('hello'); import sys, types; sys.modules['__main__'] = "
+        "types.ModuleType('m')");
+    row("with no module as __main__", "f = open(path, 'w'); f.write('hello'); sys.modules['__main__'] = 3");
+}
+
+void HeadlessTest::endsWholly()
+{
+    QFETCH(QString, code);
+    const QString path = m_folder->filePath(u"written"_s);
+    code = u"import sys\npath = '%1'\n"_s.arg(path) + code;
+    for (const QStringList &arguments :
+         {QStringList {u"--eval"_s, code}, QStringList {u"--run"_s, write(u"script.py"_s, code + u'\n')}}) {
+        const Ended ended = run(arguments);
+        QVERIFY2(ended.status == 0, qPrintable(ended.errors));
+        QCOMPARE(content(path), u"hello"_s);
+        QVERIFY(QFile::remove(path));
+    }
+}
+
+/// However many groups a script leaves open.
+void HeadlessTest::leavesOneUndoStep()
+{
+    const Ended ended = run(
+        {u"--eval"_s,
+         u"import _runebook as r\nm = Doc.undoManager()\n"
+         "r.sharedObject('scriptingHandler').runMacroString_('')\n"
+         "m.beginUndoGrouping(); m.beginUndoGrouping(); Doc[0].name = 'x'\n"
+         "import atexit\natexit.register(lambda: print(m.groupingLevel(), m.canUndo(), m.undo(), Doc[0].name != 'x'))"_s,
+         m_file});
+    QCOMPARE(ended.errors, QString());
+    QCOMPARE(ended.output, u"0 True None True\n"_s);
+}
+
+/// With the program itself: what would show a box says its line.
+void HeadlessTest::waitsForNobody()
+{
+    m_program = u"runebook"_s;
+    const Ended ended = run({u"--eval"_s,
+                             u"app = NSApplication.sharedApplication()\n"
+                             "app.delegate().checkForUpdates()\napp.checkForUpdates_(None)\napp.aboutQt()\n"
+                             "box = NSClassFromString('QMessageBox')\n"
+                             "NSClassFromString('VXPreferencesController').registerDefaults()\n"
+                             "w = app.delegate().compareWindow()\n"
+                             "print(w.colorForValues_others_key_(None, None, 'name')\n"
+                             "      != w.colorForValues_others_key_([newInfo('a')], None, 'name'))"_s,
+                             m_file});
+    QCOMPARE(ended.status, 0);
+    QCOMPARE(ended.output, u"True\n"_s);
+    QCOMPARE(ended.errors.count(u'\n'), 3);
+    QCOMPARE(ended.errors.count(u"No address of an update feed"_s), 2);
+    QVERIFY(ended.errors.contains(u"nothing was done"_s));
+}
+
 void HeadlessTest::savesOnlyWhatWorked_data()
 {
     QTest::addColumn<QString>("code");
@@ -182,6 +270,15 @@ void HeadlessTest::savesOnlyWhatWorked_data()
     QTest::newRow("not asked for") << u"Doc['A'].name = 'Changed'"_s << false << false;
     QTest::newRow("failed") << u"Doc['A'].name = 'Changed'; 1/0"_s << true << false;
     QTest::newRow("ended well") << u"Doc['A'].name = 'Changed'; sys.exit(0)"_s << true << true;
+    const auto inObserver = [](const char *end) {
+        return QString(
+            u"Doc['A'].name = 'Changed'\nc = NSNotificationCenter.defaultCenter()\n"
+            "c.addObserverForName_object_queue_usingBlock_('x', None, None, lambda n: exec('''%1'''))\n"
+            "c.postNotificationName_object_('x', None)\nprint('goes on')"_s.arg(QLatin1StringView(end)));
+    };
+    QTest::newRow("interrupted in an observer") << inObserver("raise KeyboardInterrupt") << true << false;
+    QTest::newRow("ended in an observer") << inObserver("sys.exit(4)") << true << false;
+    QTest::newRow("an error in an observer is its own") << inObserver("1/0") << true << true;
     QTest::newRow("taken back") << u"Doc['A'].name = 'Changed'; Doc.undoManager().undo()"_s << true << false;
 }
 
@@ -248,6 +345,10 @@ void HeadlessTest::runsOnEveryInterpreter()
         const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/bridge.py"_s), m_file}, library);
         QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
         QVERIFY(ended.output.contains(u"checked 2"_s));
+        // Arguments and callbacks that no script should use.
+        const Ended kept = run({u"--run"_s, source(u"tests/scripting/checks/trust.py"_s), m_file}, library);
+        QVERIFY2(kept.status == 0, qPrintable(kept.output + kept.errors));
+        QVERIFY(kept.output.contains(u"checked 1"_s));
     }
 }
 

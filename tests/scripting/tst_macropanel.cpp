@@ -90,6 +90,7 @@ private Q_SLOTS:
     void init();
     void cleanup() { DocumentController::shared().releaseAll(); }
     void costsNothingBeforeItIsShown();
+    void isClearedByTheMenuAtOnce();
     void restoresTabs_data();
     void restoresTabs();
     void keepsTabsOverARestart();
@@ -155,6 +156,21 @@ void MacroPanelTest::costsNothingBeforeItIsShown()
     QVERIFY(panel.activeMacroController()->isEditorMade());
     panel.hidePanel();
     QVERIFY(!panel.isReallyVisible());
+}
+
+/// What is printed behind it stays, without a turn of the event loop in between.
+void MacroPanelTest::isClearedByTheMenuAtOnce()
+{
+    VXMacroWindowController panel;
+    panel.showPanel();
+    VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
+    handler->setMacroPanelController(&panel);
+    panel.setWrite(u"before\n"_s);
+    handler->reloadScriptMenu();
+    panel.setWrite(u"behind\n"_s);
+    QCoreApplication::processEvents();
+    QCOMPARE(panel.write(), u"behind\n"_s);
+    handler->setMacroPanelController(nullptr);
 }
 
 void MacroPanelTest::restoresTabs_data()

@@ -27,7 +27,7 @@ class Panel final : public QObject, public ScriptConsole
 public:
     void setWrite(const QString &text) override { output += text; }
     void setWriteError(const QString &text) override { errors += text; }
-    void clearConsole() override
+    void clearConsole(QObject *) override
     {
         ++clearings;
         output.clear();
