@@ -7,6 +7,7 @@
 #include "app/VXPreferencesController.h"
 #include "document/VXDocument.h"
 #include "editing/EditingClasses.h"
+#include "editing/PendingTexts.h"
 #include "editing/VXCompareDataWindow.h"
 #include "editing/VXWindowController.h"
 #include "model/VXArrayToStringTransformator.h"
@@ -54,7 +55,14 @@ QWidget *makeWindow(Document &document)
     auto *window = new VXWindowController(static_cast<VXDocument &>(document));
     window->setAttribute(Qt::WA_DeleteOnClose, false);
     window->statusBar()->insertPermanentWidget(1, new RunIndicator(RunIndicator::Stop::WithButton));
+    if (!DocumentController::shared().isOpeningMany()) {
+        window->show();
+        return window;
+    }
+    window->setAttribute(Qt::WA_ShowWithoutActivating);
     window->show();
+    window->lower();
+    window->setAttribute(Qt::WA_ShowWithoutActivating, false);
     return window;
 }
 
@@ -102,6 +110,9 @@ void VXAppDelegate::registerDocuments()
         return document;
     });
     controller.setWindowMaker(makeWindow);
+    controller.setPendingTextTaker([](Document &document, const QJsonArray &texts) {
+        return takePendingTexts(static_cast<VXDocument &>(document), texts);
+    });
 }
 
 void VXAppDelegate::introduceToScripts()

@@ -40,6 +40,7 @@ public:
     {
     }
     Progress printMore(std::string &output, std::chrono::microseconds budget) override;
+    bool isCurrent() const override { return m_isCurrent(); }
 
 private:
     const InfoList &m_infos;

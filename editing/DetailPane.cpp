@@ -2,6 +2,7 @@
 
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
+#include "editing/PendingTexts.h"
 #include "editing/PreviewLabel.h"
 #include "editing/UnicodesTokenField.h"
 #include "editing/VXValidatingTextField.h"
@@ -80,6 +81,7 @@ DetailPane::DetailPane(VXWindowController &window, QWidget *parent)
     m_compareTimer.setInterval(0);
     connect(&m_compareTimer, &QTimer::timeout, this, &DetailPane::compareRest);
     m_scrollArea = scroll;
+    document().addPendingTexts(this, [this] { return pendingTexts(); });
 }
 
 DetailPane::~DetailPane() = default;
@@ -134,6 +136,7 @@ void DetailPane::addLine(QGridLayout &layout, GlyphField field, const QString &c
 {
     auto *line = new QLineEdit(m_form);
     line->setMaxLength(std::numeric_limits<int>::max());
+    connect(line, &QLineEdit::textChanged, this, &DetailPane::noteTyping);
     Row &row = addRow(layout, field, captionName, line);
     row.text = [line] { return line->text(); };
     row.show = [line](const CommonValue &value) {
@@ -148,6 +151,7 @@ void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const 
     auto *line = new VXValidatingTextField(m_form);
     // The badge may be cut; it must not push the ends of all fields out of the pane.
     line->setMinimumWidth(line->minimumSizeHint().width());
+    connect(line, &QLineEdit::textChanged, this, &DetailPane::noteTyping);
     Row &row = addRow(layout, field, captionName, line);
     row.text = [line] { return line->text(); };
     row.show = [line](const CommonValue &value) {
@@ -174,6 +178,7 @@ void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString 
 {
     auto *box = new VocabularyComboBox(m_form);
     box->setVocabulary(vocabularyOf(field));
+    connect(box, &QComboBox::editTextChanged, this, &DetailPane::noteTyping);
     Row &row = addRow(layout, field, captionName, box);
     row.text = [box] { return box->text(); };
     row.show = [box](const CommonValue &value) {
@@ -191,6 +196,7 @@ void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString 
 void DetailPane::addTokens(QGridLayout &layout, const QString &captionName)
 {
     auto *tokens = new UnicodesTokenField(m_form);
+    connect(tokens, &QLineEdit::textChanged, this, &DetailPane::noteTyping);
     Row &row = addRow(layout, GlyphField::Unicodes, captionName, tokens);
     row.text = [tokens] { return tokens->tokens().join(kListSeparator); };
     row.show = [tokens](const CommonValue &value) {
@@ -209,6 +215,7 @@ void DetailPane::addTextBox(QGridLayout &layout, GlyphField field, const QString
 {
     auto *box = new QPlainTextEdit(m_form);
     box->setTabChangesFocus(true);
+    connect(box, &QPlainTextEdit::textChanged, this, &DetailPane::noteTyping);
     box->setMinimumHeight(64);
     box->setMaximumHeight(120);
     Row &row = addRow(layout, field, captionName, box);
@@ -318,6 +325,23 @@ DetailPane::Row *DetailPane::rowOf(const QObject *editor)
 }
 
 // Editing
+
+void DetailPane::noteTyping()
+{
+    if (!m_isShowing && !m_shown.empty())
+        document().pendingTextChanged();
+}
+
+QJsonArray DetailPane::pendingTexts() const
+{
+    QJsonArray texts;
+    for (const Row &row : m_rows) {
+        const QString text = m_shown.empty() ? QString() : row.text();
+        if (!m_shown.empty() && text != row.loaded)
+            texts << pendingText(document(), m_shown, row.field, text);
+    }
+    return texts;
+}
 
 void DetailPane::commitEditing()
 {

@@ -68,6 +68,8 @@ private:
     void revertRow(QWidget *editor);
     Row *rowOf(const QObject *editor);
     void showPreview();
+    void noteTyping();
+    QJsonArray pendingTexts() const;
     VXDocument &document() const;
 
     VXWindowController &m_window;

@@ -2,6 +2,8 @@
 
 #include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
+#include "editing/PendingTexts.h"
+#include "editing/RSRTVArrayController.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
@@ -14,6 +16,7 @@ namespace runebook {
 namespace {
 
 constexpr int kMargin = 4; // as the header has it
+constexpr char kTextAtStart[] = "textAtStart";
 
 } // namespace
 
@@ -66,7 +69,17 @@ QWidget *GlyphCellDelegate::createEditor(QWidget *parent, const QStyleOptionView
     editor->setFrame(false);
     editor->setAutoFillBackground(true);
     editor->setAccessibleName(columnTitle(index.column()));
-    const QStringList words = vocabularyOf(glyphColumns()[static_cast<std::size_t>(index.column())].field);
+    const GlyphField field = glyphColumns()[static_cast<std::size_t>(index.column())].field;
+    if (const auto *list = qobject_cast<const RSRTVArrayController *>(index.model())) {
+        connect(editor, &QLineEdit::textEdited, &m_document, &Document::pendingTextChanged);
+        m_document.addPendingTexts(
+            editor, [this, editor, field, info = list->arrangedObjectAtIndex(index.row())] {
+                const bool isTyped = info && editor->text() != editor->property(kTextAtStart).toString();
+                return isTyped ? QJsonArray {pendingText(m_document, {info}, field, editor->text())}
+                               : QJsonArray();
+            });
+    }
+    const QStringList words = vocabularyOf(field);
     if (!words.isEmpty()) {
         auto *completer = new QCompleter(words, editor);
         completer->setCaseSensitivity(Qt::CaseInsensitive);
@@ -90,14 +103,14 @@ void GlyphCellDelegate::setEditorData(QWidget *editor, const QModelIndex &index)
     const QString text = index.data(Qt::EditRole).toString();
     line->setText(text);
     // What the line really holds: it may show line breaks otherwise.
-    line->setProperty("textAtStart", line->text());
+    line->setProperty(kTextAtStart, line->text());
 }
 
 void GlyphCellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
                                      const QModelIndex &index) const
 {
     const auto *line = qobject_cast<QLineEdit *>(editor);
-    if (line->text() != line->property("textAtStart").toString())
+    if (line->text() != line->property(kTextAtStart).toString())
         model->setData(index, line->text(), Qt::EditRole);
 }
 

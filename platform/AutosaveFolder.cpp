@@ -50,6 +50,11 @@ AutosaveNote AutosaveNote::fromJson(const QByteArray &json)
 
 namespace AutosaveFolder {
 
+QString besideContent(const QString &contentPath, QLatin1StringView suffix)
+{
+    return contentPath.chopped(kContentSuffix.size()) + suffix;
+}
+
 namespace {
 
 constexpr auto kLockName = "/lock"_L1;

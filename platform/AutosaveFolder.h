@@ -31,6 +31,11 @@ namespace AutosaveFolder {
 
 inline constexpr QLatin1StringView kContentSuffix {".xml"};
 inline constexpr QLatin1StringView kNoteSuffix {".json"};
+/// Of the file beside a content that holds what stood in editors at that time; absent when nothing did.
+inline constexpr QLatin1StringView kTypedSuffix {".typed"};
+
+/// The file with another suffix that belongs to the content \a contentPath.
+QString besideContent(const QString &contentPath, QLatin1StringView suffix);
 
 /// This process's folder, made and locked on first use; empty and an error when it cannot be made.
 QString own(Error *error = nullptr);

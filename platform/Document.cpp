@@ -17,8 +17,7 @@ Document::Document(QObject *parent) : QObject(parent), m_autosaver(std::make_uni
     connect(&m_undoManager, &UndoManager::cleanChanged, this, [this](bool clean) {
         if (clean)
             removeAutosave();
-        else
-            m_autosaver->schedule();
+        m_autosaver->schedule();
         Q_EMIT editedChanged(!clean);
     });
     connect(&m_undoManager, &UndoManager::changed, m_autosaver.get(), &Autosaver::schedule);
@@ -47,6 +46,7 @@ void Document::setFileURL(const QString &url)
 {
     const QString path = pathFromURL(url);
     m_fileURL = path.isEmpty() ? QString() : QFileInfo(path).absoluteFilePath();
+    m_canonicalPath = path.isEmpty() ? QString() : QFileInfo(path).canonicalFilePath();
     m_fileWatch.watch(m_fileURL, FileState::of(m_fileURL));
     Q_EMIT displayNameChanged();
 }
@@ -175,6 +175,32 @@ void Document::updateChangeCount(int change)
         m_undoManager.resetClean();
 }
 
+void Document::addPendingTexts(QObject *owner, PendingTexts source)
+{
+    std::erase_if(m_pendingTexts, [](const auto &known) { return !known.first; });
+    m_pendingTexts.emplace_back(owner, std::move(source));
+}
+
+void Document::pendingTextChanged()
+{
+    m_autosaver->schedule();
+}
+
+QJsonArray Document::pendingTexts() const
+{
+    QJsonArray texts;
+    for (const auto &[owner, source] : m_pendingTexts) {
+        for (const QJsonArray all = owner ? source() : QJsonArray(); const QJsonValue &text : all)
+            texts << text;
+    }
+    return texts;
+}
+
+bool Document::hasUnsavedWork() const
+{
+    return isDocumentEdited() || !pendingTexts().isEmpty();
+}
+
 QWidget *Document::windowController() const
 {
     return m_window;
@@ -213,7 +239,7 @@ void Document::close()
 
 bool Document::autosave(Error *error)
 {
-    return !isDocumentEdited() || m_autosaver->saveNow(error);
+    return !hasUnsavedWork() || m_autosaver->saveNow(error);
 }
 
 QString Document::autosavedContentsURL() const

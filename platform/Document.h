@@ -4,11 +4,14 @@
 #include "platform/FileWatch.h"
 #include "platform/UndoManager.h"
 
+#include <QJsonArray>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
+#include <vector>
 
 class QWidget;
 
@@ -57,6 +60,8 @@ public: // the file
     Q_INVOKABLE void setFileType(const QString &type) { m_fileType = type; }
     /// The file's name, or a name for a document without one.
     Q_INVOKABLE virtual QString displayName() const;
+    /// Whether \a canonicalPath, where every link is followed, leads to the document's file.
+    bool hasCanonicalPath(const QString &canonicalPath) const { return m_canonicalPath == canonicalPath; }
     /// Gives a document without file a name of its own.
     void setUntitledName(const QString &name);
     /// Writes the document to its own file. Fails without one, and with the domain "ChangedOnDiskError" when
@@ -86,6 +91,17 @@ public: // changes
     enum ChangeType { ChangeDone = 0, ChangeCleared = 2 };
     Q_INVOKABLE void updateChangeCount(int change);
 
+public: // what stands in editors and was not handed over yet
+    /// Texts that are being typed, each as an object whose form only those know who type and who take them.
+    using PendingTexts = std::function<QJsonArray()>;
+    /// Asks \a source, as long as \a owner lives, whenever the document is autosaved.
+    void addPendingTexts(QObject *owner, PendingTexts source);
+    /// To be called by who has such texts, at every key: they are autosaved as edits are.
+    void pendingTextChanged();
+    QJsonArray pendingTexts() const;
+    /// Whether anything would be lost with the document: edits, or what is being typed.
+    bool hasUnsavedWork() const;
+
 public: // window and life
     /// The main window, or null: a document without one works all the same.
     Q_INVOKABLE QWidget *windowController() const;
@@ -94,8 +110,9 @@ public: // window and life
     Q_INVOKABLE void close();
 
 public: // autosave
-    /// Writes the content to the document's autosave file when it has unsaved changes, at once. After a while
-    /// without changes that happens by itself, without holding anybody up.
+    /// Writes the content to the document's autosave file when it has unsaved work, at once. After a while
+    /// without changes, and while they go on after a while as well, that happens by itself, without holding
+    /// anybody up.
     bool autosave(Error *error = nullptr);
     /// Empty while nothing was autosaved.
     QString autosavedContentsURL() const;
@@ -124,6 +141,8 @@ private:
     FileWatch m_fileWatch;
     std::unique_ptr<Autosaver> m_autosaver;
     QPointer<QWidget> m_window;
+    mutable std::vector<std::pair<QPointer<QObject>, PendingTexts>> m_pendingTexts;
+    QString m_canonicalPath; ///< of the file, when it became this document's
 };
 
 } // namespace runebook

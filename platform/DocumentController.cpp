@@ -1,5 +1,6 @@
 #include "platform/DocumentController.h"
 
+#include "platform/Autosaver.h"
 #include "platform/FilePath.h"
 #include "platform/UserDefaults.h"
 
@@ -48,10 +49,13 @@ QList<QObject *> DocumentController::orderedDocuments() const
 Document *DocumentController::documentForURL(const QString &url) const
 {
     const QString path = pathFromURL(url);
-    const QFileInfo info(path);
+    // Nothing is asked of the disk for each document: there may be a thousand.
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    const QString canonical = QFileInfo(path).canonicalFilePath();
     for (Document *document : m_documents) {
         if (!document->fileURL().isEmpty()
-            && (document->fileURL() == info.absoluteFilePath() || QFileInfo(document->fileURL()) == info))
+            && (document->fileURL() == absolute
+                || (!canonical.isEmpty() && document->hasCanonicalPath(canonical))))
             return document;
     }
     return nullptr;
@@ -121,9 +125,13 @@ void DocumentController::addDocument(Document *document)
     if (m_documents.contains(document))
         return;
     document->setParent(this);
-    m_documents.prepend(document);
+    // Those that are opened in the background do not push the one that is being used from its place.
+    if (isOpeningMany())
+        m_documents.append(document);
+    else
+        m_documents.prepend(document);
     // How a document is called depends on what else is open.
-    connect(document, &Document::displayNameChanged, this, &DocumentController::documentsChanged);
+    connect(document, &Document::displayNameChanged, this, &DocumentController::announceDocuments);
     if (document->fileURL().isEmpty()) {
         int number = 1;
         while (std::find(m_untitledNumbers.cbegin(), m_untitledNumbers.cend(), number)
@@ -131,7 +139,7 @@ void DocumentController::addDocument(Document *document)
             ++number;
         m_untitledNumbers.insert(document, number);
     }
-    Q_EMIT documentsChanged();
+    announceDocuments();
 }
 
 void DocumentController::removeDocument(Document *document)
@@ -141,7 +149,7 @@ void DocumentController::removeDocument(Document *document)
     m_untitledNumbers.remove(document);
     document->disconnect(this);
     document->deleteLater();
-    Q_EMIT documentsChanged();
+    announceDocuments();
 }
 
 void DocumentController::bringToFront(Document *document)
@@ -149,14 +157,29 @@ void DocumentController::bringToFront(Document *document)
     const qsizetype place = m_documents.indexOf(document);
     if (place > 0) {
         m_documents.move(place, 0);
-        Q_EMIT documentsChanged();
+        announceDocuments();
     }
     // Windows tell when they become active, late at times: one that is active already must not ask again, or
     // two of them take turns for ever.
-    if (QWidget *window = document->windowController(); window && !window->isActiveWindow()) {
+    QWidget *window = isOpeningMany() ? nullptr : document->windowController();
+    if (window && !window->isActiveWindow()) {
         window->raise();
         window->activateWindow();
     }
+}
+
+void DocumentController::announceDocuments()
+{
+    m_isAnnouncementDue = isOpeningMany();
+    if (!m_isAnnouncementDue)
+        Q_EMIT documentsChanged();
+}
+
+DocumentController::OpeningMany::~OpeningMany()
+{
+    DocumentController &controller = shared();
+    if (--controller.m_openingMany == 0 && controller.m_isAnnouncementDue)
+        controller.announceDocuments();
 }
 
 void DocumentController::releaseAll()
@@ -167,6 +190,18 @@ void DocumentController::releaseAll()
         delete document;
     }
     m_untitledNumbers.clear();
+}
+
+void DocumentController::autosaveWhatIsDue()
+{
+    for (Document *document : std::as_const(m_documents))
+        document->autosaver().captureWhatIsDue();
+}
+
+void DocumentController::autosaveBeforeRun()
+{
+    for (Document *document : std::as_const(m_documents))
+        document->autosaver().saveBeforeRun();
 }
 
 int DocumentController::untitledNumber(const Document *document) const

@@ -36,6 +36,11 @@ public: // set-up by the program
     void setWindowMaker(WindowMaker maker) { m_windowMaker = std::move(maker); }
     /// The window of \a document, made on first call; null in a program without windows.
     QWidget *makeWindow(Document &document);
+    /// Takes texts that were pending in a document's editors when it was autosaved, and answers what became of
+    /// those that it refuses: sentences for the user.
+    using PendingTextTaker = std::function<QStringList(Document &, const QJsonArray &)>;
+    void setPendingTextTaker(PendingTextTaker taker) { m_pendingTextTaker = std::move(taker); }
+    const PendingTextTaker &pendingTextTaker() const { return m_pendingTextTaker; }
     void addType(const DocumentType &type) { m_types << type; }
     const QList<DocumentType> &types() const { return m_types; }
     /// The type of a file by its extension; empty when there is none for it.
@@ -60,6 +65,16 @@ public: // documents
     /// Takes the document out and deletes it later.
     Q_INVOKABLE void removeDocument(runebook::Document *document);
     void bringToFront(Document *document);
+    /// While one of these lives many files are being opened: windows come up behind the others without taking
+    /// the keyboard, and documentsChanged() waits, so that no window does anything for each of the others.
+    class OpeningMany
+    {
+    public:
+        OpeningMany() { ++shared().m_openingMany; }
+        ~OpeningMany();
+        Q_DISABLE_COPY_MOVE(OpeningMany)
+    };
+    bool isOpeningMany() const { return m_openingMany > 0; }
     /// Deletes all documents and their windows at once, unsaved or not: for the end of the program.
     void releaseAll();
 
@@ -72,6 +87,14 @@ public: // names, recent files, autosave
     /// Seconds of inactivity before changes are autosaved; 0 means never.
     Q_INVOKABLE double autosavingDelay() const { return m_autosavingDelay; }
     Q_INVOKABLE void setAutosavingDelay(double seconds) { m_autosavingDelay = seconds; }
+    /// Seconds after which a change lies on the disk at the latest, however busy the user or a script is.
+    double autosavingBound() const { return m_autosavingBound; }
+    void setAutosavingBound(double seconds) { m_autosavingBound = seconds; }
+    /// Autosaves what waits too long for the event loop; called again and again while a script runs.
+    void autosaveWhatIsDue();
+    /// Autosaves what no autosave holds yet, and waits for it: before a script runs, which may be the end of
+    /// the program.
+    void autosaveBeforeRun();
 
 Q_SIGNALS:
     void documentsChanged();
@@ -80,12 +103,18 @@ Q_SIGNALS:
     void recentFilesChanged();
 
 private:
+    void announceDocuments();
+
     QList<Document *> m_documents;
     QList<DocumentType> m_types;
     QHash<const Document *, int> m_untitledNumbers;
     Factory m_factory;
     WindowMaker m_windowMaker;
+    PendingTextTaker m_pendingTextTaker;
     double m_autosavingDelay = 0;
+    double m_autosavingBound = 10;
+    int m_openingMany = 0;
+    bool m_isAnnouncementDue = false;
 };
 
 } // namespace runebook

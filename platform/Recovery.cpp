@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
 
 namespace runebook {
 
@@ -94,14 +96,18 @@ void Recovery::addAutosavesIn(const QString &folder)
             // Half-written ones, and notes whose content never came.
             const QString itsContent =
                 path.chopped(AutosaveFolder::kNoteSuffix.size()) + AutosaveFolder::kContentSuffix;
-            const bool isNote = path.endsWith(AutosaveFolder::kNoteSuffix);
-            if (info.fileName() != "lock"_L1 && !(isNote && QFileInfo::exists(itsContent)))
+            const QString whoseTyped =
+                path.chopped(AutosaveFolder::kTypedSuffix.size()) + AutosaveFolder::kContentSuffix;
+            const bool isNote = path.endsWith(AutosaveFolder::kNoteSuffix) && QFileInfo::exists(itsContent);
+            const bool isTyped = path.endsWith(AutosaveFolder::kTypedSuffix) && QFileInfo::exists(whoseTyped);
+            if (info.fileName() != "lock"_L1 && !isNote && !isTyped)
                 QFile::remove(path);
             continue;
         }
         RecoverableContent content;
         content.contentPath = path;
-        content.notePath = path.chopped(AutosaveFolder::kContentSuffix.size()) + AutosaveFolder::kNoteSuffix;
+        content.notePath = AutosaveFolder::besideContent(path, AutosaveFolder::kNoteSuffix);
+        content.typedPath = AutosaveFolder::besideContent(path, AutosaveFolder::kTypedSuffix);
         const AutosaveNote note = AutosaveNote::fromJson(bytesOf(content.notePath));
         content.originalPath = note.originalPath;
         content.type = note.type.isEmpty() ? kContentType : note.type;
@@ -163,10 +169,25 @@ Document *Recovery::restore(const RecoverableContent &content, Error *error)
     controller.addDocument(document);
     document->updateChangeCount(Document::ChangeDone);
     document->makeWindowControllers();
-    if (!document->autosave(error))
+    if (!takeTyped(*document, content) || !document->autosave(error))
         return document; // what was left is still its only copy on the disk
     discard(content);
     return document;
+}
+
+/// Puts what stood in editors into the document's records. False when it has to stay where it is.
+bool Recovery::takeTyped(Document &document, const RecoverableContent &content)
+{
+    QFile file(content.typedPath);
+    if (content.typedPath.isEmpty() || !file.exists())
+        return true;
+    const auto &take = DocumentController::shared().pendingTextTaker();
+    if (!take || !file.open(QIODevice::ReadOnly))
+        return false;
+    const QStringList refused = take(document, QJsonDocument::fromJson(file.readAll()).array());
+    for (const QString &sentence : refused)
+        ErrorPresenter::shared().present({u"Notice"_s, 2, sentence, {}, {}});
+    return true;
 }
 
 bool Recovery::discard(const RecoverableContent &content, Error *error)
@@ -183,8 +204,10 @@ bool Recovery::discard(const RecoverableContent &content, Error *error)
                      tr("“%1” could not be removed.").arg(discarded.contentPath),
                      file.errorString(),
                      {}});
-    if (!discarded.notePath.isEmpty())
-        QFile::remove(discarded.notePath);
+    for (const QString &path : {discarded.notePath, discarded.typedPath}) {
+        if (!path.isEmpty())
+            QFile::remove(path);
+    }
     forget(discarded);
     return true;
 }

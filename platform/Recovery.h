@@ -25,6 +25,7 @@ struct RecoverableContent {
     Kind kind = Kind::Autosave;
     QString contentPath;
     QString notePath; ///< empty when there is none
+    QString typedPath; ///< of what stood in editors; empty for a rescue file
     QString originalPath; ///< empty for a document that had no file, or when nobody knows any more
     QString type; ///< of the original
     QString displayName;
@@ -77,6 +78,7 @@ private:
     void addAutosavesIn(const QString &folder);
     void addRescue(const QString &path, const QString &target);
     void forget(const RecoverableContent &content);
+    static bool takeTyped(Document &document, const RecoverableContent &content);
 
     std::vector<std::unique_ptr<AutosaveFolder::Abandoned>> m_held;
     QList<RecoverableContent> m_contents;

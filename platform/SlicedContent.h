@@ -19,6 +19,8 @@ public:
     virtual ~SlicedContent() = default;
     /// Appends to \a output what can be printed in about \a budget, at least something.
     virtual Progress printMore(std::string &output, std::chrono::microseconds budget) = 0;
+    /// Whether the document is still as it was when this was made.
+    virtual bool isCurrent() const = 0;
 };
 
 } // namespace runebook

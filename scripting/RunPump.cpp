@@ -1,6 +1,7 @@
 #include "scripting/RunPump.h"
 
 #include "platform/CallLater.h"
+#include "platform/DocumentController.h"
 #include "scripting/OperationScope.h"
 #include "scripting/OutputModules.h"
 #include "scripting/PythonFunctions.h"
@@ -227,6 +228,7 @@ void RunPump::pump()
     if (!OperationScope::isInside()) {
         const QScopedValueRollback guard(m_isPumping, true);
         deliverPendingOutput();
+        DocumentController::shared().autosaveWhatIsDue();
         Q_EMIT pumped();
         m_input->processEvents();
         paintWindows();

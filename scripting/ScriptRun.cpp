@@ -143,6 +143,15 @@ private:
     };
 };
 
+/// Ctrl+C in the terminal ends the run, where it would end the process otherwise. A program with windows has
+/// its own way of going.
+void takeInterruptKey()
+{
+    ::sigaction(SIGINT, nullptr, &ordinaryInterrupt);
+    if (ordinaryInterrupt.sa_handler == SIG_DFL || ordinaryInterrupt.sa_handler == SIG_IGN)
+        ::sigaction(SIGINT, &pythonInterrupt, nullptr);
+}
+
 void flushStreams()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
@@ -218,11 +227,12 @@ ScriptRun::ScriptRun(const QString &undoName) : m_undoName(undoName)
     const QList<Document *> documents = DocumentController::shared().documentList();
     for (Document *document : documents)
         document->commitEditing();
+    DocumentController::shared().autosaveBeforeRun();
     openGroups();
     // Documents that the script opens get their step as well.
     connect(&DocumentController::shared(), &DocumentController::documentsChanged, this,
             &ScriptRun::openGroups);
-    ::sigaction(SIGINT, &pythonInterrupt, &ordinaryInterrupt);
+    takeInterruptKey();
     ++runDepth;
     if (runObserver)
         runObserver->scriptStarted();

@@ -2,6 +2,7 @@
 
 #include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
+#include "platform/DocumentController.h"
 #include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "scripting/RunPump.h"
@@ -28,6 +29,13 @@ constexpr auto kFirstCode = "macroCode"_L1;
 
 /// How long after the last edit the tabs are written, should the program never come to its proper end.
 constexpr auto kSaveDelay = 3s;
+/// The same after the first edit, when one comes after the other: the text is to be on the disk by the bound
+/// that documents have.
+std::chrono::milliseconds latestSave()
+{
+    constexpr double kShare = 0.7;
+    return std::chrono::milliseconds(qint64(DocumentController::shared().autosavingBound() * 1000 * kShare));
+}
 
 /// The preferences are the program's, which is known here by the names of its operations alone.
 void showPythonPreferences()
@@ -49,7 +57,9 @@ VXMacroWindowController::VXMacroWindowController(QObject *parent) : QObject(pare
     initialize();
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setInterval(kSaveDelay);
-    connect(&m_saveTimer, &QTimer::timeout, this, &VXMacroWindowController::saveMacroTabs);
+    m_latestSaveTimer.setSingleShot(true);
+    for (QTimer *timer : {&m_saveTimer, &m_latestSaveTimer})
+        connect(timer, &QTimer::timeout, this, &VXMacroWindowController::saveMacroTabs);
 }
 
 VXMacroWindowController::~VXMacroWindowController() = default;
@@ -148,7 +158,11 @@ void VXMacroWindowController::setUpRuns()
         if (auto *button = qobject_cast<QToolButton *>(control))
             pump.addStopControl(button);
     }
-    connect(&pump, &RunPump::runStarted, m_window.get(), [this] { m_window->setRunning(true); });
+    connect(&pump, &RunPump::runStarted, m_window.get(), [this] {
+        saveBeforeRun();
+        m_window->setRunning(true);
+    });
+    connect(&pump, &RunPump::pumped, m_window.get(), [this] { saveWhatIsDue(); });
     connect(m_window->parts().prompt, &PromptLine::aboutToRun, this,
             &VXMacroWindowController::tellOfMissingPython);
     connect(&pump, &RunPump::pumped, m_window->parts().consoleText, &ConsoleView::showPending);
@@ -284,6 +298,30 @@ void VXMacroWindowController::runMacro()
 void VXMacroWindowController::runSelection()
 {
     run(&VXMacroViewController::runSelection);
+}
+
+void VXMacroWindowController::noteEdit()
+{
+    m_saveTimer.start();
+    if (m_latestSaveTimer.isActive())
+        return; // started anew at every edit it would never end
+    m_latestSaveTimer.start(latestSave());
+    m_sinceEdit.start();
+}
+
+/// Whatever runs may be the end of the program.
+void VXMacroWindowController::saveBeforeRun()
+{
+    if (m_latestSaveTimer.isActive())
+        saveMacroTabs();
+    UserDefaults::standard().synchronize();
+}
+
+/// A script can edit the tabs as well.
+void VXMacroWindowController::saveWhatIsDue()
+{
+    if (m_latestSaveTimer.isActive() && m_sinceEdit.hasExpired(latestSave().count()))
+        saveBeforeRun();
 }
 
 void VXMacroWindowController::stopMacro()

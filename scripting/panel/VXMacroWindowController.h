@@ -5,6 +5,7 @@
 #include <QFont>
 #include <QObject>
 #include <QPointer>
+#include <QElapsedTimer>
 #include <QTimer>
 #include <QVariantMap>
 #include <memory>
@@ -162,12 +163,17 @@ private:
     void tellOfMissingPython();
     void fontSizeChanged();
     void saveAll();
+    void noteEdit();
+    void saveWhatIsDue();
+    void saveBeforeRun();
     void giveFocus();
     void rename(VXMacroViewController *tab);
     void run(void (VXMacroViewController::*command)());
 
     std::unique_ptr<VXMacroWindow> m_window;
     QTimer m_saveTimer; ///< after the last edit
+    QTimer m_latestSaveTimer; ///< from the first edit on that is not saved
+    QElapsedTimer m_sinceEdit; ///< the same, for runs, in which timers wait
     int m_macroFontSize = 0;
     std::optional<QFont> m_macroFont;
     QPointer<VXMacroViewController> m_lastRun; ///< whose lines "<macro>" means

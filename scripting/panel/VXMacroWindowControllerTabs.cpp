@@ -64,7 +64,7 @@ VXMacroViewController *VXMacroWindowController::addMacroTitle(const QString &cod
     tab->setTitle(title);
     if (!code.isNull())
         tab->setCode(code);
-    connect(tab, &VXMacroViewController::restorableStateChanged, &m_saveTimer, qOverload<>(&QTimer::start));
+    connect(tab, &VXMacroViewController::restorableStateChanged, this, &VXMacroWindowController::noteEdit);
     tabBarControl()->addTabItem(tab);
     return tab;
 }
@@ -113,6 +113,7 @@ void VXMacroWindowController::rename(VXMacroViewController *tab)
 void VXMacroWindowController::saveMacroTabs()
 {
     m_saveTimer.stop();
+    m_latestSaveTimer.stop();
     QVariantList records;
     for (QObject *item : tabBarControl()->tabItems()) {
         if (const auto *tab = qobject_cast<VXMacroViewController *>(item))

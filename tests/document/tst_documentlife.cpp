@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -73,6 +74,8 @@ private Q_SLOTS:
     void isCalledByItsPath_data();
     void isCalledByItsPath();
     void autosavesAfterAWhile();
+    void autosavesDuringSteadyWork_data();
+    void autosavesDuringSteadyWork();
     void autosavesEveryType();
     void leavesNoAutosaveBehind();
     void needsAFolderToAutosave();
@@ -311,6 +314,66 @@ void TestDocumentLife::autosavesAfterAWhile()
     QVERIFY(recovered.readFromURLOfType(file, document->autosavingFileType()));
     QCOMPARE(recovered.objectInInfosAtIndex(0)->name(), u"later"_s);
     QCOMPARE(autosaveFiles().size(), 1);
+}
+
+void TestDocumentLife::autosavesDuringSteadyWork_data()
+{
+    QTest::addColumn<bool>("isTyping"); // into an editor that never hands it over
+    QTest::newRow("edits") << false;
+    QTest::newRow("text in an editor") << true;
+}
+
+void TestDocumentLife::autosavesDuringSteadyWork()
+{
+    QFETCH(bool, isTyping);
+    write(path(u"a.xml"_s), "<glyphData>\n\t<glyph name=\"a\" />\n</glyphData>\n");
+    VXDocument *document = openDocument(path(u"a.xml"_s));
+    constexpr double kNever = 60;
+    constexpr double kUsualBound = 10;
+    QCOMPARE(controller().autosavingBound(), kUsualBound);
+    controller().setAutosavingDelay(kNever);
+    controller().setAutosavingBound(0.2);
+    QString typed;
+    const auto owner = std::make_unique<QObject>();
+    document->addPendingTexts(owner.get(),
+                              [&typed] { return typed.isEmpty() ? QJsonArray() : QJsonArray {typed}; });
+    /// The number of the last word that an autosave holds.
+    const auto lastKept = [&] {
+        const QString content = document->autosavedContentsURL();
+        const QByteArray kept =
+            contentOf(isTyping && !content.isEmpty()
+                          ? AutosaveFolder::besideContent(content, AutosaveFolder::kTypedSuffix)
+                          : content);
+        const qsizetype place = kept.lastIndexOf("\"w");
+        return place < 0 ? 0 : kept.mid(place + 2, kept.indexOf('"', place + 1) - place - 2).toInt();
+    };
+    // Never a pause: each autosave comes while the work goes on, and holds what was done since the last one.
+    constexpr int kTooMany = 20'000;
+    int done = 0;
+    for (int autosave = 0; autosave < 3; ++autosave) {
+        const int wanted = done + 1;
+        do {
+            const QString word = u"w%1"_s.arg(++done);
+            if (isTyping) {
+                typed = word;
+                document->pendingTextChanged();
+            } else {
+                document->objectInInfosAtIndex(0)->setSortName(word);
+            }
+            QTest::qWait(2);
+        } while (lastKept() < wanted && done < kTooMany);
+        QVERIFY(done < kTooMany);
+    }
+    QCOMPARE(document->isDocumentEdited(), !isTyping);
+    // What is taken back leaves nothing behind.
+    typed.clear();
+    document->undoManager()->undo();
+    while (document->isDocumentEdited())
+        document->undoManager()->undo();
+    document->pendingTextChanged();
+    QTRY_VERIFY(document->autosavedContentsURL().isEmpty());
+    QVERIFY(QDir(AutosaveFolder::own()).entryList({u"*.xml"_s, u"*.typed"_s}, QDir::Files).isEmpty());
+    controller().setAutosavingBound(kUsualBound);
 }
 
 void TestDocumentLife::autosavesEveryType()

@@ -1,6 +1,10 @@
 // What the user sees of safety: the panel of recovered documents, the bar for files changed elsewhere, the
 // questions around a save.
 #include "editing/ChangedOnDisk.h"
+#include "editing/DetailPane.h"
+#include "editing/GlyphColumns.h"
+#include "editing/GlyphTableView.h"
+#include "editing/PendingTexts.h"
 #include "editing/RecoveryPanel.h"
 #include "editing/VXCompareDataWindow.h"
 #include "editing/VXWindowController.h"
@@ -85,6 +89,8 @@ private Q_SLOTS:
     void cleanup();
     void pastesWholeOrNotAtAll(); // the first: nothing was freed yet in which a large block would fit
     void offersToRecover();
+    void keepsWhatIsBeingTyped_data();
+    void keepsWhatIsBeingTyped();
     void barAboutChanges_data();
     void barAboutChanges();
     void reloadsByItself();
@@ -118,6 +124,9 @@ void TestSafety::initTestCase()
         auto *window = new VXWindowController(static_cast<VXDocument &>(document));
         window->show();
         return window;
+    });
+    controller().setPendingTextTaker([](Document &document, const QJsonArray &texts) {
+        return takePendingTexts(static_cast<VXDocument &>(document), texts);
     });
     controller().addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data"_s});
 }
@@ -228,6 +237,77 @@ void TestSafety::offersToRecover()
     answer(u"Discard"_s);
     QTRY_VERIFY(!panel.isVisible());
     QVERIFY(panel.recovery().contents().isEmpty());
+}
+
+void TestSafety::keepsWhatIsBeingTyped_data()
+{
+    QTest::addColumn<QString>("where"); // a cell, or the editor of a field in the pane
+    QTest::addColumn<int>("records");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("restored"); // of the first two records
+    QTest::newRow("cell") << u"cell"_s << 1 << u"sortName"_s << u"one <two>"_s << u"one <two>|"_s;
+    QTest::newRow("name") << u"name"_s << 1 << u"name"_s << u"c"_s << u"c|b"_s;
+    QTest::newRow("refused") << u"name"_s << 1 << u"name"_s << u"b"_s << u"a|b"_s;
+    QTest::newRow("two lines") << u"desc"_s << 1 << u"desc"_s << u"x\ny"_s << u"x\ny|"_s;
+    QTest::newRow("two records") << u"sortName"_s << 2 << u"sortName"_s << u"s"_s << u"s|s"_s;
+    QTest::newRow("word of a list") << u"script"_s << 1 << u"script"_s << u"lat"_s << u"lat|"_s;
+    QTest::newRow("code points") << u"unicodes"_s << 1 << u"unicodes"_s << u"41 42"_s << u"0041, 0042|"_s;
+}
+
+/// Typed with keys, never handed over, and there after a crash.
+void TestSafety::keepsWhatIsBeingTyped()
+{
+    QFETCH(QString, where);
+    QFETCH(int, records);
+    QFETCH(QString, field);
+    QFETCH(QString, typed);
+    QFETCH(QString, restored);
+    VXDocument *document = open(u"a.xml"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    window->infolistController()->setSelectionIndexes(records == 2 ? IndexSet {0, 1} : IndexSet {0});
+    window->setSidebarShown(true);
+    window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    auto *table = window->findChild<GlyphTableView *>();
+    if (where == "cell"_L1) {
+        const QModelIndex cell = table->model()->index(0, columnOfField(*fieldForKey(field)));
+        table->setColumnHidden(cell.column(), false);
+        table->setCurrentIndex(cell);
+        table->edit(cell);
+    } else {
+        window->detailPane()->editorOf(*fieldForKey(field))->setFocus();
+    }
+    QWidget *editor = QApplication::focusWidget();
+    QVERIFY(editor && editor != table);
+    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
+    for (const QChar letter : typed)
+        letter == u'\n' ? QTest::keyClick(editor, Qt::Key_Return) : QTest::keyClicks(editor, QString(letter));
+    QVERIFY(!document->isDocumentEdited());
+
+    const pid_t child = ::fork();
+    if (child == 0) // a program that dies right after the autosave
+        ::_exit(document->autosave() ? 0 : 1);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    QCOMPARE(status, 0);
+    QVERIFY(!document->isDocumentEdited()); // nothing was handed over for that
+    window->hide();
+    delete window;
+    document->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    QSignalSpy told(&ErrorPresenter::shared(), &ErrorPresenter::presented);
+    Recovery recovery;
+    QCOMPARE(recovery.find().size(), 1);
+    auto *again = qobject_cast<VXDocument *>(recovery.restore(recovery.contents().front()));
+    QVERIFY(again && again->isDocumentEdited());
+    const GlyphField wanted = *fieldForKey(field);
+    QCOMPARE(again->infos()[0]->displayText(wanted) + u'|' + again->infos()[1]->displayText(wanted), restored);
+    const bool isRefused = restored == "a|b"_L1;
+    QCOMPARE(told.size(), isRefused ? 1 : 0);
+    if (isRefused)
+        QVERIFY(told.front().front().value<Error>().text().contains(u"“b”"_s));
 }
 
 void TestSafety::barAboutChanges_data()

@@ -94,6 +94,7 @@ private Q_SLOTS:
     void restoresTabs_data();
     void restoresTabs();
     void keepsTabsOverARestart();
+    void keepsWhatIsBeingTyped();
     void closesAndReopensTabs();
     void remembersThatItWasClosed();
     void zooms_data();
@@ -240,6 +241,28 @@ void MacroPanelTest::keepsTabsOverARestart()
     QTest::mouseClick(&panel.bar(), Qt::LeftButton, {}, first.center().toPoint());
     QCOMPARE(defaults().integerForKey(u"VXSelectedMacroView"_s), 0);
     QCOMPARE(QApplication::focusWidget(), &panel.editor());
+}
+
+void MacroPanelTest::keepsWhatIsBeingTyped()
+{
+    Panel panel;
+    DocumentController &controller = DocumentController::shared();
+    const double bound = controller.autosavingBound();
+    controller.setAutosavingBound(0.3);
+    panel.type(u"#"_s);
+    // Never a pause of three seconds, and yet it gets into the settings, again and again.
+    const auto kept = [] {
+        return defaults().arrayForKey(u"VXMacroViews"_s).value(0).toMap().value(u"code"_s).toString().size();
+    };
+    for (int i = 0; i < 2; ++i) {
+        const qsizetype before = panel.editor().string().size();
+        for (int keys = 0; kept() <= before; ++keys) {
+            QVERIFY(keys < 10'000);
+            QTest::keyClick(&panel.editor(), Qt::Key_X);
+            QTest::qWait(2);
+        }
+    }
+    controller.setAutosavingBound(bound);
 }
 
 void MacroPanelTest::closesAndReopensTabs()

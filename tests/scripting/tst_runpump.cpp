@@ -1,4 +1,6 @@
+#include "document/VXDocument.h"
 #include "platform/CallLater.h"
+#include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
 #include "scripting/LiveCompletion.h"
@@ -19,6 +21,7 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -79,6 +82,7 @@ private Q_SLOTS:
     void endsWithTheTraceback();
     void waitsForTheEndOfOperations_data();
     void waitsForTheEndOfOperations();
+    void autosavesInTheMiddle();
     void answersTheStopButton();
     void tellsOfRuns();
     void tellsOfStandstill();
@@ -426,6 +430,40 @@ void RunPumpTest::waitsForTheEndOfOperations()
     QCOMPARE(m_panel->console->string(), u"in\nout\nend\n"_s);
     QCOMPARE(inside > 0, isPainted);
     QVERIFY(outside > 0);
+}
+
+void RunPumpTest::autosavesInTheMiddle()
+{
+    const QTemporaryDir folder;
+    const QByteArray before = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", QFile::encodeName(folder.path()));
+    DocumentController &controller = DocumentController::shared();
+    auto *document = new VXDocument;
+    controller.addDocument(document);
+    document->addInfo(VXGlyphInfo::init());
+    QCOMPARE(controller.autosavingDelay(), 6.0);
+    const double bound = controller.autosavingBound();
+    controller.setAutosavingBound(0.2);
+    // What was there before lies on the disk when the script begins. What it does arrives while it works on,
+    // and again; the timers that would see to it have no turn meanwhile.
+    run(u"import glob, time\n"
+        "def kept():\n"
+        "    return ''.join(open(path, encoding='utf-8').read() for path in "
+        "glob.glob('%1/runebook/Autosave/*/*.xml'))\n"
+        "first, seen = kept(), []\n"
+        "info, end = Doc.infos()[0], time.time() + 60\n"
+        "count = 0\n"
+        "while len(seen) < 2 and time.time() < end:\n"
+        "    count += 1\n"
+        "    info.setSortName_('w%d' % count)\n"
+        "    words = kept().split('sortName=\"')\n"
+        "    if len(words) > 1 and words[1] not in seen: seen.append(words[1])\n"
+        "print('first', first.count('name=\"unknown\"'), first.count('sortName=\"'), 'then', len(seen))\n"_s
+            .arg(folder.path()));
+    controller.setAutosavingBound(bound);
+    QTRY_COMPARE(m_panel->console->toPlainText().trimmed(), u"first 1 0 then 2"_s);
+    document->close();
+    qputenv("XDG_DATA_HOME", before);
 }
 
 void RunPumpTest::answersTheStopButton()

@@ -1,0 +1,95 @@
+#include "editing/PendingTexts.h"
+
+#include "editing/FieldEditing.h"
+#include "editing/GlyphColumns.h"
+
+#include <QCoreApplication>
+#include <unordered_set>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("PendingTexts", text);
+}
+
+/// The places of the records as pairs of first and last.
+QJsonArray rangesOf(const VXDocument &document, const InfoList &infos)
+{
+    std::unordered_set<const VXGlyphInfo *> wanted;
+    for (const InfoPtr &info : infos)
+        wanted.insert(info.get());
+    QJsonArray ranges;
+    qsizetype first = -1;
+    qsizetype place = 0;
+    const auto close = [&] {
+        if (first >= 0)
+            ranges << QJsonArray {first, place - 1};
+        first = -1;
+    };
+    for (const InfoPtr &info : document.infos()) {
+        if (!wanted.contains(info.get()))
+            close();
+        else if (first < 0)
+            first = place;
+        ++place;
+    }
+    close();
+    return ranges;
+}
+
+InfoList recordsOf(const VXDocument &document, const QJsonObject &pending)
+{
+    InfoList infos;
+    for (const QJsonArray ranges = pending.value("records"_L1).toArray(); const QJsonValue &value : ranges) {
+        const QJsonArray range = value.toArray();
+        const qsizetype last = qMin(range.at(1).toInteger(-1), document.countOfInfos() - 1);
+        for (qsizetype place = qMax<qint64>(range.at(0).toInteger(-1), 0); place <= last; ++place)
+            infos.push_back(document.objectInInfosAtIndex(place));
+    }
+    // The list may be older than the text, and its places others.
+    const QString name = pending.value("name"_L1).toString();
+    if (!infos.empty() && infos.front()->name() == name)
+        return infos;
+    const InfoPtr named = document.infoForName(name);
+    return named ? InfoList {named} : InfoList();
+}
+
+} // namespace
+
+QJsonObject pendingText(const VXDocument &document, const InfoList &infos, GlyphField field,
+                        const QString &text)
+{
+    const QJsonArray ranges = rangesOf(document, infos);
+    const auto first = static_cast<std::size_t>(ranges.at(0).toArray().at(0).toInteger());
+    return {{u"field"_s, keyOfField(field)},
+            {u"text"_s, text},
+            {u"records"_s, ranges},
+            {u"name"_s, ranges.isEmpty() ? QString() : document.infos()[first]->name()}};
+}
+
+QStringList takePendingTexts(VXDocument &document, const QJsonArray &texts)
+{
+    QStringList refused;
+    for (const QJsonValue &value : texts) {
+        const QJsonObject pending = value.toObject();
+        const QString text = pending.value("text"_L1).toString();
+        const std::optional<GlyphField> field = fieldForKey(pending.value("field"_L1).toString());
+        const InfoList infos = field ? recordsOf(document, pending) : InfoList();
+        Error error;
+        if (infos.empty())
+            error.description = tr("The record is not there.");
+        else if (setFieldFromText(document, infos, *field, text, &error))
+            continue;
+        refused << tr("“%1” was being typed into “%2” of “%3” and could not be put there. %4")
+                       .arg(text, field ? fieldTitle(*field) : QString(),
+                            pending.value("name"_L1).toString(), error.text());
+    }
+    return refused;
+}
+
+} // namespace runebook
