@@ -12,6 +12,7 @@ namespace {
 constexpr auto kTraceback = "Traceback (most recent call last):"_L1;
 constexpr qsizetype kTracebackWord = 9;
 constexpr auto kString = "<string>"_L1;
+constexpr auto kPrompt = "<prompt>"_L1;
 constexpr auto kPanelLabel = "macro panel"_L1;
 
 /// False when none of the names can be in \a text: most output has none, and there is much of it.
@@ -89,7 +90,7 @@ ConsoleText ConsoleText::fromOutput(const QString &output)
         if (path == kPanelLabel)
             path = kString;
         const bool isMacro = path == kString;
-        if (!isMacro && !QFileInfo(path).isReadable())
+        if (!isMacro && path != kPrompt && !QFileInfo(path).isReadable())
             continue;
         const QString shown = isMacro ? u"<macro>"_s : path.section(u'/', -1);
         const UnitRange replaced {match->capturedStart(1), match->capturedLength(1)};

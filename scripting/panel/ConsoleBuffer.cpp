@@ -22,23 +22,23 @@ void join(ConsoleText &text, ConsoleText &&more)
 
 } // namespace
 
-void ConsoleBuffer::append(const QString &text, const ConsoleLimits &limits)
+qsizetype ConsoleBuffer::append(const QString &text, const ConsoleLimits &limits)
 {
     if (text.isEmpty())
-        return;
+        return 0;
     if (text.size() <= kSlice)
         appendMarked(text);
     else
         appendRaw(text, limits.units, std::make_shared<Marks>());
-    dropOldest(limits);
+    return dropOldest(limits);
 }
 
-void ConsoleBuffer::continueWrite(const QString &text, const ConsoleLimits &limits)
+qsizetype ConsoleBuffer::continueWrite(const QString &text, const ConsoleLimits &limits)
 {
     if (text.isEmpty())
-        return;
+        return 0;
     appendRaw(text, limits.units, m_lastMarks);
-    dropOldest(limits);
+    return dropOldest(limits);
 }
 
 void ConsoleBuffer::appendMarked(const QString &text)
@@ -64,16 +64,18 @@ void ConsoleBuffer::appendRaw(const QString &text, qsizetype maxUnits, const std
     m_units += entry.units();
 }
 
-void ConsoleBuffer::dropOldest(const ConsoleLimits &limits)
+qsizetype ConsoleBuffer::dropOldest(const ConsoleLimits &limits)
 {
+    const qsizetype linesBefore = m_lines;
     while (m_entries.size() > 1) {
         const Entry &oldest = m_entries.front();
         if (m_lines - oldest.lines < limits.lines && m_units - oldest.units() < limits.units)
-            return;
+            break;
         m_lines -= oldest.lines;
         m_units -= oldest.units();
         m_entries.pop_front();
     }
+    return linesBefore - m_lines;
 }
 
 ConsoleText ConsoleBuffer::take()

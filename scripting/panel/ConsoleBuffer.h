@@ -19,10 +19,10 @@ class ConsoleBuffer
 {
 public:
     /// Adds one write. The names of errors are marked once for each write; one of some megabytes is marked
-    /// bit by bit as it is taken, so that adding it costs next to nothing.
-    void append(const QString &text, const ConsoleLimits &limits);
+    /// bit by bit as it is taken, so that adding it costs next to nothing. Answers how many lines had to go for it.
+    qsizetype append(const QString &text, const ConsoleLimits &limits);
     /// More of the last write that was too large to be marked at once.
-    void continueWrite(const QString &text, const ConsoleLimits &limits);
+    qsizetype continueWrite(const QString &text, const ConsoleLimits &limits);
     /// The next piece, some 30,000 units at most, that ends a line if it can. Not when empty.
     ConsoleText take();
     bool isEmpty() const { return m_entries.empty(); }
@@ -47,7 +47,7 @@ private:
 
     void appendMarked(const QString &text);
     void appendRaw(const QString &text, qsizetype maxUnits, const std::shared_ptr<Marks> &marks);
-    void dropOldest(const ConsoleLimits &limits);
+    qsizetype dropOldest(const ConsoleLimits &limits);
     static void keepFirstMarks(ConsoleText &text, Marks &marks);
     ConsoleText takeSlice(Entry &entry);
 

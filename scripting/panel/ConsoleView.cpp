@@ -7,7 +7,9 @@
 #include "scripting/panel/ConsoleFormats.h"
 
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QMimeData>
+#include <QRegularExpression>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -39,7 +41,11 @@ bool endsBlock(QChar character)
 
 } // namespace
 
-ConsoleView::ConsoleView(QWidget *parent) : QPlainTextEdit(parent), m_storage(new ConsoleTextStorage(*this))
+ConsoleView::ConsoleView(QWidget *parent)
+    : QPlainTextEdit(parent),
+      m_storage(new ConsoleTextStorage(*this)),
+      m_droppedNote(plainLabel({}, this)),
+      m_classScan(document())
 {
     setReadOnly(true);
     setUndoRedoEnabled(false);
@@ -53,7 +59,11 @@ ConsoleView::ConsoleView(QWidget *parent) : QPlainTextEdit(parent), m_storage(ne
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
     viewport()->setMouseTracking(true);
+    m_droppedNote->setForegroundRole(QPalette::PlaceholderText);
+    m_droppedNote->setIndent(kInsetWidth);
+    m_droppedNote->hide();
 
+    m_classScan.setKeepPositionOnInsert(true);
     m_frame.setSingleShot(true);
     m_frame.setInterval(kFrameMs);
     connect(&m_frame, &QTimer::timeout, this, &ConsoleView::showPending);
@@ -72,14 +82,15 @@ ConsoleView::~ConsoleView() = default;
 
 void ConsoleView::append(const QString &text, Kind kind)
 {
-    m_pending.append(kind == Kind::Error ? cleanupErrorMessage(text) : text, m_limits);
+    const QString shown = m_escapes.filtered(text);
+    noteDropped(m_pending.append(kind == Kind::Error ? cleanupErrorMessage(shown) : shown, m_limits));
     m_unitsWritten += text.size();
     showSoon();
 }
 
 void ConsoleView::continueWrite(const QString &text)
 {
-    m_pending.continueWrite(text, m_limits);
+    noteDropped(m_pending.continueWrite(m_escapes.filtered(text), m_limits));
     m_unitsWritten += text.size();
     showSoon();
 }
@@ -173,6 +184,37 @@ void ConsoleView::insert(QTextCursor &cursor, const ConsoleText &text)
         place = mark.range.location + mark.range.length;
     }
     insertRun(cursor, all.sliced(place), {});
+    markErrorClasses(text.text);
+}
+
+/// Marks the class at the end of a traceback, which may be anybody's, by its place: the first line that is not
+/// indented. Interpreters write such a line in pieces, so only the document has all of it.
+void ConsoleView::markErrorClasses(QStringView newText)
+{
+    constexpr auto kTraceback = "Traceback (most recent call last):"_L1;
+    if (!m_isInTraceback && !newText.contains(kTraceback)) {
+        m_classScan.movePosition(QTextCursor::End);
+        return;
+    }
+    static const QRegularExpression className(u"^(?:\\w+\\.)*([^\\W\\d]\\w*)(?=:|$)"_s,
+                                              QRegularExpression::UseUnicodePropertiesOption);
+    QTextBlock block = m_classScan.block();
+    for (; block.next().isValid(); block = block.next()) {
+        const QString line = block.text();
+        if (line.contains(kTraceback)) {
+            m_isInTraceback = true;
+        } else if (m_isInTraceback && !line.startsWith("  "_L1)) {
+            m_isInTraceback = false;
+            const QRegularExpressionMatch found = className.match(line);
+            if (!found.hasMatch() || !m_emphasisFont)
+                continue;
+            QTextCursor name(block);
+            name.setPosition(block.position() + static_cast<int>(found.capturedStart(1)));
+            name.setPosition(block.position() + static_cast<int>(found.capturedEnd(1)), QTextCursor::KeepAnchor);
+            name.setCharFormat(emphasisFormat());
+        }
+    }
+    m_classScan.setPosition(block.position());
 }
 
 /// Inserts as much at once as the document ends its blocks by itself.
@@ -181,22 +223,32 @@ void ConsoleView::insertRun(QTextCursor &cursor, QStringView text, const QTextCh
     qsizetype begin = 0;
     qsizetype column = cursor.positionInBlock();
     const auto flush = [&](qsizetype end) {
+        const QTextBlock block = cursor.block();
         if (end > begin)
             cursor.insertText(text.sliced(begin, end - begin).toString(), format);
+        if (!block.isVisible())
+            hideBlock(block); // its layout counts its lines again
         begin = end;
     };
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar character = text[i];
+        const bool isPair = character == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n';
+        if (character == u'\r' && !isPair) {
+            flush(i);
+            begin = i + 1;
+            m_isReturned = true;
+            continue;
+        }
+        if (std::exchange(m_isReturned, false) && !isPair && character != u'\n') {
+            beginLineAnew(cursor);
+            column = 0;
+        }
         if (character == u'\n') {
             ++m_lines;
             column = 0;
         } else if (endsBlock(character)) {
             flush(i);
-            const bool isPair = character == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n';
-            endBlock(cursor,
-                     character != u'\r' ? BlockEnd::ParagraphSeparator
-                         : isPair       ? BlockEnd::ReturnLineFeed
-                                        : BlockEnd::Return);
+            endBlock(cursor, isPair ? BlockEnd::ReturnLineFeed : BlockEnd::ParagraphSeparator);
             i += isPair ? 1 : 0;
             begin = i + 1;
             column = 0;
@@ -215,8 +267,24 @@ void ConsoleView::endBlock(QTextCursor &cursor, BlockEnd end)
     if (end != BlockEnd::Cut)
         ++m_lines;
     cursor.insertBlock({}, {});
-    cursor.block().previous().setUserState(static_cast<int>(end));
+    QTextBlock before = cursor.block().previous();
+    before.setUserState(static_cast<int>(end));
     cursor.block().setUserState(static_cast<int>(BlockEnd::LineFeed));
+    // A long line is folded at its first cut; whoever has it shown sees what comes, too.
+    if (end == BlockEnd::Cut && (lineStart(before) == before || !before.isVisible()))
+        hideBlock(cursor.block());
+    else
+        cursor.block().setVisible(true);
+}
+
+void ConsoleView::beginLineAnew(QTextCursor &cursor)
+{
+    QTextBlock line = lineStart(cursor.block());
+    cursor.setPosition(line.position(), QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    line = cursor.block();
+    line.setUserState(static_cast<int>(BlockEnd::LineFeed));
+    line.setVisible(true);
 }
 
 /// Removes what is too much from the top; answers how many blocks that were.
@@ -225,6 +293,7 @@ int ConsoleView::dropOldest()
     qsizetype units = document()->characterCount();
     QTextBlock block = document()->begin();
     int blocks = 0;
+    const qsizetype linesBefore = m_lines;
     while (block.next().isValid() && (m_lines > m_limits.lines || units > m_limits.units)) {
         if (block.userState() != static_cast<int>(BlockEnd::Cut))
             --m_lines;
@@ -238,8 +307,36 @@ int ConsoleView::dropOldest()
         top.setPosition(block.position(), QTextCursor::KeepAnchor);
         top.removeSelectedText();
         document()->begin().setUserState(state);
+        document()->begin().setVisible(true);
+        noteDropped(linesBefore - m_lines);
     }
     return blocks;
+}
+
+void ConsoleView::noteDropped(qsizetype lines)
+{
+    if (lines == 0)
+        return;
+    m_dropped += lines;
+    m_droppedNote->setText(tr("The first %1 lines were dropped.").arg(locale().toString(m_dropped)));
+    if (m_droppedNote->isHidden()) {
+        m_droppedNote->show();
+        setViewportMargins(kInsetWidth - kInsetHeight, m_droppedNote->sizeHint().height(),
+                           kInsetWidth - kInsetHeight, 0);
+    }
+    placeDroppedNote();
+}
+
+void ConsoleView::placeDroppedNote()
+{
+    m_droppedNote->setGeometry(frameWidth(), frameWidth(), viewport()->width() + 2 * kInsetWidth,
+                               m_droppedNote->sizeHint().height());
+}
+
+void ConsoleView::resizeEvent(QResizeEvent *event)
+{
+    QPlainTextEdit::resizeEvent(event);
+    placeDroppedNote();
 }
 
 void ConsoleView::clearText()
@@ -247,7 +344,14 @@ void ConsoleView::clearText()
     m_pending.clear();
     clear();
     m_lines = 0;
-    m_hasOddEnds = false;
+    m_dropped = 0;
+    m_isReturned = m_isInTraceback = m_hasOddEnds = false;
+    m_escapes = {};
+    m_classScan.movePosition(QTextCursor::Start);
+    if (!m_droppedNote->isHidden()) {
+        m_droppedNote->hide();
+        setViewportMargins(kInsetWidth - kInsetHeight, 0, kInsetWidth - kInsetHeight, 0);
+    }
 }
 
 void ConsoleView::setString(const QString &text)
@@ -302,9 +406,6 @@ QString ConsoleView::textBetween(int from, int to) const
         switch (static_cast<BlockEnd>(block.userState())) {
         case BlockEnd::Cut:
             break;
-        case BlockEnd::Return:
-            text += u'\r';
-            break;
         case BlockEnd::ReturnLineFeed:
             text += "\r\n"_L1;
             break;
@@ -321,7 +422,7 @@ QString ConsoleView::textBetween(int from, int to) const
 /// How much longer the end of a block is in the text than the one unit it has in the document.
 static int extraLength(const QTextBlock &block)
 {
-    constexpr int kCut = 0, kReturnLineFeed = 2;
+    constexpr int kCut = 0, kReturnLineFeed = 1;
     return block.userState() == kCut ? -1 : block.userState() == kReturnLineFeed ? 1 : 0;
 }
 

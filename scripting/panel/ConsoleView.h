@@ -2,11 +2,16 @@
 
 #include "codeeditor/TextRange.h"
 #include "scripting/panel/ConsoleBuffer.h"
+#include "scripting/panel/EscapeFilter.h"
 
 #include <QPlainTextEdit>
+#include <QTextBlock>
+#include <QTextCursor>
 #include <QTimer>
 #include <QVariantMap>
 #include <optional>
+
+class QLabel;
 
 namespace runebook {
 
@@ -14,7 +19,8 @@ class ConsoleTextStorage;
 
 /// What scripts print: read-only, wrapped, references to lines of files as links. Output appears within a
 /// frame of being written, however often it is written, and never takes the view away from someone who has
-/// scrolled back. Indexes and ranges are UTF-16 units of string(). Main thread only.
+/// scrolled back. A carriage return begins the line anew, as in a terminal; its colours are left out. Of a line of
+/// many thousand characters the beginning is shown until somebody asks for all of it. Indexes and ranges are UTF-16 units of string(). Main thread only.
 class ConsoleView : public QPlainTextEdit
 {
     Q_OBJECT
@@ -65,6 +71,8 @@ public: // links
     bool activateLink();
 
 Q_SIGNALS:
+    /// The wheel was turned with Ctrl: larger for positive \a steps.
+    void zoomRequested(int steps);
     /// \a line as it was printed, perhaps empty; \a path "<string>" is the code of the panel.
     void linkActivated(const QString &path, const QString &line);
 
@@ -73,6 +81,9 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void changeEvent(QEvent *event) override;
     bool viewportEvent(QEvent *event) override;
@@ -82,30 +93,55 @@ protected:
 private:
     /// What ends a block of the document. Long lines are cut into several blocks, since the layout of one
     /// line of a megabyte takes seconds.
-    enum class BlockEnd { LineFeed = -1, Cut = 0, Return, ReturnLineFeed, ParagraphSeparator };
+    enum class BlockEnd { LineFeed = -1, Cut = 0, ReturnLineFeed, ParagraphSeparator };
+
+    /// What stands at the end of a folded line, in the viewport.
+    struct Fold {
+        QString text;
+        QRect label, show, copy;
+    };
 
     void showSoon();
     void showPendingFor(qint64 milliseconds);
     void insert(QTextCursor &cursor, const ConsoleText &text);
     void insertRun(QTextCursor &cursor, QStringView text, const QTextCharFormat &format);
     void endBlock(QTextCursor &cursor, BlockEnd end);
+    void beginLineAnew(QTextCursor &cursor);
     int dropOldest();
+    void noteDropped(qsizetype lines);
+    void placeDroppedNote();
+    void markErrorClasses(QStringView newText);
     void giveBackMemory();
     void readLineLimit();
     QTextCharFormat emphasisFormat() const;
     QTextCharFormat linkFormat(const FileLink &link) const;
     void restyle();
+    static bool isFolded(const QTextBlock &block);
+    static QTextBlock lineStart(QTextBlock block);
+    static void hideBlock(QTextBlock block);
+    void showWholeLine(const QTextBlock &head);
+    void copyWholeLine(const QTextBlock &head) const;
+    Fold foldOf(const QTextBlock &head) const;
+    QTextBlock foldedBlockAt(const QPoint &position) const;
+    bool clickFold(const QPoint &position);
     QString textBetween(int from, int to) const;
     int indexOfPosition(int position) const;
     int positionOfIndex(int index) const;
 
     ConsoleTextStorage *m_storage; // owned as a child
+    QLabel *m_droppedNote; // owned as a child
+    EscapeFilter m_escapes;
     ConsoleBuffer m_pending;
     ConsoleLimits m_limits;
     QTimer m_frame;
     std::optional<QFont> m_emphasisFont;
     qsizetype m_lines = 0; ///< line ends in the document
     qsizetype m_unitsWritten = 0; ///< since memory was given back
+    qsizetype m_dropped = 0; ///< lines, since the console was emptied
+    bool m_isReturned = false; ///< the next text begins the last line anew
+    bool m_isInTraceback = false;
+    QTextCursor m_classScan; ///< up to where classes of errors have been looked for
+    int m_wheelDelta = 0;
     bool m_hasOddEnds = false; ///< some block does not end in a plain line feed
     QStringList m_pressedLink;
 };

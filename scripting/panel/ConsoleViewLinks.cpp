@@ -9,6 +9,7 @@
 #include <QTextBlock>
 #include <QTextLayout>
 #include <QToolTip>
+#include <QWheelEvent>
 #include <QtMath>
 
 // Links of the console: under the mouse, with the keyboard, in the menu.
@@ -87,12 +88,22 @@ void ConsoleView::keyPressEvent(QKeyEvent *event)
 void ConsoleView::mouseMoveEvent(QMouseEvent *event)
 {
     QPlainTextEdit::mouseMoveEvent(event);
+    const QTextBlock folded = foldedBlockAt(event->position().toPoint());
+    if (folded.isValid()) {
+        const Fold fold = foldOf(folded);
+        if (QRect(fold.show.topLeft(), fold.copy.bottomRight()).contains(event->position().toPoint())) {
+            viewport()->setCursor(Qt::PointingHandCursor);
+            return;
+        }
+    }
     viewport()->setCursor(linkAt(event->position().toPoint()).isEmpty() ? Qt::IBeamCursor
                                                                         : Qt::PointingHandCursor);
 }
 
 void ConsoleView::mousePressEvent(QMouseEvent *event)
 {
+    if (event->button() == Qt::LeftButton && clickFold(event->position().toPoint()))
+        return;
     m_pressedLink = event->button() == Qt::LeftButton ? linkAt(event->position().toPoint()) : QStringList();
     QPlainTextEdit::mousePressEvent(event);
 }
@@ -105,6 +116,21 @@ void ConsoleView::mouseReleaseEvent(QMouseEvent *event)
     if (!pressed.isEmpty() && event->button() == Qt::LeftButton && !textCursor().hasSelection()
         && pressed == linkAt(event->position().toPoint()))
         Q_EMIT linkActivated(pressed[0], pressed[1]);
+}
+
+void ConsoleView::wheelEvent(QWheelEvent *event)
+{
+    if (!event->modifiers().testFlag(Qt::ControlModifier)) {
+        QPlainTextEdit::wheelEvent(event);
+        return;
+    }
+    // The view's own way makes this text larger and no other, and forgets it.
+    m_wheelDelta += event->angleDelta().y();
+    if (const int steps = m_wheelDelta / QWheelEvent::DefaultDeltasPerStep) {
+        m_wheelDelta -= steps * QWheelEvent::DefaultDeltasPerStep;
+        Q_EMIT zoomRequested(steps);
+    }
+    event->accept();
 }
 
 bool ConsoleView::viewportEvent(QEvent *event)
@@ -126,6 +152,12 @@ void ConsoleView::contextMenuEvent(QContextMenuEvent *event)
     const QStringList link = linkAt(event->pos());
     if (!link.isEmpty()) {
         menu.addAction(tr("Open Link"), this, [this, link] { Q_EMIT linkActivated(link[0], link[1]); });
+        menu.addSeparator();
+    }
+    const QTextBlock line = foldedBlockAt(event->pos());
+    if (line.isValid()) {
+        menu.addAction(tr("Show Whole Line"), this, [this, line] { showWholeLine(line); });
+        menu.addAction(tr("Copy Whole Line"), this, [this, line] { copyWholeLine(line); });
         menu.addSeparator();
     }
     QAction *copyAction = menu.addAction(tr("Copy"), QKeySequence::Copy, this, &ConsoleView::copy);

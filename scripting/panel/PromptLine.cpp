@@ -47,6 +47,13 @@ void PromptLine::submit()
     Q_EMIT hasRun();
 }
 
+void PromptLine::recallLast()
+{
+    if (text().isEmpty())
+        setText(m_history.earlier({}));
+    setFocus(Qt::OtherFocusReason);
+}
+
 bool PromptLine::event(QEvent *event)
 {
     // The window's shortcuts and the way to the next control would take these first.

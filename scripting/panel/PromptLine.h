@@ -20,6 +20,8 @@ public:
 public Q_SLOTS:
     /// Runs what is in the line, keeps it in the history and empties the line.
     void submit();
+    /// Puts the line that ran last into the empty line again and takes the keyboard.
+    void recallLast();
     /// Offers names for the one before the caret; takes it when there is only one.
     void complete();
 

@@ -14,6 +14,7 @@
 #include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QKeyEvent>
+#include <QWheelEvent>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -123,6 +124,7 @@ void VXMacroViewController::makeEditor()
     m_document->setSourceText(m_macroText);
     // After the document's own filter, to come before it: it paints with the colours that are set here.
     m_macroText->installEventFilter(this);
+    m_macroText->viewport()->installEventFilter(this);
     m_macroText->show(); // at once: made while its surroundings appear, it would come too late for the focus
 }
 
@@ -139,6 +141,8 @@ bool VXMacroViewController::eventFilter(QObject *watched, QEvent *event)
         macroText();
     } else if (event->type() == QEvent::PaletteChange && watched == m_macroText) {
         m_document->tokenizer()->setKeywords(keywordAttributes());
+    } else if (event->type() == QEvent::Wheel && m_macroText && watched == m_macroText->viewport()) {
+        return zoomByWheel(*static_cast<QWheelEvent *>(event));
     } else if (event->type() == QEvent::ShortcutOverride && watched == m_macroText) {
         // The editor would take the key for a line break; here it is a command of the panel.
         const auto *press = static_cast<QKeyEvent *>(event);
@@ -149,6 +153,18 @@ bool VXMacroViewController::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QObject::eventFilter(watched, event);
+}
+
+/// Everything in the panel follows the one size, which is kept; the view's own zoom would do neither.
+bool VXMacroViewController::zoomByWheel(const QWheelEvent &wheel)
+{
+    if (!wheel.modifiers().testFlag(Qt::ControlModifier))
+        return false;
+    m_wheelDelta += wheel.angleDelta().y();
+    const int steps = m_wheelDelta / QWheelEvent::DefaultDeltasPerStep;
+    m_wheelDelta -= steps * QWheelEvent::DefaultDeltasPerStep;
+    zoomBySteps(steps);
+    return true;
 }
 
 QStringList VXMacroViewController::textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
@@ -283,6 +299,12 @@ void VXMacroViewController::zoomOut()
     UserDefaults &defaults = UserDefaults::standard();
     const int size = qMin(defaults.integerForKey(kFontSize), kLargestZoom) - 1;
     defaults.setObjectForKey(qMax(size, kSmallestZoom), kFontSize);
+}
+
+void VXMacroViewController::zoomBySteps(int steps)
+{
+    for (int step = 0; step < qAbs(steps); ++step)
+        steps > 0 ? zoomIn() : zoomOut();
 }
 
 void VXMacroViewController::zoomFitInWindow()

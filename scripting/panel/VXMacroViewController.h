@@ -12,6 +12,7 @@
 
 class JSTDocument;
 class JSTTextView;
+class QWheelEvent;
 class QWidget;
 
 Q_MOC_INCLUDE("codeeditor/JSTDocument.h")
@@ -71,6 +72,8 @@ public: // fonts; sizes in points
     Q_INVOKABLE static void zoomIn();
     Q_INVOKABLE static void zoomOut();
     Q_INVOKABLE static void zoomFitInWindow();
+    /// Larger for positive \a steps.
+    static void zoomBySteps(int steps);
 
 public: // lines, counted from 1
     /// From the start of the line to that of the next one. Empty at the text's end for a line there is not.
@@ -99,6 +102,7 @@ protected:
 
 private:
     void makeEditor();
+    bool zoomByWheel(const QWheelEvent &wheel);
     void needFonts();
     void giveFontToEditor();
     QVariantHash keywordAttributes() const;
@@ -109,6 +113,7 @@ private:
     QPointer<JSTTextView> m_macroText;
     JSTDocument *m_document = nullptr; // owned as a child
     int m_macroFontSize = 0;
+    int m_wheelDelta = 0; ///< not yet a step
     std::optional<QFont> m_macroFont;
     QFont m_macroFontBold;
     QFont m_macroFontItalic;

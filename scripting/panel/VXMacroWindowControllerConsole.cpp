@@ -28,6 +28,7 @@ constexpr auto kFontSize = "MacroCodeFontSize"_L1;
 constexpr auto kDocumentation = "VXDocumentationURL"_L1;
 constexpr auto kSnippetsFile = "MacroSnippets.plist"_L1;
 constexpr auto kMacroPath = "<string>"_L1;
+constexpr auto kPromptPath = "<prompt>"_L1;
 
 constexpr int kSmallestConsoleFont = 7;
 constexpr int kLargestConsoleFont = 40;
@@ -55,6 +56,7 @@ void VXMacroWindowController::setUpConsole()
     connect(&console(), &ConsoleView::linkActivated, this, [this](const QString &path, const QString &line) {
         textViewClickedOnLinkAtIndex(&console(), {path, line}, 0);
     });
+    connect(&console(), &ConsoleView::zoomRequested, this, &VXMacroViewController::zoomBySteps);
 }
 
 void VXMacroWindowController::fontSizeChanged()
@@ -180,6 +182,8 @@ bool VXMacroWindowController::textViewClickedOnLinkAtIndex(QObject *textView, co
             tab->selectTextForLine(line.toInt());
             tab->macroText()->setFocus(Qt::OtherFocusReason);
         }
+    } else if (path == kPromptPath) {
+        m_window->parts().prompt->recallLast();
     } else {
         ExternalEditors::open(path, line);
     }

@@ -4,11 +4,13 @@
 #include "tests/scripting/Interpreters.h"
 
 #include <QClipboard>
+#include <QLabel>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTextBlock>
+#include <QWheelEvent>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -22,6 +24,11 @@ private Q_SLOTS:
     void init();
     void givesTextBackAsWritten_data();
     void givesTextBackAsWritten();
+    void showsAsATerminal_data();
+    void showsAsATerminal();
+    void foldsLongLines();
+    void marksClassesOfErrors();
+    void asksForZoom();
     void keepsTheNewestLines_data();
     void keepsTheNewestLines();
     void readsItsLimitFromTheDefaults();
@@ -82,9 +89,9 @@ void ConsoleTest::givesTextBackAsWritten_data()
     QTest::addColumn<QString>("text");
     QTest::newRow("lines") << u"a\n\nb\n"_s;
     QTest::newRow("no end") << u"a"_s;
-    QTest::newRow("returns") << u"10%\r20%\r\n30%\rdone\r\r\n"_s;
     QTest::newRow("separators") << u"a\u2028b\u2029c\u00A0d\u0085e\tf"_s;
-    QTest::newRow("zero, escape") << QString(u"a\0b\x1b[0m"_s);
+    QTest::newRow("zero") << QString(u"a\0b"_s);
+    QTest::newRow("two kinds of line ends") << u"a\r\nb\n\r\n"_s;
     QTest::newRow("one line of a megabyte") << QString(1'000'000, u'x') + u"\nend"_s;
     QTest::newRow("a long line of pairs") << QString::fromUtf8("a") + QString(u"\U0001F600"_s).repeated(9000);
 }
@@ -109,6 +116,105 @@ void ConsoleTest::givesTextBackAsWritten()
         QVERIFY(block.length() <= 4200); // or its layout would take seconds
     m_console->clearText();
     QCOMPARE(m_console->string(), QString());
+}
+
+void ConsoleTest::showsAsATerminal_data()
+{
+    QTest::addColumn<QString>("written");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("progress") << u"10%\r20%\r100%\nend"_s << u"100%\nend"_s;
+    QTest::newRow("a return alone keeps the line") << u"one\n10%\r"_s << u"one\n10%"_s;
+    QTest::newRow("returns before a line end") << u"done\r\r\nnext"_s << u"done\r\nnext"_s;
+    QTest::newRow("a long line begun anew") << QString(10'000, u'x') + u"\rend\n"_s << u"end\n"_s;
+    QTest::newRow("colours") << u"\x1b[1;31mred\x1b[0m \x1b[38;5;12mblue\x1b[m"_s << u"red blue"_s;
+    QTest::newRow("movements") << u"a\x1b[2K\x1b[1Ab\x1b(Bc"_s << u"abc"_s;
+    QTest::newRow("title of the window") << u"\x1b]0;title\aa\x1b]8;;http://x\x1b\\b"_s << u"ab"_s;
+    QTest::newRow("cut sequence") << u"a\x1b[12\nb"_s << u"a\nb"_s;
+}
+
+void ConsoleTest::showsAsATerminal()
+{
+    QFETCH(QString, written);
+    QFETCH(QString, shown);
+    m_console->append(written, Kind::Output);
+    QCOMPARE(m_console->string(), shown);
+    m_console->clearText();
+    const qsizetype step = written.size() > 1000 ? 999 : 1;
+    for (qsizetype i = 0; i < written.size(); i += step) {
+        m_console->append(written.mid(i, step), Kind::Output);
+        m_console->showPending();
+    }
+    if (!written.contains("\r\n"_L1)) // which are one only together
+        QCOMPARE(m_console->string(), shown);
+}
+
+void ConsoleTest::foldsLongLines()
+{
+    const QString line(50'000, u'x');
+    m_console->append(line + u"\nend\n"_s, Kind::Output);
+    m_console->append(u"y"_s + line.left(5000), Kind::Output);
+    m_console->showPending();
+    const auto shown = [this] {
+        qsizetype units = 0;
+        for (QTextBlock block = m_console->document()->begin(); block.isValid(); block = block.next())
+            units += block.isVisible() ? block.length() - 1 : 0;
+        return units;
+    };
+    QCOMPARE(shown(), 2 * 4096 + 3);
+    for (QTextBlock block = m_console->document()->begin(); block.isValid(); block = block.next())
+        QVERIFY(block.isVisible() || block.lineCount() == 0); // or the scroll bar counts what nobody sees
+    QCOMPARE(m_console->string().size(), 50'000 + 5 + 5001);
+    m_console->verticalScrollBar()->setValue(0);
+    m_console->moveCursor(QTextCursor::Start);
+    // Both stand at the right of the folded line's last row.
+    const QTextBlock head = m_console->document()->begin();
+    const int rows = head.layout()->lineCount();
+    const int height = qRound(head.layout()->boundingRect().height());
+    QVERIFY(rows > 1 && height < 4000);
+    m_console->resize(500, height + 100);
+    m_console->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_console.get()));
+    QWidget *view = m_console->viewport();
+    const int bottom = qRound(m_console->document()->documentMargin() + head.layout()->boundingRect().height());
+    const int y = bottom - m_console->fontMetrics().height() / 2;
+    const int letter = m_console->fontMetrics().horizontalAdvance(u'm');
+    QGuiApplication::clipboard()->clear();
+    QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(view->width() - letter - 4, y));
+    QCOMPARE(QGuiApplication::clipboard()->text(), line);
+    const int copyWidth = m_console->fontMetrics().horizontalAdvance(u"Copy"_s);
+    QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(view->width() - 2 * letter - copyWidth - 4, y));
+    QCOMPARE(shown(), 50'000 + 3 + 4096);
+    QVERIFY(m_console->verticalScrollBar()->maximum() > 50'000 / 4096 * rows - 50);
+    m_console->append(line, Kind::Output); // of the second line, which stays folded
+    m_console->showPending();
+    QCOMPARE(shown(), 50'000 + 3 + 4096);
+}
+
+void ConsoleTest::marksClassesOfErrors()
+{
+    for (const auto piece : {"Traceback (most recent call last):\n"_L1, "  File \"x\", line 1\n"_L1, "    go()\n"_L1,
+                             "my.tools.Trouble"_L1, ": "_L1, "why\n"_L1, "Trouble: not one\n"_L1})
+        m_console->append(piece, Kind::Error);
+    const QString text = m_console->string();
+    const auto isMarked = [&](qsizetype at) {
+        return m_console->attributesAtIndex(static_cast<int>(at), nullptr).value(u"NSFont"_s).value<QFont>().bold();
+    };
+    const qsizetype name = text.indexOf("Trouble"_L1);
+    QVERIFY(isMarked(name) && isMarked(name + 6));
+    QVERIFY(!isMarked(name - 1) && !isMarked(name + 7) && !isMarked(text.lastIndexOf("Trouble"_L1)));
+}
+
+void ConsoleTest::asksForZoom()
+{
+    QSignalSpy zoomed(m_console.get(), &ConsoleView::zoomRequested);
+    const QFont before = m_console->font();
+    for (const int delta : {60, 60, -240}) {
+        QWheelEvent wheel({10, 10}, {10, 10}, {}, {0, delta}, Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase,
+                          false);
+        QCoreApplication::sendEvent(m_console->viewport(), &wheel);
+    }
+    QCOMPARE(zoomed, (QList<QVariantList> {{1}, {-2}}));
+    QCOMPARE(m_console->font(), before);
 }
 
 void ConsoleTest::keepsTheNewestLines_data()
@@ -159,6 +265,7 @@ void ConsoleTest::agreesWithASimpleModel()
     QRandomGenerator random(7);
     m_console->setLineLimit(50);
     QString model;
+    qsizetype dropped = 0;
     const QStringList pieces {
         u"\n"_s,   u"word "_s,      u"\r\n"_s,           u"KeyError"_s,
         u"\n\n"_s, u"\U0001F600"_s, QString(5000, u'y'), u"File \"<string>\", line 3\n"_s};
@@ -173,6 +280,11 @@ void ConsoleTest::agreesWithASimpleModel()
         const QString text = m_console->string();
         QVERIFY(model.endsWith(text));
         QVERIFY(text.size() == model.size() || text.count(u'\n') == 50);
+        dropped += model.count(u'\n') - text.count(u'\n');
+        const auto *note = m_console->findChild<QLabel *>();
+        QCOMPARE(note->isHidden(), dropped == 0);
+        QVERIFY2(dropped == 0 || note->text().contains(m_console->locale().toString(dropped)),
+                 qPrintable(note->text()));
         model = text;
     }
 }
