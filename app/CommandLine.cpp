@@ -53,6 +53,9 @@ CommandLine parseCommandLine(const QStringList &arguments)
         u"script"_s);
     const QCommandLineOption eval(u"eval"_s, tr("The same with code instead of a script file."), u"code"_s);
     const QCommandLineOption save(u"save"_s, tr("With --run and --eval: write the files that were changed."));
+    const QCommandLineOption ignoreRescue(
+        u"ignore-rescue"_s,
+        tr("Without windows: go on although an interrupted save of a file has left a rescue file."));
     const QCommandLineOption newInstance(
         u"new-instance"_s,
         tr("Start on its own, even when Runebook runs already; the files would go to it."));
@@ -61,7 +64,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
     QCommandLineOption reopen(u"reopen"_s, {}, u"session"_s);
     for (QCommandLineOption *option : {&watchRun, &reopen})
         option->setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({help, version, compare, key, json, run, eval, save, newInstance, watchRun, reopen});
+    parser.addOptions({help, version, compare, key, json, run, eval, save, ignoreRescue, newInstance, watchRun,
+                       reopen});
 
     CommandLine line;
     if (!parser.parse(arguments))
@@ -69,6 +73,7 @@ CommandLine parseCommandLine(const QStringList &arguments)
     line.files = parser.positionalArguments();
     line.compareKey = parser.value(key);
     line.asJson = parser.isSet(json);
+    line.ignoresRescue = parser.isSet(ignoreRescue);
     line.startsNewInstance = parser.isSet(newInstance);
     line.sessionFile = parser.value(parser.isSet(watchRun) ? watchRun : reopen);
     if (parser.isSet(watchRun)) {

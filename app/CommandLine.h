@@ -15,6 +15,7 @@ struct CommandLine {
     QString script; ///< path of a script file; or
     QString code; ///< code to run
     bool savesFiles = false;
+    bool ignoresRescue = false; ///< goes on where an interrupted save has left its text
     bool startsNewInstance = false; ///< even when the program runs already
     /// For WatchRun, and for Windows after a program that was ended: the file that RunWatch wrote.
     QString sessionFile;

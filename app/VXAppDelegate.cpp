@@ -135,7 +135,7 @@ bool VXAppDelegate::keepForNextStart()
     m_isSessionKept = true;
     bool isKept = true;
     for (Document *document : DocumentController::shared().documentList()) {
-        document->commitEditing();
+        // What is being typed is kept as it stands: some of it would be refused and lost.
         isKept = document->autosave() && isKept;
     }
     if (m_macroPanelController->isWindowLoaded())

@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 #include "app/LastWindow.h"
+#include "app/LeaveOnSignal.h"
 #include "app/RunWatch.h"
 #include "app/RunWatchWindow.h"
 #include "app/Session.h"
@@ -8,7 +9,9 @@
 #include "app/VXApplication.h"
 #include "editing/CompareReport.h"
 #include "platform/FilePath.h"
+#include "platform/RescueFiles.h"
 #include "scripting/HeadlessRun.h"
+#include "scripting/RunPump.h"
 #include "scripting/ScriptRun.h"
 
 #include <QFileInfo>
@@ -25,8 +28,22 @@ namespace {
 
 constexpr int kWrongUse = 2;
 
+/// Whether the files may be read as they are: beside none of them lies what a save that did not end has left,
+/// unless the user says that this does not matter. To be asked by every mode without windows, before anything
+/// is read.
+bool areWhole(const CommandLine &line)
+{
+    Error error;
+    if (line.ignoresRescue || !RescueFiles::areMet(line.files, &error))
+        return true;
+    QTextStream(stderr) << "runebook: " << error.text() << '\n';
+    return false;
+}
+
 int compare(const CommandLine &line)
 {
+    if (!areWhole(line))
+        return kWrongUse;
     QTextStream output(stdout);
     Error error;
     const int status = compareFiles(line.files.at(0), line.files.at(1), *compareKeyFromWord(line.compareKey),
@@ -53,6 +70,8 @@ int withoutWindows(const CommandLine &line)
 
 int runScript(const CommandLine &line)
 {
+    if (!areWhole(line))
+        return kWrongUse;
     VXAppDelegate delegate;
     HeadlessOptions options;
     options.script = line.script;
@@ -108,6 +127,8 @@ int showWindows(const CommandLine &line)
         return 0;
     VXAppDelegate delegate;
     const LastWindow lastWindow;
+    LeaveOnSignal leaving([&delegate] { delegate.keepForNextStart(); });
+    QObject::connect(&RunPump::shared(), &RunPump::pumped, &leaving, &LeaveOnSignal::look);
     QObject::connect(&instance, &SingleInstance::filesReceived, &delegate, &VXAppDelegate::openFromElsewhere);
     const RunWatch runWatch(&Session::capture);
     const FirstPaint starting([&delegate] {

@@ -1,7 +1,10 @@
 #include "platform/RescueFiles.h"
 
+#include "platform/FilePath.h"
+#include "platform/FileState.h"
 #include "platform/StandardFolders.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -19,6 +22,11 @@ namespace runebook::RescueFiles {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("RescueFiles", text);
+}
 
 constexpr auto kSuffix = ".runebook-rescue"_L1;
 constexpr auto kUnfinished = ".part"_L1;
@@ -185,6 +193,36 @@ QList<Found> leftFor(const QString &target)
             found << Found {rescue, path};
     }
     return found;
+}
+
+bool areMet(const QStringList &files, Error *error)
+{
+    for (const QString &file : files) {
+        const QFileInfo info(pathFromURL(file));
+        const QString canonical = info.canonicalFilePath();
+        const QString target = canonical.isEmpty() ? info.absoluteFilePath() : canonical;
+        QStringList places {placeBeside(target)};
+        if (const QString data = StandardFolders::userData(); QFileInfo(data + "/Rescue"_L1).isDir())
+            places << placeInOwnFolder(target);
+        for (const QString &place : std::as_const(places)) {
+            for (int attempt = 0; attempt < kAttempts; ++attempt) {
+                const QString rescue = attempt ? place + u'-' + QString::number(attempt) : place;
+                const bool isThere = QFileInfo(rescue).isFile();
+                if (!isThere && attempt > 1)
+                    break;
+                if (!isThere || isInUse(rescue) || haveSameContent(rescue, target))
+                    continue;
+                fail(error,
+                     {u"RescueError"_s, 1,
+                      tr("A save of “%1” did not end; its whole text lies in “%2”.").arg(file, rescue),
+                      {},
+                      tr("Open the file in a window to restore or discard it, or go on with "
+                         "--ignore-rescue.")});
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 QList<Found> leftForAny()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/CheckedFile.h"
+#include "platform/Error.h"
 
 #include <QList>
 #include <QString>
@@ -35,6 +36,9 @@ struct Found {
 };
 /// The whole rescue files that dead saves of \a target left.
 QList<Found> leftFor(const QString &target);
+/// Whether dead saves of one of \a files, paths or URLs, left a text that is another than the file's: the
+/// error names both. Only looks: nothing is made or taken away.
+bool areMet(const QStringList &files, Error *error);
 /// All that are known: those that notes name, and those in the user's data folder. Takes away notes, and
 /// unfinished files, that are of no use to anybody.
 QList<Found> leftForAny();

@@ -1,6 +1,8 @@
 #include "app/CommandLine.h"
 #include "tests/TestMain.h"
 
+#include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -95,6 +97,74 @@ private Q_SLOTS:
         const Outcome json = run({u"--compare"_s, sample, copy, u"--json"_s});
         QCOMPARE(json.status, 1);
         QVERIFY(QJsonDocument::fromJson(json.output.toUtf8()).array().size() >= 1);
+    }
+
+    void stopsAtRescueFiles_data()
+    {
+        QTest::addColumn<QStringList>("mode");
+        QTest::addColumn<bool>("isBeside"); // or in the user's data folder
+        QTest::addColumn<bool>("isSame"); // a save that had ended all but for this file
+        const QString code = u"Doc.infos()[0].setName_('x')"_s;
+        const QStringList eval {u"--eval"_s, code, u"--save"_s};
+        const QStringList run {u"--run"_s, u"SCRIPT"_s, u"--save"_s};
+        QTest::newRow("eval") << eval << true << false;
+        QTest::newRow("run") << run << true << false;
+        QTest::newRow("run, in the data folder") << run << false << false;
+        QTest::newRow("eval, ended") << eval << true << true;
+        QTest::newRow("compare") << QStringList {u"--compare"_s, u"SAMPLE"_s} << true << false;
+        QTest::newRow("compare, in the data folder")
+            << QStringList {u"--compare"_s, u"SAMPLE"_s} << false << false;
+    }
+
+    void stopsAtRescueFiles()
+    {
+        QFETCH(QStringList, mode);
+        QFETCH(bool, isBeside);
+        QFETCH(bool, isSame);
+        const QTemporaryDir folder;
+        const auto write = [&folder](const QString &name, const QByteArray &bytes) {
+            QFile file(folder.filePath(name));
+            if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+                qFatal("cannot write %s", qPrintable(name));
+            return file.fileName();
+        };
+        const auto contentOf = [](const QString &path) {
+            QFile file(path);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+        };
+        const QByteArray text = "<glyphData>\n\t<glyph name=\"a\" />\n</glyphData>\n";
+        const QString file = write(u"a.xml"_s, text);
+        mode.replaceInStrings(u"SCRIPT"_s, write(u"s.py"_s, "Doc.infos()[0].setName_('x')\n"));
+        mode.replaceInStrings(u"SAMPLE"_s, write(u"b.xml"_s, text));
+        QString rescue = folder.filePath(u".a.xml.runebook-rescue"_s);
+        if (!isBeside) {
+            const QByteArray hash =
+                QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha1).toHex().left(10);
+            QVERIFY(QDir().mkpath(folder.filePath(u"data/runebook/Rescue"_s)));
+            rescue = folder.filePath(u"data/runebook/Rescue/a.xml-%1.runebook-rescue"_s.arg(
+                QString::fromLatin1(hash)));
+        }
+        QFile left(rescue);
+        QVERIFY(left.open(QIODevice::WriteOnly) && left.write(isSame ? text : text + text) > 0);
+        left.close();
+        const QByteArray dataBefore = qgetenv("XDG_DATA_HOME");
+        qputenv("XDG_DATA_HOME", QFile::encodeName(folder.filePath(u"data"_s)));
+        const Outcome met = run(mode + QStringList {file});
+        const QByteArray after = contentOf(file);
+        const Outcome ignored = run(mode + QStringList {u"--ignore-rescue"_s, file});
+        qputenv("XDG_DATA_HOME", dataBefore);
+        if (met.status == 3 || ignored.status == 3)
+            QSKIP("needs a supported Python");
+        QVERIFY(QFile::exists(rescue));
+        if (isSame) {
+            QCOMPARE(met.status, 0);
+            return;
+        }
+        QCOMPARE(met.status, 2);
+        QVERIFY2(met.errors.contains(rescue) && met.errors.contains(file), qPrintable(met.errors));
+        QCOMPARE(after, text);
+        QVERIFY2(ignored.status == 0, qPrintable(ignored.errors));
+        QCOMPARE(contentOf(file) == text, mode.front() == "--compare"_L1);
     }
 
     void scriptsDriveWindowsWithoutADisplay()
