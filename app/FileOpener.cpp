@@ -2,11 +2,9 @@
 
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
-#include "platform/PlainText.h"
 
 #include <QFileInfo>
-#include <QMessageBox>
-#include <QPushButton>
+#include <QProgressDialog>
 #include <QTimer>
 
 namespace runebook {
@@ -27,7 +25,7 @@ QWidget *frontWindow()
 
 FileOpener::~FileOpener()
 {
-    delete m_question;
+    delete m_progress;
 }
 
 void FileOpener::open(const QStringList &paths)
@@ -36,56 +34,77 @@ void FileOpener::open(const QStringList &paths)
     for (const QString &path : paths)
         m_paths << (path.startsWith("file:"_L1) ? path : QFileInfo(path).absoluteFilePath());
     m_paths.removeDuplicates();
-    if (isBusy || m_paths.isEmpty())
-        return;
-    const bool isMany = m_paths.size() > kAsksAbove;
-    openNext();
+    const bool isMany = m_paths.size() > kFew;
+    if (!isBusy && !m_paths.isEmpty())
+        openNext();
     if (isMany)
-        ask();
+        openBehind();
 }
 
 void FileOpener::openNext()
 {
-    if (m_paths.isEmpty() || m_question)
+    if (m_paths.isEmpty())
         return;
     const QString path = m_paths.takeFirst();
     Error error;
     if (!DocumentController::shared().openDocumentWithContentsOfURLDisplay(path, true, &error)
         && ++m_failureCount <= kShownFailures)
         m_failures << error.text();
+    showProgress();
     if (m_paths.isEmpty())
         finish();
     else
         QTimer::singleShot(0, this, &FileOpener::openNext);
 }
 
-void FileOpener::ask()
+/// From now on nothing comes in front of the window that is there.
+void FileOpener::openBehind()
 {
-    auto *box = new QMessageBox(frontWindow());
-    m_question = box;
-    box->setObjectName(u"manyFiles"_s);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setIcon(QMessageBox::Question);
-    setPlainTexts(*box, tr("Open %1 more files?").arg(m_paths.size()), tr("Each gets a window of its own."));
-    box->addButton(tr("&Open All"), QMessageBox::AcceptRole);
-    QPushButton *some = box->addButton(tr("Open &%1").arg(kAsksAbove), QMessageBox::AcceptRole);
-    QPushButton *none = box->addButton(tr("Open &None of Them"), QMessageBox::RejectRole);
-    box->setDefaultButton(some);
-    box->setEscapeButton(none);
-    connect(box, &QMessageBox::finished, this, [this, box, some, none] {
-        if (box->clickedButton() == some)
-            m_paths = m_paths.mid(0, kAsksAbove);
-        else if (box->clickedButton() == none)
-            m_paths.clear();
-        m_question = nullptr;
-        m_paths.isEmpty() ? finish() : openNext();
-    });
-    box->setWindowModality(box->parentWidget() ? Qt::WindowModal : Qt::NonModal);
-    box->show();
+    if (m_paths.isEmpty() || m_progress)
+        return;
+    m_openingMany.emplace();
+    m_progress = new QProgressDialog(frontWindow());
+    m_progress->setObjectName(u"openingFiles"_s);
+    m_progress->setAttribute(Qt::WA_DeleteOnClose);
+    m_progress->setAttribute(Qt::WA_ShowWithoutActivating);
+    m_progress->setAttribute(Qt::WA_QuitOnClose, false);
+    m_progress->setWindowModality(Qt::NonModal);
+    m_progress->setWindowTitle(tr("Opening Files"));
+    m_progress->setAutoReset(false);
+    m_progress->setMinimumDuration(0);
+    // However it is closed; the button and the key tell of it differently.
+    connect(m_progress, &QProgressDialog::canceled, this, &FileOpener::cancel);
+    connect(m_progress, &QDialog::rejected, this, &FileOpener::cancel);
+    showProgress();
+    m_progress->show();
+}
+
+void FileOpener::showProgress()
+{
+    if (!m_progress)
+        return;
+    // The bar ends where the last file will have been opened; more may have come meanwhile.
+    const auto left = static_cast<int>(m_paths.size());
+    const int done = qMax(m_progress->value(), 0) + 1;
+    m_progress->setMaximum(done + left);
+    m_progress->setValue(done);
+    m_progress->setLabelText(tr("Opening files: %n left.", nullptr, left));
+}
+
+void FileOpener::cancel()
+{
+    if (!m_openingMany)
+        return; // it goes by itself at the end
+    m_paths.clear();
+    finish();
 }
 
 void FileOpener::finish()
 {
+    if (m_progress)
+        m_progress->deleteLater();
+    m_progress = nullptr;
+    m_openingMany.reset();
     const QStringList failures = std::exchange(m_failures, {});
     const qsizetype count = std::exchange(m_failureCount, 0);
     Q_EMIT finished();

@@ -1,21 +1,25 @@
 #pragma once
 
+#include "platform/DocumentController.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
+#include <optional>
 
-class QWidget;
+class QProgressDialog;
 
 namespace runebook {
 
 /// Opens any number of files: the first at once, the others one in each turn of the event loop, so that the
-/// program can be used meanwhile. Asks before it opens very many. What cannot be opened is told at the end.
+/// program can be used meanwhile. Very many come up behind the first, with a progress bar that can be
+/// cancelled. What cannot be opened is told at the end.
 class FileOpener : public QObject
 {
     Q_OBJECT
 public:
-    /// So many files are opened without asking.
-    static constexpr qsizetype kAsksAbove = 20;
+    /// So many files are opened without a progress bar, each in front of the other.
+    static constexpr qsizetype kFew = 20;
 
     using QObject::QObject;
     ~FileOpener() override;
@@ -30,13 +34,16 @@ Q_SIGNALS:
 
 private:
     void openNext();
-    void ask();
+    void openBehind();
+    void showProgress();
+    void cancel();
     void finish();
 
     QStringList m_paths;
     QStringList m_failures;
     qsizetype m_failureCount = 0;
-    QPointer<QWidget> m_question;
+    QPointer<QProgressDialog> m_progress;
+    std::optional<DocumentController::OpeningMany> m_openingMany; ///< while there is a progress bar
 };
 
 } // namespace runebook
