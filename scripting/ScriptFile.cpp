@@ -2,6 +2,7 @@
 
 #include "model/StringHelpers.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QStringDecoder>
@@ -138,7 +139,8 @@ private:
     const QChar *m_end;
 };
 
-enum class Reading { Read, NotReadable, NoTitle };
+/// Why a file is no script; nothing when it is one.
+using Reading = std::optional<ScriptFile::Omission>;
 
 /// Fills in title and tooltip from the text of a script.
 Reading describe(ScriptFile &script, QStringView text, bool mayHaveDocString)
@@ -146,11 +148,11 @@ Reading describe(ScriptFile &script, QStringView text, bool mayHaveDocString)
     qsizetype end = 0;
     const std::optional<QString> title = ScriptFile::menuTitle(text, &end);
     if (!title)
-        return Reading::NoTitle;
+        return ScriptFile::Omission::NoTitle;
     script.title = *title;
     if (mayHaveDocString)
         script.toolTip = ScriptFile::docString(text, end);
-    return Reading::Read;
+    return std::nullopt;
 }
 
 /// Reads the file at the path of \a script and fills in the rest.
@@ -161,7 +163,7 @@ Reading read(ScriptFile &script)
     std::array<char, kFirstBytes> beginning;
     const qsizetype length = file.read(beginning.data(), kFirstBytes);
     if (length < 0)
-        return Reading::NotReadable;
+        return ScriptFile::Omission::NotReadable;
     QByteArrayView bytes(beginning.data(), length);
     // Most scripts need no more of their text than the first lines.
     const QByteArrayView first = bytes.first(std::min(length, kFirstLines));
@@ -169,38 +171,58 @@ Reading read(ScriptFile &script)
     const DecodedText<kFirstLines + 8> lines(first.first(lineEnd));
     const bool isDecided = lineEnd > 0 && !needsMore(lines.view());
     if (isDecided && !ScriptFile::menuTitle(lines.view()))
-        return Reading::NoTitle;
+        return ScriptFile::Omission::NoTitle;
     QByteArray all;
     if (length == kFirstBytes) {
         all = bytes.toByteArray();
         all.resize(ScriptFile::kMaxBytes);
         const qsizetype more = file.read(all.data() + length, all.size() - length);
         if (more < 0)
-            return Reading::NotReadable;
+            return ScriptFile::Omission::NotReadable;
         all.truncate(length + more);
         bytes = all;
     }
     const bool isCut = bytes.size() == ScriptFile::kMaxBytes;
     const QByteArrayView whole = isCut ? wholeCharacters(bytes) : bytes;
     if (!whole.isValidUtf8())
-        return Reading::NotReadable;
+        return ScriptFile::Omission::NotUtf8;
     if (isDecided && !whole.contains(kDocMark))
         return describe(script, lines.view(), false);
-    return describe(script, DecodedText<kFirstBytes + 8>(whole).view(), true);
+    const Reading reading = describe(script, DecodedText<kFirstBytes + 8>(whole).view(), true);
+    return reading && isCut ? ScriptFile::Omission::NoTitleInTime : reading;
 }
 
 } // namespace
 
-std::optional<ScriptFile> ScriptFile::read(const QString &path)
+std::optional<ScriptFile> ScriptFile::read(const QString &path, Omission *omission)
 {
     ScriptFile script {path, {}, {}};
     Reading reading = runebook::read(script);
-    if (reading == Reading::NotReadable) {
+    if (reading == Omission::NotReadable || reading == Omission::NotUtf8) {
         script.path = QFileInfo(path).canonicalFilePath();
         if (!script.path.isEmpty() && script.path != path)
             reading = runebook::read(script);
     }
-    return reading == Reading::Read ? std::optional(script) : std::nullopt;
+    if (!reading)
+        return script;
+    if (omission)
+        *omission = *reading;
+    return std::nullopt;
+}
+
+QString ScriptFile::reasonOf(Omission omission)
+{
+    switch (omission) {
+    case Omission::NotReadable:
+        return tr("it cannot be read");
+    case Omission::NotUtf8:
+        return tr("it is not UTF-8");
+    case Omission::NoTitle:
+        return tr("it has no line “# MenuTitle: …” among its first three");
+    case Omission::NoTitleInTime:
+        break;
+    }
+    return tr("it is too large, and has no title in the part that is read");
 }
 
 std::optional<QString> ScriptFile::menuTitle(QStringView text, qsizetype *end)

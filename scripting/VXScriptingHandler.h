@@ -13,6 +13,7 @@ class QAction;
 class QMenu;
 
 namespace runebook {
+class ScriptConsole;
 class ScriptFolderWatcher;
 } // namespace runebook
 
@@ -98,8 +99,8 @@ public: // the Scripts menu; its items carry "tag", "representedObject" (see Scr
     Q_INVOKABLE QAction *runAgainMenuItem();
     /// Wires the fixed items and fills the menu; once, when the panel is registered.
     Q_INVOKABLE void setupScriptMenu();
-    /// Fills the menu anew from scriptPaths() and clears the console. Does nothing before a panel is
-    /// registered. Also done when the notification "VXReloadScriptMenu" is posted.
+    /// Fills the menu anew from scriptPaths() and clears the console; which files of the user's are no scripts, and
+    /// why, is printed there from the second time on. Does nothing before a panel is registered. Also done when the notification "VXReloadScriptMenu" is posted.
     Q_INVOKABLE void reloadScriptMenu();
     /// Puts the scripts of \a folder and of the folders below it on top of the menu, under submenus named
     /// by the parts of \a subFolder. Folders that cannot be read are skipped.
@@ -133,6 +134,7 @@ private:
     void setUpInterpreter(bool replacesStreams);
     void warnWhenUnsupported();
     void makeScriptMenu();
+    void tellOmissions(runebook::ScriptConsole &console) const;
     void validateScriptMenu();
     void showReloadState();
 

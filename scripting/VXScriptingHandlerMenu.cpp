@@ -1,4 +1,5 @@
 #include "platform/MainMenu.h"
+#include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
 #include "scripting/ScriptConsole.h"
 #include "scripting/ScriptFile.h"
@@ -40,12 +41,27 @@ struct Contents {
     QPointer<QMenu> lastMenu; ///< the menu for them
     int folders = 0;
     int files = 0;
+    QStringList omissions; ///< files of the user that are no scripts, with the reason
+    qsizetype omitted = 0;
 };
 
 Contents &contents()
 {
     static Contents shared;
     return shared;
+}
+
+constexpr qsizetype kMostOmissionsTold = 100;
+
+void noteOmission(const QString &path, const QString &reason)
+{
+    // Modules are meant to be none: the program's own, installed ones, and those of a package.
+    if (path.startsWith(StandardFolders::programData() + u'/') || path.contains("/site-packages/"_L1)
+        || QFileInfo::exists(path.section(u'/', 0, -2) + "/__init__.py"_L1))
+        return;
+    Contents &all = contents();
+    if (++all.omitted <= kMostOmissionsTold)
+        all.omissions << path + u": "_s + reason;
 }
 
 QCollator fileBrowserOrder()
@@ -166,6 +182,7 @@ void VXScriptingHandler::reloadScriptMenu()
     if (!panel)
         return;
     panel->clearConsole(this);
+    const bool isFirst = m_folderWatcher == nullptr;
     QMenu *menu = scriptMenu();
     removeGeneratedItems(*menu);
     contents() = {};
@@ -189,6 +206,22 @@ void VXScriptingHandler::reloadScriptMenu()
     if (!folders.isEmpty() && !again.isNull() && !contents().pathsByKey.contains(again))
         UserDefaults::standard().removeObjectForKey(kRunAgainKey);
     validateScriptMenu();
+    if (!isFirst)
+        tellOmissions(*panel);
+}
+
+/// After a reload somebody looks for a script that is not there.
+void VXScriptingHandler::tellOmissions(ScriptConsole &console) const
+{
+    const QStringList &told = contents().omissions;
+    if (told.isEmpty())
+        return;
+    QString text = tr("Not in the Scripts menu:") + u'\n';
+    for (const QString &omission : told)
+        text += "  "_L1 + omission + u'\n';
+    if (const qsizetype more = contents().omitted - told.size(); more > 0)
+        text += "  "_L1 + tr("and %1 more").arg(more) + u'\n';
+    console.setWrite(text);
 }
 
 void VXScriptingHandler::addScriptsFromFolderSubFolder(const QString &folder, const QString &subFolder)
@@ -223,12 +256,19 @@ void VXScriptingHandler::addScriptMenuItemWithBasePathSubFolder(const QString &f
                                                                 const QString &basePath,
                                                                 const QString &subFolder)
 {
-    if (fileName.section(u'/', -1).startsWith("__"_L1) || contents().files >= kMaxFiles)
+    if (fileName.section(u'/', -1).startsWith("__"_L1))
         return;
-    ++contents().files;
-    const std::optional<ScriptFile> script = ScriptFile::read(basePath + u'/' + fileName);
-    if (!script)
+    const QString path = basePath + u'/' + fileName;
+    if (++contents().files > kMaxFiles) {
+        noteOmission(path, tr("there are more than %1 scripts").arg(kMaxFiles));
         return;
+    }
+    ScriptFile::Omission omission {};
+    const std::optional<ScriptFile> script = ScriptFile::read(path, &omission);
+    if (!script) {
+        noteOmission(path, ScriptFile::reasonOf(omission));
+        return;
+    }
     const QString folders = subFolder + u'/' + fileName.section(u'/', 0, -2);
     const QStringList parts = folders.split(u'/', Qt::SkipEmptyParts);
     // Scripts of one folder come in a row.

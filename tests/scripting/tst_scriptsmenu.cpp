@@ -49,6 +49,7 @@ private Q_SLOTS:
     void readsDocStrings();
     void readsFiles_data();
     void readsFiles();
+    void tellsWhatIsNoScript();
     void mirrorsFolders();
     void endsLinkLoops();
     void showsHostileTitles_data();
@@ -248,6 +249,23 @@ void ScriptsMenuTest::readsFiles()
     const auto found = ScriptFile::read(m_scripts + "/a.py"_L1);
     QTEST(found ? found->title : QString(), "title");
     QCOMPARE(found && !found->toolTip.isNull(), hasToolTip);
+}
+
+void ScriptsMenuTest::tellsWhatIsNoScript()
+{
+    script(u"good.py"_s, u"good"_s);
+    write(u"untitled.py"_s, "import os\nprint(1)\n");
+    write(u"latin.py"_s, "# MenuTitle: caf\xe9\nprint(1)\n");
+    write(u"package/__init__.py"_s, "");
+    write(u"package/module.py"_s, "x = 1\ny = 2\n");
+    write(u"site-packages/library.py"_s, "x = 1\ny = 2\n");
+    m_handler->reloadScriptMenu(); // the first time is the program's start
+    m_handler->reloadScriptMenu();
+    const QString &told = m_panel.output;
+    QCOMPARE(told.count(u'\n'), 3);
+    QVERIFY2(told.contains(m_scripts + u"/untitled.py: it has no line “# MenuTitle: …”"_s)
+                 && told.contains(m_scripts + u"/latin.py: it is not UTF-8"_s),
+             qPrintable(told));
 }
 
 void ScriptsMenuTest::mirrorsFolders()
