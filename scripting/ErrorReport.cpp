@@ -15,7 +15,21 @@ PyObject *ownStream()
     return module ? module : vxPySys_GetObject("__stderr__");
 }
 
+const char *sourceLabel = nullptr;
+QByteArray sourceCode;
+
 } // namespace
+
+ErrorReport::Source::Source(const char *label, const QByteArray &code)
+    : m_outerLabel(std::exchange(sourceLabel, label)), m_outerCode(std::exchange(sourceCode, code))
+{
+}
+
+ErrorReport::Source::~Source()
+{
+    sourceLabel = m_outerLabel;
+    sourceCode = m_outerCode;
+}
 
 ErrorReport::ErrorReport()
 {
@@ -33,8 +47,25 @@ bool ErrorReport::isUpToScript()
         || vxPySys_GetObject("stderr") != ownStream();
 }
 
+/// False when it could not, with nothing printed.
+bool ErrorReport::printWithSource() const
+{
+    if (!sourceLabel || !m_value || isUpToScript())
+        return false;
+    if (m_traceback)
+        PythonRef(vxPyObject_CallMethod(m_value.get(), "with_traceback", "(O)", m_traceback.get()));
+    const PythonRef module(vxPyImport_ImportModule("_tracebacks"));
+    const PythonRef done(module ? vxPyObject_CallMethod(module.get(), "show", "(Oss)", m_value.get(), sourceLabel,
+                                                        sourceCode.constData())
+                                : nullptr);
+    vxPyErr_Clear();
+    return static_cast<bool>(done);
+}
+
 void ErrorReport::print()
 {
+    if (printWithSource())
+        return;
     py.PyErr_Restore(PythonRef::shared(m_type.get()).release(), PythonRef::shared(m_value.get()).release(),
                      PythonRef::shared(m_traceback.get()).release());
     vxPyErr_PrintEx(1);

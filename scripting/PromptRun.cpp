@@ -1,5 +1,6 @@
 #include "scripting/PromptRun.h"
 
+#include "scripting/ErrorReport.h"
 #include "scripting/PythonFunctions.h"
 #include "scripting/ScriptConsole.h"
 #include "scripting/ScriptRun.h"
@@ -26,6 +27,7 @@ void runPromptCode(const QString &code)
     }
     // An indented line is what was copied out of a script.
     const QByteArray line = code.trimmed().toUtf8() + "\n";
+    const ErrorReport::Source shown("<prompt>", line);
     vxRun_Line(line.constData(), "<prompt>");
 }
 

@@ -1,4 +1,5 @@
 #include "platform/Error.h"
+#include "scripting/ErrorReport.h"
 #include "scripting/OutputModules.h"
 #include "scripting/PythonFunctions.h"
 #include "scripting/ScriptRun.h"
@@ -15,6 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr char kPanelLabel[] = "macro panel";
 constexpr char kPanelPrelude[] =
     "import sys, objc\n"
     "from AppKit import NSApplication, NSObject, NSDocumentController\n"
@@ -109,7 +111,9 @@ void runPanelCode(const QString &code, const QString &name)
             py.PyErr_SetString(*py.PyExc_ValueError, "source code string cannot contain null bytes");
             ScriptRun::reportPendingError();
         } else {
-            vxRun_SimpleString(code.toUtf8().constData(), "macro panel");
+            const QByteArray source = code.toUtf8();
+            const ErrorReport::Source shown(kPanelLabel, source);
+            vxRun_SimpleString(source.constData(), kPanelLabel);
         }
     } catch (const std::exception &exception) {
         present(exception.what());

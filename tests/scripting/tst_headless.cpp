@@ -141,7 +141,7 @@ void HeadlessTest::givesStatuses_data()
                             << QString::fromUtf8(errors);
     };
     row("runs", "print('é', len(Doc))", 0, "é 2395\n", "");
-    row("raises", "print(1)\n1/0", 1, "1\n", "File \"macro panel\", line 2, in <module>\nZeroDivisionError");
+    row("raises", "print(1)\n1/0", 1, "1\n", "File \"macro panel\", line 2, in <module>\n    1/0\n");
     row("does not compile", "if:", 1, "", "SyntaxError");
     row("zero characters",
         "import _runebook as r\nr.sharedObject('scriptingHandler').runMacroString_('x = \\0')", 1, "",
