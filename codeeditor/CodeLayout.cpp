@@ -12,9 +12,23 @@ namespace {
 /// Looking for the place to break a word costs the square of its length; longer paragraphs break anywhere.
 constexpr int longestBlockBrokenAtWords = 10'000;
 
+constexpr qreal everything = 1e9;
+
+/// As laid out last, whatever became of the text since; 0 when that was forgotten.
+qreal heightOfRows(const QTextLayout &layout)
+{
+    const int rows = layout.lineCount();
+    return rows == 0 ? 0 : layout.lineAt(rows - 1).y() + layout.lineAt(rows - 1).height();
+}
+
 } // namespace
 
-CodeLayout::CodeLayout(QTextDocument *document) : QPlainTextDocumentLayout(document) { }
+CodeLayout::CodeLayout(QTextDocument *document) : QPlainTextDocumentLayout(document)
+{
+    // Before anybody else hears of it: colours that are laid over the text widen what documentChanged() is told.
+    connect(document, &QTextDocument::contentsChange, this,
+            [this](int from, int, int added) { m_edited = TextRange {from, added}; });
+}
 
 void CodeLayout::setParagraphStyle(qreal headIndent, qreal paragraphSpacing)
 {
@@ -30,20 +44,39 @@ void CodeLayout::setParagraphStyle(qreal headIndent, qreal paragraphSpacing)
 void CodeLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
     Q_UNUSED(charsRemoved)
-    const int added = std::max(charsAdded, 1);
-    const QTextBlock block = document()->findBlock(from);
+    const QTextBlock first = document()->findBlock(from);
+    const QTextBlock last = lastChangedBlock(from, charsAdded);
     const bool sameBlocks = std::exchange(m_blockCount, document()->blockCount()) == document()->blockCount();
-    // The base would lay the block of a typed character out twice: once to ask for its old size, which is
-    // gone.
-    if (sameBlocks && block.isValid() && block == document()->findBlock(from + added - 1)) {
-        block.layout()->clearLayout();
-        blockBoundingRect(block);
-        Q_EMIT updateBlock(block);
+    if (sameBlocks && first.isValid() && first == last) {
+        blockChanged(first);
         return;
     }
     // The base adds both numbers up to find the last block that changed. Colours laid over one block count as
     // removed and added, so it would go wrong by a block and draw the whole view anew for each character.
-    QPlainTextDocumentLayout::documentChanged(from, 0, added);
+    QPlainTextDocumentLayout::documentChanged(from, 0, last.position() + 1 - from);
+}
+
+/// The last block that looks different: colours touch whole blocks and say so by \a charsAdded; what was
+/// taken out at the very end of an edit is told only by where the edit ended.
+QTextBlock CodeLayout::lastChangedBlock(int from, int charsAdded)
+{
+    const int textEnd = document()->characterCount() - 1;
+    int last = from + std::max(charsAdded, 1) - 1;
+    if (const auto edited = std::exchange(m_edited, std::nullopt))
+        last = std::max(last, edited->end());
+    return document()->findBlock(std::clamp(last, std::min(from, textEnd), textEnd));
+}
+
+/// Lays \a block out anew. What stands below moves when the block got another height.
+void CodeLayout::blockChanged(const QTextBlock &block)
+{
+    const qreal before = heightOfRows(*block.layout());
+    block.layout()->clearLayout();
+    blockBoundingRect(block);
+    if (heightOfRows(*block.layout()) == before)
+        Q_EMIT updateBlock(block);
+    else
+        Q_EMIT update(QRectF(0, -document()->documentMargin(), everything, everything));
 }
 
 QRectF CodeLayout::blockBoundingRect(const QTextBlock &block) const

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "codeeditor/TextRange.h"
+
 #include <QPlainTextDocumentLayout>
+#include <optional>
 
 namespace runebook {
 
@@ -29,8 +32,11 @@ protected:
 private:
     bool isLaidOut(const QTextBlock &block) const;
     void layOut(const QTextBlock &block) const;
+    void blockChanged(const QTextBlock &block);
+    QTextBlock lastChangedBlock(int from, int charsAdded);
 
     int m_blockCount = 0; // as of the last change
+    std::optional<TextRange> m_edited; // what the change being announced wrote, without what colours touched
     qreal m_wrapWidth = 0;
     qreal m_headIndent = 0;
     qreal m_paragraphSpacing = 0;

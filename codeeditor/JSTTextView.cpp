@@ -278,6 +278,13 @@ QMimeData *JSTTextView::createMimeDataFromSelection() const
     return mime;
 }
 
+/// Not the base's, which crashes where the clipboard of a display belongs to nobody (Qt 6.4).
+void JSTTextView::insertFromMimeData(const QMimeData *source)
+{
+    if (const QString text = source->text(); !text.isEmpty())
+        insertText(text);
+}
+
 void JSTTextView::insertNewline()
 {
     if (!shouldChangeTextInRangeReplacementString(selectedRange(), u"\n"_s))

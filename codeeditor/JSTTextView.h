@@ -92,6 +92,7 @@ protected:
     void changeEvent(QEvent *event) override;
     bool event(QEvent *event) override;
     QMimeData *createMimeDataFromSelection() const override;
+    void insertFromMimeData(const QMimeData *source) override;
 
 private:
     /// What the user is doing while the selection changes.
