@@ -1,30 +1,48 @@
 #pragma once
 
-#include <QListWidget>
+#include "codeeditor/Completion.h"
+
+#include <QFrame>
+
+class QLabel;
+class QListWidget;
 
 namespace runebook {
 
-/// The list of completions beside the caret. It never takes the focus: the editor hands it the keys it sees.
-class CompletionPopup : public QListWidget
+/// The list of completions beside the caret, with what is known about the one that stands out. It never takes
+/// the focus. Made anew each time: a window of this kind that was hidden with its editor once is mapped again
+/// but never painted.
+class CompletionPopup : public QFrame
 {
     Q_OBJECT
 public:
     explicit CompletionPopup(QWidget *editor);
 
-    /// Shows \a words, the one at \a selected chosen, below \a caret (in screen coordinates), or above it
-    /// when there is no room. Hides when there are none.
-    void popUp(const QStringList &words, int selected, const QRect &caret);
-    /// Takes a key that means something to the list: arrows and pages choose, Tab, Return and Enter accept,
-    /// Escape dismisses. False for all others, and when the list is not shown.
-    bool handleKey(const QKeyEvent &event);
+    /// Shows \a offered, the one at \a current standing out, below \a caret (in screen coordinates), or above
+    /// it when there is no room.
+    void popUp(const CompletionList &offered, int current, const QRect &caret);
+    int current() const;
+    /// Makes the row stand out; rows beyond the ends are those at the ends.
+    void setCurrent(int row);
+    /// A chosen row is the one that Return takes; what only stands out looks fainter.
+    void setChosen(bool isChosen);
+    /// What is told beside the list about the current row; nothing when both are empty.
+    void setDescription(const QString &signature, const QString &help);
+
+    static constexpr int visibleRows = 10;
 
 Q_SIGNALS:
-    void accepted(const QString &word);
+    /// A row became the current one.
+    void currentChanged(int row);
+    void clicked(int row);
 
 private:
-    void choose(int row);
     void takeLooksOf(const QWidget &editor);
-    void place(const QRect &caret);
+    void place();
+
+    QListWidget *m_list;
+    QLabel *m_description;
+    QRect m_caret;
 };
 
 } // namespace runebook

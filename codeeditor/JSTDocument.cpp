@@ -279,32 +279,6 @@ void JSTDocument::textViewDidChangeSelection(JSTTextView *view)
         delegate->textViewDidChangeSelection(view);
 }
 
-QStringList JSTDocument::textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
-                                                                                   const QStringList &words,
-                                                                                   TextRange range,
-                                                                                   int *selectedIndex)
-{
-    QStringList result;
-    if (!m_autocompleteKeywords.isEmpty()) {
-        QString partial = view->textStorage()->substringWithRange(range);
-        QString prefix;
-        // The dot stays with the partial word: behind a dot only words that begin with one fit.
-        if (const qsizetype dot = partial.lastIndexOf(u'.'); dot >= 0) {
-            prefix = partial.first(dot);
-            partial.remove(0, dot);
-        }
-        partial = partial.toLower();
-        for (const QString &word : std::as_const(m_autocompleteKeywords)) {
-            if (word.toLower().startsWith(partial))
-                result.append(prefix + word);
-        }
-    }
-    if (JSTTextViewDelegate *delegate = delegateInterface())
-        result += delegate->textViewCompletionsForPartialWordRangeIndexOfSelectedItem(view, words, range,
-                                                                                      selectedIndex);
-    return result;
-}
-
 bool JSTDocument::textView_ShouldChangeTextInRangeReplacementString(JSTTextView *, TextRange,
                                                                     const QString &replacement) const
 {

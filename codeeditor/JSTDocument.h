@@ -81,6 +81,9 @@ public: // called by the text view
     Q_INVOKABLE void textViewDidChangeSelection(JSTTextView *view) override;
     Q_INVOKABLE QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
         JSTTextView *view, const QStringList &words, runebook::TextRange range, int *selectedIndex) override;
+    runebook::CompletionList textViewCompletionsToShow(JSTTextView *view, runebook::TextRange range) override;
+    void textViewDescribeCompletion(JSTTextView *view, runebook::TextRange range,
+                                    runebook::Completion &one) override;
     /// Never called by anybody, deliberately: the underscore keeps it out of editing. True when \a
     /// replacement has no character from U+00FF on.
     Q_INVOKABLE bool textView_ShouldChangeTextInRangeReplacementString(JSTTextView *view,
@@ -101,6 +104,7 @@ private:
     void paint(runebook::TextRange range, bool announce);
     void applyParagraphStyle();
     JSTTextViewDelegate *delegateInterface() const;
+    runebook::CompletionList wordsOfList(const QString &partial) const;
 
     std::shared_ptr<TDTokenizer> m_tokenizer;
     QPointer<JSTTextView> m_sourceText;

@@ -2,7 +2,7 @@
 
 #include "codeeditor/BraceMatching.h"
 #include "codeeditor/CodeLayout.h"
-#include "codeeditor/CompletionPopup.h"
+#include "codeeditor/CompletionSession.h"
 #include "codeeditor/FindIndicator.h"
 #include "codeeditor/JSTTextViewDelegate.h"
 #include "codeeditor/LineEditing.h"
@@ -36,8 +36,7 @@ private:
 
 JSTTextView::JSTTextView(QWidget *parent)
     : QPlainTextEdit(parent),
-      m_storage(new VXCodeTextStorage(document(), this)),
-      m_completionPopup(new CompletionPopup(this))
+      m_storage(new VXCodeTextStorage(document(), this))
 {
     setDocument(m_storage);
     setLineWrapMode(QPlainTextEdit::WidgetWidth);
@@ -49,7 +48,7 @@ JSTTextView::JSTTextView(QWidget *parent)
         if (JSTTextViewDelegate *delegate = delegateInterface())
             delegate->textDidChange(this);
     });
-    connect(m_completionPopup, &CompletionPopup::accepted, this, &JSTTextView::acceptCompletion);
+    setUpCompletions();
 }
 
 JSTTextView::~JSTTextView()
@@ -163,7 +162,7 @@ void JSTTextView::resizeEvent(QResizeEvent *event)
     m_storage->codeLayout().setWrapWidth(lineWrapMode() == WidgetWidth ? viewport()->width() : 0);
     QPlainTextEdit::resizeEvent(event);
     placeLineNumberView();
-    m_completionPopup->hide();
+    m_completions->end();
 }
 
 void JSTTextView::changeEvent(QEvent *event)
@@ -259,7 +258,6 @@ void JSTTextView::mouseReleaseEvent(QMouseEvent *event)
 void JSTTextView::focusOutEvent(QFocusEvent *event)
 {
     QPlainTextEdit::focusOutEvent(event);
-    m_completionPopup->hide();
 }
 
 // ---- editing actions

@@ -11,7 +11,7 @@ class VXCodeTextStorage;
 class VXLineNumberView;
 
 namespace runebook {
-class CompletionPopup;
+class CompletionSession;
 }
 
 Q_MOC_INCLUDE("codeeditor/VXCodeTextStorage.h")
@@ -85,6 +85,7 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
@@ -106,7 +107,9 @@ private:
     void moveByWord(bool forward, QTextCursor::MoveMode mode);
     void deleteRange(runebook::TextRange range);
     bool selectionSpansLines() const;
-    void updateCompletions(const QKeyEvent &event);
+    void setUpCompletions();
+    void updateCompletions(const QString &typed, bool erases);
+    bool wantsNoCompletions(runebook::TextRange range, const QString &partial) const;
     void showCompletions(bool onRequest);
     void acceptCompletion(const QString &word);
     void placeLineNumberView();
@@ -115,9 +118,10 @@ private:
     VXCodeTextStorage *m_storage;
     QPointer<QObject> m_delegate;
     VXLineNumberView *m_lineNumberView = nullptr; // owned as a child
-    runebook::CompletionPopup *m_completionPopup; // owned as a child
+    runebook::CompletionSession *m_completions; // owned as a child
     runebook::TextRange m_lastSelection;
     runebook::TextRange m_completedRange;
+    QString m_partialWord; // what stood there
     UserEvent m_userEvent = UserEvent::None;
     bool m_doubleClicked = false;
     bool m_showsLineNumbers = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codeeditor/Completion.h"
 #include "codeeditor/TextRange.h"
 
 #include <QStringList>
@@ -33,6 +34,32 @@ public:
         Q_UNUSED(range)
         Q_UNUSED(selectedIndex)
         return {};
+    }
+
+public: // the list that is shown
+    /// What to offer for the partial word at \a range, the nearest first: by default the words above.
+    virtual runebook::CompletionList textViewCompletionsToShow(JSTTextView *view, runebook::TextRange range)
+    {
+        int selected = 0;
+        runebook::CompletionList offered;
+        for (const QString &word :
+             textViewCompletionsForPartialWordRangeIndexOfSelectedItem(view, {}, range, &selected))
+            offered.append({word, {}, {}, {}});
+        return offered;
+    }
+    /// The names of live objects that begin with \a start, of the object at the end of \a path
+    /// (CompletionContext) or of the whole program when there is none.
+    virtual runebook::KnownNames textViewNamesAtPath(JSTTextView *, const QString &path, const QString &start)
+    {
+        Q_UNUSED(path)
+        Q_UNUSED(start)
+        return {};
+    }
+    /// Fills in signature and help of \a one, which is offered for the partial word at \a range.
+    virtual void textViewDescribeCompletion(JSTTextView *, runebook::TextRange range, runebook::Completion &one)
+    {
+        Q_UNUSED(range)
+        Q_UNUSED(one)
     }
 };
 

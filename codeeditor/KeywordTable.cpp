@@ -3,6 +3,8 @@
 #include "codeeditor/CodeColors.h"
 #include "codeeditor/TDTokenizer.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace runebook {
@@ -52,6 +54,12 @@ QVariantMap attributes(const QColor &color, const std::optional<QFont> &font = s
 }
 
 } // namespace
+
+bool isPythonKeyword(QStringView word)
+{
+    return std::any_of(std::begin(keywords), std::end(keywords),
+                       [word](const char *keyword) { return word == QLatin1StringView(keyword); });
+}
 
 QVariantHash defaultKeywordAttributes(const CodeFonts &fonts, const QPalette &palette)
 {

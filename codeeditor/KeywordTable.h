@@ -35,6 +35,9 @@ QVariantHash defaultKeywordAttributes(const CodeFonts &fonts, const QPalette &pa
 /// Sets \a tokenizer up for Python: "#" and ''' comments, the apostrophe as a quote, and \a keywords.
 void setUpPythonTokenizer(TDTokenizer &tokenizer, const QVariantHash &keywords);
 
+/// True for the words that Python keeps for itself.
+bool isPythonKeyword(QStringView word);
+
 /// The completion words of the property list at \a path (an array of texts), in order; texts only. Empty
 /// when the file is missing, unreadable or no array.
 QStringList completionWords(const QString &path);

@@ -1,6 +1,7 @@
 #include "scripting/panel/PromptLine.h"
 
-#include "codeeditor/CompletionPopup.h"
+#include "codeeditor/CompletionRules.h"
+#include "codeeditor/CompletionSession.h"
 #include "scripting/LiveCompletion.h"
 #include "scripting/PromptRun.h"
 
@@ -11,12 +12,12 @@ namespace runebook {
 
 namespace {
 
-/// What all words begin with.
-QString commonStart(const QStringList &words)
+/// What all names begin with.
+QString commonStart(const CompletionList &names)
 {
-    QString start = words.value(0);
-    for (const QString &word : words) {
-        while (!word.startsWith(start))
+    QString start = names.value(0).text;
+    for (const Completion &name : names) {
+        while (!name.text.startsWith(start))
             start.chop(1);
     }
     return start;
@@ -24,20 +25,30 @@ QString commonStart(const QStringList &words)
 
 } // namespace
 
-PromptLine::PromptLine(QWidget *parent) : QLineEdit(parent), m_popup(new CompletionPopup(this))
+PromptLine::PromptLine(QWidget *parent) : QLineEdit(parent), m_completions(new CompletionSession(this))
 {
     setMaxLength(std::numeric_limits<int>::max());
     setPlaceholderText(tr("Python expression"));
     setTextMargins(10, 2, 10, 2); // in line with the text of the console above
     setAccessibleName(tr("Python prompt"));
     setToolTip(tr("Return evaluates, Up and Down go through what was entered, Tab completes"));
-    connect(m_popup, &CompletionPopup::accepted, this, &PromptLine::replaceName);
+    connect(m_completions, &CompletionSession::accepted, this, &PromptLine::replaceName);
+    m_completions->setDescribe([this](Completion &one) {
+        const CompletionContext context = contextAtCaret();
+        describeLiveName(context.path, one.text.sliced(context.front.size()), one);
+    });
+    const auto endUnlessTyping = [this] {
+        if (!m_isTyping)
+            m_completions->end();
+    };
+    connect(this, &QLineEdit::cursorPositionChanged, this, endUnlessTyping);
+    connect(this, &QLineEdit::textChanged, this, endUnlessTyping);
 }
 
 void PromptLine::submit()
 {
     const QString code = text();
-    m_popup->hide();
+    m_completions->end();
     if (code.trimmed().isEmpty())
         return;
     m_history.add(code);
@@ -61,13 +72,13 @@ bool PromptLine::event(QEvent *event)
     if (!isOverride && event->type() != QEvent::KeyPress)
         return QLineEdit::event(event);
     const auto &key = static_cast<const QKeyEvent &>(*event);
-    if (isOverride && key.key() == Qt::Key_Escape && m_popup->isVisible()) {
+    if (isOverride && key.key() == Qt::Key_Escape && m_completions->isOpen()) {
         event->accept();
         return true;
     }
     const bool isTab = !isOverride && key.key() == Qt::Key_Tab && key.modifiers() == Qt::NoModifier;
-    if (isTab && (m_popup->isVisible() || !nameBeforeCaret().isEmpty())) {
-        if (!m_popup->handleKey(key))
+    if (isTab && (m_completions->isOpen() || !nameBeforeCaret().isEmpty())) {
+        if (!m_completions->handleKey(key))
             complete();
         return true;
     }
@@ -76,22 +87,24 @@ bool PromptLine::event(QEvent *event)
 
 void PromptLine::keyPressEvent(QKeyEvent *event)
 {
-    if (m_popup->handleKey(*event) || handleHistoryKey(*event))
+    if (m_completions->handleKey(*event) || handleHistoryKey(*event))
         return;
-    const bool wasOffering = m_popup->isVisible();
+    const bool wasOffering = m_completions->isOpen();
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         submit();
         return;
     }
+    m_isTyping = true;
     QLineEdit::keyPressEvent(event);
-    if (wasOffering)
-        narrowCompletions();
-}
-
-void PromptLine::focusOutEvent(QFocusEvent *event)
-{
-    m_popup->hide();
-    QLineEdit::focusOutEvent(event);
+    m_isTyping = false;
+    const bool erases = event->key() == Qt::Key_Backspace;
+    const bool types = !event->text().isEmpty() && event->text().back().isPrint();
+    if (wasOffering && (types || erases) && !nameBeforeCaret().isEmpty()) {
+        const CompletionContext context = contextAtCaret();
+        offer(liveNames(context.path, context.start), false);
+    } else if (event->key() != Qt::Key_Shift) {
+        m_completions->end();
+    }
 }
 
 bool PromptLine::handleHistoryKey(const QKeyEvent &event)
@@ -129,26 +142,37 @@ void PromptLine::replaceName(const QString &name)
     insert(name);
 }
 
-void PromptLine::complete()
+CompletionContext PromptLine::contextAtCaret() const
 {
-    const QString partial = nameBeforeCaret();
-    const QStringList words = liveCompletions(partial);
-    if (words.isEmpty())
-        return;
-    if (const QString start = commonStart(words); start.size() > partial.size())
-        replaceName(start);
-    if (words.size() > 1) {
-        const QRect caret = cursorRect();
-        m_popup->popUp(words, 0, QRect(mapToGlobal(caret.topLeft()), caret.size()));
-    }
+    const int end = cursorPosition();
+    return completionContext(text(), end - static_cast<int>(nameBeforeCaret().size()), end);
 }
 
-void PromptLine::narrowCompletions()
+void PromptLine::complete()
+{
+    const CompletionContext context = contextAtCaret();
+    if (context.afterDot && context.path.isEmpty())
+        return;
+    const KnownNames known = liveNames(context.path, context.start);
+    if (known.names.isEmpty())
+        return;
+    if (const QString start = commonStart(known.names); start.size() > context.start.size())
+        replaceName(context.front + start);
+    if (known.names.size() > 1)
+        offer(known, true);
+}
+
+void PromptLine::offer(const KnownNames &known, bool onRequest)
 {
     const QString partial = nameBeforeCaret();
-    const QStringList words = partial.isEmpty() ? QStringList() : liveCompletions(partial);
+    const QString front = contextAtCaret().front;
+    CompletionList offered = known.names;
+    for (Completion &one : offered)
+        one.text.prepend(front);
     const QRect caret = cursorRect();
-    m_popup->popUp(words, 0, QRect(mapToGlobal(caret.topLeft()), caret.size()));
+    m_completions->offer(offered, partial, QRect(mapToGlobal(caret.topLeft()), caret.size()),
+                         onRequest ? CompletionSession::Origin::OnRequest
+                                   : CompletionSession::Origin::ByItself);
 }
 
 } // namespace runebook

@@ -6,7 +6,9 @@
 
 namespace runebook {
 
-class CompletionPopup;
+class CompletionSession;
+struct CompletionContext;
+struct KnownNames;
 
 /// One line of Python below the console: Return evaluates it in "__main__" and shows the value as an
 /// interactive session does. Up and Down walk through what was entered before, Tab completes names from live
@@ -33,16 +35,17 @@ Q_SIGNALS:
 protected:
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
-    void focusOutEvent(QFocusEvent *event) override;
 
 private:
     bool handleHistoryKey(const QKeyEvent &event);
     QString nameBeforeCaret() const;
     void replaceName(const QString &name);
-    void narrowCompletions();
+    CompletionContext contextAtCaret() const;
+    void offer(const KnownNames &known, bool onRequest);
 
     PromptHistory m_history;
-    CompletionPopup *m_popup; // owned as a child
+    CompletionSession *m_completions; // owned as a child
+    bool m_isTyping = false;
 };
 
 } // namespace runebook

@@ -1,5 +1,6 @@
 #include "scripting/panel/VXMacroViewController.h"
 
+#include "codeeditor/CompletionRules.h"
 #include "codeeditor/JSTDocument.h"
 #include "codeeditor/JSTTextView.h"
 #include "codeeditor/KeywordTable.h"
@@ -173,6 +174,18 @@ QStringList VXMacroViewController::textViewCompletionsForPartialWordRangeIndexOf
     Q_UNUSED(words)
     Q_UNUSED(selectedIndex)
     return liveCompletions(view->textStorage()->substringWithRange(range));
+}
+
+KnownNames VXMacroViewController::textViewNamesAtPath(JSTTextView *, const QString &path, const QString &start)
+{
+    return liveNames(path, start);
+}
+
+void VXMacroViewController::textViewDescribeCompletion(JSTTextView *view, TextRange range, Completion &one)
+{
+    const CompletionContext context = completionContext(view->string(), range.location, range.end());
+    if (!context.afterDot || !context.path.isEmpty())
+        describeLiveName(context.path, one.text.sliced(context.front.size()), one);
 }
 
 // Running

@@ -91,6 +91,10 @@ public: // called by the editor
                                                                           const QStringList &words,
                                                                           runebook::TextRange range,
                                                                           int *selectedIndex) override;
+    runebook::KnownNames textViewNamesAtPath(JSTTextView *view, const QString &path,
+                                             const QString &start) override;
+    void textViewDescribeCompletion(JSTTextView *view, runebook::TextRange range,
+                                    runebook::Completion &one) override;
 
 Q_SIGNALS:
     void titleChanged();

@@ -1,13 +1,16 @@
 #include "EditorFixture.h"
 #include "codeeditor/BraceMatching.h"
-#include "codeeditor/CompletionPopup.h"
+#include "codeeditor/CompletionRules.h"
+#include "codeeditor/CompletionSession.h"
 #include "codeeditor/DottedWords.h"
 #include "codeeditor/FindIndicator.h"
 #include "tests/TestMain.h"
 
 #include <QClipboard>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QSignalSpy>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace runebook;
@@ -36,6 +39,14 @@ void setWithCaret(JSTTextView &view, QString picture)
     const int caret = int(picture.indexOf(u'|'));
     view.setString(picture.remove(caret, 1));
     view.setSelectedRange({caret, 0});
+}
+
+QStringList offeredWords(const JSTTextView &view)
+{
+    QStringList words;
+    for (const Completion &one : view.findChild<CompletionSession *>()->offered())
+        words << one.text;
+    return words;
 }
 
 QPoint pointAt(const JSTTextView &view, int index)
@@ -73,6 +84,13 @@ private Q_SLOTS:
     void completionsOnRequest();
     void keysOfTheCompletions_data();
     void keysOfTheCompletions();
+    void whatEndsCompletions_data();
+    void whatEndsCompletions();
+    void offersWhatIsNear_data();
+    void offersWhatIsNear();
+    void tellsTheWayToAnObject_data();
+    void tellsTheWayToAnObject();
+    void inputMethodsType();
     void wrappedLinesHang();
     void survivesBadInput_data();
     void survivesBadInput();
@@ -346,13 +364,7 @@ void TestCodeView::copiesTextAndRichText()
 void TestCodeView::completionsAppearWhileTyping()
 {
     EditorFixture editor;
-    auto *popup = editor.view.findChild<CompletionPopup *>();
-    const auto words = [&] {
-        QStringList list;
-        for (int row = 0; popup->isVisible() && row < popup->count(); ++row)
-            list << popup->item(row)->text();
-        return list;
-    };
+    const auto words = [&] { return offeredWords(editor.view); };
     QTest::keyClicks(&editor.view, u"f"_s);
     QCOMPARE(words(), QStringList());
     QTest::keyClicks(&editor.view, u"o"_s);
@@ -372,20 +384,18 @@ void TestCodeView::completionsAppearWhileTyping()
 void TestCodeView::completionsOnRequest()
 {
     EditorFixture editor;
-    auto *popup = editor.view.findChild<CompletionPopup *>();
     setWithCaret(editor.view, u"p|"_s);
     QTest::keyClick(&editor.view, Qt::Key_Space, Qt::ControlModifier);
-    QVERIFY(popup->isVisible());
-    QCOMPARE(popup->currentItem()->text(), u"print"_s);
-    editor.view.clearFocus();
-    QTRY_VERIFY(!popup->isVisible());
+    QCOMPARE(offeredWords(editor.view), QStringList {u"print"_s});
+    QTest::keyClick(&editor.view, Qt::Key_Return); // who asks wants what is offered
+    QCOMPARE(withCaret(editor.view), u"print|"_s);
 }
 
 void TestCodeView::keysOfTheCompletions_data()
 {
     QTest::addColumn<QList<int>>("keys");
     QTest::addColumn<QString>("text");
-    QTest::newRow("Return accepts") << QList<int> {Qt::Key_Return} << u"for|"_s;
+    QTest::newRow("Return accepts nothing unchosen") << QList<int> {Qt::Key_Return} << u"fo\n|"_s;
     QTest::newRow("Tab accepts") << QList<int> {Qt::Key_Tab} << u"for|"_s;
     QTest::newRow("Down") << QList<int> {Qt::Key_Down, Qt::Key_Enter} << u"format|"_s;
     QTest::newRow("Up goes round") << QList<int> {Qt::Key_Up, Qt::Key_Return} << u"Foo|"_s;
@@ -401,11 +411,115 @@ void TestCodeView::keysOfTheCompletions()
     QFETCH(QList<int>, keys);
     EditorFixture editor;
     QTest::keyClicks(&editor.view, u"fo"_s);
-    QVERIFY(editor.view.findChild<CompletionPopup *>()->isVisible());
+    QVERIFY(!offeredWords(editor.view).isEmpty());
     for (const int key : keys)
         QTest::keyClick(&editor.view, Qt::Key(key));
     QTEST(withCaret(editor.view), "text");
-    QVERIFY(!editor.view.findChild<CompletionPopup *>()->isVisible());
+    QVERIFY(offeredWords(editor.view).isEmpty());
+}
+
+void TestCodeView::whatEndsCompletions_data()
+{
+    using Act = std::function<void(JSTTextView &)>;
+    QTest::addColumn<Act>("act");
+    QTest::newRow("mouse") << Act([](JSTTextView &view) {
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, pointAt(view, 1));
+    });
+    QTest::newRow("undo") << Act([](JSTTextView &view) { view.undo(); });
+    QTest::newRow("setString") << Act([](JSTTextView &view) { view.setString(u"x\nfo"_s); });
+    QTest::newRow("a script") << Act([](JSTTextView &view) {
+        view.textStorage()->replaceCharactersInRangeWithString({0, 1}, u"yyy"_s);
+    });
+    QTest::newRow("scrolling") << Act([](JSTTextView &view) { view.verticalScrollBar()->setValue(0); });
+    QTest::newRow("the keyboard goes") << Act([](JSTTextView &view) { view.clearFocus(); });
+    QTest::newRow("hidden") << Act([](JSTTextView &view) { view.hide(); });
+    QTest::newRow("a command") << Act([](JSTTextView &view) { view.selectAll(); });
+}
+
+void TestCodeView::whatEndsCompletions()
+{
+    using Act = std::function<void(JSTTextView &)>;
+    QFETCH(Act, act);
+    EditorFixture editor;
+    editor.view.setString(u"x\n"_s.repeated(60));
+    editor.select(120);
+    QTest::keyClicks(&editor.view, u"fo"_s);
+    QVERIFY(!offeredWords(editor.view).isEmpty());
+    act(editor.view);
+    QCOMPARE(offeredWords(editor.view), QStringList());
+    QTest::keyClick(&editor.view, Qt::Key_Tab);
+    QVERIFY(!editor.view.string().contains(u"for"_s));
+}
+
+void TestCodeView::offersWhatIsNear_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("words");
+    QTest::newRow("names of the text first")
+        << u"form = fork(1)\nfo|"_s << QStringList {u"form"_s, u"fork"_s, u"for"_s, u"format"_s, u"Foo"_s};
+    QTest::newRow("no words of strings and comments")
+        << u"'fox' # fog\nfo|"_s << QStringList {u"for"_s, u"format"_s, u"Foo"_s};
+    QTest::newRow("what stands behind dots")
+        << u"a.glow = glove\nb.gl|"_s << QStringList {u"b.glow"_s, u"b.glyphs"_s, u"b.glue"_s};
+}
+
+void TestCodeView::offersWhatIsNear()
+{
+    QFETCH(QString, text);
+    EditorFixture editor;
+    setWithCaret(editor.view, text);
+    editor.view.complete();
+    QTEST(offeredWords(editor.view), "words");
+}
+
+void TestCodeView::tellsTheWayToAnObject_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("a name") << u"x = os.path.jo|"_s << u"os/path"_s;
+    QTest::newRow("an item") << u"Doc[\"A [x\"].na|"_s << u"Doc/[]"_s;
+    QTest::newRow("a loop") << u"for g in Doc:\n\tg.|"_s << u"Doc/[]"_s;
+    QTest::newRow("a loop over a list of it") << u"for g in list(Doc.infos):\n\tg.|"_s << u"Doc/infos/[]"_s;
+    QTest::newRow("with numbers") << u"for i, g in enumerate(Doc):\n\tg.|"_s << u"Doc/[]"_s;
+    QTest::newRow("comprehension") << u"[g.| for g in Doc]"_s << u"Doc/[]"_s;
+    QTest::newRow("by another name") << u"d = Doc\ng = d['A']\ng.|"_s << u"Doc/[]"_s;
+    QTest::newRow("the last binding") << u"g = Doc\ng = os\ng.|"_s << u"os"_s;
+    QTest::newRow("import") << u"import re, os\nos.|"_s << u"@os"_s;
+    QTest::newRow("import as") << u"import os.path as p\np.jo|"_s << u"@os.path"_s;
+    QTest::newRow("from") << u"from os import path\npath.|"_s << u"@os/path"_s;
+    QTest::newRow("round in circles") << u"a = b\nb = a\na.|"_s << u"a"_s;
+    QTest::newRow("a call") << u"f(x).|"_s << QString();
+    QTest::newRow("a sum") << u"x = a + b\nx.|"_s << u"x"_s;
+}
+
+void TestCodeView::tellsTheWayToAnObject()
+{
+    QFETCH(QString, text);
+    EditorFixture editor;
+    setWithCaret(editor.view, text);
+    const TextRange range = editor.view.rangeForUserCompletion();
+    QTEST(completionContext(editor.view.string(), range.location, range.end()).path, "path");
+}
+
+void TestCodeView::inputMethodsType()
+{
+    initBraces();
+    EditorFixture editor;
+    QSignalSpy spy(&editor.view, &JSTTextView::findIndicatorShown);
+    const auto commit = [&](const QString &text) {
+        QInputMethodEvent event;
+        event.setCommitString(text);
+        QCoreApplication::sendEvent(&editor.view, &event);
+    };
+    commit(u"("_s);
+    commit(u"fo"_s);
+    QCOMPARE(offeredWords(editor.view), (QStringList {u"for"_s, u"format"_s, u"Foo"_s}));
+    QInputMethodEvent composing(u"r"_s, {});
+    QCoreApplication::sendEvent(&editor.view, &composing);
+    QCOMPARE(offeredWords(editor.view), QStringList());
+    commit(u")"_s);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(editor.view.string(), u"(fo)"_s);
 }
 
 void TestCodeView::wrappedLinesHang()

@@ -1,6 +1,7 @@
 // What the screen shows of an editor while it is used, compared with an editor made anew.
 #include "EditorFixture.h"
 #include "FreshRendering.h"
+#include "codeeditor/CompletionPopup.h"
 
 #include <QRandomGenerator>
 
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void rowsMoveWhatStandsBelow_data();
     void rowsMoveWhatStandsBelow();
     void pureRemovalsAreDrawn();
+    void completionsAreSeen();
     void randomEdits();
 };
 
@@ -78,6 +80,31 @@ void TestEditorScreen::pureRemovalsAreDrawn()
     cursor.deleteChar();
     cursor.endEditBlock();
     COMPARE_SCREEN(editor);
+}
+
+void TestEditorScreen::completionsAreSeen()
+{
+    ScreenFixture editor;
+    for (int turn = 0; turn < 3; ++turn) {
+        QTest::keyClicks(&editor.view, u"fo"_s);
+        auto *popup = editor.view.findChild<CompletionPopup *>();
+        QVERIFY(popup && popup->isVisible());
+        letPaint();
+        const QImage shown = popup->screen()->grabWindow(0).toImage().copy(popup->geometry());
+        const QImage wanted = popup->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(differenceOf(shown.convertToFormat(QImage::Format_RGB32), wanted), QRect());
+        // Another tab comes in front, and goes again.
+        editor.view.hide();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!editor.view.findChild<CompletionPopup *>());
+        letPaint();
+        editor.view.show();
+        editor.view.activateWindow();
+        editor.view.setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(&editor.view));
+        editor.press(Qt::Key_Return);
+        QVERIFY(editor.view.string().endsWith(u"fo\n"_s));
+    }
 }
 
 void TestEditorScreen::randomEdits()

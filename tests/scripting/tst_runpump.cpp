@@ -1,3 +1,5 @@
+#include "codeeditor/JSTDocument.h"
+#include "codeeditor/JSTTextView.h"
 #include "document/VXDocument.h"
 #include "platform/CallLater.h"
 #include "platform/DocumentController.h"
@@ -11,6 +13,7 @@
 #include "scripting/bridge/ScriptApplication.h"
 #include "scripting/panel/ConsoleView.h"
 #include "scripting/panel/PromptLine.h"
+#include "scripting/panel/VXMacroViewController.h"
 #include "tests/TestMain.h"
 
 #include <QClipboard>
@@ -95,6 +98,10 @@ private Q_SLOTS:
     void completesLiveNames_data();
     void completesLiveNames();
     void completesNothingDuringRuns();
+    void knowsWhatTheTextBinds_data();
+    void knowsWhatTheTextBinds();
+    void describesNames_data();
+    void describesNames();
     void runsNoCodeForCompletion();
     void completesInThePrompt();
 
@@ -662,6 +669,66 @@ void RunPumpTest::completesNothingDuringRuns()
     run(u"import time; time.sleep(0.2)"_s);
     QCOMPARE(found, QStringList());
     QCOMPARE(liveCompletions(u"prin"_s), QStringList {u"print"_s});
+}
+
+void RunPumpTest::knowsWhatTheTextBinds_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("has");
+    QTest::addColumn<QString>("hasNot");
+    QTest::newRow("a module that is imported") << u"import os\nos."_s << u"os.getcwd"_s << u"os.addInfo_"_s;
+    QTest::newRow("the records of Doc") << u"for g in Doc:\n\tg.pro"_s << u"g.production"_s << u"g.progress"_s;
+    QTest::newRow("one record of Doc") << u"Doc['A'].pro"_s << u".production"_s << u".addInfo_"_s;
+    QTest::newRow("unknown") << u"nobody.addIn"_s << u"nobody.addInfo_"_s << u"nobody.getcwd"_s;
+}
+
+void RunPumpTest::knowsWhatTheTextBinds()
+{
+    QFETCH(QString, code);
+    QFETCH(QString, has);
+    QFETCH(QString, hasNot);
+    run(u"import os"_s); // the program's names are there from the first run on
+    VXMacroViewController tab;
+    tab.setCode(code);
+    JSTTextView *view = tab.macroText();
+    view->setSelectedRange({int(code.size()), 0});
+    QStringList words;
+    for (const Completion &one :
+         tab.document()->textViewCompletionsToShow(view, view->rangeForUserCompletion()))
+        words << one.text;
+    QVERIFY2(words.contains(has), qPrintable(words.join(u' ')));
+    QVERIFY(!words.contains(hasNot));
+}
+
+void RunPumpTest::describesNames_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("signature");
+    QTest::addColumn<QString>("help");
+    const QString none;
+    QTest::newRow("function") << none << u"told"_s << u"told(a, b=\u2026, *rest, only, free=\u2026, **more)"_s
+                              << u"What it does."_s;
+    QTest::newRow("method") << u"Teller"_s << u"tell"_s << u"tell(text)"_s << none;
+    QTest::newRow("class") << none << u"Teller"_s << none << u"Tells."_s;
+    QTest::newRow("built in") << none << u"len"_s << u"len(obj, /)"_s
+                              << u"Return the number of items in a container."_s;
+    QTest::newRow("of a text") << u"text"_s << u"join"_s << u"join(iterable, /)"_s
+                               << u"Concatenate any number of strings."_s;
+    QTest::newRow("value") << none << u"text"_s << none << none;
+    QTest::newRow("not there") << u"nobody"_s << u"x"_s << none << none;
+}
+
+void RunPumpTest::describesNames()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, name);
+    run(u"text = 'a'\ndef told(a, b=1, *rest, only, free=2, **more):\n    'What it does. And more.'\n"
+        "class Teller:\n    'Tells.'\n    def tell(self, text): pass\n"_s);
+    Completion one {name, {}, {}, {}};
+    describeLiveName(path, name, one);
+    QTEST(one.signature, "signature");
+    QTEST(one.help, "help");
 }
 
 void RunPumpTest::runsNoCodeForCompletion()
