@@ -12,6 +12,7 @@ using runebook::TextRange;
 namespace {
 
 constexpr int maximumDepth = 100;
+constexpr int chunkLength = 512; // read at a time
 
 enum BraceKind : quint8 { NoBrace = 0, Opening = 1, Closing = 2 };
 
@@ -131,26 +132,40 @@ bool TE_isClosingBrace(char16_t character)
 
 std::optional<TextRange> TE_findMatchingBraceForRangeInString(int index, QStringView string)
 {
-    if (index < 0 || index >= string.size())
+    return runebook::findMatchingBrace(index, int(string.size()), [string](TextRange range) {
+        return QString::fromRawData(string.data() + range.location, range.length);
+    });
+}
+
+std::optional<TextRange> runebook::findMatchingBrace(int index, int length,
+                                                     const std::function<QString(TextRange)> &read)
+{
+    if (index < 0 || index >= length)
         return std::nullopt;
-    const char16_t *const units = string.utf16();
-    const char16_t first = units[index];
+    const char16_t first = read({index, 1}).front().unicode();
     const bool forward = TE_isOpeningBrace(first);
     if (!forward && !TE_isClosingBrace(first))
         return std::nullopt;
 
     const Braces &braces = processBraces();
     BraceStack stack(first, forward ? Opening : Closing);
-    const qsizetype step = forward ? 1 : -1;
-    for (qsizetype at = index + step; at >= 0 && at < string.size(); at += step) {
-        const quint8 kinds = braces.kindOf(units[at]);
-        if (kinds == NoBrace)
-            continue;
-        const BraceStack::Result result = stack.visit(units[at], kinds);
-        if (result == BraceStack::Result::Found)
-            return TextRange {int(at), 1};
-        if (result == BraceStack::Result::Failed)
-            return std::nullopt;
+    const int step = forward ? 1 : -1;
+    for (int at = index + step; at >= 0 && at < length;) {
+        const int count = std::min(chunkLength, forward ? length - at : at + 1);
+        const TextRange range {forward ? at : at - count + 1, count};
+        const QString chunk = read(range);
+        const char16_t *const units = QStringView(chunk).utf16();
+        for (const int end = at + count * step; at != end; at += step) {
+            const char16_t c = units[at - range.location];
+            const quint8 kinds = braces.kindOf(c);
+            if (kinds == NoBrace)
+                continue;
+            const BraceStack::Result result = stack.visit(c, kinds);
+            if (result == BraceStack::Result::Found)
+                return TextRange {at, 1};
+            if (result == BraceStack::Result::Failed)
+                return std::nullopt;
+        }
     }
     return std::nullopt;
 }

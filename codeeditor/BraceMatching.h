@@ -3,6 +3,7 @@
 #include "TextRange.h"
 
 #include <QStringView>
+#include <functional>
 #include <optional>
 
 /// Braces and their partners. The two lists are made once per process, from the user defaults
@@ -23,6 +24,10 @@ bool TE_isClosingBrace(char16_t character);
 std::optional<runebook::TextRange> TE_findMatchingBraceForRangeInString(int index, QStringView string);
 
 namespace runebook {
+
+/// The same in a text of \a length units that is read in pieces: \a read answers the units of a range.
+std::optional<TextRange> findMatchingBrace(int index, int length,
+                                           const std::function<QString(TextRange)> &read);
 
 /// Two strings of equal length: the character at an index of one pairs with that of the other.
 struct BraceLists {

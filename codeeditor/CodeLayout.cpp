@@ -9,9 +9,6 @@ namespace runebook {
 
 namespace {
 
-/// Looking for the place to break a word costs the square of its length; longer paragraphs break anywhere.
-constexpr int longestBlockBrokenAtWords = 10'000;
-
 constexpr qreal everything = 1e9;
 
 /// As laid out last, whatever became of the text since; 0 when that was forgotten.
@@ -36,7 +33,6 @@ void CodeLayout::setParagraphStyle(qreal headIndent, qreal paragraphSpacing)
         return;
     m_headIndent = headIndent;
     m_paragraphSpacing = paragraphSpacing;
-    m_blockCount = 0; // a text of one block is no exception
     requestUpdate();
     documentChanged(0, 0, document()->characterCount());
 }
@@ -72,8 +68,10 @@ void CodeLayout::blockChanged(const QTextBlock &block)
 {
     const qreal before = heightOfRows(*block.layout());
     block.layout()->clearLayout();
-    blockBoundingRect(block);
-    if (heightOfRows(*block.layout()) == before)
+    const bool isLong = block.length() > longestShapedBlock; // laid out once, however many changes come together
+    if (!isLong)
+        blockBoundingRect(block);
+    if (!isLong && heightOfRows(*block.layout()) == before)
         Q_EMIT updateBlock(block);
     else
         Q_EMIT update(QRectF(0, -document()->documentMargin(), everything, everything));
@@ -101,7 +99,7 @@ void CodeLayout::layOut(const QTextBlock &block) const
 {
     QTextLayout &layout = *block.layout();
     QTextOption option = document()->defaultTextOption();
-    if (block.length() > longestBlockBrokenAtWords)
+    if (block.length() > longestShapedBlock)
         option.setWrapMode(QTextOption::WrapAnywhere);
     layout.setTextOption(option);
 

@@ -171,4 +171,39 @@ QVariantMap attributesAt(const QTextDocument &document, int index, TextRange *ef
     return attributes;
 }
 
+QList<AttributeRun> attributeRuns(const QTextDocument &document, TextRange range)
+{
+    QList<AttributeRun> runs;
+    for (QTextBlock block = document.findBlock(range.location);
+         block.isValid() && block.position() < range.end(); block = block.next()) {
+        const int start = block.position();
+        const int end = std::min(start + block.length(), range.end());
+        const FormatRanges overlay = overlayOf(block);
+        auto over = overlay.cbegin();
+        auto fragment = block.begin();
+        for (int at = std::max(start, range.location); at < end;) {
+            while (over != overlay.cend() && start + over->start + over->length <= at)
+                ++over;
+            while (!fragment.atEnd()
+                   && fragment.fragment().position() + fragment.fragment().length() <= at)
+                ++fragment;
+            int next = end;
+            QVariantMap attributes;
+            if (!fragment.atEnd()) {
+                attributes = attributesFromFormat(fragment.fragment().charFormat());
+                next = std::min(next, fragment.fragment().position() + fragment.fragment().length());
+            }
+            if (over != overlay.cend() && start + over->start <= at) {
+                attributes.insert(attributesFromFormat(over->format));
+                next = std::min(next, start + over->start + over->length);
+            } else if (over != overlay.cend()) {
+                next = std::min(next, start + over->start);
+            }
+            runs.append({{at, next - at}, attributes});
+            at = next;
+        }
+    }
+    return runs;
+}
+
 } // namespace runebook

@@ -39,4 +39,12 @@ QVariantMap attributesFromFormat(const QTextCharFormat &format);
 /// empty range, outside the text.
 QVariantMap attributesAt(const QTextDocument &document, int index, TextRange *effectiveRange = nullptr);
 
+/// The pieces of \a range in \a document, in order and paragraph by paragraph, each with what attributesAt()
+/// answers for it; a paragraph's end stands at the end of its last piece. Linear in the number of pieces.
+struct AttributeRun {
+    TextRange range;
+    QVariantMap attributes;
+};
+QList<AttributeRun> attributeRuns(const QTextDocument &document, TextRange range);
+
 } // namespace runebook

@@ -225,9 +225,10 @@ QVariantMap JSTDocument::blankAttributes(int index, TextRange *range) const
 {
     TextRange run;
     const int format = m_runs.formatAt(index, &run);
+    if (run.contains(index))
+        *range = range->intersected(run);
     if (format == TokenFormats::none || !m_formats.isInvisible(format))
         return {};
-    *range = range->intersected(run);
     return attributesFromFormat(m_formats.at(format));
 }
 

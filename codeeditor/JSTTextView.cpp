@@ -190,11 +190,28 @@ void JSTTextView::textViewDidChangeSelection()
         flashOpeningBrace(old.location);
 }
 
+std::optional<TextRange> JSTTextView::matchingBrace(int index) const
+{
+    QTextBlock block; // the one that was read last: pieces of a long one follow each other
+    QString text;
+    return findMatchingBrace(index, m_storage->length(), [&, this](TextRange range) {
+        QString piece;
+        for (int at = range.location; at < range.end(); at = range.location + int(piece.size())) {
+            if (!block.isValid() || !block.contains(at)) {
+                block = m_storage->findBlock(at);
+                text = block.text() + u'\n';
+            }
+            piece += QStringView(text).sliced(at - block.position()).left(range.end() - at);
+        }
+        return piece;
+    });
+}
+
 void JSTTextView::flashOpeningBrace(int closingBrace)
 {
     if (!TE_isClosingBrace(m_storage->characterAt(closingBrace).unicode()))
         return;
-    if (const auto match = TE_findMatchingBraceForRangeInString(closingBrace, string()))
+    if (const auto match = matchingBrace(closingBrace))
         showFindIndicatorForRange(*match);
 }
 
@@ -203,7 +220,7 @@ void JSTTextView::selectBracePair()
     const TextRange selection = selectedRange();
     if (selection.length != 1)
         return;
-    const auto match = TE_findMatchingBraceForRangeInString(selection.location, string());
+    const auto match = matchingBrace(selection.location);
     if (!match)
         return;
     // The caret goes to the end where the match is, so that keeping it visible shows the match.
@@ -341,8 +358,8 @@ void JSTTextView::commentSelection()
     if (edit.edits.isEmpty())
         return;
     const TextRange block = lineBlock(text, selectedRange());
-    const int growth = int(edit.appliedTo(text).size() - text.size());
-    const QString replacement = edit.appliedTo(text).sliced(block.location, block.length + growth);
+    const QString changed = edit.appliedTo(text);
+    const QString replacement = changed.sliced(block.location, block.length + changed.size() - text.size());
     if (!shouldChangeTextInRangeReplacementString(block, replacement))
         return;
     m_storage->replaceCharactersInRangeWithString(block, replacement);

@@ -100,6 +100,8 @@ private:
     enum class UserEvent { None, KeyDown, DoubleClickUp };
 
     void textViewDidChangeSelection();
+    /// The brace that belongs to the one at \a index; the text is read piece by piece.
+    std::optional<runebook::TextRange> matchingBrace(int index) const;
     void selectBracePair();
     void flashOpeningBrace(int closingBrace);
     bool handleEditingKey(QKeyEvent *event);

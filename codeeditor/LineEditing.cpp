@@ -86,10 +86,15 @@ int lengthOfUnindent(QStringView text, int lineStart, int limit)
 
 QString LineEdit::appliedTo(const QString &text) const
 {
-    QString result = text;
-    for (auto edit = edits.crbegin(); edit != edits.crend(); ++edit)
-        result.replace(edit->replaced.location, edit->replaced.length, edit->replacement);
-    return result;
+    QString result;
+    result.reserve(text.size());
+    int kept = 0;
+    for (const TextEdit &edit : edits) {
+        result += QStringView(text).sliced(kept, edit.replaced.location - kept);
+        result += edit.replacement;
+        kept = edit.replaced.end();
+    }
+    return result += QStringView(text).sliced(kept);
 }
 
 TextRange lineBlock(QStringView text, TextRange range)

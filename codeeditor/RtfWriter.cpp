@@ -63,23 +63,19 @@ QByteArray colorTable(const QList<QRgb> &colors)
 QByteArray richTextFormat(const VXCodeTextStorage &storage, TextRange range)
 {
     const TextRange wanted = range.clampedTo(storage.length());
-    const QString text = storage.string();
+    const QString text = storage.substringWithRange(wanted);
     QStringList families;
     QList<QRgb> colors;
     QByteArray body;
-    for (int at = wanted.location; at < wanted.end();) {
-        TextRange run;
-        const QVariantMap attributes = storage.attributesAtIndexEffectiveRange(at, &run);
+    storage.forEachRun(wanted, [&](TextRange run, const QVariantMap &attributes) {
         const QFont font = attributes.value(fontAttributeName).value<QFont>();
         const QColor color = attributes.value(foregroundColorAttributeName).value<QColor>();
-        const int end = std::min(wanted.end(), std::max(run.end(), at + 1));
         body += "\\f" + QByteArray::number(numberIn(families, font.family()) - 1) + "\\fs"
             + QByteArray::number(qRound(font.pointSizeF() * 2)) + (font.bold() ? "\\b" : "\\b0")
             + (font.italic() ? "\\i" : "\\i0") + "\\cf" + QByteArray::number(numberIn(colors, color.rgb()))
             + ' ';
-        appendEscaped(body, QStringView(text).sliced(at, end - at));
-        at = end;
-    }
+        appendEscaped(body, QStringView(text).sliced(run.location - wanted.location, run.length));
+    });
     return "{\\rtf1\\ansi\\uc1\n" + fontTable(families) + colorTable(colors) + body + "}";
 }
 

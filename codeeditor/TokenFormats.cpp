@@ -18,6 +18,12 @@ bool isDictionary(const QVariant &value)
     return value.typeId() == QMetaType::QVariantMap;
 }
 
+QTextCharFormat unshaped(QTextCharFormat format)
+{
+    format.setFontStyleStrategy(QFont::PreferNoShaping);
+    return format;
+}
+
 /// White space is not there to be read.
 bool isToBeRead(const QString &key)
 {
@@ -27,7 +33,7 @@ bool isToBeRead(const QString &key)
 } // namespace
 
 TokenFormats::TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette, bool showsBlanks)
-    : m_palette(palette), m_fontSize(fontSize), m_showsBlanks(showsBlanks)
+    : m_palette(palette), m_fontSize(fontSize), m_showsBlanks(showsBlanks), m_unshapedFormats {unshaped({})}
 {
     m_quotedStringIndex = add({{foregroundColorAttributeName, quotedStringColor()}}, true);
     m_numberIndex = add({{foregroundColorAttributeName, numberColor()}}, true);
@@ -65,6 +71,7 @@ int TokenFormats::add(const QVariantMap &attributes, bool toBeRead)
     if (toBeRead && format.hasProperty(givenColorProperty))
         format.setForeground(readableColor(format.foreground().color(), m_palette.color(QPalette::Base)));
     m_formats.append(format);
+    m_unshapedFormats.append(unshaped(format));
     m_invisible.append(!toBeRead && !m_showsBlanks && !attributes.contains(fontAttributeName));
     return int(m_formats.size()) - 1;
 }

@@ -31,6 +31,8 @@ public:
     /// True when nothing of the format can be seen: it belongs to blanks, and has no font.
     bool isInvisible(int index) const { return m_invisible[index]; }
     const QTextCharFormat &at(int index) const { return m_formats[index]; }
+    /// The same for a paragraph that is not shaped; none: of what has no other format.
+    const QTextCharFormat &unshapedAt(int index) const { return m_unshapedFormats[index + 1]; }
 
 private:
     int add(const QVariantMap &attributes, bool toBeRead);
@@ -46,6 +48,7 @@ private:
     int m_fontSize = 0;
     bool m_showsBlanks = false;
     QList<QTextCharFormat> m_formats;
+    QList<QTextCharFormat> m_unshapedFormats; // that of none is the first
     QList<bool> m_invisible;
     QList<Entry> m_entries; // so that words of a kind share a format; emptied when the table is done
     WordIndex m_words;

@@ -1,5 +1,6 @@
 #include "TokenRuns.h"
 
+#include "codeeditor/CodeLayout.h"
 #include "codeeditor/FormatOverlay.h"
 #include "codeeditor/TDTokenizer.h"
 
@@ -119,8 +120,12 @@ TokenRuns::Runs::const_iterator TokenRuns::firstRunBehind(int index) const
 int TokenRuns::formatAt(int index, TextRange *run) const
 {
     const auto found = firstRunBehind(index);
-    if (found == m_runs.end() || found->start > index)
+    if (found == m_runs.end() || found->start > index) {
+        const int start = found == m_runs.begin() ? 0 : std::prev(found)->end();
+        if (run)
+            *run = {start, (found == m_runs.end() ? m_textLength : found->start) - start};
         return TokenFormats::none;
+    }
     if (run)
         *run = {found->start, found->length};
     return found->format;
@@ -137,14 +142,25 @@ TextRange TokenRuns::applyTo(const QTextDocument &document, TextRange range,
     for (; block.isValid() && start <= range.end(); block = block.next()) {
         const int length = block.length();
         const int end = start + length - 1; // the break has no looks of its own
+        const bool isShaped = length <= CodeLayout::longestShapedBlock;
+        int reached = start;
+        const auto fillTo = [&](int place) { // an unshaped paragraph has no gaps
+            if (!isShaped && place > reached)
+                overlay.append({reached - start, place - reached, formats.unshapedAt(TokenFormats::none)});
+        };
         overlay.clear();
         auto inBlock = run;
         for (; inBlock != m_runs.end() && inBlock->start < end; ++inBlock) {
             const int first = std::max(inBlock->start, start);
             const int last = std::min(inBlock->end(), end);
-            if (last > first && !formats.isInvisible(inBlock->format))
-                overlay.append({first - start, last - first, formats.at(inBlock->format)});
+            if (last <= first || formats.isInvisible(inBlock->format))
+                continue;
+            fillTo(first);
+            overlay.append({first - start, last - first,
+                            isShaped ? formats.at(inBlock->format) : formats.unshapedAt(inBlock->format)});
+            reached = last;
         }
+        fillTo(end);
         if (setOverlay(block, overlay))
             touched = touched.length == 0 ? TextRange {start, length} : touched.united({start, length});
         start += length;

@@ -50,11 +50,17 @@ int VXCodeTextStorage::length() const
 
 QString VXCodeTextStorage::substringWithRange(TextRange range) const
 {
+    // Not by a cursor: that lays out what it steps on.
     const TextRange wanted = range.clampedTo(length());
-    QTextCursor cursor(const_cast<VXCodeTextStorage *>(this)); // only to read
-    cursor.setPosition(wanted.location);
-    cursor.setPosition(wanted.end(), QTextCursor::KeepAnchor);
-    return cursor.selectedText().replace(QChar::ParagraphSeparator, u'\n');
+    QString result;
+    result.reserve(wanted.length);
+    for (QTextBlock block = findBlock(wanted.location); result.size() < wanted.length; block = block.next()) {
+        const int first = std::max(wanted.location - block.position(), 0);
+        result += QStringView(block.text()).sliced(first).left(wanted.length - result.size());
+        if (result.size() < wanted.length)
+            result += u'\n';
+    }
+    return result;
 }
 
 void VXCodeTextStorage::replaceCharactersInRangeWithString(TextRange range, const QString &string)
@@ -75,17 +81,38 @@ QVariantMap VXCodeTextStorage::attributesAtIndexEffectiveRange(int index, TextRa
 {
     TextRange range;
     QVariantMap attributes = attributesAt(*this, index, &range);
-    if (attributes.isEmpty() && m_blankAttributes && range.length > 0)
-        attributes = m_blankAttributes(index, &range);
+    if (range.length > 0)
+        complete(attributes, index, &range);
     if (effectiveRange)
         *effectiveRange = range;
-    if (range.length == 0)
-        return attributes;
+    return attributes;
+}
+
+/// Fills in what does not lie over the text: the looks of blanks, and the defaults.
+void VXCodeTextStorage::complete(QVariantMap &attributes, int index, TextRange *range) const
+{
+    if (attributes.isEmpty() && m_blankAttributes)
+        attributes = m_blankAttributes(index, range);
     if (!attributes.contains(foregroundColorAttributeName))
         attributes.insert(foregroundColorAttributeName, m_defaultForegroundColor);
     if (!attributes.contains(fontAttributeName))
         attributes.insert(fontAttributeName, defaultFont());
-    return attributes;
+}
+
+void VXCodeTextStorage::forEachRun(TextRange range,
+                                   const std::function<void(TextRange, const QVariantMap &)> &visit) const
+{
+    const QList<AttributeRun> runs = attributeRuns(*this, range.clampedTo(length()));
+    for (const AttributeRun &run : runs) {
+        for (int at = run.range.location; at < run.range.end();) {
+            TextRange piece {at, run.range.end() - at};
+            QVariantMap attributes = run.attributes;
+            complete(attributes, at, &piece);
+            const int end = std::max(piece.end(), at + 1);
+            visit({at, end - at}, attributes);
+            at = end;
+        }
+    }
 }
 
 QVariantList VXCodeTextStorage::attributesAtIndexEffectiveRange(int index) const

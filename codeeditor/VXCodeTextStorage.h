@@ -38,6 +38,9 @@ public: // attributes: "NSColor", "NSFont", "NSLink"
     /// outside the text. \a effectiveRange gets the piece around it, inside its paragraph, that shares them.
     Q_INVOKABLE QVariantMap attributesAtIndexEffectiveRange(int index,
                                                             runebook::TextRange *effectiveRange) const;
+    /// Visits the pieces of \a range that share their attributes, in order and in linear time.
+    void forEachRun(runebook::TextRange range,
+                    const std::function<void(runebook::TextRange, const QVariantMap &)> &visit) const;
     /// The same as a list: [attributes, [location, length]].
     QVariantList attributesAtIndexEffectiveRange(int index) const;
     /// Gives the characters of \a range these attributes alone. No undo step: attributes are no content.
@@ -68,6 +71,7 @@ Q_SIGNALS:
 
 private:
     void reportCharacters(int from, int removed, int added);
+    void complete(QVariantMap &attributes, int index, runebook::TextRange *range) const;
 
     runebook::CodeLayout *m_layout; // owned as the document's layout
     BlankAttributes m_blankAttributes;
