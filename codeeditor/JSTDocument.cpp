@@ -148,6 +148,10 @@ void JSTDocument::textStorageDidProcessEditing(int from, int removed, int added)
 
 void JSTDocument::parseCode(bool force)
 {
+    if (m_fontSize < minimumFontSize) {
+        m_fontSize = minimumFontSize;
+        m_font.reset();
+    }
     if (!m_storage)
         return;
     if (force || m_sourceString.isNull() || m_sourceString != m_storage->string())
@@ -186,10 +190,6 @@ void JSTDocument::colourText(bool everything, TextRange edited, bool announce)
 {
     if (!m_storage)
         return;
-    if (m_fontSize < minimumFontSize) {
-        m_fontSize = minimumFontSize;
-        m_font.reset();
-    }
     m_sourceString = m_storage->string();
     const int length = int(m_sourceString.size());
     if (length < minimumColouredLength) {

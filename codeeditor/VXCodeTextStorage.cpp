@@ -32,8 +32,14 @@ VXCodeTextStorage::VXCodeTextStorage(const QTextDocument *contents, QObject *par
 {
     registerTextRangeConversions();
     setDocumentLayout(m_layout);
-    if (contents)
+    if (contents) {
         setPlainText(contents->toRawText());
+        for (const AttributeRun &run : attributeRuns(*contents, {0, length()})) {
+            if (!run.attributes.isEmpty())
+                setAttributesRange(run.attributes, run.range);
+        }
+    }
+    m_length = length();
     connect(this, &QTextDocument::contentsChange, this, &VXCodeTextStorage::reportCharacters);
 }
 
@@ -74,7 +80,58 @@ void VXCodeTextStorage::replaceCharactersInRangeWithString(TextRange range, cons
 
 void VXCodeTextStorage::reportCharacters(int from, int removed, int added)
 {
-    Q_EMIT edited(EditKind::Characters, {from, removed}, added - removed);
+    // A change of everything counts the end of the last paragraph, which is no character, or counts nothing.
+    const int before = std::exchange(m_length, length());
+    const int change = m_length - before;
+    const TextRange replaced = TextRange {from, std::max(removed, -change)}.clampedTo(before);
+    moveAttributes(replaced.location, replaced.length, replaced.length + change);
+    Q_UNUSED(added)
+    Q_EMIT edited(EditKind::Characters, replaced, change);
+}
+
+/// Keeps the attributes with their characters when \a removed of them at \a from became \a added others.
+void VXCodeTextStorage::moveAttributes(int from, int removed, int added)
+{
+    if (m_attributes.isEmpty())
+        return;
+    const int heir = removed > 0 || from == 0 ? from : from - 1; // whose attributes the new characters get
+    const int shift = added - removed;
+    QList<QTextLayout::FormatRange> moved;
+    for (const QTextLayout::FormatRange &range : std::as_const(m_attributes)) {
+        const int end = range.start + range.length;
+        const bool inherits = added > 0 && heir >= range.start && heir < end;
+        const int front = std::min(end, from) - range.start; // characters in front of the change
+        const int back = end - std::max(range.start, from + removed); // and behind it
+        int start = front > 0 ? range.start : inherits ? from : std::max(range.start, from + removed) + shift;
+        int length = std::max(front, 0) + std::max(back, 0) + (inherits ? added : 0);
+        if (!inherits && front > 0 && back > 0 && added > 0) { // the new ones stand between
+            moved.append({range.start, front, range.format});
+            start = from + added;
+            length = back;
+        }
+        if (length > 0)
+            moved.append({start, length, range.format});
+    }
+    m_attributes = moved;
+    showAttributes({from, added});
+}
+
+/// Lays the attributes over the paragraphs of \a range, where no document colours them.
+void VXCodeTextStorage::showAttributes(TextRange range)
+{
+    if (m_blankAttributes)
+        return;
+    for (QTextBlock block = findBlock(range.location); block.isValid() && block.position() <= range.end();
+         block = block.next()) {
+        const TextRange own {block.position(), block.length() - 1};
+        FormatRanges formats;
+        for (const QTextLayout::FormatRange &given : std::as_const(m_attributes)) {
+            const TextRange shared = own.intersected({given.start, given.length});
+            if (shared.length > 0)
+                formats.append({shared.location - own.location, shared.length, given.format});
+        }
+        setOverlay(block, formats);
+    }
 }
 
 QVariantMap VXCodeTextStorage::attributesAtIndexEffectiveRange(int index, TextRange *effectiveRange) const
@@ -126,6 +183,8 @@ void VXCodeTextStorage::setAttributesRange(const QVariantMap &attributes, TextRa
 {
     const TextRange changed = range.clampedTo(length());
     const QTextCharFormat format = formatFromAttributes(attributes);
+    if (!m_blankAttributes)
+        m_attributes = withFormat(m_attributes, changed.location, changed.length, format);
     for (QTextBlock block = findBlock(changed.location); block.isValid() && block.position() < changed.end();
          block = block.next()) {
         const int first = std::max(changed.location - block.position(), 0);

@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QTextDocument>
+#include <QTextLayout>
 #include <QVariantMap>
 #include <functional>
 
@@ -20,7 +21,7 @@ public:
     enum class EditKind { Characters, Attributes };
     Q_ENUM(EditKind)
 
-    /// Empty, or with the characters of \a contents (none when absent).
+    /// Empty, or with the characters and attributes of \a contents (none when absent).
     explicit VXCodeTextStorage(QObject *parent = nullptr);
     explicit VXCodeTextStorage(const QTextDocument *contents, QObject *parent = nullptr);
 
@@ -43,7 +44,9 @@ public: // attributes: "NSColor", "NSFont", "NSLink"
                     const std::function<void(runebook::TextRange, const QVariantMap &)> &visit) const;
     /// The same as a list: [attributes, [location, length]].
     QVariantList attributesAtIndexEffectiveRange(int index) const;
-    /// Gives the characters of \a range these attributes alone. No undo step: attributes are no content.
+    /// Gives the characters of \a range these attributes alone. No undo step: attributes are no content. They
+    /// move with their characters; what is put in takes those of the first character it replaces, or else of
+    /// the one in front of it.
     Q_INVOKABLE void setAttributesRange(const QVariantMap &attributes, runebook::TextRange range);
     /// Asked for the attributes of characters that nothing lies over: those of blanks, which are kept out of
     /// the layout while nobody sees them. Answers an empty map, or the attributes and narrows the range.
@@ -71,9 +74,13 @@ Q_SIGNALS:
 
 private:
     void reportCharacters(int from, int removed, int added);
+    void moveAttributes(int from, int removed, int added);
+    void showAttributes(runebook::TextRange range);
     void complete(QVariantMap &attributes, int index, runebook::TextRange *range) const;
 
     runebook::CodeLayout *m_layout; // owned as the document's layout
+    QList<QTextLayout::FormatRange> m_attributes; // ascending; those given by setAttributesRange()
+    int m_length = 0; // as of the last edit
     BlankAttributes m_blankAttributes;
     QColor m_defaultForegroundColor = Qt::black;
 };

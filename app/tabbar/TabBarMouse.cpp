@@ -232,7 +232,7 @@ void TabBarMouse::moveCellPast(qreal start)
         return;
     m_bar.setDisableUpdates(true);
     m_bar.moveTabItemToIndex(item, places.at(place));
-    m_bar.m_disableUpdates = false;
+    --m_bar.m_disabledUpdates;
     m_bar.update(true); // neighbours always slide: a jump would hide what happened
 }
 
@@ -266,7 +266,7 @@ void TabBarMouse::cancelDrag()
     const QPointer<QObject> item = m_pressed ? m_pressed->representedObject() : nullptr;
     m_bar.setDisableUpdates(true);
     m_bar.moveTabItemToIndex(item, m_dragOrigin);
-    m_bar.m_disableUpdates = false;
+    --m_bar.m_disabledUpdates;
     endDrag();
 }
 

@@ -206,7 +206,7 @@ void VXTabBarControl::moveTabItemToIndex(QObject *item, uint index)
 void VXTabBarControl::setViewControllers(const QList<QObject *> &items)
 {
     const QPointer<QObject> selected = selectedTabItem();
-    m_disableUpdates = true;
+    setDisableUpdates(true);
     for (QObject *item : tabItems()) {
         if (!items.contains(item))
             removeTabItem(item);

@@ -104,7 +104,8 @@ public: // layout; these hide the repainting operation of the same name on purpo
     /// Lays the cells out anew, animated when the bar animates automatically.
     Q_INVOKABLE void update();
     Q_INVOKABLE void update(bool animate);
-    /// While \a disable, update does nothing; allowing updates again makes up for it.
+    /// While \a disable, update does nothing; allowing updates again makes up for it. Calls nest: each true
+    /// wants a false of its own.
     Q_INVOKABLE void setDisableUpdates(bool disable);
     /// Folds the bar away or back; the partner view takes or gives the room where no layout does.
     Q_INVOKABLE void hideTabBarAnimate(bool hide, bool animate);
@@ -301,7 +302,7 @@ private:
     QList<int> m_shown; // indexes of the cells that have a place, in the order of the places
     QVariantAnimation m_slide;
     QVariantAnimation m_fold;
-    bool m_disableUpdates = false;
+    int m_disabledUpdates = 0; // so many calls want it
     bool m_isTabBarHidden = false;
     bool m_hideRequested = false;
     bool m_isResizing = false;

@@ -97,7 +97,7 @@ void VXTabBarControl::restoreFromArchive(const QVariantMap &archive)
             window()->objectName() == name ? qobject_cast<T *>(window()) : window()->findChild<T *>(name);
         return found ? found : present;
     };
-    m_disableUpdates = true;
+    setDisableUpdates(true);
     for (const QLatin1StringView setting : plainSettings) {
         if (const auto value = archive.constFind(keyOf(setting)); value != archive.cend())
             setProperty(setting.data(), *value);

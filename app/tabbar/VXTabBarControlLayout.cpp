@@ -25,7 +25,7 @@ void VXTabBarControl::update()
 
 void VXTabBarControl::update(bool animate)
 {
-    if (m_disableUpdates)
+    if (m_disabledUpdates > 0)
         return;
     refreshCloseButtons();
     const bool hide = m_hideRequested || (m_hideForSingleTab && m_cells.size() <= 1);
@@ -46,9 +46,8 @@ void VXTabBarControl::update(bool animate)
 
 void VXTabBarControl::setDisableUpdates(bool disable)
 {
-    m_disableUpdates = disable;
-    if (!disable)
-        update();
+    m_disabledUpdates = std::max(0, m_disabledUpdates + (disable ? 1 : -1));
+    update();
 }
 
 bool VXTabBarControl::mayAnimate() const

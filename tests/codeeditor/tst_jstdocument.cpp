@@ -73,6 +73,9 @@ private Q_SLOTS:
     void colourFollowsThePalette_data();
     void colourFollowsThePalette();
     void setFontSizeRecolours();
+    void smallSizesAreClampedAlike();
+    void attributesMoveWithTheirText();
+    void editsTellTheirLengths();
     void completes_data();
     void completes();
     void asksTheDelegateToo();
@@ -331,6 +334,79 @@ void TestJSTDocument::completes()
     int selected = 7;
     QTEST(editor.view.completionsForPartialWordRange({2, int(text.size())}, &selected), "words");
     QCOMPARE(selected, 7);
+}
+
+void TestJSTDocument::smallSizesAreClampedAlike()
+{
+    EditorFixture after;
+    after.document.setFontSize(3);
+    JSTTextView view;
+    JSTDocument before;
+    before.setFontSize(3);
+    before.setSourceText(&view);
+    QCOMPARE(before.fontSize(), 6);
+    QCOMPARE(after.document.fontSize(), 6);
+    QCOMPARE(view.font().pointSize(), after.view.font().pointSize());
+}
+
+/// Edits of random places, beside a list with one number for each character.
+void TestJSTDocument::attributesMoveWithTheirText()
+{
+    QRandomGenerator random(10);
+    VXCodeTextStorage storage;
+    QString text;
+    QList<int> sizes; // the font size of each character, 0 for none
+    for (int step = 0; step < 600; ++step) {
+        const int from = random.bounded(int(text.size()) + 1);
+        const int count = std::min(random.bounded(6), int(text.size()) - from);
+        if (random.bounded(3) == 0) {
+            const int size = 5 + random.bounded(4);
+            storage.setAttributesRange({{u"NSFont"_s, QFont(u"Nobody's"_s, size)}}, {from, count});
+            std::fill_n(sizes.begin() + from, count, size);
+        } else {
+            const QString put = u"ab\ncd"_s.first(random.bounded(6));
+            const int heir = sizes.value(count > 0 || from == 0 ? from : from - 1);
+            storage.replaceCharactersInRangeWithString({from, count}, put);
+            text.replace(from, count, put);
+            sizes.remove(from, count);
+            sizes.insert(from, put.size(), heir);
+        }
+        QCOMPARE(storage.string(), text);
+        const VXCodeTextStorage copy(&storage);
+        for (const VXCodeTextStorage *one : {static_cast<const VXCodeTextStorage *>(&storage), &copy}) {
+            for (int at = 0; at < text.size(); ++at) {
+                if (text[at] == u'\n')
+                    continue; // a break has no looks
+                const QFont font = one->attributesAtIndexEffectiveRange(at, nullptr).value(u"NSFont"_s).value<QFont>();
+                QCOMPARE(font.family() == u"Nobody's"_s ? font.pointSize() : 0, sizes[at]);
+            }
+        }
+    }
+}
+
+void TestJSTDocument::editsTellTheirLengths()
+{
+    EditorFixture editor;
+    QString copy;
+    connect(editor.view.textStorage(), &VXCodeTextStorage::edited, &editor.view,
+            [&](VXCodeTextStorage::EditKind, TextRange range, int change) {
+                QVERIFY(range.end() <= copy.size());
+                copy.replace(range.location, range.length,
+                             editor.view.string().sliced(range.location, range.length + change));
+            });
+    editor.view.setString(u"if a:\n\tb = 'c'\n"_s);
+    QCOMPARE(copy, editor.view.string());
+    editor.select(3, 8);
+    QTest::keyClicks(&editor.view, u"x'"_s);
+    QTest::keyClick(&editor.view, Qt::Key_Return);
+    editor.view.undo();
+    QCOMPARE(copy, editor.view.string());
+    editor.view.selectAll();
+    editor.view.commentSelection();
+    editor.view.setString(u"new"_s);
+    QCOMPARE(copy, editor.view.string());
+    editor.view.setString(QString());
+    QCOMPARE(copy, QString());
 }
 
 void TestJSTDocument::asksTheDelegateToo()
