@@ -251,21 +251,29 @@ Command commandFor(const QString &application, const QString &path, const QStrin
     return {};
 }
 
-void open(const QString &path, const QString &line)
+void open(const QString &path, const QString &line, QObject *context, std::function<void()> instead)
 {
     const QString absolutePath = QFileInfo(path).absoluteFilePath();
     // The desktop may take its time, and a window would stand still. The program ends after the pool's
     // threads.
-    QThreadPool::globalInstance()->start([absolutePath, line] {
-        const Command command = commandFor(defaultApplication(), absolutePath, line);
+    const QPointer<QObject> safe(context);
+    QThreadPool::globalInstance()->start([absolutePath, line, safe, instead = std::move(instead)] {
+        const QString editor = defaultApplication();
+        const Command command = commandFor(editor, absolutePath, line);
         if (!command.program.isEmpty()) {
             startApart(command);
             return;
         }
-        if (QCoreApplication *application = QCoreApplication::instance())
-            QMetaObject::invokeMethod(application, [absolutePath] {
+        QCoreApplication *application = QCoreApplication::instance();
+        if (!application)
+            return;
+        const bool hasEditor = !editor.isEmpty();
+        QMetaObject::invokeMethod(application, [absolutePath, safe, instead, hasEditor] {
+            if (hasEditor)
                 QDesktopServices::openUrl(QUrl::fromLocalFile(absolutePath));
-            });
+            else if (safe)
+                instead();
+        });
     });
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QString>
+#include <QPointer>
 #include <QStringList>
+#include <functional>
 
 /// Opening a line of a file in the editor that the desktop has for Python.
 namespace runebook::ExternalEditors {
@@ -22,7 +24,8 @@ QString defaultApplication();
 /// printed.
 Command commandFor(const QString &application, const QString &path, const QString &line);
 /// Shows the line in the default application; opens the file there without the line when it has no way to
-/// show one. Does not wait.
-void open(const QString &path, const QString &line);
+/// show one. Where the desktop has no application for it, \a instead is called in the event loop, unless \a context
+/// has gone by then. Does not wait.
+void open(const QString &path, const QString &line, QObject *context, std::function<void()> instead);
 
 } // namespace runebook::ExternalEditors

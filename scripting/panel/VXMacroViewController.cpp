@@ -87,6 +87,19 @@ void VXMacroViewController::setCode(const QString &code)
         m_code = code;
 }
 
+void VXMacroViewController::setFile(const QString &path, const QString &savedText)
+{
+    m_filePath = path;
+    m_savedText = savedText;
+    m_fileState = FileState::of(path);
+}
+
+bool VXMacroViewController::takeFileChange()
+{
+    const FileState now = FileState::of(m_filePath);
+    return std::exchange(m_fileState, now) != now;
+}
+
 JSTTextView *VXMacroViewController::macroText()
 {
     if (!m_macroText)

@@ -2,6 +2,7 @@
 
 #include "codeeditor/JSTTextViewDelegate.h"
 #include "codeeditor/TextRange.h"
+#include "platform/FileState.h"
 
 #include <QFont>
 #include <QObject>
@@ -42,6 +43,14 @@ public: // what it is about
     Q_INVOKABLE QString code() const;
     /// Replaces everything, as no undoable step.
     Q_INVOKABLE void setCode(const QString &code);
+    /// The script file whose text this is; empty for a tab of the panel's own.
+    QString filePath() const { return m_filePath; }
+    /// The text that the file was known to have last.
+    QString savedText() const { return m_savedText; }
+    /// The tab belongs to the file at \a path, which has the text \a savedText.
+    void setFile(const QString &path, const QString &savedText);
+    /// Whether the file on the disk is another one, or was written to, since the last call.
+    bool takeFileChange();
     /// What stands in the tab. Belongs to this object, whatever its parent is.
     QWidget *view() const { return m_view; }
     /// The editor.
@@ -112,6 +121,9 @@ private:
     QVariantHash keywordAttributes() const;
 
     QString m_title;
+    QString m_filePath;
+    QString m_savedText;
+    runebook::FileState m_fileState;
     QString m_code; ///< until there is an editor
     QPointer<QWidget> m_view; ///< owned; the tab bar changes its parent
     QPointer<JSTTextView> m_macroText;

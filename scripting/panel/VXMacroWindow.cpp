@@ -126,7 +126,10 @@ void VXMacroWindow::connectTextCommands()
                 [this, sender = action] { performTextFinderAction(sender); });
     }
     connect(m_ui->useSelectionAction, &QAction::triggered, this, &VXMacroWindow::exportFont);
-    connect(m_ui->saveAction, &QAction::triggered, this, &VXMacroWindow::saveDocument);
+    connect(m_ui->saveAction, &QAction::triggered, this, [this] {
+        if (!m_saveHandler || !m_saveHandler())
+            saveDocument();
+    });
     connect(m_ui->nextPaneAction, &QAction::triggered, this, &VXMacroWindow::goToNextPane);
 }
 

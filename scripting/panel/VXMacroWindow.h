@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <functional>
 #include <memory>
 
 class QPlainTextEdit;
@@ -37,6 +38,8 @@ public: // what is in it
 
 public: // commands
     Q_INVOKABLE bool canBecomeMainWindow() const { return false; }
+    /// What the save key does first; when it answers false there is nothing to save, see saveDocument().
+    void setSaveHandler(std::function<bool()> handler) { m_saveHandler = std::move(handler); }
     /// There is no document here: beeps and saves nothing.
     Q_INVOKABLE void saveDocument();
     /// "Use Selection for Find": has the text view that has the keys take its selection as the text to look
@@ -68,6 +71,7 @@ private:
 
     std::unique_ptr<Ui::VXMacroWindow_11> m_ui;
     runebook::SnippetsPopup *m_snippetsPopup;
+    std::function<bool()> m_saveHandler;
     runebook::MessageBar *m_messageBar;
     runebook::RunIndicator *m_runIndicator;
 };

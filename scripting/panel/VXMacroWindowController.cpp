@@ -8,6 +8,7 @@
 #include "scripting/RunPump.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/ScriptApplication.h"
+#include "scripting/panel/ScriptFiles.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
@@ -91,6 +92,7 @@ void VXMacroWindowController::loadWindow()
     loadSnippets();
     setUpConsole();
     restoreMacroTabs();
+    m_scriptFiles = new ScriptFiles(*this, *m_window->parts().fileMenu);
     setUpRuns();
     connectCommands();
     connect(m_window.get(), &VXMacroWindow::becameKey, this, &VXMacroWindowController::windowDidBecomeKey);
@@ -250,6 +252,12 @@ void VXMacroWindowController::saveAll()
         return;
     saveMacroTabs();
     m_window->saveLayout();
+}
+
+bool VXMacroWindowController::openScript(const QString &path, int line)
+{
+    showPanel();
+    return m_scriptFiles->open(path, line);
 }
 
 bool VXMacroWindowController::eventFilter(QObject *watched, QEvent *event)

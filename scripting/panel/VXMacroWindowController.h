@@ -17,6 +17,7 @@ class VXTabBarControl;
 
 namespace runebook {
 class ConsoleView;
+class ScriptFiles;
 class SnippetsPopup;
 } // namespace runebook
 
@@ -80,6 +81,9 @@ public: // tabs
     Q_INVOKABLE void reopenTab();
     /// Asks for a new title of the selected tab.
     Q_INVOKABLE void renameTab();
+    /// Shows the script file at \a path in a tab, with the caret in \a line (from 1; 0 for none). False, with a word
+    /// in the panel, when it cannot be read.
+    Q_INVOKABLE bool openScript(const QString &path, int line = 0);
     /// Writes the tabs and which one is selected to the defaults "VXMacroViews" and "VXSelectedMacroView".
     Q_INVOKABLE void saveMacroTabs();
     /// Makes the tabs anew from the defaults.
@@ -154,6 +158,7 @@ protected:
 private:
     void loadWindow();
     void setUpTabBar();
+    VXMacroViewController *addTab(const QVariantMap &record, const QString &title);
     void connectCommands();
     runebook::ConsoleView &console();
     void setUpConsole();
@@ -179,5 +184,6 @@ private:
     QPointer<VXMacroViewController> m_lastRun; ///< whose lines "<macro>" means
     QList<QVariantMap> m_closedTabs; ///< the last one closed last
     QMenu *m_tabMenu = nullptr; // the window's
+    runebook::ScriptFiles *m_scriptFiles = nullptr; // owned as a child
     bool m_isQuitting = false;
 };

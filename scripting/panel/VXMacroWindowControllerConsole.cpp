@@ -185,7 +185,7 @@ bool VXMacroWindowController::textViewClickedOnLinkAtIndex(QObject *textView, co
     } else if (path == kPromptPath) {
         m_window->parts().prompt->recallLast();
     } else {
-        ExternalEditors::open(path, line);
+        ExternalEditors::open(path, line, this, [this, path, line] { openScript(path, line.toInt()); });
     }
     return true;
 }

@@ -21,11 +21,16 @@ constexpr auto kSelectedView = "VXSelectedMacroView"_L1;
 constexpr auto kFirstCode = "macroCode"_L1;
 constexpr auto kCode = "code"_L1;
 constexpr auto kTitle = "title"_L1;
+constexpr auto kPath = "path"_L1; ///< of the script file that the tab belongs to, with
+constexpr auto kSaved = "saved"_L1; ///< the text that the file had
 constexpr qsizetype kKeptClosedTabs = 20;
 
 QVariantMap recordOf(const VXMacroViewController &tab)
 {
-    return {{kCode, tab.code()}, {kTitle, tab.title()}};
+    QVariantMap record {{kCode, tab.code()}, {kTitle, tab.title()}};
+    if (!tab.filePath().isEmpty())
+        record.insert({{kPath, tab.filePath()}, {kSaved, tab.savedText()}});
+    return record;
 }
 
 /// A text from the defaults; null for a value of another type.
@@ -69,6 +74,14 @@ VXMacroViewController *VXMacroWindowController::addMacroTitle(const QString &cod
     return tab;
 }
 
+VXMacroViewController *VXMacroWindowController::addTab(const QVariantMap &record, const QString &title)
+{
+    VXMacroViewController *tab = addMacroTitle(textIn(record, kCode), title);
+    if (const QString path = textIn(record, kPath); !path.isEmpty())
+        tab->setFile(path, textIn(record, kSaved));
+    return tab;
+}
+
 void VXMacroWindowController::closeTab()
 {
     if (tabBarControl()->countOfTabItems() > 1)
@@ -82,7 +95,7 @@ void VXMacroWindowController::reopenTab()
     if (m_closedTabs.isEmpty())
         return;
     const QVariantMap record = m_closedTabs.takeLast();
-    showToType(addMacroTitle(textIn(record, kCode), textIn(record, kTitle)), *tabBarControl());
+    showToType(addTab(record, textIn(record, kTitle)), *tabBarControl());
     saveMacroTabs();
 }
 
@@ -143,7 +156,7 @@ void VXMacroWindowController::restoreMacroTabs()
                 continue;
             ++number;
             const QString title = textIn(record, kTitle);
-            addMacroTitle(textIn(record, kCode), title.isEmpty() ? tr("Macro %1").arg(number) : title);
+            addTab(record, title.isEmpty() ? tr("Macro %1").arg(number) : title);
         }
     }
     const int selected = defaults.integerForKey(kSelectedView);

@@ -171,11 +171,16 @@ void ExternalEditorsTest::opensTheLineInTheDefaultEditor()
         write(u"data/applications/org.kde.kate.desktop"_s, "[Desktop Entry]\nExec=kate -b %U\n");
     QCOMPARE(ExternalEditors::defaultApplication(), file);
     const QString script = write(u"it's; $(a) script.py"_s, "pass\n");
-    ExternalEditors::open(script, u"12"_s);
+    int instead = 0;
+    ExternalEditors::open(script, u"12"_s, this, [&instead] { ++instead; });
     QTRY_VERIFY(QFile::exists(m_folder.filePath(u"seen"_s)));
     QFile seen(m_folder.filePath(u"seen"_s));
     QVERIFY(seen.open(QIODevice::ReadOnly));
     QCOMPARE(QString::fromUtf8(seen.readAll()), m_bin + "/kate\n-b\n-l\n12\n"_L1 + script + u'\n');
+    QCOMPARE(instead, 0);
+    QVERIFY(QFile::remove(file)); // now no desktop has an editor
+    ExternalEditors::open(script, u"12"_s, this, [&instead] { ++instead; });
+    QTRY_COMPARE(instead, 1);
 }
 
 RUNEBOOK_TEST_MAIN(ExternalEditorsTest)

@@ -2,6 +2,7 @@
 #include "codeeditor/JSTTextView.h"
 #include "document/VXDocument.h"
 #include "platform/DocumentController.h"
+#include "platform/MessageBar.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
 #include "scripting/RunPump.h"
@@ -17,9 +18,14 @@
 #include "ui_VXMacroWindow_11.h"
 
 #include <QAbstractButton>
+#include <QDropEvent>
+#include <QFileDialog>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTextBlock>
 #include <QSignalSpy>
 
 using namespace runebook;
@@ -90,6 +96,10 @@ private Q_SLOTS:
     void init();
     void cleanup() { DocumentController::shared().releaseAll(); }
     void costsNothingBeforeItIsShown();
+    void editsScriptFiles();
+    void takesDroppedFiles();
+    void refusesWhatIsNoScript_data();
+    void refusesWhatIsNoScript();
     void isClearedByTheMenuAtOnce();
     void restoresTabs_data();
     void restoresTabs();
@@ -132,6 +142,141 @@ void MacroPanelTest::init()
     for (const char *key : {"VXMacroViews", "VXSelectedMacroView", "macroCode", "MacroCodeFontSize",
                             "showMacroPanel", "VXMacroPanelGeometry", "VXMacroPanelSplitter"})
         defaults().removeObjectForKey(QString::fromLatin1(key));
+}
+
+// Script files
+
+namespace {
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray bytesOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void press(MessageBar &bar, const QString &answer)
+{
+    // Those of an earlier question wait for their end.
+    const QList<QPushButton *> buttons = bar.findChildren<QPushButton *>();
+    const auto last = std::find_if(buttons.crbegin(), buttons.crend(), [&answer](const QPushButton *button) {
+        return button->text().remove(u'&') == answer;
+    });
+    QVERIFY(last != buttons.crend());
+    (*last)->click();
+}
+
+} // namespace
+
+void MacroPanelTest::editsScriptFiles()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"a.py"_s);
+    write(path, "one\ntwo\nthree\n");
+    VXMacroWindowController panel;
+    QVERIFY(panel.openScript(path, 2));
+    VXMacroViewController *tab = panel.activeMacroController();
+    JSTTextView *text = tab->macroText();
+    QCOMPARE(text->selectedRange(), (TextRange {4, 4}));
+    QVERIFY(panel.openScript(path, 3)); // the tab that has it
+    QCOMPARE(panel.tabBarControl()->countOfTabItems(), 2U);
+
+    // Another program changes it: read again at once where nothing was edited, the caret where it was.
+    MessageBar &bar = *panel.window()->messageBar();
+    write(path, "ONE\ntwo\nTHREE\nfour\n");
+    Q_EMIT panel.window()->becameKey();
+    QCOMPARE(tab->code(), u"ONE\ntwo\nTHREE\nfour\n"_s);
+    QCOMPARE(text->textCursor().blockNumber(), 3);
+    text->undo(); // which is one step
+    QCOMPARE(tab->code(), u"one\ntwo\nthree\n"_s);
+
+    // Edited here and there: asked; neither side goes without an answer.
+    write(path, "theirs\n");
+    Q_EMIT panel.window()->becameKey();
+    QCOMPARE(tab->code(), u"one\ntwo\nthree\n"_s);
+    panel.window()->parts().saveAction->trigger();
+    QCOMPARE(bytesOf(path), QByteArray("theirs\n"));
+    press(bar, u"Save Mine"_s);
+    QCOMPARE(bytesOf(path), QByteArray("one\ntwo\nthree\n"));
+    text->setString(u"mine again\n"_s);
+    panel.window()->parts().saveAction->trigger();
+    QCOMPARE(bytesOf(path), QByteArray("mine again\n"));
+
+    // The next start knows what belongs to which file.
+    panel.saveMacroTabs();
+    VXMacroWindowController next;
+    next.window();
+    QCOMPARE(next.activeMacroController()->filePath(), path);
+    write(path, "later\n");
+    Q_EMIT next.window()->becameKey();
+    QCOMPARE(next.activeMacroController()->code(), u"later\n"_s);
+
+    // A tab of the panel's own becomes a script of the menu.
+    VXMacroViewController *own = panel.addMacroTitle(u"print(1)\n"_s, u"Über / Größe"_s);
+    panel.tabBarControl()->selectTabItem(own);
+    for (QAction *action : panel.window()->parts().fileMenu->actions()) {
+        if (action->text().remove(u'&') == u"Save as Script…"_s)
+            action->trigger();
+    }
+    auto *dialog = panel.window()->findChild<QFileDialog *>();
+    QVERIFY(dialog);
+    const QString script = dialog->selectedFiles().value(0);
+    QVERIFY2(script.endsWith(u"/Scripts/Über  Größe.py"_s) || script.endsWith(u"/Scripts/Über Größe.py"_s),
+             qPrintable(script));
+    Q_EMIT dialog->fileSelected(script);
+    QCOMPARE(bytesOf(script), QByteArray("# MenuTitle: Über / Größe\nprint(1)\n"));
+    QCOMPARE(own->filePath(), script);
+    QVERIFY(QFile::remove(script));
+}
+
+void MacroPanelTest::takesDroppedFiles()
+{
+    const QTemporaryDir folder;
+    write(folder.filePath(u"dropped.py"_s), "x = 1\n");
+    VXMacroWindowController panel;
+    panel.showPanel();
+    QVERIFY(QTest::qWaitForWindowExposed(panel.window()));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(folder.filePath(u"dropped.py"_s))});
+    QWidget *editor = panel.activeMacroController()->macroText()->viewport();
+    const QString before = panel.activeMacroController()->code();
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(editor, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(editor, &drop);
+    QCOMPARE(panel.activeMacroController()->code(), u"x = 1\n"_s);
+    QCOMPARE(qobject_cast<VXMacroViewController *>(panel.tabBarControl()->tabItems().first())->code(), before);
+}
+
+void MacroPanelTest::refusesWhatIsNoScript_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("not UTF-8") << QByteArray("caf\xe9") << u"UTF-8"_s;
+    QTest::newRow("too large") << QByteArray((4 << 20) + 1, 'x') << u"4 MB"_s;
+    QTest::newRow("a folder") << QByteArray() << u"no plain file"_s;
+}
+
+void MacroPanelTest::refusesWhatIsNoScript()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, reason);
+    const QTemporaryDir folder;
+    const QString path = bytes.isEmpty() ? folder.path() : folder.filePath(u"a.py"_s);
+    if (!bytes.isEmpty())
+        write(path, bytes);
+    VXMacroWindowController panel;
+    QVERIFY(!panel.openScript(path));
+    QVERIFY2(panel.window()->messageBar()->text().contains(reason),
+             qPrintable(panel.window()->messageBar()->text()));
+    QCOMPARE(panel.tabBarControl()->countOfTabItems(), 1U);
 }
 
 // The window
