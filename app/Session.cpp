@@ -2,6 +2,7 @@
 
 #include "editing/VXWindowController.h"
 #include "platform/DocumentController.h"
+#include "platform/FilePath.h"
 #include "platform/UserDefaults.h"
 
 #include <QFileInfo>
@@ -53,7 +54,7 @@ int open(const QVariantList &windows)
     for (const QVariant &entry : windows) {
         const QVariantMap stored = entry.toMap();
         const QString path = stored.value(u"path"_s).toString();
-        if (path.isEmpty() || !QFileInfo(path).isFile())
+        if (path.isEmpty() || fileKind(path) != FileKind::Regular)
             continue;
         Document *document = DocumentController::shared().openDocumentWithContentsOfURLDisplay(path, true);
         VXWindowController *window = document ? windowOf(*document) : nullptr;

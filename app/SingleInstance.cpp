@@ -1,5 +1,7 @@
 #include "app/SingleInstance.h"
 
+#include "platform/FileBytes.h"
+#include "platform/FilePath.h"
 #include "platform/UserDefaults.h"
 
 #include <QCryptographicHash>
@@ -53,6 +55,7 @@ std::optional<QStringList> messageIn(const QByteArray &bytes, bool &isBroken)
     if (stream.status() != QDataStream::Ok)
         return {};
     QStringList files = QString::fromUtf8(paths).split(u'\0', Qt::SkipEmptyParts);
+    std::transform(files.cbegin(), files.cend(), files.begin(), &pathFromURL);
     files.removeIf([](const QString &path) { return !QDir::isAbsolutePath(path); });
     return files;
 }
@@ -62,7 +65,9 @@ QByteArray messageOf(const QStringList &files)
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     stream.setVersion(QDataStream::Qt_6_4);
-    stream << kMagic << files.join(u'\0').toUtf8();
+    QStringList paths;
+    std::transform(files.cbegin(), files.cend(), std::back_inserter(paths), &portablePath);
+    stream << kMagic << paths.join(u'\0').toUtf8();
     return bytes;
 }
 
@@ -94,6 +99,11 @@ SingleInstance::Role SingleInstance::claim(const QStringList &files)
 {
     if (m_socketPath.isEmpty())
         return Role::Alone;
+    // Looking who holds it would wait at a pipe.
+    if (isOddity(m_socketPath + ".lock"_L1)) {
+        tellPassedOver(m_socketPath + ".lock"_L1, "it is no lock");
+        return Role::Alone;
+    }
     const QDeadlineTimer deadline(m_timeLimitMs);
     do {
         if (m_lock.tryLock(0))

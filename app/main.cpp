@@ -159,7 +159,7 @@ int main(int argc, char *argv[])
 
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
-        arguments << QString::fromLocal8Bit(argv[i]);
+        arguments << pathFromNative(argv[i]);
     const CommandLine line = parseCommandLine(arguments);
     if (line.mode == CommandLine::Mode::Script) {
         const auto app = makeHeadless<VXApplication>(argc, argv);

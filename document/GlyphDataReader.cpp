@@ -2,12 +2,13 @@
 
 #include "document/GlyphDataWriter.h"
 #include "document/GlyphLines.h"
+#include "platform/CheckedFile.h"
 #include "platform/FileBytes.h"
+#include "platform/FilePath.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QFileInfo>
 #include <cerrno>
+#include <fcntl.h>
 #include <new>
 #include <utility>
 
@@ -24,7 +25,7 @@ QString tr(const char *text)
 
 Error readError(const QString &path, const QString &reason, const QString &suggestion = {})
 {
-    return {u"ReadError"_s, 1, tr("“%1” could not be read.").arg(path), reason, suggestion};
+    return {u"ReadError"_s, 1, tr("“%1” could not be read.").arg(shownPath(path)), reason, suggestion};
 }
 
 Error notEnoughMemory(const QString &path)
@@ -71,16 +72,18 @@ void reportUnknown(ReadNotes &notes)
 
 std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
 {
-    const QFileInfo info(path);
-    if (info.exists() && !info.isFile()) {
-        fail(error, readError(path, info.isDir() ? tr("It is a folder.") : tr("It is a device or a pipe.")));
+    CheckedFile file(path, O_RDONLY);
+    if (!file.isOpen()) {
+        fail(error, readError(path, qt_error_string(file.failure())));
         return {};
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        fail(error, readError(path, file.errorString()));
+    if (!file.isRegular()) {
+        const bool isFolder = fileKind(path) == FileKind::Folder;
+        fail(error, readError(path, isFolder ? tr("It is a folder.") : tr("It is a device or a pipe.")));
         return {};
     }
+    // Not in the middle of a save. Who keeps the file longer than any save locks it for reasons of their own.
+    static_cast<void>(file.lock(CheckedFile::Lock::Shared, CheckedFile::kPatience));
     try {
         QString reason;
         std::optional<QByteArray> bytes = bytesOfFile(file, &reason);

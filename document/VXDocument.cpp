@@ -5,12 +5,14 @@
 #include "document/SavingChanges.h"
 #include "document/TabbedTable.h"
 #include "platform/CallLater.h"
+#include "platform/CheckedFile.h"
 #include "platform/DocumentController.h"
 #include "platform/FilePath.h"
 #include "platform/MemoryRoom.h"
 
 #include <QFileInfo>
 #include <cerrno>
+#include <fcntl.h>
 #include <new>
 
 using namespace runebook;
@@ -83,6 +85,11 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     if (type != kXMLType && type != kTableType)
         return false;
     Error reason;
+    // Nobody saves the file between the look at its state and the reading.
+    CheckedFile file(pathFromURL(url), O_RDONLY);
+    if (file.isRegular())
+        static_cast<void>(file.lock(CheckedFile::Lock::Shared, CheckedFile::kPatience));
+    const FileState state = FileState::of(file.descriptor());
     ReadNotes notes = std::exchange(m_readNotes, {});
     const quint8 version = m_fileVersion;
     try {
@@ -99,6 +106,7 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
         m_fileVersion = version;
         return fail(error, notEnoughMemory(url));
     }
+    setReadState(state);
     m_readError = reason;
     m_isFileUnreadable = !reason.domain.isEmpty();
     m_fileNotes = m_readNotes;
@@ -142,7 +150,8 @@ bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error
         produce = TabbedWriter(m_infos);
     else
         return false;
-    return isAutosave ? FileSaver::replace(path, produce, error) : FileSaver::save(path, produce, error);
+    return isAutosave ? FileSaver::replace(path, produce, error)
+                      : FileSaver::save(path, produce, error, savedState());
 }
 
 QStringList VXDocument::savingWillChange() const
@@ -156,7 +165,7 @@ void VXDocument::learnFormOf(const QString &original)
 {
     m_fileNotes.reset();
     m_isFileUnreadable = false;
-    if (!QFileInfo(original).isFile() || fileType() != kXMLType)
+    if (fileKind(original) != FileKind::Regular || fileType() != kXMLType)
         return;
     GlyphDataReader reader;
     m_isFileUnreadable = !reader.read(original);

@@ -17,6 +17,7 @@
 #include "editing/WindowMenus.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
+#include "platform/FilePath.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
 
@@ -370,7 +371,7 @@ void VXWindowController::dropEvent(QDropEvent *event)
     QStringList paths;
     for (const QUrl &url : event->mimeData()->urls()) {
         if (url.isLocalFile())
-            paths << url.toLocalFile();
+            paths << pathFromURL(url.toString(QUrl::FullyEncoded));
     }
     if (!paths.isEmpty())
         DocumentPanels::openFiles(paths, this);

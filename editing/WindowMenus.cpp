@@ -6,6 +6,7 @@
 #include "platform/Appearance.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
+#include "platform/FilePath.h"
 #include "platform/MainMenu.h"
 #include "platform/UndoManager.h"
 
@@ -280,8 +281,8 @@ void WindowMenus::fillRecentFiles(QMenu *menu)
     menu->clear();
     const QStringList files = DocumentController::shared().recentFiles();
     for (const QString &path : files) {
-        QAction *action =
-            menu->addAction(menuText(QFileInfo(path).fileName() + u" — "_s + QFileInfo(path).path()));
+        QAction *action = menu->addAction(
+            menuText(shownPath(QFileInfo(path).fileName() + u" — "_s + QFileInfo(path).path())));
         connect(action, &QAction::triggered, this,
                 [this, path] { DocumentPanels::openFiles({path}, &m_window); });
     }

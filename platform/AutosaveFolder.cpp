@@ -1,5 +1,7 @@
 #include "platform/AutosaveFolder.h"
 
+#include "platform/FileBytes.h"
+#include "platform/FilePath.h"
 #include "platform/StandardFolders.h"
 
 #include <QCoreApplication>
@@ -12,6 +14,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace runebook {
@@ -20,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 QByteArray AutosaveNote::toJson() const
 {
-    QJsonObject object {{u"originalPath"_s, originalPath},
+    QJsonObject object {{u"originalPath"_s, portablePath(originalPath)},
                         {u"type"_s, type},
                         {u"displayName"_s, displayName},
                         {u"original"_s, original.toJson()},
@@ -35,7 +38,7 @@ AutosaveNote AutosaveNote::fromJson(const QByteArray &json)
 {
     const QJsonObject object = QJsonDocument::fromJson(json).object();
     AutosaveNote note;
-    note.originalPath = object.value("originalPath"_L1).toString();
+    note.originalPath = pathFromURL(object.value("originalPath"_L1).toString());
     note.type = object.value("type"_L1).toString();
     note.displayName = object.value("displayName"_L1).toString();
     note.original = FileState::fromJson(object.value("original"_L1).toObject());
@@ -62,8 +65,14 @@ constexpr auto kLockName = "/lock"_L1;
 /// The lock of \a folder, or -1 when a living process has it. A folder without lock was never finished.
 int takeLock(const QString &folder)
 {
-    const int lock =
-        ::open(QFile::encodeName(folder + kLockName).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const int lock = ::open(nativePath(folder + kLockName).constData(),
+                            O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0600);
+    struct stat status = {};
+    if (lock >= 0 && (::fstat(lock, &status) != 0 || !S_ISREG(status.st_mode))) {
+        ::close(lock);
+        tellPassedOver(folder, "its lock is no plain file");
+        return -1;
+    }
     // Where the file system knows no locks the folder is this process's by its name.
     if (lock < 0 || ::flock(lock, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
         return lock;
@@ -131,6 +140,12 @@ QString own(Error *error)
     return {};
 }
 
+bool isOwnName(const QString &fileName)
+{
+    const QString number = fileName.section(u'.', 0, 0);
+    return fileName == "lock"_L1 || (number.size() == 36 && !QUuid::fromString(number).isNull());
+}
+
 void removeOwnIfEmpty()
 {
     Own &folder = ownFolder();
@@ -158,9 +173,13 @@ QStringList others()
     if (base.isEmpty())
         return paths;
     const QDir folder(base);
-    for (const QString &name : folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QString path = folder.filePath(name);
-        if (path != ownFolder().path)
+    for (const QFileInfo &info : folder.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QString path = folder.filePath(info.fileName());
+        if (path == ownFolder().path)
+            continue;
+        if (info.isSymLink() || QUuid::fromString(info.fileName()).isNull())
+            tellPassedOver(path, "it is no folder of autosaves");
+        else
             paths << path;
     }
     return paths;

@@ -39,6 +39,8 @@ QString besideContent(const QString &contentPath, QLatin1StringView suffix);
 
 /// This process's folder, made and locked on first use; empty and an error when it cannot be made.
 QString own(Error *error = nullptr);
+/// Whether the program gives such names to the files in a folder: a number of its own, then a suffix.
+bool isOwnName(const QString &fileName);
 /// Takes the folder away if nothing is left in it.
 void removeOwnIfEmpty();
 
@@ -59,7 +61,7 @@ private:
     QString m_path;
     int m_lock;
 };
-/// All folders but this process's own.
+/// All folders but this process's own: those that the program has made, no links to others.
 QStringList others();
 
 } // namespace AutosaveFolder

@@ -1,8 +1,11 @@
 #include "platform/CheckedFile.h"
 
+#include "platform/FilePath.h"
+
 #include <QCoreApplication>
-#include <QFile>
+#include <QDeadlineTimer>
 #include <QFileInfo>
+#include <QThread>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -62,7 +65,7 @@ CheckedFile::CheckedFile(const QString &path, int flags, mode_t mode)
     : m_path(path),
       // A pipe that nobody reads would keep the opening waiting.
       m_descriptor(uninterrupted([&] {
-          return ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
+          return ::open(nativePath(path).constData(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
       }))
 {
     if (m_descriptor < 0)
@@ -94,13 +97,13 @@ bool CheckedFile::isStillNamed() const
     struct stat mine = {};
     struct stat named = {};
     return isOpen() && ::fstat(m_descriptor, &mine) == 0
-        && ::stat(QFile::encodeName(m_path).constData(), &named) == 0 && mine.st_ino == named.st_ino
+        && ::stat(nativePath(m_path).constData(), &named) == 0 && mine.st_ino == named.st_ino
         && mine.st_dev == named.st_dev;
 }
 
 QString CheckedFile::failureText() const
 {
-    return stepText(m_failedStep).arg(m_path, QString::fromLocal8Bit(std::strerror(m_failure)));
+    return stepText(m_failedStep).arg(shownPath(m_path), QString::fromLocal8Bit(std::strerror(m_failure)));
 }
 
 qint64 CheckedFile::size() const
@@ -109,10 +112,19 @@ qint64 CheckedFile::size() const
     return isOpen() && ::fstat(m_descriptor, &status) == 0 ? status.st_size : 0;
 }
 
-bool CheckedFile::lock()
+bool CheckedFile::lock(Lock kind, std::chrono::milliseconds patience)
 {
-    // Some network file systems know no locks; without one a save is as safe as ever.
-    return ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    constexpr std::chrono::milliseconds kPause {5};
+    const QDeadlineTimer deadline(patience);
+    const int operation = (kind == Lock::Shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
+    for (;;) {
+        // Some network file systems know no locks; without one a save is as safe as ever.
+        if (::flock(m_descriptor, operation) == 0 || errno != EWOULDBLOCK)
+            return true;
+        if (deadline.hasExpired())
+            return false;
+        QThread::usleep(std::chrono::microseconds(kPause).count());
+    }
 }
 
 bool CheckedFile::reserve(qint64 size)
@@ -180,8 +192,8 @@ bool CheckedFile::renameTo(const QString &path)
 {
     if (m_failure)
         return false;
-    const QByteArray from = QFile::encodeName(m_path);
-    const QByteArray to = QFile::encodeName(path);
+    const QByteArray from = nativePath(m_path);
+    const QByteArray to = nativePath(path);
     int result = ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE);
     if (result != 0 && errno == EINVAL) {
         // This file system cannot do it in one step; a second name is refused as well where one is taken.
@@ -246,7 +258,7 @@ bool CheckedFile::hasContentOf(CheckedFile &source)
 
 int syncFolderOf(const QString &path)
 {
-    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+    const QByteArray folder = nativePath(QFileInfo(path).absolutePath());
     const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return 0; // one that may be written to but not read

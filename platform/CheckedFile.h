@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,10 +35,15 @@ public: // asking
     QString failureText() const;
     const QString &path() const { return m_path; }
     qint64 size() const;
+    int descriptor() const { return m_descriptor; }
 
 public: // writing
-    /// Takes the file for this process as long as it is open. False when another process has it.
-    bool lock();
+    enum class Lock { Whole, Shared };
+    /// How long to wait for another program that saves or reads the file: longer than that takes.
+    static constexpr std::chrono::milliseconds kPatience {2000};
+    /// Takes the file for this process as long as it is open, or shares it with others that do. False when
+    /// another process has it and keeps it longer than \a patience.
+    bool lock(Lock kind = Lock::Whole, std::chrono::milliseconds patience = {});
     /// Makes sure that the disk has room for \a size bytes in all, the content untouched; where a file system
     /// cannot tell, the answer is true.
     bool reserve(qint64 size);

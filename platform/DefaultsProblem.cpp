@@ -52,7 +52,9 @@ bool isSomethingElse(const QString &path)
 
 bool isDamaged(const QString &path)
 {
-    return QSettings(path, QSettings::IniFormat).status() == QSettings::FormatError || isSomethingElse(path);
+    constexpr qint64 kLargest = 64 << 20; // settings are a few kilobytes
+    return QFileInfo(path).size() > kLargest
+        || QSettings(path, QSettings::IniFormat).status() == QSettings::FormatError || isSomethingElse(path);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/DesktopApplication.h"
 
+#include "platform/FileBytes.h"
 #include "platform/StandardFolders.h"
 
 #include <QFile>
@@ -16,11 +17,10 @@ namespace {
 /// The command of a desktop file, without the places for files.
 QStringList commandOf(const QString &desktopFile)
 {
-    QFile file(desktopFile);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
+    constexpr qint64 kLargestFile = 1 << 20;
+    const QByteArray text = bytesOfSmallFile(desktopFile, kLargestFile).value_or(QByteArray());
     bool inEntry = false;
-    for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n')) {
+    for (const QString &line : QString::fromUtf8(text).split(u'\n')) {
         if (line.startsWith(u'['))
             inEntry = line.trimmed() == "[Desktop Entry]"_L1;
         if (!inEntry || !line.startsWith("Exec="_L1))

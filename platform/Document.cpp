@@ -3,9 +3,11 @@
 #include "platform/Autosaver.h"
 #include "platform/DocumentController.h"
 #include "platform/FilePath.h"
+#include "platform/FileSaver.h"
 #include "platform/Originals.h"
 
 #include <QFileInfo>
+#include <QScopedValueRollback>
 #include <QWidget>
 
 namespace runebook {
@@ -46,7 +48,7 @@ void Document::setFileURL(const QString &url)
 {
     const QString path = pathFromURL(url);
     m_fileURL = path.isEmpty() ? QString() : QFileInfo(path).absoluteFilePath();
-    m_canonicalPath = path.isEmpty() ? QString() : QFileInfo(path).canonicalFilePath();
+    m_canonicalPath = canonicalPath(m_fileURL);
     m_fileWatch.watch(m_fileURL, FileState::of(m_fileURL));
     Q_EMIT displayNameChanged();
 }
@@ -54,7 +56,7 @@ void Document::setFileURL(const QString &url)
 QString Document::displayName() const
 {
     if (!m_fileURL.isEmpty())
-        return QFileInfo(m_fileURL).fileName();
+        return shownPath(QFileInfo(m_fileURL).fileName());
     if (!m_untitledName.isEmpty())
         return m_untitledName;
     const int number = DocumentController::shared().untitledNumber(this);
@@ -69,7 +71,7 @@ void Document::setUntitledName(const QString &name)
 
 bool Document::isOwnFile(const QString &path) const
 {
-    return !m_fileURL.isEmpty() && QFileInfo(path) == QFileInfo(m_fileURL);
+    return !m_fileURL.isEmpty() && isSameFile(path, m_fileURL);
 }
 
 bool Document::mayWriteOver(Error *error)
@@ -86,7 +88,7 @@ bool Document::mayWriteOver(Error *error)
 
 bool Document::keepOriginal(Error *error)
 {
-    if (savingWillChange().isEmpty() || !QFileInfo(m_fileURL).isFile())
+    if (savingWillChange().isEmpty() || fileKind(m_fileURL) != FileKind::Regular)
         return true;
     const QString copy = Originals::keepCopy(m_fileURL, error);
     if (copy.isEmpty())
@@ -116,6 +118,10 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
     if (isOwnFile(path) && (!mayWriteOver(error) || !keepOriginal(error)))
         return false;
     Error reason;
+    SavedState state;
+    if (isOwnFile(path) && m_fileWatch.change() == FileWatch::Change::None && m_fileWatch.known().exists)
+        state.before = m_fileWatch.known();
+    const QScopedValueRollback saving(m_savedState, &state);
     if (!writeToURLOfType(url, type, &reason)) {
         // A failed write is answered with a reason, or with none by a type that cannot be written.
         if (reason.description.isEmpty())
@@ -124,6 +130,8 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
     }
     m_fileType = type;
     setFileURL(url);
+    if (state.after.exists)
+        noteFileRead(state.after);
     m_undoManager.setClean();
     removeAutosave();
     DocumentController::shared().noteRecentFile(m_fileURL);
@@ -144,7 +152,7 @@ bool Document::isReadable(Error *error) const
 
 bool Document::revertToSaved(Error *error)
 {
-    if (m_fileURL.isEmpty() || !QFileInfo::exists(m_fileURL))
+    if (m_fileURL.isEmpty() || fileKind(m_fileURL) == FileKind::None)
         return fail(error,
                     {u"OpenError"_s,
                      1,
@@ -156,7 +164,7 @@ bool Document::revertToSaved(Error *error)
         return false;
     if (!readFromURLOfType(m_fileURL, m_fileType, error))
         return false;
-    noteFileRead(state);
+    noteFileRead(m_readState.exists ? m_readState : state);
     m_undoManager.removeAllActions();
     m_undoManager.setClean();
     return true;

@@ -19,6 +19,7 @@ namespace runebook {
 
 class Autosaver;
 class SlicedContent;
+struct SavedState;
 
 /// One open file of the program, or one that has no file yet: its path and type, its undo history, whether
 /// it has unsaved changes, its window. What is in it, a subclass knows. Main thread only.
@@ -82,6 +83,9 @@ public: // what other programs do to the file
     const FileWatch &fileWatch() const { return m_fileWatch; }
     /// The content was read when the file was in the state \a state.
     void noteFileRead(const FileState &state) { m_fileWatch.watch(m_fileURL, state); }
+    /// The state of the file that was read last, as the reading found it; none where the subclass does not
+    /// tell.
+    const FileState &readState() const { return m_readState; }
     /// Decides that the document's content is the right one, whatever the file holds now.
     Q_INVOKABLE void keepMine();
 
@@ -127,6 +131,11 @@ Q_SIGNALS:
     void commitEditingRequested();
     void saved();
 
+protected:
+    void setReadState(const FileState &state) { m_readState = state; }
+    /// What the save that goes on expects of the document's file, and what it leaves; null for other writing.
+    SavedState *savedState() { return m_savedState; }
+
 private:
     bool isReadable(Error *error) const;
     bool isOwnFile(const QString &path) const;
@@ -139,6 +148,8 @@ private:
     QString m_fileType;
     QString m_untitledName;
     FileWatch m_fileWatch;
+    FileState m_readState;
+    SavedState *m_savedState = nullptr;
     std::unique_ptr<Autosaver> m_autosaver;
     QPointer<QWidget> m_window;
     mutable std::vector<std::pair<QPointer<QObject>, PendingTexts>> m_pendingTexts;

@@ -51,7 +51,7 @@ Document *DocumentController::documentForURL(const QString &url) const
     const QString path = pathFromURL(url);
     // Nothing is asked of the disk for each document: there may be a thousand.
     const QString absolute = QFileInfo(path).absoluteFilePath();
-    const QString canonical = QFileInfo(path).canonicalFilePath();
+    const QString canonical = canonicalPath(path);
     for (Document *document : m_documents) {
         if (!document->fileURL().isEmpty()
             && (document->fileURL() == absolute
@@ -80,18 +80,19 @@ Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString
         bringToFront(open);
         return open;
     }
-    const QFileInfo info(path);
-    if (!info.exists()) {
+    const FileKind kind = fileKind(path);
+    if (kind == FileKind::None) {
         fail(error,
              {u"OpenError"_s,
               1,
-              tr("The file “%1” is not there.").arg(path),
+              tr("The file “%1” is not there.").arg(shownPath(path)),
               {},
               tr("It may have been moved, renamed or removed.")});
         return nullptr;
     }
-    if (info.isDir()) {
-        fail(error, {u"OpenError"_s, 2, tr("“%1” is a folder.").arg(path), {}, tr("Open a file in it.")});
+    if (kind == FileKind::Folder) {
+        fail(error,
+             {u"OpenError"_s, 2, tr("“%1” is a folder.").arg(shownPath(path)), {}, tr("Open a file in it.")});
         return nullptr;
     }
     const QString type = typeForURL(path);
@@ -99,7 +100,7 @@ Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString
         fail(error,
              {u"OpenError"_s,
               3,
-              tr("“%1” is of no kind that can be opened.").arg(info.fileName()),
+              tr("“%1” is of no kind that can be opened.").arg(shownPath(QFileInfo(path).fileName())),
               {},
               tr("Glyph data files end in “.xml”, tables in “.txt”.")});
         return nullptr;
@@ -110,7 +111,7 @@ Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString
         return nullptr;
     document->setFileType(type);
     document->setFileURL(path);
-    document->noteFileRead(state);
+    document->noteFileRead(document->readState().exists ? document->readState() : state);
     Document *opened = document.release();
     addDocument(opened);
     noteRecentFile(opened->fileURL());

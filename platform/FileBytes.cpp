@@ -1,10 +1,16 @@
 #include "platform/FileBytes.h"
 
+#include "platform/CheckedFile.h"
+#include "platform/FilePath.h"
 #include "platform/ParallelParts.h"
 
+#include <QSet>
 #include <QUtf8StringView>
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <mutex>
 #include <unistd.h>
 
 namespace runebook {
@@ -30,12 +36,12 @@ void lower(std::atomic<qsizetype> &value, qsizetype limit)
 
 } // namespace
 
-std::optional<QByteArray> bytesOfFile(const QFile &file, QString *reason)
+std::optional<QByteArray> bytesOfFile(const CheckedFile &file, QString *reason)
 {
     QByteArray bytes(file.size(), Qt::Uninitialized);
     std::atomic<qsizetype> end = bytes.size();
     std::atomic<int> failure = 0;
-    const int descriptor = file.handle();
+    const int descriptor = file.descriptor();
     forParts(bytes.size(), [&, data = bytes.data()](qsizetype place, qsizetype partEnd) {
         while (place < partEnd) {
             const ssize_t count =
@@ -57,6 +63,33 @@ std::optional<QByteArray> bytesOfFile(const QFile &file, QString *reason)
     }
     bytes.truncate(end);
     return bytes;
+}
+
+std::optional<QByteArray> bytesOfSmallFile(const QString &path, qint64 limit, Links links)
+{
+    const CheckedFile file(path, O_RDONLY | (links == Links::Refuse ? O_NOFOLLOW : 0));
+    if (!file.isOpen() && file.failure() == ENOENT)
+        return {};
+    if (!file.isRegular() || file.size() > limit) {
+        tellPassedOver(path,
+                       file.failure() == EACCES ? "it cannot be read"
+                           : file.isRegular()   ? "it is too large"
+                                                : "it is no plain file");
+        return {};
+    }
+    QString reason;
+    return bytesOfFile(file, &reason);
+}
+
+void tellPassedOver(const QString &path, const char *why)
+{
+    static std::mutex mutex;
+    static QSet<QString> told;
+    const std::lock_guard guard(mutex);
+    if (told.contains(path))
+        return;
+    told << path;
+    std::fprintf(stderr, "runebook: “%s” is passed over: %s\n", qPrintable(shownPath(path)), why);
 }
 
 bool isUtf8(const QByteArray &bytes)

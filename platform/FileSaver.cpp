@@ -1,11 +1,10 @@
 #include "platform/FileSaver.h"
 
 #include "platform/CheckedFile.h"
-#include "platform/FileState.h"
+#include "platform/FilePath.h"
 #include "platform/RescueFiles.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <cerrno>
@@ -31,7 +30,7 @@ QString reasonOf(int code)
 
 Error saveError(const QString &path, int code, const QString &reason, const QString &suggestion)
 {
-    return {u"SaveError"_s, code, tr("“%1” could not be saved.").arg(path), reason, suggestion};
+    return {u"SaveError"_s, code, tr("“%1” could not be saved.").arg(shownPath(path)), reason, suggestion};
 }
 
 Error saveError(const QString &path, const CheckedFile &file, const QString &suggestion)
@@ -64,7 +63,7 @@ public:
     ~Removal()
     {
         if (!m_path.isEmpty())
-            ::unlink(QFile::encodeName(m_path).constData());
+            removeFile(m_path);
     }
     Removal(const Removal &) = delete;
     Removal &operator=(const Removal &) = delete;
@@ -98,7 +97,7 @@ bool produceAndSettle(CheckedFile &file, const QString &path, const ContentProdu
     return fail(error, reason);
 }
 
-bool createNew(const QString &path, const ContentProducer &produce, Error *error)
+bool createNew(const QString &path, const ContentProducer &produce, Error *error, SavedState *saved)
 {
     if (QFileInfo(path).isSymLink())
         return fail(error,
@@ -117,6 +116,7 @@ bool createNew(const QString &path, const ContentProducer &produce, Error *error
     if (!file.renameTo(path))
         return fail(error, saveError(path, file, notThere(path)));
     removal.keepFile();
+    saved->after = FileState::of(file.descriptor());
     if (const int code = syncFolderOf(path))
         return fail(error,
                     saveError(path, code,
@@ -175,11 +175,12 @@ bool completeRescue(CheckedFile &rescue, const QString &name, const QString &pat
 }
 
 /// Writes what the whole \a rescue holds into \a target and looks whether it is there.
-bool writeOver(CheckedFile &target, bool isReadable, CheckedFile &rescue, Error *error)
+bool writeOver(CheckedFile &target, bool isReadable, CheckedFile &rescue, Error *error, SavedState *saved)
 {
     const QString path = target.path();
     const bool isWritten = copyOver(target, rescue) && (!isReadable || target.hasContentOf(rescue));
     // Another program may have put its own file there meanwhile; then the text went into one without name.
+    saved->after = FileState::of(target.descriptor());
     if (isWritten && target.isStillNamed() && target.close())
         return true;
     const QString suggestion = rescued(path, rescue.path());
@@ -190,7 +191,7 @@ bool writeOver(CheckedFile &target, bool isReadable, CheckedFile &rescue, Error 
                     : saveError(path, EIO, tr("Another program has written to it meanwhile."), suggestion));
 }
 
-bool overwrite(const QString &path, const ContentProducer &produce, Error *error)
+bool overwrite(const QString &path, const ContentProducer &produce, Error *error, SavedState *saved)
 {
     bool isReadable = false;
     const std::unique_ptr<CheckedFile> target = openTarget(path, &isReadable);
@@ -216,12 +217,17 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
     removal.setPath(rescue.path());
     if (!isComplete)
         return false;
-    if (FileState::of(path) != before)
+    if (!target->lock(CheckedFile::Lock::Whole, CheckedFile::kPatience))
+        return fail(error, saveError(path, EBUSY, tr("Another program is writing to it."), untouched(path)));
+    // What was made from an older state must not replace a newer one, and the file must be the one that is
+    // locked.
+    const FileState now = FileState::of(path);
+    if (now != before || now != saved->before.value_or(now) || !target->isStillNamed())
         return fail(error,
                     saveError(path, EBUSY, tr("Another program has changed it meanwhile."), untouched(path)));
     if (!target->reserve(rescue.size()))
         return fail(error, saveError(path, *target, untouched(path)));
-    if (!writeOver(*target, isReadable, rescue, error)) {
+    if (!writeOver(*target, isReadable, rescue, error, saved)) {
         removal.keepFile();
         noteRemoval.keepFile();
         ownRescues()[path] << rescue.path();
@@ -235,11 +241,11 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
 /// Writes and settles the new file of a replacement and gives it its name.
 bool replaceBy(CheckedFile &file, const QString &path, FileSaver::Wait wait, Error *error)
 {
-    const QByteArray from = QFile::encodeName(file.path());
+    const QByteArray from = nativePath(file.path());
     const bool isSettled = wait == FileSaver::Wait::No || file.settle();
     if (!isSettled || !file.close())
         return fail(error, saveError(path, file, {}));
-    if (::rename(from.constData(), QFile::encodeName(path).constData()) != 0)
+    if (::rename(from.constData(), nativePath(path).constData()) != 0)
         return fail(error,
                     saveError(path, errno, tr("Giving it its name failed: %1").arg(reasonOf(errno)), {}));
     if (wait == FileSaver::Wait::UntilOnDisk)
@@ -249,24 +255,29 @@ bool replaceBy(CheckedFile &file, const QString &path, FileSaver::Wait wait, Err
 
 } // namespace
 
-bool FileSaver::save(const QString &path, const ContentProducer &produce, Error *error)
+bool FileSaver::save(const QString &path, const ContentProducer &produce, Error *error, SavedState *saved)
 {
+    SavedState any;
     // A link stays a link: what it leads to is written.
-    const QString canonical = QFileInfo(path).canonicalFilePath();
-    const QFileInfo target(canonical.isEmpty() ? path : canonical);
-    if (!target.exists())
-        return createNew(target.absoluteFilePath(), produce, error);
-    if (!target.isFile())
-        return fail(error,
-                    saveError(path, EINVAL,
-                              target.isDir() ? tr("It is a folder.") : tr("It is a device or a pipe."),
-                              tr("Save it under another name.")));
-    return overwrite(target.filePath(), produce, error);
+    const QString canonical = canonicalPath(path);
+    if (canonical.isEmpty())
+        return createNew(QFileInfo(path).absoluteFilePath(), produce, error, saved ? saved : &any);
+    const FileKind kind = fileKind(canonical);
+    if (kind != FileKind::Regular)
+        return fail(
+            error,
+            saveError(path, EINVAL,
+                      kind == FileKind::Folder ? tr("It is a folder.") : tr("It is a device or a pipe."),
+                      tr("Save it under another name.")));
+    return overwrite(canonical, produce, error, saved ? saved : &any);
 }
 
 bool FileSaver::replace(const QString &path, const ContentProducer &produce, Error *error, Wait wait)
 {
-    CheckedFile file(path + ".new"_L1, O_RDWR | O_CREAT | O_TRUNC, 0600);
+    // One that is there was left by a program that is no more, or laid there: neither is written into.
+    const QString fresh = path + ".new"_L1;
+    removeFile(fresh);
+    CheckedFile file(fresh, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!file.isOpen())
         return fail(error, saveError(path, file, {}));
     Removal removal(file.path());

@@ -1,8 +1,8 @@
 #include "platform/FileState.h"
 
 #include "platform/CheckedFile.h"
+#include "platform/FilePath.h"
 
-#include <QFile>
 #include <QJsonObject>
 #include <QtEndian>
 #include <bit>
@@ -44,19 +44,29 @@ quint64 hashOfBlock(quint64 state, std::string_view block)
     return block.empty() ? state : mixed(state, rest);
 }
 
-} // namespace
-
-FileState FileState::of(const QString &path)
+FileState stateFrom(const struct stat &status)
 {
-    struct stat status = {};
-    if (path.isEmpty() || ::stat(QFile::encodeName(path).constData(), &status) != 0)
-        return {};
     return {true,
             status.st_dev,
             status.st_ino,
             status.st_size,
             nanoseconds(status.st_mtim),
             nanoseconds(status.st_ctim)};
+}
+
+} // namespace
+
+FileState FileState::of(const QString &path)
+{
+    struct stat status = {};
+    const bool isThere = !path.isEmpty() && ::stat(nativePath(path).constData(), &status) == 0;
+    return isThere ? stateFrom(status) : FileState();
+}
+
+FileState FileState::of(int descriptor)
+{
+    struct stat status = {};
+    return ::fstat(descriptor, &status) == 0 ? stateFrom(status) : FileState();
 }
 
 // Numbers of 64 bits do not fit those of JSON.

@@ -19,6 +19,8 @@ struct FileState {
 
     /// The state of the file that \a path leads to, links followed.
     static FileState of(const QString &path);
+    /// The state of an open file.
+    static FileState of(int descriptor);
     QJsonObject toJson() const;
     static FileState fromJson(const QJsonObject &object);
     bool operator==(const FileState &other) const = default;

@@ -1,6 +1,8 @@
 #include "platform/Recovery.h"
 
 #include "platform/DocumentController.h"
+#include "platform/FileBytes.h"
+#include "platform/FilePath.h"
 #include "platform/RescueFiles.h"
 
 #include <QDir>
@@ -20,15 +22,17 @@ const QString kContentType = u"public.xml"_s;
 QByteArray bytesOf(const QString &path)
 {
     constexpr qint64 kLongestNote = 1 << 20;
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.read(kLongestNote) : QByteArray();
+    return bytesOfSmallFile(path, kLongestNote, Links::Refuse).value_or(QByteArray());
 }
 
 /// Whether the file was written to since the content was autosaved; one that was only touched was not.
 bool hasChanged(const QString &path, const AutosaveNote &note)
 {
-    if (path.isEmpty() || FileState::of(path) == note.original)
+    const FileState now = FileState::of(path);
+    if (path.isEmpty() || now == note.original)
         return false;
+    if (now.size != note.original.size)
+        return true;
     return !note.originalHash || contentHash(path) != note.originalHash;
 }
 
@@ -91,6 +95,10 @@ void Recovery::addAutosavesIn(const QString &folder)
     const QDir files(folder);
     for (const QFileInfo &info : files.entryInfoList(QDir::Files | QDir::Hidden)) {
         const QString path = info.filePath();
+        if (info.isSymLink() || !AutosaveFolder::isOwnName(info.fileName())) {
+            tellPassedOver(path, "it is no autosave");
+            continue;
+        }
         const bool isContent = path.endsWith(AutosaveFolder::kContentSuffix);
         if (!isContent) {
             // Half-written ones, and notes whose content never came.
@@ -134,7 +142,7 @@ void Recovery::addRescue(const QString &path, const QString &target)
     content.contentPath = path;
     content.originalPath = target;
     content.type = DocumentController::shared().typeForURL(target);
-    content.displayName = target.isEmpty() ? info.fileName() : QFileInfo(target).fileName();
+    content.displayName = target.isEmpty() ? info.fileName() : shownPath(QFileInfo(target).fileName());
     content.savedAt = info.lastModified();
     content.size = info.size();
     content.original = FileState::of(target);

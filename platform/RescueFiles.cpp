@@ -1,5 +1,6 @@
 #include "platform/RescueFiles.h"
 
+#include "platform/FileBytes.h"
 #include "platform/FilePath.h"
 #include "platform/FileState.h"
 #include "platform/StandardFolders.h"
@@ -15,7 +16,6 @@
 #include <QUuid>
 #include <cerrno>
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace runebook::RescueFiles {
 
@@ -32,23 +32,31 @@ constexpr auto kSuffix = ".runebook-rescue"_L1;
 constexpr auto kUnfinished = ".part"_L1;
 constexpr auto kNote = ".saving"_L1;
 constexpr int kAttempts = 100;
+constexpr qint64 kLongestNote = 1 << 16;
 
-QString shortHash(const QString &text)
+QString shortHash(const QString &path)
 {
     return QString::fromLatin1(
-        QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Sha1).toHex().left(10));
+        QCryptographicHash::hash(nativePath(path), QCryptographicHash::Sha1).toHex().left(10));
 }
 
 /// The name of the file, cut so that something can be put before and behind it.
 QString boundedName(const QString &name)
 {
     constexpr qsizetype kLongest = 190; // bytes, of 255
-    if (QFile::encodeName(name).size() <= kLongest)
+    if (nativePath(name).size() <= kLongest)
         return name;
     QString cut = name.left(kLongest);
-    while (QFile::encodeName(cut).size() > kLongest)
+    while (nativePath(cut).size() > kLongest)
         cut.chop(1);
     return cut + u'-' + shortHash(name);
+}
+
+/// The path without links, or as it is where nothing is there yet.
+QString canonicalOr(const QString &path)
+{
+    const QString canonical = canonicalPath(path);
+    return canonical.isEmpty() ? QFileInfo(path).absoluteFilePath() : canonical;
 }
 
 QString ownFolder()
@@ -68,9 +76,9 @@ QString placeInOwnFolder(const QString &target)
 {
     const QString folder = ownFolder();
     const QFileInfo info(target);
-    return folder.isEmpty()
-        ? QString()
-        : folder + u'/' + boundedName(info.fileName()) + u'-' + shortHash(info.absoluteFilePath()) + kSuffix;
+    return folder.isEmpty() ? QString()
+                            : folder + u'/' + boundedName(shownPath(info.fileName())) + u'-'
+            + shortHash(info.absoluteFilePath()) + kSuffix;
 }
 
 QStringList inOwnFolder(const QString &pattern)
@@ -90,7 +98,7 @@ Place createAt(const QString &place, mode_t mode)
     made.failure = EEXIST;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         made.name = attempt ? place + u'-' + QString::number(attempt) : place;
-        if (QFileInfo::exists(made.name))
+        if (fileKind(made.name) != FileKind::None)
             continue;
         auto file = std::make_unique<CheckedFile>(made.name + kUnfinished, O_RDWR | O_CREAT | O_EXCL, mode);
         made.failure = file->failure();
@@ -107,7 +115,7 @@ Place createAt(const QString &place, mode_t mode)
 /// Whether a save is still busy with that file.
 bool isInUse(const QString &path)
 {
-    CheckedFile file(path, O_RDONLY);
+    CheckedFile file(path, O_RDONLY | O_NOFOLLOW);
     return file.isOpen() && !file.lock();
 }
 
@@ -117,36 +125,70 @@ struct Note {
     QString rescue;
 };
 
+/// Whether \a path is \a place, or that with a number behind it as createAt() makes them.
+bool isAtPlace(const QString &path, const QString &place)
+{
+    if (place.isEmpty() || !path.startsWith(place))
+        return false;
+    const QStringView rest = QStringView(path).mid(place.size());
+    bool isNumber = false;
+    const int number = rest.startsWith(u'-') ? rest.mid(1).toInt(&isNumber) : 0;
+    return rest.isEmpty()
+        || (isNumber && number > 0 && number < kAttempts && rest == u'-' + QString::number(number));
+}
+
+/// Anybody can lay a file among the notes: one that names other places than a save makes is none, or the
+/// program would offer, and take away, whatever it says.
+bool isOurs(const Note &note)
+{
+    return QDir::isAbsolutePath(note.target) && QDir::cleanPath(note.target) == note.target
+        && (isAtPlace(note.rescue, placeBeside(note.target))
+            || isAtPlace(note.rescue, placeInOwnFolder(note.target)));
+}
+
 QList<Note> allNotes()
 {
     QList<Note> notes;
     for (const QString &path : inOwnFolder(u'*' + kNote)) {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
+        const std::optional<QByteArray> json = bytesOfSmallFile(path, kLongestNote, Links::Refuse);
+        if (!json)
             continue;
-        const QJsonObject object = QJsonDocument::fromJson(file.read(1 << 16)).object();
-        notes << Note {file.fileName(), object.value("target"_L1).toString(),
-                       object.value("rescue"_L1).toString()};
+        const QJsonObject object = QJsonDocument::fromJson(*json).object();
+        const Note note {path, pathFromURL(object.value("target"_L1).toString()),
+                         pathFromURL(object.value("rescue"_L1).toString())};
+        if (isOurs(note))
+            notes << note;
+        else
+            tellPassedOver(path, "it is no note of a save");
     }
     return notes;
 }
 
+/// A plain file that is no second name of \a target: what would be offered, and taken away afterwards.
+bool isRescueOf(const QString &path, const QString &target)
+{
+    const CheckedFile file(path, O_RDONLY | O_NOFOLLOW);
+    const FileState mine = FileState::of(file.descriptor());
+    const FileState other = FileState::of(target);
+    return file.isRegular() && (!other.exists || mine.inode != other.inode || mine.device != other.device);
+}
+
 /// The rescue files of one place, whole and not in use. Unfinished ones that nobody works on hold nothing
 /// that is not in the old file or an autosave as well; they go.
-QStringList leftAt(const QString &place)
+QStringList leftAt(const QString &place, const QString &target)
 {
     QStringList found;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const QString name = attempt ? place + u'-' + QString::number(attempt) : place;
         const QString unfinished = name + kUnfinished;
-        if (QFileInfo::exists(unfinished) && !isInUse(unfinished))
-            QFile::remove(unfinished);
-        if (!QFileInfo::exists(name)) {
+        if (isRescueOf(unfinished, target) && !isInUse(unfinished))
+            removeFile(unfinished);
+        if (fileKind(name) == FileKind::None) {
             if (attempt > 1)
                 break;
             continue;
         }
-        if (QFileInfo(name).isFile() && !isInUse(name))
+        if (isRescueOf(name, target) && !isInUse(name))
             found << name;
     }
     return found;
@@ -174,22 +216,22 @@ QString note(const QString &target, const QString &rescue)
     if (folder.isEmpty())
         return {};
     QFile file(folder + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces) + kNote);
-    const QJsonObject object {{u"target"_s, target}, {u"rescue"_s, rescue}};
-    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(object).toJson()) < 0)
+    const QJsonObject object {{u"target"_s, portablePath(target)}, {u"rescue"_s, portablePath(rescue)}};
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)
+        || file.write(QJsonDocument(object).toJson()) < 0)
         return {};
     return file.fileName();
 }
 
 QList<Found> leftFor(const QString &target)
 {
-    const QString canonical = QFileInfo(target).canonicalFilePath();
-    const QString path = canonical.isEmpty() ? QFileInfo(target).absoluteFilePath() : canonical;
+    const QString path = canonicalOr(target);
     QStringList places {placeBeside(path)};
     if (const QString own = placeInOwnFolder(path); !own.isEmpty())
         places << own;
     QList<Found> found;
     for (const QString &place : std::as_const(places)) {
-        for (const QString &rescue : leftAt(place))
+        for (const QString &rescue : leftAt(place, path))
             found << Found {rescue, path};
     }
     return found;
@@ -198,23 +240,21 @@ QList<Found> leftFor(const QString &target)
 bool areMet(const QStringList &files, Error *error)
 {
     for (const QString &file : files) {
-        const QFileInfo info(pathFromURL(file));
-        const QString canonical = info.canonicalFilePath();
-        const QString target = canonical.isEmpty() ? info.absoluteFilePath() : canonical;
+        const QString target = canonicalOr(pathFromURL(file));
         QStringList places {placeBeside(target)};
-        if (const QString data = StandardFolders::userData(); QFileInfo(data + "/Rescue"_L1).isDir())
+        if (const QString data = StandardFolders::userData(); fileKind(data + "/Rescue"_L1) == FileKind::Folder)
             places << placeInOwnFolder(target);
         for (const QString &place : std::as_const(places)) {
             for (int attempt = 0; attempt < kAttempts; ++attempt) {
                 const QString rescue = attempt ? place + u'-' + QString::number(attempt) : place;
-                const bool isThere = QFileInfo(rescue).isFile();
+                const bool isThere = isRescueOf(rescue, target);
                 if (!isThere && attempt > 1)
                     break;
                 if (!isThere || isInUse(rescue) || haveSameContent(rescue, target))
                     continue;
                 fail(error,
                      {u"RescueError"_s, 1,
-                      tr("A save of “%1” did not end; its whole text lies in “%2”.").arg(file, rescue),
+                      tr("A save of “%1” did not end; its whole text lies in “%2”.").arg(shownPath(file), shownPath(rescue)),
                       {},
                       tr("Open the file in a window to restore or discard it, or go on with "
                          "--ignore-rescue.")});
@@ -231,12 +271,12 @@ QList<Found> leftForAny()
     QSet<QString> known;
     for (const Note &note : allNotes()) {
         const QString unfinished = note.rescue + kUnfinished;
-        if (QFileInfo::exists(unfinished)) {
+        if (isRescueOf(unfinished, note.target)) {
             if (isInUse(unfinished))
                 continue;
-            QFile::remove(unfinished);
+            removeFile(unfinished);
         }
-        if (!QFileInfo(note.rescue).isFile()) {
+        if (!isRescueOf(note.rescue, note.target)) {
             QFile::remove(note.path);
         } else if (!isInUse(note.rescue) && !known.contains(note.rescue)) {
             known << note.rescue;
@@ -244,7 +284,7 @@ QList<Found> leftForAny()
         }
     }
     for (const QString &path : inOwnFolder(u'*' + kSuffix + u'*')) {
-        if (known.contains(path) || isInUse(path))
+        if (known.contains(path) || !isRescueOf(path, {}) || isInUse(path))
             continue;
         if (path.endsWith(kUnfinished))
             QFile::remove(path);
@@ -256,7 +296,7 @@ QList<Found> leftForAny()
 
 bool remove(const QString &path)
 {
-    const bool isRemoved = ::unlink(QFile::encodeName(path).constData()) == 0 || errno == ENOENT;
+    const bool isRemoved = removeFile(path);
     for (const Note &note : isRemoved ? allNotes() : QList<Note>()) {
         if (note.rescue == path)
             QFile::remove(note.path);

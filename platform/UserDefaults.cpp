@@ -1,6 +1,8 @@
 #include "platform/UserDefaults.h"
 
 #include "platform/DefaultsProblem.h"
+#include "platform/FileBytes.h"
+#include "platform/FilePath.h"
 
 #include <QDataStream>
 #include <QIODevice>
@@ -52,6 +54,19 @@ QVariant fromStored(const QVariant &stored)
     return stream.status() == QDataStream::Ok ? value : QVariant();
 }
 
+// Values are kept as long as the program runs; synchronize() answers that they cannot be written.
+const QString kNowhere = u"/dev/null/settings"_s;
+
+/// QSettings puts a new file in the place of whatever is there, and waits at a pipe.
+bool isUsable(const QString &path)
+{
+    const FileKind kind = fileKind(path);
+    if ((kind == FileKind::None || kind == FileKind::Regular) && !isOddity(path + ".lock"_L1))
+        return true;
+    tellPassedOver(path, "settings are kept in plain files alone");
+    return false;
+}
+
 } // namespace
 
 UserDefaults &UserDefaults::standard()
@@ -60,10 +75,10 @@ UserDefaults &UserDefaults::standard()
     return defaults;
 }
 
-UserDefaults::UserDefaults(const QString &path, QObject *parent) : QObject(parent)
+UserDefaults::UserDefaults(const QString &path, QObject *parent) : QObject(parent), m_path(path)
 {
     setDamagedDefaultsAside(path);
-    m_settings = std::make_unique<QSettings>(path, QSettings::IniFormat);
+    m_settings = std::make_unique<QSettings>(isUsable(path) ? path : kNowhere, QSettings::IniFormat);
 }
 
 UserDefaults::~UserDefaults() = default;
@@ -134,7 +149,7 @@ bool UserDefaults::synchronize()
 
 QString UserDefaults::fileName() const
 {
-    return m_settings->fileName();
+    return m_path;
 }
 
 } // namespace runebook

@@ -47,6 +47,7 @@ Q_SIGNALS:
     void changed(const QString &key);
 
 private:
+    QString m_path;
     std::unique_ptr<QSettings> m_settings;
     QVariantMap m_fallbacks;
 };

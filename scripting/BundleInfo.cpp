@@ -1,5 +1,7 @@
 #include "scripting/BundleInfo.h"
 
+#include "platform/FileBytes.h"
+#include "platform/FilePath.h"
 #include "scripting/PropertyListLimits.h"
 
 #include <QFile>
@@ -22,9 +24,8 @@ struct PlistFree {
 QByteArray dictionaryBytes(const QString &bundle)
 {
     for (const auto place : {"/Resources/Info.plist"_L1, "/Contents/Info.plist"_L1, "/Info.plist"_L1}) {
-        QFile file(bundle + place);
-        if (file.open(QIODevice::ReadOnly))
-            return file.size() <= kMaxBytes ? file.readAll() : QByteArray();
+        if (fileKind(bundle + place) != FileKind::None)
+            return bytesOfSmallFile(bundle + place, kMaxBytes).value_or(QByteArray());
     }
     return {};
 }

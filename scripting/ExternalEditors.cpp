@@ -1,6 +1,7 @@
 #include "scripting/ExternalEditors.h"
 
 #include "platform/DesktopApplication.h"
+#include "platform/FileBytes.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
@@ -180,12 +181,10 @@ QStringList wordsOf(const QString &command)
 
 QStringList commandOf(const QString &desktopFile)
 {
-    QFile file(desktopFile);
     constexpr qint64 kLargestFile = 1 << 20;
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
+    const QByteArray text = bytesOfSmallFile(desktopFile, kLargestFile).value_or(QByteArray());
     bool isInEntry = false;
-    for (const QString &line : QString::fromUtf8(file.read(kLargestFile)).split(u'\n')) {
+    for (const QString &line : QString::fromUtf8(text).split(u'\n')) {
         if (line.startsWith(u'['))
             isInEntry = line.trimmed() == "[Desktop Entry]"_L1;
         else if (isInEntry && line.section(u'=', 0, 0).trimmed() == "Exec"_L1)

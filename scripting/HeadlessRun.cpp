@@ -38,8 +38,7 @@ void complain(HeadlessConsole &console, const QString &text)
 Document *open(const QString &path, Error *error)
 {
     DocumentController &controller = DocumentController::shared();
-    const QFileInfo file(path);
-    if (!file.isFile() || !file.isReadable()) {
+    if (fileKind(path) != FileKind::Regular) {
         fail(error, {u"OpenError"_s, 1, tr("The file “%1” cannot be read.").arg(path), {}, {}});
         return nullptr;
     }
@@ -56,6 +55,7 @@ Document *open(const QString &path, Error *error)
     }
     document->setFileType(type);
     document->setFileURL(path);
+    document->noteFileRead(document->readState());
     controller.addDocument(document.get());
     return document.release();
 }
@@ -69,7 +69,7 @@ std::optional<QList<QPointer<Document>>> openAll(const QStringList &files, Headl
         Error error;
         Document *document = open(QFileInfo(pathFromURL(*file)).absoluteFilePath(), &error);
         if (!document) {
-            complain(console, tr("%1: %2").arg(*file, error.text()));
+            complain(console, tr("%1: %2").arg(shownPath(*file), error.text()));
             return {};
         }
         documents.prepend(document);

@@ -1,5 +1,7 @@
 #include "scripting/PythonPlaces.h"
 
+#include "platform/FileBytes.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -47,11 +49,11 @@ QStringList matching(const QString &folder, const QString &pattern, const QStrin
 
 QString patchLevel(const QString &header)
 {
-    QFile file(header);
-    if (!file.open(QIODevice::ReadOnly))
+    const std::optional<QByteArray> text = bytesOfSmallFile(header, 1 << 16);
+    if (!text)
         return {};
     static const QRegularExpression define(u"#define\\s+PY_VERSION\\s+\"(\\d+\\.\\d+\\.\\d+)"_s);
-    return define.match(QString::fromUtf8(file.read(1 << 16))).captured(1);
+    return define.match(QString::fromUtf8(*text)).captured(1);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "scripting/PythonProbe.h"
 
+#include "platform/FileBytes.h"
+#include "platform/FileSaver.h"
 #include "platform/StandardFolders.h"
 
 #include <QCoreApplication>
@@ -8,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <cerrno>
 #include <csignal>
@@ -64,17 +65,17 @@ QString noteFile()
 
 bool isKnown(const QString &text)
 {
-    QFile file(noteFile());
-    return file.open(QIODevice::ReadOnly) && QString::fromUtf8(file.readAll()) == text;
+    constexpr qint64 kLongest = 1 << 16;
+    return bytesOfSmallFile(noteFile(), kLongest, Links::Refuse) == text.toUtf8();
 }
 
 void remember(const QString &text)
 {
     // Without the note the next start asks again; nothing else depends on it.
     QDir().mkpath(QFileInfo(noteFile()).path());
-    QSaveFile file(noteFile());
-    if (file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) >= 0)
-        file.commit();
+    const std::string utf8 = text.toStdString();
+    static_cast<void>(
+        FileSaver::replace(noteFile(), [&](const BlockSink &sink, Error *) { return sink(utf8); }));
 }
 
 /// Reads until the other end closes or time is up; false when it is.

@@ -1,6 +1,8 @@
 #include "scripting/ScriptFile.h"
 
 #include "model/StringHelpers.h"
+#include "platform/FileBytes.h"
+#include "platform/FilePath.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -10,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace runebook {
@@ -83,8 +86,14 @@ class OpenFile
 public:
     explicit OpenFile(const QString &path)
         // Not waiting: a pipe would until somebody writes into it.
-        : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+        : m_descriptor(::open(nativePath(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY))
     {
+        struct stat status = {};
+        if (m_descriptor < 0 || (::fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode)))
+            return;
+        ::close(std::exchange(m_descriptor, -1));
+        if (!S_ISDIR(status.st_mode))
+            tellPassedOver(path, "it is no plain file");
     }
     ~OpenFile()
     {

@@ -1,5 +1,6 @@
 #include "scripting/panel/MacroSnippets.h"
 
+#include "platform/FileBytes.h"
 #include "scripting/PropertyListLimits.h"
 
 #include <QFile>
@@ -29,10 +30,7 @@ QString textOf(plist_t dictionary, const char *key)
 
 QVariantList snippetsOfFile(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxBytes)
-        return {};
-    return snippetsOfPropertyList(file.read(kMaxBytes));
+    return snippetsOfPropertyList(bytesOfSmallFile(path, kMaxBytes).value_or(QByteArray()));
 }
 
 QVariantList snippetsOfPropertyList(const QByteArray &bytes)

@@ -10,13 +10,17 @@
 #include "platform/Recovery.h"
 #include "platform/RescueFiles.h"
 #include "platform/StandardFolders.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QThreadPool>
+#include <QUuid>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -139,6 +143,8 @@ private Q_SLOTS:
     void autosavesWhatIsOnlyHere();
     void asksWhenTheOriginalHasChanged();
     void discards();
+    void passesOverForgedThings_data();
+    void passesOverForgedThings();
     void findsRescueFiles_data();
     void findsRescueFiles();
     void comparesWithTheOriginal();
@@ -317,6 +323,64 @@ void TestRecovery::discards()
     QVERIFY(folders().isEmpty());
     QCOMPARE(contentOf(path(u"a.xml"_s)), kFile);
     QVERIFY(controller().documentList().isEmpty());
+}
+
+void TestRecovery::passesOverForgedThings_data()
+{
+    // A note of a save that nobody made: what it names besides a.xml, and what is laid there.
+    QTest::addColumn<QString>("rescue");
+    QTest::addColumn<QString>("laid");
+    QTest::newRow("the file itself") << u"a.xml"_s << u""_s;
+    QTest::newRow("the file by another way") << u"./a.xml"_s << u""_s;
+    QTest::newRow("somebody's file of the same content") << u"b.xml"_s << u""_s;
+    QTest::newRow("somebody's file, as if unfinished") << u"c.xml"_s << u""_s;
+    QTest::newRow("second name of the file") << u".a.xml.runebook-rescue"_s << u"name"_s;
+    QTest::newRow("link to the file") << u".a.xml.runebook-rescue"_s << u"link"_s;
+    QTest::newRow("pipe") << u".a.xml.runebook-rescue"_s << u"pipe"_s;
+    QTest::newRow("device") << u".a.xml.runebook-rescue"_s << u"device"_s;
+    QTest::newRow("link to a folder of somebody's among the autosaves") << u"b.xml"_s << u"folder"_s;
+    QTest::newRow("pipe as a note") << u"b.xml"_s << u"note"_s;
+}
+
+void TestRecovery::passesOverForgedThings()
+{
+    QFETCH(const QString, rescue);
+    QFETCH(const QString, laid);
+    const QStringList names {u"a.xml"_s, u"b.xml"_s, u"c.xml.part"_s, u"keep.txt"_s};
+    for (const QString &name : names)
+        write(path(name), kFile);
+    const QString place = path(rescue);
+    const QString notes = StandardFolders::userData() + "/Rescue/"_L1;
+    const QString autosaves = StandardFolders::userData() + "/Autosave/"_L1;
+    QVERIFY(QDir().mkpath(notes) && QDir().mkpath(autosaves));
+    bool isLaid = true;
+    if (laid == "name"_L1)
+        isLaid = ::link(QFile::encodeName(path(u"a.xml"_s)).constData(), QFile::encodeName(place).constData())
+            == 0;
+    else if (laid == "link"_L1)
+        isLaid = QFile::link(path(u"a.xml"_s), place);
+    else if (laid == "pipe"_L1 || laid == "device"_L1)
+        isLaid = makeOddity(laid, place);
+    const QString folderLink = autosaves + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    if (laid == "folder"_L1)
+        QVERIFY(QFile::link(m_folder->path(), folderLink));
+    const QString note = notes + "forged.saving"_L1;
+    if (laid == "note"_L1)
+        QVERIFY(makeOddity(u"pipe"_s, note));
+    else
+        write(note,
+              QJsonDocument(QJsonObject {{u"target"_s, path(u"a.xml"_s)}, {u"rescue"_s, place}}).toJson());
+    if (!isLaid)
+        QSKIP("device-node: only root may make one");
+    const auto before = whatIsAt(place);
+    Recovery recovery;
+    recovery.find();
+    QVERIFY(recovery.findFor(path(u"a.xml"_s)).isEmpty());
+    for (const QString &name : names)
+        QCOMPARE(contentOf(path(name)), kFile);
+    QCOMPARE(whatIsAt(place), before);
+    QFile::remove(note);
+    QFile::remove(folderLink);
 }
 
 void TestRecovery::findsRescueFiles_data()

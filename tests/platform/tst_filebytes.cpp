@@ -1,10 +1,14 @@
 // Large files are read and checked in parts: where these meet must never show.
+#include "platform/CheckedFile.h"
 #include "platform/FileBytes.h"
+#include "platform/FilePath.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryFile>
 #include <QUtf8StringView>
+#include <fcntl.h>
 
 using namespace Qt::StringLiterals;
 using namespace runebook;
@@ -38,18 +42,16 @@ private Q_SLOTS:
         QCOMPARE(file.write(content), size);
         QVERIFY(file.flush());
         QString reason;
-        QVERIFY(bytesOfFile(file, &reason) == content);
+        QVERIFY(bytesOfFile(CheckedFile(file.fileName(), O_RDONLY), &reason) == content);
     }
 
     void failureHasAReason()
     {
         QTemporaryFile file;
         QVERIFY(file.open());
-        QFile writeOnly(file.fileName());
         QVERIFY(file.resize(100));
-        QVERIFY(writeOnly.open(QIODevice::WriteOnly | QIODevice::Append));
         QString reason;
-        QVERIFY(!bytesOfFile(writeOnly, &reason));
+        QVERIFY(!bytesOfFile(CheckedFile(file.fileName(), O_WRONLY), &reason));
         QVERIFY(!reason.isEmpty());
     }
 
@@ -70,6 +72,45 @@ private Q_SLOTS:
             const QByteArray shifted = QByteArray(shift, 'a') + text;
             QCOMPARE(isUtf8(shifted), QUtf8StringView(shifted).isValidUtf8());
         }
+    }
+
+    void namesAreBytes()
+    {
+        QRandomGenerator random(3);
+        for (int round = 0; round < 2'000; ++round) {
+            QByteArray name = "/";
+            for (int i = random.bounded(12); i >= 0; --i) {
+                if (random.bounded(2))
+                    name += QString(QChar(0xD7F0 + random.bounded(8))).toUtf8() + "\U0001D11E";
+                else
+                    name += static_cast<char>(1 + random.bounded(255));
+            }
+            const QString path = pathFromNative(name);
+            QCOMPARE(nativePath(path), name);
+            QCOMPARE(pathFromURL(portablePath(path)), path);
+            QVERIFY(QUtf8StringView(portablePath(path).toUtf8()).isValidUtf8());
+            QCOMPARE(shownPath(path) == path, QUtf8StringView(name).isValidUtf8());
+        }
+    }
+
+    void onlyPlainFilesAreRead_data()
+    {
+        QTest::addColumn<QString>("kind");
+        for (const char *kind : {"pipe", "device", "folder", "link"})
+            QTest::newRow(kind) << QString::fromLatin1(kind);
+    }
+    void onlyPlainFilesAreRead()
+    {
+        QFETCH(const QString, kind);
+        const QTemporaryDir folder;
+        QFile elsewhere(folder.filePath(u"elsewhere"_s));
+        QVERIFY(elsewhere.open(QIODevice::WriteOnly) && elsewhere.write("text") == 4 && elsewhere.flush());
+        if (!makeOddity(kind, folder.filePath(u"odd"_s)))
+            QSKIP("device-node: only root may make one");
+        QVERIFY(!bytesOfSmallFile(folder.filePath(u"odd"_s), 4, Links::Refuse));
+        QCOMPARE(bytesOfSmallFile(folder.filePath(u"odd"_s), 4).has_value(), kind == "link"_L1);
+        QCOMPARE(bytesOfSmallFile(elsewhere.fileName(), 4), QByteArray("text"));
+        QVERIFY(!bytesOfSmallFile(elsewhere.fileName(), 3));
     }
 
     void oneBadByteAnywhere()

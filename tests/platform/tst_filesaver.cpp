@@ -1,7 +1,8 @@
 // Saving in place: what stays of the old file, and what lies where when it fails.
+#include "platform/CheckedFile.h"
 #include "platform/FileSaver.h"
 #include "platform/StandardFolders.h"
-#include "tests/DeviceNode.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
 #include <QDir>
@@ -9,11 +10,15 @@
 #include <QFileInfo>
 #include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QThread>
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -114,6 +119,9 @@ private Q_SLOTS:
     void fullDiskWithinTheFile();
     void leavesNothingOfANewFile();
     void passesOnWhyThereIsNoContent();
+    void writesOnlyOverWhatItKnows();
+    void waitsForAnotherSaver();
+    void losesNoChangeOfTwoSavers();
     void sparesOldRescueFiles();
     void replaces();
 
@@ -342,6 +350,81 @@ void TestFileSaver::passesOnWhyThereIsNoContent()
     }
     QCOMPARE(read(path(u"old.xml"_s)), kOld);
     QCOMPARE(filesIn(m_folder->path()), QStringList {u"old.xml"_s});
+}
+
+void TestFileSaver::writesOnlyOverWhatItKnows()
+{
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    SavedState state {FileState::of(name), {}};
+    QVERIFY(FileSaver::save(name, content("first"), nullptr, &state));
+    QCOMPARE(state.after, FileState::of(name));
+    // Once more from what was there before.
+    Error error;
+    QVERIFY(!FileSaver::save(name, content("second"), &error, &state));
+    QCOMPARE(error.code, EBUSY);
+    QCOMPARE(read(name), QByteArray("first"));
+    QCOMPARE(filesIn(m_folder->path()), QStringList {u"a.xml"_s});
+}
+
+void TestFileSaver::waitsForAnotherSaver()
+{
+    const QString name = path(u"a.xml"_s);
+    write(name);
+    CheckedFile other(name, O_RDWR);
+    QVERIFY(other.lock());
+    std::thread leaving([&other] {
+        QThread::msleep(50);
+        other.close();
+    });
+    QVERIFY(FileSaver::save(name, content("new")));
+    leaving.join();
+    QCOMPARE(read(name), QByteArray("new"));
+    const CheckedFile reader(name, O_RDONLY);
+    CheckedFile shared(name, O_RDONLY);
+    QVERIFY(shared.lock(CheckedFile::Lock::Shared));
+    Error error;
+    QVERIFY(!FileSaver::save(name, content("newer"), &error));
+    QCOMPARE(error.code, EBUSY);
+    QCOMPARE(read(name), QByteArray("new"));
+}
+
+/// Two processes each add one to their own line of a file, as fast as they can, from what they have read.
+void TestFileSaver::losesNoChangeOfTwoSavers()
+{
+    constexpr int kRounds = 500;
+    const QString name = path(u"a.txt"_s);
+    write(name, "0\n0\n");
+    const auto addOnes = [&name](int own) {
+        int saved = 0;
+        for (int round = 0; round < kRounds; ++round) {
+            CheckedFile file(name, O_RDONLY);
+            if (!file.lock(CheckedFile::Lock::Shared, CheckedFile::kPatience))
+                continue;
+            SavedState state {FileState::of(file.descriptor()), {}};
+            QList<QByteArray> lines = read(name).split('\n');
+            file.close();
+            lines[own] = QByteArray::number(lines.value(own).toInt() + 1);
+            saved += FileSaver::save(name, content(lines.join('\n')), nullptr, &state);
+        }
+        return saved;
+    };
+    int ends[2] = {};
+    QCOMPARE(::pipe(ends), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int saved = addOnes(1);
+        ::_exit(::write(ends[1], &saved, sizeof saved) == sizeof saved ? 0 : 1);
+    }
+    const int mine = addOnes(0);
+    int theirs = 0;
+    QCOMPARE(::read(ends[0], &theirs, sizeof theirs), ssize_t(sizeof theirs));
+    ::waitpid(child, nullptr, 0);
+    ::close(ends[0]);
+    ::close(ends[1]);
+    QCOMPARE(read(name), QByteArray::number(mine) + '\n' + QByteArray::number(theirs) + '\n');
+    QVERIFY2(mine + theirs > kRounds / 2 && mine + theirs < 2 * kRounds, "they have not met");
+    QCOMPARE(filesIn(m_folder->path()), QStringList {u"a.txt"_s});
 }
 
 void TestFileSaver::sparesOldRescueFiles()

@@ -1,6 +1,7 @@
 // What the user chose comes back as it was, in this run and in the next.
 #include "platform/DefaultsProblem.h"
 #include "platform/UserDefaults.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
 #include <QFile>
@@ -25,6 +26,8 @@ private Q_SLOTS:
     void setsADamagedFileAside_data();
     void setsADamagedFileAside();
     void saysWhenItCannotWrite();
+    void sparesWhatIsNoFile_data();
+    void sparesWhatIsNoFile();
 };
 
 void TestUserDefaults::keepsValues_data()
@@ -219,6 +222,37 @@ void TestUserDefaults::saysWhenItCannotWrite()
     defaults.setObjectForKey(1, u"a"_s);
     QVERIFY(!defaults.synchronize());
     QCOMPARE(defaults.integerForKey(u"a"_s), 1);
+}
+
+void TestUserDefaults::sparesWhatIsNoFile_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("kind");
+    for (const char *kind : {"pipe", "device", "folder"})
+        QTest::newRow(kind) << u"d.ini"_s << QString::fromLatin1(kind);
+    QTest::newRow("a pipe as its lock") << u"d.ini.lock"_s << u"pipe"_s;
+    QTest::newRow("a link as its lock") << u"d.ini.lock"_s << u"link"_s;
+}
+
+void TestUserDefaults::sparesWhatIsNoFile()
+{
+    QFETCH(const QString, name);
+    QFETCH(const QString, kind);
+    const QTemporaryDir folder;
+    if (!makeOddity(kind, folder.filePath(name)))
+        QSKIP("device-node: only root may make one");
+    const auto before = whatIsAt(folder.filePath(name));
+    {
+        UserDefaults defaults(folder.filePath(u"d.ini"_s));
+        QCOMPARE(defaults.fileName(), folder.filePath(u"d.ini"_s));
+        defaults.setObjectForKey(1, u"a"_s);
+        QVERIFY(!defaults.synchronize());
+        QCOMPARE(defaults.integerForKey(u"a"_s), 1);
+    }
+    QCOMPARE(whatIsAt(folder.filePath(name)), before);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+             QStringList {name});
+    runebook::takeDefaultsProblem();
 }
 
 RUNEBOOK_TEST_MAIN(TestUserDefaults)

@@ -34,6 +34,8 @@ private Q_SLOTS:
     void waitsForNobody();
     void savesOnlyWhatWorked_data();
     void savesOnlyWhatWorked();
+    void twoRunsMeetInOneFile();
+    void opensNamesThatAreNoUtf8();
     void opensTheFirstFileInFront();
     void runsOnEveryInterpreter_data();
     void runsOnEveryInterpreter();
@@ -295,6 +297,64 @@ void HeadlessTest::savesOnlyWhatWorked()
     QVERIFY(changed != before);
     QFETCH(bool, isSaved);
     QCOMPARE(content(m_file), isSaved ? changed : before);
+}
+
+/// Two runs change a record each and save at the same moment. RUNEBOOK_ROUNDS sets how often, two saves each.
+void HeadlessTest::twoRunsMeetInOneFile()
+{
+    const QString code = u"import os, time\n"
+                         "def wait(name):\n"
+                         "    while not os.path.exists(name): time.sleep(0.001)\n"
+                         "Doc[%1].production = 'written.by%1'\n"
+                         "open('%2/ready%1', 'w').close()\n"
+                         "wait('%2/ready0'); wait('%2/ready1')\n"_s;
+    const int rounds = qMax(5, qEnvironmentVariableIntValue("RUNEBOOK_ROUNDS"));
+    int refused = 0;
+    for (int round = 0; round < rounds; ++round) {
+        init();
+        QProcess runs[2];
+        m_program = u"runebook"_s;
+        for (int who : {0, 1})
+            start(runs[who], {u"--save"_s, u"--eval"_s, code.arg(who).arg(m_folder->path()), m_file});
+        for (int who : {0, 1})
+            QVERIFY(runs[who].waitForFinished(60'000));
+        const QString text = content(m_file);
+        QCOMPARE(text.count(u"<glyph "), 2395);
+        for (int who : {0, 1}) {
+            const QByteArray errors = runs[who].readAllStandardError();
+            QCOMPARE(text.contains(u"written.by%1"_s.arg(who)), runs[who].exitCode() == 0);
+            QVERIFY2(runs[who].exitCode() == 0 ? errors.isEmpty()
+                                               : runs[who].exitCode() == 1
+                             && (errors.contains("Another program") && errors.contains("was not touched")),
+                     errors.constData());
+            refused += runs[who].exitCode();
+        }
+    }
+    QVERIFY(refused > 0 && refused <= rounds);
+    qInfo("%d saves at the same time in pairs, %d refused with the reason, none lost", 2 * rounds, refused);
+}
+
+void HeadlessTest::opensNamesThatAreNoUtf8()
+{
+    const QByteArray name = QFile::encodeName(m_folder->path()) + "/caf\xE9 \xFF.xml";
+    QCOMPARE(::rename(QFile::encodeName(m_file).constData(), name.constData()), 0);
+    // QProcess would spell the name anew.
+    const QString command =
+        u"exec \"$0\" --save --eval \"$1\" \"$(printf '%s/caf\\351 \\377.xml' \"$2\")\""_s;
+    const QString code = u"import os\nDoc[0].production = 'kept'\n"
+                         "print(os.path.exists(Doc.fileURL()), os.fsencode(Doc.fileURL())[-11:])"_s;
+    QProcess process;
+    process.start(
+        u"sh"_s,
+        {u"-c"_s, command, QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"), code, m_folder->path()});
+    QVERIFY(process.waitForFinished(60'000));
+    QCOMPARE(process.readAllStandardError(), QByteArray());
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("True b'/caf\\xe9 \\xff.xml'\n"));
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(::rename(name.constData(), QFile::encodeName(m_file).constData()), 0);
+    QVERIFY(content(m_file).contains(u"production=\"kept\""_s));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden | QDir::System),
+             QStringList {u"sample.xml"_s});
 }
 
 void HeadlessTest::opensTheFirstFileInFront()
