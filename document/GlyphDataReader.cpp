@@ -60,11 +60,24 @@ quint8 versionOfHeader(std::string_view header)
     return hasMarks ? 2 : 1;
 }
 
-/// Records tell of attributes that they do not know, each once in a run.
+/// Records tell of attributes that they do not know, each once in a run. A file that is full of them is told
+/// of once.
 void reportUnknown(ReadNotes &notes)
 {
+    constexpr std::size_t kToldOneByOne = 20;
+    const auto unknown = std::exchange(notes.unknownAttributes, {});
+    if (unknown.size() > kToldOneByOne) {
+        const auto &[key, value] = unknown.front();
+        ErrorPresenter::shared().present({u"User"_s,
+                                          1,
+                                          {},
+                                          tr("There are %1 unknown entries in the file, the first: %2 = %3")
+                                              .arg(QString::number(unknown.size()), key, value.left(100)),
+                                          {}});
+        return;
+    }
     VXGlyphInfo info;
-    for (const auto &[key, value] : std::exchange(notes.unknownAttributes, {}))
+    for (const auto &[key, value] : unknown)
         info.setValueForUndefinedKey(value, key);
 }
 

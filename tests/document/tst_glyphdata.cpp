@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -45,6 +46,7 @@ private Q_SLOTS:
     void refusesWhatIsNoText_data();
     void refusesWhatIsNoText();
     void writesNothingElse();
+    void tellsOnceOfManyUnknownEntries();
 };
 
 void TestGlyphData::savesAsExpected_data()
@@ -239,6 +241,23 @@ void TestGlyphData::writesNothingElse()
     QCOMPARE(document.autosavingFileType(), u"public.xml"_s);
     QVERIFY(!document.autosavesInPlace());
     QCOMPARE(document.windowNibName(), u"VXDocument_11"_s);
+}
+
+void TestGlyphData::tellsOnceOfManyUnknownEntries()
+{
+    constexpr int kEntries = 100'000;
+    QByteArray text = GlyphDataWriter::header(2).c_str();
+    for (int i = 0; i < kEntries; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        text += "\t<glyph name=\"a" + number + "\" many" + number + "=\"%2\" />\n";
+    }
+    text += "</glyphData>\n";
+    const QSignalSpy presented(&ErrorPresenter::shared(), &ErrorPresenter::presented);
+    GlyphDataReader reader;
+    QCOMPARE(reader.read(text).size(), std::size_t(kEntries));
+    QCOMPARE(presented.size(), 1);
+    QCOMPARE(presented.first().first().value<Error>().failureReason,
+             u"There are 100000 unknown entries in the file, the first: many0 = %2"_s);
 }
 
 RUNEBOOK_TEST_MAIN(TestGlyphData)
