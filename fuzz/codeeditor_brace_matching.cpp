@@ -34,7 +34,7 @@ void checkBraces(const QString &text)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    qputenv("RUNEBOOK_DEFAULTS", "/dev/null");
+    qputenv("RUNEBOOK_DEFAULTS", "/dev/null/none");
     initBraces();
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     checkBraces(

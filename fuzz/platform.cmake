@@ -1,3 +1,3 @@
 # What a user types into the search field.
-runebook_add_fuzzer(fuzz_predicate_parser SOURCES "${CMAKE_CURRENT_LIST_DIR}/predicate_parser.cpp"
+runebook_add_fuzzer(predicate_parser SOURCES "${CMAKE_CURRENT_LIST_DIR}/predicate_parser.cpp"
     DEPENDS runebook::platform)
