@@ -56,6 +56,9 @@ CommandLine parseCommandLine(const QStringList &arguments)
     const QCommandLineOption ignoreRescue(
         u"ignore-rescue"_s,
         tr("Without windows: go on although an interrupted save of a file has left a rescue file."));
+    const QCommandLineOption answer(
+        u"answer"_s, tr("With --run and --eval: what the script gets when it asks for KEY; may be repeated."),
+        u"KEY=VALUE"_s);
     const QCommandLineOption newInstance(
         u"new-instance"_s,
         tr("Start on its own, even when Runebook runs already; the files would go to it."));
@@ -64,7 +67,7 @@ CommandLine parseCommandLine(const QStringList &arguments)
     QCommandLineOption reopen(u"reopen"_s, {}, u"session"_s);
     for (QCommandLineOption *option : {&watchRun, &reopen})
         option->setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({help, version, compare, key, json, run, eval, save, ignoreRescue, newInstance, watchRun,
+    parser.addOptions({help, version, compare, key, json, run, eval, save, answer, ignoreRescue, newInstance, watchRun,
                        reopen});
 
     CommandLine line;
@@ -93,6 +96,12 @@ CommandLine parseCommandLine(const QStringList &arguments)
         line.script = parser.value(run);
         line.code = parser.value(eval);
         line.savesFiles = parser.isSet(save);
+        for (const QString &each : parser.values(answer)) {
+            const qsizetype equals = each.indexOf(u'=');
+            if (equals < 1)
+                return wrong(tr("--answer takes KEY=VALUE."));
+            line.answers.insert(each.left(equals), each.mid(equals + 1));
+        }
     } else if (parser.isSet(compare)) {
         line.mode = CommandLine::Mode::Compare;
         if (line.files.size() != 2)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QStringList>
 
 namespace runebook {
@@ -15,6 +16,7 @@ struct CommandLine {
     QString script; ///< path of a script file; or
     QString code; ///< code to run
     bool savesFiles = false;
+    QHash<QString, QString> answers; ///< to what the script asks
     bool ignoresRescue = false; ///< goes on where an interrupted save has left its text
     bool startsNewInstance = false; ///< even when the program runs already
     /// For WatchRun, and for Windows after a program that was ended: the file that RunWatch wrote.

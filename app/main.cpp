@@ -77,6 +77,7 @@ int runScript(const CommandLine &line)
     options.script = line.script;
     options.code = line.code;
     options.savesFiles = line.savesFiles;
+    options.answers = line.answers;
     options.files = line.files;
     options.prepare = [&delegate] { delegate.startScripting(); };
     return runHeadless(options);

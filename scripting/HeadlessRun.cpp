@@ -176,6 +176,7 @@ int runHeadless(const HeadlessOptions &options)
     static HeadlessConsole &console = *new HeadlessConsole;
     setScriptConsole(&console);
     ScriptHelpers::shared().setCanAsk(false);
+    ScriptHelpers::shared().setAnswers(options.answers);
     const auto connection =
         QObject::connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, &ErrorPresenter::shared(),
                          [](const Error &error) { complain(console, error.text()); });

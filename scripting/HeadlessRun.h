@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -15,6 +16,7 @@ struct HeadlessOptions {
     QString code; ///< code as the macro panel runs it, when there is no script
     bool savesFiles = false; ///< write the files that the script has changed
     QStringList files; ///< opened before the run, the first one frontmost
+    QHash<QString, QString> answers = {}; ///< to what the script asks, by the key of the question
     std::function<void()> prepare = {}; ///< called when Python is up, before the run; may be empty
 };
 

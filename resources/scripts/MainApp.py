@@ -21,7 +21,8 @@ import objc as _objc
 __all__ = ["VXGlyphInfo", "VXDocument", "VXVersionComparator",
            "VXScriptingHandler", "documents", "currentDocument",
            "openDocument", "newDocument", "newInfo", "undoGroup", "progress",
-           "canAsk", "message", "askString", "processEvents", "hexStringToInt",
+           "canAsk", "message", "askString", "askChoice",
+           "askFields", "askFile", "askYesNo", "processEvents", "hexStringToInt",
            "hexStringFromInt", "stringWithChar", "character32AtIndex",
            "rangeOfLine", "UUID", "initBraces", "TE_isOpeningBrace",
            "TE_isClosingBrace", "TE_findMatchingBraceForRangeInString", "FIELDS"]
@@ -151,20 +152,23 @@ def undoGroup(name="", document=None):
         manager.endUndoGrouping()
 
 
-def progress(items, title="Working…"):
+def progress(items, title="Working…", total=None):
     """Goes through items while a bar shows how far; the user can stop it.
 
-    Stopping raises KeyboardInterrupt.  Without windows there is no bar.
+    The bar comes when it takes longer than a moment.  Items are taken as they
+    come, so a generator is not drained; how many there are can be told as
+    total.  Stopping raises KeyboardInterrupt.  Without windows there is no bar.
     """
-    items = list(items)
-    step = max(1, len(items) // 200)
+    if total is None:
+        total = len(items) if hasattr(items, "__len__") else 0
+    step = max(1, total // 200) if total else 50
     try:
         for place, item in enumerate(items):
-            if place % step == 0 and not _helpers.showProgress(title, place, len(items)):
+            if place % step == 0 and not _helpers.showProgress(title, place, total):
                 raise KeyboardInterrupt("stopped by the user")
             yield item
     finally:
-        _helpers.showProgress(title, len(items), len(items))
+        _helpers.endProgress()
 
 
 def canAsk():
@@ -180,14 +184,101 @@ def message(text, title="Script"):
         print(text)
 
 
-def askString(prompt, text=""):
-    """What the user types; None when they cancel.
+def _given(key):
+    """What the command line answers with --answer KEY=VALUE; raises when it does not."""
+    answer = _helpers.answerFor(key)
+    if answer is None:
+        raise RuntimeError("nobody can answer in a run without windows; give --answer %r"
+                           % (key + "=…"))
+    return answer
 
-    Raises RuntimeError in a run without windows: nobody is there to answer.
+
+def _as_kind(value, text):
+    """text as a value of the same kind as value."""
+    if isinstance(value, bool):
+        if text.lower() in ("yes", "true", "1", "on"):
+            return True
+        if text.lower() in ("no", "false", "0", "off"):
+            return False
+        raise ValueError("neither yes nor no: %r" % text)
+    return type(value)(text) if isinstance(value, (int, float)) else text
+
+
+def askFields(prompt, **fields):
+    """Asks for several values at once; a dictionary of them, None when the user cancels.
+
+    Each field begins with the value given for it, or with the last answer; a
+    list or tuple offers its entries.  Texts, numbers, True and False come back
+    as what they were.  In a run without windows every field needs an
+    --answer FIELD=VALUE.
+
+    >>> askFields("Small caps", suffix=".sc", scale=0.8, style=["a", "b"])
     """
     if not _helpers.canAsk():
-        raise RuntimeError("nobody can answer in a run without windows: " + prompt)
-    return _helpers.askText(prompt, text)
+        answers = {}
+        for key, value in fields.items():
+            text = _given(key)
+            if isinstance(value, (list, tuple)):
+                if text not in map(str, value):
+                    raise ValueError("%s is none of %s" % (text, ", ".join(map(str, value))))
+                answers[key] = text
+            else:
+                answers[key] = _as_kind(value, text)
+        return answers
+    asked = []
+    for key, value in fields.items():
+        field = {"key": key, "label": key.replace("_", " ").capitalize(), "value": value}
+        if isinstance(value, (list, tuple)):
+            field["choices"] = [str(choice) for choice in value]
+            field["value"] = field["choices"][0] if value else ""
+        asked.append(field)
+    answers = _helpers.askFields(prompt, asked)
+    return None if answers is None else {key: answers[key] for key in fields}
+
+
+def askString(prompt, text="", key=None):
+    """What the user types; None when they cancel.
+
+    In a run without windows --answer KEY=VALUE answers, the prompt being the
+    key unless there is another; RuntimeError without one.
+    """
+    if not _helpers.canAsk():
+        return _given(key or prompt)
+    answers = _helpers.askFields(prompt, [{"key": "text", "label": "", "value": text}])
+    return None if answers is None else answers["text"]
+
+
+def askChoice(prompt, choices, key=None):
+    """Which of choices the user takes, None when they cancel; see askString."""
+    choices = [str(choice) for choice in choices]
+    if not choices:
+        raise ValueError("nothing to choose from")
+    if not _helpers.canAsk():
+        answer = _given(key or prompt)
+        if answer not in choices:
+            raise ValueError("%s is none of %s" % (answer, ", ".join(choices)))
+        return answer
+    answers = _helpers.askFields(prompt, [{"key": "choice", "label": "", "value": choices[0],
+                                           "choices": choices}])
+    return None if answers is None else answers["choice"]
+
+
+def askYesNo(question, explanation="", key=None):
+    """True or False, None when the user cancels; see askString."""
+    if not _helpers.canAsk():
+        return _as_kind(True, _given(key or question))
+    answer = _helpers.askYesNo(question, explanation)
+    return None if answer is None else answer == "yes"
+
+
+def askFile(prompt="", save=False, name="", filters=(), key=None):
+    """The path of a file to read, or to write with save=True; None when the user cancels.
+
+    filters are texts such as "Fonts (*.ttf *.otf)".  See askString.
+    """
+    if not _helpers.canAsk():
+        return _given(key or prompt)
+    return _helpers.askFile(prompt, save, name, list(filters))
 
 
 def processEvents():

@@ -3,14 +3,13 @@
 #include "codeeditor/BraceMatching.h"
 #include "model/StringHelpers.h"
 #include "platform/FilePath.h"
-#include "platform/PlainText.h"
 #include "platform/Unattended.h"
+#include "scripting/ScriptRun.h"
+#include "scripting/bridge/ScriptDialogs.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
-#include <QInputDialog>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QProgressDialog>
 #include <QUrl>
@@ -36,43 +35,67 @@ void ScriptHelpers::setCanAsk(bool canAsk)
 
 void ScriptHelpers::showMessage(const QString &title, const QString &text)
 {
-    QMessageBox box(QApplication::activeWindow());
-    setPlainTexts(box, title, text);
-    box.exec();
+    ScriptDialogs::showMessage(title, text);
 }
 
 QString ScriptHelpers::askText(const QString &prompt, const QString &text)
 {
-    QInputDialog dialog(QApplication::activeWindow());
-    dialog.setInputMode(QInputDialog::TextInput);
-    dialog.setLabelText(prompt.toHtmlEscaped());
-    dialog.setTextValue(text);
-    if (dialog.exec() != QDialog::Accepted)
-        return {};
-    const QString answer = dialog.textValue();
-    return answer.isNull() ? QStringLiteral("") : answer;
+    const QString key = QStringLiteral("text");
+    const QVariantMap field {{QStringLiteral("key"), key}, {QStringLiteral("value"), text}};
+    return ScriptDialogs::askFields(prompt, {field}, ScriptDialogs::Memory::None).toMap().value(key).toString();
+}
+
+QVariant ScriptHelpers::askFields(const QString &prompt, const QVariantList &fields)
+{
+    return ScriptDialogs::askFields(prompt, fields);
+}
+
+QString ScriptHelpers::askYesNo(const QString &question, const QString &explanation)
+{
+    return ScriptDialogs::askYesNo(question, explanation);
+}
+
+QString ScriptHelpers::askFile(const QString &prompt, bool isToSave, const QString &name, const QStringList &filters)
+{
+    return ScriptDialogs::askFile(prompt, isToSave, name, filters);
+}
+
+QVariant ScriptHelpers::answerFor(const QString &key) const
+{
+    const auto found = m_answers.constFind(key);
+    return found == m_answers.constEnd() ? QVariant() : QVariant(*found);
 }
 
 bool ScriptHelpers::showProgress(const QString &title, int value, int maximum)
 {
+    constexpr qint64 kMomentMs = 300;
     if (!canAsk())
         return true;
-    auto *dialog = qobject_cast<QProgressDialog *>(m_progress);
-    if (!dialog) {
-        dialog = new QProgressDialog(QApplication::activeWindow());
-        dialog->setWindowModality(Qt::ApplicationModal);
-        dialog->setLabelText(title.toHtmlEscaped());
-        dialog->setAutoReset(false);
-        m_progress = dialog;
+    if (!m_progress) {
+        m_progress = new QProgressDialog(QApplication::activeWindow());
+        m_progress->setWindowTitle(ScriptRun::currentName());
+        m_progress->setWindowModality(Qt::ApplicationModal);
+        m_progress->setLabelText(title.toHtmlEscaped());
+        m_progress->setAutoReset(false);
+        m_progress->setAutoClose(false);
+        // It shows itself by a timer otherwise, and those wait for the end of the run.
+        m_progress->setMinimumDuration(std::numeric_limits<int>::max());
+        m_sinceProgress.start();
     }
-    dialog->setMaximum(maximum);
-    dialog->setValue(value);
-    const bool goesOn = !dialog->wasCanceled();
-    if (value >= maximum || !goesOn) {
-        m_progress = nullptr;
-        delete dialog;
-    }
+    if (m_sinceProgress.elapsed() < kMomentMs)
+        return true;
+    m_progress->setMaximum(maximum);
+    m_progress->show();
+    m_progress->setValue(value);
+    const bool goesOn = !m_progress->wasCanceled();
+    if (!goesOn)
+        endProgress();
     return goesOn;
+}
+
+void ScriptHelpers::endProgress()
+{
+    delete m_progress;
 }
 
 void ScriptHelpers::processEvents()

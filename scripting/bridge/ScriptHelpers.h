@@ -1,8 +1,13 @@
 #pragma once
 
+#include <QElapsedTimer>
+#include <QHash>
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 #include <QVariant>
+
+class QProgressDialog;
 
 namespace runebook {
 
@@ -21,8 +26,18 @@ public: // talking to the user
     Q_INVOKABLE void showMessage(const QString &title, const QString &text);
     /// What the user typed; null when they cancelled.
     Q_INVOKABLE QString askText(const QString &prompt, const QString &text);
-    /// Shows how far a script is; false when the user wants it to stop. Ends with value equal to maximum.
+    /// See ScriptDialogs.
+    Q_INVOKABLE QVariant askFields(const QString &prompt, const QVariantList &fields);
+    Q_INVOKABLE QString askYesNo(const QString &question, const QString &explanation);
+    Q_INVOKABLE QString askFile(const QString &prompt, bool isToSave, const QString &name,
+                                const QStringList &filters);
+    /// What a script gets in a run without windows when it asks for \a key; invalid when nothing was given for it.
+    Q_INVOKABLE QVariant answerFor(const QString &key) const;
+    void setAnswers(const QHash<QString, QString> &answers) { m_answers = answers; }
+    /// Shows how far a script is, once that takes longer than a moment; \a maximum 0 when nobody knows. False when
+    /// the user wants it to stop.
     Q_INVOKABLE bool showProgress(const QString &title, int value, int maximum);
+    Q_INVOKABLE void endProgress();
     /// Lets windows repaint and answer to the user.
     Q_INVOKABLE void processEvents();
     Q_INVOKABLE void beep();
@@ -52,7 +67,9 @@ public: // braces; a character is a UTF-16 unit
     Q_INVOKABLE QVariant TE_findMatchingBraceForRangeInString(int index, const QString &text) const;
 
 private:
-    QObject *m_progress = nullptr;
+    QHash<QString, QString> m_answers;
+    QPointer<QProgressDialog> m_progress;
+    QElapsedTimer m_sinceProgress;
 };
 
 } // namespace runebook

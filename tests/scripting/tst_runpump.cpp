@@ -20,6 +20,8 @@
 #include <QCloseEvent>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollBar>
@@ -94,6 +96,8 @@ private Q_SLOTS:
     void evaluatesLines_data();
     void evaluatesLines();
     void showsTheLinesOfTabs();
+    void asksWhatScriptsAsk();
+    void showsProgressOfGenerators();
     void remembersLines();
     void completesLiveNames_data();
     void completesLiveNames();
@@ -596,6 +600,61 @@ void RunPumpTest::showsTheLinesOfTabs()
              "Traceback (most recent call last):\n"
              "  File \"<macro>\", line 4, in <module>\n    except KeyError as e: raise ValueError(2) from e\n"
              "ValueError: 2\n"_s);
+}
+
+void RunPumpTest::asksWhatScriptsAsk()
+{
+    // Every dialog gets its first line of text changed, unless nothing is left to enter; then it is accepted.
+    QStringList entries {u".smcp"_s, QString(), u"typed"_s};
+    QStringList seen;
+    QTimer user;
+    connect(&user, &QTimer::timeout, this, [&] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        const QString entry = entries.isEmpty() ? QString() : entries.takeFirst();
+        auto *line = dialog->findChild<QLineEdit *>();
+        seen << dialog->windowTitle() + (line ? u": "_s + line->text() : QString());
+        if (line && !entry.isNull())
+            line->setText(entry);
+        if (auto *box = qobject_cast<QMessageBox *>(dialog))
+            box->button(QMessageBox::No)->click();
+        else
+            dialog->accept();
+    });
+    user.start(5);
+    const QString code = u"print(askFields('Small caps', suffix='.sc', n=2, style=('a', 'b'), all=True))\n"_s;
+    run(code);
+    run(code); // begins with the last answers
+    run(u"print(askString('Name?'), askYesNo('Sure?'), askChoice('Which?', [1, 2]))"_s);
+    QCOMPARE(m_panel->console->string(), u"{'suffix': '.smcp', 'n': 2, 'style': 'a', 'all': True}\n"_s.repeated(2)
+                 + u"typed False 1\n"_s);
+    QCOMPARE(seen.mid(0, 3), (QStringList {u"Macro: .sc"_s, u"Macro: .smcp"_s, u"Macro: "_s}));
+    QCOMPARE(seen.size(), 5);
+}
+
+void RunPumpTest::showsProgressOfGenerators()
+{
+    int shown = 0;
+    QObject user;
+    connect(&RunPump::shared(), &RunPump::pumped, &user, [&] {
+        auto *bar = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget());
+        if (!bar || !bar->windowHandle())
+            return;
+        ++shown;
+        QMetaObject::invokeMethod(
+            bar,
+            [bar] { qt_handleKeyEvent(bar->windowHandle(), QEvent::KeyPress, Qt::Key_Escape, {}, {}, false, 1); },
+            Qt::QueuedConnection);
+    });
+    run(u"for i in progress(range(3)): print(i)"_s); // over before anybody could read it
+    QCOMPARE(shown, 0);
+    run(u"import itertools, time\n"
+        "for i in progress(itertools.islice(itertools.count(), 5000)): time.sleep(0.002)"_s);
+    QVERIFY(shown > 0);
+    QVERIFY2(m_panel->console->string().endsWith(u"KeyboardInterrupt: stopped by the user\n"_s),
+             qPrintable(m_panel->console->string()));
+    QVERIFY(!QApplication::activeModalWidget());
 }
 
 void RunPumpTest::remembersLines()
