@@ -6,14 +6,18 @@
 #include "scripting/PythonDiscovery.h"
 #include "scripting/PythonPlaces.h"
 #include "scripting/PythonProbe.h"
+#include "scripting/ScriptConsole.h"
+#include "scripting/SitePackages.h"
 #include "scripting/VXScriptingHandler.h"
 #include "ui_PythonPane.h"
 
+#include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QPointer>
 #include <QSignalBlocker>
 #include <QThread>
+#include <QUrl>
 
 namespace runebook {
 
@@ -37,7 +41,8 @@ void addRow(QListWidget &list, const QString &name, const QString &path)
 
 } // namespace
 
-PythonPane::PythonPane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::PythonPane>())
+PythonPane::PythonPane(QWidget *parent)
+    : QWidget(parent), m_ui(std::make_unique<Ui::PythonPane>()), m_packages(new SitePackages(this))
 {
     m_ui->setupUi(this);
     const VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
@@ -54,6 +59,7 @@ PythonPane::PythonPane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique
     connect(m_ui->add, &QPushButton::clicked, this, &PythonPane::askForLibrary);
     connect(m_ui->remove, &QPushButton::clicked, this, [this] { m_ui->installations->setCurrentRow(0); });
     showStatus({});
+    setUpPackages();
 }
 
 PythonPane::~PythonPane() = default;
@@ -142,6 +148,44 @@ void PythonPane::take(const QString &path, const Error &problem)
     }
     showStatus(problem.text());
     Q_EMIT tried(isUsable);
+}
+
+// Packages
+
+void PythonPane::setUpPackages()
+{
+    m_ui->packagesStatus->setText(SitePackages::folder());
+    connect(m_ui->install, &QPushButton::clicked, this, &PythonPane::installPackage);
+    connect(m_ui->package, &QLineEdit::returnPressed, this, &PythonPane::installPackage);
+    connect(m_ui->openFolder, &QPushButton::clicked, this, &PythonPane::openFolder);
+    connect(m_packages, &SitePackages::printed, this, [](const QString &text) {
+        if (auto *console = dynamic_cast<ScriptConsole *>(VXScriptingHandler::globalMacroPanelController()))
+            console->setWrite(text);
+    });
+    connect(m_packages, &SitePackages::finished, this, [this](bool isInstalled, const QString &message) {
+        m_ui->install->setEnabled(true);
+        m_ui->packagesStatus->setText(message);
+        if (isInstalled)
+            m_ui->package->clear();
+    });
+}
+
+void PythonPane::installPackage()
+{
+    const QString package = m_ui->package->text();
+    if (package.trimmed().isEmpty() || m_packages->isInstalling())
+        return;
+    m_ui->install->setEnabled(false);
+    m_ui->packagesStatus->setText(tr("Installing “%1”; the console shows how it goes.").arg(package.trimmed()));
+    m_packages->install(package, VXScriptingHandler::sharedHandler()->currentPythonPath());
+}
+
+void PythonPane::openFolder()
+{
+    if (SitePackages::makeUsable())
+        QDesktopServices::openUrl(QUrl::fromLocalFile(SitePackages::folder()));
+    else
+        m_ui->packagesStatus->setText(tr("The folder “%1” cannot be made.").arg(SitePackages::folder()));
 }
 
 void PythonPane::showStatus(const QString &text)

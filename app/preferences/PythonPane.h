@@ -11,7 +11,10 @@ class PythonPane;
 
 namespace runebook {
 
-/// Preferences: the installation of Python that scripts run with, from the next start on.
+class SitePackages;
+
+/// Preferences: the installation of Python that scripts run with, from the next start on, and the packages that they
+/// can import.
 class PythonPane : public QWidget
 {
     Q_OBJECT
@@ -33,8 +36,12 @@ private:
     void askForLibrary();
     void take(const QString &path, const runebook::Error &problem);
     void showStatus(const QString &text);
+    void setUpPackages();
+    void installPackage();
+    void openFolder();
 
     std::unique_ptr<Ui::PythonPane> m_ui;
+    SitePackages *m_packages; // owned as a child
 };
 
 } // namespace runebook

@@ -6,6 +6,7 @@
 #include "platform/UserDefaults.h"
 #include "scripting/PythonPlaces.h"
 #include "scripting/VXScriptingHandler.h"
+#include "scripting/panel/VXMacroWindowController.h"
 
 #include <QAccessible>
 #include <QCheckBox>
@@ -44,6 +45,7 @@ private Q_SLOTS:
     void checksAddresses();
     void choosesAPreviewFont();
     void choosesAPython();
+    void installsPackages();
     void refusesWhatIsNoPython();
 
 private:
@@ -281,6 +283,46 @@ void PreferencesTest::refusesWhatIsNoPython()
         QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
         QVERIFY(pane->findChild<QPushButton *>(u"add"_s)->isEnabled());
     }
+}
+
+void PreferencesTest::installsPackages()
+{
+    // A program in the place of the interpreter's that does with its last argument what pip would.
+    const QTemporaryDir prefix;
+    QVERIFY(QDir(prefix.path()).mkpath(u"bin"_s) && QDir(prefix.path()).mkpath(u"lib"_s));
+    const QString library = prefix.filePath(u"lib/libpython3.11.so.1.0"_s);
+    QVERIFY(QFile::copy(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), library));
+    m_window->showPrefpaneWithIdentifier(u"python"_s);
+    auto *pane = m_window->findChild<PythonPane *>();
+    auto *package = pane->findChild<QLineEdit *>(u"package"_s);
+    const auto *status = pane->findChild<QLabel *>(u"packagesStatus"_s);
+    UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
+    const auto install = [&](const QString &name) {
+        package->setText(name);
+        QTest::keyClick(package, Qt::Key_Return);
+        [&] { QTRY_VERIFY(pane->findChild<QPushButton *>(u"install"_s)->isEnabled()); }();
+        return status->text();
+    };
+    QVERIFY2(install(u"absent"_s).contains(u"no program beside its library"_s), qPrintable(status->text()));
+
+    QFile pip(prefix.filePath(u"bin/python3.11"_s));
+    QVERIFY(pip.open(QIODevice::WriteOnly));
+    pip.write("#!/bin/sh\n[ \"$3\" = install ] || exit 9\nshift 6; target=$1; name=$3\n"
+              "[ $name = none ] && { echo 'python3.11: No module named pip'; exit 1; }\n"
+              "[ $name = broken ] && { echo 'ERROR: no such thing'; exit 1; }\n"
+              "echo Collecting $name; echo 'there = 5' > $target/$name.py\n");
+    pip.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    pip.close();
+    QVERIFY2(install(u"none"_s).contains(u"has no pip"_s), qPrintable(status->text()));
+    QVERIFY2(install(u"broken"_s).contains(u"was not installed"_s), qPrintable(status->text()));
+    QVERIFY2(install(u"runebook_trial"_s).contains(u"is installed"_s), qPrintable(status->text()));
+    QVERIFY(package->text().isEmpty());
+    auto *panel = qobject_cast<VXMacroWindowController *>(VXScriptingHandler::globalMacroPanelController());
+    QVERIFY(panel && panel->write().contains(u"Collecting runebook_trial"_s)
+            && panel->write().contains(u"ERROR: no such thing"_s));
+    // Without a restart.
+    VXScriptingHandler::sharedHandler()->runMacroString(u"import runebook_trial; print(runebook_trial.there + 1)"_s);
+    QTRY_VERIFY(panel->write().endsWith(u"6\n"_s));
 }
 
 RUNEBOOK_APP_TEST_MAIN(PreferencesTest)
