@@ -132,15 +132,15 @@ bool TE_isClosingBrace(char16_t character)
 
 std::optional<TextRange> TE_findMatchingBraceForRangeInString(int index, QStringView string)
 {
-    return runebook::findMatchingBrace(index, int(string.size()), [string](TextRange range) {
+    return runebook::findMatchingBrace(index, {0, int(string.size())}, [string](TextRange range) {
         return QString::fromRawData(string.data() + range.location, range.length);
     });
 }
 
-std::optional<TextRange> runebook::findMatchingBrace(int index, int length,
+std::optional<TextRange> runebook::findMatchingBrace(int index, TextRange searched,
                                                      const std::function<QString(TextRange)> &read)
 {
-    if (index < 0 || index >= length)
+    if (!searched.contains(index))
         return std::nullopt;
     const char16_t first = read({index, 1}).front().unicode();
     const bool forward = TE_isOpeningBrace(first);
@@ -150,8 +150,8 @@ std::optional<TextRange> runebook::findMatchingBrace(int index, int length,
     const Braces &braces = processBraces();
     BraceStack stack(first, forward ? Opening : Closing);
     const int step = forward ? 1 : -1;
-    for (int at = index + step; at >= 0 && at < length;) {
-        const int count = std::min(chunkLength, forward ? length - at : at + 1);
+    for (int at = index + step; searched.contains(at);) {
+        const int count = std::min(chunkLength, forward ? searched.end() - at : at + 1 - searched.location);
         const TextRange range {forward ? at : at - count + 1, count};
         const QString chunk = read(range);
         const char16_t *const units = QStringView(chunk).utf16();

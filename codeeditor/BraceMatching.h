@@ -25,8 +25,8 @@ std::optional<runebook::TextRange> TE_findMatchingBraceForRangeInString(int inde
 
 namespace runebook {
 
-/// The same in a text of \a length units that is read in pieces: \a read answers the units of a range.
-std::optional<TextRange> findMatchingBrace(int index, int length,
+/// The same in the piece \a searched of a text that is read bit by bit: \a read answers the units of a range.
+std::optional<TextRange> findMatchingBrace(int index, TextRange searched,
                                            const std::function<QString(TextRange)> &read);
 
 /// Two strings of equal length: the character at an index of one pairs with that of the other.

@@ -3,6 +3,7 @@
 #include "codeeditor/BraceMatching.h"
 #include "codeeditor/CodeLayout.h"
 #include "codeeditor/CompletionSession.h"
+#include "codeeditor/EditGroup.h"
 #include "codeeditor/FindIndicator.h"
 #include "codeeditor/JSTTextViewDelegate.h"
 #include "codeeditor/LineEditing.h"
@@ -19,18 +20,6 @@ using namespace runebook;
 namespace {
 
 constexpr int lineNumberLeftMargin = 12;
-
-/// One user command is one undo step.
-class EditGroup
-{
-public:
-    explicit EditGroup(const QTextCursor &cursor) : m_cursor(cursor) { m_cursor.beginEditBlock(); }
-    ~EditGroup() { m_cursor.endEditBlock(); }
-    Q_DISABLE_COPY_MOVE(EditGroup)
-
-private:
-    QTextCursor m_cursor;
-};
 
 } // namespace
 
@@ -49,6 +38,7 @@ JSTTextView::JSTTextView(QWidget *parent)
             delegate->textDidChange(this);
     });
     setUpCompletions();
+    connect(document(), &QTextDocument::contentsChanged, this, &JSTTextView::markBraces);
 }
 
 JSTTextView::~JSTTextView()
@@ -186,32 +176,16 @@ void JSTTextView::textViewDidChangeSelection()
         return;
     if (JSTTextViewDelegate *delegate = delegateInterface())
         delegate->textViewDidChangeSelection(this);
+    markBraces();
     if (m_userEvent == UserEvent::KeyDown && selection.length == 0 && old.location == selection.location - 1)
         flashOpeningBrace(old.location);
-}
-
-std::optional<TextRange> JSTTextView::matchingBrace(int index) const
-{
-    QTextBlock block; // the one that was read last: pieces of a long one follow each other
-    QString text;
-    return findMatchingBrace(index, m_storage->length(), [&, this](TextRange range) {
-        QString piece;
-        for (int at = range.location; at < range.end(); at = range.location + int(piece.size())) {
-            if (!block.isValid() || !block.contains(at)) {
-                block = m_storage->findBlock(at);
-                text = block.text() + u'\n';
-            }
-            piece += QStringView(text).sliced(at - block.position()).left(range.end() - at);
-        }
-        return piece;
-    });
 }
 
 void JSTTextView::flashOpeningBrace(int closingBrace)
 {
     if (!TE_isClosingBrace(m_storage->characterAt(closingBrace).unicode()))
         return;
-    if (const auto match = matchingBrace(closingBrace))
+    if (const auto match = matchingBrace(closingBrace, wholeText()))
         showFindIndicatorForRange(*match);
 }
 
@@ -220,7 +194,7 @@ void JSTTextView::selectBracePair()
     const TextRange selection = selectedRange();
     if (selection.length != 1)
         return;
-    const auto match = matchingBrace(selection.location);
+    const auto match = matchingBrace(selection.location, wholeText());
     if (!match)
         return;
     // The caret goes to the end where the match is, so that keeping it visible shows the match.
@@ -349,49 +323,6 @@ void JSTTextView::deleteWordBackward()
                                            : m_storage->nextWordFromIndexForward(selection.location, false);
     if (start < selection.end())
         deleteRange({start, selection.end() - start});
-}
-
-void JSTTextView::commentSelection()
-{
-    const QString text = string();
-    const LineEdit edit = toggleComment(text, selectedRange());
-    if (edit.edits.isEmpty())
-        return;
-    const TextRange block = lineBlock(text, selectedRange());
-    const QString changed = edit.appliedTo(text);
-    const QString replacement = changed.sliced(block.location, block.length + changed.size() - text.size());
-    if (!shouldChangeTextInRangeReplacementString(block, replacement))
-        return;
-    m_storage->replaceCharactersInRangeWithString(block, replacement);
-    setSelectedRange(edit.selection);
-}
-
-void JSTTextView::shiftSelectedLinesRight()
-{
-    const LineEdit shift = shiftRight(string(), selectedRange());
-    {
-        const EditGroup group(textCursor());
-        for (auto edit = shift.edits.crbegin(); edit != shift.edits.crend(); ++edit) {
-            if (!shouldChangeTextInRangeReplacementString(edit->replaced, edit->replacement))
-                return;
-            m_storage->replaceCharactersInRangeWithString(edit->replaced, edit->replacement);
-        }
-    }
-    setSelectedRange(shift.selection);
-}
-
-void JSTTextView::shiftSelectedLinesLeft()
-{
-    if (isReadOnly())
-        return;
-    const LineEdit shift = shiftLeft(string(), selectedRange());
-    {
-        // On the characters themselves: the delegate is not asked, unlike when lines are shifted right.
-        const EditGroup group(textCursor());
-        for (auto edit = shift.edits.crbegin(); edit != shift.edits.crend(); ++edit)
-            m_storage->replaceCharactersInRangeWithString(edit->replaced, edit->replacement);
-    }
-    setSelectedRange(shift.selection);
 }
 
 bool JSTTextView::selectionSpansLines() const

@@ -12,6 +12,7 @@ class VXLineNumberView;
 
 namespace runebook {
 class CompletionSession;
+struct LineEdit;
 }
 
 Q_MOC_INCLUDE("codeeditor/VXCodeTextStorage.h")
@@ -58,6 +59,18 @@ public: // looks
     /// Flashes the characters of \a range, when they can be seen.
     Q_INVOKABLE void showFindIndicatorForRange(runebook::TextRange range);
 
+    /// A fine line behind so many characters; 0: none.
+    Q_INVOKABLE void setWrapColumn(int column);
+    int wrapColumn() const { return m_wrapColumn; }
+
+public: // typing
+    /// What the Tab key writes, and Backspace takes away at once.
+    enum class Indentation { AsTheText, Tab, Blanks };
+    Q_ENUM(Indentation)
+    void setIndentation(Indentation indentation) { m_indentation = indentation; }
+    /// Whether brackets and quotes bring their other half along, which is typed over then.
+    Q_INVOKABLE void setClosesBrackets(bool closes) { m_closesBrackets = closes; }
+
 public: // completion
     /// The name before the caret, with the dotted names in front of it; empty at the caret when there is
     /// none.
@@ -76,6 +89,11 @@ public Q_SLOTS: // editing actions
     void commentSelection();
     void shiftSelectedLinesRight();
     void shiftSelectedLinesLeft();
+    void duplicateSelectedLines();
+    void moveSelectedLinesUp();
+    void moveSelectedLinesDown();
+    /// Of one line and the next where no more are selected.
+    void joinSelectedLines();
     /// Offers completions for the name before the caret.
     void complete();
 
@@ -89,6 +107,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
     bool event(QEvent *event) override;
@@ -100,8 +119,17 @@ private:
     enum class UserEvent { None, KeyDown, DoubleClickUp };
 
     void textViewDidChangeSelection();
-    /// The brace that belongs to the one at \a index; the text is read piece by piece.
-    std::optional<runebook::TextRange> matchingBrace(int index) const;
+    /// The brace in \a searched that belongs to the one at \a index; the text is read piece by piece.
+    std::optional<runebook::TextRange> matchingBrace(int index, runebook::TextRange searched) const;
+    runebook::TextRange wholeText() const;
+    void markBraces();
+    bool typePair(QChar typed);
+    bool deletePair();
+    void forgetClosers();
+    void apply(const runebook::LineEdit &change);
+    QString indentStep() const;
+    bool insertIndent();
+    bool deleteIndent();
     void selectBracePair();
     void flashOpeningBrace(int closingBrace);
     bool handleEditingKey(QKeyEvent *event);
@@ -128,4 +156,8 @@ private:
     bool m_doubleClicked = false;
     bool m_showsLineNumbers = false;
     qreal m_headIndent = 0;
+    int m_wrapColumn = 0;
+    Indentation m_indentation = Indentation::AsTheText;
+    bool m_closesBrackets = false;
+    QList<QTextCursor> m_closers; // those that came by themselves and were not reached yet, outermost first
 };

@@ -27,7 +27,13 @@ void JSTTextView::keyPressEvent(QKeyEvent *event)
         return;
     }
     m_userEvent = UserEvent::KeyDown;
-    QPlainTextEdit::keyPressEvent(event);
+    const bool isBackspace = event->key() == Qt::Key_Backspace && event->modifiers() == Qt::NoModifier;
+    const bool isDone = isBackspace ? deletePair() || deleteIndent()
+                                    : event->text().size() == 1 && typePair(event->text().front());
+    if (isDone)
+        event->accept();
+    else
+        QPlainTextEdit::keyPressEvent(event);
     m_userEvent = UserEvent::None;
     if (event->key() != Qt::Key_Shift)
         updateCompletions(event->text(), event->key() == Qt::Key_Backspace);
@@ -61,8 +67,10 @@ bool JSTTextView::handleEditingKey(QKeyEvent *event)
         complete();
         return true;
     case Qt::Key_Tab:
-        if (!plain || !selectionSpansLines())
+        if (!plain)
             return false;
+        if (!selectionSpansLines())
+            return insertIndent();
         shiftSelectedLinesRight();
         return true;
     case Qt::Key_Backtab:

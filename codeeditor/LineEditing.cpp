@@ -161,4 +161,105 @@ LineEdit shiftLeft(QStringView text, TextRange selection)
     return editor.result();
 }
 
+LineEdit duplicateLines(QStringView text, TextRange selection)
+{
+    const TextRange chosen = selection.clampedTo(int(text.size()));
+    const TextRange block = lineBlock(text, chosen);
+    QString copy = text.sliced(block.location, block.length).toString();
+    const bool isLast = !copy.endsWith(u'\n');
+    if (isLast)
+        copy.prepend(u'\n');
+    return {{{{block.end(), 0}, copy}}, {chosen.location + int(copy.size()), chosen.length}};
+}
+
+namespace {
+
+/// Exchanges two neighbouring blocks of lines; the break between them stays where the text had one.
+TextEdit exchanged(QStringView text, TextRange first, TextRange second)
+{
+    QString front = text.sliced(second.location, second.length).toString();
+    QString back = text.sliced(first.location, first.length).toString();
+    if (!front.endsWith(u'\n')) {
+        front += u'\n';
+        back.chop(1);
+    }
+    return {{first.location, first.length + second.length}, front + back};
+}
+
+} // namespace
+
+LineEdit moveLinesUp(QStringView text, TextRange selection)
+{
+    const TextRange chosen = selection.clampedTo(int(text.size()));
+    const TextRange block = lineBlock(text, chosen);
+    if (block.location == 0)
+        return {{}, chosen};
+    const TextRange before = lineBlock(text, {block.location - 1, 0});
+    const TextEdit edit = exchanged(text, before, block);
+    const TextRange moved {chosen.location - before.length, chosen.length};
+    return {{edit}, moved.clampedTo(int(text.size()))};
+}
+
+LineEdit moveLinesDown(QStringView text, TextRange selection)
+{
+    const TextRange chosen = selection.clampedTo(int(text.size()));
+    const TextRange block = lineBlock(text, chosen);
+    const bool hasNext = block.length > 0 && text[block.end() - 1] == u'\n' && block.end() < text.size();
+    if (!hasNext)
+        return {{}, chosen};
+    const TextRange behind = lineBlock(text, {block.end(), 0});
+    const TextEdit edit = exchanged(text, block, behind);
+    const int shift = behind.length + (text[behind.end() - 1] == u'\n' ? 0 : 1);
+    return {{edit}, TextRange {chosen.location + shift, chosen.length}.clampedTo(int(text.size()))};
+}
+
+LineEdit joinLines(QStringView text, TextRange selection)
+{
+    const TextRange chosen = selection.clampedTo(int(text.size()));
+    const TextRange block = lineBlock(text, chosen);
+    const bool isOne = text.sliced(block.location, block.length).count(u'\n') < 2;
+    const TextRange lines = isOne ? block.united(lineBlock(text, {block.end(), 0})) : block;
+    LineEdit join {{}, chosen};
+    int shortened = 0;
+    for (int at = lines.location; at < lines.end(); ++at) {
+        if (text[at] != u'\n' || at + 1 >= lines.end())
+            continue;
+        int first = at;
+        int last = at + 1;
+        const auto isBlank = [&](int place) { return text[place] == u' ' || text[place] == u'\t'; };
+        while (first > lines.location && isBlank(first - 1))
+            --first;
+        while (last < lines.end() && isBlank(last))
+            ++last;
+        const bool stands = first > lines.location && text[first - 1] != u'\n' && last < lines.end() && text[last] != u'\n';
+        join.edits.append({{first, last - first}, stands ? u" "_s : QString()});
+        join.selection = {first - shortened, 0};
+        shortened += last - first - (stands ? 1 : 0);
+        at = last - 1;
+    }
+    return join;
+}
+
+QString indentStep(QStringView text)
+{
+    constexpr int linesLookedAt = 1000;
+    int step = 0;
+    qsizetype start = 0;
+    for (int line = 0; line < linesLookedAt && start >= 0 && start < text.size(); ++line) {
+        qsizetype blanks = 0;
+        while (start + blanks < text.size() && text[start + blanks] == u' ')
+            ++blanks;
+        if (blanks == 0 && text[start] == u'\t')
+            return u"\t"_s;
+        // One blank is no step: the lines of a comment are set in like that.
+        const bool isEmpty = start + blanks >= text.size() || text[start + blanks] == u'\n';
+        if (blanks > 1 && !isEmpty)
+            step = step == 0 ? int(blanks) : std::min(step, int(blanks));
+        start = text.indexOf(u'\n', start) + 1;
+        if (start == 0)
+            break;
+    }
+    return step == 0 ? u"\t"_s : QString(std::min(step, 8), u' ');
+}
+
 } // namespace runebook

@@ -40,6 +40,21 @@ LineEdit toggleComment(QStringView text, TextRange selection);
 /// One tab before each selected line. Without a final newline the last of several lines is left alone.
 LineEdit shiftRight(QStringView text, TextRange selection);
 
+/// Puts a copy of the selected lines behind them and selects in the copy what was selected.
+LineEdit duplicateLines(QStringView text, TextRange selection);
+
+/// Exchanges the selected lines with the line in front of them, or behind; without edits where there is none.
+LineEdit moveLinesUp(QStringView text, TextRange selection);
+LineEdit moveLinesDown(QStringView text, TextRange selection);
+
+/// Makes one line of the selected ones, or of the line and the next: a blank stands where each ended, unless
+/// nothing is beside it. Without edits in the last line.
+LineEdit joinLines(QStringView text, TextRange selection);
+
+/// What one step of indentation is in \a text: a tab, or so many blanks as its indented lines suggest. A tab
+/// where nothing is indented.
+QString indentStep(QStringView text);
+
 /// Takes away one tab, or else up to four spaces, before each selected line.
 LineEdit shiftLeft(QStringView text, TextRange selection);
 

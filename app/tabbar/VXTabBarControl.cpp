@@ -63,8 +63,8 @@ VXTabBarControl::VXTabBarControl(QWidget *parent)
     setFocusPolicy(Qt::TabFocus);
     setMouseTracking(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    runebook::installTabBarAccessibility(); // in front of the name, which asks for an interface and keeps it
     setAccessibleName(tr("Tabs"));
-    runebook::installTabBarAccessibility();
     makeButtons();
     makeShortcuts();
     m_slide.setStartValue(0.0);

@@ -12,6 +12,7 @@
 
 class PSMOverflowPopUpButton;
 class QMenu;
+class QLineEdit;
 class QMimeData;
 class QToolButton;
 
@@ -115,6 +116,9 @@ public: // layout; these hide the repainting operation of the same name on purpo
     PSMTabBarCell *cellAtPoint(const QPointF &point) const;
     PSMOverflowPopUpButton *overflowPopUpButton() const { return m_overflowButton; }
     QToolButton *addTabButton() const { return m_addTabButton; }
+    /// Lets the user type a new title in the tab of \a item: Return and leaving it end in titleEdited, Escape in
+    /// nothing. A tab in the overflow menu is selected first.
+    Q_INVOKABLE void editTitleOfTabItem(QObject *item);
     /// Fills \a menu just before it shows; it has to be the overflow button's.
     void menuNeedsUpdate(QMenu *menu);
     QSize sizeHint() const override;
@@ -204,6 +208,8 @@ Q_SIGNALS:
     /// The user moved \a item, by dragging or by key; told once, when the move is over.
     void tabItemMoved(QObject *item);
     void addTabRequested();
+    /// The user typed \a title, which is not empty, for \a item.
+    void titleEdited(QObject *item, const QString &title);
     /// What the window would restore has changed.
     void restorableStateChanged();
 
@@ -217,6 +223,7 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
 
@@ -260,6 +267,8 @@ private:
     bool mayAnimate() const;
     bool showToolTip(const QPoint &point);
     void addOverflowEntry(QMenu *menu, PSMTabBarCell *cell);
+    void addOverflowSearch(QMenu *menu);
+    void placeTitleField();
 
     QList<PSMTabBarCell *> m_cells;
     QList<QObject *> m_tabItems;
@@ -302,6 +311,9 @@ private:
     QList<int> m_shown; // indexes of the cells that have a place, in the order of the places
     QVariantAnimation m_slide;
     QVariantAnimation m_fold;
+    QPointer<QLineEdit> m_titleField; // while a title is being typed
+    QPointer<QObject> m_titledItem;
+    int m_wheelDelta = 0; // of what is no whole notch yet
     int m_disabledUpdates = 0; // so many calls want it
     bool m_isTabBarHidden = false;
     bool m_hideRequested = false;

@@ -8,15 +8,21 @@
 #include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QShortcut>
 #include <QToolTip>
+#include <QWheelEvent>
+#include <QWidgetAction>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr qsizetype longestPlainMenu = 15;
 
 /// A tab between two bars.
 class TabMimeData : public QMimeData
@@ -254,10 +260,47 @@ void VXTabBarControl::menuNeedsUpdate(QMenu *menu)
         return;
     }
     menu->clear();
+    addOverflowSearch(menu);
     for (PSMTabBarCell *cell : std::as_const(m_cells)) {
         if (cell->isInOverflowMenu())
             addOverflowEntry(menu, cell);
     }
+}
+
+/// A field at the top of a long menu: what is typed in it is what titles have to contain.
+void VXTabBarControl::addOverflowSearch(QMenu *menu)
+{
+    const auto hidden = std::ranges::count_if(m_cells, &PSMTabBarCell::isInOverflowMenu);
+    if (hidden <= longestPlainMenu)
+        return;
+    auto *field = new QLineEdit;
+    field->setPlaceholderText(tr("Search"));
+    field->setAccessibleName(tr("Search tabs"));
+    field->setClearButtonEnabled(true);
+    auto *entry = new QWidgetAction(menu);
+    entry->setDefaultWidget(field);
+    menu->addAction(entry);
+    menu->setActiveAction(entry);
+    connect(menu, &QMenu::aboutToShow, field, [field] { field->setFocus(); }, Qt::QueuedConnection);
+    field->setFocus();
+    const auto entries = [menu, entry] {
+        QList<QAction *> others = menu->actions();
+        others.removeOne(entry);
+        return others;
+    };
+    connect(field, &QLineEdit::textChanged, menu, [entries](const QString &text) {
+        for (QAction *other : entries())
+            other->setVisible(QString(other->text()).replace(u"&&"_s, u"&"_s).contains(text, Qt::CaseInsensitive));
+    });
+    connect(field, &QLineEdit::returnPressed, menu, [entries, menu] {
+        for (QAction *other : entries()) {
+            if (!other->isVisible() || !other->isEnabled())
+                continue;
+            menu->close();
+            other->trigger();
+            return;
+        }
+    });
 }
 
 void VXTabBarControl::addOverflowEntry(QMenu *menu, PSMTabBarCell *cell)
@@ -268,6 +311,59 @@ void VXTabBarControl::addOverflowEntry(QMenu *menu, PSMTabBarCell *cell)
     const QPointer<QObject> item = cell->representedObject();
     connect(entry, &QAction::triggered, this, [this, item] { selectTabItem(item); });
     entry->setEnabled(m_delegate.validates(entry, item));
+}
+
+// --- a title that is being typed
+
+void VXTabBarControl::editTitleOfTabItem(QObject *item)
+{
+    PSMTabBarCell *cell = cellForTabItem(item);
+    if (!cell)
+        return;
+    selectTabItem(item);
+    delete m_titleField;
+    auto *field = new QLineEdit(cell->title(), this);
+    m_titleField = field;
+    m_titledItem = item;
+    field->setAccessibleName(tr("Title of the tab"));
+    field->setAlignment(Qt::AlignCenter);
+    field->selectAll();
+    const auto end = [this, field](bool takes) {
+        if (m_titleField != field)
+            return; // ended already: hiding takes the focus away
+        m_titleField = nullptr;
+        const QString title = field->text().trimmed();
+        field->hide();
+        field->deleteLater();
+        if (takes && m_titledItem && !title.isEmpty())
+            Q_EMIT titleEdited(m_titledItem, title);
+    };
+    connect(field, &QLineEdit::editingFinished, this, [end] { end(true); });
+    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), field, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(escape, &QShortcut::activated, this, [end] { end(false); });
+    placeTitleField();
+    field->show();
+    field->setFocus(Qt::OtherFocusReason);
+}
+
+void VXTabBarControl::placeTitleField()
+{
+    const PSMTabBarCell *cell = m_titleField ? cellForTabItem(m_titledItem) : nullptr;
+    if (cell && !cell->isInOverflowMenu())
+        m_titleField->setGeometry(cell->targetFrame().toRect().adjusted(2, 2, -2, -2));
+}
+
+void VXTabBarControl::wheelEvent(QWheelEvent *event)
+{
+    constexpr int notch = 120;
+    const QPoint delta = event->angleDelta();
+    m_wheelDelta += std::abs(delta.x()) > std::abs(delta.y()) ? delta.x() : delta.y();
+    for (; std::abs(m_wheelDelta) >= notch; m_wheelDelta -= m_wheelDelta > 0 ? notch : -notch) {
+        const int to = int(m_selectionIndex) + (m_wheelDelta > 0 ? -1 : 1);
+        if (m_selectionIndex != NotFound && to >= 0 && to < int(countOfTabItems()))
+            selectTabItemAtIndex(uint(to)); // not around the ends: nobody sees a wheel's jump coming
+    }
+    event->accept();
 }
 
 // --- tabs of other bars

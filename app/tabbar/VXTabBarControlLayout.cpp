@@ -154,6 +154,7 @@ void VXTabBarControl::layoutCells(bool animate)
         computeSlots();
     placeCells(animate);
     placeButtons();
+    placeTitleField();
 }
 
 bool VXTabBarControl::pointerIsOverTabs() const

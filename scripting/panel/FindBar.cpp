@@ -9,17 +9,40 @@
 #include <QLineEdit>
 #include <QTextBlock>
 #include <QToolButton>
+#include <QVBoxLayout>
 #include <limits>
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr qsizetype longestCounted = 5'000'000; // characters, at every key
+constexpr qsizetype mostCounted = 10'000;
+
+} // namespace
+
 FindBar::FindBar(QWidget *parent)
-    : QWidget(parent), m_text(new QLineEdit), m_caseButton(new QToolButton), m_note(plainLabel({}))
+    : QWidget(parent),
+      m_text(new QLineEdit),
+      m_replacement(new QLineEdit),
+      m_caseButton(new QToolButton),
+      m_note(plainLabel({}))
 {
-    auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(8, 4, 8, 4);
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(8, 4, 8, 4);
+    rows->setSpacing(4);
+    rows->addWidget(makeFindRow());
+    rows->addWidget(m_replaceRow = makeReplaceRow());
+    hide();
+}
+
+QWidget *FindBar::makeFindRow()
+{
+    auto *row = new QWidget;
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(4);
     m_text->setPlaceholderText(tr("Find"));
     m_text->setAccessibleName(tr("Find"));
@@ -40,7 +63,31 @@ FindBar::FindBar(QWidget *parent)
     layout->addWidget(addButton(tr("Previous"), Previous));
     layout->addWidget(addButton(tr("Next"), Next));
     layout->addWidget(addButton(tr("Done"), Hide));
-    hide();
+    return row;
+}
+
+QWidget *FindBar::makeReplaceRow()
+{
+    auto *row = new QWidget;
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(4);
+    m_replacement->setPlaceholderText(tr("Replace With"));
+    m_replacement->setAccessibleName(tr("Replace with"));
+    m_replacement->setMaxLength(std::numeric_limits<int>::max());
+    m_replacement->installEventFilter(this);
+    layout->addWidget(m_replacement, 1);
+    const auto add = [&](const QString &text, auto command) {
+        auto *button = new QToolButton;
+        button->setText(text);
+        button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::TabFocus);
+        connect(button, &QToolButton::clicked, this, command);
+        layout->addWidget(button);
+    };
+    add(tr("Replace"), &FindBar::replace);
+    add(tr("Replace All"), &FindBar::replaceAll);
+    return row;
 }
 
 QToolButton *FindBar::addButton(const QString &text, Command command)
@@ -70,6 +117,7 @@ void FindBar::performTextFinderAction(int tag, QPlainTextEdit *view)
     m_view = view;
     switch (tag) {
     case Show:
+        m_replaceRow->setVisible(view && !view->isReadOnly());
         show();
         m_text->selectAll();
         m_text->setFocus(Qt::ShortcutFocusReason);
@@ -91,11 +139,11 @@ void FindBar::performTextFinderAction(int tag, QPlainTextEdit *view)
     }
 }
 
-void FindBar::find(bool backward, Start start)
+bool FindBar::find(bool backward, Start start)
 {
     m_note->clear();
     if (!m_view || m_text->text().isEmpty())
-        return;
+        return false;
     QTextDocument::FindFlags flags;
     flags.setFlag(QTextDocument::FindBackward, backward);
     flags.setFlag(QTextDocument::FindCaseSensitively, m_caseButton->isChecked());
@@ -104,18 +152,90 @@ void FindBar::find(bool backward, Start start)
     if (start == Start::AtSelection)
         from.setPosition(from.selectionStart());
     QTextCursor found = document.find(m_text->text(), from, flags);
-    if (found.isNull()) {
+    const bool hasWrapped = found.isNull();
+    if (hasWrapped) {
         from.movePosition(backward ? QTextCursor::End : QTextCursor::Start);
         found = document.find(m_text->text(), from, flags);
-        m_note->setText(found.isNull() ? tr("Not found") : tr("Wrapped"));
     }
-    if (found.isNull())
-        return;
+    if (found.isNull()) {
+        m_note->setText(tr("Not found"));
+        return false;
+    }
     m_view->setTextCursor(found);
     m_view->ensureCursorVisible();
+    tellCount(hasWrapped);
     // While the text is being typed the plates would pile up.
     if (auto *editor = qobject_cast<JSTTextView *>(m_view); editor && start == Start::BehindSelection)
         editor->showFindIndicatorForRange(editor->selectedRange());
+    return true;
+}
+
+/// Says which of how many the selection is.
+void FindBar::tellCount(bool hasWrapped)
+{
+    const QString text = m_view->document()->toRawText();
+    QString note = hasWrapped ? tr("Wrapped") : QString();
+    if (text.size() <= longestCounted) {
+        const auto sensitivity = m_caseButton->isChecked() ? Qt::CaseSensitive : Qt::CaseInsensitive;
+        const QString wanted = m_text->text();
+        const qsizetype selected = m_view->textCursor().selectionStart();
+        qsizetype count = 0;
+        qsizetype place = 0;
+        for (qsizetype at = text.indexOf(wanted, 0, sensitivity); at >= 0 && count <= mostCounted;
+             at = text.indexOf(wanted, at + wanted.size(), sensitivity)) {
+            ++count;
+            if (at <= selected)
+                place = count;
+        }
+        const QString counted = count > mostCounted ? tr("more than %L1").arg(mostCounted)
+                                                    : tr("%L1 of %L2").arg(place).arg(count);
+        note += (note.isEmpty() ? QString() : u", "_s) + counted;
+    }
+    m_note->setText(note);
+}
+
+// Replacing
+
+/// Case as the bar has it.
+bool FindBar::isFound(const QTextCursor &cursor) const
+{
+    const auto sensitivity = m_caseButton->isChecked() ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    return cursor.hasSelection() && cursor.selectedText().compare(m_text->text(), sensitivity) == 0;
+}
+
+bool FindBar::replace()
+{
+    if (!m_view || m_view->isReadOnly())
+        return false;
+    const bool isThere = isFound(m_view->textCursor());
+    if (isThere) {
+        if (auto *editor = qobject_cast<JSTTextView *>(m_view))
+            editor->insertText(m_replacement->text());
+        else
+            m_view->insertPlainText(m_replacement->text());
+    }
+    find(false, Start::BehindSelection);
+    return isThere;
+}
+
+int FindBar::replaceAll()
+{
+    if (!m_view || m_view->isReadOnly() || m_text->text().isEmpty())
+        return 0;
+    QTextDocument::FindFlags flags;
+    flags.setFlag(QTextDocument::FindCaseSensitively, m_caseButton->isChecked());
+    QTextDocument &document = *m_view->document();
+    QTextCursor group(&document);
+    group.beginEditBlock();
+    int count = 0;
+    for (QTextCursor found = document.find(m_text->text(), 0, flags); !found.isNull();
+         found = document.find(m_text->text(), found, flags)) {
+        found.insertText(m_replacement->text());
+        ++count;
+    }
+    group.endEditBlock();
+    m_note->setText(count == 0 ? tr("Not found") : tr("%Ln replaced", nullptr, count));
+    return count;
 }
 
 void FindBar::hideBar()
@@ -139,6 +259,8 @@ bool FindBar::eventFilter(QObject *watched, QEvent *event)
         const auto *press = static_cast<QKeyEvent *>(event);
         if (press->key() == Qt::Key_Escape)
             hideBar();
+        else if (watched == m_replacement)
+            replace();
         else
             find(press->modifiers().testFlag(Qt::ShiftModifier), Start::BehindSelection);
         return true;

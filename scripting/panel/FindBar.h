@@ -10,7 +10,8 @@ class QToolButton;
 
 namespace runebook {
 
-/// A bar to look for a text in one of several text views. Hidden until it is asked for.
+/// A bar to look for a text in one of several text views, and to replace it where the view can be edited.
+/// Hidden until it is asked for.
 class FindBar : public QWidget
 {
     Q_OBJECT
@@ -25,6 +26,10 @@ public:
     Q_INVOKABLE void performTextFinderAction(int tag, QPlainTextEdit *view);
     Q_INVOKABLE QString searchString() const;
     Q_INVOKABLE void setSearchString(const QString &text);
+    /// Replaces the selection when it is what is looked for, and goes on to the next; false without a change.
+    Q_INVOKABLE bool replace();
+    /// Replaces in the whole text, as one undoable step; answers how often.
+    Q_INVOKABLE int replaceAll();
     /// The view that was searched last; none when it is gone.
     QPlainTextEdit *searchedView() const { return m_view; }
 
@@ -35,10 +40,16 @@ private:
     enum class Start { BehindSelection, AtSelection };
 
     QToolButton *addButton(const QString &text, Command command);
-    void find(bool backward, Start start);
+    QWidget *makeFindRow();
+    QWidget *makeReplaceRow();
+    bool find(bool backward, Start start);
+    bool isFound(const QTextCursor &cursor) const;
+    void tellCount(bool hasWrapped);
     void hideBar();
 
     QLineEdit *m_text;
+    QLineEdit *m_replacement;
+    QWidget *m_replaceRow = nullptr;
     QToolButton *m_caseButton;
     QLabel *m_note;
     QPointer<QPlainTextEdit> m_view;

@@ -23,6 +23,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto kFontSize = "MacroCodeFontSize"_L1;
+constexpr auto kClosesBrackets = "MacroClosesBrackets"_L1;
+constexpr auto kIndentation = "MacroIndentation"_L1; // by number: as the text, a tab, blanks
+constexpr auto kWrapColumn = "MacroWrapColumn"_L1;
 constexpr auto kRestoredText = "macroText"_L1;
 
 // The sizes that zooming reaches, and those that a font can be made of whatever a damaged default says.
@@ -45,6 +48,8 @@ VXMacroViewController::VXMacroViewController(QObject *parent) : QObject(parent),
     initialize();
     m_view->installEventFilter(this);
     connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
+        if (m_macroText && (key == kClosesBrackets || key == kIndentation || key == kWrapColumn))
+            applyEditingSettings();
         if (key == kFontSize)
             setMacroFontSize(UserDefaults::standard().integerForKey(kFontSize));
     });
@@ -58,7 +63,8 @@ VXMacroViewController::~VXMacroViewController()
 void VXMacroViewController::initialize()
 {
     static const bool once = [] {
-        UserDefaults::standard().registerDefaults({{kFontSize, 13}});
+        UserDefaults::standard().registerDefaults(
+            {{kFontSize, 13}, {kClosesBrackets, true}, {kIndentation, 0}, {kWrapColumn, 80}});
         return true;
     }();
     Q_UNUSED(once)
@@ -128,6 +134,7 @@ void VXMacroViewController::makeEditor()
     m_view->setFocusProxy(ui.macroText);
     m_macroText = ui.macroText;
     m_macroText->setupLineNumberview();
+    applyEditingSettings();
     m_document = new JSTDocument(this);
     needFonts();
     giveFontToEditor();
@@ -140,6 +147,14 @@ void VXMacroViewController::makeEditor()
     m_macroText->installEventFilter(this);
     m_macroText->viewport()->installEventFilter(this);
     m_macroText->show(); // at once: made while its surroundings appear, it would come too late for the focus
+}
+
+void VXMacroViewController::applyEditingSettings()
+{
+    const UserDefaults &defaults = UserDefaults::standard();
+    m_macroText->setClosesBrackets(defaults.boolForKey(kClosesBrackets));
+    m_macroText->setWrapColumn(defaults.integerForKey(kWrapColumn));
+    m_macroText->setIndentation(JSTTextView::Indentation(qBound(0, defaults.integerForKey(kIndentation), 2)));
 }
 
 QVariantHash VXMacroViewController::keywordAttributes() const

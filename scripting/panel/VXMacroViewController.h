@@ -115,6 +115,7 @@ protected:
 
 private:
     void makeEditor();
+    void applyEditingSettings();
     bool zoomByWheel(const QWheelEvent &wheel);
     void needFonts();
     void giveFontToEditor();

@@ -108,6 +108,7 @@ void VXMacroWindowController::setUpTabBar()
     bar->setCanCloseOnlyTab(false);
     bar->setSizeCellsToFit(false);
     bar->setUseFullWidth(true);
+    bar->setAlwaysShowActiveTab(true);
     bar->setStyleNamed(u"Yosemite"_s);
     bar->setHideForSingleTab(true);
     bar->setDelegate(this);
@@ -118,6 +119,7 @@ void VXMacroWindowController::setUpTabBar()
     connect(snippetsPopup(), &SnippetsPopup::chosen, this, &VXMacroWindowController::snippedClicked);
     connect(bar, &VXTabBarControl::addTabRequested, this, &VXMacroWindowController::newTab);
     connect(bar, &VXTabBarControl::tabItemMoved, this, &VXMacroWindowController::saveMacroTabs);
+    connect(bar, &VXTabBarControl::titleEdited, this, &VXMacroWindowController::takeTitle);
 }
 
 void VXMacroWindowController::connectCommands()
@@ -129,6 +131,7 @@ void VXMacroWindowController::connectCommands()
         {parts.reopenTabAction, &Panel::reopenTab},
         {parts.renameTabAction, &Panel::renameTab},
         {parts.closeTabAction, &Panel::closeTab},
+        {parts.goToLineAction, &Panel::goToLine},
         {parts.zoomInAction, &Panel::zoomIn},
         {parts.zoomOutAction, &Panel::zoomOut},
         {parts.zoomFitAction, &Panel::zoomFitInWindow},
@@ -144,6 +147,10 @@ void VXMacroWindowController::connectCommands()
         {parts.commentAction, &JSTTextView::commentSelection},
         {parts.shiftRightAction, &JSTTextView::shiftSelectedLinesRight},
         {parts.shiftLeftAction, &JSTTextView::shiftSelectedLinesLeft},
+        {parts.duplicateAction, &JSTTextView::duplicateSelectedLines},
+        {parts.moveUpAction, &JSTTextView::moveSelectedLinesUp},
+        {parts.moveDownAction, &JSTTextView::moveSelectedLinesDown},
+        {parts.joinAction, &JSTTextView::joinSelectedLines},
     };
     for (const auto &[action, command] : editorCommands) {
         connect(action, &QAction::triggered, this, [this, edit = command] {

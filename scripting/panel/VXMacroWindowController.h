@@ -79,11 +79,13 @@ public: // tabs
     Q_INVOKABLE void closeTab();
     /// Brings back the tab that was closed last, as long as the program runs.
     Q_INVOKABLE void reopenTab();
-    /// Asks for a new title of the selected tab.
+    /// Lets the user type a new title in the selected tab.
     Q_INVOKABLE void renameTab();
     /// Shows the script file at \a path in a tab, with the caret in \a line (from 1; 0 for none). False, with a word
     /// in the panel, when it cannot be read.
     Q_INVOKABLE bool openScript(const QString &path, int line = 0);
+    /// Asks for a line and puts the caret into it.
+    Q_INVOKABLE void goToLine();
     /// Writes the tabs and which one is selected to the defaults "VXMacroViews" and "VXSelectedMacroView".
     Q_INVOKABLE void saveMacroTabs();
     /// Makes the tabs anew from the defaults.
@@ -91,6 +93,7 @@ public: // tabs
     Q_INVOKABLE void tabBarDidSelectTabItem(VXTabBarControl *bar, QObject *item);
     Q_INVOKABLE void tabBarWillCloseTabItem(VXTabBarControl *bar, QObject *item);
     Q_INVOKABLE void tabBarDidCloseTabItem(VXTabBarControl *bar, QObject *item);
+    Q_INVOKABLE QString tabBarToolTipForTabItem(VXTabBarControl *bar, QObject *item) const;
     Q_INVOKABLE QMenu *tabViewMenuForTabItem(VXTabBarControl *bar, QObject *item);
 
 public: // running
@@ -173,6 +176,7 @@ private:
     void saveBeforeRun();
     void giveFocus();
     void rename(VXMacroViewController *tab);
+    void takeTitle(QObject *item, const QString &title);
     void run(void (VXMacroViewController::*command)());
 
     std::unique_ptr<VXMacroWindow> m_window;

@@ -8,6 +8,7 @@
 #include "scripting/panel/VXMacroWindow.h"
 #include "ui_VXMacroWindow_11.h"
 
+#include <QApplication>
 #include <QInputDialog>
 #include <QMenu>
 
@@ -106,19 +107,48 @@ void VXMacroWindowController::renameTab()
 
 void VXMacroWindowController::rename(VXMacroViewController *tab)
 {
+    tabBarControl()->hideTabBarAnimate(false, false);
+    tabBarControl()->editTitleOfTabItem(tab);
+}
+
+void VXMacroWindowController::takeTitle(QObject *item, const QString &title)
+{
+    if (auto *tab = qobject_cast<VXMacroViewController *>(item)) {
+        tab->setTitle(title);
+        saveMacroTabs();
+    }
+    if (QApplication::focusWidget() == tabBarControl() || !QApplication::focusWidget())
+        activeMacroController()->macroText()->setFocus(Qt::OtherFocusReason);
+}
+
+/// The title and where the code begins.
+QString VXMacroWindowController::tabBarToolTipForTabItem(VXTabBarControl *, QObject *item) const
+{
+    constexpr qsizetype longest = 100;
+    const auto *tab = qobject_cast<const VXMacroViewController *>(item);
+    if (!tab)
+        return {};
+    const QString line = tab->code().trimmed().section(u'\n', 0, 0).left(longest);
+    return line.isEmpty() ? tab->title() : tab->title() + u'\n' + line;
+}
+
+void VXMacroWindowController::goToLine()
+{
+    VXMacroViewController *tab = activeMacroController();
     if (!tab)
         return;
+    JSTTextView *editor = tab->macroText();
     auto *dialog = new QInputDialog(window());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
-    dialog->setWindowTitle(tr("Rename Tab"));
-    dialog->setLabelText(tr("Title of the tab:"));
-    dialog->setTextValue(tab->title());
-    connect(dialog, &QInputDialog::textValueSelected, tab, [this, tab](const QString &title) {
-        if (title.trimmed().isEmpty())
-            return;
-        tab->setTitle(title.trimmed());
-        saveMacroTabs();
+    dialog->setWindowTitle(tr("Go to Line"));
+    dialog->setLabelText(tr("Line:"));
+    dialog->setInputMode(QInputDialog::IntInput);
+    dialog->setIntRange(1, std::max(1, editor->blockCount()));
+    dialog->setIntValue(editor->textCursor().blockNumber() + 1);
+    connect(dialog, &QInputDialog::intValueSelected, tab, [tab](int line) {
+        tab->macroText()->setSelectedRange({tab->rangeForLine(line).location, 0});
+        tab->macroText()->centerCursor();
     });
     dialog->open();
 }

@@ -64,7 +64,7 @@ void PreferencesTest::init()
     m_window.reset();
     for (const char *key :
          {"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize",
-          "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
+          "MacroWrapColumn", "MacroClosesBrackets", "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
           "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"})
         UserDefaults::standard().removeObjectForKey(QString::fromLatin1(key));
     m_window = std::make_unique<VXPreferencesController>();
@@ -140,6 +140,9 @@ void PreferencesTest::keepsSettings_data()
     QTest::newRow("no autosave") << QByteArray("autosaveDelay") << u"VXAutosaveDelay"_s << u"0"_s
                                  << QVariant(0);
     QTest::newRow("font size") << QByteArray("fontSize") << u"MacroCodeFontSize"_s << u"20"_s << QVariant(20);
+    QTest::newRow("column") << QByteArray("wrapColumn") << u"MacroWrapColumn"_s << u"100"_s << QVariant(100);
+    QTest::newRow("brackets") << QByteArray("closesBrackets") << u"MacroClosesBrackets"_s << QString()
+                              << QVariant(false);
     QTest::newRow("console") << QByteArray("consoleLines") << u"VXConsoleLineLimit"_s << u"5000"_s
                              << QVariant(5000);
     QTest::newRow("feed") << QByteArray("feed") << u"SUFeedURL"_s << u"https://a/"_s

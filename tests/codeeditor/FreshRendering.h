@@ -23,17 +23,25 @@ public:
         const auto *original = qobject_cast<JSTDocument *>(shown.delegate());
         m_view.setAttribute(Qt::WA_DontShowOnScreen);
         m_view.setCursorWidth(0);
+        // Without the keyboard a selection may look fainter.
+        QPalette colors = shown.palette();
+        for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::HighlightedText})
+            colors.setBrush(QPalette::Inactive, role, colors.brush(QPalette::Active, role));
+        m_view.setPalette(colors);
         m_view.setFrameStyle(shown.frameStyle());
         m_view.setVerticalScrollBarPolicy(shown.verticalScrollBar()->isVisible() ? Qt::ScrollBarAlwaysOn
                                                                                  : Qt::ScrollBarAlwaysOff);
         m_document.setFontSize(original->fontSize());
         m_document.setSourceText(&m_view);
         m_view.setHeadIndent(shown.headIndent());
+        m_view.setWrapColumn(shown.wrapColumn());
         if (shown.lineNumberView())
             m_view.setupLineNumberview();
         m_view.resize(shown.size());
         m_view.setString(shown.string());
         m_view.show();
+        if (shown.lineNumberView()) // follows its needs with a tolerance of a pixel
+            m_view.lineNumberView()->setRuleThickness(shown.lineNumberView()->ruleThickness());
         m_view.setSelectedRange(shown.selectedRange());
         scrollAsShown();
     }

@@ -90,6 +90,9 @@ private Q_SLOTS:
     void offersWhatIsNear();
     void tellsTheWayToAnObject_data();
     void tellsTheWayToAnObject();
+    void pairsCloseThemselves_data();
+    void pairsCloseThemselves();
+    void coloursBracesAtTheCaret();
     void inputMethodsType();
     void wrappedLinesHang();
     void survivesBadInput_data();
@@ -499,6 +502,58 @@ void TestCodeView::tellsTheWayToAnObject()
     setWithCaret(editor.view, text);
     const TextRange range = editor.view.rangeForUserCompletion();
     QTEST(completionContext(editor.view.string(), range.location, range.end()).path, "path");
+}
+
+void TestCodeView::pairsCloseThemselves_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("typed"); // "<" is Backspace
+    QTest::addColumn<QString>("after");
+    QTest::newRow("brackets") << u"x = |"_s << u"[("_s << u"x = [(|)]"_s;
+    QTest::newRow("typed over") << u"|"_s << u"f(a[0])"_s << u"f(a[0])|"_s;
+    QTest::newRow("quotes") << u"|"_s << u"rb'x' + \"y\""_s << u"rb'x' + \"y\"|"_s;
+    QTest::newRow("three quotes") << u"|"_s << u"\"\"\"a"_s << u"\"\"\"a|"_s;
+    QTest::newRow("an apostrophe") << u"# it|"_s << u"'"_s << u"# it'|"_s;
+    QTest::newRow("in a string") << u"'a|b'"_s << u"("_s << u"'a(|b'"_s;
+    QTest::newRow("in front of a name") << u"|name"_s << u"("_s << u"(|name"_s;
+    QTest::newRow("a closer of the text stays") << u"f(|)"_s << u")"_s << u"f()|)"_s;
+    QTest::newRow("empty pairs go together") << u"|"_s << u"([<"_s << u"(|)"_s;
+    QTest::newRow("Backspace takes a step") << u"if a:\n    b\n        |"_s << u"<"_s << u"if a:\n    b\n    |"_s;
+    QTest::newRow("to the last step") << u"if a:\n    b\n      |"_s << u"<"_s << u"if a:\n    b\n    |"_s;
+    QTest::newRow("blanks in a text of blanks") << u"if a:\n  b\n |"_s << u"\t"_s << u"if a:\n  b\n  |"_s;
+    QTest::newRow("a tab in a text of tabs") << u"if a:\n\tb\n|"_s << u"\t"_s << u"if a:\n\tb\n\t|"_s;
+}
+
+void TestCodeView::pairsCloseThemselves()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, typed);
+    EditorFixture editor;
+    editor.view.setClosesBrackets(true);
+    editor.document.setAutocompleteKeywords({});
+    setWithCaret(editor.view, before);
+    for (const QChar c : typed) {
+        if (c == u'<')
+            QTest::keyClick(&editor.view, Qt::Key_Backspace);
+        else if (c == u'\t')
+            QTest::keyClick(&editor.view, Qt::Key_Tab);
+        else
+            QTest::keyClick(&editor.view, c.toLatin1());
+    }
+    QTEST(withCaret(editor.view), "after");
+}
+
+void TestCodeView::coloursBracesAtTheCaret()
+{
+    initBraces();
+    EditorFixture editor;
+    setWithCaret(editor.view, u"f(a[1])| ("_s);
+    QList<int> marked;
+    for (const QTextEdit::ExtraSelection &mark : editor.view.extraSelections())
+        marked << mark.cursor.selectionStart();
+    QCOMPARE(marked, (QList<int> {6, 1}));
+    editor.select(0);
+    QVERIFY(editor.view.extraSelections().isEmpty());
 }
 
 void TestCodeView::inputMethodsType()

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void indentsAfter();
     void editsLines_data();
     void editsLines();
+    void findsTheIndentation();
     void rangesOutsideTheTextAreClamped();
 };
 
@@ -73,11 +74,11 @@ void TestLineEditing::indentsAfter()
 
 void TestLineEditing::editsLines_data()
 {
-    QTest::addColumn<int>("action"); // 0 comment, 1 right, 2 left
+    QTest::addColumn<int>("action"); // as the names below
     QTest::addColumn<QString>("before");
     QTest::addColumn<QString>("after");
     const auto row = [](int action, const QString &before, const QString &after) {
-        const char *names[] = {"comment ", "right ", "left "};
+        const char *names[] = {"comment ", "right ", "left ", "duplicate ", "up ", "down ", "join "};
         QString name = QString::fromLatin1(names[action]) + before;
         name.replace(u'\n', u"\\n"_s).replace(u'\t', u"\\t"_s);
         QTest::newRow(qPrintable(name)) << action << before << after;
@@ -113,14 +114,41 @@ void TestLineEditing::editsLines_data()
     row(2, u"<\ta\n  b\nc>"_s, u"<a\nb\nc>"_s);
     row(2, u"<a\n\n\tb\n>\tc"_s, u"<a\n\nb\n>\tc"_s);
     row(2, u"|"_s, u"|"_s);
+    row(3, u"a|b\nc"_s, u"ab\na|b\nc"_s);
+    row(3, u"x\na|b"_s, u"x\nab\na|b"_s);
+    row(3, u"<a\nb>\nc"_s, u"a\nb\n<a\nb>\nc"_s);
+    row(3, u"|"_s, u"\n|"_s);
+    row(4, u"a\nb|b\nc"_s, u"b|b\na\nc"_s);
+    row(4, u"a\nb|b"_s, u"b|b\na"_s);
+    row(4, u"a\n<b\nc>"_s, u"<b\nc>\na"_s);
+    row(4, u"|a\nb"_s, u"|a\nb"_s);
+    row(4, u"a\n|"_s, u"|\na"_s);
+    row(5, u"a|a\nb\nc"_s, u"b\na|a\nc"_s);
+    row(5, u"a|a\nb"_s, u"b\na|a"_s);
+    row(5, u"<a\nb\n>c\nd"_s, u"c\n<a\nb\n>d"_s);
+    row(5, u"a\nb|"_s, u"a\nb|"_s);
+    row(6, u"a|a  \n\t b\nc"_s, u"aa| b\nc"_s);
+    row(6, u"<a\nb\nc>\nd"_s, u"a b| c\nd"_s);
+    row(6, u"a|a\n\nb"_s, u"aa|\nb"_s);
+    row(6, u"a|"_s, u"a|"_s);
 }
 
 void TestLineEditing::editsLines()
 {
     QFETCH(int, action);
     QFETCH(QString, before);
-    const Rule rules[] = {&toggleComment, &shiftRight, &shiftLeft};
+    const Rule rules[] = {&toggleComment, &shiftRight,  &shiftLeft, &duplicateLines,
+                          &moveLinesUp,   &moveLinesDown, &joinLines};
     QTEST(apply(rules[action], before), "after");
+}
+
+void TestLineEditing::findsTheIndentation()
+{
+    QCOMPARE(indentStep(u"a\nb"), u"\t"_s);
+    QCOMPARE(indentStep(u"a\n\tb\n    c"), u"\t"_s);
+    QCOMPARE(indentStep(u"a\n        b\n    c\n  \n"), u"    "_s);
+    QCOMPARE(indentStep(u"a\n  b"), u"  "_s);
+    QCOMPARE(indentStep(u" * a comment\n    b"), u"    "_s);
 }
 
 void TestLineEditing::rangesOutsideTheTextAreClamped()

@@ -113,6 +113,8 @@ private Q_SLOTS:
     void refusesToSave();
     void findsText();
     void editsLines();
+    void replacesText();
+    void goesToLines();
     void findsLines_data();
     void findsLines();
     void takesPiecesOfCode_data();
@@ -373,10 +375,8 @@ void MacroPanelTest::keepsTabsOverARestart()
         panel.press(Qt::Key_T);
         panel.type(u"x = \"b\"\nprint(x)"_s);
         panel.press(Qt::Key_F2, Qt::NoModifier);
-        auto *dialog = panel.controller.window()->findChild<QInputDialog *>();
-        QVERIFY(dialog);
-        dialog->setTextValue(u"Second & last"_s);
-        QTest::keyClick(dialog->findChild<QLineEdit *>(), Qt::Key_Return);
+        QTest::keyClicks(QApplication::focusWidget(), u"Second & last"_s);
+        panel.press(Qt::Key_Return, Qt::NoModifier);
         panel.controller.window()->close();
     }
     Panel panel;
@@ -562,6 +562,40 @@ void MacroPanelTest::editsLines()
     QCOMPARE(panel.editor().string(), u"\t# a\n\tb\n# c"_s);
     panel.press(Qt::Key_BracketLeft);
     QCOMPARE(panel.editor().string(), u"# a\nb\n# c"_s);
+}
+
+void MacroPanelTest::replacesText()
+{
+    Panel panel;
+    FindBar &bar = *panel.controller.window()->parts().findBar;
+    panel.controller.activeMacroController()->setCode(u"alpha beta\nAlpha gamma\nalpha"_s);
+    panel.press(Qt::Key_F);
+    QTest::keyClicks(QApplication::focusWidget(), u"alpha"_s);
+    QCOMPARE(bar.findChild<QLabel *>()->text(), u"1 of 3"_s);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QCOMPARE(bar.findChild<QLabel *>()->text(), u"2 of 3"_s);
+    const QList<QLineEdit *> fields = bar.findChildren<QLineEdit *>();
+    fields.last()->setFocus();
+    QTest::keyClicks(fields.last(), u"o"_s);
+    QTest::keyClick(fields.last(), Qt::Key_Return);
+    QCOMPARE(panel.editor().string(), u"alpha beta\no gamma\nalpha"_s);
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {19, 5}));
+    QCOMPARE(bar.replaceAll(), 2);
+    QCOMPARE(panel.editor().string(), u"o beta\no gamma\no"_s);
+    panel.editor().undo(); // all of it is one step
+    QCOMPARE(panel.editor().string(), u"alpha beta\no gamma\nalpha"_s);
+}
+
+void MacroPanelTest::goesToLines()
+{
+    Panel panel;
+    panel.controller.activeMacroController()->setCode(u"a\nb\nc\nd"_s);
+    panel.press(Qt::Key_G, Qt::AltModifier);
+    auto *dialog = panel.controller.window()->findChild<QInputDialog *>();
+    QVERIFY(dialog);
+    dialog->setIntValue(3);
+    dialog->accept();
+    QCOMPARE(panel.editor().selectedRange(), (TextRange {4, 0}));
 }
 
 void MacroPanelTest::findsLines_data()
@@ -767,17 +801,22 @@ void MacroPanelTest::renamesTabsWithTheMouse()
     panel.press(Qt::Key_T);
     const QPoint first = panel.bar().cells().first()->frame().center().toPoint();
     QTest::mouseDClick(&panel.bar(), Qt::LeftButton, {}, first);
-    auto *dialog = panel.controller.window()->findChild<QInputDialog *>();
-    QVERIFY(dialog);
-    QCOMPARE(dialog->textValue(), u"Macro 1"_s);
-    dialog->setTextValue(u"  "_s); // no title: the old one stays
-    dialog->accept();
+    const auto field = [&] { return qobject_cast<QLineEdit *>(QApplication::focusWidget()); };
+    QVERIFY(field() && field()->parentWidget() == &panel.bar());
+    QCOMPARE(field()->text(), u"Macro 1"_s);
+    QVERIFY(panel.bar().cells().first()->frame().contains(field()->geometry()));
+    QTest::keyClicks(field(), u"  "_s);
+    QTest::keyClick(field(), Qt::Key_Return); // no title: the old one stays
     QCOMPARE(panel.bar().cells().first()->title(), u"Macro 1"_s);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    panel.press(Qt::Key_F2, Qt::NoModifier);
+    QTest::keyClicks(field(), u"never"_s);
+    QTest::keyClick(field(), Qt::Key_Escape);
+    QCOMPARE(panel.bar().cells().first()->title(), u"Macro 1"_s);
     panel.controller.renameTab();
-    panel.controller.window()->findChild<QInputDialog *>()->setTextValue(u" Sorting "_s);
-    panel.controller.window()->findChild<QInputDialog *>()->accept();
+    QTest::keyClicks(field(), u" Sorting "_s);
+    QTest::keyClick(field(), Qt::Key_Return);
     QCOMPARE(panel.controller.activeMacroController()->title(), u"Sorting"_s);
+    QCOMPARE(panel.bar().selectedTabItem(), panel.controller.activeMacroController());
     QMenu *menu = panel.controller.tabViewMenuForTabItem(&panel.bar(), panel.bar().tabItemAtIndex(0));
     QCOMPARE(panel.bar().selectionIndex(), 0u);
     QCOMPARE(menu->actions().size(), 3);

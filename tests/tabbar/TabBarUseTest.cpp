@@ -5,6 +5,8 @@
 #include "tests/TestMain.h"
 
 #include <QAccessible>
+#include <QLineEdit>
+#include <QWheelEvent>
 #include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QMimeData>
@@ -95,6 +97,10 @@ private Q_SLOTS:
     void resizesByItsHandle();
     void asksForNewTabs();
     void showsMenusAndToolTips();
+    void initTestCase();
+    void longMenusAreSearched();
+    void wheelSelects();
+    void heldUpdatesNest();
     void isReachableByAssistiveTechnology();
 };
 
@@ -556,6 +562,59 @@ void TabBarUseTest::isReachableByAssistiveTechnology()
         QVERIFY2(!nameOf(bar->child(index)).isEmpty(), qPrintable(QString::number(index)));
     panel.bar->setDisableTabClose(true);
     QCOMPARE(bar->child(0)->childCount(), 0);
+}
+
+void TabBarUseTest::initTestCase()
+{
+    // The first bar of all: its name must not bring up the interface of any widget.
+    const VXTabBarControl bar;
+    QCOMPARE(QAccessible::queryAccessibleInterface(const_cast<VXTabBarControl *>(&bar))->role(),
+             QAccessible::PageTabList);
+}
+
+void TabBarUseTest::longMenusAreSearched()
+{
+    Panel panel(0, 300);
+    for (int index = 0; index < 30; ++index)
+        panel.bar->addTabItem(panel.makeItem(u"Tab %1"_s.arg(index)));
+    show(panel);
+    QMenu *menu = panel.bar->overflowPopUpButton()->menu();
+    panel.bar->menuNeedsUpdate(menu);
+    auto *field = menu->findChild<QLineEdit *>();
+    QVERIFY(field);
+    QTest::keyClicks(field, u"tab 29"_s);
+    QCOMPARE(std::ranges::count_if(menu->actions(), &QAction::isVisible), 2); // the field and what it found
+    QTest::keyClick(field, Qt::Key_Return);
+    QCOMPARE(panel.selectedTitle(), u"Tab 29"_s);
+}
+
+void TabBarUseTest::wheelSelects()
+{
+    Panel panel(3);
+    show(panel);
+    const auto turn = [&](int delta) {
+        QWheelEvent event(QPointF(5, 5), panel.bar->mapToGlobal(QPointF(5, 5)), {}, {0, delta}, {}, {},
+                          Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(panel.bar, &event);
+        return panel.selectedTitle();
+    };
+    QCOMPARE(turn(-60), u"A"_s);
+    QCOMPARE(turn(-60), u"B"_s);
+    QCOMPARE(turn(-360), u"C"_s); // not around the end
+    QCOMPARE(turn(240), u"A"_s);
+}
+
+void TabBarUseTest::heldUpdatesNest()
+{
+    Panel panel(2);
+    show(panel);
+    panel.bar->setDisableUpdates(true);
+    panel.bar->setDisableUpdates(true);
+    panel.bar->addTabItem(panel.makeItem(u"C"_s));
+    panel.bar->setDisableUpdates(false);
+    QVERIFY(panel.cell(u"C"_s)->frame().isEmpty());
+    panel.bar->setDisableUpdates(false);
+    QVERIFY(!panel.cell(u"C"_s)->frame().isEmpty());
 }
 
 RUNEBOOK_TEST_MAIN(TabBarUseTest)
