@@ -22,9 +22,11 @@ qreal heightOfRows(const QTextLayout &layout)
 
 CodeLayout::CodeLayout(QTextDocument *document) : QPlainTextDocumentLayout(document)
 {
-    // Before anybody else hears of it: colours that are laid over the text widen what documentChanged() is told.
-    connect(document, &QTextDocument::contentsChange, this,
-            [this](int from, int, int added) { m_edited = TextRange {from, added}; });
+    // Before anybody else hears of it: colours that are laid over the text widen what documentChanged() is
+    // told.
+    connect(document, &QTextDocument::contentsChange, this, [this](int from, int, int added) {
+        m_edited = TextRange {from, added};
+    });
 }
 
 void CodeLayout::setParagraphStyle(qreal headIndent, qreal paragraphSpacing)
@@ -68,7 +70,8 @@ void CodeLayout::blockChanged(const QTextBlock &block)
 {
     const qreal before = heightOfRows(*block.layout());
     block.layout()->clearLayout();
-    const bool isLong = block.length() > longestShapedBlock; // laid out once, however many changes come together
+    const bool isLong =
+        block.length() > longestShapedBlock; // laid out once, however many changes come together
     if (!isLong)
         blockBoundingRect(block);
     if (!isLong && heightOfRows(*block.layout()) == before)

@@ -184,8 +184,9 @@ void CompletionPopup::place()
     const int list = std::clamp(m_list->sizeHintForColumn(0) + bar + 12, narrowest, widest);
     int height = std::min(rows, visibleRows) * m_list->sizeHintForRow(0);
     if (describes)
-        height = std::max(height, std::min(m_description->heightForWidth(descriptionWidth),
-                                           visibleRows * m_list->sizeHintForRow(0)));
+        height = std::max(height,
+                          std::min(m_description->heightForWidth(descriptionWidth),
+                                   visibleRows * m_list->sizeHintForRow(0)));
     QRect box(m_caret.bottomLeft() + QPoint(0, 2),
               QSize(list + (describes ? descriptionWidth : 0) + frame, height + frame));
     if (const QScreen *screen = QGuiApplication::screenAt(m_caret.center())) {

@@ -75,7 +75,8 @@ QStringList stepsBefore(QStringView expression)
 /// The steps of what is the whole of \a expression, but for calls that hand their argument's items on.
 QStringList stepsOf(QString expression)
 {
-    static const QRegularExpression wrapped(u"^(?:list|sorted|reversed|tuple|progress)\\((.*?)(?:,.*)?\\)$"_s);
+    static const QRegularExpression wrapped(
+        u"^(?:list|sorted|reversed|tuple|progress)\\((.*?)(?:,.*)?\\)$"_s);
     expression = expression.trimmed();
     if (const auto match = wrapped.match(expression); match.hasMatch())
         expression = match.captured(1).trimmed();
@@ -110,7 +111,8 @@ QStringList bindingOf(const QString &name, const QString &text)
         return steps.isEmpty() ? steps : steps << u"[]"_s;
     };
     const QList<Rule> rules = {
-        {u"\\bfor\\s+"_s + word + u"\\s+in\\s+((?:\\([^()\\n]*\\)|\\[[^\\[\\]\\n]*\\]|[^:\\n()\\[\\]])+)"_s, items},
+        {u"\\bfor\\s+"_s + word + u"\\s+in\\s+((?:\\([^()\\n]*\\)|\\[[^\\[\\]\\n]*\\]|[^:\\n()\\[\\]])+)"_s,
+         items},
         {u"\\bfor\\s+\\w+\\s*,\\s*"_s + word + u"\\s+in\\s+enumerate\\(([^,)\\n]+)"_s, items},
         {u"^[ \\t]*"_s + word + u"[ \\t]*=(?!=)[ \\t]*([^#\\n]+)"_s,
          [](const QRegularExpressionMatch &match) { return stepsOf(match.captured(1)); }},

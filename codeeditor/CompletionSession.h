@@ -14,11 +14,11 @@ namespace runebook {
 
 class CompletionPopup;
 
-/// From the moment a list of completions comes up beside the caret of an editor until it goes: what it offers,
-/// what of it was chosen, and what ends it. A list that came up by itself leaves Return to the text until an
-/// arrow key has chosen a row; Tab takes the row that stands out. It ends when the editor loses the keyboard,
-/// is hidden, or its window moves; the editor ends it when caret, text or place changes in another way than by
-/// typing on.
+/// From the moment a list of completions comes up beside the caret of an editor until it goes: what it
+/// offers, what of it was chosen, and what ends it. A list that came up by itself leaves Return to the text
+/// until an arrow key has chosen a row; Tab takes the row that stands out. It ends when the editor loses the
+/// keyboard, is hidden, or its window moves; the editor ends it when caret, text or place changes in another
+/// way than by typing on.
 class CompletionSession : public QObject
 {
     Q_OBJECT
@@ -31,8 +31,8 @@ public:
     ~CompletionSession() override;
 
 public:
-    /// Offers \a offered for \a partial below \a caret (in screen coordinates): opens, or goes on, or ends when
-    /// there is nothing to offer. Asking again chooses.
+    /// Offers \a offered for \a partial below \a caret (in screen coordinates): opens, or goes on, or ends
+    /// when there is nothing to offer. Asking again chooses.
     void offer(const CompletionList &offered, const QString &partial, const QRect &caret, Origin origin,
                int current = 0);
     void end();

@@ -184,8 +184,7 @@ QList<AttributeRun> attributeRuns(const QTextDocument &document, TextRange range
         for (int at = std::max(start, range.location); at < end;) {
             while (over != overlay.cend() && start + over->start + over->length <= at)
                 ++over;
-            while (!fragment.atEnd()
-                   && fragment.fragment().position() + fragment.fragment().length() <= at)
+            while (!fragment.atEnd() && fragment.fragment().position() + fragment.fragment().length() <= at)
                 ++fragment;
             int next = end;
             QVariantMap attributes;

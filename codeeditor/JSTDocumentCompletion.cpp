@@ -44,7 +44,8 @@ CompletionList JSTDocument::textViewCompletionsToShow(JSTTextView *view, TextRan
     const QString text = view->string();
     const CompletionContext context = completionContext(text, range.location, range.end());
     KnownNames live;
-    if (JSTTextViewDelegate *delegate = delegateInterface(); delegate && (!context.afterDot || !context.path.isEmpty()))
+    if (JSTTextViewDelegate *delegate = delegateInterface();
+        delegate && (!context.afterDot || !context.path.isEmpty()))
         live = delegate->textViewNamesAtPath(view, context.path, context.start);
     CompletionList near;
     if (!context.afterDot || !live.isKnown) {

@@ -24,8 +24,7 @@ constexpr int lineNumberLeftMargin = 12;
 } // namespace
 
 JSTTextView::JSTTextView(QWidget *parent)
-    : QPlainTextEdit(parent),
-      m_storage(new VXCodeTextStorage(document(), this))
+    : QPlainTextEdit(parent), m_storage(new VXCodeTextStorage(document(), this))
 {
     setDocument(m_storage);
     setLineWrapMode(QPlainTextEdit::WidgetWidth);

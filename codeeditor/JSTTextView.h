@@ -13,7 +13,7 @@ class VXLineNumberView;
 namespace runebook {
 class CompletionSession;
 struct LineEdit;
-}
+} // namespace runebook
 
 Q_MOC_INCLUDE("codeeditor/VXCodeTextStorage.h")
 Q_MOC_INCLUDE("codeeditor/VXLineNumberView.h")

@@ -56,7 +56,8 @@ public: // the list that is shown
         return {};
     }
     /// Fills in signature and help of \a one, which is offered for the partial word at \a range.
-    virtual void textViewDescribeCompletion(JSTTextView *, runebook::TextRange range, runebook::Completion &one)
+    virtual void textViewDescribeCompletion(JSTTextView *, runebook::TextRange range,
+                                            runebook::Completion &one)
     {
         Q_UNUSED(range)
         Q_UNUSED(one)

@@ -21,8 +21,8 @@ constexpr int markedWithin = 50'000; // characters from the caret: it moves ofte
 
 // ---- typing
 
-/// A closer that stands there by itself is typed over; an opener brings its closer along. False: the character
-/// is typed as any other.
+/// A closer that stands there by itself is typed over; an opener brings its closer along. False: the
+/// character is typed as any other.
 bool JSTTextView::typePair(QChar typed)
 {
     const TextRange caret = selectedRange();
@@ -39,7 +39,8 @@ bool JSTTextView::typePair(QChar typed)
     const auto *coloured = qobject_cast<const JSTDocument *>(m_delegate.data());
     const bool isInside = coloured && caret.location > block.position()
         && coloured->isInStringOrComment(caret.location - 1)
-        && (coloured->isInStringOrComment(caret.location) || caret.location + 1 >= block.position() + block.length());
+        && (coloured->isInStringOrComment(caret.location)
+            || caret.location + 1 >= block.position() + block.length());
     if (isInside || !closesItself(block.text(), caret.location - block.position(), typed)
         || !shouldChangeTextInRangeReplacementString(caret, typed))
         return false;
@@ -114,8 +115,8 @@ std::optional<TextRange> JSTTextView::matchingBrace(int index, TextRange searche
 void JSTTextView::markBraces()
 {
     const TextRange caret = selectedRange();
-    const TextRange near =
-        TextRange {std::max(0, caret.location - markedWithin), 2 * markedWithin}.clampedTo(m_storage->length());
+    const TextRange near = TextRange {std::max(0, caret.location - markedWithin), 2 * markedWithin}.clampedTo(
+        m_storage->length());
     QList<QTextEdit::ExtraSelection> marks;
     for (const int index : {caret.location - 1, caret.location}) {
         if (caret.length > 0 || !near.contains(index) || !marks.isEmpty())

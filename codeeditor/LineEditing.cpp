@@ -231,7 +231,8 @@ LineEdit joinLines(QStringView text, TextRange selection)
             --first;
         while (last < lines.end() && isBlank(last))
             ++last;
-        const bool stands = first > lines.location && text[first - 1] != u'\n' && last < lines.end() && text[last] != u'\n';
+        const bool stands =
+            first > lines.location && text[first - 1] != u'\n' && last < lines.end() && text[last] != u'\n';
         join.edits.append({{first, last - first}, stands ? u" "_s : QString()});
         join.selection = {first - shortened, 0};
         shortened += last - first - (stands ? 1 : 0);

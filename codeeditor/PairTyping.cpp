@@ -18,9 +18,8 @@ bool isNameUnit(QChar c)
 /// The letters in front of a string: r, b, f and u, one or two of them.
 bool isPrefix(QStringView word)
 {
-    return word.size() <= 2 && std::all_of(word.begin(), word.end(), [](QChar c) {
-               return "rbfu"_L1.contains(c.toLower());
-           });
+    return word.size() <= 2
+        && std::all_of(word.begin(), word.end(), [](QChar c) { return "rbfu"_L1.contains(c.toLower()); });
 }
 
 } // namespace

@@ -37,7 +37,8 @@ public:
     /// are changed; answers the piece of text that they are.
     TextRange applyTo(const QTextDocument &document, TextRange range, const TokenFormats &formats) const;
 
-    /// The number of the format at \a index, or TokenFormats::none; \a run gets the piece that has it, or none.
+    /// The number of the format at \a index, or TokenFormats::none; \a run gets the piece that has it, or
+    /// none.
     int formatAt(int index, TextRange *run = nullptr) const;
 
 private:

@@ -258,8 +258,7 @@ PyObject *makeReader()
     if (!make)
         return nullptr;
     const auto builtin = [named](const char *name) { return py.PyDict_GetItemString(named, name); };
-    PyObject *modules =
-        py.PyDict_GetItemString(vxPyModule_GetDict(vxPyImport_AddModule("sys")), "modules");
+    PyObject *modules = py.PyDict_GetItemString(vxPyModule_GetDict(vxPyImport_AddModule("sys")), "modules");
     return py.PyObject_CallFunctionObjArgs(
         make, builtin("type"), builtin("dict"), builtin("str"), builtin("len"), builtin("sorted"),
         builtin("set"), builtin("list"), builtin("tuple"), builtin("property"), builtins,
@@ -357,9 +356,9 @@ QString ask(const Question &question)
 /// The word for a person.
 QString kindText(QStringView kind)
 {
-    for (const char *known : {QT_TRANSLATE_NOOP("Completion", "class"), QT_TRANSLATE_NOOP("Completion", "module"),
-                              QT_TRANSLATE_NOOP("Completion", "function"),
-                              QT_TRANSLATE_NOOP("Completion", "property")}) {
+    for (const char *known :
+         {QT_TRANSLATE_NOOP("Completion", "class"), QT_TRANSLATE_NOOP("Completion", "module"),
+          QT_TRANSLATE_NOOP("Completion", "function"), QT_TRANSLATE_NOOP("Completion", "property")}) {
         if (kind == QLatin1StringView(known))
             return QCoreApplication::translate("Completion", known);
     }

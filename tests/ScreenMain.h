@@ -7,8 +7,8 @@
 #include <QStandardPaths>
 #include <QWidget>
 
-/// The main function of a test that looks at what the screen shows: on a display of its own. Where there is no
-/// Xvfb it stays offscreen, where windows keep what was painted too.
+/// The main function of a test that looks at what the screen shows: on a display of its own. Where there is
+/// no Xvfb it stays offscreen, where windows keep what was painted too.
 #define RUNEBOOK_SCREEN_TEST_MAIN(TestClass)                                                                 \
     int main(int argc, char *argv[])                                                                         \
     {                                                                                                        \
@@ -34,8 +34,9 @@ public:
             return;
         m_server.setProcessChannelMode(QProcess::SeparateChannels);
         m_server.setStandardErrorFile(QProcess::nullDevice());
-        m_server.start(server, {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                                QStringLiteral("0"), QStringLiteral("1600x1000x24")});
+        m_server.start(server,
+                       {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                        QStringLiteral("0"), QStringLiteral("1600x1000x24")});
         if (!m_server.waitForReadyRead())
             return;
         qputenv("DISPLAY", ":" + m_server.readLine().trimmed());

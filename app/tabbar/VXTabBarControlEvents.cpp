@@ -281,7 +281,8 @@ void VXTabBarControl::addOverflowSearch(QMenu *menu)
     entry->setDefaultWidget(field);
     menu->addAction(entry);
     menu->setActiveAction(entry);
-    connect(menu, &QMenu::aboutToShow, field, [field] { field->setFocus(); }, Qt::QueuedConnection);
+    connect(
+        menu, &QMenu::aboutToShow, field, [field] { field->setFocus(); }, Qt::QueuedConnection);
     field->setFocus();
     const auto entries = [menu, entry] {
         QList<QAction *> others = menu->actions();
@@ -290,7 +291,8 @@ void VXTabBarControl::addOverflowSearch(QMenu *menu)
     };
     connect(field, &QLineEdit::textChanged, menu, [entries](const QString &text) {
         for (QAction *other : entries())
-            other->setVisible(QString(other->text()).replace(u"&&"_s, u"&"_s).contains(text, Qt::CaseInsensitive));
+            other->setVisible(
+                QString(other->text()).replace(u"&&"_s, u"&"_s).contains(text, Qt::CaseInsensitive));
     });
     connect(field, &QLineEdit::returnPressed, menu, [entries, menu] {
         for (QAction *other : entries()) {

@@ -204,7 +204,8 @@ QStringList VXMacroViewController::textViewCompletionsForPartialWordRangeIndexOf
     return liveCompletions(view->textStorage()->substringWithRange(range));
 }
 
-KnownNames VXMacroViewController::textViewNamesAtPath(JSTTextView *, const QString &path, const QString &start)
+KnownNames VXMacroViewController::textViewNamesAtPath(JSTTextView *, const QString &path,
+                                                      const QString &start)
 {
     return liveNames(path, start);
 }

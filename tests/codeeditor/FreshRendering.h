@@ -12,8 +12,8 @@
 
 namespace runebook {
 
-/// An editor made anew with the text, the size, the selection and the place of another: what that one ought to
-/// show. Carets are left out on both sides (setCursorWidth(0)), as the keyboard is in one only.
+/// An editor made anew with the text, the size, the selection and the place of another: what that one ought
+/// to show. Carets are left out on both sides (setCursorWidth(0)), as the keyboard is in one only.
 class FreshRendering
 {
 public:
@@ -83,15 +83,22 @@ private:
             .arg(around.bottom());
     }
 
-    /// Rows of a paragraph have heights that are no whole pixels. What remains of them when the view scrolls is
-    /// kept, so that the same place can lie one pixel higher or lower, all of it.
+    /// Rows of a paragraph have heights that are no whole pixels. What remains of them when the view scrolls
+    /// is kept, so that letters can stand one pixel higher or lower, all of them; their grounds are rounded
+    /// on their own.
     static bool isScrolledByAFraction(const QImage &screen, const QImage &wanted)
     {
-        const int width = screen.width();
-        const int height = screen.height() - 1;
-        return screen.size() == wanted.size()
-            && (screen.copy(0, 1, width, height) == wanted.copy(0, 0, width, height)
-                || screen.copy(0, 0, width, height) == wanted.copy(0, 1, width, height));
+        const auto isShiftedBy = [&](int shift) {
+            for (int y = 1; y < screen.height() - 1; ++y) {
+                for (int x = 0; x < screen.width(); ++x) {
+                    const QRgb shown = screen.pixel(x, y);
+                    if (shown != wanted.pixel(x, y) && shown != wanted.pixel(x, y + shift))
+                        return false;
+                }
+            }
+            return true;
+        };
+        return screen.size() == wanted.size() && (isShiftedBy(1) || isShiftedBy(-1));
     }
 
     /// Rows are counted as far as they were laid out, so places are told by paragraph and row in it.

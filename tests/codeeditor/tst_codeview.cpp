@@ -425,9 +425,8 @@ void TestCodeView::whatEndsCompletions_data()
 {
     using Act = std::function<void(JSTTextView &)>;
     QTest::addColumn<Act>("act");
-    QTest::newRow("mouse") << Act([](JSTTextView &view) {
-        QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, pointAt(view, 1));
-    });
+    QTest::newRow("mouse") << Act(
+        [](JSTTextView &view) { QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, pointAt(view, 1)); });
     QTest::newRow("undo") << Act([](JSTTextView &view) { view.undo(); });
     QTest::newRow("setString") << Act([](JSTTextView &view) { view.setString(u"x\nfo"_s); });
     QTest::newRow("a script") << Act([](JSTTextView &view) {
@@ -518,7 +517,8 @@ void TestCodeView::pairsCloseThemselves_data()
     QTest::newRow("in front of a name") << u"|name"_s << u"("_s << u"(|name"_s;
     QTest::newRow("a closer of the text stays") << u"f(|)"_s << u")"_s << u"f()|)"_s;
     QTest::newRow("empty pairs go together") << u"|"_s << u"([<"_s << u"(|)"_s;
-    QTest::newRow("Backspace takes a step") << u"if a:\n    b\n        |"_s << u"<"_s << u"if a:\n    b\n    |"_s;
+    QTest::newRow("Backspace takes a step")
+        << u"if a:\n    b\n        |"_s << u"<"_s << u"if a:\n    b\n    |"_s;
     QTest::newRow("to the last step") << u"if a:\n    b\n      |"_s << u"<"_s << u"if a:\n    b\n    |"_s;
     QTest::newRow("blanks in a text of blanks") << u"if a:\n  b\n |"_s << u"\t"_s << u"if a:\n  b\n  |"_s;
     QTest::newRow("a tab in a text of tabs") << u"if a:\n\tb\n|"_s << u"\t"_s << u"if a:\n\tb\n\t|"_s;

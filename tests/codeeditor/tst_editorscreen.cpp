@@ -18,7 +18,10 @@ struct ScreenFixture : EditorFixture {
         view.setupLineNumberview();
         letPaint();
     }
-    void press(int key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&view, Qt::Key(key), modifiers); }
+    void press(int key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(&view, Qt::Key(key), modifiers);
+    }
 };
 
 #define COMPARE_SCREEN(editor)                                                                               \
@@ -113,11 +116,20 @@ void TestEditorScreen::randomEdits()
     ScreenFixture editor;
     editor.view.setString(u"if first:\n\tsecond = 'third' # fourth\n"_s.repeated(15));
     const QList<QPair<int, Qt::KeyboardModifiers>> keys = {
-        {Qt::Key_Backspace, {}}, {Qt::Key_Delete, {}}, {Qt::Key_Return, {}}, {Qt::Key_Tab, {}},
-        {Qt::Key_Backtab, Qt::ShiftModifier}, {Qt::Key_Z, Qt::ControlModifier},
-        {Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier}, {Qt::Key_Backspace, Qt::ControlModifier},
-        {Qt::Key_PageDown, {}}, {Qt::Key_PageUp, {}}, {Qt::Key_X, Qt::ControlModifier},
-        {Qt::Key_V, Qt::ControlModifier}, {Qt::Key_Home, Qt::ShiftModifier}, {Qt::Key_Down, Qt::ShiftModifier}};
+        {Qt::Key_Backspace, {}},
+        {Qt::Key_Delete, {}},
+        {Qt::Key_Return, {}},
+        {Qt::Key_Tab, {}},
+        {Qt::Key_Backtab, Qt::ShiftModifier},
+        {Qt::Key_Z, Qt::ControlModifier},
+        {Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier},
+        {Qt::Key_Backspace, Qt::ControlModifier},
+        {Qt::Key_PageDown, {}},
+        {Qt::Key_PageUp, {}},
+        {Qt::Key_X, Qt::ControlModifier},
+        {Qt::Key_V, Qt::ControlModifier},
+        {Qt::Key_Home, Qt::ShiftModifier},
+        {Qt::Key_Down, Qt::ShiftModifier}};
     for (int step = 0; step < 120; ++step) {
         const int length = editor.view.textStorage()->length();
         switch (random.bounded(6)) {

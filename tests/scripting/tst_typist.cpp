@@ -1,6 +1,6 @@
-// Somebody types, clicks and runs at random in a real panel. After every step the text is what a plain model says,
-// at random moments the screen shows what an editor made anew would. RUNEBOOK_TYPIST_SECONDS=600 for a long walk,
-// RUNEBOOK_TYPIST_SEED for another one.
+// Somebody types, clicks and runs at random in a real panel. After every step the text is what a plain model
+// says, at random moments the screen shows what an editor made anew would. RUNEBOOK_TYPIST_SECONDS=600 for a
+// long walk, RUNEBOOK_TYPIST_SEED for another one.
 #include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/CompletionSession.h"
 #include "codeeditor/FindIndicator.h"
@@ -135,7 +135,9 @@ private:
         const QString plain = replaced(m_before, at, c);
         press(0, {}, c);
         QStringList allowed {plain};
-        const QString closer = QMap<QChar, QChar> {{u'(', u')'}, {u'[', u']'}, {u'{', u'}'}, {u'\'', u'\''}, {u'"', u'"'}}.value(c);
+        const QString closer =
+            QMap<QChar, QChar> {{u'(', u')'}, {u'[', u']'}, {u'{', u'}'}, {u'\'', u'\''}, {u'"', u'"'}}.value(
+                c);
         if (at.length == 0 && !closer.isEmpty() && closer != QChar())
             allowed << replaced(m_before, at, c + closer);
         if (at.length == 0 && u")]}'\""_s.contains(c) && m_before.mid(at.location, 1) == c)
@@ -157,7 +159,8 @@ private:
             return takeCompletion();
         press(Qt::Key_Return);
         const qsizetype start = at.location == 0 ? 0 : m_before.lastIndexOf(u'\n', at.location - 1) + 1;
-        return {replaced(m_before, at, u'\n' + indentationAfter(QStringView(m_before).sliced(start, at.location - start)))};
+        return {replaced(m_before, at,
+                         u'\n' + indentationAfter(QStringView(m_before).sliced(start, at.location - start)))};
     }
 
     QStringList erase()
@@ -169,7 +172,8 @@ private:
             return {replaced(m_before, at, {})};
         if (at.location == 0)
             return {m_before};
-        QStringList allowed {replaced(m_before, {at.location - 1, 1}, {}), replaced(m_before, {at.location - 1, 2}, {})};
+        QStringList allowed {replaced(m_before, {at.location - 1, 1}, {}),
+                             replaced(m_before, {at.location - 1, 2}, {})};
         for (int count = 2; count <= std::min(8, at.location); ++count) {
             if (QStringView(m_before).sliced(at.location - count, count).count(u' ') == count)
                 allowed << replaced(m_before, {at.location - count, count}, {});
@@ -195,13 +199,16 @@ private:
 
     QStringList move()
     {
-        const int keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up,     Qt::Key_Down,    Qt::Key_Home,
+        const int keys[] = {Qt::Key_Left, Qt::Key_Right,  Qt::Key_Up,       Qt::Key_Down,  Qt::Key_Home,
                             Qt::Key_End,  Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Escape};
         const int key = keys[m_random.bounded(int(std::size(keys)))];
         m_what = u"moving"_s;
-        const Qt::KeyboardModifiers modifiers[] = {{}, Qt::ShiftModifier, control, control | Qt::ShiftModifier};
-        const bool isPage = key == Qt::Key_PageUp || key == Qt::Key_PageDown; // with Control they change the tab
-        press(key, key == Qt::Key_Escape || isPage ? Qt::KeyboardModifiers() : modifiers[m_random.bounded(4)]);
+        const Qt::KeyboardModifiers modifiers[] = {
+            {}, Qt::ShiftModifier, control, control | Qt::ShiftModifier};
+        const bool isPage =
+            key == Qt::Key_PageUp || key == Qt::Key_PageDown; // with Control they change the tab
+        press(key,
+              key == Qt::Key_Escape || isPage ? Qt::KeyboardModifiers() : modifiers[m_random.bounded(4)]);
         return {m_before};
     }
 
@@ -234,11 +241,14 @@ private:
             Qt::KeyboardModifiers modifiers;
             LineEdit (*rule)(QStringView, TextRange);
         };
-        static const Command commands[] = {
-            {Qt::Key_Slash, control, toggleComment},        {Qt::Key_BracketRight, control, shiftRight},
-            {Qt::Key_BracketLeft, control, shiftLeft},      {Qt::Key_D, control | Qt::ShiftModifier, duplicateLines},
-            {Qt::Key_Up, Qt::AltModifier, moveLinesUp},     {Qt::Key_Down, Qt::AltModifier, moveLinesDown},
-            {Qt::Key_J, control, joinLines},                {Qt::Key_Backtab, Qt::ShiftModifier, shiftLeft}};
+        static const Command commands[] = {{Qt::Key_Slash, control, toggleComment},
+                                           {Qt::Key_BracketRight, control, shiftRight},
+                                           {Qt::Key_BracketLeft, control, shiftLeft},
+                                           {Qt::Key_D, control | Qt::ShiftModifier, duplicateLines},
+                                           {Qt::Key_Up, Qt::AltModifier, moveLinesUp},
+                                           {Qt::Key_Down, Qt::AltModifier, moveLinesDown},
+                                           {Qt::Key_J, control, joinLines},
+                                           {Qt::Key_Backtab, Qt::ShiftModifier, shiftLeft}};
         const Command &command = commands[m_random.bounded(int(std::size(commands)))];
         m_what = QKeySequence(command.key | int(command.modifiers)).toString();
         const TextRange at = editor().selectedRange();
