@@ -11,6 +11,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/ValueTransformer.h"
 #include "scripting/RunPump.h"
+#include "platform/UndoManager.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
@@ -18,9 +19,12 @@
 #include <QDesktopServices>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPixmapCache>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QThreadPool>
+#include <malloc.h>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -109,6 +113,8 @@ private Q_SLOTS:
     void startsWithWhatIsGiven_data();
     void startsWithWhatIsGiven();
     void opensVeryManyBehind();
+    void leavesNothingBehind_data();
+    void leavesNothingBehind();
     void tellsWhatCannotBeOpened();
     void tellsOfDamagedSettings();
     void warnsOfAPythonThatIsNotSupported();
@@ -456,6 +462,95 @@ void DelegateTest::opensVeryManyBehind()
     QVERIFY(progress().isEmpty());
     QCOMPARE(controller().documentList().size(), opened);
     QVERIFY(opened < 2 * kFiles);
+}
+
+void DelegateTest::leavesNothingBehind_data()
+{
+    QTest::addColumn<QString>("what");
+    QTest::addColumn<int>("times");
+    QTest::newRow("documents with windows") << u"documents"_s << 200;
+    QTest::newRow("steps undone and redone") << u"steps"_s << 10'000;
+    QTest::newRow("script runs") << u"runs"_s << 1'000;
+}
+
+/// However often something was done: once the documents are closed, memory and descriptors are what they were.
+void DelegateTest::leavesNothingBehind()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("the sanitizers keep what is freed, and look for leaks by themselves");
+#endif
+    QFETCH(QString, what);
+    QFETCH(int, times);
+    // The style's own, which is bounded: it fills up with pictures for each window before it drops any.
+    const int cached = QPixmapCache::cacheLimit();
+    QPixmapCache::setCacheLimit(0);
+    const auto restore = qScopeGuard([cached] { QPixmapCache::setCacheLimit(cached); });
+    const QTemporaryDir folder;
+    const QString file = tinyFile(folder, u"a.xml"_s);
+    if (what == "runs"_L1) {
+        m_delegate.startScripting();
+        VXScriptingHandler::sharedHandler();
+        if (!VXScriptingHandler::isPythonRunning())
+            QSKIP("needs a supported Python");
+    }
+    const auto use = [&](int count) {
+        if (what == "documents"_L1) {
+            for (int i = 0; i < count; ++i) {
+                Document *document = controller().openDocumentWithContentsOfURLDisplay(file, true);
+                QTest::qWait(0);
+                frontWindow()->addInfo();
+                [&] { QVERIFY(document->autosave()); }();
+                document->close();
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            }
+            return;
+        }
+        Document *document = controller().openDocumentWithContentsOfURLDisplay(file, true);
+        const InfoPtr info = static_cast<VXDocument *>(document)->infos().front();
+        UndoManager *history = document->undoManager();
+        for (int i = 0; i < count; ++i) {
+            if (what == "runs"_L1) {
+                VXScriptingHandler::sharedHandler()->runMacroString(
+                    u"Doc.infos()[0].sortName = 'x%1'"_s.arg(i));
+                continue;
+            }
+            {
+                const UndoGroup group(history);
+                info->setSortName(QString::number(i));
+            }
+            if (i % 3 == 0) {
+                history->undo();
+                history->redo();
+            }
+        }
+        for (int i = 0; i < count; ++i)
+            history->undo();
+        document->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    const auto settle = [] {
+        for (int i = 0; i < 2; ++i) {
+            QTest::qWait(20);
+            QThreadPool::globalInstance()->waitForDone();
+        }
+    };
+    const auto descriptors = [] { return QDir(u"/proc/self/fd"_s).entryList().size(); };
+    const auto bytes = [] {
+        const auto heap = ::mallinfo2();
+        return qint64(heap.uordblks + heap.hblkhd);
+    };
+    // What is made once is made.
+    for (int i = 0; i < 2; ++i)
+        use(times / 10);
+    settle();
+    const auto descriptorsBefore = descriptors();
+    const qint64 before = bytes();
+    use(times);
+    settle();
+    const qint64 grown = bytes() - before;
+    constexpr qint64 kNothing = 100'000; // of what takes some megabytes while it is there
+    QVERIFY2(grown < kNothing, qPrintable(u"%1 bytes more"_s.arg(grown)));
+    QCOMPARE(descriptors(), descriptorsBefore);
 }
 
 void DelegateTest::tellsWhatCannotBeOpened()

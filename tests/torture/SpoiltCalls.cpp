@@ -25,7 +25,11 @@ QList<Case> cases()
 {
     return {{"a longer text", textOf(1, 90'000), textOf(2, 200'000)},
             {"a shorter text", textOf(1, 200'000), textOf(2, 5'000)},
-            {"a new file", {}, textOf(2, 100'000)}};
+            {"a text as long", textOf(1, 150'000), textOf(2, 150'000)},
+            {"a text of many blocks", textOf(1, 300'000), textOf(2, 900'000)},
+            {"next to nothing", textOf(1, 100'000), textOf(2, 1)},
+            {"a new file", {}, textOf(2, 100'000)},
+            {"a new file of one line", {}, textOf(2, 1)}};
 }
 
 std::vector<int> errorsOf(Call kind)

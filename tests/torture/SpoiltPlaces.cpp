@@ -173,8 +173,8 @@ Figures fillDisk(Bench &bench)
         const QString disk = folder + "/disk"_L1;
         QDir().mkpath(disk);
         const QString path = disk + "/data.xml"_L1;
-        // From no room beyond the old file to room for everything, in steps of four pages.
-        for (int size = 112; size <= 480 && own.skipped.isEmpty(); size += 16) {
+        // From no room beyond the old file to room for everything.
+        for (int size = 112; size <= 480 && own.skipped.isEmpty(); size += 6) {
             const QByteArray options = "size=" + QByteArray::number(size) + 'k';
             if (::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, options.constData()) != 0) {
                 own.skipped = u"no tmpfs: %1"_s.arg(QString::fromLocal8Bit(std::strerror(errno)));
