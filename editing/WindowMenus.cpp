@@ -64,7 +64,11 @@ WindowMenus::WindowMenus(VXWindowController &window) : QObject(&window), m_windo
     connect(&window, &VXWindowController::stateChanged, this, &WindowMenus::validate);
     connect(window.glyphDocument().undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
     connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &WindowMenus::validate);
-    connect(qApp, &QApplication::focusChanged, this, &WindowMenus::validate);
+    // Of a thousand windows only the two between which the focus moves have to look.
+    connect(qApp, &QApplication::focusChanged, this, [this](const QWidget *old, const QWidget *now) {
+        if ((old && old->window() == &m_window) || (now && now->window() == &m_window))
+            validate();
+    });
     validate();
 }
 
