@@ -186,13 +186,15 @@ Document *Recovery::restore(const RecoverableContent &content, Error *error)
 /// Puts what stood in editors into the document's records. False when it has to stay where it is.
 bool Recovery::takeTyped(Document &document, const RecoverableContent &content)
 {
-    QFile file(content.typedPath);
-    if (content.typedPath.isEmpty() || !file.exists())
+    if (content.typedPath.isEmpty() || !QFileInfo::exists(content.typedPath))
         return true;
+    constexpr qint64 kLongestTyped = 1 << 30; // a description may be of any length
     const auto &take = DocumentController::shared().pendingTextTaker();
-    if (!take || !file.open(QIODevice::ReadOnly))
+    const std::optional<QByteArray> typed =
+        bytesOfSmallFile(content.typedPath, kLongestTyped, Links::Refuse);
+    if (!take || !typed)
         return false;
-    const QStringList refused = take(document, QJsonDocument::fromJson(file.readAll()).array());
+    const QStringList refused = take(document, QJsonDocument::fromJson(*typed).array());
     for (const QString &sentence : refused)
         ErrorPresenter::shared().present({u"Notice"_s, 2, sentence, {}, {}});
     return true;

@@ -106,7 +106,7 @@ class Place:
 
     def words_in_settings(self):
         """The numbers of the words in the macros, which the settings hold as UTF-16 in a stream."""
-        streams = re.findall(r'VXMacroViews="\\x1streamed:([A-Za-z0-9+/=]+)"', text_of(self.settings))
+        streams = re.findall(r'VXMacroViews="?\\x1streamed:([A-Za-z0-9+/=]+)', text_of(self.settings))
         text = b"".join(base64.b64decode(stream) for stream in streams).replace(b"\0", b"").decode("latin-1")
         return {int(number) for number in WORD.findall(text)}
 
@@ -450,6 +450,8 @@ def main():
                 result = Result(note=traceback.format_exc())
             with lock:
                 results[kind].append((number, result))
+                if result.loss and result.loss > LONGEST_LOSS:
+                    print(f"    run {number}, {kind}: {result.loss:.1f} seconds lost", flush=True)
                 if result.broken or (result.note and "\n" in result.note):
                     print(f"    run {number}, {kind}: {result.broken or result.note}", flush=True)
         screen.close()
