@@ -2,11 +2,14 @@
 
 #include "document/GlyphDataWriter.h"
 #include "document/GlyphLines.h"
+#include "model/RoundTrip.h"
 #include "platform/CheckedFile.h"
 #include "platform/FileBytes.h"
 #include "platform/FilePath.h"
+#include "platform/ParallelParts.h"
 
 #include <QCoreApplication>
+#include <QSet>
 #include <cerrno>
 #include <fcntl.h>
 #include <new>
@@ -81,6 +84,46 @@ void reportUnknown(ReadNotes &notes)
         info.setValueForUndefinedKey(value, key);
 }
 
+/// Adds a note for each record whose line is not in the program's form and would not come back as it is now
+/// from what a save prints for it.
+void noteUnkept(const InfoList &infos, int fileVersion, ReadNotes &notes)
+{
+    constexpr qint64 kLongest = 1 << 20; // printing longer ones would take several times the file
+    std::vector<VXGlyphInfo *> printedAnew;
+    for (const InfoPtr &info : infos) {
+        const bool isUsual = info->lineLength() > 0 && info->lineLength() < kLongest;
+        if (isUsual && info->unchangedLine(fileVersion).empty())
+            printedAnew.push_back(info.get());
+    }
+    if (printedAnew.empty())
+        return;
+    constexpr qsizetype kSmallest = 2000;
+    const std::size_t parts = std::size_t(usefulParts(std::ssize(printedAnew), kSmallest));
+    std::vector<std::vector<RoundTrip::Outcome>> outcomes(parts);
+    const std::size_t size = printedAnew.size() / parts + 1;
+    inParallel(qsizetype(parts), [&](qsizetype part) {
+        const std::size_t first = std::min(printedAnew.size(), std::size_t(part) * size);
+        const std::size_t count = std::min(size, printedAnew.size() - first);
+        RoundTrip(fileVersion)
+            .check(std::span(printedAnew).subspan(first, count), outcomes[std::size_t(part)]);
+    });
+    QSet<qsizetype> noted;
+    for (const ReadNotes::Note &note : notes.notes)
+        noted.insert(note.record);
+    std::size_t next = 0;
+    for (qsizetype record = 0; next < printedAnew.size(); ++record) {
+        const VXGlyphInfo *info = infos[std::size_t(record)].get();
+        if (info != printedAnew[next])
+            continue;
+        const auto outcome = outcomes[next / size][next % size];
+        ++next;
+        if (outcome == RoundTrip::Outcome::Same || noted.contains(record))
+            continue;
+        notes.add(ReadNotes::OtherMeaning, record, info->name(), info->lineOffset());
+        --notes.otherForms[fileVersion == 1 ? 0 : 1]; // more than that is told of it now
+    }
+}
+
 } // namespace
 
 std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
@@ -133,6 +176,7 @@ std::optional<InfoList> GlyphDataReader::read(const QString &path, Error *error)
 InfoList GlyphDataReader::read(const QByteArray &utf8)
 {
     m_notes = {};
+    m_notes.mostNotes = m_mostNotes;
     m_fileVersion = 2;
     const std::string_view text(utf8.constData(), static_cast<std::size_t>(utf8.size()));
     m_notes.hasByteOrderMark = text.starts_with("\xEF\xBB\xBF");
@@ -145,10 +189,12 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
     const std::string_view header = text.substr(0, body);
     const quint8 headerVersion = versionOfHeader(header);
 
-    GlyphLines lines = readGlyphLines(utf8, static_cast<qsizetype>(body));
+    GlyphLines lines = readGlyphLines(
+        utf8, qsizetype(body), usefulStretches(utf8.size() - qsizetype(body)), m_mostNotes);
     reportUnknown(lines.notes);
     m_notes.append(lines.notes, 0);
     m_fileVersion = headerVersion ? headerVersion : lines.versionHint ? lines.versionHint : 2;
+    noteUnkept(lines.infos, m_fileVersion, m_notes);
     std::string_view plainHeader = header;
     while (!plainHeader.empty() && plainHeader.back() == '\t')
         plainHeader.remove_suffix(1);

@@ -19,6 +19,8 @@ class GlyphDataReader
 {
 public:
     std::optional<InfoList> read(const QString &path, Error *error = nullptr);
+    /// Keeps every note of the readings that follow, not only the first thousand.
+    void keepAllNotes() { m_mostNotes = std::size_t(-1); }
     /// The records of a text in memory, which must be UTF-8.
     InfoList read(const QByteArray &utf8);
 
@@ -28,6 +30,7 @@ public:
 
 private:
     quint8 m_fileVersion = 2;
+    std::size_t m_mostNotes = ReadNotes().mostNotes;
     ReadNotes m_notes;
 };
 

@@ -68,25 +68,4 @@ bool GlyphDataWriter::operator()(const BlockSink &sink, Error *) const
     return sink(block);
 }
 
-SlicedContent::Progress GlyphDataSlices::printMore(std::string &output, std::chrono::microseconds budget)
-{
-    constexpr std::size_t kRecords = 64; // between two looks at the clock
-    if (!m_isCurrent())
-        return Progress::Outdated;
-    if (m_next == 0)
-        output += GlyphDataWriter::header(m_fileVersion);
-    const auto end = std::chrono::steady_clock::now() + budget;
-    do {
-        const std::size_t last = std::min(m_next + kRecords, m_infos.size());
-        for (; m_next < last; ++m_next)
-            m_writer.append(*m_infos[m_next], output);
-        if (m_next == m_infos.size()) {
-            output += GlyphDataWriter::footer();
-            return Progress::Finished;
-        }
-        // A text that outgrows its room is copied; the caller has a further block for the rest.
-    } while (std::chrono::steady_clock::now() < end && output.size() < output.capacity() / 8 * 7);
-    return Progress::Unfinished;
-}
-
 } // namespace runebook

@@ -70,14 +70,14 @@ void Stretch::readLine(qsizetype begin, qsizetype end)
     } else if (const std::string_view foreign = m_reader.lastPiece();
                !foreign.empty() && foreign != kEndOfList) {
         notes.add(ReadNotes::ForeignLine, static_cast<qsizetype>(infos.size()),
-                  QString::fromUtf8(foreign.data(), qMin<qsizetype>(std::ssize(foreign), 400)));
+                  QString::fromUtf8(foreign.data(), qMin<qsizetype>(std::ssize(foreign), 400)), begin);
     }
 }
 
 using Stretches = std::vector<std::unique_ptr<Stretch>>;
 
 /// Reads the lines from \a begin on in so many stretches, all at the same time.
-Stretches readInStretches(const QByteArray &utf8, qsizetype begin, qsizetype count)
+Stretches readInStretches(const QByteArray &utf8, qsizetype begin, qsizetype count, std::size_t mostNotes)
 {
     Stretches stretches;
     const qsizetype usualSize = (utf8.size() - begin) / count + 1;
@@ -85,6 +85,7 @@ Stretches readInStretches(const QByteArray &utf8, qsizetype begin, qsizetype cou
         const qsizetype feed = utf8.indexOf('\n', begin + usualSize);
         const qsizetype end = feed < 0 ? utf8.size() : feed + 1;
         stretches.push_back(std::make_unique<Stretch>(utf8, begin, end));
+        stretches.back()->notes.mostNotes = mostNotes;
         begin = end;
     } while (begin < utf8.size());
     inParallel(std::ssize(stretches), [&stretches](qsizetype i) { stretches[std::size_t(i)]->read(); });
@@ -94,6 +95,7 @@ Stretches readInStretches(const QByteArray &utf8, qsizetype begin, qsizetype cou
 GlyphLines joined(const Stretches &stretches)
 {
     GlyphLines lines;
+    lines.notes.mostNotes = stretches.front()->notes.mostNotes;
     std::size_t count = 0;
     for (const auto &stretch : stretches)
         count += stretch->infos.size();
@@ -109,19 +111,24 @@ GlyphLines joined(const Stretches &stretches)
 
 } // namespace
 
-GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin)
+qsizetype usefulStretches(qsizetype bytes)
 {
     constexpr qsizetype kSmallest = 2 << 20; // less is read before another thread has started
-    return readGlyphLines(utf8, begin, usefulParts(utf8.size() - begin, kSmallest));
+    return usefulParts(bytes, kSmallest);
 }
 
-GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin, qsizetype stretches)
+GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin)
 {
-    const Stretches read = readInStretches(utf8, begin, qMax(stretches, qsizetype(1)));
+    return readGlyphLines(utf8, begin, usefulStretches(utf8.size() - begin));
+}
+
+GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin, qsizetype stretches, std::size_t mostNotes)
+{
+    const Stretches read = readInStretches(utf8, begin, qMax(stretches, qsizetype(1)), mostNotes);
     // Where a comment goes on into the next stretch, that one was read wrongly.
     const bool isCut = std::any_of(read.begin(), std::prev(read.end()),
                                    [](const auto &stretch) { return stretch->endsInComment; });
-    return isCut ? joined(readInStretches(utf8, begin, 1)) : joined(read);
+    return isCut ? joined(readInStretches(utf8, begin, 1, mostNotes)) : joined(read);
 }
 
 } // namespace runebook

@@ -17,7 +17,11 @@ struct GlyphLines {
 /// Reads the lines of \a utf8 from \a begin on; a large file is read by several threads at the same time.
 /// Comments may span lines. The records keep the bytes.
 GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin);
-/// The same in about so many stretches, each read by a thread; the result never depends on their number.
-GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin, qsizetype stretches);
+/// The same in about so many stretches, each read by a thread; the result never depends on their number. Of
+/// the notes \a mostNotes are kept.
+GlyphLines readGlyphLines(const QByteArray &utf8, qsizetype begin, qsizetype stretches,
+                          std::size_t mostNotes = ReadNotes().mostNotes);
+/// In how many stretches so many bytes are read best.
+qsizetype usefulStretches(qsizetype bytes);
 
 } // namespace runebook

@@ -30,11 +30,14 @@ constexpr Sentence kSentences[] = {
     {ReadNotes::CodePoints,
      QT_TRANSLATE_NOOP("SavingChanges", "Of one record with more than two code points two are kept."),
      QT_TRANSLATE_NOOP("SavingChanges", "Of %1 records with more than two code points two are kept.")},
+    {ReadNotes::OtherMeaning,
+     QT_TRANSLATE_NOOP("SavingChanges", "One line says something else than what will be written for it."),
+     QT_TRANSLATE_NOOP("SavingChanges", "%1 lines say something else than what will be written for them.")},
 };
 
 } // namespace
 
-QStringList savingChanges(const ReadNotes &notes)
+QStringList savingChanges(const ReadNotes &notes, int fileVersion)
 {
     const auto tr = [](const char *text) { return QCoreApplication::translate("SavingChanges", text); };
     QStringList changes;
@@ -43,6 +46,12 @@ QStringList savingChanges(const ReadNotes &notes)
         if (count > 0)
             changes << (count == 1 ? tr(sentence.one) : tr(sentence.many).arg(QLocale().toString(count)));
     }
+    const qsizetype others = notes.otherForms[fileVersion == 1 ? 0 : 1];
+    if (others > 0 && !notes.hasCarriageReturns)
+        changes << (others == 1
+                        ? tr("One line that nobody has edited is written anew: it is not in Runebook's own form.")
+                        : tr("%1 lines that nobody has edited are written anew: they are not in Runebook's own form.")
+                              .arg(QLocale().toString(others)));
     if (notes.hasCarriageReturns)
         changes << tr("Lines will end with LF instead of CR LF.");
     if (notes.hasByteOrderMark)

@@ -6,8 +6,8 @@
 
 namespace runebook {
 
-/// What saving makes of a file that was read with these notes: one sentence for each thing that will be
+/// What saving as \a fileVersion makes of a file that was read with these notes: one sentence for each thing that will be
 /// written differently or left out, in the user's language; none when the file comes out as it was.
-QStringList savingChanges(const ReadNotes &notes);
+QStringList savingChanges(const ReadNotes &notes, int fileVersion);
 
 } // namespace runebook

@@ -195,6 +195,9 @@ std::optional<std::vector<TabbedReader::Column>> TabbedReader::columnsOf(std::st
 bool TabbedReader::readRow(VXGlyphInfo &info, const std::vector<Column> &columns, std::string_view row) const
 {
     info.m_source = m_source;
+    const auto offset = static_cast<quint64>(row.data() - m_source->data());
+    if (FieldValue::canBePiece(offset, row.size()))
+        info.m_line = FieldValue::piece(m_source->data(), offset, row.size()); // its place alone
     bool isLast = false;
     for (const Column &column : columns) {
         if (isLast)

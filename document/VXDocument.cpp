@@ -1,8 +1,6 @@
 #include "document/VXDocument.h"
 
 #include "document/GlyphDataReader.h"
-#include "document/GlyphDataWriter.h"
-#include "document/SavingChanges.h"
 #include "document/TabbedTable.h"
 #include "platform/CallLater.h"
 #include "platform/CheckedFile.h"
@@ -48,6 +46,7 @@ VXDocument::VXDocument(QObject *parent)
       m_byProduction(keyOf(GlyphField::Production))
 {
     DocumentController::shared().setAutosavingDelay(kAutosavingDelay);
+    GlyphInfoOwner::ownerlessHasChanged = [](VXGlyphInfo &info) { tellSharers(info, nullptr); };
     connect(this, &Document::saved, this, [this] {
         m_fileNotes.reset();
         m_isFileUnreadable = false;
@@ -56,6 +55,7 @@ VXDocument::VXDocument(QObject *parent)
 
 VXDocument::~VXDocument()
 {
+    leaveSharers();
     for (const InfoPtr &info : m_infos) {
         info->setListings(qMax(0, info->listings() - 1));
         release(info);
@@ -94,13 +94,13 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     const quint8 version = m_fileVersion;
     try {
         std::optional<InfoList> infos =
-            type == kXMLType ? readXMLFromURL(url, &reason) : readTabbedFromURL(url, &reason);
+            type == kXMLType ? readXML(url, &reason) : readTabbedFromURL(url, &reason);
         // Lenient towards files, but what the machine lacks is no property of the file.
         if (!infos && reason.code == ENOMEM)
             throw std::bad_alloc();
         constexpr std::size_t kForEachRow = 64; // what those keep who show the list
         ensureRoom(infos ? infos->size() * kForEachRow : 0);
-        setInfos(std::move(infos).value_or(InfoList()));
+        install(std::move(infos).value_or(InfoList()));
     } catch (const std::bad_alloc &) {
         m_readNotes = std::move(notes);
         m_fileVersion = version;
@@ -110,6 +110,31 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     m_readError = reason;
     m_isFileUnreadable = !reason.domain.isEmpty();
     m_fileNotes = m_readNotes;
+    m_readVersion = m_fileVersion;
+    // Something else than the document's own file.
+    if (!fileURL().isEmpty() && QFileInfo(pathFromURL(url)) != QFileInfo(fileURL()))
+        noteSilentChange();
+    return true;
+}
+
+bool VXDocument::readFromData(const QByteArray &utf8, const QString &type, Error *error)
+{
+    m_readNotes = {};
+    std::optional<InfoList> infos;
+    if (type == kTableType) {
+        infos = TabbedReader().read(utf8, error);
+    } else {
+        GlyphDataReader reader;
+        reader.keepAllNotes();
+        infos = reader.read(utf8);
+        m_fileVersion = reader.fileVersion();
+        m_readNotes = reader.notes();
+    }
+    if (!infos)
+        return false;
+    m_readVersion = m_fileVersion;
+    m_fileNotes = m_readNotes;
+    install(std::move(*infos));
     return true;
 }
 
@@ -125,6 +150,15 @@ std::optional<InfoList> VXDocument::readFromURL(const QString &url, Error *error
 
 std::optional<InfoList> VXDocument::readXMLFromURL(const QString &url, Error *error)
 {
+    const quint8 before = m_fileVersion;
+    std::optional<InfoList> infos = readXML(url, error);
+    if (m_fileVersion != before)
+        noteSilentChange();
+    return infos;
+}
+
+std::optional<InfoList> VXDocument::readXML(const QString &url, Error *error)
+{
     GlyphDataReader reader;
     std::optional<InfoList> infos = reader.read(pathFromURL(url), error);
     if (!infos)
@@ -137,45 +171,6 @@ std::optional<InfoList> VXDocument::readXMLFromURL(const QString &url, Error *er
 std::optional<InfoList> VXDocument::readTabbedFromURL(const QString &url, Error *error)
 {
     return TabbedReader().read(pathFromURL(url), error);
-}
-
-bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error *error)
-{
-    const QString path = pathFromURL(url);
-    const bool isAutosave = path == autosavedContentsURL();
-    ContentProducer produce;
-    if (type == kXMLType)
-        produce = GlyphDataWriter(m_infos, m_fileVersion);
-    else if (type == kTableType)
-        produce = TabbedWriter(m_infos);
-    else
-        return false;
-    return isAutosave ? FileSaver::replace(path, produce, error)
-                      : FileSaver::save(path, produce, error, savedState());
-}
-
-QStringList VXDocument::savingWillChange() const
-{
-    if (m_isFileUnreadable)
-        return {tr("The file could not be read; saving replaces all that is in it.")};
-    return m_fileNotes ? savingChanges(*m_fileNotes) : QStringList();
-}
-
-void VXDocument::learnFormOf(const QString &original)
-{
-    m_fileNotes.reset();
-    m_isFileUnreadable = false;
-    if (fileKind(original) != FileKind::Regular || fileType() != kXMLType)
-        return;
-    GlyphDataReader reader;
-    m_isFileUnreadable = !reader.read(original);
-    m_fileNotes = reader.notes();
-}
-
-std::unique_ptr<SlicedContent> VXDocument::slicedContent() const
-{
-    return std::make_unique<GlyphDataSlices>(
-        m_infos, m_fileVersion, [this, revision = m_revision] { return m_revision == revision; });
 }
 
 QString VXDocument::autosavingFileType() const
@@ -238,9 +233,26 @@ void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const Field
         for (int i = 0; i < info.listings(); ++i)
             index->insert(info);
     }
+    tellSharers(info, this);
     if (m_changes.empty())
         callLater(this, [this] { flushChanges(); });
     m_changes.push_back({info.shared_from_this(), field});
+}
+
+void VXDocument::contentHasChanged(VXGlyphInfo &info)
+{
+    ++m_revision;
+    noteSilentChange();
+    tellSharers(info, this);
+}
+
+void VXDocument::setFileVersion(int version)
+{
+    if (static_cast<quint8>(version) == m_fileVersion)
+        return;
+    m_fileVersion = static_cast<quint8>(version);
+    ++m_revision;
+    noteSilentChange();
 }
 
 void VXDocument::elementHasChanged(const InfoPtr &)

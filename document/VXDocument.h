@@ -7,7 +7,10 @@
 #include "platform/Document.h"
 
 #include <QFont>
+#include <QSet>
 #include <QTextLayout>
+#include <optional>
+#include <unordered_set>
 
 namespace runebook {
 
@@ -45,7 +48,7 @@ public: // opening and saving
     /// The list of a file, by its extension, without installing it; nothing for other extensions and for
     /// files that cannot be read.
     Q_INVOKABLE std::optional<InfoList> readFromURL(const QString &url, runebook::Error *error = nullptr);
-    /// Sets the file version as well.
+    /// Sets the file version as well, which is a change of the document where it was another one.
     Q_INVOKABLE std::optional<InfoList> readXMLFromURL(const QString &url, runebook::Error *error = nullptr);
     Q_INVOKABLE std::optional<InfoList> readTabbedFromURL(const QString &url,
                                                           runebook::Error *error = nullptr);
@@ -60,6 +63,12 @@ public: // opening and saving
     const runebook::Error &readError() const override { return m_readError; }
     QStringList savingWillChange() const override;
     void learnFormOf(const QString &original) override;
+    runebook::SavingLosses savingLosses(const QString &type) const override;
+    qsizetype fixSavingLosses() override;
+    bool readAutosavedContents(const QString &path, bool *isWhole, runebook::Error *error) override;
+    /// The content of a file from its bytes, with every note of the reading. False, and an error, when they are
+    /// not such a file.
+    bool readFromData(const QByteArray &utf8, const QString &type, runebook::Error *error = nullptr);
     std::unique_ptr<runebook::SlicedContent> slicedContent() const override;
     /// What the records cannot keep of the file that was read.
     /// Saving takes the token when it begins. Once the file is written, the document counts as unchanged
@@ -68,11 +77,12 @@ public: // opening and saving
     Q_INVOKABLE void updateChangeCountWithTokenForSaveOperation(quint64 token, int operation);
     const runebook::ReadNotes &readNotes() const { return m_readNotes; }
     Q_INVOKABLE int fileVersion() const { return m_fileVersion; }
-    Q_INVOKABLE void setFileVersion(int version) { m_fileVersion = static_cast<quint8>(version); }
+    /// No undo step, but the document is edited.
+    Q_INVOKABLE void setFileVersion(int version);
 
 public: // the info list
     const InfoList &infos() const { return m_infos; }
-    /// Replaces the list: no undo step. The records get this document.
+    /// Replaces the list: no undo step, but the document is edited. The records get this document.
     Q_INVOKABLE void setInfos(InfoList infos);
     Q_INVOKABLE qsizetype countOfInfos() const { return static_cast<qsizetype>(m_infos.size()); }
     /// Null for an index outside the list.
@@ -96,7 +106,7 @@ public: // the info list
     Q_INVOKABLE void removeObjectFromInfosAtIndex(qsizetype index);
     /// The records keep their document.
     Q_INVOKABLE void removeObjectsFromInfosAtIndexes(const runebook::IndexSet &indexes);
-    /// No undo step.
+    /// No undo step, but the document is edited.
     Q_INVOKABLE void replaceObjectInInfosAtIndexWithObject(qsizetype index, const InfoPtr &info);
     /// Puts the records into another order: the list's own records, each once. Undo restores the old order.
     Q_INVOKABLE void reorderInfos(const InfoList &infos);
@@ -136,6 +146,7 @@ public: // called by records
     runebook::UndoManager *undoManager() override { return Document::undoManager(); }
     void infoHasChanged(VXGlyphInfo &info, runebook::GlyphField field,
                         const runebook::FieldValue &old) override;
+    void contentHasChanged(VXGlyphInfo &info) override;
     QObject *asObject() override { return this; }
     /// Tells the window that the record it shows may look different.
     Q_INVOKABLE void elementHasChanged(const InfoPtr &info);
@@ -161,9 +172,29 @@ Q_SIGNALS:
     /// Fields of records have changed: once for each command, however many there were.
     void infosChanged(const std::vector<VXDocument::Change> &changes);
 
+protected:
+    void noteAcceptedLosses() override;
+
 private:
     enum class Notice { Observers, Quiet };
+    /// The records that a save would not keep as they are.
+    struct Unkept {
+        struct Record {
+            qsizetype place;
+            bool takesOthers;
+        };
+        std::vector<Record> records;
+        quint64 revision = 0;
+    };
 
+    /// Makes \a infos the list, without undo step or notice to the edited state.
+    void install(InfoList infos);
+    std::optional<InfoList> readXML(const QString &url, runebook::Error *error);
+    const Unkept &unkept() const;
+    /// Tells the documents that list records of others that \a info has changed.
+    static void tellSharers(const VXGlyphInfo &info, const VXDocument *except);
+    void noteSharing();
+    void leaveSharers();
     void adopt(const InfoPtr &info);
     void release(const InfoPtr &info);
     void insertAt(const InfoList &infos, const runebook::IndexSet &indexes, Notice notice);
@@ -184,6 +215,10 @@ private:
     /// What the file was like that the next save writes over; nothing after it was saved.
     std::optional<runebook::ReadNotes> m_fileNotes;
     bool m_isFileUnreadable = false;
+    quint8 m_readVersion = 2; ///< of the file that was read
+    /// What saves would not keep, as it was found last; and what of it was accepted, by its values.
+    mutable std::optional<Unkept> m_unkept;
+    QSet<size_t> m_acceptedLosses;
     quint64 m_revision = 0; ///< counts changes of any kind
     std::vector<Change> m_changes;
     /// Records that left the list and still point here; their reference ends with the document.
@@ -195,4 +230,6 @@ private:
     /// Records of the list have another document, or none: they change unheard, so indexes last for one
     /// look-up only.
     bool m_sharesRecords = false;
+    /// Of a document that shares: the records of its list, as long as the list stays the same.
+    mutable std::unordered_set<const VXGlyphInfo *> m_listed;
 };

@@ -19,15 +19,49 @@ IndexSet asSet(IndexSet indexes)
     return indexes;
 }
 
+/// The documents of whose lists records belong to others, or to none.
+std::vector<VXDocument *> &sharers()
+{
+    static auto &documents = *new std::vector<VXDocument *>; // the last of them may go after all statics
+    return documents;
+}
+
 } // namespace
+
+void VXDocument::noteSharing()
+{
+    if (!std::exchange(m_sharesRecords, true))
+        sharers().push_back(this);
+}
+
+void VXDocument::leaveSharers()
+{
+    std::erase(sharers(), this);
+}
+
+void VXDocument::tellSharers(const VXGlyphInfo &info, const VXDocument *except)
+{
+    for (VXDocument *document : sharers()) {
+        if (document == except)
+            continue;
+        if (document->m_listed.empty()) {
+            for (const InfoPtr &listed : document->m_infos)
+                document->m_listed.insert(listed.get());
+        }
+        if (!document->m_listed.contains(&info))
+            continue;
+        ++document->m_revision;
+        document->noteSilentChange();
+    }
+}
 
 void VXDocument::adopt(const InfoPtr &info)
 {
     if (info->listings() > 0 && info->document() != this) {
         // It stands in the list of a document that will not hear of its changes any more.
-        m_sharesRecords = true;
+        noteSharing();
         if (auto *other = qobject_cast<VXDocument *>(info->documentObject()))
-            other->m_sharesRecords = true;
+            other->noteSharing();
     }
     info->setDocument(this);
     info->setListings(info->listings() + 1);
@@ -41,7 +75,7 @@ void VXDocument::setDocumentOf(const InfoPtr &info, VXDocument *document)
     if (info->listings() > 0) {
         for (VXDocument *each : {before, document}) {
             if (each)
-                each->m_sharesRecords = true;
+                each->noteSharing();
         }
     }
     info->setDocument(document);
@@ -57,13 +91,22 @@ void VXDocument::release(const InfoPtr &info)
 
 void VXDocument::setInfos(InfoList infos)
 {
+    for (const InfoPtr &info : infos)
+        info->setNotAsRead();
+    install(std::move(infos));
+    noteSilentChange();
+}
+
+void VXDocument::install(InfoList infos)
+{
     for (const InfoPtr &info : m_infos) {
-        info->setListings(0);
+        info->setListings(qMax(0, info->listings() - 1));
         release(info);
     }
     // Kept until all have heard: who shows the list still has its rows when it is told.
     const InfoList former = std::exchange(m_infos, std::move(infos));
     ++m_revision;
+    m_listed.clear();
     for (const InfoPtr &info : m_infos)
         adopt(info);
     dropIndexes();
@@ -160,7 +203,8 @@ void VXDocument::removeObjectFromInfosAtIndex(qsizetype index)
     undoManager()->registerUndo([this, info, index] { insertObjectInInfosAtIndex(info, index); });
     removeAt({index}, Notice::Observers);
     release(info);
-    m_sharesRecords |= info->listings() > 0;
+    if (info->listings() > 0)
+        noteSharing();
 }
 
 void VXDocument::removeObjectsFromInfosAtIndexes(const IndexSet &anyIndexes)
@@ -185,6 +229,7 @@ void VXDocument::replaceObjectInInfosAtIndexWithObject(qsizetype index, const In
         return;
     removeAt({index}, Notice::Quiet);
     insertAt({info}, {index}, Notice::Observers);
+    noteSilentChange();
 }
 
 void VXDocument::reorderInfos(const InfoList &infos)
@@ -242,6 +287,7 @@ void VXDocument::insertAt(const InfoList &infos, const IndexSet &indexes, Notice
         const std::size_t place = old + next - 1;
         if (indexes[next - 1] == static_cast<qsizetype>(place)) {
             adopt(infos[--next]);
+            infos[next]->setNotAsRead();
             m_infos[place] = infos[next];
         } else {
             m_infos[place] = std::move(m_infos[--old]);
@@ -296,6 +342,7 @@ void VXDocument::removeAt(const IndexSet &indexes, Notice notice)
 void VXDocument::listChanged(Notice notice)
 {
     ++m_revision;
+    m_listed.clear();
     m_placesAreValid = false;
     if (notice == Notice::Observers)
         Q_EMIT didChangeInfos();

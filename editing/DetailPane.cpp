@@ -1,5 +1,6 @@
 #include "editing/DetailPane.h"
 
+#include "editing/FieldRemarks.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
 #include "editing/PendingTexts.h"
@@ -358,11 +359,13 @@ void DetailPane::commitRow(Row &row)
     row.loaded = text;
     Error error;
     if (!setFieldFromText(document(), m_shown, row.field, text, &error)) {
-        m_window.showMessage(error.text());
+        m_window.showRemark(remarkOnRefusal(document(), m_shown, row.field, text, error));
         showRow(row);
         return;
     }
     document().flushChanges();
+    if (const std::optional<FieldRemark> remark = remarkOnValue(document(), m_shown, row.field))
+        m_window.showRemark(*remark);
 }
 
 void DetailPane::revertRow(QWidget *editor)

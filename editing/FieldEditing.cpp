@@ -2,6 +2,7 @@
 
 #include "editing/CodePointTokens.h"
 #include "editing/GlyphColumns.h"
+#include "model/FileText.h"
 
 #include <QCoreApplication>
 
@@ -25,6 +26,8 @@ Error refusal(const QString &reason)
 Error objection(const VXDocument &document, const InfoList &infos, GlyphField field, const QString &text)
 {
     Error error;
+    if (takesOthers(objectionToFileText(text)))
+        return {u"EditError"_s, 2, sentenceOfObjection(text, fieldTitle(field)), {}, {}};
     switch (field) {
     case GlyphField::Name:
         if (infos.size() > 1)
@@ -67,15 +70,8 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
                                          : VXGlyphInfo::directionFromString(text));
         break;
     case GlyphField::UnicodeLegacy:
-        // The setter leaves no trace of its own; for the user it is an edit like any other.
-        if (UndoManager *manager = info.document() ? info.document()->undoManager() : nullptr) {
-            manager->registerUndo([info = info.shared_from_this(), old = info.unicodeLegacy()] {
-                setField(*info, GlyphField::UnicodeLegacy, old);
-            });
-        }
-        info.setUnicodeLegacy(text);
-        if (info.document())
-            info.document()->infoHasChanged(info, field, FieldValue());
+        // The setter leaves no step of its own; for the user it is an edit like any other.
+        info.editText(field, text);
         break;
     default:
         info.setValueForKey(text, keyOfField(field));

@@ -2,8 +2,6 @@
 
 #include "document/VXDocument.h"
 
-#include <QCoreApplication>
-
 namespace runebook {
 
 using namespace Qt::StringLiterals;
@@ -14,24 +12,24 @@ namespace {
 constexpr GlyphField kPicture = GlyphField::UnicodeChar;
 
 constexpr GlyphColumn kColumns[] {
-    {kPicture, QT_TRANSLATE_NOOP("GlyphColumns", "Glyph"), 52, true},
-    {GlyphField::Name, QT_TRANSLATE_NOOP("GlyphColumns", "Name"), 170, true},
-    {GlyphField::Unicodes, QT_TRANSLATE_NOOP("GlyphColumns", "Unicode"), 90, true},
-    {GlyphField::Category, QT_TRANSLATE_NOOP("GlyphColumns", "Category"), 92, true},
-    {GlyphField::SubCategory, QT_TRANSLATE_NOOP("GlyphColumns", "Subcategory"), 104, true},
-    {GlyphField::Case, QT_TRANSLATE_NOOP("GlyphColumns", "Case"), 78, false},
-    {GlyphField::Script, QT_TRANSLATE_NOOP("GlyphColumns", "Script"), 92, true},
-    {GlyphField::Direction, QT_TRANSLATE_NOOP("GlyphColumns", "Direction"), 78, false},
-    {GlyphField::Production, QT_TRANSLATE_NOOP("GlyphColumns", "Production Name"), 130, true},
-    {GlyphField::SortName, QT_TRANSLATE_NOOP("GlyphColumns", "Sort Name"), 120, true},
-    {GlyphField::SortNameKeep, QT_TRANSLATE_NOOP("GlyphColumns", "Second Sort Name"), 120, false},
-    {GlyphField::SortNameOld, QT_TRANSLATE_NOOP("GlyphColumns", "Old Sort Name"), 120, false},
-    {GlyphField::Decompose, QT_TRANSLATE_NOOP("GlyphColumns", "Decompose"), 150, true},
-    {GlyphField::Anchors, QT_TRANSLATE_NOOP("GlyphColumns", "Anchors"), 130, false},
-    {GlyphField::Marks, QT_TRANSLATE_NOOP("GlyphColumns", "Accents"), 150, false},
-    {GlyphField::AltNames, QT_TRANSLATE_NOOP("GlyphColumns", "Alternate Names"), 140, false},
-    {GlyphField::UnicodeLegacy, QT_TRANSLATE_NOOP("GlyphColumns", "Legacy Unicode"), 90, false},
-    {GlyphField::Desc, QT_TRANSLATE_NOOP("GlyphColumns", "Description"), 260, true},
+    {kPicture, 52, true},
+    {GlyphField::Name, 170, true},
+    {GlyphField::Unicodes, 90, true},
+    {GlyphField::Category, 92, true},
+    {GlyphField::SubCategory, 104, true},
+    {GlyphField::Case, 78, false},
+    {GlyphField::Script, 92, true},
+    {GlyphField::Direction, 78, false},
+    {GlyphField::Production, 130, true},
+    {GlyphField::SortName, 120, true},
+    {GlyphField::SortNameKeep, 120, false},
+    {GlyphField::SortNameOld, 120, false},
+    {GlyphField::Decompose, 150, true},
+    {GlyphField::Anchors, 130, false},
+    {GlyphField::Marks, 150, false},
+    {GlyphField::AltNames, 140, false},
+    {GlyphField::UnicodeLegacy, 90, false},
+    {GlyphField::Desc, 260, true},
 };
 
 } // namespace
@@ -52,13 +50,12 @@ int columnOfField(GlyphField field)
 
 QString columnTitle(int column)
 {
-    return QCoreApplication::translate("GlyphColumns", kColumns[column].title);
+    return titleOfField(kColumns[column].field);
 }
 
 QString fieldTitle(GlyphField field)
 {
-    const int column = columnOfField(field);
-    return column < 0 ? keyOfField(field) : columnTitle(column);
+    return titleOfField(field);
 }
 
 bool isEditableColumn(int column)

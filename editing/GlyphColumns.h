@@ -12,7 +12,6 @@ namespace runebook {
 /// One column of the table of records.
 struct GlyphColumn {
     GlyphField field;
-    const char *title; ///< English, translated by columnTitle()
     int width; ///< logical pixels
     bool isShown; ///< unless the user says otherwise
 };

@@ -1,7 +1,7 @@
 #include "editing/ProblemFixes.h"
 
+#include "document/SavableForm.h"
 #include "editing/CodePointTokens.h"
-#include "editing/FieldEditing.h"
 #include "model/CodePointRules.h"
 #include "model/NameRules.h"
 
@@ -15,11 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A new value of a field: a list for code points and alternate names, otherwise one text.
-struct FieldFix {
-    GlyphField field;
-    QStringList value;
-};
 using Fixes = std::vector<FieldFix>;
 
 QString tr(const char *text)
@@ -86,50 +81,6 @@ Fixes repeatedCodePointFixes(const VXGlyphInfo &info)
     return {{GlyphField::Unicodes, codePoints}};
 }
 
-QString withoutQuotesAndBreaks(QString text)
-{
-    text.remove(u'"');
-    text.replace("\r\n"_L1, " "_L1);
-    return text.replace(u'\n', u' ');
-}
-
-Fixes quoteFixes(const VXGlyphInfo &info)
-{
-    Fixes fixes;
-    for (const GlyphField field : RoundTrip::writtenFields()) {
-        if (!RoundTrip::hasQuoteOrBreak(info, field))
-            continue;
-        const bool isList = field == GlyphField::Unicodes || field == GlyphField::AltNames;
-        QStringList values = field == GlyphField::Unicodes ? info.unicodes()
-            : isList                                       ? info.altNames()
-                                                           : QStringList {info.stringValue(field)};
-        for (QString &value : values)
-            value = withoutQuotesAndBreaks(value);
-        fixes.push_back({field, values});
-    }
-    return fixes;
-}
-
-/// Blanks in front of values go, names with a separator in them become several.
-Fixes lostValueFixes(const VXDocument &document, const VXGlyphInfo &info)
-{
-    Fixes fixes;
-    for (const RoundTrip::Loss &loss : RoundTrip(document.fileVersion()).losses(info)) {
-        if (loss.field == GlyphField::AltNames) {
-            const QStringList names = trimmedParts(info.altNames().join(kListSeparator));
-            if (names != info.altNames())
-                fixes.push_back({loss.field, names});
-            continue;
-        }
-        const bool isText = loss.field != GlyphField::Case && loss.field != GlyphField::Direction
-            && loss.field != GlyphField::Name && loss.field != GlyphField::Unicodes;
-        const QString text = info.displayText(loss.field);
-        if (isText && text.startsWith(u' '))
-            fixes.push_back({loss.field, {text.trimmed()}});
-    }
-    return fixes;
-}
-
 Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info)
 {
     switch (kind) {
@@ -141,24 +92,11 @@ Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &
     case ProblemKind::ManyCodePoints:
         return repeatedCodePointFixes(info);
     case ProblemKind::QuoteOrBreak:
-        return quoteFixes(info);
     case ProblemKind::LostValue:
-        return lostValueFixes(document, info);
+        return savableForm(info, document.fileVersion());
     default:
         return {};
     }
-}
-
-void set(VXDocument &document, const InfoPtr &info, const FieldFix &fix)
-{
-    if (fix.field == GlyphField::Unicodes)
-        info->setUnicodes(fix.value);
-    else if (fix.field == GlyphField::AltNames)
-        info->setAltNames(fix.value);
-    else if (fix.field == GlyphField::UnicodeLegacy)
-        setFieldFromText(document, {info}, fix.field, fix.value.first()); // its setter cannot be undone
-    else
-        info->setValueForKey(fix.value.first(), keyOfField(fix.field));
 }
 
 } // namespace
@@ -218,7 +156,7 @@ qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> pro
     const UndoGroup group(document.undoManager(),
                           tr("%1 (Records: %2)").arg(title, QLocale().toString(qlonglong(count))));
     for (const auto &[info, fix] : plan)
-        set(document, info, fix);
+        applyFix(*info, fix);
     return count;
 }
 

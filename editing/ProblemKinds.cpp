@@ -7,51 +7,56 @@ namespace runebook {
 namespace {
 
 struct Words {
+    const char *id;
     const char *title;
     const char *meaning;
 };
 
 // In the order of the kinds.
 constexpr std::array<Words, kProblemKindCount> kWords {{
-    {QT_TRANSLATE_NOOP("Problems", "Missing names"),
+    {"missing-name", QT_TRANSLATE_NOOP("Problems", "Missing names"),
      QT_TRANSLATE_NOOP("Problems",
                        "Records without a name, or with the name “unknown” that such records are given.")},
-    {QT_TRANSLATE_NOOP("Problems", "Invalid names"),
+    {"invalid-name", QT_TRANSLATE_NOOP("Problems", "Invalid names"),
      QT_TRANSLATE_NOOP("Problems", "Names that font tools do not accept.")},
-    {QT_TRANSLATE_NOOP("Problems", "Duplicate names"),
+    {"duplicate-name", QT_TRANSLATE_NOOP("Problems", "Duplicate names"),
      QT_TRANSLATE_NOOP("Problems", "Names that more than one record has.")},
-    {QT_TRANSLATE_NOOP("Problems", "Invalid code points"),
+    {"invalid-code-point", QT_TRANSLATE_NOOP("Problems", "Invalid code points"),
      QT_TRANSLATE_NOOP("Problems",
                        "Code points that are no Unicode numbers of four to six upper-case digits.")},
-    {QT_TRANSLATE_NOOP("Problems", "Duplicate code points"),
+    {"duplicate-code-point", QT_TRANSLATE_NOOP("Problems", "Duplicate code points"),
      QT_TRANSLATE_NOOP("Problems", "Code points that stand more than once in the document.")},
-    {QT_TRANSLATE_NOOP("Problems", "Too many code points"),
+    {"too-many-code-points", QT_TRANSLATE_NOOP("Problems", "Too many code points"),
      QT_TRANSLATE_NOOP("Problems", "Records with more than two code points. A file keeps two of them.")},
-    {QT_TRANSLATE_NOOP("Problems", "Quotes and line breaks"),
+    {"quote-or-line-break", QT_TRANSLATE_NOOP("Problems", "Quotes and line breaks"),
      QT_TRANSLATE_NOOP("Problems",
                        "Values with a double quote or a line break, which end a value in a file.")},
-    {QT_TRANSLATE_NOOP("Problems", "Changed by saving"),
+    {"lost-value", QT_TRANSLATE_NOOP("Problems", "Changed by saving"),
      QT_TRANSLATE_NOOP("Problems",
                        "Other values that are not the same after saving and opening the file again.")},
-    {QT_TRANSLATE_NOOP("Problems", "Comments in the file"),
+    {"comment", QT_TRANSLATE_NOOP("Problems", "Comments in the file"),
      QT_TRANSLATE_NOOP("Problems", "Comments are not kept when the file is saved.")},
-    {QT_TRANSLATE_NOOP("Problems", "Unknown attributes"),
+    {"unknown-attribute", QT_TRANSLATE_NOOP("Problems", "Unknown attributes"),
      QT_TRANSLATE_NOOP("Problems",
                        "Attributes of the file that no record has. They are not kept when it is saved.")},
-    {QT_TRANSLATE_NOOP("Problems", "Attributes not read"),
+    {"unread-attribute", QT_TRANSLATE_NOOP("Problems", "Attributes not read"),
      QT_TRANSLATE_NOOP(
          "Problems",
          "Attributes at the end of lines with non-ASCII text, where reading a line ends early. They are "
          "not kept when the file is saved.")},
-    {QT_TRANSLATE_NOOP("Problems", "Repeated attributes"),
+    {"dropped-attribute", QT_TRANSLATE_NOOP("Problems", "Repeated attributes"),
      QT_TRANSLATE_NOOP(
          "Problems",
          "Attributes that are repeated, refused, damaged, or begin with blanks. They are not kept as "
          "they are when the file is saved.")},
-    {QT_TRANSLATE_NOOP("Problems", "Other lines"),
+    {"foreign-line", QT_TRANSLATE_NOOP("Problems", "Other lines"),
      QT_TRANSLATE_NOOP("Problems",
                        "Lines of the file that are no glyph lines. They are not kept when it is saved.")},
-    {QT_TRANSLATE_NOOP("Problems", "The file itself"),
+    {"other-meaning", QT_TRANSLATE_NOOP("Problems", "Lines read differently"),
+     QT_TRANSLATE_NOOP("Problems",
+                       "Lines that other programs take for something else than what is read here and written "
+                       "when the file is saved.")},
+    {"file-form", QT_TRANSLATE_NOOP("Problems", "The file itself"),
      QT_TRANSLATE_NOOP("Problems", "What saving changes in the file as a whole.")},
 }};
 
@@ -61,6 +66,11 @@ QString translated(const char *text)
 }
 
 } // namespace
+
+QLatin1StringView idOfProblemKind(ProblemKind kind)
+{
+    return QLatin1StringView(kWords[static_cast<std::size_t>(kind)].id);
+}
 
 QString titleOfProblemKind(ProblemKind kind)
 {

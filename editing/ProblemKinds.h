@@ -24,6 +24,7 @@ enum class ProblemKind : quint8 {
     UnreadRest,
     DroppedAttribute,
     ForeignLine,
+    OtherMeaning, ///< a line that another program takes for something else
     FileForm, ///< the file as a whole
 };
 
@@ -39,6 +40,8 @@ inline constexpr auto allProblemKinds()
     return kinds;
 }
 
+/// For programs: "duplicate-name". Never translated, never changed.
+QLatin1StringView idOfProblemKind(ProblemKind kind);
 /// For lists of kinds: "Duplicate names".
 QString titleOfProblemKind(ProblemKind kind);
 /// What the kind means and why it matters, in a sentence.

@@ -186,7 +186,7 @@ void Problems::check(std::span<const qsizetype> places)
         Flags flags = flagsOf(*infos[i]);
         if (m_outcomes[i] == RoundTrip::Outcome::Broken)
             flags |= flagOf(ProblemKind::QuoteOrBreak);
-        else if (m_outcomes[i] == RoundTrip::Outcome::Changed)
+        else if (m_outcomes[i] != RoundTrip::Outcome::Same)
             flags |= flagOf(ProblemKind::LostValue);
         setFlags(place, flags);
         dropKeys(place);

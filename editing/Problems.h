@@ -51,6 +51,9 @@ public: // asking: about what was looked at so far
                 std::vector<Problem> &problems) const;
     /// The same for what was met when the file was read. Of very many only the first are kept.
     void appendRead(std::optional<ProblemKind> kind, std::vector<Problem> &problems) const;
+    /// Where the line of something that was met when the file was read begins in its bytes; -1 for the file as a
+    /// whole.
+    qint64 offsetOf(const Problem &problem) const;
     /// What is wrong, in words.
     QString explanation(const Problem &problem) const;
 
@@ -65,6 +68,7 @@ private:
         ProblemKind kind;
         std::weak_ptr<VXGlyphInfo> info;
         QString text;
+        qint64 offset = -1;
     };
     using Flags = quint16;
 

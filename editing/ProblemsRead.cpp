@@ -1,4 +1,5 @@
 // Of the problems of a document: what was met when its file was read, and all of them in words.
+#include "document/SavableForm.h"
 #include "editing/GlyphColumns.h"
 #include "editing/Problems.h"
 #include "model/CodePointRules.h"
@@ -27,6 +28,8 @@ std::optional<ProblemKind> kindOfNote(ReadNotes::Kind kind)
         return ProblemKind::DroppedAttribute;
     case ReadNotes::ForeignLine:
         return ProblemKind::ForeignLine;
+    case ReadNotes::OtherMeaning:
+        return ProblemKind::OtherMeaning;
     case ReadNotes::CodePoints:
     case ReadNotes::KindCount:
         break;
@@ -56,7 +59,7 @@ void Problems::bindNotes()
     const ReadNotes &notes = m_document.readNotes();
     for (const ReadNotes::Note &note : notes.notes) {
         if (const std::optional<ProblemKind> kind = kindOfNote(note.kind))
-            m_notes.push_back({*kind, m_document.objectInInfosAtIndex(note.record), note.text});
+            m_notes.push_back({*kind, m_document.objectInInfosAtIndex(note.record), note.text, note.offset});
     }
     for (int each = 0; each < ReadNotes::KindCount; ++each) {
         if (const auto kind = kindOfNote(static_cast<ReadNotes::Kind>(each)))
@@ -70,7 +73,7 @@ void Problems::bindNotes()
 void Problems::addFileNotes(const ReadNotes &notes)
 {
     const auto add = [this](const QString &text) {
-        m_notes.push_back({ProblemKind::FileForm, {}, text});
+        m_notes.push_back({ProblemKind::FileForm, {}, text, -1});
         ++m_counts[static_cast<std::size_t>(ProblemKind::FileForm)];
     };
     if (const Error &error = m_document.readError(); !error.domain.isEmpty())
@@ -101,6 +104,12 @@ void Problems::appendRead(std::optional<ProblemKind> kind, std::vector<Problem> 
         if (!kind || m_notes[i].kind == *kind)
             problems.push_back({m_notes[i].kind, m_notes[i].info.lock(), static_cast<int>(i)});
     }
+}
+
+qint64 Problems::offsetOf(const Problem &problem) const
+{
+    const auto note = static_cast<std::size_t>(problem.part);
+    return problem.kind >= kFirstReadProblem && note < m_notes.size() ? m_notes[note].offset : -1;
 }
 
 // In words
@@ -179,14 +188,8 @@ QString Problems::lossExplanation(const VXGlyphInfo &info, ProblemKind kind) con
         }
         return sentences.join(u' ');
     }
-    for (const RoundTrip::Loss &loss : RoundTrip(m_document.fileVersion()).losses(info)) {
-        if (info.displayText(loss.field).contains("<!--"_L1))
-            sentences << tr("%1 holds the beginning of a comment.").arg(fieldTitle(loss.field));
-        else
-            sentences << (loss.after.isEmpty()
-                              ? tr("%1 would be lost.").arg(fieldTitle(loss.field))
-                              : tr("%1 would become %2.").arg(fieldTitle(loss.field), quoted(loss.after)));
-    }
+    for (const RoundTrip::Loss &loss : RoundTrip(m_document.fileVersion()).losses(info))
+        sentences << sentenceOfLoss(info, loss, fieldTitle(loss.field));
     return sentences.join(u' ');
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/VXDocument.h"
+#include "editing/FieldRemarks.h"
 #include "platform/Predicate.h"
 
 #include <QAbstractTableModel>
@@ -156,6 +157,8 @@ Q_SIGNALS:
     void selectionChanged();
     /// A value typed into a cell was refused.
     void editRefused(const QString &reason);
+    /// The user should hear of what was typed into a cell: that it was refused, or that a file does not keep it.
+    void remarked(const runebook::FieldRemark &remark);
 
 private:
     void acceptRows(const runebook::IndexSet &rows, Qt::DropAction action, qsizetype row);

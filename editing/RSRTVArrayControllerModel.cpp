@@ -48,11 +48,16 @@ bool RSRTVArrayController::setData(const QModelIndex &index, const QVariant &val
     const InfoPtr info = arrangedObjectAtIndex(index.row());
     if (!info || role != Qt::EditRole || !isEditableColumn(index.column()))
         return false;
+    const GlyphField field = glyphColumns()[static_cast<std::size_t>(index.column())].field;
+    const QString text = value.toString();
     Error error;
-    if (setFieldFromText(m_document, {info}, glyphColumns()[static_cast<std::size_t>(index.column())].field,
-                         value.toString(), &error))
+    if (setFieldFromText(m_document, {info}, field, text, &error)) {
+        if (const std::optional<FieldRemark> remark = remarkOnValue(m_document, {info}, field))
+            Q_EMIT remarked(*remark);
         return true;
+    }
     Q_EMIT editRefused(error.text());
+    Q_EMIT remarked(remarkOnRefusal(m_document, {info}, field, text, error));
     return false;
 }
 

@@ -132,7 +132,9 @@ void VXWindowController::connectParts()
 {
     connect(m_infolistController, &RSRTVArrayController::arrangedObjectsChanged, this,
             &VXWindowController::updateTitle);
-    connect(m_infolistController, &RSRTVArrayController::editRefused, this, &VXWindowController::showMessage);
+    connect(m_infolistController, &RSRTVArrayController::remarked, this, &VXWindowController::showRemark);
+    connect(&m_document, &Document::showPlaceRequested, this,
+            [this](qsizetype place) { showInfo(m_document.objectInInfosAtIndex(place)); });
     connect(&m_document, &Document::commitEditingRequested, m_detailPane, &DetailPane::commitEditing);
     connect(&m_document, &VXDocument::infosReset, this, &VXWindowController::setActiveInfo);
     connect(&m_document, &Document::aboutToClose, this, [this] { hide(); });
@@ -281,6 +283,14 @@ QString VXWindowController::windowTitleForDocumentDisplayName(const QString &dis
 void VXWindowController::showMessage(const QString &text)
 {
     m_messageBar->showMessage(text, MessageBar::Stay::ShortTime);
+}
+
+void VXWindowController::showRemark(const FieldRemark &remark)
+{
+    if (remark.takeOffer)
+        m_messageBar->ask(remark.sentence, {{remark.offer, remark.takeOffer}});
+    else
+        showMessage(remark.sentence);
 }
 
 void VXWindowController::showReadError()

@@ -133,6 +133,8 @@ public: // display
     /// Refreshes the title in the next turn of the event loop, once for several calls.
     Q_INVOKABLE void updateTitle();
     Q_INVOKABLE void showMessage(const QString &text);
+    /// The same with what may be done about it.
+    void showRemark(const runebook::FieldRemark &remark);
     /// Whether what stands in \a field may stay; sets its error hint and extra button.
     Q_INVOKABLE bool textFieldHasValidContent(QObject *field);
     /// What of the typed tokens is added to \a tokenField, in its final form.

@@ -38,5 +38,7 @@ inline constexpr int kFieldCount = static_cast<int>(GlyphField::Unicode) + 1;
 QString keyOfField(GlyphField field);
 /// The field of a key; nothing for a key that names none. Keys match exactly.
 std::optional<GlyphField> fieldForKey(QStringView key);
+/// How people call the field: "Sort Name", translated; the key of one that no window shows.
+QString titleOfField(GlyphField field);
 
 } // namespace runebook

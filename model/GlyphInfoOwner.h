@@ -21,6 +21,11 @@ public:
     virtual UndoManager *undoManager() = 0;
     /// Called by every setter after the change. \a old is what the field held before.
     virtual void infoHasChanged(VXGlyphInfo &info, GlyphField field, const FieldValue &old) = 0;
+    /// Called by setters that leave no undo step and announce nothing: what a file holds of the record is
+    /// another thing now.
+    virtual void contentHasChanged(VXGlyphInfo &info) { Q_UNUSED(info) }
+    /// Told of changes to records that stand in a list but have no owner; set once.
+    static inline void (*ownerlessHasChanged)(VXGlyphInfo &info) = nullptr;
     /// The first record of that name, or null.
     virtual std::shared_ptr<VXGlyphInfo> infoForName(const QString &name) const = 0;
     virtual QObject *asObject() = 0;

@@ -1,6 +1,7 @@
 #include "model/GlyphLineReader.h"
 
 #include "model/GlyphLineWriter.h"
+#include "model/LineMeaning.h"
 #include "model/StringHelpers.h"
 
 #include <algorithm>
@@ -211,6 +212,8 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
     if (!line.starts_with(kStart))
         return nullptr;
 
+    m_lineOffset = begin;
+    m_isNoted = m_isTold = m_isOdd = m_isOtherWord = false;
     InfoPtr info;
     const std::size_t comment = hasComment(begin, end) ? line.find(kCommentStart) : line.npos;
     const std::size_t commentEnd = comment == line.npos ? line.npos : line.rfind(kCommentEnd);
@@ -222,6 +225,7 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
         rest.append(behind.data(), static_cast<qsizetype>(behind.size()));
         GlyphLineReader inner(SourcePtr(new SourceBytes(rest)), m_notes);
         inner.m_records = m_records;
+        inner.m_lineOffset = m_lineOffset;
         inner.m_versionHint = m_versionHint;
         info = inner.readWithoutComments({inner.m_source->data(), static_cast<std::size_t>(rest.size())});
         m_versionHint = inner.m_versionHint;
@@ -240,7 +244,17 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
             info->m_line = FieldValue::piece(m_source->data(), lineStart, line.size() + 2);
             info->m_lineVersions = m_lineVersions;
         }
+        if (!m_lineVersions)
+            noteForm(*info, line);
+        if (m_notes) {
+            m_notes->otherForms[0] += !(m_lineVersions & 1) && !m_isNoted;
+            m_notes->otherForms[1] += !(m_lineVersions & 2) && !m_isNoted;
+        }
     }
+    if (!info->m_line.isPiece() && FieldValue::canBePiece(quint64(begin), line.size()))
+        info->m_line = FieldValue::piece(m_source->data(), quint64(begin), line.size()); // its place alone
+    if (m_notes)
+        info->m_lineVersions |= VXGlyphInfo::kAsRead;
     ++m_records;
     return info;
 }
@@ -333,12 +347,14 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
     std::size_t i = kStart.size();
     // Where the writer would put the next key or the end: behind the closing quote and one blank.
     std::size_t usualPlace = i;
+    std::size_t closingQuote = length;
     bool ended = false;
     if (bound < kStart.size() + 2)
         i = length;
     while (i < length) {
         const char c = line[i];
         if (c == ' ' || c == '"') {
+            m_isOdd |= c == '"' && i != closingQuote;
             ++i;
             continue;
         }
@@ -369,11 +385,15 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
             i = quote ? static_cast<std::size_t>(static_cast<const char *>(quote) - line.data()) : length;
         }
         const Attribute attribute {key, line.substr(valueStart, i - valueStart), attributeOfKey(key)};
-        const bool isPlain = isUsualPlace && valueStart == afterKey + 2 && line[afterKey] == '='
+        const bool isOrdinary = valueStart == afterKey + 2 && line[afterKey] == '='
             && line[afterKey + 1] == '"' && i < length;
-        if (!isPlain)
+        m_isOdd |= !isOrdinary;
+        // Where XML has a value in single quotes, the second one at least becomes a part of it.
+        m_isOtherWord |= key.size() >= 2 && line.substr(afterKey, 2) == "='";
+        if (!isOrdinary || !isUsualPlace)
             m_lineVersions = 0;
         usualPlace = i + 2;
+        closingQuote = i;
 
         After after = After::LookForEnd;
         if (key.size() >= 2 && !attribute.value.empty() && isWholeText(attribute.value)) {
@@ -392,8 +412,10 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
             break;
         }
     }
-    if (!ended || i != length)
+    if (!ended || i != length) {
         m_lineVersions = 0;
+        m_isOdd = true;
+    }
     if (i < length && line.find_first_not_of(" \t\"", i) != line.npos)
         note(ReadNotes::UnreadRest, line.substr(i));
     if (m_seenFields & (1u << static_cast<int>(GlyphField::Unicodes)))
@@ -401,7 +423,26 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
     if (!(m_seenFields & (1u << static_cast<int>(GlyphField::Name)))) {
         info.m_values[static_cast<std::size_t>(GlyphField::Name)] = VXGlyphInfo::unknownName();
         m_lineVersions = 0;
+        m_isOtherWord = true;
     }
+}
+
+void GlyphLineReader::noteForm(const VXGlyphInfo &info, std::string_view line)
+{
+    if (!m_notes || m_isTold)
+        return;
+    bool isOther = m_isOtherWord;
+    constexpr std::size_t kLongest = 1 << 20; // a line that is longer is no glyph of anybody
+    if (!isOther && m_isOdd && line.size() > kLongest) {
+        isOther = true;
+    } else if (!isOther && m_isOdd) {
+        std::string printed;
+        constexpr int kNewest = 2;
+        GlyphLineWriter(kNewest).append(info, printed);
+        isOther = !haveSameMeaning(line, printed);
+    }
+    if (isOther)
+        note(ReadNotes::OtherMeaning, line);
 }
 
 GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute &attribute)
@@ -426,6 +467,7 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
         }
         if (known.field == GlyphField::UnicodeLegacy && utf16Length(value) < 4)
             m_lineVersions = 0;
+        m_isOtherWord |= known.field == GlyphField::UnicharString; // which no file gets
         setPiece(info, known.field, value);
         return After::LookForEnd;
     case K::Legacy:
@@ -445,8 +487,10 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
     }
     case K::Direction: {
         info.m_direction = static_cast<qint8>(VXGlyphInfo::directionFromString(toText(value)));
-        if (value != GlyphLineWriter::directionWord(info.m_direction))
+        if (value != GlyphLineWriter::directionWord(info.m_direction)) {
             m_lineVersions = 0;
+            m_isOtherWord = true;
+        }
         return After::GoOn;
     }
     case K::Case: {
@@ -456,6 +500,7 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
         const bool isUsual = letterCase < VXGlyphInfo::other;
         info.m_case = static_cast<quint8>(isUsual ? letterCase : VXGlyphInfo::caseFromString(toText(value)));
         m_versionHint = 2;
+        m_isOtherWord |= !isUsual;
         m_lineVersions = isUsual ? m_lineVersions & ~1 : 0;
         return After::GoOn;
     }
@@ -514,8 +559,10 @@ void GlyphLineReader::noteOrder(int rank)
 
 void GlyphLineReader::note(ReadNotes::Kind kind, std::string_view text)
 {
+    m_isNoted = true;
+    m_isTold |= kind != ReadNotes::UnknownAttribute;
     if (m_notes)
-        m_notes->add(kind, m_records, toText(text.substr(0, 400)));
+        m_notes->add(kind, m_records, toText(text.substr(0, 400)), m_lineOffset);
 }
 
 } // namespace runebook

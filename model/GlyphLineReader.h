@@ -61,6 +61,9 @@ private:
             m_source->data(), static_cast<quint64>(value.data() - m_source->data()), value.size());
     }
     void noteOrder(int rank);
+    /// Notes what an XML reader would take for something else than what is printed for the record; for lines
+    /// that another note tells of already that is enough.
+    void noteForm(const VXGlyphInfo &info, std::string_view line);
     void note(ReadNotes::Kind kind, std::string_view text);
 
     SourcePtr m_source;
@@ -72,9 +75,14 @@ private:
     qsizetype m_searchedEnd = 0;
     qsizetype m_firstComment = -1;
     qsizetype m_records = 0;
+    qsizetype m_lineOffset = 0; ///< of the line being read, in the bytes of the file
     quint8 m_versionHint = 0;
     // Of the line being read: whether it is, so far, what the writer would print for each kind of version.
     quint8 m_lineVersions = 0;
+    bool m_isNoted = false; ///< whether something that is not kept was noted
+    bool m_isTold = false; ///< the same, unknown attributes apart
+    bool m_isOdd = false; ///< whether it is written in a way that an XML reader may read differently
+    bool m_isOtherWord = false; ///< whether a word of it is printed as another one, or one too many
     int m_lastRank = 0;
     quint32 m_seenFields = 0;
 };

@@ -2,18 +2,12 @@
 
 namespace runebook {
 
-namespace {
-
-constexpr std::size_t kKeptNotes = 1000;
-
-} // namespace
-
-void ReadNotes::add(Kind kind, qsizetype record, const QString &text)
+void ReadNotes::add(Kind kind, qsizetype record, const QString &text, qsizetype offset)
 {
     constexpr qsizetype kKeptText = 200;
     ++counts[kind];
-    if (notes.size() < kKeptNotes)
-        notes.push_back({kind, record, text.left(kKeptText)});
+    if (notes.size() < mostNotes)
+        notes.push_back({kind, record, text.left(kKeptText), offset});
 }
 
 void ReadNotes::append(const ReadNotes &following, qsizetype records)
@@ -22,11 +16,13 @@ void ReadNotes::append(const ReadNotes &following, qsizetype records)
         counts[kind] += following.counts[kind];
     for (Note note : following.notes) {
         note.record += records;
-        if (notes.size() < kKeptNotes)
+        if (notes.size() < mostNotes)
             notes.push_back(std::move(note));
     }
     unknownAttributes.insert(unknownAttributes.end(), following.unknownAttributes.begin(),
                              following.unknownAttributes.end());
+    otherForms[0] += following.otherForms[0];
+    otherForms[1] += following.otherForms[1];
     hasByteOrderMark |= following.hasByteOrderMark;
     hasCarriageReturns |= following.hasCarriageReturns;
     hasForeignHeader |= following.hasForeignHeader;

@@ -16,25 +16,31 @@ struct ReadNotes {
         DroppedAttribute, ///< a repeated or refused attribute, one without value or with leading blanks
         CodePoints, ///< more than two code points, of which a save keeps two
         ForeignLine, ///< a line that is no glyph line
+        OtherMeaning, ///< a line that an XML reader takes for something else than what a save will print for it
         KindCount
     };
     struct Note {
         Kind kind;
         qsizetype record; ///< 0-based place of the record concerned, or of the next one
         QString text; ///< what was met, cut for display
+        qsizetype offset = -1; ///< of the line in the bytes that were read
     };
 
-    /// Adds a note; the texts of the first thousand are kept, all are counted.
-    void add(Kind kind, qsizetype record, const QString &text = {});
+    /// Adds a note; of many the first are kept, all are counted.
+    void add(Kind kind, qsizetype record, const QString &text = {}, qsizetype offset = -1);
     /// Adds the notes of what was read behind this, where \a records records had been read before.
     void append(const ReadNotes &following, qsizetype records);
     bool isEmpty() const;
     qsizetype count(Kind kind) const { return counts[kind]; }
 
     std::vector<Note> notes;
+    std::size_t mostNotes = 1000; ///< that are kept
     qsizetype counts[KindCount] = {};
     /// Keys and values of unknown attributes, the first of each key at least: for a report when all was read.
     std::vector<std::pair<QString, QString>> unknownAttributes;
+    /// Records whose lines have another form than the one that is printed for them, without any of the notes
+    /// above: for files of version 1 and of the later ones.
+    qsizetype otherForms[2] = {};
     bool hasByteOrderMark = false;
     bool hasCarriageReturns = false;
     bool hasForeignHeader = false; ///< a header that a save replaces by the program's own

@@ -17,11 +17,31 @@ constexpr F kWritten[] {F::Name,         F::Unicodes,  F::UnicodeLegacy, F::Sort
 
 constexpr qsizetype kWrittenCodePoints = 2;
 
-bool isSameList(const VXGlyphInfo &a, const VXGlyphInfo &b, F field)
+/// Whether a line begins a comment and does not end it: then the lines behind it are passed over.
+bool opensComment(std::string_view line)
+{
+    return line.find("<!--") != line.npos && line.find("-->") == line.npos;
+}
+
+bool takesOthers(const VXGlyphInfo &info)
+{
+    return std::any_of(std::begin(kWritten), std::end(kWritten),
+                       [&info](F field) { return RoundTrip::takesOthers(info, field); });
+}
+
+bool isBroken(const VXGlyphInfo &info)
+{
+    return std::any_of(std::begin(kWritten), std::end(kWritten),
+                       [&info](F field) { return RoundTrip::hasQuoteOrBreak(info, field); });
+}
+
+} // namespace
+
+bool RoundTrip::isSameList(const VXGlyphInfo &a, const VXGlyphInfo &b, F field) const
 {
     if (field == F::Unicodes) {
         const QStringList written = a.unicodes();
-        return written.size() > kWrittenCodePoints || written == b.unicodes();
+        return (m_of == Of::Values && written.size() > kWrittenCodePoints) || written == b.unicodes();
     }
     // A list of one empty text is written like no list at all, and means the same.
     return a.stringValue(field) == b.stringValue(field)
@@ -29,7 +49,7 @@ bool isSameList(const VXGlyphInfo &a, const VXGlyphInfo &b, F field)
 }
 
 /// Whether \a field of \a a is the same in \a b, which was read from the line of \a a.
-bool isSame(const VXGlyphInfo &a, const VXGlyphInfo &b, F field)
+bool RoundTrip::isSame(const VXGlyphInfo &a, const VXGlyphInfo &b, F field) const
 {
     const FieldValue &written = a.stored(field);
     const FieldValue &read = b.stored(field);
@@ -41,30 +61,26 @@ bool isSame(const VXGlyphInfo &a, const VXGlyphInfo &b, F field)
         return true;
     const QString text = a.stringValue(field);
     // A record without a name has nothing to lose.
-    return (field == F::Name && text.isEmpty()) || text == b.stringValue(field)
-        || (text.isEmpty() && b.stored(field).isEmpty());
+    return (m_of == Of::Values && field == F::Name && text.isEmpty()) || text == b.stringValue(field)
+        || (field != F::Name && text.isEmpty() && b.stored(field).isEmpty());
 }
 
-bool isSameRecord(const VXGlyphInfo &a, const VXGlyphInfo &b)
+bool RoundTrip::isSameRecord(const VXGlyphInfo &a, const VXGlyphInfo &b) const
 {
     return a.caseValue() == b.caseValue() && a.direction() == b.direction()
         && std::all_of(std::begin(kWritten), std::end(kWritten),
                        [&](F field) { return isSame(a, b, field); });
 }
 
-/// Whether a line begins a comment and does not end it: then the lines behind it are passed over.
-bool opensComment(std::string_view line)
+bool RoundTrip::takesOthers(const VXGlyphInfo &info, GlyphField field)
 {
-    return line.find("<!--") != line.npos && line.find("-->") == line.npos;
+    if (static_cast<int>(field) >= kStoredFieldCount)
+        return false;
+    std::string buffer;
+    const std::string_view text = info.utf8(field, buffer);
+    return text.find("<!--") != text.npos
+        || (!info.stored(field).isPiece() && text.find("-->") != text.npos);
 }
-
-bool isBroken(const VXGlyphInfo &info)
-{
-    return std::any_of(std::begin(kWritten), std::end(kWritten),
-                       [&info](F field) { return RoundTrip::hasQuoteOrBreak(info, field); });
-}
-
-} // namespace
 
 std::span<const GlyphField> RoundTrip::writtenFields()
 {
@@ -88,7 +104,12 @@ void RoundTrip::check(std::span<VXGlyphInfo *const> infos, std::vector<Outcome> 
             continue; // it is the line that was read
         const std::size_t begin = m_text.size();
         writer.append(*infos[i], m_text);
-        m_lines.push_back({i, begin, m_text.size() - 1});
+        const std::string_view line = std::string_view(m_text).substr(begin);
+        const bool hasMark = line.find("<!--") != line.npos || line.find("-->") != line.npos;
+        if (hasMark && runebook::takesOthers(*infos[i]))
+            outcomes[i] = Outcome::TakesOthers;
+        else
+            m_lines.push_back({i, begin, m_text.size() - 1});
     }
     if (m_lines.empty())
         return;
@@ -98,7 +119,7 @@ void RoundTrip::check(std::span<VXGlyphInfo *const> infos, std::vector<Outcome> 
     for (const Line &line : m_lines) {
         const VXGlyphInfo &written = *infos[line.record];
         const std::string_view text(source->data() + line.begin, line.end - line.begin);
-        const bool isWhole = text.find('\n') == text.npos && !opensComment(text);
+        const bool isWhole = text.find('\n') == text.npos;
         const InfoPtr read = isWhole
             ? reader.readPiece(static_cast<qsizetype>(line.begin), static_cast<qsizetype>(line.end))
             : nullptr;
@@ -122,13 +143,14 @@ std::vector<RoundTrip::Loss> RoundTrip::losses(const VXGlyphInfo &info) const
     const bool hidesLines = opensComment(text);
     std::string buffer;
     for (const F field : kWritten) {
-        if (!isSame(info, *read, field) || (hidesLines && opensComment(info.utf8(field, buffer))))
+        if (!isSame(info, *read, field) || (hidesLines && opensComment(info.utf8(field, buffer)))
+            || takesOthers(info, field))
             losses.push_back({field, read->displayText(field)});
     }
-    for (const F field : {F::Case, F::Direction}) {
-        if (info.displayText(field) != read->displayText(field))
-            losses.push_back({field, read->displayText(field)});
-    }
+    if (info.caseValue() != read->caseValue())
+        losses.push_back({F::Case, read->displayText(F::Case)});
+    if (info.direction() != read->direction())
+        losses.push_back({F::Direction, read->displayText(F::Direction)});
     return losses;
 }
 

@@ -202,6 +202,8 @@ void VXGlyphInfo::notifyChanged(GlyphField field, const FieldValue &old)
 {
     if (m_document)
         m_document->infoHasChanged(*this, field, old);
+    else if (m_listings > 0 && GlyphInfoOwner::ownerlessHasChanged)
+        GlyphInfoOwner::ownerlessHasChanged(*this);
 }
 
 void VXGlyphInfo::setStored(GlyphField field, FieldValue value)
@@ -229,7 +231,14 @@ void VXGlyphInfo::setMarks(const QString &marks)
 
 void VXGlyphInfo::setUnicodeLegacy(const QString &text)
 {
-    exchange(GlyphField::UnicodeLegacy, FieldValue::text(text));
+    const FieldValue fresh = FieldValue::text(text);
+    if (FieldValue::equal(stored(GlyphField::UnicodeLegacy), sourceData(), fresh, nullptr))
+        return;
+    exchange(GlyphField::UnicodeLegacy, fresh);
+    if (m_document)
+        m_document->contentHasChanged(*this);
+    else if (m_listings > 0 && GlyphInfoOwner::ownerlessHasChanged)
+        GlyphInfoOwner::ownerlessHasChanged(*this);
 }
 
 void VXGlyphInfo::setUnicodes(const QStringList &unicodes)

@@ -112,7 +112,7 @@ public: // setters
     /// Refuses one particular list of Arabic marks silently.
     Q_INVOKABLE void setMarks(const QString &marks);
     Q_INVOKABLE void setAnchors(const QString &text) { setText(runebook::GlyphField::Anchors, text); }
-    /// Stores only: no undo step, no notification.
+    /// No undo step, no notification; the document counts as edited.
     Q_INVOKABLE void setUnicodeLegacy(const QString &text);
     /// Leaves out empty entries and turns the others to upper case.
     Q_INVOKABLE void setUnicodes(const QStringList &unicodes);
@@ -138,6 +138,9 @@ public: // setters
     Q_INVOKABLE void setAltNames(const QString &names);
     Q_INVOKABLE void setDesc(const QString &desc);
     Q_INVOKABLE void setDecompose(const QString &text) { setText(runebook::GlyphField::Decompose, text); }
+    /// Stores a text in a text field as an edit with its undo step and notice, whatever the field's own setter
+    /// does.
+    void editText(runebook::GlyphField field, const QString &text) { setText(field, text); }
     /// Stores the reference without owning it.
     void setDocument(runebook::GlyphInfoOwner *document) { m_document = document; }
 
@@ -201,6 +204,16 @@ public: // for the readers, writers and indexes of this system
     /// The bytes of the line that the record was read from while they are exactly what a file of
     /// \a fileVersion holds for it; otherwise empty.
     std::string_view unchangedLine(int fileVersion) const;
+    /// Where the line of the record begins in the bytes that were read; -1 for a record that was not read from
+    /// a file.
+    qint64 lineOffset() const { return m_line.isPiece() ? qint64(m_line.pieceOffset()) : -1; }
+    /// The length of that line in bytes; 0 for none, and for one of more than 64 MB.
+    qint64 lineLength() const { return m_line.isPiece() ? qint64(m_line.pieceLength()) : 0; }
+    /// Whether the record is as it was read from the file of its document: what that file holds of it was
+    /// looked at then.
+    bool isAsRead() const { return m_lineVersions & kAsRead; }
+    /// From now on it counts as one that the file of its document does not have.
+    void setNotAsRead() { m_lineVersions &= quint8(~kAsRead); }
     /// The record's place in its list when it was last asked for; a hint, to be checked.
     quint32 placeHint() const { return m_placeHint; }
     void setPlaceHint(quint32 place) { m_placeHint = place; }
@@ -238,7 +251,9 @@ private:
     quint16 m_listings = 0;
     qint8 m_direction = LTR;
     quint8 m_case = noCase;
-    quint8 m_lineVersions = 0; ///< bit 0: the line holds for version 1, bit 1: for the later ones
+    static constexpr quint8 kAsRead = 4;
+    /// Bit 0: the line holds for version 1, bit 1: for the later ones, bit 2: nothing was changed.
+    quint8 m_lineVersions = 0;
 };
 
 Q_DECLARE_METATYPE(InfoPtr)

@@ -172,6 +172,25 @@ bool Autosaver::ensurePath(Error *error)
     return true;
 }
 
+/// Writes \a content, which is current; where there is none, what the document writes as a whole.
+bool Autosaver::writeContent(SlicedContent *content, Error *error)
+{
+    if (!content)
+        return m_document.writeToURLOfType(m_path, m_document.autosavingFileType(), error);
+    const auto produce = [content](const BlockSink &sink, Error *) {
+        auto progress = SlicedContent::Progress::Unfinished;
+        while (progress == SlicedContent::Progress::Unfinished) {
+            std::string block;
+            block.reserve(kBlock + kBlock / 4);
+            progress = content->printMore(block, kAtOnce);
+            if (!sink(block))
+                return false;
+        }
+        return progress == SlicedContent::Progress::Finished;
+    };
+    return FileSaver::replace(m_path, produce, error);
+}
+
 bool Autosaver::saveNow(Error *error)
 {
     giveUp();
@@ -183,7 +202,7 @@ bool Autosaver::saveNow(Error *error)
     if (!isContentUpToDate()) {
         std::unique_ptr<SlicedContent> content = m_document.slicedContent();
         m_saved = {};
-        if (!m_document.writeToURLOfType(m_path, m_document.autosavingFileType(), error))
+        if (!writeContent(content.get(), error))
             return false;
         m_saved.content = std::move(content);
     }

@@ -60,6 +60,7 @@ private:
     };
 
     bool ensurePath(Error *error);
+    bool writeContent(SlicedContent *content, Error *error);
     AutosaveNote note() const;
     bool isContentUpToDate() const { return m_saved.content && m_saved.content->isCurrent(); }
     bool isUpToDate() const;

@@ -44,6 +44,17 @@ std::unique_ptr<SlicedContent> Document::slicedContent() const
     return nullptr;
 }
 
+SavingLosses Document::savingLosses(const QString &) const
+{
+    return {};
+}
+
+bool Document::readAutosavedContents(const QString &path, bool *isWhole, Error *error)
+{
+    *isWhole = true;
+    return readFromURLOfType(path, autosavingFileType(), error);
+}
+
 void Document::setFileURL(const QString &url)
 {
     const QString path = pathFromURL(url);
@@ -86,9 +97,58 @@ bool Document::mayWriteOver(Error *error)
                  tr("The file was not touched. Save under another name, or decide which version to keep.")});
 }
 
+namespace {
+
+bool &silentLosses()
+{
+    static bool losesSilently = false;
+    return losesSilently;
+}
+
+} // namespace
+
+void Document::setLosesSilently(bool losesSilently)
+{
+    silentLosses() = losesSilently;
+}
+
+bool Document::losesSilently()
+{
+    return silentLosses();
+}
+
+void Document::acceptSavingLosses()
+{
+    m_losesValues = true;
+    noteAcceptedLosses();
+}
+
+bool Document::mayLose(const QString &type, Error *error)
+{
+    constexpr qsizetype kTold = 20;
+    const SavingLosses losses = savingLosses(type);
+    if (losses.isEmpty())
+        return true;
+    if (losses.takingOthers == 0 && losesSilently()) {
+        acceptSavingLosses();
+        return true;
+    }
+    Error reason {u"SavingLossesError"_s, 1, tr("“%1” was not saved: values would be lost.").arg(displayName()),
+                  losses.lines(kTold).join(u'\n'), tr("The file was not touched.")};
+    if (losses.takingOthers > 0) {
+        reason.code = 2;
+        reason.description =
+            tr("“%1” was not saved: values in it would take other records with them.").arg(displayName());
+    }
+    // A script that does not ask for the reason is told all the same.
+    if (!error)
+        ErrorPresenter::shared().present(reason);
+    return fail(error, reason);
+}
+
 bool Document::keepOriginal(Error *error)
 {
-    if (savingWillChange().isEmpty() || fileKind(m_fileURL) != FileKind::Regular)
+    if ((savingWillChange().isEmpty() && !m_losesValues) || fileKind(m_fileURL) != FileKind::Regular)
         return true;
     const QString copy = Originals::keepCopy(m_fileURL, error);
     if (copy.isEmpty())
@@ -115,7 +175,9 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
 {
     commitEditing();
     const QString path = pathFromURL(url);
-    if (isOwnFile(path) && (!mayWriteOver(error) || !keepOriginal(error)))
+    if (isOwnFile(path) && !mayWriteOver(error))
+        return false;
+    if (!mayLose(type, error) || (isOwnFile(path) && !keepOriginal(error)))
         return false;
     Error reason;
     SavedState state;
@@ -133,6 +195,7 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
     if (state.after.exists)
         noteFileRead(state.after);
     m_undoManager.setClean();
+    m_losesValues = false;
     removeAutosave();
     DocumentController::shared().noteRecentFile(m_fileURL);
     Q_EMIT saved();
@@ -177,10 +240,12 @@ void Document::commitEditing()
 
 void Document::updateChangeCount(int change)
 {
-    if (change == ChangeCleared)
+    if (change == ChangeCleared) {
         m_undoManager.setClean();
-    else
-        m_undoManager.resetClean();
+        return;
+    }
+    m_undoManager.resetClean();
+    m_autosaver->schedule();
 }
 
 void Document::addPendingTexts(QObject *owner, PendingTexts source)

@@ -2,6 +2,7 @@
 
 #include "platform/Error.h"
 #include "platform/FileWatch.h"
+#include "platform/SavingLosses.h"
 #include "platform/UndoManager.h"
 
 #include <QJsonArray>
@@ -45,8 +46,16 @@ public: // content, supplied by the subclass
     Q_INVOKABLE virtual QStringList savingWillChange() const { return {}; }
     /// Learns what savingWillChange() tells from the file \a original, for content that came from elsewhere.
     virtual void learnFormOf(const QString &original) { Q_UNUSED(original) }
-    /// Prints the content as it is now, a little at a time; null when it can only be written at once.
+    /// The values that a save as \a type would not keep, those left out that were accepted to be lost.
+    virtual SavingLosses savingLosses(const QString &type) const;
+    /// Puts values into a form that a file keeps, where nobody has to decide, as one undo step; how many
+    /// records that were.
+    virtual qsizetype fixSavingLosses() { return 0; }
+    /// Prints the content as autosaving keeps it, a little at a time; null when it can only be written at once.
+    /// It holds every value, whatever the file can hold.
     virtual std::unique_ptr<SlicedContent> slicedContent() const;
+    /// Replaces the content by one that was autosaved. \a isWhole tells whether all of it could be read.
+    virtual bool readAutosavedContents(const QString &path, bool *isWhole, Error *error);
     /// The type of the separate file that autosaving writes.
     Q_INVOKABLE virtual QString autosavingFileType() const = 0;
     Q_INVOKABLE virtual bool autosavesInPlace() const { return false; }
@@ -66,12 +75,19 @@ public: // the file
     /// Gives a document without file a name of its own.
     void setUntitledName(const QString &name);
     /// Writes the document to its own file. Fails without one, and with the domain "ChangedOnDiskError" when
-    /// another program has written to it; keepMine() lets the next save pass. Before the first save that
-    /// leaves something out a copy of the file goes to the folder of originals.
+    /// another program has written to it; keepMine() lets the next save pass. Fails with the domain
+    /// "SavingLossesError" when values would not be kept: code 1 until acceptSavingLosses(), code 2 always,
+    /// since other records would go with them. Before the first save that leaves something out a copy of the
+    /// file goes to the folder of originals.
     Q_INVOKABLE bool saveDocument(runebook::Error *error = nullptr);
     /// Writes the document to \a url, which becomes its file.
     Q_INVOKABLE bool saveToURLOfType(const QString &url, const QString &type,
                                      runebook::Error *error = nullptr);
+    /// Lets saves leave out what savingLosses() lists now, unless other records would go with it.
+    Q_INVOKABLE void acceptSavingLosses();
+    /// Whether saves of all documents leave values out without being told to.
+    static void setLosesSilently(bool losesSilently);
+    static bool losesSilently();
     /// Reads the document's file again; its history starts anew.
     Q_INVOKABLE bool revertToSaved(runebook::Error *error = nullptr);
     /// Gives what the user typed but did not leave yet to the records; called before every save and run.
@@ -94,6 +110,8 @@ public: // changes
     Q_INVOKABLE bool isDocumentEdited() const { return !m_undoManager.isClean(); }
     enum ChangeType { ChangeDone = 0, ChangeCleared = 2 };
     Q_INVOKABLE void updateChangeCount(int change);
+    /// Of what changes no undo step tells: what a save would write is another thing now.
+    void noteSilentChange() { updateChangeCount(ChangeDone); }
 
 public: // what stands in editors and was not handed over yet
     /// Texts that are being typed, each as an object whose form only those know who type and who take them.
@@ -127,6 +145,8 @@ Q_SIGNALS:
     void editedChanged(bool edited);
     void displayNameChanged();
     void aboutToClose(runebook::Document *document);
+    /// Asks the window to show what stands at \a place of the document.
+    void showPlaceRequested(qsizetype place);
     /// Asks every pane to hand over what is being typed.
     void commitEditingRequested();
     void saved();
@@ -135,8 +155,11 @@ protected:
     void setReadState(const FileState &state) { m_readState = state; }
     /// What the save that goes on expects of the document's file, and what it leaves; null for other writing.
     SavedState *savedState() { return m_savedState; }
+    /// Remembers that what savingLosses() lists now may be lost.
+    virtual void noteAcceptedLosses() { }
 
 private:
+    bool mayLose(const QString &type, Error *error);
     bool isReadable(Error *error) const;
     bool isOwnFile(const QString &path) const;
     bool mayWriteOver(Error *error);
@@ -154,6 +177,7 @@ private:
     QPointer<QWidget> m_window;
     mutable std::vector<std::pair<QPointer<QObject>, PendingTexts>> m_pendingTexts;
     QString m_canonicalPath; ///< of the file, when it became this document's
+    bool m_losesValues = false; ///< in the next save, as was accepted
 };
 
 } // namespace runebook

@@ -1,6 +1,7 @@
 #include "platform/DocumentPanels.h"
 
 #include "platform/DocumentController.h"
+#include "platform/LossSheet.h"
 #include "platform/SaveSheets.h"
 
 #include <QFileDialog>
@@ -80,6 +81,18 @@ void trySaving(const Guarded &document, QWidget *parent, const Ended &ended,
     });
 }
 
+/// Asks first about the values that a save as \a type would not keep.
+void saveUnlessItLoses(const Guarded &document, QWidget *parent, const QString &type, const Ended &ended,
+                       const std::function<bool(Document &document, Error *error)> &save)
+{
+    LossSheet::ask(*document, type, parent, [=](bool mayBeSaved) {
+        if (mayBeSaved && document)
+            trySaving(document, parent, ended, save);
+        else
+            ended(Outcome::Kept);
+    });
+}
+
 void saveWithOutcome(Document &document, QWidget *parent, const Ended &ended)
 {
     if (document.fileURL().isEmpty()) {
@@ -93,8 +106,8 @@ void saveWithOutcome(Document &document, QWidget *parent, const Ended &ended)
         else if (answer == SaveSheets::Answer::SaveAs)
             saveAsWithOutcome(*guarded, parent, ended);
         else
-            trySaving(guarded, parent, ended,
-                      [](Document &saved, Error *error) { return saved.saveDocument(error); });
+            saveUnlessItLoses(guarded, parent, guarded->fileType(), ended,
+                              [](Document &saved, Error *error) { return saved.saveDocument(error); });
     });
 }
 
@@ -118,7 +131,7 @@ void saveAsWithOutcome(Document &document, QWidget *parent, const Ended &ended)
         QString type = DocumentController::shared().typeForURL(path);
         if (type.isEmpty())
             type = DocumentController::shared().types().front().name;
-        trySaving(guarded, parent, ended, [path, type](Document &saved, Error *error) {
+        saveUnlessItLoses(guarded, parent, type, ended, [path, type](Document &saved, Error *error) {
             return saved.saveToURLOfType(path, type, error);
         });
     });

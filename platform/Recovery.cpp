@@ -43,12 +43,16 @@ Error readError(const QString &path, const Error &reason)
             Recovery::tr("It stays where it is.")};
 }
 
-/// A document with the content of the file, not yet among the open ones.
-std::unique_ptr<Document> documentOf(const QString &path, const QString &type, Error *error)
+/// A document with the content of the file, not yet among the open ones. \a isWhole is given for autosaved
+/// contents, whose form is one of their own.
+std::unique_ptr<Document> documentOf(const QString &path, const QString &type, Error *error,
+                                     bool *isWhole = nullptr)
 {
     std::unique_ptr<Document> document(DocumentController::shared().makeDocument());
     Error reason;
-    if (!document->readFromURLOfType(path, type, &reason) || !document->readError().domain.isEmpty()) {
+    const bool isRead = isWhole ? document->readAutosavedContents(path, isWhole, &reason)
+                                : document->readFromURLOfType(path, type, &reason);
+    if (!isRead || !document->readError().domain.isEmpty()) {
         fail(error, readError(path, reason.domain.isEmpty() ? document->readError() : reason));
         return nullptr;
     }
@@ -155,8 +159,10 @@ void Recovery::addRescue(const QString &path, const QString &target)
 Document *Recovery::restore(const RecoverableContent &content, Error *error)
 {
     DocumentController &controller = DocumentController::shared();
-    const QString readType = content.kind == RecoverableContent::Kind::Rescue ? content.type : kContentType;
-    std::unique_ptr<Document> restored = documentOf(content.contentPath, readType, error);
+    const bool isRescue = content.kind == RecoverableContent::Kind::Rescue;
+    bool isWhole = true;
+    std::unique_ptr<Document> restored =
+        documentOf(content.contentPath, content.type, error, isRescue ? nullptr : &isWhole);
     if (!restored)
         return nullptr;
     Document *open =
@@ -177,6 +183,15 @@ Document *Recovery::restore(const RecoverableContent &content, Error *error)
     controller.addDocument(document);
     document->updateChangeCount(Document::ChangeDone);
     document->makeWindowControllers();
+    if (!isWhole) {
+        fail(error,
+             {u"OpenError"_s,
+              5,
+              tr("“%1” could not be restored as a whole.").arg(content.displayName),
+              tr("The autosaved content is damaged: some of its records are missing or not what they were."),
+              tr("What could be read is open. The content stays in “%1”.").arg(content.contentPath)});
+        return document;
+    }
     if (!takeTyped(*document, content) || !document->autosave(error))
         return document; // what was left is still its only copy on the disk
     discard(content);
@@ -233,9 +248,8 @@ void Recovery::forget(const RecoverableContent &content)
     Q_EMIT contentsChanged();
 }
 
-Document *Recovery::openCopy(const QString &path, const QString &type, const QString &name, Error *error)
+static Document *addCopy(std::unique_ptr<Document> copy, const QString &name)
 {
-    std::unique_ptr<Document> copy = documentOf(path, type, error);
     if (!copy)
         return nullptr;
     copy->setUntitledName(name);
@@ -244,14 +258,22 @@ Document *Recovery::openCopy(const QString &path, const QString &type, const QSt
     return opened;
 }
 
+Document *Recovery::openCopy(const QString &path, const QString &type, const QString &name, Error *error)
+{
+    return addCopy(documentOf(path, type, error), name);
+}
+
 std::pair<Document *, Document *> Recovery::openToCompare(const RecoverableContent &content, Error *error)
 {
-    const QString readType = content.kind == RecoverableContent::Kind::Rescue ? content.type : kContentType;
     Document *original =
         openCopy(content.originalPath, content.type, tr("%1 (on disk)").arg(content.displayName), error);
-    Document *recovered = original
-        ? openCopy(content.contentPath, readType, tr("%1 (recovered)").arg(content.displayName), error)
+    bool isWhole = true;
+    std::unique_ptr<Document> copy = original
+        ? documentOf(content.contentPath, content.type, error,
+                     content.kind == RecoverableContent::Kind::Rescue ? nullptr : &isWhole)
         : nullptr;
+    Document *recovered =
+        addCopy(std::move(copy), tr("%1 (recovered)").arg(content.displayName));
     if (!recovered && original)
         std::exchange(original, nullptr)->close();
     return {original, recovered};

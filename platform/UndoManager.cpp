@@ -157,10 +157,16 @@ void UndoManager::goToStep(int count)
 
 void UndoManager::removeAllActions()
 {
+    // What was changed is changed all the same. An empty stack would say for a moment that nothing was, and
+    // who hears that takes the autosaved content away.
+    const bool wasClean = isClean();
+    m_holdsNotice = true;
     m_open.clear();
     m_openName.clear();
     m_stack.clear();
-    // An empty stack announces nothing when it is cleared, though open changes may have gone.
+    if (!wasClean)
+        m_stack.resetClean();
+    m_holdsNotice = false;
     noteCleanChange();
 }
 
@@ -194,6 +200,8 @@ void UndoManager::resetClean()
 
 void UndoManager::noteCleanChange()
 {
+    if (m_holdsNotice)
+        return;
     const bool clean = isClean();
     if (std::exchange(m_wasClean, clean) != clean)
         Q_EMIT cleanChanged(clean);

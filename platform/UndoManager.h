@@ -55,6 +55,7 @@ public: // history
     /// Closes what is open and takes one step back; does nothing when there is none.
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
+    /// Forgets all steps. What counts as changed goes on counting as changed.
     Q_INVOKABLE void removeAllActions();
     /// Goes back or forward to the state behind the first \a count steps of the stack.
     void goToStep(int count);
@@ -90,6 +91,7 @@ private:
     bool m_enabled = true;
     bool m_closePending = false;
     bool m_wasClean = true;
+    bool m_holdsNotice = false;
 };
 
 /// One undo step in one scope: opens a group, and closes it when it goes.

@@ -27,6 +27,9 @@ QString tr(const char *text)
     return QCoreApplication::translate("HeadlessRun", text);
 }
 
+/// Saves of the script that were refused, and of which it did not ask why.
+int refusedSaves = 0;
+
 /// One line of a person's language on stderr.
 void complain(HeadlessConsole &console, const QString &text)
 {
@@ -77,9 +80,34 @@ std::optional<QList<QPointer<Document>>> openAll(const QStringList &files, Headl
     return documents;
 }
 
+/// Tells what saving would not keep; whether it may be done. Asked for all documents before the first of them
+/// is written.
+bool mayBeSaved(const QPointer<Document> &document, HeadlessConsole &console)
+{
+    constexpr qsizetype kTold = 20;
+    if (!document || !document->isDocumentEdited())
+        return true;
+    const SavingLosses losses = document->savingLosses(document->fileType());
+    if (losses.isEmpty())
+        return true;
+    for (const QString &line : losses.lines(kTold))
+        complain(console, document->displayName() + ": "_L1 + line);
+    if (losses.takingOthers > 0) {
+        complain(console, tr("Nothing was saved: these values would take other records with them."));
+        return false;
+    }
+    if (!Document::losesSilently())
+        complain(console, tr("Nothing was saved: these values would be lost. “--lossy” saves all the same."));
+    return Document::losesSilently();
+}
+
 bool saveAll(const QList<QPointer<Document>> &documents, HeadlessConsole &console)
 {
     bool isSaved = true;
+    for (const QPointer<Document> &document : documents)
+        isSaved &= mayBeSaved(document, console);
+    if (!isSaved)
+        return false;
     for (const QPointer<Document> &document : documents) {
         Error error;
         if (document && document->isDocumentEdited() && !document->saveDocument(&error)) {
@@ -146,6 +174,8 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
     int status = ScriptRun::outcome().processStatus();
     finishScripts();
     console.flush();
+    if (status == HeadlessStatus::Success && refusedSaves > 0)
+        status = HeadlessStatus::ScriptFailed;
     if (status == HeadlessStatus::Success && options.savesFiles && !saveAll(*documents, console))
         status = HeadlessStatus::ScriptFailed;
     if (status == HeadlessStatus::Success && console.hasFailed())
@@ -179,7 +209,11 @@ int runHeadless(const HeadlessOptions &options)
     ScriptHelpers::shared().setAnswers(options.answers);
     const auto connection =
         QObject::connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, &ErrorPresenter::shared(),
-                         [](const Error &error) { complain(console, error.text()); });
+                         [](const Error &error) {
+                             complain(console, error.text());
+                             refusedSaves += error.domain == "SavingLossesError"_L1;
+                         });
+    Document::setLosesSilently(options.losesValues);
     const int status = run(options, console);
     QObject::disconnect(connection);
     return status;

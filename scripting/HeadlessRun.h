@@ -18,6 +18,7 @@ struct HeadlessOptions {
     QStringList files; ///< opened before the run, the first one frontmost
     QHash<QString, QString> answers = {}; ///< to what the script asks, by the key of the question
     std::function<void()> prepare = {}; ///< called when Python is up, before the run; may be empty
+    bool losesValues = false; ///< write files even where they cannot hold all values
 };
 
 /// The exit statuses of a headless run; scripts may end with others.

@@ -304,7 +304,7 @@ void TestDocumentLife::autosavesAfterAWhile()
     QVERIFY(document->autosavedContentsURL().isEmpty());
     QTRY_VERIFY(!document->autosavedContentsURL().isEmpty());
     const QString file = document->autosavedContentsURL();
-    QTRY_VERIFY(contentOf(file).endsWith("\t<glyph name=\"unknown\" direction=\"LTR\" />\n</glyphData>\n"));
+    QTRY_VERIFY(contentOf(file).contains("\t<glyph name=\"unknown\" direction=\"LTR\" />\n</glyphData>\n"));
     QVERIFY(document->isDocumentEdited());
     // Further changes go into the same file; another program can read it as it stands.
     document->objectInInfosAtIndex(0)->setName(u"later"_s);

@@ -122,7 +122,7 @@ void TestGlyphData::tellsWhatASaveWouldLose_data()
     row("version2", "");
     row("empty", "");
     row("nothing", "");
-    row("no-blank-at-the-end", "");
+    row("no-blank-at-the-end", "meaning"); // a name that the line does not have
     row("other-order", "");
     row("entities", "");
     row("no-final-newline", "");
@@ -163,6 +163,7 @@ void TestGlyphData::tellsWhatASaveWouldLose()
     add(notes.count(ReadNotes::CodePoints), "code points");
     add(notes.count(ReadNotes::DroppedAttribute), "dropped");
     add(notes.count(ReadNotes::ForeignLine), "lines");
+    add(notes.count(ReadNotes::OtherMeaning), "meaning");
     QTEST(lost.join(u", "_s), "lost");
     QCOMPARE(notes.isEmpty(), lost.isEmpty());
 }

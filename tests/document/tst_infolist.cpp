@@ -416,6 +416,7 @@ void TestInfoList::everyOperationUndoesAndRedoes()
     QFETCH(const QString, undone);
     VXDocument document;
     document.setInfos(namedAll(u"a b c d"_s));
+    document.updateChangeCount(Document::ChangeCleared);
     operation(document);
     QCOMPARE(namesOf(document.infos()), done);
     QVERIFY(document.isDocumentEdited());
@@ -497,7 +498,11 @@ void TestInfoList::leavesStepsToTheOthers()
 {
     VXDocument document;
     document.setInfos(namedAll(u"a b"_s));
+    QVERIFY(document.isDocumentEdited());
+    document.updateChangeCount(Document::ChangeCleared);
     document.replaceObjectInInfosAtIndexWithObject(1, named(u"x"_s));
+    QVERIFY(document.isDocumentEdited());
+    document.updateChangeCount(Document::ChangeCleared);
     document.removeObjectFromInfosAtIndex(7);
     document.removeObjectsFromInfosAtIndexes({});
     document.replaceObjectInInfosAtIndexWithObject(7, named(u"x"_s));

@@ -48,6 +48,13 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
 }
 
+/// The glyph data file that an autosaved content begins with.
+QByteArray autosavedFile(const QString &path)
+{
+    const QByteArray content = contentOf(path);
+    return content.left(content.lastIndexOf("<!-- runebook autosave"));
+}
+
 void write(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
@@ -290,7 +297,7 @@ void TestRecovery::autosavesWhatIsOnlyHere()
     QVERIFY(QFile::remove(path(u"a.xml"_s)));
     QCOMPARE(document->fileWatch().check(), FileWatch::Change::Removed);
     QVERIFY(document->isDocumentEdited());
-    QTRY_COMPARE(contentOf(document->autosavedContentsURL()), kFile);
+    QTRY_COMPARE(autosavedFile(document->autosavedContentsURL()), kFile);
     controller().setAutosavingDelay(delay);
 }
 
@@ -471,7 +478,7 @@ void TestRecovery::printsInSlices()
         QCOMPARE(progress,
                  editedAfter < 0 ? SlicedContent::Progress::Finished : SlicedContent::Progress::Outdated);
         if (editedAfter < 0)
-            QVERIFY(printed.size() > whole.size() && printed.ends_with("</glyphData>\n"));
+            QVERIFY(printed.size() > whole.size() && printed.find("</glyphData>\n") != printed.npos);
         GlyphDataReader reader;
         if (editedAfter < 0)
             QCOMPARE(reader.read(QByteArray::fromStdString(printed)).size(), infos.size());
@@ -483,7 +490,7 @@ void TestRecovery::printsInSlices()
         open->objectInInfosAtIndex(0)->setName(u"n%1"_s.arg(i));
         open->autosaver().start();
         QTRY_COMPARE(finished.size(), i + 1);
-        QCOMPARE(contentOf(open->autosavedContentsURL()),
+        QCOMPARE(autosavedFile(open->autosavedContentsURL()),
                  QByteArray(kFile).replace("\"a\"", "\"n" + QByteArray::number(i) + '"'));
     }
     open->objectInInfosAtIndex(0)->setName(u"last"_s);

@@ -24,6 +24,7 @@ inline std::unique_ptr<VXDocument> documentOf(const QString &lines, const QStrin
 {
     auto document = std::make_unique<VXDocument>();
     document->setInfos(recordsOf(lines));
+    document->updateChangeCount(Document::ChangeCleared);
     if (!path.isEmpty())
         document->setFileURL(path);
     return document;

@@ -28,6 +28,7 @@ std::unique_ptr<VXDocument> documentOf(const QString &names)
     for (const QString &name : names.split(u' ', Qt::SkipEmptyParts))
         infos.push_back(infoNamed(name));
     document->setInfos(infos);
+    document->updateChangeCount(Document::ChangeCleared);
     return document;
 }
 

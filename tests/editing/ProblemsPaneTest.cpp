@@ -51,6 +51,7 @@ private Q_SLOTS:
         m_document = std::make_unique<VXDocument>();
         m_document->setInfos({infoNamed(u"A"_s, {u"0041"_s}), infoNamed(u"B c"_s), infoNamed(u"A"_s),
                               infoNamed(u"D"_s, {u"44"_s}), infoNamed(u"E "_s, {u"45"_s})});
+        m_document->updateChangeCount(Document::ChangeCleared);
         openWindow();
     }
 

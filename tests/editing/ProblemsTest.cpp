@@ -187,7 +187,10 @@ private Q_SLOTS:
                 isSame &= names(a) == names(b) && a.unicodes() == b.unicodes();
             }
             lost += !isSame;
-            QVERIFY2(isTold == !isSame, qPrintable(info->lineXMLFormatVersion(document.fileVersion())));
+            // A mark of a comment is told wherever it stands: no save writes one.
+            const bool hasMark = file.contains("-->") || file.contains("<!--");
+            QVERIFY2(isTold == (!isSame || hasMark),
+                     qPrintable(info->lineXMLFormatVersion(document.fileVersion())));
         }
         QVERIFY2(lost > 500 && lost < 2500, "both outcomes occur often");
     }
@@ -362,7 +365,7 @@ private Q_SLOTS:
         row("quotes in a list", K::QuoteOrBreak, u"altNames"_s, QStringList {u"\"a\""_s, u"b"_s}, u"a, b"_s);
         row("blank in front", K::LostValue, u"script"_s, u"  latin "_s, u"latin"_s);
         row("names in one", K::LostValue, u"altNames"_s, QStringList {u"a, b"_s, u" c"_s}, u"a, b, c"_s);
-        row("comment", K::LostValue, u"desc"_s, u"<!-- x"_s, {});
+        row("comment", K::LostValue, u"desc"_s, u"<!-- x"_s, u"<! -- x"_s);
         row("case other", K::LostValue, u"case"_s, int(VXGlyphInfo::other), {});
     }
 
@@ -377,6 +380,7 @@ private Q_SLOTS:
         document.setInfos({info, infoNamed(u"other"_s)});
         QVERIFY(info->setValueForKey(value, key));
         document.undoManager()->removeAllActions();
+        document.updateChangeCount(Document::ChangeCleared);
         Problems problems(document);
         problems.finish();
         std::vector<Problem> found;

@@ -1,6 +1,7 @@
 // What the user sees of safety: the panel of recovered documents, the bar for files changed elsewhere, the
 // questions around a save.
 #include "editing/ChangedOnDisk.h"
+#include "editing/GlyphColumns.h"
 #include "editing/DetailPane.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
@@ -10,6 +11,7 @@
 #include "editing/VXWindowController.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
+#include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
@@ -17,6 +19,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -97,6 +100,10 @@ private Q_SLOTS:
     void keepsTheRowsUntilAllHaveHeardOfAReload();
     void asksBeforeSaving_data();
     void asksBeforeSaving();
+    void asksAboutLosses_data();
+    void asksAboutLosses();
+    void tellsAtTheField_data();
+    void tellsAtTheField();
     void afterAFailedSave_data();
     void afterAFailedSave();
 
@@ -431,6 +438,119 @@ void TestSafety::asksBeforeSaving()
     if (!isSaved)
         QCOMPARE(contentOf(path(u"a.xml"_s)), before);
     QVERIFY(!sheet());
+}
+
+void TestSafety::asksAboutLosses_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QStringList>("buttons"); // of the sheet, Cancel apart
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QByteArray>("saved"); // a part of the file afterwards; empty: as it was
+    const QStringList barred {u"Fix"_s, u"Go to"_s};
+    const QStringList listed {u"Fix All"_s, u"Go to"_s, u"Save Anyway"_s};
+    const QString comment = u"q <!-- c"_s;
+    const QString quote = u"the \"A\""_s;
+    QTest::newRow("a comment, fixed") << comment << barred << u"Fix"_s << QByteArray("q <! -- c");
+    QTest::newRow("a comment, looked at") << comment << barred << u"Go to"_s << QByteArray();
+    QTest::newRow("a comment, cancelled") << comment << barred << u"Cancel"_s << QByteArray();
+    QTest::newRow("quotes, fixed") << quote << listed << u"Fix All"_s << QByteArray("\"the A\"");
+    QTest::newRow("quotes, lost") << quote << listed << u"Save Anyway"_s << QByteArray("\"the \"A");
+    QTest::newRow("quotes, looked at") << quote << listed << u"Go to"_s << QByteArray();
+    QTest::newRow("quotes, cancelled") << quote << listed << u"Cancel"_s << QByteArray();
+}
+
+void TestSafety::asksAboutLosses()
+{
+    QFETCH(const QString, value);
+    QFETCH(const QStringList, buttons);
+    QFETCH(const QString, answer);
+    QFETCH(const QByteArray, saved);
+    VXDocument *document = open(u"a.xml"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    const QByteArray before = contentOf(path(u"a.xml"_s));
+    document->objectInInfosAtIndex(1)->setSortName(value);
+    document->flushChanges();
+    std::optional<bool> outcome;
+    DocumentPanels::save(*document, window, [&outcome](bool isSaved) { outcome = isSaved; });
+    auto *sheet = window->findChild<QDialog *>(u"savingLosses"_s);
+    QVERIFY(sheet && sheet->isVisible());
+    auto *list = sheet->findChild<QTreeWidget *>();
+    QVERIFY(!list->accessibleName().isEmpty());
+    QVERIFY(list->topLevelItemCount() >= 1); // a quote spoils what stands behind it, too
+    QCOMPARE(list->topLevelItem(0)->text(0), u"b"_s);
+    QCOMPARE(list->topLevelItem(0)->text(1), u"Sort Name"_s);
+    for (const QString &words : {u"Fix"_s, u"Fix All"_s, u"Go to"_s, u"Save Anyway"_s})
+        QCOMPARE(button(sheet, words) != nullptr, buttons.contains(words));
+    if (answer == u"Cancel")
+        QTest::keyClick(sheet, Qt::Key_Escape);
+    else
+        QTest::mouseClick(button(sheet, answer), Qt::LeftButton);
+    QCOMPARE(outcome, std::optional(!saved.isEmpty()));
+    QCOMPARE(document->isDocumentEdited(), saved.isEmpty());
+    if (saved.isEmpty())
+        QCOMPARE(contentOf(path(u"a.xml"_s)), before);
+    else
+        QVERIFY2(contentOf(path(u"a.xml"_s)).contains(saved), contentOf(path(u"a.xml"_s)).constData());
+    QCOMPARE(QDir(path(u"data/runebook/Originals"_s)).entryList(QDir::Files).size(),
+             answer == u"Save Anyway" ? 1 : 0);
+    if (answer == u"Go to") {
+        const InfoList selected = window->infolistController()->selectedObjects();
+        QCOMPARE(selected, InfoList {document->objectInInfosAtIndex(1)});
+    }
+    if (answer.startsWith(u"Fix")) {
+        document->undoManager()->undo();
+        QCOMPARE(document->objectInInfosAtIndex(1)->sortName(), value);
+    }
+}
+
+void TestSafety::tellsAtTheField_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("kept"); // in the record, before the offer is taken
+    QTest::addColumn<QString>("offer");
+    QTest::addColumn<QString>("offered"); // in the record afterwards
+    QTest::newRow("usual") << u"a"_s << u"a"_s << QString() << QString();
+    QTest::newRow("a comment") << u"q <!-- c"_s << QString() << u"Write <! -- instead"_s << u"q <! -- c"_s;
+    QTest::newRow("the end of one") << u"q --> c"_s << QString() << u"Write -- > instead"_s << u"q -- > c"_s;
+    QTest::newRow("a quote") << u"q\"c"_s << u"q\"c"_s << u"Leave the quotes out"_s << u"qc"_s;
+    QTest::newRow("a blank in front") << u" c"_s << u" c"_s << u"Leave it out"_s << u"c"_s;
+}
+
+void TestSafety::tellsAtTheField()
+{
+    QFETCH(const QString, typed);
+    QFETCH(const QString, kept);
+    QFETCH(const QString, offer);
+    QFETCH(const QString, offered);
+    VXDocument *document = open(u"a.xml"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    const InfoPtr info = document->objectInInfosAtIndex(0);
+    for (const bool isCell : {false, true}) {
+        window->showInfo(info);
+        QCoreApplication::processEvents();
+        if (isCell) {
+            auto &model = *window->infolistController();
+            model.setData(model.index(0, columnOfField(GlyphField::SortName)), typed, Qt::EditRole);
+        } else {
+            auto *line = window->findChild<QLineEdit *>(u"sortName"_s);
+            QVERIFY(line && line->isVisible());
+            line->setFocus();
+            QTest::keyClicks(line, typed);
+            QTest::keyClick(line, Qt::Key_Return);
+        }
+        QCOMPARE(info->sortName(), kept);
+        auto *bar = window->findChild<MessageBar *>();
+        QCOMPARE(bar->isVisible(), !offer.isEmpty());
+        if (!offer.isEmpty()) {
+            QVERIFY(bar->text().contains(u"Sort Name"_s));
+            QTest::mouseClick(button(bar, offer), Qt::LeftButton);
+            QCOMPARE(info->sortName(), offered);
+            QVERIFY(!bar->isVisible());
+        }
+        while (document->undoManager()->canUndo())
+            document->undoManager()->undo();
+        document->flushChanges();
+    }
 }
 
 void TestSafety::afterAFailedSave_data()

@@ -73,6 +73,7 @@ private Q_SLOTS:
             {infoNamed(u"A"_s, u"0041"_s, u"Letter"_s), infoNamed(u"B"_s, u"0042"_s, u"Letter"_s),
              infoNamed(u"a.sc"_s, {}, u"Letter"_s), infoNamed(u"one"_s, u"0031"_s, u"Number"_s),
              infoNamed(u"gravecomb"_s, u"0300"_s, u"Mark"_s)});
+        m_document->updateChangeCount(Document::ChangeCleared);
         m_window = std::make_unique<VXWindowController>(*m_document);
         m_document->setWindowController(m_window.get());
         m_window->show();
@@ -297,6 +298,7 @@ private Q_SLOTS:
             infos.push_back(infoNamed(u"g%1"_s.arg(i), {}, u"Letter"_s));
         infos.back()->setScript(u"latin"_s);
         m_document->setInfos(infos);
+        m_document->updateChangeCount(Document::ChangeCleared);
         m_window->selectAll();
         auto *script =
             qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Script));

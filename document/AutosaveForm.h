@@ -1,0 +1,51 @@
+#pragma once
+
+#include "document/GlyphDataWriter.h"
+#include "model/RoundTrip.h"
+#include "platform/SlicedContent.h"
+
+#include <QByteArray>
+#include <functional>
+
+namespace runebook {
+
+/// The form of autosaved contents: a glyph data file, and behind its end, in a comment, the records that such
+/// a file cannot hold with all their values, and how much there must be for it to be whole. In its lines those
+/// records stand as far as lines can hold them.
+class AutosaveSlices : public SlicedContent
+{
+public:
+    /// \a infos must stay while this lives; \a isCurrent tells whether it is still as it was.
+    AutosaveSlices(const InfoList &infos, quint8 fileVersion, std::function<bool()> isCurrent);
+    Progress printMore(std::string &output, std::chrono::microseconds budget) override;
+    bool isCurrent() const override { return m_isCurrent(); }
+
+private:
+    void printRecords(std::size_t first, std::size_t last, std::string &output);
+    void appendValues(const VXGlyphInfo &info, std::size_t place);
+
+    const InfoList &m_infos;
+    GlyphLineWriter m_writer;
+    RoundTrip m_roundTrip;
+    quint8 m_fileVersion;
+    std::function<bool()> m_isCurrent;
+    std::size_t m_next = 0; ///< the record to be printed next
+    std::size_t m_printed = 0; ///< bytes of the glyph data file
+    std::string m_values; ///< of records that lines cannot hold, a line each
+    std::vector<VXGlyphInfo *> m_slice;
+    std::vector<RoundTrip::Outcome> m_outcomes;
+};
+
+/// What the comment of an autosaved content says besides its lines.
+struct AutosavedValues {
+    qsizetype records = -1; ///< how many there must be; -1 when nothing is told
+    qsizetype bytes = 0; ///< of the glyph data file
+    quint8 fileVersion = 2;
+    std::vector<std::pair<qsizetype, InfoPtr>> infos; ///< by their places
+    bool isWhole = true;
+};
+
+/// Reads that comment from an autosaved content.
+AutosavedValues autosavedValues(const QByteArray &content);
+
+} // namespace runebook

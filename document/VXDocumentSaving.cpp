@@ -1,0 +1,197 @@
+#include "document/VXDocument.h"
+
+// Of a document: writing it, what that leaves out or changes, and the form in which it is autosaved.
+
+#include "document/AutosaveForm.h"
+#include "document/GlyphDataReader.h"
+#include "document/GlyphDataWriter.h"
+#include "document/SavableForm.h"
+#include "document/SavingChanges.h"
+#include "document/TabbedTable.h"
+#include "platform/CheckedFile.h"
+#include "platform/FilePath.h"
+
+#include <QLocale>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto kXMLType = "public.xml"_L1;
+constexpr auto kTableType = "public.plain-text"_L1;
+
+/// One number for all that a file holds of a record.
+size_t hashOfValues(const VXGlyphInfo &info)
+{
+    size_t hash = qHashMulti(0, info.caseValue(), info.direction(), info.unicodes(), info.altNames());
+    for (const GlyphField field : RoundTrip::writtenFields())
+        hash = qHashMulti(hash, info.stringValue(field));
+    return hash;
+}
+
+QString callOf(const VXGlyphInfo &info, qsizetype place)
+{
+    const QString name = info.name().left(80);
+    return name.isEmpty() ? VXDocument::tr("record %1").arg(QLocale().toString(qlonglong(place + 1))) : name;
+}
+
+} // namespace
+
+const VXDocument::Unkept &VXDocument::unkept() const
+{
+    if (m_unkept && m_unkept->revision == m_revision)
+        return *m_unkept;
+    constexpr std::size_t kAtOnce = 512;
+    m_unkept = Unkept {{}, m_revision};
+    RoundTrip roundTrip(m_fileVersion, RoundTrip::Of::Everything);
+    std::vector<VXGlyphInfo *> infos;
+    std::vector<qsizetype> places;
+    std::vector<RoundTrip::Outcome> outcomes;
+    const auto look = [&] {
+        roundTrip.check(infos, outcomes);
+        for (std::size_t i = 0; i < outcomes.size(); ++i) {
+            const bool takesOthers = outcomes[i] == RoundTrip::Outcome::TakesOthers;
+            // Of a record that nobody has changed the reading has told already what becomes of it.
+            const bool isTold = infos[i]->isAsRead() && m_fileVersion == m_readVersion;
+            if (takesOthers || (outcomes[i] != RoundTrip::Outcome::Same && !isTold))
+                m_unkept->records.push_back({places[i], takesOthers});
+        }
+        infos.clear();
+        places.clear();
+    };
+    for (std::size_t i = 0; i < m_infos.size(); ++i) {
+        if (!m_infos[i]->unchangedLine(m_fileVersion).empty())
+            continue;
+        infos.push_back(m_infos[i].get());
+        places.push_back(static_cast<qsizetype>(i));
+        if (infos.size() == kAtOnce)
+            look();
+    }
+    look();
+    return *m_unkept;
+}
+
+SavingLosses VXDocument::savingLosses(const QString &type) const
+{
+    constexpr qsizetype kListed = 1000;
+    SavingLosses losses;
+    if (type != kXMLType)
+        return losses;
+    const RoundTrip roundTrip(m_fileVersion, RoundTrip::Of::Everything);
+    for (const auto &[place, takesOthers] : unkept().records) {
+        const VXGlyphInfo &info = *m_infos[static_cast<std::size_t>(place)];
+        if (!takesOthers && m_acceptedLosses.contains(hashOfValues(info)))
+            continue;
+        ++losses.count;
+        losses.takingOthers += takesOthers;
+        if (losses.listed.size() >= kListed)
+            continue;
+        for (const RoundTrip::Loss &loss : roundTrip.losses(info)) {
+            const QString title = titleOfField(loss.field);
+            losses.listed << SavingLoss {place, callOf(info, place), title, sentenceOfLoss(info, loss, title),
+                                         RoundTrip::takesOthers(info, loss.field)};
+        }
+    }
+    return losses;
+}
+
+void VXDocument::noteAcceptedLosses()
+{
+    for (const auto &[place, takesOthers] : unkept().records) {
+        if (!takesOthers)
+            m_acceptedLosses.insert(hashOfValues(*m_infos[static_cast<std::size_t>(place)]));
+    }
+}
+
+qsizetype VXDocument::fixSavingLosses()
+{
+    std::vector<std::pair<InfoPtr, std::vector<FieldFix>>> plan;
+    for (const auto &[place, takesOthers] : unkept().records) {
+        const InfoPtr &info = m_infos[static_cast<std::size_t>(place)];
+        if (std::vector<FieldFix> fixes = savableForm(*info, m_fileVersion); !fixes.empty())
+            plan.emplace_back(info, std::move(fixes));
+    }
+    const UndoGroup group(undoManager(), tr("Fix Values"));
+    for (const auto &[info, fixes] : plan) {
+        for (const FieldFix &fix : fixes)
+            applyFix(*info, fix);
+    }
+    flushChanges();
+    return static_cast<qsizetype>(plan.size());
+}
+
+bool VXDocument::readAutosavedContents(const QString &path, bool *isWhole, Error *error)
+{
+    *isWhole = true;
+    const std::optional<QByteArray> content = readUtf8File(path, error);
+    if (!content)
+        return false;
+    const AutosavedValues values = autosavedValues(*content);
+    const bool isTold = values.records >= 0;
+    const qsizetype end = isTold ? qBound<qsizetype>(0, values.bytes, content->size()) : content->size();
+    GlyphDataReader reader;
+    InfoList infos = reader.read(content->left(end));
+    *isWhole = values.isWhole && (!isTold || values.records == std::ssize(infos));
+    for (const auto &[place, info] : values.infos) {
+        const bool isThere = place >= 0 && place < std::ssize(infos);
+        *isWhole &= isThere;
+        if (isThere)
+            infos[static_cast<std::size_t>(place)] = info;
+    }
+    m_fileVersion = isTold ? values.fileVersion : reader.fileVersion();
+    m_readVersion = m_fileVersion;
+    m_readNotes = reader.notes();
+    m_fileNotes = m_readNotes;
+    // They are not in the file of the document: whoever restores them compares both.
+    for (const InfoPtr &info : infos)
+        info->setNotAsRead();
+    install(std::move(infos));
+    return true;
+}
+
+bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error *error)
+{
+    constexpr qsizetype kTold = 20;
+    ContentProducer produce;
+    if (type == kXMLType) {
+        const std::vector<Unkept::Record> &records = unkept().records;
+        if (std::any_of(records.begin(), records.end(), [](const auto &record) { return record.takesOthers; }))
+            return fail(error,
+                        {u"SavingLossesError"_s, 2,
+                         tr("“%1” was not written: values would take other records with them.").arg(url),
+                         savingLosses(type).lines(kTold).join(u'\n'), {}});
+        produce = GlyphDataWriter(m_infos, m_fileVersion);
+    } else if (type == kTableType) {
+        produce = TabbedWriter(m_infos);
+    } else {
+        return false;
+    }
+    return FileSaver::save(pathFromURL(url), produce, error, savedState());
+}
+
+QStringList VXDocument::savingWillChange() const
+{
+    if (m_isFileUnreadable)
+        return {tr("The file could not be read; saving replaces all that is in it.")};
+    return m_fileNotes ? savingChanges(*m_fileNotes, m_fileVersion) : QStringList();
+}
+
+void VXDocument::learnFormOf(const QString &original)
+{
+    m_isFileUnreadable = false;
+    if (fileKind(original) != FileKind::Regular || fileType() != kXMLType)
+        return;
+    GlyphDataReader reader;
+    m_isFileUnreadable = !reader.read(original);
+    // What was met while the content was read is not kept either.
+    ReadNotes notes = m_fileNotes.value_or(ReadNotes());
+    notes.append(reader.notes(), 0);
+    m_fileNotes = notes;
+}
+
+std::unique_ptr<SlicedContent> VXDocument::slicedContent() const
+{
+    return std::make_unique<AutosaveSlices>(
+        m_infos, m_fileVersion, [this, revision = m_revision] { return m_revision == revision; });
+}
