@@ -45,7 +45,11 @@ CommandLine parseCommandLine(const QStringList &arguments)
     const QCommandLineOption key(u"key"_s,
                                  tr("With --compare: what tells glyphs apart, name, unicode or production."),
                                  u"key"_s, u"name"_s);
-    const QCommandLineOption json(u"json"_s, tr("With --compare: print JSON."));
+    const QCommandLineOption check(
+        u"check"_s,
+        tr("Read the files (- is the standard input) and print every problem in them: 0 none, 1 some, 2 "
+           "unreadable."));
+    const QCommandLineOption json(u"json"_s, tr("With --compare and --check: print JSON."));
     const QCommandLineOption run(
         u"run"_s,
         tr("Run a Python script on the files, without windows: 0 done, 1 the script failed, 2 wrong "
@@ -59,6 +63,9 @@ CommandLine parseCommandLine(const QStringList &arguments)
     const QCommandLineOption answer(
         u"answer"_s, tr("With --run and --eval: what the script gets when it asks for KEY; may be repeated."),
         u"KEY=VALUE"_s);
+    const QCommandLineOption lossy(
+        u"lossy"_s, tr("With --save: write files even where they cannot hold all values; a copy of the file "
+                       "as it was is kept."));
     const QCommandLineOption newInstance(
         u"new-instance"_s,
         tr("Start on its own, even when Runebook runs already; the files would go to it."));
@@ -67,8 +74,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
     QCommandLineOption reopen(u"reopen"_s, {}, u"session"_s);
     for (QCommandLineOption *option : {&watchRun, &reopen})
         option->setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({help, version, compare, key, json, run, eval, save, answer, ignoreRescue, newInstance, watchRun,
-                       reopen});
+    parser.addOptions({help, version, compare, key, check, json, run, eval, save, lossy, answer, ignoreRescue,
+                       newInstance, watchRun, reopen});
 
     CommandLine line;
     if (!parser.parse(arguments))
@@ -77,6 +84,7 @@ CommandLine parseCommandLine(const QStringList &arguments)
     line.compareKey = parser.value(key);
     line.asJson = parser.isSet(json);
     line.ignoresRescue = parser.isSet(ignoreRescue);
+    line.losesValues = parser.isSet(lossy);
     line.startsNewInstance = parser.isSet(newInstance);
     line.sessionFile = parser.value(parser.isSet(watchRun) ? watchRun : reopen);
     if (parser.isSet(watchRun)) {
@@ -89,6 +97,10 @@ CommandLine parseCommandLine(const QStringList &arguments)
     } else if (parser.isSet(version)) {
         line.mode = CommandLine::Mode::Version;
         line.message = "Runebook "_L1 + QStringLiteral(RUNEBOOK_VERSION);
+    } else if (parser.isSet(check)) {
+        line.mode = CommandLine::Mode::Check;
+        if (line.files.isEmpty())
+            return wrong(tr("--check takes files."));
     } else if (parser.isSet(run) || parser.isSet(eval)) {
         if (parser.isSet(run) && parser.isSet(eval))
             return wrong(tr("--run and --eval exclude each other."));

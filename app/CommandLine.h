@@ -7,7 +7,7 @@ namespace runebook {
 
 /// What the user asked for on the command line.
 struct CommandLine {
-    enum class Mode { Windows, WatchRun, Compare, Script, Help, Version, Wrong };
+    enum class Mode { Windows, WatchRun, Compare, Script, Check, Help, Version, Wrong };
 
     Mode mode = Mode::Windows;
     QStringList files;
@@ -18,6 +18,7 @@ struct CommandLine {
     bool savesFiles = false;
     QHash<QString, QString> answers; ///< to what the script asks
     bool ignoresRescue = false; ///< goes on where an interrupted save has left its text
+    bool losesValues = false; ///< write files even where they cannot hold all values
     bool startsNewInstance = false; ///< even when the program runs already
     /// For WatchRun, and for Windows after a program that was ended: the file that RunWatch wrote.
     QString sessionFile;

@@ -7,6 +7,7 @@
 #include "app/SingleInstance.h"
 #include "app/VXAppDelegate.h"
 #include "app/VXApplication.h"
+#include "editing/CheckReport.h"
 #include "editing/CompareReport.h"
 #include "platform/FilePath.h"
 #include "platform/RescueFiles.h"
@@ -14,6 +15,7 @@
 #include "scripting/RunPump.h"
 #include "scripting/ScriptRun.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QIcon>
 #include <QTextStream>
@@ -53,6 +55,17 @@ int compare(const CommandLine &line)
     return status;
 }
 
+int check(const CommandLine &line)
+{
+    QTextStream output(stdout);
+    QTextStream errors(stderr);
+    QFile input;
+    if (!input.open(stdin, QIODevice::ReadOnly))
+        return kWrongUse;
+    const ReportFormat format = line.asJson ? ReportFormat::Json : ReportFormat::Text;
+    return static_cast<int>(checkFiles(line.files, format, output, errors, input));
+}
+
 int withoutWindows(const CommandLine &line)
 {
     switch (line.mode) {
@@ -62,6 +75,8 @@ int withoutWindows(const CommandLine &line)
         return 0;
     case CommandLine::Mode::Compare:
         return compare(line);
+    case CommandLine::Mode::Check:
+        return check(line);
     default:
         QTextStream(stderr) << line.message << '\n';
         return kWrongUse;
@@ -78,6 +93,7 @@ int runScript(const CommandLine &line)
     options.code = line.code;
     options.savesFiles = line.savesFiles;
     options.answers = line.answers;
+    options.losesValues = line.losesValues;
     options.files = line.files;
     options.prepare = [&delegate] { delegate.startScripting(); };
     return runHeadless(options);

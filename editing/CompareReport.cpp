@@ -2,6 +2,7 @@
 
 #include "editing/ComparedFields.h"
 #include "editing/RecordPairs.h"
+#include "platform/PlainText.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -16,22 +17,6 @@ namespace {
 
 /// Two values longer than this together stand on lines of their own.
 constexpr qsizetype kOneLine = 72;
-
-/// A value as a terminal may show it: characters that steer the terminal or turn the direction of the text
-/// are written out.
-QString printable(const QString &text)
-{
-    QString shown;
-    for (const QChar c : text) {
-        const bool isSteering = c.category() == QChar::Other_Control || c.category() == QChar::Other_Format
-            || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
-        if (isSteering)
-            shown += u"\\u{%1}"_s.arg(c.unicode(), 4, 16, QChar(u'0'));
-        else
-            shown += c;
-    }
-    return shown;
-}
 
 class TextReport
 {
@@ -61,13 +46,13 @@ private:
     static QString source(const QString &path, qsizetype count)
     {
         return (count == 1 ? tr("%1  (%2 glyph)") : tr("%1  (%2 glyphs)"))
-            .arg(printable(path), QString::number(count));
+            .arg(terminalText(path), QString::number(count));
     }
 
     QString titleOf(const VXGlyphInfo &info) const
     {
         const QString text = pairingText(info, m_key);
-        return printable(text == info.name() ? text : u"%1  %2"_s.arg(text, info.name()));
+        return terminalText(text == info.name() ? text : u"%1  %2"_s.arg(text, info.name()));
     }
 
     /// The glyphs that only one side has. Their number.
@@ -113,7 +98,7 @@ private:
             m_out << "      " << key << ":\n        - " << one << "\n        + " << other << '\n';
     }
 
-    static QString shown(const QString &value) { return value.isEmpty() ? tr("(none)") : printable(value); }
+    static QString shown(const QString &value) { return value.isEmpty() ? tr("(none)") : terminalText(value); }
 
     QTextStream &m_out;
     CompareKey m_key;

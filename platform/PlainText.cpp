@@ -28,4 +28,18 @@ QString escapedToolTip(const QString &text)
     return text.isEmpty() ? QString() : "<qt>"_L1 + text.toHtmlEscaped() + "</qt>"_L1;
 }
 
+QString terminalText(const QString &text)
+{
+    QString shown;
+    for (const QChar c : text) {
+        const bool isSteering = c.category() == QChar::Other_Control || c.category() == QChar::Other_Format
+            || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
+        if (isSteering)
+            shown += QStringLiteral("\\u{%1}").arg(c.unicode(), 4, 16, QChar(u'0'));
+        else
+            shown += c;
+    }
+    return shown;
+}
+
 } // namespace runebook

@@ -167,6 +167,84 @@ private Q_SLOTS:
         QCOMPARE(contentOf(file) == text, mode.front() == "--compare"_L1);
     }
 
+    void checksFiles()
+    {
+        const QTemporaryDir folder;
+        const auto write = [&folder](const QString &name, const QByteArray &content) {
+            QFile file(folder.filePath(name));
+            if (file.open(QIODevice::WriteOnly))
+                file.write(content);
+            return file.fileName();
+        };
+        QFile sample(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml"));
+        QVERIFY(sample.open(QIODevice::ReadOnly));
+        const QByteArray own = sample.readAll();
+        const QByteArray header = own.left(own.indexOf("\t<glyph "));
+        const QString clean = write(u"clean.xml"_s, header + "\t<glyph unicode=\"0041\" name=\"A\" />\n</glyphData>\n");
+        const QString bad = write(u"bad.xml"_s,
+                                  header
+                                      + "\t<glyph unicode=\"0041\" name=\"A\" />\n<!-- note -->\n"
+                                        "\t<glyph unicode=\"41\" name=\"A\" weight=\"1\" />\n"
+                                        "\t<glyph name='q' />\n</glyphData>\n");
+        const QString table = write(u"table.txt"_s, "name\tdesc\nA\tx\nB\ta \"b\" c\n");
+        const QString binary = write(u"binary.xml"_s, "\xFF\x00");
+        const int first = int(header.count('\n')) + 1;
+        const auto at = [&](const QString &file, int line, const char *rest) {
+            return u"%1:%2: %3"_s.arg(file).arg(line).arg(QString::fromLatin1(rest));
+        };
+
+        Outcome outcome = run({u"--check"_s, clean}, {u"DISPLAY"_s, u"QT_QPA_PLATFORM"_s});
+        QCOMPARE(outcome.output, clean + u": 1 records, version 2, 0 problems\n"_s);
+        QCOMPARE(outcome.status, 0);
+
+        outcome = run({u"--check"_s, bad});
+        QCOMPARE(outcome.status, 1);
+        const QStringList lines = outcome.output.split(u'\n');
+        for (const QString &start : {at(bad, first, "duplicate-name: A.name: "),
+                                     at(bad, first, "duplicate-code-point: A.unicode: "),
+                                     at(bad, first + 1, "foreign-line: "),
+                                     at(bad, first + 2, "invalid-code-point: A.unicode: "),
+                                     at(bad, first + 2, "unknown-attribute: A.weight: "),
+                                     at(bad, first + 3, "other-meaning: "), bad + u": 3 records, version 2, "_s}) {
+            const bool isThere = std::any_of(lines.begin(), lines.end(),
+                                             [&start](const QString &line) { return line.startsWith(start); });
+            QVERIFY2(isThere, qPrintable(start + u'\n' + outcome.output));
+        }
+
+        outcome = run({u"--check"_s, table});
+        QCOMPARE(outcome.status, 1);
+        QVERIFY2(outcome.output.startsWith(at(table, 3, "quote-or-line-break: B.desc: ")),
+                 qPrintable(outcome.output));
+
+        outcome = run({u"--check"_s, u"--json"_s, clean, bad, binary, u"/no/such.xml"_s});
+        QCOMPARE(outcome.status, 2);
+        QVERIFY(outcome.errors.contains(u"binary.xml"_s) && outcome.errors.contains(u"such.xml"_s));
+        const QJsonArray files = QJsonDocument::fromJson(outcome.output.toUtf8()).array();
+        QCOMPARE(files.size(), 4);
+        QList<int> statuses;
+        for (const QJsonValue &file : files)
+            statuses << file[u"status"_s].toInt();
+        QCOMPARE(statuses, QList<int>({0, 1, 2, 2}));
+        QCOMPARE(files[1][u"file"_s].toString(), bad);
+        QCOMPARE(files[1][u"records"_s].toInt(), 3);
+        QCOMPARE(files[1][u"version"_s].toInt(), 2);
+        const QJsonArray problems = files[1][u"problems"_s].toArray();
+        QVERIFY(problems.size() >= 6);
+        for (const QJsonValue &problem : problems) {
+            QVERIFY(problem[u"line"_s].toInt() >= first);
+            QVERIFY(!problem[u"kind"_s].toString().isEmpty() && !problem[u"sentence"_s].toString().isEmpty());
+        }
+
+        QProcess piped;
+        piped.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"), {u"--check"_s, u"-"_s});
+        piped.write("name\tunicode\nA\t0041\n");
+        piped.closeWriteChannel();
+        QVERIFY(piped.waitForFinished(60'000));
+        QCOMPARE(QString::fromUtf8(piped.readAllStandardOutput()), u"-: 1 records, a table, 0 problems\n"_s);
+        QCOMPARE(piped.exitCode(), 0);
+        QCOMPARE(run({u"--check"_s}).status, 2);
+    }
+
     void scriptsDriveWindowsWithoutADisplay()
     {
         const QString code = u"Doc.makeWindowControllers()\n"

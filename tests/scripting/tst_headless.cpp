@@ -36,6 +36,8 @@ private Q_SLOTS:
     void savesOnlyWhatWorked();
     void twoRunsMeetInOneFile();
     void opensNamesThatAreNoUtf8();
+    void savesOnlyWhatFilesCanHold_data();
+    void savesOnlyWhatFilesCanHold();
     void opensTheFirstFileInFront();
     void runsOnEveryInterpreter_data();
     void runsOnEveryInterpreter();
@@ -355,6 +357,50 @@ void HeadlessTest::opensNamesThatAreNoUtf8()
     QVERIFY(content(m_file).contains(u"production=\"kept\""_s));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden | QDir::System),
              QStringList {u"sample.xml"_s});
+}
+
+void HeadlessTest::savesOnlyWhatFilesCanHold_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("isSaved");
+    QTest::addColumn<QString>("errors"); // a part of them
+    const auto row = [](const char *name, const char *code, const char *options, int status, bool isSaved,
+                        const char *errors) {
+        QTest::newRow(name) << QString::fromUtf8(code) << QString::fromLatin1(options).split(u' ') << status
+                            << isSaved << QString::fromUtf8(errors);
+    };
+    const char *comment = "Doc['A'].sortName = 'q <!-- c'";
+    const char *quote = "Doc['A'].sortName = 'q \"c'";
+    row("harmless", "Doc['A'].sortName = 'q - c'", "--save", 0, true, "");
+    row("a comment", comment, "--save", 1, false, "A: Sort Name holds");
+    row("a comment, lossy", comment, "--save --lossy", 1, false, "A: Sort Name holds");
+    row("a quote", quote, "--save", 1, false, "A: Sort Name holds a double quote");
+    row("a quote, lossy", quote, "--save --lossy", 0, true, "A copy of the file as it was is kept");
+    row("a line break", "Doc['A'].desc = 'a\\nb'", "--save", 1, false, "line break");
+    row("half a character", "Doc['A'].desc = 'a\\ud800b'", "--save", 1, false, "half of a character");
+    row("a third code point", "Doc['A'].unicodes = ['0041', '0042', '0043']", "--save", 1, false,
+        "3 code points");
+    row("the script saves", "Doc['A'].sortName = 'q <!-- c'\nDoc.saveDocument()", "--lossy", 1, false,
+        "A: Sort Name holds");
+    row("a legacy code point, without a step", "Doc['A'].unicodeLegacy = 'E000'", "--save", 0, true, "");
+    row("another version, without a step", "Doc.setFileVersion_(1)", "--save", 1, false, "Case");
+}
+
+void HeadlessTest::savesOnlyWhatFilesCanHold()
+{
+    QFETCH(const QString, code);
+    QFETCH(const QStringList, options);
+    QFETCH(const QString, errors);
+    const QString before = content(m_file);
+    m_program = u"runebook"_s;
+    const Ended ended = run(QStringList(options) << u"--eval"_s << code << m_file);
+    QTEST(ended.status, "status");
+    QTEST(content(m_file) != before, "isSaved");
+    QVERIFY2(ended.errors.contains(errors), qPrintable(ended.errors));
+    QCOMPARE(ended.errors.isEmpty(), errors.isEmpty());
+    QCOMPARE(content(m_file).count(u"<glyph "_s), before.count(u"<glyph "_s));
 }
 
 void HeadlessTest::opensTheFirstFileInFront()
