@@ -171,11 +171,11 @@ void JSTTextView::textViewDidChangeSelection()
 {
     const TextRange selection = selectedRange();
     const TextRange old = std::exchange(m_lastSelection, selection);
+    markBraces(); // also for a caret that an undo took away and brought back between two notes
     if (old == selection)
         return;
     if (JSTTextViewDelegate *delegate = delegateInterface())
         delegate->textViewDidChangeSelection(this);
-    markBraces();
     if (m_userEvent == UserEvent::KeyDown && selection.length == 0 && old.location == selection.location - 1)
         flashOpeningBrace(old.location);
 }
