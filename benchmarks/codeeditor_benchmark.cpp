@@ -16,6 +16,7 @@
 #include <QTextBlock>
 #include <benchmark/benchmark.h>
 #include <chrono>
+#include <string>
 
 using namespace Qt::StringLiterals;
 using namespace runebook;
@@ -164,6 +165,40 @@ void countLines(benchmark::State &state)
     }
 }
 
+void toggleComments(benchmark::State &state)
+{
+    Editor editor;
+    editor.view.setString(QString(u"    print(\"a line of code\", 1)\n"_s).repeated(lineCount));
+    editor.view.show();
+    editor.view.selectAll();
+    QApplication::processEvents();
+    for ([[maybe_unused]] auto _ : state) {
+        editor.view.commentSelection();
+        QApplication::processEvents();
+    }
+}
+
+/// A line without a blank: the longest there are come from data that was pasted.
+void typeIntoLongLine(benchmark::State &state, int length)
+{
+    Editor editor;
+    editor.view.setString(QString(length, u'a'));
+    typeInto(state, editor.view);
+}
+
+void zoomLongLine(benchmark::State &state, int length)
+{
+    Editor editor;
+    editor.view.setString(QString(length, u'a'));
+    editor.view.show();
+    QApplication::processEvents();
+    int size = 13;
+    for ([[maybe_unused]] auto _ : state) {
+        editor.document.setFontSize(size = size == 13 ? 14 : 13);
+        QApplication::processEvents();
+    }
+}
+
 void registerAll()
 {
     const auto add = [](const char *name, auto function) {
@@ -174,6 +209,12 @@ void registerAll()
     add("type-character/500000", &typeCharacter);
     add("type-character/500000:peer", &typeCharacterPeer);
     add("match-brace/500000", &matchBrace);
+    add("comment-toggle/100000", &toggleComments);
+    for (const int length : {100'000, 1'000'000}) {
+        const std::string size = std::to_string(length);
+        add(("long-line-key/" + size).c_str(), [length](auto &state) { typeIntoLongLine(state, length); });
+        add(("long-line-zoom/" + size).c_str(), [length](auto &state) { zoomLongLine(state, length); });
+    }
     add("line-table/100000", &countLines)->UseManualTime()->Iterations(200);
     const QString peer = QApplication::applicationDirPath() + u"/codeeditor_peer"_s;
     if (QFileInfo(peer).isExecutable()) {
