@@ -33,7 +33,10 @@ DocumentController &readyController()
 /// The generation that every record of the file tells; -1 when they disagree or the file is cut.
 int generationOf(const QString &path)
 {
-    const QByteArray bytes = contentOf(path);
+    QByteArray bytes = contentOf(path);
+    // Behind an autosaved content a comment tells how much there must be.
+    if (const qsizetype comment = bytes.lastIndexOf("<!-- runebook autosave"); comment > 0 && bytes.endsWith("-->\n"))
+        bytes.truncate(comment);
     if (!bytes.endsWith("</glyphData>\n"))
         return -1;
     constexpr QByteArrayView kMark = "sortName=\"";
