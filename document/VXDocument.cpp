@@ -2,6 +2,7 @@
 
 #include "document/GlyphDataReader.h"
 #include "document/TabbedTable.h"
+#include "model/FieldRepeats.h"
 #include "platform/CallLater.h"
 #include "platform/CheckedFile.h"
 #include "platform/DocumentController.h"
@@ -57,7 +58,7 @@ VXDocument::~VXDocument()
 {
     leaveSharers();
     for (const InfoPtr &info : m_infos) {
-        info->setListings(qMax(0, info->listings() - 1));
+        leave(info);
         release(info);
     }
     for (const std::weak_ptr<VXGlyphInfo> &stray : m_strays) {
@@ -217,13 +218,18 @@ QString VXDocument::displayName() const
 void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const FieldValue &old)
 {
     ++m_revision;
+    if (info.listings() > 0)
+        ++m_heardChanges;
     InfoIndex *index = indexForField(field);
     // A command that has changed a good part of the list leaves the index to be made anew. Only once: it may
     // look something up between its changes, and then the index is kept in step.
     const std::size_t goodPart = std::max<std::size_t>(kFewChanges, m_infos.size() / 16);
     if (index && m_changes.size() == goodPart)
         index->drop();
-    if (index && index->isBuilt() && info.listings() > 0) {
+    // How often a record of several lists stands in this one, nobody knows.
+    if (index && m_sharesRecords && info.listings() > 1)
+        index->drop();
+    if (index && index->isBuilt() && isListedHere(info)) {
         std::string buffer;
         std::string_view text = old.utf8(info.sourceData(), buffer);
         if (field == GlyphField::Unicodes && !old.isPiece())
@@ -237,6 +243,7 @@ void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const Field
     if (m_changes.empty())
         callLater(this, [this] { flushChanges(); });
     m_changes.push_back({info.shared_from_this(), field});
+    dropRepeats(m_changes, m_nextChangesCleaning);
 }
 
 void VXDocument::contentHasChanged(VXGlyphInfo &info)
@@ -266,6 +273,7 @@ void VXDocument::flushChanges()
     if (m_changes.empty())
         return;
     const std::vector<Change> changes = std::exchange(m_changes, {});
+    m_nextChangesCleaning = 0;
     Q_EMIT infosChanged(changes);
     elementHasChanged(changes.front().info);
 }

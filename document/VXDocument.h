@@ -91,6 +91,8 @@ public: // the info list
     Q_INVOKABLE qsizetype indexOfObjectInInfos(const InfoPtr &info) const;
     /// The same for those who hold no share of the record.
     qsizetype placeOf(const VXGlyphInfo *info) const;
+    /// The records that infosRemoved tells of, while it does; some may stand elsewhere in the list.
+    const InfoList &leavingInfos() const { return m_leaving; }
     /// Appends. Undo: removeInfo.
     Q_INVOKABLE void addInfo(const InfoPtr &info);
     Q_INVOKABLE void addInfos(const InfoList &infos);
@@ -167,6 +169,8 @@ Q_SIGNALS:
     /// What really happened to the list: the records stand at these places now, or stood there before.
     void infosInserted(const runebook::IndexSet &indexes);
     void infosRemoved(const runebook::IndexSet &indexes);
+    /// Another record has taken the place of \a former.
+    void infoReplaced(qsizetype index, const InfoPtr &former);
     /// The whole list is another one or in another order.
     void infosReset();
     /// Fields of records have changed: once for each command, however many there were.
@@ -196,6 +200,11 @@ private:
     void noteSharing();
     void leaveSharers();
     void adopt(const InfoPtr &info);
+    void leave(const InfoPtr &info);
+    void addStray(const InfoPtr &info);
+    template <typename Visit> void forEachBuiltIndex(Visit visit);
+    void makeRoomFor(std::size_t more);
+    bool isListedHere(const VXGlyphInfo &info) const;
     void release(const InfoPtr &info);
     void insertAt(const InfoList &infos, const runebook::IndexSet &indexes, Notice notice);
     void removeAt(const runebook::IndexSet &indexes, Notice notice);
@@ -221,15 +230,20 @@ private:
     QSet<size_t> m_acceptedLosses;
     quint64 m_revision = 0; ///< counts changes of any kind
     std::vector<Change> m_changes;
+    std::size_t m_nextChangesCleaning = 0;
+    InfoList m_leaving;
     /// Records that left the list and still point here; their reference ends with the document.
     std::vector<std::weak_ptr<VXGlyphInfo>> m_strays;
+    std::size_t m_nextStraysCleaning = 0;
+    quint64 m_heardChanges = 0; ///< of listed records
     mutable runebook::InfoIndex m_byName;
     mutable runebook::InfoIndex m_byUnicode;
     mutable runebook::InfoIndex m_byProduction;
     mutable bool m_placesAreValid = false;
-    /// Records of the list have another document, or none: they change unheard, so indexes last for one
-    /// look-up only.
+    /// Records of the list have another document, or none: they change unheard, so indexes last until any
+    /// record changes that this document did not hear of.
     bool m_sharesRecords = false;
     /// Of a document that shares: the records of its list, as long as the list stays the same.
     mutable std::unordered_set<const VXGlyphInfo *> m_listed;
+    mutable quint64 m_unheardChanges = 0; ///< when the indexes were made
 };

@@ -55,6 +55,14 @@ void VXDocument::tellSharers(const VXGlyphInfo &info, const VXDocument *except)
     }
 }
 
+template <typename Visit> void VXDocument::forEachBuiltIndex(Visit visit)
+{
+    for (InfoIndex *index : {&m_byName, &m_byUnicode, &m_byProduction}) {
+        if (index->isBuilt())
+            visit(*index);
+    }
+}
+
 void VXDocument::adopt(const InfoPtr &info)
 {
     if (info->listings() > 0 && info->document() != this) {
@@ -65,6 +73,19 @@ void VXDocument::adopt(const InfoPtr &info)
     }
     info->setDocument(this);
     info->setListings(info->listings() + 1);
+}
+
+void VXDocument::leave(const InfoPtr &info)
+{
+    info->setListings(qMax(0, info->listings() - 1));
+}
+
+bool VXDocument::isListedHere(const VXGlyphInfo &info) const
+{
+    if (!m_sharesRecords)
+        return info.listings() > 0;
+    return std::any_of(m_infos.begin(), m_infos.end(),
+                       [&info](const InfoPtr &listed) { return listed.get() == &info; });
 }
 
 void VXDocument::setDocumentOf(const InfoPtr &info, VXDocument *document)
@@ -80,7 +101,7 @@ void VXDocument::setDocumentOf(const InfoPtr &info, VXDocument *document)
     }
     info->setDocument(document);
     if (document)
-        document->m_strays.push_back(info);
+        document->addStray(info);
 }
 
 void VXDocument::release(const InfoPtr &info)
@@ -100,7 +121,7 @@ void VXDocument::setInfos(InfoList infos)
 void VXDocument::install(InfoList infos)
 {
     for (const InfoPtr &info : m_infos) {
-        info->setListings(qMax(0, info->listings() - 1));
+        leave(info);
         release(info);
     }
     // Kept until all have heard: who shows the list still has its rows when it is told.
@@ -130,11 +151,42 @@ qsizetype VXDocument::indexOfObjectInInfos(const InfoPtr &info) const
     return placeOf(info.get());
 }
 
+namespace {
+
+/// Where \a info stands at or near its hint; -1 when it does not.
+qsizetype placeNearHint(const InfoList &infos, const VXGlyphInfo &info)
+{
+    constexpr std::size_t kNear = 64;
+    const std::size_t hint = info.placeHint();
+    if (hint < infos.size() && infos[hint].get() == &info)
+        return static_cast<qsizetype>(hint);
+    const std::size_t end = std::min(infos.size(), hint + kNear);
+    for (std::size_t place = hint < kNear ? 0 : hint - kNear; place < end; ++place) {
+        if (infos[place].get() == &info) {
+            infos[place]->setPlaceHint(static_cast<quint32>(place));
+            return static_cast<qsizetype>(place);
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
 qsizetype VXDocument::placeOf(const VXGlyphInfo *info) const
 {
-    if (!info)
+    if (!info || info->listings() == 0)
         return -1;
-    if (!m_placesAreValid || m_sharesRecords) {
+    if (info->listings() == 1) {
+        // What stands only once has no other place; edits near by have moved it a little.
+        if (const qsizetype place = placeNearHint(m_infos, *info); place >= 0)
+            return place;
+    } else if (m_sharesRecords) {
+        // The hint may be that of another list.
+        const auto found = std::find_if(m_infos.begin(), m_infos.end(),
+                                        [info](const InfoPtr &listed) { return listed.get() == info; });
+        return found == m_infos.end() ? -1 : found - m_infos.begin();
+    }
+    if (!m_placesAreValid) {
         // Backwards, so that of a record that stands in the list twice the first place stays.
         for (std::size_t i = m_infos.size(); i-- > 0;)
             m_infos[i]->setPlaceHint(static_cast<quint32>(i));
@@ -150,10 +202,18 @@ void VXDocument::addInfo(const InfoPtr &info)
     insertAt({info}, {countOfInfos()}, Notice::Observers);
 }
 
+void VXDocument::makeRoomFor(std::size_t more)
+{
+    // Not exactly: scripts add a few records at a time, and each time all others would move.
+    const std::size_t needed = m_infos.size() + more;
+    if (needed > m_infos.capacity())
+        m_infos.reserve(std::max(needed, m_infos.capacity() + m_infos.capacity() / 2));
+}
+
 void VXDocument::addInfos(const InfoList &infos)
 {
     // What cannot be had fails before anything is changed.
-    m_infos.reserve(m_infos.size() + infos.size());
+    makeRoomFor(infos.size());
     undoManager()->registerUndo([this, infos] { removeInfos(infos); });
     IndexSet indexes(infos.size());
     for (std::size_t i = 0; i < infos.size(); ++i)
@@ -185,7 +245,7 @@ void VXDocument::insertObjectsInInfosAtIndexes(const InfoList &infos, const Inde
     IndexSet indexes = asSet(anyIndexes);
     if (infos.empty() || infos.size() != indexes.size())
         return;
-    m_infos.reserve(m_infos.size() + infos.size());
+    makeRoomFor(infos.size());
     // An index beyond the end means the end; undoing has to know which place that was.
     for (std::size_t i = 0; i < indexes.size(); ++i) {
         const auto before = static_cast<qsizetype>(i);
@@ -225,10 +285,23 @@ void VXDocument::removeObjectsFromInfosAtIndexes(const IndexSet &anyIndexes)
 
 void VXDocument::replaceObjectInInfosAtIndexWithObject(qsizetype index, const InfoPtr &info)
 {
-    if (!objectInInfosAtIndex(index) || !info)
+    const InfoPtr former = objectInInfosAtIndex(index);
+    if (!former || !info)
         return;
-    removeAt({index}, Notice::Quiet);
-    insertAt({info}, {index}, Notice::Observers);
+    forEachBuiltIndex([&former](InfoIndex &each) { each.remove(*former); });
+    leave(former);
+    addStray(former);
+    adopt(info);
+    m_infos[static_cast<std::size_t>(index)] = info;
+    forEachBuiltIndex([&info](InfoIndex &each) { each.insert(*info); });
+    const bool placesStayValid =
+        m_placesAreValid && former != info && former->listings() == 0 && info->listings() == 1;
+    listChanged(Notice::Observers);
+    if (placesStayValid) {
+        info->setPlaceHint(static_cast<quint32>(index));
+        m_placesAreValid = true;
+    }
+    Q_EMIT infoReplaced(index, former);
     noteSilentChange();
 }
 
@@ -239,7 +312,7 @@ void VXDocument::reorderInfos(const InfoList &infos)
     bool areTheSame = old.size() == m_infos.size();
     for (const InfoPtr &info : old) {
         areTheSame &= info->listings() == 1;
-        info->setListings(info->listings() - 1);
+        leave(info);
     }
     for (const InfoPtr &info : m_infos)
         adopt(info);
@@ -248,7 +321,7 @@ void VXDocument::reorderInfos(const InfoList &infos)
     for (const InfoPtr &info : old) {
         if (info->listings() == 0) {
             areTheSame = false;
-            m_strays.push_back(info);
+            addStray(info);
         }
     }
     if (!areTheSame)
@@ -259,6 +332,15 @@ void VXDocument::reorderInfos(const InfoList &infos)
 
 IndexSet VXDocument::placesOf(const InfoList &infos) const
 {
+    constexpr std::size_t kFew = 8;
+    const auto standsOnce = [](const InfoPtr &info) { return info->listings() <= 1; };
+    if (infos.size() <= kFew && std::all_of(infos.begin(), infos.end(), standsOnce)) {
+        IndexSet few;
+        for (const InfoPtr &info : infos)
+            few.push_back(placeOf(info.get()));
+        std::erase(few, -1);
+        return asSet(std::move(few));
+    }
     QSet<const VXGlyphInfo *> wanted;
     for (const InfoPtr &info : infos)
         wanted.insert(info.get());
@@ -293,12 +375,10 @@ void VXDocument::insertAt(const InfoList &infos, const IndexSet &indexes, Notice
             m_infos[place] = std::move(m_infos[--old]);
         }
     }
-    for (InfoIndex *index : {&m_byName, &m_byUnicode, &m_byProduction}) {
-        if (!index->isBuilt())
-            continue;
+    forEachBuiltIndex([&infos](InfoIndex &index) {
         for (const InfoPtr &info : infos)
-            index->insert(*info);
-    }
+            index.insert(*info);
+    });
     const bool standOnce =
         std::all_of(infos.begin(), infos.end(), [](const InfoPtr &info) { return info->listings() == 1; });
     const bool placesStayValid = m_placesAreValid && isAppended && standOnce;
@@ -317,26 +397,41 @@ void VXDocument::removeAt(const IndexSet &indexes, Notice notice)
     if (indexes.empty())
         return;
     InfoList leaving; // listeners may still look at them
+    leaving.reserve(indexes.size());
     auto next = indexes.begin();
     std::size_t kept = static_cast<std::size_t>(indexes.front());
     for (std::size_t i = kept; i < m_infos.size(); ++i) {
         if (next != indexes.end() && *next == static_cast<qsizetype>(i)) {
             ++next;
-            for (InfoIndex *index : {&m_byName, &m_byUnicode, &m_byProduction}) {
-                if (index->isBuilt())
-                    index->remove(*m_infos[i]);
-            }
-            m_infos[i]->setListings(m_infos[i]->listings() - 1);
-            m_strays.push_back(m_infos[i]);
+            forEachBuiltIndex([&info = *m_infos[i]](InfoIndex &index) { index.remove(info); });
+            leave(m_infos[i]);
+            addStray(m_infos[i]);
             leaving.push_back(std::move(m_infos[i]));
             continue;
+        }
+        if (next == indexes.end()) {
+            std::move(m_infos.begin() + static_cast<qsizetype>(i), m_infos.end(),
+                      m_infos.begin() + static_cast<qsizetype>(kept));
+            kept += m_infos.size() - i;
+            break;
         }
         m_infos[kept++] = std::move(m_infos[i]);
     }
     m_infos.resize(kept);
-    std::erase_if(m_strays, [](const std::weak_ptr<VXGlyphInfo> &stray) { return stray.expired(); });
     listChanged(notice);
+    m_leaving.swap(leaving);
     Q_EMIT infosRemoved(indexes);
+    m_leaving.swap(leaving);
+}
+
+void VXDocument::addStray(const InfoPtr &info)
+{
+    constexpr std::size_t kFewest = 64;
+    if (m_strays.size() >= std::max(kFewest, m_nextStraysCleaning)) {
+        std::erase_if(m_strays, [](const std::weak_ptr<VXGlyphInfo> &stray) { return stray.expired(); });
+        m_nextStraysCleaning = 2 * m_strays.size();
+    }
+    m_strays.push_back(info);
 }
 
 void VXDocument::listChanged(Notice notice)

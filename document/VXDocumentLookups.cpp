@@ -3,6 +3,7 @@
 // Look-ups: they answer as a scan from the top of the list would.
 
 #include <algorithm>
+#include <utility>
 
 using namespace runebook;
 
@@ -23,8 +24,14 @@ InfoIndex *VXDocument::indexForField(GlyphField field) const
 
 const InfoIndex &VXDocument::ready(InfoIndex &index) const
 {
-    if (m_sharesRecords)
-        index.drop();
+    // What was not heard may have changed any of them.
+    if (m_sharesRecords) {
+        const quint64 unheard = VXGlyphInfo::changesOfListed() - m_heardChanges;
+        if (std::exchange(m_unheardChanges, unheard) != unheard) {
+            for (InfoIndex *each : {&m_byName, &m_byUnicode, &m_byProduction})
+                each->drop();
+        }
+    }
     if (!index.isBuilt())
         index.build(m_infos);
     return index;

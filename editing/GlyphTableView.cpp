@@ -24,6 +24,9 @@ namespace {
 
 const QString kHeaderState = u"TableHeaderState"_s;
 const QString kFontSize = u"TableFontSize"_s;
+/// [path, key of a field, order], the file sorted last at the end.
+const QString kSorts = u"TableSorts"_s;
+constexpr qsizetype kMostSorts = 50;
 constexpr double kSmallest = 7;
 constexpr double kLargest = 40;
 
@@ -69,6 +72,16 @@ GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent
             &GlyphTableView::rememberPlace);
     connect(&m_controller, &RSRTVArrayController::arrangedObjectsChanged, this,
             &GlyphTableView::restorePlace);
+    // Who chooses another record wants to see that one.
+    connect(selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
+        if (!m_isArranging)
+            m_hidden = {};
+    });
+    connect(&m_controller, &RSRTVArrayController::placeGivenBack, this, [this] {
+        if (currentIndex().isValid())
+            scrollTo(currentIndex());
+    });
+    connect(&m_controller.document(), &runebook::Document::saved, this, &GlyphTableView::storeSortOfFile);
 }
 
 GlyphTableView::~GlyphTableView()
@@ -95,11 +108,11 @@ void GlyphTableView::setUpHeader()
     connect(header, &QHeaderView::customContextMenuRequested, this, &GlyphTableView::showHeaderMenu);
     connect(header, &QHeaderView::sectionResized, this, &GlyphTableView::scheduleStore);
     connect(header, &QHeaderView::sectionMoved, this, &GlyphTableView::scheduleStore);
-    connect(header, &QHeaderView::sortIndicatorChanged, this, [this](int column, Qt::SortOrder order) {
-        if (column != m_controller.sortColumn() || order != m_controller.sortDirection())
-            m_controller.sort(column, order);
-        scheduleStore();
-        Q_EMIT sortChanged();
+    connect(header, &QHeaderView::sortIndicatorChanged, this, [this] {
+        if (m_isRestoring)
+            return;
+        sortByIndicator();
+        storeSortOfFile();
     });
     header->setSectionsClickable(true);
     header->setSortIndicatorShown(true);
@@ -116,6 +129,7 @@ void GlyphTableView::restoreColumnState(const QByteArray &state)
         return;
     m_isRestoring = true;
     applyColumnState(state);
+    sortByIndicator();
     m_isRestoring = false;
 }
 
@@ -125,6 +139,8 @@ void GlyphTableView::restoreViewSettings()
     const QVariant size = UserDefaults::standard().objectForKey(kFontSize);
     applyFontSize(size.isValid() ? size.toDouble() : standardFontSize());
     applyColumnState(UserDefaults::standard().objectForKey(kHeaderState).toByteArray());
+    restoreSortOfFile();
+    sortByIndicator();
     m_isRestoring = false;
 }
 
@@ -146,8 +162,49 @@ void GlyphTableView::applyColumnState(const QByteArray &state)
     header->setSectionsMovable(true);
     header->setSortIndicatorClearable(true);
     header->setStretchLastSection(true);
-    if (header->sortIndicatorSection() != m_controller.sortColumn())
-        m_controller.sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
+}
+
+void GlyphTableView::sortByIndicator()
+{
+    const int column = horizontalHeader()->sortIndicatorSection();
+    const Qt::SortOrder order = horizontalHeader()->sortIndicatorOrder();
+    if (column != m_controller.sortColumn() || (column >= 0 && order != m_controller.sortDirection()))
+        m_controller.sort(column, order);
+    Q_EMIT sortChanged();
+}
+
+/// The columns are those of all windows; what a file is sorted by is a matter of the file.
+void GlyphTableView::restoreSortOfFile()
+{
+    int column = -1;
+    auto order = Qt::AscendingOrder;
+    const QString path = m_controller.document().fileURL();
+    for (const QVariant &entry : UserDefaults::standard().arrayForKey(kSorts)) {
+        const QStringList words = entry.toStringList();
+        const auto field = words.size() == 3 && words.at(0) == path ? fieldForKey(words.at(1)) : std::nullopt;
+        if (!field)
+            continue;
+        column = columnOfField(*field);
+        order = words.at(2) == "descending"_L1 ? Qt::DescendingOrder : Qt::AscendingOrder;
+    }
+    horizontalHeader()->setSortIndicator(path.isEmpty() ? -1 : column, order);
+}
+
+void GlyphTableView::storeSortOfFile() const
+{
+    const QString path = m_controller.document().fileURL();
+    if (path.isEmpty())
+        return;
+    const QVariantList before = UserDefaults::standard().arrayForKey(kSorts);
+    QVariantList sorts = before;
+    sorts.removeIf([&path](const QVariant &entry) { return entry.toStringList().value(0) == path; });
+    if (const int column = m_controller.sortColumn(); column >= 0)
+        sorts << QVariant(QStringList {path, keyOfField(glyphColumns()[static_cast<std::size_t>(column)].field),
+                                       m_controller.sortDirection() == Qt::DescendingOrder
+                                           ? u"descending"_s
+                                           : u"ascending"_s});
+    if (sorts != before)
+        UserDefaults::standard().setObjectForKey(sorts.mid(qMax(0, sorts.size() - kMostSorts)), kSorts);
 }
 
 void GlyphTableView::scheduleStore()
@@ -165,6 +222,7 @@ void GlyphTableView::storeViewSettings()
 void GlyphTableView::resetViewSettings()
 {
     m_storeTimer.stop();
+    resetSortIndicator();
     UserDefaults::standard().removeObjectForKey(kHeaderState);
     UserDefaults::standard().removeObjectForKey(kFontSize);
     restoreViewSettings();
@@ -241,17 +299,59 @@ void GlyphTableView::wheelEvent(QWheelEvent *event)
 
 void GlyphTableView::keyPressEvent(QKeyEvent *event)
 {
-    // Return edits the cell like F2; the platforms do not agree on it.
-    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (isReturn && !event->modifiers() && state() != EditingState && currentIndex().isValid()) {
-        edit(currentIndex());
+    if (state() == EditingState) {
+        QTableView::keyPressEvent(event);
         return;
     }
-    if (event->matches(QKeySequence::Delete) && state() != EditingState) {
+    const bool isPlain = !(event->modifiers() & ~Qt::KeypadModifier);
+    const int key = event->key();
+    if (event->matches(QKeySequence::Delete)) {
         Q_EMIT deleteRequested();
-        return;
+    } else if (isPlain && (key == Qt::Key_F2 || key == Qt::Key_Return || key == Qt::Key_Enter)) {
+        // Return edits the cell like F2; the platforms do not agree on it.
+        editCurrentRow();
+    } else if (key == Qt::Key_Space && currentIndex().isValid()) {
+        // The base class also takes it for the beginning of a name.
+        selectionModel()->select(currentIndex(), selectionCommand(currentIndex(), event));
+    } else if ((event->modifiers() & Qt::ControlModifier) && (key == Qt::Key_Home || key == Qt::Key_End)) {
+        goToEnd(static_cast<Qt::Key>(key), event->modifiers());
+    } else {
+        QTableView::keyPressEvent(event);
     }
-    QTableView::keyPressEvent(event);
+}
+
+/// The current cell, or the name where the current one cannot be edited.
+void GlyphTableView::editCurrentRow()
+{
+    QModelIndex cell = currentIndex();
+    if (!cell.isValid())
+        return;
+    if (!(cell.flags() & Qt::ItemIsEditable)) {
+        cell = cell.siblingAtColumn(columnOfField(GlyphField::Name));
+        setCurrentIndex(cell);
+    }
+    if (cell.flags() & Qt::ItemIsEditable)
+        edit(cell);
+}
+
+/// The base class moves the frame alone and leaves the selection where it was.
+void GlyphTableView::goToEnd(Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    const int last = model()->rowCount() - 1;
+    if (last < 0)
+        return;
+    const int column = qMax(0, currentIndex().column());
+    const QModelIndex target = model()->index(key == Qt::Key_Home ? 0 : last, column);
+    if (modifiers & Qt::ShiftModifier) {
+        const int from = qMax(0, currentIndex().row());
+        const QItemSelection range(model()->index(qMin(from, target.row()), 0),
+                                   model()->index(qMax(from, target.row()), model()->columnCount() - 1));
+        selectionModel()->select(range, QItemSelectionModel::Select);
+        selectionModel()->setCurrentIndex(target, QItemSelectionModel::NoUpdate);
+    } else {
+        m_controller.setSelectionIndexes({target.row()});
+    }
+    scrollTo(target);
 }
 
 // The place that is kept
@@ -265,8 +365,10 @@ void GlyphTableView::goToRow(int row)
 
 void GlyphTableView::rememberPlace()
 {
+    m_isArranging = true;
     const auto anchorOf = [this](int row) {
-        return Anchor {m_controller.arrangedObjectAtIndex(row), rowViewportPosition(row)};
+        const InfoPtr info = m_controller.arrangedObjectAtIndex(row);
+        return Anchor {info, info ? info->name() : QString(), rowViewportPosition(row)};
     };
     m_top = anchorOf(rowAt(0));
     m_current = anchorOf(currentIndex().row());
@@ -278,7 +380,9 @@ void GlyphTableView::rememberPlace()
 bool GlyphTableView::restoreAnchor(const Anchor &anchor)
 {
     const InfoPtr info = anchor.info.lock();
-    const int row = info ? static_cast<int>(m_controller.rowOfObject(info)) : -1;
+    auto row = info ? static_cast<int>(m_controller.rowOfObject(info)) : -1;
+    if (const InfoPtr successor = row < 0 ? m_controller.successorOf(anchor.name) : nullptr)
+        row = static_cast<int>(m_controller.rowOfObject(successor));
     if (row < 0)
         return false;
     updateGeometries(); // the scroll bar still has the range of the rows before
@@ -288,13 +392,16 @@ bool GlyphTableView::restoreAnchor(const Anchor &anchor)
 
 void GlyphTableView::restorePlace()
 {
+    m_isArranging = false;
     if (!m_hidden.info.expired() && restoreAnchor(m_hidden)) {
         m_hidden = {};
         return;
     }
     if (restoreAnchor(m_current))
         return;
-    if (m_hidden.info.expired())
+    // What was removed does not come back with a filter.
+    const InfoPtr current = m_current.info.lock();
+    if (m_hidden.info.expired() && current && current->listings() > 0)
         m_hidden = m_current;
     restoreAnchor(m_top);
 }
@@ -305,8 +412,14 @@ void GlyphTableView::startDrag(Qt::DropActions supportedActions)
 {
     // The base class would make a picture of every dragged row, be there a hundred thousand.
     QMimeData *dragged = m_controller.mimeDataForRows(m_controller.selectionIndexes());
-    if (!dragged)
+    if (!dragged) {
+        m_wasDragRefused = true;
+        Q_EMIT dragRefused(m_controller.isFiltered()
+                               ? tr("Rows can be moved while all records are shown: clear the search first.")
+                               : tr("Rows can be moved in the order of the document only: choose View > "
+                                    "Document Order first."));
         return;
+    }
     auto *drag = new QDrag(this);
     drag->setMimeData(dragged);
     const qsizetype count = m_controller.selectedCount();
@@ -323,6 +436,19 @@ void GlyphTableView::startDrag(Qt::DropActions supportedActions)
     painter.end();
     drag->setPixmap(picture);
     drag->exec(supportedActions, Qt::MoveAction);
+}
+
+void GlyphTableView::mousePressEvent(QMouseEvent *event)
+{
+    m_wasDragRefused = false;
+    QTableView::mousePressEvent(event);
+}
+
+void GlyphTableView::mouseMoveEvent(QMouseEvent *event)
+{
+    // Going on with a drag that could not begin would select all rows on the way.
+    if (!m_wasDragRefused || !event->buttons())
+        QTableView::mouseMoveEvent(event);
 }
 
 void GlyphTableView::dragMoveEvent(QDragMoveEvent *event)

@@ -37,12 +37,16 @@ public:
 
 Q_SIGNALS:
     void sortChanged();
+    /// Why the rows that the user began to drag cannot be moved now.
+    void dragRefused(const QString &reason);
     /// The user pressed Delete on the selected rows.
     void deleteRequested();
 
 protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
@@ -50,6 +54,7 @@ protected:
 private:
     struct Anchor {
         std::weak_ptr<VXGlyphInfo> info;
+        QString name; ///< by which it is found in another reading of the file
         int y = 0; ///< of the row's top in the viewport
     };
 
@@ -60,6 +65,11 @@ private:
     void storeViewSettings();
     void applyFontSize(double pointSize);
     void showHeaderMenu(const QPoint &position);
+    void editCurrentRow();
+    void goToEnd(Qt::Key key, Qt::KeyboardModifiers modifiers);
+    void sortByIndicator();
+    void restoreSortOfFile();
+    void storeSortOfFile() const;
     void rememberPlace();
     void restorePlace();
     bool restoreAnchor(const Anchor &anchor);
@@ -70,6 +80,8 @@ private:
     Anchor m_top;
     Anchor m_hidden; ///< what was current when a filter took it out of sight
     bool m_isRestoring = false;
+    bool m_isArranging = false;
+    bool m_wasDragRefused = false; ///< since the button was pressed
 };
 
 } // namespace runebook

@@ -64,6 +64,7 @@ Problems::Problems(VXDocument &document, QObject *parent)
 {
     connect(&document, &VXDocument::infosInserted, this, &Problems::insert);
     connect(&document, &VXDocument::infosRemoved, this, &Problems::remove);
+    connect(&document, &VXDocument::infoReplaced, this, &Problems::replace);
     connect(&document, &VXDocument::infosReset, this, &Problems::reset);
     connect(&document, &VXDocument::infosChanged, this, &Problems::noteChanges);
     connect(&document, &Document::saved, this, [this] {
@@ -337,6 +338,13 @@ void Problems::remove(const IndexSet &places)
     erase(m_flags);
     erase(m_nameKeys);
     erase(m_codePoints);
+    announce();
+}
+
+void Problems::replace(qsizetype place)
+{
+    if (static_cast<std::size_t>(place) < m_next)
+        check({{place}});
     announce();
 }
 

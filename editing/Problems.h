@@ -79,6 +79,7 @@ private:
     // What the document tells.
     void insert(const IndexSet &places);
     void remove(const IndexSet &places);
+    void replace(qsizetype place);
     void reset();
     void noteChanges(const std::vector<VXDocument::Change> &changes);
     // Looking at records.

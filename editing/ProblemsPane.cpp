@@ -3,6 +3,8 @@
 #include "editing/ProblemFixes.h"
 #include "platform/PlainText.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -13,6 +15,7 @@
 #include <QTableView>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <unordered_set>
 
 namespace runebook {
@@ -163,6 +166,7 @@ QWidget *ProblemsPane::buildProblems()
     columns->resizeSection(ProblemsModel::UnicodeColumn, 100);
     // A header asks of every row whether it is selected each time it is painted.
     columns->setSelectionModel(new QItemSelectionModel(m_model, columns));
+    m_table->installEventFilter(this);
     connect(m_table, &QTableView::doubleClicked, this, &ProblemsPane::jump);
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ProblemsPane::updateFixes);
@@ -283,7 +287,9 @@ void ProblemsPane::goToProblem(int step)
         return;
     const int current = m_table->currentIndex().row();
     const int row = current < 0 ? (step > 0 ? 0 : count - 1) : (current + step + count) % count;
-    m_table->selectRow(row);
+    // Not selectRow(): with Shift, which the key for going back needs, it would select all between.
+    m_table->selectionModel()->setCurrentIndex(
+        m_model->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     m_table->scrollTo(m_model->index(row, 0));
     jump(m_model->index(row, 0));
 }
@@ -297,6 +303,46 @@ void ProblemsPane::keyPressEvent(QKeyEvent *event)
         Q_EMIT closeRequested();
     else
         QWidget::keyPressEvent(event);
+}
+
+bool ProblemsPane::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool isKey = event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress;
+    if (!isKey || watched != m_table
+        || !takesEditKey(static_cast<QKeyEvent &>(*event), event->type() == QEvent::KeyPress))
+        return QWidget::eventFilter(watched, event);
+    event->accept();
+    return true;
+}
+
+/// Whether a key means the list of problems and not the records of the window; nothing can be cut from it or
+/// pasted into it.
+bool ProblemsPane::takesEditKey(QKeyEvent &key, bool acts)
+{
+    const bool copies = key.matches(QKeySequence::Copy);
+    const bool selects = key.matches(QKeySequence::SelectAll);
+    if (copies && acts)
+        copySelected();
+    if (selects && acts)
+        m_table->selectAll();
+    return copies || selects || key.matches(QKeySequence::Cut) || key.matches(QKeySequence::Paste)
+        || key.matches(QKeySequence::Delete);
+}
+
+/// The selected lines as they are shown, their columns joined by tabs.
+void ProblemsPane::copySelected() const
+{
+    QModelIndexList rows = m_table->selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end());
+    QString lines;
+    for (const QModelIndex &row : std::as_const(rows)) {
+        QStringList cells;
+        for (int column = 0; column < m_model->columnCount(); ++column)
+            cells << row.siblingAtColumn(column).data().toString();
+        lines += cells.join(u'\t') + u'\n';
+    }
+    if (!lines.isEmpty())
+        QApplication::clipboard()->setText(lines);
 }
 
 std::vector<Problem> ProblemsPane::selectedProblems() const

@@ -49,8 +49,12 @@ Q_SIGNALS:
 protected:
     void showEvent(QShowEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    /// Keeps the keys of the Edit menu in the list while it has the focus.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    bool takesEditKey(QKeyEvent &key, bool acts);
+    void copySelected() const;
     void buildHeader(QHBoxLayout &header);
     QWidget *buildKinds();
     QWidget *buildProblems();

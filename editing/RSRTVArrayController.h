@@ -5,11 +5,13 @@
 #include "platform/Predicate.h"
 
 #include <QAbstractTableModel>
+#include <QElapsedTimer>
 #include <QItemSelectionModel>
 #include <QPointer>
 #include <QTableView>
 #include <functional>
 #include <memory>
+#include <unordered_set>
 
 namespace runebook {
 class SearchColumns;
@@ -31,7 +33,7 @@ public: // content
     Q_INVOKABLE InfoList content() const { return m_document.infos(); }
     /// The records shown, in rows.
     Q_INVOKABLE InfoList arrangedObjects() const;
-    qsizetype countOfArrangedObjects() const { return static_cast<qsizetype>(m_rows.size()); }
+    qsizetype countOfArrangedObjects() const;
     InfoPtr arrangedObjectAtIndex(qsizetype row) const;
     /// The row of a record, or -1 when it is not shown.
     Q_INVOKABLE qsizetype rowOfObject(const InfoPtr &info) const;
@@ -44,6 +46,8 @@ public: // filter
     /// False and an error when the filter gave up (a regular expression without end); then all is shown.
     bool setFilterPredicate(const std::optional<runebook::Predicate> &predicate,
                             runebook::Error *error = nullptr);
+    /// The same when somebody has found out what passes: \a passing of the list as it is now.
+    void setFilterPredicate(const runebook::Predicate &predicate, runebook::IndexSet passing);
     /// Parses \a text; an absent or empty one clears the filter.
     Q_INVOKABLE bool setFilterPredicate(const QString &text, runebook::Error *error = nullptr);
     /// Makes ready what a filter like \a predicate needs, for at most about \a milliseconds; false when it
@@ -71,13 +75,18 @@ public: // selection
     Q_INVOKABLE bool setSelectedObjects(const InfoList &infos);
     qsizetype selectedCount() const;
     QItemSelectionModel *selectionModel() const { return m_selection; }
+    /// The same as setSelectedObjects, but the current record stays the current one if it is among them.
+    void setSelectedObjectsKeepingCurrent(const InfoList &infos);
+    /// While a whole list takes the place of another one: the record of the new list that stands for one of
+    /// the former; else null.
+    InfoPtr successorOf(const QString &name) const;
 
 public: // edits
     /// Inserts at a row: in the document behind the record of the row before.
     Q_INVOKABLE void insertObjectAtArrangedObjectIndex(const InfoPtr &info, qsizetype row);
     /// Appends a new record and selects it.
     Q_INVOKABLE void add();
-    /// Removes the selected records.
+    /// Removes the selected records and selects the row after them, so that removing can go on.
     Q_INVOKABLE void remove();
     Q_INVOKABLE void removeObjectsAtArrangedObjectIndexes(const runebook::IndexSet &rows);
     Q_INVOKABLE void moveObjectsInArrangedObjectsFromIndexesToIndex(const runebook::IndexSet &rows,
@@ -155,6 +164,8 @@ Q_SIGNALS:
     void arrangedObjectsAboutToChange();
     void arrangedObjectsChanged();
     void selectionChanged();
+    /// The selection of before a step, or behind it, was given back with undo or redo.
+    void placeGivenBack();
     /// A value typed into a cell was refused.
     void editRefused(const QString &reason);
     /// The user should hear of what was typed into a cell: that it was refused, or that a file does not keep it.
@@ -162,17 +173,45 @@ Q_SIGNALS:
 
 private:
     void acceptRows(const runebook::IndexSet &rows, Qt::DropAction action, qsizetype row);
+    struct Place;
+
+    // What the document tells. The first changes of the list in a turn of the event loop show at once; many
+    // of them, as scripts make, and those of a step that is undone under a filter show together.
     void applyInsertion(const runebook::IndexSet &places);
     void applyRemoval(const runebook::IndexSet &places);
+    void applyReplacement(qsizetype place, const InfoPtr &former);
+    void applyReset();
+    bool canApplyNow();
+    void fallBehind();
+    /// Shows what was put off. Every question about rows begins with it.
+    void catchUp() const;
+    void insertRowsAt(const runebook::IndexSet &places);
+    void removeRows(const std::vector<qsizetype> &rows);
+    std::vector<qsizetype> rowsOfLeaving(const runebook::IndexSet &places) const;
+    bool isInHistory() const;
+    // Places in the list, which come back with undo and redo.
+    std::shared_ptr<const void> rememberPlace();
+    void giveBackPlace(const std::shared_ptr<const void> &place);
     void applyChanges(const std::vector<VXDocument::Change> &changes);
-    bool arrange(runebook::Error *error = nullptr);
+    enum class Filter { Apply, LeaveRows };
+    bool arrange(Filter filter = Filter::Apply, runebook::Error *error = nullptr);
+    /// The places of the rows that are shown, and of the records added by hand.
+    runebook::IndexSet shownPlaces() const;
+    InfoPtr infoOfRow(qsizetype row) const;
+    void select(const runebook::IndexSet &rows);
+    void selectRows(const runebook::IndexSet &rows);
+    /// Where in the document's list something goes that is inserted at a row.
+    qsizetype placeForRow(qsizetype row) const;
     /// The places that pass filter and condition; nothing: all.
     std::optional<runebook::IndexSet> passingPlaces(runebook::Error *error);
     /// The places that pass (nothing: all) in the order of the sorted column.
     std::vector<quint32> placesInOrder(const std::optional<runebook::IndexSet> &passing);
     void replaceRows(std::vector<VXGlyphInfo *> rows);
     InfoList wantedSelection() const;
-    void restoreSelection(const InfoList &wanted, const InfoPtr &current);
+    void restoreSelection(const InfoList &wanted, const InfoList &currents);
+    void restoreCurrent(InfoList infos, const std::function<InfoPtr(const InfoPtr &)> &orSuccessor);
+    InfoPtr currentInfo() const;
+    InfoList currentAndNeighbours() const;
     bool showsDocumentOrder() const { return m_sortColumn < 0 && !isFiltered(); }
     void rebuildRowNumbers() const;
     runebook::IndexSet afterMove(const runebook::IndexSet &rows, qsizetype row);
@@ -182,10 +221,25 @@ private:
     mutable std::vector<qint32> m_rowOfPlace; ///< by place in the document's list; empty while not known
     std::vector<quint32> m_sortedPlaces; ///< empty in document order
     std::optional<runebook::Predicate> m_predicate;
+    /// What passes the predicate of a regular expression, until a record changes: such a one takes long.
+    std::optional<runebook::IndexSet> m_passing;
     std::function<bool(qsizetype place)> m_condition;
     std::unique_ptr<runebook::SearchColumns> m_columns;
     QItemSelectionModel *m_selection;
     InfoList m_hiddenSelection; ///< selected before the filter hid them; they come back with it
+    InfoPtr m_hiddenCurrent; ///< the same for the current record
+    int m_currentColumn = 0; ///< the last one, which a reset forgets
+    /// Shown whether they pass the filter or not, until it is used again: whoever adds a record wants to see
+    /// it.
+    std::unordered_set<const VXGlyphInfo *> m_added;
+    InfoList m_leavers; ///< gone from the list while rows still show them
+    std::shared_ptr<const Place> m_place; ///< null while it has to be made again
+    int m_listChanges = 0; ///< in this turn of the event loop
+    bool m_isBehind = false;
+    bool m_filtersNext = false; ///< when it catches up
+    bool m_hasListChanged = false; ///< since a place was remembered
+    bool m_isListReplaced = false;
+    QElapsedTimer m_sinceCaughtUp;
     QPointer<QTableView> m_tableView;
     QPointer<QObject> m_delegate;
     int m_sortColumn = -1;

@@ -25,7 +25,8 @@ int RSRTVArrayController::columnCount(const QModelIndex &parent) const
 
 QVariant RSRTVArrayController::data(const QModelIndex &index, int role) const
 {
-    const InfoPtr info = arrangedObjectAtIndex(index.row());
+    // Views ask this in the middle of their work: no rows change here.
+    const InfoPtr info = infoOfRow(index.row());
     if (!info || !index.isValid())
         return {};
     switch (role) {
@@ -76,7 +77,8 @@ Qt::ItemFlags RSRTVArrayController::flags(const QModelIndex &index) const
     if (isEditableColumn(index.column())
         && tableViewShouldEditTableColumnRow(m_tableView, index.column(), index.row()))
         flags |= Qt::ItemIsEditable;
-    if (m_draggingEnabled && showsDocumentOrder())
+    // Also where rows cannot be moved now: the view says why when somebody tries.
+    if (m_draggingEnabled || isFiltered())
         flags |= Qt::ItemIsDragEnabled;
     return flags;
 }

@@ -85,21 +85,52 @@ std::optional<RecordBits> RecordTests::passing(const PatternTest &test, const Re
                  .arg(test.pattern.pattern(), QLocale().toString(records), QLocale().toString(asked.count())),
              tr("Repetitions of repetitions such as (a+)+ are slow; write a+ instead.")});
     };
+    QString text;
     const bool finished = asked.forEachWhile([&](std::size_t place) {
-        for (const QString &text : textsOf(predicateValue(*m_infos[place], key))) {
-            const Verdict verdict = text.isEmpty() ? Verdict::No : test.pattern.match(text);
-            if (verdict == Verdict::GaveUp)
-                return fail(error, Predicate::gaveUpError(test, text));
-            if (verdict == Verdict::Yes) {
-                passed.set(place);
-                break;
-            }
-        }
+        const Verdict found = verdict(test, predicateValue(*m_infos[place], key), text);
+        if (found == Verdict::GaveUp)
+            return fail(error, Predicate::gaveUpError(test, text));
+        if (found == Verdict::Yes)
+            passed.set(place);
         return hasTime();
     });
     if (!finished)
         return std::nullopt;
     return passed;
+}
+
+/// Whether one of the texts of \a value matches; \a text is the one that settled it.
+Verdict RecordTests::verdict(const PatternTest &test, const PredicateValue &value, QString &text)
+{
+    for (const QString &each : textsOf(value)) {
+        const Verdict found = each.isEmpty() ? Verdict::No : test.pattern.match(each);
+        if (found == Verdict::No)
+            continue;
+        text = each;
+        return found;
+    }
+    return Verdict::No;
+}
+
+std::optional<std::size_t> RecordTests::passingFrom(const PatternTest &test, std::size_t first,
+                                                    const QDeadlineTimer &deadline, RecordBits &passed,
+                                                    Error *error) const
+{
+    constexpr std::size_t recordsBetweenLooks = 64;
+    const SearchKey key = SearchKey::of(test.key);
+    QString text;
+    for (std::size_t place = first; place < m_infos.size(); ++place) {
+        if (place % recordsBetweenLooks == 0 && place > first && deadline.hasExpired())
+            return place;
+        const Verdict found = verdict(test, predicateValue(*m_infos[place], key), text);
+        if (found == Verdict::GaveUp) {
+            fail(error, Predicate::gaveUpError(test, text));
+            return std::nullopt;
+        }
+        if (found == Verdict::Yes)
+            passed.set(place);
+    }
+    return m_infos.size();
 }
 
 } // namespace runebook

@@ -6,6 +6,7 @@
 #include "platform/Predicate.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <optional>
 
 namespace runebook {
@@ -30,7 +31,15 @@ public:
     /// The same; nothing and an error when the expression gave up on one of them or took too long for all.
     std::optional<RecordBits> passing(const PatternTest &test, const RecordBits &asked, Error *error) const;
 
+    /// Asks the records from \a first on until \a deadline, at least one, and sets the bits of those that
+    /// pass. The first one not asked; nothing and an error when the expression gave up.
+    std::optional<std::size_t> passingFrom(const PatternTest &test, std::size_t first,
+                                           const QDeadlineTimer &deadline, RecordBits &passed,
+                                           Error *error) const;
+
 private:
+    static Verdict verdict(const PatternTest &test, const PredicateValue &value, QString &text);
+
     const InfoList &m_infos;
     int m_patternTimeLimitMs;
 };

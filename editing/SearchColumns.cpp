@@ -31,6 +31,16 @@ PredicateValue InfoSubject::valueForKey(const QString &key) const
 struct SearchColumns::Column {
     Column(SearchKey key, Folding folding) : texts(key, folding), overlay(key, folding) { }
 
+    void noteChanged(const InfoPtr &info)
+    {
+        if (changed.size() >= mostChangedRecords(texts.count())) {
+            forget();
+            return;
+        }
+        changed.push_back(info);
+        isOverlayStale = true;
+    }
+
     void forget()
     {
         texts.clear();
@@ -56,14 +66,16 @@ SearchColumns::~SearchColumns() = default;
 void SearchColumns::noteChange(const VXDocument::Change &change)
 {
     for (const auto &column : m_columns) {
-        if (column->texts.count() == 0 || !concerns(column->texts.key(), change.field))
-            continue;
-        if (column->changed.size() >= mostChangedRecords(column->texts.count())) {
-            column->forget();
-        } else {
-            column->changed.push_back(change.info);
-            column->isOverlayStale = true;
-        }
+        if (column->texts.count() > 0 && concerns(column->texts.key(), change.field))
+            column->noteChanged(change.info);
+    }
+}
+
+void SearchColumns::noteReplacement(qsizetype place)
+{
+    for (const auto &column : m_columns) {
+        if (column->texts.count() > static_cast<std::size_t>(place))
+            column->noteChanged(m_document.infos()[static_cast<std::size_t>(place)]);
     }
 }
 

@@ -28,6 +28,8 @@ public: // keeping in step: every change is told before the next question
     void noteInsertion(const IndexSet &places);
     /// The records that stood at \a places before are gone.
     void noteRemoval(const IndexSet &places);
+    /// Another record stands at a place.
+    void noteReplacement(qsizetype place);
     /// The list has other records or another order: all columns go.
     void reset();
 

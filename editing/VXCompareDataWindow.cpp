@@ -173,6 +173,7 @@ void VXCompareDataWindow::watchDocuments()
         const auto changed = &VXCompareDataWindow::documentHasChanged;
         m_watches << connect(chosen, &VXDocument::infosInserted, this, changed)
                   << connect(chosen, &VXDocument::infosRemoved, this, changed)
+                  << connect(chosen, &VXDocument::infoReplaced, this, changed)
                   << connect(chosen, &VXDocument::infosReset, this, changed)
                   << connect(chosen, &VXDocument::infosChanged, this, changed)
                   << connect(chosen, &QObject::destroyed, this, [this] {

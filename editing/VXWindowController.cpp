@@ -8,6 +8,7 @@
 #include "editing/PreviewLabel.h"
 #include "editing/ProblemsPane.h"
 #include "editing/SearchFilter.h"
+#include "editing/SlicedFilter.h"
 #include "editing/SortNameDialog.h"
 #include "editing/UnicodesTokenField.h"
 #include "editing/VXSearchField.h"
@@ -50,6 +51,7 @@ VXWindowController::VXWindowController(VXDocument &document)
     m_menus = new WindowMenus(*this);
     buildToolBar();
     buildStatusBar();
+    buildSlicedFilter();
     connectParts();
     awakeFromNib();
     setAcceptDrops(true);
@@ -142,6 +144,7 @@ void VXWindowController::connectParts()
             &VXWindowController::updateTitle);
     connect(m_searchField, &VXSearchField::searchChanged, this, &VXWindowController::filterInfos);
     connect(m_searchField, &VXSearchField::goToTableRequested, m_tableView, qOverload<>(&QWidget::setFocus));
+    connect(m_tableView, &GlyphTableView::dragRefused, this, &VXWindowController::showMessage);
     connect(m_tableView, &GlyphTableView::sortChanged, this, &VXWindowController::stateChanged);
     connect(this, &VXSplitViewWindowController::sidebarShownChanged, this, &VXWindowController::stateChanged);
     connect(&m_idleTimer, &QTimer::timeout, this, &VXWindowController::prepareSearch);
@@ -242,12 +245,14 @@ void VXWindowController::showSelectedCount()
 {
     const qsizetype selected = m_infolistController->selectedCount();
     m_countLabel->setText(selected == 0 ? QString() : tr("%1 selected").arg(locale().toString(selected)));
-    Q_EMIT stateChanged();
+    // A filter tells of itself when it is done.
+    if (!m_isFiltering)
+        Q_EMIT stateChanged();
 }
 
 void VXWindowController::updateTitle()
 {
-    if (std::exchange(m_titleUpdatePending, true))
+    if (m_isFiltering || std::exchange(m_titleUpdatePending, true))
         return;
     QTimer::singleShot(0, this, [this] {
         m_titleUpdatePending = false;
@@ -343,15 +348,58 @@ void VXWindowController::filterInfos()
     if (std::exchange(m_isFiltering, true))
         return;
     m_detailPane->commitEditing();
+    m_slicedFilter->cancel();
     auto [predicate, problem] = SearchFilter(SearchSettings::current()).result(m_searchField->stringValue());
+    // A script, which runs in one step of undoing, goes on with the rows as soon as it has set the filter.
+    const bool isInScript = m_document.undoManager()->groupingLevel() > 0;
+    if (predicate && SlicedFilter::isFor(*predicate) && !isInScript) {
+        m_isFiltering = false;
+        m_slicedFilter->start(*predicate);
+        return;
+    }
     Error gaveUp;
     if (!m_infolistController->setFilterPredicate(predicate, &gaveUp))
         problem = gaveUp;
+    filterWasApplied(problem);
+}
+
+bool VXWindowController::isFiltering() const
+{
+    return m_isFiltering || m_slicedFilter->isRunning();
+}
+
+void VXWindowController::filterWasApplied(const std::optional<Error> &problem)
+{
     m_searchField->setProblem(problem);
     m_infolistController->setDraggingEnabled(!m_infolistController->isFiltered());
     synchronizeWindowTitleWithDocumentName();
+    m_subtitleLabel->setText(m_subtitle); // the progress stood there
     m_isFiltering = false;
     Q_EMIT stateChanged();
+}
+
+/// What takes longer than a slice shows its results when it has them all; until then the rows stay.
+void VXWindowController::buildSlicedFilter()
+{
+    m_slicedFilter = new SlicedFilter(m_document, this);
+    connect(m_slicedFilter, &SlicedFilter::finished, this,
+            [this](const Predicate &predicate, const IndexSet &passing) {
+                m_isFiltering = true;
+                m_infolistController->setFilterPredicate(predicate, passing);
+                filterWasApplied({});
+            });
+    connect(m_slicedFilter, &SlicedFilter::gaveUp, this, [this](const Error &error) {
+        m_isFiltering = true;
+        m_infolistController->setFilterPredicate(std::optional<Predicate>());
+        filterWasApplied(error);
+    });
+    connect(m_slicedFilter, &SlicedFilter::progressed, this, &VXWindowController::showSearchProgress);
+}
+
+void VXWindowController::showSearchProgress()
+{
+    m_subtitleLabel->setText(
+        tr("Searching… %1 % (Esc stops)").arg(static_cast<int>(m_slicedFilter->progress() * 100)));
 }
 
 // Events

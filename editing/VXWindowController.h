@@ -26,6 +26,7 @@ class PreviewLabel;
 class Problems;
 class ProblemsButton;
 class ProblemsPane;
+class SlicedFilter;
 struct ReplaceSummary;
 class UnicodesTokenField;
 class WindowMenus;
@@ -110,7 +111,7 @@ public: // search
     Q_INVOKABLE bool validateMenuItem(QAction *item) const;
     Q_INVOKABLE void filterInfos();
     /// True while a filter is being built and applied.
-    Q_INVOKABLE bool isFiltering() const { return m_isFiltering; }
+    Q_INVOKABLE bool isFiltering() const;
     Q_INVOKABLE QString filterStringForKeySearch(bool matchCase, const QString &key,
                                                  const QString &text) const;
     /// Returns the name unchanged; sets the subtitle on the way.
@@ -175,6 +176,9 @@ private:
     /// Makes ready in idle time what the first search would have to wait for.
     void prepareSearch();
     void revealRow(qsizetype row);
+    void buildSlicedFilter();
+    void filterWasApplied(const std::optional<runebook::Error> &problem);
+    void showSearchProgress();
 
     VXDocument &m_document;
     RSRTVArrayController *m_infolistController;
@@ -190,6 +194,7 @@ private:
     QPointer<SortNameDialog> m_sortNameDialog;
     QLabel *m_countLabel = nullptr;
     QLabel *m_subtitleLabel = nullptr;
+    runebook::SlicedFilter *m_slicedFilter = nullptr;
     QTimer m_idleTimer;
     QString m_title;
     QString m_subtitle;

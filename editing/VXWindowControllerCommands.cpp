@@ -238,7 +238,7 @@ void VXWindowController::selectSame(const QString &key)
         return;
     const InfoList same =
         infosWithSameValue(m_infolistController->arrangedObjects(), selectedInfos(), *field);
-    m_infolistController->setSelectedObjects(same);
+    m_infolistController->setSelectedObjectsKeepingCurrent(same);
 }
 
 void VXWindowController::goToInfo()

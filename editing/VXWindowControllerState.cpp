@@ -75,10 +75,9 @@ void VXWindowController::goToProblem(int step)
 
 void VXWindowController::filterByProblems(const std::function<bool(qsizetype)> &condition)
 {
+    m_isFiltering = true;
     m_infolistController->setCondition(condition);
-    m_infolistController->setDraggingEnabled(!m_infolistController->isFiltered());
-    synchronizeWindowTitleWithDocumentName();
-    Q_EMIT stateChanged();
+    filterWasApplied(m_searchField->problem());
 }
 
 void VXWindowController::tellOfNewProblems(const QList<qsizetype> &before, const ReplaceSummary &summary)

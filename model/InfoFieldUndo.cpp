@@ -1,6 +1,7 @@
 #include "model/InfoFieldUndo.h"
 
 #include "model/GlyphInfoOwner.h"
+#include "model/FieldRepeats.h"
 
 namespace runebook {
 
@@ -15,6 +16,8 @@ void InfoFieldUndo::registerOld(UndoManager &manager, VXGlyphInfo &info, GlyphFi
         manager.registerOperation(std::move(operation));
     }
     open->m_entries.push_back({info.shared_from_this(), info.currentValue(field), field});
+    // A field that is set over and over has one old value to go back to.
+    dropRepeats(open->m_entries, open->m_nextCleaning);
 }
 
 void InfoFieldUndo::perform(UndoManager &manager)
@@ -24,8 +27,7 @@ void InfoFieldUndo::perform(UndoManager &manager)
     std::reverse(inverse->m_entries.begin(), inverse->m_entries.end());
     for (Entry &entry : inverse->m_entries) {
         entry.old = entry.info->exchange(entry.field, std::move(entry.old));
-        if (GlyphInfoOwner *document = entry.info->document())
-            document->infoHasChanged(*entry.info, entry.field, entry.old);
+        entry.info->notifyChanged(entry.field, entry.old);
     }
     manager.registerOperation(std::move(inverse));
 }

@@ -21,6 +21,7 @@ private:
         GlyphField field;
     };
     std::vector<Entry> m_entries;
+    std::size_t m_nextCleaning = 0; ///< entries at which repeats are looked for
 };
 
 } // namespace runebook

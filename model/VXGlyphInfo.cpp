@@ -198,8 +198,13 @@ void VXGlyphInfo::registerUndo(GlyphField field)
         InfoFieldUndo::registerOld(*manager, *this, field);
 }
 
+quint64 VXGlyphInfo::s_changesOfListed = 0;
+
 void VXGlyphInfo::notifyChanged(GlyphField field, const FieldValue &old)
 {
+    // Readers make records on several threads; those stand in no list yet.
+    if (m_listings > 0)
+        ++s_changesOfListed;
     if (m_document)
         m_document->infoHasChanged(*this, field, old);
     else if (m_listings > 0 && GlyphInfoOwner::ownerlessHasChanged)

@@ -217,9 +217,11 @@ public: // for the readers, writers and indexes of this system
     /// The record's place in its list when it was last asked for; a hint, to be checked.
     quint32 placeHint() const { return m_placeHint; }
     void setPlaceHint(quint32 place) { m_placeHint = place; }
-    /// How often the record stands in the list of its document.
+    /// How often the record stands in lists of documents.
     int listings() const { return m_listings; }
-    void setListings(int count) { m_listings = static_cast<quint16>(count); }
+    void setListings(int count) { m_listings = count; }
+    /// How many changes of listed records there have been in this run: whoever heard fewer missed some.
+    static quint64 changesOfListed() { return s_changesOfListed; }
     /// The name of a record that was given none.
     static const runebook::FieldValue &unknownName();
     /// The one list that setMarks refuses.
@@ -248,12 +250,14 @@ private:
     quint64 m_index = 0;
     quint32 m_unicodeChar = 0;
     quint32 m_placeHint = 0;
-    quint16 m_listings = 0;
+    qint32 m_listings = 0;
     qint8 m_direction = LTR;
     quint8 m_case = noCase;
     static constexpr quint8 kAsRead = 4;
     /// Bit 0: the line holds for version 1, bit 1: for the later ones, bit 2: nothing was changed.
     quint8 m_lineVersions = 0;
+
+    static quint64 s_changesOfListed;
 };
 
 Q_DECLARE_METATYPE(InfoPtr)

@@ -26,12 +26,21 @@ private:
 class UndoManager::Step final : public QUndoCommand
 {
 public:
-    Step(UndoManager &manager, Operations operations, const QString &name)
-        : QUndoCommand(name), m_manager(manager), m_operations(std::move(operations))
+    Step(UndoManager &manager, Operations operations, const QString &name,
+         std::shared_ptr<const void> before)
+        : QUndoCommand(name),
+          m_manager(manager),
+          m_operations(std::move(operations)),
+          m_before(std::move(before))
     {
     }
 
-    void undo() override { m_operations = m_manager.performAll(std::move(m_operations), State::Undoing); }
+    void undo() override
+    {
+        m_after = m_manager.currentPlace();
+        m_operations = m_manager.performAll(std::move(m_operations), State::Undoing);
+        m_manager.giveBack(m_before);
+    }
 
     void redo() override
     {
@@ -39,11 +48,14 @@ public:
         if (std::exchange(m_isNew, false))
             return;
         m_operations = m_manager.performAll(std::move(m_operations), State::Redoing);
+        m_manager.giveBack(m_after);
     }
 
 private:
     UndoManager &m_manager;
     Operations m_operations;
+    std::shared_ptr<const void> m_before;
+    std::shared_ptr<const void> m_after;
     bool m_isNew = true;
 };
 
@@ -64,6 +76,8 @@ void UndoManager::registerOperation(std::unique_ptr<UndoOperation> operation)
     if (!m_enabled)
         return;
     const bool first = m_open.empty();
+    if (first && m_state == State::Recording)
+        m_openPlace = currentPlace();
     m_open.push_back(std::move(operation));
     if (m_state != State::Recording || !first)
         return;
@@ -115,9 +129,21 @@ void UndoManager::closeGroup()
 {
     Operations operations = std::exchange(m_open, {});
     const QString name = std::exchange(m_openName, {});
+    std::shared_ptr<const void> place = std::exchange(m_openPlace, {});
     if (operations.empty())
         return;
-    m_stack.push(new Step(*this, std::move(operations), name));
+    m_stack.push(new Step(*this, std::move(operations), name, std::move(place)));
+}
+
+std::shared_ptr<const void> UndoManager::currentPlace() const
+{
+    return m_placeKeeper.remember ? m_placeKeeper.remember() : nullptr;
+}
+
+void UndoManager::giveBack(const std::shared_ptr<const void> &place) const
+{
+    if (m_placeKeeper.giveBack)
+        m_placeKeeper.giveBack(place);
 }
 
 bool UndoManager::canUndo() const
@@ -163,6 +189,7 @@ void UndoManager::removeAllActions()
     m_holdsNotice = true;
     m_open.clear();
     m_openName.clear();
+    m_openPlace.reset();
     m_stack.clear();
     if (!wasClean)
         m_stack.resetClean();

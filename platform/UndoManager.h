@@ -49,6 +49,15 @@ public: // groups: everything between begin and the matching end is one step
     /// Open explicit groups.
     Q_INVOKABLE int groupingLevel() const { return m_level; }
 
+public: // places
+    /// Where somebody was in the data (a selection), which is not part of them and yet comes back with a
+    /// step: remembered when the step begins and before it is undone, given back when it was undone or redone.
+    struct PlaceKeeper {
+        std::function<std::shared_ptr<const void>()> remember;
+        std::function<void(const std::shared_ptr<const void> &place)> giveBack;
+    };
+    void setPlaceKeeper(PlaceKeeper keeper) { m_placeKeeper = std::move(keeper); }
+
 public: // history
     Q_INVOKABLE bool canUndo() const;
     Q_INVOKABLE bool canRedo() const;
@@ -79,6 +88,8 @@ private:
     enum class State { Recording, Undoing, Redoing };
     using Operations = std::vector<std::unique_ptr<UndoOperation>>;
 
+    std::shared_ptr<const void> currentPlace() const;
+    void giveBack(const std::shared_ptr<const void> &place) const;
     Operations performAll(Operations operations, State state);
     void closeGroup();
     void noteCleanChange();
@@ -86,6 +97,8 @@ private:
     QUndoStack m_stack;
     Operations m_open;
     QString m_openName;
+    PlaceKeeper m_placeKeeper;
+    std::shared_ptr<const void> m_openPlace; ///< from before the open step
     int m_level = 0;
     State m_state = State::Recording;
     bool m_enabled = true;

@@ -146,6 +146,9 @@ public:
             for (auto index = indexes.rbegin(); index != indexes.rend(); ++index)
                 list.erase(list.begin() + *index);
         });
+        connect(&document, &VXDocument::infoReplaced, this, [this](qsizetype index) {
+            list[static_cast<std::size_t>(index)] = m_document.objectInInfosAtIndex(index);
+        });
         connect(&document, &VXDocument::infosReset, this, [this] { list = m_document.infos(); });
     }
     InfoList list;
@@ -371,6 +374,9 @@ private Q_SLOTS:
     void followsRandomEdits_data();
     void followsRandomEdits();
     void sharesRecordsWithAnotherDocument();
+    void looksUpQuicklyAlthoughARecordIsShared();
+    void countsManyListings();
+    void keepsOneChangeOfAField();
     void recordsOutliveTheDocument();
     void tellsOfChangesOnce();
 };
@@ -671,6 +677,65 @@ void TestInfoList::sharesRecordsWithAnotherDocument()
     }
     QCOMPARE(namesOf(one.infos()), u"a c"_s);
     QCOMPARE(one.infoForName(u"c"_s), one.objectInInfosAtIndex(1));
+}
+
+void TestInfoList::looksUpQuicklyAlthoughARecordIsShared()
+{
+    constexpr int kCount = 20'000;
+    VXDocument one;
+    InfoList infos;
+    for (int i = 0; i < kCount; ++i)
+        infos.push_back(named(u"g%1"_s.arg(i)));
+    one.setInfos(infos);
+    VXDocument other;
+    other.addInfo(infos[7]);
+    // Made anew for each question this would take minutes.
+    for (int i = 0; i < kCount; ++i) {
+        QCOMPARE(one.indexOfObjectInInfos(one.infoForName(u"g%1"_s.arg(i))), i);
+        infos[static_cast<std::size_t>(i)]->setSortName(u"s"_s);
+    }
+    infos[7]->setName(u"unheard"_s); // by the one
+    QCOMPARE(one.infoForName(u"unheard"_s), infos[7]);
+    QVERIFY(!one.infoForName(u"g7"_s));
+}
+
+void TestInfoList::countsManyListings()
+{
+    constexpr int kListings = 65'536 + 2;
+    std::weak_ptr<VXGlyphInfo> watch;
+    {
+        VXDocument document;
+        const InfoPtr info = named(u"a"_s);
+        watch = info;
+        document.setInfos(InfoList(kListings, info));
+        QCOMPARE(info->listings(), kListings);
+        QCOMPARE(document.infoForName(u"a"_s), info);
+        document.removeObjectFromInfosAtIndex(5);
+        QCOMPARE(document.indexOfObjectInInfos(info), 0);
+        info->setName(u"b"_s);
+        QCOMPARE(document.infoForName(u"b"_s), info);
+        document.removeInfo(info);
+        QCOMPARE(info->listings(), 0);
+        QVERIFY(!document.infoForName(u"b"_s));
+    }
+    QVERIFY(watch.expired());
+}
+
+void TestInfoList::keepsOneChangeOfAField()
+{
+    VXDocument document;
+    document.setInfos(namedAll(u"a b c"_s));
+    std::size_t told = 0;
+    connect(&document, &VXDocument::infosChanged, this,
+            [&told](const std::vector<VXDocument::Change> &changes) { told += changes.size(); });
+    for (int i = 0; i < 100'000; ++i)
+        document.objectInInfosAtIndex(i % 3)->setName(u"n%1"_s.arg(i));
+    document.flushChanges();
+    QVERIFY2(told < 2100, "a list of changes that grows with every setting");
+    document.undoManager()->undo();
+    QCOMPARE(namesOf(document.infos()), u"a b c"_s);
+    document.undoManager()->redo();
+    QCOMPARE(namesOf(document.infos()), u"n99999 n99997 n99998"_s);
 }
 
 void TestInfoList::recordsOutliveTheDocument()

@@ -7,6 +7,7 @@
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
+#include <QClipboard>
 #include <QAbstractItemModelTester>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -93,7 +94,23 @@ private Q_SLOTS:
         QTest::keyClick(m_window.get(), Qt::Key_F8, Qt::ShiftModifier);
         QCOMPARE(namesOf(list()->selectedObjects()), u"E "_s);
 
+        // The keys of the Edit menu mean the list that has the focus.
+        QCOMPARE(pane()->table()->selectionModel()->selectedRows().size(), 1);
+        list()->setSelectionIndexes({0});
         pane()->table()->setFocus();
+        const QModelIndex second = pane()->table()->model()->index(1, 0);
+        pane()->table()->selectionModel()->setCurrentIndex(
+            second, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        QTest::keyClick(pane()->table(), Qt::Key_C, Qt::ControlModifier);
+        const QString copied = QApplication::clipboard()->text();
+        QVERIFY2(copied.startsWith("B c\t"_L1) && copied.count(u'\n') == 1, qPrintable(copied));
+        for (const Qt::Key key : {Qt::Key_X, Qt::Key_V, Qt::Key_A})
+            QTest::keyClick(pane()->table(), key, Qt::ControlModifier);
+        QTest::keyClick(pane()->table(), Qt::Key_Delete);
+        QCOMPARE(pane()->table()->selectionModel()->selectedRows().size(), 6);
+        QCOMPARE(list()->selectionIndexes(), IndexSet {0});
+        QVERIFY(!m_document->isDocumentEdited());
+
         pane()->table()->selectRow(1);
         QTest::keyClick(pane()->table(), Qt::Key_Return);
         QCOMPARE(namesOf(list()->selectedObjects()), u"B c"_s);

@@ -19,6 +19,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -104,6 +105,48 @@ private Q_SLOTS:
         search->insert(u"ä"_s);
         QCOMPARE(namesOf(shown()), QString());
         QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void oneKeyIsToldOfOnce()
+    {
+        QSignalSpy told(m_window.get(), &VXWindowController::stateChanged);
+        for (const char *key : {"a", ".", "x"}) {
+            QCoreApplication::processEvents();
+            told.clear();
+            select({0});
+            told.clear();
+            QTest::keyClicks(m_window->searchField(), QString::fromLatin1(key));
+            QCoreApplication::processEvents();
+            QCOMPARE(told.size(), 1); // menus are validated and the title is made with it
+        }
+    }
+
+    void typingGoesOnWhileAnExpressionIsLookedFor()
+    {
+        InfoList infos;
+        for (int i = 0; i < 120'000; ++i)
+            infos.push_back(infoNamed(u"glyph%1"_s.arg(i)));
+        m_document->setInfos(infos);
+        UserDefaults::standard().setObjectForKey(true, u"SearchStateRegex"_s);
+        VXSearchField *search = m_window->searchField();
+        search->setFocus();
+        QTest::keyClicks(search, u"g(l|m)+(y|z)+p.*9"_s);
+        QVERIFY(m_window->isFiltering());
+        QCOMPARE(list()->countOfArrangedObjects(), 120'000); // until all are found
+        QTest::keyClicks(search, u"9$"_s);
+        QTRY_VERIFY(!m_window->isFiltering());
+        QCOMPARE(m_window->subtitle(), u"1200/120000 infos"_s);
+        QCOMPARE(list()->arrangedObjectAtIndex(1)->name(), u"glyph199"_s);
+        // A change begins the search anew, Escape ends it.
+        QTest::keyClick(search, Qt::Key_Backspace);
+        m_document->objectInInfosAtIndex(0)->setName(u"glyph-99"_s);
+        QTRY_VERIFY(!m_window->isFiltering());
+        QCOMPARE(list()->arrangedObjectAtIndex(0)->name(), u"glyph-99"_s);
+        QTest::keyClicks(search, u"9"_s);
+        QVERIFY(m_window->isFiltering());
+        QTest::keyClick(search, Qt::Key_Escape);
+        QVERIFY(!m_window->isFiltering());
+        QCOMPARE(list()->countOfArrangedObjects(), 120'000);
     }
 
     void aBadNameLeavesTheFieldsWhereTheyAre()
@@ -396,10 +439,7 @@ private Q_SLOTS:
 
     void placeIsKeptWhileRowsComeAndGo()
     {
-        InfoList infos;
-        for (int i = 0; i < 2000; ++i)
-            infos.push_back(infoNamed(u"g%1"_s.arg(i, 4, 10, QChar(u'0')) + (i % 7 ? u""_s : u".x"_s)));
-        m_document->setInfos(infos);
+        const InfoList infos = setManyInfos();
         GlyphTableView *table = m_window->tableView();
         table->goToRow(1400);
         const int y = table->rowViewportPosition(1400);
@@ -418,6 +458,117 @@ private Q_SLOTS:
         m_document->undoManager()->undo();
         m_document->flushChanges();
         QCOMPARE(table->rowViewportPosition(1400), y);
+    }
+
+    void whatWasChosenLastStaysInView()
+    {
+        const InfoList infos = setManyInfos();
+        GlyphTableView *table = m_window->tableView();
+        const auto isInView = [&](int place) {
+            const qsizetype row = list()->rowOfObject(infos[static_cast<std::size_t>(place)]);
+            const int y = table->rowViewportPosition(static_cast<int>(row));
+            return row >= 0 && y >= 0 && y + table->rowHeight(0) <= table->viewport()->height();
+        };
+        // Chosen under a filter that had hidden another one.
+        table->goToRow(1401);
+        setSearch(u".x"_s);
+        table->goToRow(10);
+        setSearch({});
+        QVERIFY(isInView(70));
+        QCOMPARE(table->currentIndex().row(), 70);
+        // The record that others with the same value were asked for.
+        infos[1800]->setCategory(u"Mark"_s);
+        infos[2]->setCategory(u"Mark"_s);
+        table->goToRow(1800);
+        m_window->selectSame(u"category"_s);
+        QCOMPARE(namesOf(list()->selectedObjects()), infos[2]->name() + u' ' + infos[1800]->name());
+        QVERIFY(isInView(1800));
+        // Deleting goes on with the keyboard, and undoing comes back to where it began.
+        table->goToRow(900);
+        for (int i = 0; i < 3; ++i) {
+            QTest::keyClick(table, Qt::Key_Delete);
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(namesOf(list()->selectedObjects()), infos[903]->name());
+        table->verticalScrollBar()->setValue(0);
+        m_document->undoManager()->undo();
+        QCOMPARE(namesOf(list()->selectedObjects()), infos[902]->name());
+        QVERIFY(isInView(902));
+        m_document->undoManager()->undo();
+        m_document->undoManager()->undo();
+        QCOMPARE(namesOf(list()->selectedObjects()), infos[900]->name());
+        QVERIFY(isInView(900));
+        // What is pasted is selected, and undone the selection is the former one.
+        m_window->copy();
+        m_window->paste();
+        QCOMPARE(list()->selectionIndexes(), IndexSet {901});
+        m_document->undoManager()->undo();
+        QCOMPARE(list()->selectionIndexes(), IndexSet {900});
+        // One more record far above moves nothing.
+        const int y = table->rowViewportPosition(900);
+        m_document->insertObjectInInfosAtIndex(infoNamed(u"above"_s), 0);
+        QCOMPARE(table->rowViewportPosition(901), y);
+        // Another reading of the same file: other records, the same place.
+        setManyInfos();
+        QCOMPARE(list()->selectionIndexes(), IndexSet {900});
+        QCOMPARE(table->rowViewportPosition(900), y);
+    }
+
+    void keysWorkWhateverColumnIsCurrent()
+    {
+        const InfoList infos = setManyInfos();
+        GlyphTableView *table = m_window->tableView();
+        for (const Qt::Key key : {Qt::Key_F2, Qt::Key_Return}) {
+            table->goToRow(4);
+            table->setCurrentIndex(list()->index(4, 0)); // the picture, which nobody can edit
+            QTest::keyClick(table, key);
+            auto *editor = table->viewport()->findChild<QLineEdit *>();
+            QVERIFY(editor);
+            QCOMPARE(editor->text(), infos[4]->name());
+            QTest::keyClick(editor, Qt::Key_Escape);
+            QTRY_VERIFY(!table->viewport()->findChild<QLineEdit *>());
+        }
+        table->setCurrentIndex(list()->index(4, 0));
+        QTest::keyClick(table, Qt::Key_Down, Qt::ControlModifier);
+        QTest::keyClick(table, Qt::Key_Down, Qt::ControlModifier);
+        QTest::keyClick(table, Qt::Key_Space);
+        QCOMPARE(list()->selectionIndexes(), (IndexSet {4, 6}));
+        QTest::keyClick(table, Qt::Key_End, Qt::ControlModifier);
+        QCOMPARE(list()->selectionIndexes(), IndexSet {1999});
+        QCOMPARE(table->currentIndex(), list()->index(1999, 0));
+        QVERIFY(table->rowViewportPosition(1999) < table->viewport()->height());
+        QTest::keyClick(table, Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(list()->selectionIndexes(), IndexSet {0});
+        QCOMPARE(table->currentIndex().row(), 0);
+        table->goToRow(1998);
+        QTest::keyClick(table, Qt::Key_End, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(list()->selectionIndexes(), (IndexSet {1998, 1999}));
+        QTest::keyClicks(table, u"g12"_s); // goes on to the names that begin so
+        QCOMPARE(table->currentIndex().column(), 0);
+    }
+
+    void eachFileIsSortedAsItWas()
+    {
+        const QTemporaryDir folder;
+        const auto reopened = [this](const QString &path) {
+            cleanup();
+            m_document = std::make_unique<VXDocument>();
+            m_document->setFileURL(path);
+            m_document->setInfos({infoNamed(u"b"_s), infoNamed(u"a"_s)});
+            m_window = std::make_unique<VXWindowController>(*m_document);
+        };
+        reopened(folder.filePath(u"one.xml"_s));
+        m_window->tableView()->horizontalHeader()->setSortIndicator(columnOfField(GlyphField::Name),
+                                                                    Qt::AscendingOrder);
+        QCOMPARE(namesOf(shown()), u"a b"_s);
+        reopened(folder.filePath(u"two.xml"_s));
+        QCOMPARE(namesOf(shown()), u"b a"_s);
+        reopened(folder.filePath(u"one.xml"_s));
+        QCOMPARE(namesOf(shown()), u"a b"_s);
+        m_window->tableView()->resetViewSettings();
+        QCOMPARE(namesOf(shown()), u"b a"_s);
+        reopened(folder.filePath(u"one.xml"_s));
+        QCOMPARE(namesOf(shown()), u"b a"_s);
     }
 
     void goingToARecordShowsItWhateverIsFiltered()
@@ -528,6 +679,20 @@ private:
     RSRTVArrayController *list() const { return m_window->infolistController(); }
     InfoList shown() const { return list()->arrangedObjects(); }
     void select(const IndexSet &rows) { list()->setSelectionIndexes(rows); }
+    void setSearch(const QString &text)
+    {
+        m_window->searchField()->setStringValue(text);
+        m_window->filterInfos();
+    }
+    /// 2,000 records, every seventh of which has ".x" in its name.
+    InfoList setManyInfos()
+    {
+        InfoList infos;
+        for (int i = 0; i < 2000; ++i)
+            infos.push_back(infoNamed(u"g%1"_s.arg(i, 4, 10, QChar(u'0')) + (i % 7 ? u""_s : u".x"_s)));
+        m_document->setInfos(infos);
+        return infos;
+    }
     QLineEdit *lineOf(GlyphField field) const
     {
         return qobject_cast<QLineEdit *>(m_window->detailPane()->editorOf(field));

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "document/VXDocument.h"
+#include "editing/RecordBits.h"
+#include "platform/Predicate.h"
+
+#include <QTimer>
+
+namespace runebook {
+
+/// Finds the records that match a regular expression a few milliseconds at a time, so that whoever types it
+/// never waits: a million records take seconds. What changes meanwhile begins the search anew. Main thread
+/// only.
+class SlicedFilter : public QObject
+{
+    Q_OBJECT
+public:
+    explicit SlicedFilter(const VXDocument &document, QObject *parent = nullptr);
+
+    /// Whether \a predicate is a single regular expression; others are answered faster than a slice takes.
+    static bool isFor(const Predicate &predicate);
+    /// Begins the search, with its first slice. It takes the place of one that is running.
+    void start(const Predicate &predicate);
+    void cancel();
+    bool isRunning() const { return m_predicate.has_value(); }
+    /// From 0 to 1.
+    double progress() const;
+
+Q_SIGNALS:
+    void progressed();
+    void finished(const runebook::Predicate &predicate, const runebook::IndexSet &passing);
+    /// The expression is without end on some record.
+    void gaveUp(const runebook::Error &error);
+
+private:
+    void startAnew();
+    void runSlice();
+
+    const VXDocument &m_document;
+    std::optional<Predicate> m_predicate;
+    RecordBits m_passed;
+    std::size_t m_next = 0;
+    QTimer m_timer;
+};
+
+} // namespace runebook
