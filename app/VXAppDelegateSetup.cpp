@@ -39,15 +39,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString kAutosaveDelay = u"VXAutosaveDelay"_s;
-constexpr int kMaxAutosaveDelay = 3'600;
-
-/// The user's delay in place of the one that documents bring.
 void applyAutosaveDelay()
 {
-    const UserDefaults &defaults = UserDefaults::standard();
-    if (defaults.isSet(kAutosaveDelay))
-        DocumentController::shared().setAutosavingDelay(
-            qBound(0, defaults.integerForKey(kAutosaveDelay), kMaxAutosaveDelay));
+    DocumentController::shared().setAutosavingDelay(VXDocument::usualAutosavingDelay());
 }
 
 QWidget *makeWindow(Document &document)

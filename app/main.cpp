@@ -9,8 +9,10 @@
 #include "app/VXApplication.h"
 #include "editing/CheckReport.h"
 #include "editing/CompareReport.h"
+#include "editing/WindowSettings.h"
 #include "platform/FilePath.h"
 #include "platform/RescueFiles.h"
+#include "platform/UserDefaults.h"
 #include "scripting/HeadlessRun.h"
 #include "scripting/RunPump.h"
 #include "scripting/ScriptRun.h"
@@ -87,6 +89,7 @@ int runScript(const CommandLine &line)
 {
     if (!areWhole(line))
         return kWrongUse;
+    UserDefaults::standard().keepForThisRun(windowSettingKeys());
     VXAppDelegate delegate;
     HeadlessOptions options;
     options.script = line.script;

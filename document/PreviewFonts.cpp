@@ -1,10 +1,15 @@
 // The font files that the user chose for the previews of a script.
+#include "document/FontFile.h"
 #include "document/VXDocument.h"
 #include "platform/UserDefaults.h"
 
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QRawFont>
+#include <algorithm>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -12,6 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString kFontPaths = u"VXScriptToPreviewFontPath"_s;
+constexpr double kAnySize = 16;
 
 /// The font of each script, of any size; nothing while it has to be made again.
 std::optional<QHash<QString, QFont>> &fontOfScript()
@@ -40,28 +46,76 @@ void storePairs(const QList<QStringList> &pairs)
     VXDocument::setNeedsUpdateScriptToFontCache();
 }
 
-/// The font that a file brings: the very face of the file, not another one of its family. Nothing when it
-/// cannot be loaded. A file is loaded once for the run.
+/// What is known of a font file, as long as it stays the same.
+struct LoadedFont {
+    QDateTime changed;
+    qint64 size = 0;
+    int id = -1; ///< of the framework
+    std::optional<QFont> font;
+
+    bool isOf(const QFileInfo &file) const
+    {
+        return changed == file.lastModified() && size == file.size();
+    }
+};
+
+/// Loads a file under a family name of its own: a font of the same family may be installed, or have stood in
+/// this file before, and would be drawn in its place.
+LoadedFont load(const QFileInfo &file)
+{
+    static int count = 0;
+    LoadedFont loaded {file.lastModified(), file.size(), -1, {}};
+    const QRawFont face(file.filePath(), kAnySize);
+    QFile bytes(file.filePath());
+    if (!face.isValid() || !bytes.open(QIODevice::ReadOnly))
+        return loaded;
+    const QString ownFamily = u"%1 (preview %2)"_s.arg(face.familyName()).arg(++count);
+    const QByteArray own = fontWithFamily(bytes.readAll(), ownFamily);
+    // Kinds that cannot be renamed are told by family and style as far as that goes.
+    loaded.id = own.isEmpty() ? QFontDatabase::addApplicationFont(file.filePath())
+                              : QFontDatabase::addApplicationFontFromData(own);
+    const QString family = loaded.id < 0 ? QString() : QFontDatabase::applicationFontFamilies(loaded.id).value(0);
+    if (family.isEmpty())
+        return loaded;
+    loaded.font.emplace(family);
+    if (own.isEmpty())
+        loaded.font->setStyleName(face.styleName());
+    loaded.font->setWeight(QFont::Weight(face.weight()));
+    loaded.font->setStyle(face.style());
+    return loaded;
+}
+
+QHash<QString, LoadedFont> &loadedFonts()
+{
+    static QHash<QString, LoadedFont> fonts;
+    return fonts;
+}
+
+/// The font that a file brings: the very face of the file as it is now. Nothing when it cannot be loaded.
 std::optional<QFont> fontOfFile(const QString &path)
 {
-    static QHash<QString, QFont> fonts;
-    const auto known = fonts.constFind(path);
-    if (known != fonts.constEnd())
-        return *known;
-    if (!QFileInfo(path).isFile())
+    const QFileInfo file(path);
+    if (!file.isFile())
         return {};
-    constexpr double kAnySize = 16;
-    const QRawFont face(path, kAnySize);
-    const int id = face.isValid() ? QFontDatabase::addApplicationFont(path) : -1;
-    const QString family = id < 0 ? QString() : QFontDatabase::applicationFontFamilies(id).value(0);
-    if (family.isEmpty())
-        return {};
-    QFont font(family);
-    font.setStyleName(face.styleName());
-    font.setWeight(QFont::Weight(face.weight()));
-    font.setStyle(face.style());
-    fonts.insert(path, font);
-    return font;
+    LoadedFont &known = loadedFonts()[path];
+    if (!known.isOf(file)) {
+        // The former font stays with the framework: texts that were laid out with it may still be shown.
+        known = load(file);
+    }
+    return known.font;
+}
+
+/// Whether a file was written anew since it was loaded; looked at once a second at most.
+bool hasFileChanged()
+{
+    constexpr qint64 kPauseMs = 1000;
+    static QElapsedTimer pause;
+    if (pause.isValid() && pause.elapsed() < kPauseMs)
+        return false;
+    pause.start();
+    const auto &fonts = loadedFonts();
+    return std::any_of(fonts.keyValueBegin(), fonts.keyValueEnd(),
+                       [](const auto &entry) { return !entry.second.isOf(QFileInfo(entry.first)); });
 }
 
 QList<QStringList> pairsWithout(const QString &script)
@@ -82,7 +136,7 @@ std::optional<QFont> VXDocument::fontForScriptSize(const QString &script, double
                 setNeedsUpdateScriptToFontCache();
         });
     auto &fonts = fontOfScript();
-    if (!fonts) {
+    if (!fonts || hasFileChanged()) {
         fonts.emplace();
         for (const QStringList &pair : storedPairs()) {
             const std::optional<QFont> font = pair.at(0).isEmpty() ? std::nullopt : fontOfFile(pair.at(1));

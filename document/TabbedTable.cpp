@@ -119,12 +119,16 @@ std::vector<TabbedReader::Rows> TabbedReader::partsOf(std::string_view text)
 
 void TabbedReader::readRows(Rows &rows, const std::vector<Column> &columns) const
 {
-    for (std::string_view rest = rows.text; !rest.empty(); ++rows.lines) {
+    for (std::string_view rest = rows.text; !rest.empty();) {
         const std::string_view line = takeLine(rest);
+        // Between CR and LF there is no line that anybody sees. The keys stand in front of all rows.
+        const bool isWithinLineEnd = line.empty() && line.data()[-1] == '\r' && line.data()[0] == '\n';
+        rows.lines += isWithinLineEnd ? 0 : 1;
         if (!hasTwoCharacters(line))
             continue;
         InfoPtr info = std::make_shared<VXGlyphInfo>(FieldValue());
         if (!readRow(*info, columns, line)) {
+            --rows.lines; // those before it
             rows.endsShort = true;
             return;
         }

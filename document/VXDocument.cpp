@@ -8,6 +8,7 @@
 #include "platform/DocumentController.h"
 #include "platform/FilePath.h"
 #include "platform/MemoryRoom.h"
+#include "platform/UserDefaults.h"
 
 #include <QFileInfo>
 #include <cerrno>
@@ -46,7 +47,7 @@ VXDocument::VXDocument(QObject *parent)
       m_byUnicode([](const VXGlyphInfo &info, std::string &buffer) { return info.unicodeUtf8(buffer); }),
       m_byProduction(keyOf(GlyphField::Production))
 {
-    DocumentController::shared().setAutosavingDelay(kAutosavingDelay);
+    DocumentController::shared().setAutosavingDelay(usualAutosavingDelay());
     GlyphInfoOwner::ownerlessHasChanged = [](VXGlyphInfo &info) { tellSharers(info, nullptr); };
     connect(this, &Document::saved, this, [this] {
         m_fileNotes.reset();
@@ -172,6 +173,14 @@ std::optional<InfoList> VXDocument::readXML(const QString &url, Error *error)
 std::optional<InfoList> VXDocument::readTabbedFromURL(const QString &url, Error *error)
 {
     return TabbedReader().read(pathFromURL(url), error);
+}
+
+double VXDocument::usualAutosavingDelay()
+{
+    constexpr int kLongest = 3'600;
+    const QString key = u"VXAutosaveDelay"_s;
+    const UserDefaults &defaults = UserDefaults::standard();
+    return defaults.isSet(key) ? qBound(0, defaults.integerForKey(key), kLongest) : kAutosavingDelay;
 }
 
 QString VXDocument::autosavingFileType() const

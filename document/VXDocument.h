@@ -54,6 +54,8 @@ public: // opening and saving
                                                           runebook::Error *error = nullptr);
     bool writeToURLOfType(const QString &url, const QString &type, runebook::Error *error = nullptr) override;
     QString autosavingFileType() const override;
+    /// The delay that making a document sets: the user's setting, in seconds, 6 where there is none.
+    static double usualAutosavingDelay();
     void makeWindowControllers() override;
     /// The name of the window's interface file.
     Q_INVOKABLE QString windowNibName() const;

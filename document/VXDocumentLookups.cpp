@@ -2,6 +2,7 @@
 
 // Look-ups: they answer as a scan from the top of the list would.
 
+#include <QSet>
 #include <algorithm>
 #include <utility>
 
@@ -97,6 +98,41 @@ std::optional<InfoList> VXDocument::indexedInfos(GlyphField field, const QVarian
     return infos;
 }
 
+namespace {
+
+/// Values to be compared with those of many records: texts and lists by their hash.
+class ValueSet
+{
+public:
+    explicit ValueSet(const QVariantList &values)
+    {
+        for (const QVariant &value : values) {
+            if (value.typeId() == QMetaType::QString)
+                m_texts.insert(value.toString());
+            else if (value.typeId() == QMetaType::QStringList)
+                m_lists.insert(value.toStringList());
+            else if (!m_others.contains(value))
+                m_others << value;
+        }
+    }
+    /// An absent text is none of them.
+    bool contains(const QVariant &value) const
+    {
+        if (value.typeId() == QMetaType::QString)
+            return !value.toString().isNull() && m_texts.contains(value.toString());
+        if (value.typeId() == QMetaType::QStringList && m_lists.contains(value.toStringList()))
+            return true;
+        return m_others.contains(value);
+    }
+
+private:
+    QSet<QString> m_texts;
+    QSet<QStringList> m_lists;
+    QVariantList m_others; ///< numbers, of which there are few; lists of another kind
+};
+
+} // namespace
+
 std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const QVariantList &values) const
 {
     const std::optional<GlyphField> field = fieldForKey(key);
@@ -105,10 +141,9 @@ std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const Q
     std::optional<InfoList> matches = indexedInfos(*field, values);
     if (!matches) {
         matches.emplace();
+        const ValueSet wanted(values);
         for (const InfoPtr &info : m_infos) {
-            const QVariant value = info->valueForKey(key);
-            const bool isAbsent = value.typeId() == QMetaType::QString && value.toString().isNull();
-            if (!isAbsent && values.contains(value))
+            if (wanted.contains(info->valueForKey(key)))
                 matches->push_back(info);
         }
     }

@@ -85,7 +85,7 @@ UserDefaults::~UserDefaults() = default;
 
 QVariant UserDefaults::objectForKey(const QString &key) const
 {
-    const QVariant stored = m_settings->value(key);
+    const QVariant stored = storedValue(key);
     return stored.isValid() ? fromStored(stored) : m_fallbacks.value(key);
 }
 
@@ -111,7 +111,29 @@ QVariantList UserDefaults::arrayForKey(const QString &key) const
 
 bool UserDefaults::isSet(const QString &key) const
 {
-    return m_settings->contains(key);
+    return storedValue(key).isValid();
+}
+
+QVariant UserDefaults::storedValue(const QString &key) const
+{
+    const std::optional<QVariant> ofThisRun = m_ofThisRun.value(key);
+    return ofThisRun ? *ofThisRun : m_settings->value(key);
+}
+
+void UserDefaults::store(const QVariant &value, const QString &key)
+{
+    if (const auto ofThisRun = m_ofThisRun.find(key); ofThisRun != m_ofThisRun.end())
+        *ofThisRun = value;
+    else if (value.isValid())
+        m_settings->setValue(key, value);
+    else
+        m_settings->remove(key);
+}
+
+void UserDefaults::keepForThisRun(const QStringList &keys)
+{
+    for (const QString &key : keys)
+        m_ofThisRun.insert(key, std::nullopt);
 }
 
 void UserDefaults::setObjectForKey(const QVariant &value, const QString &key)
@@ -121,17 +143,17 @@ void UserDefaults::setObjectForKey(const QVariant &value, const QString &key)
         return;
     }
     const QVariant old = objectForKey(key);
-    m_settings->setValue(key, toStored(value));
+    store(toStored(value), key);
     if (old != value)
         Q_EMIT changed(key);
 }
 
 void UserDefaults::removeObjectForKey(const QString &key)
 {
-    if (!m_settings->contains(key))
+    if (!isSet(key))
         return;
     const QVariant old = objectForKey(key);
-    m_settings->remove(key);
+    store({}, key);
     if (old != objectForKey(key))
         Q_EMIT changed(key);
 }

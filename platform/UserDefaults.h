@@ -5,6 +5,7 @@
 #include <QSettings>
 #include <QVariant>
 #include <memory>
+#include <optional>
 
 namespace runebook {
 
@@ -34,6 +35,9 @@ public: // writing
     /// the key. Announces changed() when the value differs from what was read before.
     Q_INVOKABLE void setObjectForKey(const QVariant &value, const QString &key);
     Q_INVOKABLE void removeObjectForKey(const QString &key);
+    /// From now on changes under these keys last for this run and are not written: what windows remember
+    /// is no business of a run that nobody sees.
+    void keepForThisRun(const QStringList &keys);
     /// Adds fallbacks; they are never written to the file.
     Q_INVOKABLE void registerDefaults(const QVariantMap &fallbacks);
     /// Writes what is pending. False when the file cannot be written.
@@ -47,8 +51,12 @@ Q_SIGNALS:
     void changed(const QString &key);
 
 private:
+    QVariant storedValue(const QString &key) const;
+    void store(const QVariant &value, const QString &key);
+
     QString m_path;
     std::unique_ptr<QSettings> m_settings;
+    QHash<QString, std::optional<QVariant>> m_ofThisRun; ///< nothing while unchanged; invalid: removed
     QVariantMap m_fallbacks;
 };
 

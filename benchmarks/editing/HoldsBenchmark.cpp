@@ -8,6 +8,7 @@
 #include "platform/UserDefaults.h"
 
 #include <QApplication>
+#include <QMimeData>
 #include <algorithm>
 #include <malloc.h>
 #include <map>

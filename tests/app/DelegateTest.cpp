@@ -662,6 +662,7 @@ void DelegateTest::followsTheAutosaveDelay()
     m_delegate.openAtStart({});
     QCOMPARE(controller().autosavingDelay(), 6.0);
     UserDefaults::standard().setObjectForKey(20, u"VXAutosaveDelay"_s);
+    const VXDocument madeByAScript;
     QCOMPARE(controller().autosavingDelay(), 20.0);
     controller().openUntitledDocumentAndDisplay(false);
     QCOMPARE(controller().autosavingDelay(), 20.0);

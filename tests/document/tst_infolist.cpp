@@ -375,6 +375,7 @@ private Q_SLOTS:
     void followsRandomEdits();
     void sharesRecordsWithAnotherDocument();
     void looksUpQuicklyAlthoughARecordIsShared();
+    void findsManyValuesAmongManyRecords();
     void countsManyListings();
     void keepsOneChangeOfAField();
     void recordsOutliveTheDocument();
@@ -697,6 +698,27 @@ void TestInfoList::looksUpQuicklyAlthoughARecordIsShared()
     infos[7]->setName(u"unheard"_s); // by the one
     QCOMPARE(one.infoForName(u"unheard"_s), infos[7]);
     QVERIFY(!one.infoForName(u"g7"_s));
+}
+
+void TestInfoList::findsManyValuesAmongManyRecords()
+{
+    constexpr int kCount = 20'000;
+    VXDocument document;
+    InfoList infos;
+    QVariantList texts;
+    QVariantList lists;
+    for (int i = 0; i < kCount; ++i) {
+        infos.push_back(named(u"g%1"_s.arg(i)));
+        infos.back()->setSortName(u"s%1"_s.arg(i));
+        infos.back()->setAltNames(QStringList {u"a%1"_s.arg(i), u"b"_s});
+        texts << u"s%1"_s.arg(i * 2);
+        lists << QVariant(QStringList {u"a%1"_s.arg(i * 4), u"b"_s});
+    }
+    document.setInfos(infos);
+    QCOMPARE(document.infoForKeyValues(u"sortName"_s, texts)->size(), std::size_t(kCount / 2));
+    QCOMPARE(document.infoForKeyValues(u"altNames"_s, lists)->size(), std::size_t(kCount / 4));
+    QVERIFY(!document.infoForKeyValues(u"category"_s, texts));
+    QCOMPARE(document.infoForKeyValues(u"direction"_s, {0, 3.0})->size(), std::size_t(kCount));
 }
 
 void TestInfoList::countsManyListings()

@@ -1,8 +1,11 @@
 // The text that shows what a record stands for, and the fonts chosen for it.
+#include "document/FontFile.h"
 #include "document/VXDocument.h"
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
+#include <QRegularExpression>
+#include <QRawFont>
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontInfo>
@@ -12,6 +15,12 @@ using namespace Qt::StringLiterals;
 using namespace runebook;
 
 namespace {
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 const QString kFontFolder = u"/usr/share/fonts/truetype/dejavu/"_s;
 
@@ -51,6 +60,7 @@ private Q_SLOTS:
     void formatsARecord();
     void choosesFontFiles();
     void loadsTheChosenFont();
+    void drawsTheFileAsItIsNow();
     void takesOddDefaults();
 };
 
@@ -209,7 +219,7 @@ void TestPreview::formatsARecord()
     VXDocument::registerPreviewFontForScript(kFontFolder + u"DejaVuSerif.ttf"_s, u"latin"_s);
     info->setScript(u"latin"_s);
     const FormattedText chosen = document.formatStringFromInfo(info);
-    QVERIFY(chosen.formats.first().format.font().families().contains(u"DejaVu Serif"_s));
+    QVERIFY(chosen.formats.first().format.font().family().startsWith(u"DejaVu Serif"_s));
 }
 
 void TestPreview::choosesFontFiles()
@@ -245,7 +255,7 @@ void TestPreview::loadsTheChosenFont()
         if (!font)
             return u"(none)"_s;
         const QFontInfo info(*font);
-        return info.family() + (info.bold() ? u" bold"_s : u""_s) + (info.italic() ? u" italic"_s : u""_s);
+        return QString(info.family()).remove(QRegularExpression(u" \\(preview \\d+\\)"_s)) + (info.bold() ? u" bold"_s : u""_s) + (info.italic() ? u" italic"_s : u""_s);
     };
     QCOMPARE(face({}), u"DejaVu Sans"_s);
     QCOMPARE(face(u""_s), u"DejaVu Sans"_s);
@@ -268,6 +278,33 @@ void TestPreview::loadsTheChosenFont()
         u"VXScriptToPreviewFontPath"_s);
     QCOMPARE(face(u"latin"_s), u"DejaVu Serif"_s);
     QCOMPARE(face({}), u"(none)"_s);
+}
+
+void TestPreview::drawsTheFileAsItIsNow()
+{
+    // The fonts of DejaVu are installed; what is drawn is the file all the same.
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"mine.ttf"_s);
+    const auto tableOfFile = [&path] { return QRawFont(path, 16).fontTable("glyf"); };
+    const auto tableDrawn = [] {
+        const std::optional<QFont> font = VXDocument::fontForScriptSize(u"latin"_s, 20);
+        return font ? QRawFont::fromFont(*font).fontTable("glyf") : QByteArray();
+    };
+    QVERIFY(QFile::copy(kFontFolder + u"DejaVuSerif.ttf"_s, path));
+    VXDocument::registerPreviewFontForScript(path, u"latin"_s);
+    const QByteArray serif = tableOfFile();
+    QVERIFY(!serif.isEmpty() && tableDrawn() == serif);
+    // Another design under the names of an installed font, as somebody who draws fonts exports it.
+    QFile::remove(path);
+    const QByteArray renamed = fontWithFamily(fileBytes(kFontFolder + u"DejaVuSansMono.ttf"_s), u"DejaVu Serif"_s);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(renamed) == renamed.size());
+    file.close();
+    QVERIFY(tableOfFile() != serif);
+    QTRY_VERIFY(tableDrawn() == tableOfFile());
+    for (const qsizetype size : {0, 3, 11, 40, 300}) // damaged, it is no font
+        QVERIFY(fontWithFamily(renamed.left(size), u"x"_s).isEmpty());
+    VXDocument::removePreviewFontForScript(u"latin"_s);
 }
 
 void TestPreview::takesOddDefaults()

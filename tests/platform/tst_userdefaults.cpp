@@ -25,6 +25,7 @@ private Q_SLOTS:
     void survivesADamagedFile();
     void setsADamagedFileAside_data();
     void setsADamagedFileAside();
+    void keepsSomeForThisRun();
     void saysWhenItCannotWrite();
     void sparesWhatIsNoFile_data();
     void sparesWhatIsNoFile();
@@ -214,6 +215,30 @@ void TestUserDefaults::setsADamagedFileAside()
     QVERIFY(write(content));
     const UserDefaults again(path);
     QVERIFY(runebook::takeDefaultsProblem().keptAt.endsWith(u".damaged2"_s));
+}
+
+void TestUserDefaults::keepsSomeForThisRun()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"d.ini"_s);
+    {
+        UserDefaults defaults(path);
+        defaults.setObjectForKey(1, u"a"_s);
+        defaults.setObjectForKey(1, u"b"_s);
+        defaults.keepForThisRun({u"a"_s, u"c"_s});
+        QCOMPARE(defaults.integerForKey(u"a"_s), 1);
+        defaults.setObjectForKey(QVariantList {2}, u"a"_s);
+        defaults.setObjectForKey(2, u"b"_s);
+        defaults.setObjectForKey(2, u"c"_s);
+        QCOMPARE(defaults.arrayForKey(u"a"_s), QVariantList {2});
+        QCOMPARE(defaults.integerForKey(u"c"_s), 2);
+        defaults.removeObjectForKey(u"a"_s);
+        QVERIFY(!defaults.isSet(u"a"_s));
+    }
+    const UserDefaults defaults(path);
+    QCOMPARE(defaults.integerForKey(u"a"_s), 1);
+    QCOMPARE(defaults.integerForKey(u"b"_s), 2);
+    QVERIFY(!defaults.isSet(u"c"_s));
 }
 
 void TestUserDefaults::saysWhenItCannotWrite()

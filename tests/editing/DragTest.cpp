@@ -1,0 +1,202 @@
+#include "editing/GlyphTableView.h"
+#include "editing/GlyphColumns.h"
+#include "editing/VXSearchField.h"
+#include "editing/VXWindowController.h"
+#include "platform/DocumentController.h"
+#include "platform/MessageBar.h"
+#include "tests/TestMain.h"
+
+#include <QDrag>
+#include <QHeaderView>
+#include <QLabel>
+#include <QProcess>
+#include <functional>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// One document with a record for each letter, and its shown window.
+struct Window {
+    explicit Window(const QString &names, QPoint place)
+    {
+        InfoList infos;
+        for (const QString &name : names.split(u' ')) {
+            infos.push_back(VXGlyphInfo::init());
+            infos.back()->setName(name);
+        }
+        document.setInfos(infos);
+        controller = std::make_unique<VXWindowController>(document);
+        document.setWindowController(controller.get());
+        controller->resize(760, 420);
+        controller->move(place);
+        controller->show();
+    }
+    GlyphTableView *table() const { return controller->tableView(); }
+    /// A place over a row: its middle, or with \a part near its upper (0.1) or lower (0.9) edge.
+    QPoint at(int row, double part = 0.5) const
+    {
+        const int y = table()->rowViewportPosition(row) + static_cast<int>(table()->rowHeight(row) * part);
+        return table()->viewport()->mapTo(controller.get(), QPoint(120, y));
+    }
+    /// Names in list order, the selected ones in brackets.
+    QString picture() const
+    {
+        QStringList names;
+        const InfoList selected = controller->selectedInfos();
+        for (const InfoPtr &info : document.infos()) {
+            const bool isSelected = std::find(selected.begin(), selected.end(), info) != selected.end();
+            names << (isSelected ? u'[' + info->name() + u']' : info->name());
+        }
+        return names.join(u' ');
+    }
+
+    VXDocument document;
+    std::unique_ptr<VXWindowController> controller;
+};
+
+} // namespace
+
+/// Rows dragged with the mouse in windows on a screen, through the window system's own drag and drop.
+class DragTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(QGuiApplication::platformName() == "xcb"_L1, "Xvfb does not start");
+    }
+
+    void rowsAreMovedAndCopied_data()
+    {
+        QTest::addColumn<QList<int>>("rows");
+        QTest::addColumn<int>("target");
+        QTest::addColumn<double>("part");
+        QTest::addColumn<bool>("copies");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("[b] before d") << QList<int> {1} << 3 << 0.1 << false << u"a c [b] d e"_s;
+        QTest::newRow("[b] behind d") << QList<int> {1} << 3 << 0.9 << false << u"a c d [b] e"_s;
+        QTest::newRow("[b] [d] to the front") << QList<int> {1, 3} << 0 << 0.1 << false << u"[b] [d] a c e"_s;
+        QTest::newRow("[e] copied behind a") << QList<int> {4} << 0 << 0.9 << true << u"a [e] b c d e"_s;
+        QTest::newRow("[a] [b] copied behind e")
+            << QList<int> {0, 1} << 4 << 0.9 << true << u"a b c d e [a] [b]"_s;
+    }
+
+    void rowsAreMovedAndCopied()
+    {
+        QFETCH(QList<int>, rows);
+        QFETCH(int, target);
+        QFETCH(double, part);
+        QFETCH(bool, copies);
+        QFETCH(QString, expected);
+        Window window(u"a b c d e"_s, {10, 10});
+        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
+        window.controller->infolistController()->setSelectionIndexes(IndexSet(rows.begin(), rows.end()));
+        drag(window, rows.last(), window, window.at(target, part),
+             copies ? Qt::ControlModifier : Qt::NoModifier);
+        QCOMPARE(window.picture(), expected);
+        window.document.undoManager()->undo();
+        QCOMPARE(window.picture().remove(u'[').remove(u']'), u"a b c d e"_s);
+        QVERIFY(!window.document.isDocumentEdited());
+    }
+
+    void rowsOfAnotherWindowAreRefused()
+    {
+        const Window source(u"a b c"_s, {10, 10});
+        const Window target(u"x y z"_s, {10, 500});
+        QVERIFY(QTest::qWaitForWindowExposed(source.controller.get()));
+        QVERIFY(QTest::qWaitForWindowExposed(target.controller.get()));
+        drag(source, 0, target, target.at(2, 0.1), Qt::NoModifier);
+        QCOMPARE(source.picture(), u"[a] b c"_s);
+        QCOMPARE(target.picture(), u"[x] y z"_s);
+        QVERIFY(!source.document.isDocumentEdited() && !target.document.isDocumentEdited());
+    }
+
+    void rowsThatCannotBeMovedSayWhy_data()
+    {
+        QTest::addColumn<bool>("isSorted");
+        QTest::newRow("sorted") << true;
+        QTest::newRow("filtered") << false;
+    }
+
+    void rowsThatCannotBeMovedSayWhy()
+    {
+        QFETCH(bool, isSorted);
+        const Window window(u"a1 a2 a3 a4 b5"_s, {10, 10});
+        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
+        if (isSorted) {
+            window.table()->horizontalHeader()->setSortIndicator(columnOfField(GlyphField::Name),
+                                                                 Qt::AscendingOrder);
+        } else {
+            window.controller->searchField()->setStringValue(u"a"_s);
+            window.controller->filterInfos();
+        }
+        auto *bar = window.controller->findChild<MessageBar *>();
+        QVERIFY(bar->isHidden());
+        drag(window, 0, window, window.at(3), Qt::NoModifier);
+        QVERIFY(!bar->isHidden());
+        QVERIFY(bar->findChild<QLabel *>()->text().startsWith(u"Rows can be moved"_s));
+        QCOMPARE(window.picture(), u"[a1] a2 a3 a4 b5"_s);
+        QVERIFY(!window.document.isDocumentEdited());
+    }
+
+private:
+    /// Presses the button on a row of \a source, moves to \a place in \a target and lets go there.
+    void drag(const Window &source, int row, const Window &target, QPoint place, Qt::KeyboardModifiers keys)
+    {
+        QWindow *from = source.controller->windowHandle();
+        QWindow *to = target.controller->windowHandle();
+        const QPoint begin = source.at(row);
+        QTest::mousePress(from, Qt::LeftButton, {}, begin);
+        // A drag turns the event loop by itself, so what follows comes from timers, each its own: one that is
+        // still at work is not called again. Where no drag begins they come all the same.
+        constexpr int kSteps = 12;
+        constexpr int kPauseMs = 15;
+        const QPoint end = from->mapFromGlobal(to->mapToGlobal(place));
+        bool isDone = false;
+        std::function<void(int)> goOn = [&](int step) {
+            if (step > kSteps) {
+                QTest::mouseRelease(from, Qt::LeftButton, keys, end);
+                isDone = true;
+                return;
+            }
+            QTimer::singleShot(kPauseMs, this, [&goOn, step] { goOn(step + 1); });
+            moveMouse(from, begin + (end - begin) * step / kSteps, keys);
+        };
+        goOn(1);
+        QTRY_VERIFY(isDone);
+        QCoreApplication::processEvents();
+    }
+
+    static void moveMouse(QWindow *window, QPoint place, Qt::KeyboardModifiers keys)
+    {
+        QMouseEvent move(QEvent::MouseMove, place, window->mapToGlobal(place), Qt::NoButton, Qt::LeftButton,
+                         keys);
+        QCoreApplication::sendEvent(window, &move);
+    }
+};
+
+/// The window system's drag and drop needs a screen, so the program brings one of its own.
+int main(int argc, char *argv[])
+{
+    const QTemporaryDir home;
+    runebook::useTestHome(home.path());
+    QProcess screen;
+    screen.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1200x1000x24"_s, u"-nolisten"_s, u"tcp"_s});
+    if (screen.waitForReadyRead(20'000)) {
+        qputenv("DISPLAY", ":" + screen.readAllStandardOutput().trimmed());
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    }
+    int status = 0;
+    {
+        QApplication app(argc, argv);
+        DragTest test;
+        status = QTest::qExec(&test, argc, argv);
+    }
+    screen.terminate();
+    screen.waitForFinished();
+    return status;
+}
+
+#include "DragTest.moc"
