@@ -292,6 +292,10 @@ std::span<const quint32> Problems::codePointsAt(std::size_t place) const
 void Problems::insert(const IndexSet &places)
 {
     const auto merge = [&places](auto &values, auto fresh) {
+        if (places.size() == 1) { // as scripts add them, mostly at the end
+            values.insert(values.begin() + places.front(), fresh);
+            return;
+        }
         std::remove_reference_t<decltype(values)> merged;
         merged.reserve(values.size() + places.size());
         auto old = values.begin();
