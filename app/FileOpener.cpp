@@ -4,6 +4,7 @@
 #include "platform/DocumentPanels.h"
 
 #include <QFileInfo>
+#include <QLocale>
 #include <QProgressDialog>
 #include <QTimer>
 
@@ -111,7 +112,7 @@ void FileOpener::finish()
     if (count == 0)
         return;
     const QString text =
-        count == 1 ? tr("A file could not be opened.") : tr("%1 files could not be opened.").arg(count);
+        count == 1 ? tr("A file could not be opened.") : tr("%1 files could not be opened.").arg(QLocale().toString(static_cast<qlonglong>(count)));
     DocumentPanels::present({{}, 0, text, failures.join(u'\n'), {}}, frontWindow());
 }
 

@@ -64,7 +64,7 @@ void VXAppDelegate::openAtStart(const QStringList &paths)
         Session::restore();
     m_fileOpener->open(paths);
     if (!m_fileOpener->isOpening() && controller.documentList().isEmpty())
-        controller.openUntitledDocumentAndDisplay(true);
+        controller.openUntitledDocumentAndDisplay(true)->setPlaceholder(true);
     warnOfDamagedDefaults();
 }
 

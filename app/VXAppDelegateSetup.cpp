@@ -6,6 +6,7 @@
 #include "app/VXChangeLogWindowController.h"
 #include "app/VXPreferencesController.h"
 #include "document/VXDocument.h"
+#include "editing/ChangedOnDisk.h"
 #include "editing/EditingClasses.h"
 #include "editing/PendingTexts.h"
 #include "editing/VXCompareDataWindow.h"
@@ -20,6 +21,7 @@
 #include "platform/MainMenu.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
+#include "platform/WindowPlacement.h"
 #include "scripting/RunIndicator.h"
 #include "scripting/RunPump.h"
 #include "scripting/bridge/BridgedClass.h"
@@ -44,10 +46,33 @@ void applyAutosaveDelay()
     DocumentController::shared().setAutosavingDelay(VXDocument::usualAutosavingDelay());
 }
 
+/// The first file takes the place of the untouched new document; other windows stand beside each other.
+void place(QWidget &window, const Document &document)
+{
+    constexpr qsizetype kLookedAt = 60; // more than have places of their own
+    QList<QWidget *> others;
+    const Document *front = nullptr;
+    for (const Document *other : DocumentController::shared().documentList()) {
+        QWidget *otherWindow = other == &document ? nullptr : other->windowController();
+        if (others.size() == kLookedAt)
+            break;
+        if (!otherWindow || !otherWindow->isVisible() || otherWindow->isMinimized())
+            continue;
+        front = front ? front : other;
+        others << otherWindow;
+    }
+    if (front && front->isPlaceholder() && !document.fileURL().isEmpty())
+        WindowPlacement::takePlaceOf(window, *others.front());
+    else
+        WindowPlacement::cascade(window, others);
+    WindowPlacement::fitIntoScreen(window);
+}
+
 QWidget *makeWindow(Document &document)
 {
     auto *window = new VXWindowController(static_cast<VXDocument &>(document));
     window->setAttribute(Qt::WA_DeleteOnClose, false);
+    place(*window, document);
     window->statusBar()->insertPermanentWidget(1, new RunIndicator(RunIndicator::Stop::WithButton));
     if (!DocumentController::shared().isOpeningMany()) {
         window->show();
@@ -86,6 +111,7 @@ void VXAppDelegate::initialize()
                                      std::make_unique<VXArrayToStringTransformator>());
         ValueTransformer::setForName(u"directionToIndexTransformer"_s,
                                      std::make_unique<VXDirectionToIndexValueTransformer>());
+        ChangedOnDisk::registerDefaults();
         return true;
     }();
     Q_UNUSED(once)

@@ -189,6 +189,7 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
     const std::string_view header = text.substr(0, body);
     const quint8 headerVersion = versionOfHeader(header);
 
+    m_notes.isCutOff = text.rfind("</glyphData>") == text.npos;
     GlyphLines lines = readGlyphLines(
         utf8, qsizetype(body), usefulStretches(utf8.size() - qsizetype(body)), m_mostNotes);
     reportUnknown(lines.notes);

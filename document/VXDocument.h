@@ -71,6 +71,9 @@ public: // opening and saving
     /// The content of a file from its bytes, with every note of the reading. False, and an error, when they are
     /// not such a file.
     bool readFromData(const QByteArray &utf8, const QString &type, runebook::Error *error = nullptr);
+    bool takeContentOf(runebook::Document &other) override;
+    bool readWorseThan(const runebook::Document &former) const override;
+    bool isEmpty() const override { return m_infos.empty(); }
     std::unique_ptr<runebook::SlicedContent> slicedContent() const override;
     /// What the records cannot keep of the file that was read.
     /// Saving takes the token when it begins. Once the file is written, the document counts as unchanged
@@ -177,6 +180,8 @@ Q_SIGNALS:
     void infosReset();
     /// Fields of records have changed: once for each command, however many there were.
     void infosChanged(const std::vector<VXDocument::Change> &changes);
+    /// The document's file was read again and readNotes() with it, besides what the signals above tell.
+    void readNotesChanged();
 
 protected:
     void noteAcceptedLosses() override;
@@ -201,6 +206,8 @@ private:
     static void tellSharers(const VXGlyphInfo &info, const VXDocument *except);
     void noteSharing();
     void leaveSharers();
+    void restoreFileVersion(int version);
+
     void adopt(const InfoPtr &info);
     void leave(const InfoPtr &info);
     void addStray(const InfoPtr &info);

@@ -10,14 +10,17 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
+#include <chrono>
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
 const QString kReload = u"VXReloadChangedFiles"_s;
+constexpr int kStillWritten = 2; // of the domain "ChangedOnDiskError"
 
 QString textFor(FileWatch::Change change, bool isEdited)
 {
@@ -26,19 +29,19 @@ QString textFor(FileWatch::Change change, bool isEdited)
     case FileWatch::Change::None:
         return {};
     case FileWatch::Change::Removed:
-        return ChangedOnDisk::tr("Another program has removed the file. What you see is only here now.");
+        return ChangedOnDisk::tr("Another program deleted this file. What it held is now only in this window.");
     case FileWatch::Change::Emptied:
-        text = ChangedOnDisk::tr("Another program has emptied the file.");
+        text = ChangedOnDisk::tr("Another program emptied this file.");
         break;
     case FileWatch::Change::Replaced:
-        text = ChangedOnDisk::tr("Another program has put a new file in the place of this one.");
+        text = ChangedOnDisk::tr("Another program replaced this file.");
         break;
     case FileWatch::Change::Changed:
-        text = ChangedOnDisk::tr("Another program has changed the file.");
+        text = ChangedOnDisk::tr("Another program saved this file.");
         break;
     }
     if (isEdited)
-        text += u' ' + ChangedOnDisk::tr("Reloading gives up what you have changed here.");
+        text += u' ' + ChangedOnDisk::tr("Your changes are not in it. Undo brings them back after a reload.");
     return text;
 }
 
@@ -50,7 +53,7 @@ ChangedOnDisk::ChangedOnDisk(VXDocument &document, QWidget *parent)
     setFrameShape(StyledPanel);
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::AlternateBase);
-    setAccessibleName(tr("The file was changed by another program"));
+    setAccessibleName(tr("Another program changed this file"));
     m_label->setWordWrap(true);
     auto *icon = new QLabel(this);
     icon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(18));
@@ -63,8 +66,17 @@ ChangedOnDisk::ChangedOnDisk(VXDocument &document, QWidget *parent)
     m_reload = addButton(tr("&Reload"), &ChangedOnDisk::reload);
     m_save = addButton(tr("Save Aga&in"), &ChangedOnDisk::saveAgain);
     hide();
+    registerDefaults();
+    m_quiet.setSingleShot(true);
+    m_quiet.setInterval(1s);
+    connect(&m_quiet, &QTimer::timeout, this, &ChangedOnDisk::reloadWhenQuiet);
     connect(&document.fileWatch(), &FileWatch::changed, this, &ChangedOnDisk::fileHasChanged);
     connect(&document, &Document::saved, this, &QWidget::hide);
+}
+
+void ChangedOnDisk::registerDefaults()
+{
+    UserDefaults::standard().registerDefaults({{kReload, true}});
 }
 
 QPushButton *ChangedOnDisk::addButton(const QString &text, void (ChangedOnDisk::*answer)())
@@ -84,17 +96,46 @@ QString ChangedOnDisk::text() const
 void ChangedOnDisk::fileHasChanged(FileWatch::Change change)
 {
     const bool isGone = change == FileWatch::Change::Removed || change == FileWatch::Change::Emptied;
+    m_quiet.stop();
     if (change == FileWatch::Change::None)
         hide();
-    else if (!isGone && !m_document.isDocumentEdited() && UserDefaults::standard().boolForKey(kReload))
-        reload();
-    else
+    else if (isGone || m_document.isDocumentEdited() || !UserDefaults::standard().boolForKey(kReload))
         showChoice(change);
+    else
+        m_quiet.start();
 }
 
-void ChangedOnDisk::showChoice(FileWatch::Change change)
+void ChangedOnDisk::reloadWhenQuiet()
 {
-    m_label->setText(textFor(change, m_document.isDocumentEdited()));
+    const FileWatch::Change change = m_document.fileWatch().check();
+    if (m_quiet.isActive() || change == FileWatch::Change::None)
+        return;
+    // What is being typed is work as well.
+    if (m_document.hasUnsavedWork()) {
+        showChoice(change);
+        return;
+    }
+    Error error;
+    if (m_document.reload(Document::Reload::IfSound, &error))
+        noteReloaded();
+    else if (error.domain == "ChangedOnDiskError"_L1 && error.code == kStillWritten)
+        m_quiet.start();
+    else
+        showChoice(change, error.failureReason);
+}
+
+void ChangedOnDisk::noteReloaded()
+{
+    hide();
+    Q_EMIT remarked(tr("Another program saved this file, and it was read again. Undo brings back what was here."));
+}
+
+void ChangedOnDisk::showChoice(FileWatch::Change change, const QString &reason)
+{
+    QString text = textFor(change, m_document.isDocumentEdited());
+    if (!reason.isEmpty())
+        text += u' ' + reason;
+    m_label->setText(text);
     m_label->setAccessibleName(m_label->text());
     const bool isRemoved = change == FileWatch::Change::Removed;
     for (QPushButton *button : {m_reload, m_keep, m_compare})
@@ -112,9 +153,9 @@ void ChangedOnDisk::keepMine()
 void ChangedOnDisk::reload()
 {
     Error error;
-    if (m_document.revertToSaved(&error)) {
-        hide();
-        Q_EMIT remarked(tr("Another program has changed the file; it was read again."));
+    m_document.commitEditing(); // so that undoing brings it back
+    if (m_document.reload(Document::Reload::Always, &error)) {
+        noteReloaded();
     } else {
         showChoice(m_document.fileWatch().change());
         Q_EMIT remarked(error.text());

@@ -3,6 +3,7 @@
 #include "document/VXDocument.h"
 
 #include <QFrame>
+#include <QTimer>
 
 class QLabel;
 class QPushButton;
@@ -11,12 +12,16 @@ namespace runebook {
 
 /// Says above the table that another program has changed, replaced, emptied or removed the document's file,
 /// and lets the user choose without standing in the way. A document without changes reads its file again by
-/// itself when the user wants it so (default "VXReloadChangedFiles").
+/// itself, once the file has been quiet for a second and if it reads without problems, unless the user does
+/// not want that (default "VXReloadChangedFiles").
 class ChangedOnDisk : public QFrame
 {
     Q_OBJECT
 public:
     explicit ChangedOnDisk(VXDocument &document, QWidget *parent = nullptr);
+
+    /// Reloading by itself is the usual way.
+    static void registerDefaults();
 
     QString text() const;
 
@@ -33,10 +38,14 @@ public: // the answers
 
 private:
     void fileHasChanged(FileWatch::Change change);
-    void showChoice(FileWatch::Change change);
+    void reloadWhenQuiet();
+    void noteReloaded();
+    /// \a reason: why the file was not reloaded by itself.
+    void showChoice(FileWatch::Change change, const QString &reason = {});
     QPushButton *addButton(const QString &text, void (ChangedOnDisk::*answer)());
 
     VXDocument &m_document;
+    QTimer m_quiet; ///< since the last change of the file
     QLabel *m_label;
     QPushButton *m_reload;
     QPushButton *m_keep;

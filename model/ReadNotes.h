@@ -43,6 +43,7 @@ struct ReadNotes {
     qsizetype otherForms[2] = {};
     bool hasByteOrderMark = false;
     bool hasCarriageReturns = false;
+    bool isCutOff = false; ///< the end of the list is missing
     bool hasForeignHeader = false; ///< a header that a save replaces by the program's own
 };
 

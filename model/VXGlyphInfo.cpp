@@ -218,6 +218,27 @@ void VXGlyphInfo::setStored(GlyphField field, FieldValue value)
     notifyChanged(field, old);
 }
 
+void VXGlyphInfo::takeValuesOf(const VXGlyphInfo &fresh)
+{
+    for (int i = 0; i < kStoredFieldCount; ++i) {
+        const auto field = static_cast<GlyphField>(i);
+        const FieldValue &theirs = fresh.stored(field);
+        if (FieldValue::equal(stored(field), sourceData(), theirs, fresh.sourceData()))
+            continue;
+        // A piece lies in bytes that this record does not have.
+        const bool isList = field == GlyphField::Unicodes || field == GlyphField::AltNames;
+        if (theirs.isAbsent())
+            setStored(field, {});
+        else if (isList)
+            setStored(field, FieldValue::list(field == GlyphField::Unicodes ? fresh.unicodes()
+                                                                            : fresh.altNames()));
+        else
+            setStored(field, FieldValue::text(fresh.stringValue(field)));
+    }
+    setDirection(fresh.direction());
+    setCase(fresh.caseValue());
+}
+
 void VXGlyphInfo::setText(GlyphField field, const QString &text)
 {
     setStored(field, FieldValue::text(text));

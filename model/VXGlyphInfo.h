@@ -141,6 +141,8 @@ public: // setters
     /// Stores a text in a text field as an edit with its undo step and notice, whatever the field's own setter
     /// does.
     void editText(runebook::GlyphField field, const QString &text) { setText(field, text); }
+    /// Takes over every value of \a fresh that is not the same here, each as an edit.
+    void takeValuesOf(const VXGlyphInfo &fresh);
     /// Stores the reference without owning it.
     void setDocument(runebook::GlyphInfoOwner *document) { m_document = document; }
 

@@ -74,6 +74,29 @@ QString Document::displayName() const
     return number < 2 ? tr("Untitled") : tr("Untitled %1").arg(number);
 }
 
+QString Document::windowTitle() const
+{
+    if (m_fileURL.isEmpty())
+        return displayName();
+    const QStringView path(m_fileURL);
+    const qsizetype nameStart = path.lastIndexOf(u'/') + 1;
+    const QStringView name = path.sliced(nameStart);
+    qsizetype start = nameStart; // of the part of the path that is shown
+    for (const Document *other : DocumentController::shared().documentList()) {
+        const QStringView theirs(other->m_fileURL);
+        const bool hasName = theirs.endsWith(name) && theirs.size() > name.size()
+            && theirs.at(theirs.size() - name.size() - 1) == u'/';
+        if (other == this || !hasName || theirs == path)
+            continue;
+        qsizetype common = 0; // characters at the end
+        while (path.at(path.size() - 1 - common) == theirs.at(theirs.size() - 1 - common)
+               && common + 1 < qMin(path.size(), theirs.size()))
+            ++common;
+        start = qMin(start, path.lastIndexOf(u'/', path.size() - 1 - common) + 1);
+    }
+    return path.sliced(start).toString();
+}
+
 void Document::setUntitledName(const QString &name)
 {
     m_untitledName = name;
@@ -203,17 +226,7 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
 }
 
 // Opening is lenient and shows nothing of a file that it cannot read; that must not happen to what is open.
-bool Document::isReadable(Error *error) const
-{
-    if (!DocumentController::shared().canMakeDocuments())
-        return true;
-    const std::unique_ptr<Document> trial = DocumentController::shared().makeDocument();
-    if (!trial->readFromURLOfType(m_fileURL, m_fileType, error))
-        return false;
-    return trial->readError().domain.isEmpty() || fail(error, trial->readError());
-}
-
-bool Document::revertToSaved(Error *error)
+bool Document::readAgain(std::unique_ptr<Document> &trial, Error *error) const
 {
     if (m_fileURL.isEmpty() || fileKind(m_fileURL) == FileKind::None)
         return fail(error,
@@ -222,8 +235,55 @@ bool Document::revertToSaved(Error *error)
                      tr("The file “%1” is not there.").arg(displayName()),
                      {},
                      tr("The document stays as it is.")});
+    if (!DocumentController::shared().canMakeDocuments())
+        return true;
+    trial = DocumentController::shared().makeDocument();
+    if (!trial->readFromURLOfType(m_fileURL, m_fileType, error))
+        return false;
+    return trial->readError().domain.isEmpty() || fail(error, trial->readError());
+}
+
+bool Document::takeContentOf(Document &)
+{
+    return false;
+}
+
+bool Document::readWorseThan(const Document &former) const
+{
+    return !savingWillChange().isEmpty() && savingWillChange() != former.savingWillChange();
+}
+
+bool Document::reload(Reload how, Error *error)
+{
+    const auto refuse = [&](int code, const QString &reason) {
+        return fail(error,
+                    {u"ChangedOnDiskError"_s, code, tr("“%1” was not reloaded.").arg(displayName()), reason, {}});
+    };
     const FileState state = FileState::of(m_fileURL);
-    if (!isReadable(error))
+    std::unique_ptr<Document> theirs;
+    if (!readAgain(theirs, error))
+        return false;
+    if (FileState::of(m_fileURL) != state)
+        return refuse(2, tr("Another program is still writing it."));
+    if (theirs && how == Reload::IfSound && theirs->readWorseThan(*this))
+        return refuse(3, tr("Not everything in it can be read."));
+    bool isTaken = false;
+    if (theirs) {
+        const UndoGroup group(&m_undoManager, tr("Reload"));
+        isTaken = takeContentOf(*theirs);
+    }
+    if (!isTaken)
+        return revertToSaved(error);
+    noteFileRead(state);
+    m_undoManager.setClean();
+    return true;
+}
+
+bool Document::revertToSaved(Error *error)
+{
+    const FileState state = FileState::of(m_fileURL);
+    std::unique_ptr<Document> trial;
+    if (!readAgain(trial, error))
         return false;
     if (!readFromURLOfType(m_fileURL, m_fileType, error))
         return false;
@@ -288,6 +348,12 @@ void Document::keepMine()
 {
     m_fileWatch.takeAsKnown();
     updateChangeCount(ChangeDone);
+}
+
+bool Document::isPlaceholder() const
+{
+    return m_isPlaceholder && m_fileURL.isEmpty() && m_untitledName.isEmpty() && !isDocumentEdited()
+        && m_undoManager.isUntouched() && isEmpty();
 }
 
 void Document::fileHasChanged(FileWatch::Change change)

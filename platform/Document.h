@@ -46,6 +46,11 @@ public: // content, supplied by the subclass
     Q_INVOKABLE virtual QStringList savingWillChange() const { return {}; }
     /// Learns what savingWillChange() tells from the file \a original, for content that came from elsewhere.
     virtual void learnFormOf(const QString &original) { Q_UNUSED(original) }
+    /// Takes over the content of \a other, which was read from this document's file, keeping what is the
+    /// same; part of an open undo group. False when that is not possible; then nothing has changed.
+    virtual bool takeContentOf(Document &other);
+    /// Whether reading this met problems that reading \a former did not meet.
+    virtual bool readWorseThan(const Document &former) const;
     /// The values that a save as \a type would not keep, those left out that were accepted to be lost.
     virtual SavingLosses savingLosses(const QString &type) const;
     /// Puts values into a form that a file keeps, where nobody has to decide, as one undo step; how many
@@ -59,6 +64,8 @@ public: // content, supplied by the subclass
     /// The type of the separate file that autosaving writes.
     Q_INVOKABLE virtual QString autosavingFileType() const = 0;
     Q_INVOKABLE virtual bool autosavesInPlace() const { return false; }
+    /// Whether there is nothing in it yet that anybody would miss.
+    virtual bool isEmpty() const { return false; }
     /// Makes the windows that show the document. Called once, when it is to be shown.
     Q_INVOKABLE virtual void makeWindowControllers() { }
 
@@ -70,6 +77,9 @@ public: // the file
     Q_INVOKABLE void setFileType(const QString &type) { m_fileType = type; }
     /// The file's name, or a name for a document without one.
     Q_INVOKABLE virtual QString displayName() const;
+    /// What the document is called where documents stand beside each other: the file's name, with as many of
+    /// its folders as tell it from other open files of that name.
+    Q_INVOKABLE QString windowTitle() const;
     /// Whether \a canonicalPath, where every link is followed, leads to the document's file.
     bool hasCanonicalPath(const QString &canonicalPath) const { return m_canonicalPath == canonicalPath; }
     /// Gives a document without file a name of its own.
@@ -90,6 +100,13 @@ public: // the file
     static bool losesSilently();
     /// Reads the document's file again; its history starts anew.
     Q_INVOKABLE bool revertToSaved(runebook::Error *error = nullptr);
+    enum class Reload {
+        Always,
+        IfSound ///< not when less can be made of the file than of the one that was read before
+    };
+    /// Reads the document's file again, as one step of its history. Fails with the domain
+    /// "ChangedOnDiskError" and the code 2 when somebody is just writing it.
+    bool reload(Reload how, runebook::Error *error = nullptr);
     /// Gives what the user typed but did not leave yet to the records; called before every save and run.
     void commitEditing();
 
@@ -131,6 +148,11 @@ public: // window and life
     /// Forgets the document without asking; its window closes, records that others hold stay valid.
     Q_INVOKABLE void close();
 
+    /// Whether the document was made because there was none, and nobody has done anything with it: the first
+    /// file that is opened may take its place.
+    bool isPlaceholder() const;
+    void setPlaceholder(bool isPlaceholder) { m_isPlaceholder = isPlaceholder; }
+
 public: // autosave
     /// Writes the content to the document's autosave file when it has unsaved work, at once. After a while
     /// without changes, and while they go on after a while as well, that happens by itself, without holding
@@ -161,6 +183,7 @@ protected:
 private:
     bool mayLose(const QString &type, Error *error);
     bool isReadable(Error *error) const;
+    bool readAgain(std::unique_ptr<Document> &trial, Error *error) const;
     bool isOwnFile(const QString &path) const;
     bool mayWriteOver(Error *error);
     bool keepOriginal(Error *error);
@@ -175,6 +198,7 @@ private:
     SavedState *m_savedState = nullptr;
     std::unique_ptr<Autosaver> m_autosaver;
     QPointer<QWidget> m_window;
+    bool m_isPlaceholder = false;
     mutable std::vector<std::pair<QPointer<QObject>, PendingTexts>> m_pendingTexts;
     QString m_canonicalPath; ///< of the file, when it became this document's
     bool m_losesValues = false; ///< in the next save, as was accepted

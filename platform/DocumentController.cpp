@@ -113,10 +113,13 @@ Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString
     document->setFileURL(path);
     document->noteFileRead(document->readState().exists ? document->readState() : state);
     Document *opened = document.release();
+    Document *placeholder = display && currentDocument() ? m_documents.front() : nullptr;
     addDocument(opened);
     noteRecentFile(opened->fileURL());
     if (display)
         opened->makeWindowControllers();
+    if (placeholder && placeholder->isPlaceholder())
+        placeholder->close();
     Q_EMIT fileOpened(opened->fileURL());
     return opened;
 }

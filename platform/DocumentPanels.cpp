@@ -3,7 +3,9 @@
 #include "platform/DocumentController.h"
 #include "platform/LossSheet.h"
 #include "platform/SaveSheets.h"
+#include "platform/UnsavedPanel.h"
 
+#include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -138,6 +140,41 @@ void saveAsWithOutcome(Document &document, QWidget *parent, const Ended &ended)
     panel->open();
 }
 
+/// Saves one after the other; only when all are safe is everything closed, saved or not.
+void saveAllThenClose(QList<Guarded> documents, const std::function<void(bool)> &then)
+{
+    while (!documents.isEmpty() && !documents.front())
+        documents.removeFirst();
+    if (documents.isEmpty()) {
+        for (Document *document : QList<Document *>(DocumentController::shared().documentList()))
+            document->close();
+        finish(then, true);
+        return;
+    }
+    Document &next = *documents.takeFirst();
+    saveWithOutcome(next, next.windowController(), [documents, then](Outcome outcome) {
+        if (outcome == Outcome::Kept)
+            finish(then, false);
+        else
+            saveAllThenClose(documents, then);
+    });
+}
+
+void closeOneByOne(const std::function<void(bool)> &then)
+{
+    const QList<Document *> documents = DocumentController::shared().documentList();
+    if (documents.isEmpty()) {
+        finish(then, true);
+        return;
+    }
+    close(*documents.front(), [then](bool closed) {
+        if (closed)
+            closeOneByOne(then);
+        else
+            finish(then, false);
+    });
+}
+
 } // namespace
 
 void present(const Error &error, QWidget *parent)
@@ -224,7 +261,7 @@ void close(Document &document, std::function<void(bool)> then)
         return;
     }
     QMessageBox *box =
-        SaveSheets::make(QMessageBox::Warning, tr("Save the changes to “%1”?").arg(document.displayName()),
+        SaveSheets::make(QMessageBox::Warning, tr("Save the changes to “%1”?").arg(document.windowTitle()),
                          tr("They will be lost if you do not save them."), document.windowController());
     box->setStandardButtons(QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
     box->setDefaultButton(QMessageBox::Save);
@@ -253,17 +290,30 @@ void close(Document &document, std::function<void(bool)> then)
 
 void closeAll(std::function<void(bool)> then)
 {
-    const QList<Document *> documents = DocumentController::shared().documentList();
-    if (documents.isEmpty()) {
-        finish(then, true);
+    QList<Document *> edited;
+    for (Document *document : QList<Document *>(DocumentController::shared().documentList())) {
+        document->commitEditing();
+        if (document->isDocumentEdited())
+            edited << document;
+    }
+    if (edited.size() < 2) {
+        closeOneByOne(then);
         return;
     }
-    close(*documents.front(), [then](bool closed) {
-        if (closed)
-            closeAll(then);
-        else
+    auto *panel = new UnsavedPanel(edited, edited.front()->windowController());
+    const auto answered = std::make_shared<bool>(false);
+    QObject::connect(panel, &UnsavedPanel::decided, qApp, [answered, then](const QList<Document *> &chosen) {
+        *answered = true;
+        QList<Guarded> guarded;
+        for (Document *document : chosen)
+            guarded << document;
+        saveAllThenClose(guarded, then);
+    });
+    QObject::connect(panel, &QObject::destroyed, qApp, [answered, then] {
+        if (!*answered)
             finish(then, false);
     });
+    panel->open();
 }
 
 } // namespace runebook::DocumentPanels

@@ -24,8 +24,8 @@ void saveAs(Document &document, QWidget *parent, std::function<void(bool saved)>
 void revert(Document &document, QWidget *parent);
 /// Asks about unsaved changes, then closes. \a then is told whether the document was closed.
 void close(Document &document, std::function<void(bool closed)> then = {});
-/// Closes all documents one after the other; stops at the first that stays. \a then is told whether all are
-/// closed.
+/// Closes all documents. Of several with unsaved changes one panel asks what is saved; nothing is closed
+/// unless all of that could be saved. \a then is told whether all are closed.
 void closeAll(std::function<void(bool closed)> then);
 /// Shows an error in a sheet on \a parent.
 void present(const Error &error, QWidget *parent);

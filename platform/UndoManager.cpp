@@ -125,6 +125,16 @@ void UndoManager::endUndoGrouping()
         closeGroup();
 }
 
+void UndoManager::abandonGroup()
+{
+    if (m_state != State::Recording)
+        return;
+    m_openName.clear();
+    performAll(std::exchange(m_open, {}), State::Undoing);
+    noteCleanChange();
+    Q_EMIT changed();
+}
+
 void UndoManager::closeGroup()
 {
     Operations operations = std::exchange(m_open, {});

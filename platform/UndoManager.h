@@ -46,6 +46,8 @@ public: // registering
 public: // groups: everything between begin and the matching end is one step
     Q_INVOKABLE void beginUndoGrouping();
     Q_INVOKABLE void endUndoGrouping();
+    /// Takes back what the open group has done so far, as if it had never been.
+    void abandonGroup();
     /// Open explicit groups.
     Q_INVOKABLE int groupingLevel() const { return m_level; }
 
@@ -72,6 +74,8 @@ public: // history
     bool isRedoing() const { return m_state == State::Redoing; }
     /// True when the document is as it was saved: the clean index of the stack, nothing pending.
     bool isClean() const;
+    /// Whether no step was ever taken, be it one that was undone.
+    bool isUntouched() const { return m_stack.count() == 0 && m_open.empty(); }
     void setClean();
     /// Makes the document count as changed whatever the history says (a failed save, a recovered file).
     void resetClean();

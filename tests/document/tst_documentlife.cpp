@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QPointer>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <sys/stat.h>
@@ -73,6 +74,9 @@ private Q_SLOTS:
     void numbersNewDocuments();
     void isCalledByItsPath_data();
     void isCalledByItsPath();
+    void reloadsAsOneStep();
+    void reloadsOnlyWhatReadsWell_data();
+    void reloadsOnlyWhatReadsWell();
     void autosavesAfterAWhile();
     void autosavesDuringSteadyWork_data();
     void autosavesDuringSteadyWork();
@@ -264,20 +268,22 @@ void TestDocumentLife::isCalledByItsPath_data()
 {
     QTest::addColumn<QString>("others");
     QTest::addColumn<QString>("name"); // of a/x/data.xml beside them
-    QTest::newRow("alone") << u""_s << u"data.xml"_s;
-    QTest::newRow("beside new ones") << u"-"_s << u"data.xml"_s;
-    QTest::newRow("same name, other folder") << u"a/y/data.xml"_s << u"x/data.xml"_s;
-    QTest::newRow("same name and folder") << u"b/x/data.xml"_s << u"a/x/data.xml"_s;
-    QTest::newRow("shortest wins") << u"b/x/data.xml a/y/data.xml"_s << u"x/data.xml"_s;
-    QTest::newRow("another name") << u"a/x/other.xml"_s << u"data.xml"_s;
-    QTest::newRow("same names and another") << u"b/x/data.xml a/x/other.xml"_s << u"data.xml"_s;
-    QTest::newRow("deeper") << u"a/x/a/x/data.xml"_s << u"%1/a/x/data.xml"_s;
+    QTest::addColumn<QString>("title"); // which tells it from all of them
+    QTest::newRow("alone") << u""_s << u"data.xml"_s << u"data.xml"_s;
+    QTest::newRow("beside new ones") << u"-"_s << u"data.xml"_s << u"data.xml"_s;
+    QTest::newRow("same name, other folder") << u"a/y/data.xml"_s << u"x/data.xml"_s << u"x/data.xml"_s;
+    QTest::newRow("same name and folder") << u"b/x/data.xml"_s << u"a/x/data.xml"_s << u"a/x/data.xml"_s;
+    QTest::newRow("shortest wins") << u"b/x/data.xml a/y/data.xml"_s << u"x/data.xml"_s << u"a/x/data.xml"_s;
+    QTest::newRow("another name") << u"a/x/other.xml"_s << u"data.xml"_s << u"data.xml"_s;
+    QTest::newRow("same names and another") << u"b/x/data.xml a/x/other.xml"_s << u"data.xml"_s << u"a/x/data.xml"_s;
+    QTest::newRow("deeper") << u"a/x/a/x/data.xml"_s << u"%1/a/x/data.xml"_s << u"%1/a/x/data.xml"_s;
 }
 
 void TestDocumentLife::isCalledByItsPath()
 {
     QFETCH(const QString, others);
     QFETCH(const QString, name);
+    QFETCH(const QString, title);
     write(path(u"a/x/data.xml"_s), "");
     VXDocument *document = openDocument(path(u"a/x/data.xml"_s));
     QSignalSpy changed(&controller(), &DocumentController::documentsChanged);
@@ -291,8 +297,120 @@ void TestDocumentLife::isCalledByItsPath()
         }
         QVERIFY(!changed.isEmpty());
     }
-    QCOMPARE(document->displayName(),
-             name.contains(u'%') ? name.arg(QFileInfo(m_folder->path()).fileName()) : name);
+    const auto inFolder = [this](QString text) {
+        return text.replace(u"%1"_s, QFileInfo(m_folder->path()).fileName());
+    };
+    QCOMPARE(document->displayName(), inFolder(name));
+    QCOMPARE(document->windowTitle(), inFolder(title));
+}
+
+void TestDocumentLife::reloadsAsOneStep()
+{
+    QRandomGenerator random(14);
+    const auto pick = [&random](int bound) { return static_cast<std::size_t>(random.bounded(bound)); };
+    const QString file = path(u"a.xml"_s);
+    using Lines = QStringList; // what two documents with the same fields print alike
+    const auto linesOf = [](const VXDocument &document) {
+        Lines lines;
+        for (const InfoPtr &info : document.infos())
+            lines << info->lineXMLFormatVersion(2);
+        return lines;
+    };
+    const auto change = [&](VXDocument &document) {
+        for (int i = 0; i < 6; ++i) {
+            const int count = static_cast<int>(document.countOfInfos());
+            if (const auto what = pick(4); what == 0 || count < 4) {
+                const InfoPtr info = VXGlyphInfo::init();
+                info->setName(u"n%1"_s.arg(pick(9))); // names repeat
+                document.insertObjectInInfosAtIndex(info, qsizetype(pick(count + 1)));
+            } else if (what == 1) {
+                document.removeObjectFromInfosAtIndex(qsizetype(pick(count)));
+            } else {
+                const InfoPtr info = document.infos()[pick(count)];
+                what == 2 ? info->setName(u"n%1"_s.arg(pick(9))) : info->setUnicodes({u"00%1"_s.arg(10 + pick(9))});
+                info->setCase(static_cast<int>(pick(5)));
+                info->setAltNames(pick(2) ? QStringList {u"x"_s, u"y"_s} : QStringList());
+            }
+        }
+    };
+    VXDocument outside;
+    change(outside);
+    QVERIFY(outside.writeToURLOfType(file, u"public.xml"_s));
+    VXDocument *document = openDocument(file);
+    std::vector<Lines> states {linesOf(*document)};
+    for (int round = 0; round < 40; ++round) {
+        if (round % 3 == 2) {
+            document->infos()[pick(int(document->countOfInfos()))]->setDesc(QString::number(round));
+            QCoreApplication::processEvents();
+            states.push_back(linesOf(*document));
+        }
+        const InfoList before = document->infos();
+        change(outside);
+        QVERIFY(outside.writeToURLOfType(file, u"public.xml"_s));
+        QVERIFY(document->reload(Document::Reload::IfSound));
+        QCOMPARE(linesOf(*document), linesOf(outside));
+        QVERIFY(!document->isDocumentEdited());
+        QCOMPARE(document->undoManager()->stack()->count(), int(states.size()));
+        states.push_back(linesOf(*document));
+        for (const InfoPtr &info : document->infos()) {
+            QCOMPARE(info->listings(), 1);
+            QCOMPARE(info->documentObject(), document);
+        }
+        // What has one name before and after is the same record.
+        const auto onlyNamed = [](const InfoList &list, const QString &name) {
+            const auto hasName = [&name](const InfoPtr &info) { return info->name() == name; };
+            return std::count_if(list.begin(), list.end(), hasName) == 1
+                ? *std::find_if(list.begin(), list.end(), hasName)
+                : nullptr;
+        };
+        for (int name = 0; name < 9 && round % 3 != 2; ++name) {
+            const InfoPtr old = onlyNamed(before, u"n%1"_s.arg(name));
+            if (const InfoPtr now = onlyNamed(document->infos(), u"n%1"_s.arg(name)); old && now)
+                QCOMPARE(now.get(), old.get());
+        }
+    }
+    for (std::size_t i = states.size() - 1; i-- > 0;) {
+        document->undoManager()->undo();
+        QCOMPARE(linesOf(*document), states[i]);
+        QVERIFY(document->isDocumentEdited());
+    }
+    for (const Lines &state : states) {
+        QCOMPARE(linesOf(*document), state);
+        document->undoManager()->redo();
+    }
+    QVERIFY(!document->isDocumentEdited());
+}
+
+void TestDocumentLife::reloadsOnlyWhatReadsWell_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("isReloaded");
+    const QByteArray head = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<glyphData>\n";
+    const QByteArray line = "\t<glyph name=\"a\" category=\"Letter\" />\n";
+    QTest::newRow("whole") << head + line + "</glyphData>\n" << true;
+    QTest::newRow("cut off") << head + line << false;
+    QTest::newRow("with a comment") << head + line + "<!-- new -->\n</glyphData>\n" << false;
+    QTest::newRow("no UTF-8") << head + "\t<glyph name=\"\xff\" />\n</glyphData>\n" << false;
+    QTest::newRow("something else") << QByteArray("<html></html>\n") << false;
+}
+
+void TestDocumentLife::reloadsOnlyWhatReadsWell()
+{
+    QFETCH(const QByteArray, content);
+    QFETCH(const bool, isReloaded);
+    VXDocument first;
+    first.addInfo(VXGlyphInfo::init());
+    QVERIFY(first.writeToURLOfType(path(u"a.xml"_s), u"public.xml"_s));
+    QByteArray usual = contentOf(path(u"a.xml"_s));
+    VXDocument *document = openDocument(path(u"a.xml"_s));
+    const qsizetype glyph = usual.indexOf("\t<glyph");
+    write(path(u"a.xml"_s), QByteArray(content).replace(0, qMax<qsizetype>(0, content.indexOf("\t<glyph")),
+                                                        usual.left(glyph)));
+    Error error;
+    QCOMPARE(document->reload(Document::Reload::IfSound, &error), isReloaded);
+    QCOMPARE(error.domain.isEmpty(), isReloaded);
+    QCOMPARE(document->infos().front()->name(), isReloaded ? u"a"_s : u"unknown"_s);
+    QCOMPARE(document->undoManager()->canUndo(), isReloaded);
 }
 
 void TestDocumentLife::autosavesAfterAWhile()

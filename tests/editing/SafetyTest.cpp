@@ -12,7 +12,9 @@
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
 #include "platform/MessageBar.h"
+#include "platform/UnsavedPanel.h"
 #include "platform/UserDefaults.h"
+#include "platform/WindowPlacement.h"
 #include "tests/TestMain.h"
 
 #include <QClipboard>
@@ -22,6 +24,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -98,6 +101,10 @@ private Q_SLOTS:
     void barAboutChanges();
     void reloadsByItself();
     void keepsTheRowsUntilAllHaveHeardOfAReload();
+    void firstFileTakesThePlaceOfTheUntouchedDocument();
+    void windowsStandBesideEachOther();
+    void asksOnceAboutAllThatIsUnsaved_data();
+    void asksOnceAboutAllThatIsUnsaved();
     void asksBeforeSaving_data();
     void asksBeforeSaving();
     void asksAboutLosses_data();
@@ -142,7 +149,7 @@ void TestSafety::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data"_s)));
-    UserDefaults::standard().removeObjectForKey(u"VXReloadChangedFiles"_s);
+    UserDefaults::standard().setObjectForKey(false, u"VXReloadChangedFiles"_s);
     makeOwnFile(u"a.xml"_s);
 }
 
@@ -357,12 +364,36 @@ void TestSafety::barAboutChanges()
 
 void TestSafety::reloadsByItself()
 {
-    UserDefaults::standard().setObjectForKey(true, u"VXReloadChangedFiles"_s);
+    UserDefaults::standard().removeObjectForKey(u"VXReloadChangedFiles"_s); // the usual way
     VXDocument *document = open(u"a.xml"_s);
-    auto *bar = document->windowController()->findChild<ChangedOnDisk *>();
-    write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("\"a\"", "\"x\""));
-    QTRY_COMPARE(document->objectInInfosAtIndex(0)->name(), u"x"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    auto *bar = window->findChild<ChangedOnDisk *>();
+    window->infolistController()->setSelectionIndexes({1});
+    const QByteArray usual = contentOf(path(u"a.xml"_s));
+    // Somebody writes for a while; nothing is read meanwhile.
+    for (const char *name : {"\"w\"", "\"x\""}) {
+        QSignalSpy noticed(&document->fileWatch(), &FileWatch::changed);
+        write(path(u"a.xml"_s), QByteArray(usual).replace(kLines, "\t<glyph name=\"new\" />\n" + kLines)
+                                    .replace("\"a\"", name));
+        QVERIFY(noticed.wait());
+        QCOMPARE(document->countOfInfos(), 2);
+        QVERIFY(!bar->isVisible());
+    }
+    QTRY_COMPARE(document->countOfInfos(), 3);
+    QCOMPARE(document->objectInInfosAtIndex(1)->name(), u"x"_s);
     QVERIFY(!bar->isVisible() && !document->isDocumentEdited());
+    QCOMPARE(window->infolistController()->selectionIndexes(), IndexSet {2}); // still "b"
+    document->undoManager()->undo();
+    QCOMPARE(document->countOfInfos(), 2);
+    QVERIFY(document->isDocumentEdited());
+    document->undoManager()->redo();
+    QVERIFY(!document->isDocumentEdited());
+    // What does not read well is not taken unasked.
+    write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("</glyphData>\n", ""));
+    QTRY_VERIFY(bar->isVisible());
+    QVERIFY(!document->isDocumentEdited());
+    bar->keepMine();
+    QVERIFY(document->saveDocument());
     // What is edited, emptied or gone is never reloaded unasked.
     document->objectInInfosAtIndex(0)->setName(u"edited"_s);
     write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("\"x\"", "\"y\""));
@@ -371,7 +402,7 @@ void TestSafety::reloadsByItself()
     bar->reload();
     QVERIFY(QFile::resize(path(u"a.xml"_s), 0));
     QTRY_VERIFY(bar->isVisible());
-    QCOMPARE(document->countOfInfos(), 2);
+    QCOMPARE(document->countOfInfos(), 3);
 }
 
 void TestSafety::keepsTheRowsUntilAllHaveHeardOfAReload()
@@ -381,17 +412,105 @@ void TestSafety::keepsTheRowsUntilAllHaveHeardOfAReload()
     window->addInfo(); // what is selected was not read, so that nobody holds on to what was
     QVERIFY(document->saveDocument());
     write(path(u"a.xml"_s), contentOf(path(u"a.xml"_s)).replace("\"a\"", "\"x\""));
-    auto *bar = window->findChild<ChangedOnDisk *>();
-    QTRY_VERIFY(bar->isVisible());
-
     // The table asks its rows of before for the place to come back to.
     const std::weak_ptr<VXGlyphInfo> row = document->objectInInfosAtIndex(0);
     bool isThere = false;
     connect(document, &VXDocument::infosReset, this, [&] { isThere = !row.expired(); });
-    bar->reload();
+    QVERIFY(document->revertToSaved());
     QVERIFY(isThere);
     QVERIFY(row.expired());
     QCOMPARE(document->objectInInfosAtIndex(0)->name(), u"x"_s);
+}
+
+void TestSafety::firstFileTakesThePlaceOfTheUntouchedDocument()
+{
+    makeOwnFile(u"b.xml"_s);
+    controller().openUntitledDocumentAndDisplay(true)->setPlaceholder(true);
+    open(u"a.xml"_s);
+    QCOMPARE(controller().documentList().size(), 1);
+    open(u"b.xml"_s);
+    QCOMPARE(controller().documentList().size(), 2);
+    // What somebody has touched stays, be it as empty as before, and so does what somebody asked for.
+    auto *touched = qobject_cast<VXDocument *>(controller().openUntitledDocumentAndDisplay(true));
+    touched->setPlaceholder(true);
+    touched->addInfo(VXGlyphInfo::init());
+    touched->undoManager()->undo();
+    QVERIFY(!touched->isDocumentEdited() && !touched->isPlaceholder());
+    QVERIFY(!controller().openUntitledDocumentAndDisplay(true)->isPlaceholder());
+}
+
+void TestSafety::windowsStandBesideEachOther()
+{
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    std::vector<std::unique_ptr<QWidget>> windows;
+    QList<QWidget *> others; // the last one first
+    for (int i = 0; i < 30; ++i) {
+        windows.push_back(std::make_unique<QWidget>());
+        QWidget &window = *windows.back();
+        if (i == 0)
+            window.setGeometry(room.x() + 10, room.y() + 40, 600, 420);
+        WindowPlacement::cascade(window, others);
+        WindowPlacement::fitIntoScreen(window);
+        window.show();
+        QVERIFY2(room.contains(window.frameGeometry()), qPrintable(QString::number(i)));
+        QCOMPARE(window.size(), QSize(600, 420));
+        for (const QWidget *other : others)
+            QVERIFY2((other->pos() - window.pos()).manhattanLength() > 8, qPrintable(QString::number(i)));
+        others.prepend(&window);
+    }
+    // As on a screen whose pixels are twice as large.
+    QWidget large;
+    large.resize(room.size() * 2);
+    WindowPlacement::fitIntoScreen(large);
+    large.show();
+    QVERIFY(room.contains(large.frameGeometry()));
+    const QSize least = open(u"a.xml"_s)->windowController()->minimumSizeHint();
+    QVERIFY2(least.width() <= 780 && least.height() <= 440, qPrintable(QString::number(least.width())));
+}
+
+void TestSafety::asksOnceAboutAllThatIsUnsaved_data()
+{
+    QTest::addColumn<QStringList>("keys"); // what is pressed in the panel
+    QTest::addColumn<QString>("saved");
+    QTest::addColumn<bool>("isClosed");
+    QTest::newRow("save all is the default") << QStringList {u"Return"_s} << u"a b"_s << true;
+    QTest::newRow("without the first") << QStringList {u"Shift+Tab"_s, u"Space"_s, u"Alt+S"_s} << u"b"_s << true;
+    QTest::newRow("discard all") << QStringList {u"Alt+D"_s} << QString() << true;
+    QTest::newRow("cancel") << QStringList {u"Esc"_s} << QString() << false;
+}
+
+void TestSafety::asksOnceAboutAllThatIsUnsaved()
+{
+    QFETCH(QStringList, keys);
+    QFETCH(QString, saved);
+    QFETCH(bool, isClosed);
+    for (const QString &name : {u"c.xml"_s, u"b.xml"_s, u"a.xml"_s}) {
+        makeOwnFile(name); // which a save has nothing to ask about
+        VXDocument *document = open(name);
+        if (name != u"c.xml"_s)
+            document->infos().front()->setName(u"changed"_s);
+    }
+    std::optional<bool> closed;
+    DocumentPanels::closeAll([&closed](bool all) { closed = all; });
+    UnsavedPanel *panel = nullptr;
+    for (QWidget *widget : QApplication::topLevelWidgets())
+        panel = qobject_cast<UnsavedPanel *>(widget) ? qobject_cast<UnsavedPanel *>(widget) : panel;
+    QVERIFY(panel);
+    QVERIFY(QTest::qWaitForWindowActive(panel));
+    QCOMPARE(panel->toSave().size(), 2);
+    for (const QString &key : keys) {
+        const QKeyCombination combination = QKeySequence(key)[0];
+        QTest::keyClick(panel->focusWidget() ? panel->focusWidget() : panel, combination.key(),
+                        combination.keyboardModifiers());
+    }
+    QTRY_COMPARE(closed, std::optional(isClosed));
+    QCOMPARE(controller().documentList().isEmpty(), isClosed);
+    QStringList changed;
+    for (const QString &name : {u"a"_s, u"b"_s, u"c"_s}) {
+        if (contentOf(path(name + u".xml"_s)).contains("changed"))
+            changed << name;
+    }
+    QCOMPARE(changed.join(u' '), saved);
 }
 
 void TestSafety::asksBeforeSaving_data()
