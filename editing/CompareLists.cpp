@@ -56,7 +56,7 @@ QVariant DocumentChoice::data(const QModelIndex &index, int role) const
     if (!index.isValid() || role != Qt::DisplayRole)
         return {};
     const VXDocument *document = m_documents.value(index.row());
-    return document ? document->displayName() : tr("(closed)");
+    return document ? document->windowTitle() : tr("(closed)");
 }
 
 // KeyList

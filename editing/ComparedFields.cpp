@@ -1,5 +1,7 @@
 #include "editing/ComparedFields.h"
 
+#include "editing/GlyphColumns.h"
+
 #include <QCoreApplication>
 #include <unordered_set>
 
@@ -62,30 +64,30 @@ std::string_view comparableList(const QStringList &list, std::string &buffer)
 const QList<ComparedField> &comparedFields()
 {
     static const QList<ComparedField> fields {
-        {GlyphField::Unicodes, "Unicode", QT_TRANSLATE_NOOP("ComparedFields", "Unicode")},
-        {GlyphField::Name, "Name", QT_TRANSLATE_NOOP("ComparedFields", "Name")},
-        {GlyphField::SortName, "SortName", QT_TRANSLATE_NOOP("ComparedFields", "Sort name")},
-        {GlyphField::SortNameKeep, "SortNameKeep", QT_TRANSLATE_NOOP("ComparedFields", "Sort name, kept")},
-        {GlyphField::SortNameOld, "SortNameOld", QT_TRANSLATE_NOOP("ComparedFields", "Sort name, old")},
-        {GlyphField::Category, "Category", QT_TRANSLATE_NOOP("ComparedFields", "Category")},
-        {GlyphField::SubCategory, "SubCategory", QT_TRANSLATE_NOOP("ComparedFields", "Subcategory")},
-        {GlyphField::Script, "Script", QT_TRANSLATE_NOOP("ComparedFields", "Script")},
-        {GlyphField::Decompose, "Decompose", QT_TRANSLATE_NOOP("ComparedFields", "Decompose")},
-        {GlyphField::Anchors, "Anchors", QT_TRANSLATE_NOOP("ComparedFields", "Anchors")},
-        {GlyphField::Marks, "Accents", QT_TRANSLATE_NOOP("ComparedFields", "Accents")},
-        {GlyphField::Production, "Production", QT_TRANSLATE_NOOP("ComparedFields", "Production")},
-        {GlyphField::AltNames, "AltNames", QT_TRANSLATE_NOOP("ComparedFields", "Other names")},
-        {GlyphField::UnicodeLegacy, "UnicodeLegacy", QT_TRANSLATE_NOOP("ComparedFields", "Legacy Unicode")},
-        {GlyphField::Desc, "Description", QT_TRANSLATE_NOOP("ComparedFields", "Description")},
-        {GlyphField::Case, "Case", QT_TRANSLATE_NOOP("ComparedFields", "Case")},
-        {GlyphField::Direction, "Direction", QT_TRANSLATE_NOOP("ComparedFields", "Direction")},
+        {GlyphField::Unicodes, "Unicode"},
+        {GlyphField::Name, "Name"},
+        {GlyphField::SortName, "SortName"},
+        {GlyphField::SortNameKeep, "SortNameKeep"},
+        {GlyphField::SortNameOld, "SortNameOld"},
+        {GlyphField::Category, "Category"},
+        {GlyphField::SubCategory, "SubCategory"},
+        {GlyphField::Script, "Script"},
+        {GlyphField::Decompose, "Decompose"},
+        {GlyphField::Anchors, "Anchors"},
+        {GlyphField::Marks, "Accents"},
+        {GlyphField::Production, "Production"},
+        {GlyphField::AltNames, "AltNames"},
+        {GlyphField::UnicodeLegacy, "UnicodeLegacy"},
+        {GlyphField::Desc, "Description"},
+        {GlyphField::Case, "Case"},
+        {GlyphField::Direction, "Direction"},
     };
     return fields;
 }
 
 QString titleOf(const ComparedField &field)
 {
-    return QCoreApplication::translate("ComparedFields", field.title);
+    return fieldTitle(field.field);
 }
 
 std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,

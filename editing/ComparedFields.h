@@ -14,7 +14,6 @@ namespace runebook {
 struct ComparedField {
     GlyphField field;
     const char *name; ///< of its captions: "leftLable" + name
-    const char *title; ///< for a person; give it to titleOf() for the user's language
 };
 
 /// All fields that a file keeps, in the order in which they are shown.

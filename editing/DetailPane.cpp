@@ -5,6 +5,7 @@
 #include "editing/GlyphTableView.h"
 #include "editing/PendingTexts.h"
 #include "editing/PreviewLabel.h"
+#include "editing/SignalColors.h"
 #include "editing/UnicodesTokenField.h"
 #include "editing/VXValidatingTextField.h"
 #include "editing/VXWindowController.h"
@@ -32,6 +33,15 @@ namespace {
 // values turns out right after.
 constexpr std::size_t kLookedAtOnce = 2000;
 
+constexpr int kLeastPreview = 84;
+constexpr int kMostPreview = 170;
+
+/// Between two fields there is room for a remark on the first.
+int gridRowOf(std::size_t row)
+{
+    return 2 * static_cast<int>(row);
+}
+
 QString mixedText()
 {
     return QCoreApplication::translate("DetailPane", "Multiple values");
@@ -54,13 +64,12 @@ DetailPane::DetailPane(VXWindowController &window, QWidget *parent)
       m_form(new QWidget)
 {
     setAccessibleName(tr("Fields of the selected records"));
-    m_previewLabel->setFixedHeight(150);
     m_emptyLabel->setAlignment(Qt::AlignCenter);
     m_emptyLabel->setWordWrap(true);
     auto *grid = new QGridLayout(m_form);
     grid->setContentsMargins(12, 4, 12, 12);
     grid->setHorizontalSpacing(8);
-    grid->setVerticalSpacing(6);
+    grid->setVerticalSpacing(4);
     grid->setColumnStretch(1, 1);
     buildRows(*grid);
     auto *scroll = new QScrollArea(this);
@@ -113,7 +122,8 @@ void DetailPane::buildRows(QGridLayout &layout)
     addValidatingLine(layout, GlyphField::AltNames, u"infoLableAltNames"_s);
     addLine(layout, GlyphField::UnicodeLegacy, u"infoLableLegacy"_s);
     addTextBox(layout, GlyphField::Desc, u"infoLableDescription"_s);
-    layout.setRowStretch(static_cast<int>(m_rows.size()), 1);
+    // The last one takes what room there is.
+    layout.setRowStretch(gridRowOf(m_rows.size() - 1), 1);
 }
 
 DetailPane::Row &DetailPane::addRow(QGridLayout &layout, GlyphField field, const QString &captionName,
@@ -126,7 +136,7 @@ DetailPane::Row &DetailPane::addRow(QGridLayout &layout, GlyphField field, const
     editor->setObjectName(keyOfField(field));
     editor->setAccessibleName(fieldTitle(field));
     editor->installEventFilter(this);
-    const int row = static_cast<int>(m_rows.size());
+    const int row = gridRowOf(m_rows.size());
     layout.addWidget(caption, row, 0, field == GlyphField::Desc ? Qt::AlignTop : Qt::Alignment());
     layout.addWidget(editor, row, 1);
     m_rows.push_back({field, caption, editor, {}, {}, {}});
@@ -171,6 +181,19 @@ void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const 
         m_window.showInfo(document().infoForName(name));
     });
     line->setExtraButton(goThere);
+    auto *remark = plainLabel({}, m_form);
+    remark->setWordWrap(true);
+    remark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Minimum); // no reason to widen the pane
+    remark->hide();
+    layout.addWidget(remark, gridRowOf(m_rows.size() - 1) + 1, 1);
+    connect(line, &VXValidatingTextField::hiddenHintChanged, remark, [remark](const QString &hint) {
+        QPalette colors;
+        colors.setColor(QPalette::WindowText, SignalColors::warningText(remark->palette()));
+        remark->setPalette(colors);
+        remark->setText(hint);
+        remark->setVisible(!hint.isEmpty());
+    });
+    connect(line, &VXValidatingTextField::hiddenHintChanged, this, &DetailPane::fitPreview, Qt::QueuedConnection);
     // The window is the delegate, as scripts know it; it asks this pane.
     line->setDelegate(&m_window);
 }
@@ -217,14 +240,28 @@ void DetailPane::addTextBox(QGridLayout &layout, GlyphField field, const QString
     auto *box = new QPlainTextEdit(m_form);
     box->setTabChangesFocus(true);
     connect(box, &QPlainTextEdit::textChanged, this, &DetailPane::noteTyping);
-    box->setMinimumHeight(64);
-    box->setMaximumHeight(120);
+    box->setMinimumHeight(56);
     Row &row = addRow(layout, field, captionName, box);
     row.text = [box] { return exactText(*box); };
     row.show = [box](const CommonValue &value) {
         box->setPlaceholderText(value.isMixed ? mixedText() : QString());
         box->setPlainText(value.text);
     };
+}
+
+/// The fields first; the preview takes what they leave, so that none of them is under the fold of a small
+/// window.
+void DetailPane::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitPreview();
+}
+
+void DetailPane::fitPreview()
+{
+    const QMargins margins = layout()->itemAt(0)->layout()->contentsMargins();
+    const int left = height() - margins.top() - margins.bottom() - m_form->minimumSizeHint().height();
+    m_previewLabel->setFixedHeight(qBound(kLeastPreview, left, kMostPreview));
 }
 
 // Showing
@@ -314,6 +351,13 @@ QWidget *DetailPane::editorOf(GlyphField field) const
             return row.editor;
     }
     return nullptr;
+}
+
+QWidget *DetailPane::firstEditor() const
+{
+    const auto isUsable = [](const Row &row) { return row.editor->isVisible() && row.editor->isEnabled(); };
+    const auto row = std::find_if(m_rows.begin(), m_rows.end(), isUsable);
+    return row == m_rows.end() ? nullptr : row->editor;
 }
 
 DetailPane::Row *DetailPane::rowOf(const QObject *editor)

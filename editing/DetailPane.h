@@ -38,11 +38,15 @@ public:
     const InfoList &shownInfos() const { return m_shown; }
     /// The editor of a field; null for fields that the pane does not show.
     QWidget *editorOf(GlyphField field) const;
+    /// The first one that can be used now; null without a selection.
+    QWidget *firstEditor() const;
 
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void fitPreview();
     /// One caption with its editor, whatever kind of control that is.
     struct Row {
         GlyphField field;

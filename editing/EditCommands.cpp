@@ -1,5 +1,6 @@
 #include "editing/EditCommands.h"
 
+#include "editing/EditNames.h"
 #include "editing/GlyphColumns.h"
 #include "model/GlyphLineReader.h"
 #include "model/GlyphLineWriter.h"
@@ -43,7 +44,10 @@ InfoList infosOfClipboard(const QByteArray &utf8)
 void moveNamesToAltNames(VXDocument &document, const InfoList &infos)
 {
     const UndoGroup group(document.undoManager(),
-                          QCoreApplication::translate("EditCommands", "Name to Alternate Names"));
+                          editName(QCoreApplication::translate("EditCommands", "Name to Alternate Names"),
+                                   QCoreApplication::translate("EditCommands",
+                                                               "Names to Alternate Names of %1 Records"),
+                                   std::ssize(infos)));
     for (const InfoPtr &info : infos) {
         QStringList names = info->altNames();
         names.removeDuplicates();

@@ -1,10 +1,12 @@
 #include "editing/FieldEditing.h"
 
 #include "editing/CodePointTokens.h"
+#include "editing/EditNames.h"
 #include "editing/GlyphColumns.h"
 #include "model/FileText.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 
 namespace runebook {
 
@@ -31,7 +33,7 @@ Error objection(const VXDocument &document, const InfoList &infos, GlyphField fi
     switch (field) {
     case GlyphField::Name:
         if (infos.size() > 1)
-            return refusal(tr("Several glyph infos cannot have the same name."));
+            return refusal(tr("Several glyphs cannot have the same name."));
         infos.front()->validateName(text, &error);
         return error;
     case GlyphField::AltNames:
@@ -128,11 +130,15 @@ bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField fi
         return true;
     if (const Error reason = objection(document, infos, field, text); !reason.domain.isEmpty())
         return fail(error, reason);
-    const UndoGroup group(document.undoManager(), tr("Change %1").arg(fieldTitle(field)));
-    for (const InfoPtr &info : infos) {
-        if (info->displayText(field) != text)
-            setField(*info, field, text);
-    }
+    InfoList changed;
+    std::copy_if(infos.begin(), infos.end(), std::back_inserter(changed),
+                 [&](const InfoPtr &info) { return info->displayText(field) != text; });
+    const UndoGroup group(document.undoManager(),
+                          editName(tr("Change %1").arg(fieldTitle(field)),
+                                   tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)),
+                                   std::ssize(changed)));
+    for (const InfoPtr &info : changed)
+        setField(*info, field, text);
     return true;
 }
 

@@ -1,10 +1,11 @@
 #include "editing/FindReplace.h"
 
+#include "editing/GlyphColumns.h"
 #include "model/NameRules.h"
 
 #include <algorithm>
 #include <array>
-#include <unordered_set>
+#include <utility>
 
 namespace runebook {
 
@@ -14,22 +15,23 @@ using TextSetter = void (VXGlyphInfo::*)(const QString &);
 
 struct ReplaceField {
     GlyphField field;
-    const char *title;
     TextSetter set;
 };
 
 // In the order of the tags.
 constexpr std::array<ReplaceField, FindReplace::kLastTag - FindReplace::kFirstTag + 1> kFields {{
-    {GlyphField::Name, QT_TRANSLATE_NOOP("FindReplace", "Name"), &VXGlyphInfo::setName},
-    {GlyphField::Production, QT_TRANSLATE_NOOP("FindReplace", "Production name"),
-     &VXGlyphInfo::setProduction},
-    {GlyphField::AltNames, QT_TRANSLATE_NOOP("FindReplace", "Alternate names"), &VXGlyphInfo::setAltNames},
-    {GlyphField::Anchors, QT_TRANSLATE_NOOP("FindReplace", "Anchors"), &VXGlyphInfo::setAnchors},
-    {GlyphField::SortName, QT_TRANSLATE_NOOP("FindReplace", "Sort name"), &VXGlyphInfo::setSortName},
-    {GlyphField::Desc, QT_TRANSLATE_NOOP("FindReplace", "Description"), &VXGlyphInfo::setDesc},
-    {GlyphField::Decompose, QT_TRANSLATE_NOOP("FindReplace", "Decomposition"), &VXGlyphInfo::setDecompose},
-    {GlyphField::Marks, QT_TRANSLATE_NOOP("FindReplace", "Accents"), &VXGlyphInfo::setMarks},
+    {GlyphField::Name, &VXGlyphInfo::setName},
+    {GlyphField::Production, &VXGlyphInfo::setProduction},
+    {GlyphField::AltNames, &VXGlyphInfo::setAltNames},
+    {GlyphField::Anchors, &VXGlyphInfo::setAnchors},
+    {GlyphField::SortName, &VXGlyphInfo::setSortName},
+    {GlyphField::Desc, &VXGlyphInfo::setDesc},
+    {GlyphField::Decompose, &VXGlyphInfo::setDecompose},
+    {GlyphField::Marks, &VXGlyphInfo::setMarks},
 }};
+
+// Between two looks at the clock.
+constexpr std::size_t kBatch = 64;
 
 const ReplaceField *entryForTag(int tag)
 {
@@ -54,17 +56,25 @@ std::optional<GlyphField> FindReplace::fieldForTag(int tag)
 QString FindReplace::titleForTag(int tag)
 {
     const ReplaceField *entry = entryForTag(tag);
-    return entry ? tr(entry->title) : QString();
+    return entry ? fieldTitle(entry->field) : QString();
 }
 
-FindReplace::FindReplace(const QString &find, const QString &replacement, int tag)
-    : m_text(find, replacement), m_field(fieldForTag(tag))
+FindReplace::FindReplace(const QString &find, const QString &replacement, int tag,
+                         const ReplaceOptions &options)
+    : m_text(find, replacement, options), m_field(fieldForTag(tag))
 {
+}
+
+QString FindReplace::problem() const
+{
+    if (!m_text.problem().isNull())
+        return tr("The regular expression is not valid: %1.").arg(m_text.problem());
+    return m_text.hasGivenUp() ? tr("The regular expression takes too many steps.") : QString();
 }
 
 bool FindReplace::isUseful() const
 {
-    return m_field && !(m_text.find().isEmpty() && m_text.replacement().isEmpty());
+    return m_field && m_text.problem().isNull() && !(m_text.find().isEmpty() && m_text.replacement().isEmpty());
 }
 
 QStringList FindReplace::elementsOf(const VXGlyphInfo &info) const
@@ -126,19 +136,37 @@ ReplacePreview FindReplace::previewOf(const VXGlyphInfo &info) const
 
 ReplaceSummary FindReplace::preview(const InfoList &infos, qsizetype shown) const
 {
-    ReplaceSummary summary;
+    Progress progress;
+    previewMore(infos, shown, QDeadlineTimer(QDeadlineTimer::Forever), progress);
+    return progress.summary;
+}
+
+bool FindReplace::previewMore(const InfoList &infos, qsizetype shown, const QDeadlineTimer &deadline,
+                              Progress &progress) const
+{
+    ReplaceSummary &summary = progress.summary;
     if (!isUseful())
-        return summary;
-    for (const InfoPtr &info : infos) {
-        const qsizetype occurrences = occurrencesIn(*info);
-        if (occurrences == 0)
-            continue;
-        ++summary.records;
-        summary.occurrences += occurrences;
-        if (summary.records <= shown)
-            summary.first.push_back(previewOf(*info));
+        return true;
+    while (progress.next < infos.size()) {
+        for (const std::size_t end = std::min(infos.size(), progress.next + kBatch); progress.next < end;
+             ++progress.next) {
+            const VXGlyphInfo &info = *infos[progress.next];
+            const qsizetype occurrences = occurrencesIn(info);
+            if (m_text.hasGivenUp()) {
+                summary = {};
+                return true;
+            }
+            if (occurrences == 0)
+                continue;
+            ++summary.records;
+            summary.occurrences += occurrences;
+            if (summary.records <= shown)
+                summary.first.push_back(previewOf(info));
+        }
+        if (deadline.hasExpired())
+            break;
     }
-    return summary;
+    return progress.next == infos.size();
 }
 
 std::string_view FindReplace::newName(const VXGlyphInfo &info, std::string &buffer) const
@@ -153,38 +181,53 @@ std::string_view FindReplace::newName(const VXGlyphInfo &info, std::string &buff
 
 NameProblems FindReplace::nameProblems(const InfoList &infos, const InfoList &all) const
 {
-    NameProblems problems;
-    if (!isUseful() || *m_field != GlyphField::Name)
-        return problems;
-    std::unordered_set<const VXGlyphInfo *> selected;
-    selected.reserve(infos.size());
-    for (const InfoPtr &info : infos)
-        selected.insert(info.get());
+    NameScan scan;
+    nameProblemsMore(infos, all, QDeadlineTimer(QDeadlineTimer::Forever), scan);
+    return scan.problems;
+}
 
+bool FindReplace::nameProblemsMore(const InfoList &infos, const InfoList &all, const QDeadlineTimer &deadline,
+                                   NameScan &scan) const
+{
+    if (!isUseful() || *m_field != GlyphField::Name)
+        return true;
+    // Calls step for the next places until all are done or the time is over.
+    const auto goOn = [&deadline](std::size_t &next, std::size_t count, auto step) {
+        while (next < count) {
+            for (const std::size_t end = std::min(count, next + kBatch); next < end; ++next)
+                step(next);
+            if (next < count && deadline.hasExpired())
+                return false;
+        }
+        return true;
+    };
+    if (!goOn(scan.nextSelected, infos.size(), [&](std::size_t i) { scan.selected.insert(infos[i].get()); }))
+        return false;
     // Names are compared by their hashes: two that differ have the same one less than once in a billion
     // documents, and then a warning says one too many.
-    std::vector<std::size_t> changed;
-    std::vector<std::size_t> everybody;
-    everybody.reserve(all.size());
     std::string buffer;
-    for (const InfoPtr &info : all) {
-        if (!selected.contains(info.get()) || occurrencesIn(*info) == 0) {
-            everybody.push_back(hashOf(info->utf8(GlyphField::Name, buffer)));
-            continue;
+    const auto lookAt = [&](std::size_t i) {
+        const VXGlyphInfo &info = *all[i];
+        if (!scan.selected.contains(&info) || occurrencesIn(info) == 0) {
+            scan.everybody.push_back(hashOf(info.utf8(GlyphField::Name, buffer)));
+            return;
         }
-        const std::string_view name = newName(*info, buffer);
+        const std::string_view name = newName(info, buffer);
         if (objectionToName(name) != NameObjection::None)
-            ++problems.invalid;
-        everybody.push_back(hashOf(name));
-        changed.push_back(everybody.back());
-    }
-    std::sort(everybody.begin(), everybody.end());
-    for (const std::size_t name : changed) {
-        const auto first = std::lower_bound(everybody.begin(), everybody.end(), name);
-        if (std::next(first) != everybody.end() && *std::next(first) == name)
-            ++problems.repeated;
-    }
-    return problems;
+            ++scan.problems.invalid;
+        scan.everybody.push_back(hashOf(name));
+        scan.changed.push_back(scan.everybody.back());
+    };
+    if (!goOn(scan.next, all.size(), lookAt))
+        return false;
+    if (!std::exchange(scan.isSorted, true))
+        std::sort(scan.everybody.begin(), scan.everybody.end());
+    return goOn(scan.nextChanged, scan.changed.size(), [&](std::size_t i) {
+        const std::size_t name = scan.changed[i];
+        const auto first = std::lower_bound(scan.everybody.begin(), scan.everybody.end(), name);
+        if (std::next(first) != scan.everybody.end() && *std::next(first) == name)
+            ++scan.problems.repeated;
+    });
 }
 
 void FindReplace::setText(VXGlyphInfo &info, const QString &text) const
@@ -203,22 +246,34 @@ void FindReplace::replaceIn(VXGlyphInfo &info) const
 
 ReplaceSummary FindReplace::apply(const InfoList &infos) const
 {
-    ReplaceSummary summary;
+    Progress progress;
+    applyMore(infos, QDeadlineTimer(QDeadlineTimer::Forever), progress);
+    return progress.summary;
+}
+
+bool FindReplace::applyMore(const InfoList &infos, const QDeadlineTimer &deadline, Progress &progress) const
+{
     if (!isUseful())
-        return summary;
-    for (const InfoPtr &info : infos) {
-        if (info->stored(*m_field).isAbsent()) {
-            setText(*info, QString());
-            continue;
+        return true;
+    while (progress.next < infos.size() && !m_text.hasGivenUp()) {
+        for (const std::size_t end = std::min(infos.size(), progress.next + kBatch); progress.next < end;
+             ++progress.next) {
+            VXGlyphInfo &info = *infos[progress.next];
+            if (info.stored(*m_field).isAbsent()) {
+                setText(info, QString());
+                continue;
+            }
+            const qsizetype occurrences = occurrencesIn(info);
+            if (occurrences == 0)
+                continue;
+            replaceIn(info);
+            ++progress.summary.records;
+            progress.summary.occurrences += occurrences;
         }
-        const qsizetype occurrences = occurrencesIn(*info);
-        if (occurrences == 0)
-            continue;
-        replaceIn(*info);
-        ++summary.records;
-        summary.occurrences += occurrences;
+        if (deadline.hasExpired())
+            break;
     }
-    return summary;
+    return progress.next == infos.size() || m_text.hasGivenUp();
 }
 
 } // namespace runebook

@@ -4,7 +4,9 @@
 #include "model/VXGlyphInfo.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <optional>
+#include <unordered_set>
 #include <vector>
 
 namespace runebook {
@@ -59,15 +61,43 @@ public: // fields
     static QString titleForTag(int tag);
 
 public:
-    FindReplace(const QString &find, const QString &replacement, int tag);
+    FindReplace(const QString &find, const QString &replacement, int tag, const ReplaceOptions &options = {});
+
+    /// Why nothing can be found: a regular expression that is none, or that takes too many steps. Null when
+    /// there is nothing to say.
+    QString problem() const;
 
     /// False when the field is none or both texts are empty: then apply() does nothing at all.
     bool isUseful() const;
     /// What apply() would change; changes nothing. Lists at most \a shown records one by one.
     ReplaceSummary preview(const InfoList &infos, qsizetype shown) const;
+    /// How far a long piece of work has come.
+    struct Progress {
+        std::size_t next = 0; ///< record
+        ReplaceSummary summary;
+    };
+    /// Goes on with a preview until \a deadline, a few records at least; true when all were looked at.
+    bool previewMore(const InfoList &infos, qsizetype shown, const QDeadlineTimer &deadline,
+                     Progress &progress) const;
+    /// The same for apply().
+    bool applyMore(const InfoList &infos, const QDeadlineTimer &deadline, Progress &progress) const;
     /// The names that apply() would spoil; nothing in other fields. \a all is every record of the
     /// document, the \a infos among them.
     NameProblems nameProblems(const InfoList &infos, const InfoList &all) const;
+    /// How far that has come.
+    struct NameScan {
+        std::unordered_set<const VXGlyphInfo *> selected;
+        std::vector<std::size_t> changed; ///< hashes of names
+        std::vector<std::size_t> everybody;
+        std::size_t nextSelected = 0;
+        std::size_t next = 0;
+        std::size_t nextChanged = 0;
+        bool isSorted = false;
+        NameProblems problems;
+    };
+    /// Goes on with it until \a deadline; true when all names were looked at.
+    bool nameProblemsMore(const InfoList &infos, const InfoList &all, const QDeadlineTimer &deadline,
+                          NameScan &scan) const;
     /// Replaces in all \a infos. Records without a value in the field are set to no value once more.
     ReplaceSummary apply(const InfoList &infos) const;
 

@@ -4,11 +4,14 @@
 #include "editing/GlyphColumns.h"
 #include "editing/PendingTexts.h"
 #include "editing/RSRTVArrayController.h"
+#include "platform/PlainText.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
 #include <QLineEdit>
+#include <QHelpEvent>
 #include <QPainter>
+#include <QToolTip>
 #include <limits>
 
 namespace runebook {
@@ -59,6 +62,20 @@ void GlyphCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         painter->setBrush(Qt::NoBrush);
         painter->drawRect(option.rect.adjusted(1, 1, -2, -2));
     }
+}
+
+bool GlyphCellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
+                                  const QStyleOptionViewItem &option, const QModelIndex &index)
+{
+    const QString text = index.isValid() ? index.data().toString() : QString();
+    const int room = view->visualRect(index).width() - 2 * kMargin;
+    const QFontMetrics metrics(option.font);
+    const bool isCut = !text.isEmpty() && event->type() == QEvent::ToolTip && metrics.horizontalAdvance(text) > room;
+    if (isCut)
+        QToolTip::showText(event->globalPos(), escapedToolTip(text), view, view->visualRect(index));
+    else
+        QToolTip::hideText();
+    return isCut;
 }
 
 QWidget *GlyphCellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,

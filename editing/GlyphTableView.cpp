@@ -40,7 +40,7 @@ double standardFontSize()
 GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent)
     : QTableView(parent), m_controller(controller)
 {
-    setAccessibleName(tr("Glyph infos"));
+    setAccessibleName(tr("Glyphs"));
     setItemDelegate(new GlyphCellDelegate(controller.document(), this));
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
@@ -55,7 +55,7 @@ GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent
     setDragDropMode(InternalMove);
     setDragDropOverwriteMode(false);
     setDefaultDropAction(Qt::MoveAction);
-    setDropIndicatorShown(true);
+    setDropIndicatorShown(false); // the line of the base class spans a cell; this one draws its own
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     m_controller.setOTableView(this);
@@ -253,10 +253,25 @@ void GlyphTableView::fillColumnMenu(QMenu &menu)
     }
 }
 
+/// What can be done with one column.
+void GlyphTableView::fillSortMenu(QMenu &menu, int column)
+{
+    if (column < 0)
+        return;
+    QHeaderView *header = horizontalHeader();
+    const auto sort = [header, column](Qt::SortOrder order) { header->setSortIndicator(column, order); };
+    menu.addAction(tr("Sort &Ascending"), this, [sort] { sort(Qt::AscendingOrder); });
+    menu.addAction(tr("Sort &Descending"), this, [sort] { sort(Qt::DescendingOrder); });
+    menu.addAction(tr("&Hide “%1”").arg(columnTitle(column)), this, [this, column] { setColumnShown(column, false); })
+        ->setEnabled(glyphColumns()[static_cast<std::size_t>(column)].field != GlyphField::Name);
+    menu.addSeparator();
+}
+
 void GlyphTableView::showHeaderMenu(const QPoint &position)
 {
     QHeaderView *header = horizontalHeader();
     QMenu menu(this);
+    fillSortMenu(menu, header->logicalIndexAt(position));
     fillColumnMenu(menu);
     menu.addSeparator();
     menu.addAction(tr("Document Order"), this, &GlyphTableView::resetSortIndicator)
@@ -424,7 +439,7 @@ void GlyphTableView::startDrag(Qt::DropActions supportedActions)
     drag->setMimeData(dragged);
     const qsizetype count = m_controller.selectedCount();
     const QString text = count == 1 ? cellDisplayText(m_controller.selectedObjects().front()->name())
-                                    : tr("%n glyph infos", nullptr, static_cast<int>(count));
+                                    : tr("%1 glyphs").arg(locale().toString(static_cast<qlonglong>(count)));
     const QSize size = fontMetrics().size(Qt::TextSingleLine, text) + QSize(16, 8);
     QPixmap picture(size * devicePixelRatioF());
     picture.setDevicePixelRatio(devicePixelRatioF());
@@ -456,9 +471,52 @@ void GlyphTableView::dragMoveEvent(QDragMoveEvent *event)
     QTableView::dragMoveEvent(event);
     if (event->source() != this) {
         event->ignore();
+        showDropRow(-1);
         return;
     }
     event->accept();
+    showDropRow(dropRowAt(event->position().toPoint().y()));
+}
+
+void GlyphTableView::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    QTableView::dragLeaveEvent(event);
+    showDropRow(-1);
+}
+
+/// Always between rows: in front of the row under the upper half of which it would be let go.
+int GlyphTableView::dropRowAt(int y) const
+{
+    const int row = rowAt(y);
+    if (row < 0)
+        return model()->rowCount();
+    return y > rowViewportPosition(row) + rowHeight(row) / 2 ? row + 1 : row;
+}
+
+void GlyphTableView::showDropRow(int row)
+{
+    if (std::exchange(m_dropRow, row) != row)
+        viewport()->update();
+}
+
+void GlyphTableView::paintEvent(QPaintEvent *event)
+{
+    QTableView::paintEvent(event);
+    if (m_dropRow < 0)
+        return;
+    constexpr int kWidth = 2;
+    const int last = model()->rowCount() - 1;
+    const int y = m_dropRow <= last ? rowViewportPosition(m_dropRow) : rowViewportPosition(last) + rowHeight(last);
+    QPainter painter(viewport());
+    painter.fillRect(QRect(0, qBound(0, y - kWidth / 2, viewport()->height() - kWidth), viewport()->width(), kWidth),
+                     palette().color(QPalette::Highlight));
+}
+
+void GlyphTableView::contextMenuEvent(QContextMenuEvent *event)
+{
+    const bool isKey = event->reason() == QContextMenuEvent::Keyboard;
+    const QRect current = visualRect(currentIndex()).intersected(viewport()->rect());
+    Q_EMIT rowMenuRequested(isKey ? viewport()->mapToGlobal(current.bottomLeft()) : event->globalPos());
 }
 
 void GlyphTableView::dropEvent(QDropEvent *event)
@@ -467,13 +525,8 @@ void GlyphTableView::dropEvent(QDropEvent *event)
         event->ignore();
         return;
     }
-    // Always between rows: in front of the row under the upper half of which it was let go.
-    const QPoint position = event->position().toPoint();
-    int row = rowAt(position.y());
-    if (row < 0)
-        row = model()->rowCount();
-    else if (position.y() > rowViewportPosition(row) + rowHeight(row) / 2)
-        ++row;
+    const int row = dropRowAt(event->position().toPoint().y());
+    showDropRow(-1);
     model()->dropMimeData(event->mimeData(), event->dropAction(), row, 0, {});
     event->setDropAction(Qt::IgnoreAction);
     event->accept();

@@ -41,6 +41,8 @@ Q_SIGNALS:
     void dragRefused(const QString &reason);
     /// The user pressed Delete on the selected rows.
     void deleteRequested();
+    /// The user wants the menu of commands on the selected rows at that place of the screen.
+    void rowMenuRequested(const QPoint &place);
 
 protected:
     void wheelEvent(QWheelEvent *event) override;
@@ -49,6 +51,9 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
@@ -64,6 +69,7 @@ private:
     void scheduleStore();
     void storeViewSettings();
     void applyFontSize(double pointSize);
+    void fillSortMenu(QMenu &menu, int column);
     void showHeaderMenu(const QPoint &position);
     void editCurrentRow();
     void goToEnd(Qt::Key key, Qt::KeyboardModifiers modifiers);
@@ -73,6 +79,8 @@ private:
     void rememberPlace();
     void restorePlace();
     bool restoreAnchor(const Anchor &anchor);
+    int dropRowAt(int y) const;
+    void showDropRow(int row);
 
     RSRTVArrayController &m_controller;
     QTimer m_storeTimer;
@@ -82,6 +90,7 @@ private:
     bool m_isRestoring = false;
     bool m_isArranging = false;
     bool m_wasDragRefused = false; ///< since the button was pressed
+    int m_dropRow = -1; ///< in front of which dragged rows would fall
 };
 
 } // namespace runebook

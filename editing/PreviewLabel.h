@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/VXDocument.h"
+#include "editing/PreviewPicture.h"
 
 #include <QWidget>
 
@@ -18,6 +18,9 @@ public:
     QString text() const { return m_text.text; }
     /// The same, never null.
     Q_INVOKABLE QString stringValue() const { return QStringLiteral("") + m_text.text; }
+    const PreviewPicture &picture() const { return m_picture; }
+    /// What is to be said of characters that cannot be shown; null when there are none.
+    QString remark() const;
     QSize sizeHint() const override;
 
 protected:
@@ -25,6 +28,7 @@ protected:
 
 private:
     FormattedText m_text;
+    PreviewPicture m_picture;
 };
 
 } // namespace runebook

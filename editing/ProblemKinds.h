@@ -11,10 +11,17 @@ enum class ProblemKind : quint8 {
     MissingName, ///< none, or still the one that records without a name are given
     InvalidName,
     DuplicateName,
+    LongName, ///< longer than font formats hold
     // of code points
     InvalidCodePoint,
     DuplicateCodePoint,
     ManyCodePoints, ///< more than the two that a file keeps
+    // of what is meant: other records, and the fixed words
+    MissingComponent, ///< of a composition: no record has that name
+    SelfReference, ///< composed with itself
+    UnknownCategory,
+    UnknownSubCategory,
+    UnknownScript,
     // of saving and reading again
     QuoteOrBreak, ///< a double quote or a line break, which ends a value in a file
     LostValue, ///< another value that does not come back as it is

@@ -7,6 +7,7 @@
 #include <functional>
 #include <numeric>
 #include <string_view>
+#include <unordered_set>
 
 namespace runebook {
 
@@ -26,9 +27,11 @@ constexpr std::size_t kMany = 20'000;
 constexpr quint32 kNoCodePoint = 0x7FFFFFFF;
 constexpr quint32 kListBit = 0x80000000;
 
-constexpr quint16 flagOf(ProblemKind kind)
+constexpr qsizetype kLongestName = 63;
+
+constexpr quint32 flagOf(ProblemKind kind)
 {
-    return static_cast<quint16>(1u << static_cast<int>(kind));
+    return 1u << static_cast<int>(kind);
 }
 
 quint64 keyOfName(std::string_view name)
@@ -40,6 +43,48 @@ quint64 keyOfName(std::string_view name)
 quint64 keyOfCodePoint(quint32 codePoint)
 {
     return quint64(codePoint) + 1;
+}
+
+/// Calls \a visit with the name of each component.
+template <typename Visit> void forEachComponent(const VXGlyphInfo &info, Visit visit)
+{
+    constexpr std::string_view kSeparator = ", ";
+    std::string buffer;
+    std::string_view rest = info.utf8(GlyphField::Decompose, buffer);
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(kSeparator), rest.size());
+        visit(rest.substr(0, end));
+        rest.remove_prefix(std::min(rest.size(), end + kSeparator.size()));
+    }
+}
+
+/// Words that are looked up without making a string of what is looked for.
+struct WordHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view word) const { return std::hash<std::string_view>()(word); }
+};
+using Words = std::unordered_set<std::string, WordHash, std::equal_to<>>;
+
+/// Whether a value is a word that its field knows; none at all is no fault.
+bool isKnown(std::string_view value, const Words &words)
+{
+    return value.empty() || words.contains(value);
+}
+
+const Words &wordsOf(GlyphField field)
+{
+    const auto setOf = [](const QStringList &list) {
+        Words words;
+        for (const QString &word : list)
+            words.insert(word.toStdString());
+        return words;
+    };
+    static const auto categories = setOf(VXGlyphInfo::categories());
+    static const auto subCategories = setOf(VXGlyphInfo::subCategories());
+    static const auto scripts = setOf(VXGlyphInfo::scripts());
+    return field == GlyphField::Category ? categories
+        : field == GlyphField::Script    ? scripts
+                                         : subCategories;
 }
 
 /// Calls \a visit with each code point text of a record, as UTF-8.
@@ -67,6 +112,10 @@ Problems::Problems(VXDocument &document, QObject *parent)
     connect(&document, &VXDocument::infoReplaced, this, &Problems::replace);
     connect(&document, &VXDocument::infosReset, this, &Problems::reset);
     connect(&document, &VXDocument::infosChanged, this, &Problems::noteChanges);
+    connect(&document, &VXDocument::readNotesChanged, this, [this] {
+        bindNotes();
+        announce();
+    });
     connect(&document, &Document::saved, this, [this] {
         // The file is now what the records are.
         m_notes.clear();
@@ -87,6 +136,11 @@ void Problems::start()
     m_flags.assign(count, 0);
     m_nameKeys.assign(count, 0);
     m_codePoints.assign(count, kNoCodePoint);
+    m_components.assign(count, 0);
+    m_componentLists.clear();
+    m_freeComponents.clear();
+    m_composed.clear();
+    m_missing = 0;
     m_lists.clear();
     m_freeLists.clear();
     m_names.clear();
@@ -206,6 +260,24 @@ Problems::Flags Problems::flagsOf(const VXGlyphInfo &info) const
     else if (objection != NameObjection::None)
         flags |= flagOf(ProblemKind::InvalidName);
 
+    // Characters, not bytes: what continues one does not count.
+    const auto continues = [](char byte) { return (byte & 0xC0) == 0x80; };
+    if (std::ssize(name) > kLongestName
+        && std::ssize(name) - std::count_if(name.begin(), name.end(), continues) > kLongestName)
+        flags |= flagOf(ProblemKind::LongName);
+
+    std::string other;
+    for (const auto &[field, kind] : {std::pair(GlyphField::Category, ProblemKind::UnknownCategory),
+                                      {GlyphField::SubCategory, ProblemKind::UnknownSubCategory},
+                                      {GlyphField::Script, ProblemKind::UnknownScript}}) {
+        if (!isKnown(info.utf8(field, other), wordsOf(field)))
+            flags |= flagOf(kind);
+    }
+    forEachComponent(info, [&](std::string_view component) {
+        if (component == name)
+            flags |= flagOf(ProblemKind::SelfReference);
+    });
+
     int codePoints = 0;
     forEachCodePoint(info, [&](std::string_view text) {
         ++codePoints;
@@ -231,8 +303,8 @@ void Problems::setKeys(std::size_t place, const VXGlyphInfo &info)
 {
     std::string buffer;
     m_nameKeys[place] = keyOfName(info.utf8(GlyphField::Name, buffer));
-    if (m_nameKeys[place])
-        m_names.add(m_nameKeys[place]);
+    addName(m_nameKeys[place]);
+    setComponents(place, info);
 
     // A text that is no number keeps its place in the list, for the list's places are told to people.
     std::vector<quint32> codePoints;
@@ -266,8 +338,8 @@ void Problems::setKeys(std::size_t place, const VXGlyphInfo &info)
 
 void Problems::dropKeys(std::size_t place)
 {
-    if (const quint64 name = std::exchange(m_nameKeys[place], 0))
-        m_names.remove(name);
+    removeName(std::exchange(m_nameKeys[place], 0));
+    dropComponents(place);
     for (const quint32 codePoint : codePointsAt(place)) {
         if (codePoint != kNoCodePoint)
             m_codes.remove(keyOfCodePoint(codePoint));
@@ -278,6 +350,59 @@ void Problems::dropKeys(std::size_t place)
         m_freeLists.push_back(list);
     }
     m_codePoints[place] = kNoCodePoint;
+}
+
+void Problems::addName(quint64 key)
+{
+    if (!key)
+        return;
+    if (m_names.count(key) == 0)
+        m_missing -= m_composed.count(key);
+    m_names.add(key);
+}
+
+void Problems::removeName(quint64 key)
+{
+    if (!key)
+        return;
+    m_names.remove(key);
+    if (m_names.count(key) == 0)
+        m_missing += m_composed.count(key);
+}
+
+void Problems::setComponents(std::size_t place, const VXGlyphInfo &info)
+{
+    std::vector<quint64> keys;
+    forEachComponent(info, [&keys](std::string_view name) { keys.push_back(keyOfName(name)); });
+    if (keys.empty())
+        return;
+    for (const quint64 key : keys) {
+        if (!key)
+            continue; // an empty text between two separators names nothing
+        m_composed.add(key);
+        m_missing += isMissing(key);
+    }
+    if (m_freeComponents.empty()) {
+        m_componentLists.emplace_back();
+        m_freeComponents.push_back(static_cast<quint32>(m_componentLists.size()));
+    }
+    m_components[place] = m_freeComponents.back();
+    m_freeComponents.pop_back();
+    m_componentLists[m_components[place] - 1] = std::move(keys);
+}
+
+void Problems::dropComponents(std::size_t place)
+{
+    const quint32 list = std::exchange(m_components[place], 0);
+    if (!list)
+        return;
+    for (const quint64 key : std::exchange(m_componentLists[list - 1], {})) {
+        if (!key)
+            continue;
+        m_missing -= isMissing(key);
+        m_composed.remove(key);
+    }
+    m_freeComponents.push_back(list);
 }
 
 std::span<const quint32> Problems::codePointsAt(std::size_t place) const
@@ -311,6 +436,7 @@ void Problems::insert(const IndexSet &places)
     merge(m_flags, Flags(0));
     merge(m_nameKeys, quint64(0));
     merge(m_codePoints, kNoCodePoint);
+    merge(m_components, quint32(0));
     if (places.size() <= kFew) {
         // Places ascend and count those that came in front of them.
         for (const qsizetype place : places)
@@ -342,6 +468,7 @@ void Problems::remove(const IndexSet &places)
     erase(m_flags);
     erase(m_nameKeys);
     erase(m_codePoints);
+    erase(m_components);
     announce();
 }
 
@@ -392,6 +519,9 @@ qsizetype Problems::count(ProblemKind kind) const
         return m_names.repeated();
     case ProblemKind::DuplicateCodePoint:
         return m_codes.repeated();
+    case ProblemKind::MissingComponent:
+        // Until all names are known nobody can tell.
+        return m_next < m_flags.size() ? 0 : m_missing;
     default:
         return m_counts[static_cast<std::size_t>(kind)];
     }
@@ -423,6 +553,11 @@ bool Problems::hasProblem(ProblemKind kind, qsizetype place) const
             return codePoint != kNoCodePoint && m_codes.count(keyOfCodePoint(codePoint)) > 1;
         });
     }
+    case ProblemKind::MissingComponent: {
+        const quint32 list = m_next < m_flags.size() ? 0 : m_components[at];
+        return list && std::any_of(m_componentLists[list - 1].begin(), m_componentLists[list - 1].end(),
+                                   [this](quint64 key) { return isMissing(key); });
+    }
     default:
         return m_flags[at] & flagOf(kind);
     }
@@ -435,6 +570,14 @@ void Problems::append(std::optional<ProblemKind> kind, qsizetype first, qsizetyp
     const auto appendKind = [&](ProblemKind each, std::size_t place) {
         if (!hasProblem(each, static_cast<qsizetype>(place)))
             return;
+        if (each == ProblemKind::MissingComponent) {
+            const std::vector<quint64> &keys = m_componentLists[m_components[place] - 1];
+            for (std::size_t part = 0; part < keys.size(); ++part) {
+                if (isMissing(keys[part]))
+                    problems.push_back({each, infos[place], static_cast<int>(part)});
+            }
+            return;
+        }
         if (each != ProblemKind::DuplicateCodePoint) {
             problems.push_back({each, infos[place], 0});
             return;

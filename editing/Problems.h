@@ -16,7 +16,8 @@ namespace runebook {
 struct Problem {
     ProblemKind kind = ProblemKind::MissingName;
     InfoPtr info; ///< null where no record is concerned, or it has gone
-    int part = 0; ///< of DuplicateCodePoint the place in the record; of what was read the number of the note
+    int part = 0; ///< of DuplicateCodePoint and MissingComponent the place in the record; of what was read the
+                  ///< number of the note
 };
 
 /// Follows a document and knows what is wrong with it. The first look goes through all records in short
@@ -70,7 +71,7 @@ private:
         QString text;
         qint64 offset = -1;
     };
-    using Flags = quint16;
+    using Flags = quint32;
 
     void start();
     void schedule();
@@ -90,6 +91,12 @@ private:
     void dropKeys(std::size_t place);
     void setFlags(std::size_t place, Flags flags);
     std::span<const quint32> codePointsAt(std::size_t place) const;
+    void setComponents(std::size_t place, const VXGlyphInfo &info);
+    void dropComponents(std::size_t place);
+    bool isMissing(quint64 component) const { return component && m_names.count(component) == 0; }
+    // Names come and go: whoever is composed with them is told at once.
+    void addName(quint64 key);
+    void removeName(quint64 key);
     // What was read.
     void bindNotes();
     void addFileNotes(const ReadNotes &notes);
@@ -104,6 +111,11 @@ private:
     std::vector<quint32> m_codePoints; ///< one, or the number of a list of several
     std::vector<std::vector<quint32>> m_lists;
     std::vector<quint32> m_freeLists;
+    std::vector<quint32> m_components; ///< 0: none, else one more than the number of a list
+    std::vector<std::vector<quint64>> m_componentLists; ///< keys of names
+    std::vector<quint32> m_freeComponents;
+    KeyCounts m_composed; ///< how often each name stands in compositions
+    qsizetype m_missing = 0; ///< how many of these name no record
     KeyCounts m_names;
     KeyCounts m_codes;
     std::array<qsizetype, kProblemKindCount> m_counts {};

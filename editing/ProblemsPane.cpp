@@ -422,7 +422,6 @@ void ProblemsPane::announceCondition()
 ProblemsButton::ProblemsButton(const Problems &problems, QWidget *parent)
     : QToolButton(parent), m_problems(problems)
 {
-    setIcon(QIcon(u":/icons/problems.svg"_s));
     setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     setCheckable(true);
     setAutoRaise(true);
@@ -442,6 +441,9 @@ void ProblemsButton::showCount()
         text += u'…';
     setText(text);
     setAccessibleName(text);
+    // A warning sign stands where something is to be warned of.
+    setIcon(total > 0 ? QIcon(u":/icons/problems.svg"_s) : m_problems.isComplete() ? QIcon(u":/icons/check.svg"_s)
+                                                                                   : QIcon());
 }
 
 } // namespace runebook

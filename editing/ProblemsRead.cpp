@@ -145,6 +145,19 @@ QString Problems::explanation(const Problem &problem) const
     }
     case ProblemKind::ManyCodePoints:
         return tr("Of %1 code points a file keeps two.").arg(numberText(info.unicodes().size()));
+    case ProblemKind::LongName:
+        return tr("The name has %1 characters.").arg(numberText(info.name().toUcs4().size()));
+    case ProblemKind::MissingComponent:
+        return tr("No record is called %1.")
+            .arg(quoted(info.decompose().split(kListSeparator).value(problem.part)));
+    case ProblemKind::SelfReference:
+        return tr("%1 holds the record’s own name.").arg(fieldTitle(GlyphField::Decompose));
+    case ProblemKind::UnknownCategory:
+        return tr("%1 is no known category.").arg(quoted(info.category()));
+    case ProblemKind::UnknownSubCategory:
+        return tr("%1 is no known subcategory.").arg(quoted(info.subCategory()));
+    case ProblemKind::UnknownScript:
+        return tr("%1 is no known script.").arg(quoted(info.script()));
     default:
         return lossExplanation(info, problem.kind);
     }

@@ -165,6 +165,14 @@ bool RSRTVArrayController::prepareFilter(const Predicate &predicate, int millise
     return m_columns->prepare(predicate, milliseconds);
 }
 
+std::optional<qsizetype> RSRTVArrayController::countPassing(const Predicate &predicate, int milliseconds)
+{
+    if (!m_columns->prepare(predicate, milliseconds))
+        return {};
+    const std::optional<IndexSet> passing = m_columns->placesPassing(predicate);
+    return passing ? std::ssize(*passing) : 0;
+}
+
 void RSRTVArrayController::setCondition(std::function<bool(qsizetype place)> condition)
 {
     if (!condition && !m_condition)

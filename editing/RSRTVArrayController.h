@@ -53,6 +53,9 @@ public: // filter
     /// Makes ready what a filter like \a predicate needs, for at most about \a milliseconds; false when it
     /// is to be called again in idle time.
     bool prepareFilter(const runebook::Predicate &predicate, int milliseconds);
+    /// How many records of the document pass \a predicate. Nothing while that is not ready after about
+    /// \a milliseconds: to be asked again in idle time.
+    std::optional<qsizetype> countPassing(const runebook::Predicate &predicate, int milliseconds);
     /// Shows only records at places of the list that \a condition accepts, besides the filter; null: no
     /// condition. It is asked whenever the rows are arranged.
     void setCondition(std::function<bool(qsizetype place)> condition);

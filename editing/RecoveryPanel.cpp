@@ -226,7 +226,7 @@ void RecoveryPanel::discard()
     setPlainTexts(*box,
                   contents.size() == 1
                       ? tr("Discard what was kept of “%1”?").arg(contents.front().displayName)
-                      : tr("Discard what was kept of %1 documents?").arg(contents.size()),
+                      : tr("Discard what was kept of %1 documents?").arg(locale().toString(contents.size())),
                   tr("It cannot be brought back."));
     QPushButton *button = box->addButton(tr("&Discard"), QMessageBox::DestructiveRole);
     box->setDefaultButton(box->addButton(QMessageBox::Cancel));

@@ -8,15 +8,7 @@ using namespace Qt::StringLiterals;
 
 QString SearchExample::place() const
 {
-    QStringList parts;
-    for (const SearchMenu::Item &item : SearchMenu::items()) {
-        const bool isOption = item.tag == SearchMenu::matchCaseTag || item.tag == SearchMenu::regexTag;
-        const bool isMode = item.tag == static_cast<int>(settings.effectiveMode());
-        if (!item.isSeparator()
-            && (isMode || (isOption && SearchMenu::stateOfItem(item.tag, settings).isTicked)))
-            parts += item.title;
-    }
-    return parts.join(", "_L1);
+    return SearchMenu::placeOf(settings);
 }
 
 QList<SearchExample> SearchExamples::all()

@@ -77,6 +77,19 @@ bool SearchMenu::choose(int tag)
     return settings != old;
 }
 
+QString SearchMenu::placeOf(const SearchSettings &settings)
+{
+    QStringList parts;
+    for (const Item &item : items()) {
+        const bool isOption = item.tag == matchCaseTag || item.tag == regexTag;
+        const bool isMode = item.tag == tagOf(settings.effectiveMode());
+        const bool isUsed = item.tag == regexTag || !settings.regex;
+        if (!item.isSeparator() && (isMode || (isOption && isUsed && stateOfItem(item.tag, settings).isTicked)))
+            parts += item.title;
+    }
+    return parts.isEmpty() ? tr("Nothing") : parts.join(u", "_s);
+}
+
 QString SearchMenu::prompt(const SearchSettings &settings)
 {
     const int tag = tagOf(settings.effectiveMode());

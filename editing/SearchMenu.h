@@ -40,6 +40,8 @@ public:
     static ItemState stateOfItem(int tag, const SearchSettings &settings);
     /// Stores what choosing the item means; true when the filter has to be built again.
     static bool choose(int tag);
+    /// Where and how a search looks, in words: "Name, Match Case".
+    static QString placeOf(const SearchSettings &settings);
     /// What the empty search field says: what it will search.
     static QString prompt(const SearchSettings &settings);
 };

@@ -384,7 +384,7 @@ void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)
         copies.push_back(info->copy());
     const UndoGroup group(target->undoManager(),
                           copies.size() == 1 ? tr("Copy “%1”").arg(copies.front()->name())
-                                             : tr("Copy %1 Records").arg(copies.size()));
+                                             : tr("Copy %1 Records").arg(locale().toString(std::ssize(copies))));
     if (copies.size() == 1)
         target->addInfo(copies.front());
     else

@@ -1,13 +1,16 @@
 #include "editing/VXFindReplaceWindowController.h"
 
+#include "editing/EditNames.h"
 #include "editing/MarkedTextDelegate.h"
 #include "editing/ReplacePreviewModel.h"
 #include "editing/SignalColors.h"
+#include "platform/LongWork.h"
 #include "platform/Unattended.h"
 #include "platform/UndoManager.h"
 #include "platform/UserDefaults.h"
 #include "ui_VXFindReplaceWindowController_11.h"
 
+#include <QCheckBox>
 #include <QHeaderView>
 #include <QPushButton>
 #include <chrono>
@@ -19,6 +22,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr qsizetype kShownChanges = 100;
+constexpr auto kPause = 150ms; // in the typing, before names are checked
+constexpr int kSliceMs = 8;
 
 QString searchKey()
 {
@@ -50,8 +55,8 @@ VXFindReplaceWindowController::VXFindReplaceWindowController(QWidget *parent)
     replace->setText(tr("&Replace"));
     connect(m_ui->buttonBox, &QDialogButtonBox::accepted, this, &VXFindReplaceWindowController::doReplace);
     connect(m_ui->buttonBox, &QDialogButtonBox::rejected, this, &VXFindReplaceWindowController::cancel);
-    m_problemsTimer.setSingleShot(true);
-    m_problemsTimer.setInterval(150ms);
+    m_previewTimer.setInterval(0);
+    connect(&m_previewTimer, &QTimer::timeout, this, &VXFindReplaceWindowController::previewMore);
     connect(&m_problemsTimer, &QTimer::timeout, this, &VXFindReplaceWindowController::updateProblems);
     updatePreview();
 }
@@ -74,6 +79,8 @@ void VXFindReplaceWindowController::setUpFields()
 
     connect(m_ui->fieldPopup, &QComboBox::currentIndexChanged, this,
             &VXFindReplaceWindowController::updatePreview);
+    for (const QCheckBox *option : {m_ui->matchCase, m_ui->wholeValue, m_ui->isPattern})
+        connect(option, &QCheckBox::toggled, this, &VXFindReplaceWindowController::showOptions);
     for (QLineEdit *field : {m_ui->findField, m_ui->replaceField}) {
         connect(field, &QLineEdit::textChanged, this, &VXFindReplaceWindowController::updatePreview);
         connect(field, &QLineEdit::editingFinished, this, &VXFindReplaceWindowController::keepTexts);
@@ -97,6 +104,12 @@ void VXFindReplaceWindowController::setSelectedInfos(const InfoList &infos)
 {
     m_selectedInfos = infos;
     updatePreview();
+}
+
+void VXFindReplaceWindowController::setShownInfos(const InfoList &infos)
+{
+    m_worksOnShown = true;
+    setSelectedInfos(infos);
 }
 
 int VXFindReplaceWindowController::selectedTag() const
@@ -158,34 +171,76 @@ void VXFindReplaceWindowController::doReplace()
     QTimer::singleShot(10ms, this, &VXFindReplaceWindowController::_doReplace);
 }
 
-FindReplace VXFindReplaceWindowController::typedReplacement() const
+ReplaceOptions VXFindReplaceWindowController::options() const
 {
-    return {m_ui->findField->text(), m_ui->replaceField->text(), selectedTag()};
+    return {m_ui->matchCase->isChecked(), m_ui->wholeValue->isChecked(), m_ui->isPattern->isChecked()};
 }
 
-NameProblems VXFindReplaceWindowController::problemsOf(const FindReplace &replacement) const
+void VXFindReplaceWindowController::showOptions()
 {
-    if (m_selectedInfos.empty())
-        return {};
-    const auto *document = qobject_cast<VXDocument *>(m_selectedInfos.front()->documentObject());
-    return replacement.nameProblems(m_selectedInfos, document ? document->infos() : m_selectedInfos);
+    const ReplaceOptions now = options();
+    m_ui->findField->setPlaceholderText(now.isUsual()
+                                            ? tr("Exactly this text, upper and lower case as typed")
+                                            : now.isPattern ? tr("A regular expression") : tr("This text"));
+    m_ui->replaceField->setPlaceholderText(now.isPattern
+                                               ? tr("\\1 is the first group; nothing: what was found is removed")
+                                               : tr("Nothing: the text found is removed"));
+    updatePreview();
+}
+
+FindReplace VXFindReplaceWindowController::typedReplacement() const
+{
+    return {m_ui->findField->text(), m_ui->replaceField->text(), selectedTag(), options()};
+}
+
+/// All records of the document to which the selected ones belong.
+const InfoList &VXFindReplaceWindowController::allInfos() const
+{
+    const auto *document = m_selectedInfos.empty()
+        ? nullptr
+        : qobject_cast<VXDocument *>(m_selectedInfos.front()->documentObject());
+    return document ? document->infos() : m_selectedInfos;
 }
 
 void VXFindReplaceWindowController::_doReplace()
 {
     const UserDefaults &defaults = UserDefaults::standard();
     const FindReplace replacement(defaults.stringForKey(searchKey()), defaults.stringForKey(replaceKey()),
-                                  selectedTag());
+                                  selectedTag(), options());
     ReplaceSummary summary;
-    if (replacement.isUseful() && !m_selectedInfos.empty()) {
-        const NameProblems problems = problemsOf(replacement);
-        GlyphInfoOwner *document = m_selectedInfos.front()->document();
-        const UndoGroup group(document ? document->undoManager() : nullptr, tr("Replace"));
-        summary = replacement.apply(m_selectedInfos);
-        summary.problems = problems;
-    }
+    if (replacement.isUseful() && !m_selectedInfos.empty())
+        summary = replaceAll(replacement);
     Q_EMIT replaced(summary);
     Q_EMIT ended();
+}
+
+ReplaceSummary VXFindReplaceWindowController::replaceAll(const FindReplace &replacement)
+{
+    const auto slice = [] { return QDeadlineTimer(kSliceMs); };
+    const auto part = [](std::size_t done, std::size_t all) { return double(done) / double(all + 1); };
+    LongWork work(tr("Replacing…"), parentWidget());
+    const InfoList &all = allInfos();
+    FindReplace::NameScan names;
+    while (!replacement.nameProblemsMore(m_selectedInfos, all, slice(), names)) {
+        if (!work.goOn(part(names.next, all.size()) / 2))
+            return {};
+    }
+    GlyphInfoOwner *document = m_selectedInfos.front()->document();
+    UndoManager *undo = document ? document->undoManager() : nullptr;
+    const UndoGroup group(undo);
+    FindReplace::Progress progress;
+    bool goesOn = true;
+    while (goesOn && !replacement.applyMore(m_selectedInfos, slice(), progress))
+        goesOn = work.goOn(0.5 + part(progress.next, m_selectedInfos.size()) / 2);
+    if (!goesOn || !replacement.problem().isNull()) {
+        if (undo)
+            undo->abandonGroup();
+        return {};
+    }
+    if (undo)
+        undo->setActionName(editName(tr("Replace"), tr("Replace in %1 Records"), progress.summary.records));
+    progress.summary.problems = names.problems;
+    return progress.summary;
 }
 
 // What would change
@@ -193,32 +248,62 @@ void VXFindReplaceWindowController::_doReplace()
 QString VXFindReplaceWindowController::countText(const ReplaceSummary &summary) const
 {
     const auto number = [this](qsizetype count) { return locale().toString(qlonglong(count)); };
-    const auto selected = static_cast<qsizetype>(m_selectedInfos.size());
+    const QString selected = number(std::ssize(m_selectedInfos));
     if (m_selectedInfos.empty())
-        return tr("No records are selected.");
+        return m_worksOnShown ? tr("No records are shown.") : tr("No records are selected.");
+    if (const QString problem = m_previewed->problem(); !problem.isNull())
+        return problem;
+    const QString among =
+        m_worksOnShown ? tr("Shown records: %1").arg(selected) : tr("Selected records: %1").arg(selected);
     if (m_ui->findField->text().isEmpty())
-        return tr("Selected records: %1").arg(number(selected));
+        return among;
+    const bool isComplete = m_preview.next >= m_selectedInfos.size();
+    if (!isComplete && summary.records == 0)
+        return tr("Looking… %1 %").arg(m_preview.next * 100 / m_selectedInfos.size());
     if (summary.records == 0)
-        return tr("Nothing to replace. Selected records: %1").arg(number(selected));
+        return tr("Nothing to replace.") + u' ' + among;
     QString text = tr("Records that change: %1 of %2. Occurrences: %3.")
-                       .arg(number(summary.records), number(selected), number(summary.occurrences));
-    if (summary.records > kShownChanges)
+                       .arg(number(summary.records), selected, number(summary.occurrences));
+    if (!isComplete)
+        text += u' ' + tr("Looking… %1 %").arg(m_preview.next * 100 / m_selectedInfos.size());
+    else if (summary.records > kShownChanges)
         text += u' ' + tr("The first %1 changes:").arg(number(kShownChanges));
     return text;
 }
 
 void VXFindReplaceWindowController::updatePreview()
 {
-    ReplaceSummary summary = typedReplacement().preview(m_selectedInfos, kShownChanges);
-    m_ui->countLabel->setText(countText(summary));
-    m_ui->buttonBox->button(QDialogButtonBox::Ok)->setEnabled(summary.records > 0);
-    m_changes->setPreviews(std::move(summary.first));
-    m_problemsTimer.start();
+    m_previewed = std::make_unique<FindReplace>(typedReplacement());
+    m_preview = {};
+    m_names = {};
+    m_problemsTimer.start(kPause);
+    previewMore();
+}
+
+void VXFindReplaceWindowController::previewMore()
+{
+    const std::size_t shown = m_preview.summary.first.size();
+    const bool isFirst = m_preview.next == 0;
+    const bool isComplete =
+        m_previewed->previewMore(m_selectedInfos, kShownChanges, QDeadlineTimer(kSliceMs), m_preview);
+    if (!isComplete)
+        m_previewTimer.start();
+    else
+        m_previewTimer.stop();
+    m_ui->countLabel->setText(countText(m_preview.summary));
+    m_ui->buttonBox->button(QDialogButtonBox::Ok)->setEnabled(m_preview.summary.records > 0);
+    if (isFirst || m_preview.summary.first.size() != shown)
+        m_changes->setPreviews(m_preview.summary.first);
 }
 
 void VXFindReplaceWindowController::updateProblems()
 {
-    const NameProblems problems = problemsOf(typedReplacement());
+    if (!m_previewed->nameProblemsMore(m_selectedInfos, allInfos(), QDeadlineTimer(kSliceMs), m_names)) {
+        m_problemsTimer.start(0);
+        return;
+    }
+    m_problemsTimer.stop();
+    const NameProblems &problems = m_names.problems;
     QStringList sentences;
     if (problems.invalid)
         sentences << tr("Names that become invalid: %1.").arg(locale().toString(qlonglong(problems.invalid)));

@@ -29,6 +29,8 @@ public: // running
     Q_INVOKABLE InfoList selectedInfos() const { return m_selectedInfos; }
     /// The records to edit; set before the dialog is run.
     Q_INVOKABLE void setSelectedInfos(const InfoList &infos);
+    /// The records are all that are shown, since none are selected.
+    void setShownInfos(const InfoList &infos);
     /// Runs the dialog over \a window (null: by itself) and returns 0 when the user has decided; a
     /// replacement is made shortly after. \a owner is who asked.
     Q_INVOKABLE int runDialogModalForWindow(QObject *owner, QObject *window);
@@ -60,15 +62,25 @@ private:
     void setUpTable();
     void keepTexts();
     void updatePreview();
+    void previewMore();
     void updateProblems();
+    void showOptions();
     QString countText(const runebook::ReplaceSummary &summary) const;
+    runebook::ReplaceOptions options() const;
     runebook::FindReplace typedReplacement() const;
-    runebook::NameProblems problemsOf(const runebook::FindReplace &replacement) const;
+    const InfoList &allInfos() const;
+    runebook::ReplaceSummary replaceAll(const runebook::FindReplace &replacement);
 
     std::unique_ptr<Ui::VXFindReplaceWindowController> m_ui;
     runebook::ReplacePreviewModel *m_changes;
     InfoList m_selectedInfos;
-    QTimer m_problemsTimer; // they take longer than a keystroke may
+    bool m_worksOnShown = false;
+    // What would change is found out in slices, so that typing never waits.
+    std::unique_ptr<runebook::FindReplace> m_previewed;
+    runebook::FindReplace::Progress m_preview;
+    runebook::FindReplace::NameScan m_names;
+    QTimer m_previewTimer;
+    QTimer m_problemsTimer; ///< first waits for a pause in the typing
 };
 
 Q_DECLARE_METATYPE(runebook::ReplaceSummary)

@@ -1,6 +1,7 @@
 #include "editing/VXSearchField.h"
 
 #include "editing/ErrorBubble.h"
+#include "editing/SearchChip.h"
 #include "editing/SearchHelpSheet.h"
 #include "editing/SearchMenu.h"
 #include "editing/SignalColors.h"
@@ -11,6 +12,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QStatusTipEvent>
+#include <QToolButton>
 #include <chrono>
 
 using namespace runebook;
@@ -70,13 +72,20 @@ VXSearchField::VXSearchField(QWidget *parent) : QLineEdit(parent)
     m_problemAction->setVisible(false);
     connect(m_problemAction, &QAction::triggered, this, &VXSearchField::showProblem);
 
+    m_chip = new SearchChip(this);
+    connect(m_chip, &SearchChip::clicked, this, &VXSearchField::searchEverywhere);
+    m_helpAction = new QAction(tr("How to Search…"), this);
+    m_helpAction->setShortcut(Qt::Key_F1);
+    m_helpAction->setShortcutContext(Qt::WidgetShortcut); // elsewhere the key opens the documentation
+    connect(m_helpAction, &QAction::triggered, this, &VXSearchField::showHelp);
+
     m_pause.setSingleShot(true);
     m_pause.setInterval(kPauseBeforeReason);
     connect(&m_pause, &QTimer::timeout, this, [this] {
         if (hasFocus())
             showProblem();
     });
-    connect(this, &QLineEdit::textEdited, this, &VXSearchField::takeEdit);
+    connect(this, &QLineEdit::textEdited, this, &VXSearchField::searchChanged);
     connect(this, &QLineEdit::textChanged, this,
             [this](const QString &text) { m_clearAction->setVisible(!text.isEmpty()); });
     // Another window may have chosen another mode.
@@ -92,7 +101,6 @@ VXSearchField::~VXSearchField() = default;
 void VXSearchField::setStringValue(const QString &text)
 {
     setText(text);
-    m_lastText = text;
 }
 
 void VXSearchField::clearSearch()
@@ -101,18 +109,6 @@ void VXSearchField::clearSearch()
         return;
     rememberSearch();
     setStringValue({});
-    Q_EMIT searchChanged();
-}
-
-void VXSearchField::takeEdit()
-{
-    const bool asksForHelp = m_lastText.isEmpty() && text() == "?"_L1;
-    if (asksForHelp) {
-        clear();
-        showHelp();
-        return;
-    }
-    m_lastText = text();
     Q_EMIT searchChanged();
 }
 
@@ -163,6 +159,12 @@ void VXSearchField::setUpSearchMenu()
             modes->addAction(action);
     }
     connect(m_menu, &QMenu::aboutToShow, this, &VXSearchField::updateMenu);
+    connect(m_menu, &QMenu::aboutToShow, this, [this] {
+        if (m_menu->actions().contains(m_helpAction))
+            return;
+        m_menu->addSeparator();
+        m_menu->addAction(m_helpAction);
+    });
     connect(m_menu, &QMenu::triggered, this, &VXSearchField::chooseMenuItem);
     // Tool tips only show under the mouse; the window's status line also follows the keys.
     connect(m_menu, &QMenu::hovered, this, [this](QAction *item) {
@@ -222,6 +224,8 @@ void VXSearchField::showSearchMenu()
 void VXSearchField::chooseMenuItem(QAction *item)
 {
     const int tag = item->data().toInt();
+    if (item == m_helpAction)
+        return; // it acts by itself
     if (tag == SearchMenu::clearRecentsTag) {
         RecentSearches::clear();
     } else if (tag == SearchMenu::recentsTag) {
@@ -246,10 +250,49 @@ void VXSearchField::updatePrompt()
 {
     const QString prompt = SearchMenu::prompt(SearchSettings::current());
     setPlaceholderText(prompt);
+    updateChip();
     if (m_problem)
         return;
-    setToolTip(tr("%1. Type ? for examples; Alt+Down opens the menu.").arg(prompt));
+    setToolTip(tr("%1. F1 shows examples; Alt+Down opens the menu.").arg(prompt));
     setAccessibleDescription(toolTip());
+}
+
+// The chip
+
+void VXSearchField::searchEverywhere()
+{
+    const SearchSettings usual {static_cast<int>(SearchMode::All), false, false};
+    if (SearchSettings::current() == usual)
+        return;
+    usual.store();
+    setFocus();
+    Q_EMIT settingsChanged();
+    Q_EMIT searchChanged();
+}
+
+void VXSearchField::updateChip()
+{
+    const SearchSettings settings = SearchSettings::current();
+    const bool isUsual = settings.effectiveMode() == SearchMode::All && !settings.matchCase && !settings.regex;
+    m_chip->setPlace(isUsual ? QString() : SearchMenu::placeOf(settings));
+    placeChip();
+}
+
+/// Behind the icons, in front of the text.
+void VXSearchField::placeChip()
+{
+    int left = 0;
+    for (const QToolButton *icon : findChildren<QToolButton *>()) {
+        const bool isLeading = icon != m_chip && icon->isVisibleTo(this) && icon->x() < width() / 2;
+        left = isLeading ? qMax(left, icon->geometry().right() + 1) : left;
+    }
+    const bool isShown = !m_chip->text().isEmpty();
+    m_chip->setVisible(isShown);
+    const QSize size = m_chip->sizeHint().boundedTo({width() / 2, height() - 6});
+    m_chip->setGeometry(left + 2, (height() - size.height()) / 2, size.width(), size.height());
+    const int margin = isShown ? size.width() + 4 : 0;
+    if (textMargins().left() != margin)
+        setTextMargins(margin, 0, 0, 0);
 }
 
 // Problems
@@ -311,13 +354,36 @@ bool VXSearchField::event(QEvent *event)
     if (event->type() == QEvent::ShortcutOverride && !text().isEmpty()
         && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape)
         event->accept();
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->key() == Qt::Key_F1)
+        event->accept();
     return QLineEdit::event(event);
+}
+
+void VXSearchField::resizeEvent(QResizeEvent *event)
+{
+    QLineEdit::resizeEvent(event);
+    placeChip();
+}
+
+void VXSearchField::showEvent(QShowEvent *event)
+{
+    QLineEdit::showEvent(event);
+    placeChip();
 }
 
 void VXSearchField::keyPressEvent(QKeyEvent *event)
 {
     const bool isAlone = event->modifiers() == Qt::NoModifier || event->modifiers() == Qt::KeypadModifier;
     switch (event->key()) {
+    case Qt::Key_F1:
+        showHelp();
+        return;
+    case Qt::Key_Backspace:
+        if (text().isEmpty() && isAlone) {
+            searchEverywhere();
+            return;
+        }
+        break;
     case Qt::Key_Escape:
         if (text().isEmpty())
             event->ignore();

@@ -9,6 +9,9 @@
 #include <optional>
 
 class QMenu;
+namespace runebook {
+class SearchChip;
+}
 Q_MOC_INCLUDE(<QMenu>)
 
 /// The search field of a document window: a text, the menu that chooses where and how to search, the recent
@@ -52,8 +55,10 @@ public: // the search menu
     Q_INVOKABLE bool validateMenuItem(QAction *item) const;
     /// Opens the menu below the field.
     void showSearchMenu();
-    /// Opens the sheet with examples, as typing "?" does.
+    /// Opens the sheet with examples, as F1 does.
     void showHelp();
+    /// All fields again, without options: what the chip beside the icons does.
+    void searchEverywhere();
 
 public: // problems
     /// Marks the field and says why, or takes the mark away. While the user types, the reason shows itself
@@ -75,9 +80,12 @@ protected:
     void focusOutEvent(QFocusEvent *event) override;
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
-    void takeEdit();
+    void updateChip();
+    void placeChip();
     void chooseMenuItem(QAction *item);
     void updateMenu();
     void takeExample(const runebook::SearchExample &example);
@@ -92,5 +100,6 @@ private:
     std::optional<runebook::Error> m_problem;
     QColor m_mark; ///< the background while there is a problem
     QTimer m_pause; ///< since the last change of a text that has a problem
-    QString m_lastText;
+    runebook::SearchChip *m_chip; ///< where is searched, when it is not everywhere
+    QAction *m_helpAction;
 };

@@ -17,6 +17,7 @@ VXValidatingTextField::VXValidatingTextField(QWidget *parent) : QLineEdit(parent
 {
     setMaxLength(std::numeric_limits<int>::max());
     connect(this, &QLineEdit::textEdited, this, &VXValidatingTextField::textDidChange);
+    connect(this, &QLineEdit::textChanged, this, &VXValidatingTextField::makeRoom);
 }
 
 // Validation
@@ -132,6 +133,11 @@ void VXValidatingTextField::makeRoom()
     const QMargins margins(0, 0, area.right() - textArea.right(), 0);
     if (margins != textMargins())
         setTextMargins(margins);
+    const bool isTold = m_errorHint.isEmpty() || isEditing() || VXValidatingTextFieldCell::isBadgeWhole(*this);
+    if (const QString hidden = isTold ? QString() : m_errorHint; hidden != m_hiddenHint) {
+        m_hiddenHint = hidden;
+        Q_EMIT hiddenHintChanged(hidden);
+    }
 }
 
 void VXValidatingTextField::paintEvent(QPaintEvent *event)

@@ -63,6 +63,10 @@ public Q_SLOTS:
     /// The text has changed: validates.
     void textDidChange();
 
+Q_SIGNALS:
+    /// The error hint has no room in the field, or is to be seen there again (empty).
+    void hiddenHintChanged(const QString &hint);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -84,6 +88,7 @@ private:
     QCompleter *m_completer = nullptr; ///< of the last time that completions were shown
     QString m_oldText;
     QString m_errorHint;
+    QString m_hiddenHint;
     bool m_isValid = true;
     bool m_isValidationScheduled = false;
 };

@@ -49,15 +49,28 @@ QRect VXValidatingTextFieldCell::interiorOf(const VXValidatingTextField &field)
     return field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field).adjusted(0, 1, -1, -1);
 }
 
+int VXValidatingTextFieldCell::wantedBadgeWidth(const VXValidatingTextField &field)
+{
+    return qCeil(QFontMetricsF(badgeFont()).horizontalAdvance(field.errorHint())) + kBadgePadding;
+}
+
+bool VXValidatingTextFieldCell::isBadgeWhole(const VXValidatingTextField &field)
+{
+    constexpr int kTextMargins = 6; // of the line edit itself, with room for the caret
+    const int button = field.isExtraButtonVisible() ? field.extraButton()->width() : 0;
+    const int text = field.fontMetrics().horizontalAdvance(field.text()) + kTextMargins;
+    return wantedBadgeWidth(field) + kBadgeGap + text <= interiorOf(field).width() - button;
+}
+
 QRect VXValidatingTextFieldCell::errorBadgeRectInView(const VXValidatingTextField &field) const
 {
     if (field.errorHint().isEmpty())
         return {};
     const QRect interior = interiorOf(field);
     const int button = field.isExtraButtonVisible() ? field.extraButton()->width() : 0;
-    const qreal textWidth = QFontMetricsF(badgeFont()).horizontalAdvance(field.errorHint());
-    const int wanted = qCeil(textWidth) + kBadgePadding;
-    const int width = std::min(wanted, std::max(0, interior.width() - button));
+    const int room = std::max(0, interior.width() - button);
+    // The field's own text stays whole beside it; of a reason that leaves no room for that only a sign is left.
+    const int width = isBadgeWhole(field) ? wantedBadgeWidth(field) : std::min(room, interior.height());
     return {interior.right() + 1 - button - width, interior.top(), width, interior.height()};
 }
 
@@ -87,11 +100,13 @@ void VXValidatingTextFieldCell::drawBadge(QPainter &painter, const QRect &badge,
 
     const FormattedText text = errorBadgeString(field.errorHint());
     const QTextCharFormat format = text.formats.front().format;
-    const QRect room = badge.adjusted(kBadgeLeft, 0, kBadgeLeft - kBadgePadding, -kBadgeBottom);
     painter.setFont(format.font());
     painter.setPen(format.foreground().color());
-    const QString shown = QFontMetricsF(format.font()).elidedText(text.text, Qt::ElideRight, room.width());
-    painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+    if (isBadgeWhole(field))
+        painter.drawText(badge.adjusted(kBadgeLeft, 0, kBadgeLeft - kBadgePadding, -kBadgeBottom),
+                         Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, text.text);
+    else
+        painter.drawText(badge, Qt::AlignCenter, u"!"_s);
     painter.restore();
 }
 

@@ -35,6 +35,11 @@ public: // the same for scripts: a badge as a map of "string", "font", "size" in
     Q_INVOKABLE QVariantList drawInteriorWithFrameInView(const QVariantList &frame, QObject *field) const;
     Q_INVOKABLE QVariantList selectWithFrameInView(const QVariantList &frame, QObject *field) const;
 
+    /// Whether there is room for the whole badge beside the whole text of the field; without it the badge is
+    /// a sign, and the reason has to stand elsewhere.
+    static bool isBadgeWhole(const VXValidatingTextField &field);
+
 private:
+    static int wantedBadgeWidth(const VXValidatingTextField &field);
     void drawBadge(QPainter &painter, const QRect &badge, const VXValidatingTextField &field) const;
 };

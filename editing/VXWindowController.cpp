@@ -2,6 +2,7 @@
 
 #include "editing/ChangedOnDisk.h"
 #include "editing/DetailPane.h"
+#include "editing/EmptyNotices.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphTableView.h"
 #include "platform/MessageBar.h"
@@ -63,6 +64,7 @@ VXWindowController::VXWindowController(VXDocument &document)
     setActiveInfo();
     setProblemsShown(UserDefaults::standard().boolForKey(u"ProblemsPaneShown"_s));
     m_tableView->setFocus();
+    new EmptyNotices(*this);
 }
 
 VXWindowController::~VXWindowController()
@@ -265,7 +267,7 @@ void VXWindowController::synchronizeWindowTitleWithDocumentName()
 {
     m_title = windowTitleForDocumentDisplayName(m_document.displayName());
     // "[*]" in a file's name would be taken for the place of the mark of unsaved changes.
-    setWindowTitle(QString(m_title).replace("[*]"_L1, "[*][*]"_L1) + "[*]"_L1);
+    setWindowTitle(m_document.windowTitle().replace("[*]"_L1, "[*][*]"_L1) + "[*]"_L1);
     setWindowModified(m_document.isDocumentEdited());
     setWindowFilePath(m_document.fileURL());
 }
@@ -279,7 +281,11 @@ QString VXWindowController::windowTitleForDocumentDisplayName(const QString &dis
         text += tr(" - Edited");
     if (text != m_subtitle) {
         m_subtitle = text;
-        m_subtitleLabel->setText(text);
+        // The same for people, who want to read large numbers.
+        const auto number = [this](qsizetype count) { return locale().toString(static_cast<qlonglong>(count)); };
+        QString shownText = shown == total ? tr("%1 infos").arg(number(shown))
+                                           : tr("%1/%2 infos").arg(number(shown), number(total));
+        m_subtitleLabel->setText(m_document.isDocumentEdited() ? shownText + tr(" - Edited") : shownText);
         Q_EMIT subtitleChanged();
     }
     return displayName;

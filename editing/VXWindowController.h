@@ -167,6 +167,7 @@ private:
     void connectParts();
     void showReadError();
     void selectionDidChange();
+    QString removalText() const;
     void showSelectedCount();
     void buildProblemsPane();
     void filterByProblems(const std::function<bool(qsizetype place)> &condition);

@@ -2,7 +2,9 @@
 #include "editing/CodePointTokens.h"
 #include "editing/DetailPane.h"
 #include "editing/EditCommands.h"
+#include "editing/EditNames.h"
 #include "editing/FieldEditing.h"
+#include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
 #include "editing/GoToPanel.h"
 #include "editing/ProblemsPane.h"
@@ -39,9 +41,11 @@ InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteAr
         return pasted;
     // The table, the selection and the undo history grow as well.
     constexpr std::size_t kForEachRow = 64;
-    constexpr std::size_t kForEachPasted = 512;
+    constexpr std::size_t kForEachPasted = 768;
     ensureRoom(document.infos().size() * kForEachRow + pasted.size() * kForEachPasted);
-    const UndoGroup group(document.undoManager(), VXWindowController::tr("Paste"));
+    const UndoGroup group(document.undoManager(), editName(VXWindowController::tr("Paste"),
+                                   VXWindowController::tr("Paste %1 Records"),
+                                   static_cast<qsizetype>(pasted.size())));
     if (selected.size() != 1) {
         document.addInfos(pasted);
         return pasted;
@@ -70,6 +74,8 @@ void VXWindowController::copy()
 void VXWindowController::cut()
 {
     copy();
+    const UndoGroup group(m_document.undoManager(),
+                          editName(tr("Cut"), tr("Cut %1 Records"), m_infolistController->selectedCount()));
     delete_();
 }
 
@@ -96,8 +102,27 @@ void VXWindowController::delete_()
     if (m_infolistController->selectedCount() == 0)
         return;
     m_detailPane->commitEditing();
-    const UndoGroup group(m_document.undoManager(), tr("Delete"));
+    const UndoGroup group(
+        m_document.undoManager(),
+        editName(tr("Delete"), tr("Delete %1 Records"), m_infolistController->selectedCount()));
     m_infolistController->remove();
+}
+
+/// How many and which records a removal takes.
+QString VXWindowController::removalText() const
+{
+    constexpr qsizetype kNamed = 6;
+    const InfoList selected = selectedInfos();
+    const auto number = [this](qsizetype count) { return locale().toString(static_cast<qlonglong>(count)); };
+    QStringList names;
+    for (qsizetype i = 0; i < qMin(std::ssize(selected), kNamed); ++i) {
+        const QString name = cellDisplayText(selected[static_cast<std::size_t>(i)]->name());
+        names << (name.isEmpty() ? tr("(no name)") : name.left(60));
+    }
+    QString list = names.join(u", "_s);
+    if (std::ssize(selected) > kNamed)
+        list = tr("%1 and %2 more").arg(list, number(std::ssize(selected) - kNamed));
+    return tr("%1 of %2 glyphs: %3").arg(number(std::ssize(selected)), number(m_document.countOfInfos()), list);
 }
 
 void VXWindowController::removeSelectedInfos()
@@ -108,13 +133,15 @@ void VXWindowController::removeSelectedInfos()
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setIcon(QMessageBox::Warning);
-    setPlainTexts(*box, tr("Do you really want to remove all selected entries?"), {});
+    setPlainTexts(*box, tr("Do you really want to remove all selected entries?"), removalText());
     QPushButton *remove = box->addButton(tr("Remove"), QMessageBox::AcceptRole);
     QPushButton *cancel = box->addButton(tr("Cancel"), QMessageBox::RejectRole);
     box->setDefaultButton(remove);
     box->setEscapeButton(cancel);
     connect(remove, &QPushButton::clicked, this, [this] {
-        const UndoGroup group(m_document.undoManager(), tr("Remove"));
+        const UndoGroup group(
+            m_document.undoManager(),
+            editName(tr("Remove"), tr("Remove %1 Records"), m_infolistController->selectedCount()));
         m_infolistController->remove();
     });
     box->open();
@@ -123,7 +150,7 @@ void VXWindowController::removeSelectedInfos()
 void VXWindowController::addInfo()
 {
     m_detailPane->commitEditing();
-    const UndoGroup group(m_document.undoManager(), tr("Add Glyph Info"));
+    const UndoGroup group(m_document.undoManager(), tr("Add Glyph"));
     m_infolistController->add();
     revealRow(m_infolistController->selectionIndexes().empty()
                   ? -1
@@ -143,7 +170,8 @@ void VXWindowController::duplicateSelectedInfos()
         places.push_back(first + static_cast<qsizetype>(copies.size()));
         copies.push_back(info->copy());
     }
-    const UndoGroup group(m_document.undoManager(), tr("Duplicate"));
+    const UndoGroup group(m_document.undoManager(),
+                          editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
     m_document.insertObjectsInInfosAtIndexes(copies, places);
     m_infolistController->setSelectedObjects(copies);
     revealRow(m_infolistController->rowOfObject(copies.front()));
@@ -174,7 +202,9 @@ void VXWindowController::setSortName()
     connect(m_sortNameDialog, &QDialog::finished, this, [this](int code) {
         if (code != QDialog::Accepted)
             return;
-        const UndoGroup group(m_document.undoManager(), tr("Number Sort Names"));
+        const UndoGroup group(m_document.undoManager(),
+                              editName(tr("Number Sort Names"), tr("Number Sort Names of %1 Records"),
+                                       m_infolistController->selectedCount()));
         SortNumbering::fromDefaults().apply(selectedInfos());
     });
     m_sortNameDialog->open();
@@ -203,7 +233,10 @@ void VXWindowController::performFindPanelAction(int tag)
         m_detailPane->commitEditing();
         auto *panel = new VXFindReplaceWindowController;
         connect(panel, &VXFindReplaceWindowController::ended, panel, &QObject::deleteLater);
-        panel->setSelectedInfos(selectedInfos());
+        if (m_infolistController->selectedCount() > 0)
+            panel->setSelectedInfos(selectedInfos());
+        else
+            panel->setShownInfos(m_infolistController->arrangedObjects());
         QList<qsizetype> before;
         if (m_problems->isComplete()) {
             const auto counts = m_problems->counts();

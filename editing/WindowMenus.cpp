@@ -1,7 +1,11 @@
 #include "editing/WindowMenus.h"
 
+#include "editing/DetailPane.h"
+#include "editing/FocusRound.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
+#include "editing/ProblemsPane.h"
+#include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
 #include "platform/Appearance.h"
 #include "platform/DocumentController.h"
@@ -20,6 +24,8 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QTableView>
+#include <QTreeWidget>
 
 namespace runebook {
 
@@ -52,7 +58,8 @@ bool isTextFocused()
 
 } // namespace
 
-WindowMenus::WindowMenus(VXWindowController &window) : QObject(&window), m_window(window)
+WindowMenus::WindowMenus(VXWindowController &window)
+    : QObject(&window), m_window(window), m_focusRound(new FocusRound(&window))
 {
     buildFileMenu();
     buildEditMenu();
@@ -61,6 +68,8 @@ WindowMenus::WindowMenus(VXWindowController &window) : QObject(&window), m_windo
     buildScriptsMenu();
     buildWindowMenu();
     buildHelpMenu();
+    addAreas();
+    connect(window.tableView(), &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
     connect(&window, &VXWindowController::stateChanged, this, &WindowMenus::validate);
     connect(window.glyphDocument().undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
     connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &WindowMenus::validate);
@@ -141,32 +150,32 @@ void WindowMenus::buildEditMenu()
     QMenu *history = menu->addMenu(tr("&History"));
     connect(history, &QMenu::aboutToShow, this, [this, history] { fillHistory(history); });
     menu->addSeparator();
-    addCommand(
+    onRows(addCommand(
         menu, tr("Cu&t"), QKeySequence::Cut,
         [&window] {
             if (!sentToText("cut"))
                 window.cut();
         },
-        canCopy);
-    addCommand(
+        canCopy));
+    onRows(addCommand(
         menu, tr("&Copy"), QKeySequence::Copy,
         [&window] {
             if (!sentToText("copy"))
                 window.copy();
         },
-        canCopy);
-    addCommand(
+        canCopy));
+    onRows(addCommand(
         menu, tr("&Paste"), QKeySequence::Paste,
         [&window] {
             if (!sentToText("paste"))
                 window.paste();
         },
-        canPaste);
-    addCommand(
-        menu, tr("&Delete"), {}, [&window] { window.delete_(); }, hasSelection);
-    addCommand(
+        canPaste));
+    onRows(addCommand(
+        menu, tr("&Delete"), {}, [&window] { window.delete_(); }, hasSelection));
+    onRows(addCommand(
         menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
-        [&window] { window.duplicateSelectedInfos(); }, hasSelection);
+        [&window] { window.duplicateSelectedInfos(); }, hasSelection));
     addCommand(menu, tr("Select &All"), QKeySequence::SelectAll, [&window] {
         if (!sentToText("selectAll"))
             window.selectAll();
@@ -174,11 +183,14 @@ void WindowMenus::buildEditMenu()
     QMenu *same = menu->addMenu(tr("Select Records with the Sa&me"));
     fillSelectSame(same);
     m_conditions.emplace_back(same->menuAction(), hasSelection);
+    m_rowActions << nullptr;
+    onRows(same->menuAction());
     menu->addSeparator();
     addCommand(menu, tr("&Find"), QKeySequence::Find, [&window] { window.performFindPanelAction(1); });
-    addCommand(
+    onRows(addCommand(
         menu, tr("Find and R&eplace…"), QKeySequence(Qt::CTRL | Qt::Key_H),
-        [&window] { window.performFindPanelAction(12); }, hasSelection);
+        [&window] { window.performFindPanelAction(12); },
+        [&window] { return window.infolistController()->countOfArrangedObjects() > 0; }));
     addCommand(menu, tr("&Go to Name or Code Point…"), QKeySequence(Qt::CTRL | Qt::Key_L),
                [&window] { window.goToInfo(); });
     MainMenu::contributeTo(MainMenu::Edit, *menu, m_window);
@@ -198,6 +210,10 @@ void WindowMenus::buildViewMenu()
     addCommand(menu, tr("&Next Problem"), QKeySequence(Qt::Key_F8), [&window] { window.goToProblem(1); });
     addCommand(menu, tr("Pre&vious Problem"), QKeySequence(Qt::SHIFT | Qt::Key_F8),
                [&window] { window.goToProblem(-1); });
+    menu->addSeparator();
+    addCommand(menu, tr("Next A&rea"), QKeySequence(Qt::Key_F6), [this] { m_focusRound->go(1); });
+    addCommand(menu, tr("Previous Ar&ea"), QKeySequence(Qt::SHIFT | Qt::Key_F6),
+               [this] { m_focusRound->go(-1); });
     menu->addSeparator();
     QMenu *columns = menu->addMenu(tr("&Columns"));
     connect(columns, &QMenu::aboutToShow, this, [table, columns] {
@@ -220,30 +236,31 @@ void WindowMenus::buildViewMenu()
 void WindowMenus::buildGlyphMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&Glyph"));
+    m_rowActions << nullptr;
     VXWindowController &window = m_window;
     RSRTVArrayController *list = window.infolistController();
     const Condition hasSelection = [list] { return list->selectedCount() > 0; };
-    m_addAction = addCommand(menu, tr("&Add Glyph Info"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
+    m_addAction = addCommand(menu, tr("&Add Glyph"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
                              [&window] { window.addInfo(); });
     m_addAction->setIcon(QIcon(u":/icons/add.svg"_s));
-    m_removeAction = addCommand(
+    m_removeAction = onRows(addCommand(
         menu, tr("&Remove…"), QKeySequence(Qt::CTRL | Qt::Key_Backspace),
-        [&window] { window.removeSelectedInfos(); }, hasSelection);
+        [&window] { window.removeSelectedInfos(); }, hasSelection));
     m_removeAction->setIcon(QIcon(u":/icons/remove.svg"_s));
     menu->addSeparator();
-    addCommand(
-        menu, tr("&Name to Alternate Names"), {}, [&window] { window.moveNameToAltName(); }, hasSelection);
-    addCommand(
-        menu, tr("Make &Legacy Name"), {}, [&window] { window.makeLegacyName(); }, hasSelection);
-    addCommand(
-        menu, tr("Number &Sort Names…"), {}, [&window] { window.setSortName(); }, hasSelection);
+    onRows(addCommand(
+        menu, tr("&Name to Alternate Names"), {}, [&window] { window.moveNameToAltName(); }, hasSelection));
+    onRows(addCommand(
+        menu, tr("Make &Legacy Name"), {}, [&window] { window.makeLegacyName(); }, hasSelection));
+    onRows(addCommand(
+        menu, tr("Number &Sort Names…"), {}, [&window] { window.setSortName(); }, hasSelection));
     addCommand(
         menu, tr("&Write Shown Order to the Document"), {}, [&window] { window.writeShownOrder(); },
         [list] { return list->sortColumn() >= 0 && !list->isFiltered(); });
     menu->addSeparator();
-    addCommand(
+    onRows(addCommand(
         menu, tr("Show &Code Point in Character Application"), {},
-        [&window] { window.showInUnicodeChecker(); }, [list] { return list->selectedCount() == 1; });
+        [&window] { window.showInUnicodeChecker(); }, [list] { return list->selectedCount() == 1; }));
     MainMenu::contributeTo(MainMenu::Glyph, *menu, m_window);
 }
 
@@ -259,12 +276,15 @@ void WindowMenus::buildWindowMenu()
     MainMenu::contributeTo(MainMenu::Window, *menu, m_window);
     QAction *documents = menu->addSeparator();
     connect(menu, &QMenu::aboutToShow, this, [this, menu, documents] {
+        qDeleteAll(documents->findChildren<QActionGroup *>());
+        auto *group = new QActionGroup(documents);
         const QList<QAction *> actions = menu->actions();
         for (qsizetype i = actions.indexOf(documents) + 1; i < actions.size(); ++i)
             delete actions.at(i);
         for (Document *document : DocumentController::shared().documentList()) {
-            QAction *action = menu->addAction(menuText(document->displayName()));
+            QAction *action = menu->addAction(menuText(document->windowTitle()));
             action->setCheckable(true);
+            action->setActionGroup(group); // a dot, not a tick: one of many
             action->setChecked(document == &m_window.glyphDocument());
             connect(action, &QAction::triggered, document,
                     [document] { DocumentController::shared().bringToFront(document); });
@@ -276,6 +296,47 @@ void WindowMenus::buildHelpMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&Help"));
     MainMenu::contributeTo(MainMenu::Help, *menu, m_window);
+}
+
+// Rows and areas
+
+QAction *WindowMenus::onRows(QAction *command)
+{
+    m_rowActions << command;
+    return command;
+}
+
+void WindowMenus::showRowMenu(const QPoint &place)
+{
+    m_window.tableView()->setFocus(Qt::OtherFocusReason);
+    validate();
+    auto *menu = new QMenu(&m_window);
+    menu->setObjectName(u"rowMenu"_s);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (QAction *command : m_rowActions) {
+        if (!command)
+            menu->addSeparator(); // those beside each other or at an end are not shown
+        else if (command->isEnabled())
+            menu->addAction(command);
+    }
+    if (m_window.infolistController()->selectedCount() == 0)
+        menu->insertAction(menu->actions().value(0), m_addAction);
+    menu->popup(place);
+}
+
+/// The areas of the window in the order in which F6 goes round.
+void WindowMenus::addAreas()
+{
+    VXWindowController &window = m_window;
+    m_focusRound->add([&window] { return window.searchField(); }, [&window] { return window.searchField(); });
+    m_focusRound->add([&window] { return window.tableView(); }, [&window] { return window.tableView(); });
+    m_focusRound->add([&window] { return window.detailPane(); },
+                      [&window] { return window.detailPane()->firstEditor(); });
+    m_focusRound->add([&window] { return window.problemsPane(); },
+                      [&window]() -> QWidget * {
+                          const ProblemsPane &pane = *window.problemsPane();
+                          return pane.table()->isVisible() ? static_cast<QWidget *>(pane.table()) : pane.kinds();
+                      });
 }
 
 // Menus that depend on what there is
@@ -300,11 +361,14 @@ void WindowMenus::fillHistory(QMenu *menu)
 {
     constexpr int kShownSteps = 40;
     menu->clear();
+    delete menu->findChild<QActionGroup *>();
+    auto *group = new QActionGroup(menu); // a dot, not a tick: one of many
     UndoManager *undo = m_window.glyphDocument().undoManager();
     const QUndoStack *stack = undo->stack();
     const auto addStep = [&](int count, const QString &text) {
         QAction *action = menu->addAction(menuText(text));
         action->setCheckable(true);
+        action->setActionGroup(group);
         action->setChecked(count == stack->index());
         connect(action, &QAction::triggered, undo, [undo, count] { undo->goToStep(count); });
     };

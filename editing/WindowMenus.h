@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QObject>
+#include <QPointer>
 #include <functional>
 #include <vector>
 
@@ -9,6 +9,8 @@ class QMenu;
 class VXWindowController;
 
 namespace runebook {
+
+class FocusRound;
 
 /// The menu bar of a document window: every command with its text, its shortcut, and when it can act.
 class WindowMenus : public QObject
@@ -41,9 +43,15 @@ private:
     void fillHistory(QMenu *menu);
     void fillSelectSame(QMenu *menu);
     void fillAppearance(QMenu *menu);
+    void addAreas();
+    /// Marks a command of the Edit or the Glyph menu as one that acts on the selected rows.
+    QAction *onRows(QAction *command);
+    void showRowMenu(const QPoint &place);
 
     VXWindowController &m_window;
     std::vector<std::pair<QAction *, Condition>> m_conditions;
+    FocusRound *m_focusRound;
+    QList<QPointer<QAction>> m_rowActions; ///< in their order; null between groups
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;
     QAction *m_addAction = nullptr;

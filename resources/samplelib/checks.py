@@ -6,7 +6,7 @@ from collections import Counter
 CATEGORIES = frozenset(("Letter", "Number", "Punctuation", "Separator", "Symbol", "Mark"))
 SUB_CATEGORIES = frozenset((
     "Uppercase", "Lowercase", "Other", "Nonspacing", "Spacing", "Arrow", "Compatibility", "Currency", "Dash",
-    "Decimal Digit", "Digital Digit", "Enclosing", "Format", "Fraction", "Geometric", "Halfform", "Jamo", "Letter",
+    "Decimal Digit", "Digital Digit", "Enclosing", "Format", "Fraction", "Geometry", "Halfform", "Jamo", "Letter",
     "Ligature", "Math", "Matra", "Modifier", "Nonspace", "Parenthesis", "Quote", "Radical", "Small", "Smallcaps",
     "Space", "Spacing Combining", "Superscript", "Syllable", ""))
 SCRIPTS = frozenset((

@@ -94,7 +94,7 @@ def mathematics(maker):
 def box_drawing(maker):
     """Those that the list for new fonts has, without the joints of single and double lines."""
     return [maker.encoded(code, camel_case("BOX " + maker.sources.characters[code].title.replace("BOX DRAWINGS ", "")),
-                          sub_category="Geometric")
+                          sub_category="Geometry")
             for code in BOX_DRAWING if "%04X" % code in maker.sources.new_font_names
             and "SINGLE" not in maker.sources.characters[code].title]
 
@@ -112,7 +112,7 @@ def music(maker):
 def glyphs(maker):
     result = currency(maker) + mathematics(maker)
     result += [maker.encoded(code, name, category="Symbol", sub_category="Arrow") for code, name in ARROWS]
-    result += [maker.encoded(code, name, category="Symbol", sub_category="Geometric")
+    result += [maker.encoded(code, name, category="Symbol", sub_category="Geometry")
                for code, name in SHAPES + BLOCKS]
     result += box_drawing(maker) + music(maker)
     result += [maker.encoded(code, name) for code, name in PICTURES]

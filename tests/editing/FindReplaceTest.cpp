@@ -3,6 +3,7 @@
 #include "document/VXDocument.h"
 #include "tests/TestMain.h"
 
+#include <QElapsedTimer>
 #include <QRandomGenerator>
 
 using namespace runebook;
@@ -59,6 +60,10 @@ class FindReplaceTest : public QObject
 private Q_SLOTS:
     void replaces_data();
     void replaces();
+    void replacesWithOptions_data();
+    void replacesWithOptions();
+    void comesToTheSameInSlices();
+    void stopsAtAnEndlessPattern();
     void previewTellsWhatApplyDoes();
     void previewShowsPlacesInLists();
     void countsProblemsOfNames_data();
@@ -131,6 +136,99 @@ void FindReplaceTest::replaces()
         QCOMPARE(summary.records, records);
         QCOMPARE(summary.occurrences, occurrences);
     }
+}
+
+void FindReplaceTest::replacesWithOptions_data()
+{
+    QTest::addColumn<QString>("options"); // c: either case, w: whole value, r: regular expression
+    QTest::addColumn<QString>("find");
+    QTest::addColumn<QString>("replacement");
+    QTest::addColumn<QString>("values");
+    QTest::addColumn<QString>("result");
+    QTest::addColumn<int>("records");
+    QTest::newRow("usual") << u""_s << u"A."_s << u"\\1"_s << u"A.a.|Ab"_s << u"\\1a.|Ab"_s << 1;
+    QTest::newRow("case") << u"c"_s << u"aÄ"_s << u"x"_s << u"AäaÄ|Aa"_s << u"xx|Aa"_s << 1;
+    QTest::newRow("case, the same") << u"c"_s << u"a"_s << u"a"_s << u"aA|a"_s << u"aa|a"_s << 1;
+    QTest::newRow("no pattern") << u"c"_s << u"a.c"_s << u"$1"_s << u"abc|A.C"_s << u"abc|$1"_s << 1;
+    QTest::newRow("whole") << u"w"_s << u"top"_s << u"x"_s << u"top|top, top|Top"_s << u"x|top, top|Top"_s << 1;
+    QTest::newRow("whole, case") << u"wc"_s << u"top"_s << u"x"_s << u"top|Top|top_"_s << u"x|x|top_"_s << 2;
+    QTest::newRow("pattern") << u"r"_s << u"[aeiou]"_s << u"_"_s << u"abe|AB"_s << u"_b_|AB"_s << 1;
+    QTest::newRow("groups") << u"r"_s << u"(\\w+)-(\\w+)"_s << u"\\2.$1"_s << u"a-b, c-d"_s << u"b.a, d.c"_s << 1;
+    QTest::newRow("whole match, signs") << u"r"_s << u"b"_s << u"\\\\$$\\0$x"_s << u"abc"_s << u"a\\$b$xc"_s << 1;
+    QTest::newRow("empty match") << u"r"_s << u"$"_s << u".sc"_s << u"a|b"_s << u"a.sc|b.sc"_s << 2;
+    QTest::newRow("whole pattern") << u"rw"_s << u"a|ab"_s << u"x"_s << u"ab|abc"_s << u"x|abc"_s << 1;
+    QTest::newRow("outside the plane") << u"r"_s << u"."_s << u"<\\0>"_s << u"😀"_s << u"<😀>"_s << 1;
+    QTest::newRow("not valid") << u"r"_s << u"(a"_s << u"x"_s << u"(a|a"_s << u"(a|a"_s << 0;
+    QTest::newRow("nothing to find") << u"r"_s << u""_s << u"x"_s << u"a"_s << u"a"_s << 0;
+}
+
+void FindReplaceTest::replacesWithOptions()
+{
+    QFETCH(QString, options);
+    QFETCH(QString, find);
+    QFETCH(QString, replacement);
+    QFETCH(QString, values);
+    QFETCH(QString, result);
+    QFETCH(int, records);
+    const ReplaceOptions how {!options.contains(u'c'), options.contains(u'w'), options.contains(u'r')};
+    for (const bool fromFile : {true, false}) {
+        const FindReplace replace(find, replacement, FindReplace::Anchors, how);
+        const InfoList infos = recordsWith(u"anchors"_s, values, fromFile);
+        const ReplaceSummary preview = replace.preview(infos, 9);
+        QCOMPARE(preview.records, records);
+        for (const ReplacePreview &each : preview.first) {
+            QVERIFY(each.before != each.after);
+            for (const UnitRange &place : each.places.inserted)
+                QVERIFY(place.location + place.length <= each.after.size());
+        }
+        QCOMPARE(replace.apply(infos).records, records);
+        QCOMPARE(textOf(infos, u"anchors"_s), result);
+        QCOMPARE(replace.problem().isNull(), find != u"(a"_s);
+    }
+}
+
+void FindReplaceTest::comesToTheSameInSlices()
+{
+    const auto make = [] {
+        QStringList names;
+        for (int i = 0; i < 3'000; ++i)
+            names << u"n%1"_s.arg(i % 1'700);
+        return named(names);
+    };
+    const FindReplace replace(u"9"_s, u"."_s, FindReplace::Name);
+    InfoList infos = make();
+    FindReplace::Progress preview;
+    int slices = 1;
+    while (!replace.previewMore(infos, 5, QDeadlineTimer(0), preview))
+        ++slices;
+    QVERIFY(slices > 10);
+    const ReplaceSummary whole = replace.preview(infos, 5);
+    QCOMPARE(preview.summary.records, whole.records);
+    QCOMPARE(preview.summary.occurrences, whole.occurrences);
+    QCOMPARE(preview.summary.first.size(), 5u);
+    FindReplace::NameScan names;
+    while (!replace.nameProblemsMore(infos, infos, QDeadlineTimer(0), names)) { }
+    QCOMPARE(names.problems, replace.nameProblems(infos, infos));
+    QVERIFY(names.problems.repeated > 0);
+    FindReplace::Progress applied;
+    while (!replace.applyMore(infos, QDeadlineTimer(0), applied)) { }
+    QCOMPARE(applied.summary.records, whole.records);
+    const InfoList atOnce = make();
+    replace.apply(atOnce);
+    QCOMPARE(textOf(infos, u"name"_s), textOf(atOnce, u"name"_s));
+}
+
+void FindReplaceTest::stopsAtAnEndlessPattern()
+{
+    const InfoList infos = recordsWith(u"desc"_s, QStringList(200, QString(60, u'a') + u"b!"_s).join(u'|'), false);
+    const FindReplace replace(u"^(a+)+$"_s, u"x"_s, FindReplace::Desc, {true, false, true});
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(replace.preview(infos, 9).records, 0);
+    QVERIFY(!replace.problem().isNull());
+    const qint64 first = clock.restart();
+    replace.apply(infos);
+    QVERIFY2(clock.elapsed() <= first + 500, "it tried again");
 }
 
 void FindReplaceTest::previewTellsWhatApplyDoes()

@@ -92,12 +92,27 @@ private Q_SLOTS:
             u"0:Invalid-code-points 0:Duplicate-code-points 1:Duplicate-code-points"_s);
         row("twice in one record", u"unicodes"_s, QStringList {u"0041"_s, u"0041"_s},
             u"0:Duplicate-code-points 0:Duplicate-code-points"_s);
+        row("63 characters", u"name"_s, QString(63, u'a'), {});
+        row("64 characters", u"name"_s, QString(64, u'a'), u"0:Long-names"_s);
+        row("63 of two bytes", u"name"_s, QString(63, u'é'), u"0:Invalid-names 0:Changed-by-saving"_s);
+        row("components that are there", u"decompose"_s, u"other, other"_s, {});
+        row("a missing component", u"decompose"_s, u"other, none, none"_s,
+            u"0:Missing-components 0:Missing-components"_s);
+        row("composed with itself", u"decompose"_s, u"a, other"_s, u"0:Composed-with-themselves"_s);
+        row("no component between commas", u"decompose"_s, u"other, "_s, {});
+        row("a category", u"category"_s, u"Letter"_s, {});
+        row("no category", u"category"_s, u"letter"_s, u"0:Unknown-categories"_s);
+        row("a subcategory", u"subCategory"_s, u"Decimal Digit"_s, {});
+        row("no subcategory", u"subCategory"_s, u"Geometric"_s, u"0:Unknown-subcategories"_s);
+        row("a script", u"script"_s, u"Black Letter"_s, {});
+        row("no script", u"script"_s, u"Latin"_s, u"0:Unknown-scripts"_s);
+        row("no value is no unknown one", u"script"_s, u""_s, {});
         row("quote", u"desc"_s, u"the \"A\""_s, u"0:Quotes-and-line-breaks"_s);
         row("line break", u"anchors"_s, u"top\nbottom"_s, u"0:Quotes-and-line-breaks"_s);
         row("line break alone", u"desc"_s, u"\n"_s, u"0:Quotes-and-line-breaks"_s);
         row("entities stay", u"desc"_s, u"x &amp; <y>"_s, {});
-        row("blank in front", u"script"_s, u" latin"_s, u"0:Changed-by-saving"_s);
-        row("blank behind", u"script"_s, u"latin "_s, {});
+        row("blank in front", u"desc"_s, u" latin"_s, u"0:Changed-by-saving"_s);
+        row("blank behind", u"desc"_s, u"latin "_s, {});
         row("comment", u"desc"_s, u"a <!-- b --> c"_s, u"0:Changed-by-saving"_s);
         row("half a comment hides what follows", u"desc"_s, u"<!-- b"_s, u"0:Changed-by-saving"_s);
         row("the case without a word", u"case"_s, int(VXGlyphInfo::other), u"0:Changed-by-saving"_s);
@@ -198,13 +213,17 @@ private Q_SLOTS:
     void countsStayTrueThroughEveryEdit()
     {
         QRandomGenerator random(7);
-        const QStringList names {u"a"_s, u"b"_s, u"c d"_s, u""_s, u"e\""_s, u"f"_s, u"g"_s};
+        const QStringList names {u"a"_s, u"b"_s, u"c d"_s, u""_s, u"e\""_s, u"f"_s, u"g"_s, u"h"_s};
         const QStringList codes {u"0041"_s, u"41"_s, u"0042"_s, u"x"_s, u"1F600"_s};
         const auto made = [&] {
             QStringList unicodes;
             for (int i = random.bounded(4); i > 0; --i)
                 unicodes << codes.at(random.bounded(codes.size()));
-            return infoNamed(names.at(random.bounded(names.size())), unicodes);
+            const InfoPtr info = infoNamed(names.at(random.bounded(names.size())), unicodes);
+            if (random.bounded(3) == 0)
+                info->setDecompose(names.at(random.bounded(names.size())) + u", h, "_s
+                                   + names.at(random.bounded(names.size())));
+            return info;
         };
         VXDocument document;
         InfoList first;

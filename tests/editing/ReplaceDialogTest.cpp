@@ -8,9 +8,11 @@
 #include "tests/TestMain.h"
 
 #include <QAbstractItemModelTester>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -56,6 +58,8 @@ private Q_SLOTS:
     void keepsTheTexts();
     void showsChangesWhileTyping();
     void warnsOfNames();
+    void optionsAreOfThisUse();
+    void manyAreReplacedWithProgress();
     void isReachedByKeyboard();
     void longTextsStartNearTheChange();
     void goesWhileAFieldHasTheFocus();
@@ -96,7 +100,7 @@ void ReplaceDialogTest::replacesWhatWasTyped()
     const auto summary = replaced.first().first().value<ReplaceSummary>();
     QCOMPARE(summary.records, 2);
     QCOMPARE(summary.occurrences, 2);
-    QCOMPARE(document.undoManager()->stack()->undoText(), u"Replace"_s);
+    QCOMPARE(document.undoManager()->stack()->undoText(), u"Replace in 2 Records"_s);
     document.undoManager()->undo();
     QCOMPARE(namesOf(document), u"a.sc cab a"_s);
     QVERIFY(!document.undoManager()->canUndo());
@@ -195,6 +199,69 @@ void ReplaceDialogTest::warnsOfNames()
     QCOMPARE(replaced.first().first().value<ReplaceSummary>().problems, (NameProblems {1, 0}));
 }
 
+void ReplaceDialogTest::optionsAreOfThisUse()
+{
+    VXDocument document;
+    document.setInfos(named({u"Aacute"_s, u"aacute"_s}));
+    {
+        VXFindReplaceWindowController dialog;
+        dialog.setShownInfos(document.infos());
+        const auto *count = dialog.findChild<QLabel *>(u"countLabel"_s);
+        fieldOf(dialog, u"findField"_s)->setText(u"^(a)"_s);
+        QCOMPARE(count->text(), u"Nothing to replace. Shown records: 2"_s);
+        dialog.findChild<QCheckBox *>(u"isPattern"_s)->click();
+        fieldOf(dialog, u"replaceField"_s)->setText(u"x\\1"_s);
+        QCOMPARE(count->text(), u"Records that change: 1 of 2. Occurrences: 1."_s);
+        dialog.findChild<QCheckBox *>(u"matchCase"_s)->click();
+        QCOMPARE(count->text(), u"Records that change: 2 of 2. Occurrences: 2."_s);
+        fieldOf(dialog, u"findField"_s)->setText(u"("_s);
+        QVERIFY(count->text().contains(u"not valid"_s));
+        fieldOf(dialog, u"findField"_s)->setText(u"^(a)"_s);
+        QSignalSpy ended(&dialog, &VXFindReplaceWindowController::ended);
+        dialog.doReplace();
+        QVERIFY(ended.wait());
+    }
+    QCOMPARE(namesOf(document), u"xAacute xaacute"_s);
+    VXFindReplaceWindowController next; // exactly as typed again
+    QVERIFY(next.findChild<QCheckBox *>(u"matchCase"_s)->isChecked());
+    QVERIFY(!next.findChild<QCheckBox *>(u"isPattern"_s)->isChecked());
+}
+
+void ReplaceDialogTest::manyAreReplacedWithProgress()
+{
+    constexpr int kMany = 400'000;
+    VXDocument document;
+    InfoList infos;
+    for (int i = 0; i < kMany; ++i) {
+        infos.push_back(VXGlyphInfo::init());
+        infos.back()->setName(u"alpha"_s + QString::number(i));
+    }
+    document.setInfos(infos);
+    for (const bool isStopped : {true, false}) {
+        VXFindReplaceWindowController dialog;
+        dialog.setShownInfos(infos);
+        dialog.findChild<QCheckBox *>(u"isPattern"_s)->setChecked(true);
+        fieldOf(dialog, u"findField"_s)->setText(u"^(\\w)(\\w)"_s);
+        fieldOf(dialog, u"replaceField"_s)->setText(u"\\2\\1"_s);
+        QSignalSpy ended(&dialog, &VXFindReplaceWindowController::ended);
+        // Esc as soon as the progress is there and some names are others already.
+        QTimer watch;
+        watch.callOnTimeout([&] {
+            auto *progress = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget());
+            if (isStopped && progress && infos.front()->name().startsWith(u"la"_s))
+                QTest::keyClick(progress, Qt::Key_Escape);
+        });
+        watch.start(0);
+        dialog.doReplace();
+        QVERIFY(ended.wait(60'000));
+        const QString first = isStopped ? u"alpha0"_s : u"lapha0"_s;
+        QCOMPARE(infos.front()->name(), first);
+        QCOMPARE(infos.back()->name(), QString(first).replace(u"0"_s, QString::number(kMany - 1)));
+        QCOMPARE(document.isDocumentEdited(), !isStopped);
+        QCOMPARE(document.undoManager()->stack()->count(), isStopped ? 0 : 1);
+    }
+}
+
 void ReplaceDialogTest::isReachedByKeyboard()
 {
     VXFindReplaceWindowController dialog;
@@ -203,16 +270,17 @@ void ReplaceDialogTest::isReachedByKeyboard()
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
     QStringList visited;
-    for (int step = 0; step < 6; ++step) {
+    for (int step = 0; step < 9; ++step) {
         const QWidget *focus = dialog.focusWidget();
         const auto *button = qobject_cast<const QPushButton *>(focus);
+        const bool speaksForItself = button || qobject_cast<const QCheckBox *>(focus);
         visited << (button ? button->text().remove(u'&') : focus->objectName());
-        if (!button)
+        if (!speaksForItself)
             QVERIFY2(!focus->accessibleName().isEmpty(), qPrintable(focus->objectName()));
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
     }
     visited.sort();
-    QCOMPARE(visited.join(u' '), u"Cancel Replace changesTable fieldPopup findField replaceField"_s);
+    QCOMPARE(visited.join(u' '), u"Cancel Replace changesTable fieldPopup findField isPattern matchCase replaceField wholeValue"_s);
     for (const QLabel *label : dialog.findChildren<QLabel *>()) {
         if (label->text().contains(u'&'))
             QVERIFY2(label->buddy(), qPrintable(label->text()));

@@ -116,8 +116,9 @@ private Q_SLOTS:
     void menuUnderRegex();
     void recentSearches();
     void promptFollowsOtherWindows();
-    void questionMarkOpensHelp();
-    void questionMarkElsewhereIsText();
+    void helpByKeyAndMenu();
+    void questionMarkIsText();
+    void chipTellsWhereIsSearched();
     void helpByMouse();
     void examplesFindSomething_data();
     void examplesFindSomething();
@@ -287,7 +288,7 @@ void SearchFieldTest::recentSearches()
     window.field->clearSearch();
     window.searches.clear();
     window.field->showSearchMenu();
-    QVERIFY2(window.shownItems().endsWith(u"Regex -- -- (Recent Searches) a&&b first Clear"_s),
+    QVERIFY2(window.shownItems().endsWith(u"Regex -- -- (Recent Searches) a&&b first Clear -- How to Search…"_s),
              qPrintable(window.shownItems()));
     window.item(u"a&&b"_s)->trigger();
     QCOMPARE(window.field->stringValue(), u"a&b"_s);
@@ -298,7 +299,7 @@ void SearchFieldTest::recentSearches()
     window.item(u"Clear"_s)->trigger();
     window.field->searchMenu()->close();
     window.field->showSearchMenu();
-    QVERIFY(window.shownItems().endsWith(u"Regex --"_s));
+    QVERIFY(window.shownItems().endsWith(u"Regex -- -- How to Search…"_s));
     QCOMPARE(window.searches.size(), 1);
 }
 
@@ -312,20 +313,23 @@ void SearchFieldTest::promptFollowsOtherWindows()
     QCOMPARE(other.searches.size(), 0);
 }
 
-void SearchFieldTest::questionMarkOpensHelp()
+void SearchFieldTest::helpByKeyAndMenu()
 {
     FieldWindow window;
     QVERIFY(window.isReady());
-    QTest::keyClicks(window.field, u"?"_s);
-    QVERIFY(window.sheet());
-    QVERIFY(window.sheet()->isVisible());
-    QCOMPARE(window.field->text(), QString());
-    QCOMPARE(window.searches.size(), 0);
+    QTest::keyClicks(window.field, u"x"_s);
+    QTest::keyClick(window.field, Qt::Key_F1);
+    QVERIFY(window.sheet() && window.sheet()->isVisible());
     QTest::keyClick(window.sheet(), Qt::Key_Escape);
     QTRY_VERIFY(!window.sheet());
-    QCOMPARE(window.field->text(), QString());
+    QCOMPARE(window.field->text(), u"x"_s); // looking something up takes nothing away
 
-    QTest::keyClicks(window.field, u"?"_s);
+    QVERIFY(!window.item(u"How to Search…"_s)); // the menu as it is defined, until somebody looks
+    window.field->showSearchMenu();
+    QVERIFY(window.item(u"How to Search…"_s));
+    window.field->searchMenu()->setActiveAction(window.item(u"How to Search…"_s));
+    QTest::keyClick(window.field->searchMenu(), Qt::Key_Return);
+    QTRY_VERIFY(window.sheet());
     auto *list = window.sheet()->findChild<QTreeWidget *>();
     QTRY_VERIFY(list->hasFocus());
     for (int i = 0; i < 4; ++i)
@@ -334,19 +338,51 @@ void SearchFieldTest::questionMarkOpensHelp()
     QTRY_VERIFY(!window.sheet());
     QCOMPARE(window.field->text(), u"0410-042F"_s);
     QCOMPARE(SearchSettings::current(), (SearchSettings {3, false, false}));
-    QCOMPARE(window.searches.size(), 1);
+    QCOMPARE(window.searches.size(), 2);
 }
 
-void SearchFieldTest::questionMarkElsewhereIsText()
+void SearchFieldTest::questionMarkIsText()
 {
     FieldWindow window;
     QVERIFY(window.isReady());
-    QTest::keyClicks(window.field, u"a?"_s);
-    QTest::keyClick(window.field, Qt::Key_Home);
-    QTest::keyClick(window.field, Qt::Key_Delete);
+    QTest::keyClicks(window.field, u"?"_s);
     QCOMPARE(window.field->text(), u"?"_s);
     QVERIFY(!window.sheet());
-    QCOMPARE(window.searches.size(), 3);
+    QCOMPARE(window.searches.size(), 1);
+}
+
+void SearchFieldTest::chipTellsWhereIsSearched()
+{
+    FieldWindow window;
+    QVERIFY(window.isReady());
+    auto *chip = window.field->findChild<QToolButton *>(u"searchChip"_s);
+    QVERIFY(chip && !chip->isVisible());
+    QTest::keyClicks(window.field, u"ab"_s);
+    for (const auto &[tag, words] : {std::pair(12, u"Description"_s), {SearchMenu::matchCaseTag,
+                                                                       u"Description, Match Case"_s},
+                                     {SearchMenu::regexTag, u"Name, Regex"_s}}) {
+        window.field->searchMode(tag);
+        QCOMPARE(chip->text(), words);
+        QVERIFY(chip->isVisible() && chip->accessibleName().contains(words));
+        // Beside the text, which begins behind it.
+        QVERIFY(window.field->rect().contains(chip->geometry()));
+        QVERIFY(window.field->textMargins().left() >= chip->width());
+    }
+    window.searches.clear();
+    QTest::mouseClick(chip, Qt::LeftButton);
+    QVERIFY(!chip->isVisible());
+    QCOMPARE(window.field->textMargins().left(), 0);
+    QCOMPARE(SearchSettings::current(), (SearchSettings {1, false, false}));
+    QCOMPARE(window.field->text(), u"ab"_s);
+    QCOMPARE(window.searches.size(), 1);
+    // By keys: Backspace once nothing else is left to take away.
+    window.field->searchMode(4);
+    window.field->setFocus();
+    for (int i = 0; i < 2; ++i)
+        QTest::keyClick(window.field, Qt::Key_Backspace);
+    QVERIFY(chip->isVisible());
+    QTest::keyClick(window.field, Qt::Key_Backspace);
+    QVERIFY(!chip->isVisible());
 }
 
 void SearchFieldTest::helpByMouse()

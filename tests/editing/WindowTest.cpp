@@ -1,16 +1,23 @@
 #include "editing/DetailPane.h"
+#include "editing/EmptyTable.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
 #include "editing/PreviewLabel.h"
+#include "editing/ProblemsPane.h"
+#include "editing/SearchFilter.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
 #include "editing/VocabularyComboBox.h"
 #include "platform/DocumentController.h"
+#include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
 #include <QClipboard>
+#include <QFileDialog>
+#include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -20,6 +27,7 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QToolTip>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -160,6 +168,206 @@ private Q_SLOTS:
         QCOMPARE(name->text(), u"a b"_s);
         QVERIFY(name->textMargins().right() > 0); // what is wrong stands there
         QCOMPARE(name->parentWidget()->minimumSizeHint().width(), usual);
+    }
+
+    void f6GoesRoundTheAreas()
+    {
+        m_window->setProblemsShown(true);
+        select({0});
+        lineOf(GlyphField::SortName)->setFocus(); // where the pane had it last
+        m_window->tableView()->setFocus();
+        const auto press = [&](Qt::KeyboardModifiers modifiers) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_F6, modifiers);
+            return QApplication::focusWidget();
+        };
+        QWidget *const pane = lineOf(GlyphField::SortName);
+        QWidget *const search = m_window->searchField();
+        QCOMPARE(press({}), pane);
+        QVERIFY(m_window->problemsPane()->isAncestorOf(press({})));
+        QCOMPARE(press({}), search);
+        QCOMPARE(press({}), static_cast<QWidget *>(m_window->tableView()));
+        QCOMPARE(press(Qt::ShiftModifier), search);
+        QVERIFY(m_window->problemsPane()->isAncestorOf(press(Qt::ShiftModifier)));
+        QCOMPARE(press(Qt::ShiftModifier), pane);
+        // What is hidden or has nothing to offer is passed over.
+        m_window->setProblemsShown(false);
+        select({});
+        m_window->tableView()->setFocus();
+        QCOMPARE(press({}), search);
+    }
+
+    void rowsHaveAMenuOfTheirCommands()
+    {
+        const auto texts = [&] {
+            QContextMenuEvent event(QContextMenuEvent::Keyboard, {5, 5}, m_window->mapToGlobal(QPoint(5, 5)));
+            QApplication::sendEvent(m_window->tableView()->viewport(), &event);
+            QStringList shown;
+            auto *menu = m_window->findChild<QMenu *>(u"rowMenu"_s);
+            if (!menu || !menu->isVisible())
+                return QStringList {u"(no menu)"_s};
+            for (const QAction *action : menu->actions())
+                shown << QString(action->text()).remove(u'&');
+            delete menu;
+            return shown;
+        };
+        QApplication::clipboard()->setText(u"x"_s);
+        select({0});
+        const QStringList one = texts();
+        for (const QString &text : {u"Cut"_s, u"Copy"_s, u"Paste"_s, u"Delete"_s, u"Duplicate"_s,
+                                    u"Select Records with the Same"_s, u"Find and Replace…"_s, u"Remove…"_s,
+                                    u"Number Sort Names…"_s, u"Show Code Point in Character Application"_s})
+            QVERIFY2(one.contains(text), qPrintable(text + u" is not in "_s + one.join(u'|')));
+        QVERIFY(!one.contains(u"Undo"_s));
+        select({0, 1});
+        QVERIFY(!texts().contains(u"Show Code Point in Character Application"_s));
+        select({});
+        QVERIFY(!texts().contains(u"Cut"_s));
+        QVERIFY(texts().contains(u"Add Glyph"_s));
+    }
+
+    void aCutCellShowsItsTextInATip()
+    {
+        GlyphTableView *table = m_window->tableView();
+        const QString text = u"<b>very</b> long description "_s.repeated(20);
+        m_document->objectInInfosAtIndex(0)->setDesc(text);
+        m_document->flushChanges();
+        const auto tipAt = [&](int row, GlyphField field) {
+            const QModelIndex index = list()->index(row, columnOfField(field));
+            table->scrollTo(index);
+            const QPoint place = table->visualRect(index).intersected(table->viewport()->rect()).center();
+            QHelpEvent event(QEvent::ToolTip, place, table->viewport()->mapToGlobal(place));
+            QApplication::sendEvent(table->viewport(), &event);
+            return QToolTip::isVisible() ? QToolTip::text() : QString();
+        };
+        QVERIFY(tipAt(0, GlyphField::Desc).contains(u"&lt;b&gt;very"_s));
+        QToolTip::hideText();
+        QTRY_VERIFY(!QToolTip::isVisible());
+        QCOMPARE(tipAt(0, GlyphField::Name), QString());
+    }
+
+    void previewIsSeenWhole()
+    {
+        PreviewLabel *label = m_window->previewLabel();
+        const auto show = [&](const QString &text) {
+            label->setFormattedText(VXDocument::formatInfoStringFont(text, QFont(u"DejaVu Sans"_s, 100)));
+        };
+        show(u"\u0301"_s); // a mark alone stands on a dotted circle
+        QCOMPARE(label->picture().pieces().front().text, u"\u25CC\u0301"_s);
+        show(u"é = e + \u0301"_s);
+        const auto &pieces = label->picture().pieces();
+        QCOMPARE(pieces.size(), 5u);
+        QCOMPARE(pieces.back().text, u"\u25CC\u0301"_s);
+        for (const auto &[text, count] : {std::pair(u"é = e + \u0301"_s, 5), {u"J = \u0616j + ff\u030A + W"_s, 7}}) {
+            show(text);
+            QCOMPARE(int(label->picture().pieces().size()), count);
+            for (std::size_t i = 1; i < label->picture().pieces().size(); ++i) {
+                const QRectF &left = label->picture().pieces()[i - 1].ink;
+                QVERIFY2(left.right() + 4 <= label->picture().pieces()[i].ink.left(), qPrintable(text));
+            }
+        }
+        // Nothing is painted beyond the edge, whatever stands there.
+        for (const QString &text : {u"Ǻ"_s, u"\uFDFA"_s, u"A\u0302\u0302\u0302\u0302\u0323\u0323\u0323"_s,
+                                    u"\U00012031"_s, QString(40, u'W')}) {
+            show(text);
+            const QRectF bounds = label->picture().bounds();
+            for (const PreviewPicture::Piece &piece : label->picture().pieces())
+                QVERIFY2(bounds.adjusted(-0.01, -0.01, 0.01, 0.01).contains(piece.ink), qPrintable(text));
+            const QImage image = label->grab().toImage();
+            const QRgb ground = image.pixel(image.width() / 2, 4);
+            for (int x = 10; x < image.width() - 10; ++x) {
+                QCOMPARE(image.pixel(x, 4), ground);
+                QCOMPARE(image.pixel(x, image.height() - 5), ground);
+            }
+        }
+        show(u"\U000F1234"_s); // a private one
+        QVERIFY(label->picture().isNothingThere());
+        QCOMPARE(label->remark(), u"no installed font has U+F1234"_s);
+        show(u"\u25A1"_s); // a real box
+        QVERIFY(label->remark().isNull() && !label->picture().isNothingThere());
+    }
+
+    void everyFieldIsInSightAt800Pixels()
+    {
+        m_window->resize(1240, 752); // what is left of them between frame and panel
+        select({0});
+        QCoreApplication::processEvents();
+        const QWidget *desc = m_window->detailPane()->editorOf(GlyphField::Desc);
+        QCOMPARE(desc->visibleRegion().boundingRect().height(), desc->height());
+        QVERIFY(m_window->previewLabel()->height() >= 84);
+    }
+
+    void emptyResultTellsWhereElseSomethingIs()
+    {
+        m_document->objectInInfosAtIndex(3)->setDesc(u"A Letter no more"_s);
+        UserDefaults::standard().setObjectForKey(int(SearchMode::Script), u"SearchState"_s);
+        VXSearchField *search = m_window->searchField();
+        search->setFocus();
+        QTest::keyClicks(search, u"letter"_s);
+        const auto *notice = m_window->findChild<EmptyTable *>();
+        QVERIFY(notice->isVisible());
+        QCOMPARE(notice->notice().title, u"Nothing found for “letter” in Script"_s);
+        const auto button = [&](const QString &text) -> QPushButton * {
+            for (QPushButton *each : notice->findChildren<QPushButton *>()) {
+                if (each->isVisible() && each->text() == text)
+                    return each;
+            }
+            return nullptr;
+        };
+        QTRY_VERIFY(button(u"Category: 3"_s));
+        QVERIFY(button(u"Description: 1"_s));
+        QVERIFY(!button(u"Name: 0"_s));
+        button(u"Category: 3"_s)->setFocus();
+        QTest::keyClick(button(u"Category: 3"_s), Qt::Key_Space);
+        QCOMPARE(namesOf(shown()), u"A B a.sc"_s);
+        QVERIFY(!notice->isVisible() && search->hasFocus());
+        search->selectAll();
+        QTest::keyClicks(search, u"?"_s);
+        QVERIFY(notice->isVisible() && notice->notice().hint.contains(u"003F"_s));
+        QTest::keyClick(search, Qt::Key_Escape);
+        QVERIFY(!notice->isVisible());
+        QCOMPARE(shown().size(), 5u);
+    }
+
+    void emptyDocumentTellsHowToBegin()
+    {
+        StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources"));
+        const auto windowOf = [](const Document *document) {
+            return qobject_cast<VXWindowController *>(document->windowController());
+        };
+        DocumentController &controller = DocumentController::shared();
+        controller.setDocumentFactory([] { return new VXDocument; });
+        controller.setWindowMaker([](Document &document) -> QWidget * {
+            auto *window = new VXWindowController(static_cast<VXDocument &>(document));
+            window->show();
+            return window;
+        });
+        const auto press = [](VXWindowController *window, const QString &text) {
+            for (QPushButton *each : window->findChild<EmptyTable *>()->findChildren<QPushButton *>()) {
+                if (QString(each->text()).remove(u'&') == text) {
+                    each->click();
+                    return true;
+                }
+            }
+            return false;
+        };
+        Document *first = controller.openUntitledDocumentAndDisplay(true);
+        first->setPlaceholder(true);
+        QVERIFY(windowOf(first)->findChild<EmptyTable *>()->isVisible());
+        QVERIFY(press(windowOf(first), u"Open Sample"_s));
+        QCOMPARE(controller.documentList().size(), 1);
+        Document *sample = controller.documentList().front();
+        QVERIFY(sample->fileURL().isEmpty() && !sample->isDocumentEdited());
+        QVERIFY(windowOf(sample)->infolistController()->countOfArrangedObjects() > 1000);
+        Document *second = controller.openUntitledDocumentAndDisplay(true);
+        QVERIFY(press(windowOf(second), u"Add Glyph"_s));
+        QVERIFY(!windowOf(second)->findChild<EmptyTable *>()->isVisible());
+        second->undoManager()->undo();
+        QTRY_VERIFY(windowOf(second)->findChild<EmptyTable *>()->isVisible());
+        QVERIFY(press(windowOf(second), u"Open…"_s));
+        QVERIFY(windowOf(second)->findChild<QFileDialog *>());
+        controller.releaseAll();
+        controller.setDocumentFactory({});
+        controller.setWindowMaker({});
     }
 
     void subtitleTellsOfUnsavedChanges()
@@ -376,12 +584,48 @@ private Q_SLOTS:
         QVERIFY(!commandOf(*m_window, u"Undo"_s)->isEnabled());
     }
 
+    void namesOfStepsTellHowManyRecordsTheyAreOf()
+    {
+        const auto last = [&] { return m_document->undoManager()->stack()->undoText(); };
+        select({0, 1, 2});
+        auto *category = qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Category));
+        category->lineEdit()->setText(u"Mark"_s);
+        m_window->commitEditing();
+        QCOMPARE(last(), u"Change Category of 3 Records"_s);
+        m_window->duplicateSelectedInfos();
+        QCOMPARE(last(), u"Duplicate 3 Records"_s);
+        m_window->cut();
+        QCOMPARE(last(), u"Cut 3 Records"_s);
+        m_window->paste();
+        QCOMPARE(last(), u"Paste 3 Records"_s);
+        m_window->moveNameToAltName();
+        QCOMPARE(last(), u"Names to Alternate Names of 3 Records"_s);
+        m_window->delete_();
+        QCOMPARE(last(), u"Delete 3 Records"_s);
+        // Only what changes counts, and one is none too many to be named.
+        select({0, 1, 2});
+        m_window->commitEditing();
+        select({0});
+        m_window->delete_();
+        QCOMPARE(last(), u"Delete"_s);
+    }
+
+    void removingTellsHowManyAndWhich()
+    {
+        select({0, 2});
+        m_window->removeSelectedInfos();
+        auto *box = m_window->findChild<QMessageBox *>();
+        QVERIFY(box);
+        QCOMPARE(box->text(), u"Do you really want to remove all selected entries?"_s);
+        QCOMPARE(box->informativeText(), u"2 of 5 glyphs: A, a.sc"_s);
+        box->reject();
+    }
+
     void commandsAreEnabledOnlyWhenTheyCanAct()
     {
         const QStringList needSelection {u"Delete"_s,           u"Duplicate"_s,
                                          u"Remove…"_s,          u"Name to Alternate Names"_s,
-                                         u"Make Legacy Name"_s, u"Number Sort Names…"_s,
-                                         u"Find and Replace…"_s};
+                                         u"Make Legacy Name"_s, u"Number Sort Names…"_s};
         select({});
         for (const QString &text : needSelection)
             QVERIFY2(!commandOf(*m_window, text)->isEnabled(), qPrintable(text));

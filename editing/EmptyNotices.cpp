@@ -1,0 +1,113 @@
+#include "editing/EmptyNotices.h"
+
+#include "editing/GlyphColumns.h"
+#include "editing/GlyphTableView.h"
+#include "editing/ProblemsPane.h"
+#include "editing/SearchMenu.h"
+#include "editing/VXSearchField.h"
+#include "editing/VXWindowController.h"
+#include "platform/DocumentPanels.h"
+#include "platform/Recovery.h"
+#include "platform/StandardFolders.h"
+
+#include <QLocale>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+EmptyNotices::EmptyNotices(VXWindowController &window)
+    : QObject(&window),
+      m_window(window),
+      m_table(new EmptyTable(window.tableView()->viewport())),
+      m_offers(*window.infolistController())
+{
+    connect(&window, &VXWindowController::stateChanged, this, &EmptyNotices::update);
+    connect(&m_offers, &SearchOffers::ready, this, &EmptyNotices::update);
+    update();
+}
+
+void EmptyNotices::update()
+{
+    if (!m_table)
+        return; // the window is going
+    const bool isSearch = !m_window.searchField()->stringValue().isEmpty();
+    EmptyTable::Notice notice;
+    if (m_window.infolistController()->countOfArrangedObjects() == 0) {
+        if (m_window.glyphDocument().countOfInfos() == 0)
+            notice = forEmptyDocument();
+        else if (isSearch)
+            notice = forSearch();
+        else
+            notice = {tr("No glyph has such a problem"),
+                      {},
+                      {{tr("Show &All"), [this] { m_window.problemsPane()->setFiltering(false); }}}};
+    }
+    if (notice.title.isNull())
+        m_offers.stop();
+    m_table->showNotice(notice);
+}
+
+EmptyTable::Notice EmptyNotices::forEmptyDocument()
+{
+    const EmptyTable::Offer add {tr("&Add Glyph"), [this] { m_window.addInfo(); }};
+    if (!m_window.glyphDocument().fileURL().isEmpty())
+        return {tr("This file has no glyphs"), {}, {add}};
+    return {tr("No glyphs yet"),
+            tr("Open a glyph data file, look at the sample, or begin a file of your own."),
+            {{tr("&Open…"), [this] { DocumentPanels::open(&m_window); }},
+             {tr("Open Sam&ple"), [this] { openSample(); }},
+             add}};
+}
+
+EmptyTable::Notice EmptyNotices::forSearch()
+{
+    constexpr qsizetype kLongest = 40;
+    const QString text = m_window.searchField()->stringValue();
+    const SearchSettings settings = SearchSettings::current();
+    if (m_offers.text() != text || m_offers.settings() != settings)
+        m_offers.start(text, settings);
+    QString shown = cellDisplayText(text);
+    if (shown.size() > kLongest)
+        shown = shown.left(kLongest) + u'…';
+    EmptyTable::Notice notice;
+    notice.title = tr("Nothing found for “%1” in %2").arg(shown, SearchMenu::placeOf(settings));
+    const QString searched = SearchFilter::searchedText(text, settings.regex);
+    if (searched != text)
+        notice.hint = tr("A character that no name begins with is searched by its code point, %1.").arg(searched);
+    if (!m_offers.offers().isEmpty())
+        notice.hint += (notice.hint.isEmpty() ? QString() : u"\n"_s) + tr("Found elsewhere:");
+    for (const SearchOffers::Offer &offer : m_offers.offers())
+        notice.offers << EmptyTable::Offer {
+            tr("%1: %2").arg(offer.title, QLocale().toString(static_cast<qlonglong>(offer.count))),
+            [this, elsewhere = offer.settings] { search(elsewhere); }};
+    notice.offers << EmptyTable::Offer {tr("&Clear Search"), [this] { m_window.searchField()->clearSearch(); }}
+                  << EmptyTable::Offer {tr("&How to Search (F1)"),
+                                        [this] { m_window.searchField()->showHelp(); }};
+    return notice;
+}
+
+void EmptyNotices::search(const SearchSettings &settings)
+{
+    settings.store();
+    m_window.searchField()->setFocus();
+    m_window.filterInfos();
+}
+
+void EmptyNotices::openSample()
+{
+    // A copy without a file: the one that ships with the program is nobody's to save over.
+    Error error;
+    Document *sample =
+        Recovery::openCopy(StandardFolders::resource(u"sample.xml"_s), u"public.xml"_s, tr("Sample"), &error);
+    if (!sample) {
+        DocumentPanels::present(error, &m_window);
+        return;
+    }
+    Document &empty = m_window.glyphDocument();
+    sample->makeWindowControllers();
+    if (empty.isPlaceholder())
+        empty.close();
+}
+
+} // namespace runebook
