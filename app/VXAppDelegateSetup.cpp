@@ -144,8 +144,8 @@ void VXAppDelegate::introduceToScripts()
     bridge::BridgedClass::registerClass(VXChangeLogWindowController::staticMetaObject);
 }
 
-/// Documents that a script has opened unseen get a window when it ends: nobody could save or close them, and Quit
-/// would ask about files that were never shown.
+/// Documents that a script has opened unseen get a window when it ends: nobody could save or close them, and
+/// Quit would ask about files that were never shown.
 void VXAppDelegate::followScripts()
 {
     const RunPump &pump = RunPump::shared();
@@ -168,8 +168,9 @@ void VXAppDelegate::contributeToMenus()
     using Command = void (VXAppDelegate::*)();
     const auto add = [this](MainMenu::Place place, const QString &text, const QKeySequence &shortcut,
                             Command command, QAction::MenuRole role = QAction::NoRole) {
-        MainMenu::addContribution(place, [this, text, shortcut, command, role](QMenu &menu, QWidget &) {
-            QAction *action = menu.addAction(text, this, command);
+        MainMenu::addContribution(place, [this, text, shortcut, command, role](QMenu &menu, QWidget &window) {
+            QAction *action =
+                MainMenu::addCommand(menu, window, text, [this, command] { (this->*command)(); });
             action->setShortcut(shortcut);
             action->setMenuRole(role);
         });
@@ -188,7 +189,8 @@ void VXAppDelegate::contributeToMenus()
         QAction::ApplicationSpecificRole);
     MainMenu::addContribution(MainMenu::Help, [this](QMenu &menu, QWidget &window) {
         menu.addSeparator();
-        QAction *about = menu.addAction(tr("&About Runebook"), this, [this, &window] { showAbout(&window); });
+        QAction *about = MainMenu::addCommand(menu, window, tr("&About Runebook"),
+                                              [this, &window] { showAbout(&window); });
         about->setMenuRole(QAction::AboutRole);
     });
 }

@@ -61,4 +61,20 @@ QStringList savingChanges(const ReadNotes &notes, int fileVersion)
     return changes;
 }
 
+std::vector<LostCodePoints> lostCodePoints(const InfoList &infos, int fileVersion)
+{
+    constexpr qsizetype kNeverLost = 2;
+    std::vector<LostCodePoints> lost;
+    for (const InfoPtr &info : infos) {
+        // One code point is no list: nearly all records go out here.
+        if (!info->stored(GlyphField::Unicodes).isList() || info->unicodes().size() <= kNeverLost)
+            continue;
+        const InfoPtr read =
+            VXGlyphInfo::initWithLineXMLFileVersion(info->lineXMLFormatVersion(fileVersion).trimmed());
+        if (read && read->unicodes() != info->unicodes())
+            lost.push_back({info, read->unicodes()});
+    }
+    return lost;
+}
+
 } // namespace runebook

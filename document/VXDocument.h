@@ -64,6 +64,7 @@ public: // opening and saving
     /// Why the file could not be read; an empty domain when it could.
     const runebook::Error &readError() const override { return m_readError; }
     QStringList savingWillChange() const override;
+    void takeSavedForm(const QString &type) override;
     void learnFormOf(const QString &original) override;
     runebook::SavingLosses savingLosses(const QString &type) const override;
     qsizetype fixSavingLosses() override;

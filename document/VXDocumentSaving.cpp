@@ -177,6 +177,17 @@ QStringList VXDocument::savingWillChange() const
     return m_fileNotes ? savingChanges(*m_fileNotes, m_fileVersion) : QStringList();
 }
 
+void VXDocument::takeSavedForm(const QString &type)
+{
+    const std::vector<LostCodePoints> lost =
+        type == kXMLType ? lostCodePoints(m_infos, m_fileVersion) : std::vector<LostCodePoints>();
+    if (lost.empty())
+        return;
+    const UndoGroup group(undoManager(), tr("Save"));
+    for (const LostCodePoints &each : lost)
+        each.info->setUnicodes(each.kept);
+}
+
 void VXDocument::learnFormOf(const QString &original)
 {
     m_isFileUnreadable = false;

@@ -320,6 +320,18 @@ void VXGlyphInfo::setDesc(const QString &desc)
     setText(GlyphField::Desc, desc);
 }
 
+void VXGlyphInfo::clear(GlyphField field)
+{
+    if (field == GlyphField::Case)
+        setCase(noCase);
+    else if (field == GlyphField::Direction)
+        setDirection(DirectionNotSet);
+    else if (field == GlyphField::UnicodeLegacy)
+        setUnicodeLegacy({});
+    else
+        setStored(field, FieldValue());
+}
+
 // By key
 
 QVariant VXGlyphInfo::valueForKey(const QString &key, Error *error) const

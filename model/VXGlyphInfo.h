@@ -143,6 +143,8 @@ public: // setters
     void editText(runebook::GlyphField field, const QString &text) { setText(field, text); }
     /// Takes over every value of \a fresh that is not the same here, each as an edit.
     void takeValuesOf(const VXGlyphInfo &fresh);
+    /// Makes a field absent, as in a record that never had it; case and direction become those of none.
+    void clear(runebook::GlyphField field);
     /// Stores the reference without owning it.
     void setDocument(runebook::GlyphInfoOwner *document) { m_document = document; }
 

@@ -196,7 +196,8 @@ bool Document::saveDocument(Error *error)
 
 bool Document::saveToURLOfType(const QString &url, const QString &type, Error *error)
 {
-    commitEditing();
+    if (!commitEditing(error))
+        return false;
     const QString path = pathFromURL(url);
     if (isOwnFile(path) && !mayWriteOver(error))
         return false;
@@ -213,6 +214,7 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
             reason.description = tr("“%1” could not be saved.").arg(QFileInfo(path).fileName());
         return fail(error, reason);
     }
+    takeSavedForm(type);
     m_fileType = type;
     setFileURL(url);
     if (state.after.exists)
@@ -293,9 +295,11 @@ bool Document::revertToSaved(Error *error)
     return true;
 }
 
-void Document::commitEditing()
+bool Document::commitEditing(Error *error)
 {
-    Q_EMIT commitEditingRequested();
+    Error refusal;
+    Q_EMIT commitEditingRequested(&refusal);
+    return refusal.domain.isEmpty() || fail(error, refusal);
 }
 
 void Document::updateChangeCount(int change)

@@ -44,6 +44,9 @@ public: // content, supplied by the subclass
     /// What the next save will write differently from the file, or leave out: sentences for the user, none
     /// when the file is written as it was read.
     Q_INVOKABLE virtual QStringList savingWillChange() const { return {}; }
+    /// Brings the content into the form in which it was just written to its file of type \a type, where that
+    /// is another one; a step that can be undone.
+    virtual void takeSavedForm(const QString &type) { Q_UNUSED(type) }
     /// Learns what savingWillChange() tells from the file \a original, for content that came from elsewhere.
     virtual void learnFormOf(const QString &original) { Q_UNUSED(original) }
     /// Takes over the content of \a other, which was read from this document's file, keeping what is the
@@ -107,8 +110,9 @@ public: // the file
     /// Reads the document's file again, as one step of its history. Fails with the domain
     /// "ChangedOnDiskError" and the code 2 when somebody is just writing it.
     bool reload(Reload how, runebook::Error *error = nullptr);
-    /// Gives what the user typed but did not leave yet to the records; called before every save and run.
-    void commitEditing();
+    /// Gives what the user typed but did not leave yet to the records; called before every save, close and
+    /// run. False and an error when a field refuses its text: it stays where it is, and where it is says why.
+    bool commitEditing(runebook::Error *error = nullptr);
 
 public: // what other programs do to the file
     /// The file's watch. It knows the state in which the file was read or saved.
@@ -169,8 +173,8 @@ Q_SIGNALS:
     void aboutToClose(runebook::Document *document);
     /// Asks the window to show what stands at \a place of the document.
     void showPlaceRequested(qsizetype place);
-    /// Asks every pane to hand over what is being typed.
-    void commitEditingRequested();
+    /// Asks every pane to hand over what is being typed. Who cannot fills \a refusal.
+    void commitEditingRequested(runebook::Error *refusal);
     void saved();
 
 protected:

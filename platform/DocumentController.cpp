@@ -186,6 +186,13 @@ DocumentController::OpeningMany::~OpeningMany()
         controller.announceDocuments();
 }
 
+bool DocumentController::commitEditing(Error *error)
+{
+    const QList<Document *> documents = m_documents;
+    return std::all_of(documents.begin(), documents.end(),
+                       [error](Document *document) { return document->commitEditing(error); });
+}
+
 void DocumentController::releaseAll()
 {
     for (Document *document : std::exchange(m_documents, {})) {

@@ -65,6 +65,8 @@ public: // documents
     /// Takes the document out and deletes it later.
     Q_INVOKABLE void removeDocument(runebook::Document *document);
     void bringToFront(Document *document);
+    /// Has every document take what is being typed; false and an error at the first that refuses a text.
+    bool commitEditing(runebook::Error *error = nullptr);
     /// While one of these lives many files are being opened: windows come up behind the others without taking
     /// the keyboard, and documentsChanged() waits, so that no window does anything for each of the others.
     class OpeningMany

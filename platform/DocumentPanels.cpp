@@ -223,16 +223,26 @@ void openFiles(const QStringList &paths, QWidget *parent)
 
 void save(Document &document, QWidget *parent, std::function<void(bool)> then)
 {
+    if (!document.commitEditing()) {
+        finish(then, false);
+        return;
+    }
     saveWithOutcome(document, parent, [then](Outcome outcome) { finish(then, outcome == Outcome::Saved); });
 }
 
 void saveAs(Document &document, QWidget *parent, std::function<void(bool)> then)
 {
+    if (!document.commitEditing()) {
+        finish(then, false);
+        return;
+    }
     saveAsWithOutcome(document, parent, [then](Outcome outcome) { finish(then, outcome == Outcome::Saved); });
 }
 
 void revert(Document &document, QWidget *parent)
 {
+    if (!document.commitEditing())
+        return;
     QPointer<Document> guarded(&document);
     const auto reload = [guarded, parent] {
         Error error;
@@ -254,7 +264,10 @@ void revert(Document &document, QWidget *parent)
 
 void close(Document &document, std::function<void(bool)> then)
 {
-    document.commitEditing();
+    if (!document.commitEditing()) {
+        finish(then, false);
+        return;
+    }
     if (!document.isDocumentEdited()) {
         document.close();
         finish(then, true);
@@ -290,9 +303,13 @@ void close(Document &document, std::function<void(bool)> then)
 
 void closeAll(std::function<void(bool)> then)
 {
+    // All before the first: what one window refuses shall not be known after others have closed.
+    if (!DocumentController::shared().commitEditing()) {
+        finish(then, false);
+        return;
+    }
     QList<Document *> edited;
     for (Document *document : QList<Document *>(DocumentController::shared().documentList())) {
-        document->commitEditing();
         if (document->isDocumentEdited())
             edited << document;
     }

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QMenu>
+#include <QMetaMethod>
 #include <QPointer>
 #include <map>
 #include <utility>
@@ -45,6 +46,27 @@ void MainMenu::contributeTo(Place place, QMenu &menu, QWidget &window)
         if (where == place)
             contribution(menu, window);
     }
+}
+
+QAction *MainMenu::addCommand(QMenu &menu, QWidget &window, const QString &text,
+                              std::function<void()> command)
+{
+    QAction *action = menu.addAction(text);
+    QObject::connect(action, &QAction::triggered, &window, [&window, command = std::move(command)] {
+        if (commitEditing(window))
+            command();
+    });
+    return action;
+}
+
+bool MainMenu::commitEditing(QWidget &window)
+{
+    bool isTaken = true;
+    const int operation = window.metaObject()->indexOfMethod("commitEditing()");
+    if (operation >= 0)
+        window.metaObject()->method(operation).invoke(&window, Qt::DirectConnection,
+                                                      Q_RETURN_ARG(bool, isTaken));
+    return isTaken;
 }
 
 QMenu *MainMenu::sharedMenu(Place place)

@@ -3,6 +3,7 @@
 #include <QString>
 #include <functional>
 
+class QAction;
 class QMenu;
 class QWidget;
 
@@ -18,6 +19,13 @@ public:
 
     static void addContribution(Place place, Contribution contribution);
     static void contributeTo(Place place, QMenu &menu, QWidget &window);
+    /// Appends a command. Like all commands of a window it first has the window take what is being typed in
+    /// it, and does nothing when a field refuses its text.
+    static QAction *addCommand(QMenu &menu, QWidget &window, const QString &text,
+                               std::function<void()> command);
+    /// Has a window take what is being typed in it, through its operation commitEditing; false when a field
+    /// refuses its text. A window without that operation has nothing to take.
+    static bool commitEditing(QWidget &window);
 
     /// The menu at \a place that all windows show in their menu bars, for content there is one of; made empty
     /// and not visible on first call. Whoever fills it gives it a title and makes it visible.

@@ -19,6 +19,8 @@ void runPromptCode(const QString &code)
         console->setWrite(">>> "_L1 + code + u'\n');
     const PythonLock lock;
     const ScriptRun run(QCoreApplication::translate("ScriptRun", "Macro"));
+    if (run.isRefused())
+        return;
     runPanelPrelude();
     if (code.contains(QChar(0))) {
         py.PyErr_SetString(*py.PyExc_ValueError, "source code string cannot contain null bytes");

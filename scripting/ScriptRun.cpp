@@ -224,9 +224,13 @@ ScriptRun::ScriptRun(const QString &undoName) : m_undoName(undoName)
     lastOutcome = {};
     runName = undoName;
     dropLateInterrupt();
-    const QList<Document *> documents = DocumentController::shared().documentList();
-    for (Document *document : documents)
-        document->commitEditing();
+    Error refusal;
+    if (!DocumentController::shared().commitEditing(&refusal)) {
+        m_isRefused = true;
+        lastOutcome.hasFailed = true;
+        ErrorPresenter::shared().present(refusal);
+        return;
+    }
     DocumentController::shared().autosaveBeforeRun();
     openGroups();
     // Documents that the script opens get their step as well.
@@ -240,7 +244,7 @@ ScriptRun::ScriptRun(const QString &undoName) : m_undoName(undoName)
 
 ScriptRun::~ScriptRun()
 {
-    if (--runDepth > 0)
+    if (m_isRefused || --runDepth > 0)
         return;
     // Called by the program without the script in between, as a delegate is while windows are painted.
     if (raiseKeptEnd())

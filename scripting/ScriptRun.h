@@ -73,6 +73,8 @@ public:
     explicit ScriptRun(const QString &undoName);
     ~ScriptRun() override;
 
+    /// Whether a field of a window refused what is being typed, so that nothing may run; it was said why.
+    bool isRefused() const { return m_isRefused; }
     static bool isRunning();
     /// What runs, in the user's words: the title of a tab or the name of a script; empty when nothing does.
     static QString currentName();
@@ -106,6 +108,7 @@ private:
 
     OperationScope::Pause m_pause; ///< an operation that runs scripts, like runMacroFile
     QString m_undoName;
+    bool m_isRefused = false;
     /// A history, and how many groups were open in it.
     std::vector<std::pair<QPointer<UndoManager>, int>> m_groups;
 };

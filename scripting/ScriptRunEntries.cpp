@@ -105,6 +105,8 @@ void runPanelCode(const QString &code, const QString &name)
     try {
         const PythonLock lock;
         const ScriptRun run(name.isEmpty() ? tr("Macro") : name);
+        if (run.isRefused())
+            return;
         runPanelPrelude();
         if (code.contains(QChar(0))) {
             // The compiler reads up to the zero and would run half of the code.
@@ -132,6 +134,8 @@ void runScriptFile(const QString &path)
     try {
         const PythonLock lock;
         const ScriptRun run(QFileInfo(path).completeBaseName());
+        if (run.isRefused())
+            return;
         addToSearchPath(folder);
         vxRun_SimpleString(kFilePrelude, "runMacroFile");
         // The folder as it stands: one with a double quote in its name makes this line fail, not the script.

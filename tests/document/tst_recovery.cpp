@@ -159,6 +159,7 @@ private Q_SLOTS:
     void tellsAFailingAutosaveOnce();
     void tellsWhatSavingChanges_data();
     void tellsWhatSavingChanges();
+    void thirdCodePointIsToldAndGone();
     void keepsTheOriginalOnce();
     void refusesToLoseWithoutACopy();
     void boundsTheOriginals();
@@ -558,6 +559,29 @@ void TestRecovery::tellsWhatSavingChanges()
     QCOMPARE(contentOf(path(u"a.xml"_s)) == content, told.isEmpty());
     QVERIFY(document->savingWillChange().isEmpty());
     QCOMPARE(QDir(Originals::folder()).entryList(QDir::Files).size(), told.isEmpty() ? 0 : 1);
+}
+
+void TestRecovery::thirdCodePointIsToldAndGone()
+{
+    write(path(u"a.xml"_s), "<glyph name=\"a\"/>");
+    VXDocument *document = openDocument(path(u"a.xml"_s));
+    QVERIFY(document->saveDocument());
+    QVERIFY(document->savingWillChange().isEmpty());
+    const InfoPtr info = document->objectInInfosAtIndex(0);
+    const QStringList three {u"0041"_s, u"0042"_s, u"0043"_s};
+    info->setUnicodes(three);
+    QCOMPARE(document->savingWillChange().size(), 1);
+    QVERIFY(document->saveDocument());
+    // The records are what the file holds, and what it lost can be taken back.
+    VXDocument read;
+    QVERIFY(read.readFromURLOfType(path(u"a.xml"_s), u"public.xml"_s));
+    QCOMPARE(info->unicodes(), read.objectInInfosAtIndex(0)->unicodes());
+    QVERIFY(info->unicodes() != three);
+    QVERIFY(!document->isDocumentEdited());
+    QVERIFY(document->savingWillChange().isEmpty());
+    document->undoManager()->undo();
+    QCOMPARE(info->unicodes(), three);
+    QVERIFY(document->isDocumentEdited());
 }
 
 void TestRecovery::keepsTheOriginalOnce()
