@@ -93,8 +93,12 @@ void VXWindowController::paste()
     }
     if (pasted.empty())
         return;
-    m_infolistController->setSelectedObjects(pasted);
-    revealRow(m_infolistController->rowOfObject(pasted.front()));
+    try {
+        m_infolistController->setSelectedObjects(pasted);
+        revealRow(m_infolistController->rowOfObject(pasted.front()));
+    } catch (const std::bad_alloc &) {
+        // They are there; only to select them takes more than is left.
+    }
 }
 
 void VXWindowController::delete_()
