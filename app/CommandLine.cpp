@@ -4,6 +4,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 namespace runebook {
 
@@ -32,8 +33,16 @@ bool hasDisplay()
         || qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
-CommandLine parseCommandLine(const QStringList &arguments)
+CommandLine parseCommandLine(const QStringList &allArguments)
 {
+    // Behind "--" stands what is meant for the script; without one there are only more files.
+    const auto isScript = [](const QString &argument) {
+        return argument.startsWith("--run"_L1) || argument.startsWith("--eval"_L1);
+    };
+    const qsizetype end = allArguments.indexOf("--"_L1);
+    const bool isForScript =
+        end >= 0 && std::any_of(allArguments.begin(), allArguments.begin() + end, isScript);
+    const QStringList arguments = isForScript ? allArguments.first(end) : allArguments;
     QCommandLineParser parser;
     parser.setApplicationDescription(tr("An editor for glyph data files."));
     parser.addPositionalArgument(u"file"_s, tr("Glyph data files (.xml) and tables (.txt) to open."),
@@ -64,8 +73,14 @@ CommandLine parseCommandLine(const QStringList &arguments)
         u"answer"_s, tr("With --run and --eval: what the script gets when it asks for KEY; may be repeated."),
         u"KEY=VALUE"_s);
     const QCommandLineOption lossy(
-        u"lossy"_s, tr("With --save: write files even where they cannot hold all values; a copy of the file "
-                       "as it was is kept."));
+        u"lossy"_s,
+        tr("With --save: write files even where they cannot hold all values; a copy of the file "
+           "as it was is kept."));
+    const QCommandLineOption requirePython(
+        u"require-python"_s, tr("With --run and --eval: the oldest Python that will do; else status 3."),
+        u"version"_s);
+    const QCommandLineOption stubs(
+        u"python-stubs"_s, tr("Write typing stubs of what scripts can import into a folder."), u"folder"_s);
     const QCommandLineOption newInstance(
         u"new-instance"_s,
         tr("Start on its own, even when Runebook runs already; the files would go to it."));
@@ -75,7 +90,7 @@ CommandLine parseCommandLine(const QStringList &arguments)
     for (QCommandLineOption *option : {&watchRun, &reopen})
         option->setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOptions({help, version, compare, key, check, json, run, eval, save, lossy, answer, ignoreRescue,
-                       newInstance, watchRun, reopen});
+                       requirePython, stubs, newInstance, watchRun, reopen});
 
     CommandLine line;
     if (!parser.parse(arguments))
@@ -114,6 +129,15 @@ CommandLine parseCommandLine(const QStringList &arguments)
                 return wrong(tr("--answer takes KEY=VALUE."));
             line.answers.insert(each.left(equals), each.mid(equals + 1));
         }
+        if (isForScript)
+            line.scriptArguments = allArguments.mid(end + 1);
+        line.requiredPython = parser.value(requirePython);
+        static const QRegularExpression wellFormed(u"^3(\\.\\d{1,2})?$"_s);
+        if (parser.isSet(requirePython) && !wellFormed.match(line.requiredPython).hasMatch())
+            return wrong(tr("--require-python takes a version such as 3.10."));
+    } else if (parser.isSet(stubs)) {
+        line.mode = CommandLine::Mode::Script;
+        line.stubsFolder = parser.value(stubs);
     } else if (parser.isSet(compare)) {
         line.mode = CommandLine::Mode::Compare;
         if (line.files.size() != 2)

@@ -13,8 +13,11 @@ struct CommandLine {
     QStringList files;
     QString compareKey; ///< "name", "unicode" or "production"
     bool asJson = false;
-    QString script; ///< path of a script file; or
+    QString script; ///< path of a script file, "-" for the standard input; or
     QString code; ///< code to run
+    QStringList scriptArguments; ///< what stands behind "--"
+    QString requiredPython; ///< the oldest version that will do, such as "3.10"
+    QString stubsFolder; ///< where the typing stubs are to be written
     bool savesFiles = false;
     QHash<QString, QString> answers; ///< to what the script asks
     bool ignoresRescue = false; ///< goes on where an interrupted save has left its text

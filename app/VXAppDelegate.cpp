@@ -7,6 +7,7 @@
 #include "app/VXChangeLogWindowController.h"
 #include "app/VXPreferencesController.h"
 #include "editing/CompareDocuments.h"
+#include "editing/Problems.h"
 #include "editing/RecoveryPanel.h"
 #include "editing/VXCompareDataWindow.h"
 #include "platform/DocumentController.h"
@@ -149,6 +150,32 @@ bool VXAppDelegate::keepForNextStart()
 QObject *VXAppDelegate::macroPanelController() const
 {
     return m_macroPanelController;
+}
+
+QVariantList VXAppDelegate::problemsOfDocument(VXDocument *document) const
+{
+    // For scripts: not translated.
+    static constexpr std::array kWords {
+        "missingName",    "invalidName",      "duplicateName", "invalidCodePoint", "duplicateCodePoint",
+        "manyCodePoints", "quoteOrBreak",     "lostValue",     "comment",          "unknownAttribute",
+        "unreadRest",     "droppedAttribute", "foreignLine",   "fileForm"};
+    static_assert(kWords.size() == kProblemKindCount);
+    QVariantList list;
+    if (!document)
+        return list;
+    Problems problems(*document);
+    problems.finish();
+    std::vector<Problem> found;
+    problems.append({}, 0, document->countOfInfos(), found);
+    problems.appendRead({}, found);
+    for (const Problem &problem : found) {
+        list << QVariantMap {{u"kind"_s, QLatin1StringView(kWords[static_cast<std::size_t>(problem.kind)])},
+                             {u"info"_s, problem.info ? QVariant::fromValue(problem.info) : QVariant()},
+                             {u"index"_s, static_cast<qint64>(document->indexOfObjectInInfos(problem.info))},
+                             {u"name"_s, problem.info ? QVariant(problem.info->name()) : QVariant()},
+                             {u"text"_s, problems.explanation(problem)}};
+    }
+    return list;
 }
 
 void VXAppDelegate::showMacroPanel()

@@ -3,10 +3,13 @@
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
+#include <QVariant>
 
 class QSessionManager;
 class VXChangeLogWindowController;
 class VXCompareDataWindow;
+class VXDocument;
+Q_MOC_INCLUDE("document/VXDocument.h")
 class VXMacroWindowController;
 class VXPreferencesController;
 
@@ -48,6 +51,9 @@ public: // windows
     /// Hides the panel when it can be seen and has the keyboard, brings it to the front otherwise.
     Q_INVOKABLE void showMacroPanel();
     Q_INVOKABLE QObject *macroPanelController() const;
+    /// What the Problems pane lists of a document: maps of "kind", "info" (null where no record is
+    /// concerned), "index" (-1 likewise), "name" and "text".
+    Q_INVOKABLE QVariantList problemsOfDocument(VXDocument *document) const;
     Q_INVOKABLE void showCompareWindow();
     /// The one compare window, made on first use.
     Q_INVOKABLE QObject *compareWindow();

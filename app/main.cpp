@@ -94,6 +94,12 @@ int runScript(const CommandLine &line)
     HeadlessOptions options;
     options.script = line.script;
     options.code = line.code;
+    options.arguments = line.scriptArguments;
+    options.requiredPython = line.requiredPython;
+    if (!line.stubsFolder.isEmpty()) {
+        options.code = u"import runebook_stubs\nrunebook_stubs.write(sys.argv[1])\n"_s;
+        options.arguments = QStringList(line.stubsFolder);
+    }
     options.savesFiles = line.savesFiles;
     options.answers = line.answers;
     options.losesValues = line.losesValues;

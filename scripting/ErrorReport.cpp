@@ -6,13 +6,23 @@ using bridge::PythonRef;
 
 namespace {
 
-/// The module behind sys.stderr where the program shows the output of scripts; else what sys.stderr was when
-/// the interpreter started. Borrowed; may be null.
+/// The program's own sys.stderr where it shows the output of scripts; else what sys.stderr was when the
+/// interpreter started. Borrowed; may be null.
 PyObject *ownStream()
 {
     PyObject *modules = vxPySys_GetObject("modules");
-    PyObject *module = modules ? py.PyDict_GetItemString(modules, "TesselErr") : nullptr;
-    return module ? module : vxPySys_GetObject("__stderr__");
+    const auto module = [modules](const char *name) {
+        return modules ? py.PyDict_GetItemString(modules, name) : nullptr;
+    };
+    if (PyObject *streams = module("runebook_streams")) {
+        // The module keeps it.
+        const PythonRef stream(py.PyObject_GetAttrString(streams, "own_stderr"));
+        if (stream && !bridge::isNone(stream.get()))
+            return stream.get();
+        vxPyErr_Clear();
+    }
+    PyObject *errors = module("TesselErr");
+    return errors ? errors : vxPySys_GetObject("__stderr__");
 }
 
 const char *sourceLabel = nullptr;
@@ -55,8 +65,8 @@ bool ErrorReport::printWithSource() const
     if (m_traceback)
         PythonRef(vxPyObject_CallMethod(m_value.get(), "with_traceback", "(O)", m_traceback.get()));
     const PythonRef module(vxPyImport_ImportModule("_tracebacks"));
-    const PythonRef done(module ? vxPyObject_CallMethod(module.get(), "show", "(Oss)", m_value.get(), sourceLabel,
-                                                        sourceCode.constData())
+    const PythonRef done(module ? vxPyObject_CallMethod(module.get(), "show", "(Oss)", m_value.get(),
+                                                        sourceLabel, sourceCode.constData())
                                 : nullptr);
     vxPyErr_Clear();
     return static_cast<bool>(done);

@@ -22,7 +22,7 @@ public:
     void setWriteError(const QString &text) override;
     bool takesAnyThread() const override { return true; }
     /// Writes out what is held back.
-    void flush();
+    void flush() override;
     /// True when the output could not take all text (a full disk).
     bool hasFailed() const { return m_hasFailed; }
 

@@ -8,9 +8,13 @@
 #include "scripting/PythonFunctions.h"
 #include "scripting/ScriptRun.h"
 #include "scripting/VXScriptingHandler.h"
+#include "scripting/bridge/PythonValue.h"
 #include "scripting/bridge/ScriptHelpers.h"
 
-#include <QCoreApplication>
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QDialog>
+#include <QFile>
 #include <QFileInfo>
 #include <cstring>
 
@@ -147,10 +151,70 @@ bool hasPython(HeadlessConsole &console)
     return true;
 }
 
+/// Whether the interpreter is as new as the command line wants.
+bool isNewEnough(const QString &required, HeadlessConsole &console)
+{
+    const int major = required.section(u'.', 0, 0).toInt(), minor = required.section(u'.', 1, 1).toInt();
+    const std::pair running(VXScriptingHandler::PythonMajorVersion, VXScriptingHandler::PythonMinorVersion);
+    if (running >= std::pair(major, minor))
+        return true;
+    complain(console,
+             tr("Python %1 or newer is needed; %2.%3 is what runs.")
+                 .arg(required)
+                 .arg(running.first)
+                 .arg(running.second));
+    return false;
+}
+
+/// What a script finds in sys.argv: its name, as it was given, and the arguments behind it.
+void setArguments(const HeadlessOptions &options)
+{
+    const PythonLock lock;
+    const auto text = [](const QString &argument) { return bridge::pythonText(argument); };
+    const bridge::PythonRef list(py.PyList_New(0));
+    const QString name = options.script.isEmpty() ? u"-c"_s : options.script;
+    for (const QString &argument : QStringList(name) + options.arguments) {
+        const bridge::PythonRef item(text(argument));
+        if (list && item)
+            vxPyList_Append(list.get(), item.get());
+    }
+    if (list)
+        vxPySys_SetObject("argv", list.get());
+    vxPyErr_Clear();
+}
+
+/// Nobody is there to close what opens and waits: a menu or a dialog is closed, with a line that says so, as
+/// soon as the event loop has nothing left to do but to wait for an answer.
+void closeWhatWaits()
+{
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, qApp, [] {
+        QWidget *waiting = QApplication::activePopupWidget();
+        if (!waiting)
+            waiting = QApplication::activeModalWidget();
+        if (!waiting)
+            return;
+        const QString name =
+            waiting->windowTitle().isEmpty() ? waiting->objectName() : waiting->windowTitle();
+        ErrorPresenter::shared().present(
+            {u"VXTesselDomain"_s, 2, tr("“%1” would wait for an answer: it was closed.").arg(name), {}, {}});
+        if (auto *dialog = qobject_cast<QDialog *>(waiting))
+            dialog->reject();
+        else if (!waiting->close())
+            waiting->hide();
+    });
+}
+
 int run(const HeadlessOptions &options, HeadlessConsole &console)
 {
+    const bool readsInput = options.script == "-"_L1;
     const QString script =
-        options.script.isEmpty() ? QString() : QFileInfo(options.script).absoluteFilePath();
+        options.script.isEmpty() || readsInput ? QString() : QFileInfo(options.script).absoluteFilePath();
+    QString code = options.code;
+    if (readsInput) {
+        QFile input;
+        if (input.open(stdin, QIODevice::ReadOnly))
+            code = QString::fromUtf8(input.readAll());
+    }
     if (!script.isEmpty() && (!QFileInfo(script).isFile() || !QFileInfo(script).isReadable())) {
         complain(console, tr("The script “%1” cannot be read.").arg(options.script));
         return HeadlessStatus::WrongInput;
@@ -158,7 +222,7 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
     const auto documents = openAll(options.files, console);
     if (!documents)
         return HeadlessStatus::WrongInput;
-    if (!hasPython(console))
+    if (!hasPython(console) || !isNewEnough(options.requiredPython, console))
         return HeadlessStatus::NoPython;
     if (options.prepare)
         options.prepare();
@@ -167,8 +231,12 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
         if (py.PySys_AddAuditHook)
             py.PySys_AddAuditHook(flushBeforePrograms, &console);
     }
-    if (script.isEmpty())
-        VXScriptingHandler::sharedHandler()->runMacroString(options.code);
+    setArguments(options);
+    closeWhatWaits();
+    if (readsInput)
+        runStandardInput(code);
+    else if (script.isEmpty())
+        VXScriptingHandler::sharedHandler()->runMacroString(code);
     else
         VXScriptingHandler::sharedHandler()->runMacroFile(script);
     int status = ScriptRun::outcome().processStatus();

@@ -12,11 +12,13 @@ namespace runebook {
 
 /// A script run on files without windows.
 struct HeadlessOptions {
-    QString script; ///< path of a script file; or
+    QString script; ///< path of a script file, "-" for the standard input; or
     QString code; ///< code as the macro panel runs it, when there is no script
     bool savesFiles = false; ///< write the files that the script has changed
     QStringList files; ///< opened before the run, the first one frontmost
     QHash<QString, QString> answers = {}; ///< to what the script asks, by the key of the question
+    QStringList arguments = {}; ///< what the script finds behind its name in sys.argv
+    QString requiredPython = {}; ///< "3.10": at least that; empty for any
     std::function<void()> prepare = {}; ///< called when Python is up, before the run; may be empty
     bool losesValues = false; ///< write files even where they cannot hold all values
 };

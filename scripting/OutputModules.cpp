@@ -218,6 +218,11 @@ ScriptConsole *scriptConsole()
     return ownOutput ? ownOutput : panel;
 }
 
+bool hasOwnOutput()
+{
+    return ownOutput != nullptr;
+}
+
 void setScriptConsole(ScriptConsole *console)
 {
     ownOutput = console;

@@ -26,6 +26,22 @@ struct PyMethodDef {
     const char *ml_doc;
 };
 
+struct PyMemberDef {
+    const char *name;
+    int type;
+    Py_ssize_t offset;
+    int flags;
+    const char *doc;
+};
+
+struct PyGetSetDef {
+    const char *name;
+    PyObject *(*get)(PyObject *self, void *closure);
+    int (*set)(PyObject *self, PyObject *value, void *closure);
+    const char *doc;
+    void *closure;
+};
+
 struct PyModuleDef_Base {
     PyObject ob_base;
     PyObject *(*m_init)();
@@ -92,7 +108,13 @@ constexpr int kSlotMethods = 64;
 constexpr int kSlotNew = 65;
 constexpr int kSlotRepr = 66;
 constexpr int kSlotRichCompare = 67;
+constexpr int kSlotMembers = 72;
+constexpr int kSlotGetSet = 73;
 constexpr int kSlotFree = 74;
+
+// Members of types
+constexpr int kMemberSize = 19;
+constexpr int kReadOnly = 1;
 
 // Comparisons that tp_richcompare is asked for
 constexpr int kEqual = 2;

@@ -74,6 +74,7 @@ namespace runebook {
     FUNCTION(PyObject *, PyObject_GetAttrString, (PyObject *, const char *))                                 \
     FUNCTION(int, PyObject_SetAttrString, (PyObject *, const char *, PyObject *))                            \
     FUNCTION(PyObject *, PyObject_GetIter, (PyObject *))                                                     \
+    FUNCTION(void, PyObject_ClearWeakRefs, (PyObject *))                                                     \
     FUNCTION(PyObject *, PyIter_Next, (PyObject *))                                                          \
     FUNCTION(int, PyObject_IsTrue, (PyObject *))                                                             \
     FUNCTION(int, PyCallable_Check, (PyObject *))                                                            \
@@ -112,7 +113,8 @@ namespace runebook {
 
 /// What is used where it is there: older interpreters do without.
 #define RUNEBOOK_PYTHON_OPTIONAL_FUNCTIONS(FUNCTION)                                                         \
-    FUNCTION(int, PySys_AddAuditHook, (Py_AuditHookFunction, void *))
+    FUNCTION(int, PySys_AddAuditHook, (Py_AuditHookFunction, void *))                                        \
+    FUNCTION(PyObject *, PyUnicode_FromKindAndData, (int, const void *, Py_ssize_t))
 
 /// Objects of the interpreter, used by address.
 #define RUNEBOOK_PYTHON_OBJECTS(OBJECT)                                                                      \

@@ -15,6 +15,8 @@ public:
     /// More of the text that setWrite was given last: a large one comes in pieces.
     virtual void continueWrite(const QString &text) { setWrite(text); }
     virtual void setWriteError(const QString &text) = 0;
+    /// Lets nothing wait that was written.
+    virtual void flush() { }
     /// At once. \a sender: who asks for it.
     virtual void clearConsole(QObject *sender) { Q_UNUSED(sender) }
     /// True when both may be called on any thread; otherwise other threads' texts wait for the event loop.
@@ -23,6 +25,8 @@ public:
 
 /// Where text goes: the process's own output where that was set, else the macro panel, else nowhere.
 ScriptConsole *scriptConsole();
+/// True when text goes to the process's own output.
+bool hasOwnOutput();
 /// The process's own output. Not owned.
 void setScriptConsole(ScriptConsole *console);
 /// The macro panel. Not owned; in a run without windows it is there as well, but shows nothing.

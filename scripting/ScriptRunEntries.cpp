@@ -93,6 +93,35 @@ void runOpenFile(std::FILE *file, const QByteArray &path)
 
 } // namespace
 
+static void runText(const QString &code, const char *label)
+{
+    if (code.contains(QChar(0))) {
+        // The compiler reads up to the zero and would run half of the code.
+        py.PyErr_SetString(*py.PyExc_ValueError, "source code string cannot contain null bytes");
+        ScriptRun::reportPendingError();
+        return;
+    }
+    const QByteArray source = code.toUtf8();
+    const ErrorReport::Source shown(label, source);
+    vxRun_SimpleString(source.constData(), label);
+}
+
+void runStandardInput(const QString &code)
+{
+    if (!vxPyGILState_Ensure)
+        return;
+    try {
+        const PythonLock lock;
+        const ScriptRun run(tr("Macro"));
+        vxRun_SimpleString(kFilePrelude, "runMacroFile");
+        runText(code, "<stdin>");
+    } catch (const std::exception &exception) {
+        present(exception.what());
+    } catch (...) {
+        present("an exception of the program");
+    }
+}
+
 void runPanelPrelude()
 {
     vxRun_SimpleString(kPanelPrelude, "<internal>");
@@ -108,15 +137,7 @@ void runPanelCode(const QString &code, const QString &name)
         if (run.isRefused())
             return;
         runPanelPrelude();
-        if (code.contains(QChar(0))) {
-            // The compiler reads up to the zero and would run half of the code.
-            py.PyErr_SetString(*py.PyExc_ValueError, "source code string cannot contain null bytes");
-            ScriptRun::reportPendingError();
-        } else {
-            const QByteArray source = code.toUtf8();
-            const ErrorReport::Source shown(kPanelLabel, source);
-            vxRun_SimpleString(source.constData(), kPanelLabel);
-        }
+        runText(code, kPanelLabel);
     } catch (const std::exception &exception) {
         present(exception.what());
     } catch (...) {

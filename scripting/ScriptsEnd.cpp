@@ -9,6 +9,18 @@ namespace runebook {
 
 namespace {
 
+// Whoever holds them: a file that is still open has its text written.
+constexpr const char kWriteOut[] = R"(
+import gc, io
+for thing in gc.get_objects():
+    if issubclass(type(thing), io.IOBase):
+        try:
+            if not thing.closed:
+                thing.flush()
+        except Exception:
+            pass
+)";
+
 // Each part in turn, so that an error in one does not keep the others from happening.
 constexpr const char *kParts[] = {
     "import threading\n"
@@ -16,6 +28,9 @@ constexpr const char *kParts[] = {
 
     "import atexit\n"
     "atexit._run_exitfuncs()\n",
+
+    // First: of what refers to itself the collector may end a file before the buffer in front of it.
+    kWriteOut,
 
     // Modules lose their names as they do when the interpreter ends: what only they held is closed. Those of
     // the interpreter and of packages stay; their files are written out below.
@@ -48,17 +63,7 @@ module = None
 gc.collect()
 )",
 
-    // Whoever holds them: a file that is still open has its text written.
-    R"(
-import gc, io
-for thing in gc.get_objects():
-    if issubclass(type(thing), io.IOBase):
-        try:
-            if not thing.closed:
-                thing.flush()
-        except Exception:
-            pass
-)",
+    kWriteOut,
 };
 
 /// Runs code of the program's own with names that no script can reach.

@@ -125,13 +125,14 @@ QString VXScriptingHandler::missingPythonText() const
     const QString range =
         tr("Scripts need Python %1 to %2.")
             .arg(minor(PythonDiscovery::kOldestVersion), minor(PythonDiscovery::kNewestVersion));
-    const QString advice = tr("Install one, on Debian the package “libpython3.11”, or choose a library in the "
-                              "preferences; then start Runebook again.");
+    const QString advice =
+        tr("Install one, on Debian the package “libpython3.11”, or choose a library in the "
+           "preferences; then start Runebook again.");
     if (!m_startError.domain.isEmpty())
         return QStringList {m_startError.text(), range + u' ' + advice}.join(u'\n');
-    const QString searched =
-        tr("Searched: %1").arg(m_places.libraryFolders().join(u", "_s));
-    return QStringList {tr("No suitable Python was found.") + u' ' + range + u' ' + advice, searched}.join(u'\n');
+    const QString searched = tr("Searched: %1").arg(m_places.libraryFolders().join(u", "_s));
+    return QStringList {tr("No suitable Python was found.") + u' ' + range + u' ' + advice, searched}.join(
+        u'\n');
 }
 
 void VXScriptingHandler::startInterpreter(const QString &path)
@@ -160,6 +161,12 @@ void VXScriptingHandler::setUpInterpreter(bool replacesStreams)
     readVersion();
     insertScriptPaths(searchPath);
     vxRun_SimpleString("import os as _os\n_os.environ.pop('PYTHONHOME', None)\ndel _os\n", "<internal>");
+    if (replacesStreams) {
+        // The modules stay as they are; what libraries ask of a stream stands in a class of its own.
+        vxRun_SimpleString("import runebook_streams as _s\n_s.install()\ndel _s\n", "<internal>");
+        if (ScriptHelpers::shared().canAsk())
+            vxRun_SimpleString("import runebook_streams as _s\n_s.installInput()\ndel _s\n", "<internal>");
+    }
     vxPyErr_Clear();
 }
 

@@ -63,7 +63,15 @@ def _has_info(self, key):
     """Whether a record of that name, or that very record, is in the document."""
     if isinstance(key, str):
         return self.infoForName_(key) is not None
-    return self.indexOfObjectInInfos_(key) >= 0
+    return isinstance(key, VXGlyphInfo) and self.indexOfObjectInInfos_(key) >= 0
+
+
+def _problems(self):
+    """What the Problems pane lists: maps of kind, info (or None), index, name and text."""
+    delegate = _runebook.sharedObject("application").delegate()
+    if delegate is None:
+        raise RuntimeError("only the program itself looks for problems")
+    return delegate.problemsOfDocument_(self)
 
 
 VXDocument.__iter__ = lambda self: iter(self.infos)
@@ -71,6 +79,7 @@ VXDocument.__len__ = lambda self: self.countOfInfos()
 VXDocument.__bool__ = lambda self: True
 VXDocument.__getitem__ = _info_at
 VXDocument.__contains__ = _has_info
+VXDocument.problems = _problems
 
 
 def _field(self, key):
@@ -85,7 +94,39 @@ def _set_field(self, key, value):
     setattr(self, key, value)
 
 
+def _copy_info(self, memo=None):
+    """A free record with every field; info.copy() leaves some out."""
+    made = newInfo()
+    for key in FIELDS:
+        if key != "unicodeLegacy":
+            setattr(made, key, getattr(self, key))
+    made.unicodeLegacy = self.unicodeLegacy
+    return made
+
+
+def _restored(fields):
+    return newInfo(**fields)
+
+
+def _plain(value):
+    """A value without the classes of the program."""
+    for kind in (list, str, int):
+        if isinstance(value, kind) and not isinstance(value, bool):
+            return kind(value)
+    return value
+
+
+VXGlyphInfo.__len__ = lambda self: len(FIELDS)
+VXGlyphInfo.__bool__ = lambda self: True
+VXGlyphInfo.__contains__ = lambda self, key: key in FIELDS
 VXGlyphInfo.keys = lambda self: FIELDS
+VXGlyphInfo.values = lambda self: [getattr(self, key) for key in FIELDS]
+VXGlyphInfo.items = lambda self: [(key, getattr(self, key)) for key in FIELDS]
+VXGlyphInfo.get = lambda self, key, default=None: getattr(self, key) if key in FIELDS else default
+VXGlyphInfo.__copy__ = _copy_info
+VXGlyphInfo.__deepcopy__ = _copy_info
+VXGlyphInfo.__reduce_ex__ = lambda self, protocol: (
+    _restored, ({key: _plain(value) for key, value in self.items()},))
 VXGlyphInfo.__iter__ = lambda self: iter(FIELDS)
 VXGlyphInfo.__getitem__ = _field
 VXGlyphInfo.__setitem__ = _set_field
@@ -118,7 +159,8 @@ def newDocument(display=False):
 
 
 def newInfo(name=None, **fields):
-    """A record that is in no document yet, with the given fields set.
+    """A record that is in no document yet, with the given fields set: those of
+    FIELDS, and whatever else a record answers and takes, such as unicode.
 
     >>> newInfo("fi", unicodes=["FB01"], category="Letter").unicode
     'FB01'
@@ -127,7 +169,9 @@ def newInfo(name=None, **fields):
     if name is not None:
         info.name = name
     for key, value in fields.items():
-        info[key] = value
+        if key not in FIELDS and not hasattr(VXGlyphInfo, key):
+            raise TypeError("a record has no field called " + key)
+        setattr(info, key, value)
     return info
 
 

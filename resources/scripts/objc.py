@@ -245,7 +245,9 @@ for _name in _CHANGES:
 NSMutableArray.__reduce_ex__ = lambda self, protocol: (NSMutableArray, (list(self),))
 
 NSObject = _runebook.NSObject
-_runebook.setValueTypes(NSArray, NSString, NSNumber, error)
+from runebook_help import describe as _describe
+
+_runebook.setValueTypes(NSArray, NSString, NSNumber, error, _describe)
 
 
 def lookUpClass(name):

@@ -13,6 +13,7 @@
 #include "platform/DocumentController.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
+#include "scripting/ScriptConsole.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/BridgeTypes.h"
 #include "scripting/bridge/CodeOperations.h"
@@ -132,11 +133,11 @@ PyObject *observeNotifications(PyObject *, PyObject *function)
 
 PyObject *setValueTypes(PyObject *, PyObject *arguments)
 {
-    PyObject *list = nullptr, *text = nullptr, *number = nullptr, *error = nullptr;
-    if (!vxPyArg_ParseTuple(arguments, "OOOO", &list, &text, &number, &error))
+    PyObject *list = nullptr, *text = nullptr, *number = nullptr, *error = nullptr, *describe = nullptr;
+    if (!vxPyArg_ParseTuple(arguments, "OOOOO", &list, &text, &number, &error, &describe))
         return nullptr;
     valueTypes() = {PythonRef::shared(list), PythonRef::shared(text), PythonRef::shared(number),
-                    PythonRef::shared(error)};
+                    PythonRef::shared(error), PythonRef::shared(describe)};
     return none();
 }
 
@@ -153,7 +154,7 @@ PyObject *selectors(PyObject *, PyObject *type)
         if (!base)
             return nullptr;
         for (const Method &method : base->allMethods())
-            names << QString::fromUtf8(usualSelector(method.name, method.inputs()));
+            names << QString::fromUtf8(usualSelector(method.name, method.inputs(), method.parameterNames()));
         for (int i = meta->propertyOffset(); i < meta->propertyCount(); ++i)
             names << QString::fromLatin1(meta->property(i).name());
     }
@@ -161,12 +162,42 @@ PyObject *selectors(PyObject *, PyObject *type)
     return bridgeType(QMetaType(QMetaType::QStringList)).toPython({}, &names);
 }
 
+PyObject *classNames(PyObject *, PyObject *)
+{
+    return guarded<PyObject *>(nullptr, [] {
+        QStringList names;
+        for (const QByteArray &name : BridgedClass::knownNames())
+            names << QString::fromUtf8(name);
+        return bridgeType(QMetaType(QMetaType::QStringList)).toPython({}, &names);
+    });
+}
+
+PyObject *hasOwnOutput(PyObject *, PyObject *)
+{
+    return py.PyBool_FromLong(runebook::hasOwnOutput());
+}
+
+PyObject *flushOutput(PyObject *, PyObject *)
+{
+    return guarded<PyObject *>(nullptr, [] {
+        if (ScriptConsole *console = scriptConsole(); console && console->takesAnyThread())
+            console->flush();
+        return none();
+    });
+}
+
 PyMethodDef functions[] = {
+    {"classNames", classNames, python::kNoArgs,
+     "The names of the program's classes, as far as they are known."},
+    {"hasOwnOutput", hasOwnOutput, python::kNoArgs,
+     "Whether what is printed goes to the process's own output."},
+    {"flushOutput", flushOutput, python::kNoArgs, "Lets nothing wait that was printed."},
     {"classFromString", classFromString, python::kOneArg, "The class of that name, or None."},
     {"sharedObject", sharedObject, python::kOneArg, "An object there is one of."},
     {"observeNotifications", observeNotifications, python::kOneArg,
      "Calls a function for each notification."},
-    {"setValueTypes", setValueTypes, python::kVarArgs, "The classes of lists, texts, numbers and errors."},
+    {"setValueTypes", setValueTypes, python::kVarArgs,
+     "The classes of lists, texts, numbers and errors, and what tells of operations."},
     {"selectors", selectors, python::kOneArg, "The names of a class's operations and properties."},
     {nullptr, nullptr, 0, nullptr},
 };

@@ -92,6 +92,8 @@ void deallocate(PyObject *self)
 {
     BridgeObject &object = bridgeObject(self);
     PyTypeObject *type = self->ob_type;
+    if (object.weakReferences)
+        py.PyObject_ClearWeakRefs(self);
     if (object.listedAs) {
         const auto entry = wrappers().constFind(object.listedAs);
         if (entry != wrappers().cend() && *entry == &object)
@@ -168,6 +170,12 @@ PyMethodDef objectMethods[] = {
     {nullptr, nullptr, 0, nullptr},
 };
 
+PyMemberDef objectMembers[] = {
+    {"__weaklistoffset__", python::kMemberSize, offsetof(BridgeObject, weakReferences), python::kReadOnly,
+     nullptr},
+    {nullptr, 0, 0, 0, nullptr},
+};
+
 PyTypeObject *makeObjectType()
 {
     static char doc[] = "The root of all classes of the program.";
@@ -178,6 +186,7 @@ PyTypeObject *makeObjectType()
         {python::kSlotRichCompare, reinterpret_cast<void *>(compare)},
         {python::kSlotRepr, reinterpret_cast<void *>(represent)},
         {python::kSlotMethods, objectMethods},
+        {python::kSlotMembers, objectMembers},
         {python::kSlotDoc, doc},
         {0, nullptr},
     };

@@ -26,6 +26,7 @@ struct BridgeObject {
     const BridgedClass *bridgedClass; ///< null for a class of a script
     bool isAllocated; ///< came from alloc(), init() has not been called yet
     const QObject *listedAs; ///< the key under which it is found again; never followed
+    PyObject *weakReferences; ///< the interpreter's own list
     Instance instance;
 };
 

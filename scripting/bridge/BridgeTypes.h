@@ -33,6 +33,7 @@ struct ValueTypes {
     PythonRef text;
     PythonRef number;
     PythonRef error;
+    PythonRef describe; ///< tells what help() shows of a class, an operation or a property
 };
 ValueTypes &valueTypes();
 

@@ -116,6 +116,13 @@ const BridgedClass *BridgedClass::forMetaObject(const QMetaObject &meta)
     return nullptr;
 }
 
+QList<QByteArray> BridgedClass::knownNames()
+{
+    QList<QByteArray> names = knownClasses().keys();
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 const BridgedClass *BridgedClass::forName(const QByteArray &name)
 {
     const auto known = knownClasses().constFind(name);
@@ -182,7 +189,8 @@ bool BridgedClass::makeType()
     if (!m_type)
         return false;
     classesOfTypes().insert(m_type, this);
-    return addGroups(ownMethods()) && addProperties() && addSetters() && addGroups(extensionMethods());
+    return addDescription() && addGroups(ownMethods()) && addProperties() && addSetters()
+        && addGroups(extensionMethods());
 }
 
 std::vector<Method> BridgedClass::allMethods() const
@@ -252,6 +260,19 @@ bool BridgedClass::addGroups(std::vector<Method> methods)
         }
     }
     return true;
+}
+
+/// Put together when it is asked for.
+bool BridgedClass::addDescription()
+{
+    if (!valueTypes().describe)
+        return true;
+    const PythonRef question(vxPyString_FromString("class"));
+    const PythonRef description(question ? py.PyObject_CallFunctionObjArgs(valueTypes().describe.get(),
+                                                                           m_type, question.get(), nullptr)
+                                         : nullptr);
+    return description
+        && py.PyObject_SetAttrString(reinterpret_cast<PyObject *>(m_type), "__doc__", description.get()) == 0;
 }
 
 bool BridgedClass::addProperties()

@@ -25,6 +25,8 @@ public:
     static const BridgedClass *forMetaObject(const QMetaObject &meta);
     /// The class that scripts know as \a name, or null. Known are classes that were registered or met, and
     /// those whose pointers the meta-object system knows.
+    /// The names under which classes were registered or met so far.
+    static QList<QByteArray> knownNames();
     static const BridgedClass *forName(const QByteArray &name);
     /// The class of a Python type or of its nearest base, or null for the classes of scripts.
     static const BridgedClass *forType(PyTypeObject *type);
@@ -57,6 +59,7 @@ private:
     ~BridgedClass();
     bool makeType();
     bool addGroups(std::vector<Method> methods);
+    bool addDescription();
     bool addProperties();
     bool addSetters();
     std::vector<Method> ownMethods() const;

@@ -325,6 +325,39 @@ PyObject *describe(PyObject *self)
                                                     QString::fromUtf8(operation.group->owner->name())));
 }
 
+QVariantMap detailsOf(PyObject *self)
+{
+    const auto &operation = *reinterpret_cast<Operation *>(self);
+    QVariantList functions;
+    for (const Method &method : operation.group->methods) {
+        QVariantList parameters;
+        for (const Parameter &parameter : method.parameters)
+            parameters << QVariantMap {{u"name"_s, QString::fromUtf8(parameter.name)},
+                                       {u"type"_s, QString::fromUtf8(parameter.type.name())},
+                                       {u"isOut"_s, parameter.isOut},
+                                       {u"mayBeNone"_s, parameter.mayBeNone}};
+        functions << QVariantMap {
+            {u"parameters"_s, parameters},
+            {u"result"_s, QString::fromUtf8(method.result.name())},
+            {u"canFail"_s, method.canFail},
+            {u"isOfClass"_s, method.isOfClass},
+            {u"from"_s,
+             QString::fromUtf8(method.extension ? method.extension->metaObject()->className()
+                                                : operation.group->owner->metaObject().className())}};
+    }
+    const MethodGroup &group = *operation.group;
+    return {{u"kind"_s, u"operation"_s},
+            {u"name"_s, QString::fromUtf8(operation.selector->name)},
+            {u"operation"_s, QString::fromUtf8(group.name)},
+            {u"class"_s, QString::fromUtf8(group.owner->name())},
+            {u"usual"_s,
+             QString::fromUtf8(usualSelector(group.name, group.methods.front().inputs(),
+                                             group.methods.front().parameterNames()))},
+            {u"takesError"_s, operation.selector->takesError},
+            {u"takesSender"_s, operation.selector->takesSender},
+            {u"functions"_s, functions}};
+}
+
 void freeDescriptor(PyObject *self)
 {
     PyTypeObject *type = self->ob_type;
@@ -340,6 +373,7 @@ PyTypeObject *operationType()
             {python::kSlotCall, reinterpret_cast<void *>(callOperation)},
             {python::kSlotDescrGet, reinterpret_cast<void *>(bind)},
             {python::kSlotRepr, reinterpret_cast<void *>(describe)},
+            {python::kSlotGetSet, descriptions<detailsOf>()},
             {0, nullptr},
         };
         // A method descriptor: the interpreter calls it with the object in front, without binding it first.
@@ -373,6 +407,7 @@ Method::Method(const QMetaMethod &method, QObject *operations)
       result(method.returnMetaType()),
       resultBridge(&bridgeType(result)),
       canFail(false),
+      isOfClass(operations && method.parameterNames().value(0).isEmpty()),
       isUsable(static_cast<std::size_t>(method.parameterCount()) <= kMaxParameters),
       signature(method.methodSignature())
 {
@@ -390,10 +425,29 @@ Method::Method(const QMetaMethod &method, QObject *operations)
         const bool takesAbsent = value.id() == QMetaType::QString || value.id() == QMetaType::QVariant
             || value.id() == QMetaType::QObjectStar || value.id() == QMetaType::QVariantMap
             || bridge->takesNone;
-        parameters.push_back({value, bridge, target.isValid(), takesAbsent});
+        parameters.push_back(
+            {value, bridge, method.parameterNames().value(i), target.isValid(), takesAbsent});
         isUsable = value.isValid() && bridge->fromPython;
     }
     isUsable = isUsable && (result.isValid() || method.returnMetaType().id() == QMetaType::Void);
+}
+
+QList<QByteArray> Method::parameterNames() const
+{
+    QList<QByteArray> names;
+    for (const Parameter &parameter : parameters)
+        names << parameter.name;
+    return names;
+}
+
+PyObject *described(PyObject *self, const char *what)
+{
+    if (!valueTypes().describe)
+        return none();
+    const PythonRef question(vxPyString_FromString(what));
+    return question
+        ? py.PyObject_CallFunctionObjArgs(valueTypes().describe.get(), self, question.get(), nullptr)
+        : nullptr;
 }
 
 PyObject *makeOperation(const MethodGroup &group, const Selector &selector)

@@ -12,6 +12,7 @@ namespace runebook::bridge {
 struct Parameter {
     QMetaType type; ///< of the value itself, also for an out parameter
     const BridgeType *bridge;
+    QByteArray name;
     bool isOut;
     bool mayBeNone; ///< for objects: no object is an answer as well
 };
@@ -21,6 +22,8 @@ struct Method {
     /// \a extension: the object whose function it is, when that is another one than it is called on.
     explicit Method(const QMetaMethod &method, QObject *extension = nullptr);
 
+    /// The names of the parameters, those of out parameters too.
+    QList<QByteArray> parameterNames() const;
     int inputs() const { return static_cast<int>(parameters.size()); }
 
     QByteArray name;
@@ -31,6 +34,7 @@ struct Method {
     const BridgeType *resultBridge;
     std::vector<Parameter> parameters; ///< without the one for an error, and an extension's first
     bool canFail; ///< has an out parameter for an error at its end
+    bool isOfClass; ///< an extension's that needs no object
     bool isUsable; ///< every type can cross
     QByteArray signature;
 };
@@ -42,11 +46,40 @@ struct MethodGroup {
     std::vector<Method> methods;
 };
 
+/// What help() and listings of a class ask an attribute: its "__name__", "__doc__" and "__signature__", and
+/// "details", a map of what is known of it. \a details makes the map.
+template <QVariantMap (*details)(PyObject *self)> PyGetSetDef *descriptions();
+/// The answer of the Python side, told \a what is asked ("doc", "signature").
+PyObject *described(PyObject *self, const char *what);
+
 /// The attribute of a class that calls an operation under one of its selectors. New reference.
 PyObject *makeOperation(const MethodGroup &group, const Selector &selector);
 /// The attribute for a property: read and written as a value; it can be called as well.
 PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property);
 /// The attribute that sets a property when it is called with a value.
 PyObject *makeSetter(const BridgedClass &owner, const QMetaProperty &property);
+
+template <QVariantMap (*details)(PyObject *self)> PyGetSetDef *descriptions()
+{
+    static PyGetSetDef table[] = {
+        {"__name__",
+         [](PyObject *self, void *) {
+             return guarded<PyObject *>(nullptr, [self] {
+                 return pythonText(details(self).value(QStringLiteral("name")).toString());
+             });
+         },
+         nullptr, nullptr, nullptr},
+        {"details",
+         [](PyObject *self, void *) {
+             return guarded<PyObject *>(nullptr, [self] { return variantToPython(details(self)); });
+         },
+         nullptr, nullptr, nullptr},
+        {"__doc__", [](PyObject *self, void *) { return described(self, "doc"); }, nullptr, nullptr, nullptr},
+        {"__signature__", [](PyObject *self, void *) { return described(self, "signature"); }, nullptr,
+         nullptr, nullptr},
+        {nullptr, nullptr, nullptr, nullptr, nullptr},
+    };
+    return table;
+}
 
 } // namespace runebook::bridge

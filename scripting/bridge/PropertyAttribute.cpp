@@ -61,6 +61,20 @@ PyObject *read(const PropertyAttribute &property, PyObject *object)
     });
 }
 
+/// \a value as one of a class that adds methods to its own. Not by calling the class, which looks for an
+/// __init__ that it does not have: loops read a field for each of many records.
+PyObject *made(PyObject *valueClass, PyObject *value)
+{
+    auto *type = reinterpret_cast<PyTypeObject *>(valueClass);
+    using New = PyObject *(*)(PyTypeObject *, PyObject *, PyObject *);
+    const auto construct = reinterpret_cast<New>(py.PyType_GetSlot(type, python::kSlotNew));
+    const PythonRef arguments(py.PyTuple_New(1));
+    if (!arguments || !construct)
+        return nullptr;
+    py.PyTuple_SetItem(arguments.get(), 0, PythonRef::shared(value).release());
+    return construct(type, arguments.get(), nullptr);
+}
+
 /// The value as one that can be called later as well ("name = info.name; name()").
 PyObject *callable(PyObject *value)
 {
@@ -69,10 +83,10 @@ PyObject *callable(PyObject *value)
     const ValueTypes &types = valueTypes();
     const PythonRef plain(value);
     if (isKind(value, python::kUnicodeSubclass) && types.text)
-        return py.PyObject_CallFunctionObjArgs(types.text.get(), value, nullptr);
+        return made(types.text.get(), value);
     if (isKind(value, python::kLongSubclass) && types.number
         && value->ob_type != reinterpret_cast<PyTypeObject *>(py.PyBool_Type))
-        return py.PyObject_CallFunctionObjArgs(types.number.get(), value, nullptr);
+        return made(types.number.get(), value);
     return PythonRef::shared(value).release();
 }
 
@@ -120,6 +134,8 @@ PyObject *call(PyObject *self, PyObject *tuple, PyObject *keywords)
 
 // The setter of a property is the same structure under another type.
 
+PyTypeObject *setterType();
+
 PyObject *bindSetter(PyObject *self, PyObject *object, PyObject *)
 {
     if (!object || isNone(object))
@@ -144,6 +160,17 @@ PyObject *describe(PyObject *self)
                                                    QString::fromUtf8(property.owner->name())));
 }
 
+QVariantMap detailsOf(PyObject *self)
+{
+    const PropertyAttribute &property = attribute(self);
+    return {{u"kind"_s, self->ob_type == setterType() ? u"setter"_s : u"property"_s},
+            {u"name"_s, QString::fromLatin1(property.name)},
+            {u"class"_s, QString::fromUtf8(property.owner->name())},
+            {u"from"_s, QString::fromUtf8(property.owner->metaObject().className())},
+            {u"type"_s, QString::fromUtf8(property.type.name())},
+            {u"isWritable"_s, property.isWritable && property.bridge->fromPython}};
+}
+
 void deallocate(PyObject *self)
 {
     PyTypeObject *type = self->ob_type;
@@ -160,6 +187,7 @@ PyTypeObject *attributeType()
             {python::kSlotDescrGet, reinterpret_cast<void *>(get)},
             {python::kSlotDescrSet, reinterpret_cast<void *>(set)},
             {python::kSlotRepr, reinterpret_cast<void *>(describe)},
+            {python::kSlotGetSet, descriptions<detailsOf>()},
             {0, nullptr},
         };
         PyType_Spec spec {"runebook.property", sizeof(PropertyAttribute), 0,
@@ -176,6 +204,7 @@ PyTypeObject *setterType()
             {python::kSlotDealloc, reinterpret_cast<void *>(deallocate)},
             {python::kSlotCall, reinterpret_cast<void *>(callSetter)},
             {python::kSlotDescrGet, reinterpret_cast<void *>(bindSetter)},
+            {python::kSlotGetSet, descriptions<detailsOf>()},
             {0, nullptr},
         };
         PyType_Spec spec {"runebook.setter", sizeof(PropertyAttribute), 0,

@@ -3,6 +3,7 @@
 #include "scripting/MainThread.h"
 #include "scripting/ScriptRun.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace runebook::bridge {
@@ -19,6 +20,11 @@ PyObject *pythonText(const QString &text)
 {
     if (text.isNull())
         return none();
+    const auto isSurrogate = [](QChar character) { return character.isSurrogate(); };
+    if (py.PyUnicode_FromKindAndData && std::none_of(text.cbegin(), text.cend(), isSurrogate)) {
+        constexpr int kTwoBytes = 2;
+        return py.PyUnicode_FromKindAndData(kTwoBytes, text.utf16(), text.size());
+    }
     // Told explicitly: otherwise a leading byte order mark would be taken for one.
     int byteOrder = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? -1 : 1;
     return py.PyUnicode_DecodeUTF16(reinterpret_cast<const char *>(text.utf16()), text.size() * 2,

@@ -91,7 +91,24 @@ QList<Selector> selectorsOf(const QByteArray &name, int arguments, bool canFail)
     return selectors;
 }
 
-QByteArray usualSelector(const QByteArray &name, int arguments)
+/// How well labels go with the names of their arguments: "infoForKey_values_" with "key" and "values".
+static int fitOf(const QByteArray &selector, const QList<QByteArray> &parameters)
+{
+    const QList<QByteArray> labels = selector.split('_');
+    int fit = 0;
+    for (qsizetype i = 0; i < parameters.size() && i < labels.size(); ++i) {
+        if (!parameters[i].isEmpty() && labels[i].toLower().endsWith(parameters[i].toLower()))
+            fit += 2;
+        QByteArray capital = labels[i];
+        if (!capital.isEmpty())
+            capital[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(capital[0])));
+        if (i > 0 && beginsWithPreposition(capital))
+            ++fit;
+    }
+    return fit;
+}
+
+static QByteArray usualByWords(const QByteArray &name, int arguments)
 {
     if (arguments == 0)
         return name;
@@ -105,6 +122,21 @@ QByteArray usualSelector(const QByteArray &name, int arguments)
     if (likely.size() < arguments - 1)
         return name;
     return splitAt(name, likely.mid(0, arguments - 1));
+}
+
+QByteArray usualSelector(const QByteArray &name, int arguments, const QList<QByteArray> &parameters)
+{
+    QByteArray best = usualByWords(name, arguments);
+    if (arguments < 2 || parameters.isEmpty())
+        return best;
+    int bestFit = fitOf(best, parameters);
+    for (const QByteArray &selector : splits(name, arguments)) {
+        if (const int fit = fitOf(selector, parameters); fit > bestFit) {
+            best = selector;
+            bestFit = fit;
+        }
+    }
+    return best;
 }
 
 } // namespace runebook::bridge

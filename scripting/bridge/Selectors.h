@@ -18,7 +18,8 @@ struct Selector {
 /// not counted: its own name, and its labels put apart in every way that its capitals allow, each followed
 /// by "_". An operation that may fail is there with and without the label "error".
 QList<Selector> selectorsOf(const QByteArray &name, int arguments, bool canFail);
-/// The one among them that people write, for listings.
-QByteArray usualSelector(const QByteArray &name, int arguments);
+/// The one among them that people write, for listings: \a parameters, the names of the arguments, tell where
+/// labels end ("infoForKey_values_").
+QByteArray usualSelector(const QByteArray &name, int arguments, const QList<QByteArray> &parameters = {});
 
 } // namespace runebook::bridge

@@ -6,6 +6,7 @@
 #include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "scripting/RunPump.h"
+#include "scripting/RunSummary.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/ScriptApplication.h"
 #include "scripting/panel/ScriptFiles.h"
@@ -16,6 +17,7 @@
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QStatusBar>
 #include <QToolButton>
 #include <QWindow>
 
@@ -175,6 +177,10 @@ void VXMacroWindowController::setUpRuns()
     connect(m_window->parts().prompt, &PromptLine::aboutToRun, this,
             &VXMacroWindowController::tellOfMissingPython);
     connect(&pump, &RunPump::pumped, m_window->parts().consoleText, &ConsoleView::showPending);
+    auto *summary = new RunSummary(m_window.get());
+    connect(&pump, &RunPump::runStarted, summary, &RunSummary::begin);
+    connect(&pump, &RunPump::runEnded, summary,
+            [this, summary] { m_window->statusBar()->showMessage(summary->end()); });
     connect(&pump, &RunPump::runEnded, m_window.get(), [this] { m_window->setRunning(false); });
 }
 

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <csignal>
@@ -31,6 +32,11 @@ private Q_SLOTS:
     void endsWholly_data();
     void endsWholly();
     void leavesOneUndoStep();
+    void takesScriptsAsTheyCome();
+    void comforts();
+    void writesStubsThatHold();
+    void standsHostileCalls_data();
+    void standsHostileCalls();
     void waitsForNobody();
     void savesOnlyWhatWorked_data();
     void savesOnlyWhatWorked();
@@ -243,6 +249,118 @@ void HeadlessTest::leavesOneUndoStep()
          m_file});
     QCOMPARE(ended.errors, QString());
     QCOMPARE(ended.output, u"0 True None True\n"_s);
+}
+
+/// From the standard input, with arguments, for a version, by a line of its own.
+void HeadlessTest::takesScriptsAsTheyCome()
+{
+    m_program = u"runebook"_s;
+    QProcess process;
+    start(process, {u"--run"_s, u"-"_s, m_file, u"--"_s, u"--verbose"_s, u"a b"_s});
+    process.write("import sys\nprint(sys.argv, len(Doc))\n1/0\n");
+    process.closeWriteChannel();
+    QVERIFY(process.waitForFinished(60'000));
+    QCOMPARE(process.exitCode(), 1);
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("['-', '--verbose', 'a b'] 2395\n"));
+    QVERIFY(process.readAllStandardError().contains("File \"<stdin>\", line 3"));
+
+    const QString script =
+        write(u"tool.py"_s,
+              u"#!/usr/bin/env -S %1 --run\nimport sys\nprint(len(sys.argv), len(Doc))\n"_s.arg(
+                  QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook")));
+    QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
+    QProcess tool;
+    tool.start(script, {m_file});
+    QVERIFY(tool.waitForFinished(60'000));
+    QCOMPARE(tool.readAllStandardOutput(), QByteArray("1 2395\n"));
+    QCOMPARE(run({u"--eval"_s, u"print(sys.argv)"_s, u"--"_s, u"x"_s}).output, u"['-c', 'x']\n"_s);
+
+    QCOMPARE(run({u"--require-python"_s, u"3.9"_s, u"--eval"_s, u"print(1)"_s}).output, u"1\n"_s);
+    const Ended old = run({u"--require-python"_s, u"3.99"_s, u"--eval"_s, u"print(1)"_s});
+    QCOMPARE(old.status, 3);
+    QCOMPARE(old.output, QString());
+    QCOMPARE(run({u"--require-python"_s, u"new"_s, u"--eval"_s, u"print(1)"_s}).status, 2);
+}
+
+void HeadlessTest::comforts()
+{
+    m_program = u"runebook"_s;
+    const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/comfort.py"_s), m_file});
+    QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
+    QVERIFY(ended.output.contains(u"checked 9"_s));
+    // As the pane lists them.
+    const QString before = content(m_file);
+    write(u"sample.xml"_s, QString(before).replace("name=\"Aacute\""_L1, "name=\"A\""_L1));
+    QCOMPARE(
+        run({u"--eval"_s,
+             u"print([(p['kind'], p['index'], p['info'].name) for p in Doc.problems() if p['name'] == 'A'])"_s,
+             m_file})
+            .output,
+        u"[('duplicateName', 0, 'A'), ('duplicateName', 1, 'A')]\n"_s);
+}
+
+/// The examples and the guide, as a type checker sees them with the stubs that the program writes.
+void HeadlessTest::writesStubsThatHold()
+{
+    const QString checker = QStandardPaths::findExecutable(u"mypy"_s);
+    if (checker.isEmpty())
+        QSKIP("mypy: tools/install-packages brings it");
+    m_program = u"runebook"_s;
+    const QString stubs = m_folder->filePath(u"stubs"_s), scripts = m_folder->filePath(u"scripts"_s);
+    const Ended written = run({u"--python-stubs"_s, stubs});
+    QVERIFY2(written.status == 0, qPrintable(written.errors));
+    QVERIFY(QDir().mkpath(scripts));
+    const QString prelude = u"import sys, objc, os\nfrom AppKit import *\nfrom Foundation import *\n"
+                            "from MainApp import *\n"_s;
+    int count = 0;
+    const auto add = [&](const QString &text) { write(u"scripts/s%1.py"_s.arg(count++), prelude + text); };
+    for (const QFileInfo &example : QDir(source(u"resources/scripts/examples"_s)).entryInfoList({u"*.py"_s}))
+        add(content(example.filePath()));
+    static const QRegularExpression block(u"```python\n(.*?)```"_s,
+                                          QRegularExpression::DotMatchesEverythingOption);
+    for (auto found = block.globalMatch(content(source(u"docs/scripting.md"_s))); found.hasNext();)
+        add(found.next().captured(1));
+    add(u"Doc.noSuchOperation_(1)\n"_s);
+    add(u"Doc.insertObject_inInfosAtIndex_('x', 3)\n"_s);
+    add(u"Doc['A'].name = 3\n"_s);
+    QStringList arguments {u"--no-incremental"_s, u"--check-untyped-defs"_s,
+                           u"--disable-error-code=var-annotated"_s, u"--no-error-summary"_s};
+    for (int i = 0; i < count; ++i)
+        arguments << scripts + u"/s%1.py"_s.arg(i);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"MYPYPATH"_s, stubs);
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(m_folder->path());
+    process.start(checker, arguments);
+    QVERIFY(process.waitForFinished(300'000));
+    QStringList complaints =
+        QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError())
+            .split(u'\n', Qt::SkipEmptyParts);
+    complaints.sort();
+    // The three that are wrong, and no other.
+    QVERIFY2(complaints.size() == 3, qPrintable(complaints.join(u'\n')));
+    for (int i = 0; i < 3; ++i)
+        QVERIFY2(complaints[i].contains(u"s%1.py:5: error"_s.arg(count - 3 + i)), qPrintable(complaints[i]));
+}
+
+void HeadlessTest::standsHostileCalls_data()
+{
+    QTest::addColumn<int>("seed");
+    const int seeds =
+        qEnvironmentVariableIsSet("RUNEBOOK_SEEDS") ? qEnvironmentVariableIntValue("RUNEBOOK_SEEDS") : 2;
+    for (int seed = 1; seed <= seeds; ++seed)
+        QTest::addRow("seed %d", seed) << seed;
+}
+
+/// Everything that scripts reach, with arguments that nobody would give: RUNEBOOK_SEEDS runs more of them.
+void HeadlessTest::standsHostileCalls()
+{
+    QFETCH(int, seed);
+    m_program = u"runebook"_s;
+    const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/hostile.py"_s), m_file, u"--"_s,
+                             QString::number(seed), u"2000"_s});
+    QVERIFY2(ended.output.contains(u"called 2000"_s), qPrintable(ended.output + ended.errors.right(3000)));
 }
 
 /// With the program itself: what would show a box says its line.

@@ -25,8 +25,11 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
-#include <QTextBlock>
+#include <QRegularExpression>
 #include <QSignalSpy>
+#include <QStatusBar>
+#include <QTextBlock>
+#include <QTimer>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -101,6 +104,9 @@ private Q_SLOTS:
     void refusesWhatIsNoScript_data();
     void refusesWhatIsNoScript();
     void isClearedByTheMenuAtOnce();
+    void asksForInput();
+    void saysWhatARunChanged_data();
+    void saysWhatARunChanged();
     void restoresTabs_data();
     void restoresTabs();
     void keepsTabsOverARestart();
@@ -254,7 +260,8 @@ void MacroPanelTest::takesDroppedFiles()
     QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(editor, &drop);
     QCOMPARE(panel.activeMacroController()->code(), u"x = 1\n"_s);
-    QCOMPARE(qobject_cast<VXMacroViewController *>(panel.tabBarControl()->tabItems().first())->code(), before);
+    QCOMPARE(qobject_cast<VXMacroViewController *>(panel.tabBarControl()->tabItems().first())->code(),
+             before);
 }
 
 void MacroPanelTest::refusesWhatIsNoScript_data()
@@ -319,6 +326,66 @@ void MacroPanelTest::isClearedByTheMenuAtOnce()
     QCoreApplication::processEvents();
     QCOMPARE(panel.write(), u"behind\n"_s);
     handler->setMacroPanelController(nullptr);
+}
+
+void MacroPanelTest::asksForInput()
+{
+    VXMacroWindowController panel;
+    panel.showPanel();
+    VXScriptingHandler::sharedHandler()->setMacroPanelController(&panel);
+    int asked = 0;
+    QTimer answering;
+    connect(&answering, &QTimer::timeout, this, [&asked] {
+        auto *dialog = qobject_cast<QInputDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        dialog->setTextValue(u"typed"_s);
+        ++asked < 3 ? dialog->accept() : dialog->reject();
+    });
+    answering.start(5);
+    runPanelCode(u"print('got', input('Name? '))\nimport sys\nprint('read', sys.stdin.readline(), end='')"_s);
+    QCOMPARE(panel.write(), u"Name? typed\ngot typed\nread typed\n"_s);
+    runPanelCode(u"input()"_s);
+    QVERIFY2(panel.write().contains(u"EOFError"_s), qPrintable(panel.write()));
+    QCOMPARE(asked, 3);
+    VXScriptingHandler::sharedHandler()->setMacroPanelController(nullptr);
+}
+
+void MacroPanelTest::saysWhatARunChanged_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QString>("line"); // with the time left out
+    const auto row = [](const char *code, const char *line) {
+        QTest::newRow(code) << QString::fromUtf8(code) << QString::fromUtf8(line);
+    };
+    row("for i in Doc: i.name += 'x'", "Renamed 3 glyphs, one undo step");
+    row("Doc[0].name = 'x'; Doc[0].name = 'y'", "Renamed 1 glyph, one undo step");
+    row("Doc[0].name = 'x'; Doc[1].category = 'y'; Doc.addInfo_(newInfo('n'))",
+        "Changed 2 glyphs, added 1 glyph, one undo step");
+    row("Doc.removeObjectFromInfosAtIndex_(0)", "Removed 1 glyph, one undo step");
+    row("print(len(Doc))", "Changed nothing");
+    row("Doc[0].name = 'x'\n1/0", "Ended by an error. Renamed 1 glyph, one undo step");
+}
+
+void MacroPanelTest::saysWhatARunChanged()
+{
+    VXMacroWindowController panel;
+    panel.showPanel();
+    auto document = std::make_unique<VXDocument>();
+    for (const QString &name : {u"a"_s, u"b"_s, u"c"_s}) {
+        const auto info = std::make_shared<VXGlyphInfo>();
+        info->setName(name);
+        document->addInfo(info);
+    }
+    document->flushChanges();
+    DocumentController::shared().addDocument(document.get());
+    QFETCH(QString, code);
+    runPanelCode(code);
+    static const QRegularExpression time(u" \\(\\d+\\.\\d s\\)"_s);
+    QString line = panel.window()->statusBar()->currentMessage();
+    QVERIFY2(time.match(line).hasMatch(), qPrintable(line));
+    QTEST(line.remove(time), "line");
+    document.release()->close();
 }
 
 void MacroPanelTest::restoresTabs_data()

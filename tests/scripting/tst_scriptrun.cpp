@@ -243,8 +243,9 @@ void ScriptRunTest::refusesWrongWrites()
         "             lambda: sys.stdout.write('a', 'b')):\n"
         "    try: call()\n"
         "    except TypeError: print('refused')\n"
-        "print(repr(sys.stdout.write('x')), repr(sys.stderr.flush()), sys.stdout.__doc__)"_s);
-    QCOMPARE(m_console.output, u"refused\nrefused\nrefused\nx'' '' doc for TesselOut\n"_s);
+        "import TesselOut as o, TesselErr as e\n"
+        "print(repr(o.write('x')), repr(e.flush()), o.__doc__, sys.stdout.write('y'))"_s);
+    QCOMPARE(m_console.output, u"refused\nrefused\nrefused\nxy'' '' doc for TesselOut 1\n"_s);
 }
 
 void ScriptRunTest::tellsOfMenuReloads()
