@@ -158,7 +158,7 @@ QVariantList VXAppDelegate::problemsOfDocument(VXDocument *document) const
     static constexpr std::array kWords {
         "missingName",    "invalidName",      "duplicateName", "invalidCodePoint", "duplicateCodePoint",
         "manyCodePoints", "quoteOrBreak",     "lostValue",     "comment",          "unknownAttribute",
-        "unreadRest",     "droppedAttribute", "foreignLine",   "fileForm"};
+        "unreadRest",     "droppedAttribute", "foreignLine",   "otherMeaning",     "fileForm"};
     static_assert(kWords.size() == kProblemKindCount);
     QVariantList list;
     if (!document)
