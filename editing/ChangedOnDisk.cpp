@@ -7,6 +7,7 @@
 #include "platform/UserDefaults.h"
 
 #include <QHBoxLayout>
+#include <QJsonArray>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
@@ -95,11 +96,13 @@ QString ChangedOnDisk::text() const
 
 void ChangedOnDisk::fileHasChanged(FileWatch::Change change)
 {
+    // What is being typed has no place in another version, so it counts as an edit here.
     const bool isGone = change == FileWatch::Change::Removed || change == FileWatch::Change::Emptied;
     m_quiet.stop();
     if (change == FileWatch::Change::None)
         hide();
-    else if (isGone || m_document.isDocumentEdited() || !UserDefaults::standard().boolForKey(kReload))
+    else if (isGone || m_document.isDocumentEdited() || !m_document.pendingTexts().isEmpty()
+             || !UserDefaults::standard().boolForKey(kReload))
         showChoice(change);
     else
         m_quiet.start();

@@ -1,7 +1,10 @@
 #include "editing/CodePointTokens.h"
 
+#include "model/CodePointRules.h"
+#include "model/FieldValue.h"
 #include "model/StringHelpers.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 
 namespace runebook {
@@ -18,6 +21,41 @@ QStringList normalizedCodePointTokens(const QStringList &tokens)
             kept << padded;
     }
     return kept;
+}
+
+CodePointText codePointsOfText(const QString &text)
+{
+    CodePointText result;
+    for (const QString &token : codePointTokensInText(text)) {
+        const QString normalized = normalizedCodePointTokens({token}).value(0);
+        const CodePointObjection objection = objectionToCodePoint(normalized.toStdString());
+        // A file can hold other forms of the number, and the list of problems offers to correct them.
+        if (objection == CodePointObjection::None || objection == CodePointObjection::Form)
+            result.kept << normalized;
+        else
+            result.leftOut << token;
+    }
+    return result;
+}
+
+QString CodePointText::remark() const
+{
+    constexpr qsizetype kQuoted = 5;
+    constexpr qsizetype kLongest = 20;
+    const auto tr = [](const char *text) { return QCoreApplication::translate("CodePointTokens", text); };
+    QStringList words;
+    if (!leftOut.isEmpty()) {
+        QStringList quoted;
+        for (const QString &token : leftOut.first(qMin(leftOut.size(), kQuoted)))
+            quoted << u'“' + (token.size() > kLongest ? token.first(kLongest) + u'…' : token) + u'”';
+        if (leftOut.size() > kQuoted)
+            quoted << u"…"_s;
+        words << tr("Left out, for it is no code point: %1").arg(quoted.join(kListSeparator));
+    }
+    if (kept.size() > kCodePointsInFile)
+        words << tr("A file keeps two code points of a glyph. Saving will leave out: %1")
+                     .arg(kept.sliced(kCodePointsInFile).join(kListSeparator));
+    return words.isEmpty() ? QString() : words.join(u'\n');
 }
 
 QStringList codePointTokensInText(const QString &text)

@@ -12,4 +12,17 @@ QStringList normalizedCodePointTokens(const QStringList &tokens);
 /// "0x" in front of a piece go, as copied code points often have them.
 QStringList codePointTokensInText(const QString &text);
 
+/// What a field for code points makes of a text.
+struct CodePointText {
+    QStringList kept; ///< in their final form
+    QStringList leftOut; ///< as they were typed: what is no code point
+    /// A word on what the user would not expect: what was left out, and what no file will keep; null for
+    /// none.
+    QString remark() const;
+};
+CodePointText codePointsOfText(const QString &text);
+
+/// A file keeps so many code points of a record.
+inline constexpr qsizetype kCodePointsInFile = 2;
+
 } // namespace runebook

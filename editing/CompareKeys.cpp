@@ -1,5 +1,7 @@
 #include "editing/CompareKeys.h"
 
+#include "editing/ComparedFields.h"
+
 #include <array>
 #include <bit>
 
@@ -145,7 +147,7 @@ bool KeyPass::advance(std::size_t count)
         return false;
     const std::size_t end = m_next + std::min(count, m_source.size() - m_next);
     while (m_next < end)
-        compare(*m_source[m_next++]);
+        compare(m_source[m_next++]);
     return m_next == m_source.size();
 }
 
@@ -159,8 +161,9 @@ bool KeyPass::isEqualAsRead(const VXGlyphInfo &info) const
     return !line.empty() && line == lineAsRead(*m_other[m_expected]);
 }
 
-void KeyPass::compare(const VXGlyphInfo &info)
+void KeyPass::compare(const InfoPtr &compared)
 {
+    const VXGlyphInfo &info = *compared;
     if (isEqualAsRead(info)) {
         ++m_expected;
         // Records without description never count as equal.
@@ -182,7 +185,7 @@ void KeyPass::compare(const VXGlyphInfo &info)
         return;
     }
     m_expected = place + 1;
-    if (!info.isEqualToInfo(m_other[place]))
+    if (!countAsEqual(compared, m_other[place]))
         m_different += QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
 }
 

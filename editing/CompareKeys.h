@@ -18,7 +18,7 @@ enum class CompareKey { Name = 0, Unicode = 1, Production = 2 };
 enum class CompareMode {
     OnlyRight = 0, ///< missing on the left
     OnlyLeft = 1, ///< missing on the right
-    Different = 2, ///< on both sides, but not equal by VXGlyphInfo::isEqualToInfo
+    Different = 2, ///< on both sides, but not equal by countAsEqual()
 };
 
 inline constexpr int kCompareModeCount = 3;
@@ -83,7 +83,7 @@ public:
     const QStringList &different() const { return m_different; }
 
 private:
-    void compare(const VXGlyphInfo &info);
+    void compare(const InfoPtr &compared);
     bool isEqualAsRead(const VXGlyphInfo &info) const;
 
     const InfoList &m_source;

@@ -255,7 +255,7 @@ QString VXCompareDataWindow::note() const
         return {};
     if (!differingFields(*left.front(), *right.front()).empty())
         return {};
-    if (left.front()->isEqualToInfo(right.front()))
+    if (countAsEqual(left.front(), right.front()))
         return tr("These records are equal now.");
     return tr(
         "These records agree in every field. They are listed because records without a description always "

@@ -3,6 +3,7 @@
 #include "editing/GlyphColumns.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 #include <unordered_set>
 
 namespace runebook {
@@ -98,11 +99,9 @@ std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphFi
         return buffer;
     }
     const FieldValue &value = info.stored(field);
-    if (value.isAbsent())
-        return {};
-    if (value.isList())
-        return comparableList(value.toList(info.sourceData()), buffer);
-    return info.utf8(field, buffer);
+    const std::string_view text =
+        value.isList() ? comparableList(value.toList(info.sourceData()), buffer) : info.utf8(field, buffer);
+    return text.empty() ? std::nullopt : std::optional(text);
 }
 
 bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field)
@@ -138,6 +137,29 @@ std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, cons
             differing.push_back(&field);
     }
     return differing;
+}
+
+bool countAsEqual(const InfoPtr &left, const InfoPtr &right)
+{
+    if (left->isEqualToInfo(right))
+        return true;
+    std::string leftBuffer;
+    std::string rightBuffer;
+    const auto isEqual = [&](GlyphField field) {
+        return comparableValue(*left, field, leftBuffer) == comparableValue(*right, field, rightBuffer);
+    };
+    constexpr GlyphField kFields[] {
+        GlyphField::Name,     GlyphField::Unicodes,    GlyphField::SortName,   GlyphField::SortNameKeep,
+        GlyphField::Category, GlyphField::SubCategory, GlyphField::Decompose,  GlyphField::Anchors,
+        GlyphField::Marks,    GlyphField::Script,      GlyphField::Production, GlyphField::Direction,
+        GlyphField::AltNames,
+    };
+    if (!std::all_of(std::begin(kFields), std::end(kFields), isEqual))
+        return false;
+    // As there: a record without description passes only against one that has one.
+    const bool hasNone = left->desc().isEmpty();
+    const bool same = hasNone ? right->desc().isEmpty() : isEqual(GlyphField::Desc);
+    return same != hasNone;
 }
 
 } // namespace runebook

@@ -20,7 +20,8 @@ struct ComparedField {
 const QList<ComparedField> &comparedFields();
 QString titleOf(const ComparedField &field);
 
-/// A value that is equal for equal texts, lists or numbers, and for no others; nothing for an absent value.
+/// A value that is equal for equal texts, lists or numbers, and for no others; nothing for an absent or empty
+/// value.
 /// Valid as long as the record and \a buffer stay.
 std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,
                                                 std::string &buffer);
@@ -32,5 +33,9 @@ bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField fie
 /// The fields in which two records differ, all of them: case, legacy code point and old sort name too. Empty
 /// and absent count as the same, as in files.
 std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, const VXGlyphInfo &right);
+
+/// Whether a window that compares two records takes them as equal: as VXGlyphInfo::isEqualToInfo() does, with
+/// empty and absent as one.
+bool countAsEqual(const InfoPtr &left, const InfoPtr &right);
 
 } // namespace runebook

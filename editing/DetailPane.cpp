@@ -1,5 +1,6 @@
 #include "editing/DetailPane.h"
 
+#include "editing/ErrorBubble.h"
 #include "editing/FieldRemarks.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
@@ -7,9 +8,11 @@
 #include "editing/PreviewLabel.h"
 #include "editing/SignalColors.h"
 #include "editing/UnicodesTokenField.h"
+#include "editing/VXUnicodeFormatter.h"
 #include "editing/VXValidatingTextField.h"
 #include "editing/VXWindowController.h"
 #include "editing/VocabularyComboBox.h"
+#include "platform/CallLater.h"
 #include "platform/PlainText.h"
 
 #include <QCoreApplication>
@@ -92,6 +95,9 @@ DetailPane::DetailPane(VXWindowController &window, QWidget *parent)
     connect(&m_compareTimer, &QTimer::timeout, this, &DetailPane::compareRest);
     m_scrollArea = scroll;
     document().addPendingTexts(this, [this] { return pendingTexts(); });
+    connect(&document(), &VXDocument::infosChanged, this, &DetailPane::validateFields);
+    connect(&document(), &VXDocument::infosInserted, this, &DetailPane::validateFields);
+    connect(&document(), &VXDocument::infosRemoved, this, &DetailPane::validateFields);
 }
 
 DetailPane::~DetailPane() = default;
@@ -121,6 +127,8 @@ void DetailPane::buildRows(QGridLayout &layout)
     addLine(layout, GlyphField::Marks, u"infoLableAccents"_s);
     addValidatingLine(layout, GlyphField::AltNames, u"infoLableAltNames"_s);
     addLine(layout, GlyphField::UnicodeLegacy, u"infoLableLegacy"_s);
+    auto *legacy = qobject_cast<QLineEdit *>(m_rows.back().editor);
+    (new VXUnicodeFormatter(legacy))->attachTo(legacy);
     addTextBox(layout, GlyphField::Desc, u"infoLableDescription"_s);
     // The last one takes what room there is.
     layout.setRowStretch(gridRowOf(m_rows.size() - 1), 1);
@@ -213,7 +221,7 @@ void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString 
     };
     connect(box, &VocabularyComboBox::textCommitted, this, [this, box] {
         if (Row *committed = rowOf(box))
-            commitRow(*committed);
+            commitRow(*committed, Stay::Leaving);
     });
 }
 
@@ -231,7 +239,7 @@ void DetailPane::addTokens(QGridLayout &layout, const QString &captionName)
     };
     connect(tokens, &UnicodesTokenField::tokensCommitted, this, [this, tokens] {
         if (Row *committed = rowOf(tokens))
-            commitRow(*committed);
+            commitRow(*committed, Stay::Leaving);
     });
 }
 
@@ -270,7 +278,8 @@ void DetailPane::showSelection()
 {
     InfoList selected = m_window.infolistController()->selectedObjects();
     if (selected != m_shown) {
-        commitEditing();
+        if (!commitEditing())
+            takeBackRefused();
         m_shown = std::move(selected);
         for (Row &row : m_rows)
             showRow(row);
@@ -283,6 +292,7 @@ void DetailPane::showSelection()
     }
     m_emptyLabel->setVisible(m_shown.empty());
     m_scrollArea->setVisible(!m_shown.empty());
+    validateFields();
     showPreview();
 }
 
@@ -388,52 +398,110 @@ QJsonArray DetailPane::pendingTexts() const
     return texts;
 }
 
-void DetailPane::commitEditing()
+bool DetailPane::commitEditing(Error *refusal)
 {
-    for (Row &row : m_rows)
-        commitRow(row);
+    return std::all_of(m_rows.begin(), m_rows.end(),
+                       [&](Row &row) { return commitRow(row, Stay::HoldsFocus, refusal); });
 }
 
-void DetailPane::commitRow(Row &row)
+bool DetailPane::commitRow(Row &row, Stay stay, Error *refusal)
 {
+    if (m_isShowing || m_shown.empty())
+        return true;
+    QString remark;
+    if (auto *tokens = qobject_cast<UnicodesTokenField *>(row.editor))
+        remark = tokens->settle();
     const QString text = row.text();
-    if (m_isShowing || m_shown.empty() || text == row.loaded)
-        return;
-    // First: telling of the change comes back here.
-    row.loaded = text;
-    Error error;
-    if (!setFieldFromText(document(), m_shown, row.field, text, &error)) {
-        m_window.showRemark(remarkOnRefusal(document(), m_shown, row.field, text, error));
-        showRow(row);
+    if (text != row.loaded) {
+        if (const Error reason = objectionToText(document(), m_shown, row.field, text);
+            !reason.domain.isEmpty()) {
+            sayRefusal(row, reason, stay);
+            return fail(refusal, reason);
+        }
+        // First: telling of the change comes back here.
+        row.loaded = text;
+        setFieldFromText(document(), m_shown, row.field, text);
+        document().flushChanges();
+        if (const std::optional<FieldRemark> loss = remarkOnValue(document(), m_shown, row.field))
+            m_window.showRemark(*loss);
+    }
+    if (!remark.isNull())
+        callLater(row.editor, [editor = row.editor, remark] { ErrorBubble::remark(editor, remark); });
+    return true;
+}
+
+void DetailPane::sayRefusal(const Row &row, const Error &reason, Stay stay)
+{
+    FieldRemark remark = remarkOnRefusal(document(), m_shown, row.field, row.text(), reason);
+    if (!remark.offer.isEmpty()) {
+        remark.takeOffer = [this, editor = row.editor, take = remark.takeOffer] {
+            revert(editor);
+            take();
+        };
+        m_window.showRemark(remark);
+    }
+    if (stay == Stay::HoldsFocus) {
+        m_scrollArea->ensureWidgetVisible(row.editor);
+        row.editor->setFocus();
+        ErrorBubble::show(row.editor, reason);
         return;
     }
-    document().flushChanges();
-    if (const std::optional<FieldRemark> remark = remarkOnValue(document(), m_shown, row.field))
-        m_window.showRemark(*remark);
+    // A field that is left shows its mark; the others say it, after the event that takes bubbles away.
+    const auto *marked = qobject_cast<VXValidatingTextField *>(row.editor);
+    if (!marked || marked->errorHint().isEmpty())
+        callLater(row.editor, [editor = row.editor, reason] { ErrorBubble::show(editor, reason); });
 }
 
-void DetailPane::revertRow(QWidget *editor)
+/// Where the records are another program's or script's choice, a refused text has no place to stay.
+void DetailPane::takeBackRefused()
 {
-    if (Row *row = rowOf(editor))
+    for (Row &row : m_rows) {
+        if (row.text() == row.loaded)
+            continue;
+        m_window.showMessage(
+            tr("“%1” was not taken: %2")
+                .arg(row.text(), objectionToText(document(), m_shown, row.field, row.text()).text()));
+        showRow(row);
+    }
+}
+
+bool DetailPane::hasPendingText(const QObject *editor) const
+{
+    const auto row = std::find_if(m_rows.begin(), m_rows.end(),
+                                  [editor](const Row &candidate) { return candidate.editor == editor; });
+    if (row == m_rows.end() || m_shown.empty())
+        return false;
+    const auto *tokens = qobject_cast<UnicodesTokenField *>(row->editor);
+    return row->text() != row->loaded || (tokens && tokens->hasPendingText());
+}
+
+void DetailPane::revert(const QObject *editor)
+{
+    if (Row *row = rowOf(editor)) {
         showRow(*row);
+        validateFields();
+    }
+}
+
+/// What may stand in a field depends on all records, so it is asked again whenever one has changed.
+void DetailPane::validateFields()
+{
+    for (const Row &row : m_rows) {
+        if (auto *field = qobject_cast<VXValidatingTextField *>(row.editor))
+            field->validateAgain();
+    }
 }
 
 bool DetailPane::textFieldHasValidContent(QObject *object)
 {
     auto *field = qobject_cast<VXValidatingTextField *>(object);
     const Row *row = rowOf(object);
-    if (!field || !row || m_shown.empty())
+    if (!field || !row)
         return true;
-    QString hint;
-    if (row->field == GlyphField::AltNames) {
-        const QString name = repeatingName(document(), field->text().split(kListSeparator));
-        if (!name.isNull())
-            hint = tr("Repeating name: %1").arg(name);
-    } else if (row->field == GlyphField::Name && m_shown.size() == 1) {
-        Error error;
-        if (!m_shown.front()->validateName(field->text(), &error))
-            hint = error.description.section(u'\n', 0, 0);
-    }
+    // Several records have no one name to object to.
+    const bool isAsked = !m_shown.empty() && field->isEnabled();
+    const Error reason = isAsked ? objectionToText(document(), m_shown, row->field, field->text()) : Error();
+    const QString hint = reason.description.section(u'\n', 0, 0);
     field->setErrorHint(hint);
     const bool isSomebodys = !repeatingName(document(), field->text().split(kListSeparator)).isNull();
     field->extraButton()->setVisible(!hint.isEmpty() && isSomebodys);
@@ -446,17 +514,17 @@ bool DetailPane::eventFilter(QObject *object, QEvent *event)
         const auto reason = static_cast<QFocusEvent *>(event)->reason();
         Row *row = rowOf(object);
         if (row && reason != Qt::PopupFocusReason && reason != Qt::MenuBarFocusReason)
-            commitRow(*row);
+            commitRow(*row, Stay::Leaving);
     } else if (event->type() == QEvent::KeyPress) {
         const auto *key = static_cast<QKeyEvent *>(event);
         Row *row = rowOf(object);
-        if (row && key->key() == Qt::Key_Escape && row->text() != row->loaded) {
-            revertRow(row->editor);
+        if (row && key->key() == Qt::Key_Escape && hasPendingText(row->editor)) {
+            revert(row->editor);
             return true;
         }
         const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
         if (row && isReturn && qobject_cast<QLineEdit *>(object)) {
-            commitRow(*row);
+            commitRow(*row, Stay::HoldsFocus);
             return true;
         }
     }

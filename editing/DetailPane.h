@@ -9,6 +9,7 @@
 
 class QGridLayout;
 class QLabel;
+class QScrollArea;
 class VXWindowController;
 
 namespace runebook {
@@ -17,7 +18,8 @@ class PreviewLabel;
 
 /// The fields of the selected records beside the table, with the preview on top. Several records show what
 /// they have in common, and an edit goes to all of them. What was typed is committed when the field is left,
-/// another record is chosen or the document is saved; Escape takes it back.
+/// another record is chosen or the document is saved; Escape takes it back. A text that is refused stays in
+/// its field until it is corrected or taken back.
 class DetailPane : public QWidget
 {
     Q_OBJECT
@@ -27,8 +29,13 @@ public:
 
     /// Shows the window's selection; what was typed for the records shown before is committed first.
     void showSelection();
-    /// Gives what stands in the fields to the records. Refused texts are taken back, with a message.
-    void commitEditing();
+    /// Gives what stands in the fields to the records. False, an error and a word at the field, which gets
+    /// the focus, when a text is refused.
+    bool commitEditing(Error *refusal = nullptr);
+    /// Whether \a editor is one of the pane's and holds something that is not in the records yet.
+    bool hasPendingText(const QObject *editor) const;
+    /// Shows in \a editor what the records hold.
+    void revert(const QObject *editor);
     /// Puts the cursor into the name, all of it selected.
     void editName();
     /// Whether the content of a field may stay; sets its error hint and shows or hides its extra button.
@@ -68,8 +75,11 @@ private:
     void showRow(Row &row);
     void showValue(Row &row, const CommonValue &value);
     void compareRest();
-    void commitRow(Row &row);
-    void revertRow(QWidget *editor);
+    enum class Stay { Leaving, HoldsFocus };
+    bool commitRow(Row &row, Stay stay, Error *refusal = nullptr);
+    void sayRefusal(const Row &row, const Error &reason, Stay stay);
+    void takeBackRefused();
+    void validateFields();
     Row *rowOf(const QObject *editor);
     void showPreview();
     void noteTyping();
@@ -80,7 +90,7 @@ private:
     PreviewLabel *m_previewLabel;
     QLabel *m_emptyLabel;
     QWidget *m_form;
-    QWidget *m_scrollArea = nullptr; ///< around the form
+    QScrollArea *m_scrollArea = nullptr; ///< around the form
     std::vector<Row> m_rows;
     InfoList m_shown;
     QTimer m_compareTimer; ///< runs while a large selection is still being compared

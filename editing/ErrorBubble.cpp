@@ -10,6 +10,7 @@
 
 namespace runebook {
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
@@ -20,7 +21,13 @@ constexpr int kWidest = 320;
 
 } // namespace
 
-void ErrorBubble::show(QWidget *control, const Error &error)
+void ErrorBubble::remark(QWidget *control, const QString &text, const QRect &area)
+{
+    if (!text.isEmpty())
+        show(control, {u"Runebook"_s, 0, text, {}, {}}, area);
+}
+
+void ErrorBubble::show(QWidget *control, const Error &error, const QRect &area)
 {
     if (!control || !control->isVisible()) {
         ErrorPresenter::shared().present(error);
@@ -29,7 +36,7 @@ void ErrorBubble::show(QWidget *control, const Error &error)
     for (ErrorBubble *earlier : control->window()->findChildren<ErrorBubble *>())
         delete earlier;
     auto *bubble = new ErrorBubble(control, error.text());
-    bubble->placeAt(*control);
+    bubble->placeAt(*control, area.isNull() ? control->rect() : area);
     bubble->QLabel::show();
     bubble->raise();
     QAccessibleEvent alert(bubble, QAccessible::Alert);
@@ -53,16 +60,16 @@ ErrorBubble::ErrorBubble(QWidget *control, const QString &text) : QLabel(control
     QTimer::singleShot(6s, this, &QObject::deleteLater);
 }
 
-void ErrorBubble::placeAt(const QWidget &control)
+void ErrorBubble::placeAt(const QWidget &control, const QRect &area)
 {
     const QRect room = parentWidget()->rect().adjusted(4, 4, -4, -4);
     const int width =
         std::min({kWidest, room.width(), fontMetrics().horizontalAdvance(text()) + 2 * kPadding + 2});
     resize(width, heightForWidth(width));
-    const QRect below(control.mapTo(parentWidget(), QPoint(0, control.height() + 3)), size());
+    const QRect below(control.mapTo(parentWidget(), area.bottomLeft() + QPoint(0, 4)), size());
     const int x = std::clamp(below.x(), room.left(), std::max(room.left(), room.right() - width));
     const bool fitsBelow = below.bottom() <= room.bottom();
-    move(x, fitsBelow ? below.y() : control.mapTo(parentWidget(), QPoint(0, -height() - 3)).y());
+    move(x, fitsBelow ? below.y() : control.mapTo(parentWidget(), area.topLeft()).y() - height() - 3);
 }
 
 bool ErrorBubble::eventFilter(QObject *watched, QEvent *event)

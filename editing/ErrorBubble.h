@@ -12,9 +12,11 @@ class ErrorBubble : public QLabel
 {
     Q_OBJECT
 public:
-    /// Shows \a error at \a control, in place of an earlier one; without a visible control the error goes to
-    /// the error presenter.
-    static void show(QWidget *control, const Error &error);
+    /// Shows \a error at \a control, or at the part \a area of it, in place of an earlier one; without a
+    /// visible control the error goes to the error presenter.
+    static void show(QWidget *control, const Error &error, const QRect &area = {});
+    /// The same for a sentence that is no refusal; nothing for an empty one.
+    static void remark(QWidget *control, const QString &text, const QRect &area = {});
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -22,7 +24,7 @@ protected:
 
 private:
     ErrorBubble(QWidget *control, const QString &text);
-    void placeAt(const QWidget &control);
+    void placeAt(const QWidget &control, const QRect &area);
 };
 
 } // namespace runebook

@@ -24,8 +24,46 @@ Error refusal(const QString &reason)
     return {u"EditError"_s, 1, reason, {}, {}};
 }
 
-/// Why the text cannot be the field's value for these records; an empty domain when it can.
-Error objection(const VXDocument &document, const InfoList &infos, GlyphField field, const QString &text)
+/// Stores a text that nothing objects to; an emptied field becomes absent.
+void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
+{
+    if (text.isEmpty()) {
+        info.clear(field);
+        return;
+    }
+    switch (field) {
+    case GlyphField::Unicodes:
+        info.setUnicodes(codePointTokensInText(text));
+        break;
+    case GlyphField::AltNames:
+        info.setAltNames(text.split(kListSeparator));
+        break;
+    case GlyphField::Case:
+        info.setCase(VXGlyphInfo::caseFromString(text));
+        break;
+    case GlyphField::Direction:
+        info.setDirection(VXGlyphInfo::directionFromString(text));
+        break;
+    case GlyphField::UnicodeLegacy:
+        // The setter leaves no step of its own; for the user it is an edit like any other.
+        info.editText(field, text);
+        break;
+    default:
+        info.setValueForKey(text, keyOfField(field));
+        break;
+    }
+}
+
+/// What the field would show after the text was stored.
+QString textAsStored(GlyphField field, const QString &text)
+{
+    return field == GlyphField::Unicodes ? codePointsOfText(text).kept.join(kListSeparator) : text;
+}
+
+} // namespace
+
+Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
+                      const QString &text)
 {
     Error error;
     if (takesOthers(objectionToFileText(text)))
@@ -34,7 +72,8 @@ Error objection(const VXDocument &document, const InfoList &infos, GlyphField fi
     case GlyphField::Name:
         if (infos.size() > 1)
             return refusal(tr("Several glyphs cannot have the same name."));
-        infos.front()->validateName(text, &error);
+        if (!infos.empty())
+            infos.front()->validateName(text, &error);
         return error;
     case GlyphField::AltNames:
         if (const QString name = repeatingName(document, text.split(kListSeparator)); !name.isNull())
@@ -54,34 +93,6 @@ Error objection(const VXDocument &document, const InfoList &infos, GlyphField fi
         return {};
     }
 }
-
-void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
-{
-    switch (field) {
-    case GlyphField::Unicodes:
-        info.setUnicodes(normalizedCodePointTokens(codePointTokensInText(text)));
-        break;
-    case GlyphField::AltNames:
-        info.setAltNames(text.isEmpty() ? QStringList() : text.split(kListSeparator));
-        break;
-    case GlyphField::Case:
-        info.setCase(VXGlyphInfo::caseFromString(text));
-        break;
-    case GlyphField::Direction:
-        info.setDirection(text.isEmpty() ? static_cast<int>(VXGlyphInfo::DirectionNotSet)
-                                         : VXGlyphInfo::directionFromString(text));
-        break;
-    case GlyphField::UnicodeLegacy:
-        // The setter leaves no step of its own; for the user it is an edit like any other.
-        info.editText(field, text);
-        break;
-    default:
-        info.setValueForKey(text, keyOfField(field));
-        break;
-    }
-}
-
-} // namespace
 
 QStringList vocabularyOf(GlyphField field)
 {
@@ -113,7 +124,7 @@ QStringList vocabularyOf(GlyphField field)
 QString repeatingName(const VXDocument &document, const QStringList &names)
 {
     for (const QString &name : names) {
-        if (document.infoForName(name))
+        if (!name.isEmpty() && document.infoForName(name))
             return name;
     }
     return {};
@@ -124,21 +135,21 @@ bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField fi
 {
     if (infos.empty())
         return true;
-    const bool isSame = std::all_of(infos.begin(), infos.end(),
-                                    [&](const InfoPtr &info) { return info->displayText(field) == text; });
-    if (isSame)
+    const QString stored = textAsStored(field, text);
+    const auto isSame = [&](const InfoPtr &info) { return info->displayText(field) == stored; };
+    if (std::all_of(infos.begin(), infos.end(), isSame))
         return true;
-    if (const Error reason = objection(document, infos, field, text); !reason.domain.isEmpty())
+    if (const Error reason = objectionToText(document, infos, field, text); !reason.domain.isEmpty())
         return fail(error, reason);
     InfoList changed;
     std::copy_if(infos.begin(), infos.end(), std::back_inserter(changed),
-                 [&](const InfoPtr &info) { return info->displayText(field) != text; });
+                 [&isSame](const InfoPtr &info) { return !isSame(info); });
     const UndoGroup group(document.undoManager(),
                           editName(tr("Change %1").arg(fieldTitle(field)),
                                    tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)),
                                    std::ssize(changed)));
     for (const InfoPtr &info : changed)
-        setField(*info, field, text);
+        setField(*info, field, stored);
     return true;
 }
 

@@ -6,6 +6,11 @@
 
 namespace runebook {
 
+/// Why \a text cannot stand in a field of \a infos, in words; an empty domain when it can. The one answer for
+/// the mark of a field, for whatever refuses a text, and for the list of problems.
+Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
+                      const QString &text);
+
 /// Sets one field of records from what the user typed, as one named undo step: the same rules for a table
 /// cell, the detail pane and many selected records. Records that have the value already are left alone.
 /// False and an error, with nothing changed, when the text is refused.
@@ -24,7 +29,8 @@ CommonValue commonValue(std::span<const InfoPtr> infos, GlyphField field);
 /// Whether the user sees the same in both records.
 bool lookAlike(const VXGlyphInfo &a, const VXGlyphInfo &b, GlyphField field);
 
-/// The first of \a names that some record has as its name; null when there is none.
+/// The first of \a names that some record has as its name; null when there is none. No record is called by
+/// an empty name.
 QString repeatingName(const VXDocument &document, const QStringList &names);
 
 } // namespace runebook

@@ -1,16 +1,22 @@
 #include "editing/GlyphCellDelegate.h"
 
+#include "editing/ErrorBubble.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
 #include "editing/PendingTexts.h"
 #include "editing/RSRTVArrayController.h"
+#include "editing/UnicodesTokenField.h"
+#include "editing/VXUnicodeFormatter.h"
+#include "platform/CallLater.h"
 #include "platform/PlainText.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
-#include <QLineEdit>
 #include <QHelpEvent>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QPainter>
+#include <QTableView>
 #include <QToolTip>
 #include <limits>
 
@@ -21,16 +27,68 @@ namespace {
 constexpr int kMargin = 4; // as the header has it
 constexpr char kTextAtStart[] = "textAtStart";
 
+GlyphField fieldOfColumn(int column)
+{
+    return glyphColumns()[static_cast<std::size_t>(column)].field;
+}
+
+/// Whether the focus goes where it comes back from: a menu, a list of completions.
+bool isForAMoment(const QFocusEvent &event)
+{
+    return event.reason() == Qt::PopupFocusReason || event.reason() == Qt::MenuBarFocusReason;
+}
+
+bool endsEditing(const QKeyEvent &event)
+{
+    return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter || event.key() == Qt::Key_Tab
+        || event.key() == Qt::Key_Backtab;
+}
+
 } // namespace
 
-GlyphCellDelegate::GlyphCellDelegate(VXDocument &document, QObject *parent)
-    : QStyledItemDelegate(parent), m_document(document)
+GlyphCellDelegate::GlyphCellDelegate(RSRTVArrayController &controller, QObject *parent)
+    : QStyledItemDelegate(parent), m_controller(controller)
 {
+}
+
+/// What the list controller's delegate wants to be drawn or shown in a cell. True when it was drawn here.
+bool GlyphCellDelegate::paintAsAsked(QPainter *painter, const QStyleOptionViewItem &option,
+                                     const QModelIndex &index) const
+{
+    QTableView *table = m_controller.oTableView();
+    const int column = index.column();
+    const int row = index.row();
+    QObject *cell = m_controller.tableColumnInTableViewDataCellForRow(column, table, row);
+    if (!cell)
+        cell = m_controller.tableViewDataCellForTableColumnRow(table, column, row);
+    m_controller.tableViewWillDisplayCellForTableColumnRow(table, cell, column, row);
+    showViewAsAsked(index);
+    const auto *drawing = qobject_cast<QAbstractItemDelegate *>(cell);
+    if (!drawing || drawing == this)
+        return false;
+    drawing->paint(painter, option, index);
+    return true;
+}
+
+void GlyphCellDelegate::showViewAsAsked(const QModelIndex &index) const
+{
+    QTableView *table = m_controller.oTableView();
+    auto *view = qobject_cast<QWidget *>(
+        m_controller.viewAtColumnRowMakeIfNecessary(index.column(), index.row(), true));
+    if (!view || !table || table->indexWidget(index) == view)
+        return;
+    // Not while the table is being painted.
+    callLater(table, [table, view = QPointer<QWidget>(view), place = QPersistentModelIndex(index)] {
+        if (view && place.isValid())
+            table->setIndexWidget(place, view);
+    });
 }
 
 void GlyphCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
                               const QModelIndex &index) const
 {
+    if (m_controller.delegate() && paintAsAsked(painter, option, index))
+        return;
     // The usual delegate lays every text out anew through the style: ten times the time of this, which a
     // scroll over a thousand cells shows.
     const bool isSelected = option.state & QStyle::State_Selected;
@@ -70,32 +128,38 @@ bool GlyphCellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
     const QString text = index.isValid() ? index.data().toString() : QString();
     const int room = view->visualRect(index).width() - 2 * kMargin;
     const QFontMetrics metrics(option.font);
-    const bool isCut = !text.isEmpty() && event->type() == QEvent::ToolTip && metrics.horizontalAdvance(text) > room;
-    if (isCut)
+    const bool isAsked = event->type() == QEvent::ToolTip && !text.isEmpty();
+    const bool isShown = isAsked
+        && (metrics.horizontalAdvance(text) > room
+            || m_controller.tableViewShouldShowCellExpansionForTableColumnRow(view, index.column(), index.row()));
+    if (isShown)
         QToolTip::showText(event->globalPos(), escapedToolTip(text), view, view->visualRect(index));
     else
         QToolTip::hideText();
-    return isCut;
+    return isShown;
 }
 
 QWidget *GlyphCellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,
                                          const QModelIndex &index) const
 {
-    auto *editor = new QLineEdit(parent);
+    const GlyphField field = fieldOfColumn(index.column());
+    auto *editor = field == GlyphField::Unicodes ? new UnicodesTokenField(parent) : new QLineEdit(parent);
+    m_editor = editor;
+    m_edited = index;
+    if (field == GlyphField::UnicodeLegacy)
+        (new VXUnicodeFormatter(editor))->attachTo(editor);
     editor->setMaxLength(std::numeric_limits<int>::max()); // the default cuts long texts without a word
     editor->setFrame(false);
     editor->setAutoFillBackground(true);
     editor->setAccessibleName(columnTitle(index.column()));
-    const GlyphField field = glyphColumns()[static_cast<std::size_t>(index.column())].field;
-    if (const auto *list = qobject_cast<const RSRTVArrayController *>(index.model())) {
-        connect(editor, &QLineEdit::textEdited, &m_document, &Document::pendingTextChanged);
-        m_document.addPendingTexts(
-            editor, [this, editor, field, info = list->arrangedObjectAtIndex(index.row())] {
-                const bool isTyped = info && editor->text() != editor->property(kTextAtStart).toString();
-                return isTyped ? QJsonArray {pendingText(m_document, {info}, field, editor->text())}
-                               : QJsonArray();
-            });
-    }
+    VXDocument &document = m_controller.document();
+    connect(editor, &QLineEdit::textEdited, &document, &Document::pendingTextChanged);
+    document.addPendingTexts(
+        editor, [this, editor, field, info = m_controller.arrangedObjectAtIndex(index.row())] {
+            const bool isTyped = info && editor->text() != editor->property(kTextAtStart).toString();
+            return isTyped ? QJsonArray {pendingText(m_controller.document(), {info}, field, editor->text())}
+                           : QJsonArray();
+        });
     const QStringList words = vocabularyOf(field);
     if (!words.isEmpty()) {
         auto *completer = new QCompleter(words, editor);
@@ -107,8 +171,7 @@ QWidget *GlyphCellDelegate::createEditor(QWidget *parent, const QStyleOptionView
         connect(editor, &QLineEdit::returnPressed, self, [self, editor, completer] {
             if (!completer->popup()->isVisible())
                 return;
-            Q_EMIT self->commitData(editor);
-            Q_EMIT self->closeEditor(editor);
+            self->commitEditor();
         });
     }
     return editor;
@@ -118,7 +181,10 @@ void GlyphCellDelegate::setEditorData(QWidget *editor, const QModelIndex &index)
 {
     auto *line = qobject_cast<QLineEdit *>(editor);
     const QString text = index.data(Qt::EditRole).toString();
-    line->setText(text);
+    if (auto *tokens = qobject_cast<UnicodesTokenField *>(editor))
+        tokens->setTokens(text.split(kListSeparator, Qt::SkipEmptyParts));
+    else
+        line->setText(text);
     // What the line really holds: it may show line breaks otherwise.
     line->setProperty(kTextAtStart, line->text());
 }
@@ -127,8 +193,93 @@ void GlyphCellDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
                                      const QModelIndex &index) const
 {
     const auto *line = qobject_cast<QLineEdit *>(editor);
-    if (line->text() != line->property(kTextAtStart).toString())
-        model->setData(index, line->text(), Qt::EditRole);
+    if (line->text() == line->property(kTextAtStart).toString())
+        return;
+    QString text = line->text();
+    if (auto *tokens = qobject_cast<UnicodesTokenField *>(editor)) {
+        sayAtCell(tokens->settle());
+        text = tokens->stringValue();
+    }
+    model->setData(index, text, Qt::EditRole);
+}
+
+// What is being typed
+
+bool GlyphCellDelegate::hasPendingText() const
+{
+    return m_editor && m_edited.isValid() && m_editor->text() != m_editor->property(kTextAtStart).toString();
+}
+
+void GlyphCellDelegate::revertEditor()
+{
+    if (m_editor && m_edited.isValid())
+        setEditorData(m_editor, m_edited);
+}
+
+/// Why what is being typed cannot stay; an empty domain when it can.
+Error GlyphCellDelegate::objection() const
+{
+    const InfoPtr info = m_controller.arrangedObjectAtIndex(m_edited.row());
+    if (!hasPendingText() || !info)
+        return {};
+    return objectionToText(m_controller.document(), {info}, fieldOfColumn(m_edited.column()),
+                           m_editor->text());
+}
+
+/// At the place of the cell, for the editor goes.
+void GlyphCellDelegate::sayAtCell(const QString &text) const
+{
+    QPointer<QWidget> viewport = m_editor->parentWidget();
+    callLater(viewport,
+              [viewport, text, cell = m_editor->geometry()] { ErrorBubble::remark(viewport, text, cell); });
+}
+
+bool GlyphCellDelegate::commitEditor(Error *refusal)
+{
+    if (!m_editor)
+        return true;
+    if (const Error reason = objection(); !reason.domain.isEmpty()) {
+        m_editor->setFocus();
+        ErrorBubble::show(m_editor, reason);
+        return fail(refusal, reason);
+    }
+    const QPointer<QLineEdit> editor = m_editor;
+    Q_EMIT commitData(editor);
+    if (editor && editor == m_editor)
+        Q_EMIT closeEditor(editor, NoHint);
+    return true;
+}
+
+void GlyphCellDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) const
+{
+    if (editor == m_editor)
+        m_editor.clear();
+    QStyledItemDelegate::destroyEditor(editor, index);
+}
+
+bool GlyphCellDelegate::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_editor)
+        return QStyledItemDelegate::eventFilter(watched, event);
+    if (event->type() == QEvent::FocusOut) {
+        if (isForAMoment(*static_cast<QFocusEvent *>(event)))
+            return false;
+        const Error reason = objection();
+        if (!reason.domain.isEmpty()) {
+            // It stays open with its text; after this event, which would take the bubble away.
+            callLater(m_editor, [editor = m_editor, reason] { ErrorBubble::show(editor, reason); });
+            return false;
+        }
+    } else if (event->type() == QEvent::KeyPress && endsEditing(*static_cast<QKeyEvent *>(event))) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        const bool isReturn = key == Qt::Key_Return || key == Qt::Key_Enter;
+        const Error reason = objection();
+        if (!isReturn && reason.domain.isEmpty())
+            return QStyledItemDelegate::eventFilter(watched, event);
+        commitEditor();
+        return true;
+    }
+    return QStyledItemDelegate::eventFilter(watched, event);
 }
 
 } // namespace runebook

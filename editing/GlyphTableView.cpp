@@ -35,13 +35,18 @@ double standardFontSize()
     return QFontDatabase::systemFont(QFontDatabase::GeneralFont).pointSizeF();
 }
 
+bool isPress(const QEvent &event)
+{
+    return event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick;
+}
+
 } // namespace
 
 GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent)
-    : QTableView(parent), m_controller(controller)
+    : QTableView(parent), m_controller(controller), m_cellDelegate(new GlyphCellDelegate(controller, this))
 {
     setAccessibleName(tr("Glyphs"));
-    setItemDelegate(new GlyphCellDelegate(controller.document(), this));
+    setItemDelegate(m_cellDelegate);
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
     setEditTriggers(DoubleClicked | EditKeyPressed);
@@ -95,6 +100,7 @@ GlyphTableView::~GlyphTableView()
 void GlyphTableView::setUpHeader()
 {
     QHeaderView *header = horizontalHeader();
+    header->viewport()->installEventFilter(this);
     header->setSectionsMovable(true);
     header->setHighlightSections(false);
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
@@ -248,8 +254,10 @@ void GlyphTableView::fillColumnMenu(QMenu &menu)
         action->setChecked(!header->isSectionHidden(column));
         // The name stays: a table without any column could not be got back.
         action->setEnabled(glyphColumns()[static_cast<std::size_t>(column)].field != GlyphField::Name);
-        connect(action, &QAction::toggled, this,
-                [this, column](bool isShown) { setColumnShown(column, isShown); });
+        connect(action, &QAction::toggled, this, [this, column](bool isShown) {
+            if (m_mayLeave())
+                setColumnShown(column, isShown);
+        });
     }
 }
 
@@ -299,6 +307,29 @@ void GlyphTableView::zoom(int steps)
     applyFontSize(size);
     restorePlace();
     UserDefaults::standard().setObjectForKey(size, kFontSize);
+}
+
+bool GlyphTableView::event(QEvent *event)
+{
+    // A text that is refused elsewhere must not lose its record to a key here.
+    if (event->type() == QEvent::KeyPress && state() != EditingState && !m_mayLeave())
+        return true;
+    return QTableView::event(event);
+}
+
+bool GlyphTableView::viewportEvent(QEvent *event)
+{
+    if (isPress(*event) && !m_mayLeave())
+        return true;
+    return QTableView::viewportEvent(event);
+}
+
+bool GlyphTableView::eventFilter(QObject *watched, QEvent *event)
+{
+    // Sorting, too, ends the editing of a cell.
+    if (watched == horizontalHeader()->viewport() && isPress(*event) && !m_mayLeave())
+        return true;
+    return QTableView::eventFilter(watched, event);
 }
 
 void GlyphTableView::wheelEvent(QWheelEvent *event)

@@ -4,12 +4,15 @@
 
 #include <QTableView>
 #include <QTimer>
+#include <functional>
 #include <memory>
 
 class QMenu;
 class RSRTVArrayController;
 
 namespace runebook {
+
+class GlyphCellDelegate;
 
 /// The table of records in a document window: columns that can be moved, sized, hidden and sorted and are
 /// remembered, in-place editing, zoom, and a place that is kept whatever happens to the rows.
@@ -34,6 +37,11 @@ public:
     void zoom(int steps);
     /// Shows the record of a row and makes it the only selected one.
     void goToRow(int row);
+    /// What is being typed into a cell: who edits it and takes it.
+    GlyphCellDelegate &cellDelegate() const { return *m_cellDelegate; }
+    /// Asked before a key or a click of the user chooses something else, here or in the header; nothing
+    /// happens when it answers false.
+    void setLeavingCondition(std::function<bool()> condition) { m_mayLeave = std::move(condition); }
 
 Q_SIGNALS:
     void sortChanged();
@@ -45,6 +53,9 @@ Q_SIGNALS:
     void rowMenuRequested(const QPoint &place);
 
 protected:
+    bool event(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
@@ -83,6 +94,8 @@ private:
     void showDropRow(int row);
 
     RSRTVArrayController &m_controller;
+    GlyphCellDelegate *m_cellDelegate;
+    std::function<bool()> m_mayLeave = [] { return true; };
     QTimer m_storeTimer;
     Anchor m_current;
     Anchor m_top;

@@ -23,6 +23,8 @@ constexpr std::array<Words, kProblemKindCount> kWords {{
      QT_TRANSLATE_NOOP("Problems", "Names that more than one record has.")},
     {"long-name", QT_TRANSLATE_NOOP("Problems", "Long names"),
      QT_TRANSLATE_NOOP("Problems", "Names of more than 63 characters, which font formats do not hold.")},
+    {"repeating-alternate-name", QT_TRANSLATE_NOOP("Problems", "Repeating alternate names"),
+     QT_TRANSLATE_NOOP("Problems", "Alternate names that some record has as its name.")},
     {"invalid-code-point", QT_TRANSLATE_NOOP("Problems", "Invalid code points"),
      QT_TRANSLATE_NOOP("Problems",
                        "Code points that are no Unicode numbers of four to six upper-case digits.")},

@@ -12,6 +12,7 @@ enum class ProblemKind : quint8 {
     InvalidName,
     DuplicateName,
     LongName, ///< longer than font formats hold
+    RepeatingAltName, ///< an alternate name that is some record's name
     // of code points
     InvalidCodePoint,
     DuplicateCodePoint,

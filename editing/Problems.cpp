@@ -99,6 +99,23 @@ template <typename Visit> void forEachCodePoint(const VXGlyphInfo &info, Visit v
     }
 }
 
+/// Calls \a visit with each alternate name of a record; of an empty text there is none.
+template <typename Visit> void forEachAltName(const VXGlyphInfo &info, Visit visit)
+{
+    if (info.stored(GlyphField::AltNames).isAbsent())
+        return;
+    constexpr std::string_view kSeparator = ", ";
+    std::string buffer;
+    std::string_view rest = info.utf8(GlyphField::AltNames, buffer);
+    for (;;) {
+        const std::size_t end = rest.find(kSeparator);
+        visit(rest.substr(0, end));
+        if (end == rest.npos)
+            return;
+        rest.remove_prefix(end + kSeparator.size());
+    }
+}
+
 } // namespace
 
 Problems::Problems(VXDocument &document, QObject *parent)
@@ -143,6 +160,11 @@ void Problems::start()
     m_missing = 0;
     m_lists.clear();
     m_freeLists.clear();
+    m_altNames.assign(count, 0);
+    m_altLists.assign(1, {});
+    m_freeAltLists.clear();
+    m_altCounts.clear();
+    m_repeatingAltNames = 0;
     m_names.clear();
     m_codes.clear();
     std::fill(m_counts.begin(), m_counts.begin() + static_cast<int>(kFirstReadProblem), 0);
@@ -305,6 +327,7 @@ void Problems::setKeys(std::size_t place, const VXGlyphInfo &info)
     m_nameKeys[place] = keyOfName(info.utf8(GlyphField::Name, buffer));
     addName(m_nameKeys[place]);
     setComponents(place, info);
+    setAltNames(place, info);
 
     // A text that is no number keeps its place in the list, for the list's places are told to people.
     std::vector<quint32> codePoints;
@@ -340,6 +363,7 @@ void Problems::dropKeys(std::size_t place)
 {
     removeName(std::exchange(m_nameKeys[place], 0));
     dropComponents(place);
+    dropAltNames(place);
     for (const quint32 codePoint : codePointsAt(place)) {
         if (codePoint != kNoCodePoint)
             m_codes.remove(keyOfCodePoint(codePoint));
@@ -352,12 +376,17 @@ void Problems::dropKeys(std::size_t place)
     m_codePoints[place] = kNoCodePoint;
 }
 
+// An alternate name repeats a name from the first record of that name on to the last, whichever comes when; a
+// component is missing as long as there is none.
+
 void Problems::addName(quint64 key)
 {
     if (!key)
         return;
-    if (m_names.count(key) == 0)
+    if (m_names.count(key) == 0) {
         m_missing -= m_composed.count(key);
+        m_repeatingAltNames += m_altCounts.count(key);
+    }
     m_names.add(key);
 }
 
@@ -366,8 +395,10 @@ void Problems::removeName(quint64 key)
     if (!key)
         return;
     m_names.remove(key);
-    if (m_names.count(key) == 0)
+    if (m_names.count(key) == 0) {
         m_missing += m_composed.count(key);
+        m_repeatingAltNames -= m_altCounts.count(key);
+    }
 }
 
 void Problems::setComponents(std::size_t place, const VXGlyphInfo &info)
@@ -405,6 +436,46 @@ void Problems::dropComponents(std::size_t place)
     m_freeComponents.push_back(list);
 }
 
+void Problems::setAltNames(std::size_t place, const VXGlyphInfo &info)
+{
+    std::vector<quint64> keys;
+    forEachAltName(info, [&keys](std::string_view name) { keys.push_back(keyOfName(name)); });
+    if (keys.empty())
+        return;
+    if (m_freeAltLists.empty()) {
+        m_freeAltLists.push_back(static_cast<quint32>(m_altLists.size()));
+        m_altLists.emplace_back();
+    }
+    m_altNames[place] = m_freeAltLists.back();
+    m_freeAltLists.pop_back();
+    for (const quint64 key : keys) {
+        if (key == 0)
+            continue;
+        m_altCounts.add(key);
+        m_repeatingAltNames += m_names.count(key) > 0;
+    }
+    m_altLists[m_altNames[place]] = std::move(keys);
+}
+
+void Problems::dropAltNames(std::size_t place)
+{
+    const quint32 list = std::exchange(m_altNames[place], 0);
+    if (list == 0)
+        return;
+    for (const quint64 key : std::exchange(m_altLists[list], {})) {
+        if (key == 0)
+            continue;
+        m_altCounts.remove(key);
+        m_repeatingAltNames -= m_names.count(key) > 0;
+    }
+    m_freeAltLists.push_back(list);
+}
+
+std::span<const quint64> Problems::altNamesAt(std::size_t place) const
+{
+    return m_altLists[m_altNames[place]];
+}
+
 std::span<const quint32> Problems::codePointsAt(std::size_t place) const
 {
     if (m_codePoints[place] & kListBit)
@@ -437,6 +508,7 @@ void Problems::insert(const IndexSet &places)
     merge(m_nameKeys, quint64(0));
     merge(m_codePoints, kNoCodePoint);
     merge(m_components, quint32(0));
+    merge(m_altNames, quint32(0));
     if (places.size() <= kFew) {
         // Places ascend and count those that came in front of them.
         for (const qsizetype place : places)
@@ -469,6 +541,7 @@ void Problems::remove(const IndexSet &places)
     erase(m_nameKeys);
     erase(m_codePoints);
     erase(m_components);
+    erase(m_altNames);
     announce();
 }
 
@@ -517,6 +590,8 @@ qsizetype Problems::count(ProblemKind kind) const
     switch (kind) {
     case ProblemKind::DuplicateName:
         return m_names.repeated();
+    case ProblemKind::RepeatingAltName:
+        return m_repeatingAltNames;
     case ProblemKind::DuplicateCodePoint:
         return m_codes.repeated();
     case ProblemKind::MissingComponent:
@@ -547,6 +622,11 @@ bool Problems::hasProblem(ProblemKind kind, qsizetype place) const
     switch (kind) {
     case ProblemKind::DuplicateName:
         return m_nameKeys[at] && m_names.count(m_nameKeys[at]) > 1;
+    case ProblemKind::RepeatingAltName: {
+        const std::span<const quint64> keys = altNamesAt(at);
+        return std::any_of(keys.begin(), keys.end(),
+                           [this](quint64 key) { return key != 0 && m_names.count(key) > 0; });
+    }
     case ProblemKind::DuplicateCodePoint: {
         const std::span<const quint32> codePoints = codePointsAt(at);
         return std::any_of(codePoints.begin(), codePoints.end(), [this](quint32 codePoint) {
@@ -574,6 +654,14 @@ void Problems::append(std::optional<ProblemKind> kind, qsizetype first, qsizetyp
             const std::vector<quint64> &keys = m_componentLists[m_components[place] - 1];
             for (std::size_t part = 0; part < keys.size(); ++part) {
                 if (isMissing(keys[part]))
+                    problems.push_back({each, infos[place], static_cast<int>(part)});
+            }
+            return;
+        }
+        if (each == ProblemKind::RepeatingAltName) {
+            const std::span<const quint64> keys = altNamesAt(place);
+            for (std::size_t part = 0; part < keys.size(); ++part) {
+                if (keys[part] != 0 && m_names.count(keys[part]) > 0)
                     problems.push_back({each, infos[place], static_cast<int>(part)});
             }
             return;

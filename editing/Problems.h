@@ -16,8 +16,8 @@ namespace runebook {
 struct Problem {
     ProblemKind kind = ProblemKind::MissingName;
     InfoPtr info; ///< null where no record is concerned, or it has gone
-    int part = 0; ///< of DuplicateCodePoint and MissingComponent the place in the record; of what was read the
-                  ///< number of the note
+    int part = 0; ///< of DuplicateCodePoint, RepeatingAltName and MissingComponent the place in the record; of what
+                  ///< was read the number of the note
 };
 
 /// Follows a document and knows what is wrong with it. The first look goes through all records in short
@@ -89,6 +89,9 @@ private:
     Flags flagsOf(const VXGlyphInfo &info) const;
     void setKeys(std::size_t place, const VXGlyphInfo &info);
     void dropKeys(std::size_t place);
+    void setAltNames(std::size_t place, const VXGlyphInfo &info);
+    void dropAltNames(std::size_t place);
+    std::span<const quint64> altNamesAt(std::size_t place) const;
     void setFlags(std::size_t place, Flags flags);
     std::span<const quint32> codePointsAt(std::size_t place) const;
     void setComponents(std::size_t place, const VXGlyphInfo &info);
@@ -116,6 +119,11 @@ private:
     std::vector<quint32> m_freeComponents;
     KeyCounts m_composed; ///< how often each name stands in compositions
     qsizetype m_missing = 0; ///< how many of these name no record
+    std::vector<quint32> m_altNames; ///< the number of a list of keys of names; 0: none
+    std::vector<std::vector<quint64>> m_altLists;
+    std::vector<quint32> m_freeAltLists;
+    KeyCounts m_altCounts;
+    qsizetype m_repeatingAltNames = 0;
     KeyCounts m_names;
     KeyCounts m_codes;
     std::array<qsizetype, kProblemKindCount> m_counts {};

@@ -389,7 +389,8 @@ void ProblemsPane::fixAll()
 
 void ProblemsPane::fix(std::span<const Problem> problems)
 {
-    m_problems.document().commitEditing();
+    if (!m_problems.document().commitEditing())
+        return;
     const qsizetype records = ProblemFixes::apply(m_problems.document(), problems);
     m_problems.document().flushChanges();
     Q_EMIT fixed(records);

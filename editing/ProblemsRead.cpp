@@ -1,5 +1,6 @@
 // Of the problems of a document: what was met when its file was read, and all of them in words.
 #include "document/SavableForm.h"
+#include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
 #include "editing/Problems.h"
 #include "model/CodePointRules.h"
@@ -134,6 +135,11 @@ QString Problems::explanation(const Problem &problem) const
         const quint64 key =
             qMax<quint64>(1, std::hash<std::string_view>()(info.utf8(GlyphField::Name, buffer)));
         return tr("%1 records have this name.").arg(numberText(m_names.count(key)));
+    }
+    case ProblemKind::RepeatingAltName: {
+        const QString name = info.displayText(GlyphField::AltNames).split(kListSeparator).value(problem.part);
+        return cellDisplayText(
+            objectionToText(m_document, {problem.info}, GlyphField::AltNames, name).description);
     }
     case ProblemKind::InvalidCodePoint:
         return codePointExplanation(info);

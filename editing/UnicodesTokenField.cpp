@@ -1,11 +1,14 @@
 #include "editing/UnicodesTokenField.h"
 
 #include "editing/CodePointTokens.h"
+#include "editing/ErrorBubble.h"
 #include "editing/SignalColors.h"
+#include "editing/VXUnicodeFormatter.h"
 #include "model/FieldValue.h"
 #include "model/StringHelpers.h"
 
 #include <QHelpEvent>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
@@ -24,15 +27,21 @@ constexpr int kTokenPadding = 4;
 constexpr int kTokenGap = 4;
 constexpr qreal kTokenRadius = 2;
 
-bool completesToken(const QKeyEvent &event)
+bool completesToken(const QString &text)
 {
-    const QString text = event.text();
     return text == ","_L1 || text == ";"_L1 || text == " "_L1;
+}
+
+/// A key with Ctrl is a command, with Ctrl and Alt it is the third level of a keyboard.
+bool isTyping(const QKeyEvent &event)
+{
+    return !(event.modifiers() & Qt::ControlModifier) || event.modifiers() & Qt::AltModifier;
 }
 
 } // namespace
 
-UnicodesTokenField::UnicodesTokenField(QWidget *parent) : QLineEdit(parent)
+UnicodesTokenField::UnicodesTokenField(QWidget *parent)
+    : QLineEdit(parent), m_formatter(new VXUnicodeFormatter(this))
 {
     setMaxLength(std::numeric_limits<int>::max());
     setTextMargins(kTokenPadding, 0, kTokenPadding, 0);
@@ -60,7 +69,7 @@ void UnicodesTokenField::setMultipleValues()
 
 QStringList UnicodesTokenField::tokens() const
 {
-    return normalizedCodePointTokens(codePointTokensInText(text()));
+    return codePointsOfText(text()).kept;
 }
 
 QString UnicodesTokenField::stringValue() const
@@ -90,12 +99,33 @@ void UnicodesTokenField::showTokens(const QStringList &tokens)
     setText(tokens.join(u' '));
 }
 
+/// Unlike setText() something that the user can undo.
+void UnicodesTokenField::replaceText(const QString &replacement)
+{
+    if (replacement == text())
+        return;
+    selectAll();
+    insert(replacement);
+}
+
+QString UnicodesTokenField::settle()
+{
+    if (!m_isTouched)
+        return {};
+    const CodePointText typed = codePointsOfText(text());
+    if (typed.kept != text().split(u' ', Qt::SkipEmptyParts))
+        replaceText(typed.kept.join(u' '));
+    return typed.remark();
+}
+
 void UnicodesTokenField::commitEditing()
 {
     if (!m_isTouched)
         return;
+    const CodePointText text = codePointsOfText(QLineEdit::text());
     m_isTouched = false;
-    const QStringList typed = tokens();
+    const QStringList typed = text.kept;
+    ErrorBubble::remark(this, text.remark());
     // Nothing typed over several values is no wish to empty them all.
     if (typed == m_tokens || (m_isMixed && typed.isEmpty())) {
         showTokens(m_tokens);
@@ -125,18 +155,65 @@ void UnicodesTokenField::spaceTokens()
 void UnicodesTokenField::completeTokens()
 {
     const QString typed = text();
-    const QStringList before = normalizedCodePointTokens(codePointTokensInText(typed.left(cursorPosition())));
-    const QStringList behind = normalizedCodePointTokens(codePointTokensInText(typed.mid(cursorPosition())));
-    QString all = before.join(u' ');
-    if (!before.isEmpty())
+    CodePointText before = codePointsOfText(typed.left(cursorPosition()));
+    const CodePointText behind = codePointsOfText(typed.mid(cursorPosition()));
+    QString all = before.kept.join(u' ');
+    if (!before.kept.isEmpty())
         all += u' ';
     const auto cursor = static_cast<int>(all.size());
     // A blank on both sides: what is typed next is a token of its own.
-    if (!behind.isEmpty())
-        all += u' ' + behind.join(u' ');
-    setText(all);
+    if (!behind.kept.isEmpty())
+        all += u' ' + behind.kept.join(u' ');
+    replaceText(all);
     setCursorPosition(cursor);
     m_isTouched = true;
+    ErrorBubble::remark(this, CodePointText {{}, before.leftOut + behind.leftOut}.remark());
+}
+
+/// Whether what a key types was dealt with here: refused with a word because it makes the token it goes to
+/// something else than a code point, or begun as a token of its own in front of a whole one.
+bool UnicodesTokenField::takesTyped(const QString &typed)
+{
+    if (isReadOnly() || typed.isEmpty() || !typed.front().isPrint() || completesToken(typed))
+        return false;
+    constexpr qsizetype kWhole = 4;
+    const auto isEdge = [](QChar character) { return character.isSpace() || character == u','; };
+    const QString all = text();
+    const int start = hasSelectedText() ? selectionStart() : cursorPosition();
+    const int end = hasSelectedText() ? selectionEnd() : start;
+    int headStart = start;
+    while (headStart > 0 && !isEdge(all.at(headStart - 1)))
+        --headStart;
+    int tailEnd = end;
+    while (tailEnd < all.size() && !isEdge(all.at(tailEnd)))
+        ++tailEnd;
+    const QString head = all.mid(headStart, start - headStart);
+    const QString tail = all.mid(end, tailEnd - end);
+    const bool isOwn = head.isEmpty() && tail.size() >= kWhole;
+    const QString token = head + typed + (isOwn ? QString() : tail);
+    QString reason;
+    if (!m_formatter
+             ->isPartialStringValidProposedSelectedRangeOriginalStringOriginalSelectedRangeErrorDescription(
+                 token, nullptr, all, {}, &reason)) {
+        m_formatter->controlDidFailToValidatePartialStringErrorDescription(this, token, reason);
+        return true;
+    }
+    if (isOwn) {
+        insert(typed + u' ');
+        cursorBackward(false);
+    }
+    return isOwn;
+}
+
+void UnicodesTokenField::inputMethodEvent(QInputMethodEvent *event)
+{
+    // Composed letters come this way.
+    if (takesTyped(event->commitString())) {
+        QInputMethodEvent nothing;
+        QLineEdit::inputMethodEvent(&nothing);
+        return;
+    }
+    QLineEdit::inputMethodEvent(event);
 }
 
 bool UnicodesTokenField::removeTokenBeforeCursor()
@@ -159,7 +236,7 @@ void UnicodesTokenField::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && m_isTouched) {
         revert();
-    } else if (!isReadOnly() && completesToken(*event)) {
+    } else if (!isReadOnly() && completesToken(event->text())) {
         if (hasSelectedText())
             del();
         completeTokens();
@@ -171,6 +248,8 @@ void UnicodesTokenField::keyPressEvent(QKeyEvent *event)
     } else if (event->key() == Qt::Key_Backspace && event->modifiers() == Qt::NoModifier
                && removeTokenBeforeCursor()) {
         m_isTouched = true;
+    } else if (isTyping(*event) && takesTyped(event->text())) {
+        event->accept();
     } else {
         QLineEdit::keyPressEvent(event);
     }

@@ -129,12 +129,11 @@ QString VXCompareDataWindow::filterKey() const
 
 void VXCompareDataWindow::showWindow()
 {
+    DocumentController::shared().commitEditing();
     QList<VXDocument *> documents;
     for (Document *document : DocumentController::shared().documentList()) {
-        if (auto *ours = qobject_cast<VXDocument *>(document)) {
-            ours->commitEditing();
+        if (auto *ours = qobject_cast<VXDocument *>(document))
             documents << ours;
-        }
     }
     m_isChoosing = true;
     m_leftDocList.setContent(documents);

@@ -38,8 +38,13 @@ void VXValidatingTextField::callDelegateValidation()
     const QString current = text().isNull() ? u""_s : text();
     if (!m_oldText.isNull() && current == m_oldText)
         return;
+    validateAgain();
+}
+
+void VXValidatingTextField::validateAgain()
+{
     // Before the question: what the delegate does to the field must not lead back here.
-    m_oldText = current;
+    m_oldText = text().isNull() ? u""_s : text();
     m_isValid = askDelegate();
     update();
 }

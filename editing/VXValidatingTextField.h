@@ -33,6 +33,8 @@ public: // delegate
     Q_INVOKABLE QObject *secodaryDelegate() const { return m_secodaryDelegate; }
     /// Asks the delegate, unless the text is the one that was asked about last.
     Q_INVOKABLE void callDelegateValidation();
+    /// Asks it whatever it was asked before: something else than the text has changed.
+    void validateAgain();
 
 public: // content
     Q_INVOKABLE QString stringValue() const { return text(); }

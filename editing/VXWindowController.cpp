@@ -5,13 +5,13 @@
 #include "editing/EmptyNotices.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphTableView.h"
-#include "platform/MessageBar.h"
 #include "editing/PreviewLabel.h"
 #include "editing/ProblemsPane.h"
 #include "editing/SearchFilter.h"
 #include "editing/SlicedFilter.h"
 #include "editing/SortNameDialog.h"
 #include "editing/UnicodesTokenField.h"
+#include "editing/VXMenuButton.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXSimpleSplitView.h"
 #include "editing/VXValidatingTextField.h"
@@ -20,6 +20,7 @@
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
 #include "platform/FilePath.h"
+#include "platform/MessageBar.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
 
@@ -110,6 +111,7 @@ void VXWindowController::buildToolBar()
     bar->addSeparator();
     bar->addAction(m_menus->addAction());
     bar->addAction(m_menus->removeAction());
+    bar->addWidget(m_menus->makeGlyphButton(bar));
     auto *space = new QWidget(bar);
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     bar->addWidget(space);
@@ -139,7 +141,11 @@ void VXWindowController::connectParts()
     connect(m_infolistController, &RSRTVArrayController::remarked, this, &VXWindowController::showRemark);
     connect(&m_document, &Document::showPlaceRequested, this,
             [this](qsizetype place) { showInfo(m_document.objectInInfosAtIndex(place)); });
-    connect(&m_document, &Document::commitEditingRequested, m_detailPane, &DetailPane::commitEditing);
+    connect(&m_document, &Document::commitEditingRequested, this, [this](Error *refusal) {
+        if (refusal->domain.isEmpty())
+            commitEditing(refusal);
+    });
+    m_tableView->setLeavingCondition([this] { return commitEditing(); });
     connect(&m_document, &VXDocument::infosReset, this, &VXWindowController::setActiveInfo);
     connect(&m_document, &Document::aboutToClose, this, [this] { hide(); });
     connect(&DocumentController::shared(), &DocumentController::documentsChanged, this,
@@ -351,9 +357,9 @@ void VXWindowController::controlTextDidChange(QObject *control)
 
 void VXWindowController::filterInfos()
 {
-    if (std::exchange(m_isFiltering, true))
+    if (m_isFiltering || !commitEditing())
         return;
-    m_detailPane->commitEditing();
+    m_isFiltering = true;
     m_slicedFilter->cancel();
     auto [predicate, problem] = SearchFilter(SearchSettings::current()).result(m_searchField->stringValue());
     // A script, which runs in one step of undoing, goes on with the rows as soon as it has set the filter.

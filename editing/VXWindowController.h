@@ -75,8 +75,11 @@ public: // observing
                                                                  const QVariant &context);
 
 public: // commands on the selected records
-    /// Gives what is being typed to the records; every command begins with it.
-    Q_INVOKABLE void commitEditing();
+    /// Gives what is being typed in the table and the pane to the records; every command but those that edit
+    /// the text itself begins with it. False when a field refuses its text: it keeps it, with the focus, and
+    /// says why, and the command ends there.
+    Q_INVOKABLE bool commitEditing();
+    bool commitEditing(runebook::Error *refusal);
     Q_INVOKABLE void copy();
     Q_INVOKABLE void cut();
     Q_INVOKABLE void paste();

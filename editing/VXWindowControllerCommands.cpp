@@ -5,6 +5,7 @@
 #include "editing/EditNames.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
+#include "editing/GlyphCellDelegate.h"
 #include "editing/GlyphTableView.h"
 #include "editing/GoToPanel.h"
 #include "editing/ProblemsPane.h"
@@ -15,6 +16,7 @@
 #include "editing/VXWindowController.h"
 #include "model/StringHelpers.h"
 #include "platform/DesktopApplication.h"
+#include "platform/DocumentController.h"
 #include "platform/MemoryRoom.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
@@ -39,9 +41,9 @@ InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteAr
     InfoList pasted = infosOfClipboard(lines);
     if (pasted.empty())
         return pasted;
-    // The table, the selection and the undo history grow as well.
+    // The table, the selection, the undo history and what is known of problems grow as well.
     constexpr std::size_t kForEachRow = 64;
-    constexpr std::size_t kForEachPasted = 768;
+    constexpr std::size_t kForEachPasted = 896;
     ensureRoom(document.infos().size() * kForEachRow + pasted.size() * kForEachPasted);
     const UndoGroup group(document.undoManager(), editName(VXWindowController::tr("Paste"),
                                    VXWindowController::tr("Paste %1 Records"),
@@ -58,14 +60,26 @@ InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteAr
 
 } // namespace
 
-void VXWindowController::commitEditing()
+bool VXWindowController::commitEditing()
 {
-    m_detailPane->commitEditing();
+    return commitEditing(nullptr);
+}
+
+bool VXWindowController::commitEditing(Error *refusal)
+{
+    Error reason;
+    if (m_tableView->cellDelegate().commitEditor(&reason) && m_detailPane->commitEditing(&reason))
+        return true;
+    // Where the reason is shown must be seen, whichever window was asked to save, close or run.
+    if (isVisible() && !isActiveWindow())
+        DocumentController::shared().bringToFront(&m_document);
+    return fail(refusal, reason);
 }
 
 void VXWindowController::copy()
 {
-    m_detailPane->commitEditing();
+    if (!commitEditing())
+        return;
     const QString lines = clipboardText(selectedInfos());
     if (!lines.isEmpty())
         QApplication::clipboard()->setText(lines);
@@ -73,6 +87,8 @@ void VXWindowController::copy()
 
 void VXWindowController::cut()
 {
+    if (!commitEditing())
+        return;
     copy();
     const UndoGroup group(m_document.undoManager(),
                           editName(tr("Cut"), tr("Cut %1 Records"), m_infolistController->selectedCount()));
@@ -82,9 +98,8 @@ void VXWindowController::cut()
 void VXWindowController::paste()
 {
     const QMimeData *clipboard = QApplication::clipboard()->mimeData();
-    if (!clipboard || !clipboard->hasText())
+    if (!clipboard || !clipboard->hasText() || !commitEditing())
         return;
-    m_detailPane->commitEditing();
     InfoList pasted;
     try {
         pasted = pasteInto(m_document, selectedInfos(), clipboard->text().toUtf8());
@@ -103,9 +118,8 @@ void VXWindowController::paste()
 
 void VXWindowController::delete_()
 {
-    if (m_infolistController->selectedCount() == 0)
+    if (m_infolistController->selectedCount() == 0 || !commitEditing())
         return;
-    m_detailPane->commitEditing();
     const UndoGroup group(
         m_document.undoManager(),
         editName(tr("Delete"), tr("Delete %1 Records"), m_infolistController->selectedCount()));
@@ -131,7 +145,7 @@ QString VXWindowController::removalText() const
 
 void VXWindowController::removeSelectedInfos()
 {
-    if (m_infolistController->selectedCount() == 0)
+    if (m_infolistController->selectedCount() == 0 || !commitEditing())
         return;
     auto *box = new QMessageBox(this);
     box->setAttribute(Qt::WA_DeleteOnClose);
@@ -153,7 +167,8 @@ void VXWindowController::removeSelectedInfos()
 
 void VXWindowController::addInfo()
 {
-    m_detailPane->commitEditing();
+    if (!commitEditing())
+        return;
     const UndoGroup group(m_document.undoManager(), tr("Add Glyph"));
     m_infolistController->add();
     revealRow(m_infolistController->selectionIndexes().empty()
@@ -165,7 +180,7 @@ void VXWindowController::addInfo()
 void VXWindowController::duplicateSelectedInfos()
 {
     const InfoList selected = selectedInfos();
-    if (selected.empty())
+    if (selected.empty() || !commitEditing())
         return;
     InfoList copies;
     IndexSet places;
@@ -183,13 +198,15 @@ void VXWindowController::duplicateSelectedInfos()
 
 void VXWindowController::moveNameToAltName()
 {
-    m_detailPane->commitEditing();
+    if (!commitEditing())
+        return;
     moveNamesToAltNames(m_document, selectedInfos());
 }
 
 void VXWindowController::makeLegacyName()
 {
-    m_detailPane->commitEditing();
+    if (!commitEditing())
+        return;
     const InfoList selected = selectedInfos();
     if (selected.empty())
         return;
@@ -199,7 +216,8 @@ void VXWindowController::makeLegacyName()
 
 void VXWindowController::setSortName()
 {
-    m_detailPane->commitEditing();
+    if (!commitEditing())
+        return;
     SortNumbering::registerDefaults();
     m_sortNameDialog = new SortNameDialog(m_infolistController->selectedCount(), this);
     m_sortNameDialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -233,8 +251,7 @@ void VXWindowController::performFindPanelAction(int tag)
     if (tag == kShowFind) {
         m_searchField->setFocus(Qt::ShortcutFocusReason);
         m_searchField->selectAll();
-    } else if (tag == kShowReplace) {
-        m_detailPane->commitEditing();
+    } else if (tag == kShowReplace && commitEditing()) {
         auto *panel = new VXFindReplaceWindowController;
         connect(panel, &VXFindReplaceWindowController::ended, panel, &QObject::deleteLater);
         if (m_infolistController->selectedCount() > 0)
@@ -271,7 +288,7 @@ void VXWindowController::selectAll()
 void VXWindowController::selectSame(const QString &key)
 {
     const std::optional<GlyphField> field = fieldForKey(key);
-    if (!field)
+    if (!field || !commitEditing())
         return;
     const InfoList same =
         infosWithSameValue(m_infolistController->arrangedObjects(), selectedInfos(), *field);
@@ -287,7 +304,7 @@ void VXWindowController::goToInfo()
 
 void VXWindowController::showInfo(const InfoPtr &info)
 {
-    if (!info || info->listings() == 0)
+    if (!info || info->listings() == 0 || !commitEditing())
         return;
     if (m_infolistController->rowOfObject(info) < 0) {
         m_searchField->setStringValue(u""_s);
@@ -301,6 +318,8 @@ void VXWindowController::showInfo(const InfoPtr &info)
 
 void VXWindowController::writeShownOrder()
 {
+    if (!commitEditing())
+        return;
     m_infolistController->writeArrangedOrder();
     m_tableView->resetSortIndicator();
 }

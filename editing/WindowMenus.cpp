@@ -1,10 +1,12 @@
 #include "editing/WindowMenus.h"
 
 #include "editing/DetailPane.h"
+#include "editing/EditMenu.h"
 #include "editing/FocusRound.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
 #include "editing/ProblemsPane.h"
+#include "editing/VXMenuButton.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
 #include "platform/Appearance.h"
@@ -17,13 +19,12 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
-#include <QClipboard>
 #include <QFileInfo>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QTableView>
 #include <QTreeWidget>
 
@@ -35,31 +36,19 @@ namespace {
 
 constexpr qsizetype kLongestMenuText = 80;
 
-/// A text from a file or a record as a menu may show it: an ampersand would become a mnemonic.
+} // namespace
+
 QString menuText(const QString &text)
 {
+    // An ampersand would become a mnemonic.
     return text.left(kLongestMenuText).simplified().replace(u'&', "&&"_L1);
 }
 
-/// Edit commands go to the text being edited where there is one: it knows them by name.
-bool sentToText(const char *command)
-{
-    QWidget *focus = QApplication::focusWidget();
-    if (!qobject_cast<QLineEdit *>(focus) && !qobject_cast<QPlainTextEdit *>(focus))
-        return false;
-    return QMetaObject::invokeMethod(focus, command);
-}
-
-bool isTextFocused()
-{
-    QWidget *focus = QApplication::focusWidget();
-    return qobject_cast<QLineEdit *>(focus) || qobject_cast<QPlainTextEdit *>(focus);
-}
-
-} // namespace
-
 WindowMenus::WindowMenus(VXWindowController &window)
-    : QObject(&window), m_window(window), m_focusRound(new FocusRound(&window))
+    : QObject(&window),
+      m_window(window),
+      m_focusRound(new FocusRound(&window)),
+      m_editMenu(new EditMenu(window, this))
 {
     buildFileMenu();
     buildEditMenu();
@@ -72,12 +61,6 @@ WindowMenus::WindowMenus(VXWindowController &window)
     connect(window.tableView(), &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
     connect(&window, &VXWindowController::stateChanged, this, &WindowMenus::validate);
     connect(window.glyphDocument().undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
-    connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &WindowMenus::validate);
-    // Of a thousand windows only the two between which the focus moves have to look.
-    connect(qApp, &QApplication::focusChanged, this, [this](const QWidget *old, const QWidget *now) {
-        if ((old && old->window() == &m_window) || (now && now->window() == &m_window))
-            validate();
-    });
     validate();
 }
 
@@ -86,21 +69,27 @@ QAction *WindowMenus::addCommand(QMenu *menu, const QString &text, const QKeySeq
 {
     QAction *action = menu->addAction(text);
     action->setShortcut(shortcut);
-    connect(action, &QAction::triggered, this, [command = std::move(command)] { command(); });
+    setCommand(action, std::move(command));
     if (condition)
         m_conditions.emplace_back(action, std::move(condition));
     return action;
+}
+
+void WindowMenus::setCommand(QAction *action, std::function<void()> command)
+{
+    connect(action, &QAction::triggered, this, [this, command = std::move(command)] {
+        if (m_window.commitEditing())
+            command();
+        else
+            validate(); // an item with a tick has changed it
+    });
 }
 
 void WindowMenus::validate()
 {
     for (const auto &[action, condition] : m_conditions)
         action->setEnabled(condition());
-    const QUndoStack *stack = m_window.glyphDocument().undoManager()->stack();
-    const QString undoName = menuText(stack->undoText());
-    const QString redoName = menuText(stack->redoText());
-    m_undoAction->setText(undoName.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(undoName));
-    m_redoAction->setText(redoName.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(redoName));
+    m_editMenu->validate();
     m_sidebarAction->setChecked(m_window.isSidebarShown());
     m_problemsAction->setChecked(m_window.isProblemsShown());
 }
@@ -131,55 +120,19 @@ void WindowMenus::buildEditMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&Edit"));
     VXWindowController &window = m_window;
-    UndoManager *undo = window.glyphDocument().undoManager();
     const Condition hasSelection = [&window] { return window.infolistController()->selectedCount() > 0; };
-    const Condition canCopy = [hasSelection] { return isTextFocused() || hasSelection(); };
-    const Condition canPaste = [] {
-        return QApplication::clipboard()->mimeData() && QApplication::clipboard()->mimeData()->hasText();
-    };
-
-    m_undoAction = addCommand(
-        menu, tr("&Undo"), QKeySequence::Undo,
-        [&window, undo] {
-            window.glyphDocument().commitEditing();
-            undo->undo();
-        },
-        [undo] { return undo->canUndo(); });
-    m_redoAction = addCommand(
-        menu, tr("&Redo"), QKeySequence::Redo, [undo] { undo->redo(); }, [undo] { return undo->canRedo(); });
+    m_editMenu->addUndoCommands(*menu);
     QMenu *history = menu->addMenu(tr("&History"));
     connect(history, &QMenu::aboutToShow, this, [this, history] { fillHistory(history); });
     menu->addSeparator();
-    onRows(addCommand(
-        menu, tr("Cu&t"), QKeySequence::Cut,
-        [&window] {
-            if (!sentToText("cut"))
-                window.cut();
-        },
-        canCopy));
-    onRows(addCommand(
-        menu, tr("&Copy"), QKeySequence::Copy,
-        [&window] {
-            if (!sentToText("copy"))
-                window.copy();
-        },
-        canCopy));
-    onRows(addCommand(
-        menu, tr("&Paste"), QKeySequence::Paste,
-        [&window] {
-            if (!sentToText("paste"))
-                window.paste();
-        },
-        canPaste));
-    onRows(addCommand(
-        menu, tr("&Delete"), {}, [&window] { window.delete_(); }, hasSelection));
+    const qsizetype before = menu->actions().size();
+    m_editMenu->addClipboardCommands(*menu);
+    for (QAction *action : menu->actions().sliced(before))
+        onRows(action);
     onRows(addCommand(
         menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
         [&window] { window.duplicateSelectedInfos(); }, hasSelection));
-    addCommand(menu, tr("Select &All"), QKeySequence::SelectAll, [&window] {
-        if (!sentToText("selectAll"))
-            window.selectAll();
-    });
+    m_editMenu->addSelectAllCommand(*menu);
     QMenu *same = menu->addMenu(tr("Select Records with the Sa&me"));
     fillSelectSame(same);
     m_conditions.emplace_back(same->menuAction(), hasSelection);
@@ -235,7 +188,7 @@ void WindowMenus::buildViewMenu()
 
 void WindowMenus::buildGlyphMenu()
 {
-    QMenu *menu = m_window.menuBar()->addMenu(tr("&Glyph"));
+    QMenu *menu = m_glyphMenu = m_window.menuBar()->addMenu(tr("&Glyph"));
     m_rowActions << nullptr;
     VXWindowController &window = m_window;
     RSRTVArrayController *list = window.infolistController();
@@ -264,6 +217,26 @@ void WindowMenus::buildGlyphMenu()
     MainMenu::contributeTo(MainMenu::Glyph, *menu, m_window);
 }
 
+VXMenuButton *WindowMenus::makeGlyphButton(QWidget *parent)
+{
+    auto *button = new VXMenuButton(parent);
+    button->setIcon(QIcon(u":/icons/more.svg"_s));
+    button->setToolTip(tr("Commands on the selected glyphs"));
+    button->setAccessibleName(button->toolTip());
+    for (QAction *action : m_glyphMenu->actions()) {
+        if (action->isSeparator() || action == m_addAction || action == m_removeAction)
+            continue;
+        QAction *item = button->addItemWithTitle(action->text());
+        item->setEnabled(action->isEnabled());
+        connect(action, &QAction::changed, item, [action, item] { item->setEnabled(action->isEnabled()); });
+        connect(button, &VXMenuButton::itemChosen, action, [action, item](const QAction *chosen) {
+            if (chosen == item)
+                action->trigger();
+        });
+    }
+    return button;
+}
+
 void WindowMenus::buildScriptsMenu()
 {
     // One for all windows: scripts are many, and reading them takes a while.
@@ -286,8 +259,10 @@ void WindowMenus::buildWindowMenu()
             action->setCheckable(true);
             action->setActionGroup(group); // a dot, not a tick: one of many
             action->setChecked(document == &m_window.glyphDocument());
-            connect(action, &QAction::triggered, document,
-                    [document] { DocumentController::shared().bringToFront(document); });
+            setCommand(action, [document = QPointer<Document>(document)] {
+                if (document)
+                    DocumentController::shared().bringToFront(document);
+            });
         }
     });
 }
@@ -348,13 +323,12 @@ void WindowMenus::fillRecentFiles(QMenu *menu)
     for (const QString &path : files) {
         QAction *action = menu->addAction(
             menuText(shownPath(QFileInfo(path).fileName() + u" — "_s + QFileInfo(path).path())));
-        connect(action, &QAction::triggered, this,
-                [this, path] { DocumentPanels::openFiles({path}, &m_window); });
+        setCommand(action, [this, path] { DocumentPanels::openFiles({path}, &m_window); });
     }
     menu->addSeparator();
     QAction *clear = menu->addAction(tr("Clear Menu"));
     clear->setEnabled(!files.isEmpty());
-    connect(clear, &QAction::triggered, this, [] { DocumentController::shared().clearRecentFiles(); });
+    setCommand(clear, [] { DocumentController::shared().clearRecentFiles(); });
 }
 
 void WindowMenus::fillHistory(QMenu *menu)
@@ -363,6 +337,7 @@ void WindowMenus::fillHistory(QMenu *menu)
     menu->clear();
     delete menu->findChild<QActionGroup *>();
     auto *group = new QActionGroup(menu); // a dot, not a tick: one of many
+    m_window.commitEditing(); // a step of its own in the list
     UndoManager *undo = m_window.glyphDocument().undoManager();
     const QUndoStack *stack = undo->stack();
     const auto addStep = [&](int count, const QString &text) {
@@ -370,7 +345,7 @@ void WindowMenus::fillHistory(QMenu *menu)
         action->setCheckable(true);
         action->setActionGroup(group);
         action->setChecked(count == stack->index());
-        connect(action, &QAction::triggered, undo, [undo, count] { undo->goToStep(count); });
+        setCommand(action, [undo, count] { undo->goToStep(count); });
     };
     for (int i = qMin(stack->count(), stack->index() + kShownSteps / 2);
          i > qMax(0, stack->index() - kShownSteps); --i) {
@@ -387,7 +362,7 @@ void WindowMenus::fillSelectSame(QMenu *menu)
                                    GlyphField::Case, GlyphField::Direction, GlyphField::Decompose,
                                    GlyphField::Marks, GlyphField::Anchors, GlyphField::Production}) {
         QAction *action = menu->addAction(fieldTitle(field));
-        connect(action, &QAction::triggered, this, [this, field] { m_window.selectSame(keyOfField(field)); });
+        setCommand(action, [this, field] { m_window.selectSame(keyOfField(field)); });
     }
 }
 
@@ -398,7 +373,7 @@ void WindowMenus::fillAppearance(QMenu *menu)
         QAction *action = menu->addAction(text);
         action->setCheckable(true);
         action->setActionGroup(group);
-        connect(action, &QAction::triggered, this, [choice] { Appearance::shared().setChoice(choice); });
+        setCommand(action, [choice] { Appearance::shared().setChoice(choice); });
         connect(menu, &QMenu::aboutToShow, action,
                 [action, choice] { action->setChecked(Appearance::shared().choice() == choice); });
     };

@@ -6,11 +6,17 @@
 
 class QAction;
 class QMenu;
+class QWidget;
+class VXMenuButton;
 class VXWindowController;
 
 namespace runebook {
 
+class EditMenu;
 class FocusRound;
+
+/// A text from a file or a record as a menu may show it.
+QString menuText(const QString &text);
 
 /// The menu bar of a document window: every command with its text, its shortcut, and when it can act.
 class WindowMenus : public QObject
@@ -23,6 +29,8 @@ public:
     QAction *addAction() const { return m_addAction; }
     QAction *removeAction() const { return m_removeAction; }
     QAction *sidebarAction() const { return m_sidebarAction; }
+    /// A button for the toolbar with the commands on the selected glyphs.
+    VXMenuButton *makeGlyphButton(QWidget *parent);
 
     /// Enables each command that can act now, and names the steps that undo and redo would take.
     void validate();
@@ -30,6 +38,8 @@ public:
 private:
     using Condition = std::function<bool()>;
 
+    /// Has a command of a menu that is filled anew do something; what is being typed is taken first.
+    void setCommand(QAction *action, std::function<void()> command);
     QAction *addCommand(QMenu *menu, const QString &text, const QKeySequence &shortcut,
                         std::function<void()> command, Condition condition = {});
     void buildFileMenu();
@@ -54,6 +64,8 @@ private:
     QList<QPointer<QAction>> m_rowActions; ///< in their order; null between groups
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;
+    EditMenu *m_editMenu;
+    QMenu *m_glyphMenu = nullptr;
     QAction *m_addAction = nullptr;
     QAction *m_removeAction = nullptr;
     QAction *m_sidebarAction = nullptr;

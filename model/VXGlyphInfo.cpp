@@ -326,8 +326,6 @@ void VXGlyphInfo::clear(GlyphField field)
         setCase(noCase);
     else if (field == GlyphField::Direction)
         setDirection(DirectionNotSet);
-    else if (field == GlyphField::UnicodeLegacy)
-        setUnicodeLegacy({});
     else
         setStored(field, FieldValue());
 }

@@ -125,6 +125,11 @@ private Q_SLOTS:
             << u"name=\"A\""_s << a << 0 << none << none << none;
         QTest::newRow("description on the left alone")
             << a << u"name=\"A\""_s << 0 << none << none << QStringList {u"A"_s};
+        QTest::newRow("absent and empty are one")
+            << u"name=\"A\" category=\"\" altNames=\"\" unicode=\"\" description=\"d\""_s
+            << u"name=\"A\" script=\"\" description=\"d\""_s << 0 << none << none << none;
+        QTest::newRow("an empty description is none")
+            << u"name=\"A\" description=\"\""_s << a << 0 << none << none << none;
         QTest::newRow("case takes no part")
             << u"name=\"A\" case=\"upper\" description=\"d\""_s
             << u"name=\"A\" case=\"lower\" description=\"d\""_s << 0 << none << none << none;

@@ -104,6 +104,8 @@ private Q_SLOTS:
         QTest::newRow("different") << u"name=\"A\""_s << u"name=\"B\""_s << u"name"_s << true;
         QTest::newRow("absent against present")
             << u"name=\"A\""_s << u"name=\"A\" script=\"latin\""_s << u"script"_s << true;
+        QTest::newRow("absent against empty")
+            << u"name=\"A\""_s << u"name=\"A\" script=\"\""_s << u"script"_s << false;
         QTest::newRow("sets in another order")
             << u"name=\"A\"\nname=\"B\""_s << u"name=\"B\"\nname=\"A\""_s << u"name"_s << false;
         QTest::newRow("how often does not count")

@@ -138,6 +138,7 @@ private Q_SLOTS:
     void tokensAreTyped_data();
     void tokensAreTyped();
     void tokensArePasted();
+    void whatIsNoCodePointIsLeftOutWithAWord();
     void tokensOfSeveralRecords();
     void tokensAreDrawn();
 
@@ -368,6 +369,8 @@ void InputFieldsTest::tokensAreTyped_data()
     QTest::newRow("Escape reverts") << u"<End> e9<Escape>"_s << u"0041"_s << u"-"_s;
     QTest::newRow("Escape, then leaving") << u"<End> e9<Escape><Tab>"_s << u"0041"_s << u"-"_s;
     QTest::newRow("nonsense goes") << u"<End> xy,42<Return>"_s << u"0041 0042"_s << u"0041 0042"_s;
+    QTest::newRow("no digit is typed") << u"<End>ß<Return>"_s << u"0041"_s << u"-"_s;
+    QTest::newRow("no sixth digit") << u"<End> 12345678<Return>"_s << u"0041 12345"_s << u"0041 12345"_s;
     QTest::newRow("Backspace takes a token") << u"<End> e9,<Back><Return>"_s << u"0041"_s << u"-"_s;
     QTest::newRow("Backspace takes a digit") << u"<End><Back>2<Return>"_s << u"0042"_s << u"0042"_s;
     QTest::newRow("all deleted") << u"<End> <Back><Return>"_s << QString() << QString();
@@ -398,6 +401,36 @@ void InputFieldsTest::tokensArePasted()
     QTest::keySequence(stage.field, QKeySequence::Paste);
     typeKeys(stage.field, u"<Return>"_s);
     QCOMPARE(commits.first().first().toStringList().join(u' '), u"0041 00E9 1F600 0042"_s);
+}
+
+void InputFieldsTest::whatIsNoCodePointIsLeftOutWithAWord()
+{
+    Stage<UnicodesTokenField> stage;
+    UnicodesTokenField &field = *stage.field;
+    const auto bubble = [&stage] {
+        const auto *shown = stage.window.findChild<ErrorBubble *>();
+        return shown ? shown->text() : QString();
+    };
+    field.setTokens({u"0042"_s});
+    typeKeys(&field, u"<End>g"_s);
+    QCOMPARE(bubble(), u"Only Numbers from 0–9 and letters from A-F are allowed"_s);
+    QGuiApplication::clipboard()->setText(u" ß, 12345678, D800; 43"_s);
+    QTest::keySequence(&field, QKeySequence::Paste);
+    typeKeys(&field, u"<Return>"_s);
+    QCOMPARE(field.tokens(), (QStringList {u"0042"_s, u"0043"_s}));
+    QCOMPARE(bubble(), u"Left out, for it is no code point: “ß”, “12345678”, “D800”"_s);
+    QGuiApplication::clipboard()->setText(u" 0044"_s);
+    typeKeys(&field, u"<End>"_s);
+    QTest::keySequence(&field, QKeySequence::Paste);
+    typeKeys(&field, u"<Return>"_s);
+    QCOMPARE(bubble(), u"A file keeps two code points of a glyph. Saving will leave out: 0044"_s);
+    // What completes a token can be taken back step by step.
+    field.setTokens({u"0041"_s});
+    typeKeys(&field, u"<End> e9,"_s);
+    QCOMPARE(field.text(), u"0041 00E9 "_s);
+    while (field.isUndoAvailable())
+        field.undo();
+    QCOMPARE(field.text(), u"0041"_s);
 }
 
 void InputFieldsTest::tokensOfSeveralRecords()

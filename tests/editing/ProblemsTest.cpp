@@ -117,8 +117,11 @@ private Q_SLOTS:
         row("half a comment hides what follows", u"desc"_s, u"<!-- b"_s, u"0:Changed-by-saving"_s);
         row("the case without a word", u"case"_s, int(VXGlyphInfo::other), u"0:Changed-by-saving"_s);
         row("short legacy code point", u"unicodeLegacy"_s, u"A1"_s, u"0:Changed-by-saving"_s);
-        row("separator in a name of a list", u"altNames"_s, QStringList {u"a, b"_s},
+        row("separator in a name of a list", u"altNames"_s, QStringList {u"x, y"_s},
             u"0:Changed-by-saving"_s);
+        row("alternate name of another record's name", u"altNames"_s,
+            QStringList {u"free"_s, u"other"_s, u"a"_s},
+            u"0:Repeating-alternate-names 0:Repeating-alternate-names"_s);
         row("empty text", u"desc"_s, u""_s, {});
         row("list of one empty text", u"altNames"_s, QStringList {u""_s}, {});
         row("attributes behind long foreign text", u"desc"_s, QString(60, u'字'), u"0:Changed-by-saving"_s);
@@ -223,6 +226,8 @@ private Q_SLOTS:
             if (random.bounded(3) == 0)
                 info->setDecompose(names.at(random.bounded(names.size())) + u", h, "_s
                                    + names.at(random.bounded(names.size())));
+            if (random.bounded(3) == 0)
+                info->setAltNames(QStringList {names.at(random.bounded(names.size())), u"z"_s});
             return info;
         };
         VXDocument document;
@@ -257,6 +262,9 @@ private Q_SLOTS:
             case 4:
                 if (count)
                     document.objectInInfosAtIndex(place)->setName(names.at(random.bounded(names.size())));
+                if (count > 1)
+                    document.objectInInfosAtIndex(count - 1)->setAltNames(
+                        QStringList {names.at(random.bounded(names.size()))});
                 break;
             case 5:
                 for (qsizetype i = place; i < count; ++i)

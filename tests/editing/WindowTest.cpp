@@ -1,15 +1,21 @@
 #include "editing/DetailPane.h"
 #include "editing/EmptyTable.h"
+#include "editing/FieldEditing.h"
+#include "editing/GlyphCellDelegate.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
 #include "editing/PreviewLabel.h"
+#include "editing/Problems.h"
 #include "editing/ProblemsPane.h"
 #include "editing/SearchFilter.h"
+#include "editing/VXMenuButton.h"
 #include "editing/VXSearchField.h"
+#include "editing/VXValidatingTextField.h"
 #include "editing/VXWindowController.h"
 #include "editing/VocabularyComboBox.h"
 #include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
+#include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
@@ -26,6 +32,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QStyledItemDelegate>
 #include <QTemporaryDir>
 #include <QToolTip>
 
@@ -63,6 +70,49 @@ QAction *commandOf(const QMainWindow &window, const QString &text)
     }
     return nullptr;
 }
+
+/// Answers all questions of the table: names are drawn by it, one cell of categories has a widget.
+class QuestionsDelegate : public QObject
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE QObject *tableColumnInTableViewDataCellForRow(int column, QObject *, int)
+    {
+        asked << u"column"_s;
+        return column == columnOfField(GlyphField::Name) ? &m_cell : nullptr;
+    }
+    Q_INVOKABLE QObject *tableViewDataCellForTableColumnRow(QObject *, int, int)
+    {
+        asked << u"cell"_s;
+        return nullptr;
+    }
+    Q_INVOKABLE void tableViewWillDisplayCellForTableColumnRow(QObject *, QObject *cell, int, int)
+    {
+        asked << u"display"_s;
+        painted += cell == &m_cell;
+    }
+    Q_INVOKABLE bool tableViewShouldEditTableColumnRow(QObject *, int, int)
+    {
+        asked << u"edit"_s;
+        return false;
+    }
+    Q_INVOKABLE QObject *viewAtColumnRowMakeIfNecessary(int column, int row, bool)
+    {
+        asked << u"view"_s;
+        return column == columnOfField(GlyphField::Category) && row == 1 ? view.data() : nullptr;
+    }
+    Q_INVOKABLE bool tableViewShouldShowCellExpansionForTableColumnRow(QObject *, int, int)
+    {
+        asked << u"expansion"_s;
+        return true;
+    }
+    QSet<QString> asked;
+    int painted = 0;
+    QPointer<QLabel> view = new QLabel;
+
+private:
+    QStyledItemDelegate m_cell;
+};
 
 } // namespace
 
@@ -508,7 +558,7 @@ private Q_SLOTS:
         QVERIFY(!m_document->isDocumentEdited());
     }
 
-    void refusedNameIsTakenBackWithAWord()
+    void refusedNameStaysWithAWord()
     {
         select({0});
         QLineEdit *field = lineOf(GlyphField::Name);
@@ -517,8 +567,127 @@ private Q_SLOTS:
         QTest::keyClicks(field, u"B"_s);
         QTest::keyClick(field, Qt::Key_Tab);
         QCOMPARE(m_document->objectInInfosAtIndex(0)->name(), u"A"_s);
-        QCOMPARE(field->text(), u"A"_s);
+        QCOMPARE(field->text(), u"B"_s);
+        QCOMPARE(qobject_cast<VXValidatingTextField *>(field)->errorHint(),
+                 u"There is already an info with the same name: B"_s);
         QVERIFY(!m_document->isDocumentEdited());
+        QTest::keyClick(field, Qt::Key_Escape);
+        QCOMPARE(field->text(), u"A"_s);
+    }
+
+    void whatMayStandInAFieldIsOneAnswer()
+    {
+        auto *altNames = m_window->altNameField();
+        const auto repeating = [this] {
+            m_document->flushChanges();
+            m_window->problems().finish();
+            return m_window->problems().count(ProblemKind::RepeatingAltName);
+        };
+        const InfoPtr info = m_document->objectInInfosAtIndex(2);
+        info->setAltNames(QStringList {u"later"_s});
+        select({2});
+        QVERIFY(altNames->errorHint().isEmpty());
+        // Another record gets that name.
+        m_document->objectInInfosAtIndex(1)->setName(u"later"_s);
+        QCOMPARE(repeating(), 1);
+        QCOMPARE(altNames->errorHint(), u"Repeating name: later"_s);
+        QVERIFY(altNames->isExtraButtonVisible());
+        std::vector<Problem> found;
+        m_window->problems().append(ProblemKind::RepeatingAltName, 0, 5, found);
+        QCOMPARE(m_window->problems().explanation(found.front()), altNames->errorHint());
+        // The mark goes with the record, be it that nothing is selected any more.
+        m_window->searchField()->setStringValue(u"no such"_s);
+        m_window->filterInfos();
+        QVERIFY(altNames->errorHint().isEmpty() && !altNames->isExtraButtonVisible());
+        m_window->searchField()->setStringValue(u""_s);
+        m_window->filterInfos();
+        select({3});
+        QVERIFY(altNames->errorHint().isEmpty());
+        m_document->removeObjectFromInfosAtIndex(1);
+        select({1});
+        QVERIFY(altNames->errorHint().isEmpty());
+        QCOMPARE(repeating(), 0);
+        // A record without a name stops nobody from emptying a field, which then is absent.
+        m_document->objectInInfosAtIndex(0)->setName(u""_s);
+        altNames->setFocus();
+        altNames->clear();
+        QTest::keyClick(altNames, Qt::Key_Return);
+        QVERIFY(info->stored(GlyphField::AltNames).isAbsent());
+    }
+
+    void anEmptiedFieldBecomesAbsent()
+    {
+        const InfoPtr info = m_document->objectInInfosAtIndex(0);
+        info->setUnicodeLegacy(u"F6C3"_s);
+        info->setDesc(u"words"_s);
+        info->setProduction(u"x"_s);
+        info->setCase(VXGlyphInfo::upper);
+        for (const GlyphField field : {GlyphField::Unicodes, GlyphField::Category, GlyphField::Production,
+                                       GlyphField::UnicodeLegacy, GlyphField::Desc, GlyphField::Case}) {
+            QVERIFY(setFieldFromText(*m_document, {info}, field, u""_s));
+            QVERIFY(field == GlyphField::Case ? info->caseValue() == VXGlyphInfo::noCase
+                                              : info->stored(field).isAbsent());
+            m_document->undoManager()->undo();
+            QVERIFY(!info->displayText(field).isEmpty());
+        }
+    }
+
+    void codePointsInCellsAndTheLegacyFieldAreChecked()
+    {
+        select({1});
+        GlyphTableView *table = m_window->tableView();
+        table->setFocus();
+        table->setCurrentIndex(list()->index(1, columnOfField(GlyphField::Unicodes)));
+        QTest::keyClick(table, Qt::Key_F2);
+        QLineEdit *cell = table->cellDelegate().editor();
+        cell->end(false);
+        QTest::keyClicks(cell, u"ßg"_s);
+        QTest::keyClicks(cell, u" 43"_s);
+        QTest::keyClick(cell, Qt::Key_Return);
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->unicodes(), (QStringList {u"0042"_s, u"0043"_s}));
+        QLineEdit *legacy = lineOf(GlyphField::UnicodeLegacy);
+        legacy->setFocus();
+        QTest::keyClicks(legacy, u"F6gC312"_s);
+        QTest::keyClick(legacy, Qt::Key_Return);
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->unicodeLegacy(), u"F6C31"_s);
+    }
+
+    void delegateOfTheListIsAskedAllItsQuestions()
+    {
+        QuestionsDelegate delegate;
+        list()->setDelegate(&delegate);
+        GlyphTableView *table = m_window->tableView();
+        table->grab();
+        const QModelIndex cell = list()->index(1, columnOfField(GlyphField::Category));
+        const QPoint place = table->visualRect(cell).center();
+        QHelpEvent help(QEvent::ToolTip, place, table->viewport()->mapToGlobal(place));
+        QCoreApplication::sendEvent(table->viewport(), &help);
+        QCOMPARE(QToolTip::text(), escapedToolTip(u"Letter"_s));
+        QTRY_COMPARE(table->indexWidget(cell), delegate.view.data());
+        QVERIFY(delegate.painted >= 5); // the names of five records
+        table->setCurrentIndex(cell);
+        QTest::keyClick(table, Qt::Key_F2);
+        QVERIFY(!table->cellDelegate().editor());
+        QCOMPARE(
+            delegate.asked,
+            (QSet<QString> {u"column"_s, u"cell"_s, u"display"_s, u"edit"_s, u"view"_s, u"expansion"_s}));
+    }
+
+    void glyphButtonOffersTheCommands()
+    {
+        auto *button = m_window->findChild<VXMenuButton *>();
+        QVERIFY(button && button->isVisible());
+        select({0});
+        QAction *item = nullptr;
+        for (QAction *each : button->itemMenu()->actions()) {
+            if (each->text().remove(u'&') == "Name to Alternate Names"_L1)
+                item = each;
+        }
+        QVERIFY(item && item->isEnabled());
+        item->trigger();
+        QCOMPARE(m_document->objectInInfosAtIndex(0)->altNames(), QStringList {u"A"_s});
+        select({});
+        QVERIFY(!item->isEnabled());
     }
 
     void severalRecordsAreEditedAtOnce()
