@@ -193,7 +193,7 @@ private Q_SLOTS:
         QCOMPARE(list()->countOfArrangedObjects(), 120'000); // until all are found
         QTest::keyClicks(search, u"9$"_s);
         QTRY_VERIFY(!m_window->isFiltering());
-        QCOMPARE(m_window->subtitle(), u"1200/120000 infos"_s);
+        QVERIFY2(m_window->subtitle().startsWith(u"1200/120000 "_s), qPrintable(m_window->subtitle()));
         QCOMPARE(list()->arrangedObjectAtIndex(1)->name(), u"glyph199"_s);
         // A change begins the search anew, Escape ends it.
         QTest::keyClick(search, Qt::Key_Backspace);
