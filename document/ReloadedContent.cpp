@@ -141,6 +141,7 @@ bool VXDocument::takeContentOf(Document &other)
     m_isFileUnreadable = false;
     m_readNotes = theirs->m_readNotes;
     m_fileNotes = m_readNotes;
+    m_readVersion = m_fileVersion;
     Q_EMIT readNotesChanged();
     return true;
 }

@@ -40,7 +40,17 @@ QString fieldOf(ProblemKind kind)
     case ProblemKind::MissingName:
     case ProblemKind::InvalidName:
     case ProblemKind::DuplicateName:
+    case ProblemKind::LongName:
         return keyOfField(GlyphField::Name);
+    case ProblemKind::MissingComponent:
+    case ProblemKind::SelfReference:
+        return keyOfField(GlyphField::Decompose);
+    case ProblemKind::UnknownCategory:
+        return keyOfField(GlyphField::Category);
+    case ProblemKind::UnknownSubCategory:
+        return keyOfField(GlyphField::SubCategory);
+    case ProblemKind::UnknownScript:
+        return keyOfField(GlyphField::Script);
     case ProblemKind::InvalidCodePoint:
     case ProblemKind::DuplicateCodePoint:
     case ProblemKind::ManyCodePoints:
