@@ -152,58 +152,6 @@ QObject *VXAppDelegate::macroPanelController() const
     return m_macroPanelController;
 }
 
-/// For scripts: not translated.
-static QString wordOf(ProblemKind kind)
-{
-    switch (kind) {
-    case ProblemKind::MissingName:
-        return u"missingName"_s;
-    case ProblemKind::InvalidName:
-        return u"invalidName"_s;
-    case ProblemKind::DuplicateName:
-        return u"duplicateName"_s;
-    case ProblemKind::LongName:
-        return u"longName"_s;
-    case ProblemKind::RepeatingAltName:
-        return u"repeatingAltName"_s;
-    case ProblemKind::InvalidCodePoint:
-        return u"invalidCodePoint"_s;
-    case ProblemKind::DuplicateCodePoint:
-        return u"duplicateCodePoint"_s;
-    case ProblemKind::ManyCodePoints:
-        return u"manyCodePoints"_s;
-    case ProblemKind::MissingComponent:
-        return u"missingComponent"_s;
-    case ProblemKind::SelfReference:
-        return u"selfReference"_s;
-    case ProblemKind::UnknownCategory:
-        return u"unknownCategory"_s;
-    case ProblemKind::UnknownSubCategory:
-        return u"unknownSubCategory"_s;
-    case ProblemKind::UnknownScript:
-        return u"unknownScript"_s;
-    case ProblemKind::QuoteOrBreak:
-        return u"quoteOrBreak"_s;
-    case ProblemKind::LostValue:
-        return u"lostValue"_s;
-    case ProblemKind::Comment:
-        return u"comment"_s;
-    case ProblemKind::UnknownAttribute:
-        return u"unknownAttribute"_s;
-    case ProblemKind::UnreadRest:
-        return u"unreadRest"_s;
-    case ProblemKind::DroppedAttribute:
-        return u"droppedAttribute"_s;
-    case ProblemKind::ForeignLine:
-        return u"foreignLine"_s;
-    case ProblemKind::OtherMeaning:
-        return u"otherMeaning"_s;
-    case ProblemKind::FileForm:
-        return u"fileForm"_s;
-    }
-    return u"other"_s;
-}
-
 QVariantList VXAppDelegate::problemsOfDocument(VXDocument *document) const
 {
     QVariantList list;
@@ -215,7 +163,7 @@ QVariantList VXAppDelegate::problemsOfDocument(VXDocument *document) const
     problems.append({}, 0, document->countOfInfos(), found);
     problems.appendRead({}, found);
     for (const Problem &problem : found) {
-        list << QVariantMap {{u"kind"_s, wordOf(problem.kind)},
+        list << QVariantMap {{u"kind"_s, idOfProblemKind(problem.kind)},
                              {u"info"_s, problem.info ? QVariant::fromValue(problem.info) : QVariant()},
                              {u"index"_s, static_cast<qint64>(document->indexOfObjectInInfos(problem.info))},
                              {u"name"_s, problem.info ? QVariant(problem.info->name()) : QVariant()},

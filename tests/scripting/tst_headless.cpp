@@ -296,7 +296,7 @@ void HeadlessTest::comforts()
              u"print([(p['kind'], p['index'], p['info'].name) for p in Doc.problems() if p['name'] == 'A'])"_s,
              m_file})
             .output,
-        u"[('duplicateName', 0, 'A'), ('duplicateName', 1, 'A')]\n"_s);
+        u"[('duplicate-name', 0, 'A'), ('duplicate-name', 1, 'A')]\n"_s);
 }
 
 /// The examples and the guide, as a type checker sees them with the stubs that the program writes.
