@@ -58,7 +58,7 @@ private Q_SLOTS:
     void readsInProportion();
     void readsTablesInProportion_data();
     void readsTablesInProportion();
-    void reportsEveryUnknownKeyOnce();
+    void tellsOfManyUnknownKeysInOneLine();
     void agreesOnLargeFiles_data();
     void agreesOnLargeFiles();
     void roundTripsTheCorpus_data();
@@ -165,7 +165,7 @@ void TestLargeFiles::readsTablesInProportion()
              qPrintable(u"%1 MB for %2 MB"_s.arg(taken >> 20).arg(bytes.size() >> 20)));
 }
 
-void TestLargeFiles::reportsEveryUnknownKeyOnce()
+void TestLargeFiles::tellsOfManyUnknownKeysInOneLine()
 {
     int presented = 0;
     connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, this, [&presented] { ++presented; });
@@ -176,12 +176,12 @@ void TestLargeFiles::reportsEveryUnknownKeyOnce()
     const QByteArray bytes = (line + "/>\n").repeated(2);
     GlyphDataReader reader;
     QCOMPARE(reader.read(bytes).size(), 2u);
-    QTRY_COMPARE(presented, kKeys);
+    QTRY_COMPARE(presented, 1); // with their number: a line for each would bury what matters
     QCOMPARE(reader.notes().count(ReadNotes::UnknownAttribute), 2 * kKeys);
     QVERIFY(reader.notes().notes.size() <= 1'000);
     reader.read(bytes);
     QCoreApplication::processEvents();
-    QCOMPARE(presented, kKeys);
+    QCOMPARE(presented, 2); // once for each reading
 }
 
 void TestLargeFiles::agreesOnLargeFiles_data()

@@ -27,6 +27,7 @@ struct Window {
             infos.back()->setName(name);
         }
         document.setInfos(infos);
+        document.updateChangeCount(Document::ChangeCleared);
         controller = std::make_unique<VXWindowController>(document);
         document.setWindowController(controller.get());
         controller->resize(760, 420);

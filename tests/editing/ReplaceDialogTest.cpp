@@ -237,6 +237,7 @@ void ReplaceDialogTest::manyAreReplacedWithProgress()
         infos.back()->setName(u"alpha"_s + QString::number(i));
     }
     document.setInfos(infos);
+    document.updateChangeCount(Document::ChangeCleared);
     for (const bool isStopped : {true, false}) {
         VXFindReplaceWindowController dialog;
         dialog.setShownInfos(infos);

@@ -185,6 +185,7 @@ private Q_SLOTS:
         for (int i = 0; i < 120'000; ++i)
             infos.push_back(infoNamed(u"glyph%1"_s.arg(i)));
         m_document->setInfos(infos);
+        m_document->updateChangeCount(Document::ChangeCleared);
         UserDefaults::standard().setObjectForKey(true, u"SearchStateRegex"_s);
         VXSearchField *search = m_window->searchField();
         search->setFocus();

@@ -296,7 +296,8 @@ void HeadlessTest::comforts()
              u"print([(p['kind'], p['index'], p['info'].name) for p in Doc.problems() if p['name'] == 'A'])"_s,
              m_file})
             .output,
-        u"[('duplicate-name', 0, 'A'), ('duplicate-name', 1, 'A')]\n"_s);
+        u"[('duplicate-name', 0, 'A'), ('duplicate-name', 1, 'A'), "
+        "('self-component', 1, 'A')]\n"_s);
 }
 
 /// The examples and the guide, as a type checker sees them with the stubs that the program writes.

@@ -336,10 +336,10 @@ void MacroPanelTest::asksForInput()
     int asked = 0;
     QTimer answering;
     connect(&answering, &QTimer::timeout, this, [&asked] {
-        auto *dialog = qobject_cast<QInputDialog *>(QApplication::activeModalWidget());
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
         if (!dialog)
             return;
-        dialog->setTextValue(u"typed"_s);
+        dialog->findChild<QLineEdit *>()->setText(u"typed"_s);
         ++asked < 3 ? dialog->accept() : dialog->reject();
     });
     answering.start(5);

@@ -84,9 +84,9 @@ void ScriptsMenuTest::initTestCase()
     for (const auto folder :
          {"/Contents/Scripts39/"_L1, "/Contents/Scripts310/"_L1, "/Contents/Scripts311/"_L1}) {
         QVERIFY(QDir().mkpath(program + folder));
-        for (const auto module : {"objc.py"_L1, "AppKit.py"_L1, "Foundation.py"_L1, "MainApp.py"_L1})
-            QVERIFY(QFile::link(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/scripts/") + module,
-                                program + folder + module));
+        const QDir modules(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/scripts"));
+        for (const QString &module : modules.entryList({u"*.py"_s}, QDir::Files))
+            QVERIFY(QFile::link(modules.filePath(module), program + folder + module));
     }
     QVERIFY(QFile::link(QStringLiteral(RUNEBOOK_BUILD_DIR "/libexec"), prefix + "/libexec"_L1));
     StandardFolders::setProgramData(program);
