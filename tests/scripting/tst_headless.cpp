@@ -593,6 +593,15 @@ void HeadlessTest::drivesTheWindows()
     const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/windows.py"_s), m_file, copy});
     QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
     QVERIFY(ended.output.contains(u"checked 7"_s));
+    // How windows look and what was searched for stays the user's.
+    const Ended windows =
+        run({u"--eval"_s,
+             u"Doc.makeWindowControllers()\nw = Doc.windowController()\nw.searchField().setStringValue_('a')\n"
+             "w.filterInfos()\nw.setProblemsShown_(True)\nw.searchMode_(3)\nprint(len(w.infolistController()."
+             "arrangedObjects()))"_s,
+             m_file});
+    QVERIFY2(windows.status == 0, qPrintable(windows.errors));
+    QCOMPARE(content(m_folder->filePath(u"defaults.ini"_s)), QString());
 }
 
 void HeadlessTest::drivesTheEditingCommands()
