@@ -541,7 +541,7 @@ void DelegateTest::leavesNothingBehind()
     };
     // What is made once is made.
     for (int i = 0; i < 2; ++i)
-        use(times / 10);
+        use(times / 4);
     settle();
     const auto descriptorsBefore = descriptors();
     const qint64 before = bytes();
