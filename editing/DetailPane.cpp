@@ -20,6 +20,7 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QToolButton>
@@ -49,6 +50,23 @@ QString mixedText()
 {
     return QCoreApplication::translate("DetailPane", "Multiple values");
 }
+
+/// The framework's own way of pasting ends the program when nobody owns the clipboard.
+class TextBox final : public QPlainTextEdit
+{
+public:
+    using QPlainTextEdit::QPlainTextEdit;
+
+protected:
+    void insertFromMimeData(const QMimeData *source) override
+    {
+        const QString text = source ? source->text() : QString();
+        if (text.isEmpty())
+            return;
+        insertPlainText(text);
+        ensureCursorVisible();
+    }
+};
 
 /// The text of an editor whose lines are paragraphs: exactly what it was given, other line ends included.
 QString exactText(const QPlainTextEdit &edit)
@@ -245,7 +263,7 @@ void DetailPane::addTokens(QGridLayout &layout, const QString &captionName)
 
 void DetailPane::addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName)
 {
-    auto *box = new QPlainTextEdit(m_form);
+    auto *box = new TextBox(m_form);
     box->setTabChangesFocus(true);
     connect(box, &QPlainTextEdit::textChanged, this, &DetailPane::noteTyping);
     box->setMinimumHeight(56);

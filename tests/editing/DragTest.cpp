@@ -1,3 +1,4 @@
+#include "editing/DetailPane.h"
 #include "editing/GlyphTableView.h"
 #include "editing/GlyphColumns.h"
 #include "editing/VXSearchField.h"
@@ -6,9 +7,11 @@
 #include "platform/MessageBar.h"
 #include "tests/TestMain.h"
 
+#include <QClipboard>
 #include <QDrag>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QProcess>
 #include <functional>
 
@@ -100,6 +103,19 @@ private Q_SLOTS:
         window.document.undoManager()->undo();
         QCOMPARE(window.picture().remove(u'[').remove(u']'), u"a b c d e"_s);
         QVERIFY(!window.document.isDocumentEdited());
+    }
+
+    /// Of a display whose clipboard nobody owns, which only a real one is.
+    void nothingIsPastedFromNobody()
+    {
+        QGuiApplication::clipboard()->clear();
+        const Window window(u"a b"_s, {10, 10});
+        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
+        auto *description = window.controller->detailPane()->findChild<QPlainTextEdit *>();
+        description->setFocus();
+        QTest::keyClicks(description, u"x"_s);
+        QTest::keyClick(description, Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(description->toPlainText(), u"x"_s);
     }
 
     void rowsOfAnotherWindowAreRefused()
