@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <new>
 
 namespace runebook {
 
@@ -9,7 +9,8 @@ namespace runebook {
 /// many parts of the program take part in. Nothing is kept.
 inline void ensureRoom(std::size_t bytes)
 {
-    std::make_unique_for_overwrite<std::byte[]>(bytes);
+    // No new expression: compilers leave out one whose memory nobody uses.
+    ::operator delete(::operator new(bytes));
 }
 
 } // namespace runebook
