@@ -1,5 +1,6 @@
 #include "document/AutosaveForm.h"
 
+#include "document/GlyphDataReader.h"
 #include "model/FileText.h"
 
 #include <QDataStream>
@@ -65,6 +66,48 @@ InfoPtr infoFrom(QDataStream &stream)
     info->setDirection(direction);
     info->setIndex(index);
     return info;
+}
+
+/// What the comment says besides its lines.
+struct AutosavedValues {
+    qsizetype records = -1; ///< how many there must be; -1 when nothing is told
+    qsizetype bytes = 0; ///< of the glyph data file
+    quint8 fileVersion = 2;
+    std::vector<std::pair<qsizetype, InfoPtr>> infos; ///< by their places
+    bool isWhole = true;
+};
+
+AutosavedValues autosavedValues(const QByteArray &content)
+{
+    AutosavedValues values;
+    const qsizetype begin = content.lastIndexOf(
+        QByteArray::fromRawData(kBegin.data(), qsizetype(kBegin.size())));
+    if (begin < 0)
+        return values;
+    const QByteArray comment = content.mid(begin + qsizetype(kBegin.size()));
+    QList<QByteArray> lines = comment.split('\n');
+    const QList<QByteArray> numbers = lines.takeFirst().split(' ');
+    values.isWhole = numbers.size() == 3 && comment.endsWith(kEnd.data());
+    if (!values.isWhole)
+        return values;
+    values.records = numbers[0].toLongLong();
+    values.bytes = numbers[1].toLongLong();
+    values.fileVersion = static_cast<quint8>(numbers[2].toUInt());
+    values.isWhole = values.bytes == begin;
+    for (const QByteArray &line : lines) {
+        if (line.isEmpty() || line == "-->")
+            continue;
+        const QByteArray bytes = QByteArray::fromBase64(line);
+        QDataStream stream(bytes);
+        stream.setVersion(kStreamVersion);
+        quint64 place = 0;
+        stream >> place;
+        const InfoPtr info = infoFrom(stream);
+        values.isWhole &= stream.status() == QDataStream::Ok;
+        if (stream.status() == QDataStream::Ok)
+            values.infos.emplace_back(qsizetype(place), info);
+    }
+    return values;
 }
 
 } // namespace
@@ -146,37 +189,24 @@ void AutosaveSlices::appendValues(const VXGlyphInfo &info, std::size_t place)
     m_values += '\n';
 }
 
-AutosavedValues autosavedValues(const QByteArray &content)
+AutosavedContent readAutosavedContent(const QByteArray &utf8)
 {
-    AutosavedValues values;
-    const qsizetype begin = content.lastIndexOf(
-        QByteArray::fromRawData(kBegin.data(), qsizetype(kBegin.size())));
-    if (begin < 0)
-        return values;
-    const QByteArray comment = content.mid(begin + qsizetype(kBegin.size()));
-    QList<QByteArray> lines = comment.split('\n');
-    const QList<QByteArray> numbers = lines.takeFirst().split(' ');
-    values.isWhole = numbers.size() == 3 && comment.endsWith(kEnd.data());
-    if (!values.isWhole)
-        return values;
-    values.records = numbers[0].toLongLong();
-    values.bytes = numbers[1].toLongLong();
-    values.fileVersion = static_cast<quint8>(numbers[2].toUInt());
-    values.isWhole = values.bytes == begin;
-    for (const QByteArray &line : lines) {
-        if (line.isEmpty() || line == "-->")
-            continue;
-        const QByteArray bytes = QByteArray::fromBase64(line);
-        QDataStream stream(bytes);
-        stream.setVersion(kStreamVersion);
-        quint64 place = 0;
-        stream >> place;
-        const InfoPtr info = infoFrom(stream);
-        values.isWhole &= stream.status() == QDataStream::Ok;
-        if (stream.status() == QDataStream::Ok)
-            values.infos.emplace_back(qsizetype(place), info);
+    const AutosavedValues values = autosavedValues(utf8);
+    const bool isTold = values.records >= 0;
+    const qsizetype end = isTold ? qBound<qsizetype>(0, values.bytes, utf8.size()) : utf8.size();
+    GlyphDataReader reader;
+    AutosavedContent content;
+    content.infos = reader.read(utf8.left(end));
+    content.notes = reader.notes();
+    content.fileVersion = isTold ? values.fileVersion : reader.fileVersion();
+    content.isWhole = values.isWhole && (!isTold || values.records == std::ssize(content.infos));
+    for (const auto &[place, info] : values.infos) {
+        const bool isThere = place >= 0 && place < std::ssize(content.infos);
+        content.isWhole &= isThere;
+        if (isThere)
+            content.infos[static_cast<std::size_t>(place)] = info;
     }
-    return values;
+    return content;
 }
 
 } // namespace runebook

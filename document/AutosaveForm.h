@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/GlyphDataWriter.h"
+#include "model/ReadNotes.h"
 #include "model/RoundTrip.h"
 #include "platform/SlicedContent.h"
 
@@ -36,16 +37,16 @@ private:
     std::vector<RoundTrip::Outcome> m_outcomes;
 };
 
-/// What the comment of an autosaved content says besides its lines.
-struct AutosavedValues {
-    qsizetype records = -1; ///< how many there must be; -1 when nothing is told
-    qsizetype bytes = 0; ///< of the glyph data file
+/// What lies in an autosaved content.
+struct AutosavedContent {
+    InfoList infos;
     quint8 fileVersion = 2;
-    std::vector<std::pair<qsizetype, InfoPtr>> infos; ///< by their places
-    bool isWhole = true;
+    ReadNotes notes;
+    bool isWhole = true; ///< as many records and bytes as it says, all of their values readable
 };
 
-/// Reads that comment from an autosaved content.
-AutosavedValues autosavedValues(const QByteArray &content);
+/// Reads an autosaved content, which must be UTF-8: of a damaged one what can be read. One without the comment is a
+/// glyph data file, and whole.
+AutosavedContent readAutosavedContent(const QByteArray &utf8);
 
 } // namespace runebook

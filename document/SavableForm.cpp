@@ -97,16 +97,6 @@ std::vector<FieldFix> savableForm(const VXGlyphInfo &info, int fileVersion)
     return fixes;
 }
 
-void applyFix(VXGlyphInfo &info, const FieldFix &fix)
-{
-    if (fix.field == F::Unicodes)
-        info.setUnicodes(fix.value);
-    else if (fix.field == F::AltNames)
-        info.setAltNames(fix.value);
-    else
-        info.editText(fix.field, fix.value.first());
-}
-
 QString sentenceOfLoss(const VXGlyphInfo &info, const RoundTrip::Loss &loss, const QString &fieldTitle)
 {
     const QString text = info.displayText(loss.field);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/EditedValue.h"
 #include "model/RoundTrip.h"
 
 #include <QStringList>
@@ -16,8 +17,6 @@ struct FieldFix {
 /// The fields that a file of \a fileVersion would not keep, in the nearest form that it keeps. Nothing for
 /// those that only a person can decide about.
 std::vector<FieldFix> savableForm(const VXGlyphInfo &info, int fileVersion);
-/// Makes the change, with its undo step.
-void applyFix(VXGlyphInfo &info, const FieldFix &fix);
 
 /// What would become of the value of \a loss, in a sentence.
 QString sentenceOfLoss(const VXGlyphInfo &info, const RoundTrip::Loss &loss, const QString &fieldTitle);

@@ -115,7 +115,7 @@ qsizetype VXDocument::fixSavingLosses()
     const UndoGroup group(undoManager(), tr("Fix Values"));
     for (const auto &[info, fixes] : plan) {
         for (const FieldFix &fix : fixes)
-            applyFix(*info, fix);
+            storeEdited(*info, fix.field, fix.value);
     }
     flushChanges();
     return static_cast<qsizetype>(plan.size());
@@ -124,29 +124,19 @@ qsizetype VXDocument::fixSavingLosses()
 bool VXDocument::readAutosavedContents(const QString &path, bool *isWhole, Error *error)
 {
     *isWhole = true;
-    const std::optional<QByteArray> content = readUtf8File(path, error);
-    if (!content)
+    const std::optional<QByteArray> bytes = readUtf8File(path, error);
+    if (!bytes)
         return false;
-    const AutosavedValues values = autosavedValues(*content);
-    const bool isTold = values.records >= 0;
-    const qsizetype end = isTold ? qBound<qsizetype>(0, values.bytes, content->size()) : content->size();
-    GlyphDataReader reader;
-    InfoList infos = reader.read(content->left(end));
-    *isWhole = values.isWhole && (!isTold || values.records == std::ssize(infos));
-    for (const auto &[place, info] : values.infos) {
-        const bool isThere = place >= 0 && place < std::ssize(infos);
-        *isWhole &= isThere;
-        if (isThere)
-            infos[static_cast<std::size_t>(place)] = info;
-    }
-    m_fileVersion = isTold ? values.fileVersion : reader.fileVersion();
+    AutosavedContent content = readAutosavedContent(*bytes);
+    *isWhole = content.isWhole;
+    m_fileVersion = content.fileVersion;
     m_readVersion = m_fileVersion;
-    m_readNotes = reader.notes();
+    m_readNotes = content.notes;
     m_fileNotes = m_readNotes;
     // They are not in the file of the document: whoever restores them compares both.
-    for (const InfoPtr &info : infos)
+    for (const InfoPtr &info : content.infos)
         info->setNotAsRead();
-    install(std::move(infos));
+    install(std::move(content.infos));
     return true;
 }
 
@@ -154,20 +144,34 @@ bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error
 {
     constexpr qsizetype kTold = 20;
     ContentProducer produce;
+    Error losses;
     if (type == kXMLType) {
         const std::vector<Unkept::Record> &records = unkept().records;
-        if (std::any_of(records.begin(), records.end(), [](const auto &record) { return record.takesOthers; }))
-            return fail(error,
-                        {u"SavingLossesError"_s, 2,
-                         tr("“%1” was not written: values would take other records with them.").arg(url),
-                         savingLosses(type).lines(kTold).join(u'\n'), {}});
+        if (std::any_of(records.begin(), records.end(), [](const auto &record) { return record.takesOthers; })) {
+            losses = {u"SavingLossesError"_s, 2,
+                      tr("“%1” was not written: values would take other records with them.").arg(url),
+                      savingLosses(type).lines(kTold).join(u'\n'), {}};
+            // A script that does not ask for the reason is told all the same.
+            if (!error)
+                ErrorPresenter::shared().present(losses);
+            return fail(error, losses);
+        }
+        // A save has asked before. Who writes otherwise, as scripts do, is told.
+        if (const SavingLosses lost = savedState() ? SavingLosses() : savingLosses(type); !lost.isEmpty())
+            losses = {losesSilently() ? u"Notice"_s : u"SavingLossesError"_s, 3,
+                      tr("“%1” does not hold all values of its records.").arg(url),
+                      lost.lines(kTold).join(u'\n'), {}};
         produce = GlyphDataWriter(m_infos, m_fileVersion);
     } else if (type == kTableType) {
         produce = TabbedWriter(m_infos);
     } else {
         return false;
     }
-    return FileSaver::save(pathFromURL(url), produce, error, savedState());
+    if (!FileSaver::save(pathFromURL(url), produce, error, savedState()))
+        return false;
+    if (!losses.domain.isEmpty())
+        ErrorPresenter::shared().present(losses);
+    return true;
 }
 
 QStringList VXDocument::savingWillChange() const

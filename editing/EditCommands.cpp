@@ -2,8 +2,10 @@
 
 #include "editing/EditNames.h"
 #include "editing/GlyphColumns.h"
+#include "model/FileText.h"
 #include "model/GlyphLineReader.h"
 #include "model/GlyphLineWriter.h"
+#include "model/RoundTrip.h"
 #include "model/StringHelpers.h"
 
 #include <QCoreApplication>
@@ -24,7 +26,21 @@ QString clipboardText(const InfoList &infos)
     return QString::fromStdString(lines);
 }
 
-InfoList infosOfClipboard(const QByteArray &utf8)
+namespace {
+
+/// Why the record may not be pasted, since no save would write it; null when it may.
+QString refusalOf(const VXGlyphInfo &info)
+{
+    for (const GlyphField field : RoundTrip::writtenFields()) {
+        if (RoundTrip::takesOthers(info, field))
+            return sentenceOfObjection(info.displayText(field), titleOfField(field));
+    }
+    return {};
+}
+
+} // namespace
+
+InfoList infosOfClipboard(const QByteArray &utf8, LeftOut &leftOut)
 {
     InfoList infos;
     const SourcePtr source(new SourceBytes(utf8));
@@ -34,27 +50,36 @@ InfoList infosOfClipboard(const QByteArray &utf8)
     for (qsizetype begin = 0; begin < size;) {
         const void *feed = std::memchr(data + begin, '\n', static_cast<std::size_t>(size - begin));
         const qsizetype end = feed ? static_cast<const char *>(feed) - data : size;
-        if (InfoPtr info = reader.readPiece(begin, end))
+        InfoPtr info = reader.readPiece(begin, end);
+        const QString refusal = info && reader.hasComment(begin, end) ? refusalOf(*info) : QString();
+        if (!refusal.isNull())
+            leftOut.add(refusal);
+        else if (info)
             infos.push_back(std::move(info));
         begin = end + 1;
     }
     return infos;
 }
 
-void moveNamesToAltNames(VXDocument &document, const InfoList &infos)
+LeftOut moveNamesToAltNames(VXDocument &document, const InfoList &infos)
 {
     const UndoGroup group(document.undoManager(),
                           editName(QCoreApplication::translate("EditCommands", "Name to Alternate Names"),
                                    QCoreApplication::translate("EditCommands",
                                                                "Names to Alternate Names of %1 Records"),
                                    std::ssize(infos)));
+    LeftOut leftOut;
     for (const InfoPtr &info : infos) {
         QStringList names = info->altNames();
         names.removeDuplicates();
         if (const QString name = info->name(); !names.contains(name))
             names << name;
-        info->setAltNames(names);
+        if (const QString refusal = refusalOfEdited(GlyphField::AltNames, names); !refusal.isNull())
+            leftOut.add(refusal);
+        else
+            info->setAltNames(names);
     }
+    return leftOut;
 }
 
 InfoPtr infoForNameOrCodePoint(const VXDocument &document, const QString &text)

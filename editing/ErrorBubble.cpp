@@ -24,10 +24,15 @@ constexpr int kWidest = 320;
 void ErrorBubble::remark(QWidget *control, const QString &text, const QRect &area)
 {
     if (!text.isEmpty())
-        show(control, {u"Runebook"_s, 0, text, {}, {}}, area);
+        say(control, {u"Runebook"_s, 0, text, {}, {}}, area, Tone::Remark);
 }
 
 void ErrorBubble::show(QWidget *control, const Error &error, const QRect &area)
+{
+    say(control, error, area, Tone::Refusal);
+}
+
+void ErrorBubble::say(QWidget *control, const Error &error, const QRect &area, Tone tone)
 {
     if (!control || !control->isVisible()) {
         ErrorPresenter::shared().present(error);
@@ -35,7 +40,7 @@ void ErrorBubble::show(QWidget *control, const Error &error, const QRect &area)
     }
     for (ErrorBubble *earlier : control->window()->findChildren<ErrorBubble *>())
         delete earlier;
-    auto *bubble = new ErrorBubble(control, error.text());
+    auto *bubble = new ErrorBubble(control, error.text(), tone);
     bubble->placeAt(*control, area.isNull() ? control->rect() : area);
     bubble->QLabel::show();
     bubble->raise();
@@ -43,7 +48,8 @@ void ErrorBubble::show(QWidget *control, const Error &error, const QRect &area)
     QAccessible::updateAccessibility(&alert);
 }
 
-ErrorBubble::ErrorBubble(QWidget *control, const QString &text) : QLabel(control->window())
+ErrorBubble::ErrorBubble(QWidget *control, const QString &text, Tone tone)
+    : QLabel(control->window()), m_tone(tone)
 {
     setTextFormat(Qt::PlainText);
     setText(text);
@@ -53,7 +59,8 @@ ErrorBubble::ErrorBubble(QWidget *control, const QString &text) : QLabel(control
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAccessibleName(text);
     QPalette colors = palette();
-    colors.setColor(QPalette::WindowText, Qt::white);
+    colors.setColor(QPalette::WindowText,
+                    tone == Tone::Refusal ? QColor(Qt::white) : colors.color(QPalette::ToolTipText));
     setPalette(colors);
     control->installEventFilter(this);
     connect(control, &QObject::destroyed, this, &QObject::deleteLater);
@@ -85,9 +92,14 @@ void ErrorBubble::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(SignalColors::error(palette()));
-    painter.drawRoundedRect(rect(), kRadius, kRadius);
+    if (m_tone == Tone::Refusal) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(SignalColors::error(palette()));
+    } else {
+        painter.setPen(palette().color(QPalette::Mid));
+        painter.setBrush(palette().color(QPalette::ToolTipBase));
+    }
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
     painter.end();
     QLabel::paintEvent(event);
 }

@@ -3,7 +3,7 @@
 #include "editing/CodePointTokens.h"
 #include "editing/EditNames.h"
 #include "editing/GlyphColumns.h"
-#include "model/FileText.h"
+#include "model/EditedValue.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -27,31 +27,17 @@ Error refusal(const QString &reason)
 /// Stores a text that nothing objects to; an emptied field becomes absent.
 void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
 {
-    if (text.isEmpty()) {
+    if (text.isEmpty())
         info.clear(field);
-        return;
-    }
-    switch (field) {
-    case GlyphField::Unicodes:
-        info.setUnicodes(codePointTokensInText(text));
-        break;
-    case GlyphField::AltNames:
-        info.setAltNames(text.split(kListSeparator));
-        break;
-    case GlyphField::Case:
+    else if (field == GlyphField::Case)
         info.setCase(VXGlyphInfo::caseFromString(text));
-        break;
-    case GlyphField::Direction:
+    else if (field == GlyphField::Direction)
         info.setDirection(VXGlyphInfo::directionFromString(text));
-        break;
-    case GlyphField::UnicodeLegacy:
-        // The setter leaves no step of its own; for the user it is an edit like any other.
-        info.editText(field, text);
-        break;
-    default:
-        info.setValueForKey(text, keyOfField(field));
-        break;
-    }
+    else if (field == GlyphField::Unicodes)
+        storeEdited(info, field, codePointTokensInText(text));
+    else
+        storeEdited(info, field,
+                    field == GlyphField::AltNames ? text.split(kListSeparator) : QStringList(text));
 }
 
 /// What the field would show after the text was stored.
@@ -66,8 +52,8 @@ Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphFi
                       const QString &text)
 {
     Error error;
-    if (takesOthers(objectionToFileText(text)))
-        return {u"EditError"_s, 2, sentenceOfObjection(text, fieldTitle(field)), {}, {}};
+    if (const QString sentence = refusalOfEdited(field, {text}); !sentence.isNull())
+        return {u"EditError"_s, 2, sentence, {}, {}};
     switch (field) {
     case GlyphField::Name:
         if (infos.size() > 1)

@@ -40,7 +40,8 @@ FieldRemark remarkOnRefusal(VXDocument &document, const InfoList &infos, GlyphFi
 
 std::optional<FieldRemark> remarkOnValue(VXDocument &document, const InfoList &infos, GlyphField field)
 {
-    if (infos.empty())
+    // What becomes of code points their field tells by itself.
+    if (infos.empty() || field == GlyphField::Unicodes)
         return {};
     // They were all given the same.
     const VXGlyphInfo &info = *infos.front();

@@ -11,34 +11,13 @@ namespace runebook {
 
 namespace {
 
-using TextSetter = void (VXGlyphInfo::*)(const QString &);
-
-struct ReplaceField {
-    GlyphField field;
-    TextSetter set;
-};
-
 // In the order of the tags.
-constexpr std::array<ReplaceField, FindReplace::kLastTag - FindReplace::kFirstTag + 1> kFields {{
-    {GlyphField::Name, &VXGlyphInfo::setName},
-    {GlyphField::Production, &VXGlyphInfo::setProduction},
-    {GlyphField::AltNames, &VXGlyphInfo::setAltNames},
-    {GlyphField::Anchors, &VXGlyphInfo::setAnchors},
-    {GlyphField::SortName, &VXGlyphInfo::setSortName},
-    {GlyphField::Desc, &VXGlyphInfo::setDesc},
-    {GlyphField::Decompose, &VXGlyphInfo::setDecompose},
-    {GlyphField::Marks, &VXGlyphInfo::setMarks},
-}};
+constexpr std::array<GlyphField, FindReplace::kLastTag - FindReplace::kFirstTag + 1> kFields {
+    GlyphField::Name,     GlyphField::Production, GlyphField::AltNames,  GlyphField::Anchors,
+    GlyphField::SortName, GlyphField::Desc,       GlyphField::Decompose, GlyphField::Marks};
 
 // Between two looks at the clock.
 constexpr std::size_t kBatch = 64;
-
-const ReplaceField *entryForTag(int tag)
-{
-    if (tag < FindReplace::kFirstTag || tag > FindReplace::kLastTag)
-        return nullptr;
-    return &kFields[static_cast<std::size_t>(tag - FindReplace::kFirstTag)];
-}
 
 std::size_t hashOf(std::string_view name)
 {
@@ -49,19 +28,22 @@ std::size_t hashOf(std::string_view name)
 
 std::optional<GlyphField> FindReplace::fieldForTag(int tag)
 {
-    const ReplaceField *entry = entryForTag(tag);
-    return entry ? std::optional(entry->field) : std::nullopt;
+    if (tag < kFirstTag || tag > kLastTag)
+        return {};
+    return kFields[static_cast<std::size_t>(tag - kFirstTag)];
 }
 
 QString FindReplace::titleForTag(int tag)
 {
-    const ReplaceField *entry = entryForTag(tag);
-    return entry ? fieldTitle(entry->field) : QString();
+    const std::optional<GlyphField> field = fieldForTag(tag);
+    return field ? fieldTitle(*field) : QString();
 }
 
 FindReplace::FindReplace(const QString &find, const QString &replacement, int tag,
                          const ReplaceOptions &options)
-    : m_text(find, replacement, options), m_field(fieldForTag(tag))
+    : m_text(find, replacement, options),
+      m_field(fieldForTag(tag)),
+      m_replacesBrackets(replacement.contains(u'<') || replacement.contains(u'>'))
 {
 }
 
@@ -108,6 +90,17 @@ qsizetype FindReplace::occurrencesIn(const VXGlyphInfo &info) const
     const bool isRefused = count > 0 && *m_field == GlyphField::Marks
         && VXGlyphInfo::refusesMarks(m_text.replacedIn(info.marks()).toStdString());
     return isRefused ? 0 : count;
+}
+
+/// Why a record in which the text occurs stays as it is; null when nothing is in the way.
+QString FindReplace::refusal(const VXGlyphInfo &info) const
+{
+    // Most go out here: a mark of a comment comes from what was there and what is put in.
+    std::string buffer;
+    const auto hasBracket = [](std::string_view text) { return text.find_first_of("<>") != text.npos; };
+    if (!m_replacesBrackets && !hasBracket(info.utf8(*m_field, buffer)))
+        return {};
+    return refusalOfEdited(*m_field, replacedElements(elementsOf(info)));
 }
 
 ReplacePreview FindReplace::previewOf(const VXGlyphInfo &info) const
@@ -158,6 +151,10 @@ bool FindReplace::previewMore(const InfoList &infos, qsizetype shown, const QDea
             }
             if (occurrences == 0)
                 continue;
+            if (const QString why = refusal(info); !why.isNull()) {
+                summary.leftOut.add(why);
+                continue;
+            }
             ++summary.records;
             summary.occurrences += occurrences;
             if (summary.records <= shown)
@@ -208,7 +205,7 @@ bool FindReplace::nameProblemsMore(const InfoList &infos, const InfoList &all, c
     std::string buffer;
     const auto lookAt = [&](std::size_t i) {
         const VXGlyphInfo &info = *all[i];
-        if (!scan.selected.contains(&info) || occurrencesIn(info) == 0) {
+        if (!scan.selected.contains(&info) || occurrencesIn(info) == 0 || !refusal(info).isNull()) {
             scan.everybody.push_back(hashOf(info.utf8(GlyphField::Name, buffer)));
             return;
         }
@@ -230,18 +227,9 @@ bool FindReplace::nameProblemsMore(const InfoList &infos, const InfoList &all, c
     });
 }
 
-void FindReplace::setText(VXGlyphInfo &info, const QString &text) const
-{
-    const auto hasField = [this](const ReplaceField &entry) { return entry.field == *m_field; };
-    (info.*std::find_if(kFields.begin(), kFields.end(), hasField)->set)(text);
-}
-
 void FindReplace::replaceIn(VXGlyphInfo &info) const
 {
-    if (*m_field == GlyphField::AltNames)
-        info.setAltNames(replacedElements(info.altNames()));
-    else
-        setText(info, m_text.replacedIn(info.stringValue(*m_field)));
+    storeEdited(info, *m_field, replacedElements(elementsOf(info)));
 }
 
 ReplaceSummary FindReplace::apply(const InfoList &infos) const
@@ -260,12 +248,16 @@ bool FindReplace::applyMore(const InfoList &infos, const QDeadlineTimer &deadlin
              ++progress.next) {
             VXGlyphInfo &info = *infos[progress.next];
             if (info.stored(*m_field).isAbsent()) {
-                setText(info, QString());
+                info.setValueForKey(QString(), keyOfField(*m_field));
                 continue;
             }
             const qsizetype occurrences = occurrencesIn(info);
             if (occurrences == 0)
                 continue;
+            if (const QString why = refusal(info); !why.isNull()) {
+                progress.summary.leftOut.add(why);
+                continue;
+            }
             replaceIn(info);
             ++progress.summary.records;
             progress.summary.occurrences += occurrences;

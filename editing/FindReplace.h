@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editing/TextReplacement.h"
-#include "model/VXGlyphInfo.h"
+#include "model/EditedValue.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -34,6 +34,7 @@ struct ReplaceSummary {
     qsizetype occurrences = 0;
     std::vector<ReplacePreview> first; ///< of the first changed records, as many as were asked for
     NameProblems problems;
+    LeftOut leftOut; ///< records with the text whose new value no save would write: they stay as they are
 };
 
 /// The rules of find and replace: a text replaced in one field of records. Knows no window and opens no undo
@@ -103,15 +104,16 @@ public:
 
 private:
     qsizetype occurrencesIn(const VXGlyphInfo &info) const;
+    QString refusal(const VXGlyphInfo &info) const;
     std::string_view newName(const VXGlyphInfo &info, std::string &buffer) const;
     QStringList elementsOf(const VXGlyphInfo &info) const;
     QStringList replacedElements(const QStringList &elements) const;
     ReplacePreview previewOf(const VXGlyphInfo &info) const;
     void replaceIn(VXGlyphInfo &info) const;
-    void setText(VXGlyphInfo &info, const QString &text) const;
 
     TextReplacement m_text;
     std::optional<GlyphField> m_field;
+    bool m_replacesBrackets;
 };
 
 } // namespace runebook

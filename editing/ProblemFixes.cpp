@@ -81,7 +81,7 @@ Fixes repeatedCodePointFixes(const VXGlyphInfo &info)
     return {{GlyphField::Unicodes, codePoints}};
 }
 
-Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info)
+Fixes plannedFixes(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info)
 {
     switch (kind) {
     case ProblemKind::InvalidName:
@@ -97,6 +97,21 @@ Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &
     default:
         return {};
     }
+}
+
+/// None when a value that no save writes would be among them; \a leftOut then counts the record.
+Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info, LeftOut *leftOut = nullptr)
+{
+    Fixes fixes = plannedFixes(document, kind, info);
+    for (const FieldFix &fix : fixes) {
+        const QString refusal = refusalOfEdited(fix.field, fix.value);
+        if (refusal.isNull())
+            continue;
+        if (leftOut)
+            leftOut->add(refusal);
+        return {};
+    }
+    return fixes;
 }
 
 } // namespace
@@ -125,7 +140,7 @@ bool ProblemFixes::canFix(const VXDocument &document, ProblemKind kind, const VX
     return !fixesFor(document, kind, info).empty();
 }
 
-qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> problems)
+qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> problems, LeftOut *leftOut)
 {
     // Planned before anything is changed: the step is named by their number, and a name that two records
     // would get goes to the first of them.
@@ -136,7 +151,7 @@ qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> pro
     for (const Problem &problem : problems) {
         if (!problem.info || problem.info->listings() == 0 || fixed.contains(problem.info.get()))
             continue;
-        const Fixes fixes = fixesFor(document, problem.kind, *problem.info);
+        const Fixes fixes = fixesFor(document, problem.kind, *problem.info, leftOut);
         if (fixes.empty())
             continue;
         if (const FieldFix &first = fixes.front(); first.field == GlyphField::Name) {
@@ -156,7 +171,7 @@ qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> pro
     const UndoGroup group(document.undoManager(),
                           tr("%1 (Records: %2)").arg(title, QLocale().toString(qlonglong(count))));
     for (const auto &[info, fix] : plan)
-        applyFix(*info, fix);
+        storeEdited(*info, fix.field, fix.value);
     return count;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/Problems.h"
+#include "model/EditedValue.h"
 
 namespace runebook {
 
@@ -14,8 +15,8 @@ public:
     /// Whether a fix of \a kind would change \a info.
     static bool canFix(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info);
     /// Fixes what can be fixed among \a problems, as one undo step that names the number of records. Returns
-    /// that number.
-    static qsizetype apply(VXDocument &document, std::span<const Problem> problems);
+    /// that number. Records whose fix no save would write stay as they are, and are told in \a leftOut.
+    static qsizetype apply(VXDocument &document, std::span<const Problem> problems, LeftOut *leftOut = nullptr);
 };
 
 } // namespace runebook

@@ -391,9 +391,10 @@ void ProblemsPane::fix(std::span<const Problem> problems)
 {
     if (!m_problems.document().commitEditing())
         return;
-    const qsizetype records = ProblemFixes::apply(m_problems.document(), problems);
+    LeftOut leftOut;
+    const qsizetype records = ProblemFixes::apply(m_problems.document(), problems, &leftOut);
     m_problems.document().flushChanges();
-    Q_EMIT fixed(records);
+    Q_EMIT fixed(records, leftOut.text());
 }
 
 // Filter

@@ -43,8 +43,8 @@ Q_SIGNALS:
     void showRequested(const InfoPtr &info);
     void conditionChanged(const runebook::ProblemsPane::Condition &condition);
     void closeRequested();
-    /// After a fix: how many records were changed.
-    void fixed(qsizetype records);
+    /// After a fix: how many records were changed, and a word on those that could not be.
+    void fixed(qsizetype records, const QString &leftOut);
 
 protected:
     void showEvent(QShowEvent *event) override;

@@ -290,6 +290,8 @@ void VXFindReplaceWindowController::previewMore()
         m_previewTimer.start();
     else
         m_previewTimer.stop();
+    if (isComplete && m_preview.summary.leftOut.records > 0)
+        m_problemsTimer.start(0);
     m_ui->countLabel->setText(countText(m_preview.summary));
     m_ui->buttonBox->button(QDialogButtonBox::Ok)->setEnabled(m_preview.summary.records > 0);
     if (isFirst || m_preview.summary.first.size() != shown)
@@ -310,6 +312,8 @@ void VXFindReplaceWindowController::updateProblems()
     if (problems.repeated)
         sentences << tr("Names that more than one record will have: %1.")
                          .arg(locale().toString(qlonglong(problems.repeated)));
+    if (const QString leftOut = m_preview.summary.leftOut.text(); !leftOut.isNull())
+        sentences << leftOut;
     QPalette colors = palette();
     colors.setColor(QPalette::WindowText, SignalColors::warningText(colors));
     m_ui->problemsLabel->setPalette(colors);

@@ -176,7 +176,7 @@ private:
     void filterByProblems(const std::function<bool(qsizetype place)> &condition);
     /// After a replacement: a word on the problems that were not there \a before (by kind; empty: unknown).
     void tellOfNewProblems(const QList<qsizetype> &before, const runebook::ReplaceSummary &summary);
-    void showNewProblems(const QList<qsizetype> &before);
+    void showNewProblems(const QList<qsizetype> &before, const QString &leftOut);
     /// Makes ready in idle time what the first search would have to wait for.
     void prepareSearch();
     void revealRow(qsizetype row);

@@ -36,9 +36,9 @@ namespace {
 
 /// Inserts the records of the lines behind the selected one, or at the end, as one step. They are read before
 /// anything is changed.
-InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteArray &lines)
+InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteArray &lines, LeftOut &leftOut)
 {
-    InfoList pasted = infosOfClipboard(lines);
+    InfoList pasted = infosOfClipboard(lines, leftOut);
     if (pasted.empty())
         return pasted;
     // The table, the selection, the undo history and what is known of problems grow as well.
@@ -101,11 +101,14 @@ void VXWindowController::paste()
     if (!clipboard || !clipboard->hasText() || !commitEditing())
         return;
     InfoList pasted;
+    LeftOut leftOut;
     try {
-        pasted = pasteInto(m_document, selectedInfos(), clipboard->text().toUtf8());
+        pasted = pasteInto(m_document, selectedInfos(), clipboard->text().toUtf8(), leftOut);
     } catch (const std::bad_alloc &) {
         showMessage(tr("There is not enough memory for what is on the clipboard. Nothing was pasted."));
     }
+    if (leftOut.records > 0)
+        showMessage(leftOut.text());
     if (pasted.empty())
         return;
     try {
@@ -200,7 +203,9 @@ void VXWindowController::moveNameToAltName()
 {
     if (!commitEditing())
         return;
-    moveNamesToAltNames(m_document, selectedInfos());
+    const LeftOut leftOut = moveNamesToAltNames(m_document, selectedInfos());
+    if (leftOut.records > 0)
+        showMessage(leftOut.text());
 }
 
 void VXWindowController::makeLegacyName()
@@ -224,10 +229,16 @@ void VXWindowController::setSortName()
     connect(m_sortNameDialog, &QDialog::finished, this, [this](int code) {
         if (code != QDialog::Accepted)
             return;
+        const SortNumbering numbering = SortNumbering::fromDefaults();
+        const QStringList samples {numbering.nameForNumber(1), numbering.nameForNumber(-1)};
+        if (const QString refusal = refusalOfEdited(GlyphField::SortName, samples); !refusal.isNull()) {
+            showMessage(refusal);
+            return;
+        }
         const UndoGroup group(m_document.undoManager(),
                               editName(tr("Number Sort Names"), tr("Number Sort Names of %1 Records"),
                                        m_infolistController->selectedCount()));
-        SortNumbering::fromDefaults().apply(selectedInfos());
+        numbering.apply(selectedInfos());
     });
     m_sortNameDialog->open();
 }

@@ -38,8 +38,8 @@ void VXWindowController::buildProblemsPane()
     connect(m_problemsPane, &ProblemsPane::showRequested, this, &VXWindowController::showInfo);
     connect(m_problemsPane, &ProblemsPane::conditionChanged, this, &VXWindowController::filterByProblems);
     connect(m_problemsPane, &ProblemsPane::closeRequested, this, [this] { setProblemsShown(false); });
-    connect(m_problemsPane, &ProblemsPane::fixed, this, [this](qsizetype records) {
-        showMessage(tr("Records fixed: %1").arg(locale().toString(qlonglong(records))));
+    connect(m_problemsPane, &ProblemsPane::fixed, this, [this](qsizetype records, const QString &leftOut) {
+        showMessage((tr("Records fixed: %1").arg(locale().toString(qlonglong(records))) + u'\n' + leftOut).trimmed());
     });
 }
 
@@ -83,24 +83,29 @@ void VXWindowController::filterByProblems(const std::function<bool(qsizetype)> &
 void VXWindowController::tellOfNewProblems(const QList<qsizetype> &before, const ReplaceSummary &summary)
 {
     m_document.flushChanges();
+    const QString leftOut = summary.leftOut.text();
+    if (!leftOut.isNull())
+        showMessage(leftOut);
     if (before.isEmpty()) {
         if (!summary.problems.isEmpty())
-            showMessage(tr("Names that became invalid or repeated: %1.")
-                            .arg(locale().toString(summary.problems.invalid + summary.problems.repeated)));
+            showMessage((tr("Names that became invalid or repeated: %1.")
+                             .arg(locale().toString(summary.problems.invalid + summary.problems.repeated))
+                         + u'\n' + leftOut)
+                            .trimmed());
         return;
     }
     if (m_problems->isComplete()) {
-        showNewProblems(before);
+        showNewProblems(before, leftOut);
         return;
     }
     auto *connection = new QObject(this);
-    connect(m_problems, &Problems::completed, connection, [this, connection, before] {
+    connect(m_problems, &Problems::completed, connection, [this, connection, before, leftOut] {
         connection->deleteLater();
-        showNewProblems(before);
+        showNewProblems(before, leftOut);
     });
 }
 
-void VXWindowController::showNewProblems(const QList<qsizetype> &before)
+void VXWindowController::showNewProblems(const QList<qsizetype> &before, const QString &leftOut)
 {
     QStringList kinds;
     for (const ProblemKind kind : allProblemKinds()) {
@@ -110,8 +115,10 @@ void VXWindowController::showNewProblems(const QList<qsizetype> &before)
     }
     if (!kinds.isEmpty())
         m_messageBar->showMessage(
-            tr("The replacement has led to problems: %1. View > Show Problems lists them.")
-                .arg(kinds.join(u", "_s)),
+            (tr("The replacement has led to problems: %1. View > Show Problems lists them.")
+                 .arg(kinds.join(u", "_s))
+             + u'\n' + leftOut)
+                .trimmed(),
             MessageBar::Stay::UntilClosed);
 }
 

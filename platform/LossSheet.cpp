@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QScreen>
 #include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -63,6 +64,7 @@ QTreeWidget *listOf(const SavingLosses &losses, QWidget *parent)
     for (const SavingLoss &loss : losses.listed) {
         auto *item = new QTreeWidgetItem({loss.record, loss.field, loss.sentence});
         item->setToolTip(2, escapedToolTip(loss.sentence));
+        item->setSizeHint(0, {0, list->fontMetrics().height() + 6});
         list->addTopLevelItem(item);
     }
     for (const int column : {0, 1}) {
@@ -95,8 +97,10 @@ public:
         layout->addWidget(wrappedLabel(explanation(losses), this));
         layout->addWidget(m_list, 1);
         layout->addWidget(buttons());
-        connect(m_list, &QTreeWidget::itemActivated, this, [this] { done(GoTo); });
-        resize(680, 380);
+        // Return belongs to the default button, wherever the focus is.
+        connect(m_list, &QTreeWidget::itemDoubleClicked, this, [this] { done(GoTo); });
+        constexpr QSize kFrame {24, 64}; // what a window manager puts around
+        resize(QSize(680, 380).boundedTo(screen()->availableSize() - kFrame));
     }
     qsizetype place() const
     {
@@ -121,6 +125,7 @@ private:
         box->addButton(QDialogButtonBox::Cancel);
         connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
         fix->setDefault(true);
+        fix->setFocus();
         return box;
     }
 

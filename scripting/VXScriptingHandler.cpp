@@ -1,5 +1,6 @@
 #include "scripting/VXScriptingHandler.h"
 
+#include "platform/Error.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "scripting/PythonDiscovery.h"
@@ -38,6 +39,12 @@ VXScriptingHandler *VXScriptingHandler::sharedHandler()
 VXScriptingHandler::VXScriptingHandler(PythonPlaces places, QObject *parent)
     : QObject(parent), m_places(std::move(places))
 {
+    // What a script's own save loses stands among the script's output, too.
+    connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, this, [](const Error &error) {
+        ScriptConsole *console = hasOwnOutput() ? nullptr : scriptConsole();
+        if (console && ScriptRun::isRunning() && error.domain == "SavingLossesError"_L1)
+            console->setWriteError(error.text() + u'\n');
+    });
 }
 
 VXScriptingHandler::~VXScriptingHandler() = default;

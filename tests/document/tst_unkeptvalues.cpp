@@ -102,6 +102,7 @@ private Q_SLOTS:
     void keepsRefusesOrLists();
     void asksOnceForEachLoss();
     void fixesWhatItCan();
+    void endsOfCommentsInAFileHarmNobody();
     void judgesTexts_data();
     void judgesTexts();
     void autosavesEveryValue();
@@ -225,6 +226,41 @@ void TestUnkeptValues::fixesWhatItCan()
     document->undoManager()->redo();
     QVERIFY(document->saveDocument());
     QVERIFY(contentOf(path(u"a.xml"_s)).contains("sortName=\"q <! -- c -- > d\""));
+}
+
+void TestUnkeptValues::endsOfCommentsInAFileHarmNobody()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    Dice dice(seed);
+    const QStringList parts {u"-->"_s, u"a"_s, u"-"_s, u"->"_s, u"<"_s, u"!--"_s, u" "_s};
+    const auto value = [&] {
+        QString made = u"x"_s;
+        for (int i = dice.below(5); i > 0; --i)
+            made += parts.at(dice.below(int(parts.size())));
+        return made.contains(u"<!--") ? u"x"_s : made;
+    };
+    for (int round = 0; round < 50; ++round) {
+        QByteArray text = "<glyphData format=\"2\">\n";
+        for (int i = 0; i < 20; ++i)
+            text += u"\t<glyph name=\"%1\" sortName=\"%2\" altNames=\"%3\" description=\"%4\" />\n"_s
+                        .arg(value(), value(), value(), value())
+                        .toUtf8();
+        QFile file(path(u"a.xml"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text + "</glyphData>\n") > 0);
+        file.close();
+        const std::unique_ptr<VXDocument> document = opened();
+        for (const InfoPtr &info : document->infos()) {
+            if (dice.below(2))
+                info->setProduction(u"edited"_s); // printed anew, the others are copied
+        }
+        document->flushChanges();
+        QVERIFY2(document->saveDocument(), qPrintable(QString::number(seed)));
+        const std::unique_ptr<VXDocument> again = opened();
+        QCOMPARE(again->countOfInfos(), 20);
+        for (int i = 0; i < 20; ++i)
+            QVERIFY2(valuesOf(*again->objectInInfosAtIndex(i)) == valuesOf(*document->objectInInfosAtIndex(i)),
+                     qPrintable(QString::number(seed)));
+    }
 }
 
 void TestUnkeptValues::judgesTexts_data()

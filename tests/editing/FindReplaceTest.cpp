@@ -113,7 +113,11 @@ void FindReplaceTest::replaces_data()
     row("nothing to find", 2, u"name"_s, u""_s, u"x"_s, u"a|b"_s, u"a|b"_s, 0, 0);
     row("both empty", 2, u"name"_s, u""_s, u""_s, u"a"_s, u"a"_s, 0, 0);
     row("by itself", 2, u"name"_s, u"a"_s, u"a"_s, u"aa"_s, u"aa"_s, 0, 0);
-    row("a whole text goes", 6, u"sortName"_s, u"abc"_s, u""_s, u"abc|abcd"_s, u"|d"_s, 2, 2);
+    row("a whole text goes", 6, u"sortName"_s, u"abc"_s, u""_s, u"abc|abcd"_s, u"-|d"_s, 2, 2);
+    row("alternate names go", 4, u"altNames"_s, u"x"_s, u""_s, u"x, x|x, y"_s, u"-|, y"_s, 2, 3);
+    row("no comment begins", 7, u"desc"_s, u"a"_s, u"<!--"_s, u"a|ba|c"_s, u"a|ba|c"_s, 0, 0);
+    row("nor ends", 4, u"altNames"_s, u"x"_s, u""_s, u"y, -x->|x"_s, u"y, -x->|-"_s, 1, 1);
+    row("a mark that stood there", 7, u"desc"_s, u"a"_s, u"b"_s, u"a --> a|a"_s, u"a --> a|b"_s, 1, 1);
     row("no value stays none", 6, u"sortName"_s, u"a"_s, u"b"_s, u"-|a"_s, u"-|b"_s, 1, 1);
     row("beyond 16 bits", 7, u"desc"_s, u"😀"_s, u"x"_s, u"a😀😁"_s, u"ax😁"_s, 1, 1);
     row("percent signs are text", 7, u"desc"_s, u"%1"_s, u"%2"_s, u"%1%1"_s, u"%2%2"_s, 1, 2);
@@ -131,7 +135,13 @@ void FindReplaceTest::replaces()
     QFETCH(int, occurrences);
     for (const bool fromFile : {true, false}) {
         const InfoList infos = recordsWith(key, before, fromFile);
+        const ReplaceSummary preview = FindReplace(find, replacement, tag).preview(infos, 9);
         const ReplaceSummary summary = FindReplace(find, replacement, tag).apply(infos);
+        QCOMPARE(preview.records, summary.records);
+        QCOMPARE(preview.leftOut, summary.leftOut);
+        QCOMPARE(summary.leftOut.sentence.contains(u"comment"), summary.leftOut.records > 0);
+        const bool marks = replacement.contains(u"--") || before.contains(u"->");
+        QCOMPARE(summary.leftOut.records > 0, marks);
         QCOMPARE(textOf(infos, key), after);
         QCOMPARE(summary.records, records);
         QCOMPARE(summary.occurrences, occurrences);
@@ -421,7 +431,10 @@ void FindReplaceTest::agreesWithPlainStrings()
         const FindReplace replace(find, replacement, isList ? FindReplace::AltNames : FindReplace::Desc);
         const ReplaceSummary preview = replace.preview({info}, 1);
         const ReplaceSummary applied = replace.apply({info});
-        QCOMPARE(isList ? info->altNames() : QStringList {info->desc()}, expected);
+        const bool isEmptied = expected != old && expected.join(QString()).isEmpty();
+        QCOMPARE(isList ? info->altNames() : QStringList {info->desc()},
+                 isList && isEmptied ? QStringList() : expected);
+        QVERIFY(!isEmptied || info->stored(*fieldForKey(key)).isAbsent());
         QCOMPARE(applied.records, old == expected ? 0 : 1);
         QCOMPARE(preview.records, applied.records);
         QCOMPARE(preview.occurrences, applied.occurrences);

@@ -1,7 +1,7 @@
 // What the user sees of safety: the panel of recovered documents, the bar for files changed elsewhere, the
 // questions around a save.
 #include "editing/ChangedOnDisk.h"
-#include "editing/GlyphColumns.h"
+#include "editing/ErrorBubble.h"
 #include "editing/DetailPane.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
@@ -28,6 +28,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTreeWidget>
+#include <functional>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -111,6 +112,8 @@ private Q_SLOTS:
     void asksAboutLosses();
     void tellsAtTheField_data();
     void tellsAtTheField();
+    void tellsOfAThirdCodePointOnce();
+    void leavesOutWhatNoSaveWrites();
     void afterAFailedSave_data();
     void afterAFailedSave();
 
@@ -169,32 +172,47 @@ void TestSafety::pastesWholeOrNotAtAll()
     VXDocument *document = open(u"a.xml"_s);
     auto *window = qobject_cast<VXWindowController *>(document->windowController());
     QApplication::clipboard()->setText(QString::fromUtf8(kLines).repeated(kPasted / 2));
-    const pid_t child = ::fork();
-    if (child == 0) {
-        int refusals = 0;
+    const auto inChild = [](const std::function<int()> &work) {
+        const pid_t child = ::fork();
+        if (child == 0)
+            ::_exit(work());
+        int status = 0;
+        return ::waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    };
+    const auto addressSpace = [](const char *which) { // in MiB
+        QFile status(u"/proc/self/status"_s);
+        const bool isKnown = status.open(QIODevice::ReadOnly);
+        const QByteArray text = isKnown ? status.readAll() : QByteArray();
+        return text.mid(text.indexOf(which) + qstrlen(which)).simplified().split(' ').first().toULongLong() >> 10;
+    };
+    // What pasting takes is found out first, so that there can be less and more of it.
+    constexpr int kUnit = 4;
+    const int units = inChild([&] {
+        const auto before = addressSpace("VmSize:");
+        window->paste();
+        return document->countOfInfos() == 2 + kPasted ? int(addressSpace("VmPeak:") - before) / kUnit : 0;
+    });
+    QVERIFY2(units > 0 && units < 255, qPrintable(u"%1 MiB"_s.arg(units * kUnit)));
+    const int outcome = inChild([&] {
         bool isGood = true;
-        // More and more room, beginning with less than the text.
-        for (const rlim_t room : {4, 8, 16, 32, 64, 128, 256}) {
-            QFile status(u"/proc/self/statm"_s);
-            const bool isKnown = status.open(QIODevice::ReadOnly);
-            const auto pages = isKnown ? status.readAll().split(' ').first().toULongLong() : 0;
-            const rlimit limit {pages * rlim_t(::sysconf(_SC_PAGESIZE)) + (room << 20), RLIM_INFINITY};
+        for (const double share : {1 / 64., 1 / 32., 1 / 16., 1 / 8., 1 / 4., 1 / 2., 2.}) {
+            const auto room = rlim_t(units * kUnit * share) + addressSpace("VmSize:");
+            const rlimit limit {room << 20, RLIM_INFINITY};
             ::setrlimit(RLIMIT_AS, &limit);
             window->paste();
             const rlimit none {RLIM_INFINITY, RLIM_INFINITY};
             ::setrlimit(RLIMIT_AS, &none);
             const qsizetype count = document->countOfInfos();
-            refusals += count == 2;
-            isGood &= (count == 2 && !document->undoManager()->canUndo()) || count == 2 + kPasted;
+            const bool isPasted = count == 2 + kPasted;
+            isGood &= isPasted || (count == 2 && !document->undoManager()->canUndo());
+            isGood &= share < 1 / 32. ? !isPasted : share < 2 || isPasted;
             document->undoManager()->undo();
             isGood &= document->countOfInfos() == 2;
         }
-        ::_exit(isGood && refusals > 0 ? 0 : 1 + refusals);
-    }
-    int status = 0;
-    QCOMPARE(::waitpid(child, &status, 0), child);
-    QVERIFY2(WIFEXITED(status), "it crashed");
-    QCOMPARE(WEXITSTATUS(status), 0);
+        return isGood ? 0 : 1;
+    });
+    QVERIFY2(outcome >= 0, "it crashed");
+    QCOMPARE(outcome, 0);
 }
 
 void TestSafety::offersToRecover()
@@ -570,6 +588,8 @@ void TestSafety::asksAboutLosses_data()
     const QString comment = u"q <!-- c"_s;
     const QString quote = u"the \"A\""_s;
     QTest::newRow("a comment, fixed") << comment << barred << u"Fix"_s << QByteArray("q <! -- c");
+    QTest::newRow("a comment, by Return") << comment << barred << u"Return"_s << QByteArray("q <! -- c");
+    QTest::newRow("quotes, by Return in the list") << quote << listed << u"List"_s << QByteArray("\"the A\"");
     QTest::newRow("a comment, looked at") << comment << barred << u"Go to"_s << QByteArray();
     QTest::newRow("a comment, cancelled") << comment << barred << u"Cancel"_s << QByteArray();
     QTest::newRow("quotes, fixed") << quote << listed << u"Fix All"_s << QByteArray("\"the A\"");
@@ -593,6 +613,7 @@ void TestSafety::asksAboutLosses()
     DocumentPanels::save(*document, window, [&outcome](bool isSaved) { outcome = isSaved; });
     auto *sheet = window->findChild<QDialog *>(u"savingLosses"_s);
     QVERIFY(sheet && sheet->isVisible());
+    QVERIFY(sheet->screen()->availableGeometry().contains(sheet->geometry()));
     auto *list = sheet->findChild<QTreeWidget *>();
     QVERIFY(!list->accessibleName().isEmpty());
     QVERIFY(list->topLevelItemCount() >= 1); // a quote spoils what stands behind it, too
@@ -602,6 +623,8 @@ void TestSafety::asksAboutLosses()
         QCOMPARE(button(sheet, words) != nullptr, buttons.contains(words));
     if (answer == u"Cancel")
         QTest::keyClick(sheet, Qt::Key_Escape);
+    else if (answer == u"Return" || answer == u"List")
+        QTest::keyClick(answer == u"List" ? list : sheet->focusWidget(), Qt::Key_Return);
     else
         QTest::mouseClick(button(sheet, answer), Qt::LeftButton);
     QCOMPARE(outcome, std::optional(!saved.isEmpty()));
@@ -670,6 +693,65 @@ void TestSafety::tellsAtTheField()
             document->undoManager()->undo();
         document->flushChanges();
     }
+}
+
+void TestSafety::tellsOfAThirdCodePointOnce()
+{
+    VXDocument *document = open(u"a.xml"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    const InfoPtr info = document->objectInInfosAtIndex(0);
+    for (const bool isCell : {false, true}) {
+        info->setUnicodes({u"0041"_s, u"0042"_s});
+        window->showInfo(info);
+        document->flushChanges();
+        QCoreApplication::processEvents();
+        auto *line = qobject_cast<QLineEdit *>(window->detailPane()->editorOf(GlyphField::Unicodes));
+        if (isCell) {
+            auto *table = window->findChild<GlyphTableView *>();
+            table->setFocus();
+            table->edit(table->model()->index(0, columnOfField(GlyphField::Unicodes)));
+            line = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+        }
+        QVERIFY(line);
+        line->setFocus();
+        QTest::keyClick(line, Qt::Key_End);
+        QTest::keyClicks(line, u" 0043"_s);
+        QTest::keyClick(line, Qt::Key_Return);
+        QCOMPARE(info->unicodes().size(), 3);
+        QTRY_VERIFY(window->findChild<ErrorBubble *>());
+        const auto *bubble = window->findChild<ErrorBubble *>();
+        QVERIFY2(bubble->text().contains(u"0043"), qPrintable(bubble->text()));
+        // It is no refusal, and does not look like one.
+        QCOMPARE(bubble->palette().color(QPalette::WindowText), bubble->palette().color(QPalette::ToolTipText));
+        QVERIFY(!window->findChild<MessageBar *>()->isVisible());
+        delete bubble;
+    }
+}
+
+void TestSafety::leavesOutWhatNoSaveWrites()
+{
+    VXDocument *document = open(u"a.xml"_s);
+    auto *window = qobject_cast<VXWindowController *>(document->windowController());
+    const auto said = [window] {
+        const auto *bar = window->findChild<MessageBar *>();
+        return bar->isVisible() ? bar->text() : QString();
+    };
+    QApplication::clipboard()->setText(u"<glyph name=\"c\" sortName=\"x <!-- y\" />\n<glyph name=\"d\" />\n"
+                                       "<glyph name=\"e\" description=\"x --> y\" />\n"_s);
+    window->paste();
+    QCOMPARE(document->countOfInfos(), 4);
+    QVERIFY2(said().contains(u"1. Sort Name holds “<!--”"), qPrintable(said()));
+
+    // A name that was read with the end of a comment may stay where it is, and go nowhere else.
+    QApplication::clipboard()->setText(u"<glyph name=\"f-->\" />"_s);
+    window->paste();
+    const InfoPtr info = document->infos().back();
+    window->infolistController()->setSelectedObjects({document->infos().front(), info});
+    window->moveNameToAltName();
+    QCOMPARE(document->infos().front()->altNames(), QStringList {u"a"_s});
+    QVERIFY(info->altNames().isEmpty());
+    QVERIFY2(said().contains(u"1. Alternate Names holds “-->”"), qPrintable(said()));
+    QCOMPARE(document->savingLosses(document->fileType()).takingOthers, 0);
 }
 
 void TestSafety::afterAFailedSave_data()

@@ -485,9 +485,9 @@ void HeadlessTest::savesOnlyWhatFilesCanHold_data()
     QTest::addColumn<int>("status");
     QTest::addColumn<bool>("isSaved");
     QTest::addColumn<QString>("errors"); // a part of them
-    const auto row = [](const char *name, const char *code, const char *options, int status, bool isSaved,
+    const auto row = [](const char *name, const QByteArray &code, const char *options, int status, bool isSaved,
                         const char *errors) {
-        QTest::newRow(name) << QString::fromUtf8(code) << QString::fromLatin1(options).split(u' ') << status
+        QTest::newRow(name) << QString::fromUtf8(code) << QString::fromLatin1(options).split(u' ', Qt::SkipEmptyParts) << status
                             << isSaved << QString::fromUtf8(errors);
     };
     const char *comment = "Doc['A'].sortName = 'q <!-- c'";
@@ -503,6 +503,14 @@ void HeadlessTest::savesOnlyWhatFilesCanHold_data()
         "3 code points");
     row("the script saves", "Doc['A'].sortName = 'q <!-- c'\nDoc.saveDocument()", "--lossy", 1, false,
         "A: Sort Name holds");
+    const auto writes = [](const char *value, const char *how) {
+        return QByteArray("Doc['A'].sortName = '") + value + "'\nDoc.writeToURL_ofType_" + how;
+    };
+    const QByteArray writesQuote = writes("q \"c", "(Doc.fileURL(), 'public.xml')");
+    row("the script writes", writesQuote, "", 1, true, "A: Sort Name holds a double quote");
+    row("the script writes, lossy", writesQuote, "--lossy", 0, true, "A: Sort Name holds a double quote");
+    row("the script writes a comment", writes("q <!-- c", "(Doc.fileURL(), 'public.xml')"), "--lossy", 1, false,
+        "A: Sort Name holds “<!--”");
     row("a legacy code point, without a step", "Doc['A'].unicodeLegacy = 'E000'", "--save", 0, true, "");
     row("another version, without a step", "Doc.setFileVersion_(1)", "--save", 1, false, "Case");
 }

@@ -1,0 +1,41 @@
+#include "model/EditedValue.h"
+
+#include "model/FileText.h"
+
+#include <QLocale>
+#include <algorithm>
+
+namespace runebook {
+
+void storeEdited(VXGlyphInfo &info, GlyphField field, const QStringList &value)
+{
+    if (std::all_of(value.begin(), value.end(), [](const QString &part) { return part.isEmpty(); }))
+        info.clear(field);
+    else if (field == GlyphField::Unicodes)
+        info.setUnicodes(value);
+    else if (field == GlyphField::AltNames)
+        info.setAltNames(value);
+    else if (field == GlyphField::UnicodeLegacy)
+        info.editText(field, value.first()); // the setter leaves no step of its own
+    else
+        info.setValueForKey(value.first(), keyOfField(field));
+}
+
+QString refusalOfEdited(GlyphField field, const QStringList &value)
+{
+    for (const QString &part : value) {
+        if (takesOthers(objectionToFileText(part)))
+            return sentenceOfObjection(part, titleOfField(field));
+    }
+    return {};
+}
+
+QString LeftOut::text() const
+{
+    if (records == 0)
+        return {};
+    return QCoreApplication::translate("LeftOut", "Records left out: %1. %2")
+        .arg(QLocale().toString(qlonglong(records)), sentence);
+}
+
+} // namespace runebook
