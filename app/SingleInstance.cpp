@@ -14,6 +14,7 @@
 #include <QStandardPaths>
 #include <QThread>
 #include <QTimer>
+#include <sys/stat.h>
 
 namespace runebook {
 
@@ -26,6 +27,13 @@ constexpr qsizetype kLongestMessage = 16 * 1024 * 1024;
 constexpr qsizetype kMaxSocketPath = 100; // the system's limit is 108 bytes, the file's end included
 constexpr int kPauseMs = 30;
 const QByteArray kTaken = "taken";
+
+/// Whether nothing lies at \a path but, at most, what a listening program leaves there.
+bool isSocketOrNothing(const QString &path)
+{
+    struct stat status = {};
+    return ::lstat(nativePath(path).constData(), &status) != 0 || S_ISSOCK(status.st_mode);
+}
 
 /// A folder that belongs to the user alone.
 QString privateFolder()
@@ -121,6 +129,10 @@ SingleInstance::Role SingleInstance::claim(const QStringList &files)
 bool SingleInstance::listen()
 {
     // Only who holds the lock comes here: a socket that is there is left from a program that is no more.
+    if (!isSocketOrNothing(m_socketPath)) {
+        tellPassedOver(m_socketPath, "it is no socket");
+        return false;
+    }
     QLocalServer::removeServer(m_socketPath);
     m_server = std::make_unique<QLocalServer>();
     m_server->setSocketOptions(QLocalServer::UserAccessOption);

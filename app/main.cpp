@@ -38,7 +38,9 @@ constexpr int kWrongUse = 2;
 bool areWhole(const CommandLine &line)
 {
     Error error;
-    if (line.ignoresRescue || !RescueFiles::areMet(line.files, &error))
+    QStringList files = line.files;
+    files.removeAll(u"-"_s); // the standard input
+    if (line.ignoresRescue || !RescueFiles::areMet(files, &error))
         return true;
     QTextStream(stderr) << "runebook: " << error.text() << '\n';
     return false;
@@ -59,6 +61,8 @@ int compare(const CommandLine &line)
 
 int check(const CommandLine &line)
 {
+    if (!areWhole(line))
+        return kWrongUse;
     QTextStream output(stdout);
     QTextStream errors(stderr);
     QFile input;

@@ -1,4 +1,5 @@
 #include "app/SingleInstance.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
 #include <QElapsedTimer>
@@ -10,6 +11,7 @@
 
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -28,6 +30,8 @@ private Q_SLOTS:
     void survivesStrangers_data();
     void survivesStrangers();
     void standsAloneWithoutASocket();
+    void passesOverOddities_data();
+    void passesOverOddities();
     void makesOneProgramOfTwoStarts();
     void startsWithoutAHome_data();
     void startsWithoutAHome();
@@ -116,11 +120,9 @@ void InstanceTest::takesOverFromTheDead()
     {
         QLocalServer server;
         QVERIFY(server.listen(m_socket));
-        QVERIFY(QFile::link(m_socket, m_socket + ".kept"_L1));
+        QCOMPARE(::link(qPrintable(m_socket), qPrintable(m_socket + ".kept"_L1)), 0);
     }
-    QFile stale(m_socket);
-    if (!stale.exists() && stale.open(QIODevice::WriteOnly))
-        stale.close();
+    QVERIFY(QFile::rename(m_socket + ".kept"_L1, m_socket));
     SingleInstance first(m_socket);
     QCOMPARE(first.claim({}), SingleInstance::Role::First);
     QCOMPARE(claimElsewhere(m_socket, {u"/a.xml"_s}), SingleInstance::Role::Second);
@@ -172,6 +174,38 @@ void InstanceTest::standsAloneWithoutASocket()
     QCOMPARE(SingleInstance(QString()).claim({}), SingleInstance::Role::Alone);
     QCOMPARE(SingleInstance(u"/dev/null/socket"_s).claim({}), SingleInstance::Role::Alone);
     QCOMPARE(SingleInstance(m_folder->filePath(u"x"_s.repeated(200))).claim({}), SingleInstance::Role::Alone);
+}
+
+void InstanceTest::passesOverOddities_data()
+{
+    QTest::addColumn<QString>("suffix"); // of what is none
+    QTest::addColumn<QString>("kind");
+    for (const QString &kind : {u"pipe"_s, u"device"_s, u"folder"_s, u"link"_s, u"file"_s}) {
+        QTest::addRow("%s for the socket", qPrintable(kind)) << QString() << kind;
+        if (kind != "file"_L1)
+            QTest::addRow("%s for the lock", qPrintable(kind)) << u".lock"_s << kind;
+    }
+}
+
+void InstanceTest::passesOverOddities()
+{
+    QFETCH(const QString, suffix);
+    QFETCH(const QString, kind);
+    const QString place = m_socket + suffix;
+    QFile plain(kind == "link"_L1 ? m_folder->filePath(u"elsewhere"_s) : place);
+    if (kind == "file"_L1 || kind == "link"_L1)
+        QVERIFY(plain.open(QIODevice::WriteOnly) && plain.write("somebody's") > 0 && plain.flush());
+    if (kind != "file"_L1 && !makeOddity(kind, place))
+        QSKIP("device-node: only root may make one");
+    const auto before = whatIsAt(place);
+    QElapsedTimer clock;
+    clock.start();
+    SingleInstance instance(m_socket);
+    QCOMPARE(instance.claim({u"/a.xml"_s}), SingleInstance::Role::Alone);
+    QVERIFY2(clock.elapsed() < 2'500, "it waited");
+    QCOMPARE(whatIsAt(place), before);
+    if (plain.isOpen())
+        QCOMPARE(plain.size(), 10);
 }
 
 void InstanceTest::makesOneProgramOfTwoStarts()

@@ -9,6 +9,7 @@
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
 #include <QFile>
@@ -147,6 +148,15 @@ void MacroSnippetsTest::listsTheProgramsAndTheUsersOwn()
     own.remove();
     panel.loadSnippets();
     QCOMPARE(panel.snippetsPopup()->itemTitles(), shipped);
+    for (const QString &kind : {u"pipe"_s, u"device"_s, u"folder"_s, u"link"_s}) {
+        if (!makeOddity(kind, own.fileName()))
+            continue; // only root makes devices
+        const auto before = whatIsAt(own.fileName());
+        panel.loadSnippets();
+        QCOMPARE(panel.snippetsPopup()->itemTitles(), shipped);
+        QCOMPARE(whatIsAt(own.fileName()), before);
+        QVERIFY(kind == "folder"_L1 ? QDir().rmdir(own.fileName()) : own.remove());
+    }
 }
 
 void MacroSnippetsTest::insertsWhatIsChosen()

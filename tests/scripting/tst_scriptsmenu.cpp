@@ -8,8 +8,10 @@
 #include "scripting/ScriptFile.h"
 #include "scripting/ScriptMenuItems.h"
 #include "scripting/VXScriptingHandler.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QMainWindow>
 #include <QMenu>
@@ -52,6 +54,8 @@ private Q_SLOTS:
     void tellsWhatIsNoScript();
     void mirrorsFolders();
     void endsLinkLoops();
+    void passesOverOddities_data();
+    void passesOverOddities();
     void showsHostileTitles_data();
     void showsHostileTitles();
     void runsAndRunsAgain();
@@ -315,6 +319,38 @@ void ScriptsMenuTest::endsLinkLoops()
     QVERIFY(QFile::link(m_scripts + "/self"_L1, m_scripts + "/self"_L1));
     m_handler->reloadScriptMenu();
     QCOMPARE(shown(), u"a[b[two], one], b[a[one], two]"_s);
+}
+
+void ScriptsMenuTest::passesOverOddities_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("kind");
+    for (const QString &kind : {u"pipe"_s, u"device"_s, u"folder"_s, u"link"_s}) {
+        for (const QString &name : {u"odd.py"_s, u"odd"_s, u"site-packages"_s, u"site-packages/odd.py"_s, u"__init__.py"_s})
+            QTest::addRow("%s: %s", qPrintable(name), qPrintable(kind)) << name << kind;
+    }
+}
+
+void ScriptsMenuTest::passesOverOddities()
+{
+    QFETCH(const QString, name);
+    QFETCH(const QString, kind);
+    script(u"a.py"_s, u"aye"_s);
+    const QString place = m_scripts + u'/' + name;
+    QVERIFY(QDir().mkpath(QFileInfo(place).path()));
+    if (!makeOddity(kind, place))
+        QSKIP("device-node: only root may make one");
+    const auto before = whatIsAt(place);
+    QElapsedTimer clock;
+    clock.start();
+    VXScriptingHandler::scriptPaths();
+    m_handler->reloadScriptMenu(); // the first time is the program's start
+    m_handler->reloadScriptMenu();
+    QVERIFY2(clock.elapsed() < 5'000, "it waited");
+    QCOMPARE(shown(), u"aye"_s);
+    QCOMPARE(whatIsAt(place), before);
+    QCOMPARE(m_panel.output.contains("/odd.py"_L1), name == "odd.py"_L1);
+    QVERIFY(QFileInfo(place).isDir() ? QDir().rmdir(place) : QFile::remove(place));
 }
 
 void ScriptsMenuTest::showsHostileTitles_data()
