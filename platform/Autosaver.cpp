@@ -9,6 +9,7 @@
 #include <QJsonDocument>
 #include <QUuid>
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <new>
 
@@ -69,8 +70,10 @@ struct Autosaver::Writing {
 
     bool write(Error *error)
     {
-        // Into a file that nobody takes for the content, however long the disk takes.
-        const QString fresh = path + ".writing"_L1;
+        // Into a file that nobody takes for the content, however long the disk takes; one that was given up may
+        // still be at its own.
+        static std::atomic<int> count = 0;
+        const QString fresh = path + u'.' + QString::number(++count) + ".writing"_L1;
         const ContentProducer produce = [this](const BlockSink &sink, Error *) {
             return std::all_of(blocks.begin(), blocks.end(), sink);
         };

@@ -19,6 +19,10 @@ namespace {
 
 const QString kContentType = u"public.xml"_s;
 
+// What stands in editors at one time: longer texts than a person has ever put into one, and no more than can be read
+// while somebody waits.
+constexpr qint64 kLongestTyped = 256 << 20;
+
 QByteArray bytesOf(const QString &path)
 {
     constexpr qint64 kLongestNote = 1 << 20;
@@ -201,18 +205,31 @@ Document *Recovery::restore(const RecoverableContent &content, Error *error)
 /// Puts what stood in editors into the document's records. False when it has to stay where it is.
 bool Recovery::takeTyped(Document &document, const RecoverableContent &content)
 {
-    if (content.typedPath.isEmpty() || !QFileInfo::exists(content.typedPath))
+    if (content.typedPath.isEmpty() || fileKind(content.typedPath) == FileKind::None)
         return true;
-    constexpr qint64 kLongestTyped = 1 << 30; // a description may be of any length
+    constexpr qsizetype kTold = 20;
     const auto &take = DocumentController::shared().pendingTextTaker();
     const std::optional<QByteArray> typed =
         bytesOfSmallFile(content.typedPath, kLongestTyped, Links::Refuse);
-    if (!take || !typed)
+    if (!take || !typed) {
+        ErrorPresenter::shared().present(
+            {u"Notice"_s,
+             3,
+             tr("What was being typed in “%1” could not be restored.").arg(content.displayName),
+             {},
+             tr("It stays in “%1”, and what was restored beside it.").arg(content.typedPath)});
         return false;
+    }
     const QStringList refused = take(document, QJsonDocument::fromJson(*typed).array());
-    for (const QString &sentence : refused)
+    for (const QString &sentence : refused.first(qMin(refused.size(), kTold)))
         ErrorPresenter::shared().present({u"Notice"_s, 2, sentence, {}, {}});
-    return true;
+    if (refused.size() <= kTold)
+        return true;
+    // More than anybody has editors: the file is none of the program's, and stays.
+    ErrorPresenter::shared().present(
+        {u"Notice"_s, 2, tr("Texts that could not be put where they were: %1.").arg(refused.size()), {},
+         tr("They stay in “%1”.").arg(content.typedPath)});
+    return false;
 }
 
 bool Recovery::discard(const RecoverableContent &content, Error *error)

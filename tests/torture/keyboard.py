@@ -34,9 +34,9 @@ class Screen:
         self.server.terminate()
         self.server.wait()
 
-    def windows(self, title):
-        """The visible windows with that in their title."""
-        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", title], capture_output=True,
+    def windows(self, title, by="--name"):
+        """The visible windows with that in their title, or their class."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", by, title], capture_output=True,
                                env={**os.environ, "DISPLAY": self.name}).stdout
         return [int(line) for line in found.split()]
 

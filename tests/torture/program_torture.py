@@ -157,6 +157,7 @@ class Torture:
     def __init__(self, program):
         self.program = program
         self.files = Files(program)
+        self.meetings = collections.Counter()
 
     def start(self, place, screen, *arguments):
         return subprocess.Popen([self.program, "--new-instance", *arguments, place.file], cwd=place.folder,
@@ -306,6 +307,65 @@ class Torture:
             program.wait()
             place.remove()
 
+    # Two programs, one file
+
+    def meets_a_run(self, chance, screen, number):
+        """A window and a run without windows save at the same moment: both changes are in the file, or one of the
+        two was told."""
+        place = Place(self.files.text(chance.choice([200, 2000, 20000])))
+        program = self.start(place, screen)
+        try:
+            if not screen.focus("data.xml"):
+                return Result(note="no window")
+            time.sleep(1)
+            records = text_of(place.file).count("<glyph ")
+            own = set(screen.windows("runebook", "--class"))
+            typist = Typist(screen)
+            for name in ("Down", "Right"):
+                typist.press(name)
+            for round_number in range(1, 6):
+                mark, go = f"h{number:05}x{round_number}", os.path.join(place.folder, f"go{round_number}")
+                code = ("import os, time\n" f"Doc.infos()[-1].setProduction_('{mark}')\nprint('ready', flush=True)\n"
+                        f"while not os.path.exists('{go}'): time.sleep(0.001)\n")
+                run = subprocess.Popen([self.program, "--eval", code, "--save", place.file], env=place.environment(),
+                                       stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+                if run.stdout.readline().strip() != "ready":
+                    return Result(note="the script does not run")
+                typist.press("F2")
+                typist.word()
+                typist.press("Return")
+                word, ahead = f"w{typist.number:06}", chance.uniform(-0.08, 0.08)
+                if ahead > 0:
+                    screen.key("Control_L", "s")
+                    time.sleep(ahead)
+                open(go, "w", encoding="utf-8").close()
+                if ahead <= 0:
+                    time.sleep(-ahead)
+                    screen.key("Control_L", "s")
+                errors = run.communicate(timeout=60)[1]
+                end = time.monotonic() + 30
+                while word not in text_of(place.file) and set(screen.windows("runebook", "--class")) <= own and time.monotonic() < end:
+                    time.sleep(0.1)
+                text, is_asked = text_of(place.file), not set(screen.windows("runebook", "--class")) <= own
+                if text.count("<glyph ") != records or not place.is_whole():
+                    return Result(broken="the file is not whole")
+                if word not in text and not is_asked:
+                    return Result(broken="the window's change is not in the file, and nothing was said")
+                if (mark in text) != (run.returncode == 0):
+                    return Result(broken=f"the run ended with {run.returncode}, and its change is "
+                                         f"{'' if mark in text else 'not '}in the file")
+                if run.returncode not in (0, 1) or (run.returncode == 1 and "Another program" not in errors):
+                    return Result(broken=f"the run ended with {run.returncode}: {errors}")
+                self.meetings["window told" if is_asked else "run told" if run.returncode else "both kept"] += 1
+                if is_asked:
+                    break
+                time.sleep(2)  # for the window to read what the run has saved
+            return Result(0.0)
+        finally:
+            program.kill()
+            program.wait()
+            place.remove()
+
     # Signals
 
     def asked_to_go(self, chance, screen, number):
@@ -403,6 +463,7 @@ class Torture:
             "script": ("killed in a long script of the macro panel", self.killed_in_a_script, 3),
             "macro": ("killed typing a macro", self.killed_typing_a_macro, 1),
             "signal": ("SIGTERM, SIGINT, SIGHUP; seconds to go", self.asked_to_go, 2),
+            "meets": ("saving while a run without windows saves the same file", self.meets_a_run, 2),
             "headless": ("killed while saving without windows", self.killed_without_windows, 12),
         }
 
@@ -471,6 +532,7 @@ def main():
         broken = sum(1 for result in done if result.broken)
         notes = collections.Counter(result.note.strip().splitlines()[-1] for result in done if result.note)
         p99 = percentile(losses, 0.99)
+        notes.update(torture.meetings if name == "meets" else {})
         figures = (f"{percentile(losses, 0.5):6.1f} {p99:6.1f} {max(losses):6.1f}" if losses else " " * 20)
         said = ", ".join(f"{note}: {count}" for note, count in notes.items())
         print(f"{title:52} {len(done):6} {broken:6} {figures}  {said}")
