@@ -287,7 +287,7 @@ void HeadlessTest::comforts()
     m_program = u"runebook"_s;
     const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/comfort.py"_s), m_file});
     QVERIFY2(ended.status == 0, qPrintable(ended.output + ended.errors));
-    QVERIFY(ended.output.contains(u"checked 9"_s));
+    QVERIFY(ended.output.contains(u"checked 10"_s));
     // As the pane lists them.
     const QString before = content(m_file);
     write(u"sample.xml"_s, QString(before).replace("name=\"Aacute\""_L1, "name=\"A\""_L1));
@@ -310,6 +310,12 @@ void HeadlessTest::writesStubsThatHold()
     const QString stubs = m_folder->filePath(u"stubs"_s), scripts = m_folder->filePath(u"scripts"_s);
     const Ended written = run({u"--python-stubs"_s, stubs});
     QVERIFY2(written.status == 0, qPrintable(written.errors));
+    // Those that lie beside the program are the same.
+    const QStringList names = QDir(stubs).entryList(QDir::Files);
+    QVERIFY(names.contains(u"MainApp.pyi"_s));
+    for (const QString &name : names)
+        QCOMPARE(content(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook/python/") + name),
+                 content(stubs + u'/' + name));
     QVERIFY(QDir().mkpath(scripts));
     const QString prelude = u"import sys, objc, os\nfrom AppKit import *\nfrom Foundation import *\n"
                             "from MainApp import *\n"_s;
