@@ -3,7 +3,8 @@
 #include "model/GlyphField.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <bit>
+#include <utility>
 #include <vector>
 
 namespace runebook {
@@ -17,12 +18,19 @@ template <typename Entry> void dropRepeats(std::vector<Entry> &entries, std::siz
     if (entries.size() < std::max(kFewest, next))
         return;
     constexpr std::size_t kFields = 64;
-    std::unordered_set<std::size_t> seen;
-    seen.reserve(entries.size());
-    // Addresses use no more than 48 bits, so nothing is lost in front.
-    std::erase_if(entries, [&seen](const Entry &entry) {
-        const auto record = reinterpret_cast<std::size_t>(entry.info.get());
-        return !seen.insert(record * kFields + static_cast<std::size_t>(entry.field)).second;
+    constexpr std::size_t kSpread = 0x9E3779B97F4A7C15; // 2^64 over the golden ratio
+    // A table of its own, as this is a good part of what setting a field costs: the places that follow a
+    // key's own take what does not find room there. No key is 0.
+    std::vector<std::size_t> seen(std::bit_ceil(2 * entries.size()));
+    const int shift = std::countl_zero(seen.size()) + 1;
+    std::erase_if(entries, [&seen, shift](const Entry &entry) {
+        // Addresses use no more than 48 bits, so nothing is lost in front.
+        const std::size_t key =
+            reinterpret_cast<std::size_t>(entry.info.get()) * kFields + static_cast<std::size_t>(entry.field);
+        std::size_t place = key * kSpread >> shift;
+        while (seen[place] != 0 && seen[place] != key)
+            place = (place + 1) % seen.size();
+        return std::exchange(seen[place], key) == key;
     });
     next = 2 * entries.size();
 }

@@ -87,6 +87,7 @@ constexpr int kOneArg = 0x0008;
 
 // Flags of types
 constexpr unsigned int kBaseType = 1U << 10;
+constexpr unsigned int kHasVectorCall = 1U << 11;
 constexpr unsigned int kMethodDescriptor = 1U << 17;
 constexpr unsigned int kDefaultTypeFlags = 1U << 18;
 constexpr unsigned long kLongSubclass = 1UL << 24;
@@ -111,6 +112,11 @@ constexpr int kSlotRichCompare = 67;
 constexpr int kSlotMembers = 72;
 constexpr int kSlotGetSet = 73;
 constexpr int kSlotFree = 74;
+
+/// How objects are called without a tuple: a flag may stand in the count.
+using VectorCall = PyObject *(*)(PyObject *self, PyObject *const *arguments, std::size_t count,
+                                 PyObject *keywords);
+constexpr std::size_t kVectorCallOffset = std::size_t {1} << (8 * sizeof(std::size_t) - 1);
 
 // Members of types
 constexpr int kMemberSize = 19;

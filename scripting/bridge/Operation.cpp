@@ -5,6 +5,7 @@
 #include "platform/Unattended.h"
 #include "scripting/OperationScope.h"
 #include "scripting/ScriptRun.h"
+#include "scripting/bridge/Descriptor.h"
 
 #include <QMetaProperty>
 
@@ -16,19 +17,16 @@ namespace {
 
 constexpr std::size_t kMaxParameters = 10;
 
-struct Operation {
-    PyObject head;
+struct Operation : Descriptor {
     const MethodGroup *group;
     const Selector *selector;
 };
 
-/// The arguments that a script gave, without the object that the operation is called on.
+/// The arguments that a script gave, borrowed.
 struct Arguments {
-    PyObject *tuple;
-    Py_ssize_t first;
+    PyObject *target; ///< what the operation is called on
+    PyObject *const *items;
     Py_ssize_t count;
-
-    PyObject *at(Py_ssize_t place) const { return py.PyTuple_GetItem(tuple, first + place); }
 };
 
 /// What a call works with: the values of its parameters, the error, and the pointers that C++ is given.
@@ -64,14 +62,14 @@ bool Call::take(const Arguments &arguments)
     if (m_method.sharedTarget.isValid()) {
         Storage &shared = m_shared.emplace(m_method.sharedTarget);
         if (!bridgeType(m_method.sharedTarget)
-                 .fromPython(m_method.sharedTarget, arguments.at(-1), shared.data()))
+                 .fromPython(m_method.sharedTarget, arguments.target, shared.data()))
             return false;
     }
     std::size_t place = 0;
     void **pointers = m_method.extension ? m_pointers + 2 : m_pointers + 1;
     for (const Parameter &parameter : m_method.parameters) {
         Storage &value = m_values[place].emplace(parameter.type);
-        PyObject *given = arguments.at(static_cast<Py_ssize_t>(place));
+        PyObject *given = arguments.items[place];
         const bool isLeftOut = parameter.isOut && isNone(given);
         if (!isLeftOut && isNone(given) && !parameter.mayBeNone) {
             raise(*py.PyExc_TypeError,
@@ -209,23 +207,32 @@ PyObject *raiseCount(const Operation &operation, Py_ssize_t given)
 
 /// The arguments with those that can be read only once read: several functions may try them. Most calls have
 /// none.
-PythonRef withReadableItems(PyObject *tuple)
+class ReadableItems
 {
-    const Py_ssize_t size = py.PyTuple_Size(tuple);
-    std::vector<PythonRef> items;
-    for (Py_ssize_t place = 1; place < size; ++place) {
-        PyObject *item = py.PyTuple_GetItem(tuple, place);
-        PythonRef read = readable(item);
-        if (!read)
-            return {};
-        if (items.empty() && read.get() == item)
-            continue;
-        for (auto before = static_cast<Py_ssize_t>(items.size()); before < place; ++before)
-            items.push_back(PythonRef::shared(py.PyTuple_GetItem(tuple, before)));
-        items.push_back(std::move(read));
+public:
+    /// False with an error set when one cannot be read.
+    bool read(Arguments &arguments)
+    {
+        for (Py_ssize_t place = 0; place < arguments.count; ++place) {
+            PythonRef read = readable(arguments.items[place]);
+            if (!read)
+                return false;
+            if (read.get() == arguments.items[place])
+                continue;
+            if (m_items.empty()) {
+                m_items.assign(arguments.items, arguments.items + arguments.count);
+                arguments.items = m_items.data();
+            }
+            m_items[static_cast<std::size_t>(place)] = read.get();
+            m_read.push_back(std::move(read));
+        }
+        return true;
     }
-    return items.empty() ? PythonRef::shared(tuple) : tupleOf(std::move(items));
-}
+
+private:
+    std::vector<PythonRef> m_read;
+    std::vector<PyObject *> m_items;
+};
 
 /// Calls the first function that the arguments fit; with one function its own error tells what does not fit.
 PyObject *dispatch(const Operation &operation, const Target &target, Arguments arguments)
@@ -239,10 +246,9 @@ PyObject *dispatch(const Operation &operation, const Target &target, Arguments a
         && std::none_of(methods.begin(), methods.end(), takesOne))
         arguments.count = 0;
     const Reading reading;
-    const PythonRef tuple = withReadableItems(arguments.tuple);
-    if (!tuple)
+    ReadableItems readableItems;
+    if (!readableItems.read(arguments))
         return nullptr;
-    arguments.tuple = tuple.get();
     bool isTried = false;
     for (const Method &method : methods) {
         if (method.inputs() != arguments.count || (operation.selector->takesError && !method.canFail))
@@ -259,40 +265,39 @@ PyObject *dispatch(const Operation &operation, const Target &target, Arguments a
 }
 
 /// Called on the class: an operation of the class, or one of an object that is given first.
-PyObject *callOnClass(const Operation &operation, PyObject *tuple, Py_ssize_t size)
+PyObject *callOnClass(const Operation &operation, PyObject *const *items, Py_ssize_t size)
 {
     const BridgedClass &owner = *operation.group->owner;
     if (size > 1) {
-        PyObject *first = py.PyTuple_GetItem(tuple, 1);
+        PyObject *first = items[1];
         const bool isObject = py.PyType_IsSubtype(first->ob_type, owner.type());
         const auto fits = [size](const Method &method) { return method.inputs() == size - 1; };
         const std::vector<Method> &methods = operation.group->methods;
         if (isObject && std::none_of(methods.begin(), methods.end(), fits)) {
             return dispatch(operation, {reinterpret_cast<BridgeObject *>(first), &owner},
-                            {tuple, 2, size - 2});
+                            {first, items + 2, size - 2});
         }
     }
     // The class that was named may have more to offer than the one that declares the operation.
-    auto *type = reinterpret_cast<PyTypeObject *>(py.PyTuple_GetItem(tuple, 0));
+    auto *type = reinterpret_cast<PyTypeObject *>(items[0]);
     if (!py.PyType_IsSubtype(type, owner.type()))
         return raise(*py.PyExc_TypeError,
                      u"%1 is no operation of that class"_s.arg(QString::fromUtf8(operation.selector->name)));
     const BridgedClass *named = BridgedClass::forType(type);
-    return dispatch(operation, {nullptr, named ? named : &owner}, {tuple, 1, size - 1});
+    return dispatch(operation, {nullptr, named ? named : &owner}, {items[0], items + 1, size - 1});
 }
 
-PyObject *callChecked(const Operation &operation, PyObject *tuple)
+PyObject *callChecked(const Operation &operation, PyObject *const *items, Py_ssize_t size)
 {
-    const Py_ssize_t size = py.PyTuple_Size(tuple);
     if (!checkThread())
         return nullptr;
     if (size == 0)
         return raise(
             *py.PyExc_TypeError,
             u"an object to call %1 on is missing"_s.arg(QString::fromUtf8(operation.selector->name)));
-    PyObject *target = py.PyTuple_GetItem(tuple, 0);
+    PyObject *target = items[0];
     if (isKind(target, python::kTypeSubclass))
-        return callOnClass(operation, tuple, size);
+        return callOnClass(operation, items, size);
     if (!py.PyType_IsSubtype(target->ob_type, operation.group->owner->type()))
         return raise(
             *py.PyExc_TypeError,
@@ -301,16 +306,13 @@ PyObject *callChecked(const Operation &operation, PyObject *tuple)
     // alloc().initWith...: an operation of the class that makes the object. Nothing else can be asked of it.
     const bool makesObject = object.isAllocated && operation.selector->name.startsWith("init");
     return dispatch(operation, {makesObject ? nullptr : &object, operation.group->owner},
-                    {tuple, 1, size - 1});
+                    {target, items + 1, size - 1});
 }
 
-PyObject *callOperation(PyObject *self, PyObject *tuple, PyObject *keywords)
+PyObject *callOperation(PyObject *self, PyObject *const *items, Py_ssize_t size)
 {
     const auto &operation = *reinterpret_cast<Operation *>(self);
-    if (keywords && py.PyDict_Size(keywords) > 0)
-        return raise(*py.PyExc_TypeError,
-                     u"%1 takes no keyword arguments"_s.arg(QString::fromUtf8(operation.selector->name)));
-    return guarded<PyObject *>(nullptr, [&] { return callChecked(operation, tuple); });
+    return guarded<PyObject *>(nullptr, [&] { return callChecked(operation, items, size); });
 }
 
 PyObject *bind(PyObject *self, PyObject *object, PyObject *type)
@@ -358,29 +360,13 @@ QVariantMap detailsOf(PyObject *self)
             {u"functions"_s, functions}};
 }
 
-void freeDescriptor(PyObject *self)
-{
-    PyTypeObject *type = self->ob_type;
-    reinterpret_cast<void (*)(void *)>(py.PyType_GetSlot(type, python::kSlotFree))(self);
-    vxPy_DecRef(reinterpret_cast<PyObject *>(type));
-}
-
 PyTypeObject *operationType()
 {
-    static PyTypeObject *const type = [] {
-        PyType_Slot slots[] = {
-            {python::kSlotDealloc, reinterpret_cast<void *>(freeDescriptor)},
-            {python::kSlotCall, reinterpret_cast<void *>(callOperation)},
-            {python::kSlotDescrGet, reinterpret_cast<void *>(bind)},
-            {python::kSlotRepr, reinterpret_cast<void *>(describe)},
-            {python::kSlotGetSet, descriptions<detailsOf>()},
-            {0, nullptr},
-        };
-        // A method descriptor: the interpreter calls it with the object in front, without binding it first.
-        PyType_Spec spec {"runebook.operation", sizeof(Operation), 0,
-                          python::kDefaultTypeFlags | python::kMethodDescriptor, slots};
-        return reinterpret_cast<PyTypeObject *>(py.PyType_FromSpec(&spec));
-    }();
+    static PyTypeObject *const type =
+        makeDescriptorType("runebook.operation", sizeof(Operation),
+                           {{python::kSlotDescrGet, reinterpret_cast<void *>(bind)},
+                            {python::kSlotRepr, reinterpret_cast<void *>(describe)},
+                            {python::kSlotGetSet, descriptions<detailsOf>()}});
     return type;
 }
 
@@ -452,7 +438,7 @@ PyObject *described(PyObject *self, const char *what)
 
 PyObject *makeOperation(const MethodGroup &group, const Selector &selector)
 {
-    PyObject *made = operationType() ? py.PyType_GenericAlloc(operationType(), 0) : nullptr;
+    PyObject *made = makeDescriptor(operationType(), callOperation);
     if (made) {
         auto *operation = reinterpret_cast<Operation *>(made);
         operation->group = &group;

@@ -2,6 +2,7 @@
 
 #include "scripting/OperationScope.h"
 #include "scripting/ScriptRun.h"
+#include "scripting/bridge/Descriptor.h"
 
 #include <QMetaProperty>
 
@@ -15,8 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct PropertyAttribute {
-    PyObject head;
+struct PropertyAttribute : Descriptor {
     const BridgedClass *owner;
     const char *name;
     int relativeIndex;
@@ -124,12 +124,12 @@ int set(PyObject *self, PyObject *object, PyObject *value)
     });
 }
 
-PyObject *call(PyObject *self, PyObject *tuple, PyObject *keywords)
+PyObject *call(PyObject *self, PyObject *const *arguments, Py_ssize_t count)
 {
-    if (py.PyTuple_Size(tuple) != 1 || (keywords && py.PyDict_Size(keywords) > 0))
+    if (count != 1)
         return raise(*py.PyExc_TypeError,
                      u"%1 takes no arguments"_s.arg(QString::fromLatin1(attribute(self).name)));
-    return read(attribute(self), py.PyTuple_GetItem(tuple, 0));
+    return read(attribute(self), arguments[0]);
 }
 
 // The setter of a property is the same structure under another type.
@@ -143,14 +143,12 @@ PyObject *bindSetter(PyObject *self, PyObject *object, PyObject *)
     return py.PyMethod_New(self, object);
 }
 
-PyObject *callSetter(PyObject *self, PyObject *tuple, PyObject *keywords)
+PyObject *callSetter(PyObject *self, PyObject *const *arguments, Py_ssize_t count)
 {
-    if (py.PyTuple_Size(tuple) != 2 || (keywords && py.PyDict_Size(keywords) > 0))
+    if (count != 2)
         return raise(*py.PyExc_TypeError,
                      u"the setter of %1 takes one argument"_s.arg(QString::fromLatin1(attribute(self).name)));
-    if (set(self, py.PyTuple_GetItem(tuple, 0), py.PyTuple_GetItem(tuple, 1)) != 0)
-        return nullptr;
-    return none();
+    return set(self, arguments[0], arguments[1]) == 0 ? none() : nullptr;
 }
 
 PyObject *describe(PyObject *self)
@@ -171,52 +169,30 @@ QVariantMap detailsOf(PyObject *self)
             {u"isWritable"_s, property.isWritable && property.bridge->fromPython}};
 }
 
-void deallocate(PyObject *self)
-{
-    PyTypeObject *type = self->ob_type;
-    reinterpret_cast<void (*)(void *)>(py.PyType_GetSlot(type, python::kSlotFree))(self);
-    vxPy_DecRef(reinterpret_cast<PyObject *>(type));
-}
-
 PyTypeObject *attributeType()
 {
-    static PyTypeObject *const type = [] {
-        PyType_Slot slots[] = {
-            {python::kSlotDealloc, reinterpret_cast<void *>(deallocate)},
-            {python::kSlotCall, reinterpret_cast<void *>(call)},
-            {python::kSlotDescrGet, reinterpret_cast<void *>(get)},
-            {python::kSlotDescrSet, reinterpret_cast<void *>(set)},
-            {python::kSlotRepr, reinterpret_cast<void *>(describe)},
-            {python::kSlotGetSet, descriptions<detailsOf>()},
-            {0, nullptr},
-        };
-        PyType_Spec spec {"runebook.property", sizeof(PropertyAttribute), 0,
-                          python::kDefaultTypeFlags | python::kMethodDescriptor, slots};
-        return reinterpret_cast<PyTypeObject *>(py.PyType_FromSpec(&spec));
-    }();
+    static PyTypeObject *const type =
+        makeDescriptorType("runebook.property", sizeof(PropertyAttribute),
+                           {{python::kSlotDescrGet, reinterpret_cast<void *>(get)},
+                            {python::kSlotDescrSet, reinterpret_cast<void *>(set)},
+                            {python::kSlotRepr, reinterpret_cast<void *>(describe)},
+                            {python::kSlotGetSet, descriptions<detailsOf>()}});
     return type;
 }
 
 PyTypeObject *setterType()
 {
-    static PyTypeObject *const type = [] {
-        PyType_Slot slots[] = {
-            {python::kSlotDealloc, reinterpret_cast<void *>(deallocate)},
-            {python::kSlotCall, reinterpret_cast<void *>(callSetter)},
-            {python::kSlotDescrGet, reinterpret_cast<void *>(bindSetter)},
-            {python::kSlotGetSet, descriptions<detailsOf>()},
-            {0, nullptr},
-        };
-        PyType_Spec spec {"runebook.setter", sizeof(PropertyAttribute), 0,
-                          python::kDefaultTypeFlags | python::kMethodDescriptor, slots};
-        return reinterpret_cast<PyTypeObject *>(py.PyType_FromSpec(&spec));
-    }();
+    static PyTypeObject *const type =
+        makeDescriptorType("runebook.setter", sizeof(PropertyAttribute),
+                           {{python::kSlotDescrGet, reinterpret_cast<void *>(bindSetter)},
+                            {python::kSlotGetSet, descriptions<detailsOf>()}});
     return type;
 }
 
-PyObject *makeAttribute(PyTypeObject *type, const BridgedClass &owner, const QMetaProperty &property)
+PyObject *makeAttribute(PyTypeObject *type, Descriptor::Call call, const BridgedClass &owner,
+                        const QMetaProperty &property)
 {
-    PyObject *made = type ? py.PyType_GenericAlloc(type, 0) : nullptr;
+    PyObject *made = makeDescriptor(type, call);
     if (!made)
         return nullptr;
     PropertyAttribute &attributes = attribute(made);
@@ -233,12 +209,12 @@ PyObject *makeAttribute(PyTypeObject *type, const BridgedClass &owner, const QMe
 
 PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property)
 {
-    return makeAttribute(attributeType(), owner, property);
+    return makeAttribute(attributeType(), call, owner, property);
 }
 
 PyObject *makeSetter(const BridgedClass &owner, const QMetaProperty &property)
 {
-    return makeAttribute(setterType(), owner, property);
+    return makeAttribute(setterType(), callSetter, owner, property);
 }
 
 } // namespace runebook::bridge
