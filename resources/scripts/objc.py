@@ -296,9 +296,14 @@ def _set_value_for_key(self, value, key):
         setattr(self, key, value)
 
 
+# Every operation answers to several spellings; listings show the documented one.
+
+def _class_listing(cls):
+    return sorted({*type.__dir__(NSObject), *_runebook.selectors(cls), *_own_names(cls)})
+
+
 def _listing(self):
-    names = {*dir(NSObject), *getattr(self, "__dict__", ())}
-    return sorted({*names, *_runebook.selectors(type(self)), *_own_names(type(self))})
+    return sorted({*_class_listing(type(self)), *getattr(self, "__dict__", ())})
 
 
 def _own_names(cls):
@@ -321,6 +326,7 @@ NSObject.className = lambda self: type(self).__name__
 NSObject.description = lambda self: repr(self)
 NSObject.new = classmethod(lambda cls: cls.alloc().init())
 NSObject.__dir__ = _listing
+type(NSObject).__dir__ = _class_listing
 
 # The parts of windows are asked for by name as well.
 _runebook.classFromString("QWidget").__dir__ = lambda self: sorted({*_listing(self), *self.outletNames()})

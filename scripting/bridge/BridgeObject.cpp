@@ -192,10 +192,41 @@ PyTypeObject *makeObjectType()
     };
     PyType_Spec spec {"runebook.NSObject", sizeof(BridgeObject), 0,
                       python::kDefaultTypeFlags | python::kBaseType, slots};
-    return reinterpret_cast<PyTypeObject *>(py.PyType_FromSpec(&spec));
+    return makeClass(spec, nullptr);
+}
+
+/// The class of the classes, where what dir() of a class lists can be told. Null with an error set without
+/// one.
+PyTypeObject *classType(PyTypeObject *ordinary)
+{
+    static PyTypeObject *const type = [ordinary]() -> PyTypeObject * {
+        PyType_Slot slots[] = {{0, nullptr}};
+        PyType_Spec spec {"runebook.Class", 0, 0, python::kDefaultTypeFlags | python::kBaseType, slots};
+        const PythonRef bases(vxPy_BuildValue("(O)", ordinary));
+        return bases ? reinterpret_cast<PyTypeObject *>(py.PyType_FromSpecWithBases(&spec, bases.get()))
+                     : nullptr;
+    }();
+    return type;
 }
 
 } // namespace
+
+PyTypeObject *makeClass(PyType_Spec &spec, PyTypeObject *base)
+{
+    const PythonRef bases(base ? vxPy_BuildValue("(O)", base) : nullptr);
+    if (base && !bases)
+        return nullptr;
+    PyObject *made = base ? py.PyType_FromSpecWithBases(&spec, bases.get()) : py.PyType_FromSpec(&spec);
+    PyTypeObject *classes = made ? classType(made->ob_type) : nullptr;
+    if (!classes)
+        return nullptr;
+    // Before 3.12 a type that is made this way cannot be told its class.
+    if (made->ob_type != classes) {
+        py.Py_IncRef(reinterpret_cast<PyObject *>(classes));
+        made->ob_type = classes;
+    }
+    return reinterpret_cast<PyTypeObject *>(made);
+}
 
 PyTypeObject *objectType()
 {

@@ -32,6 +32,9 @@ struct BridgeObject {
 
 /// The Python type NSObject, made on first call; null with an error set when that fails.
 PyTypeObject *objectType();
+/// A type that \a spec describes, on top of \a base where one is given, whose class is the one of all classes
+/// of the program ("runebook.Class"). Null with an error set when the interpreter refuses.
+PyTypeObject *makeClass(PyType_Spec &spec, PyTypeObject *base);
 /// True for objects of the bridge.
 bool isBridgeObject(PyObject *object);
 /// A new object of \a type around \a instance.

@@ -179,13 +179,11 @@ bool BridgedClass::makeType()
     if (super && super != &QObject::staticMetaObject && !base)
         return false;
     PyTypeObject *baseType = base ? base->type() : objectType();
-    const PythonRef bases(vxPy_BuildValue("(O)", baseType));
     m_typeName = "runebook." + shortName(m_meta);
     PyType_Slot slots[] = {{0, nullptr}};
     PyType_Spec spec {m_typeName.constData(), sizeof(BridgeObject), 0,
                       python::kDefaultTypeFlags | python::kBaseType, slots};
-    m_type =
-        bases ? reinterpret_cast<PyTypeObject *>(py.PyType_FromSpecWithBases(&spec, bases.get())) : nullptr;
+    m_type = makeClass(spec, baseType);
     if (!m_type)
         return false;
     classesOfTypes().insert(m_type, this);

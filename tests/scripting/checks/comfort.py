@@ -36,10 +36,28 @@ class Help(unittest.TestCase):
         self.assertEqual(list(inspect.signature(Doc.undoManager().undo).parameters), [])
 
     def test_listings_have_the_usual_spellings(self):
-        names = dir(Doc)
-        self.assertIn("insertObject_inInfosAtIndex_", names)
-        for other in ("insertObjectInInfosAtIndex_", "insert_object_inInfosAtIndex_", "insertObjectInInfosAtIndex"):
-            self.assertNotIn(other, names)
+        class Derived(NSObject):
+            def seen_(self, thing):
+                pass
+
+        page = pydoc.render_doc(VXDocument, renderer=pydoc.plaintext)
+        for names in (dir(Doc), dir(VXDocument), page):
+            self.assertIn("insertObject_inInfosAtIndex_", names)
+            for other in ("insertObjectInInfosAtIndex_", "insert_object_inInfosAtIndex_", "insertObjectInInfosAtIndex("):
+                self.assertNotIn(other, names)
+        for names in (dir(Derived), dir(Derived())):
+            self.assertIn("seen_", names)
+            self.assertIn("alloc", names)
+
+    def test_calls_by_every_way_are_one(self):
+        by_hand = VXDocument.infoForName_
+        for found in (Doc.infoForName_("A"), by_hand(Doc, "A"), by_hand(*(Doc, "A")),
+                      by_hand.__call__(Doc, "A"), (lambda f: f("A"))(Doc.infoForName_)):
+            self.assertEqual(found.name, "A")
+        for wrong in (lambda: Doc.infoForName_(name="A"), lambda: by_hand(Doc, **{"name": "A"}),
+                      lambda: Doc["A"].name(1), lambda: Doc["A"].setName_(value="B"), lambda: by_hand()):
+            with self.assertRaises(TypeError):
+                wrong()
 
 
 class Records(unittest.TestCase):
