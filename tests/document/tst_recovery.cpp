@@ -494,6 +494,20 @@ void TestRecovery::printsInSlices()
         QCOMPARE(autosavedFile(open->autosavedContentsURL()),
                  QByteArray(kFile).replace("\"a\"", "\"n" + QByteArray::number(i) + '"'));
     }
+    // One that was given up may still be written while the next one is.
+    for (int i = 0; i < 100; ++i) {
+        open->objectInInfosAtIndex(0)->setName(u"given.up%1"_s.arg(i));
+        open->autosaver().start();
+        QCoreApplication::processEvents(); // prints it; another thread goes on
+        QVERIFY(open->autosaver().saveNow(nullptr));
+        finished.clear();
+        open->objectInInfosAtIndex(0)->setName(u"m%1"_s.arg(i));
+        open->autosaver().start();
+        QTRY_COMPARE(finished.size(), 1);
+        QVERIFY(finished.first().first().toBool());
+        QCOMPARE(autosavedFile(open->autosavedContentsURL()),
+                 QByteArray(kFile).replace("\"a\"", "\"m" + QByteArray::number(i) + '"'));
+    }
     open->objectInInfosAtIndex(0)->setName(u"last"_s);
     open->autosaver().start();
     const QString file = open->autosavedContentsURL();

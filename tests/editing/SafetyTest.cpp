@@ -9,17 +9,23 @@
 #include "editing/RecoveryPanel.h"
 #include "editing/VXCompareDataWindow.h"
 #include "editing/VXWindowController.h"
+#include "platform/AutosaveFolder.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
 #include "platform/MessageBar.h"
 #include "platform/UnsavedPanel.h"
 #include "platform/UserDefaults.h"
 #include "platform/WindowPlacement.h"
+#include "tests/Oddities.h"
 #include "tests/TestMain.h"
 
 #include <QClipboard>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileDialog>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -98,6 +104,8 @@ private Q_SLOTS:
     void offersToRecover();
     void keepsWhatIsBeingTyped_data();
     void keepsWhatIsBeingTyped();
+    void leavesTypedTextsThatAreNotItsOwn_data();
+    void leavesTypedTextsThatAreNotItsOwn();
     void barAboutChanges_data();
     void barAboutChanges();
     void reloadsByItself();
@@ -340,6 +348,50 @@ void TestSafety::keepsWhatIsBeingTyped()
     QCOMPARE(told.size(), isRefused ? 1 : 0);
     if (isRefused)
         QVERIFY(told.front().front().value<Error>().text().contains(u"“b”"_s));
+}
+
+void TestSafety::leavesTypedTextsThatAreNotItsOwn_data()
+{
+    QTest::addColumn<QString>("kind");
+    for (const QString &kind : {u"pipe"_s, u"folder"_s, u"link"_s, u"300 MB"_s, u"1000 texts"_s})
+        QTest::newRow(qPrintable(kind)) << kind;
+}
+
+void TestSafety::leavesTypedTextsThatAreNotItsOwn()
+{
+    QFETCH(const QString, kind);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        VXDocument fresh;
+        fresh.addInfo(VXGlyphInfo::init());
+        ::_exit(fresh.autosave() ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    QCOMPARE(status, 0);
+    QDirIterator contents(path(u"data/runebook/Autosave"_s), {u"*.xml"_s}, QDir::Files, QDirIterator::Subdirectories);
+    const QString content = contents.next();
+    const QString typed = AutosaveFolder::besideContent(content, AutosaveFolder::kTypedSuffix);
+    if (kind.contains(u' ')) {
+        QJsonArray texts;
+        for (int i = 0; i < 1000; ++i)
+            texts << QJsonObject {{u"field"_s, u"name"_s}, {u"text"_s, u"x"_s}, {u"name"_s, u"nobody"_s}};
+        write(typed, QJsonDocument(texts).toJson());
+        if (kind == "300 MB"_L1)
+            QVERIFY(QFile::resize(typed, 300 << 20));
+    } else {
+        write(QFileInfo(typed).path() + "/elsewhere"_L1, "[]"); // where the link leads
+        QVERIFY(makeOddity(kind, typed));
+    }
+    const auto before = whatIsAt(typed);
+    QSignalSpy told(&ErrorPresenter::shared(), &ErrorPresenter::presented);
+    Recovery recovery;
+    QCOMPARE(recovery.find().size(), 1);
+    QVERIFY(recovery.restore(recovery.contents().front()));
+    QVERIFY(told.size() >= 1 && told.size() <= 21);
+    QVERIFY(told.last().front().value<Error>().text().contains(typed));
+    QVERIFY(QFile::exists(content));
+    QCOMPARE(whatIsAt(typed), before);
 }
 
 void TestSafety::barAboutChanges_data()
