@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressDialog>
+#include <QDialogButtonBox>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -188,6 +189,10 @@ void ReplaceDialogTest::warnsOfNames()
     fieldOf(dialog, u"findField"_s)->setText(u"a"_s);
     fieldOf(dialog, u"replaceField"_s)->setText(u"b"_s);
     QTRY_COMPARE(warning->text(), u"Names that more than one record will have: 1."_s);
+    fieldOf(dialog, u"replaceField"_s)->setText(u"<!--"_s);
+    QTRY_COMPARE(warning->text(), u"Records left out: 1. Name holds “<!--”, which begins a comment in a file and would "
+                                  "hide other records."_s);
+    QVERIFY(!dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->isEnabled());
     fieldOf(dialog, u"findField"_s)->setText(u"one"_s);
     fieldOf(dialog, u"replaceField"_s)->setText(u"1"_s);
     QTRY_COMPARE(warning->text(), u"Names that become invalid: 1."_s);
