@@ -35,9 +35,10 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
         info.setDirection(VXGlyphInfo::directionFromString(text));
     else if (field == GlyphField::Unicodes)
         storeEdited(info, field, codePointTokensInText(text));
+    else if (field == GlyphField::AltNames)
+        storeEdited(info, field, text.split(kListSeparator));
     else
-        storeEdited(info, field,
-                    field == GlyphField::AltNames ? text.split(kListSeparator) : QStringList(text));
+        storeEdited(info, field, text);
 }
 
 /// What the field would show after the text was stored.

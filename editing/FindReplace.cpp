@@ -229,7 +229,20 @@ bool FindReplace::nameProblemsMore(const InfoList &infos, const InfoList &all, c
 
 void FindReplace::replaceIn(VXGlyphInfo &info) const
 {
-    storeEdited(info, *m_field, replacedElements(elementsOf(info)));
+    if (*m_field == GlyphField::AltNames)
+        storeEdited(info, *m_field, replacedElements(info.altNames()));
+    else
+        storeEdited(info, *m_field, m_text.replacedIn(info.stringValue(*m_field)));
+}
+
+void FindReplace::setAbsentOnceMore(VXGlyphInfo &info) const
+{
+    if (*m_field == GlyphField::AltNames)
+        info.setAltNames(QString());
+    else if (*m_field == GlyphField::Desc)
+        info.setDesc(QString());
+    else
+        info.editText(*m_field, QString());
 }
 
 ReplaceSummary FindReplace::apply(const InfoList &infos) const
@@ -248,7 +261,7 @@ bool FindReplace::applyMore(const InfoList &infos, const QDeadlineTimer &deadlin
              ++progress.next) {
             VXGlyphInfo &info = *infos[progress.next];
             if (info.stored(*m_field).isAbsent()) {
-                info.setValueForKey(QString(), keyOfField(*m_field));
+                setAbsentOnceMore(info);
                 continue;
             }
             const qsizetype occurrences = occurrencesIn(info);

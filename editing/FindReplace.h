@@ -110,6 +110,7 @@ private:
     QStringList replacedElements(const QStringList &elements) const;
     ReplacePreview previewOf(const VXGlyphInfo &info) const;
     void replaceIn(VXGlyphInfo &info) const;
+    void setAbsentOnceMore(VXGlyphInfo &info) const;
 
     TextReplacement m_text;
     std::optional<GlyphField> m_field;

@@ -15,10 +15,21 @@ void storeEdited(VXGlyphInfo &info, GlyphField field, const QStringList &value)
         info.setUnicodes(value);
     else if (field == GlyphField::AltNames)
         info.setAltNames(value);
-    else if (field == GlyphField::UnicodeLegacy)
-        info.editText(field, value.first()); // the setter leaves no step of its own
     else
-        info.setValueForKey(value.first(), keyOfField(field));
+        storeEdited(info, field, value.first());
+}
+
+// Not by key: find and replace comes here for every record.
+void storeEdited(VXGlyphInfo &info, GlyphField field, const QString &text)
+{
+    if (text.isEmpty())
+        info.clear(field);
+    else if (field == GlyphField::Marks)
+        info.setMarks(text); // which refuses some
+    else if (field == GlyphField::Desc)
+        info.setDesc(text);
+    else
+        info.editText(field, text);
 }
 
 QString refusalOfEdited(GlyphField field, const QStringList &value)

@@ -9,6 +9,8 @@ namespace runebook {
 /// Stores what a person or a correction has made of a field that is a text or a list, with its undo step: one text, or
 /// the parts of a list. A field that is emptied becomes absent.
 void storeEdited(VXGlyphInfo &info, GlyphField field, const QStringList &value);
+/// The same for a field that is one text.
+void storeEdited(VXGlyphInfo &info, GlyphField field, const QString &text);
 
 /// Why no save would write \a value in \a field, in the sentence that the field itself says; null when it may be written.
 QString refusalOfEdited(GlyphField field, const QStringList &value);

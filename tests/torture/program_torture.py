@@ -463,7 +463,7 @@ class Torture:
             "script": ("killed in a long script of the macro panel", self.killed_in_a_script, 3),
             "macro": ("killed typing a macro", self.killed_typing_a_macro, 1),
             "signal": ("SIGTERM, SIGINT, SIGHUP; seconds to go", self.asked_to_go, 2),
-            "meets": ("saving while a run without windows saves the same file", self.meets_a_run, 2),
+            "meets": ("a window and a run that save one file", self.meets_a_run, 2),
             "headless": ("killed while saving without windows", self.killed_without_windows, 12),
         }
 
