@@ -97,7 +97,9 @@ QString FindReplace::refusal(const VXGlyphInfo &info) const
 {
     // Most go out here: a mark of a comment comes from what was there and what is put in.
     std::string buffer;
-    const auto hasBracket = [](std::string_view text) { return text.find_first_of("<>") != text.npos; };
+    const auto hasBracket = [](std::string_view text) {
+        return text.find('<') != text.npos || text.find('>') != text.npos;
+    };
     if (!m_replacesBrackets && !hasBracket(info.utf8(*m_field, buffer)))
         return {};
     return refusalOfEdited(*m_field, replacedElements(elementsOf(info)));
