@@ -59,6 +59,13 @@ private:
     bool m_isNew = true;
 };
 
+/// Seldom more than a few.
+static QList<UndoManager *> &managersInGroups()
+{
+    static QList<UndoManager *> managers;
+    return managers;
+}
+
 UndoManager::UndoManager(QObject *parent) : QObject(parent)
 {
     connect(&m_stack, &QUndoStack::indexChanged, this, &UndoManager::changed);
@@ -67,6 +74,7 @@ UndoManager::UndoManager(QObject *parent) : QObject(parent)
 
 UndoManager::~UndoManager()
 {
+    managersInGroups().removeOne(this);
     // The stack tells of its own end; nobody may hear that from a half-destroyed manager.
     m_stack.disconnect(this);
 }
@@ -113,16 +121,25 @@ void UndoManager::beginUndoGrouping()
 {
     if (m_state != State::Recording)
         return;
-    if (m_level++ == 0)
+    if (m_level++ == 0) {
+        managersInGroups().append(this);
         closeGroup();
+    }
 }
 
 void UndoManager::endUndoGrouping()
 {
     if (m_state != State::Recording || m_level == 0)
         return;
-    if (--m_level == 0)
+    if (--m_level == 0) {
+        managersInGroups().removeOne(this);
         closeGroup();
+    }
+}
+
+QList<UndoManager *> UndoManager::withOpenGroups()
+{
+    return managersInGroups();
 }
 
 void UndoManager::abandonGroup()

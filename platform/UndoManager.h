@@ -50,6 +50,8 @@ public: // groups: everything between begin and the matching end is one step
     void abandonGroup();
     /// Open explicit groups.
     Q_INVOKABLE int groupingLevel() const { return m_level; }
+    /// All managers, of documents or not, that have an open explicit group.
+    static QList<UndoManager *> withOpenGroups();
 
 public: // places
     /// Where somebody was in the data (a selection), which is not part of them and yet comes back with a

@@ -233,6 +233,10 @@ ScriptRun::ScriptRun(const QString &undoName) : m_undoName(undoName)
     }
     DocumentController::shared().autosaveBeforeRun();
     openGroups();
+    for (UndoManager *manager : UndoManager::withOpenGroups()) {
+        if (!hasGroupOf(manager))
+            m_groups.emplace_back(manager, manager->groupingLevel());
+    }
     // Documents that the script opens get their step as well.
     connect(&DocumentController::shared(), &DocumentController::documentsChanged, this,
             &ScriptRun::openGroups);
@@ -261,16 +265,27 @@ ScriptRun::~ScriptRun()
         while (manager && manager->groupingLevel() > level)
             manager->endUndoGrouping();
     }
+    // And in documents that it keeps to itself.
+    for (UndoManager *manager : UndoManager::withOpenGroups()) {
+        while (!hasGroupOf(manager) && manager->groupingLevel() > 0)
+            manager->endUndoGrouping();
+    }
+}
+
+bool ScriptRun::hasGroupOf(const UndoManager *manager) const
+{
+    return std::any_of(m_groups.begin(), m_groups.end(),
+                       [manager](const auto &group) { return group.first == manager; });
 }
 
 void ScriptRun::openGroups()
 {
     for (Document *document : DocumentController::shared().documentList()) {
         UndoManager *manager = document->undoManager();
-        const auto isThis = [manager](const auto &group) { return group.first == manager; };
-        if (std::any_of(m_groups.begin(), m_groups.end(), isThis))
+        if (hasGroupOf(manager))
             continue;
-        m_groups.emplace_back(manager, manager->groupingLevel());
+        // What stands open in a document that the script brings is the script's.
+        m_groups.emplace_back(manager, isRunning() ? 0 : manager->groupingLevel());
         manager->beginUndoGrouping();
         manager->setActionName(m_undoName);
     }

@@ -105,6 +105,7 @@ public:
 
 private:
     void openGroups();
+    bool hasGroupOf(const UndoManager *manager) const;
 
     OperationScope::Pause m_pause; ///< an operation that runs scripts, like runMacroFile
     QString m_undoName;

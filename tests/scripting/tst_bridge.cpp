@@ -37,6 +37,7 @@ public:
         return code == 0 || fail(error, {u"Panel"_s, code, u"failed"_s, u"why"_s, {}});
     }
     Q_INVOKABLE void throwAnything() { throw std::runtime_error("thrown"); }
+    Q_INVOKABLE void throwNumber() { throw 42; }
     Q_INVOKABLE runebook::IndexSet twice(const runebook::IndexSet &indexes)
     {
         runebook::IndexSet doubled;
@@ -122,6 +123,7 @@ void BridgeTest::answers_data()
     row("p.failWith_(5)", "error");
     row("p.throwAnything()", "RuntimeError");
     row("p.throwAnything_(None)", "RuntimeError");
+    row("p.throwNumber()", "RuntimeError");
     row("p.twice_([3, 1, 1])", "[2, 6]");
     row("p.twice_(range(3))", "[0, 2, 4]");
     row("p.twice_({5})", "[10]");

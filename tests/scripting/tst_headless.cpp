@@ -245,10 +245,13 @@ void HeadlessTest::leavesOneUndoStep()
          u"import _runebook as r\nm = Doc.undoManager()\n"
          "r.sharedObject('scriptingHandler').runMacroString_('')\n"
          "m.beginUndoGrouping(); m.beginUndoGrouping(); Doc[0].name = 'x'\n"
-         "import atexit\natexit.register(lambda: print(m.groupingLevel(), m.canUndo(), m.undo(), Doc[0].name != 'x'))"_s,
+         "own = VXDocument.alloc().init(); n = own.undoManager() # nobody else knows of it\n"
+         "n.beginUndoGrouping(); n.beginUndoGrouping(); own.addInfo_(newInfo('x'))\n"
+         "import atexit\natexit.register(lambda: print(m.groupingLevel(), m.canUndo(), m.undo(), Doc[0].name != 'x',\n"
+         "    n.groupingLevel(), n.undo(), len(own)))"_s,
          m_file});
     QCOMPARE(ended.errors, QString());
-    QCOMPARE(ended.output, u"0 True None True\n"_s);
+    QCOMPARE(ended.output, u"0 True None True 0 None 0\n"_s);
 }
 
 /// From the standard input, with arguments, for a version, by a line of its own.
