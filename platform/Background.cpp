@@ -16,6 +16,13 @@ namespace {
 
 constexpr int kThreads = 2;
 
+void leaveSignalsToTheMainThread()
+{
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+}
+
 /// Not the framework's pool: the thread sanitizer cannot see how that one hands work over.
 class Workers
 {
@@ -44,12 +51,20 @@ public:
         m_isStopping = false;
     }
 
+    void waitForAll()
+    {
+        std::unique_lock lock(m_mutex);
+        m_idle.wait(lock, [this] { return m_waiting.empty() && m_busy == 0; });
+    }
+
 private:
     void start();
     void takeWork();
 
     std::mutex m_mutex;
     std::condition_variable m_wake;
+    std::condition_variable m_idle;
+    int m_busy = 0;
     std::deque<std::function<void()>> m_waiting;
     std::vector<std::thread> m_threads;
     bool m_isStopping = false;
@@ -71,10 +86,7 @@ void Workers::start()
 
 void Workers::takeWork()
 {
-    // Signals are for the main thread.
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    leaveSignalsToTheMainThread();
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_wake.wait(lock, [this] { return m_isStopping || !m_waiting.empty(); });
@@ -82,11 +94,61 @@ void Workers::takeWork()
             return;
         std::function<void()> work = std::move(m_waiting.front());
         m_waiting.pop_front();
+        ++m_busy;
         lock.unlock();
         work();
         work = {};
         lock.lock();
+        --m_busy;
+        m_idle.notify_all();
     }
+}
+
+/// The threads that have work of their own.
+class Apart
+{
+public:
+    void add(std::function<void()> work)
+    {
+        if (!std::exchange(m_isWaitedFor, true))
+            qAddPostRoutine([] { apart().end(); });
+        const std::lock_guard lock(m_mutex);
+        ++m_running;
+        std::thread([this, work = std::move(work)]() mutable {
+            leaveSignalsToTheMainThread();
+            work();
+            work = {};
+            const std::lock_guard ending(m_mutex);
+            --m_running;
+            m_idle.notify_all();
+        }).detach();
+    }
+
+    void waitForAll()
+    {
+        std::unique_lock lock(m_mutex);
+        m_idle.wait(lock, [this] { return m_running == 0; });
+    }
+
+    static Apart &apart();
+
+private:
+    void end()
+    {
+        m_isWaitedFor = false;
+        waitForAll();
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_idle;
+    int m_running = 0;
+    bool m_isWaitedFor = false;
+};
+
+Apart &Apart::apart()
+{
+    static Apart &shared = *new Apart;
+    return shared;
 }
 
 } // namespace
@@ -94,6 +156,17 @@ void Workers::takeWork()
 void runInBackground(std::function<void()> work)
 {
     workers().add(std::move(work));
+}
+
+void runApart(std::function<void()> work)
+{
+    Apart::apart().add(std::move(work));
+}
+
+void waitForBackground()
+{
+    workers().waitForAll();
+    Apart::apart().waitForAll();
 }
 
 } // namespace runebook

@@ -1,5 +1,6 @@
 #include "scripting/ExternalEditors.h"
 
+#include "platform/Background.h"
 #include "platform/DesktopApplication.h"
 #include "platform/FileBytes.h"
 
@@ -9,7 +10,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QThreadPool>
 #include <QUrl>
 #include <csignal>
 
@@ -253,10 +253,9 @@ Command commandFor(const QString &application, const QString &path, const QStrin
 void open(const QString &path, const QString &line, QObject *context, std::function<void()> instead)
 {
     const QString absolutePath = QFileInfo(path).absoluteFilePath();
-    // The desktop may take its time, and a window would stand still. The program ends after the pool's
-    // threads.
+    // The desktop may take its time, and a window would stand still.
     const QPointer<QObject> safe(context);
-    QThreadPool::globalInstance()->start([absolutePath, line, safe, instead = std::move(instead)] {
+    runApart([absolutePath, line, safe, instead = std::move(instead)] {
         const QString editor = defaultApplication();
         const Command command = commandFor(editor, absolutePath, line);
         if (!command.program.isEmpty()) {

@@ -1,6 +1,7 @@
 #include "app/preferences/PythonPane.h"
 
 #include "app/AboutBox.h"
+#include "platform/Background.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
 #include "scripting/PythonDiscovery.h"
@@ -16,7 +17,6 @@
 #include <QFileInfo>
 #include <QPointer>
 #include <QSignalBlocker>
-#include <QThread>
 #include <QUrl>
 
 namespace runebook {
@@ -122,7 +122,7 @@ void PythonPane::addInstallation(const QString &path)
     m_ui->status->setText(tr("Trying “%1”…").arg(library));
     // An interpreter that does not come up is waited for; the window is not.
     const QPointer<PythonPane> pane(this);
-    QThread *trial = QThread::create([pane, library] {
+    runApart([pane, library] {
         Error problem;
         if (PythonProbe::comesUp(library, pythonPrefix(library), &problem))
             problem = {};
@@ -134,8 +134,6 @@ void PythonPane::addInstallation(const QString &path)
             },
             Qt::QueuedConnection);
     });
-    connect(trial, &QThread::finished, trial, &QObject::deleteLater);
-    trial->start();
 }
 
 void PythonPane::take(const QString &path, const Error &problem)

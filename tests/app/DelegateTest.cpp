@@ -6,6 +6,7 @@
 #include "editing/GlyphTableView.h"
 #include "editing/VXWindowController.h"
 #include "platform/Appearance.h"
+#include "platform/Background.h"
 #include "platform/DocumentController.h"
 #include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
@@ -23,7 +24,6 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QThreadPool>
 #include <malloc.h>
 
 using namespace runebook;
@@ -535,7 +535,7 @@ void DelegateTest::leavesNothingBehind()
     const auto settle = [] {
         for (int i = 0; i < 2; ++i) {
             QTest::qWait(20);
-            QThreadPool::globalInstance()->waitForDone();
+            waitForBackground();
         }
     };
     const auto descriptors = [] { return QDir(u"/proc/self/fd"_s).entryList().size(); };

@@ -7,7 +7,8 @@
 #include <QLocalSocket>
 #include <QProcess>
 #include <QSignalSpy>
-#include <QThread>
+#include <atomic>
+#include <thread>
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -47,13 +48,16 @@ namespace {
 SingleInstance::Role claimElsewhere(const QString &socket, const QStringList &files, int limitMs = 3'000)
 {
     SingleInstance::Role role = SingleInstance::Role::First;
-    const std::unique_ptr<QThread> thread(QThread::create([&] {
+    std::atomic<bool> isDone = false;
+    std::thread thread([&] {
         SingleInstance second(socket);
         second.setTimeLimit(limitMs);
         role = second.claim(files);
-    }));
-    thread->start();
-    return QTest::qWaitFor([&] { return thread->isFinished(); }, 30'000) ? role : SingleInstance::Role::First;
+        isDone = true;
+    });
+    const bool hasEnded = QTest::qWaitFor([&isDone] { return isDone.load(); }, 30'000);
+    thread.join();
+    return hasEnded ? role : SingleInstance::Role::First;
 }
 
 QString program()

@@ -5,6 +5,7 @@
 #include "document/VXDocument.h"
 #include "platform/AutosaveFolder.h"
 #include "platform/Autosaver.h"
+#include "platform/Background.h"
 #include "platform/DocumentController.h"
 #include "platform/Originals.h"
 #include "platform/Recovery.h"
@@ -19,7 +20,6 @@
 #include <QJsonObject>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QThreadPool>
 #include <QUuid>
 #include <csignal>
 #include <fcntl.h>
@@ -512,7 +512,7 @@ void TestRecovery::printsInSlices()
     open->autosaver().start();
     const QString file = open->autosavedContentsURL();
     QVERIFY(open->saveDocument());
-    QThreadPool::globalInstance()->waitForDone();
+    waitForBackground();
     QVERIFY(!QFile::exists(file)); // what was still being written is not left behind
 }
 
