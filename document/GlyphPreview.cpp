@@ -65,10 +65,10 @@ private:
         const QString codePoint = info.unicode();
         if (codePoint.size() >= 2)
             return stringWithChar(hexStringToInt(codePoint));
-        const QString decompose = info.decompose();
+        const QStringList decompose = componentNames(info);
         if (!decompose.isEmpty()) {
             QString text;
-            for (const QString &name : decompose.split(kListSeparator)) {
+            for (const QString &name : decompose) {
                 if (const InfoPtr component = m_document.infoForName(name);
                     component && text.size() < kMaxLength)
                     text += m_open.contains(component.get()) ? QString() : preview(component);
@@ -86,20 +86,32 @@ private:
         return dot < 0 ? u""_s : base(m_document.infoForName(name.left(dot)));
     }
 
+    /// So much of a value as a preview can be made of; a cell asks for it whenever it is painted.
+    static QString beginning(const VXGlyphInfo &info, GlyphField field)
+    {
+        return info.stored(field).beginning(info.sourceData(), kMaxLength);
+    }
+
+    static QStringList componentNames(const VXGlyphInfo &info)
+    {
+        const QString text = beginning(info, GlyphField::Decompose);
+        return text.isEmpty() ? QStringList() : text.split(kListSeparator);
+    }
+
     InfoList producedBy(const VXGlyphInfo &info) const
     {
-        const QString production = info.production();
+        const QString production = beginning(info, GlyphField::Production);
         return production.size() < 2 ? InfoList()
                                      : m_document.baseInfosForUniName(production).value_or(InfoList());
     }
 
     InfoList componentsOf(const VXGlyphInfo &info) const
     {
-        const QString decompose = info.decompose();
+        const QStringList decompose = componentNames(info);
         if (decompose.isEmpty())
             return producedBy(info);
         InfoList components;
-        for (const QString &name : decompose.split(kListSeparator)) {
+        for (const QString &name : decompose) {
             if (const InfoPtr component = m_document.infoForName(name))
                 components.push_back(component);
         }

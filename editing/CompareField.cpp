@@ -1,6 +1,7 @@
 #include "editing/CompareField.h"
 
 #include "editing/SignalColors.h"
+#include "platform/ShownText.h"
 
 #include <QTextBlock>
 #include <algorithm>
@@ -10,8 +11,6 @@ namespace runebook {
 
 namespace {
 
-/// A text view lays out one long line slowly; nobody reads more than this in a field.
-constexpr qsizetype kMaxShown = 8'000;
 /// What is shown before the first mark of a text that is cut.
 constexpr qsizetype kLeadIn = 200;
 constexpr int kMaxLines = 6;
@@ -34,10 +33,10 @@ CompareField::CompareField(QWidget *parent) : QPlainTextEdit(parent)
 void CompareField::setValue(const QString &text, const std::vector<TextPart> &marks)
 {
     const qsizetype firstMark = marks.empty() ? 0 : marks.front().begin;
-    const bool isCut = text.size() > kMaxShown;
+    const bool isCut = text.size() > kMostInField;
     const qsizetype begin =
-        isCut ? std::clamp<qsizetype>(firstMark - kLeadIn, 0, text.size() - kMaxShown) : 0;
-    const qsizetype end = isCut ? begin + kMaxShown : text.size();
+        isCut ? std::clamp<qsizetype>(firstMark - kLeadIn, 0, text.size() - kMostInField) : 0;
+    const qsizetype end = isCut ? begin + kMostInField : text.size();
     const QString lead = begin > 0 ? QStringLiteral("…") : QString();
     const QString shown = isCut
         ? lead + text.mid(begin, end - begin) + (end < text.size() ? QStringLiteral("…") : QString())

@@ -7,11 +7,13 @@
 #include "editing/PendingTexts.h"
 #include "editing/PreviewLabel.h"
 #include "editing/SignalColors.h"
+#include "editing/TextBox.h"
 #include "editing/UnicodesTokenField.h"
 #include "editing/VXUnicodeFormatter.h"
 #include "editing/VXValidatingTextField.h"
 #include "editing/VXWindowController.h"
 #include "editing/VocabularyComboBox.h"
+#include "editing/WholeValueDialog.h"
 #include "platform/CallLater.h"
 #include "platform/PlainText.h"
 
@@ -20,8 +22,8 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QMimeData>
-#include <QPlainTextEdit>
+#include <QLocale>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -40,10 +42,10 @@ constexpr std::size_t kLookedAtOnce = 2000;
 constexpr int kLeastPreview = 84;
 constexpr int kMostPreview = 170;
 
-/// Between two fields there is room for a remark on the first.
+/// Between two fields there is room for a remark on the first and for the button that shows all of it.
 int gridRowOf(std::size_t row)
 {
-    return 2 * static_cast<int>(row);
+    return 3 * static_cast<int>(row);
 }
 
 QString mixedText()
@@ -51,28 +53,21 @@ QString mixedText()
     return QCoreApplication::translate("DetailPane", "Multiple values");
 }
 
-/// The framework's own way of pasting ends the program when nobody owns the clipboard.
-class TextBox final : public QPlainTextEdit
+bool isTyped(const QKeyEvent &key)
 {
-public:
-    using QPlainTextEdit::QPlainTextEdit;
+    const bool isCommand = key.modifiers() & (Qt::ControlModifier | Qt::MetaModifier | Qt::AltModifier);
+    return !isCommand && !key.text().isEmpty() && key.text().front().isPrint();
+}
 
-protected:
-    void insertFromMimeData(const QMimeData *source) override
-    {
-        const QString text = source ? source->text() : QString();
-        if (text.isEmpty())
-            return;
-        insertPlainText(text);
-        ensureCursorVisible();
-    }
-};
-
-/// The text of an editor whose lines are paragraphs: exactly what it was given, other line ends included.
-QString exactText(const QPlainTextEdit &edit)
+/// Whether a field takes typing; a list of words can be chosen from all the same.
+void setReadOnly(QWidget *editor, bool isReadOnly)
 {
-    QString text = edit.document()->toRawText();
-    return text.replace(QChar::ParagraphSeparator, u'\n');
+    if (auto *line = qobject_cast<QLineEdit *>(editor))
+        line->setReadOnly(isReadOnly);
+    else if (auto *choice = qobject_cast<QComboBox *>(editor))
+        choice->lineEdit()->setReadOnly(isReadOnly);
+    else if (auto *box = qobject_cast<TextBox *>(editor))
+        box->setReadOnly(isReadOnly);
 }
 
 } // namespace
@@ -165,7 +160,7 @@ DetailPane::Row &DetailPane::addRow(QGridLayout &layout, GlyphField field, const
     const int row = gridRowOf(m_rows.size());
     layout.addWidget(caption, row, 0, field == GlyphField::Desc ? Qt::AlignTop : Qt::Alignment());
     layout.addWidget(editor, row, 1);
-    m_rows.push_back({field, caption, editor, {}, {}, {}});
+    m_rows.push_back({field, caption, editor});
     return m_rows.back();
 }
 
@@ -266,9 +261,15 @@ void DetailPane::addTextBox(QGridLayout &layout, GlyphField field, const QString
     auto *box = new TextBox(m_form);
     box->setTabChangesFocus(true);
     connect(box, &QPlainTextEdit::textChanged, this, &DetailPane::noteTyping);
+    box->setLongPaste([this, box, field](const QString &text, qsizetype caret) {
+        if (box->isReadOnly() || m_shown.empty())
+            return false;
+        editWhole(field)->setText(text, caret);
+        return true;
+    });
     box->setMinimumHeight(56);
     Row &row = addRow(layout, field, captionName, box);
-    row.text = [box] { return exactText(*box); };
+    row.text = [box] { return box->exactText(); };
     row.show = [box](const CommonValue &value) {
         box->setPlaceholderText(value.isMixed ? mixedText() : QString());
         box->setPlainText(value.text);
@@ -327,11 +328,44 @@ void DetailPane::showRow(Row &row)
 void DetailPane::showValue(Row &row, const CommonValue &value)
 {
     m_isShowing = true;
-    row.show(value);
+    row.isCut = value.text.size() < value.length;
+    row.show(row.isCut ? CommonValue {value.text + u'…', value.length, false} : value);
     row.loaded = row.text();
+    setReadOnly(row.editor, row.isCut);
+    offerWhole(row, value.length);
     // One name for several records cannot be.
     row.editor->setEnabled(row.field != GlyphField::Name || m_shown.size() == 1);
     m_isShowing = false;
+}
+
+/// Of a value that is too long for its field the beginning is shown; editing that alone would lose the rest.
+void DetailPane::offerWhole(Row &row, qsizetype length)
+{
+    if (!row.isCut) {
+        if (row.whole)
+            row.whole->hide();
+        return;
+    }
+    if (!row.whole) {
+        row.whole = new QPushButton(m_form);
+        row.whole->setObjectName(row.editor->objectName() + u"Whole"_s);
+        row.whole->setAutoDefault(false);
+        static_cast<QGridLayout *>(m_form->layout())
+            ->addWidget(row.whole, 3 * static_cast<int>(&row - m_rows.data()) + 2, 1, Qt::AlignLeft);
+        setTabOrder(row.editor, row.whole);
+        connect(row.whole, &QPushButton::clicked, this, [this, field = row.field] { editWhole(field); });
+    }
+    row.whole->setText(tr("Show All %1 Characters…").arg(QLocale().toString(static_cast<qlonglong>(length))));
+    row.whole->setAccessibleName(tr("%1: %2").arg(fieldTitle(row.field), row.whole->text()));
+    row.whole->show();
+}
+
+WholeValueDialog *DetailPane::editWhole(GlyphField field)
+{
+    auto *sheet = new WholeValueDialog(document(), m_shown, field, &m_window);
+    connect(sheet, &WholeValueDialog::remarked, &m_window, &VXWindowController::showRemark);
+    sheet->open();
+    return sheet;
 }
 
 void DetailPane::compareRest()
@@ -348,7 +382,7 @@ void DetailPane::compareRest()
                     continue;
                 row.compared = end = m_shown.size();
                 if (row.text() == row.loaded)
-                    showValue(row, {{}, true});
+                    showValue(row, {{}, 0, true});
             }
         }
     }
@@ -518,10 +552,10 @@ bool DetailPane::textFieldHasValidContent(QObject *object)
         return true;
     // Several records have no one name to object to.
     const bool isAsked = !m_shown.empty() && field->isEnabled();
-    const Error reason = isAsked ? objectionToText(document(), m_shown, row->field, field->text()) : Error();
+    const Error reason = isAsked && !row->isCut ? objectionToText(document(), m_shown, row->field, field->text()) : Error();
     const QString hint = reason.description.section(u'\n', 0, 0);
     field->setErrorHint(hint);
-    const bool isSomebodys = !repeatingName(document(), field->text().split(kListSeparator)).isNull();
+    const bool isSomebodys = !row->isCut && !repeatingName(document(), field->text().split(kListSeparator)).isNull();
     field->extraButton()->setVisible(!hint.isEmpty() && isSomebodys);
     return hint.isEmpty();
 }
@@ -541,6 +575,10 @@ bool DetailPane::eventFilter(QObject *object, QEvent *event)
             return true;
         }
         const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+        if (row && row->isCut && (isReturn || isTyped(*key))) {
+            editWhole(row->field);
+            return true;
+        }
         if (row && isReturn && qobject_cast<QLineEdit *>(object)) {
             commitRow(*row, Stay::HoldsFocus);
             return true;

@@ -9,12 +9,14 @@
 
 class QGridLayout;
 class QLabel;
+class QPushButton;
 class QScrollArea;
 class VXWindowController;
 
 namespace runebook {
 
 class PreviewLabel;
+class WholeValueDialog;
 
 /// The fields of the selected records beside the table, with the preview on top. Several records show what
 /// they have in common, and an edit goes to all of them. What was typed is committed when the field is left,
@@ -36,6 +38,9 @@ public:
     bool hasPendingText(const QObject *editor) const;
     /// Shows in \a editor what the records hold.
     void revert(const QObject *editor);
+    /// Opens the sheet for the whole of a value that is too long for its field; typing and Return in the field
+    /// do that too. There must be a selection.
+    WholeValueDialog *editWhole(GlyphField field);
     /// Puts the cursor into the name, all of it selected.
     void editName();
     /// Whether the content of a field may stay; sets its error hint and shows or hides its extra button.
@@ -59,9 +64,11 @@ private:
         GlyphField field;
         QLabel *caption = nullptr;
         QWidget *editor = nullptr;
-        std::function<QString()> text;
-        std::function<void(const CommonValue &)> show;
-        QString loaded; ///< what the editor held after show()
+        std::function<QString()> text = {};
+        std::function<void(const CommonValue &)> show = {};
+        QString loaded = {}; ///< what the editor held after show()
+        bool isCut = false; ///< the beginning of a long value is shown, and cannot be edited
+        QPushButton *whole = nullptr; ///< shows the rest; made when it is needed
         std::size_t compared = 0; ///< so many of the shown records are known to look alike, or not to
     };
 
@@ -74,6 +81,7 @@ private:
     void addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName);
     void showRow(Row &row);
     void showValue(Row &row, const CommonValue &value);
+    void offerWhole(Row &row, qsizetype length);
     void compareRest();
     enum class Stay { Leaving, HoldsFocus };
     bool commitRow(Row &row, Stay stay, Error *refusal = nullptr);

@@ -1,6 +1,7 @@
 #include "editing/ErrorBubble.h"
 
 #include "editing/SignalColors.h"
+#include "platform/ShownText.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
@@ -40,7 +41,7 @@ void ErrorBubble::say(QWidget *control, const Error &error, const QRect &area, T
     }
     for (ErrorBubble *earlier : control->window()->findChildren<ErrorBubble *>())
         delete earlier;
-    auto *bubble = new ErrorBubble(control, error.text(), tone);
+    auto *bubble = new ErrorBubble(control, shownText(error.text(), kMostInMessage), tone);
     bubble->placeAt(*control, area.isNull() ? control->rect() : area);
     bubble->QLabel::show();
     bubble->raise();

@@ -3,6 +3,7 @@
 #include "editing/CodePointTokens.h"
 #include "editing/EditNames.h"
 #include "editing/GlyphColumns.h"
+#include "editing/LongValues.h"
 #include "model/EditedValue.h"
 
 #include <QCoreApplication>
@@ -158,7 +159,10 @@ CommonValue commonValue(std::span<const InfoPtr> infos, GlyphField field)
     const VXGlyphInfo &first = *infos.front();
     const bool isCommon = std::all_of(infos.begin(), infos.end(),
                                       [&](const InfoPtr &info) { return lookAlike(first, *info, field); });
-    return isCommon ? CommonValue {first.displayText(field), false} : CommonValue {{}, true};
+    if (!isCommon)
+        return {{}, 0, true};
+    const ShownValue value = shownValue(first, field);
+    return {value.text, value.length, false};
 }
 
 } // namespace runebook

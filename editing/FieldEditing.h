@@ -22,7 +22,8 @@ QStringList vocabularyOf(GlyphField field);
 
 /// What the user sees of one field of several records.
 struct CommonValue {
-    QString text; ///< the common text; empty when they differ
+    QString text; ///< the common text, the beginning of a long one; empty when they differ
+    qsizetype length = 0; ///< of the whole of it
     bool isMixed = false;
 };
 CommonValue commonValue(std::span<const InfoPtr> infos, GlyphField field);

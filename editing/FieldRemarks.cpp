@@ -45,6 +45,8 @@ std::optional<FieldRemark> remarkOnValue(VXDocument &document, const InfoList &i
         return {};
     // They were all given the same.
     const VXGlyphInfo &info = *infos.front();
+    if (RoundTrip::isVeryLong(info))
+        return {};
     const int version = document.fileVersion();
     for (const RoundTrip::Loss &loss : RoundTrip(version, RoundTrip::Of::Everything).losses(info)) {
         if (loss.field != field)

@@ -3,10 +3,12 @@
 #include "editing/ErrorBubble.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
+#include "editing/LongValues.h"
 #include "editing/PendingTexts.h"
 #include "editing/RSRTVArrayController.h"
 #include "editing/UnicodesTokenField.h"
 #include "editing/VXUnicodeFormatter.h"
+#include "editing/WholeValueDialog.h"
 #include "platform/CallLater.h"
 #include "platform/PlainText.h"
 
@@ -139,9 +141,27 @@ bool GlyphCellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
     return isShown;
 }
 
+bool GlyphCellDelegate::editElsewhere(const QModelIndex &index) const
+{
+    const GlyphField field = fieldOfColumn(index.column());
+    const InfoPtr info = m_controller.arrangedObjectAtIndex(index.row());
+    QTableView *table = m_controller.oTableView();
+    if (!info || !table || !isLongValue(*info, field))
+        return false;
+    // Not in the middle of the key or click that asked for it.
+    callLater(table, [table, field, info, &controller = m_controller] {
+        auto *sheet = new WholeValueDialog(controller.document(), {info}, field, table->window());
+        connect(sheet, &WholeValueDialog::remarked, &controller, &RSRTVArrayController::remarked);
+        sheet->open();
+    });
+    return true;
+}
+
 QWidget *GlyphCellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,
                                          const QModelIndex &index) const
 {
+    if (editElsewhere(index))
+        return nullptr;
     const GlyphField field = fieldOfColumn(index.column());
     auto *editor = field == GlyphField::Unicodes ? new UnicodesTokenField(parent) : new QLineEdit(parent);
     m_editor = editor;

@@ -30,6 +30,9 @@ public:
     /// when the text is refused; the editor stays open then.
     bool commitEditor(Error *refusal = nullptr);
 
+    /// Opens the sheet for a value that is too long for a cell; false when it is not.
+    bool editElsewhere(const QModelIndex &index) const;
+
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
                const QModelIndex &index) const override;
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,

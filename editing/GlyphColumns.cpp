@@ -1,6 +1,8 @@
 #include "editing/GlyphColumns.h"
 
 #include "document/VXDocument.h"
+#include "editing/LongValues.h"
+#include "platform/ShownText.h"
 
 namespace runebook {
 
@@ -31,6 +33,12 @@ constexpr GlyphColumn kColumns[] {
     {GlyphField::UnicodeLegacy, 90, false},
     {GlyphField::Desc, 260, true},
 };
+
+/// Of a glyph made of made-up glyphs the explanation of the parts comes along; a cell has no room for it.
+QString pictureText(const VXDocument &document, const InfoPtr &info)
+{
+    return document.baseStringForInfo(info).section(" = "_L1, 0, 0);
+}
 
 } // namespace
 
@@ -66,21 +74,28 @@ bool isEditableColumn(int column)
 QString cellText(const VXDocument &document, const InfoPtr &info, int column)
 {
     const GlyphField field = kColumns[column].field;
-    if (field != kPicture)
-        return info->displayText(field);
-    // Of a glyph made of made-up glyphs the explanation of the parts comes along; a cell has no room for it.
-    return document.baseStringForInfo(info).section(" = "_L1, 0, 0);
+    return field == kPicture ? pictureText(document, info) : info->displayText(field);
 }
 
 QString cellDisplayText(const QString &text)
 {
-    constexpr qsizetype kLongest = 512;
-    QString shown = text.left(kLongest);
+    QString shown = beginningOf(text, kMostInCell).toString();
     for (QChar &character : shown) {
         if (character < u' ' || character == QChar::LineSeparator || character == QChar::ParagraphSeparator)
             character = u' ';
     }
     return shown;
+}
+
+QString cellDisplayText(const VXGlyphInfo &info, GlyphField field)
+{
+    return cellDisplayText(shownInCell(info, field));
+}
+
+QString cellDisplayText(const VXDocument &document, const InfoPtr &info, int column)
+{
+    const GlyphField field = kColumns[column].field;
+    return field == kPicture ? cellDisplayText(pictureText(document, info)) : cellDisplayText(*info, field);
 }
 
 } // namespace runebook

@@ -28,6 +28,9 @@ bool isEditableColumn(int column);
 QString cellText(const VXDocument &document, const InfoPtr &info, int column);
 /// Cut to a length that a cell can show, on one line.
 QString cellDisplayText(const QString &text);
+/// The same of a field or a cell; the work does not grow with the value.
+QString cellDisplayText(const VXGlyphInfo &info, GlyphField field);
+QString cellDisplayText(const VXDocument &document, const InfoPtr &info, int column);
 
 /// The title of a field by itself, for captions, menus and undo steps; translated.
 QString fieldTitle(GlyphField field);

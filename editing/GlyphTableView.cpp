@@ -376,7 +376,7 @@ void GlyphTableView::editCurrentRow()
         cell = cell.siblingAtColumn(columnOfField(GlyphField::Name));
         setCurrentIndex(cell);
     }
-    if (cell.flags() & Qt::ItemIsEditable)
+    if ((cell.flags() & Qt::ItemIsEditable) && !m_cellDelegate->editElsewhere(cell))
         edit(cell);
 }
 
@@ -469,7 +469,7 @@ void GlyphTableView::startDrag(Qt::DropActions supportedActions)
     auto *drag = new QDrag(this);
     drag->setMimeData(dragged);
     const qsizetype count = m_controller.selectedCount();
-    const QString text = count == 1 ? cellDisplayText(m_controller.selectedObjects().front()->name())
+    const QString text = count == 1 ? cellDisplayText(*m_controller.selectedObjects().front(), GlyphField::Name)
                                     : tr("%1 glyphs").arg(locale().toString(static_cast<qlonglong>(count)));
     const QSize size = fontMetrics().size(Qt::TextSingleLine, text) + QSize(16, 8);
     QPixmap picture(size * devicePixelRatioF());

@@ -1,5 +1,7 @@
 #include "editing/PreviewPicture.h"
 
+#include "platform/ShownText.h"
+
 #include <QFontMetricsF>
 #include <QGlyphRun>
 #include <QPainter>
@@ -75,15 +77,17 @@ PreviewPicture::PreviewPicture(const FormattedText &text)
     if (text.text.isEmpty())
         return;
     const QFont font = text.formats.isEmpty() ? QFont() : text.formats.front().format.font();
+    const QString shown = shownText(text.text, kMostInPreview);
     QList<QTextLayout::FormatRange> signs = text.formats.mid(1);
+    signs.removeIf([&shown](const auto &sign) { return sign.start + sign.length > shown.size(); });
     std::sort(signs.begin(), signs.end(), [](const auto &a, const auto &b) { return a.start < b.start; });
     qsizetype done = 0;
     for (const QTextLayout::FormatRange &sign : signs) {
-        addLetters(text.text.mid(done, sign.start - done), font);
-        addSign(text.text.mid(sign.start, sign.length).trimmed(), sign.format);
+        addLetters(shown.mid(done, sign.start - done), font);
+        addSign(shown.mid(sign.start, sign.length).trimmed(), sign.format);
         done = sign.start + sign.length;
     }
-    addLetters(text.text.mid(done), font);
+    addLetters(shown.mid(done), font);
     const QFontMetricsF metrics(font);
     m_bounds = m_bounds.united(QRectF(0, -metrics.ascent(), m_x, metrics.ascent() + metrics.descent()));
 }

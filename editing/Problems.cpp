@@ -257,7 +257,7 @@ void Problems::check(std::span<const qsizetype> places)
     infos.reserve(places.size());
     for (const qsizetype place : places)
         infos.push_back(m_document.infos()[static_cast<std::size_t>(place)].get());
-    m_roundTrip.check(infos, m_outcomes);
+    checkRoundTrip(infos);
     for (std::size_t i = 0; i < places.size(); ++i) {
         const auto place = static_cast<std::size_t>(places[i]);
         Flags flags = flagsOf(*infos[i]);
@@ -269,6 +269,27 @@ void Problems::check(std::span<const qsizetype> places)
         dropKeys(place);
         setKeys(place, *infos[i]);
     }
+}
+
+/// What a file would not keep of each record, into m_outcomes. Of one with a very long value that turns out when
+/// it is saved: the window would stand still while it is printed and read.
+void Problems::checkRoundTrip(std::span<VXGlyphInfo *const> infos)
+{
+    const auto isLong = [this](const VXGlyphInfo *info) {
+        return info->unchangedLine(m_fileVersion).empty() && RoundTrip::isVeryLong(*info);
+    };
+    if (std::none_of(infos.begin(), infos.end(), isLong)) {
+        m_roundTrip.check(infos, m_outcomes);
+        return;
+    }
+    std::vector<RoundTrip::Outcome> outcomes(infos.size(), RoundTrip::Outcome::Same);
+    for (std::size_t i = 0; i < infos.size(); ++i) {
+        if (isLong(infos[i]))
+            continue;
+        m_roundTrip.check(infos.subspan(i, 1), m_outcomes);
+        outcomes[i] = m_outcomes.front();
+    }
+    m_outcomes = std::move(outcomes);
 }
 
 Problems::Flags Problems::flagsOf(const VXGlyphInfo &info) const

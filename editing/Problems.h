@@ -86,6 +86,7 @@ private:
     // Looking at records.
     void checkBatch();
     void check(std::span<const qsizetype> places);
+    void checkRoundTrip(std::span<VXGlyphInfo *const> infos);
     Flags flagsOf(const VXGlyphInfo &info) const;
     void setKeys(std::size_t place, const VXGlyphInfo &info);
     void dropKeys(std::size_t place);

@@ -2,6 +2,7 @@
 
 #include "editing/GlyphColumns.h"
 #include "platform/PlainText.h"
+#include "platform/ShownText.h"
 
 namespace runebook {
 
@@ -92,10 +93,10 @@ QVariant ProblemsModel::data(const QModelIndex &index, int role) const
     QString text;
     switch (index.column()) {
     case NameColumn:
-        text = problem.info ? cellDisplayText(problem.info->name()) : tr("(file)");
+        text = problem.info ? cellDisplayText(*problem.info, GlyphField::Name) : tr("(file)");
         break;
     case UnicodeColumn:
-        text = problem.info ? cellDisplayText(problem.info->displayText(GlyphField::Unicodes)) : QString();
+        text = problem.info ? cellDisplayText(*problem.info, GlyphField::Unicodes) : QString();
         break;
     default:
         text = m_problems.explanation(problem);
@@ -104,6 +105,7 @@ QVariant ProblemsModel::data(const QModelIndex &index, int role) const
             text = tr("%1: %2").arg(titleOfProblemKind(problem.kind), text);
         break;
     }
+    text = shownText(text, kMostInMessage);
     return role == Qt::ToolTipRole ? escapedToolTip(text) : text;
 }
 

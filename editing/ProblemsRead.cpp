@@ -5,6 +5,7 @@
 #include "editing/Problems.h"
 #include "model/CodePointRules.h"
 #include "model/NameRules.h"
+#include "platform/ShownText.h"
 
 #include <QLocale>
 #include <functional>
@@ -48,7 +49,22 @@ QString quoted(const QString &text)
 {
     constexpr qsizetype kLongest = 80;
     const QString line = cellDisplayText(text);
-    return u"“"_s + (line.size() > kLongest ? line.left(kLongest) + u'…' : line) + u'”';
+    return u"“"_s + shownText(line, kLongest) + u'”';
+}
+
+/// One entry of a list that is kept in one text; the others become no texts of their own.
+QString entryOf(const VXGlyphInfo &info, GlyphField field, int index)
+{
+    std::string buffer;
+    std::string_view rest = info.utf8(field, buffer);
+    const std::string_view separator(kListSeparator.data(), static_cast<std::size_t>(kListSeparator.size()));
+    for (; index > 0; --index) {
+        const std::size_t end = rest.find(separator);
+        if (end == rest.npos)
+            return {};
+        rest.remove_prefix(end + separator.size());
+    }
+    return FieldValue::textOfUtf8(rest.substr(0, rest.find(separator)));
 }
 
 } // namespace
@@ -137,7 +153,7 @@ QString Problems::explanation(const Problem &problem) const
         return tr("%1 records have this name.").arg(numberText(m_names.count(key)));
     }
     case ProblemKind::RepeatingAltName: {
-        const QString name = info.displayText(GlyphField::AltNames).split(kListSeparator).value(problem.part);
+        const QString name = entryOf(info, GlyphField::AltNames, problem.part);
         return cellDisplayText(
             objectionToText(m_document, {problem.info}, GlyphField::AltNames, name).description);
     }
@@ -155,7 +171,7 @@ QString Problems::explanation(const Problem &problem) const
         return tr("The name has %1 characters.").arg(numberText(info.name().toUcs4().size()));
     case ProblemKind::MissingComponent:
         return tr("No record is called %1.")
-            .arg(quoted(info.decompose().split(kListSeparator).value(problem.part)));
+            .arg(quoted(entryOf(info, GlyphField::Decompose, problem.part)));
     case ProblemKind::SelfReference:
         return tr("%1 holds the record’s own name.").arg(fieldTitle(GlyphField::Decompose));
     case ProblemKind::UnknownCategory:
@@ -171,8 +187,13 @@ QString Problems::explanation(const Problem &problem) const
 
 QString Problems::codePointExplanation(const VXGlyphInfo &info) const
 {
+    constexpr qsizetype kMost = 8;
     QStringList sentences;
     for (const QString &text : info.unicodes()) {
+        if (sentences.size() == kMost) {
+            sentences << u"…"_s;
+            break;
+        }
         switch (objectionToCodePoint(text.toStdString())) {
         case CodePointObjection::None:
             break;

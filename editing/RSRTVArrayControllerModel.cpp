@@ -31,14 +31,14 @@ QVariant RSRTVArrayController::data(const QModelIndex &index, int role) const
         return {};
     switch (role) {
     case Qt::DisplayRole:
-        return cellDisplayText(cellText(m_document, info, index.column()));
+        return cellDisplayText(m_document, info, index.column());
     case Qt::EditRole:
         return cellText(m_document, info, index.column());
     case Qt::TextAlignmentRole:
         return isEditableColumn(index.column()) ? QVariant() : QVariant(Qt::AlignCenter);
     case Qt::AccessibleTextRole:
         return columnTitle(index.column()) + u": "_s
-            + cellDisplayText(cellText(m_document, info, index.column()));
+            + cellDisplayText(m_document, info, index.column());
     default:
         return {};
     }

@@ -10,6 +10,9 @@ namespace {
 /// with those of the other fields.
 constexpr std::size_t kMaxCells = 40'000;
 
+/// Texts longer than this together are not taken apart into words.
+constexpr qsizetype kMostWithWords = 100'000;
+
 using Words = std::vector<TextPart>;
 
 bool joinsWord(QChar c)
@@ -116,6 +119,12 @@ TextPart span(const Words &words)
 
 TextDifference differenceOfTexts(QStringView left, QStringView right)
 {
+    TextDifference difference;
+    // Of what is shown of very long texts the place of the first difference is enough.
+    if (left.size() + right.size() > kMostWithWords) {
+        compareCharacters(left, {0, left.size()}, right, {0, right.size()}, difference);
+        return difference;
+    }
     Words a = wordsOf(left);
     Words b = wordsOf(right);
     const auto isSame = [&](const TextPart &x, const TextPart &y) {
@@ -128,7 +137,6 @@ TextDifference differenceOfTexts(QStringView left, QStringView right)
     a.erase(ends.first.base(), a.end());
     b.erase(ends.second.base(), b.end());
 
-    TextDifference difference;
     if (a.size() == 1 && b.size() == 1) {
         compareCharacters(left, a.front(), right, b.front(), difference);
     } else if (a.size() * b.size() <= kMaxCells) {

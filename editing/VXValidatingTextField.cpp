@@ -2,6 +2,7 @@
 
 #include "editing/DelegateOperation.h"
 #include "editing/SignalColors.h"
+#include "platform/ShownText.h"
 
 #include <QAccessible>
 #include <QCompleter>
@@ -76,12 +77,12 @@ QColor VXValidatingTextField::backgroundColor() const
 
 void VXValidatingTextField::setErrorHint(const QString &hint)
 {
-    if (hint == m_errorHint)
+    if (shownText(hint, kMostInCell) == m_errorHint)
         return;
-    m_errorHint = hint;
+    m_errorHint = shownText(hint, kMostInCell);
     // The badge may be cut off, and not everybody sees it. No markup: the hint quotes what was typed.
-    setToolTip(hint.isEmpty() ? QString() : "<span>"_L1 + hint.toHtmlEscaped() + "</span>"_L1);
-    setAccessibleDescription(hint);
+    setToolTip(hint.isEmpty() ? QString() : "<span>"_L1 + m_errorHint.toHtmlEscaped() + "</span>"_L1);
+    setAccessibleDescription(m_errorHint);
     QAccessibleEvent changed(this, QAccessible::DescriptionChanged);
     QAccessible::updateAccessibility(&changed);
     makeRoom();

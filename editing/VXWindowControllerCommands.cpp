@@ -137,7 +137,7 @@ QString VXWindowController::removalText() const
     const auto number = [this](qsizetype count) { return locale().toString(static_cast<qlonglong>(count)); };
     QStringList names;
     for (qsizetype i = 0; i < qMin(std::ssize(selected), kNamed); ++i) {
-        const QString name = cellDisplayText(selected[static_cast<std::size_t>(i)]->name());
+        const QString name = cellDisplayText(*selected[static_cast<std::size_t>(i)], GlyphField::Name);
         names << (name.isEmpty() ? tr("(no name)") : name.left(60));
     }
     QString list = names.join(u", "_s);

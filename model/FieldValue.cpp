@@ -1,12 +1,41 @@
 #include "model/FieldValue.h"
 
+#include "platform/ShownText.h"
+
+#include <algorithm>
 #include <cstring>
 #include <new>
+#include <numeric>
 #include <utility>
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// How many bytes at the end belong to a character that goes on behind it.
+std::size_t openBytes(std::string_view utf8)
+{
+    std::size_t back = 1;
+    while (back < 4 && back < utf8.size() && (utf8[utf8.size() - back] & 0xC0) == 0x80)
+        ++back;
+    if (utf8.empty() || back > utf8.size())
+        return 0;
+    const auto lead = static_cast<unsigned char>(utf8[utf8.size() - back]);
+    const std::size_t whole = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+    return back < whole ? back : 0;
+}
+
+std::size_t utf16LengthOf(std::string_view utf8)
+{
+    std::size_t length = 0;
+    for (const char byte : utf8)
+        length += ((byte & 0xC0) != 0x80) + ((byte & 0xF8) == 0xF0);
+    return length;
+}
+
+} // namespace
 
 /// The head of a text; its characters lie right behind it. A QString would take two allocations and twice the
 /// memory, which counts when one field of a million records is edited.
@@ -27,7 +56,7 @@ struct FieldValue::OwnText {
         text->~OwnText();
         ::operator delete(text);
     }
-    QString toString() const { return QString(reinterpret_cast<const QChar *>(this + 1), size); }
+    QStringView view() const { return {reinterpret_cast<const QChar *>(this + 1), size}; }
 };
 
 void FieldValue::share() const
@@ -106,8 +135,49 @@ QString FieldValue::toString(const char *source) const
     case ListTag:
         return node<OwnList>()->value.join(kListSeparator);
     default:
-        return node<OwnText>()->toString();
+        return node<OwnText>()->view().toString();
     }
+}
+
+QString FieldValue::beginning(const char *source, qsizetype most) const
+{
+    if (m_bits == 0)
+        return {};
+    if (tag() == PieceTag) {
+        // No character takes more bytes than three for each of its units.
+        const std::string_view all = pieceLength() ? bytes(source) : std::string_view();
+        const std::string_view kept = all.substr(0, static_cast<std::size_t>(most) * 3);
+        return beginningOf(textOfUtf8(kept.substr(0, kept.size() - openBytes(kept))), most).toString();
+    }
+    if (tag() == TextTag)
+        return beginningOf(node<OwnText>()->view(), most).toString();
+    if (tag() == NumberTag)
+        return toString(source);
+    QString text = u""_s;
+    const QStringList &list = node<OwnList>()->value;
+    for (qsizetype i = 0; i < list.size() && text.size() <= most; ++i) {
+        if (i > 0)
+            text += kListSeparator;
+        text += list.at(i).size() > most ? beginningOf(list.at(i), most + 1) : QStringView(list.at(i));
+        if (list.at(i).size() > most)
+            break; // it was cut, maybe to one unit less
+    }
+    return beginningOf(text, most).toString();
+}
+
+qsizetype FieldValue::length(const char *source) const
+{
+    if (m_bits == 0)
+        return 0;
+    if (tag() == TextTag)
+        return node<OwnText>()->size;
+    if (tag() == PieceTag)
+        return pieceLength() ? static_cast<qsizetype>(utf16LengthOf(bytes(source))) : 0;
+    if (tag() == NumberTag)
+        return toString(source).size();
+    const QStringList &list = node<OwnList>()->value;
+    const auto add = [](qsizetype sum, const QString &entry) { return sum + entry.size() + kListSeparator.size(); };
+    return std::max<qsizetype>(0, std::accumulate(list.begin(), list.end(), -kListSeparator.size(), add));
 }
 
 QStringList FieldValue::toList(const char *source) const
@@ -134,6 +204,9 @@ bool FieldValue::equal(const FieldValue &a, const char *sourceA, const FieldValu
 {
     if (a.isAbsent() || b.isAbsent())
         return a.isAbsent() && b.isAbsent();
+    // The same node, number, or place: of a long value that is the usual case, and its text is not made.
+    if (a.m_bits == b.m_bits && (!a.isPiece() || sourceA == sourceB))
+        return true;
     if (a.isPiece() && b.isPiece()) {
         return a.pieceLength() == b.pieceLength()
             && (a.pieceLength() == 0 || a.bytes(sourceA) == b.bytes(sourceB));

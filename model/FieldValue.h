@@ -77,6 +77,10 @@ public: // asking
     bool isEmpty() const;
     /// Null when absent; lists joined with ", ".
     QString toString(const char *source) const;
+    /// The beginning of that, \a most UTF-16 units or a few less; takes no longer where there is more.
+    QString beginning(const char *source, qsizetype most) const;
+    /// The length of toString() in UTF-16 units, without making it.
+    qsizetype length(const char *source) const;
     /// The entries; a piece or text is split at every ", "; empty when absent.
     QStringList toList(const char *source) const;
     qint32 toNumber() const { return static_cast<qint32>(static_cast<quint32>(m_bits >> 32)); }

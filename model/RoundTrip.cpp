@@ -82,6 +82,16 @@ bool RoundTrip::takesOthers(const VXGlyphInfo &info, GlyphField field)
         || (!info.stored(field).isPiece() && text.find("-->") != text.npos);
 }
 
+bool RoundTrip::isVeryLong(const VXGlyphInfo &info)
+{
+    constexpr qsizetype kLong = 1'000'000;
+    return std::any_of(std::begin(kWritten), std::end(kWritten), [&info](F field) {
+        const FieldValue &value = info.stored(field);
+        return value.isPiece() ? static_cast<qsizetype>(value.pieceLength()) > kLong
+                               : value.length(info.sourceData()) > kLong;
+    });
+}
+
 std::span<const GlyphField> RoundTrip::writtenFields()
 {
     return kWritten;

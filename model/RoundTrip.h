@@ -43,6 +43,9 @@ public:
     /// Whether a value of \a field may not be written, since other records would go with it. A "-->" that stands
     /// in the bytes that were read has proved harmless.
     static bool takesOthers(const VXGlyphInfo &info, GlyphField field);
+    /// Whether a value is so long that looking at the record takes longer than a key may wait: such records are
+    /// looked at when they are saved.
+    static bool isVeryLong(const VXGlyphInfo &info);
     /// The fields whose values are texts or lists and stand in files.
     static std::span<const GlyphField> writtenFields();
 

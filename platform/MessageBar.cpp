@@ -1,6 +1,7 @@
 #include "platform/MessageBar.h"
 
 #include "platform/PlainText.h"
+#include "platform/ShownText.h"
 
 #include <QHBoxLayout>
 #include <QIcon>
@@ -48,8 +49,9 @@ MessageBar::MessageBar(QWidget *parent)
 void MessageBar::showMessage(const QString &text, Stay stay)
 {
     removeButtons();
-    m_label->setText(text);
-    m_label->setAccessibleName(text);
+    const QString shown = shownText(text, kMostInMessage);
+    m_label->setText(shown);
+    m_label->setAccessibleName(shown);
     m_timer->stop();
     if (stay == Stay::ShortTime)
         m_timer->start(kShortTimeMs);

@@ -1,5 +1,7 @@
 #include "platform/PlainText.h"
 
+#include "platform/ShownText.h"
+
 #include <QLabel>
 #include <QMessageBox>
 
@@ -18,14 +20,14 @@ QLabel *plainLabel(const QString &text, QWidget *parent)
 void setPlainTexts(QMessageBox &box, const QString &text, const QString &informativeText)
 {
     box.setTextFormat(Qt::PlainText);
-    box.setText(text);
+    box.setText(shownText(text, kMostInMessage));
     // The informative text guesses for itself what it is given.
-    box.setInformativeText(informativeText.toHtmlEscaped().replace(u'\n', u"<br>"_s));
+    box.setInformativeText(shownText(informativeText, kMostInMessage).toHtmlEscaped().replace(u'\n', u"<br>"_s));
 }
 
 QString escapedToolTip(const QString &text)
 {
-    return text.isEmpty() ? QString() : "<qt>"_L1 + text.toHtmlEscaped() + "</qt>"_L1;
+    return text.isEmpty() ? QString() : "<qt>"_L1 + shownText(text, kMostInMessage).toHtmlEscaped() + "</qt>"_L1;
 }
 
 QString terminalText(const QString &text)

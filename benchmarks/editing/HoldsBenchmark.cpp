@@ -1,10 +1,13 @@
 // Commands and loops of scripts over many records that must hold nothing up: scattered selections, copies by
-// dragging, regular expressions over a million names, the list edited one record at a time.
+// dragging, regular expressions over a million names, very long values, the list edited one record at a time.
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
+#include "editing/DetailPane.h"
 #include "editing/GlyphTableView.h"
+#include "editing/TextBox.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
+#include "editing/WholeValueDialog.h"
 #include "platform/UserDefaults.h"
 
 #include <QApplication>
@@ -207,6 +210,56 @@ void setMemory(benchmark::State &state, int times, bool isPeer)
     }
 }
 
+/// The longest step of choosing a record with a long value, editing another field of it, opening the sheet of all
+/// of the value and typing there.
+void longValue(benchmark::State &state, GlyphField field, const QString &value)
+{
+    VXDocument document;
+    document.setInfos(freshInfos(1000));
+    const InfoPtr info = document.objectInInfosAtIndex(500);
+    setFieldFromText(document, {info}, field, value);
+    VXWindowController window(document);
+    window.show();
+    QApplication::processEvents();
+    for ([[maybe_unused]] auto _ : state) {
+        double longest = 0;
+        const auto step = [&longest](const auto &work) {
+            longest = std::max(longest, secondsFor(work));
+            for (int turn = 0; turn < 50; ++turn)
+                longest = std::max(longest, secondsFor([] { QApplication::processEvents(); }));
+        };
+        window.infolistController()->setSelectionIndexes({0});
+        QApplication::processEvents();
+        step([&] { window.infolistController()->setSelectionIndexes({500}); });
+        step([&] { setFieldFromText(document, {info}, GlyphField::Script, u"greek"_s); });
+        step([&] { setFieldFromText(document, {info}, GlyphField::Script, u"latin"_s); });
+        WholeValueDialog *sheet = nullptr;
+        step([&] { sheet = window.detailPane()->editWhole(field); });
+        step([&] { sheet->edit()->insertPlainText(u"a"_s); });
+        step([&] { sheet->showPart(1); });
+        sheet->reject();
+        state.SetIterationTime(longest);
+    }
+    document.updateChangeCount(Document::ChangeCleared);
+}
+
+void addLongValues()
+{
+    QStringList names;
+    QStringList codePoints;
+    QString marks = u"e"_s;
+    for (int i = 0; i < 300'000; ++i)
+        names << u"other%1"_s.arg(i);
+    for (int i = 0; i < 1'000'000; ++i)
+        codePoints << QString::number(0x4E00 + i % 0x5000, 16);
+    for (int i = 0; i < 100'000; ++i)
+        marks += QChar(static_cast<char16_t>(0x300 + i % 0x30));
+    addTimed(u"long-alt-names/300000"_s, longValue, GlyphField::AltNames, names.join(u", "_s));
+    addTimed(u"long-code-points/1000000"_s, longValue, GlyphField::Unicodes, codePoints.join(u','));
+    addTimed(u"long-marks/100000"_s, longValue, GlyphField::Marks, marks);
+    addTimed(u"long-description/600000"_s, longValue, GlyphField::Desc, u"abcdefghij"_s.repeated(60'000));
+}
+
 void addLoop(const QString &name, int count, Loop loop)
 {
     addTimed(u"%1/%2"_s.arg(name).arg(count), editOneByOne, count, loop);
@@ -222,6 +275,7 @@ void registerAll()
         addTimed("hold-drag-undo/"_L1 + size, dragCopy, records, true);
     }
     addTimed(u"hold-pattern/1000000"_s, patternHold, 1'000'000);
+    addLongValues();
     addLoop(u"loop-add"_s, 35'000, Loop::Add);
     addLoop(u"loop-add-sorted"_s, 35'000, Loop::AddSorted);
     addLoop(u"loop-remove"_s, 35'000, Loop::Remove);
