@@ -62,12 +62,15 @@ bool isTyped(const QKeyEvent &key)
 /// Whether a field takes typing; a list of words can be chosen from all the same.
 void setReadOnly(QWidget *editor, bool isReadOnly)
 {
-    if (auto *line = qobject_cast<QLineEdit *>(editor))
+    if (auto *line = qobject_cast<QLineEdit *>(editor)) {
         line->setReadOnly(isReadOnly);
-    else if (auto *choice = qobject_cast<QComboBox *>(editor))
+        if (isReadOnly)
+            line->home(false); // the beginning is what there is to see
+    } else if (auto *choice = qobject_cast<QComboBox *>(editor)) {
         choice->lineEdit()->setReadOnly(isReadOnly);
-    else if (auto *box = qobject_cast<TextBox *>(editor))
+    } else if (auto *box = qobject_cast<TextBox *>(editor)) {
         box->setReadOnly(isReadOnly);
+    }
 }
 
 } // namespace
@@ -351,12 +354,15 @@ void DetailPane::offerWhole(Row &row, qsizetype length)
         row.whole->setObjectName(row.editor->objectName() + u"Whole"_s);
         row.whole->setAutoDefault(false);
         static_cast<QGridLayout *>(m_form->layout())
-            ->addWidget(row.whole, 3 * static_cast<int>(&row - m_rows.data()) + 2, 1, Qt::AlignLeft);
+            ->addWidget(row.whole, gridRowOf(static_cast<std::size_t>(&row - m_rows.data())) + 2, 1);
+        row.whole->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // no reason to widen the pane
         setTabOrder(row.editor, row.whole);
         connect(row.whole, &QPushButton::clicked, this, [this, field = row.field] { editWhole(field); });
     }
-    row.whole->setText(tr("Show All %1 Characters…").arg(QLocale().toString(static_cast<qlonglong>(length))));
-    row.whole->setAccessibleName(tr("%1: %2").arg(fieldTitle(row.field), row.whole->text()));
+    const QString count = QLocale().toString(static_cast<qlonglong>(length));
+    row.whole->setText(tr("Show All (%1)…").arg(count));
+    row.whole->setToolTip(tr("Show and edit all %1 characters").arg(count));
+    row.whole->setAccessibleName(tr("%1: %2").arg(fieldTitle(row.field), row.whole->toolTip()));
     row.whole->show();
 }
 

@@ -111,9 +111,14 @@ void GlyphCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         const QString shown = mayBeTooLong ? metrics.elidedText(text, Qt::ElideRight, rect.width()) : text;
         painter->setPen(option.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Text));
         painter->setFont(option.font);
+        painter->save();
+        // Marks pile up over other rows, however little room they take in the line.
+        if (mayBeTooLong)
+            painter->setClipRect(option.rect, Qt::IntersectClip);
         painter->drawText(
             rect, Qt::TextSingleLine | Qt::AlignVCenter | (isCentered ? Qt::AlignHCenter : Qt::AlignLeft),
             shown);
+        painter->restore();
     }
     if (option.state & QStyle::State_HasFocus) {
         painter->setPen(
