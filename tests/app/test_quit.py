@@ -1,0 +1,80 @@
+#!/usr/bin/env python3
+"""Scripts have left files open and functions for the end; the program is ended, with a message of the updater open.
+
+    test_quit.py --program PATH
+
+On a screen of its own: by Ctrl+Q in a document, and by the system's request to end. What scripts wrote is in
+their files when it was quit; the system does not wait for that, as it does not for Python's own program.
+"""
+import argparse
+import os
+import signal
+import subprocess
+import sys
+import time
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, "torture"))
+from keyboard import Screen  # noqa: E402
+from program_torture import Files, Place, text_of  # noqa: E402
+
+CODE = ("import atexit, threading\\n"
+        "f = open('open.csv', 'w')\\nf.write('hello')\\n"
+        "atexit.register(lambda: open('atexit.csv', 'w').write('ended'))\\n"
+        "threading.Thread(target=lambda: (threading.Event().wait(1), open('thread.csv', 'w').write('joined'))).start()\\n"
+        "NSApplication.sharedApplication().checkForUpdates_(None)\\n"
+        "open('ran', 'w').close()\\n")
+
+
+def quit_document(screen, program):
+    assert screen.focus("data.xml")
+    screen.key("Control_L", "q")
+
+
+def ask_to_end(screen, program):
+    program.send_signal(signal.SIGTERM)
+
+
+def test(program, screen, text, leave):
+    place = Place(text)
+    with open(place.settings, "w", encoding="utf-8") as settings:
+        settings.write(f'[General]\nshowMacroPanel=true\nmacroCode="{CODE}"\n')
+    running = subprocess.Popen([program, "--new-instance", place.file], cwd=place.folder,
+                               env=place.environment(screen.name), stdout=subprocess.DEVNULL)
+    try:
+        assert screen.focus("data.xml") and screen.focus("Macro"), "no windows"
+        time.sleep(1)
+        screen.key("Control_L", "Return")
+        end = time.monotonic() + 30
+        while not (os.path.exists(os.path.join(place.folder, "ran")) and screen.windows("^Update")):
+            assert time.monotonic() < end, "the script does not run, or there is no message"
+            time.sleep(0.1)
+        time.sleep(1)
+        leave(screen, running)
+        status = running.wait(30)
+        held = {name: text_of(os.path.join(place.folder, name + ".csv")) for name in ("open", "atexit", "thread")}
+        if leave is quit_document:
+            assert held == {"open": "hello", "atexit": "ended", "thread": "joined"}, held
+        assert status == (0 if leave is quit_document else -signal.SIGTERM), status
+        assert text_of(place.file) == text
+    finally:
+        running.kill()
+        running.wait()
+        place.remove()
+
+
+def main():
+    arguments = argparse.ArgumentParser(description=__doc__)
+    arguments.add_argument("--program", required=True)
+    program = os.path.abspath(arguments.parse_args().program)
+    screen = Screen()
+    try:
+        text = Files(program).text(200)
+        for leave in (quit_document, ask_to_end):
+            print(leave.__name__, flush=True)
+            test(program, screen, text, leave)
+    finally:
+        screen.close()
+
+
+if __name__ == "__main__":
+    main()
