@@ -1,6 +1,7 @@
 #include "editing/RSRTVArrayController.h"
 
 #include "editing/DelegateOperation.h"
+#include "editing/EditNames.h"
 #include "editing/FieldEditing.h"
 #include "editing/GlyphColumns.h"
 #include "editing/SearchColumns.h"
@@ -780,7 +781,8 @@ void RSRTVArrayController::moveObjectsInArrangedObjectsFromIndexesToIndex(const 
     IndexSet places(moved.size());
     for (std::size_t i = 0; i < places.size(); ++i)
         places[i] = target + static_cast<qsizetype>(i);
-    const UndoGroup group(m_document.undoManager(), tr("Move"));
+    const UndoGroup group(m_document.undoManager(),
+                          editName(tr("Move"), tr("Move %1 Records"), std::ssize(moved)));
     removeObjectsAtArrangedObjectIndexes(rows);
     m_document.insertObjectsInInfosAtIndexes(moved, places);
 }
@@ -801,7 +803,8 @@ void RSRTVArrayController::copyObjectsInArrangedObjectsFromIndexesToIndex(const 
         sources.push_back(source);
         copies.push_back(source->copy());
     }
-    const UndoGroup group(m_document.undoManager(), tr("Duplicate"));
+    const UndoGroup group(m_document.undoManager(),
+                          editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
     m_document.insertObjectsInInfosAtIndexes(copies, places);
     const QMetaMethod told =
         delegateOperation(m_delegate, "arrayControllerDidCopyObjectCopy(QObject*,InfoPtr,InfoPtr)");

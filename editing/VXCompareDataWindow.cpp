@@ -375,7 +375,8 @@ void VXCompareDataWindow::copyAllRight()
 
 void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)
 {
-    if (infos.empty() || !target)
+    // What is being typed in a document window belongs to what is copied.
+    if (infos.empty() || !target || !DocumentController::shared().commitEditing())
         return;
     InfoList copies;
     copies.reserve(infos.size());

@@ -1,3 +1,4 @@
+#include "platform/DocumentController.h"
 #include "platform/MainMenu.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
@@ -13,6 +14,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QUrl>
+#include <functional>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -165,10 +167,14 @@ void VXScriptingHandler::setupScriptMenu()
     const auto wire = [&](int tag, auto operation) {
         if (QAction *item = MenuItem::withTag(items, tag)) {
             item->disconnect(this);
-            connect(item, &QAction::triggered, this, operation);
+            connect(item, &QAction::triggered, this, [this, operation] {
+                // Like every command of a window, these do nothing while a field refuses its text.
+                if (DocumentController::shared().commitEditing())
+                    std::invoke(operation, this);
+            });
         }
     };
-    wire(kRunAgainTag, [this] { runScriptMenu(runAgainMenuItem()); });
+    wire(kRunAgainTag, [](VXScriptingHandler *handler) { handler->runScriptMenu(handler->runAgainMenuItem()); });
     wire(kShowFolderTag, &VXScriptingHandler::showScriptFolder);
     wire(kReloadTag, &VXScriptingHandler::reloadScriptMenu);
     reloadScriptMenu();

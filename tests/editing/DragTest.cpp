@@ -100,9 +100,36 @@ private Q_SLOTS:
         drag(window, rows.last(), window, window.at(target, part),
              copies ? Qt::ControlModifier : Qt::NoModifier);
         QCOMPARE(window.picture(), expected);
+        const QString name = copies ? u"Duplicate"_s : u"Move"_s;
+        QCOMPARE(window.document.undoManager()->stack()->undoText(),
+                 rows.size() == 1 ? name : u"%1 %2 Records"_s.arg(name).arg(rows.size()));
         window.document.undoManager()->undo();
         QCOMPARE(window.picture().remove(u'[').remove(u']'), u"a b c d e"_s);
         QVERIFY(!window.document.isDocumentEdited());
+    }
+
+    void dropLineSpansTheRow()
+    {
+        Window window(u"a b c d e"_s, {10, 10});
+        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
+        window.controller->infolistController()->setSelectionIndexes({1});
+        const QWidget *viewport = window.table()->viewport();
+        const int y = window.table()->rowViewportPosition(3);
+        const auto isLineShown = [&] {
+            const QImage image = window.table()->viewport()->grab().toImage();
+            const QRgb line = viewport->palette().color(QPalette::Highlight).rgb();
+            int painted = 0;
+            for (int x = 0; x < image.width(); ++x)
+                painted += image.pixel(x, y) == line;
+            return painted == image.width();
+        };
+        QVERIFY(!isLineShown());
+        bool wasShown = false;
+        const auto look = [&] { return wasShown = wasShown || isLineShown(); };
+        drag(window, 1, window, window.at(3, 0.1), Qt::NoModifier, look);
+        QVERIFY(wasShown);
+        QCOMPARE(window.picture(), u"a c [b] d e"_s);
+        QVERIFY(!isLineShown());
     }
 
     /// Of a display whose clipboard nobody owns, which only a real one is.
@@ -159,8 +186,10 @@ private Q_SLOTS:
     }
 
 private:
-    /// Presses the button on a row of \a source, moves to \a place in \a target and lets go there.
-    void drag(const Window &source, int row, const Window &target, QPoint place, Qt::KeyboardModifiers keys)
+    /// Presses the button on a row of \a source, moves to \a place in \a target and lets go there, as soon as
+    /// \a isReady or after some seconds.
+    void drag(const Window &source, int row, const Window &target, QPoint place, Qt::KeyboardModifiers keys,
+              const std::function<bool()> &isReady = [] { return true; })
     {
         QWindow *from = source.controller->windowHandle();
         QWindow *to = target.controller->windowHandle();
@@ -169,17 +198,18 @@ private:
         // A drag turns the event loop by itself, so what follows comes from timers, each its own: one that is
         // still at work is not called again. Where no drag begins they come all the same.
         constexpr int kSteps = 12;
+        constexpr int kLastStep = 300;
         constexpr int kPauseMs = 15;
         const QPoint end = from->mapFromGlobal(to->mapToGlobal(place));
         bool isDone = false;
         std::function<void(int)> goOn = [&](int step) {
-            if (step > kSteps) {
+            if (step > kSteps && (isReady() || step > kLastStep)) {
                 QTest::mouseRelease(from, Qt::LeftButton, keys, end);
                 isDone = true;
                 return;
             }
             QTimer::singleShot(kPauseMs, this, [&goOn, step] { goOn(step + 1); });
-            moveMouse(from, begin + (end - begin) * step / kSteps, keys);
+            moveMouse(from, begin + (end - begin) * qMin(step, kSteps) / kSteps, keys);
         };
         goOn(1);
         QTRY_VERIFY(isDone);
