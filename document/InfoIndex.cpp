@@ -95,7 +95,11 @@ void InfoIndex::insertHashed(VXGlyphInfo &info, std::size_t hash)
 {
     Slot &slot = slotOf(hash);
     if (isRecord(slot.info)) {
-        m_further[hash].insert(&info);
+        Others &others = m_further[hash];
+        if (!others.first)
+            others.first = &info;
+        else
+            others.more.insert(&info);
         return;
     }
     if (!slot.info)
@@ -112,9 +116,10 @@ void InfoIndex::remove(VXGlyphInfo &info)
 
 void InfoIndex::remove(VXGlyphInfo &info, std::string_view text)
 {
-    if (text.empty() || !usedSlotOf(hashOf(text)))
+    const Slot *used = text.empty() ? nullptr : usedSlotOf(hashOf(text));
+    if (!used)
         return;
-    Slot &slot = slotOf(hashOf(text));
+    Slot &slot = m_slots[static_cast<std::size_t>(used - m_slots.data())];
     const auto further = m_further.find(slot.hash);
     if (further == m_further.end()) {
         if (slot.info != &info)
@@ -123,15 +128,21 @@ void InfoIndex::remove(VXGlyphInfo &info, std::string_view text)
         --m_live;
         return;
     }
-    auto &records = further->second;
+    Others &others = further->second;
     if (slot.info == &info) {
-        slot.info = *records.begin();
-        records.erase(records.begin());
-    } else if (const auto found = records.find(&info); found != records.end()) {
-        records.erase(found);
+        slot.info = others.first;
+    } else if (others.first != &info) {
+        if (const auto found = others.more.find(&info); found != others.more.end())
+            others.more.erase(found);
+        return;
     }
-    if (records.empty())
+    // The first of the others has moved up or is gone.
+    if (others.more.empty()) {
         m_further.erase(further);
+    } else {
+        others.first = *others.more.begin();
+        others.more.erase(others.more.begin());
+    }
 }
 
 void InfoIndex::find(std::string_view text, std::vector<VXGlyphInfo *> &found) const
@@ -145,8 +156,10 @@ void InfoIndex::find(std::string_view text, std::vector<VXGlyphInfo *> &found) c
             found.push_back(info);
     };
     add(slot->info);
-    if (const auto further = m_further.find(slot->hash); further != m_further.end())
-        std::for_each(further->second.begin(), further->second.end(), add);
+    if (const auto further = m_further.find(slot->hash); further != m_further.end()) {
+        add(further->second.first);
+        std::for_each(further->second.more.begin(), further->second.more.end(), add);
+    }
 }
 
 } // namespace runebook

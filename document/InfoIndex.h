@@ -37,6 +37,13 @@ private:
         std::size_t hash = 0;
     };
 
+    /// The records beside the one in a slot: nearly always one, for which no set is made. A record that is listed
+    /// twice stands here twice.
+    struct Others {
+        VXGlyphInfo *first = nullptr;
+        std::unordered_multiset<VXGlyphInfo *> more;
+    };
+
     /// The slot of that hash, or the one where it may be put.
     Slot &slotOf(std::size_t hash);
     const Slot *usedSlotOf(std::size_t hash) const;
@@ -45,8 +52,7 @@ private:
 
     Key m_key;
     std::vector<Slot> m_slots;
-    /// By hash: the records beside the one in the slot. A record that is listed twice stands here twice.
-    std::unordered_map<std::size_t, std::unordered_multiset<VXGlyphInfo *>> m_further;
+    std::unordered_map<std::size_t, Others> m_further; ///< by hash
     std::size_t m_used = 0; ///< slots that are not free
     std::size_t m_live = 0; ///< slots with a record
     bool m_isBuilt = false;

@@ -270,7 +270,11 @@ void GlyphTableView::fillSortMenu(QMenu &menu, int column)
     const auto sort = [header, column](Qt::SortOrder order) { header->setSortIndicator(column, order); };
     menu.addAction(tr("Sort &Ascending"), this, [sort] { sort(Qt::AscendingOrder); });
     menu.addAction(tr("Sort &Descending"), this, [sort] { sort(Qt::DescendingOrder); });
-    menu.addAction(tr("&Hide “%1”").arg(columnTitle(column)), this, [this, column] { setColumnShown(column, false); })
+    const auto hide = [this, column] {
+        if (m_mayLeave())
+            setColumnShown(column, false);
+    };
+    menu.addAction(tr("&Hide “%1”").arg(columnTitle(column)), this, hide)
         ->setEnabled(glyphColumns()[static_cast<std::size_t>(column)].field != GlyphField::Name);
     menu.addSeparator();
 }

@@ -3,6 +3,7 @@
 #include "app/Session.h"
 #include "app/VXChangeLogWindowController.h"
 #include "app/update/PageView.h"
+#include "editing/EmptyTable.h"
 #include "editing/GlyphTableView.h"
 #include "editing/VXWindowController.h"
 #include "platform/Appearance.h"
@@ -112,6 +113,7 @@ private Q_SLOTS:
     void tellsWhatItIs();
     void startsWithWhatIsGiven_data();
     void startsWithWhatIsGiven();
+    void theEmptyWindowGivesItsPlace();
     void opensVeryManyBehind();
     void leavesNothingBehind_data();
     void leavesNothingBehind();
@@ -423,6 +425,30 @@ void DelegateTest::startsWithWhatIsGiven()
         paths << folder.filePath(name);
     m_delegate.openAtStart(paths);
     QTRY_COMPARE(openPaths(), opened);
+}
+
+void DelegateTest::theEmptyWindowGivesItsPlace()
+{
+    const QTemporaryDir folder;
+    const QRect place(37, 41, 612, 417);
+    m_delegate.openAtStart({});
+    const QPointer<QWidget> untouched = frontWindow();
+    // What can be begun with is offered in sight.
+    QVERIFY(QTest::qWaitForWindowExposed(untouched));
+    const auto *notice = untouched->findChild<EmptyTable *>();
+    QCOMPARE(notice->notice().offers.size(), 3);
+    for (const QPushButton *offer : notice->findChildren<QPushButton *>())
+        QCOMPARE(offer->visibleRegion(), QRegion(offer->rect()));
+    untouched->setGeometry(place);
+    m_delegate.openFromElsewhere({tinyFile(folder, u"a.xml"_s)});
+    QTRY_COMPARE(openPaths(), QStringList {u"a.xml"_s});
+    QTRY_VERIFY(!untouched);
+    QCOMPARE(frontWindow()->geometry(), place);
+    // The next file stands beside it.
+    m_delegate.openFromElsewhere({tinyFile(folder, u"b.xml"_s)});
+    QTRY_COMPARE(openPaths(), (QStringList {u"b.xml"_s, u"a.xml"_s}));
+    QCOMPARE(frontWindow()->size(), place.size());
+    QVERIFY(frontWindow()->pos() != place.topLeft());
 }
 
 void DelegateTest::opensVeryManyBehind()

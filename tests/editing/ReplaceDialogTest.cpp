@@ -118,14 +118,16 @@ void ReplaceDialogTest::escapeChangesNothing()
     connect(dialog, &VXFindReplaceWindowController::ended, dialog, &QObject::deleteLater);
     QPointer<QObject> life(dialog);
     QTimer::singleShot(0, dialog, [dialog] {
-        fieldOf(*dialog, u"findField"_s)->setText(u"a"_s);
-        QTest::keyClick(dialog, Qt::Key_Escape);
+        QTest::keyClicks(dialog->focusWidget(), u"a"_s);
+        QTest::keyClick(dialog->focusWidget(), Qt::Key_Escape);
     });
     QCOMPARE(dialog->runDialogModalForWindow(&window, &window), 0);
     QCOMPARE(dialog->parentWidget(), &window);
     QTRY_VERIFY(!life);
     QTest::qWait(20);
     QCOMPARE(namesOf(document), u"a"_s);
+    // What was typed is there for the next time.
+    QCOMPARE(UserDefaults::standard().stringForKey(u"FindAndReplaceSearch"_s), u"a"_s);
 }
 
 void ReplaceDialogTest::keepsTheTexts()

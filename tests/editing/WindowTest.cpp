@@ -19,6 +19,7 @@
 #include "platform/UserDefaults.h"
 #include "tests/TestMain.h"
 
+#include <QActionGroup>
 #include <QClipboard>
 #include <QFileDialog>
 #include <QContextMenuEvent>
@@ -33,6 +34,7 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStyledItemDelegate>
+#include <QStyleOptionMenuItem>
 #include <QTemporaryDir>
 #include <QToolTip>
 
@@ -823,6 +825,103 @@ private Q_SLOTS:
         QCOMPARE(namesOf(shown()), u"A B a.sc one gravecomb"_s);
         QCOMPARE(namesOf(list()->selectedObjects()), u"one"_s);
         QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void theHeaderHasAMenu()
+    {
+        GlyphTableView *table = m_window->tableView();
+        QHeaderView *header = table->horizontalHeader();
+        QTest::keyClick(table, Qt::Key_Home, Qt::ControlModifier);
+        const int name = columnOfField(GlyphField::Name);
+        const int category = columnOfField(GlyphField::Category);
+        // Asks for the menu over a column, walks to a command by keys and takes it; the window's menu waits in a loop
+        // of its own.
+        const auto choose = [&](int column, const QString &wanted) {
+            QStringList offered;
+            QTimer::singleShot(0, this, [&] {
+                auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+                if (!menu)
+                    return;
+                const auto plain = [](const QAction *action) { return QString(action->text()).remove(u'&'); };
+                for (const QAction *action : menu->actions())
+                    offered << (action->isEnabled() ? plain(action) : u'(' + plain(action) + u')');
+                for (int i = 0; i < 60 && (!menu->activeAction() || plain(menu->activeAction()) != wanted); ++i)
+                    QTest::keyClick(menu, Qt::Key_Down);
+                QTest::keyClick(menu, menu->activeAction() && plain(menu->activeAction()) == wanted ? Qt::Key_Return
+                                                                                                   : Qt::Key_Escape);
+            });
+            const QPoint place(header->sectionViewportPosition(column) + 20, header->height() / 2);
+            QTest::mouseClick(header->viewport(), Qt::RightButton, {}, place);
+            QContextMenuEvent event(QContextMenuEvent::Mouse, place, header->viewport()->mapToGlobal(place));
+            QApplication::sendEvent(header->viewport(), &event);
+            return offered;
+        };
+        const QStringList offered = choose(category, u"Hide “Category”"_s);
+        QVERIFY2(offered.contains(u"Sort Ascending"_s) && offered.contains(u"(Name)"_s)
+                     && offered.contains(u"Reset Columns and Zoom"_s),
+                 qPrintable(offered.join(u'|')));
+        QVERIFY(header->isSectionHidden(category));
+        choose(name, u"Category"_s);
+        QVERIFY(!header->isSectionHidden(category));
+        choose(name, u"Category"_s);
+        QVERIFY(header->isSectionHidden(category));
+        // The name stays, and a text that is being typed is not hidden away.
+        QVERIFY(choose(name, {}).contains(u"(Hide “Name”)"_s));
+        const int script = columnOfField(GlyphField::Script);
+        table->setCurrentIndex(list()->index(1, script));
+        QTest::keyClick(table, Qt::Key_F2);
+        QTest::keyClicks(table->viewport()->findChild<QLineEdit *>(), u"greek"_s);
+        choose(script, u"Hide “Script”"_s);
+        QVERIFY(header->isSectionHidden(script));
+        QCOMPARE(m_document->objectInInfosAtIndex(1)->script(), u"greek"_s);
+        choose(name, u"Sort Descending"_s);
+        QCOMPARE(namesOf(shown()), u"one gravecomb B a.sc A"_s);
+        choose(name, u"Document Order"_s);
+        QCOMPARE(namesOf(shown()), u"A B a.sc one gravecomb"_s);
+        choose(name, u"Reset Columns and Zoom"_s);
+        QVERIFY(!header->isSectionHidden(category) && !header->isSectionHidden(script));
+    }
+
+    /// Lists of which one is the present one have dots, not ticks that could be set one by one.
+    void oneOfManyIsChosenByADot()
+    {
+        for (int i = 0; i < 3; ++i) {
+            select({i});
+            m_document->objectInInfosAtIndex(i)->setScript(u"greek"_s);
+            m_document->undoManager()->setActionName(u"Step %1"_s.arg(i));
+            m_document->flushChanges();
+            QCoreApplication::processEvents();
+        }
+        m_document->undoManager()->undo();
+        DocumentController::shared().addDocument(m_document.get());
+        const auto look = [this](const QString &title) {
+            QMenu *menu = commandOf(*m_window, title)->menu();
+            menu->popup({});
+            QStringList texts;
+            QAction *shown = nullptr;
+            for (QAction *action : menu->actions()) {
+                if (!action->isCheckable())
+                    continue;
+                texts << (action->isChecked() ? u'[' + action->text() + u']' : action->text());
+                shown = action->isChecked() ? action : shown;
+                if (!action->actionGroup() || !action->actionGroup()->isExclusive())
+                    texts << u"(a tick)"_s;
+            }
+            if (!shown)
+                return texts.join(u'|') + u" (none is marked)"_s;
+            QStyleOptionMenuItem option;
+            struct Open : QMenu {
+                using QMenu::initStyleOption;
+            };
+            (menu->*(&Open::initStyleOption))(&option, shown);
+            menu->close();
+            if (option.checkType != QStyleOptionMenuItem::Exclusive)
+                texts << u"(drawn as a tick)"_s;
+            return texts.join(u'|');
+        };
+        QCOMPARE(look(u"History"_s), u"Step 2|[Step 1]|Step 0|As Opened"_s);
+        QCOMPARE(look(u"Window"_s), u"[%1]"_s.arg(m_document->windowTitle()));
+        DocumentController::shared().removeDocument(m_document.get());
     }
 
     void cellsAreEditedInPlace()
