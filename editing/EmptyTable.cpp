@@ -83,7 +83,8 @@ void EmptyTable::place()
 
 bool EmptyTable::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == parentWidget() && event->type() == QEvent::Resize && isVisible())
+    // Also before the window is shown: what is laid out by then is not told of again.
+    if (watched == parentWidget() && event->type() == QEvent::Resize && !isHidden())
         place();
     return QWidget::eventFilter(watched, event);
 }

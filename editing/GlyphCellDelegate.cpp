@@ -174,7 +174,6 @@ QWidget *GlyphCellDelegate::createEditor(QWidget *parent, const QStyleOptionView
     if (field == GlyphField::UnicodeLegacy)
         (new VXUnicodeFormatter(editor))->attachTo(editor);
     editor->setMaxLength(std::numeric_limits<int>::max()); // the default cuts long texts without a word
-    editor->setFrame(false);
     editor->setAutoFillBackground(true);
     editor->setAccessibleName(columnTitle(index.column()));
     VXDocument &document = m_controller.document();

@@ -827,6 +827,19 @@ private Q_SLOTS:
         QVERIFY(!m_document->isDocumentEdited());
     }
 
+    void offersAreInSightFromTheFirst()
+    {
+        QWidget area;
+        area.resize(98, 28); // what a table has before its window is laid out
+        EmptyTable table(&area);
+        table.showNotice({u"Nothing"_s, {}, {{u"Something"_s, [] {}}}});
+        area.resize(800, 600);
+        QResizeEvent event(area.size(), {98, 28}); // comes before it is shown, and on a screen no other does
+        QApplication::sendEvent(&area, &event);
+        QVERIFY(area.rect().contains(table.geometry()));
+        QVERIFY(table.height() > 2 * area.findChild<QPushButton *>()->sizeHint().height());
+    }
+
     void theHeaderHasAMenu()
     {
         GlyphTableView *table = m_window->tableView();
