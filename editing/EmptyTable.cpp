@@ -50,8 +50,11 @@ void EmptyTable::showNotice(const Notice &notice)
     m_hint->setVisible(!notice.hint.isEmpty());
     setAccessibleName(notice.title);
     setAccessibleDescription(notice.hint);
-    if (m_buttons)
+    if (m_buttons) {
+        m_layout->removeWidget(m_buttons); // or it keeps its room
+        m_buttons->hide();
         m_buttons->deleteLater();
+    }
     m_buttons = new QWidget(this);
     auto *grid = new QGridLayout(m_buttons);
     grid->setContentsMargins(0, 4, 0, 0);

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QPainter>
 #include <QPalette>
+#include <QPlainTextEdit>
 #include <QProxyStyle>
 #include <QStyleOption>
 #include <utility>
@@ -18,12 +19,12 @@ namespace {
 const QString kAppearance = u"Appearance"_s;
 
 struct Colors {
-    QRgb window, base, alternate, text, dimmed, button, highlight, highlightedText, link, mid;
+    QRgb window, base, alternate, text, hint, dimmed, button, highlight, highlightedText, link, mid;
 };
 
-constexpr Colors kLight {0xfff3f3f4, 0xffffffff, 0xfff7f7f9, 0xff1d1d1f, 0xff8a8a8f,
+constexpr Colors kLight {0xfff3f3f4, 0xffffffff, 0xfff7f7f9, 0xff1d1d1f, 0xff6c6c72, 0xff8a8a8f,
                          0xfffbfbfc, 0xff2f6fde, 0xffffffff, 0xff1a5fd0, 0xffc9c9ce};
-constexpr Colors kDark {0xff2a2a2d, 0xff1f1f22, 0xff252529, 0xffe9e9ec, 0xff8d8d94,
+constexpr Colors kDark {0xff2a2a2d, 0xff1f1f22, 0xff252529, 0xffe9e9ec, 0xff9a9aa2, 0xff8d8d94,
                         0xff38383d, 0xff3a78e0, 0xffffffff, 0xff7fb0ff, 0xff4a4a50};
 
 /// Half way between the text and what is behind it: an outline that is seen in both palettes.
@@ -53,8 +54,30 @@ void drawIndicatorOutline(QPainter &painter, const QStyleOption &option, bool is
     painter.restore();
 }
 
+/// The outline of a field of \a option over that of Fusion, which is as dark as a dark window is, and which a field of
+/// several lines keeps when it has the keyboard.
+void drawFieldOutline(QPainter &painter, const QStyleOption &option, bool showsFocus)
+{
+    constexpr qreal kRadius = 2;
+    constexpr int kPart = 42; // of a hundred, from the base to the text: three to one against a dark window
+    const bool hasFocus = option.state & QStyle::State_HasFocus;
+    if (hasFocus ? !showsFocus : !isDarkMode(option.palette))
+        return;
+    const QColor text = option.palette.color(QPalette::Text);
+    const QColor base = option.palette.color(QPalette::Base);
+    const auto between = [](int from, int to) { return from + (to - from) * kPart / 100; };
+    painter.save();
+    painter.setPen(hasFocus ? option.palette.color(QPalette::Highlight)
+                            : QColor(between(base.red(), text.red()), between(base.green(), text.green()),
+                                     between(base.blue(), text.blue())));
+    painter.setBrush(Qt::NoBrush);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+    painter.restore();
+}
+
 /// Fusion without pictures on the buttons of dialogs, which carry their words, and with outlines of boxes to
-/// check that can be told from a dark window.
+/// check and of fields that can be told from a dark window.
 class PlainStyle final : public QProxyStyle
 {
 public:
@@ -74,6 +97,9 @@ public:
         const bool isRound = element == PE_IndicatorRadioButton;
         if ((isRound || element == PE_IndicatorCheckBox) && (option->state & focused) != focused)
             drawIndicatorOutline(*painter, *option, isRound);
+        const bool isText = element == PE_Frame && qobject_cast<const QPlainTextEdit *>(widget);
+        if (isText || element == PE_FrameLineEdit)
+            drawFieldOutline(*painter, *option, isText);
     }
 };
 
@@ -87,7 +113,7 @@ QPalette paletteOf(const Colors &colors)
     palette.setColor(QPalette::ToolTipBase, colors.button);
     palette.setColor(QPalette::ToolTipText, colors.text);
     palette.setColor(QPalette::Text, colors.text);
-    palette.setColor(QPalette::PlaceholderText, colors.dimmed);
+    palette.setColor(QPalette::PlaceholderText, colors.hint);
     palette.setColor(QPalette::Button, colors.button);
     palette.setColor(QPalette::ButtonText, colors.text);
     palette.setColor(QPalette::BrightText, Qt::white);

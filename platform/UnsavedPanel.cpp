@@ -50,7 +50,9 @@ UnsavedPanel::UnsavedPanel(const QList<Document *> &documents, QWidget *parent)
         item->setCheckState(Name, Qt::Checked);
     }
     m_list->setCurrentItem(m_list->topLevelItem(0));
+    constexpr int kGap = 16;
     m_list->resizeColumnToContents(Name);
+    m_list->setColumnWidth(Name, m_list->columnWidth(Name) + kGap);
     const int rows = qBound(2, m_list->topLevelItemCount(), kShownRows);
     m_list->setMinimumSize(460, m_list->header()->sizeHint().height() + rows * m_list->sizeHintForRow(0)
                                     + 2 * m_list->frameWidth());
