@@ -154,6 +154,7 @@ void VXFindReplaceWindowController::keepTexts()
 
 void VXFindReplaceWindowController::cancel()
 {
+    keepTexts(); // they are offered the next time
     QDialog::reject();
     Q_EMIT ended();
 }

@@ -287,14 +287,20 @@ QString VXWindowController::windowTitleForDocumentDisplayName(const QString &dis
         text += tr(" - Edited");
     if (text != m_subtitle) {
         m_subtitle = text;
-        // The same for people, who want to read large numbers.
-        const auto number = [this](qsizetype count) { return locale().toString(static_cast<qlonglong>(count)); };
-        QString shownText = shown == total ? tr("%1 infos").arg(number(shown))
-                                           : tr("%1/%2 infos").arg(number(shown), number(total));
-        m_subtitleLabel->setText(m_document.isDocumentEdited() ? shownText + tr(" - Edited") : shownText);
+        showSubtitle();
         Q_EMIT subtitleChanged();
     }
     return displayName;
+}
+
+/// The subtitle for people, who want to read large numbers.
+void VXWindowController::showSubtitle()
+{
+    const auto number = [this](qsizetype count) { return locale().toString(static_cast<qlonglong>(count)); };
+    const QString shown = number(m_infolistController->countOfArrangedObjects());
+    const QString total = number(m_document.countOfInfos());
+    const QString text = shown == total ? tr("%1 infos").arg(shown) : tr("%1/%2 infos").arg(shown, total);
+    m_subtitleLabel->setText(m_document.isDocumentEdited() ? text + tr(" - Edited") : text);
 }
 
 void VXWindowController::showMessage(const QString &text)
@@ -385,7 +391,7 @@ void VXWindowController::filterWasApplied(const std::optional<Error> &problem)
     m_searchField->setProblem(problem);
     m_infolistController->setDraggingEnabled(!m_infolistController->isFiltered());
     synchronizeWindowTitleWithDocumentName();
-    m_subtitleLabel->setText(m_subtitle); // the progress stood there
+    showSubtitle(); // the progress stood there
     m_isFiltering = false;
     Q_EMIT stateChanged();
 }

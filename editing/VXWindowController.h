@@ -183,6 +183,7 @@ private:
     void buildSlicedFilter();
     void filterWasApplied(const std::optional<runebook::Error> &problem);
     void showSearchProgress();
+    void showSubtitle();
 
     VXDocument &m_document;
     RSRTVArrayController *m_infolistController;

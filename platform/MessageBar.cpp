@@ -19,6 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kShortTimeMs = 8000;
+constexpr int kTogetherMs = 1000; // nobody has read the former in that time
 
 } // namespace
 
@@ -36,36 +37,72 @@ MessageBar::MessageBar(QWidget *parent)
     close->setIcon(QIcon(u":/icons/clear.svg"_s));
     close->setAutoRaise(true);
     close->setAccessibleName(tr("Close the message"));
-    connect(close, &QToolButton::clicked, this, &QWidget::hide);
+    connect(close, &QToolButton::clicked, this, [this] {
+        m_standing.clear();
+        leave();
+    });
     m_layout->setContentsMargins(10, 4, 6, 4);
     m_layout->addWidget(icon);
     m_layout->addWidget(m_label, 1);
     m_layout->addWidget(close);
     m_timer->setSingleShot(true);
-    connect(m_timer, &QTimer::timeout, this, &QWidget::hide);
+    connect(m_timer, &QTimer::timeout, this, &MessageBar::leave);
     hide();
 }
 
 void MessageBar::showMessage(const QString &text, Stay stay)
 {
+    const bool isPassing = stay == Stay::ShortTime;
+    const bool isTogether = isPassing && !isHidden() && m_timer->remainingTime() > kShortTimeMs - kTogetherMs;
     removeButtons();
     const QString shown = shownText(text, kMostInMessage);
+    if (isTogether && !this->text().contains(shown))
+        showText(this->text() + u'\n' + shown);
+    else if (!isTogether)
+        showText(belowStanding(shown));
+    if (isPassing)
+        m_timer->start(kShortTimeMs);
+    else
+        m_standing = this->text();
+}
+
+QString MessageBar::belowStanding(const QString &text)
+{
+    if (isHidden())
+        m_standing.clear(); // somebody else has closed it
+    if (m_standing.isEmpty() || text == m_standing)
+        return text;
+    return m_standing.contains(text) ? m_standing : m_standing + u'\n' + text;
+}
+
+void MessageBar::showText(const QString &text)
+{
+    m_timer->stop();
+    const QString shown = shownText(text, 2 * kMostInMessage);
     m_label->setText(shown);
     m_label->setAccessibleName(shown);
-    m_timer->stop();
-    if (stay == Stay::ShortTime)
-        m_timer->start(kShortTimeMs);
     show();
+}
+
+/// Goes, but for what stands until it is closed.
+void MessageBar::leave()
+{
+    removeButtons();
+    if (m_standing.isEmpty())
+        hide();
+    else
+        showText(m_standing);
 }
 
 void MessageBar::ask(const QString &text, const QList<Answer> &answers)
 {
-    showMessage(text, Stay::UntilClosed);
+    removeButtons();
+    showText(belowStanding(shownText(text, kMostInMessage)));
     for (const Answer &answer : answers) {
         auto *button = new QPushButton(answer.text, this);
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, [this, act = answer.act] {
-            hide();
+            leave();
             act();
         });
         m_layout->insertWidget(m_layout->count() - 1, button);

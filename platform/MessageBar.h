@@ -12,7 +12,8 @@ namespace runebook {
 
 /// A line of text at the top of a window that says what the user should know, perhaps with buttons that do
 /// something about it, without standing in the way. It goes when it is closed or answered; passing remarks go by
-/// themselves.
+/// themselves. What stands until it is closed is not covered by what comes after it: that is shown below it, as are
+/// remarks that come at nearly the same time.
 class MessageBar : public QFrame
 {
     Q_OBJECT
@@ -30,12 +31,16 @@ public:
     QString text() const;
 
 private:
+    QString belowStanding(const QString &text);
+    void showText(const QString &text);
+    void leave();
     void removeButtons();
 
     QHBoxLayout *m_layout;
     QList<QPushButton *> m_buttons; // owned as children
     QLabel *m_label;
     QTimer *m_timer;
+    QString m_standing; ///< stays until it is closed
 };
 
 } // namespace runebook

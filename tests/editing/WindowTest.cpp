@@ -14,6 +14,7 @@
 #include "editing/VXWindowController.h"
 #include "editing/VocabularyComboBox.h"
 #include "platform/DocumentController.h"
+#include "platform/MessageBar.h"
 #include "platform/StandardFolders.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
@@ -33,9 +34,12 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QStyledItemDelegate>
 #include <QStyleOptionMenuItem>
 #include <QTemporaryDir>
+#include <QTimer>
+#include <QToolButton>
 #include <QToolTip>
 
 using namespace runebook;
@@ -197,6 +201,7 @@ private Q_SLOTS:
         QTest::keyClicks(search, u"9$"_s);
         QTRY_VERIFY(!m_window->isFiltering());
         QVERIFY2(m_window->subtitle().startsWith(u"1200/120000 "_s), qPrintable(m_window->subtitle()));
+        QCOMPARE(m_window->statusBar()->findChild<QLabel *>()->text(), u"1,200/120,000 infos"_s);
         QCOMPARE(list()->arrangedObjectAtIndex(1)->name(), u"glyph199"_s);
         // A change begins the search anew, Escape ends it.
         QTest::keyClick(search, Qt::Key_Backspace);
@@ -825,6 +830,33 @@ private Q_SLOTS:
         QCOMPARE(namesOf(shown()), u"A B a.sc one gravecomb"_s);
         QCOMPARE(namesOf(list()->selectedObjects()), u"one"_s);
         QVERIFY(!m_document->isDocumentEdited());
+    }
+
+    void messagesDoNotCoverEachOther()
+    {
+        MessageBar bar;
+        bar.showMessage(u"first"_s, MessageBar::Stay::ShortTime);
+        bar.showMessage(u"at once"_s, MessageBar::Stay::ShortTime);
+        bar.showMessage(u"at once"_s, MessageBar::Stay::ShortTime);
+        QCOMPARE(bar.text(), u"first\nat once"_s);
+        bar.findChild<QToolButton *>()->click();
+        QVERIFY(bar.isHidden());
+        bar.showMessage(u"not read"_s, MessageBar::Stay::UntilClosed);
+        bool isAnswered = false;
+        bar.ask(u"Really?"_s, {{u"Yes"_s, [&] { isAnswered = true; }}});
+        QCOMPARE(bar.text(), u"not read\nReally?"_s);
+        bar.findChild<QPushButton *>()->click();
+        QVERIFY(isAnswered);
+        QCOMPARE(bar.text(), u"not read"_s);
+        bar.showMessage(u"passing"_s, MessageBar::Stay::ShortTime);
+        QCOMPARE(bar.text(), u"not read\npassing"_s);
+        QVERIFY(QMetaObject::invokeMethod(bar.findChild<QTimer *>(), "timeout"));
+        QCOMPARE(bar.text(), u"not read"_s);
+        bar.findChild<QToolButton *>()->click();
+        QVERIFY(bar.isHidden());
+        bar.ask(u"Really?"_s, {{u"Yes"_s, [] {}}});
+        bar.showMessage(u"passing"_s, MessageBar::Stay::ShortTime);
+        QCOMPARE(bar.text(), u"passing"_s);
     }
 
     void offersAreInSightFromTheFirst()
