@@ -6,11 +6,14 @@
 #include "editing/VXUnicodeFormatter.h"
 #include "editing/VXValidatingTextField.h"
 #include "editing/VocabularyComboBox.h"
+#include "platform/Appearance.h"
 #include "tests/TestMain.h"
 
 #include <QAbstractItemView>
 #include <QClipboard>
+#include <QComboBox>
 #include <QCompleter>
+#include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -127,6 +130,7 @@ private Q_SLOTS:
     void formatterRefusesKeys();
     void refusalWithoutWindowIsPresented();
     void badgeColorsCanBeRead();
+    void outlinesAreSeenInTheDark();
 
     void asksDelegateOncePerText();
     void badgeStandsInsideAndGoesWhileEditing();
@@ -211,6 +215,36 @@ void InputFieldsTest::refusalWithoutWindowIsPresented()
     QCOMPARE(presented.domain, u"Runebook"_s);
     QCOMPARE(presented.code, 1);
     QCOMPARE(presented.description, u"why"_s);
+}
+
+void InputFieldsTest::outlinesAreSeenInTheDark()
+{
+    Appearance::shared().setChoice(Appearance::Dark);
+    QWidget window;
+    auto *layout = new QVBoxLayout(&window);
+    auto *line = new QLineEdit;
+    auto *text = new QPlainTextEdit;
+    auto *choice = new QComboBox;
+    choice->setEditable(true);
+    for (QWidget *field : std::initializer_list<QWidget *> {line, choice, text})
+        layout->addWidget(field);
+    const auto outlineOf = [&](QWidget *field) {
+        const QImage image = window.grab().toImage();
+        return image.pixelColor(field->geometry().topLeft() + QPoint(field->width() / 2, 0));
+    };
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    text->setFocus();
+    QCOMPARE(outlineOf(text), text->palette().color(QPalette::Highlight));
+    line->setFocus();
+    const QColor around = window.palette().color(QPalette::Window);
+    QVERIFY(contrast(around, outlineOf(text)) >= 3);
+    QVERIFY(contrast(around, outlineOf(choice)) >= 3);
+    choice->setFocus();
+    QVERIFY(contrast(around, outlineOf(line)) >= 3);
+    Appearance::shared().setChoice(Appearance::Light);
+    QVERIFY(contrast(line->palette().color(QPalette::Base), line->palette().color(QPalette::PlaceholderText)) >= 4.5);
+    Appearance::shared().setChoice(Appearance::System);
 }
 
 void InputFieldsTest::badgeColorsCanBeRead()
