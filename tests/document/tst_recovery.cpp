@@ -12,7 +12,7 @@
 #include "platform/RescueFiles.h"
 #include "platform/StandardFolders.h"
 #include "tests/Oddities.h"
-#include "tests/TestMain.h"
+#include "tests/OtherProcess.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,7 +21,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QUuid>
-#include <csignal>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/resource.h>
@@ -66,45 +65,12 @@ VXDocument *openDocument(const QString &path)
     return qobject_cast<VXDocument *>(controller().openDocumentWithContentsOfURLDisplay(path, false));
 }
 
-/// Another process: it does something, and then ends without tidying up, or stays until it is killed.
-class OtherProcess
+void setUpController()
 {
-public:
-    enum class End { Dies, Stays };
-    OtherProcess(End end, const std::function<void()> &work)
-    {
-        int ready[2] = {};
-        if (::pipe(ready) != 0)
-            qFatal("no pipe");
-        m_child = ::fork();
-        if (m_child == 0) {
-            work();
-            if (::write(ready[1], "x", 1) == 1 && end == End::Stays)
-                ::pause();
-            ::_exit(0);
-        }
-        char byte = 0;
-        if (::read(ready[0], &byte, 1) != 1)
-            qFatal("the other process failed");
-        ::close(ready[0]);
-        ::close(ready[1]);
-        if (end == End::Dies)
-            die();
-    }
-    ~OtherProcess() { die(); }
-    OtherProcess(const OtherProcess &) = delete;
-    OtherProcess &operator=(const OtherProcess &) = delete;
-    void die()
-    {
-        if (m_child <= 0)
-            return;
-        ::kill(m_child, SIGKILL);
-        ::waitpid(std::exchange(m_child, 0), nullptr, 0);
-    }
-
-private:
-    pid_t m_child = 0;
-};
+    controller().setDocumentFactory([] { return new VXDocument; });
+    controller().addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data"_s});
+    controller().addType({u"public.plain-text"_s, {u"txt"_s}, u"Table"_s});
+}
 
 /// Opens the file, or makes a new document without one, renames the first record and autosaves.
 void editAndAutosave(const QString &path)
@@ -118,6 +84,20 @@ void editAndAutosave(const QString &path)
     if (!document->autosave())
         qFatal("not autosaved");
 }
+
+constexpr OtherProcess::Work kWorks[] {
+    {"edit",
+     [](const QString &path) {
+         setUpController();
+         editAndAutosave(path);
+     }},
+    {"offer",
+     [](const QString &) {
+         auto *held = new Recovery;
+         if (held->find().size() != 1)
+             qFatal("nothing found");
+     }},
+};
 
 QStringList folders()
 {
@@ -172,9 +152,7 @@ private:
 
 void TestRecovery::initTestCase()
 {
-    controller().setDocumentFactory([] { return new VXDocument; });
-    controller().addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data"_s});
-    controller().addType({u"public.plain-text"_s, {u"txt"_s}, u"Table"_s});
+    setUpController();
 }
 
 void TestRecovery::init()
@@ -212,7 +190,7 @@ void TestRecovery::recovers()
     QFETCH(const bool, isFound);
     const QString original = file.isEmpty() ? QString() : path(file);
     const QByteArray before = original.isEmpty() ? QByteArray() : contentOf(original);
-    const OtherProcess crashed(OtherProcess::End::Dies, [&] { editAndAutosave(original); });
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit", original);
     QCOMPARE(folders().size(), 1);
     const QString folder = folders().first();
     if (note.isEmpty())
@@ -248,7 +226,7 @@ void TestRecovery::recovers()
 
 void TestRecovery::leavesTheLivingAlone()
 {
-    OtherProcess running(OtherProcess::End::Stays, [this] { editAndAutosave(path(u"a.xml"_s)); });
+    OtherProcess running(OtherProcess::End::Stays, "edit", path(u"a.xml"_s));
     QCOMPARE(folders().size(), 1);
     Recovery recovery;
     QVERIFY(recovery.find().isEmpty());
@@ -261,13 +239,9 @@ void TestRecovery::leavesTheLivingAlone()
 
 void TestRecovery::sharesNothing()
 {
-    const OtherProcess crashed(OtherProcess::End::Dies, [this] { editAndAutosave(path(u"a.xml"_s)); });
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit", path(u"a.xml"_s));
     {
-        OtherProcess offering(OtherProcess::End::Stays, [] {
-            auto *held = new Recovery;
-            if (held->find().size() != 1)
-                qFatal("nothing found");
-        });
+        OtherProcess offering(OtherProcess::End::Stays, "offer");
         Recovery recovery;
         QVERIFY(recovery.find().isEmpty());
         offering.die();
@@ -279,7 +253,7 @@ void TestRecovery::sharesNothing()
 
 void TestRecovery::restoresBesideAnEditedDocument()
 {
-    const OtherProcess crashed(OtherProcess::End::Dies, [this] { editAndAutosave(path(u"a.xml"_s)); });
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit", path(u"a.xml"_s));
     VXDocument *open = openDocument(path(u"a.xml"_s));
     open->objectInInfosAtIndex(1)->setName(u"edited"_s);
     Recovery recovery;
@@ -304,7 +278,7 @@ void TestRecovery::autosavesWhatIsOnlyHere()
 
 void TestRecovery::asksWhenTheOriginalHasChanged()
 {
-    const OtherProcess crashed(OtherProcess::End::Dies, [this] { editAndAutosave(path(u"a.xml"_s)); });
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit", path(u"a.xml"_s));
     const QByteArray theirs = QByteArray(kFile).replace("\"b\"", "\"theirs\"");
     write(path(u"a.xml"_s), theirs);
     Recovery recovery;
@@ -322,7 +296,7 @@ void TestRecovery::asksWhenTheOriginalHasChanged()
 
 void TestRecovery::discards()
 {
-    const OtherProcess crashed(OtherProcess::End::Dies, [this] { editAndAutosave(path(u"a.xml"_s)); });
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit", path(u"a.xml"_s));
     Recovery recovery;
     QSignalSpy changed(&recovery, &Recovery::contentsChanged);
     QVERIFY(recovery.discard(recovery.find().first()));
@@ -436,7 +410,7 @@ void TestRecovery::findsRescueFiles()
 
 void TestRecovery::comparesWithTheOriginal()
 {
-    const OtherProcess crashed(OtherProcess::End::Dies, [this] { editAndAutosave(path(u"a.xml"_s)); });
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit", path(u"a.xml"_s));
     Recovery recovery;
     const auto [original, recovered] = recovery.openToCompare(recovery.find().first());
     QVERIFY(original && recovered);
@@ -715,5 +689,5 @@ void TestRecovery::survivesLackOfMemory()
     QCOMPARE(WEXITSTATUS(status), 0);
 }
 
-RUNEBOOK_TEST_MAIN(TestRecovery)
+RUNEBOOK_TEST_MAIN_WITH(TestRecovery, kWorks)
 #include "tst_recovery.moc"

@@ -10,6 +10,7 @@
 #include "editing/VXCompareDataWindow.h"
 #include "editing/VXWindowController.h"
 #include "platform/AutosaveFolder.h"
+#include "platform/Background.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
 #include "platform/MessageBar.h"
@@ -17,7 +18,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/WindowPlacement.h"
 #include "tests/Oddities.h"
-#include "tests/TestMain.h"
+#include "tests/OtherProcess.h"
 
 #include <QClipboard>
 #include <QDirIterator>
@@ -90,6 +91,26 @@ void answer(const QString &words)
     QVERIFY2(button(sheet(), words), qPrintable(words));
     button(sheet(), words)->click();
 }
+
+/// Edits a new document and, if it is named, a file; neither is closed.
+void editAndAutosave(const QString &path)
+{
+    QList<VXDocument *> documents {new VXDocument};
+    if (!path.isEmpty()) {
+        documents.prepend(new VXDocument);
+        if (!documents[0]->readFromURLOfType(path, u"public.xml"_s))
+            qFatal("not read");
+        documents[0]->setFileURL(path);
+        documents[0]->setFileType(u"public.xml"_s);
+    }
+    for (VXDocument *document : documents) {
+        document->addInfo(VXGlyphInfo::init());
+        if (!document->autosave())
+            qFatal("not autosaved");
+    }
+}
+
+constexpr OtherProcess::Work kWorks[] {{"edit", editAndAutosave}};
 
 } // namespace
 
@@ -181,6 +202,7 @@ void TestSafety::pastesWholeOrNotAtAll()
     auto *window = qobject_cast<VXWindowController *>(document->windowController());
     QApplication::clipboard()->setText(QString::fromUtf8(kLines).repeated(kPasted / 2));
     const auto inChild = [](const std::function<int()> &work) {
+        waitForBackground(); // what is under way would not go on there
         const pid_t child = ::fork();
         if (child == 0)
             ::_exit(work());
@@ -225,23 +247,7 @@ void TestSafety::pastesWholeOrNotAtAll()
 
 void TestSafety::offersToRecover()
 {
-    const pid_t child = ::fork();
-    if (child == 0) { // a program that edits two documents and dies
-        VXDocument file;
-        VXDocument fresh;
-        bool isKept = file.readFromURLOfType(path(u"a.xml"_s), u"public.xml"_s);
-        file.setFileURL(path(u"a.xml"_s));
-        file.setFileType(u"public.xml"_s);
-        for (VXDocument *document : {&file, &fresh}) {
-            document->addInfo(VXGlyphInfo::init());
-            isKept &= document->autosave();
-        }
-        ::_exit(isKept ? 0 : 1);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    QCOMPARE(status, 0);
-
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit", path(u"a.xml"_s));
     RecoveryPanel panel;
     panel.recovery().find();
     panel.showIfNeeded();
@@ -325,6 +331,7 @@ void TestSafety::keepsWhatIsBeingTyped()
         letter == u'\n' ? QTest::keyClick(editor, Qt::Key_Return) : QTest::keyClicks(editor, QString(letter));
     QVERIFY(!document->isDocumentEdited());
 
+    waitForBackground(); // what is under way would not go on there
     const pid_t child = ::fork();
     if (child == 0) // a program that dies right after the autosave
         ::_exit(document->autosave() ? 0 : 1);
@@ -360,15 +367,7 @@ void TestSafety::leavesTypedTextsThatAreNotItsOwn_data()
 void TestSafety::leavesTypedTextsThatAreNotItsOwn()
 {
     QFETCH(const QString, kind);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        VXDocument fresh;
-        fresh.addInfo(VXGlyphInfo::init());
-        ::_exit(fresh.autosave() ? 0 : 1);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    QCOMPARE(status, 0);
+    const OtherProcess crashed(OtherProcess::End::Dies, "edit");
     QDirIterator contents(path(u"data/runebook/Autosave"_s), {u"*.xml"_s}, QDir::Files, QDirIterator::Subdirectories);
     const QString content = contents.next();
     const QString typed = AutosaveFolder::besideContent(content, AutosaveFolder::kTypedSuffix);
@@ -855,5 +854,5 @@ void TestSafety::afterAFailedSave()
         QCOMPARE(document->isDocumentEdited(), !isSaved);
 }
 
-RUNEBOOK_TEST_MAIN(TestSafety)
+RUNEBOOK_TEST_MAIN_WITH(TestSafety, kWorks)
 #include "SafetyTest.moc"
