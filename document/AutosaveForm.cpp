@@ -189,6 +189,15 @@ void AutosaveSlices::appendValues(const VXGlyphInfo &info, std::size_t place)
     m_values += '\n';
 }
 
+QByteArray autosavedContentOf(const InfoList &infos, quint8 fileVersion)
+{
+    AutosaveSlices slices(infos, fileVersion, [] { return true; });
+    std::string content;
+    while (slices.printMore(content, std::chrono::hours(1)) == SlicedContent::Progress::Unfinished)
+        content.reserve(2 * content.capacity());
+    return QByteArray::fromStdString(content);
+}
+
 AutosavedContent readAutosavedContent(const QByteArray &utf8)
 {
     const AutosavedValues values = autosavedValues(utf8);

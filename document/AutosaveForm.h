@@ -45,6 +45,9 @@ struct AutosavedContent {
     bool isWhole = true; ///< as many records and bytes as it says, all of their values readable
 };
 
+/// The form of \a infos at once.
+QByteArray autosavedContentOf(const InfoList &infos, quint8 fileVersion);
+
 /// Reads an autosaved content, which must be UTF-8: of a damaged one what can be read. One without the comment is a
 /// glyph data file, and whole.
 AutosavedContent readAutosavedContent(const QByteArray &utf8);

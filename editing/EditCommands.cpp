@@ -1,14 +1,15 @@
 #include "editing/EditCommands.h"
 
+#include "document/AutosaveForm.h"
 #include "editing/EditNames.h"
 #include "editing/GlyphColumns.h"
-#include "model/FileText.h"
 #include "model/GlyphLineReader.h"
 #include "model/GlyphLineWriter.h"
-#include "model/RoundTrip.h"
 #include "model/StringHelpers.h"
+#include "platform/FileBytes.h"
 
 #include <QCoreApplication>
+#include <QMimeData>
 #include <QSet>
 #include <cstring>
 
@@ -16,9 +17,18 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-QString clipboardText(const InfoList &infos)
+namespace {
+
+constexpr int kClipboardVersion = 2;
+
+/// The program's own form on the clipboard, that of autosaved contents.
+QString recordsType()
 {
-    constexpr int kClipboardVersion = 2;
+    return u"application/x-runebook-records"_s;
+}
+
+QString linesOf(const InfoList &infos)
+{
     GlyphLineWriter writer(kClipboardVersion);
     std::string lines;
     for (const InfoPtr &info : infos)
@@ -26,21 +36,7 @@ QString clipboardText(const InfoList &infos)
     return QString::fromStdString(lines);
 }
 
-namespace {
-
-/// Why the record may not be pasted, since no save would write it; null when it may.
-QString refusalOf(const VXGlyphInfo &info)
-{
-    for (const GlyphField field : RoundTrip::writtenFields()) {
-        if (RoundTrip::takesOthers(info, field))
-            return sentenceOfObjection(info.displayText(field), titleOfField(field));
-    }
-    return {};
-}
-
-} // namespace
-
-InfoList infosOfClipboard(const QByteArray &utf8, LeftOut &leftOut)
+InfoList infosOfLines(const QByteArray &utf8, LeftOut &leftOut)
 {
     InfoList infos;
     const SourcePtr source(new SourceBytes(utf8));
@@ -51,7 +47,7 @@ InfoList infosOfClipboard(const QByteArray &utf8, LeftOut &leftOut)
         const void *feed = std::memchr(data + begin, '\n', static_cast<std::size_t>(size - begin));
         const qsizetype end = feed ? static_cast<const char *>(feed) - data : size;
         InfoPtr info = reader.readPiece(begin, end);
-        const QString refusal = info && reader.hasComment(begin, end) ? refusalOf(*info) : QString();
+        const QString refusal = info && reader.hasComment(begin, end) ? refusalOfEdited(*info) : QString();
         if (!refusal.isNull())
             leftOut.add(refusal);
         else if (info)
@@ -59,6 +55,36 @@ InfoList infosOfClipboard(const QByteArray &utf8, LeftOut &leftOut)
         begin = end + 1;
     }
     return infos;
+}
+
+} // namespace
+
+std::unique_ptr<QMimeData> clipboardData(const InfoList &infos)
+{
+    if (infos.empty())
+        return nullptr;
+    auto data = std::make_unique<QMimeData>();
+    data->setText(linesOf(infos));
+    data->setData(recordsType(), autosavedContentOf(infos, kClipboardVersion));
+    return data;
+}
+
+InfoList infosOfClipboard(const QMimeData &clipboard, LeftOut &leftOut)
+{
+    const QByteArray own = clipboard.data(recordsType());
+    if (!own.isEmpty() && isUtf8(own)) {
+        AutosavedContent content = readAutosavedContent(own);
+        if (content.isWhole) {
+            std::erase_if(content.infos, [&leftOut](const InfoPtr &info) {
+                const QString refusal = refusalOfEdited(*info);
+                if (!refusal.isNull())
+                    leftOut.add(refusal);
+                return !refusal.isNull();
+            });
+            return std::move(content.infos);
+        }
+    }
+    return infosOfLines(clipboard.text().toUtf8(), leftOut);
 }
 
 LeftOut moveNamesToAltNames(VXDocument &document, const InfoList &infos)

@@ -3,15 +3,20 @@
 #include "document/VXDocument.h"
 #include "model/EditedValue.h"
 
+#include <memory>
+
+class QMimeData;
+
 namespace runebook {
 
 // What the commands of the document window do to records, apart from any window.
 
-/// The lines of the records as they go to the clipboard; empty when there is nothing to copy.
-QString clipboardText(const InfoList &infos);
-/// The records of all glyph lines of a clipboard text (UTF-8); the other lines are passed over, and records that no save
-/// would write are left out.
-InfoList infosOfClipboard(const QByteArray &utf8, LeftOut &leftOut);
+/// The records as they go to the clipboard: their lines as text, and beside it, for the program itself, the form that
+/// holds every value. Null when there is nothing to copy.
+std::unique_ptr<QMimeData> clipboardData(const InfoList &infos);
+/// The records of a clipboard: by the program's own form where it is whole, otherwise those of all glyph lines of its
+/// text, whose other lines are passed over. Records that no save would write are left out.
+InfoList infosOfClipboard(const QMimeData &clipboard, LeftOut &leftOut);
 /// Puts each record's name behind its alternate names, once; the name itself stays. One undo step. Tells of the records
 /// that it leaves as they are.
 LeftOut moveNamesToAltNames(VXDocument &document, const InfoList &infos);

@@ -34,11 +34,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Inserts the records of the lines behind the selected one, or at the end, as one step. They are read before
+/// Inserts the records of the clipboard behind the selected one, or at the end, as one step. They are read before
 /// anything is changed.
-InfoList pasteInto(VXDocument &document, const InfoList &selected, const QByteArray &lines, LeftOut &leftOut)
+InfoList pasteInto(VXDocument &document, const InfoList &selected, const QMimeData &clipboard, LeftOut &leftOut)
 {
-    InfoList pasted = infosOfClipboard(lines, leftOut);
+    InfoList pasted = infosOfClipboard(clipboard, leftOut);
     if (pasted.empty())
         return pasted;
     // The table, the selection, the undo history and what is known of problems grow as well.
@@ -80,9 +80,8 @@ void VXWindowController::copy()
 {
     if (!commitEditing())
         return;
-    const QString lines = clipboardText(selectedInfos());
-    if (!lines.isEmpty())
-        QApplication::clipboard()->setText(lines);
+    if (std::unique_ptr<QMimeData> records = clipboardData(selectedInfos()))
+        QApplication::clipboard()->setMimeData(records.release());
 }
 
 void VXWindowController::cut()
@@ -103,7 +102,7 @@ void VXWindowController::paste()
     InfoList pasted;
     LeftOut leftOut;
     try {
-        pasted = pasteInto(m_document, selectedInfos(), clipboard->text().toUtf8(), leftOut);
+        pasted = pasteInto(m_document, selectedInfos(), *clipboard, leftOut);
     } catch (const std::bad_alloc &) {
         showMessage(tr("There is not enough memory for what is on the clipboard. Nothing was pasted."));
     }

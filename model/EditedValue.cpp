@@ -1,6 +1,7 @@
 #include "model/EditedValue.h"
 
 #include "model/FileText.h"
+#include "model/RoundTrip.h"
 
 #include <QLocale>
 #include <algorithm>
@@ -37,6 +38,15 @@ QString refusalOfEdited(GlyphField field, const QStringList &value)
     for (const QString &part : value) {
         if (takesOthers(objectionToFileText(part)))
             return sentenceOfObjection(part, titleOfField(field));
+    }
+    return {};
+}
+
+QString refusalOfEdited(const VXGlyphInfo &info)
+{
+    for (const GlyphField field : RoundTrip::writtenFields()) {
+        if (RoundTrip::takesOthers(info, field))
+            return sentenceOfObjection(info.displayText(field), titleOfField(field));
     }
     return {};
 }

@@ -14,6 +14,8 @@ void storeEdited(VXGlyphInfo &info, GlyphField field, const QString &text);
 
 /// Why no save would write \a value in \a field, in the sentence that the field itself says; null when it may be written.
 QString refusalOfEdited(GlyphField field, const QStringList &value);
+/// Why no save would write the record \a info, which a command is about to add; null when it may be written.
+QString refusalOfEdited(const VXGlyphInfo &info);
 
 /// The records that a command over many has left as they were, since no save would write what it makes of them.
 struct LeftOut {

@@ -5,11 +5,11 @@
 #include "document/VXDocument.h"
 #include "model/FileText.h"
 #include "platform/Originals.h"
+#include "tests/RandomValues.h"
 #include "tests/TestMain.h"
 
 #include <QDir>
 #include <QFile>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -18,60 +18,6 @@ using namespace runebook;
 namespace {
 
 const QString kXML = u"public.xml"_s;
-const QStringList kKeys {u"name"_s,        u"category"_s,  u"subCategory"_s, u"marks"_s,    u"anchors"_s,
-                         u"unicodeLegacy"_s, u"unicodes"_s,  u"script"_s,      u"production"_s, u"sortName"_s,
-                         u"sortNameKeep"_s, u"sortNameOld"_s, u"altNames"_s,    u"desc"_s,     u"decompose"_s,
-                         u"direction"_s,    u"case"_s};
-
-/// All values of a record; absent and empty ones are the same in a file.
-QVariantList valuesOf(const VXGlyphInfo &info)
-{
-    QVariantList values;
-    for (const QString &key : kKeys) {
-        const QVariant value = info.valueForKey(key);
-        const bool isList = value.typeId() == QMetaType::QStringList;
-        values << (isList ? QVariant(value.toStringList() == QStringList(u""_s) ? QStringList() : value.toStringList())
-                          : value.typeId() == QMetaType::QString ? QVariant(value.toString() + u""_s) : value);
-    }
-    return values;
-}
-
-/// Values with characters of every kind.
-class Dice
-{
-public:
-    explicit Dice(quint32 seed) : m_random(seed) { }
-    int below(int end) { return m_random.bounded(end); }
-    QString text()
-    {
-        static const QStringList pieces {
-            u"a"_s, u"B7"_s, u" "_s, u"\""_s, u"\n"_s, u"\r"_s, u"\t"_s, QString(QChar(0)), u"\x1B"_s, u"é"_s,
-            u"字"_s, u"𝔸"_s, u"e\u0301"_s, QString(QChar(0xD835)), QString(QChar(0xDC38)), u"<!--"_s, u"-->"_s,
-            u"<"_s, u"/>"_s, u"&amp;"_s, u"'"_s, u"="_s, u", "_s, u"\u2028"_s, u"\u0085"_s, u"\uFEFF"_s,
-            u"\u00A0"_s, QString(40, u'字'), u"\n\t<glyph name=\"x\" />"_s, u"0041"_s};
-        QString made;
-        for (int i = below(4); i > 0; --i) // mostly harmless ones, so that all outcomes occur
-            made += pieces.at(below(3) ? below(3) : below(int(pieces.size())));
-        return made;
-    }
-    /// Gives a few fields of \a info values.
-    void change(VXGlyphInfo &info)
-    {
-        for (int i = below(4); i >= 0; --i) {
-            const QString &key = kKeys.at(below(int(kKeys.size())));
-            if (key == "direction"_L1 || key == "case"_L1)
-                info.setValueForKey(below(6) - (key == "direction"_L1 ? 2 : 0), key);
-            else if (key == "unicodes"_L1 || key == "altNames"_L1)
-                info.setValueForKey(QStringList {text(), text(), text()}.first(below(4)), key);
-            else
-                info.setValueForKey(text(), key);
-        }
-    }
-
-private:
-    QRandomGenerator m_random;
-};
-
 QByteArray contentOf(const QString &path)
 {
     QFile file(path);

@@ -9,6 +9,8 @@
 #include "editing/RecoveryPanel.h"
 #include "editing/VXCompareDataWindow.h"
 #include "editing/VXWindowController.h"
+#include "model/EditedValue.h"
+#include "model/GlyphLineWriter.h"
 #include "platform/AutosaveFolder.h"
 #include "platform/Background.h"
 #include "platform/DocumentController.h"
@@ -19,6 +21,7 @@
 #include "platform/WindowPlacement.h"
 #include "tests/Oddities.h"
 #include "tests/OtherProcess.h"
+#include "tests/RandomValues.h"
 
 #include <QClipboard>
 #include <QDirIterator>
@@ -30,6 +33,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
@@ -143,6 +147,7 @@ private Q_SLOTS:
     void tellsAtTheField();
     void tellsOfAThirdCodePointOnce();
     void leavesOutWhatNoSaveWrites();
+    void pastesEveryValue();
     void afterAFailedSave_data();
     void afterAFailedSave();
 
@@ -803,6 +808,78 @@ void TestSafety::leavesOutWhatNoSaveWrites()
     QVERIFY(info->altNames().isEmpty());
     QVERIFY2(said().contains(u"1. Alternate Names holds “-->”"), qPrintable(said()));
     QCOMPARE(document->savingLosses(document->fileType()).takingOthers, 0);
+}
+
+/// What is copied and pasted is equal, or is left out and counted; other programs see lines.
+void TestSafety::pastesEveryValue()
+{
+    VXDocument *source = open(u"a.xml"_s);
+    auto *from = qobject_cast<VXWindowController *>(source->windowController());
+    makeOwnFile(u"b.xml"_s);
+    VXDocument *target = open(u"b.xml"_s);
+    auto *into = qobject_cast<VXWindowController *>(target->windowController());
+    const auto isWritten = [](const InfoPtr &info) { return refusalOfEdited(*info).isNull(); };
+    const auto valuesOfAll = [](const InfoList &infos) {
+        QList<QVariantList> values;
+        for (const InfoPtr &info : infos)
+            values << valuesOf(*info);
+        return values;
+    };
+    Dice dice(13);
+    int kept = 0;
+    int refused = 0;
+    for (int round = 0; round < 100; ++round) {
+        InfoList infos = source->infos(); // two as they were read, and three others
+        infos.resize(2);
+        std::string lines;
+        for (int i = 0; i < 3; ++i) {
+            infos.push_back(VXGlyphInfo::init());
+            dice.change(*infos.back());
+        }
+        for (const InfoPtr &info : infos)
+            GlyphLineWriter(2).append(*info, lines);
+        source->setInfos(infos);
+        from->infolistController()->setSelectedObjects(infos);
+        from->copy();
+        const QMimeData *copied = QApplication::clipboard()->mimeData();
+        QCOMPARE(copied->text(), QString::fromStdString(lines));
+        if (round % 2) { // as another program that runs gets it
+            auto *bytes = new QMimeData;
+            for (const QString &format : copied->formats())
+                bytes->setData(format, copied->data(format));
+            QApplication::clipboard()->setMimeData(bytes);
+        }
+        into->infolistController()->setSelectedObjects({});
+        const qsizetype before = target->countOfInfos();
+        const int steps = target->undoManager()->stack()->count();
+        into->paste();
+        const InfoList expected = [&] {
+            InfoList written;
+            std::copy_if(infos.begin(), infos.end(), std::back_inserter(written), isWritten);
+            return written;
+        }();
+        const InfoList pasted(target->infos().begin() + before, target->infos().end());
+        QCOMPARE(valuesOfAll(pasted), valuesOfAll(expected));
+        QCOMPARE(target->undoManager()->stack()->count(), steps + 1);
+        const auto left = infos.size() - expected.size();
+        if (left > 0)
+            QVERIFY(into->findChild<MessageBar *>()->text().contains(u"left out: %1."_s.arg(left)));
+        kept += int(expected.size());
+        refused += int(left);
+        target->undoManager()->undo();
+        QCOMPARE(target->countOfInfos(), before);
+        target->undoManager()->stack()->clear();
+    }
+    QVERIFY2(kept > 400 && refused > 10, qPrintable(u"%1 %2"_s.arg(kept).arg(refused)));
+
+    // A damaged form is passed over: what the lines hold is pasted.
+    auto *damaged = new QMimeData;
+    const QMimeData *copied = QApplication::clipboard()->mimeData();
+    for (const QString &format : copied->formats())
+        damaged->setData(format, format.startsWith(u"text/") ? "<glyph name=\"plain\" />" : copied->data(format).chopped(9));
+    QApplication::clipboard()->setMimeData(damaged);
+    into->paste();
+    QCOMPARE(target->infos().back()->name(), u"plain"_s);
 }
 
 void TestSafety::afterAFailedSave_data()
