@@ -1,5 +1,8 @@
 #include "editing/VXCompareDataWindow.h"
 
+#include "editing/ErrorBubble.h"
+#include "model/EditedValue.h"
+#include "model/RoundTrip.h"
 #include "platform/DocumentController.h"
 #include "platform/UserDefaults.h"
 #include "ui_VXCompareDataWindow.h"
@@ -20,6 +23,18 @@ constexpr auto kBudget = 10ms;
 
 /// From here on a look at every record is quicker than looking up every key.
 constexpr qsizetype kManyKeys = 1000;
+
+/// A copy whose empty fields are absent, as after every edit.
+InfoPtr copyOf(const VXGlyphInfo &info)
+{
+    InfoPtr copy = info.copy();
+    std::string buffer;
+    for (const GlyphField field : RoundTrip::writtenFields()) {
+        if (!copy->stored(field).isAbsent() && copy->utf8(field, buffer).empty())
+            copy->clear(field);
+    }
+    return copy;
+}
 
 } // namespace
 
@@ -379,9 +394,20 @@ void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)
     if (infos.empty() || !target || !DocumentController::shared().commitEditing())
         return;
     InfoList copies;
+    LeftOut leftOut;
     copies.reserve(infos.size());
-    for (const InfoPtr &info : infos)
-        copies.push_back(info->copy());
+    for (const InfoPtr &info : infos) {
+        InfoPtr copy = copyOf(*info);
+        if (const QString refusal = refusalOfEdited(*copy); !refusal.isNull())
+            leftOut.add(refusal);
+        else
+            copies.push_back(std::move(copy));
+    }
+    if (leftOut.records > 0)
+        ErrorBubble::show(target == document(CompareSheet::Left) ? m_ui->copyLeftButton : m_ui->copyRightButton,
+                          {u"Runebook"_s, 1, leftOut.text(), {}, {}});
+    if (copies.empty())
+        return;
     const UndoGroup group(target->undoManager(),
                           copies.size() == 1 ? tr("Copy “%1”").arg(copies.front()->name())
                                              : tr("Copy %1 Records").arg(locale().toString(std::ssize(copies))));

@@ -1,3 +1,4 @@
+#include "editing/ErrorBubble.h"
 #include "editing/VXCompareDataWindow.h"
 #include "platform/DocumentController.h"
 #include "platform/UserDefaults.h"
@@ -401,6 +402,27 @@ private Q_SLOTS:
         QCOMPARE(left->countOfInfos(), 3);
         QVERIFY(!left->isDocumentEdited());
         QVERIFY(!m_documents.at(1)->isDocumentEdited());
+    }
+
+    /// What no save would write is not copied either, and empty fields become absent.
+    void copiesWhatMayBeWritten()
+    {
+        open({u"name=\"A\""_s, u"name=\"B\" category=\"\"\nname=\"C\""_s});
+        VXDocument *left = m_documents.at(0);
+        m_documents.at(1)->infos()[1]->setSortName(u"x <!-- y"_s);
+        QVERIFY(showActive());
+        m_window->filteredKeys()->setSelectionIndexes({0, 1});
+        m_window->copyAllLeft();
+        QCOMPARE(namesOf(left->infos()), QStringList({u"A"_s, u"B"_s}));
+        QVERIFY(left->infos()[1]->category().isNull());
+        const auto *bubble = m_window->findChild<ErrorBubble *>();
+        QVERIFY(bubble && bubble->text().startsWith(u"Records left out: 1. Sort Name holds “<!--”"_s));
+        delete bubble;
+        m_window->filteredKeys()->setSelectionIndexes({1});
+        m_window->copyLeft();
+        QVERIFY(m_window->findChild<ErrorBubble *>());
+        QCOMPARE(left->countOfInfos(), 2);
+        QCOMPARE(left->undoManager()->stack()->count(), 1);
     }
 
     /// The copy is appended beside a record of the same name.
