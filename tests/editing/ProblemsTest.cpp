@@ -433,16 +433,21 @@ private Q_SLOTS:
     void fixesDoNotMakeDuplicates()
     {
         VXDocument document;
-        document.setInfos({infoNamed(u" a"_s), infoNamed(u"a "_s), infoNamed(u" b"_s)});
+        document.setInfos({infoNamed(u" a"_s), infoNamed(u"a "_s), infoNamed(u" b"_s), infoNamed(u"c, d"_s)});
+        document.infos()[3]->setAltNames(QStringList {u"<!--"_s});
         Problems problems(document);
         problems.finish();
         std::vector<Problem> found;
-        problems.append(ProblemKind::InvalidName, 0, 3, found);
-        QCOMPARE(ProblemFixes::apply(document, found), 2);
+        problems.append(ProblemKind::InvalidName, 0, 4, found);
+        LeftOut leftOut; // the last: "d" would be written with what no save writes
+        QCOMPARE(ProblemFixes::apply(document, found, &leftOut), 2);
+        QCOMPARE(leftOut.records, 1);
+        QVERIFY2(leftOut.sentence.contains(u"Alternate Names"_s), qPrintable(leftOut.sentence));
+        QCOMPARE(document.infos()[3]->name(), u"c, d"_s);
         document.flushChanges();
         QCOMPARE(document.infos()[1]->name(), u"a "_s);
         QCOMPARE(problems.count(ProblemKind::DuplicateName), 0);
-        QCOMPARE(problems.count(ProblemKind::InvalidName), 1);
+        QCOMPARE(problems.count(ProblemKind::InvalidName), 2);
     }
 
 private:

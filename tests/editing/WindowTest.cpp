@@ -8,6 +8,7 @@
 #include "editing/Problems.h"
 #include "editing/ProblemsPane.h"
 #include "editing/SearchFilter.h"
+#include "editing/SortNumbering.h"
 #include "editing/VXMenuButton.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXValidatingTextField.h"
@@ -1168,6 +1169,13 @@ private Q_SLOTS:
         QCOMPARE(m_document->objectInInfosAtIndex(2)->sortName(), u"a003"_s);
         m_document->undoManager()->undo();
         QCOMPARE(m_document->objectInInfosAtIndex(0)->sortName(), QString());
+
+        UserDefaults::standard().setObjectForKey(u"<!--"_s, SortNumbering::prefixKey());
+        m_window->setSortName();
+        m_window->sortNameOK();
+        UserDefaults::standard().removeObjectForKey(SortNumbering::prefixKey());
+        QVERIFY(m_window->findChild<MessageBar *>()->text().contains(u"Sort Name holds “<!--”"_s));
+        QVERIFY(!m_document->isDocumentEdited());
     }
 
     void legacyNameComesFromTheCodePoint()
