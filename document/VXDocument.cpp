@@ -30,6 +30,19 @@ InfoIndex::Key keyOf(GlyphField field)
     return [field](const VXGlyphInfo &info, std::string &buffer) { return info.utf8(field, buffer); };
 }
 
+/// How many last parts of the path \a own it takes to tell it from \a other.
+qsizetype differingParts(QStringView own, QStringView other)
+{
+    for (qsizetype parts = 1;; ++parts) {
+        const qsizetype ownCut = own.lastIndexOf(u'/');
+        const qsizetype otherCut = other.lastIndexOf(u'/');
+        if (ownCut < 0 || otherCut < 0 || own.sliced(ownCut + 1) != other.sliced(otherCut + 1))
+            return parts;
+        own.truncate(ownCut);
+        other.truncate(otherCut);
+    }
+}
+
 Error notEnoughMemory(const QString &url)
 {
     return {u"ReadError"_s,
@@ -203,23 +216,19 @@ QString VXDocument::displayName() const
 {
     if (fileURL().isEmpty())
         return Document::displayName();
-    const QStringList parts = fileURL().split(u'/');
-    QStringList shortest;
+    // The fewest last parts of the path that differ from another one's: no fewer than one, which is found with
+    // the first document of another name. Every window asks for it, and there may be a thousand.
+    qsizetype fewest = 0;
     for (const Document *other : DocumentController::shared().documentList()) {
         if (other == this || other->fileURL().isEmpty())
             continue;
-        const QStringList otherParts = other->fileURL().split(u'/');
-        QStringList candidate;
-        for (qsizetype i = 1; i <= qMin(parts.size(), otherParts.size()); ++i) {
-            const QString &part = parts.at(parts.size() - i);
-            candidate.prepend(part);
-            if (part != otherParts.at(otherParts.size() - i))
-                break;
-        }
-        if (!candidate.isEmpty() && (shortest.isEmpty() || candidate.size() < shortest.size()))
-            shortest = candidate;
+        const qsizetype parts = differingParts(fileURL(), other->fileURL());
+        if (fewest == 0 || parts < fewest)
+            fewest = parts;
+        if (fewest == 1)
+            break;
     }
-    return shortest.isEmpty() ? Document::displayName() : shortest.join(u'/');
+    return fewest == 0 ? Document::displayName() : fileURL().section(u'/', -fewest);
 }
 
 // Called by records

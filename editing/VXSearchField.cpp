@@ -89,7 +89,11 @@ VXSearchField::VXSearchField(QWidget *parent) : QLineEdit(parent)
     connect(this, &QLineEdit::textChanged, this,
             [this](const QString &text) { m_clearAction->setVisible(!text.isEmpty()); });
     // Another window may have chosen another mode.
-    connect(&UserDefaults::standard(), &UserDefaults::changed, this, &VXSearchField::updatePrompt);
+    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
+        // Every window listens, also while a thousand files are opened and each is noted as a recent one.
+        if (key.startsWith("SearchState"_L1))
+            updatePrompt();
+    });
     updatePrompt();
     updateMark();
 }

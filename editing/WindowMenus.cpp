@@ -61,6 +61,7 @@ WindowMenus::WindowMenus(VXWindowController &window)
     connect(window.tableView(), &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
     connect(&window, &VXWindowController::stateChanged, this, &WindowMenus::validate);
     connect(window.glyphDocument().undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
+    window.installEventFilter(this);
     validate();
 }
 
@@ -85,8 +86,19 @@ void WindowMenus::setCommand(QAction *action, std::function<void()> command)
     });
 }
 
+bool WindowMenus::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::WindowActivate && m_isValidationDue)
+        validate();
+    return QObject::eventFilter(watched, event);
+}
+
 void WindowMenus::validate()
 {
+    // Each command whose state changes is looked up among the shortcuts of all windows.
+    m_isValidationDue = DocumentController::shared().isOpeningMany() && !m_window.isActiveWindow();
+    if (m_isValidationDue)
+        return;
     for (const auto &[action, condition] : m_conditions)
         action->setEnabled(condition());
     m_editMenu->validate();

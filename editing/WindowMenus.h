@@ -32,8 +32,10 @@ public:
     /// A button for the toolbar with the commands on the selected glyphs.
     VXMenuButton *makeGlyphButton(QWidget *parent);
 
-    /// Enables each command that can act now, and names the steps that undo and redo would take.
+    /// Enables each command that can act now, and names the steps that undo and redo would take. A window
+    /// that comes up behind the others has time for it until it becomes active.
     void validate();
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     using Condition = std::function<bool()>;
@@ -59,6 +61,7 @@ private:
     void showRowMenu(const QPoint &place);
 
     VXWindowController &m_window;
+    bool m_isValidationDue = false;
     std::vector<std::pair<QAction *, Condition>> m_conditions;
     FocusRound *m_focusRound;
     QList<QPointer<QAction>> m_rowActions; ///< in their order; null between groups

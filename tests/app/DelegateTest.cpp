@@ -444,6 +444,29 @@ void DelegateTest::theEmptyWindowGivesItsPlace()
     QVERIFY(frontWindow()->pos() != place.topLeft());
 }
 
+namespace {
+
+/// Counts what reaches the widgets of a window, by kind.
+class EventCount : public QObject
+{
+public:
+    explicit EventCount(QWidget &window) : m_window(window) { qApp->installEventFilter(this); }
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const auto *widget = qobject_cast<QWidget *>(watched);
+        if (widget && widget->window() == &m_window && event->type() != QEvent::Timer)
+            ++m_counts[{watched, event->type()}];
+        return false;
+    }
+    int busiest() const { return m_counts.isEmpty() ? 0 : *std::max_element(m_counts.begin(), m_counts.end()); }
+
+private:
+    QWidget &m_window;
+    QMap<std::pair<QObject *, int>, int> m_counts;
+};
+
+} // namespace
+
 void DelegateTest::opensVeryManyBehind()
 {
     const QTemporaryDir folder;
@@ -464,10 +487,14 @@ void DelegateTest::opensVeryManyBehind()
     QTRY_VERIFY(controller().documentList().size() > 2);
     QCOMPARE(progress().size(), 1);
     QVERIFY(progress().front()->value() > 0 && progress().front()->maximum() == kFiles);
+    // A window that is there has nothing to do for each of those that come after it.
+    QTRY_VERIFY(controller().documentList().size() > 12);
+    EventCount ofOne(*controller().documentList()[10]->windowController());
     QTRY_COMPARE_WITH_TIMEOUT(controller().documentList().size(), kFiles, 60'000);
     QTRY_VERIFY(progress().isEmpty());
     // Nobody had to hear of each of them.
     QVERIFY2(announced.size() < 10, qPrintable(QString::number(announced.size())));
+    QVERIFY2(ofOne.busiest() < kFiles / 4, qPrintable(QString::number(ofOne.busiest())));
 
     paths.clear();
     for (int i = 0; i < kFiles; ++i)
