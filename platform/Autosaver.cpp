@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QJsonDocument>
+#include <QPointer>
 #include <QUuid>
 #include <algorithm>
 #include <atomic>
@@ -358,9 +359,12 @@ void Autosaver::write()
         writing->write(&reason);
         const std::lock_guard guard(writing->mutex);
         writing->blocks = {};
-        if (!writing->isGivenUp)
-            QMetaObject::invokeMethod(
-                this, [this, writing, reason] { finish(writing, reason); }, Qt::QueuedConnection);
+        if (writing->isGivenUp)
+            return;
+        runOnMainThread([self = QPointer<Autosaver>(this), writing, reason] {
+            if (self)
+                self->finish(writing, reason);
+        });
     });
 }
 

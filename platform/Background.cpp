@@ -1,6 +1,7 @@
 #include "platform/Background.h"
 
 #include <QCoreApplication>
+#include <QObject>
 #include <condition_variable>
 #include <csignal>
 #include <deque>
@@ -151,7 +152,52 @@ Apart &Apart::apart()
     return shared;
 }
 
+/// What other threads want done on the main thread. The work itself goes by a queue of its own, as the thread
+/// sanitizer cannot see the lock of the framework's events; the event only says that there is some.
+class MainThreadWork : public QObject
+{
+public:
+    static MainThreadWork &shared()
+    {
+        static MainThreadWork &queue = *new MainThreadWork;
+        return queue;
+    }
+
+    void add(std::function<void()> work)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_waiting.push_back(std::move(work));
+        }
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    }
+
+protected:
+    void customEvent(QEvent *) override
+    {
+        std::function<void()> work;
+        {
+            const std::lock_guard lock(m_mutex);
+            work = std::move(m_waiting.front());
+            m_waiting.pop_front();
+        }
+        work();
+    }
+
+private:
+    MainThreadWork() { moveToThread(QCoreApplication::instance()->thread()); }
+
+    std::mutex m_mutex;
+    std::deque<std::function<void()>> m_waiting;
+};
+
 } // namespace
+
+void runOnMainThread(std::function<void()> work)
+{
+    if (QCoreApplication::instance())
+        MainThreadWork::shared().add(std::move(work));
+}
 
 void runInBackground(std::function<void()> work)
 {

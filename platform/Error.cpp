@@ -1,5 +1,7 @@
 #include "platform/Error.h"
 
+#include "platform/Background.h"
+
 #include <QCoreApplication>
 #include <QStringList>
 #include <QThread>
@@ -35,8 +37,7 @@ void ErrorPresenter::present(const Error &error)
         Q_EMIT presented(error);
         return;
     }
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [this, error] { Q_EMIT presented(error); }, Qt::QueuedConnection);
+    runOnMainThread([this, error] { Q_EMIT presented(error); });
 }
 
 } // namespace runebook

@@ -262,11 +262,8 @@ void open(const QString &path, const QString &line, QObject *context, std::funct
             startApart(command);
             return;
         }
-        QCoreApplication *application = QCoreApplication::instance();
-        if (!application)
-            return;
         const bool hasEditor = !editor.isEmpty();
-        QMetaObject::invokeMethod(application, [absolutePath, safe, instead, hasEditor] {
+        runOnMainThread([absolutePath, safe, instead, hasEditor] {
             if (hasEditor)
                 QDesktopServices::openUrl(QUrl::fromLocalFile(absolutePath));
             else if (safe)

@@ -1,10 +1,11 @@
 #include "scripting/OutputModules.h"
 
+#include "platform/Background.h"
 #include "scripting/MainThread.h"
 #include "scripting/PythonFunctions.h"
 #include "scripting/ScriptConsole.h"
 
-#include <QMutex>
+#include <mutex>
 #include <utility>
 
 namespace runebook {
@@ -32,7 +33,7 @@ class PendingOutput
 public:
     void add(Stream stream, const QString &text)
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard guard(m_mutex);
         // One text for as long as the same stream goes on: a thread that prints a million lines costs the
         // main thread one insertion, not a million.
         if (!m_texts.empty() && m_texts.back().first == stream)
@@ -41,19 +42,18 @@ public:
             m_texts.emplace_back(stream, text);
         if (!QCoreApplication::instance() || std::exchange(m_isAnnounced, true))
             return;
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [] { deliverPendingOutput(); }, Qt::QueuedConnection);
+        runOnMainThread([] { deliverPendingOutput(); });
     }
 
     std::vector<std::pair<Stream, QString>> take()
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard guard(m_mutex);
         m_isAnnounced = false;
         return std::exchange(m_texts, {});
     }
 
 private:
-    QMutex m_mutex;
+    std::mutex m_mutex;
     std::vector<std::pair<Stream, QString>> m_texts;
     bool m_isAnnounced = false;
 };

@@ -126,13 +126,10 @@ void PythonPane::addInstallation(const QString &path)
         Error problem;
         if (PythonProbe::comesUp(library, pythonPrefix(library), &problem))
             problem = {};
-        QMetaObject::invokeMethod(
-            qApp,
-            [pane, library, problem] {
-                if (pane)
-                    pane->take(library, problem);
-            },
-            Qt::QueuedConnection);
+        runOnMainThread([pane, library, problem] {
+            if (pane)
+                pane->take(library, problem);
+        });
     });
 }
 
