@@ -27,6 +27,7 @@ public:
     /// The width at which the view wraps lines, margins included, set before the view lays anything out for
     /// it; 0: lines do not wrap, or the width is not known.
     void setWrapWidth(qreal width) { m_wrapWidth = width; }
+    qreal wrapWidth() const { return m_wrapWidth; }
 
     QRectF blockBoundingRect(const QTextBlock &block) const override;
 

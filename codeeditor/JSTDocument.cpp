@@ -194,6 +194,7 @@ void JSTDocument::colourText(bool everything, TextRange edited, bool announce)
     const int length = int(m_sourceString.size());
     if (length < minimumColouredLength) {
         m_runs.clear();
+        paint({0, length}, announce); // what is left of a longer text, or came back, has its colours still
         return;
     }
     m_tokenizer->setString(m_sourceString);

@@ -154,6 +154,18 @@ void JSTTextView::resizeEvent(QResizeEvent *event)
     m_completions->end();
 }
 
+/// Where bars or line numbers came with the layout for a size that the viewport got unseen, the framework forgets
+/// to tell it of the size that they left it (Qt 6.4).
+void JSTTextView::showEvent(QShowEvent *event)
+{
+    QPlainTextEdit::showEvent(event);
+    const QSize size = viewport()->size();
+    if (lineWrapMode() != WidgetWidth || m_storage->codeLayout().wrapWidth() == size.width())
+        return;
+    QResizeEvent forgotten(size, QSize());
+    resizeEvent(&forgotten);
+}
+
 void JSTTextView::changeEvent(QEvent *event)
 {
     QPlainTextEdit::changeEvent(event);

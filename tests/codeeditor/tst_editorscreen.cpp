@@ -39,6 +39,7 @@ private Q_SLOTS:
     void rowsMoveWhatStandsBelow_data();
     void rowsMoveWhatStandsBelow();
     void pureRemovalsAreDrawn();
+    void showsWhatChangedUnseen();
     void completionsAreSeen();
     void randomEdits();
 };
@@ -83,6 +84,24 @@ void TestEditorScreen::pureRemovalsAreDrawn()
     cursor.deleteChar();
     cursor.endEditBlock();
     COMPARE_SCREEN(editor);
+}
+
+/// Another tab was in front while text and letters grew, so that the bar at the side comes with the first layout.
+void TestEditorScreen::showsWhatChangedUnseen()
+{
+    QRandomGenerator random(15);
+    ScreenFixture editor;
+    for (int round = 0; round < 60; ++round) {
+        editor.view.hide();
+        QString text;
+        for (int line = random.bounded(3, 16); line > 0; --line)
+            text += u"wordy words "_s.repeated(random.bounded(12)) + u'\n';
+        editor.view.setString(text);
+        editor.document.setFontSize(random.bounded(8, 20));
+        editor.view.show();
+        COMPARE_SCREEN(editor);
+        QVERIFY2(!editor.view.horizontalScrollBar()->isVisible(), qPrintable(QString::number(round)));
+    }
 }
 
 void TestEditorScreen::completionsAreSeen()

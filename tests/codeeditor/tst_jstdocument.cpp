@@ -72,6 +72,7 @@ private Q_SLOTS:
     void runsThePostprocessingBlock();
     void colourFollowsThePalette_data();
     void colourFollowsThePalette();
+    void oneCharacterHasNoColour();
     void setFontSizeRecolours();
     void smallSizesAreClampedAlike();
     void attributesMoveWithTheirText();
@@ -299,6 +300,18 @@ void TestJSTDocument::colourFollowsThePalette()
     QCOMPARE(painted, 6);
     QCOMPARE(editor.colorAt(0), keywordColor());
     QCOMPARE(editor.colorAt(6), quotedStringColor());
+}
+
+void TestJSTDocument::oneCharacterHasNoColour()
+{
+    EditorFixture editor;
+    editor.view.setString(u"12"_s);
+    const QColor plain = editor.view.palette().color(QPalette::Text);
+    QVERIFY(editor.colorAt(0) != plain);
+    editor.select(2);
+    QTest::keyClick(&editor.view, Qt::Key_Backspace);
+    QCOMPARE(editor.view.string(), u"1"_s);
+    QCOMPARE(editor.colorAt(0), plain);
 }
 
 void TestJSTDocument::setFontSizeRecolours()

@@ -28,6 +28,14 @@ constexpr int mostTabs = 5;
 constexpr int longestText = 4000;
 constexpr auto control = Qt::ControlModifier;
 
+/// Walks longer than the test framework's patience tell it so before it starts.
+const int secondsToWalk = [] {
+    const int seconds = qEnvironmentVariableIntValue("RUNEBOOK_TYPIST_SECONDS");
+    if (seconds > 0)
+        qputenv("QTEST_FUNCTION_TIMEOUT", QByteArray::number((seconds + 60) * 1000));
+    return seconds;
+}();
+
 /// What a tab holds as the model sees it, and all it ever held.
 struct Sheet {
     QString text;
@@ -59,6 +67,8 @@ public:
         const TextRange selected = editor().selectedRange();
         const QStringList allowed = act();
         const QString now = editor().string();
+        m_history = QStringList(m_history.mid(std::max<qsizetype>(0, m_history.size() - 19)))
+            << u"%1 at %2, %3 of %4"_s.arg(m_what).arg(selected.location).arg(selected.length).arg(m_before.size());
         const bool isRight = m_undoes ? m_sheets[tab()].past.contains(now) : allowed.contains(now);
         if (!isRight)
             return u"after \"%1\" at %2, %3 of\n%4\nexpected one of\n%5\nfound\n%6"_s.arg(m_what)
@@ -80,7 +90,14 @@ public:
         editor().findChild<CompletionSession *>()->end();
         if (!QTest::qWaitFor([this] { return !editor().viewport()->findChild<FindIndicator *>(); }))
             return u"the plate stays"_s;
-        return FreshRendering(editor()).difference();
+        const QString wrong = FreshRendering(editor()).difference();
+        if (wrong.isEmpty())
+            return {};
+        const TextRange selected = editor().selectedRange();
+        return u"%1\nafter\n%2\nwith %3, %4 selected in\n%5"_s.arg(wrong, m_history.join(u'\n'))
+            .arg(selected.location)
+            .arg(selected.length)
+            .arg(editor().string());
     }
 
 private:
@@ -323,6 +340,7 @@ private:
     QHash<VXMacroViewController *, Sheet> m_sheets;
     QString m_before;
     QString m_what;
+    QStringList m_history; ///< of the last steps, for the failure
     bool m_undoes = false;
 };
 
@@ -342,7 +360,6 @@ private Q_SLOTS:
 
 void TypistTest::typesAtRandom()
 {
-    const int seconds = qEnvironmentVariableIntValue("RUNEBOOK_TYPIST_SECONDS");
     const quint32 seed = quint32(qEnvironmentVariableIntValue("RUNEBOOK_TYPIST_SEED"));
     constexpr int steps = 500; // where no time is given
     constexpr int stepsBetweenLooks = 12;
@@ -352,7 +369,7 @@ void TypistTest::typesAtRandom()
     clock.start();
     int step = 0;
     int looked = 0;
-    for (; seconds > 0 ? clock.elapsed() < seconds * 1000LL : step < steps; ++step) {
+    for (; secondsToWalk > 0 ? clock.elapsed() < secondsToWalk * 1000LL : step < steps; ++step) {
         const QString wrong = typist.step();
         QVERIFY2(wrong.isEmpty(), qPrintable(u"step %1: %2"_s.arg(step).arg(wrong)));
         if (looks.bounded(stepsBetweenLooks) > 0)
