@@ -3,8 +3,10 @@
 #include "platform/PlainText.h"
 #include "platform/ShownText.h"
 
+#include <QAccessible>
 #include <QHBoxLayout>
 #include <QIcon>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
@@ -82,6 +84,8 @@ void MessageBar::showText(const QString &text)
     m_label->setText(shown);
     m_label->setAccessibleName(shown);
     show();
+    QAccessibleEvent alert(m_label, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
 }
 
 /// Goes, but for what stands until it is closed.
@@ -101,6 +105,7 @@ void MessageBar::ask(const QString &text, const QList<Answer> &answers)
     for (const Answer &answer : answers) {
         auto *button = new QPushButton(answer.text, this);
         button->setAutoDefault(false);
+        button->setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard where it is
         connect(button, &QPushButton::clicked, this, [this, act = answer.act] {
             leave();
             act();
@@ -117,6 +122,16 @@ void MessageBar::removeButtons()
         button->hide();
         button->deleteLater();
     }
+}
+
+void MessageBar::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() != Qt::Key_Escape) {
+        QFrame::keyPressEvent(event);
+        return;
+    }
+    m_standing.clear();
+    leave();
 }
 
 QString MessageBar::text() const

@@ -40,6 +40,7 @@ public:
         m_after = m_manager.currentPlace();
         m_operations = m_manager.performAll(std::move(m_operations), State::Undoing);
         m_manager.giveBack(m_before);
+        setObsolete(m_manager.m_forgetsUndone); // the stack drops it
     }
 
     void redo() override
@@ -206,6 +207,18 @@ void UndoManager::goToStep(int count)
         return;
     closeGroup();
     m_stack.setIndex(count);
+}
+
+void UndoManager::takeBackToStep(int count)
+{
+    if (m_state != State::Recording)
+        return;
+    closeGroup();
+    // Steps that were undone before lie on those that go now.
+    m_forgetsUndone = !m_stack.canRedo();
+    while (m_stack.index() > std::max(count, 0))
+        m_stack.undo();
+    m_forgetsUndone = false;
 }
 
 void UndoManager::removeAllActions()

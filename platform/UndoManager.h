@@ -72,6 +72,8 @@ public: // history
     Q_INVOKABLE void removeAllActions();
     /// Goes back or forward to the state behind the first \a count steps of the stack.
     void goToStep(int count);
+    /// The same for going back, as if the steps behind those had never been: none of them can be redone.
+    void takeBackToStep(int count);
     bool isUndoing() const { return m_state == State::Undoing; }
     bool isRedoing() const { return m_state == State::Redoing; }
     /// True when the document is as it was saved: the clean index of the stack, nothing pending.
@@ -111,6 +113,7 @@ private:
     bool m_closePending = false;
     bool m_wasClean = true;
     bool m_holdsNotice = false;
+    bool m_forgetsUndone = false;
 };
 
 /// One undo step in one scope: opens a group, and closes it when it goes.

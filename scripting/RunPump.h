@@ -39,6 +39,8 @@ public:
     /// painted and nothing interrupted. Not owned; null for none. Not during a run.
     void setStandstillWatcher(StandstillWatcher *watcher) { m_watcher = watcher; }
     bool isRunning() const { return m_isRunning; }
+    /// Whether somebody has asked the run, or the last one, to stop.
+    bool wasStopped() const { return m_stops > 0; }
 
 public Q_SLOTS:
     /// Interrupts the run. When it goes on all the same, the next call interrupts it at every line that it

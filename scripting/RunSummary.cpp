@@ -27,6 +27,7 @@ void RunSummary::begin()
     m_changed.clear();
     m_records.clear();
     m_all.clear();
+    m_touched.clear();
     m_kept.clear();
     m_added = m_removed = 0;
     m_isReset = false;
@@ -56,6 +57,8 @@ void RunSummary::follow()
         connect(glyphs, &VXDocument::infosInserted, this, [this, glyphs](const IndexSet &indexes) {
             m_changed.insert(glyphs);
             m_added += static_cast<qsizetype>(indexes.size());
+            for (const qsizetype index : indexes)
+                note(glyphs->infos()[static_cast<size_t>(index)]);
         });
         connect(glyphs, &VXDocument::infosRemoved, this, [this, glyphs](const IndexSet &indexes) {
             m_changed.insert(glyphs);
@@ -72,9 +75,15 @@ void RunSummary::noteChanges(const std::vector<VXDocument::Change> &changes)
 {
     for (const VXDocument::Change &change : changes) {
         m_records[change.field].insert(change.info.get());
-        if (m_all.insert(change.info.get()).second)
-            m_kept.push_back(change.info);
+        m_all.insert(change.info.get());
+        note(change.info);
     }
+}
+
+void RunSummary::note(const InfoPtr &info)
+{
+    if (m_touched.insert(info.get()).second)
+        m_kept.push_back(info);
 }
 
 QStringList RunSummary::changes() const

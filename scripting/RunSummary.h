@@ -20,10 +20,13 @@ public:
     void begin();
     /// The line; the counting is over.
     QString end();
+    /// How many glyphs have been changed, added or removed so far, or in the last run.
+    qsizetype glyphs() const { return static_cast<qsizetype>(m_touched.size()) + m_removed; }
 
 private:
     void follow();
     void noteChanges(const std::vector<VXDocument::Change> &changes);
+    void note(const InfoPtr &info);
     QStringList changes() const;
 
     QElapsedTimer m_clock;
@@ -31,6 +34,7 @@ private:
     QSet<VXDocument *> m_changed; ///< likewise
     std::map<GlyphField, std::set<const VXGlyphInfo *>> m_records; ///< likewise
     std::set<const VXGlyphInfo *> m_all;
+    std::set<const VXGlyphInfo *> m_touched; ///< those that were added as well
     InfoList m_kept; ///< so that no address comes twice
     qsizetype m_added = 0;
     qsizetype m_removed = 0;

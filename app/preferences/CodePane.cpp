@@ -26,6 +26,7 @@ CodePane::CodePane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui:
     SettingBinding::bind(m_ui->fontSize, u"MacroCodeFontSize"_s, kUsualFontSize);
     SettingBinding::bind(m_ui->consoleLines, u"VXConsoleLineLimit"_s, kUsualConsoleLines);
     SettingBinding::bind(m_ui->wrapColumn, u"MacroWrapColumn"_s, kUsualWrapColumn);
+    SettingBinding::bind(m_ui->indentation, u"MacroIndentation"_s);
     SettingBinding::bind(m_ui->closesBrackets, u"MacroClosesBrackets"_s);
     connect(m_ui->fontSize, &QSpinBox::valueChanged, this, &CodePane::showSample);
     showSample();

@@ -1,6 +1,7 @@
 #include "app/preferences/PythonPane.h"
 
 #include "app/AboutBox.h"
+#include "app/preferences/SettingBinding.h"
 #include "platform/Background.h"
 #include "platform/PlainText.h"
 #include "platform/UserDefaults.h"
@@ -59,6 +60,7 @@ PythonPane::PythonPane(QWidget *parent)
     connect(m_ui->add, &QPushButton::clicked, this, &PythonPane::askForLibrary);
     connect(m_ui->remove, &QPushButton::clicked, this, [this] { m_ui->installations->setCurrentRow(0); });
     showStatus({});
+    SettingBinding::bind(m_ui->afterFailedRun, u"VXAfterFailedRun"_s);
     setUpPackages();
 }
 

@@ -3,6 +3,7 @@
 #include "platform/UserDefaults.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -43,6 +44,16 @@ void bind(QSpinBox *box, const QString &key, int fallback)
     });
     QObject::connect(box, &QSpinBox::valueChanged, box,
                      [key](int value) { UserDefaults::standard().setObjectForKey(value, key); });
+}
+
+void bind(QComboBox *box, const QString &key)
+{
+    follow(box, key, [box, key] {
+        const int row = UserDefaults::standard().integerForKey(key);
+        box->setCurrentIndex(row >= 0 && row < box->count() ? row : 0);
+    });
+    QObject::connect(box, &QComboBox::currentIndexChanged, box,
+                     [key](int row) { UserDefaults::standard().setObjectForKey(row, key); });
 }
 
 void bind(QLineEdit *field, const QString &key)

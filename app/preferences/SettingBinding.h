@@ -3,6 +3,7 @@
 #include <QString>
 
 class QCheckBox;
+class QComboBox;
 class QLineEdit;
 class QSpinBox;
 
@@ -14,6 +15,8 @@ namespace runebook::SettingBinding {
 void bind(QCheckBox *box, const QString &key);
 /// An unset setting reads as its registered fallback, else as \a fallback.
 void bind(QSpinBox *box, const QString &key, int fallback);
+/// By the number of the row; the first one stands for an unset setting.
+void bind(QComboBox *box, const QString &key);
 /// Written when the field is left; an empty one removes the setting.
 void bind(QLineEdit *field, const QString &key);
 

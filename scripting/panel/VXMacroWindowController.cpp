@@ -6,6 +6,7 @@
 #include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "scripting/RunPump.h"
+#include "scripting/RunQuestion.h"
 #include "scripting/RunSummary.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/bridge/ScriptApplication.h"
@@ -63,6 +64,7 @@ VXMacroWindowController::VXMacroWindowController(QObject *parent) : QObject(pare
     m_latestSaveTimer.setSingleShot(true);
     for (QTimer *timer : {&m_saveTimer, &m_latestSaveTimer})
         connect(timer, &QTimer::timeout, this, &VXMacroWindowController::saveMacroTabs);
+    followRuns();
 }
 
 VXMacroWindowController::~VXMacroWindowController() = default;
@@ -177,11 +179,25 @@ void VXMacroWindowController::setUpRuns()
     connect(m_window->parts().prompt, &PromptLine::aboutToRun, this,
             &VXMacroWindowController::tellOfMissingPython);
     connect(&pump, &RunPump::pumped, m_window->parts().consoleText, &ConsoleView::showPending);
-    auto *summary = new RunSummary(m_window.get());
-    connect(&pump, &RunPump::runStarted, summary, &RunSummary::begin);
-    connect(&pump, &RunPump::runEnded, summary,
-            [this, summary] { m_window->statusBar()->showMessage(summary->end()); });
+    m_runQuestion->setPanel(m_window.get());
+    connect(this, &VXMacroWindowController::summedUp, m_window->statusBar(),
+            [bar = m_window->statusBar()](const QString &line) { bar->showMessage(line); });
     connect(&pump, &RunPump::runEnded, m_window.get(), [this] { m_window->setRunning(false); });
+}
+
+/// Scripts of the Scripts menu run without the panel's window as well.
+void VXMacroWindowController::followRuns()
+{
+    auto *summary = new RunSummary(this);
+    m_runQuestion = new RunQuestion(*summary, this);
+    const RunPump &pump = RunPump::shared();
+    connect(&pump, &RunPump::runStarted, summary, &RunSummary::begin);
+    connect(&pump, &RunPump::runStarted, m_runQuestion, &RunQuestion::begin);
+    connect(&pump, &RunPump::runEnded, summary, [this, summary] {
+        Q_EMIT summedUp(summary->end());
+        m_runQuestion->end();
+    });
+    connect(m_runQuestion, &RunQuestion::tookBack, this, &VXMacroWindowController::summedUp);
 }
 
 VXTabBarControl *VXMacroWindowController::tabBarControl()

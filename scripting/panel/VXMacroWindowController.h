@@ -17,6 +17,7 @@ class VXTabBarControl;
 
 namespace runebook {
 class ConsoleView;
+class RunQuestion;
 class ScriptFiles;
 class SnippetsPopup;
 } // namespace runebook
@@ -154,6 +155,8 @@ Q_SIGNALS:
     /// The console was given \a text, whether the window shows it or not.
     void wrote(const QString &text);
     void wroteError(const QString &text);
+    /// A run is over, or was taken back; \a line says what that has changed.
+    void summedUp(const QString &line);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -168,6 +171,7 @@ private:
     void setUpConsoleFont();
     void setUpEmphasis();
     void setUpRuns();
+    void followRuns();
     void tellOfMissingPython();
     void fontSizeChanged();
     void saveAll();
@@ -188,6 +192,7 @@ private:
     QPointer<VXMacroViewController> m_lastRun; ///< whose lines "<macro>" means
     QList<QVariantMap> m_closedTabs; ///< the last one closed last
     QMenu *m_tabMenu = nullptr; // the window's
+    runebook::RunQuestion *m_runQuestion = nullptr; // owned as a child
     runebook::ScriptFiles *m_scriptFiles = nullptr; // owned as a child
     bool m_isQuitting = false;
 };

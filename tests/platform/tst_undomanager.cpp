@@ -296,7 +296,7 @@ void TestUndoManager::agreesWithAListOfTexts()
     qsizetype place = 0;
     qsizetype cleanPlace = 0;
     for (int round = 0; round < 5'000; ++round) {
-        switch (random.bounded(5)) {
+        switch (random.bounded(6)) {
         case 0:
         case 1: {
             const UndoGroup group(&t.manager);
@@ -320,6 +320,17 @@ void TestUndoManager::agreesWithAListOfTexts()
             t.manager.redo();
             place = qMin(texts.size() - 1, place + 1);
             break;
+        case 4: { // rarely, or there were no history
+            const qsizetype back = random.bounded(10) == 0 ? random.bounded(4) : 0;
+            const bool isForgotten = place == texts.size() - 1;
+            t.manager.takeBackToStep(int(place - back));
+            place = qMax<qsizetype>(0, place - back);
+            if (isForgotten)
+                texts.resize(place + 1);
+            if (cleanPlace >= texts.size())
+                cleanPlace = -1;
+            break;
+        }
         default:
             if (random.bounded(10) == 0) {
                 t.manager.setClean();
