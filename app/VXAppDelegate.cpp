@@ -14,10 +14,12 @@
 #include "platform/DocumentPanels.h"
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
+#include "scripting/RunIndicator.h"
 #include "scripting/RunPump.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindowController.h"
 
+#include <QBoxLayout>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QUrl>
@@ -184,8 +186,12 @@ void VXAppDelegate::showMacroPanel()
 
 QObject *VXAppDelegate::compareWindow()
 {
-    if (!m_compareWindow)
-        m_compareWindow = new VXCompareDataWindow;
+    if (m_compareWindow)
+        return m_compareWindow;
+    m_compareWindow = new VXCompareDataWindow;
+    // At the lower end, where nothing moves when a script starts or ends.
+    auto *column = static_cast<QBoxLayout *>(m_compareWindow->outlet(u"detailPanel"_s)->layout());
+    column->addWidget(new RunIndicator(RunIndicator::Stop::WithButton), 0, Qt::AlignRight);
     return m_compareWindow;
 }
 

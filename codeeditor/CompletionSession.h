@@ -25,6 +25,8 @@ class CompletionSession : public QObject
 public:
     enum class Origin { ByItself, OnRequest };
     Q_ENUM(Origin)
+    /// So many characters of a name make a list come up by itself.
+    static constexpr int lettersToBegin = 2;
 
     /// For \a editor, which owns it.
     explicit CompletionSession(QWidget *editor);

@@ -11,13 +11,6 @@
 
 using namespace runebook;
 
-namespace {
-
-/// So many characters of a name make the list of completions appear by itself.
-constexpr int charactersUntilCompletion = 2;
-
-} // namespace
-
 void JSTTextView::setUpCompletions()
 {
     m_completions = new CompletionSession(this);
@@ -87,7 +80,7 @@ void JSTTextView::updateCompletions(const QString &typed, bool erases)
 bool JSTTextView::wantsNoCompletions(TextRange range, const QString &partial) const
 {
     const auto *coloured = qobject_cast<const JSTDocument *>(m_delegate.data());
-    return (!partial.contains(u'.') && partial.size() < charactersUntilCompletion)
+    return (!partial.contains(u'.') && partial.size() < CompletionSession::lettersToBegin)
         || (coloured && range.length > 0 && coloured->isInStringOrComment(range.end() - 1));
 }
 

@@ -137,6 +137,18 @@ qsizetype endOfString(QStringView text, qsizetype start)
     return index;
 }
 
+bool isInStringOrComment(QStringView line, qsizetype index)
+{
+    const QString front = line.left(index).toString() + u' '; // which a string that has no end yet takes along
+    qsizetype at = 0;
+    while (at < index) {
+        if (front[at] == u'#')
+            return true;
+        at = front[at] == u'"' || front[at] == u'\'' ? endOfString(front, at) : at + 1;
+    }
+    return at > index;
+}
+
 qsizetype endOfBlock(QStringView text, qsizetype start, qsizetype skip, QStringView terminator, bool escapes)
 {
     qsizetype index = start + skip;

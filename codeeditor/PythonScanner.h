@@ -20,6 +20,10 @@ qsizetype endOfNumber(QStringView text, qsizetype start);
 /// the text.
 qsizetype endOfString(QStringView text, qsizetype start);
 
+/// Whether what is written at \a index of \a line, which no string from a line before reaches into, becomes part
+/// of a string or a comment.
+bool isInStringOrComment(QStringView line, qsizetype index);
+
 /// A block from \a start (its first \a skip units are the opening) through \a terminator or to the end.
 qsizetype endOfBlock(QStringView text, qsizetype start, qsizetype skip, QStringView terminator, bool escapes);
 

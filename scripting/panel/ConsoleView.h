@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codeeditor/TextRange.h"
+#include "platform/WheelSteps.h"
 #include "scripting/panel/ConsoleBuffer.h"
 #include "scripting/panel/EscapeFilter.h"
 
@@ -141,7 +142,7 @@ private:
     bool m_isReturned = false; ///< the next text begins the last line anew
     bool m_isInTraceback = false;
     QTextCursor m_classScan; ///< up to where classes of errors have been looked for
-    int m_wheelDelta = 0;
+    WheelSteps m_wheel;
     bool m_hasOddEnds = false; ///< some block does not end in a plain line feed
     QStringList m_pressedLink;
 };

@@ -125,11 +125,8 @@ void ConsoleView::wheelEvent(QWheelEvent *event)
         return;
     }
     // The view's own way makes this text larger and no other, and forgets it.
-    m_wheelDelta += event->angleDelta().y();
-    if (const int steps = m_wheelDelta / QWheelEvent::DefaultDeltasPerStep) {
-        m_wheelDelta -= steps * QWheelEvent::DefaultDeltasPerStep;
+    if (const int steps = m_wheel.take(*event))
         Q_EMIT zoomRequested(steps);
-    }
     event->accept();
 }
 

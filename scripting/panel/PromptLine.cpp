@@ -2,10 +2,12 @@
 
 #include "codeeditor/CompletionRules.h"
 #include "codeeditor/CompletionSession.h"
+#include "codeeditor/PythonScanner.h"
 #include "scripting/LiveCompletion.h"
 #include "scripting/PromptRun.h"
 
 #include <QKeyEvent>
+#include <algorithm>
 #include <limits>
 
 namespace runebook {
@@ -89,7 +91,10 @@ void PromptLine::keyPressEvent(QKeyEvent *event)
 {
     if (m_completions->handleKey(*event) || handleHistoryKey(*event))
         return;
-    const bool wasOffering = m_completions->isOpen();
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::ControlModifier) {
+        complete();
+        return;
+    }
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         submit();
         return;
@@ -97,14 +102,13 @@ void PromptLine::keyPressEvent(QKeyEvent *event)
     m_isTyping = true;
     QLineEdit::keyPressEvent(event);
     m_isTyping = false;
-    const bool erases = event->key() == Qt::Key_Backspace;
+    static const QList<int> modifiers {Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_Meta};
+    const bool erases = event->key() == Qt::Key_Backspace && m_completions->isOpen();
     const bool types = !event->text().isEmpty() && event->text().back().isPrint();
-    if (wasOffering && (types || erases) && !nameBeforeCaret().isEmpty()) {
-        const CompletionContext context = contextAtCaret();
-        offer(liveNames(context.path, context.start), false);
-    } else if (event->key() != Qt::Key_Shift) {
+    if (types || erases)
+        offerByItself();
+    else if (!modifiers.contains(event->key()))
         m_completions->end();
-    }
 }
 
 bool PromptLine::handleHistoryKey(const QKeyEvent &event)
@@ -160,6 +164,21 @@ void PromptLine::complete()
         replaceName(context.front + start);
     if (known.names.size() > 1)
         offer(known, true);
+}
+
+/// As in a tab: from the second letter of a name on, or behind the dot of an object that is known.
+void PromptLine::offerByItself()
+{
+    const CompletionContext context = contextAtCaret();
+    const bool isBegun =
+        context.afterDot ? !context.path.isEmpty() : context.start.size() >= CompletionSession::lettersToBegin;
+    const bool isCode = !hasSelectedText() && !python::isInStringOrComment(text(), cursorPosition());
+    KnownNames known = isBegun && isCode ? liveNames(context.path, context.start) : KnownNames();
+    // A name typed to its end wants no help.
+    const auto isTyped = [&context](const Completion &one) { return one.text == context.start; };
+    if (std::any_of(known.names.cbegin(), known.names.cend(), isTyped))
+        known.names.clear();
+    offer(known, false);
 }
 
 void PromptLine::offer(const KnownNames &known, bool onRequest)

@@ -11,8 +11,8 @@ struct CompletionContext;
 struct KnownNames;
 
 /// One line of Python below the console: Return evaluates it in "__main__" and shows the value as an
-/// interactive session does. Up and Down walk through what was entered before, Tab completes names from live
-/// objects.
+/// interactive session does. Up and Down walk through what was entered before. Names of live objects are offered as in a
+/// tab; Tab without a list completes at once what is certain.
 class PromptLine : public QLineEdit
 {
     Q_OBJECT
@@ -41,6 +41,7 @@ private:
     QString nameBeforeCaret() const;
     void replaceName(const QString &name);
     CompletionContext contextAtCaret() const;
+    void offerByItself();
     void offer(const KnownNames &known, bool onRequest);
 
     PromptHistory m_history;

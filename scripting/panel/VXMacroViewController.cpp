@@ -189,10 +189,7 @@ bool VXMacroViewController::zoomByWheel(const QWheelEvent &wheel)
 {
     if (!wheel.modifiers().testFlag(Qt::ControlModifier))
         return false;
-    m_wheelDelta += wheel.angleDelta().y();
-    const int steps = m_wheelDelta / QWheelEvent::DefaultDeltasPerStep;
-    m_wheelDelta -= steps * QWheelEvent::DefaultDeltasPerStep;
-    zoomBySteps(steps);
+    zoomBySteps(m_wheel.take(wheel));
     return true;
 }
 

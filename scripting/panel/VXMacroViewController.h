@@ -3,6 +3,7 @@
 #include "codeeditor/JSTTextViewDelegate.h"
 #include "codeeditor/TextRange.h"
 #include "platform/FileState.h"
+#include "platform/WheelSteps.h"
 
 #include <QFont>
 #include <QObject>
@@ -13,7 +14,6 @@
 
 class JSTDocument;
 class JSTTextView;
-class QWheelEvent;
 class QWidget;
 
 Q_MOC_INCLUDE("codeeditor/JSTDocument.h")
@@ -130,7 +130,7 @@ private:
     QPointer<JSTTextView> m_macroText;
     JSTDocument *m_document = nullptr; // owned as a child
     int m_macroFontSize = 0;
-    int m_wheelDelta = 0; ///< not yet a step
+    runebook::WheelSteps m_wheel;
     std::optional<QFont> m_macroFont;
     QFont m_macroFontBold;
     QFont m_macroFontItalic;

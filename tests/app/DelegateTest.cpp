@@ -11,8 +11,10 @@
 #include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
 #include "platform/ValueTransformer.h"
-#include "scripting/RunPump.h"
 #include "platform/UndoManager.h"
+#include "scripting/RunIndicator.h"
+#include "scripting/RunPump.h"
+#include "scripting/ScriptRun.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
@@ -24,6 +26,7 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QToolButton>
 #include <malloc.h>
 
 using namespace runebook;
@@ -124,6 +127,8 @@ private Q_SLOTS:
     void keepsEverythingWhenTheDesktopEnds();
     void followsTheAutosaveDelay();
     void givesDocumentsOfScriptsWindows();
+    void stopsFromTheCompareWindow();
+    void asksInTheWindowWhatBecomesOfChanges();
 
 private:
     VXAppDelegate &m_delegate;
@@ -732,6 +737,56 @@ void DelegateTest::givesDocumentsOfScriptsWindows()
     QCOMPARE(controller().documentList().size(), 3);
     for (const Document *document : controller().documentList())
         QTRY_VERIFY(document->windowController() && document->windowController()->isVisible());
+}
+
+void DelegateTest::stopsFromTheCompareWindow()
+{
+    VXScriptingHandler::sharedHandler();
+    RunPump::shared().start();
+    m_delegate.showCompareWindow();
+    const auto *indicator = qobject_cast<QWidget *>(m_delegate.compareWindow())->findChild<RunIndicator *>();
+    QVERIFY(indicator && !indicator->isVisible());
+    QString shown;
+    const auto stop = connect(&RunPump::shared(), &RunPump::pumped, this, [&] {
+        shown = indicator->isVisible() ? indicator->text() : QString();
+        indicator->findChild<QToolButton *>()->click();
+    });
+    runPanelCode(u"while True: pass"_s, u"Endless"_s);
+    disconnect(stop);
+    RunPump::shared().end();
+    QCOMPARE(shown, u"Running “Endless”…"_s);
+    QVERIFY(!indicator->isVisible());
+}
+
+/// A script of the menu fails while the panel is closed; the window's own table shows what is taken back.
+void DelegateTest::asksInTheWindowWhatBecomesOfChanges()
+{
+    const QTemporaryDir folder;
+    VXScriptingHandler::sharedHandler();
+    RunPump::shared().start();
+    m_delegate.openAtStart({tinyFile(folder, u"tiny.xml"_s)});
+    QTRY_VERIFY(controller().documentList().size() == 1 && frontWindow());
+    QVERIFY(QTest::qWaitForWindowActive(frontWindow()));
+    const auto *document = qobject_cast<VXDocument *>(controller().documentList().first());
+    const auto answer = [](const QString &text) {
+        QPushButton *button = nullptr;
+        const auto isAsked = [&button, text] {
+            for (QPushButton *one : frontWindow()->findChildren<QPushButton *>())
+                button = one->isVisible() && one->text() == text ? one : button;
+            return button != nullptr;
+        };
+        return QTest::qWaitFor(isAsked) ? (QTest::mouseClick(button, Qt::LeftButton), !button->isVisible()) : false;
+    };
+    runPanelCode(u"Doc[0].name = 'kept'\n1/0"_s);
+    QVERIFY(answer(u"&Keep"_s));
+    runPanelCode(u"Doc[0].name = 'lost'\nDoc.addInfo_(newInfo('new'))\n1/0"_s);
+    QCOMPARE(document->countOfInfos(), 3);
+    QVERIFY(answer(u"&Take Back"_s));
+    QCOMPARE(document->infos().front()->name(), u"kept"_s);
+    QCOMPARE(frontWindow()->findChild<GlyphTableView *>()->model()->rowCount(), 2);
+    const auto *bar = frontWindow()->findChildren<MessageBar *>().last();
+    QVERIFY2(bar->isVisible() && bar->text().startsWith("Taken back"_L1), qPrintable(bar->text()));
+    RunPump::shared().end();
 }
 
 RUNEBOOK_APP_TEST_MAIN(DelegateTest)

@@ -20,6 +20,7 @@
 #include <QAbstractButton>
 #include <QDropEvent>
 #include <QFileDialog>
+#include <QHelpEvent>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMenu>
@@ -30,6 +31,7 @@
 #include <QStatusBar>
 #include <QTextBlock>
 #include <QTimer>
+#include <QToolTip>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -105,8 +107,6 @@ private Q_SLOTS:
     void refusesWhatIsNoScript();
     void isClearedByTheMenuAtOnce();
     void asksForInput();
-    void saysWhatARunChanged_data();
-    void saysWhatARunChanged();
     void restoresTabs_data();
     void restoresTabs();
     void keepsTabsOverARestart();
@@ -132,6 +132,7 @@ private Q_SLOTS:
     void showsThatItRuns();
     void evaluatesAndCompletes();
     void renamesTabsWithTheMouse();
+    void tellsWhatTabsHold();
     void answersScripts_data();
     void answersScripts();
 
@@ -349,43 +350,6 @@ void MacroPanelTest::asksForInput()
     QVERIFY2(panel.write().contains(u"EOFError"_s), qPrintable(panel.write()));
     QCOMPARE(asked, 3);
     VXScriptingHandler::sharedHandler()->setMacroPanelController(nullptr);
-}
-
-void MacroPanelTest::saysWhatARunChanged_data()
-{
-    QTest::addColumn<QString>("code");
-    QTest::addColumn<QString>("line"); // with the time left out
-    const auto row = [](const char *code, const char *line) {
-        QTest::newRow(code) << QString::fromUtf8(code) << QString::fromUtf8(line);
-    };
-    row("for i in Doc: i.name += 'x'", "Renamed 3 glyphs, one undo step");
-    row("Doc[0].name = 'x'; Doc[0].name = 'y'", "Renamed 1 glyph, one undo step");
-    row("Doc[0].name = 'x'; Doc[1].category = 'y'; Doc.addInfo_(newInfo('n'))",
-        "Changed 2 glyphs, added 1 glyph, one undo step");
-    row("Doc.removeObjectFromInfosAtIndex_(0)", "Removed 1 glyph, one undo step");
-    row("print(len(Doc))", "Changed nothing");
-    row("Doc[0].name = 'x'\n1/0", "Ended by an error. Renamed 1 glyph, one undo step");
-}
-
-void MacroPanelTest::saysWhatARunChanged()
-{
-    VXMacroWindowController panel;
-    panel.showPanel();
-    auto document = std::make_unique<VXDocument>();
-    for (const QString &name : {u"a"_s, u"b"_s, u"c"_s}) {
-        const auto info = std::make_shared<VXGlyphInfo>();
-        info->setName(name);
-        document->addInfo(info);
-    }
-    document->flushChanges();
-    DocumentController::shared().addDocument(document.get());
-    QFETCH(QString, code);
-    runPanelCode(code);
-    static const QRegularExpression time(u" \\(\\d+\\.\\d s\\)"_s);
-    QString line = panel.window()->statusBar()->currentMessage();
-    QVERIFY2(time.match(line).hasMatch(), qPrintable(line));
-    QTEST(line.remove(time), "line");
-    document.release()->close();
 }
 
 void MacroPanelTest::restoresTabs_data()
@@ -902,6 +866,24 @@ public:
 private:
     QObject *m_panel;
 };
+
+/// Title and first line in a tip, as they stand.
+void MacroPanelTest::tellsWhatTabsHold()
+{
+    Panel panel;
+    panel.controller.addMacroTitle(u"\n  # <b>first</b> & more\nsecond"_s, u"<i>"_s);
+    panel.controller.addMacroTitle({}, u"empty"_s);
+    const QStringList wanted {u"&lt;i&gt;\n# &lt;b&gt;first&lt;/b&gt; &amp; more"_s, u"empty"_s};
+    for (qsizetype i = 0; i < wanted.size(); ++i) {
+        const auto cells = panel.bar().cells();
+        const QPoint place = cells[cells.size() - wanted.size() + i]->frame().center().toPoint();
+        QHelpEvent hover(QEvent::ToolTip, place, panel.bar().mapToGlobal(place));
+        QApplication::sendEvent(&panel.bar(), &hover);
+        QString shown = QToolTip::text();
+        shown.replace(u"<br/>"_s, u"\n"_s).replace(u"<br>"_s, u"\n"_s);
+        QVERIFY2(shown.contains(wanted[i]), qPrintable(shown));
+    }
+}
 
 void MacroPanelTest::answersScripts_data()
 {

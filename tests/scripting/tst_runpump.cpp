@@ -107,6 +107,7 @@ private Q_SLOTS:
     void describesNames_data();
     void describesNames();
     void runsNoCodeForCompletion();
+    void completesInThePrompt_data();
     void completesInThePrompt();
 
 private:
@@ -801,20 +802,47 @@ void RunPumpTest::runsNoCodeForCompletion()
     QTRY_COMPARE_WITH_TIMEOUT(liveCompletions(u"prin"_s), QStringList {u"print"_s}, 30000);
 }
 
+void RunPumpTest::completesInThePrompt_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QList<int>>("keys");
+    QTest::addColumn<QString>("text"); // then; "ran" for what was run
+    const auto row = [](const char *name, const char *typed, const QList<int> &keys, const char *text) {
+        QTest::newRow(name) << QString::fromUtf8(typed) << keys << QString::fromUtf8(text);
+    };
+    const int request = (Qt::CTRL | Qt::Key_Space).toCombined();
+    row("Tab takes the one that stands out", "print(unmis", {Qt::Key_Tab}, "print(unmistakable");
+    row("an arrow chooses", "unmistakable.spl", {Qt::Key_Down, Qt::Key_Tab}, "unmistakable.splitlines");
+    row("Return takes what was chosen", "unmistakable.spl", {Qt::Key_Down, Qt::Key_Return}, "unmistakable.splitlines");
+    row("Return runs what was not", "print('ran') # unmis", {Qt::Key_Return}, "ran");
+    row("Return beside a list", "0 if unmis", {Qt::Key_Return}, "");
+    row("behind a dot", "unmistakable.", {Qt::Key_Tab}, "unmistakable.capitalize");
+    row("asked for", "unmistakable.sp", {Qt::Key_Escape, request, Qt::Key_Down, Qt::Key_Return}, "unmistakable.splitlines");
+    row("one that is certain", "unm", {Qt::Key_Escape, request}, "unmistakable");
+    row("not by one letter", "u", {Qt::Key_Down}, "u");
+    row("not in a string", "'unmis", {Qt::Key_Down}, "'unmis");
+    row("behind a string", "'\\'' + unmis", {Qt::Key_Tab}, "'\\'' + unmistakable");
+    row("not for a name that is whole", "print", {Qt::Key_Down}, "print");
+    row("typing on", "unm", {Qt::Key_I, Qt::Key_Backspace, Qt::Key_Tab}, "unmistakable");
+    row("not behind a caret that went", "unm", {Qt::Key_Left, Qt::Key_Down}, "unm");
+}
+
 void RunPumpTest::completesInThePrompt()
 {
+    QFETCH(QString, typed);
+    QFETCH(QList<int>, keys);
+    QFETCH(QString, text);
     run(u"unmistakable = 'text'"_s);
     PromptLine prompt;
     prompt.show();
-    QTest::keyClicks(&prompt, u"print(unmis"_s);
-    QTest::keyClick(&prompt, Qt::Key_Tab);
-    QCOMPARE(prompt.text(), u"print(unmistakable"_s);
-    QTest::keyClicks(&prompt, u".spl"_s);
-    QTest::keyClick(&prompt, Qt::Key_Tab); // split and splitlines
-    QCOMPARE(prompt.text(), u"print(unmistakable.split"_s);
-    QTest::keyClick(&prompt, Qt::Key_Down);
-    QTest::keyClick(&prompt, Qt::Key_Tab);
-    QCOMPARE(prompt.text(), u"print(unmistakable.splitlines"_s);
+    prompt.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&prompt));
+    QTest::keyClicks(&prompt, typed);
+    for (const int key : keys)
+        QTest::keyClick(&prompt, Qt::Key(key & ~Qt::CTRL), key & Qt::CTRL ? Qt::ControlModifier : Qt::NoModifier);
+    if (text == "ran"_L1)
+        QVERIFY(m_panel->console->string().endsWith(u"\nran\n"_s));
+    QCOMPARE(prompt.text(), text == "ran"_L1 ? QString() : text);
 }
 
 RUNEBOOK_TEST_MAIN(RunPumpTest)
