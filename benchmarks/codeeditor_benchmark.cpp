@@ -178,18 +178,39 @@ void toggleComments(benchmark::State &state)
     }
 }
 
-/// A line without a blank: the longest there are come from data that was pasted.
-void typeIntoLongLine(benchmark::State &state, int length)
+/// What a long line is made of: letters without a blank, as pasted data has them, or code of every colour.
+QString longLine(bool isCode, int length)
+{
+    return QString(isCode ? u"print(x[1], 'a') or "_s : u"a"_s).repeated(length).left(length);
+}
+
+void typeIntoLongLine(benchmark::State &state, bool isCode, int length)
 {
     Editor editor;
-    editor.view.setString(QString(length, u'a'));
+    editor.view.setString(longLine(isCode, length));
     typeInto(state, editor.view);
 }
 
-void zoomLongLine(benchmark::State &state, int length)
+void openLongLine(benchmark::State &state, bool isCode, int length)
+{
+    const QString line = longLine(isCode, length);
+    Editor editor;
+    editor.view.show();
+    QApplication::processEvents();
+    for ([[maybe_unused]] auto _ : state) {
+        editor.view.setString(line);
+        QApplication::processEvents();
+        state.PauseTiming();
+        editor.view.setString({});
+        QApplication::processEvents();
+        state.ResumeTiming();
+    }
+}
+
+void zoomLongLine(benchmark::State &state, bool isCode, int length)
 {
     Editor editor;
-    editor.view.setString(QString(length, u'a'));
+    editor.view.setString(longLine(isCode, length));
     editor.view.show();
     QApplication::processEvents();
     int size = 13;
@@ -210,10 +231,14 @@ void registerAll()
     add("type-character/500000:peer", &typeCharacterPeer);
     add("match-brace/500000", &matchBrace);
     add("comment-toggle/100000", &toggleComments);
-    for (const int length : {100'000, 1'000'000}) {
-        const std::string size = std::to_string(length);
-        add(("long-line-key/" + size).c_str(), [length](auto &state) { typeIntoLongLine(state, length); });
-        add(("long-line-zoom/" + size).c_str(), [length](auto &state) { zoomLongLine(state, length); });
+    for (const bool isCode : {false, true}) {
+        for (const int length : {100'000, 1'000'000}) {
+            const std::string name = isCode ? "long-code-" : "long-line-";
+            const std::string size = '/' + std::to_string(length);
+            add((name + "open" + size).c_str(), [=](auto &state) { openLongLine(state, isCode, length); });
+            add((name + "key" + size).c_str(), [=](auto &state) { typeIntoLongLine(state, isCode, length); });
+            add((name + "zoom" + size).c_str(), [=](auto &state) { zoomLongLine(state, isCode, length); });
+        }
     }
     add("line-table/100000", &countLines)->UseManualTime()->Iterations(200);
     const QString peer = QApplication::applicationDirPath() + u"/codeeditor_peer"_s;

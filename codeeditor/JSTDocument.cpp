@@ -221,14 +221,14 @@ bool JSTDocument::showsBlanks() const
     return m_storage->defaultTextOption().flags().testFlag(QTextOption::ShowTabsAndSpaces);
 }
 
-/// The attributes of a blank that is kept out of the layout.
+/// The attributes of what is kept out of the layout: blanks, and the last of very many pieces in one line.
 QVariantMap JSTDocument::blankAttributes(int index, TextRange *range) const
 {
     TextRange run;
     const int format = m_runs.formatAt(index, &run);
     if (run.contains(index))
         *range = range->intersected(run);
-    if (format == TokenFormats::none || !m_formats.isInvisible(format))
+    if (format == TokenFormats::none)
         return {};
     return attributesFromFormat(m_formats.at(format));
 }

@@ -37,7 +37,7 @@ JSTTextView::JSTTextView(QWidget *parent)
             delegate->textDidChange(this);
     });
     setUpCompletions();
-    connect(document(), &QTextDocument::contentsChanged, this, &JSTTextView::markBraces);
+    followBraces();
 }
 
 JSTTextView::~JSTTextView()
@@ -183,7 +183,7 @@ void JSTTextView::textViewDidChangeSelection()
 {
     const TextRange selection = selectedRange();
     const TextRange old = std::exchange(m_lastSelection, selection);
-    markBraces(); // also for a caret that an undo took away and brought back between two notes
+    markBraces();
     if (old == selection)
         return;
     if (JSTTextViewDelegate *delegate = delegateInterface())

@@ -123,6 +123,7 @@ private:
     /// The brace in \a searched that belongs to the one at \a index; the text is read piece by piece.
     std::optional<runebook::TextRange> matchingBrace(int index, runebook::TextRange searched) const;
     runebook::TextRange wholeText() const;
+    void followBraces();
     void markBraces();
     bool typePair(QChar typed);
     bool deletePair();
@@ -151,6 +152,7 @@ private:
     VXLineNumberView *m_lineNumberView = nullptr; // owned as a child
     runebook::CompletionSession *m_completions; // owned as a child
     runebook::TextRange m_lastSelection;
+    runebook::TextRange m_markedSelection; ///< the one that the marked braces belong to
     runebook::TextRange m_completedRange;
     QString m_partialWord; // what stood there
     UserEvent m_userEvent = UserEvent::None;

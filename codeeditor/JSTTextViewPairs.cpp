@@ -111,10 +111,21 @@ std::optional<TextRange> JSTTextView::matchingBrace(int index, TextRange searche
     });
 }
 
+void JSTTextView::followBraces()
+{
+    connect(document(), &QTextDocument::contentsChanged, this, &JSTTextView::markBraces);
+    // An undo moves the caret with the text, then puts it where it was before, and tells nobody.
+    const auto markAgain = [this] {
+        if (selectedRange() != m_markedSelection)
+            markBraces();
+    };
+    connect(document(), &QTextDocument::contentsChanged, this, markAgain, Qt::QueuedConnection);
+}
+
 /// Colours the brace at the caret, the one in front of it first, and its partner.
 void JSTTextView::markBraces()
 {
-    const TextRange caret = selectedRange();
+    const TextRange caret = m_markedSelection = selectedRange();
     const TextRange near = TextRange {std::max(0, caret.location - markedWithin), 2 * markedWithin}.clampedTo(
         m_storage->length());
     QList<QTextEdit::ExtraSelection> marks;

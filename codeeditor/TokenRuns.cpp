@@ -153,7 +153,8 @@ TextRange TokenRuns::applyTo(const QTextDocument &document, TextRange range,
         for (; inBlock != m_runs.end() && inBlock->start < end; ++inBlock) {
             const int first = std::max(inBlock->start, start);
             const int last = std::min(inBlock->end(), end);
-            if (last <= first || formats.isInvisible(inBlock->format))
+            if (last <= first || formats.isInvisible(inBlock->format)
+                || (!isShaped && overlay.size() >= mostPiecesUnshaped))
                 continue;
             fillTo(first);
             overlay.append({first - start, last - first,

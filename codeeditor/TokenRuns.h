@@ -18,6 +18,10 @@ public:
     /// Text behind this many characters is not coloured.
     static constexpr int colouredLength = 500'000;
 
+    /// A paragraph that is too long to be shaped is painted in colours up to so many pieces: each row that ends
+    /// inside of a piece moves all pieces behind it. formatAt() knows the others as well.
+    static constexpr int mostPiecesUnshaped = 5'000;
+
     /// Asks \a tokenizer, which holds a text of \a textLength units, for all its tokens.
     void scan(TDTokenizer &tokenizer, const TokenFormats &formats, int textLength);
     /// Makes of the runs of a text those of the text in which, at \a from, \a removed characters became \a

@@ -554,6 +554,15 @@ void TestCodeView::coloursBracesAtTheCaret()
     QCOMPARE(marked, (QList<int> {6, 1}));
     editor.select(0);
     QVERIFY(editor.view.extraSelections().isEmpty());
+    // An undo moves the caret and puts it back where it was, without telling of it.
+    editor.view.setString(u"()cd"_s);
+    editor.select(0, 2);
+    QTest::keyClick(&editor.view, Qt::Key_Delete);
+    editor.select(2);
+    QTest::keyClick(&editor.view, Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(editor.view.string(), u"()cd"_s);
+    QCOMPARE(editor.view.selectedRange(), (TextRange {2, 0}));
+    QTRY_COMPARE(editor.view.extraSelections().size(), 2);
 }
 
 void TestCodeView::inputMethodsType()

@@ -69,6 +69,7 @@ private Q_SLOTS:
     void leavesUndoSelectionAndModifiedAlone();
     void editsColourLikeAWholePass();
     void stopsBehindTheColouredLength();
+    void paintsSoManyPiecesOfALongLine();
     void runsThePostprocessingBlock();
     void colourFollowsThePalette_data();
     void colourFollowsThePalette();
@@ -248,6 +249,20 @@ void TestJSTDocument::stopsBehindTheColouredLength()
     editor.view.insertText(line.repeated(4));
     const int moved = inside + 4 * int(line.size());
     QTRY_COMPARE(editor.colorAt(moved), editor.view.palette().color(QPalette::Text));
+}
+
+/// Each row of a long line moves all pieces behind it, so that those are counted; attributes are told all the same.
+void TestJSTDocument::paintsSoManyPiecesOfALongLine()
+{
+    EditorFixture editor;
+    const QString piece = u"if 12345 "_s;
+    editor.view.setString(piece.repeated(10'000));
+    const auto pieces = editor.view.document()->firstBlock().layout()->formats().size();
+    QVERIFY(pieces <= TokenRuns::mostPiecesUnshaped + 2); // the last one with a gap in front, and the rest
+    for (const int index : {0, 9'000 * int(piece.size())}) {
+        QCOMPARE(editor.colorAt(index), keywordColor());
+        QVERIFY(editor.colorAt(index + 3) != keywordColor());
+    }
 }
 
 void TestJSTDocument::runsThePostprocessingBlock()
