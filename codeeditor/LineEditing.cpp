@@ -229,7 +229,8 @@ LineEdit joinLines(QStringView text, TextRange selection)
         const auto isBlank = [&](int place) { return text[place] == u' ' || text[place] == u'\t'; };
         while (first > lines.location && isBlank(first - 1))
             --first;
-        while (last < lines.end() && isBlank(last))
+        // Over empty lines as well: one gap, or the next one would begin in this.
+        while (last < lines.end() && (isBlank(last) || (text[last] == u'\n' && last + 1 < lines.end())))
             ++last;
         const bool stands =
             first > lines.location && text[first - 1] != u'\n' && last < lines.end() && text[last] != u'\n';

@@ -129,6 +129,8 @@ void TestLineEditing::editsLines_data()
     row(5, u"a\nb|"_s, u"a\nb|"_s);
     row(6, u"a|a  \n\t b\nc"_s, u"aa| b\nc"_s);
     row(6, u"<a\nb\nc>\nd"_s, u"a b| c\nd"_s);
+    row(6, u"<a\n  \n\t\n  b\nc>\nd"_s, u"a b| c\nd"_s);
+    row(6, u"<a\n \n>b"_s, u"a|\nb"_s);
     row(6, u"a|a\n\nb"_s, u"aa|\nb"_s);
     row(6, u"a|"_s, u"a|"_s);
 }
