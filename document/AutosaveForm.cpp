@@ -7,6 +7,7 @@
 #include <QIODevice>
 #include <QList>
 #include <algorithm>
+#include <utility>
 
 namespace runebook {
 
@@ -147,7 +148,7 @@ SlicedContent::Progress AutosaveSlices::printMore(std::string &output, std::chro
     output += kBegin;
     output += std::to_string(m_infos.size()) + ' ' + std::to_string(m_printed) + ' '
         + std::to_string(m_fileVersion) + '\n';
-    output += m_values;
+    output += std::exchange(m_values, {}); // this lives on as what the autosave holds
     output += kEnd;
     return Progress::Finished;
 }
@@ -185,7 +186,8 @@ void AutosaveSlices::appendValues(const VXGlyphInfo &info, std::size_t place)
     writeTexts(stream, info.unicodes());
     writeTexts(stream, info.altNames());
     stream << qint32(info.caseValue()) << qint32(info.direction()) << info.index();
-    m_values += bytes.toBase64().toStdString();
+    const QByteArray line = std::exchange(bytes, {}).toBase64();
+    m_values.append(line.constData(), static_cast<std::size_t>(line.size()));
     m_values += '\n';
 }
 

@@ -195,7 +195,7 @@ std::string_view FieldValue::utf8(const char *source, std::string &buffer) const
         return {};
     if (tag() == PieceTag)
         return bytes(source);
-    const QByteArray encoded = toString(source).toUtf8();
+    const QByteArray encoded = tag() == TextTag ? node<OwnText>()->view().toUtf8() : toString(source).toUtf8();
     buffer.assign(encoded.constData(), static_cast<std::size_t>(encoded.size()));
     return buffer;
 }
@@ -211,6 +211,8 @@ bool FieldValue::equal(const FieldValue &a, const char *sourceA, const FieldValu
         return a.pieceLength() == b.pieceLength()
             && (a.pieceLength() == 0 || a.bytes(sourceA) == b.bytes(sourceB));
     }
+    if (a.isShared() && b.isShared() && a.tag() == TextTag && b.tag() == TextTag)
+        return a.node<OwnText>()->view() == b.node<OwnText>()->view();
     if (a.isList() || b.isList())
         return a.toList(sourceA) == b.toList(sourceB);
     return a.toString(sourceA) == b.toString(sourceB);

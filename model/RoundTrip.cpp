@@ -59,6 +59,8 @@ bool RoundTrip::isSame(const VXGlyphInfo &a, const VXGlyphInfo &b, F field) cons
         return isSameList(a, b, field);
     if (written.isAbsent() && read.isAbsent())
         return true;
+    if (FieldValue::equal(written, a.sourceData(), read, b.sourceData()))
+        return true;
     const QString text = a.stringValue(field);
     // A record without a name has nothing to lose.
     return (m_of == Of::Values && field == F::Name && text.isEmpty()) || text == b.stringValue(field)
@@ -123,7 +125,9 @@ void RoundTrip::check(std::span<VXGlyphInfo *const> infos, std::vector<Outcome> 
     }
     if (m_lines.empty())
         return;
-    const SourcePtr source(new SourceBytes(QByteArray(m_text.data(), static_cast<qsizetype>(m_text.size()))));
+    // What is read lives no longer than this; a copy of a very long value would take longer than reading it.
+    const SourcePtr source(
+        new SourceBytes(QByteArray::fromRawData(m_text.data(), static_cast<qsizetype>(m_text.size()))));
     ReadNotes notes; // takes what the reader would otherwise report as an error of a file
     GlyphLineReader reader(source, &notes);
     for (const Line &line : m_lines) {
@@ -136,6 +140,9 @@ void RoundTrip::check(std::span<VXGlyphInfo *const> infos, std::vector<Outcome> 
         if (!read || !isSameRecord(written, *read))
             outcomes[line.record] = isBroken(written) ? Outcome::Broken : Outcome::Changed;
     }
+    constexpr std::size_t kKept = 1 << 20;
+    if (m_text.capacity() > kKept)
+        m_text = {}; // a very long value; whoever checks may live on for long
 }
 
 std::vector<RoundTrip::Loss> RoundTrip::losses(const VXGlyphInfo &info) const
