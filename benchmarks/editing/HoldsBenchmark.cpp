@@ -1,6 +1,7 @@
 // Commands and loops of scripts over many records that must hold nothing up: scattered selections, copies by
 // dragging, regular expressions over a million names, very long values, the list edited one record at a time.
 #include "benchmarks/BenchmarkSupport.h"
+#include "benchmarks/editing/OpenWindows.h"
 #include "document/VXDocument.h"
 #include "editing/DetailPane.h"
 #include "editing/GlyphTableView.h"
@@ -14,7 +15,6 @@
 #include <QMimeData>
 #include <algorithm>
 #include <malloc.h>
-#include <map>
 #include <numeric>
 
 namespace runebook {
@@ -22,33 +22,6 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr std::size_t kTouched = 2'000'000'000;
-
-struct OpenWindow {
-    std::unique_ptr<VXDocument> document;
-    std::unique_ptr<VXWindowController> window;
-};
-
-std::map<int, OpenWindow> &openWindows()
-{
-    static std::map<int, OpenWindow> windows;
-    return windows;
-}
-
-VXWindowController &windowOf(int records)
-{
-    OpenWindow &open = openWindows()[records];
-    if (!open.document) {
-        touchMemory(kTouched);
-        open.document = std::make_unique<VXDocument>();
-        open.document->readFromURLOfType(corpusFile(records, u"xml"_s), u"public.xml"_s);
-        open.window = std::make_unique<VXWindowController>(*open.document);
-        open.window->show();
-        QApplication::processEvents();
-    }
-    return *open.window;
-}
 
 /// One scattered selection replaced by another, painted: the second of two "Select Records with the Same…".
 void selectSame(benchmark::State &state, int records)
@@ -301,6 +274,6 @@ int main(int argc, char *argv[])
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
     benchmark::RunSpecifiedBenchmarks();
-    runebook::openWindows().clear();
+    runebook::closeWindows();
     return 0;
 }

@@ -1,5 +1,6 @@
 // What a user of the document window waits for: keystrokes, sorting, pasting, jumps.
 #include "benchmarks/BenchmarkSupport.h"
+#include "benchmarks/editing/OpenWindows.h"
 #include "document/VXDocument.h"
 #include "editing/EditCommands.h"
 #include "editing/GlyphColumns.h"
@@ -11,42 +12,15 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QCollator>
+#include <QMimeData>
 #include <QProcess>
 #include <QScrollBar>
-#include <map>
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr std::size_t kTouched = 2'000'000'000;
-
-struct OpenWindow {
-    std::unique_ptr<VXDocument> document;
-    std::unique_ptr<VXWindowController> window;
-};
-
-std::map<int, OpenWindow> &openWindows()
-{
-    static std::map<int, OpenWindow> windows;
-    return windows;
-}
-
-VXWindowController &windowOf(int records)
-{
-    OpenWindow &open = openWindows()[records];
-    if (!open.document) {
-        touchMemory(kTouched);
-        open.document = std::make_unique<VXDocument>();
-        open.document->readFromURLOfType(corpusFile(records, u"xml"_s), u"public.xml"_s);
-        open.window = std::make_unique<VXWindowController>(*open.document);
-        open.window->show();
-        QApplication::processEvents();
-    }
-    return *open.window;
-}
 
 /// A letter typed into the search field until the table has its new rows, and until they are painted.
 void keystroke(benchmark::State &state, int records, bool isPainted)
@@ -105,7 +79,7 @@ void collatorSort(benchmark::State &state, int records, GlyphField field)
 /// Lines on the clipboard pasted into an empty document, until the window shows them.
 void paste(benchmark::State &state, int records)
 {
-    const QString lines = clipboardText(windowOf(records).glyphDocument().infos());
+    const QString lines = clipboardData(windowOf(records).glyphDocument().infos())->text();
     for ([[maybe_unused]] auto _ : state) {
         VXDocument document;
         VXWindowController window(document);
@@ -191,6 +165,6 @@ int main(int argc, char *argv[])
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
     benchmark::RunSpecifiedBenchmarks();
-    runebook::openWindows().clear();
+    runebook::closeWindows();
     return 0;
 }

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "editing/VXWindowController.h"
+
+namespace runebook {
+
+/// The window of the corpus with so many records, opened and shown once. Stays until closeWindows().
+VXWindowController &windowOf(int records);
+/// Before the application ends.
+void closeWindows();
+
+} // namespace runebook
