@@ -13,7 +13,7 @@ bool canTakeFocus(const QWidget *widget, const QWidget *area)
 
 } // namespace
 
-FocusRound::FocusRound(QWidget *window) : QObject(window)
+FocusRound::FocusRound(QObject *parent) : QObject(parent)
 {
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { remember(now); });
 }

@@ -13,7 +13,7 @@ class FocusRound : public QObject
 {
     Q_OBJECT
 public:
-    explicit FocusRound(QWidget *window);
+    explicit FocusRound(QObject *parent);
     /// \a area is asked for each time, since it may come later or go; \a first gets the focus where nothing in
     /// the area had it yet.
     void add(std::function<QWidget *()> area, std::function<QWidget *()> first);

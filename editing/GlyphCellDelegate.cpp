@@ -283,7 +283,9 @@ void GlyphCellDelegate::destroyEditor(QWidget *editor, const QModelIndex &index)
 
 bool GlyphCellDelegate::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != m_editor)
+    // An editor that goes with its window is no line any more when it hears of that.
+    const auto *line = qobject_cast<QLineEdit *>(watched);
+    if (!line || line != m_editor)
         return QStyledItemDelegate::eventFilter(watched, event);
     if (event->type() == QEvent::FocusOut) {
         if (isForAMoment(*static_cast<QFocusEvent *>(event)))

@@ -597,6 +597,11 @@ void Problems::noteChanges(const std::vector<VXDocument::Change> &changes)
         if (m_changed.empty() || m_changed.back() != change.info)
             m_changed.push_back(change.info);
     }
+    // Records came or went, of which the word is still on its way: until then places mean others.
+    if (m_flags.size() != m_document.infos().size()) {
+        schedule();
+        return;
+    }
     if (m_changed.size() <= kFew)
         checkBatch();
     if (!isComplete())

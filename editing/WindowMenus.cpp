@@ -47,7 +47,7 @@ QString menuText(const QString &text)
 WindowMenus::WindowMenus(VXWindowController &window)
     : QObject(&window),
       m_window(window),
-      m_focusRound(new FocusRound(&window)),
+      m_focusRound(new FocusRound(this)),
       m_editMenu(new EditMenu(window, this))
 {
     buildFileMenu();

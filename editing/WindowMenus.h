@@ -63,7 +63,7 @@ private:
     VXWindowController &m_window;
     bool m_isValidationDue = false;
     std::vector<std::pair<QAction *, Condition>> m_conditions;
-    FocusRound *m_focusRound;
+    FocusRound *m_focusRound; ///< asks the window for its parts, so it goes with this, while the window is whole
     QList<QPointer<QAction>> m_rowActions; ///< in their order; null between groups
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;

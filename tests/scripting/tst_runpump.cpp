@@ -472,7 +472,8 @@ void RunPumpTest::autosavesInTheMiddle()
         "    info.setSortName_('w%d' % count)\n"
         "    words = kept().split('sortName=\"')\n"
         "    if len(words) > 1 and words[1] not in seen: seen.append(words[1])\n"
-        "print('first', first.count('name=\"unknown\"'), first.count('sortName=\"'), 'then', len(seen))\n"_s
+        "print('first', first.count('name=\"unknown\"'), first.count('sortName=\"'), 'then', len(seen))\n"
+        "del info\n"_s
             .arg(folder.path()));
     controller.setAutosavingBound(bound);
     QTRY_COMPARE(m_panel->console->toPlainText().trimmed(), u"first 1 0 then 2"_s);
