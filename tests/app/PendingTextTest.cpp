@@ -12,6 +12,7 @@
 #include "editing/VXWindowController.h"
 #include "platform/DocumentController.h"
 #include "platform/UserDefaults.h"
+#include "scripting/ScriptRun.h"
 #include "scripting/VXScriptingHandler.h"
 
 #include <QClipboard>
@@ -227,6 +228,7 @@ void PendingTextTest::cleanupTestCase()
 {
     for (const auto scheme : {"file"_L1, "https"_L1})
         QDesktopServices::unsetUrlHandler(scheme);
+    finishScripts(); // as the program ends; they may hold records
 }
 
 void PendingTextTest::walksTheMenusOfTheProgram()
