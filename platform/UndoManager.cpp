@@ -60,10 +60,10 @@ private:
     bool m_isNew = true;
 };
 
-/// Seldom more than a few.
+/// Seldom more than a few. Never destroyed: documents that are open to the end leave it then.
 static QList<UndoManager *> &managersInGroups()
 {
-    static QList<UndoManager *> managers;
+    static auto &managers = *new QList<UndoManager *>;
     return managers;
 }
 
