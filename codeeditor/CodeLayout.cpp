@@ -11,11 +11,19 @@ namespace {
 
 constexpr qreal everything = 1e9;
 
-/// As laid out last, whatever became of the text since; 0 when that was forgotten.
-qreal heightOfRows(const QTextLayout &layout)
+/// Of the rows as laid out last, in 64ths of a pixel. Kept as the block's state, as new colours forget the rows;
+/// -1 for a block that never had any.
+int knownHeight(const QTextBlock &block)
 {
+    return block.userState();
+}
+
+void noteHeight(QTextBlock block)
+{
+    const QTextLayout &layout = *block.layout();
     const int rows = layout.lineCount();
-    return rows == 0 ? 0 : layout.lineAt(rows - 1).y() + layout.lineAt(rows - 1).height();
+    if (rows > 0)
+        block.setUserState(qRound(64 * (layout.lineAt(rows - 1).y() + layout.lineAt(rows - 1).height())));
 }
 
 } // namespace
@@ -68,13 +76,13 @@ QTextBlock CodeLayout::lastChangedBlock(int from, int charsAdded)
 /// Lays \a block out anew. What stands below moves when the block got another height.
 void CodeLayout::blockChanged(const QTextBlock &block)
 {
-    const qreal before = heightOfRows(*block.layout());
+    const int before = knownHeight(block);
     block.layout()->clearLayout();
     const bool isLong =
         block.length() > longestShapedBlock; // laid out once, however many changes come together
     if (!isLong)
         blockBoundingRect(block);
-    if (!isLong && heightOfRows(*block.layout()) == before)
+    if (!isLong && knownHeight(block) == before)
         Q_EMIT updateBlock(block);
     else
         Q_EMIT update(QRectF(0, -document()->documentMargin(), everything, everything));
@@ -85,6 +93,8 @@ QRectF CodeLayout::blockBoundingRect(const QTextBlock &block) const
     if (block.isValid() && m_wrapWidth > 0 && !isLaidOut(block))
         layOut(block);
     QRectF rect = QPlainTextDocumentLayout::blockBoundingRect(block);
+    if (block.isValid())
+        noteHeight(block);
     if (block.isValid() && block.isVisible())
         rect.setHeight(rect.height() + m_paragraphSpacing);
     return rect;

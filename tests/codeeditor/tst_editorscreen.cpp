@@ -3,6 +3,7 @@
 #include "FreshRendering.h"
 #include "codeeditor/CompletionPopup.h"
 
+#include <QPaintEvent>
 #include <QRandomGenerator>
 
 using namespace Qt::StringLiterals;
@@ -24,6 +25,22 @@ struct ScreenFixture : EditorFixture {
     }
 };
 
+/// What a widget paints while this lives.
+class Painted : public QObject
+{
+public:
+    explicit Painted(QWidget *widget) { widget->installEventFilter(this); }
+    QRegion region;
+
+private:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+};
+
 #define COMPARE_SCREEN(editor)                                                                               \
     do {                                                                                                     \
         const QString wrong = FreshRendering((editor).view).difference();                                    \
@@ -38,6 +55,7 @@ class TestEditorScreen : public QObject
 private Q_SLOTS:
     void rowsMoveWhatStandsBelow_data();
     void rowsMoveWhatStandsBelow();
+    void aKeyPaintsItsLine();
     void pureRemovalsAreDrawn();
     void showsWhatChangedUnseen();
     void completionsAreSeen();
@@ -66,6 +84,27 @@ void TestEditorScreen::rowsMoveWhatStandsBelow()
         editor.press(Qt::Key_Backspace);
         COMPARE_SCREEN(editor);
     }
+}
+
+/// Whatever other colours it brings.
+void TestEditorScreen::aKeyPaintsItsLine()
+{
+    ScreenFixture editor;
+    editor.view.setString(u"first = 1\ni\nthird = 'x'\nfourth"_s);
+    editor.select(11);
+    letPaint();
+    for (const char typed : {'f', ' ', '1', '0', '.', 'x', '\b', '\b', '#', 'y', '\b', '\b'}) {
+        Painted painted(editor.view.viewport());
+        if (typed == '\b')
+            editor.press(Qt::Key_Backspace);
+        else
+            editor.view.insertText(QChar::fromLatin1(typed));
+        letPaint();
+        const QRect row = editor.view.cursorRect();
+        QVERIFY(painted.region.intersects(row));
+        QCOMPARE(painted.region.boundingRect() & row.adjusted(-600, -4, 600, 4), painted.region.boundingRect());
+    }
+    COMPARE_SCREEN(editor);
 }
 
 void TestEditorScreen::pureRemovalsAreDrawn()
