@@ -121,6 +121,7 @@ private:
     static QTextBlock lineStart(QTextBlock block);
     static void hideBlock(QTextBlock block);
     void showWholeLine(const QTextBlock &head);
+    void measureShownLine(QTextCursor from);
     void copyWholeLine(const QTextBlock &head) const;
     Fold foldOf(const QTextBlock &head) const;
     QTextBlock foldedBlockAt(const QPoint &position) const;

@@ -8,10 +8,17 @@
 #include <QPlainTextDocumentLayout>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <QTimer>
 
 // Lines that are too long to be shown at once: their beginning stands there, with what shows or copies all of it.
 
 namespace runebook {
+
+namespace {
+
+constexpr qint64 kBudgetMs = 8;
+
+} // namespace
 
 bool ConsoleView::isFolded(const QTextBlock &block)
 {
@@ -34,21 +41,35 @@ void ConsoleView::hideBlock(QTextBlock block)
 
 void ConsoleView::showWholeLine(const QTextBlock &head)
 {
-    auto *layout = static_cast<QPlainTextDocumentLayout *>(document()->documentLayout());
-    // The scroll bar knows the rows of what is laid out; of a very long line only the part that there is time for.
-    constexpr qint64 kBudgetMs = 50;
-    QElapsedTimer clock;
-    clock.start();
     QTextBlock block = head;
     while (block.userState() == static_cast<int>(BlockEnd::Cut) && block.next().isValid()) {
         block = block.next();
         block.setVisible(true);
         block.setLineCount(1);
-        if (!clock.hasExpired(kBudgetMs))
-            layout->blockBoundingRect(block);
     }
-    Q_EMIT layout->documentSizeChanged(layout->documentSize());
+    measureShownLine(QTextCursor(head.next()));
     viewport()->update();
+}
+
+/// Counts the rows of a line that is shown whole, for the scroll bar: from the block of \a from a part now, the rest
+/// when there is time.
+void ConsoleView::measureShownLine(QTextCursor from)
+{
+    auto *layout = static_cast<QPlainTextDocumentLayout *>(document()->documentLayout());
+    QElapsedTimer clock;
+    clock.start();
+    QTextBlock block = from.block();
+    bool isLast = false;
+    do {
+        layout->blockBoundingRect(block);
+        isLast = block.userState() != static_cast<int>(BlockEnd::Cut) || !block.next().isValid();
+        block = block.next();
+    } while (!isLast && !clock.hasExpired(kBudgetMs));
+    Q_EMIT layout->documentSizeChanged(layout->documentSize());
+    if (isLast)
+        return;
+    from.setPosition(block.position());
+    QTimer::singleShot(0, this, [this, from] { measureShownLine(from); });
 }
 
 void ConsoleView::copyWholeLine(const QTextBlock &head) const
