@@ -5,7 +5,9 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QScreen>
 #include <QShortcut>
+#include <QStyle>
 #include <QTabBar>
 #include <QToolButton>
 
@@ -41,12 +43,22 @@ VXPreferencesController::VXPreferencesController(QWidget *parent)
             [this] { tabViewDidSelectTabViewItem(m_ui->tabView, m_ui->tabView->currentWidget()); });
     m_ui->tabView->setCurrentIndex(0);
     tabViewDidSelectTabViewItem(m_ui->tabView, m_ui->tabView->currentWidget());
-    resize(sizeHint().expandedTo({fontMetrics().averageCharWidth() * 82, fontMetrics().height() * 26}));
+    fitScreen();
 }
 
 VXPreferencesController::~VXPreferencesController() = default;
 
 void VXPreferencesController::registerDefaults() { }
+
+/// As large as the panes like to be where the screen has room for that; elsewhere they scroll.
+void VXPreferencesController::fitScreen()
+{
+    const QSize around = sizeHint() - m_ui->scroll->sizeHint();
+    const QSize least(fontMetrics().averageCharWidth() * 82, fontMetrics().height() * 26);
+    const QSize liked = (around + m_ui->tabView->sizeHint()).expandedTo(least);
+    const QSize frame(0, 2 * style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    resize(liked.boundedTo(screen()->availableSize() - frame));
+}
 
 QTabWidget *VXPreferencesController::tabView() const
 {
@@ -125,6 +137,7 @@ void VXPreferencesController::tabViewDidSelectTabViewItem(QTabWidget *tabView, Q
     Q_UNUSED(tabView)
     if (QAction *action = item ? m_items.value(item->objectName()) : nullptr)
         action->setChecked(true);
+    m_ui->scroll->ensureVisible(0, 0);
     // Not from the toolbar, where the next button may be wanted.
     if (item && !m_ui->toolbar->isAncestorOf(focusWidget()))
         focusFirstControl(*item);

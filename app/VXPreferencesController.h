@@ -45,6 +45,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void fitScreen();
     void fillToolbar();
     void addShortcuts();
 

@@ -10,11 +10,14 @@
 
 #include <QAccessible>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -32,10 +35,14 @@ class PreferencesTest : public QObject
 public:
     explicit PreferencesTest(VXAppDelegate &delegate) : m_delegate(delegate) { }
 
+public Q_SLOTS:
+    void openUrl(const QUrl &url) { m_opened = url; }
+
 private Q_SLOTS:
     void init();
     void leadsToItsPanes();
     void commitsWhenItCloses();
+    void scrollsOnSmallScreens();
     void namesAndKeysEveryControl();
     void keepsSettings_data();
     void keepsSettings();
@@ -56,6 +63,7 @@ private:
     QStringList identifiers() const { return m_window->toolbarSelectableItemIdentifiers(); }
 
     VXAppDelegate &m_delegate;
+    QUrl m_opened;
     std::unique_ptr<VXPreferencesController> m_window;
 };
 
@@ -64,7 +72,7 @@ void PreferencesTest::init()
     m_window.reset();
     for (const char *key :
          {"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize",
-          "MacroWrapColumn", "MacroClosesBrackets", "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
+          "MacroWrapColumn", "MacroIndentation", "MacroClosesBrackets", "VXAfterFailedRun", "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
           "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"})
         UserDefaults::standard().removeObjectForKey(QString::fromLatin1(key));
     m_window = std::make_unique<VXPreferencesController>();
@@ -110,6 +118,21 @@ void PreferencesTest::commitsWhenItCloses()
     QCOMPARE(UserDefaults::standard().stringForKey(u"SUFeedURL"_s), u"https://example.org/feed"_s);
 }
 
+void PreferencesTest::scrollsOnSmallScreens()
+{
+    QVERIFY(m_window->frameGeometry().height() <= m_window->screen()->availableSize().height());
+    m_window->resize(600, 250);
+    m_window->showPrefpaneWithIdentifier(u"python"_s);
+    find<QLineEdit>("package")->setFocus();
+    QTest::keyClick(m_window->focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(m_window->focusWidget(), Qt::Key_Tab);
+    QCOMPARE(m_window->focusWidget()->objectName(), u"openFolder"_s);
+    QTRY_COMPARE(m_window->focusWidget()->visibleRegion().boundingRect(), m_window->focusWidget()->rect());
+    QCOMPARE(m_window->height(), 250);
+    QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
+    QTRY_VERIFY(!find<QSpinBox>("fontSize")->visibleRegion().isEmpty());
+}
+
 void PreferencesTest::namesAndKeysEveryControl()
 {
     for (QWidget *control : m_window->findChildren<QWidget *>()) {
@@ -141,10 +164,12 @@ void PreferencesTest::keepsSettings_data()
                                  << QVariant(0);
     QTest::newRow("font size") << QByteArray("fontSize") << u"MacroCodeFontSize"_s << u"20"_s << QVariant(20);
     QTest::newRow("column") << QByteArray("wrapColumn") << u"MacroWrapColumn"_s << u"100"_s << QVariant(100);
+    QTest::newRow("indentation") << QByteArray("indentation") << u"MacroIndentation"_s << u"Blanks"_s << QVariant(2);
     QTest::newRow("brackets") << QByteArray("closesBrackets") << u"MacroClosesBrackets"_s << QString()
                               << QVariant(false);
     QTest::newRow("console") << QByteArray("consoleLines") << u"VXConsoleLineLimit"_s << u"5000"_s
                              << QVariant(5000);
+    QTest::newRow("failed runs") << QByteArray("afterFailedRun") << u"VXAfterFailedRun"_s << u"Al"_s << QVariant(1);
     QTest::newRow("feed") << QByteArray("feed") << u"SUFeedURL"_s << u"https://a/"_s
                           << QVariant(u"https://a/"_s);
     QTest::newRow("server") << QByteArray("server") << u"VXUpdateServer"_s << u"https://b"_s
@@ -170,7 +195,8 @@ void PreferencesTest::keepsSettings()
         QTest::mouseClick(widget, Qt::LeftButton, {}, QPoint(8, widget->height() / 2));
     } else {
         widget->setFocus();
-        QTest::keyClick(widget, Qt::Key_A, Qt::ControlModifier);
+        if (!qobject_cast<QComboBox *>(widget))
+            QTest::keyClick(widget, Qt::Key_A, Qt::ControlModifier);
         QTest::keyClicks(widget, typed);
         QTest::keyClick(widget, Qt::Key_Return);
     }
@@ -328,6 +354,10 @@ void PreferencesTest::installsPackages()
     // Without a restart.
     VXScriptingHandler::sharedHandler()->runMacroString(u"import runebook_trial; print(runebook_trial.there + 1)"_s);
     QTRY_VERIFY(panel->write().endsWith(u"6\n"_s));
+    QDesktopServices::setUrlHandler(u"file"_s, this, "openUrl");
+    QTest::mouseClick(pane->findChild<QPushButton *>(u"openFolder"_s), Qt::LeftButton);
+    QDesktopServices::unsetUrlHandler(u"file"_s);
+    QVERIFY(QFile::exists(m_opened.toLocalFile() + u"/runebook_trial.py"_s));
 }
 
 RUNEBOOK_APP_TEST_MAIN(PreferencesTest)
