@@ -1,4 +1,5 @@
 #include "platform/TextFolding.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
 
 #include <QFile>
@@ -138,208 +139,178 @@ class TestTextFolding : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void pairs_data();
-    void pairs();
-    void caseFollowsUnicodeData();
-    void marksFollowUnicodeData();
-    void foldingTwiceIsFoldingOnce();
-    void randomTextsFollowTheModel();
-    void foldingGoesPieceByPiece();
-    void malformedBytesStay_data();
-    void malformedBytesStay();
-};
+    // alikeUnder: the foldings under which both are one: "c", "d", "cd"
+    TABLE(pairs, (const QString &one, const QString &other, const QString &alikeUnder), {
+        row("A a", u"A"_s, u"a"_s, u"c cd"_s);
+        row("@ `: neighbours of the letters", u"@[AZ"_s, u"`{az"_s, {});
+        row("@AZ[ @az[", u"@AZ["_s, u"@az["_s, u"c cd"_s);
+        row("é e", u"é"_s, u"e"_s, u"d cd"_s);
+        row("É e", u"É"_s, u"e"_s, u"cd"_s);
+        row("é composed and decomposed", u"é"_s, u"e\u0301"_s, u"d cd"_s);
+        row("ệ: marks in either order", u"e\u0302\u0323"_s, u"e\u0323\u0302"_s, u"d cd"_s);
+        row("ß ss", u"Straße"_s, u"Strasse"_s, u"c cd"_s);
+        row("ß SS", u"ß"_s, u"SS"_s, u"c cd"_s);
+        row("ẞ ß", u"ẞ"_s, u"ß"_s, u"c cd"_s);
+        row("sigmas", u"ΣΑΣ"_s, u"σας"_s, u"c cd"_s);
+        row("long s", u"ſ"_s, u"s"_s, u"c cd"_s);
+        row("Kelvin sign", u"\u212A"_s, u"K"_s, u"c d cd"_s);
+        row("Kelvin sign, small", u"\u212A"_s, u"k"_s, u"c cd"_s);
+        row("Ångström sign", u"\u212B"_s, u"a"_s, u"cd"_s);
+        row("ﬁ fi", u"ﬁ"_s, u"fi"_s, u"c cd"_s);
+        row("İ i", u"İ"_s, u"i"_s, u"cd"_s);
+        row("ı i", u"ı"_s, u"i"_s, {});
+        row("ΐ ι", u"ΐ"_s, u"ι"_s, u"d cd"_s);
+        row("ᾼ αι: iota below is a mark", u"ᾼ"_s, u"αι"_s, u"c"_s);
+        row("ᾼ α", u"ᾼ"_s, u"α"_s, u"cd"_s);
+        row("ǰ j", u"ǰ"_s, u"J"_s, u"cd"_s);
+        row("ø o", u"ø"_s, u"o"_s, {});
+        row("ł l", u"ł"_s, u"l"_s, {});
+        row("Ø ø", u"Ø"_s, u"ø"_s, u"c cd"_s);
+        row("が か", u"が"_s, u"か"_s, u"d cd"_s);
+        row("한 in jamo", u"한"_s, u"\u1112\u1161\u11AB"_s, u"d cd"_s);
+        row("Deseret, astral", u"𐐀"_s, u"𐐨"_s, u"c cd"_s);
+        row("Cherokee", u"ꭰ"_s, u"Ꭰ"_s, u"c cd"_s);
+        row("enclosing circle", u"a\u20DD"_s, u"a"_s, u"d cd"_s);
+        row("only a mark", u"\u0301"_s, u""_s, u"d cd"_s);
+        row("① 1: compatibility only", u"①"_s, u"1"_s, {});
+        row("lone surrogates differ", QString(QChar(0xD800)), QString(QChar(0xDC00)), {});
+        row("lone surrogate between letters", u"A"_s + QChar(0xD83D) + u"B"_s,
+            u"a"_s + QChar(0xD83D) + u"b"_s, u"c cd"_s);
+    })
+    {
 
-void TestTextFolding::pairs_data()
-{
-    QTest::addColumn<QString>("one");
-    QTest::addColumn<QString>("other");
-    QTest::addColumn<QString>("alikeUnder"); // the foldings under which both are one: "c", "d", "cd"
-
-    const auto row = [](const char *name, const QString &one, const QString &other, const QString &alike) {
-        QTest::newRow(name) << one << other << alike;
-    };
-    row("A a", u"A"_s, u"a"_s, u"c cd"_s);
-    row("@ `: neighbours of the letters", u"@[AZ"_s, u"`{az"_s, {});
-    row("@AZ[ @az[", u"@AZ["_s, u"@az["_s, u"c cd"_s);
-    row("é e", u"é"_s, u"e"_s, u"d cd"_s);
-    row("É e", u"É"_s, u"e"_s, u"cd"_s);
-    row("é composed and decomposed", u"é"_s, u"e\u0301"_s, u"d cd"_s);
-    row("ệ: marks in either order", u"e\u0302\u0323"_s, u"e\u0323\u0302"_s, u"d cd"_s);
-    row("ß ss", u"Straße"_s, u"Strasse"_s, u"c cd"_s);
-    row("ß SS", u"ß"_s, u"SS"_s, u"c cd"_s);
-    row("ẞ ß", u"ẞ"_s, u"ß"_s, u"c cd"_s);
-    row("sigmas", u"ΣΑΣ"_s, u"σας"_s, u"c cd"_s);
-    row("long s", u"ſ"_s, u"s"_s, u"c cd"_s);
-    row("Kelvin sign", u"\u212A"_s, u"K"_s, u"c d cd"_s);
-    row("Kelvin sign, small", u"\u212A"_s, u"k"_s, u"c cd"_s);
-    row("Ångström sign", u"\u212B"_s, u"a"_s, u"cd"_s);
-    row("ﬁ fi", u"ﬁ"_s, u"fi"_s, u"c cd"_s);
-    row("İ i", u"İ"_s, u"i"_s, u"cd"_s);
-    row("ı i", u"ı"_s, u"i"_s, {});
-    row("ΐ ι", u"ΐ"_s, u"ι"_s, u"d cd"_s);
-    row("ᾼ αι: iota below is a mark", u"ᾼ"_s, u"αι"_s, u"c"_s);
-    row("ᾼ α", u"ᾼ"_s, u"α"_s, u"cd"_s);
-    row("ǰ j", u"ǰ"_s, u"J"_s, u"cd"_s);
-    row("ø o", u"ø"_s, u"o"_s, {});
-    row("ł l", u"ł"_s, u"l"_s, {});
-    row("Ø ø", u"Ø"_s, u"ø"_s, u"c cd"_s);
-    row("が か", u"が"_s, u"か"_s, u"d cd"_s);
-    row("한 in jamo", u"한"_s, u"\u1112\u1161\u11AB"_s, u"d cd"_s);
-    row("Deseret, astral", u"𐐀"_s, u"𐐨"_s, u"c cd"_s);
-    row("Cherokee", u"ꭰ"_s, u"Ꭰ"_s, u"c cd"_s);
-    row("enclosing circle", u"a\u20DD"_s, u"a"_s, u"d cd"_s);
-    row("only a mark", u"\u0301"_s, u""_s, u"d cd"_s);
-    row("① 1: compatibility only", u"①"_s, u"1"_s, {});
-    row("lone surrogates differ", QString(QChar(0xD800)), QString(QChar(0xDC00)), {});
-    row("lone surrogate between letters", u"A"_s + QChar(0xD83D) + u"B"_s, u"a"_s + QChar(0xD83D) + u"b"_s,
-        u"c cd"_s);
-}
-
-void TestTextFolding::pairs()
-{
-    QFETCH(QString, one);
-    QFETCH(QString, other);
-    QFETCH(QString, alikeUnder);
-
-    QStringList alike, alikeInBytes;
-    const std::pair<QString, Folding> named[] = {
-        {u"-"_s, {}}, {u"c"_s, caseOnly}, {u"d"_s, marksOnly}, {u"cd"_s, caseAndMarks}};
-    for (const auto &[name, folding] : named) {
-        if (foldForSearch(one, folding) == foldForSearch(other, folding))
-            alike += name;
-        if (foldedUtf8(one, folding) == foldedUtf8(other, folding))
-            alikeInBytes += name;
+        QStringList alike, alikeInBytes;
+        const std::pair<QString, Folding> named[] = {
+            {u"-"_s, {}}, {u"c"_s, caseOnly}, {u"d"_s, marksOnly}, {u"cd"_s, caseAndMarks}};
+        for (const auto &[name, folding] : named) {
+            if (foldForSearch(one, folding) == foldForSearch(other, folding))
+                alike += name;
+            if (foldedUtf8(one, folding) == foldedUtf8(other, folding))
+                alikeInBytes += name;
+        }
+        QCOMPARE(alike.join(u' '), alikeUnder);
+        QCOMPARE(alikeInBytes.join(u' '), alikeUnder);
     }
-    QCOMPARE(alike.join(u' '), alikeUnder);
-    QCOMPARE(alikeInBytes.join(u' '), alikeUnder);
-}
 
-void TestTextFolding::caseFollowsUnicodeData()
-{
-    const SlowFolding model;
-    QVERIFY(!model.fullCase.isEmpty());
-    for (char32_t point = 0; point <= QChar::LastValidCodePoint; ++point) {
-        // The file may be of a later version than Qt's tables.
-        if (!isKnownToQt(point) || QChar::isSurrogate(point))
-            continue;
-        const QString folded = foldForSearch(fromPoint(point), caseOnly);
-        if (folded != model.fullCase.value(point, fromPoint(point)))
-            QFAIL(qPrintable(u"U+%1 folds to %2"_s.arg(point, 4, 16).arg(folded)));
-    }
-}
-
-void TestTextFolding::marksFollowUnicodeData()
-{
-    struct Character {
-        QString category, decomposition;
-        int combiningClass = 0;
-    };
-    QHash<char32_t, Character> characters;
-    for (const QStringList &record : unicodeRecords(u"UnicodeData.txt"_s)) {
-        // First and last of a range: ideographs, and the Hangul syllables that decompose by rule.
-        if (record[1].endsWith(u'>'))
-            continue;
-        const QString canonical = record[5].startsWith(u'<') ? QString() : fromPoints(record[5]);
-        characters[record[0].toUInt(nullptr, 16)] = {record[2], canonical, record[3].toInt()};
-    }
-    QVERIFY(!characters.isEmpty());
-
-    const auto expected = [&characters](const auto &self, char32_t point) -> QString {
-        const Character character = characters.value(point);
-        QString bare;
-        for (const char32_t part : character.decomposition.toUcs4())
-            bare += self(self, part);
-        const bool mark =
-            character.category == "Mn"_L1 || character.category == "Me"_L1 || character.combiningClass != 0;
-        return !character.decomposition.isEmpty() ? bare : mark ? QString() : fromPoint(point);
-    };
-    for (const char32_t point : characters.keys()) {
-        if (!isKnownToQt(point))
-            continue;
-        const QString folded = foldForSearch(fromPoint(point), marksOnly);
-        if (folded != expected(expected, point))
-            QFAIL(qPrintable(u"U+%1 folds to %2"_s.arg(point, 4, 16).arg(folded)));
-    }
-}
-
-void TestTextFolding::foldingTwiceIsFoldingOnce()
-{
-    for (const Folding folding : everyFolding) {
+    void caseFollowsUnicodeData()
+    {
+        const SlowFolding model;
+        QVERIFY(!model.fullCase.isEmpty());
         for (char32_t point = 0; point <= QChar::LastValidCodePoint; ++point) {
-            const QString once = foldForSearch(fromPoint(point), folding);
-            if (foldForSearch(once, folding) != once)
-                QFAIL(qPrintable(u"U+%1 under %2"_s.arg(point, 4, 16).arg(folding.toInt())));
+            // The file may be of a later version than Qt's tables.
+            if (!isKnownToQt(point) || QChar::isSurrogate(point))
+                continue;
+            const QString folded = foldForSearch(fromPoint(point), caseOnly);
+            if (folded != model.fullCase.value(point, fromPoint(point)))
+                QFAIL(qPrintable(u"U+%1 folds to %2"_s.arg(point, 4, 16).arg(folded)));
         }
     }
-}
 
-void TestTextFolding::randomTextsFollowTheModel()
-{
-    const SlowFolding model;
-    QVERIFY(!model.fullCase.isEmpty());
-    QRandomGenerator random(20250);
-    for (int round = 0; round < 5000; ++round) {
-        QString text = randomText(random, round % 2 == 1);
-        while (round % 50 == 0 && text.size() < 1500)
-            text += QString(random.bounded(300), u'Q') + randomText(random, false);
+    void marksFollowUnicodeData()
+    {
+        struct Character {
+            QString category, decomposition;
+            int combiningClass = 0;
+        };
+        QHash<char32_t, Character> characters;
+        for (const QStringList &record : unicodeRecords(u"UnicodeData.txt"_s)) {
+            // First and last of a range: ideographs, and the Hangul syllables that decompose by rule.
+            if (record[1].endsWith(u'>'))
+                continue;
+            const QString canonical = record[5].startsWith(u'<') ? QString() : fromPoints(record[5]);
+            characters[record[0].toUInt(nullptr, 16)] = {record[2], canonical, record[3].toInt()};
+        }
+        QVERIFY(!characters.isEmpty());
+
+        const auto expected = [&characters](const auto &self, char32_t point) -> QString {
+            const Character character = characters.value(point);
+            QString bare;
+            for (const char32_t part : character.decomposition.toUcs4())
+                bare += self(self, part);
+            const bool mark = character.category == "Mn"_L1 || character.category == "Me"_L1
+                || character.combiningClass != 0;
+            return !character.decomposition.isEmpty() ? bare : mark ? QString() : fromPoint(point);
+        };
+        for (const char32_t point : characters.keys()) {
+            if (!isKnownToQt(point))
+                continue;
+            const QString folded = foldForSearch(fromPoint(point), marksOnly);
+            if (folded != expected(expected, point))
+                QFAIL(qPrintable(u"U+%1 folds to %2"_s.arg(point, 4, 16).arg(folded)));
+        }
+    }
+
+    void foldingTwiceIsFoldingOnce()
+    {
         for (const Folding folding : everyFolding) {
-            const QString folded = foldForSearch(text, folding);
-            QCOMPARE(folded, model.fold(text, folding));
-            // In UTF-16 two lone surrogates become one character when the mark between them goes.
-            if (text.isValidUtf16() || !folding.testFlag(Fold::Diacritics))
-                QCOMPARE(foldedUtf8(text, folding), foldedUtf8(folded, {}));
-            // A column holds proper UTF-8: there the two byte forms agree with Qt's own conversion.
-            if (text.isValidUtf16()) {
-                std::string fromBytes = "kept:";
-                appendFoldedUtf8(fromBytes, text.toStdString(), folding);
-                QCOMPARE(fromBytes, "kept:" + folded.toStdString());
+            for (char32_t point = 0; point <= QChar::LastValidCodePoint; ++point) {
+                const QString once = foldForSearch(fromPoint(point), folding);
+                if (foldForSearch(once, folding) != once)
+                    QFAIL(qPrintable(u"U+%1 under %2"_s.arg(point, 4, 16).arg(folding.toInt())));
             }
         }
     }
-}
 
-void TestTextFolding::foldingGoesPieceByPiece()
-{
-    QRandomGenerator random(77);
-    for (int round = 0; round < 2000; ++round) {
-        const QString one = randomText(random, false), other = randomText(random, false);
-        for (const Folding folding : everyFolding) {
-            QCOMPARE(foldForSearch(one + other, folding),
-                     foldForSearch(one, folding) + foldForSearch(other, folding));
+    void randomTextsFollowTheModel()
+    {
+        const SlowFolding model;
+        QVERIFY(!model.fullCase.isEmpty());
+        QRandomGenerator random(20250);
+        for (int round = 0; round < 5000; ++round) {
+            QString text = randomText(random, round % 2 == 1);
+            while (round % 50 == 0 && text.size() < 1500)
+                text += QString(random.bounded(300), u'Q') + randomText(random, false);
+            for (const Folding folding : everyFolding) {
+                const QString folded = foldForSearch(text, folding);
+                QCOMPARE(folded, model.fold(text, folding));
+                // In UTF-16 two lone surrogates become one character when the mark between them goes.
+                if (text.isValidUtf16() || !folding.testFlag(Fold::Diacritics))
+                    QCOMPARE(foldedUtf8(text, folding), foldedUtf8(folded, {}));
+                // A column holds proper UTF-8: there the two byte forms agree with Qt's own conversion.
+                if (text.isValidUtf16()) {
+                    std::string fromBytes = "kept:";
+                    appendFoldedUtf8(fromBytes, text.toStdString(), folding);
+                    QCOMPARE(fromBytes, "kept:" + folded.toStdString());
+                }
+            }
         }
     }
-}
 
-void TestTextFolding::malformedBytesStay_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QByteArray>("folded"); // under case and diacritics
+    void foldingGoesPieceByPiece()
+    {
+        QRandomGenerator random(77);
+        for (int round = 0; round < 2000; ++round) {
+            const QString one = randomText(random, false), other = randomText(random, false);
+            for (const Folding folding : everyFolding) {
+                QCOMPARE(foldForSearch(one + other, folding),
+                         foldForSearch(one, folding) + foldForSearch(other, folding));
+            }
+        }
+    }
 
-    QTest::newRow("lone trail byte") << QByteArray("A\x80Z") << QByteArray("a\x80z");
-    QTest::newRow("cut at the end") << QByteArray("AB\xC3") << QByteArray("ab\xC3");
-    QTest::newRow("cut before a letter") << QByteArray("\xE1\xBA"
-                                                       "A")
-                                         << QByteArray("\xE1\xBA"
-                                                       "a");
-    QTest::newRow("overlong slash") << QByteArray("\xC0\xAF\xE0\x80\xAF")
-                                    << QByteArray("\xC0\xAF\xE0\x80\xAF");
-    QTest::newRow("above the last code point")
-        << QByteArray("\xF4\x90\x80\x80Q") << QByteArray("\xF4\x90\x80\x80q");
-    QTest::newRow("lone surrogate") << QByteArray("\xED\xA0\x80Q") << QByteArray("\xED\xA0\x80q");
-    QTest::newRow("well-formed after it") << QByteArray("\xFF\xC3\x89")
-                                          << QByteArray("\xFF"
-                                                        "e");
-    QTest::newRow("a zero byte") << QByteArray("A\0B", 3) << QByteArray("a\0b", 3);
-}
-
-void TestTextFolding::malformedBytesStay()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QByteArray, folded);
-    std::string out;
-    appendFoldedUtf8(out, std::string_view(bytes.constData(), size_t(bytes.size())), caseAndMarks);
-    QCOMPARE(QByteArray::fromStdString(out), folded);
-}
+    // folded: under case and diacritics
+    TABLE(malformedBytesStay, (const QByteArray &bytes, const QByteArray &folded), {
+        row("lone trail byte", QByteArray("A\x80Z"), QByteArray("a\x80z"));
+        row("cut at the end", QByteArray("AB\xC3"), QByteArray("ab\xC3"));
+        row("cut before a letter",
+            QByteArray("\xE1\xBA"
+                       "A"),
+            QByteArray("\xE1\xBA"
+                       "a"));
+        row("overlong slash", QByteArray("\xC0\xAF\xE0\x80\xAF"), QByteArray("\xC0\xAF\xE0\x80\xAF"));
+        row("above the last code point", QByteArray("\xF4\x90\x80\x80Q"), QByteArray("\xF4\x90\x80\x80q"));
+        row("lone surrogate", QByteArray("\xED\xA0\x80Q"), QByteArray("\xED\xA0\x80q"));
+        row("well-formed after it", QByteArray("\xFF\xC3\x89"),
+            QByteArray("\xFF"
+                       "e"));
+        row("a zero byte", QByteArray("A\0B", 3), QByteArray("a\0b", 3));
+    })
+    {
+        std::string out;
+        appendFoldedUtf8(out, std::string_view(bytes.constData(), size_t(bytes.size())), caseAndMarks);
+        QCOMPARE(QByteArray::fromStdString(out), folded);
+    }
+};
 
 RUNEBOOK_TEST_MAIN(TestTextFolding)
 #include "tst_TextFolding.moc"

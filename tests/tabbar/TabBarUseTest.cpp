@@ -2,19 +2,20 @@
 #include "TabBarFixture.h"
 
 #include "app/tabbar/PSMOverflowPopUpButton.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
 
 #include <QAccessible>
-#include <QLineEdit>
-#include <QWheelEvent>
 #include <QContextMenuEvent>
 #include <QHelpEvent>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QToolButton>
 #include <QToolTip>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -72,550 +73,495 @@ class TabBarUseTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void selectsOnRelease();
-    void selectsOnPressIfSet();
-    void closesByButtonAndMiddleClick_data();
-    void closesByButtonAndMiddleClick();
-    void closeButtonNeedsBothPressAndRelease();
-    void switchesByKeys_data();
-    void switchesByKeys();
-    void typingGoesOnInTheNextTab();
-    void movesTheSelectedTabByKeys();
-    void dragsToReorder_data();
-    void dragsToReorder();
-    void dragsUnevenTabsSteadily();
-    void escapeTakesADragBack();
-    void tearsOffAndComesBack();
-    void dropsOnAnotherBar();
-    void survivesTheEndOfADraggedItem();
-    void scrubs();
-    void keepsPlacesUnderThePointer();
-    void overflowMenuHoldsTheRest();
-    void keepsTheSelectedTabInSight();
-    void hidesForASingleTab();
-    void foldingFeedsThePartner();
-    void resizesByItsHandle();
-    void asksForNewTabs();
-    void showsMenusAndToolTips();
-    void initTestCase();
-    void longMenusAreSearched();
-    void wheelSelects();
-    void heldUpdatesNest();
-    void isReachableByAssistiveTechnology();
-};
-
-void TabBarUseTest::selectsOnRelease()
-{
-    Panel panel(3);
-    show(panel);
-    QTest::mousePress(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
-    QCOMPARE(panel.picture(), u"[A] B C"_s);
-    QTest::mouseRelease(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"C"_s)));
-    QCOMPARE(panel.picture(), u"[A] B C"_s);
-    QTest::mouseClick(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
-    QCOMPARE(panel.picture(), u"A [B] C"_s);
-    QTest::mouseClick(panel.bar, Qt::RightButton, {}, middleOf(panel.cell(u"C"_s)));
-    QCOMPARE(panel.picture(), u"A [B] C"_s);
-}
-
-void TabBarUseTest::selectsOnPressIfSet()
-{
-    Panel panel(3);
-    show(panel);
-    panel.bar->setSelectsTabsOnMouseDown(true);
-    QTest::mousePress(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
-    QCOMPARE(panel.picture(), u"A [B] C"_s);
-}
-
-void TabBarUseTest::closesByButtonAndMiddleClick_data()
-{
-    QTest::addColumn<QByteArray>("setting"); // turned over from its default
-    QTest::addColumn<QString>("victim");
-    QTest::addColumn<bool>("closes");
-    QTest::newRow("the selected tab") << QByteArray() << u"A"_s << true;
-    QTest::newRow("a background tab") << QByteArray() << u"B"_s << true;
-    QTest::newRow("closing is off") << QByteArray("disableTabClose") << u"A"_s << false;
-    QTest::newRow("background closing is off") << QByteArray("allowsBackgroundTabClosing") << u"B"_s << false;
-    QTest::newRow("background closing is off, selected")
-        << QByteArray("allowsBackgroundTabClosing") << u"A"_s << true;
-    QTest::newRow("the delegate disables it") << QByteArray("delegate") << u"A"_s << false;
-}
-
-void TabBarUseTest::closesByButtonAndMiddleClick()
-{
-    QFETCH(const QByteArray, setting);
-    QFETCH(const QString, victim);
-    QFETCH(const bool, closes);
-    for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton}) {
+    void selectsOnRelease()
+    {
         Panel panel(3);
         show(panel);
-        if (setting == "delegate")
-            panel.delegate.disablesClose = true;
-        else if (!setting.isEmpty())
-            panel.bar->setProperty(setting, !panel.bar->property(setting).toBool());
-        panel.bar->update();
-        const bool byButton = button == Qt::LeftButton;
-        QTest::mouseClick(panel.bar, button, {},
-                          byButton ? closeButtonOf(panel, victim) : middleOf(panel.cell(victim)));
-        QCOMPARE(panel.item(victim) == nullptr, closes);
+        QTest::mousePress(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
+        QCOMPARE(panel.picture(), u"[A] B C"_s);
+        QTest::mouseRelease(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"C"_s)));
+        QCOMPARE(panel.picture(), u"[A] B C"_s);
+        QTest::mouseClick(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
+        QCOMPARE(panel.picture(), u"A [B] C"_s);
+        QTest::mouseClick(panel.bar, Qt::RightButton, {}, middleOf(panel.cell(u"C"_s)));
+        QCOMPARE(panel.picture(), u"A [B] C"_s);
     }
-}
 
-void TabBarUseTest::closeButtonNeedsBothPressAndRelease()
-{
-    Panel panel(3);
-    show(panel);
-    const QPoint button = closeButtonOf(panel, u"B"_s);
-    QTest::mousePress(panel.bar, Qt::LeftButton, {}, button);
-    QTest::mouseRelease(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
-    QTest::mousePress(panel.bar, Qt::LeftButton, {}, closeButtonOf(panel, u"A"_s));
-    QTest::mouseRelease(panel.bar, Qt::LeftButton, {}, button);
-    QCOMPARE(panel.picture(), u"[A] B C"_s);
-}
-
-void TabBarUseTest::switchesByKeys_data()
-{
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("modifiers");
-    QTest::addColumn<QString>("visited");
-    QTest::newRow("Ctrl+Tab") << int(Qt::Key_Tab) << int(Qt::CTRL) << u"BCA"_s;
-    QTest::newRow("Ctrl+Shift+Tab") << int(Qt::Key_Backtab) << int(Qt::CTRL | Qt::SHIFT) << u"CBA"_s;
-    QTest::newRow("Ctrl+PgDown") << int(Qt::Key_PageDown) << int(Qt::CTRL) << u"BCA"_s;
-    QTest::newRow("Ctrl+PgUp") << int(Qt::Key_PageUp) << int(Qt::CTRL) << u"CBA"_s;
-    QTest::newRow("Right, in the bar") << int(Qt::Key_Right) << 0 << u"BCA"_s;
-    QTest::newRow("Left, in the bar") << int(Qt::Key_Left) << 0 << u"CBA"_s;
-    QTest::newRow("End, in the bar") << int(Qt::Key_End) << 0 << u"C"_s;
-}
-
-void TabBarUseTest::switchesByKeys()
-{
-    QFETCH(const int, key);
-    QFETCH(const int, modifiers);
-    Panel panel(3);
-    show(panel);
-    if (modifiers == 0)
-        panel.bar->setFocus();
-    else
-        panel.items.first()->view()->setFocus();
-    QFETCH(const QString, visited);
-    for (const QChar title : visited) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), Qt::KeyboardModifiers(modifiers));
-        QCOMPARE(panel.selectedTitle(), QString(title));
+    void selectsOnPressIfSet()
+    {
+        Panel panel(3);
+        show(panel);
+        panel.bar->setSelectsTabsOnMouseDown(true);
+        QTest::mousePress(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
+        QCOMPARE(panel.picture(), u"A [B] C"_s);
     }
-}
 
-void TabBarUseTest::typingGoesOnInTheNextTab()
-{
-    Panel panel(3);
-    show(panel);
-    panel.items.first()->view()->setFocus();
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
-    QCOMPARE(QApplication::focusWidget(), panel.items.at(1)->view());
-    panel.bar->closeTabItem(panel.items.at(1));
-    QCOMPARE(QApplication::focusWidget(), panel.items.at(0)->view());
-    panel.bar->setFocus();
-    QTest::keyClick(panel.bar, Qt::Key_Delete);
-    QCOMPARE(panel.picture(), u"[C]"_s);
-}
-
-void TabBarUseTest::movesTheSelectedTabByKeys()
-{
-    Panel panel(3);
-    show(panel);
-    QSignalSpy moved(panel.bar, &VXTabBarControl::tabItemMoved);
-    const auto press = [&panel](Qt::Key key) {
-        QTest::keyClick(panel.items.first()->view(), key, Qt::ControlModifier | Qt::ShiftModifier);
-        return panel.picture();
-    };
-    QCOMPARE(press(Qt::Key_PageDown), u"B [A] C"_s);
-    QCOMPARE(press(Qt::Key_PageDown), u"B C [A]"_s);
-    QCOMPARE(press(Qt::Key_PageDown), u"B C [A]"_s);
-    QCOMPARE(press(Qt::Key_PageUp), u"B [A] C"_s);
-    QCOMPARE(moved.size(), 3);
-}
-
-void TabBarUseTest::dragsToReorder_data()
-{
-    QTest::addColumn<Qt::LayoutDirection>("direction");
-    QTest::addColumn<QString>("carried");
-    QTest::addColumn<QList<int>>("by"); // points, from where it was taken
-    QTest::addColumn<QString>("expected");
-    using By = QList<int>;
-    const auto ltr = Qt::LeftToRight;
-    QTest::newRow("a trembling hand") << ltr << u"B"_s << By {3} << u"A[B]CD"_s;
-    QTest::newRow("not half a tab") << ltr << u"A"_s << By {20, 48} << u"[A]BCD"_s;
-    QTest::newRow("over half a tab") << ltr << u"A"_s << By {20, 55} << u"B[A]CD"_s;
-    QTest::newRow("in one leap") << ltr << u"A"_s << By {20, 230} << u"BC[A]D"_s;
-    QTest::newRow("beyond the end") << ltr << u"A"_s << By {20, 900} << u"BCD[A]"_s;
-    QTest::newRow("backwards") << ltr << u"D"_s << By {-20, -160} << u"A[D]BC"_s;
-    QTest::newRow("there and back") << ltr << u"A"_s << By {20, 260, 5} << u"[A]BCD"_s;
-    QTest::newRow("right to left") << Qt::RightToLeft << u"A"_s << By {-20, -160} << u"BC[A]D"_s;
-}
-
-void TabBarUseTest::dragsToReorder()
-{
-    QFETCH(const Qt::LayoutDirection, direction);
-    QFETCH(const QString, carried);
-    QFETCH(const QList<int>, by);
-    Panel panel(4, 402);
-    panel.bar->setLayoutDirection(direction);
-    panel.bar->setUseFullWidth(true);
-    show(panel);
-    panel.bar->selectTabItem(panel.item(carried));
-    QSignalSpy moved(panel.bar, &VXTabBarControl::tabItemMoved);
-    const QString before = panel.picture();
-    QList<QPointF> offsets;
-    for (const int offset : by)
-        offsets.append(QPointF(offset, 0));
-    const QPointF end = carry(panel, carried, offsets);
-    send(panel.bar, QEvent::MouseButtonRelease, end, Qt::LeftButton, Qt::NoButton);
-    QTEST(panel.picture().remove(u' '), "expected");
-    QCOMPARE(moved.size(), panel.picture() == before ? 0 : 1);
-    // Everything slides to its place, in the order of the items.
-    const auto placed = [&panel] {
-        return std::ranges::all_of(panel.bar->cells(), [](const PSMTabBarCell *cell) {
-            return cell->frame() == cell->targetFrame();
-        });
-    };
-    QTRY_VERIFY(placed());
-    QString expected = panel.picture().remove(QRegularExpression(u"[\\[\\] ]"_s));
-    if (direction == Qt::RightToLeft)
-        std::ranges::reverse(expected);
-    QCOMPARE(panel.shown(), expected);
-}
-
-/// A narrow tab over a wide one: wherever the pointer stops, the order must not go to and fro.
-void TabBarUseTest::dragsUnevenTabsSteadily()
-{
-    Panel panel(2, 700);
-    panel.bar->setSizeCellsToFit(true);
-    panel.items.at(1)->setTitle(u"B, a tab with a title that goes on for a while"_s);
-    show(panel);
-    const QPointF start = middleOf(panel.bar->cells().first());
-    carry(panel, u"A"_s, {QPointF(20, 0)});
-    int changes = 0;
-    QObject *first = panel.bar->tabItemAtIndex(0);
-    for (int x = 20; x < 300; ++x) {
-        for (int repeat = 0; repeat < 2; ++repeat) {
-            send(panel.bar, QEvent::MouseMove, start + QPointF(x, 0), Qt::NoButton, Qt::LeftButton);
-            changes +=
-                panel.bar->tabItemAtIndex(0) != std::exchange(first, panel.bar->tabItemAtIndex(0)) ? 1 : 0;
+    // setting: turned over from its default
+    TABLE(closesByButtonAndMiddleClick, (const QByteArray &setting, const QString &victim, bool closes), {
+        row("the selected tab", QByteArray(), "A", true);
+        row("a background tab", QByteArray(), "B", true);
+        row("closing is off", "disableTabClose", "A", false);
+        row("background closing is off", "allowsBackgroundTabClosing", "B", false);
+        row("background closing is off, selected", "allowsBackgroundTabClosing", "A", true);
+        row("the delegate disables it", "delegate", "A", false);
+    })
+    {
+        for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton}) {
+            Panel panel(3);
+            show(panel);
+            if (setting == "delegate")
+                panel.delegate.disablesClose = true;
+            else if (!setting.isEmpty())
+                panel.bar->setProperty(setting, !panel.bar->property(setting).toBool());
+            panel.bar->update();
+            const bool byButton = button == Qt::LeftButton;
+            QTest::mouseClick(panel.bar, button, {},
+                              byButton ? closeButtonOf(panel, victim) : middleOf(panel.cell(victim)));
+            QCOMPARE(panel.item(victim) == nullptr, closes);
         }
     }
-    QCOMPARE(changes, 1);
-    QCOMPARE(panel.bar->indexOfTabItem(panel.items.first()), 1U);
-}
 
-void TabBarUseTest::escapeTakesADragBack()
-{
-    Panel panel(4, 402);
-    panel.bar->setUseFullWidth(true);
-    show(panel);
-    carry(panel, u"A"_s, {QPointF(20, 0), QPointF(230, 0)});
-    QCOMPARE(panel.picture(), u"B C [A] D"_s);
-    QTest::keyClick(panel.bar, Qt::Key_Tab, Qt::ControlModifier); // shortcuts wait meanwhile
-    QTest::keyClick(panel.bar, Qt::Key_Escape);
-    QCOMPARE(panel.picture(), u"[A] B C D"_s);
-    send(panel.bar, QEvent::MouseMove, QPointF(10, 10), Qt::NoButton, Qt::LeftButton);
-    QVERIFY(!panel.bar->cells().first()->is(PSMTabBarCell::Held));
-}
-
-void TabBarUseTest::tearsOffAndComesBack()
-{
-    Panel panel(3);
-    panel.bar->setTearOffStyle(VXTabBarControl::TearOffMiniature);
-    show(panel);
-    const auto dragWindows = [&panel] {
-        const auto children = panel.bar->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
-        return std::ranges::count_if(children, [](const QWidget *child) {
-            return child->inherits("PSMTabDragWindow") && child->isVisible();
-        });
-    };
-    const QPointF start = middleOf(panel.cell(u"A"_s));
-    carry(panel, u"A"_s, {QPointF(20, 0), QPointF(40, 90)});
-    QVERIFY(panel.cell(u"A"_s)->is(PSMTabBarCell::TornOff));
-    QCOMPARE(dragWindows(), 1);
-    send(panel.bar, QEvent::MouseMove, start + QPointF(5, 0), Qt::NoButton, Qt::LeftButton);
-    QVERIFY(!panel.cell(u"A"_s)->is(PSMTabBarCell::TornOff));
-    QCOMPARE(dragWindows(), 0);
-    send(panel.bar, QEvent::MouseMove, start + QPointF(5, 90), Qt::NoButton, Qt::LeftButton);
-    send(panel.bar, QEvent::MouseButtonRelease, start + QPointF(5, 90), Qt::LeftButton, Qt::NoButton);
-    QCOMPARE(panel.picture(), u"[A] B C"_s);
-    QCOMPARE(dragWindows(), 0);
-}
-
-void TabBarUseTest::dropsOnAnotherBar()
-{
-    Panel source(3);
-    Panel target(2);
-    target.items.first()->setTitle(u"X"_s);
-    target.items.last()->setTitle(u"Y"_s);
-    const std::unique_ptr<QMimeData> dragged = source.bar->mimeDataForTabItem(source.items.first());
-    QVERIFY(dragged->hasFormat(u"VXTabBarControlItemPBType"_s));
-    QVERIFY(!source.bar->acceptDroppedTab(*dragged, QPointF(0, 0)));
-    QVERIFY(target.bar->acceptDroppedTab(*dragged, middleOf(target.cell(u"Y"_s))));
-    QCOMPARE(target.picture(), u"X [A] Y"_s);
-    QCOMPARE(source.picture(), u"[B] C"_s);
-    QVERIFY(!target.bar->acceptDroppedTab(*dragged, QPointF(0, 0))); // it has left the source
-    QVERIFY(!target.bar->acceptDroppedTab(QMimeData(), QPointF(0, 0)));
-}
-
-void TabBarUseTest::survivesTheEndOfADraggedItem()
-{
-    Panel panel(3);
-    show(panel);
-    const QPointF point = carry(panel, u"A"_s, {QPointF(20, 0), QPointF(40, 90)});
-    delete panel.items.takeFirst();
-    send(panel.bar, QEvent::MouseMove, point + QPointF(5, 0), Qt::NoButton, Qt::LeftButton);
-    send(panel.bar, QEvent::MouseButtonRelease, point, Qt::LeftButton, Qt::NoButton);
-    QCOMPARE(panel.picture(), u"B C"_s);
-}
-
-void TabBarUseTest::scrubs()
-{
-    Panel panel(3);
-    panel.bar->setAllowsScrubbing(true);
-    show(panel);
-    const QPointF end = carry(panel, u"A"_s, {QPointF(20, 0), QPointF(130, 0)});
-    QCOMPARE(panel.picture(), u"A [B] C"_s);
-    send(panel.bar, QEvent::MouseButtonRelease, end, Qt::LeftButton, Qt::NoButton);
-    QCOMPARE(panel.picture(), u"A [B] C"_s);
-}
-
-void TabBarUseTest::keepsPlacesUnderThePointer()
-{
-    Panel panel(5);
-    show(panel);
-    QCOMPARE(panel.cell(u"B"_s)->frame().width(), 100);
-    const QPoint button = closeButtonOf(panel, u"B"_s);
-    QCursor::setPos(panel.bar->mapToGlobal(button));
-    for (const QString &title : {u"B"_s, u"C"_s, u"D"_s}) {
-        QCOMPARE(closeButtonOf(panel, title), button);
-        QTest::mouseClick(panel.bar, Qt::LeftButton, {}, button);
-        QVERIFY(!panel.item(title));
+    void closeButtonNeedsBothPressAndRelease()
+    {
+        Panel panel(3);
+        show(panel);
+        const QPoint button = closeButtonOf(panel, u"B"_s);
+        QTest::mousePress(panel.bar, Qt::LeftButton, {}, button);
+        QTest::mouseRelease(panel.bar, Qt::LeftButton, {}, middleOf(panel.cell(u"B"_s)));
+        QTest::mousePress(panel.bar, Qt::LeftButton, {}, closeButtonOf(panel, u"A"_s));
+        QTest::mouseRelease(panel.bar, Qt::LeftButton, {}, button);
+        QCOMPARE(panel.picture(), u"[A] B C"_s);
     }
-    QCOMPARE(panel.cell(u"E"_s)->frame().width(), 100);
-    QCursor::setPos(panel.window.mapToGlobal(QPoint(250, 150)));
-    QTRY_COMPARE(panel.cell(u"E"_s)->targetFrame().width(), 130);
-}
 
-void TabBarUseTest::overflowMenuHoldsTheRest()
-{
-    Panel panel(0, 528); // 500 points for tabs beside the button
-    for (const QChar title : u"ABCDEFG"_s)
-        panel.bar->addTabItem(panel.makeItem(title));
-    panel.items.at(6)->setTitle(u"G & <b>"_s);
-    show(panel);
-    QCOMPARE(panel.shown(), u"ABCDE"_s);
-    QVERIFY(panel.bar->overflowPopUpButton()->isVisible());
-    QVERIFY(panel.delegate.calls.contains(u"hidden F"_s));
-    QMenu *menu = panel.bar->overflowPopUpButton()->menu();
-    QVERIFY(menu->isEmpty()); // filled only when it shows
-    menu->popup(QPoint(0, 0));
-    QCOMPARE(menu->actions().size(), 2);
-    QCOMPARE(menu->actions().last()->text(), u"G && <b>"_s);
-    menu->actions().first()->trigger();
-    QCOMPARE(panel.selectedTitle(), u"F"_s);
-    QVERIFY(panel.bar->overflowPopUpButton()->holdsSelection());
-    menu->close();
-    panel.delegate.enablesMenuItems = false;
-    panel.bar->menuNeedsUpdate(menu);
-    QVERIFY(!menu->actions().first()->isEnabled() && menu->actions().first()->isChecked());
-    QMenu stranger(u"Glyph"_s);
-    QTest::ignoreMessage(QtWarningMsg, "Warning: Unexpected menu delegate call for menu Glyph");
-    panel.bar->menuNeedsUpdate(&stranger);
-    QVERIFY(stranger.isEmpty());
+    TABLE(switchesByKeys, (int key, int modifiers, const QString &visited), {
+        row("Ctrl+Tab", int(Qt::Key_Tab), int(Qt::CTRL), "BCA");
+        row("Ctrl+Shift+Tab", int(Qt::Key_Backtab), int(Qt::CTRL | Qt::SHIFT), "CBA");
+        row("Ctrl+PgDown", int(Qt::Key_PageDown), int(Qt::CTRL), "BCA");
+        row("Ctrl+PgUp", int(Qt::Key_PageUp), int(Qt::CTRL), "CBA");
+        row("Right, in the bar", int(Qt::Key_Right), 0, "BCA");
+        row("Left, in the bar", int(Qt::Key_Left), 0, "CBA");
+        row("End, in the bar", int(Qt::Key_End), 0, "C");
+    })
+    {
+        Panel panel(3);
+        show(panel);
+        if (modifiers == 0)
+            panel.bar->setFocus();
+        else
+            panel.items.first()->view()->setFocus();
+        for (const QChar title : visited) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+            QCOMPARE(panel.selectedTitle(), QString(title));
+        }
+    }
 
-    panel.delegate.calls.clear();
-    panel.bar->closeTabItem(panel.item(u"A"_s));
-    QVERIFY(panel.delegate.calls.contains(u"shown F"_s));
-    panel.bar->setUseOverflowMenu(false);
-    QVERIFY(panel.bar->overflowPopUpButton()->isHidden());
-    QCOMPARE(panel.shown(), u"BCDEFG & <b>"_s);
-}
+    void typingGoesOnInTheNextTab()
+    {
+        Panel panel(3);
+        show(panel);
+        panel.items.first()->view()->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+        QCOMPARE(QApplication::focusWidget(), panel.items.at(1)->view());
+        panel.bar->closeTabItem(panel.items.at(1));
+        QCOMPARE(QApplication::focusWidget(), panel.items.at(0)->view());
+        panel.bar->setFocus();
+        QTest::keyClick(panel.bar, Qt::Key_Delete);
+        QCOMPARE(panel.picture(), u"[C]"_s);
+    }
 
-void TabBarUseTest::keepsTheSelectedTabInSight()
-{
-    Panel panel(8, 528);
-    show(panel);
-    panel.bar->setAlwaysShowActiveTab(true);
-    panel.bar->selectTabItemAtIndex(6);
-    QCOMPARE(panel.shown(), u"ABCDG"_s);
-    panel.bar->selectTabItemAtIndex(1);
-    QCOMPARE(panel.shown(), u"ABCDE"_s);
-}
+    void movesTheSelectedTabByKeys()
+    {
+        Panel panel(3);
+        show(panel);
+        QSignalSpy moved(panel.bar, &VXTabBarControl::tabItemMoved);
+        const auto press = [&panel](Qt::Key key) {
+            QTest::keyClick(panel.items.first()->view(), key, Qt::ControlModifier | Qt::ShiftModifier);
+            return panel.picture();
+        };
+        QCOMPARE(press(Qt::Key_PageDown), u"B [A] C"_s);
+        QCOMPARE(press(Qt::Key_PageDown), u"B C [A]"_s);
+        QCOMPARE(press(Qt::Key_PageDown), u"B C [A]"_s);
+        QCOMPARE(press(Qt::Key_PageUp), u"B [A] C"_s);
+        QCOMPARE(moved.size(), 3);
+    }
 
-void TabBarUseTest::hidesForASingleTab()
-{
-    Panel panel(2);
-    show(panel);
-    const int height = panel.bar->height();
-    panel.bar->setHideForSingleTab(true);
-    QVERIFY(!panel.bar->isTabBarHidden());
-    panel.bar->closeTabItem(panel.items.last());
-    QVERIFY(panel.bar->isTabBarHidden());
-    QCOMPARE(panel.bar->height(), 0);
-    QCOMPARE(panel.delegate.calls.count(u"did hide"_s), 1);
-    panel.bar->addTabItem(panel.makeItem(u"B"_s));
-    QVERIFY(!panel.bar->isTabBarHidden());
-    QCOMPARE(panel.bar->height(), height);
-    // Keys reach tabs behind a bar that is folded away.
-    panel.bar->hideTabBarAnimate(true, true);
-    QTRY_COMPARE(panel.delegate.calls.count(u"did hide"_s), 2);
-    QTest::keyClick(panel.items.first()->view(), Qt::Key_Tab, Qt::ControlModifier);
-    QCOMPARE(panel.selectedTitle(), u"B"_s);
-}
+    // by: points, from where it was taken
+    TABLE(dragsToReorder,
+          (Qt::LayoutDirection direction, const QString &carried, const QList<int> &by, QString expected), {
+              using By = QList<int>;
+              const auto ltr = Qt::LeftToRight;
+              row("a trembling hand", ltr, "B", By {3}, "A[B]CD");
+              row("not half a tab", ltr, "A", By {20, 48}, "[A]BCD");
+              row("over half a tab", ltr, "A", By {20, 55}, "B[A]CD");
+              row("in one leap", ltr, "A", By {20, 230}, "BC[A]D");
+              row("beyond the end", ltr, "A", By {20, 900}, "BCD[A]");
+              row("backwards", ltr, "D", By {-20, -160}, "A[D]BC");
+              row("there and back", ltr, "A", By {20, 260, 5}, "[A]BCD");
+              row("right to left", Qt::RightToLeft, "A", By {-20, -160}, "BC[A]D");
+          })
+    {
+        Panel panel(4, 402);
+        panel.bar->setLayoutDirection(direction);
+        panel.bar->setUseFullWidth(true);
+        show(panel);
+        panel.bar->selectTabItem(panel.item(carried));
+        QSignalSpy moved(panel.bar, &VXTabBarControl::tabItemMoved);
+        const QString before = panel.picture();
+        QList<QPointF> offsets;
+        for (const int offset : by)
+            offsets.append(QPointF(offset, 0));
+        const QPointF end = carry(panel, carried, offsets);
+        send(panel.bar, QEvent::MouseButtonRelease, end, Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(panel.picture().remove(u' '), expected);
+        QCOMPARE(moved.size(), panel.picture() == before ? 0 : 1);
+        // Everything slides to its place, in the order of the items.
+        const auto placed = [&panel] {
+            return std::ranges::all_of(panel.bar->cells(), [](const PSMTabBarCell *cell) {
+                return cell->frame() == cell->targetFrame();
+            });
+        };
+        QTRY_VERIFY(placed());
+        QString order = panel.picture().remove(QRegularExpression(u"[\\[\\] ]"_s));
+        if (direction == Qt::RightToLeft)
+            std::ranges::reverse(order);
+        QCOMPARE(panel.shown(), order);
+    }
 
-void TabBarUseTest::foldingFeedsThePartner()
-{
-    QWidget window;
-    window.resize(400, 300);
-    auto *bar = new VXTabBarControl(&window);
-    auto *partner = new QWidget(&window);
-    bar->resize(400, bar->height());
-    const QRect below(0, bar->height(), 400, 300 - bar->height());
-    partner->setGeometry(below);
-    bar->setPartnerView(partner);
-    bar->hideTabBarAnimate(true, false);
-    QCOMPARE(partner->geometry(), QRect(0, 0, 400, 300));
-    bar->hideTabBarAnimate(false, false);
-    QCOMPARE(partner->geometry(), below);
-}
+    /// A narrow tab over a wide one: wherever the pointer stops, the order must not go to and fro.
+    void dragsUnevenTabsSteadily()
+    {
+        Panel panel(2, 700);
+        panel.bar->setSizeCellsToFit(true);
+        panel.items.at(1)->setTitle(u"B, a tab with a title that goes on for a while"_s);
+        show(panel);
+        const QPointF start = middleOf(panel.bar->cells().first());
+        carry(panel, u"A"_s, {QPointF(20, 0)});
+        int changes = 0;
+        QObject *first = panel.bar->tabItemAtIndex(0);
+        for (int x = 20; x < 300; ++x) {
+            for (int repeat = 0; repeat < 2; ++repeat) {
+                send(panel.bar, QEvent::MouseMove, start + QPointF(x, 0), Qt::NoButton, Qt::LeftButton);
+                changes += panel.bar->tabItemAtIndex(0) != std::exchange(first, panel.bar->tabItemAtIndex(0))
+                    ? 1
+                    : 0;
+            }
+        }
+        QCOMPARE(changes, 1);
+        QCOMPARE(panel.bar->indexOfTabItem(panel.items.first()), 1U);
+    }
 
-void TabBarUseTest::resizesByItsHandle()
-{
-    Panel panel(2);
-    panel.bar->setOrientation(Qt::Vertical);
-    panel.bar->setAllowsResizing(true);
-    show(panel);
-    const int width = panel.bar->width();
-    QCOMPARE(panel.cell(u"B"_s)->frame().top(), panel.cell(u"A"_s)->frame().bottom());
-    QWidget *handle = panel.bar->childAt(width - 2, panel.bar->height() / 2);
-    QVERIFY(handle);
-    send(handle, QEvent::MouseButtonPress, QPointF(2, 5), Qt::LeftButton, Qt::LeftButton);
-    send(handle, QEvent::MouseMove, QPointF(42, 5), Qt::NoButton, Qt::LeftButton);
-    QCOMPARE(panel.bar->width(), width + 40);
-    QCOMPARE(panel.cell(u"A"_s)->frame().width(), width + 40);
-}
+    void escapeTakesADragBack()
+    {
+        Panel panel(4, 402);
+        panel.bar->setUseFullWidth(true);
+        show(panel);
+        carry(panel, u"A"_s, {QPointF(20, 0), QPointF(230, 0)});
+        QCOMPARE(panel.picture(), u"B C [A] D"_s);
+        QTest::keyClick(panel.bar, Qt::Key_Tab, Qt::ControlModifier); // shortcuts wait meanwhile
+        QTest::keyClick(panel.bar, Qt::Key_Escape);
+        QCOMPARE(panel.picture(), u"[A] B C D"_s);
+        send(panel.bar, QEvent::MouseMove, QPointF(10, 10), Qt::NoButton, Qt::LeftButton);
+        QVERIFY(!panel.bar->cells().first()->is(PSMTabBarCell::Held));
+    }
 
-void TabBarUseTest::asksForNewTabs()
-{
-    Panel panel(2);
-    show(panel);
-    QVERIFY(panel.bar->addTabButton()->isHidden());
-    panel.bar->setShowAddTabButton(true);
-    QSignalSpy asked(panel.bar, &VXTabBarControl::addTabRequested);
-    QTest::mouseClick(panel.bar->addTabButton(), Qt::LeftButton);
-    QCOMPARE(asked.size(), 1);
-    QCOMPARE(panel.bar->addTabButton()->x(), 260);
-}
+    void tearsOffAndComesBack()
+    {
+        Panel panel(3);
+        panel.bar->setTearOffStyle(VXTabBarControl::TearOffMiniature);
+        show(panel);
+        const auto dragWindows = [&panel] {
+            const auto children = panel.bar->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+            return std::ranges::count_if(children, [](const QWidget *child) {
+                return child->inherits("PSMTabDragWindow") && child->isVisible();
+            });
+        };
+        const QPointF start = middleOf(panel.cell(u"A"_s));
+        carry(panel, u"A"_s, {QPointF(20, 0), QPointF(40, 90)});
+        QVERIFY(panel.cell(u"A"_s)->is(PSMTabBarCell::TornOff));
+        QCOMPARE(dragWindows(), 1);
+        send(panel.bar, QEvent::MouseMove, start + QPointF(5, 0), Qt::NoButton, Qt::LeftButton);
+        QVERIFY(!panel.cell(u"A"_s)->is(PSMTabBarCell::TornOff));
+        QCOMPARE(dragWindows(), 0);
+        send(panel.bar, QEvent::MouseMove, start + QPointF(5, 90), Qt::NoButton, Qt::LeftButton);
+        send(panel.bar, QEvent::MouseButtonRelease, start + QPointF(5, 90), Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(panel.picture(), u"[A] B C"_s);
+        QCOMPARE(dragWindows(), 0);
+    }
 
-void TabBarUseTest::showsMenusAndToolTips()
-{
-    Panel panel(2);
-    show(panel);
-    QMenu menu;
-    menu.addAction(u"Rename"_s);
-    const QPoint point = middleOf(panel.cell(u"B"_s));
-    const auto ask = [&panel, point] {
-        QContextMenuEvent event(QContextMenuEvent::Mouse, point, panel.bar->mapToGlobal(point));
-        QApplication::sendEvent(panel.bar, &event);
-    };
-    ask(); // the delegate has none yet
-    panel.delegate.menu = &menu;
-    ask();
-    QVERIFY(menu.isVisible());
-    menu.close();
+    void dropsOnAnotherBar()
+    {
+        Panel source(3);
+        Panel target(2);
+        target.items.first()->setTitle(u"X"_s);
+        target.items.last()->setTitle(u"Y"_s);
+        const std::unique_ptr<QMimeData> dragged = source.bar->mimeDataForTabItem(source.items.first());
+        QVERIFY(dragged->hasFormat(u"VXTabBarControlItemPBType"_s));
+        QVERIFY(!source.bar->acceptDroppedTab(*dragged, QPointF(0, 0)));
+        QVERIFY(target.bar->acceptDroppedTab(*dragged, middleOf(target.cell(u"Y"_s))));
+        QCOMPARE(target.picture(), u"X [A] Y"_s);
+        QCOMPARE(source.picture(), u"[B] C"_s);
+        QVERIFY(!target.bar->acceptDroppedTab(*dragged, QPointF(0, 0))); // it has left the source
+        QVERIFY(!target.bar->acceptDroppedTab(QMimeData(), QPointF(0, 0)));
+    }
 
-    panel.delegate.toolTip = u"<img src=x> & more"_s;
-    QHelpEvent help(QEvent::ToolTip, point, panel.bar->mapToGlobal(point));
-    QApplication::sendEvent(panel.bar, &help);
-    QVERIFY2(QToolTip::text().contains(u"&lt;img src=x&gt; &amp; more"_s), qPrintable(QToolTip::text()));
-}
+    void survivesTheEndOfADraggedItem()
+    {
+        Panel panel(3);
+        show(panel);
+        const QPointF point = carry(panel, u"A"_s, {QPointF(20, 0), QPointF(40, 90)});
+        delete panel.items.takeFirst();
+        send(panel.bar, QEvent::MouseMove, point + QPointF(5, 0), Qt::NoButton, Qt::LeftButton);
+        send(panel.bar, QEvent::MouseButtonRelease, point, Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(panel.picture(), u"B C"_s);
+    }
 
-void TabBarUseTest::isReachableByAssistiveTechnology()
-{
-    Panel panel(3);
-    show(panel);
-    QAccessibleInterface *bar = QAccessible::queryAccessibleInterface(panel.bar);
-    QCOMPARE(bar->role(), QAccessible::PageTabList);
-    QVERIFY(bar->childCount() >= 3);
-    QAccessibleInterface *tab = bar->child(1);
-    QCOMPARE(tab->role(), QAccessible::PageTab);
-    QCOMPARE(nameOf(tab), u"B"_s);
-    QCOMPARE(tab->parent(), bar);
-    QCOMPARE(bar->indexOfChild(tab), 1);
-    QCOMPARE(bar->childAt(tab->rect().center().x(), tab->rect().center().y()), tab);
-    QVERIFY(!tab->state().selected && bar->child(0)->state().selected);
-    tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QCOMPARE(panel.picture(), u"A [B] C"_s);
-    QVERIFY(tab->state().selected);
+    void scrubs()
+    {
+        Panel panel(3);
+        panel.bar->setAllowsScrubbing(true);
+        show(panel);
+        const QPointF end = carry(panel, u"A"_s, {QPointF(20, 0), QPointF(130, 0)});
+        QCOMPARE(panel.picture(), u"A [B] C"_s);
+        send(panel.bar, QEvent::MouseButtonRelease, end, Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(panel.picture(), u"A [B] C"_s);
+    }
 
-    QAccessibleInterface *close = tab->child(0);
-    QCOMPARE(close->role(), QAccessible::Button);
-    QCOMPARE(nameOf(close), u"Close B"_s);
-    QCOMPARE(close->parent(), tab);
-    QVERIFY(tab->rect().contains(close->rect()));
-    close->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QCOMPARE(panel.picture(), u"[A] C"_s);
-    for (int index = 0; index < bar->childCount(); ++index)
-        QVERIFY2(!nameOf(bar->child(index)).isEmpty(), qPrintable(QString::number(index)));
-    panel.bar->setDisableTabClose(true);
-    QCOMPARE(bar->child(0)->childCount(), 0);
-}
+    void keepsPlacesUnderThePointer()
+    {
+        Panel panel(5);
+        show(panel);
+        QCOMPARE(panel.cell(u"B"_s)->frame().width(), 100);
+        const QPoint button = closeButtonOf(panel, u"B"_s);
+        QCursor::setPos(panel.bar->mapToGlobal(button));
+        for (const QString &title : {u"B"_s, u"C"_s, u"D"_s}) {
+            QCOMPARE(closeButtonOf(panel, title), button);
+            QTest::mouseClick(panel.bar, Qt::LeftButton, {}, button);
+            QVERIFY(!panel.item(title));
+        }
+        QCOMPARE(panel.cell(u"E"_s)->frame().width(), 100);
+        QCursor::setPos(panel.window.mapToGlobal(QPoint(250, 150)));
+        QTRY_COMPARE(panel.cell(u"E"_s)->targetFrame().width(), 130);
+    }
 
-void TabBarUseTest::initTestCase()
-{
-    // The first bar of all: its name must not bring up the interface of any widget.
-    const VXTabBarControl bar;
-    QCOMPARE(QAccessible::queryAccessibleInterface(const_cast<VXTabBarControl *>(&bar))->role(),
-             QAccessible::PageTabList);
-}
+    void overflowMenuHoldsTheRest()
+    {
+        Panel panel(0, 528); // 500 points for tabs beside the button
+        for (const QChar title : u"ABCDEFG"_s)
+            panel.bar->addTabItem(panel.makeItem(title));
+        panel.items.at(6)->setTitle(u"G & <b>"_s);
+        show(panel);
+        QCOMPARE(panel.shown(), u"ABCDE"_s);
+        QVERIFY(panel.bar->overflowPopUpButton()->isVisible());
+        QVERIFY(panel.delegate.calls.contains(u"hidden F"_s));
+        QMenu *menu = panel.bar->overflowPopUpButton()->menu();
+        QVERIFY(menu->isEmpty()); // filled only when it shows
+        menu->popup(QPoint(0, 0));
+        QCOMPARE(menu->actions().size(), 2);
+        QCOMPARE(menu->actions().last()->text(), u"G && <b>"_s);
+        menu->actions().first()->trigger();
+        QCOMPARE(panel.selectedTitle(), u"F"_s);
+        QVERIFY(panel.bar->overflowPopUpButton()->holdsSelection());
+        menu->close();
+        panel.delegate.enablesMenuItems = false;
+        panel.bar->menuNeedsUpdate(menu);
+        QVERIFY(!menu->actions().first()->isEnabled() && menu->actions().first()->isChecked());
+        QMenu stranger(u"Glyph"_s);
+        QTest::ignoreMessage(QtWarningMsg, "Warning: Unexpected menu delegate call for menu Glyph");
+        panel.bar->menuNeedsUpdate(&stranger);
+        QVERIFY(stranger.isEmpty());
 
-void TabBarUseTest::longMenusAreSearched()
-{
-    Panel panel(0, 300);
-    for (int index = 0; index < 30; ++index)
-        panel.bar->addTabItem(panel.makeItem(u"Tab %1"_s.arg(index)));
-    show(panel);
-    QMenu *menu = panel.bar->overflowPopUpButton()->menu();
-    panel.bar->menuNeedsUpdate(menu);
-    auto *field = menu->findChild<QLineEdit *>();
-    QVERIFY(field);
-    QTest::keyClicks(field, u"tab 29"_s);
-    QCOMPARE(std::ranges::count_if(menu->actions(), &QAction::isVisible), 2); // the field and what it found
-    QTest::keyClick(field, Qt::Key_Return);
-    QCOMPARE(panel.selectedTitle(), u"Tab 29"_s);
-}
+        panel.delegate.calls.clear();
+        panel.bar->closeTabItem(panel.item(u"A"_s));
+        QVERIFY(panel.delegate.calls.contains(u"shown F"_s));
+        panel.bar->setUseOverflowMenu(false);
+        QVERIFY(panel.bar->overflowPopUpButton()->isHidden());
+        QCOMPARE(panel.shown(), u"BCDEFG & <b>"_s);
+    }
 
-void TabBarUseTest::wheelSelects()
-{
-    Panel panel(3);
-    show(panel);
-    const auto turn = [&](int delta) {
-        QWheelEvent event(QPointF(5, 5), panel.bar->mapToGlobal(QPointF(5, 5)), {}, {0, delta}, {}, {},
-                          Qt::NoScrollPhase, false);
-        QCoreApplication::sendEvent(panel.bar, &event);
-        return panel.selectedTitle();
-    };
-    QCOMPARE(turn(-60), u"A"_s);
-    QCOMPARE(turn(-60), u"B"_s);
-    QCOMPARE(turn(-360), u"C"_s); // not around the end
-    QCOMPARE(turn(240), u"A"_s);
-}
+    void keepsTheSelectedTabInSight()
+    {
+        Panel panel(8, 528);
+        show(panel);
+        panel.bar->setAlwaysShowActiveTab(true);
+        panel.bar->selectTabItemAtIndex(6);
+        QCOMPARE(panel.shown(), u"ABCDG"_s);
+        panel.bar->selectTabItemAtIndex(1);
+        QCOMPARE(panel.shown(), u"ABCDE"_s);
+    }
 
-void TabBarUseTest::heldUpdatesNest()
-{
-    Panel panel(2);
-    show(panel);
-    panel.bar->setDisableUpdates(true);
-    panel.bar->setDisableUpdates(true);
-    panel.bar->addTabItem(panel.makeItem(u"C"_s));
-    panel.bar->setDisableUpdates(false);
-    QVERIFY(panel.cell(u"C"_s)->frame().isEmpty());
-    panel.bar->setDisableUpdates(false);
-    QVERIFY(!panel.cell(u"C"_s)->frame().isEmpty());
-}
+    void hidesForASingleTab()
+    {
+        Panel panel(2);
+        show(panel);
+        const int height = panel.bar->height();
+        panel.bar->setHideForSingleTab(true);
+        QVERIFY(!panel.bar->isTabBarHidden());
+        panel.bar->closeTabItem(panel.items.last());
+        QVERIFY(panel.bar->isTabBarHidden());
+        QCOMPARE(panel.bar->height(), 0);
+        QCOMPARE(panel.delegate.calls.count(u"did hide"_s), 1);
+        panel.bar->addTabItem(panel.makeItem(u"B"_s));
+        QVERIFY(!panel.bar->isTabBarHidden());
+        QCOMPARE(panel.bar->height(), height);
+        // Keys reach tabs behind a bar that is folded away.
+        panel.bar->hideTabBarAnimate(true, true);
+        QTRY_COMPARE(panel.delegate.calls.count(u"did hide"_s), 2);
+        QTest::keyClick(panel.items.first()->view(), Qt::Key_Tab, Qt::ControlModifier);
+        QCOMPARE(panel.selectedTitle(), u"B"_s);
+    }
+
+    void foldingFeedsThePartner()
+    {
+        QWidget window;
+        window.resize(400, 300);
+        auto *bar = new VXTabBarControl(&window);
+        auto *partner = new QWidget(&window);
+        bar->resize(400, bar->height());
+        const QRect below(0, bar->height(), 400, 300 - bar->height());
+        partner->setGeometry(below);
+        bar->setPartnerView(partner);
+        bar->hideTabBarAnimate(true, false);
+        QCOMPARE(partner->geometry(), QRect(0, 0, 400, 300));
+        bar->hideTabBarAnimate(false, false);
+        QCOMPARE(partner->geometry(), below);
+    }
+
+    void resizesByItsHandle()
+    {
+        Panel panel(2);
+        panel.bar->setOrientation(Qt::Vertical);
+        panel.bar->setAllowsResizing(true);
+        show(panel);
+        const int width = panel.bar->width();
+        QCOMPARE(panel.cell(u"B"_s)->frame().top(), panel.cell(u"A"_s)->frame().bottom());
+        QWidget *handle = panel.bar->childAt(width - 2, panel.bar->height() / 2);
+        QVERIFY(handle);
+        send(handle, QEvent::MouseButtonPress, QPointF(2, 5), Qt::LeftButton, Qt::LeftButton);
+        send(handle, QEvent::MouseMove, QPointF(42, 5), Qt::NoButton, Qt::LeftButton);
+        QCOMPARE(panel.bar->width(), width + 40);
+        QCOMPARE(panel.cell(u"A"_s)->frame().width(), width + 40);
+    }
+
+    void asksForNewTabs()
+    {
+        Panel panel(2);
+        show(panel);
+        QVERIFY(panel.bar->addTabButton()->isHidden());
+        panel.bar->setShowAddTabButton(true);
+        QSignalSpy asked(panel.bar, &VXTabBarControl::addTabRequested);
+        QTest::mouseClick(panel.bar->addTabButton(), Qt::LeftButton);
+        QCOMPARE(asked.size(), 1);
+        QCOMPARE(panel.bar->addTabButton()->x(), 260);
+    }
+
+    void showsMenusAndToolTips()
+    {
+        Panel panel(2);
+        show(panel);
+        QMenu menu;
+        menu.addAction(u"Rename"_s);
+        const QPoint point = middleOf(panel.cell(u"B"_s));
+        const auto ask = [&panel, point] {
+            QContextMenuEvent event(QContextMenuEvent::Mouse, point, panel.bar->mapToGlobal(point));
+            QApplication::sendEvent(panel.bar, &event);
+        };
+        ask(); // the delegate has none yet
+        panel.delegate.menu = &menu;
+        ask();
+        QVERIFY(menu.isVisible());
+        menu.close();
+
+        panel.delegate.toolTip = u"<img src=x> & more"_s;
+        QHelpEvent help(QEvent::ToolTip, point, panel.bar->mapToGlobal(point));
+        QApplication::sendEvent(panel.bar, &help);
+        QVERIFY2(QToolTip::text().contains(u"&lt;img src=x&gt; &amp; more"_s), qPrintable(QToolTip::text()));
+    }
+
+    void initTestCase()
+    {
+        // The first bar of all: its name must not bring up the interface of any widget.
+        const VXTabBarControl bar;
+        QCOMPARE(QAccessible::queryAccessibleInterface(const_cast<VXTabBarControl *>(&bar))->role(),
+                 QAccessible::PageTabList);
+    }
+
+    void longMenusAreSearched()
+    {
+        Panel panel(0, 300);
+        for (int index = 0; index < 30; ++index)
+            panel.bar->addTabItem(panel.makeItem(u"Tab %1"_s.arg(index)));
+        show(panel);
+        QMenu *menu = panel.bar->overflowPopUpButton()->menu();
+        panel.bar->menuNeedsUpdate(menu);
+        auto *field = menu->findChild<QLineEdit *>();
+        QVERIFY(field);
+        QTest::keyClicks(field, u"tab 29"_s);
+        QCOMPARE(std::ranges::count_if(menu->actions(), &QAction::isVisible),
+                 2); // the field and what it found
+        QTest::keyClick(field, Qt::Key_Return);
+        QCOMPARE(panel.selectedTitle(), u"Tab 29"_s);
+    }
+
+    void wheelSelects()
+    {
+        Panel panel(3);
+        show(panel);
+        const auto turn = [&](int delta) {
+            QWheelEvent event(QPointF(5, 5), panel.bar->mapToGlobal(QPointF(5, 5)), {}, {0, delta}, {}, {},
+                              Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(panel.bar, &event);
+            return panel.selectedTitle();
+        };
+        QCOMPARE(turn(-60), u"A"_s);
+        QCOMPARE(turn(-60), u"B"_s);
+        QCOMPARE(turn(-360), u"C"_s); // not around the end
+        QCOMPARE(turn(240), u"A"_s);
+    }
+
+    void heldUpdatesNest()
+    {
+        Panel panel(2);
+        show(panel);
+        panel.bar->setDisableUpdates(true);
+        panel.bar->setDisableUpdates(true);
+        panel.bar->addTabItem(panel.makeItem(u"C"_s));
+        panel.bar->setDisableUpdates(false);
+        QVERIFY(panel.cell(u"C"_s)->frame().isEmpty());
+        panel.bar->setDisableUpdates(false);
+        QVERIFY(!panel.cell(u"C"_s)->frame().isEmpty());
+    }
+
+    void isReachableByAssistiveTechnology()
+    {
+        Panel panel(3);
+        show(panel);
+        QAccessibleInterface *bar = QAccessible::queryAccessibleInterface(panel.bar);
+        QCOMPARE(bar->role(), QAccessible::PageTabList);
+        QVERIFY(bar->childCount() >= 3);
+        QAccessibleInterface *tab = bar->child(1);
+        QCOMPARE(tab->role(), QAccessible::PageTab);
+        QCOMPARE(nameOf(tab), u"B"_s);
+        QCOMPARE(tab->parent(), bar);
+        QCOMPARE(bar->indexOfChild(tab), 1);
+        QCOMPARE(bar->childAt(tab->rect().center().x(), tab->rect().center().y()), tab);
+        QVERIFY(!tab->state().selected && bar->child(0)->state().selected);
+        tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QCOMPARE(panel.picture(), u"A [B] C"_s);
+        QVERIFY(tab->state().selected);
+
+        QAccessibleInterface *close = tab->child(0);
+        QCOMPARE(close->role(), QAccessible::Button);
+        QCOMPARE(nameOf(close), u"Close B"_s);
+        QCOMPARE(close->parent(), tab);
+        QVERIFY(tab->rect().contains(close->rect()));
+        close->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QCOMPARE(panel.picture(), u"[A] C"_s);
+        for (int index = 0; index < bar->childCount(); ++index)
+            QVERIFY2(!nameOf(bar->child(index)).isEmpty(), qPrintable(QString::number(index)));
+        panel.bar->setDisableTabClose(true);
+        QCOMPARE(bar->child(0)->childCount(), 0);
+    }
+};
 
 RUNEBOOK_TEST_MAIN(TabBarUseTest)
 #include "TabBarUseTest.moc"

@@ -1,5 +1,5 @@
 // Preloaded into the program under torture: counts the calls that change files, and makes one of them fail.
-#include "tests/torture/FaultControl.h"
+#include "tools/torture/FaultControl.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,5 +1,5 @@
 // Spoils saving and autosaving in every way that can be thought of, and counts what comes of it.
-#include "tests/torture/Torture.h"
+#include "tools/torture/Torture.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 // A program that edits, autosaves and saves is killed at any moment, again and again; nothing that it said
 // was kept may be lost.
-#include "tests/torture/Torture.h"
+#include "tools/torture/Torture.h"
 
 #include "document/VXDocument.h"
 #include "platform/Autosaver.h"

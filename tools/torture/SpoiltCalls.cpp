@@ -1,5 +1,5 @@
 // Every single call that a save makes fails in every way, or is the last that the process ever makes.
-#include "tests/torture/Torture.h"
+#include "tools/torture/Torture.h"
 
 #include "platform/RescueFiles.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/torture/FaultControl.h"
+#include "tools/torture/FaultControl.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,5 +1,5 @@
 // Disks that are full, folders that may not be written, files that are none any more, and other programs.
-#include "tests/torture/Torture.h"
+#include "tools/torture/Torture.h"
 
 #include "document/VXDocument.h"
 #include "platform/DocumentController.h"

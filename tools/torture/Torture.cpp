@@ -1,4 +1,4 @@
-#include "tests/torture/Torture.h"
+#include "tools/torture/Torture.h"
 
 #include "platform/FileSaver.h"
 
