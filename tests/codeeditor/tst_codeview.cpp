@@ -1,5 +1,6 @@
 #include "EditorFixture.h"
 #include "codeeditor/BraceMatching.h"
+#include "codeeditor/CompletionPopup.h"
 #include "codeeditor/CompletionRules.h"
 #include "codeeditor/CompletionSession.h"
 #include "codeeditor/DottedWords.h"
@@ -261,6 +262,37 @@ private Q_SLOTS:
         QCOMPARE(view.string(), u"\ta   b\n"_s);
         view.shiftSelectedLinesLeft(); // works on the characters and asks nobody
         QCOMPARE(view.string(), u"a   b\n"_s);
+    }
+
+    /// Composing is no text yet; what is committed is typed: one step, completions, nothing in a read-only
+    /// view.
+    void takesInputMethods()
+    {
+        EditorFixture editor;
+        editor.view.setString(u"x = "_s);
+        editor.select(4);
+        const auto compose = [&](const QString &preedit, const QString &commit) {
+            QInputMethodEvent event(preedit, {});
+            event.setCommitString(commit);
+            QApplication::sendEvent(&editor.view, &event);
+            return editor.view.string();
+        };
+        auto *popup = editor.view.findChild<CompletionPopup *>();
+        const auto isOffering = [&] {
+            return popup ? popup->isVisible() : QApplication::activePopupWidget() != nullptr;
+        };
+        QCOMPARE(compose(u"fo"_s, {}), u"x = "_s);
+        QVERIFY(!isOffering());
+        QCOMPARE(compose({}, u"漢字"_s), u"x = 漢字"_s);
+        editor.view.undo();
+        QCOMPARE(editor.view.string(), u"x = "_s);
+        QCOMPARE(compose({}, u"fo"_s), u"x = fo"_s);
+        popup = editor.view.findChild<CompletionPopup *>();
+        QVERIFY(popup);
+        QTRY_VERIFY(isOffering());
+        QTest::keyClick(&editor.view, Qt::Key_Escape);
+        editor.view.setReadOnly(true);
+        QVERIFY(!editor.view.testAttribute(Qt::WA_InputMethodEnabled)); // so none is asked
     }
 
     void readOnlyStaysAsItIs()

@@ -6,6 +6,7 @@
 #include "tests/TestMain.h"
 
 #include <QPaintEvent>
+#include <QPainter>
 #include <QRandomGenerator>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -48,12 +49,13 @@ struct RulerFixture : EditorFixture {
         view.setupLineNumberview();
         ruler = view.lineNumberView();
     }
-    qreal middleOfLine(int line) const
+    QRectF rowOfLine(int line) const
     {
         QTextCursor cursor(view.document());
         cursor.setPosition(ruler->lineIndices()[line - 1]);
-        return view.cursorRect(cursor).center().y();
+        return view.cursorRect(cursor);
     }
+    qreal middleOfLine(int line) const { return rowOfLine(line).center().y(); }
     QPoint pointAtLine(int line) const { return QPoint(5, int(middleOfLine(line))); }
     qreal thicknessFor(int digits) const
     {
@@ -287,6 +289,28 @@ private Q_SLOTS:
         QCOMPARE(editor.ruler->lineNumberForCharacterIndexInText(7), 1);
         editor.view.setString(u"a"_s);
         QVERIFY(!editor.ruler->lineNumberForLocation(300));
+    }
+
+    /// Its own number, at the right, on the row of its line.
+    void drawsTheNumbers()
+    {
+        RulerFixture editor;
+        editor.view.setString(u"line\n"_s.repeated(200));
+        editor.view.verticalScrollBar()->setValue(90);
+        const QImage drawn = editor.ruler->grab().toImage();
+        for (const int line : {93, 99, 100, 101}) {
+            const qreal height = QFontMetricsF(editor.ruler->font()).height();
+            QImage expected(drawn.size(), drawn.format());
+            expected.fill(drawn.pixelColor(0, 0));
+            QPainter painter(&expected);
+            painter.setFont(editor.ruler->font());
+            painter.setPen(editor.ruler->textColor());
+            const int low = std::abs(height - 19.0) < 0.1 ? 2 : 0; // as labels of this height have it
+            const QRectF row(0, editor.rowOfLine(line).bottom() - height + low, drawn.width() - 5, height);
+            painter.drawText(row, Qt::AlignRight | Qt::AlignVCenter, QString::number(line));
+            painter.end();
+            QCOMPARE(drawn.copy(row.toAlignedRect()), expected.copy(row.toAlignedRect()));
+        }
     }
 
     void aWrappedLineHasOneNumber()

@@ -367,55 +367,6 @@ class TestInfoList : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    TABLE(everyOperationUndoesAndRedoes,
-          (const QString &done, const QString &undone, const Operation &operation), {
-              const auto at = [](VXDocument &d, qsizetype i) { return d.objectInInfosAtIndex(i); };
-              row("addInfo", u"a b c d x", u"a b c d", [](auto &d) { d.addInfo(named(u"x"_s)); });
-              row("addInfos", u"a b c d x y", u"a b c d", [](auto &d) { d.addInfos(namedAll(u"x y"_s)); });
-              row("removeInfo: back at the end", u"a c d", u"a c d b",
-                  [=](auto &d) { d.removeInfo(at(d, 1)); });
-              row("removeInfos: back at the end", u"b d", u"b d c a", [=](auto &d) {
-                  d.removeInfos({at(d, 2), at(d, 0)});
-              });
-              row("insert first", u"x a b c d", u"a b c d",
-                  [](auto &d) { d.insertObjectInInfosAtIndex(named(u"x"_s), 0); });
-              row("insert last", u"a b c d x", u"a b c d",
-                  [](auto &d) { d.insertObjectInInfosAtIndex(named(u"x"_s), 4); });
-              row("insert several", u"x a y b c d z", u"a b c d", [](auto &d) {
-                  d.insertObjectsInInfosAtIndexes(namedAll(u"x y z"_s), {0, 2, 6});
-              });
-              row("remove at", u"a b d", u"a b c d", [](auto &d) { d.removeObjectFromInfosAtIndex(2); });
-              row("remove several", u"b d", u"a b c d", [](auto &d) {
-                  d.removeObjectsFromInfosAtIndexes({0, 2});
-              });
-              row("remove all", u"", u"a b c d", [](auto &d) {
-                  d.removeObjectsFromInfosAtIndexes({0, 1, 2, 3});
-              });
-              row("reorder", u"d c b a", u"a b c d", [=](auto &d) {
-                  d.reorderInfos({at(d, 3), at(d, 2), at(d, 1), at(d, 0)});
-              });
-              row("add one of the list", u"a b c d a", u"b c d", [=](auto &d) { d.addInfo(at(d, 0)); });
-          })
-    {
-        VXDocument document;
-        document.setInfos(namedAll(u"a b c d"_s));
-        document.updateChangeCount(Document::ChangeCleared);
-        operation(document);
-        QCOMPARE(namesOf(document.infos()), done);
-        QVERIFY(document.isDocumentEdited());
-        QCoreApplication::processEvents();
-        QCOMPARE(document.undoManager()->stack()->count(), 1);
-        document.undoManager()->undo();
-        QCOMPARE(namesOf(document.infos()), undone);
-        QVERIFY(!document.isDocumentEdited());
-        document.undoManager()->redo();
-        if (undone == u"a b c d") {
-            QCOMPARE(namesOf(document.infos()), done);
-            document.undoManager()->undo();
-            QCOMPARE(namesOf(document.infos()), undone);
-        }
-    }
-
     /// Records without a name are all called the same; looking for that name must not cost the square of
     /// their number.
     void findsAmongRecordsOfOneName()

@@ -3,6 +3,7 @@
 #include "model/VXDirectionToIndexValueTransformer.h"
 #include "model/VXGlyphInfo.h"
 #include "platform/StandardFolders.h"
+#include "tests/Fingerprint.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/model/RecordingOwner.h"
@@ -53,19 +54,8 @@ private Q_SLOTS:
     void listsTheWords()
     {
         QCOMPARE(VXGlyphInfo::categories().join(u' '), u"Letter Number Punctuation Separator Symbol Mark"_s);
-        const QStringList subCategories = VXGlyphInfo::subCategories();
-        QCOMPARE(subCategories.size(), 32);
-        QCOMPARE(QSet<QString>(subCategories.begin(), subCategories.end()).size(), 32);
-        QCOMPARE(subCategories.first(), u"Uppercase"_s);
-        QCOMPARE(subCategories.mid(9, 2), QStringList({u"Decimal Digit"_s, u"Digital Digit"_s}));
-        QVERIFY(subCategories.contains(u"Nonspacing"_s) && subCategories.contains(u"Nonspace"_s));
-        QCOMPARE(subCategories.last(), u"Syllable"_s);
-        const QStringList scripts = VXGlyphInfo::scripts();
-        QCOMPARE(scripts.size(), 47);
-        QCOMPARE(QSet<QString>(scripts.begin(), scripts.end()).size(), 47);
-        QCOMPARE(scripts.first(), u"latin"_s);
-        QCOMPARE(scripts.at(18), u"Black Letter"_s);
-        QCOMPARE(scripts.last(), u"yi"_s);
+        QCOMPARE(fingerprintOf(VXGlyphInfo::subCategories()), QByteArray("73906ed92d30e9dce1b7dbafa1f96832"));
+        QCOMPARE(fingerprintOf(VXGlyphInfo::scripts()), QByteArray("289fc660a7bffb1dbe6b5cb1bc8fbca7"));
     }
 
     TABLE(formsWords, (int value, const QString &caseWord, const QString &directionWord), {

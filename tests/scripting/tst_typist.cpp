@@ -68,7 +68,10 @@ public:
         const QStringList allowed = act();
         const QString now = editor().string();
         m_history = QStringList(m_history.mid(std::max<qsizetype>(0, m_history.size() - 19)))
-            << u"%1 at %2, %3 of %4"_s.arg(m_what).arg(selected.location).arg(selected.length).arg(m_before.size());
+            << u"%1 at %2, %3 of %4"_s.arg(m_what)
+                   .arg(selected.location)
+                   .arg(selected.length)
+                   .arg(m_before.size());
         const bool isRight = m_undoes ? m_sheets[tab()].past.contains(now) : allowed.contains(now);
         if (!isRight)
             return u"after \"%1\" at %2, %3 of\n%4\nexpected one of\n%5\nfound\n%6"_s.arg(m_what)
@@ -355,32 +358,31 @@ private Q_SLOTS:
         StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
         VXScriptingHandler::sharedHandler();
     }
-    void typesAtRandom();
-};
 
-void TypistTest::typesAtRandom()
-{
-    const quint32 seed = quint32(qEnvironmentVariableIntValue("RUNEBOOK_TYPIST_SEED"));
-    constexpr int steps = 500; // where no time is given
-    constexpr int stepsBetweenLooks = 12;
-    QRandomGenerator looks(seed);
-    Typist typist(seed);
-    QElapsedTimer clock;
-    clock.start();
-    int step = 0;
-    int looked = 0;
-    for (; secondsToWalk > 0 ? clock.elapsed() < secondsToWalk * 1000LL : step < steps; ++step) {
-        const QString wrong = typist.step();
-        QVERIFY2(wrong.isEmpty(), qPrintable(u"step %1: %2"_s.arg(step).arg(wrong)));
-        if (looks.bounded(stepsBetweenLooks) > 0)
-            continue;
-        ++looked;
-        const QString shown = typist.look();
-        QVERIFY2(shown.isEmpty(), qPrintable(u"step %1: %2"_s.arg(step).arg(shown)));
+    void typesAtRandom()
+    {
+        const quint32 seed = quint32(qEnvironmentVariableIntValue("RUNEBOOK_TYPIST_SEED"));
+        constexpr int steps = 500; // where no time is given
+        constexpr int stepsBetweenLooks = 12;
+        QRandomGenerator looks(seed);
+        Typist typist(seed);
+        QElapsedTimer clock;
+        clock.start();
+        int step = 0;
+        int looked = 0;
+        for (; secondsToWalk > 0 ? clock.elapsed() < secondsToWalk * 1000LL : step < steps; ++step) {
+            const QString wrong = typist.step();
+            QVERIFY2(wrong.isEmpty(), qPrintable(u"step %1: %2"_s.arg(step).arg(wrong)));
+            if (looks.bounded(stepsBetweenLooks) > 0)
+                continue;
+            ++looked;
+            const QString shown = typist.look();
+            QVERIFY2(shown.isEmpty(), qPrintable(u"step %1: %2"_s.arg(step).arg(shown)));
+        }
+        qInfo("%d steps, %d looks", step, looked);
+        QVERIFY(looked > 0);
     }
-    qInfo("%d steps, %d looks", step, looked);
-    QVERIFY(looked > 0);
-}
+};
 
 RUNEBOOK_SCREEN_TEST_MAIN(TypistTest)
 #include "tst_typist.moc"

@@ -62,6 +62,13 @@ void show(Panel &panel)
     QApplication::processEvents();
 }
 
+/// Whether nothing slides any more.
+bool isPlaced(const Panel &panel)
+{
+    return std::ranges::all_of(
+        panel.bar->cells(), [](const PSMTabBarCell *cell) { return cell->frame() == cell->targetFrame(); });
+}
+
 QString nameOf(QAccessibleInterface *object)
 {
     return object->text(QAccessible::Name);
@@ -215,12 +222,7 @@ private Q_SLOTS:
         QCOMPARE(panel.picture().remove(u' '), expected);
         QCOMPARE(moved.size(), panel.picture() == before ? 0 : 1);
         // Everything slides to its place, in the order of the items.
-        const auto placed = [&panel] {
-            return std::ranges::all_of(panel.bar->cells(), [](const PSMTabBarCell *cell) {
-                return cell->frame() == cell->targetFrame();
-            });
-        };
-        QTRY_VERIFY(placed());
+        QTRY_VERIFY(isPlaced(panel));
         QString order = panel.picture().remove(QRegularExpression(u"[\\[\\] ]"_s));
         if (direction == Qt::RightToLeft)
             std::ranges::reverse(order);
@@ -258,6 +260,14 @@ private Q_SLOTS:
         carry(panel, u"A"_s, {QPointF(20, 0), QPointF(230, 0)});
         QCOMPARE(panel.picture(), u"B C [A] D"_s);
         QTest::keyClick(panel.bar, Qt::Key_Tab, Qt::ControlModifier); // shortcuts wait meanwhile
+        QTest::keyClick(panel.bar, Qt::Key_Escape);
+        QCOMPARE(panel.picture(), u"[A] B C D"_s);
+        send(panel.bar, QEvent::MouseButtonRelease, QPointF(250, 10), Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(panel.picture(), u"[A] B C D"_s);
+        // A later one goes back to its place just as well.
+        QTRY_VERIFY(isPlaced(panel));
+        carry(panel, u"C"_s, {QPointF(-20, 0), QPointF(-230, 0)});
+        QCOMPARE(panel.picture(), u"C [A] B D"_s);
         QTest::keyClick(panel.bar, Qt::Key_Escape);
         QCOMPARE(panel.picture(), u"[A] B C D"_s);
         send(panel.bar, QEvent::MouseMove, QPointF(10, 10), Qt::NoButton, Qt::LeftButton);
@@ -545,6 +555,20 @@ private Q_SLOTS:
         QCOMPARE(bar->indexOfChild(tab), 1);
         QCOMPARE(bar->childAt(tab->rect().center().x(), tab->rect().center().y()), tab);
         QVERIFY(!tab->state().selected && bar->child(0)->state().selected);
+        QVERIFY(tab->state().selectable && tab->state().focusable && !tab->state().invisible
+                && !tab->state().offscreen);
+        panel.bar->setFocus();
+        QCOMPARE(bar->focusChild(), bar->child(0));
+        QVERIFY(bar->child(0)->state().focused && !tab->state().focused);
+        QCOMPARE(tab->actionInterface()->actionNames(),
+                 QStringList {QAccessibleActionInterface::pressAction()});
+        QCOMPARE(tab->rect(),
+                 QRect(panel.bar->mapToGlobal(panel.cell(u"B"_s)->frame().topLeft().toPoint()),
+                       panel.cell(u"B"_s)->frame().size().toSize()));
+        tab->actionInterface()->doAction(u"no such action"_s);
+        QCOMPARE(panel.picture(), u"[A] B C"_s);
+        QCOMPARE(bar->indexOfChild(bar->child(bar->childCount() - 1)),
+                 bar->childCount() - 1); // a button of the bar
         tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         QCOMPARE(panel.picture(), u"A [B] C"_s);
         QVERIFY(tab->state().selected);
@@ -553,6 +577,8 @@ private Q_SLOTS:
         QCOMPARE(close->role(), QAccessible::Button);
         QCOMPARE(nameOf(close), u"Close B"_s);
         QCOMPARE(close->parent(), tab);
+        QCOMPARE(tab->indexOfChild(close), 0);
+        QVERIFY(!tab->child(1) && tab->indexOfChild(bar) == -1 && close->childCount() == 0);
         QVERIFY(tab->rect().contains(close->rect()));
         close->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         QCOMPARE(panel.picture(), u"[A] C"_s);
@@ -560,6 +586,8 @@ private Q_SLOTS:
             QVERIFY2(!nameOf(bar->child(index)).isEmpty(), qPrintable(QString::number(index)));
         panel.bar->setDisableTabClose(true);
         QCOMPARE(bar->child(0)->childCount(), 0);
+        panel.bar->hide();
+        QVERIFY(bar->child(0)->state().invisible);
     }
 };
 
