@@ -17,12 +17,24 @@ QLabel *plainLabel(const QString &text, QWidget *parent)
     return label;
 }
 
+QString messageText(const QString &text)
+{
+    constexpr int kMostLines = 20;
+    qsizetype end = -1;
+    for (int line = 0; line < kMostLines; ++line) {
+        end = text.indexOf(u'\n', end + 1);
+        if (end < 0)
+            return shownText(text, kMostInMessage);
+    }
+    return shownText(text.first(end) + u"\n…"_s, kMostInMessage);
+}
+
 void setPlainTexts(QMessageBox &box, const QString &text, const QString &informativeText)
 {
     box.setTextFormat(Qt::PlainText);
-    box.setText(shownText(text, kMostInMessage));
+    box.setText(messageText(text));
     // The informative text guesses for itself what it is given.
-    box.setInformativeText(shownText(informativeText, kMostInMessage).toHtmlEscaped().replace(u'\n', u"<br>"_s));
+    box.setInformativeText(messageText(informativeText).toHtmlEscaped().replace(u'\n', u"<br>"_s));
 }
 
 QString escapedToolTip(const QString &text)

@@ -16,6 +16,11 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <functional>
 #include <limits>
@@ -97,6 +102,16 @@ Editor textEditor(const QString &value)
     return {edit, [edit] { return edit->text().isNull() ? u""_s : edit->text(); }};
 }
 
+/// Numbers without the noughts behind them.
+class NumberBox : public QDoubleSpinBox
+{
+public:
+    QString textFromValue(double value) const override
+    {
+        return locale().toString(value, 'f', QLocale::FloatingPointShortest);
+    }
+};
+
 Editor editorFor(const QVariantMap &field, const QVariant &value)
 {
     const QStringList choices = field[u"choices"_s].toStringList();
@@ -116,7 +131,7 @@ Editor editorFor(const QVariantMap &field, const QVariant &value)
         return {box, [box] { return box->value(); }};
     }
     case QMetaType::Double: {
-        auto *box = new QDoubleSpinBox;
+        auto *box = new NumberBox;
         box->setDecimals(6);
         box->setRange(-1e12, 1e12);
         box->setValue(value.toDouble());
@@ -127,20 +142,90 @@ Editor editorFor(const QVariantMap &field, const QVariant &value)
     }
 }
 
+/// How high the contents of a dialog may be, with its title and its buttons.
+int mostHeight(const QWidget &dialog)
+{
+    return dialog.screen()->availableSize().height() * 2 / 3;
+}
+
+/// \a content, scrolling where it is too high for the screen.
+QWidget *fitted(QWidget *content, const QWidget &dialog)
+{
+    const QSize size = content->sizeHint();
+    if (size.height() <= mostHeight(dialog))
+        return content;
+    auto *scroll = new QScrollArea;
+    scroll->setWidget(content);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setMinimumSize(size.width() + scroll->verticalScrollBar()->sizeHint().width(), mostHeight(dialog));
+    return scroll;
+}
+
+QDialogButtonBox *addButtons(QDialog &dialog, QDialogButtonBox::StandardButtons which)
+{
+    auto *buttons = new QDialogButtonBox(which, &dialog);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    dialog.layout()->addWidget(buttons);
+    return buttons;
+}
+
+/// Message boxes take their width from their texts alone.
+void widen(QMessageBox &box)
+{
+    if (auto *grid = qobject_cast<QGridLayout *>(box.layout()))
+        grid->addItem(new QSpacerItem(leastWidth(box), 0), grid->rowCount(), 0, 1, grid->columnCount());
+}
+
+void showLongMessage(const QString &heading, const QString &text)
+{
+    QDialog dialog(windowBelow());
+    dialog.setWindowTitle(title());
+    auto *column = new QVBoxLayout(&dialog);
+    column->addWidget(plainLabel(messageText(heading), &dialog));
+    auto *lines = new QPlainTextEdit(text);
+    lines->setReadOnly(true);
+    lines->setTabChangesFocus(true);
+    lines->setAccessibleName(heading);
+    lines->setMinimumWidth(leastWidth(dialog));
+    column->addWidget(lines);
+    addButtons(dialog, QDialogButtonBox::Ok)->button(QDialogButtonBox::Ok)->setFocus();
+    dialog.resize(dialog.sizeHint().width(), mostHeight(dialog));
+    dialog.exec();
+}
+
 } // namespace
+
+QWidget *windowBelow()
+{
+    static QPointer<QWidget> last;
+    if (QWidget *active = QApplication::activeWindow())
+        last = active;
+    return last && last->isVisible() ? last : nullptr;
+}
+
+int leastWidth(const QWidget &dialog)
+{
+    constexpr int kLetters = 50;
+    return dialog.fontMetrics().averageCharWidth() * kLetters;
+}
 
 QVariant askFields(const QString &prompt, const QVariantList &fields, Memory memory)
 {
-    QDialog dialog(QApplication::activeWindow());
+    QDialog dialog(windowBelow());
     dialog.setWindowTitle(title());
+    dialog.setMinimumWidth(leastWidth(dialog));
     auto *column = new QVBoxLayout(&dialog);
     if (!prompt.isEmpty()) {
-        QLabel *label = plainLabel(prompt, &dialog);
+        QLabel *label = plainLabel(messageText(prompt), &dialog);
         label->setWordWrap(prompt.size() > 80);
         column->addWidget(label);
     }
-    auto *form = new QFormLayout;
-    column->addLayout(form);
+    auto *content = new QWidget;
+    auto *form = new QFormLayout(content);
+    form->setContentsMargins({});
     QList<std::pair<QString, Editor>> editors;
     for (const QVariant &each : fields) {
         const QVariantMap field = each.toMap();
@@ -156,10 +241,8 @@ QVariant askFields(const QString &prompt, const QVariantList &fields, Memory mem
             form->addRow(plainLabel(label, &dialog), editor.widget);
         editors.append({key, editor});
     }
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
-    column->addWidget(buttons);
+    column->addWidget(fitted(content, dialog));
+    addButtons(dialog, QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     if (!editors.isEmpty())
         editors.first().second.widget->setFocus();
     if (dialog.exec() != QDialog::Accepted)
@@ -176,11 +259,12 @@ QVariant askFields(const QString &prompt, const QVariantList &fields, Memory mem
 
 QString askYesNo(const QString &question, const QString &explanation)
 {
-    QMessageBox box(QApplication::activeWindow());
+    QMessageBox box(windowBelow());
     box.setIcon(QMessageBox::Question);
     box.setWindowTitle(title());
     setPlainTexts(box, question, explanation);
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+    widen(box);
     box.setDefaultButton(lastAnswer(answerKey(question), {}) == u"no"_s ? QMessageBox::No : QMessageBox::Yes);
     const int answer = box.exec();
     if (answer != QMessageBox::Yes && answer != QMessageBox::No)
@@ -192,7 +276,7 @@ QString askYesNo(const QString &question, const QString &explanation)
 
 QString askFile(const QString &prompt, bool isToSave, const QString &name, const QStringList &filters)
 {
-    QFileDialog dialog(QApplication::activeWindow(), prompt.isEmpty() ? title() : prompt);
+    QFileDialog dialog(windowBelow(), prompt.isEmpty() ? title() : prompt);
     dialog.setAcceptMode(isToSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(isToSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
     dialog.setNameFilters(QStringList(filters) << tr("All files") + " (*)"_L1);
@@ -210,9 +294,14 @@ QString askFile(const QString &prompt, bool isToSave, const QString &name, const
 
 void showMessage(const QString &heading, const QString &text)
 {
-    QMessageBox box(QApplication::activeWindow());
+    if (messageText(text) != text) {
+        showLongMessage(heading, text);
+        return;
+    }
+    QMessageBox box(windowBelow());
     box.setWindowTitle(title());
     setPlainTexts(box, heading, text);
+    widen(box);
     box.exec();
 }
 

@@ -72,7 +72,8 @@ bool ScriptHelpers::showProgress(const QString &title, int value, int maximum)
     if (!canAsk())
         return true;
     if (!m_progress) {
-        m_progress = new QProgressDialog(QApplication::activeWindow());
+        m_progress = new QProgressDialog(ScriptDialogs::windowBelow());
+        m_progress->setMinimumWidth(ScriptDialogs::leastWidth(*m_progress));
         m_progress->setWindowTitle(ScriptRun::currentName());
         m_progress->setWindowModality(Qt::ApplicationModal);
         m_progress->setLabelText(title.toHtmlEscaped());

@@ -516,6 +516,7 @@ private Q_SLOTS:
         // accepted.
         QStringList entries {u".smcp"_s, QString(), u"typed"_s};
         QStringList seen;
+        int tallest = 0;
         QTimer user;
         connect(&user, &QTimer::timeout, this, [&] {
             auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
@@ -523,6 +524,7 @@ private Q_SLOTS:
                 return;
             const QString entry = entries.isEmpty() ? QString() : entries.takeFirst();
             auto *line = dialog->findChild<QLineEdit *>();
+            tallest = std::max(tallest, dialog->frameGeometry().height());
             seen << dialog->windowTitle() + (line ? u": "_s + line->text() : QString());
             if (line && !entry.isNull())
                 line->setText(entry);
@@ -542,6 +544,10 @@ private Q_SLOTS:
                      + u"typed False 1\n"_s);
         QCOMPARE(seen.mid(0, 3), (QStringList {u"Macro: .sc"_s, u"Macro: .smcp"_s, u"Macro: "_s}));
         QCOMPARE(seen.size(), 5);
+        run(u"message('line\\n' * 500); askFields('Many', **{'f%d' % i: 'x' for i in range(200)})\n"
+            "askYesNo('line\\n' * 500)"_s);
+        QCOMPARE(seen.size(), 8);
+        QVERIFY(tallest < QGuiApplication::primaryScreen()->availableSize().height());
     }
 
     void showsProgressOfGenerators()
