@@ -1,9 +1,11 @@
 #include "app/RunWatchWindow.h"
 
+#include "platform/Appearance.h"
 #include "platform/PlainText.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QIcon>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
@@ -42,6 +44,8 @@ void becomeProgram(const QString &sessionFile)
 int showRunWatchWindow(const QString &sessionFile, const QString &name, const QString &since)
 {
     const pid_t program = ::getppid();
+    Appearance::shared().apply(); // it looks like a window of the program that it speaks for
+    QApplication::setWindowIcon(QIcon(u":/icons/runebook.svg"_s));
     QMessageBox box;
     box.setWindowFlag(Qt::WindowStaysOnTopHint);
     box.setIcon(QMessageBox::Warning);

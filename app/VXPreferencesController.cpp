@@ -1,13 +1,12 @@
 #include "app/VXPreferencesController.h"
 
+#include "platform/WindowPlacement.h"
 #include "ui_VXPreferencesController.h"
 
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QScreen>
 #include <QShortcut>
-#include <QStyle>
 #include <QTabBar>
 #include <QToolButton>
 
@@ -55,9 +54,8 @@ void VXPreferencesController::fitScreen()
 {
     const QSize around = sizeHint() - m_ui->scroll->sizeHint();
     const QSize least(fontMetrics().averageCharWidth() * 82, fontMetrics().height() * 26);
-    const QSize liked = (around + m_ui->tabView->sizeHint()).expandedTo(least);
-    const QSize frame(0, 2 * style()->pixelMetric(QStyle::PM_TitleBarHeight));
-    resize(liked.boundedTo(screen()->availableSize() - frame));
+    resize((around + m_ui->tabView->sizeHint()).expandedTo(least));
+    runebook::WindowPlacement::fitIntoScreen(*this);
 }
 
 QTabWidget *VXPreferencesController::tabView() const

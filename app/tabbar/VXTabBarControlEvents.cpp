@@ -308,7 +308,7 @@ void VXTabBarControl::addOverflowSearch(QMenu *menu)
 void VXTabBarControl::addOverflowEntry(QMenu *menu, PSMTabBarCell *cell)
 {
     QAction *entry = menu->addAction(cell->icon(), plainMenuTitle(cell->displayTitle()));
-    entry->setCheckable(true);
+    entry->setCheckable(cell->is(PSMTabBarCell::Selected)); // the others would show empty boxes
     entry->setChecked(cell->is(PSMTabBarCell::Selected));
     const QPointer<QObject> item = cell->representedObject();
     connect(entry, &QAction::triggered, this, [this, item] { selectTabItem(item); });

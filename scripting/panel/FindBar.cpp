@@ -3,13 +3,13 @@
 #include "codeeditor/JSTTextView.h"
 #include "platform/PlainText.h"
 
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTextBlock>
 #include <QToolButton>
-#include <QVBoxLayout>
 #include <limits>
 
 namespace runebook {
@@ -30,14 +30,18 @@ FindBar::FindBar(QWidget *parent)
       m_caseButton(new QToolButton),
       m_note(plainLabel({}))
 {
-    auto *rows = new QVBoxLayout(this);
+    auto *rows = new QGridLayout(this);
     rows->setContentsMargins(8, 4, 8, 4);
     rows->setSpacing(4);
-    rows->addWidget(makeFindRow());
-    rows->addWidget(m_replaceRow = makeReplaceRow());
+    rows->setColumnStretch(0, 1);
+    rows->addWidget(m_text, 0, 0);
+    rows->addWidget(makeFindRow(), 0, 1);
+    rows->addWidget(m_replacement, 1, 0);
+    rows->addWidget(m_replaceRow = makeReplaceRow(), 1, 1);
     hide();
 }
 
+/// What stands behind the field.
 QWidget *FindBar::makeFindRow()
 {
     auto *row = new QWidget;
@@ -50,7 +54,6 @@ QWidget *FindBar::makeFindRow()
     m_text->setClearButtonEnabled(true);
     m_text->installEventFilter(this);
     connect(m_text, &QLineEdit::textEdited, this, [this] { find(false, Start::AtSelection); });
-    layout->addWidget(m_text, 1);
     m_note->setMinimumWidth(m_note->fontMetrics().horizontalAdvance(tr("Not found")));
     layout->addWidget(m_note);
     m_caseButton->setText(u"Aa"_s);
@@ -76,7 +79,6 @@ QWidget *FindBar::makeReplaceRow()
     m_replacement->setAccessibleName(tr("Replace with"));
     m_replacement->setMaxLength(std::numeric_limits<int>::max());
     m_replacement->installEventFilter(this);
-    layout->addWidget(m_replacement, 1);
     const auto add = [&](const QString &text, auto command) {
         auto *button = new QToolButton;
         button->setText(text);
@@ -87,6 +89,7 @@ QWidget *FindBar::makeReplaceRow()
     };
     add(tr("Replace"), &FindBar::replace);
     add(tr("Replace All"), &FindBar::replaceAll);
+    layout->addStretch(1);
     return row;
 }
 
@@ -117,6 +120,7 @@ void FindBar::performTextFinderAction(int tag, QPlainTextEdit *view)
     m_view = view;
     switch (tag) {
     case Show:
+        m_replacement->setVisible(view && !view->isReadOnly());
         m_replaceRow->setVisible(view && !view->isReadOnly());
         show();
         m_text->selectAll();

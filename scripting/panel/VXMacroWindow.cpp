@@ -3,6 +3,7 @@
 #include "platform/MainMenu.h"
 #include "platform/MessageBar.h"
 #include "platform/UserDefaults.h"
+#include "platform/WindowPlacement.h"
 #include "scripting/RunIndicator.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "ui_VXMacroWindow_11.h"
@@ -193,7 +194,8 @@ void VXMacroWindow::saveLayout() const
 void VXMacroWindow::restoreLayout()
 {
     const UserDefaults &defaults = UserDefaults::standard();
-    restoreGeometry(defaults.objectForKey(kGeometry).toByteArray());
+    if (!restoreGeometry(defaults.objectForKey(kGeometry).toByteArray()))
+        WindowPlacement::fitIntoScreen(*this);
     m_ui->splitter->restoreState(defaults.objectForKey(kSplitter).toByteArray());
     m_ui->splitter->setOrientation(Qt::Vertical); // whatever the state says
 }

@@ -143,6 +143,7 @@ void VXMacroWindowController::goToLine()
     dialog->setWindowModality(Qt::WindowModal);
     dialog->setWindowTitle(tr("Go to Line"));
     dialog->setLabelText(tr("Line:"));
+    dialog->setMinimumWidth(dialog->fontMetrics().averageCharWidth() * 50); // or the title is cut
     dialog->setInputMode(QInputDialog::IntInput);
     dialog->setIntRange(1, std::max(1, editor->blockCount()));
     dialog->setIntValue(editor->textCursor().blockNumber() + 1);
