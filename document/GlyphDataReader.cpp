@@ -67,15 +67,14 @@ quint8 versionOfHeader(std::string_view header)
 /// of once.
 void reportUnknown(ReadNotes &notes)
 {
-    constexpr std::size_t kToldOneByOne = 20;
     const auto unknown = std::exchange(notes.unknownAttributes, {});
-    if (unknown.size() > kToldOneByOne) {
+    if (unknown.size() > ReadNotes::kMostKeys) {
         const auto &[key, value] = unknown.front();
         ErrorPresenter::shared().present({u"User"_s,
                                           1,
                                           {},
                                           tr("There are %1 unknown entries in the file, the first: %2 = %3")
-                                              .arg(QString::number(unknown.size()), key, value.left(100)),
+                                              .arg(QString::number(notes.count(ReadNotes::UnknownAttribute)), key, value.left(100)),
                                           {}});
         return;
     }

@@ -522,13 +522,10 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
 
 void GlyphLineReader::reportUnknown(VXGlyphInfo &info, const Attribute &attribute)
 {
-    const QString key = toText(attribute.key);
-    if (!m_notes) {
-        info.setValueForUndefinedKey(toText(attribute.value), key);
-    } else if (!m_unknownKeys.contains(key)) {
-        m_unknownKeys.insert(key);
-        m_notes->unknownAttributes.emplace_back(key, toText(attribute.value));
-    }
+    if (!m_notes)
+        info.setValueForUndefinedKey(toText(attribute.value), toText(attribute.key));
+    else if (m_notes->mayTellOfMoreKeys())
+        m_notes->addUnknown(toText(attribute.key), toText(attribute.value));
 }
 
 void GlyphLineReader::addCodePoint(VXGlyphInfo &info, std::string_view value)
@@ -561,7 +558,9 @@ void GlyphLineReader::note(ReadNotes::Kind kind, std::string_view text)
 {
     m_isNoted = true;
     m_isTold |= kind != ReadNotes::UnknownAttribute;
-    if (m_notes)
+    if (m_notes && m_notes->isFull())
+        m_notes->countOne(kind);
+    else if (m_notes)
         m_notes->add(kind, m_records, toText(text.substr(0, 400)), m_lineOffset);
 }
 

@@ -3,7 +3,6 @@
 #include "model/ReadNotes.h"
 #include "model/VXGlyphInfo.h"
 
-#include <QSet>
 #include <string_view>
 
 namespace runebook {
@@ -68,7 +67,6 @@ private:
 
     SourcePtr m_source;
     ReadNotes *m_notes;
-    QSet<QString> m_unknownKeys;
     std::string_view m_lastPiece;
     // The stretch of the block that was searched for comments last, and the first one in it or -1.
     qsizetype m_searchedBegin = 0;

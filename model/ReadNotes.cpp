@@ -1,5 +1,7 @@
 #include "model/ReadNotes.h"
 
+#include <algorithm>
+
 namespace runebook {
 
 void ReadNotes::add(Kind kind, qsizetype record, const QString &text, qsizetype offset)
@@ -19,13 +21,20 @@ void ReadNotes::append(const ReadNotes &following, qsizetype records)
         if (notes.size() < mostNotes)
             notes.push_back(std::move(note));
     }
-    unknownAttributes.insert(unknownAttributes.end(), following.unknownAttributes.begin(),
-                             following.unknownAttributes.end());
+    for (const auto &[key, value] : following.unknownAttributes)
+        addUnknown(key, value);
     otherForms[0] += following.otherForms[0];
     otherForms[1] += following.otherForms[1];
     hasByteOrderMark |= following.hasByteOrderMark;
     hasCarriageReturns |= following.hasCarriageReturns;
     hasForeignHeader |= following.hasForeignHeader;
+}
+
+void ReadNotes::addUnknown(const QString &key, const QString &value)
+{
+    const auto has = [&key](const auto &attribute) { return attribute.first == key; };
+    if (mayTellOfMoreKeys() && std::none_of(unknownAttributes.begin(), unknownAttributes.end(), has))
+        unknownAttributes.emplace_back(key, value);
 }
 
 bool ReadNotes::isEmpty() const

@@ -32,11 +32,20 @@ struct ReadNotes {
     void append(const ReadNotes &following, qsizetype records);
     bool isEmpty() const;
     qsizetype count(Kind kind) const { return counts[kind]; }
+    /// Whether further notes would only be counted.
+    bool isFull() const { return notes.size() >= mostNotes; }
+    void countOne(Kind kind) { ++counts[kind]; }
+    /// Whether further keys of unknown attributes would be told of: beyond kMostKeys their number is.
+    bool mayTellOfMoreKeys() const { return unknownAttributes.size() <= kMostKeys; }
+    /// Keeps the attribute if it is the first with its key.
+    void addUnknown(const QString &key, const QString &value);
 
     std::vector<Note> notes;
     std::size_t mostNotes = 1000; ///< that are kept
     qsizetype counts[KindCount] = {};
-    /// Keys and values of unknown attributes, the first of each key at least: for a report when all was read.
+    /// Keys and values of unknown attributes, the first of each key, kMostKeys and one at most: for a report when all
+    /// was read.
+    static constexpr std::size_t kMostKeys = 20;
     std::vector<std::pair<QString, QString>> unknownAttributes;
     /// Records whose lines have another form than the one that is printed for them, without any of the notes
     /// above: for files of version 1 and of the later ones.

@@ -50,8 +50,6 @@ QByteArray pictureOf(const GlyphLines &lines)
     QStringList unknown;
     for (const auto &[key, value] : lines.notes.unknownAttributes)
         unknown << key + u'=' + value;
-    // A key that several stretches met is told by each of them.
-    unknown.removeDuplicates();
     return (text + unknown.join(u' ')
             + u" %1 %2"_s.arg(lines.versionHint).arg(lines.notes.hasCarriageReturns))
         .toUtf8();

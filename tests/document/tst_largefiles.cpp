@@ -77,6 +77,12 @@ private Q_SLOTS:
             [] { return QByteArray("<glyph name=\"a\" /><!-- -->\n").repeated(400'000); });
         row("10^6 unknown attributes, one key", 1, 4,
             [] { return "<glyph " + QByteArray("zoo=\"abc\" ").repeated(kMega) + "/>"; });
+        row("10^6 unknown attributes, as many keys", 1, 4, [] {
+            QByteArray line = "<glyph ";
+            for (int i = 0; i < kMega; ++i)
+                line += "key" + QByteArray::number(i) + "=\"v\" ";
+            return line + "/>";
+        });
         row("10^6 attributes of one field", 1, 4,
             [] { return "<glyph " + QByteArray("name=\"abc\" ").repeated(kMega) + "/>"; });
         row("10^6 code points", 1, 20,
