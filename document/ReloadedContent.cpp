@@ -123,7 +123,7 @@ bool VXDocument::takeContentOf(Document &other)
         return false;
     InfoList content = theirs->infos();
     theirs->setInfos({}); // and so without a document
-    const InfoList former = formerRecords(m_infos, content);
+    const InfoList former = formerRecords(infos(), content);
     if (theirs->fileVersion() != fileVersion())
         restoreFileVersion(theirs->fileVersion());
     for (std::size_t i = 0; i < content.size(); ++i) {
@@ -135,7 +135,7 @@ bool VXDocument::takeContentOf(Document &other)
         content[i] = former[i];
     }
     flushChanges();
-    if (content != m_infos)
+    if (content != infos())
         reorderInfos(content);
     m_readError = {};
     m_isFileUnreadable = false;

@@ -71,7 +71,7 @@ VXDocument::VXDocument(QObject *parent)
 VXDocument::~VXDocument()
 {
     leaveSharers();
-    for (const InfoPtr &info : m_infos) {
+    for (const InfoPtr &info : infos()) {
         leave(info);
         release(info);
     }
@@ -241,7 +241,7 @@ void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const Field
     InfoIndex *index = indexForField(field);
     // A command that has changed a good part of the list leaves the index to be made anew. Only once: it may
     // look something up between its changes, and then the index is kept in step.
-    const std::size_t goodPart = std::max<std::size_t>(kFewChanges, m_infos.size() / 16);
+    const std::size_t goodPart = std::max<std::size_t>(kFewChanges, static_cast<std::size_t>(countOfInfos()) / 16);
     if (index && m_changes.size() == goodPart)
         index->drop();
     // How often a record of several lists stands in this one, nobody knows.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/InfoIndex.h"
+#include "document/InfoSequence.h"
 #include "model/GlyphInfoOwner.h"
 #include "model/ReadNotes.h"
 #include "model/VXGlyphInfo.h"
@@ -20,9 +21,6 @@ struct FormattedText {
     QList<QTextLayout::FormatRange> formats;
     Qt::Alignment alignment = Qt::AlignHCenter;
 };
-
-/// Ascending places in a list, none twice.
-using IndexSet = std::vector<qsizetype>;
 
 } // namespace runebook
 
@@ -74,7 +72,7 @@ public: // opening and saving
     bool readFromData(const QByteArray &utf8, const QString &type, runebook::Error *error = nullptr);
     bool takeContentOf(runebook::Document &other) override;
     bool readWorseThan(const runebook::Document &former) const override;
-    bool isEmpty() const override { return m_infos.empty(); }
+    bool isEmpty() const override { return m_infos.count() == 0; }
     std::unique_ptr<runebook::SlicedContent> slicedContent() const override;
     /// What the records cannot keep of the file that was read.
     /// Saving takes the token when it begins. Once the file is written, the document counts as unchanged
@@ -87,10 +85,12 @@ public: // opening and saving
     Q_INVOKABLE void setFileVersion(int version);
 
 public: // the info list
-    const InfoList &infos() const { return m_infos; }
+    /// All records; the reference holds until the list changes. In a loop that changes the list, asking for single
+    /// records is cheaper.
+    const InfoList &infos() const { return m_infos.list(); }
     /// Replaces the list: no undo step, but the document is edited. The records get this document.
     Q_INVOKABLE void setInfos(InfoList infos);
-    Q_INVOKABLE qsizetype countOfInfos() const { return static_cast<qsizetype>(m_infos.size()); }
+    Q_INVOKABLE qsizetype countOfInfos() const { return m_infos.count(); }
     /// Null for an index outside the list.
     Q_INVOKABLE InfoPtr objectInInfosAtIndex(qsizetype index) const;
     /// The first place of the record, or -1.
@@ -213,7 +213,6 @@ private:
     void leave(const InfoPtr &info);
     void addStray(const InfoPtr &info);
     template <typename Visit> void forEachBuiltIndex(Visit visit);
-    void makeRoomFor(std::size_t more);
     bool isListedHere(const VXGlyphInfo &info) const;
     void release(const InfoPtr &info);
     void insertAt(const InfoList &infos, const runebook::IndexSet &indexes, Notice notice);
@@ -227,7 +226,7 @@ private:
     std::optional<InfoList> indexedInfos(runebook::GlyphField field, const QVariantList &values) const;
     runebook::InfoIndex *indexForField(runebook::GlyphField field) const;
 
-    InfoList m_infos;
+    runebook::InfoSequence m_infos;
     quint8 m_fileVersion = 2;
     runebook::Error m_readError;
     runebook::ReadNotes m_readNotes;
@@ -249,7 +248,6 @@ private:
     mutable runebook::InfoIndex m_byName;
     mutable runebook::InfoIndex m_byUnicode;
     mutable runebook::InfoIndex m_byProduction;
-    mutable bool m_placesAreValid = false;
     /// Records of the list have another document, or none: they change unheard, so indexes last until any
     /// record changes that this document did not hear of.
     bool m_sharesRecords = false;

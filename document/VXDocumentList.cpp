@@ -45,7 +45,7 @@ void VXDocument::tellSharers(const VXGlyphInfo &info, const VXDocument *except)
         if (document == except)
             continue;
         if (document->m_listed.empty()) {
-            for (const InfoPtr &listed : document->m_infos)
+            for (const InfoPtr &listed : document->infos())
                 document->m_listed.insert(listed.get());
         }
         if (!document->m_listed.contains(&info))
@@ -84,8 +84,7 @@ bool VXDocument::isListedHere(const VXGlyphInfo &info) const
 {
     if (!m_sharesRecords)
         return info.listings() > 0;
-    return std::any_of(m_infos.begin(), m_infos.end(),
-                       [&info](const InfoPtr &listed) { return listed.get() == &info; });
+    return m_infos.placeOf(info, m_sharesRecords) >= 0;
 }
 
 void VXDocument::setDocumentOf(const InfoPtr &info, VXDocument *document)
@@ -120,18 +119,17 @@ void VXDocument::setInfos(InfoList infos)
 
 void VXDocument::install(InfoList infos)
 {
-    for (const InfoPtr &info : m_infos) {
+    for (const InfoPtr &info : this->infos()) {
         leave(info);
         release(info);
     }
     // Kept until all have heard: who shows the list still has its rows when it is told.
-    const InfoList former = std::exchange(m_infos, std::move(infos));
+    const InfoList former = m_infos.exchange(std::move(infos));
     ++m_revision;
     m_listed.clear();
-    for (const InfoPtr &info : m_infos)
+    for (const InfoPtr &info : this->infos())
         adopt(info);
     dropIndexes();
-    m_placesAreValid = false;
     Q_EMIT infosReset();
 }
 
@@ -143,7 +141,7 @@ void VXDocument::dropIndexes()
 
 InfoPtr VXDocument::objectInInfosAtIndex(qsizetype index) const
 {
-    return index >= 0 && index < countOfInfos() ? m_infos[static_cast<std::size_t>(index)] : nullptr;
+    return index >= 0 && index < countOfInfos() ? m_infos.at(index) : nullptr;
 }
 
 qsizetype VXDocument::indexOfObjectInInfos(const InfoPtr &info) const
@@ -151,49 +149,9 @@ qsizetype VXDocument::indexOfObjectInInfos(const InfoPtr &info) const
     return placeOf(info.get());
 }
 
-namespace {
-
-/// Where \a info stands at or near its hint; -1 when it does not.
-qsizetype placeNearHint(const InfoList &infos, const VXGlyphInfo &info)
-{
-    constexpr std::size_t kNear = 64;
-    const std::size_t hint = info.placeHint();
-    if (hint < infos.size() && infos[hint].get() == &info)
-        return static_cast<qsizetype>(hint);
-    const std::size_t end = std::min(infos.size(), hint + kNear);
-    for (std::size_t place = hint < kNear ? 0 : hint - kNear; place < end; ++place) {
-        if (infos[place].get() == &info) {
-            infos[place]->setPlaceHint(static_cast<quint32>(place));
-            return static_cast<qsizetype>(place);
-        }
-    }
-    return -1;
-}
-
-} // namespace
-
 qsizetype VXDocument::placeOf(const VXGlyphInfo *info) const
 {
-    if (!info || info->listings() == 0)
-        return -1;
-    if (info->listings() == 1) {
-        // What stands only once has no other place; edits near by have moved it a little.
-        if (const qsizetype place = placeNearHint(m_infos, *info); place >= 0)
-            return place;
-    } else if (m_sharesRecords) {
-        // The hint may be that of another list.
-        const auto found = std::find_if(m_infos.begin(), m_infos.end(),
-                                        [info](const InfoPtr &listed) { return listed.get() == info; });
-        return found == m_infos.end() ? -1 : found - m_infos.begin();
-    }
-    if (!m_placesAreValid) {
-        // Backwards, so that of a record that stands in the list twice the first place stays.
-        for (std::size_t i = m_infos.size(); i-- > 0;)
-            m_infos[i]->setPlaceHint(static_cast<quint32>(i));
-        m_placesAreValid = true;
-    }
-    const std::size_t place = info->placeHint();
-    return place < m_infos.size() && m_infos[place].get() == info ? static_cast<qsizetype>(place) : -1;
+    return info ? m_infos.placeOf(*info, m_sharesRecords) : -1;
 }
 
 void VXDocument::addInfo(const InfoPtr &info)
@@ -202,18 +160,10 @@ void VXDocument::addInfo(const InfoPtr &info)
     insertAt({info}, {countOfInfos()}, Notice::Observers);
 }
 
-void VXDocument::makeRoomFor(std::size_t more)
-{
-    // Not exactly: scripts add a few records at a time, and each time all others would move.
-    const std::size_t needed = m_infos.size() + more;
-    if (needed > m_infos.capacity())
-        m_infos.reserve(std::max(needed, m_infos.capacity() + m_infos.capacity() / 2));
-}
-
 void VXDocument::addInfos(const InfoList &infos)
 {
     // What cannot be had fails before anything is changed.
-    makeRoomFor(infos.size());
+    m_infos.makeRoomFor(infos.size());
     undoManager()->registerUndo([this, infos] { removeInfos(infos); });
     IndexSet indexes(infos.size());
     for (std::size_t i = 0; i < infos.size(); ++i)
@@ -245,7 +195,7 @@ void VXDocument::insertObjectsInInfosAtIndexes(const InfoList &infos, const Inde
     IndexSet indexes = asSet(anyIndexes);
     if (infos.empty() || infos.size() != indexes.size())
         return;
-    makeRoomFor(infos.size());
+    m_infos.makeRoomFor(infos.size());
     // An index beyond the end means the end; undoing has to know which place that was.
     for (std::size_t i = 0; i < indexes.size(); ++i) {
         const auto before = static_cast<qsizetype>(i);
@@ -292,29 +242,23 @@ void VXDocument::replaceObjectInInfosAtIndexWithObject(qsizetype index, const In
     leave(former);
     addStray(former);
     adopt(info);
-    m_infos[static_cast<std::size_t>(index)] = info;
+    m_infos.replace(index, info);
     forEachBuiltIndex([&info](InfoIndex &each) { each.insert(*info); });
-    const bool placesStayValid =
-        m_placesAreValid && former != info && former->listings() == 0 && info->listings() == 1;
     listChanged(Notice::Observers);
-    if (placesStayValid) {
-        info->setPlaceHint(static_cast<quint32>(index));
-        m_placesAreValid = true;
-    }
     Q_EMIT infoReplaced(index, former);
     noteSilentChange();
 }
 
 void VXDocument::reorderInfos(const InfoList &infos)
 {
-    undoManager()->registerUndo([this, old = m_infos] { reorderInfos(old); });
-    const InfoList old = std::exchange(m_infos, infos);
-    bool areTheSame = old.size() == m_infos.size();
+    const InfoList old = m_infos.exchange(infos);
+    undoManager()->registerUndo([this, old] { reorderInfos(old); });
+    bool areTheSame = old.size() == infos.size();
     for (const InfoPtr &info : old) {
         areTheSame &= info->listings() == 1;
         leave(info);
     }
-    for (const InfoPtr &info : m_infos)
+    for (const InfoPtr &info : infos)
         adopt(info);
     // Undoing may bring back an order of other records: those taken out by removeInfo come back at the end,
     // and what is undone by index after that meets others than it did.
@@ -345,9 +289,11 @@ IndexSet VXDocument::placesOf(const InfoList &infos) const
     for (const InfoPtr &info : infos)
         wanted.insert(info.get());
     IndexSet places;
-    for (std::size_t i = 0; i < m_infos.size(); ++i) {
-        if (wanted.contains(m_infos[i].get()))
-            places.push_back(static_cast<qsizetype>(i));
+    qsizetype place = 0;
+    for (const InfoPtr &info : this->infos()) {
+        if (wanted.contains(info.get()))
+            places.push_back(place);
+        ++place;
     }
     return places;
 }
@@ -356,39 +302,21 @@ void VXDocument::insertAt(const InfoList &infos, const IndexSet &indexes, Notice
 {
     if (infos.empty())
         return;
-    if (&infos == &m_infos) {
+    if (m_infos.isItself(infos)) {
         insertAt(InfoList(infos), indexes, notice);
         return;
     }
-    const bool isAppended = indexes.front() == countOfInfos();
-    std::size_t old = m_infos.size();
-    std::size_t next = infos.size();
-    m_infos.resize(old + next);
-    // From the end on, so that every record moves once.
-    while (next > 0) {
-        const std::size_t place = old + next - 1;
-        if (indexes[next - 1] == static_cast<qsizetype>(place)) {
-            adopt(infos[--next]);
-            infos[next]->setNotAsRead();
-            m_infos[place] = infos[next];
-        } else {
-            m_infos[place] = std::move(m_infos[--old]);
-        }
+    m_infos.makeRoomFor(infos.size());
+    for (const InfoPtr &info : infos) {
+        adopt(info);
+        info->setNotAsRead();
     }
+    m_infos.insert(infos, indexes);
     forEachBuiltIndex([&infos](InfoIndex &index) {
         for (const InfoPtr &info : infos)
             index.insert(*info);
     });
-    const bool standOnce =
-        std::all_of(infos.begin(), infos.end(), [](const InfoPtr &info) { return info->listings() == 1; });
-    const bool placesStayValid = m_placesAreValid && isAppended && standOnce;
     listChanged(notice);
-    if (placesStayValid) {
-        // Scripts append one record after the other and ask for its place: no renumbering for that.
-        for (std::size_t i = 0; i < infos.size(); ++i)
-            infos[i]->setPlaceHint(static_cast<quint32>(indexes[i]));
-        m_placesAreValid = true;
-    }
     Q_EMIT infosInserted(indexes);
 }
 
@@ -396,28 +324,13 @@ void VXDocument::removeAt(const IndexSet &indexes, Notice notice)
 {
     if (indexes.empty())
         return;
-    InfoList leaving; // listeners may still look at them
-    leaving.reserve(indexes.size());
-    auto next = indexes.begin();
-    std::size_t kept = static_cast<std::size_t>(indexes.front());
-    for (std::size_t i = kept; i < m_infos.size(); ++i) {
-        if (next != indexes.end() && *next == static_cast<qsizetype>(i)) {
-            ++next;
-            forEachBuiltIndex([&info = *m_infos[i]](InfoIndex &index) { index.remove(info); });
-            leave(m_infos[i]);
-            addStray(m_infos[i]);
-            leaving.push_back(std::move(m_infos[i]));
-            continue;
-        }
-        if (next == indexes.end()) {
-            std::move(m_infos.begin() + static_cast<qsizetype>(i), m_infos.end(),
-                      m_infos.begin() + static_cast<qsizetype>(kept));
-            kept += m_infos.size() - i;
-            break;
-        }
-        m_infos[kept++] = std::move(m_infos[i]);
+    for (const qsizetype place : indexes) {
+        const InfoPtr &info = m_infos.at(place);
+        forEachBuiltIndex([&info](InfoIndex &index) { index.remove(*info); });
+        leave(info);
+        addStray(info);
     }
-    m_infos.resize(kept);
+    InfoList leaving = m_infos.erase(indexes); // listeners may still look at them
     listChanged(notice);
     m_leaving.swap(leaving);
     Q_EMIT infosRemoved(indexes);
@@ -438,7 +351,6 @@ void VXDocument::listChanged(Notice notice)
 {
     ++m_revision;
     m_listed.clear();
-    m_placesAreValid = false;
     if (notice == Notice::Observers)
         Q_EMIT didChangeInfos();
 }

@@ -34,7 +34,7 @@ const InfoIndex &VXDocument::ready(InfoIndex &index) const
         }
     }
     if (!index.isBuilt())
-        index.build(m_infos);
+        index.build(infos());
     return index;
 }
 
@@ -59,11 +59,11 @@ InfoPtr VXDocument::infoForName(const QString &name) const
     if (name.isNull())
         return nullptr;
     // The index leaves out what is empty.
-    const auto found = std::find_if(m_infos.begin(), m_infos.end(), [](const InfoPtr &info) {
+    const auto found = std::find_if(infos().begin(), infos().end(), [](const InfoPtr &info) {
         const FieldValue &value = info->stored(GlyphField::Name);
         return !value.isAbsent() && value.isEmpty();
     });
-    return found == m_infos.end() ? nullptr : *found;
+    return found == infos().end() ? nullptr : *found;
 }
 
 InfoPtr VXDocument::infoForUnicode(const QString &unicode) const
@@ -142,7 +142,7 @@ std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const Q
     if (!matches) {
         matches.emplace();
         const ValueSet wanted(values);
-        for (const InfoPtr &info : m_infos) {
+        for (const InfoPtr &info : infos()) {
             if (wanted.contains(info->valueForKey(key)))
                 matches->push_back(info);
         }

@@ -60,11 +60,13 @@ const VXDocument::Unkept &VXDocument::unkept() const
         infos.clear();
         places.clear();
     };
-    for (std::size_t i = 0; i < m_infos.size(); ++i) {
-        if (!m_infos[i]->unchangedLine(m_fileVersion).empty())
+    qsizetype place = -1;
+    for (const InfoPtr &info : this->infos()) {
+        ++place;
+        if (!info->unchangedLine(m_fileVersion).empty())
             continue;
-        infos.push_back(m_infos[i].get());
-        places.push_back(static_cast<qsizetype>(i));
+        infos.push_back(info.get());
+        places.push_back(place);
         if (infos.size() == kAtOnce)
             look();
     }
@@ -80,7 +82,7 @@ SavingLosses VXDocument::savingLosses(const QString &type) const
         return losses;
     const RoundTrip roundTrip(m_fileVersion, RoundTrip::Of::Everything);
     for (const auto &[place, takesOthers] : unkept().records) {
-        const VXGlyphInfo &info = *m_infos[static_cast<std::size_t>(place)];
+        const VXGlyphInfo &info = *m_infos.at(place);
         if (!takesOthers && m_acceptedLosses.contains(hashOfValues(info)))
             continue;
         ++losses.count;
@@ -100,7 +102,7 @@ void VXDocument::noteAcceptedLosses()
 {
     for (const auto &[place, takesOthers] : unkept().records) {
         if (!takesOthers)
-            m_acceptedLosses.insert(hashOfValues(*m_infos[static_cast<std::size_t>(place)]));
+            m_acceptedLosses.insert(hashOfValues(*m_infos.at(place)));
     }
 }
 
@@ -108,7 +110,7 @@ qsizetype VXDocument::fixSavingLosses()
 {
     std::vector<std::pair<InfoPtr, std::vector<FieldFix>>> plan;
     for (const auto &[place, takesOthers] : unkept().records) {
-        const InfoPtr &info = m_infos[static_cast<std::size_t>(place)];
+        const InfoPtr &info = m_infos.at(place);
         if (std::vector<FieldFix> fixes = savableForm(*info, m_fileVersion); !fixes.empty())
             plan.emplace_back(info, std::move(fixes));
     }
@@ -161,9 +163,9 @@ bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error
             losses = {losesSilently() ? u"Notice"_s : u"SavingLossesError"_s, 3,
                       tr("“%1” does not hold all values of its records.").arg(url),
                       lost.lines(kTold).join(u'\n'), {}};
-        produce = GlyphDataWriter(m_infos, m_fileVersion);
+        produce = GlyphDataWriter(infos(), m_fileVersion);
     } else if (type == kTableType) {
-        produce = TabbedWriter(m_infos);
+        produce = TabbedWriter(infos());
     } else {
         return false;
     }
@@ -184,7 +186,7 @@ QStringList VXDocument::savingWillChange() const
 void VXDocument::takeSavedForm(const QString &type)
 {
     const std::vector<LostCodePoints> lost =
-        type == kXMLType ? lostCodePoints(m_infos, m_fileVersion) : std::vector<LostCodePoints>();
+        type == kXMLType ? lostCodePoints(infos(), m_fileVersion) : std::vector<LostCodePoints>();
     if (lost.empty())
         return;
     const UndoGroup group(undoManager(), tr("Save"));
@@ -208,5 +210,5 @@ void VXDocument::learnFormOf(const QString &original)
 std::unique_ptr<SlicedContent> VXDocument::slicedContent() const
 {
     return std::make_unique<AutosaveSlices>(
-        m_infos, m_fileVersion, [this, revision = m_revision] { return m_revision == revision; });
+        infos(), m_fileVersion, [this, revision = m_revision] { return m_revision == revision; });
 }

@@ -87,15 +87,18 @@ const Words &wordsOf(GlyphField field)
                                          : subCategories;
 }
 
-/// Calls \a visit with each code point text of a record, as UTF-8.
+/// Calls \a visit with each code point text of a record, as UTF-8. Of a record with very many, which has a problem
+/// anyhow, the first are looked at: an edit of it may not hold the window.
 template <typename Visit> void forEachCodePoint(const VXGlyphInfo &info, Visit visit)
 {
+    constexpr qsizetype kMost = 10'000;
     const FieldValue &value = info.stored(GlyphField::Unicodes);
     if (value.isPiece()) {
         visit(value.bytes(info.sourceData()));
     } else if (!value.isAbsent()) {
-        for (const QString &text : info.unicodes())
-            visit(std::string_view(text.toStdString()));
+        const QStringList texts = info.unicodes();
+        for (qsizetype i = 0; i < qMin(kMost, texts.size()); ++i)
+            visit(std::string_view(texts.at(i).toStdString()));
     }
 }
 
@@ -256,7 +259,7 @@ void Problems::check(std::span<const qsizetype> places)
     std::vector<VXGlyphInfo *> infos;
     infos.reserve(places.size());
     for (const qsizetype place : places)
-        infos.push_back(m_document.infos()[static_cast<std::size_t>(place)].get());
+        infos.push_back(m_document.objectInInfosAtIndex(place).get());
     checkRoundTrip(infos);
     for (std::size_t i = 0; i < places.size(); ++i) {
         const auto place = static_cast<std::size_t>(places[i]);
@@ -509,21 +512,7 @@ std::span<const quint32> Problems::codePointsAt(std::size_t place) const
 void Problems::insert(const IndexSet &places)
 {
     const auto merge = [&places](auto &values, auto fresh) {
-        if (places.size() == 1) { // as scripts add them, mostly at the end
-            values.insert(values.begin() + places.front(), fresh);
-            return;
-        }
-        std::remove_reference_t<decltype(values)> merged;
-        merged.reserve(values.size() + places.size());
-        auto old = values.begin();
-        for (const qsizetype place : places) {
-            const auto between = place - static_cast<qsizetype>(merged.size());
-            merged.insert(merged.end(), old, old + between);
-            old += between;
-            merged.push_back(fresh);
-        }
-        merged.insert(merged.end(), old, values.end());
-        values = std::move(merged);
+        values.insert(places, [fresh](std::size_t) { return fresh; });
     };
     merge(m_flags, Flags(0));
     merge(m_nameKeys, quint64(0));
@@ -550,14 +539,7 @@ void Problems::remove(const IndexSet &places)
     }
     const auto lookedAt = std::lower_bound(places.begin(), places.end(), static_cast<qsizetype>(m_next));
     m_next -= static_cast<std::size_t>(lookedAt - places.begin());
-    const auto erase = [&places](auto &values) {
-        auto kept = values.begin() + places.front();
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            const auto end = i + 1 < places.size() ? values.begin() + places[i + 1] : values.end();
-            kept = std::move(values.begin() + places[i] + 1, end, kept);
-        }
-        values.erase(kept, values.end());
-    };
+    const auto erase = [&places](auto &values) { values.erase(places, [](auto) { }); };
     erase(m_flags);
     erase(m_nameKeys);
     erase(m_codePoints);
@@ -598,7 +580,7 @@ void Problems::noteChanges(const std::vector<VXDocument::Change> &changes)
             m_changed.push_back(change.info);
     }
     // Records came or went, of which the word is still on its way: until then places mean others.
-    if (m_flags.size() != m_document.infos().size()) {
+    if (std::ssize(m_flags) != m_document.countOfInfos()) {
         schedule();
         return;
     }

@@ -110,17 +110,17 @@ private:
 
     VXDocument &m_document;
     // By place in the document's list: what was found, and under what it was counted.
-    std::vector<Flags> m_flags;
-    std::vector<quint64> m_nameKeys; ///< 0: none
-    std::vector<quint32> m_codePoints; ///< one, or the number of a list of several
+    GapVector<Flags> m_flags;
+    GapVector<quint64> m_nameKeys; ///< 0: none
+    GapVector<quint32> m_codePoints; ///< one, or the number of a list of several
     std::vector<std::vector<quint32>> m_lists;
     std::vector<quint32> m_freeLists;
-    std::vector<quint32> m_components; ///< 0: none, else one more than the number of a list
+    GapVector<quint32> m_components; ///< 0: none, else one more than the number of a list
     std::vector<std::vector<quint64>> m_componentLists; ///< keys of names
     std::vector<quint32> m_freeComponents;
     KeyCounts m_composed; ///< how often each name stands in compositions
     qsizetype m_missing = 0; ///< how many of these name no record
-    std::vector<quint32> m_altNames; ///< the number of a list of keys of names; 0: none
+    GapVector<quint32> m_altNames; ///< the number of a list of keys of names; 0: none
     std::vector<std::vector<quint64>> m_altLists;
     std::vector<quint32> m_freeAltLists;
     KeyCounts m_altCounts;

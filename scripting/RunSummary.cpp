@@ -58,7 +58,7 @@ void RunSummary::follow()
             m_changed.insert(glyphs);
             m_added += static_cast<qsizetype>(indexes.size());
             for (const qsizetype index : indexes)
-                note(glyphs->infos()[static_cast<size_t>(index)]);
+                note(glyphs->objectInInfosAtIndex(index));
         });
         connect(glyphs, &VXDocument::infosRemoved, this, [this, glyphs](const IndexSet &indexes) {
             m_changed.insert(glyphs);

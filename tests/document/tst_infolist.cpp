@@ -575,6 +575,69 @@ private Q_SLOTS:
         }
     }
 
+    void followsRunsOfEdits_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        QTest::addColumn<bool>("isShared");
+        for (quint32 seed = 1; seed <= 8; ++seed)
+            QTest::addRow("seed %u%s", seed, seed % 4 ? "" : ", shared") << seed << (seed % 4 == 0);
+    }
+
+    /// One edit after the other near one place, as loops of scripts make them, and places asked for between them, which
+    /// must not need the list as a whole.
+    void followsRunsOfEdits()
+    {
+        QFETCH(const quint32, seed);
+        QFETCH(const bool, isShared);
+        QRandomGenerator random(seed);
+        InfoList plain(900);
+        std::generate(plain.begin(), plain.end(), [] { return VXGlyphInfo::init(); });
+        VXDocument document;
+        document.setInfos(plain);
+        VXDocument other;
+        if (isShared)
+            other.setInfos(plain);
+        const auto below = [&random](qsizetype count) { return qsizetype(random.bounded(int(qMax<qsizetype>(1, count)))); };
+        for (int run = 0; run < 120; ++run) {
+            qsizetype place = random.bounded(3) ? below(plain.size() + 1) : random.bounded(2) ? 0 : std::ssize(plain);
+            const int kind = random.bounded(5);
+            const int step = random.bounded(3) - 1;
+            for (int edits = random.bounded(200); edits > 0; --edits) {
+                place = std::clamp<qsizetype>(place + step, 0, std::ssize(plain));
+                const qsizetype count = qMin<qsizetype>(random.bounded(8) ? 1 : 3, std::ssize(plain) - place);
+                const qsizetype apart = random.bounded(6) ? 1 : 2;
+                IndexSet places;
+                for (qsizetype i = 0; i < count; ++i)
+                    places.push_back(place + i * apart);
+                if (kind <= 1 && count > 0 && places.back() < std::ssize(plain)) {
+                    document.removeObjectsFromInfosAtIndexes(places);
+                    std::for_each(places.rbegin(), places.rend(), [&](qsizetype i) { plain.erase(plain.begin() + i); });
+                } else if (kind == 2 && place < std::ssize(plain)) {
+                    plain[std::size_t(place)] = VXGlyphInfo::init();
+                    document.replaceObjectInInfosAtIndexWithObject(place, plain[std::size_t(place)]);
+                } else {
+                    const InfoPtr info = VXGlyphInfo::init();
+                    document.insertObjectInInfosAtIndex(info, place);
+                    plain.insert(plain.begin() + place, info);
+                }
+                QCOMPARE(document.countOfInfos(), std::ssize(plain));
+                if (plain.empty())
+                    continue;
+                const qsizetype asked = random.bounded(2) ? below(plain.size()) : qMin(place, std::ssize(plain) - 1);
+                QCOMPARE(document.objectInInfosAtIndex(asked), plain[std::size_t(asked)]);
+                QCOMPARE(document.indexOfObjectInInfos(plain[std::size_t(asked)]), asked);
+            }
+            if (random.bounded(3) == 0)
+                QVERIFY(document.infos() == plain);
+            if (isShared && !other.infos().empty()) {
+                const qsizetype asked = below(other.countOfInfos());
+                QCOMPARE(other.indexOfObjectInInfos(other.objectInInfosAtIndex(asked)), asked);
+                other.removeObjectFromInfosAtIndex(0);
+            }
+        }
+        QVERIFY(document.infos() == plain);
+    }
+
     void sharesRecordsWithAnotherDocument()
     {
         VXDocument one;

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "model/VXGlyphInfo.h"
+#include "platform/GapVector.h"
+
+#include <vector>
+
+namespace runebook {
+
+/// Ascending places in a list, none twice.
+using IndexSet = std::vector<qsizetype>;
+
+/// The records of a document in their order. Edited one by one it costs no more than what lies between two edits;
+/// whoever asks for all of it as a list has the gap closed that edits left. It knows where each record stands as
+/// well, as long as the records stand in no other list: they carry hints for that.
+class InfoSequence
+{
+public:
+    qsizetype count() const { return static_cast<qsizetype>(m_infos.size()); }
+    const InfoPtr &at(qsizetype place) const { return m_infos[static_cast<std::size_t>(place)]; }
+    /// Stays as it is until the next change.
+    const InfoList &list() const;
+    /// Whether \a infos is what list() answers.
+    bool isItself(const InfoList &infos) const { return &infos == &m_infos.slots(); }
+    /// The first place of \a info, or -1. \a isShared: the records may stand in other lists, too.
+    qsizetype placeOf(const VXGlyphInfo &info, bool isShared) const;
+
+    // The records' listings are to be counted before they are inserted or replaced, or erased.
+    /// Makes \a infos the list and answers the former one.
+    InfoList exchange(InfoList infos);
+    void replace(qsizetype place, const InfoPtr &info);
+    void makeRoomFor(std::size_t more) { m_infos.makeRoomFor(more); }
+    void insert(const InfoList &infos, const IndexSet &places);
+    InfoList erase(const IndexSet &places);
+
+private:
+    void forgetPlaces() const { m_placesAreValid = false; }
+    void followMoved(const GapVector<InfoPtr>::Moved &moved);
+    void number() const;
+    qsizetype searchedPlace(const VXGlyphInfo &info) const;
+
+    mutable GapVector<InfoPtr> m_infos; ///< the hints of records are its slots
+    mutable bool m_placesAreValid = false; ///< all hints are those of this list
+};
+
+} // namespace runebook
