@@ -3,8 +3,6 @@
 #include "document/GlyphDataReader.h"
 #include "model/FileText.h"
 
-#include <QDataStream>
-#include <QIODevice>
 #include <QList>
 #include <algorithm>
 #include <utility>
@@ -17,57 +15,6 @@ namespace {
 
 constexpr std::string_view kBegin = "<!-- runebook autosave 1 ";
 constexpr std::string_view kEnd = "-->\n";
-constexpr auto kStreamVersion = QDataStream::Qt_6_0;
-
-using F = GlyphField;
-
-constexpr F kTexts[] {F::Name,   F::Category,   F::SubCategory, F::Marks,        F::Anchors,
-                      F::Script, F::Production, F::SortName,    F::SortNameKeep, F::SortNameOld,
-                      F::Desc,   F::Decompose,  F::UnicodeLegacy, F::UnicharString};
-
-// Not as the stream does it, which makes room for as many as it is told.
-void writeTexts(QDataStream &stream, const QStringList &texts)
-{
-    stream << qint32(texts.size());
-    for (const QString &text : texts)
-        stream << text;
-}
-
-QStringList readTexts(QDataStream &stream)
-{
-    QStringList texts;
-    qint32 count = 0;
-    stream >> count;
-    for (QString text; count > 0 && stream.status() == QDataStream::Ok; --count) {
-        stream >> text;
-        texts << text;
-    }
-    return texts;
-}
-
-InfoPtr infoFrom(QDataStream &stream)
-{
-    const InfoPtr info = VXGlyphInfo::init();
-    for (const F field : kTexts) {
-        QString text;
-        stream >> text;
-        info->editText(field, text);
-    }
-    const QStringList codePoints = readTexts(stream);
-    const QStringList altNames = readTexts(stream);
-    qint32 letterCase = 0;
-    qint32 direction = 0;
-    quint64 index = 0;
-    stream >> letterCase >> direction >> index;
-    if (!codePoints.isEmpty())
-        info->setUnicodes(codePoints);
-    if (!altNames.isEmpty())
-        info->setAltNames(altNames);
-    info->setCase(letterCase);
-    info->setDirection(direction);
-    info->setIndex(index);
-    return info;
-}
 
 /// What the comment says besides its lines.
 struct AutosavedValues {
@@ -98,15 +45,10 @@ AutosavedValues autosavedValues(const QByteArray &content)
     for (const QByteArray &line : lines) {
         if (line.isEmpty() || line == "-->")
             continue;
-        const QByteArray bytes = QByteArray::fromBase64(line);
-        QDataStream stream(bytes);
-        stream.setVersion(kStreamVersion);
-        quint64 place = 0;
-        stream >> place;
-        const InfoPtr info = infoFrom(stream);
-        values.isWhole &= stream.status() == QDataStream::Ok;
-        if (stream.status() == QDataStream::Ok)
-            values.infos.emplace_back(qsizetype(place), info);
+        std::optional<std::pair<qsizetype, InfoPtr>> kept = KeptValues::read(QByteArray::fromBase64(line));
+        values.isWhole &= kept.has_value();
+        if (kept)
+            values.infos.push_back(*std::move(kept));
     }
     return values;
 }
@@ -124,7 +66,6 @@ AutosaveSlices::AutosaveSlices(const InfoList &infos, quint8 fileVersion, std::f
 
 SlicedContent::Progress AutosaveSlices::printMore(std::string &output, std::chrono::microseconds budget)
 {
-    constexpr std::size_t kRecords = 64; // between two looks at the clock
     if (!m_isCurrent())
         return Progress::Outdated;
     const std::size_t before = output.size();
@@ -133,7 +74,7 @@ SlicedContent::Progress AutosaveSlices::printMore(std::string &output, std::chro
     const auto end = std::chrono::steady_clock::now() + budget;
     bool isOver = false;
     do {
-        const std::size_t last = std::min(m_next + kRecords, m_infos.size());
+        const std::size_t last = endOfSlice();
         printRecords(m_next, last, output);
         m_next = last;
         isOver = m_next == m_infos.size();
@@ -149,11 +90,52 @@ SlicedContent::Progress AutosaveSlices::printMore(std::string &output, std::chro
     output += std::to_string(m_infos.size()) + ' ' + std::to_string(m_printed) + ' '
         + std::to_string(m_fileVersion) + '\n';
     output += std::exchange(m_values, {}); // this lives on as what the autosave holds
-    output += kEnd;
+    if (m_long.empty())
+        output += kEnd;
     return Progress::Finished;
 }
 
+/// Records that are printed between two looks at the clock: few, and no more than one with much text.
+std::size_t AutosaveSlices::endOfSlice() const
+{
+    constexpr std::size_t kRecords = 64;
+    constexpr qint64 kMuch = 1 << 18;
+    const std::size_t most = std::min(m_next + kRecords, m_infos.size());
+    std::size_t last = m_next;
+    for (qint64 bytes = 0; last < most && bytes < kMuch; ++last)
+        bytes += m_infos[last]->lineLength();
+    return last;
+}
+
+ContentProducer AutosaveSlices::takeRest()
+{
+    if (m_long.empty())
+        return {};
+    // Shared, as what is copied around is a function.
+    auto rest = std::make_shared<const std::vector<KeptValues>>(std::exchange(m_long, {}));
+    return [rest](const BlockSink &sink, Error *) {
+        return std::all_of(rest->begin(), rest->end(), [&sink](const KeptValues &each) { return each.print(sink); })
+            && sink(kEnd);
+    };
+}
+
 void AutosaveSlices::printRecords(std::size_t first, std::size_t last, std::string &output)
+{
+    std::size_t begin = first;
+    for (std::size_t i = first; i < last; ++i) {
+        const VXGlyphInfo &info = *m_infos[i];
+        if (!info.unchangedLine(m_fileVersion).empty() || !RoundTrip::isVeryLong(info))
+            continue;
+        // Whether its line could hold it would take as long to find out as to print it.
+        printChecked(begin, i, output);
+        m_long.emplace_back(info, i);
+        appendStandIn(info, output);
+        begin = i + 1;
+    }
+    printChecked(begin, last, output);
+}
+
+void AutosaveSlices::printChecked(std::size_t first, std::size_t last, std::string &output)
 {
     m_slice.clear();
     for (std::size_t i = first; i < last; ++i)
@@ -164,31 +146,25 @@ void AutosaveSlices::printRecords(std::size_t first, std::size_t last, std::stri
             m_writer.append(*m_slice[i], output);
             continue;
         }
-        appendValues(*m_slice[i], first + i);
-        const InfoPtr standIn = VXGlyphInfo::init();
-        // Only where it cannot be lost in its turn.
-        const QString name = fileText(m_slice[i]->name());
-        const auto isAscii = [](QChar c) { return c < QChar(0x80); };
-        if (!name.isEmpty() && std::all_of(name.begin(), name.end(), isAscii))
-            standIn->setName(name);
-        m_writer.append(*standIn, output);
+        KeptValues(*m_slice[i], first + i).print([this](std::string_view block) {
+            m_values += block;
+            return true;
+        });
+        appendStandIn(*m_slice[i], output);
     }
 }
 
-void AutosaveSlices::appendValues(const VXGlyphInfo &info, std::size_t place)
+/// A line in the place of a record that stands with its values elsewhere.
+void AutosaveSlices::appendStandIn(const VXGlyphInfo &info, std::string &output)
 {
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(kStreamVersion);
-    stream << static_cast<quint64>(place);
-    for (const F field : kTexts)
-        stream << info.stringValue(field);
-    writeTexts(stream, info.unicodes());
-    writeTexts(stream, info.altNames());
-    stream << qint32(info.caseValue()) << qint32(info.direction()) << info.index();
-    const QByteArray line = std::exchange(bytes, {}).toBase64();
-    m_values.append(line.constData(), static_cast<std::size_t>(line.size()));
-    m_values += '\n';
+    constexpr qsizetype kLongest = 1000;
+    const InfoPtr standIn = VXGlyphInfo::init();
+    // Only where it cannot be lost in its turn.
+    const QString name = fileText(info.stored(GlyphField::Name).beginning(info.sourceData(), kLongest));
+    const auto isAscii = [](QChar c) { return c < QChar(0x80); };
+    if (!name.isEmpty() && std::all_of(name.begin(), name.end(), isAscii))
+        standIn->setName(name);
+    m_writer.append(*standIn, output);
 }
 
 QByteArray autosavedContentOf(const InfoList &infos, quint8 fileVersion)
@@ -197,6 +173,14 @@ QByteArray autosavedContentOf(const InfoList &infos, quint8 fileVersion)
     std::string content;
     while (slices.printMore(content, std::chrono::hours(1)) == SlicedContent::Progress::Unfinished)
         content.reserve(2 * content.capacity());
+    if (const ContentProducer rest = slices.takeRest()) {
+        rest(
+            [&content](std::string_view block) {
+                content += block;
+                return true;
+            },
+            nullptr);
+    }
     return QByteArray::fromStdString(content);
 }
 

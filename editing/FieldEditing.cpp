@@ -5,6 +5,7 @@
 #include "editing/GlyphColumns.h"
 #include "editing/LongValues.h"
 #include "model/EditedValue.h"
+#include "model/FileText.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -42,6 +43,12 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
         storeEdited(info, field, text);
 }
 
+QString nameOfChange(GlyphField field, const InfoList &changed)
+{
+    return editName(tr("Change %1").arg(fieldTitle(field)),
+                    tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)), std::ssize(changed));
+}
+
 /// What the field would show after the text was stored.
 QString textAsStored(GlyphField field, const QString &text)
 {
@@ -49,6 +56,13 @@ QString textAsStored(GlyphField field, const QString &text)
 }
 
 } // namespace
+
+Error objectionToLongText(GlyphField field, QStringView text)
+{
+    if (!takesOthers(objectionToFileText(text)))
+        return {};
+    return {u"EditError"_s, 2, sentenceOfObjection(text, titleOfField(field)), {}, {}};
+}
 
 Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
                       const QString &text)
@@ -132,13 +146,21 @@ bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField fi
     InfoList changed;
     std::copy_if(infos.begin(), infos.end(), std::back_inserter(changed),
                  [&isSame](const InfoPtr &info) { return !isSame(info); });
-    const UndoGroup group(document.undoManager(),
-                          editName(tr("Change %1").arg(fieldTitle(field)),
-                                   tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)),
-                                   std::ssize(changed)));
+    const UndoGroup group(document.undoManager(), nameOfChange(field, changed));
     for (const InfoPtr &info : changed)
         setField(*info, field, stored);
     return true;
+}
+
+void setFieldToValue(VXDocument &document, const InfoList &infos, GlyphField field, const FieldValue &value)
+{
+    const UndoGroup group(document.undoManager(), nameOfChange(field, infos));
+    for (const InfoPtr &info : infos) {
+        if (value.isEmpty())
+            info->clear(field);
+        else
+            info->editValue(field, value);
+    }
 }
 
 bool lookAlike(const VXGlyphInfo &a, const VXGlyphInfo &b, GlyphField field)

@@ -11,11 +11,17 @@ namespace runebook {
 Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
                       const QString &text);
 
+/// The same for a field that is one text other than a name, of a text of any length. Any thread.
+Error objectionToLongText(GlyphField field, QStringView text);
+
 /// Sets one field of records from what the user typed, as one named undo step: the same rules for a table
 /// cell, the detail pane and many selected records. Records that have the value already are left alone.
 /// False and an error, with nothing changed, when the text is refused.
 bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField field, const QString &text,
                       Error *error = nullptr);
+
+/// The same for such a text, to which nothing objects, made on another thread: nothing is copied.
+void setFieldToValue(VXDocument &document, const InfoList &infos, GlyphField field, const FieldValue &value);
 
 /// The words that a field is usually filled with, to be offered; empty for fields without a vocabulary.
 QStringList vocabularyOf(GlyphField field);

@@ -1,8 +1,7 @@
 #include "editing/LongValues.h"
 
-#include "platform/ShownText.h"
-
 #include <algorithm>
+#include <numeric>
 
 namespace runebook {
 
@@ -49,55 +48,126 @@ bool isLongValue(const VXGlyphInfo &info, GlyphField field)
     return beginningOfField(info, field, kMostInField).size() > kMostInField;
 }
 
-LongText::LongText(QString text) : m_text(std::move(text))
+LongText::LongText(const FieldValue &text) : m_original(text), m_view(m_original.view())
 {
-    qsizetype begin = 0;
-    do {
-        m_begins.push_back(begin);
-        const QStringView rest = QStringView(m_text).sliced(begin);
-        begin += rest.size() > kMostInField ? cutBefore(rest, kMostInField) : rest.size();
-    } while (begin < m_text.size());
+    m_runs.push_back({0, originalParts(), {}, false});
 }
 
-QStringView LongText::original(qsizetype index) const
+qsizetype LongText::beginOf(qsizetype part) const
 {
-    const auto at = static_cast<std::size_t>(index);
-    const qsizetype end = at + 1 < m_begins.size() ? m_begins[at + 1] : m_text.size();
-    return QStringView(m_text).sliced(m_begins[at], end - m_begins[at]);
+    const qsizetype place = part * kStride;
+    return part == 0 ? 0 : place >= m_view.size() ? m_view.size() : cutBefore(m_view, place);
+}
+
+QStringView LongText::original(qsizetype part, qsizetype count) const
+{
+    const qsizetype begin = beginOf(part);
+    const qsizetype end = part + count >= originalParts() ? m_view.size() : beginOf(part + count);
+    return m_view.sliced(begin, end - begin);
+}
+
+LongText::Place LongText::placeOf(qsizetype index) const
+{
+    std::size_t run = 0;
+    while (run + 1 < m_runs.size() && index >= m_runs[run].partCount())
+        index -= m_runs[run++].partCount();
+    return {run, index};
+}
+
+qsizetype LongText::partCount() const
+{
+    return std::accumulate(m_runs.begin(), m_runs.end(), qsizetype(0),
+                           [](qsizetype sum, const Run &run) { return sum + run.partCount(); });
 }
 
 QString LongText::part(qsizetype index) const
 {
-    const auto found = m_edited.find(index);
-    return found == m_edited.end() ? original(index).toString() : found->second;
+    const auto [at, part] = placeOf(index);
+    const Run &run = m_runs[at];
+    return run.isOwn ? run.own.at(part) : original(run.first + part).toString();
 }
 
 void LongText::setPart(qsizetype index, const QString &text)
 {
-    if (original(index) == text)
-        m_edited.erase(index);
-    else
-        m_edited[index] = text;
+    auto [at, part] = placeOf(index);
+    if (!m_runs[at].isOwn) {
+        if (original(m_runs[at].first + part) == text)
+            return;
+        // One part becomes a run of its own between the others.
+        const Run whole = m_runs[at];
+        std::vector<Run> runs;
+        if (part > 0)
+            runs.push_back({whole.first, part, {}, false});
+        runs.push_back({whole.first + part, 1, {QString()}, true});
+        if (part + 1 < whole.count)
+            runs.push_back({whole.first + part + 1, whole.count - part - 1, {}, false});
+        const auto place = m_runs.erase(m_runs.begin() + static_cast<std::ptrdiff_t>(at));
+        m_runs.insert(place, runs.begin(), runs.end());
+        at += part > 0;
+        part = 0;
+    }
+    Run &run = m_runs[at];
+    QStringList parts;
+    QStringView rest = text;
+    while (rest.size() > kMostInField) {
+        const qsizetype cut = cutBefore(rest, kStride);
+        parts << rest.first(cut).toString();
+        rest = rest.sliced(cut);
+    }
+    parts << rest.toString();
+    run.own = run.own.first(part) + parts + run.own.sliced(part + 1);
+    if (run.own.size() == 1 && run.count == 1 && original(run.first) == run.own.first())
+        run = {run.first, 1, {}, false};
 }
 
-qsizetype LongText::partAt(qsizetype place) const
+bool LongText::isChanged() const
 {
-    const auto behind = std::upper_bound(m_begins.begin(), m_begins.end(), place);
-    return std::max<qsizetype>(0, behind - m_begins.begin() - 1);
+    return std::any_of(m_runs.begin(), m_runs.end(), [](const Run &run) { return run.isOwn; });
+}
+
+qsizetype LongText::partBehind(qsizetype index, qsizetype distance) const
+{
+    for (const qsizetype last = partCount() - 1; index < last; ++index) {
+        const qsizetype size = part(index).size();
+        if (distance <= size)
+            break;
+        distance -= size;
+    }
+    return index;
+}
+
+std::vector<TextEdit> LongText::edits() const
+{
+    std::vector<TextEdit> edits;
+    for (const Run &run : m_runs) {
+        if (run.isOwn) {
+            const QStringView replaced = original(run.first, run.count);
+            edits.push_back({replaced.data() - m_view.data(), replaced.size(), run.own.join(QString())});
+        }
+    }
+    return edits;
+}
+
+std::vector<QStringView> LongText::views() const
+{
+    std::vector<QStringView> views;
+    for (const Run &run : m_runs) {
+        if (run.isOwn)
+            views.insert(views.end(), run.own.begin(), run.own.end());
+        else
+            views.push_back(original(run.first, run.count));
+    }
+    return views;
+}
+
+FieldValue LongText::value() const
+{
+    return FieldValue::text(views());
 }
 
 QString LongText::text() const
 {
-    QString text;
-    text.reserve(m_text.size());
-    qsizetype done = 0;
-    for (const auto &[index, edited] : m_edited) {
-        const qsizetype begin = m_begins[static_cast<std::size_t>(index)];
-        text += QStringView(m_text).sliced(done, begin - done);
-        text += edited;
-        done = begin + original(index).size();
-    }
-    return text += QStringView(m_text).sliced(done);
+    return value().toString(nullptr);
 }
 
 } // namespace runebook

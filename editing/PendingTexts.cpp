@@ -59,6 +59,26 @@ InfoList recordsOf(const VXDocument &document, const QJsonObject &pending)
     return named ? InfoList {named} : InfoList();
 }
 
+/// Puts the edits into the text that they were made in. False, and their texts alone, for another text.
+bool putInto(const QString &original, const QJsonObject &pending, QString &text)
+{
+    bool fits = pending.value("of"_L1).toInteger() == original.size();
+    qsizetype done = 0;
+    QStringList whole;
+    for (const QJsonArray edits = pending.value("edits"_L1).toArray(); const QJsonValue &value : edits) {
+        const qsizetype begin = value["begin"_L1].toInteger();
+        const qsizetype length = value["length"_L1].toInteger();
+        fits = fits && begin >= done && length >= 0 && length <= original.size() - begin;
+        if (fits)
+            whole << original.mid(done, begin - done) << value["text"_L1].toString();
+        text += value["text"_L1].toString();
+        done = begin + length;
+    }
+    if (fits)
+        text = whole.join(QString()) + original.mid(done);
+    return fits;
+}
+
 } // namespace
 
 QJsonObject pendingText(const VXDocument &document, const InfoList &infos, GlyphField field,
@@ -72,17 +92,31 @@ QJsonObject pendingText(const VXDocument &document, const InfoList &infos, Glyph
             {u"name"_s, ranges.isEmpty() ? QString() : document.infos()[first]->name()}};
 }
 
+QJsonObject pendingEdits(const VXDocument &document, const InfoList &infos, GlyphField field, const LongText &text)
+{
+    QJsonArray edits;
+    for (const TextEdit &edit : text.edits())
+        edits << QJsonObject {{u"begin"_s, edit.begin}, {u"length"_s, edit.length}, {u"text"_s, edit.text}};
+    QJsonObject pending = pendingText(document, infos, field, {});
+    pending.remove(u"text"_s);
+    pending.insert(u"edits"_s, edits);
+    pending.insert(u"of"_s, text.originalSize());
+    return pending;
+}
+
 QStringList takePendingTexts(VXDocument &document, const QJsonArray &texts)
 {
     QStringList refused;
     for (const QJsonValue &value : texts) {
         const QJsonObject pending = value.toObject();
-        const QString text = pending.value("text"_L1).toString();
         const std::optional<GlyphField> field = fieldForKey(pending.value("field"_L1).toString());
         const InfoList infos = field ? recordsOf(document, pending) : InfoList();
+        QString text = pending.value("text"_L1).toString();
         Error error;
         if (infos.empty())
             error.description = tr("The record is not there.");
+        else if (pending.contains("edits"_L1) && !putInto(infos.front()->displayText(*field), pending, text))
+            error.description = tr("The text that it was typed into is another one.");
         else if (setFieldFromText(document, infos, *field, text, &error))
             continue;
         refused << tr("“%1” was being typed into “%2” of “%3” and could not be put there. %4")

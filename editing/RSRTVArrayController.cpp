@@ -166,6 +166,12 @@ bool RSRTVArrayController::prepareFilter(const Predicate &predicate, int millise
     return m_columns->prepare(predicate, milliseconds);
 }
 
+bool RSRTVArrayController::isFilteredAtOnce(const Predicate &predicate)
+{
+    m_document.flushChanges();
+    return m_columns->prepareUpToLong(predicate);
+}
+
 std::optional<qsizetype> RSRTVArrayController::countPassing(const Predicate &predicate, int milliseconds)
 {
     if (!m_columns->prepare(predicate, milliseconds))
@@ -576,7 +582,7 @@ void RSRTVArrayController::applyInsertion(const IndexSet &places)
     const bool isNow = canApplyNow();
     if (isFiltered() && !isInHistory()) {
         for (const qsizetype place : places)
-            m_added.insert(m_document.infos()[static_cast<std::size_t>(place)].get());
+            m_added.insert(m_document.objectInInfosAtIndex(place).get());
     }
     if (!isNow)
         fallBehind();
@@ -589,12 +595,11 @@ void RSRTVArrayController::applyInsertion(const IndexSet &places)
 /// In the order of the document, where rows are places.
 void RSRTVArrayController::insertRowsAt(const IndexSet &places)
 {
-    const InfoList &infos = m_document.infos();
     Q_EMIT arrangedObjectsAboutToChange();
     for (const qsizetype place : places) {
         const int row = static_cast<int>(place);
         beginInsertRows({}, row, row);
-        m_rows.insert(m_rows.begin() + place, infos[static_cast<std::size_t>(place)].get());
+        m_rows.insert(m_rows.begin() + place, m_document.objectInInfosAtIndex(place).get());
         endInsertRows();
     }
     m_rowOfPlace.clear();
@@ -605,7 +610,7 @@ void RSRTVArrayController::insertRowsAt(const IndexSet &places)
 std::vector<qsizetype> RSRTVArrayController::rowsOfLeaving(const IndexSet &places) const
 {
     const bool areRowsPlaces =
-        showsDocumentOrder() && m_rows.size() == m_document.infos().size() + places.size();
+        showsDocumentOrder() && std::ssize(m_rows) == m_document.countOfInfos() + std::ssize(places);
     if (areRowsPlaces)
         return places;
     std::vector<qsizetype> rows;
@@ -669,11 +674,11 @@ void RSRTVArrayController::applyReplacement(qsizetype place, const InfoPtr &form
 {
     m_columns->noteReplacement(place);
     const bool isNow = canApplyNow();
-    VXGlyphInfo *info = m_document.infos()[static_cast<std::size_t>(place)].get();
+    VXGlyphInfo *info = m_document.objectInInfosAtIndex(place).get();
     m_added.erase(former.get());
     if (isFiltered() && !isInHistory())
         m_added.insert(info);
-    const bool areRowsPlaces = showsDocumentOrder() && m_rows.size() == m_document.infos().size();
+    const bool areRowsPlaces = showsDocumentOrder() && std::ssize(m_rows) == m_document.countOfInfos();
     if (isNow && areRowsPlaces) {
         const int row = static_cast<int>(place);
         m_rows[static_cast<std::size_t>(place)] = info;

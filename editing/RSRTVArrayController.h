@@ -53,6 +53,9 @@ public: // filter
     /// Makes ready what a filter like \a predicate needs, for at most about \a milliseconds; false when it
     /// is to be called again in idle time.
     bool prepareFilter(const runebook::Predicate &predicate, int milliseconds);
+    /// Whether a filter like \a predicate is answered at once, as no very long value is in its way; otherwise
+    /// prepareFilter() is to be called first, until it is ready.
+    bool isFilteredAtOnce(const runebook::Predicate &predicate);
     /// How many records of the document pass \a predicate. Nothing while that is not ready after about
     /// \a milliseconds: to be asked again in idle time.
     std::optional<qsizetype> countPassing(const runebook::Predicate &predicate, int milliseconds);

@@ -33,7 +33,8 @@ struct SearchColumns::Column {
 
     void noteChanged(const InfoPtr &info)
     {
-        if (changed.size() >= mostChangedRecords(texts.count())) {
+        // A long text is better taken anew with all others, which is done in slices.
+        if (changed.size() >= mostChangedRecords(texts.count()) || texts.areLong(*info)) {
             forget();
             return;
         }
@@ -75,15 +76,15 @@ void SearchColumns::noteReplacement(qsizetype place)
 {
     for (const auto &column : m_columns) {
         if (column->texts.count() > static_cast<std::size_t>(place))
-            column->noteChanged(m_document.infos()[static_cast<std::size_t>(place)]);
+            column->noteChanged(m_document.objectInInfosAtIndex(place));
     }
 }
 
 void SearchColumns::noteInsertion(const IndexSet &places)
 {
-    const std::size_t before = m_document.infos().size() - places.size();
+    const std::size_t before = static_cast<std::size_t>(m_document.countOfInfos()) - places.size();
     for (const auto &column : m_columns) {
-        if (column->texts.count() != before) {
+        if (column->texts.count() != before || column->texts.areMany()) {
             column->forget();
             continue;
         }
@@ -94,9 +95,9 @@ void SearchColumns::noteInsertion(const IndexSet &places)
 
 void SearchColumns::noteRemoval(const IndexSet &places)
 {
-    const std::size_t before = m_document.infos().size() + places.size();
+    const std::size_t before = static_cast<std::size_t>(m_document.countOfInfos()) + places.size();
     for (const auto &column : m_columns) {
-        if (column->texts.count() != before) {
+        if (column->texts.count() != before || column->texts.areMany()) {
             column->forget();
             continue;
         }
@@ -121,7 +122,7 @@ SearchColumns::Column &SearchColumns::columnFor(SearchKey key, Folding folding)
 }
 
 /// Takes the texts of further records until \a deadline; true when those of all are there.
-bool SearchColumns::fill(Column &column, const QDeadlineTimer &deadline) const
+bool SearchColumns::fill(Column &column, const QDeadlineTimer &deadline, Long what) const
 {
     constexpr std::size_t recordsBetweenLooks = 256;
     const InfoList &infos = m_document.infos();
@@ -132,8 +133,18 @@ bool SearchColumns::fill(Column &column, const QDeadlineTimer &deadline) const
     // At least one step a call, so that whoever calls again gets there.
     while (column.texts.count() < infos.size()) {
         const std::size_t end = std::min(column.texts.count() + recordsBetweenLooks, infos.size());
-        for (std::size_t i = column.texts.count(); i < end; ++i)
-            column.texts.append(*infos[i]);
+        for (std::size_t i = column.texts.count(); i < end; ++i) {
+            if (!column.texts.isOpen() && !column.texts.areLong(*infos[i])) {
+                column.texts.append(*infos[i]);
+                continue;
+            }
+            if (what == Long::EndThere)
+                return false;
+            while (!column.texts.appendPart(*infos[i])) {
+                if (deadline.hasExpired())
+                    return false;
+            }
+        }
         if (deadline.hasExpired())
             break;
     }
@@ -261,18 +272,23 @@ template <typename Test> RecordBits SearchColumns::askColumn(const Test &test, F
 
 bool SearchColumns::prepare(const Predicate &predicate, int milliseconds)
 {
-    return prepare(predicate.root(), QDeadlineTimer(milliseconds));
+    return prepare(predicate.root(), QDeadlineTimer(milliseconds), Long::Take);
 }
 
-bool SearchColumns::prepare(const PredicateNode &node, const QDeadlineTimer &deadline)
+bool SearchColumns::prepareUpToLong(const Predicate &predicate)
+{
+    return prepare(predicate.root(), QDeadlineTimer(QDeadlineTimer::Forever), Long::EndThere);
+}
+
+bool SearchColumns::prepare(const PredicateNode &node, const QDeadlineTimer &deadline, Long what)
 {
     if (const auto *group = std::get_if<PredicateGroup>(&node.test)) {
         return std::all_of(group->members.begin(), group->members.end(),
-                           [&](const PredicateNode &member) { return prepare(member, deadline); });
+                           [&](const PredicateNode &member) { return prepare(member, deadline, what); });
     }
     const auto prepareColumn = [&](const QString &key, Folding folding) {
         const SearchKey searched = SearchKey::of(key);
-        return !searched.isAnnounced() || fill(columnFor(searched, folding), deadline);
+        return !searched.isAnnounced() || fill(columnFor(searched, folding), deadline, what);
     };
     if (const auto *text = std::get_if<TextTest>(&node.test))
         return prepareColumn(text->key, text->folding);

@@ -43,6 +43,9 @@ public: // asking
     /// are ready; otherwise it wants to be called again when the program is idle. Any search text will do:
     /// prepare(*SearchFilter(SearchSettings::current()).result(u"a"_s).predicate).
     bool prepare(const Predicate &predicate, int milliseconds = 8);
+    /// The same for all records but the very long ones, where it ends: false when there is such a one, and prepare()
+    /// is to be called until everything is ready.
+    bool prepareUpToLong(const Predicate &predicate);
     /// How long all matches of a regular expression together may take in one question before it gives up.
     void setPatternTimeLimit(int milliseconds) { m_patternTimeLimitMs = milliseconds; }
 
@@ -50,8 +53,9 @@ private:
     struct Column;
 
     Column &columnFor(SearchKey key, Folding folding);
-    bool prepare(const PredicateNode &node, const QDeadlineTimer &deadline);
-    bool fill(Column &column, const QDeadlineTimer &deadline) const;
+    enum class Long { Take, EndThere };
+    bool prepare(const PredicateNode &node, const QDeadlineTimer &deadline, Long what);
+    bool fill(Column &column, const QDeadlineTimer &deadline, Long what = Long::Take) const;
     void refresh(Column &column) const;
 
     // What passes among the records asked about; false when a regular expression gave up.

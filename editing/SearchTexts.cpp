@@ -70,6 +70,14 @@ void SearchTexts::clear()
 {
     m_bytes.assign(1, kSeparator);
     m_starts.assign(1, m_bytes.size());
+    close();
+}
+
+void SearchTexts::close()
+{
+    m_open = {};
+    m_openSource.reset();
+    m_taken = 0;
 }
 
 void SearchTexts::reserve(std::size_t records)
@@ -83,6 +91,85 @@ void SearchTexts::append(const VXGlyphInfo &info)
 {
     appendValue(info);
     m_starts.push_back(m_bytes.size());
+}
+
+bool SearchTexts::areLong(const VXGlyphInfo &info) const
+{
+    constexpr qsizetype kLong = 1 << 20;
+    constexpr qsizetype kManyEntries = 1 << 15;
+    const bool isKept = m_key.kind == SearchKey::Kind::Text || m_key.kind == SearchKey::Kind::List;
+    if (!isKept || static_cast<int>(m_key.field) >= kStoredFieldCount)
+        return false; // the first code point, for one
+    const FieldValue &value = info.stored(m_key.field);
+    if (m_key.field == GlyphField::Unicodes && !value.isList())
+        return false;
+    return value.isPiece() ? qsizetype(value.pieceLength()) > kLong
+        : value.isList()   ? value.toList(nullptr).size() > kManyEntries
+                           : value.view().size() > kLong;
+}
+
+bool SearchTexts::appendPart(const VXGlyphInfo &info)
+{
+    if (!isOpen()) {
+        m_open = info.stored(m_key.field);
+        m_openSource = info.source();
+        // Folded it is mostly as long; what has been taken would be copied with every growth.
+        const auto size = static_cast<std::size_t>(m_open.isPiece() ? m_open.pieceLength() : m_open.view().size());
+        m_bytes.reserve(m_bytes.size() + size + size / 8);
+    }
+    const bool isLast = m_key.kind == SearchKey::Kind::Text ? takeStretch() : takeEntries();
+    if (!isLast)
+        return false;
+    close();
+    m_starts.push_back(m_bytes.size());
+    return true;
+}
+
+/// Of one text: folding works on each character for itself.
+bool SearchTexts::takeStretch()
+{
+    constexpr std::size_t kStretch = 1 << 16;
+    std::size_t all = 0;
+    if (m_open.isPiece()) {
+        const std::string_view bytes = m_open.bytes(m_openSource->data());
+        all = bytes.size();
+        std::size_t end = std::min(all, m_taken + kStretch);
+        while (end < all && (bytes[end] & 0xC0) == 0x80)
+            ++end;
+        appendFoldedUtf8(m_bytes, bytes.substr(m_taken, end - m_taken), m_folding);
+        m_taken = end;
+    } else {
+        const QStringView text = m_open.view();
+        all = static_cast<std::size_t>(text.size());
+        std::size_t end = std::min(all, m_taken + kStretch);
+        end += end < all && text.at(qsizetype(end)).isLowSurrogate();
+        appendFoldedUtf8(m_bytes, text.sliced(qsizetype(m_taken), qsizetype(end - m_taken)), m_folding);
+        m_taken = end;
+    }
+    if (m_taken < all)
+        return false;
+    m_bytes += kSeparator;
+    return true;
+}
+
+/// Of a list.
+bool SearchTexts::takeEntries()
+{
+    constexpr std::size_t kEntries = 1 << 12;
+    if (m_open.isPiece()) {
+        const std::string_view rest = m_open.bytes(m_openSource->data()).substr(m_taken);
+        constexpr std::size_t kStretch = 1 << 16;
+        const std::size_t comma = rest.find(", ", std::min(kStretch, rest.size()));
+        forEachEntry(rest.substr(0, comma), [this](std::string_view name) { appendText(name); });
+        m_taken += comma + 2;
+        return comma == rest.npos;
+    }
+    const QStringList entries = m_open.isList() ? m_open.toList(nullptr) : m_open.view().toString().split(kListSeparator);
+    const auto all = static_cast<std::size_t>(entries.size());
+    const std::size_t end = m_open.isList() ? std::min(all, m_taken + kEntries) : all;
+    for (; m_taken < end; ++m_taken)
+        appendText(entries.at(qsizetype(m_taken)));
+    return m_taken == all;
 }
 
 void SearchTexts::appendText(std::string_view utf8)

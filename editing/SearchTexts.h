@@ -35,6 +35,15 @@ public: // making
     void reserve(std::size_t records);
     void append(const VXGlyphInfo &info);
     void clear();
+    /// Whether the record's texts are so long that a key may not wait for them: appendPart() takes them.
+    bool areLong(const VXGlyphInfo &info) const;
+    /// Takes a part of such a record's texts; true with the last. Until then they are not counted, and the record
+    /// is the one with which this began, as it was then.
+    bool appendPart(const VXGlyphInfo &info);
+    /// Whether such a part was taken that was not the last.
+    bool isOpen() const { return !m_open.isAbsent(); }
+    /// Whether moving all of this takes longer than a key may wait.
+    bool areMany() const { return m_bytes.size() > (std::size_t(1) << 25); }
 
 public: // following a list; linear in its length
     /// The records that now stand at \a places of \a infos are new.
@@ -56,6 +65,9 @@ private:
     void appendText(std::string_view utf8);
     void appendText(const QString &text);
     void appendValue(const VXGlyphInfo &info);
+    bool takeStretch();
+    bool takeEntries();
+    void close();
     void appendRun(const SearchTexts &other, std::size_t first, std::size_t last);
     RecordBits recordsWithText() const;
     RecordBits recordsWith(const std::string &bytes, std::size_t lead) const;
@@ -64,6 +76,9 @@ private:
     SearchKey m_key;
     Folding m_folding;
     std::string m_bytes; ///< begins with a separator, so that every text stands between two
+    FieldValue m_open; ///< the value of which a part was taken
+    SourcePtr m_openSource; ///< what it lies in
+    std::size_t m_taken = 0; ///< of it: bytes, units, or entries
     std::vector<std::size_t> m_starts; ///< where each record's texts begin; one more for the end
 };
 

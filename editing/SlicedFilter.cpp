@@ -18,8 +18,8 @@ const PatternTest *patternOf(const Predicate &predicate)
 
 } // namespace
 
-SlicedFilter::SlicedFilter(const VXDocument &document, QObject *parent)
-    : QObject(parent), m_document(document)
+SlicedFilter::SlicedFilter(const VXDocument &document, Prepare prepare, QObject *parent)
+    : QObject(parent), m_document(document), m_prepare(std::move(prepare))
 {
     m_timer.setInterval(0);
     connect(&m_timer, &QTimer::timeout, this, &SlicedFilter::runSlice);
@@ -46,7 +46,7 @@ void SlicedFilter::startAnew()
 {
     if (!m_predicate)
         return;
-    m_passed = RecordBits(m_document.infos().size());
+    m_passed = RecordBits(static_cast<std::size_t>(m_document.countOfInfos()));
     m_next = 0;
     m_timer.start();
 }
@@ -64,6 +64,16 @@ double SlicedFilter::progress() const
 
 void SlicedFilter::runSlice()
 {
+    if (!isFor(*m_predicate)) {
+        if (!m_prepare(*m_predicate, kSliceMs)) {
+            Q_EMIT progressed();
+            return;
+        }
+        const Predicate ready = *m_predicate;
+        cancel();
+        Q_EMIT prepared(ready);
+        return;
+    }
     constexpr int kNoLimit = -1;
     Error error;
     const auto next = RecordTests(m_document.infos(), kNoLimit)

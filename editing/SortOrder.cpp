@@ -53,6 +53,17 @@ std::vector<quint32> placesByNumber(const InfoList &infos, const auto &numberOf,
     return places;
 }
 
+/// What of a text decides where its record stands: as much as anybody looks at.
+std::string_view sortedPart(const VXGlyphInfo &info, GlyphField field, std::string &buffer)
+{
+    constexpr qsizetype kMost = 1 << 16;
+    const FieldValue &value = info.stored(field);
+    const bool isShort = value.isPiece() ? value.pieceLength() <= kMost : value.view().size() <= kMost && !value.isList();
+    if (isShort)
+        return info.utf8(field, buffer);
+    return buffer = value.beginning(info.sourceData(), kMost).toStdString();
+}
+
 std::vector<quint32> placesByText(const InfoList &infos, GlyphField field, Qt::SortOrder order)
 {
     std::string keys;
@@ -63,7 +74,7 @@ std::vector<quint32> placesByText(const InfoList &infos, GlyphField field, Qt::S
     std::string buffer;
     for (std::size_t i = 0; i < infos.size(); ++i) {
         const std::size_t start = keys.size();
-        appendNaturalKey(keys, infos[i]->utf8(field, buffer));
+        appendNaturalKey(keys, sortedPart(*infos[i], field, buffer));
         const std::string_view key = std::string_view(keys).substr(start);
         if (key.empty()) {
             last.push_back(static_cast<quint32>(i));

@@ -370,7 +370,8 @@ void VXWindowController::filterInfos()
     auto [predicate, problem] = SearchFilter(SearchSettings::current()).result(m_searchField->stringValue());
     // A script, which runs in one step of undoing, goes on with the rows as soon as it has set the filter.
     const bool isInScript = m_document.undoManager()->groupingLevel() > 0;
-    if (predicate && SlicedFilter::isFor(*predicate) && !isInScript) {
+    if (predicate && !isInScript
+        && (SlicedFilter::isFor(*predicate) || !m_infolistController->isFilteredAtOnce(*predicate))) {
         m_isFiltering = false;
         m_slicedFilter->start(*predicate);
         return;
@@ -399,7 +400,15 @@ void VXWindowController::filterWasApplied(const std::optional<Error> &problem)
 /// What takes longer than a slice shows its results when it has them all; until then the rows stay.
 void VXWindowController::buildSlicedFilter()
 {
-    m_slicedFilter = new SlicedFilter(m_document, this);
+    const auto prepare = [this](const Predicate &predicate, int milliseconds) {
+        return m_infolistController->prepareFilter(predicate, milliseconds);
+    };
+    m_slicedFilter = new SlicedFilter(m_document, prepare, this);
+    connect(m_slicedFilter, &SlicedFilter::prepared, this, [this](const Predicate &predicate) {
+        m_isFiltering = true;
+        m_infolistController->setFilterPredicate(predicate);
+        filterWasApplied({});
+    });
     connect(m_slicedFilter, &SlicedFilter::finished, this,
             [this](const Predicate &predicate, const IndexSet &passing) {
                 m_isFiltering = true;

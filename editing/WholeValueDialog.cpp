@@ -5,6 +5,7 @@
 #include "editing/GlyphColumns.h"
 #include "editing/PendingTexts.h"
 #include "editing/TextBox.h"
+#include "platform/Background.h"
 #include "platform/PlainText.h"
 #include "platform/ShownText.h"
 
@@ -12,20 +13,34 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
+#include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
+#include <cerrno>
+#include <new>
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The field as its display text, which is copied only where it is none already.
+LongText longTextOf(const VXGlyphInfo &info, GlyphField field)
+{
+    const bool isStored = static_cast<int>(field) < kStoredFieldCount && !info.stored(field).view().isNull();
+    return isStored ? LongText(info.stored(field)) : LongText(info.displayText(field));
+}
+
+} // namespace
 
 WholeValueDialog::WholeValueDialog(VXDocument &document, InfoList infos, GlyphField field, QWidget *parent)
     : QDialog(parent, Qt::Sheet),
       m_document(document),
       m_infos(std::move(infos)),
       m_field(field),
-      m_text(m_infos.front()->displayText(field)),
+      m_text(longTextOf(*m_infos.front(), field)),
       m_edit(new TextBox(this)),
       m_number(new QSpinBox(this)),
       m_count(plainLabel({}, this)),
@@ -42,7 +57,7 @@ WholeValueDialog::WholeValueDialog(VXDocument &document, InfoList infos, GlyphFi
     m_edit->setLongPaste([this](const QString &part, qsizetype caret) { return takeLongPaste(part, caret); });
     connect(m_edit, &TextBox::textChanged, &document, &Document::pendingTextChanged);
     document.addPendingTexts(this, [this] { return pendingTexts(); });
-    connect(&document, &QObject::destroyed, this, &QDialog::reject);
+    connect(&document, &QObject::destroyed, this, [this] { done(Rejected); });
     showPlace();
 }
 
@@ -133,10 +148,9 @@ void WholeValueDialog::takePart()
 bool WholeValueDialog::takeLongPaste(const QString &part, qsizetype caret)
 {
     m_text.setPart(m_part, part);
-    qsizetype place = caret;
-    for (qsizetype index = 0; index < m_part; ++index)
-        place += m_text.part(index).size();
-    setText(m_text.text(), place);
+    m_part = m_text.partBehind(m_part, caret);
+    showPlace();
+    m_document.pendingTextChanged();
     return true;
 }
 
@@ -150,11 +164,28 @@ bool WholeValueDialog::isChanged()
 
 QJsonArray WholeValueDialog::pendingTexts()
 {
-    return isChanged() ? QJsonArray {pendingText(m_document, m_infos, m_field, m_text.text())} : QJsonArray();
+    if (!isChanged())
+        return {};
+    return {m_isOther ? pendingText(m_document, m_infos, m_field, m_text.text())
+                      : pendingEdits(m_document, m_infos, m_field, m_text)};
+}
+
+// Storing
+
+void WholeValueDialog::reject()
+{
+    if (!m_isStoring)
+        QDialog::reject();
 }
 
 void WholeValueDialog::accept()
 {
+    if (m_isStoring)
+        return;
+    if (isChanged() && isStoredApart()) {
+        storeApart();
+        return;
+    }
     Error error;
     if (isChanged() && !setFieldFromText(m_document, m_infos, m_field, m_text.text(), &error)) {
         m_edit->setFocus();
@@ -162,6 +193,61 @@ void WholeValueDialog::accept()
         return;
     }
     QDialog::accept();
+    tellStored();
+}
+
+/// Whether putting the text together takes longer than a key may wait; lists are made of their texts at once.
+bool WholeValueDialog::isStoredApart() const
+{
+    constexpr qsizetype kMuch = 1 << 20;
+    switch (m_field) {
+    case GlyphField::Name:
+    case GlyphField::Unicodes:
+    case GlyphField::AltNames:
+        return false;
+    default:
+        return m_text.originalSize() > kMuch;
+    }
+}
+
+void WholeValueDialog::storeApart()
+{
+    m_isStoring = true;
+    setEnabled(false);
+    m_count->setText(tr("Storing…"));
+    runApart([self = QPointer<WholeValueDialog>(this), text = m_text, field = m_field] {
+        FieldValue value;
+        Error error;
+        try {
+            value = text.value();
+            error = objectionToLongText(field, value.view());
+        } catch (const std::bad_alloc &) {
+            error = {u"EditError"_s, ENOMEM, tr("There is not enough memory for it."), {}, {}};
+        }
+        runOnMainThread([self, value, error] {
+            if (self)
+                self->takeStored(value, error);
+        });
+    });
+}
+
+void WholeValueDialog::takeStored(const FieldValue &value, const Error &error)
+{
+    m_isStoring = false;
+    setEnabled(true);
+    showPlace();
+    if (!error.domain.isEmpty()) {
+        m_edit->setFocus();
+        ErrorBubble::show(m_edit, error);
+        return;
+    }
+    setFieldToValue(m_document, m_infos, m_field, value);
+    QDialog::accept();
+    tellStored();
+}
+
+void WholeValueDialog::tellStored()
+{
     m_document.flushChanges();
     if (const std::optional<FieldRemark> remark = remarkOnValue(m_document, m_infos, m_field))
         Q_EMIT remarked(*remark);

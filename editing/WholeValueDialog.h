@@ -15,7 +15,8 @@ namespace runebook {
 class TextBox;
 
 /// Shows and edits the whole of a value that is too long for its field, part by part, as a sheet of \a parent.
-/// What was edited is stored as one step when the sheet is accepted; a text that is refused stays in it.
+/// What was edited is stored as one step when the sheet is accepted; a text that is refused stays in it. A very long
+/// one is put together on another thread: the sheet waits for that and takes no input meanwhile.
 class WholeValueDialog : public QDialog
 {
     Q_OBJECT
@@ -30,6 +31,7 @@ public:
     /// Another text instead, the part around \a place shown; still to be accepted.
     void setText(const QString &text, qsizetype place = 0);
     void accept() override;
+    void reject() override;
 
 Q_SIGNALS:
     /// A word on the value that was stored.
@@ -42,6 +44,10 @@ private:
     bool isChanged();
     void showPlace();
     QJsonArray pendingTexts();
+    bool isStoredApart() const;
+    void storeApart();
+    void takeStored(const FieldValue &value, const Error &error);
+    void tellStored();
 
     VXDocument &m_document;
     const InfoList m_infos;
@@ -50,6 +56,7 @@ private:
     qsizetype m_part = 0;
     QString m_loaded; ///< what the editor held when it was given the part
     bool m_isOther = false; ///< setText() was called
+    bool m_isStoring = false;
     TextBox *m_edit;
     QSpinBox *m_number;
     QLabel *m_count;

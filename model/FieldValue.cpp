@@ -43,12 +43,18 @@ struct FieldValue::OwnText {
     QAtomicInt references = 1;
     qsizetype size = 0;
 
-    static OwnText *make(const QString &text)
+    static OwnText *make(std::span<const QStringView> parts)
     {
-        const auto bytes = static_cast<std::size_t>(text.size()) * sizeof(QChar);
-        auto *made = new (::operator new(sizeof(OwnText) + bytes)) OwnText {1, text.size()};
-        void *units = made + 1;
-        std::memcpy(units, text.constData(), bytes);
+        const auto add = [](qsizetype sum, QStringView part) { return sum + part.size(); };
+        const qsizetype size = std::accumulate(parts.begin(), parts.end(), qsizetype(0), add);
+        const auto bytes = static_cast<std::size_t>(size) * sizeof(QChar);
+        auto *made = new (::operator new(sizeof(OwnText) + bytes)) OwnText {1, size};
+        auto *units = reinterpret_cast<QChar *>(made + 1);
+        for (const QStringView part : parts) {
+            if (!part.isEmpty())
+                std::memcpy(units, part.data(), static_cast<std::size_t>(part.size()) * sizeof(QChar));
+            units += part.size();
+        }
         return made;
     }
     static void destroy(OwnText *text)
@@ -81,9 +87,15 @@ FieldValue FieldValue::text(const QString &text)
 {
     if (text.isNull())
         return {};
-    if (text.isEmpty())
+    const QStringView whole(text);
+    return FieldValue::text(std::span(&whole, 1));
+}
+
+FieldValue FieldValue::text(std::span<const QStringView> parts)
+{
+    if (std::all_of(parts.begin(), parts.end(), [](QStringView part) { return part.isEmpty(); }))
         return FieldValue(PieceTag);
-    return FieldValue(reinterpret_cast<quint64>(OwnText::make(text)) | TextTag);
+    return FieldValue(reinterpret_cast<quint64>(OwnText::make(parts)) | TextTag);
 }
 
 FieldValue FieldValue::list(const QStringList &list)
@@ -137,6 +149,11 @@ QString FieldValue::toString(const char *source) const
     default:
         return node<OwnText>()->view().toString();
     }
+}
+
+QStringView FieldValue::view() const
+{
+    return m_bits != 0 && tag() == TextTag ? node<OwnText>()->view() : QStringView();
 }
 
 QString FieldValue::beginning(const char *source, qsizetype most) const

@@ -5,6 +5,7 @@
 #include <QSharedData>
 #include <QString>
 #include <QStringList>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -59,6 +60,8 @@ public: // making
     }
     /// A text of its own; a null string gives an absent value, "" a present empty one.
     static FieldValue text(const QString &text);
+    /// The text that \a parts are together, copied once however long it is; "" for none.
+    static FieldValue text(std::span<const QStringView> parts);
     static FieldValue list(const QStringList &list);
     static FieldValue number(qint32 number);
     /// Whether a piece can have that place.
@@ -77,6 +80,8 @@ public: // asking
     bool isEmpty() const;
     /// Null when absent; lists joined with ", ".
     QString toString(const char *source) const;
+    /// The units of a text of its own, valid as long as a copy of this value; null for all other values.
+    QStringView view() const;
     /// The beginning of that, \a most UTF-16 units or a few less; takes no longer where there is more.
     QString beginning(const char *source, qsizetype most) const;
     /// The length of toString() in UTF-16 units, without making it.

@@ -141,6 +141,8 @@ public: // setters
     /// Stores a text in a text field as an edit with its undo step and notice, whatever the field's own setter
     /// does.
     void editText(runebook::GlyphField field, const QString &text) { setText(field, text); }
+    /// The same for a value that is made already: a long one on another thread.
+    void editValue(runebook::GlyphField field, const runebook::FieldValue &value) { setStored(field, value); }
     /// Takes over every value of \a fresh that is not the same here, each as an edit.
     void takeValuesOf(const VXGlyphInfo &fresh);
     /// Makes a field absent, as in a record that never had it; case and direction become those of none.
@@ -231,6 +233,8 @@ public: // for the readers, writers and indexes of this system
     /// The one list that setMarks refuses.
     static bool refusesMarks(std::string_view marksUtf8);
     QString stringValue(runebook::GlyphField field) const { return stored(field).toString(sourceData()); }
+    /// The bytes that the pieces among its values lie in.
+    const runebook::SourcePtr &source() const { return m_source; }
     const char *sourceData() const { return m_source ? m_source->data() : nullptr; }
 
 private:

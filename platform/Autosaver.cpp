@@ -64,6 +64,7 @@ struct Autosaver::Writing {
     std::unique_ptr<SlicedContent> content; ///< what it was printed from; the main thread's
     bool hasContent = true; ///< otherwise only what was typed is new
     std::vector<std::string> blocks;
+    ContentProducer rest; ///< behind the blocks; null when there is nothing more
     AutosaveNote note;
     QJsonArray typed;
     std::mutex mutex; ///< between giving the files their names and taking them away
@@ -75,8 +76,8 @@ struct Autosaver::Writing {
         // still be at its own.
         static std::atomic<int> count = 0;
         const QString fresh = path + u'.' + QString::number(++count) + ".writing"_L1;
-        const ContentProducer produce = [this](const BlockSink &sink, Error *) {
-            return std::all_of(blocks.begin(), blocks.end(), sink);
+        const ContentProducer produce = [this](const BlockSink &sink, Error *reason) {
+            return std::all_of(blocks.begin(), blocks.end(), sink) && (!rest || rest(sink, reason));
         };
         const bool isWritten =
             !hasContent || FileSaver::replace(fresh, produce, error, FileSaver::Wait::UntilOnDisk);
@@ -181,7 +182,7 @@ bool Autosaver::writeContent(SlicedContent *content, Error *error)
 {
     if (!content)
         return m_document.writeToURLOfType(m_path, m_document.autosavingFileType(), error);
-    const auto produce = [content](const BlockSink &sink, Error *) {
+    const auto produce = [content](const BlockSink &sink, Error *reason) {
         auto progress = SlicedContent::Progress::Unfinished;
         while (progress == SlicedContent::Progress::Unfinished) {
             std::string block;
@@ -190,7 +191,8 @@ bool Autosaver::writeContent(SlicedContent *content, Error *error)
             if (!sink(block))
                 return false;
         }
-        return progress == SlicedContent::Progress::Finished;
+        const ContentProducer rest = content->takeRest();
+        return progress == SlicedContent::Progress::Finished && (!rest || rest(sink, reason));
     };
     return FileSaver::replace(m_path, produce, error);
 }
@@ -350,6 +352,7 @@ void Autosaver::write()
     m_writing = std::make_shared<Writing>();
     m_writing->path = m_path;
     m_writing->hasContent = m_content != nullptr;
+    m_writing->rest = m_content ? m_content->takeRest() : ContentProducer();
     m_writing->content = std::move(m_content);
     m_writing->blocks = std::exchange(m_blocks, {});
     m_writing->note = note();
@@ -359,6 +362,7 @@ void Autosaver::write()
         writing->write(&reason);
         const std::lock_guard guard(writing->mutex);
         writing->blocks = {};
+        writing->rest = {};
         if (writing->isGivenUp)
             return;
         runOnMainThread([self = QPointer<Autosaver>(this), writing, reason] {

@@ -4,15 +4,18 @@
 #include "benchmarks/editing/OpenWindows.h"
 #include "document/VXDocument.h"
 #include "editing/DetailPane.h"
+#include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
 #include "editing/TextBox.h"
 #include "editing/VXSearchField.h"
 #include "editing/VXWindowController.h"
 #include "editing/WholeValueDialog.h"
+#include "platform/Autosaver.h"
 #include "platform/UserDefaults.h"
 
 #include <QApplication>
 #include <QMimeData>
+#include <QPointer>
 #include <algorithm>
 #include <malloc.h>
 #include <numeric>
@@ -216,6 +219,59 @@ void longValue(benchmark::State &state, GlyphField field, const QString &value)
     document.updateChangeCount(Document::ChangeCleared);
 }
 
+/// The longest time for which the window stands still while a description of so many letters, a quote among them, is
+/// chosen, autosaved, searched, sorted, opened in its sheet, edited there and stored.
+void longText(benchmark::State &state, qsizetype letters)
+{
+    VXDocument document;
+    document.setInfos(freshInfos(1000));
+    const InfoPtr info = document.objectInInfosAtIndex(500);
+    info->setDesc(u"0123\"56789"_s.repeated(letters / 10));
+    VXWindowController window(document);
+    window.show();
+    QApplication::processEvents();
+    UserDefaults::standard().setObjectForKey(int(SearchMode::Description), u"SearchState"_s);
+    RSRTVArrayController &list = *window.infolistController();
+    for ([[maybe_unused]] auto _ : state) {
+        double longest = 0;
+        const auto step = [&](const char *name, const auto &work, const auto &isDone) {
+            double hold = secondsFor(work);
+            for (int turn = 0; turn < 50 || !isDone(); ++turn)
+                hold = std::max(hold, secondsFor([] { QApplication::processEvents(QEventLoop::AllEvents); }));
+            state.counters[name] = hold;
+            longest = std::max(longest, hold);
+        };
+        const auto atOnce = [] { return true; };
+        bool isSaved = false;
+        const auto told = QObject::connect(&document.autosaver(), &Autosaver::finished, [&isSaved] { isSaved = true; });
+        step("choose", [&] { list.setSelectionIndexes({500}); }, atOnce);
+        step("edit", [&] { setFieldFromText(document, {info}, GlyphField::Script, u"greek"_s); }, atOnce);
+        step("autosave", [&] { document.autosaver().start(); }, [&isSaved] { return isSaved; });
+        QObject::disconnect(told);
+        const auto search = [&window](const QString &text) {
+            return [&window, text] {
+                window.searchField()->setStringValue(text);
+                window.filterInfos();
+            };
+        };
+        step("search", search(u"9x"_s), [&window] { return !window.isFiltering(); });
+        step("key", search(u"90"_s), [&window] { return !window.isFiltering(); });
+        step("clear", search({}), [&window] { return !window.isFiltering(); });
+        step("sort", [&] { list.sort(columnOfField(GlyphField::Desc)); }, atOnce);
+        step("unsort", [&] { list.sort(-1); }, atOnce);
+        list.setSelectionIndexes({500});
+        WholeValueDialog *sheet = nullptr;
+        step("open", [&] { sheet = window.detailPane()->editWhole(GlyphField::Desc); }, atOnce);
+        step("type", [&] { sheet->edit()->insertPlainText(u"a"_s); }, atOnce);
+        step("turn", [&] { sheet->showPart(sheet->partCount() / 2); }, atOnce);
+        const QPointer<WholeValueDialog> open = sheet;
+        step("store", [&] { sheet->accept(); }, [&open] { return !open || !open->isVisible(); });
+        step("undo", [&] { document.undoManager()->undo(); }, atOnce);
+        state.SetIterationTime(longest);
+    }
+    document.updateChangeCount(Document::ChangeCleared);
+}
+
 void addLongValues()
 {
     QStringList names;
@@ -230,6 +286,8 @@ void addLongValues()
     addTimed(u"long-alt-names/300000"_s, longValue, GlyphField::AltNames, names.join(u", "_s));
     addTimed(u"long-code-points/1000000"_s, longValue, GlyphField::Unicodes, codePoints.join(u','));
     addTimed(u"long-marks/100000"_s, longValue, GlyphField::Marks, marks);
+    for (const qsizetype letters : {30'000'000, 300'000'000})
+        addTimed(u"long-text/%1"_s.arg(letters), longText, letters);
     addTimed(u"long-description/600000"_s, longValue, GlyphField::Desc, u"abcdefghij"_s.repeated(60'000));
 }
 

@@ -1,5 +1,6 @@
 // What a file cannot hold: told before it is lost, kept by autosaving. What makes a document edited, and what
 // is told of files in another form.
+#include "document/AutosaveForm.h"
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
 #include "document/VXDocument.h"
@@ -224,6 +225,46 @@ private Q_SLOTS:
             write(path(u"damaged"_s), contentOf(file).chopped(1 + dice.below(3)));
             QVERIFY(recovered.readAutosavedContents(path(u"damaged"_s), &isWhole, &error) && !isWhole);
         }
+    }
+
+    /// Very long values are left to another thread: what the main thread prints does not grow with them.
+    void autosavesLongValuesApart()
+    {
+        constexpr int kTimes = 700'000;
+        const QString half = u"ab"_s.repeated(kTimes) + QChar(0xD800);
+        InfoList infos;
+        for (const QString &text : {u"ab"_s.repeated(kTimes), u"a\"\n<!-- é😀"_s.repeated(kTimes / 4), half, u"x"_s}) {
+            infos.push_back(VXGlyphInfo::init());
+            infos.back()->setName(u"g"_s);
+            infos.back()->setDesc(text);
+            infos.back()->setAltNames({text, u"b"_s});
+            infos.push_back(VXGlyphInfo::initWithLineXMLFileVersion(
+                u"<glyph name=\"p\" description=\"%1\"/>"_s.arg(QString(text).remove(u'"').remove(u"<!--"_s).remove(u'\n')),
+                nullptr));
+            infos.back()->setScript(u"latin"_s);
+        }
+        AutosaveSlices slices(infos, 2, [] { return true; });
+        std::string printed;
+        while (slices.printMore(printed, std::chrono::hours(1)) == SlicedContent::Progress::Unfinished)
+            continue;
+        QVERIFY2(printed.size() < 4'000, QByteArray::number(qsizetype(printed.size())));
+        const ContentProducer rest = slices.takeRest();
+        QVERIFY(rest && !slices.takeRest());
+        infos[0]->setDesc(u"another"_s); // what another thread prints was taken before
+        std::size_t longest = 0;
+        QVERIFY(rest(
+            [&](std::string_view block) {
+                longest = qMax(longest, block.size());
+                printed += block;
+                return true;
+            },
+            nullptr));
+        QVERIFY2(longest < 1'000'000, QByteArray::number(qsizetype(longest)));
+        infos[0]->setDesc(u"ab"_s.repeated(kTimes));
+        const AutosavedContent content = readAutosavedContent(QByteArray::fromStdString(printed));
+        QVERIFY(content.isWhole && content.infos.size() == infos.size());
+        for (std::size_t i = 0; i < infos.size(); ++i)
+            QVERIFY2(valuesOf(*content.infos[i]) == valuesOf(*infos[i]), QByteArray::number(int(i)));
     }
 
     TABLE(countsAsEdited, (bool isEdited, int steps, const Operation &operation), {

@@ -234,6 +234,7 @@ private Q_SLOTS:
     void finds_data();
     void finds();
     void preparesInSlices();
+    void preparesInSlicesOfLongValues();
     void givesUpOnSlowExpressions();
     void asksExpressionsOnlyWhereTheyMatter();
     void givesUpWhenAllTakesTooLong();
@@ -350,6 +351,45 @@ void SearchColumnsTest::preparesInSlices()
     }
     QVERIFY2(slices > 3, qPrintable(QString::number(slices)));
     QCOMPARE(*searched.columns.placesPassing(*predicate), searched.passingOneByOne(*predicate));
+}
+
+void SearchColumnsTest::preparesInSlicesOfLongValues()
+{
+    // What is looked for lies across the stretches in which a value is taken; two of them as bytes that were read.
+    const QString word = u"Ä😀sſe\u0301"_s;
+    const QString text = u"😀Ä\u0301x, "_s.repeated(300'000) + word;
+    const auto read = [](const QString &key, const QString &value) {
+        return VXGlyphInfo::initWithLineXMLFileVersion(u"<glyph name=\"r\" %1=\"%2\"/>"_s.arg(key, value), nullptr);
+    };
+    const InfoList infos {VXGlyphInfo::init(), read(u"description"_s, text), VXGlyphInfo::init(),
+                          read(u"altNames"_s, u"é, "_s.repeated(300'000) + u"ALPHA"_s)};
+    infos[0]->setDesc(word);
+    infos[2]->setAltNames(u"bé, "_s.repeated(100'000).split(u", "_s) << u"alpha"_s);
+    SearchedDocument searched;
+    searched.document.setInfos(infos);
+    for (const QString &changed : {QString(), u"short ä😀ssé"_s, word + text}) {
+        for (const QString &test : {u"desc contains[cd] \"ä😀ssé\""_s, u"desc contains[cd] \"ä\u0301X, 😀\""_s,
+                                    u"desc ENDSWITH \"e\u0301\""_s, u"altNames contains[cd] \"alpha\""_s,
+                                    u"altNames contains \"bé\""_s}) {
+            infos[2]->setDesc(text);
+            searched.document.flushChanges();
+            searched.columns.reset();
+            const std::optional<Predicate> predicate = Predicate::parse(test);
+            QVERIFY(predicate && !searched.columns.prepareUpToLong(*predicate));
+            int slices = 1;
+            for (; !searched.columns.prepare(*predicate, 0); ++slices) {
+                QVERIFY(slices < 1000);
+                // The last text but one of the list becomes another while a part of it is taken.
+                if (slices == 45 && !changed.isNull()) {
+                    infos[2]->setDesc(changed);
+                    searched.document.flushChanges();
+                }
+            }
+            QVERIFY2(slices > 20, qPrintable(test + u' ' + QString::number(slices)));
+            QVERIFY(searched.columns.prepareUpToLong(*predicate));
+            QCOMPARE(*searched.columns.placesPassing(*predicate), searched.passingOneByOne(*predicate));
+        }
+    }
 }
 
 void SearchColumnsTest::givesUpOnSlowExpressions()
