@@ -33,6 +33,14 @@ QByteArray autosaved(const AutosavedContent &content)
         text.reserve(text.size() + 4096);
         progress = slices.printMore(text, 1s);
     }
+    if (const ContentProducer rest = slices.takeRest()) {
+        rest(
+            [&text](std::string_view block) {
+                text += block;
+                return true;
+            },
+            nullptr);
+    }
     return QByteArray(text.data(), qsizetype(text.size()));
 }
 
