@@ -1,10 +1,12 @@
 #include "scripting/OutputModules.h"
 
 #include "platform/Background.h"
+#include "scripting/ForkedProcess.h"
 #include "scripting/MainThread.h"
 #include "scripting/PythonFunctions.h"
 #include "scripting/ScriptConsole.h"
 
+#include <cstdio>
 #include <mutex>
 #include <utility>
 
@@ -76,7 +78,9 @@ void deliver(Stream stream, const QString &text)
     ScriptConsole *target = scriptConsole();
     if (!target)
         return;
-    if (target->takesAnyThread() || isOnMainThread())
+    if (!target->takesAnyThread() && isForkedProcess())
+        std::fputs(text.toUtf8().constData(), stream == Stream::Error ? stderr : stdout);
+    else if (target->takesAnyThread() || isOnMainThread())
         writeTo(*target, stream, text);
     else // where pieces that follow each other become one text by themselves
         pendingOutput().add(stream == Stream::OutputContinued ? Stream::Output : stream, text);

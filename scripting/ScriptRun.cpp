@@ -3,11 +3,13 @@
 #include "platform/Document.h"
 #include "platform/DocumentController.h"
 #include "scripting/ErrorReport.h"
+#include "scripting/ForkedProcess.h"
 #include "scripting/PythonFunctions.h"
 
 #include <atomic>
 #include <csignal>
 #include <pthread.h>
+#include <unistd.h>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -208,6 +210,15 @@ int statusOfSystemExit()
 
 } // namespace
 
+/// Where the script of a forked process ends, the process does: saving, windows and whatever else comes after
+/// a script are up to the process that it was copied from.
+[[noreturn]] static void endForkedProcess()
+{
+    flushStreams();
+    finishScripts();
+    ::_exit(lastOutcome.processStatus());
+}
+
 PythonLock::PythonLock() : m_state(vxPyGILState_Ensure()) { }
 
 PythonLock::~PythonLock()
@@ -253,6 +264,8 @@ ScriptRun::~ScriptRun()
     // Called by the program without the script in between, as a delegate is while windows are painted.
     if (raiseKeptEnd())
         reportPendingError();
+    if (isForkedProcess())
+        endForkedProcess();
     if (runObserver)
         runObserver->scriptEnded();
     endInterruptForGood();

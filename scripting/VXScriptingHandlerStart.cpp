@@ -1,5 +1,6 @@
 #include "platform/StandardFolders.h"
 #include "platform/UserDefaults.h"
+#include "scripting/ForkedProcess.h"
 #include "scripting/OutputModules.h"
 #include "scripting/PythonDiscovery.h"
 #include "scripting/PythonFunctions.h"
@@ -58,6 +59,7 @@ void initialize(const QString &prefix)
     vxPy_Initialize();
     qunsetenv("PYTHONHOME");
     ScriptRun::installInterrupt();
+    watchForks();
     ::sigaction(SIGINT, &own, nullptr);
 }
 
@@ -85,6 +87,15 @@ void insertScriptPaths(PyObject *searchPath)
         vxPy_DecRef(text);
     }
 }
+
+// An interpreter inside of a program takes the first "python3" in the search path for its own, which may well be
+// another version: multiprocessing and subprocess would start that.
+constexpr char kOwnPlaces[] =
+    "import os as _os, sys as _sys\n"
+    "_os.environ.pop('PYTHONHOME', None)\n"
+    "_own = _os.path.join(_sys.exec_prefix, 'bin', 'python%d.%d' % _sys.version_info[:2])\n"
+    "if _os.access(_own, _os.X_OK): _sys.executable = _sys._base_executable = _own\n"
+    "del _os, _sys, _own\n";
 
 void import(const char *module)
 {
@@ -160,7 +171,7 @@ void VXScriptingHandler::setUpInterpreter(bool replacesStreams)
     PyObject *searchPath = vxPySys_GetObject("path");
     readVersion();
     insertScriptPaths(searchPath);
-    vxRun_SimpleString("import os as _os\n_os.environ.pop('PYTHONHOME', None)\ndel _os\n", "<internal>");
+    vxRun_SimpleString(kOwnPlaces, "<internal>");
     if (replacesStreams) {
         // The modules stay as they are; what libraries ask of a stream stands in a class of its own.
         vxRun_SimpleString("import runebook_streams as _s\n_s.install()\ndel _s\n", "<internal>");

@@ -1,5 +1,6 @@
 #include "scripting/bridge/PythonValue.h"
 
+#include "scripting/ForkedProcess.h"
 #include "scripting/MainThread.h"
 #include "scripting/ScriptRun.h"
 
@@ -121,6 +122,10 @@ PythonRef tupleOf(std::vector<PythonRef> items)
 
 bool checkThread()
 {
+    if (isForkedProcess()) {
+        raise(*py.PyExc_RuntimeError, u"documents and windows belong to the process that opened them"_s);
+        return false;
+    }
     if (isOnMainThread())
         return true;
     raise(*py.PyExc_RuntimeError, u"documents and windows can be used on the main thread only"_s);

@@ -93,7 +93,8 @@ bool clearMissingAttribute();
 /// A tuple of \a items; null when one of them is.
 PythonRef tupleOf(std::vector<PythonRef> items);
 
-/// False with RuntimeError set on any thread but the main one: nothing of the program may be touched there.
+/// False with RuntimeError set on any thread but the main one, and in a process that a script forked: nothing
+/// of the program may be touched there.
 bool checkThread();
 
 } // namespace runebook::bridge

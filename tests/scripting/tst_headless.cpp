@@ -72,6 +72,17 @@ private Q_SLOTS:
             "os.wait()\np = m.get_context('fork').Process(target=print, args=('kid',)); p.start(); "
             "p.join()\nprint(2)",
             0, "1\nchild\nkid\n2\n", "");
+        row("forks and goes on",
+            "import os\ninfo, pid = Doc.infos[0], os.fork()\n"
+            "def attempt(what):\n    try: print(what() and 'taken')\n    except RuntimeError as error: print(error)\n"
+            "if pid: os.waitpid(pid, 0)\n"
+            "attempt(lambda: info.name)\nattempt(lambda: info.setName_('x') or 1)\nattempt(lambda: len(Doc))\n"
+            "if not pid: 1/0",
+            0,
+            "documents and windows belong to the process that opened them\n"
+            "documents and windows belong to the process that opened them\n"
+            "documents and windows belong to the process that opened them\ntaken\ntaken\ntaken\n",
+            "ZeroDivisionError");
         row("at the end",
             "import atexit, threading, time\natexit.register(print, 'last')\n"
             "threading.Thread(target=lambda: (time.sleep(.1), print('thread'))).start()\nprint('first')",
@@ -452,14 +463,17 @@ private Q_SLOTS:
             m_environment[u"XDG_DATA_HOME"_s] = m_folder->filePath(u"data"_s);
             const Ended modules =
                 run({u"--eval"_s,
-                     u"import math, json, sqlite3, ctypes, site, os\n"
+                     u"import math, json, sqlite3, ctypes, site, os, subprocess, sys\n"
                      "print(sqlite3.connect(':memory:').execute('select 41+1').fetchone()[0])\n"
                      "print(ctypes.sizeof(ctypes.c_int), json.loads('[1]'), math.floor(2.5))\n"
                      "print([p for p in site.getsitepackages() if os.path.isdir(p) and p not in sys.path])\n"
+                     "own = '%s/bin/python%d.%d' % ((sys.prefix,) + sys.version_info[:2])\n"
+                     "print(not os.path.exists(own) or subprocess.check_output([sys.executable, "
+                     "'-c', 'import sys; print(sys.version)'], text=True).strip() == sys.version)\n"
                      "import ours\nprint(ours.answer)"_s},
                     library);
             QCOMPARE(modules.errors, QString());
-            QCOMPARE(modules.output, u"42\n4 [1] 2\n[]\nfound\n"_s);
+            QCOMPARE(modules.output, u"42\n4 [1] 2\n[]\nTrue\nfound\n"_s);
             check(u"bridge"_s, {m_file}, library);
             check(u"trust"_s, {m_file}, library); // arguments and callbacks that no script should use
         }
