@@ -260,6 +260,9 @@ void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const Field
     tellSharers(info, this);
     if (m_changes.empty())
         callLater(this, [this] { flushChanges(); });
+    // A command that has come so far goes on to the end as a rule.
+    if (m_changes.size() == kFewChanges)
+        m_changes.reserve(static_cast<std::size_t>(countOfInfos()));
     m_changes.push_back({info.shared_from_this(), field});
     dropRepeats(m_changes, m_nextChangesCleaning);
 }

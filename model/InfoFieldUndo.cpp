@@ -1,7 +1,9 @@
 #include "model/InfoFieldUndo.h"
 
-#include "model/GlyphInfoOwner.h"
 #include "model/FieldRepeats.h"
+#include "model/GlyphInfoOwner.h"
+
+#include <typeinfo>
 
 namespace runebook {
 
@@ -9,7 +11,9 @@ void InfoFieldUndo::registerOld(UndoManager &manager, VXGlyphInfo &info, GlyphFi
 {
     if (!manager.isRegistrationEnabled())
         return;
-    auto *open = dynamic_cast<InfoFieldUndo *>(manager.lastOperation());
+    // No cast at run time, which is dear where each of many records is set: nothing derives from the class.
+    UndoOperation *last = manager.lastOperation();
+    auto *open = last && typeid(*last) == typeid(InfoFieldUndo) ? static_cast<InfoFieldUndo *>(last) : nullptr;
     if (!open) {
         auto operation = std::make_unique<InfoFieldUndo>();
         open = operation.get();

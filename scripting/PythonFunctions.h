@@ -101,7 +101,9 @@ namespace runebook {
     FUNCTION(PyObject *, PyBool_FromLong, (long))                                                            \
     FUNCTION(PyObject *, PyBytes_FromStringAndSize, (const char *, Py_ssize_t))                              \
     FUNCTION(Py_ssize_t, PyBytes_Size, (PyObject *))                                                         \
+    FUNCTION(PyObject *, PyUnicode_DecodeUTF8, (const char *, Py_ssize_t, const char *))                     \
     FUNCTION(PyObject *, PyUnicode_DecodeUTF16, (const char *, Py_ssize_t, const char *, int *))             \
+    FUNCTION(Py_ssize_t, PyUnicode_GetLength, (PyObject *))                                                  \
     FUNCTION(const char *, PyUnicode_AsUTF8AndSize, (PyObject *, Py_ssize_t *))                              \
     FUNCTION(PyObject *, PyUnicode_AsEncodedString, (PyObject *, const char *, const char *))                \
     FUNCTION(PyObject *, PyType_FromSpec, (PyType_Spec *))                                                   \
@@ -135,6 +137,7 @@ namespace runebook {
     EXCEPTION(PyExc_RuntimeError)                                                                            \
     EXCEPTION(PyExc_SystemExit)                                                                              \
     EXCEPTION(PyExc_TypeError)                                                                               \
+    EXCEPTION(PyExc_UnicodeDecodeError)                                                                      \
     EXCEPTION(PyExc_UnicodeEncodeError)                                                                      \
     EXCEPTION(PyExc_ValueError)
 

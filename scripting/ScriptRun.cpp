@@ -356,10 +356,11 @@ bool ScriptRun::keepEnd()
 
 bool ScriptRun::raiseKeptEnd()
 {
+    if (!keptEnd.type)
+        return false;
     const KeptEnd end = std::exchange(keptEnd, {});
-    if (end.type)
-        py.PyErr_Restore(end.type, end.value, end.traceback);
-    return end.type != nullptr;
+    py.PyErr_Restore(end.type, end.value, end.traceback);
+    return true;
 }
 
 void ScriptRun::setObserver(RunObserver *observer)

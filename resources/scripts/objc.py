@@ -47,6 +47,16 @@ class error(Exception):
         return self.error.localizedRecoverySuggestion()
 
 
+def _plain(cls):
+    """The class again as one whose objects the collector of cycles has no work with."""
+    made = _runebook.plainClass(cls)
+    for name, value in list(vars(cls).items()):
+        if name not in ("__dict__", "__weakref__", "__slots__", "__module__", "__qualname__"):
+            setattr(made, name, value)
+    return made
+
+
+@_plain
 class NSString(str):
     """A text that answers as a text object does; calling it gives the text."""
 
@@ -104,6 +114,7 @@ class NSString(str):
         return self.encode("utf-8", "surrogatepass")
 
 
+@_plain
 class NSNumber(int):
     """A number that answers as a number object does; calling it gives the number."""
 

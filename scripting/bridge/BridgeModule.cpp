@@ -141,6 +141,23 @@ PyObject *setValueTypes(PyObject *, PyObject *arguments)
     return none();
 }
 
+/// A class of the name and bases of another one whose objects the collector of cycles knows nothing of, which
+/// it does of every class that is written in Python: texts hold no other objects, and loops make very many.
+PyObject *plainClass(PyObject *, PyObject *like)
+{
+    const PythonRef bases(py.PyObject_GetAttrString(like, "__bases__"));
+    const PythonRef name(bases ? py.PyObject_GetAttrString(like, "__name__") : nullptr);
+    QString text;
+    if (!name || !readText(name.get(), text))
+        return nullptr;
+    // Types point to their names up to 3.9.
+    static QList<QByteArray> &names = *new QList<QByteArray>;
+    names << "objc." + text.toUtf8();
+    PyType_Slot slots[] = {{0, nullptr}};
+    PyType_Spec spec {names.last().constData(), 0, 0, python::kDefaultTypeFlags | python::kBaseType, slots};
+    return py.PyType_FromSpecWithBases(&spec, bases.get());
+}
+
 /// The operations of a class as people write them, for listings.
 PyObject *selectors(PyObject *, PyObject *type)
 {
@@ -198,6 +215,8 @@ PyMethodDef functions[] = {
      "Calls a function for each notification."},
     {"setValueTypes", setValueTypes, python::kVarArgs,
      "The classes of lists, texts, numbers and errors, and what tells of operations."},
+    {"plainClass", plainClass, python::kOneArg,
+     "A class like another one, without its attributes, whose objects are in no cycles."},
     {"selectors", selectors, python::kOneArg, "The names of a class's operations and properties."},
     {nullptr, nullptr, 0, nullptr},
 };

@@ -30,8 +30,9 @@ BridgeObject &bridgeObject(PyObject *self)
 void list(BridgeObject &object)
 {
     object.listedAs = object.instance.object.data();
-    if (object.listedAs)
-        wrappers().insert(object.listedAs, &object);
+    if (!object.listedAs)
+        return;
+    wrappers().insert(object.listedAs, &object);
     // A window whose parts have no names of their own can be used all the same.
     const auto *widget = qobject_cast<QWidget *>(object.instance.object);
     if (widget && widget->isWindow() && !announceParts(*widget))
@@ -273,9 +274,16 @@ PyObject *wrapObject(QObject *object)
     return bridged ? makeObject(bridged->type(), bridged, {nullptr, object}) : nullptr;
 }
 
-PyObject *wrapValue(const BridgedClass &bridgedClass, std::shared_ptr<void> value)
+PyObject *wrapValue(const BridgedClass &bridgedClass, std::shared_ptr<void> &&value)
 {
-    return makeObject(bridgedClass.type(), &bridgedClass, {std::move(value), nullptr});
+    // As makeObject() does, without what only objects that are found again need: lists have very many.
+    PyObject *made = py.PyType_GenericAlloc(bridgedClass.type(), 0);
+    if (!made)
+        return nullptr;
+    BridgeObject &object = bridgeObject(made);
+    object.bridgedClass = &bridgedClass;
+    new (&object.instance) Instance {std::move(value), nullptr};
+    return made;
 }
 
 void *addressOf(BridgeObject &object)

@@ -35,6 +35,11 @@ PyTypeObject *objectType();
 /// A type that \a spec describes, on top of \a base where one is given, whose class is the one of all classes
 /// of the program ("runebook.Class"). Null with an error set when the interpreter refuses.
 PyTypeObject *makeClass(PyType_Spec &spec, PyTypeObject *base);
+/// Whether \a object is of \a type or of a class derived from it.
+inline bool isInstance(PyObject *object, PyTypeObject *type)
+{
+    return object->ob_type == type || py.PyType_IsSubtype(object->ob_type, type) != 0;
+}
 /// True for objects of the bridge.
 bool isBridgeObject(PyObject *object);
 /// A new object of \a type around \a instance.
@@ -47,7 +52,11 @@ void adopt(BridgeObject &object, Instance instance);
 /// A QObject of the program; None for null. The same Python object as long as one is alive.
 PyObject *wrapObject(QObject *object);
 /// A record or value of the class \a bridgedClass.
-PyObject *wrapValue(const BridgedClass &bridgedClass, std::shared_ptr<void> value);
+PyObject *wrapValue(const BridgedClass &bridgedClass, std::shared_ptr<void> &&value);
+inline PyObject *wrapValue(const BridgedClass &bridgedClass, const std::shared_ptr<void> &value)
+{
+    return wrapValue(bridgedClass, std::shared_ptr<void>(value));
+}
 /// Where the C++ object is; null with ReferenceError set when it is gone.
 void *addressOf(BridgeObject &object);
 

@@ -14,10 +14,18 @@ struct BridgeType {
     using ToPython = PyObject *(*)(QMetaType type, const void *data);
     /// Fills the value at \a data, which exists; false with an error set when \a object does not fit.
     using FromPython = bool (*)(QMetaType type, PyObject *object, void *data);
+    using Move = PyObject *(*)(QMetaType type, void *data);
 
     ToPython toPython = nullptr;
     FromPython fromPython = nullptr;
     bool takesNone = false; ///< None is a value of the type
+    Move move = nullptr; ///< toPython for a value that nobody needs any more; null where it does the same
+
+    /// The value at \a data, which is left in any state, as Python's.
+    PyObject *handOver(QMetaType type, void *data) const
+    {
+        return move ? move(type, data) : toPython(type, data);
+    }
 };
 
 /// Never null: types that nobody registered go through QVariant's conversions, or across as they are.
@@ -107,13 +115,14 @@ template <typename Record> void registerRecord();
 const std::shared_ptr<void> *recordIn(PyObject *object, const QMetaObject &meta);
 PyObject *recordToPython(const QMetaObject &meta, std::shared_ptr<void> record);
 
-template <typename Record> PyObject *recordsToPython(const std::vector<std::shared_ptr<Record>> &records)
+/// \a List: a list of pointers to records, const or not; taken out of it where it is not.
+template <typename Record, typename List> PyObject *recordsToPython(List &records)
 {
     // Looked up once: lists have as many records as a file has lines.
     const BridgedClass *bridged = BridgedClass::forMetaObject(Record::staticMetaObject);
     PythonRef list(bridged ? py.PyList_New(static_cast<Py_ssize_t>(records.size())) : nullptr);
     for (std::size_t i = 0; list && i < records.size(); ++i) {
-        PyObject *record = records[i] ? wrapValue(*bridged, records[i]) : none();
+        PyObject *record = records[i] ? wrapValue(*bridged, std::move(records[i])) : none();
         if (!record)
             return nullptr;
         py.PyList_SetItem(list.get(), static_cast<Py_ssize_t>(i), record);
@@ -148,16 +157,18 @@ template <typename Record> void registerRecord()
                   }});
     registerType(
         QMetaType::fromType<List>(),
-        {[](QMetaType, const void *data) { return recordsToPython(*static_cast<const List *>(data)); },
+        {[](QMetaType, const void *data) { return recordsToPython<Record>(*static_cast<const List *>(data)); },
          [](QMetaType, PyObject *object, void *data) {
              auto &list = *static_cast<List *>(data);
              return forEach(object,
                             [&list](PyObject *item) { return recordFromPython(item, list.emplace_back()); });
-         }});
+         },
+         false,
+         [](QMetaType, void *data) { return recordsToPython<Record>(*static_cast<List *>(data)); }});
     registerType(QMetaType::fromType<std::optional<List>>(),
                  {[](QMetaType, const void *data) {
                       const auto &list = *static_cast<const std::optional<List> *>(data);
-                      return list ? recordsToPython(*list) : none();
+                      return list ? recordsToPython<Record>(*list) : none();
                   },
                   [](QMetaType, PyObject *object, void *data) {
                       auto &list = *static_cast<std::optional<List> *>(data);

@@ -82,7 +82,10 @@ Instance ownedByScripts(QObject *made)
     return {std::shared_ptr<void>(nullptr, end), made};
 }
 
-BridgedClass::BridgedClass(const QMetaObject &meta) : m_meta(meta) { }
+BridgedClass::BridgedClass(const QMetaObject &meta)
+    : m_meta(meta), m_isGadget(!meta.inherits(&QObject::staticMetaObject))
+{
+}
 
 BridgedClass::~BridgedClass() = default;
 
@@ -147,11 +150,6 @@ const BridgedClass *BridgedClass::forType(PyTypeObject *type)
 QByteArray BridgedClass::name() const
 {
     return shortName(m_meta);
-}
-
-bool BridgedClass::isGadget() const
-{
-    return !m_meta.inherits(&QObject::staticMetaObject);
 }
 
 const Instance &BridgedClass::prototype() const

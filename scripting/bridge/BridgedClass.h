@@ -48,7 +48,7 @@ public:
     Instance makeInstance() const { return m_factory(); }
     /// An object for operations that are called on the class; empty when there can be none.
     const Instance &prototype() const;
-    bool isGadget() const;
+    bool isGadget() const { return m_isGadget; }
     /// The functions that scripts can call on this class, those of its bases left out.
     std::vector<Method> allMethods() const;
     /// Calls one of the class's functions by its index within the class.
@@ -66,6 +66,7 @@ private:
     std::vector<Method> extensionMethods() const;
 
     const QMetaObject &m_meta;
+    const bool m_isGadget;
     PyTypeObject *m_type = nullptr;
     Factory m_factory;
     QByteArray m_typeName;

@@ -26,7 +26,7 @@ PyObject *refuseKeywords(PyObject *self)
 
 PyObject *callFast(PyObject *self, PyObject *const *arguments, std::size_t count, PyObject *keywords)
 {
-    if (keywords && py.PyTuple_Size(keywords) > 0)
+    if (Q_UNLIKELY(keywords) && py.PyTuple_Size(keywords) > 0)
         return refuseKeywords(self);
     return descriptor(self).call(self, arguments,
                                  static_cast<Py_ssize_t>(count & ~python::kVectorCallOffset));

@@ -6,8 +6,10 @@
 #include "scripting/OperationScope.h"
 #include "scripting/ScriptRun.h"
 #include "scripting/bridge/Descriptor.h"
+#include "scripting/bridge/DirectText.h"
 
 #include <QMetaProperty>
+#include <cctype>
 
 namespace runebook::bridge {
 
@@ -20,6 +22,7 @@ constexpr std::size_t kMaxParameters = 10;
 struct Operation : Descriptor {
     const MethodGroup *group;
     const Selector *selector;
+    const DirectText *text; ///< for the setter of a text that is written directly
 };
 
 /// The arguments that a script gave, borrowed.
@@ -115,7 +118,7 @@ PyObject *Call::answer(bool withError)
     }
     std::vector<PythonRef> parts;
     if (m_result)
-        parts.emplace_back(m_method.resultBridge->toPython(m_method.result, m_result->data()));
+        parts.emplace_back(m_method.resultBridge->handOver(m_method.result, m_result->data()));
     for (std::size_t i = 0; i < m_method.parameters.size(); ++i) {
         const Parameter &parameter = m_method.parameters[i];
         if (parameter.isOut)
@@ -298,7 +301,7 @@ PyObject *callChecked(const Operation &operation, PyObject *const *items, Py_ssi
     PyObject *target = items[0];
     if (isKind(target, python::kTypeSubclass))
         return callOnClass(operation, items, size);
-    if (!py.PyType_IsSubtype(target->ob_type, operation.group->owner->type()))
+    if (!isInstance(target, operation.group->owner->type()))
         return raise(
             *py.PyExc_TypeError,
             u"%1 is no operation of %2"_s.arg(QString::fromUtf8(operation.selector->name), typeName(target)));
@@ -313,6 +316,32 @@ PyObject *callOperation(PyObject *self, PyObject *const *items, Py_ssize_t size)
 {
     const auto &operation = *reinterpret_cast<Operation *>(self);
     return guarded<PyObject *>(nullptr, [&] { return callChecked(operation, items, size); });
+}
+
+/// What callOperation() does, for a text that is set on a record: nothing has to be looked for.
+PyObject *callTextSetter(PyObject *self, PyObject *const *items, Py_ssize_t size)
+{
+    const auto &operation = *reinterpret_cast<Operation *>(self);
+    const bool isUsual = size == 2 && isInstance(items[0], operation.group->owner->type())
+        && isDirectText(operation.text, items[1]);
+    if (!isUsual)
+        return callOperation(self, items, size);
+    void *address = checkThread() ? addressOf(*reinterpret_cast<BridgeObject *>(items[0])) : nullptr;
+    return address && writeDirectly(*operation.text, address, items[1]) ? none() : nullptr;
+}
+
+/// How the text is reached that the operation sets and does nothing else, or null.
+const DirectText *textSetBy(const MethodGroup &group, const Selector &selector)
+{
+    constexpr QByteArrayView kSet("set");
+    const Method &method = group.methods.front();
+    if (group.methods.size() != 1 || method.extension || selector.takesError || method.inputs() != 1
+        || method.parameters.front().type.id() != QMetaType::QString || !group.name.startsWith(kSet))
+        return nullptr;
+    QByteArray property = group.name.sliced(kSet.size());
+    if (!property.isEmpty())
+        property.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(property.front())));
+    return directText(group.owner->metaObject(), property);
 }
 
 PyObject *bind(PyObject *self, PyObject *object, PyObject *type)
@@ -438,9 +467,11 @@ PyObject *described(PyObject *self, const char *what)
 
 PyObject *makeOperation(const MethodGroup &group, const Selector &selector)
 {
-    PyObject *made = makeDescriptor(operationType(), callOperation);
+    const DirectText *text = textSetBy(group, selector);
+    PyObject *made = makeDescriptor(operationType(), text ? callTextSetter : callOperation);
     if (made) {
         auto *operation = reinterpret_cast<Operation *>(made);
+        operation->text = text;
         operation->group = &group;
         operation->selector = &selector;
     }

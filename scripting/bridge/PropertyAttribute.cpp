@@ -3,6 +3,7 @@
 #include "scripting/OperationScope.h"
 #include "scripting/ScriptRun.h"
 #include "scripting/bridge/Descriptor.h"
+#include "scripting/bridge/DirectText.h"
 
 #include <QMetaProperty>
 
@@ -22,6 +23,7 @@ struct PropertyAttribute : Descriptor {
     int relativeIndex;
     QMetaType type;
     const BridgeType *bridge;
+    const DirectText *direct; ///< null for most
     bool isWritable;
 };
 
@@ -34,7 +36,7 @@ void *addressFor(const PropertyAttribute &property, PyObject *object)
 {
     if (!checkThread())
         return nullptr;
-    if (!py.PyType_IsSubtype(object->ob_type, property.owner->type())) {
+    if (!isInstance(object, property.owner->type())) {
         raise(*py.PyExc_TypeError,
               u"%1 has no property %2"_s.arg(typeName(object), QString::fromLatin1(property.name)));
         return nullptr;
@@ -54,10 +56,15 @@ PyObject *read(const PropertyAttribute &property, PyObject *object)
     void *address = addressFor(property, object);
     if (!address)
         return nullptr;
+    if (property.direct) {
+        PyObject *text = readDirectly(*property.direct, address);
+        if (text || py.PyErr_Occurred())
+            return text;
+    }
     return guarded<PyObject *>(nullptr, [&]() -> PyObject * {
         Storage value(property.type);
         perform(property, QMetaObject::ReadProperty, address, value);
-        return ScriptRun::raiseKeptEnd() ? nullptr : property.bridge->toPython(property.type, value.data());
+        return ScriptRun::raiseKeptEnd() ? nullptr : property.bridge->handOver(property.type, value.data());
     });
 }
 
@@ -68,11 +75,17 @@ PyObject *made(PyObject *valueClass, PyObject *value)
     auto *type = reinterpret_cast<PyTypeObject *>(valueClass);
     using New = PyObject *(*)(PyTypeObject *, PyObject *, PyObject *);
     const auto construct = reinterpret_cast<New>(py.PyType_GetSlot(type, python::kSlotNew));
-    const PythonRef arguments(py.PyTuple_New(1));
+    // The arguments of one call serve the next, unless somebody found and kept them.
+    static PyObject *spare = nullptr;
+    PythonRef arguments(std::exchange(spare, nullptr));
+    if (!arguments || arguments.get()->ob_refcnt != 1)
+        arguments = PythonRef(py.PyTuple_New(1));
     if (!arguments || !construct)
         return nullptr;
     py.PyTuple_SetItem(arguments.get(), 0, PythonRef::shared(value).release());
-    return construct(type, arguments.get(), nullptr);
+    PyObject *object = construct(type, arguments.get(), nullptr);
+    spare = arguments.release();
+    return object;
 }
 
 /// The value as one that can be called later as well ("name = info.name; name()").
@@ -106,8 +119,11 @@ int set(PyObject *self, PyObject *object, PyObject *value)
                                                     value ? u"set"_s : u"deleted"_s));
         return -1;
     }
-    if (!addressFor(property, object))
+    void *target = addressFor(property, object);
+    if (!target)
         return -1;
+    if (isDirectText(property.direct, value))
+        return writeDirectly(*property.direct, target, value) ? 0 : -1;
     return guarded<int>(-1, [&] {
         Storage storage(property.type);
         const Reading reading;
@@ -201,6 +217,7 @@ PyObject *makeAttribute(PyTypeObject *type, Descriptor::Call call, const Bridged
     attributes.relativeIndex = property.relativePropertyIndex();
     new (&attributes.type) QMetaType(property.metaType());
     attributes.bridge = &bridgeType(property.metaType());
+    attributes.direct = directText(owner.metaObject(), property.name());
     attributes.isWritable = property.isWritable();
     return made;
 }

@@ -32,6 +32,27 @@ PyObject *pythonText(const QString &text)
                                     "surrogatepass", &byteOrder);
 }
 
+PyObject *pythonText(std::string_view utf8)
+{
+    if (!utf8.data())
+        return none();
+    PyObject *text = py.PyUnicode_DecodeUTF8(utf8.data(), static_cast<Py_ssize_t>(utf8.size()), nullptr);
+    if (!text && py.PyErr_ExceptionMatches(*py.PyExc_UnicodeDecodeError))
+        vxPyErr_Clear();
+    return text;
+}
+
+namespace {
+
+/// ASCII, which most texts are, letter by letter into the memory that \a text has.
+void assignAscii(QString &text, const char *ascii, qsizetype size)
+{
+    text.resize(size);
+    std::copy_n(reinterpret_cast<const uchar *>(ascii), size, reinterpret_cast<char16_t *>(text.data()));
+}
+
+} // namespace
+
 bool readText(PyObject *object, QString &text)
 {
     if (isNone(object)) {
@@ -44,6 +65,10 @@ bool readText(PyObject *object, QString &text)
     }
     Py_ssize_t size = 0;
     if (const char *utf8 = py.PyUnicode_AsUTF8AndSize(object, &size)) {
+        if (size > 0 && py.PyUnicode_GetLength(object) == size) {
+            assignAscii(text, utf8, size);
+            return true;
+        }
         // Built at its size: QString::fromUtf8 drops a byte order mark, and "" must not become null.
         const QByteArrayView bytes(utf8, size);
         text = QString::fromUtf8(bytes);
@@ -126,8 +151,12 @@ bool checkThread()
         raise(*py.PyExc_RuntimeError, u"documents and windows belong to the process that opened them"_s);
         return false;
     }
-    if (isOnMainThread())
+    // Which thread that is does not change; every operation asks.
+    thread_local bool isMain = false;
+    if (isMain ? QCoreApplication::instance() != nullptr : isOnMainThread()) {
+        isMain = true;
         return true;
+    }
     raise(*py.PyExc_RuntimeError, u"documents and windows can be used on the main thread only"_s);
     return false;
 }

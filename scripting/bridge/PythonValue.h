@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <cxxabi.h>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -58,7 +59,9 @@ inline bool isKind(PyObject *object, unsigned long flag)
 
 /// A null text becomes None; half surrogate pairs survive in both directions.
 PyObject *pythonText(const QString &text);
-/// False with a Python error set when \a object is neither a str nor None.
+/// The same of UTF-8, absent without an address. Null without an error set when it is not well formed.
+PyObject *pythonText(std::string_view utf8);
+/// False with a Python error set when \a object is neither a str nor None. Uses the memory that \a text has.
 bool readText(PyObject *object, QString &text);
 
 /// Sets a Python error; null so that it can be returned.

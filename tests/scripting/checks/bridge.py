@@ -112,9 +112,20 @@ class Values(unittest.TestCase):
 
     def test_texts_survive(self):
         info = newInfo("x")
-        for text in ("é", "\U0001F600", "\ufeffbom", "a\0b", "\ud800", "line\nbreak", "x" * 100000):
-            info.desc = text
-            self.assertEqual(info.desc, text)
+        for text in ("", "é", "\U0001F600", "\ufeffbom", "a\0b", "\ud800", "line\nbreak", "x" * 100000, None):
+            for field, operation in ((VXGlyphInfo.desc, info.setDesc_), (VXGlyphInfo.category, info.setCategory_)):
+                field.__set__(info, text)
+                self.assertEqual((field(info), type(field.__get__(info))), (text, NSString if text is not None
+                                                                          else type(None)))
+                operation("other")
+                operation(NSString(text) if text else text)
+                self.assertEqual(field(info), text)
+        line = '<glyph name="\ufeffé\U0001F600" category="" anchors="a" />'
+        read = [VXGlyphInfo.alloc().initWithLineXML_fileVersion_(line, None)[0], *doc().infos[:300]]
+        self.assertEqual(read[0].name, "\ufeffé\U0001F600")
+        for info in read:
+            for key in FIELDS:
+                self.assertEqual(getattr(info, key), info.valueForKey_(key))
 
     def test_lists(self):
         infos = doc().infos
