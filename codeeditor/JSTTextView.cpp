@@ -239,6 +239,9 @@ void JSTTextView::mouseDoubleClickEvent(QMouseEvent *event)
     QPlainTextEdit::mouseDoubleClickEvent(event); // begins a drag by words
     if (event->button() != Qt::LeftButton)
         return;
+    // The base moves the caret into an empty line and tells nobody.
+    m_completions->end();
+    textViewDidChangeSelection();
     m_doubleClicked = true;
     // The position between two characters; the one under the mouse stands before it in its right half.
     const QPoint point = event->position().toPoint();

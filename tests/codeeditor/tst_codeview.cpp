@@ -383,6 +383,9 @@ private Q_SLOTS:
         row("mouse", Act([](JSTTextView &view) {
                 QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, pointAt(view, 1));
             }));
+        row("two clicks into an empty line", Act([](JSTTextView &view) {
+                QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, pointAt(view, 118));
+            }));
         row("undo", Act([](JSTTextView &view) { view.undo(); }));
         row("setString", Act([](JSTTextView &view) { view.setString(u"x\nfo"_s); }));
         row("a script", Act([](JSTTextView &view) {
@@ -395,7 +398,7 @@ private Q_SLOTS:
     })
     {
         EditorFixture editor;
-        editor.view.setString(u"x\n"_s.repeated(60));
+        editor.view.setString(u"x\n"_s.repeated(59) + u"\n\n"_s);
         editor.select(120);
         QTest::keyClicks(&editor.view, u"fo"_s);
         QVERIFY(!offeredWords(editor.view).isEmpty());
