@@ -15,10 +15,9 @@ constexpr int kPauseMs = 300;
 constexpr int kIdleMs = 20;
 constexpr qsizetype kPathsAtOnce = 100;
 
-/// Running a script leaves the interpreter's own files beside it; they are nobody's change.
 QStringList namesThatMatter(QStringList names)
 {
-    names.removeIf([](const QString &name) { return name.startsWith(u'.') || name == "__pycache__"_L1; });
+    names.removeIf([](const QString &name) { return !ScriptFolderWatcher::matters(name); });
     names.sort();
     return names;
 }
@@ -83,6 +82,11 @@ void ScriptFolderWatcher::watchMore()
         m_idle.stop();
     else
         m_idle.start(kIdleMs);
+}
+
+bool ScriptFolderWatcher::matters(const QString &name)
+{
+    return !name.startsWith(u'.') && name != "__pycache__"_L1;
 }
 
 QStringList ScriptFolderWatcher::namesIn(const QString &folder)

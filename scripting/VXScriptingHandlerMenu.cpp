@@ -245,7 +245,7 @@ void VXScriptingHandler::addScriptsFromFolderSubFolder(const QString &folder, co
         m_folderWatcher->addFolder(folder, names);
     sortNames(names);
     for (auto name = names.crbegin(); name != names.crend(); ++name) {
-        if (name->startsWith(u'.'))
+        if (!ScriptFolderWatcher::matters(*name))
             continue;
         if (name->endsWith(".py"_L1)) {
             addScriptMenuItemWithBasePathSubFolder(*name, folder, subFolder);

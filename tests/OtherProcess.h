@@ -70,7 +70,7 @@ private:
     int main(int argc, char *argv[])                                                                         \
     {                                                                                                        \
         runebook::OtherProcess::runIfMeant(argc, argv, works);                                               \
-        const QTemporaryDir home;                                                                            \
+        static const QTemporaryDir home; /* static: see TestMain.h */                                        \
         runebook::useTestHome(home.path());                                                                  \
         QApplication app(argc, argv);                                                                        \
         TestClass test;                                                                                      \

@@ -12,7 +12,7 @@
 #define RUNEBOOK_SCREEN_TEST_MAIN(TestClass)                                                                 \
     int main(int argc, char *argv[])                                                                         \
     {                                                                                                        \
-        const QTemporaryDir home;                                                                            \
+        static const QTemporaryDir home; /* static: see TestMain.h */                                        \
         runebook::useTestHome(home.path());                                                                  \
         runebook::TestDisplay display;                                                                       \
         QApplication app(argc, argv);                                                                        \

@@ -10,7 +10,7 @@
 #define RUNEBOOK_TEST_MAIN(TestClass)                                                                        \
     int main(int argc, char *argv[])                                                                         \
     {                                                                                                        \
-        const QTemporaryDir home;                                                                            \
+        static const QTemporaryDir home; /* goes after the settings, which write a last time as they go */   \
         runebook::useTestHome(home.path());                                                                  \
         QApplication app(argc, argv);                                                                        \
         TestClass test;                                                                                      \

@@ -10,7 +10,7 @@
 #define RUNEBOOK_APP_TEST_MAIN(TestClass)                                                                    \
     int main(int argc, char *argv[])                                                                         \
     {                                                                                                        \
-        const QTemporaryDir home;                                                                            \
+        static const QTemporaryDir home; /* static: see TestMain.h */                                        \
         runebook::useTestHome(home.path());                                                                  \
         VXApplication app(argc, argv);                                                                       \
         QCoreApplication::setApplicationName(QStringLiteral("runebook"));                                    \

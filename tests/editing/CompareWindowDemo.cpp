@@ -64,7 +64,7 @@ void setDark()
 
 int main(int argc, char *argv[])
 {
-    const QTemporaryDir home;
+    static const QTemporaryDir home; // static: see TestMain.h
     useTestHome(home.path());
     QApplication app(argc, argv);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));

@@ -227,7 +227,7 @@ private:
 /// The window system's drag and drop needs a screen, so the program brings one of its own.
 int main(int argc, char *argv[])
 {
-    const QTemporaryDir home;
+    static const QTemporaryDir home; // static: see TestMain.h
     runebook::useTestHome(home.path());
     QProcess screen;
     screen.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1200x1000x24"_s, u"-nolisten"_s, u"tcp"_s});

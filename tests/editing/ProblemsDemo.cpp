@@ -34,7 +34,7 @@ void spoil(VXDocument &document)
 
 int main(int argc, char *argv[])
 {
-    const QTemporaryDir home;
+    static const QTemporaryDir home; // static: see TestMain.h
     useTestHome(home.path());
     QApplication app(argc, argv);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));

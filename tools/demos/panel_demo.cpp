@@ -56,7 +56,7 @@ void prepare(VXMacroWindowController &panel)
 
 int main(int argc, char *argv[])
 {
-    const QTemporaryDir home;
+    static const QTemporaryDir home; // static: see TestMain.h
     useTestHome(home.path());
     QApplication app(argc, argv);
     QCommandLineParser options;

@@ -43,7 +43,7 @@ int main(int argc, char *argv[])
     preload(argv);
     const double seconds = argc > 1 ? std::atof(argv[1]) : 60;
     const auto seed = argc > 2 ? static_cast<quint32>(std::atoll(argv[2])) : std::random_device()();
-    const QTemporaryDir home;
+    static const QTemporaryDir home; // static: see TestMain.h
     qputenv("HOME", QFile::encodeName(home.path()));
     qputenv("RUNEBOOK_DEFAULTS", QFile::encodeName(home.filePath(u"defaults.ini"_s)));
     QFile::setPermissions(home.path(), QFile::Permissions(0x7755));
