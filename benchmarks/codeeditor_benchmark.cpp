@@ -23,12 +23,12 @@ using namespace runebook;
 
 namespace {
 
-constexpr int sampleLength = 500'000;
-constexpr int lineCount = 100'000;
+constexpr int kSampleLength = 500'000;
+constexpr int kLineCount = 100'000;
 
 const QString &sample()
 {
-    static const QString text = pythonSample(sampleLength);
+    static const QString text = pythonSample(kSampleLength);
     return text;
 }
 
@@ -92,7 +92,7 @@ void colourPeer(benchmark::State &state, const QString &program)
 {
     for ([[maybe_unused]] auto _ : state) {
         QProcess process;
-        process.start(program, {QString::number(sampleLength)});
+        process.start(program, {QString::number(kSampleLength)});
         if (!process.waitForFinished() || process.exitCode() != 0) {
             state.SkipWithError("the peer failed");
             return;
@@ -155,10 +155,10 @@ void matchBrace(benchmark::State &state)
 void countLines(benchmark::State &state)
 {
     QPlainTextEdit view;
-    view.setPlainText(QString(u"    print(\"a line of code\", 1)\n"_s).repeated(lineCount));
+    view.setPlainText(QString(u"    print(\"a line of code\", 1)\n"_s).repeated(kLineCount));
     VXLineNumberView ruler(&view);
     ruler.lineIndices();
-    QTextCursor cursor(view.document()->findBlockByNumber(lineCount / 2));
+    QTextCursor cursor(view.document()->findBlockByNumber(kLineCount / 2));
     for ([[maybe_unused]] auto _ : state) {
         cursor.insertText(u"x\n"_s);
         state.SetIterationTime(secondsFor([&] { benchmark::DoNotOptimize(ruler.lineIndices().size()); }));
@@ -168,7 +168,7 @@ void countLines(benchmark::State &state)
 void toggleComments(benchmark::State &state)
 {
     Editor editor;
-    editor.view.setString(QString(u"    print(\"a line of code\", 1)\n"_s).repeated(lineCount));
+    editor.view.setString(QString(u"    print(\"a line of code\", 1)\n"_s).repeated(kLineCount));
     editor.view.show();
     editor.view.selectAll();
     QApplication::processEvents();

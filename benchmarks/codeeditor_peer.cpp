@@ -1,6 +1,6 @@
 // How long KSyntaxHighlighting takes to highlight the sample, formats thrown away: codeeditor_peer LENGTH
 // prints the seconds of one pass after a first one that loads the definition.
-#include "codeeditor_sample.h"
+#include "benchmarks/codeeditor_sample.h"
 
 #include <KSyntaxHighlighting/AbstractHighlighter>
 #include <KSyntaxHighlighting/Definition>

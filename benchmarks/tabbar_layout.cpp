@@ -1,7 +1,7 @@
 // Lays out a bar with many tabs, once for each way to give them their widths. Nobody may wait for it longer
 // than a frame (16 ms).
-#include "BenchmarkSupport.h"
 #include "app/tabbar/VXTabBarControl.h"
+#include "benchmarks/BenchmarkSupport.h"
 
 #include <QApplication>
 
@@ -29,7 +29,7 @@ struct Way {
     bool overflowMenu;
 };
 
-constexpr Way ways[] = {
+constexpr Way kWays[] = {
     {"optimum"_L1, false, false, true},
     {"full"_L1, false, true, true},
     {"fitted"_L1, true, false, true},
@@ -78,7 +78,7 @@ void layOutFresh(benchmark::State &state, const Way &way, int count)
 
 void registerAll()
 {
-    for (const Way &way : ways) {
+    for (const Way &way : kWays) {
         for (const int count : {30, 1000}) {
             const QString size = u"/%1"_s.arg(count);
             runebook::addRepeated(u"tabs-resize-"_s + way.name + size,

@@ -50,14 +50,14 @@ ByteSearch::ByteSearch(std::string needle, std::string_view text) : m_needle(std
 std::size_t ByteSearch::find(std::string_view text, std::size_t from) const
 {
 #ifdef __SSE2__
-    constexpr std::size_t width = sizeof(__m128i);
+    constexpr std::size_t kWidth = sizeof(__m128i);
     const auto load = [&text](std::size_t place) {
         return _mm_loadu_si128(reinterpret_cast<const __m128i *>(text.data() + place));
     };
     const __m128i first = _mm_set1_epi8(m_needle[m_rarest]);
     const __m128i second = _mm_set1_epi8(m_needle[m_secondRarest]);
     // The needle fits in behind the last of the sixteen places, so nothing beyond the text is touched.
-    for (; from + width + m_needle.size() <= text.size() + 1; from += width) {
+    for (; from + kWidth + m_needle.size() <= text.size() + 1; from += kWidth) {
         const __m128i bothStand = _mm_and_si128(_mm_cmpeq_epi8(load(from + m_rarest), first),
                                                 _mm_cmpeq_epi8(load(from + m_secondRarest), second));
         for (auto places = static_cast<unsigned>(_mm_movemask_epi8(bothStand)); places;

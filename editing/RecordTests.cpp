@@ -69,14 +69,14 @@ RecordBits RecordTests::passing(const NumberTest &test, const RecordBits &asked)
 std::optional<RecordBits> RecordTests::passing(const PatternTest &test, const RecordBits &asked,
                                                Error *error) const
 {
-    constexpr std::size_t recordsBetweenLooks = 64;
+    constexpr std::size_t kRecordsBetweenLooks = 64;
     const SearchKey key = SearchKey::of(test.key);
     const QDeadlineTimer deadline(m_patternTimeLimitMs);
     std::size_t records = 0;
     RecordBits passed(asked.size());
     // An expression may stay within its limit for every record and still take minutes for all.
     const auto hasTime = [&] {
-        if (++records % recordsBetweenLooks != 0 || !deadline.hasExpired())
+        if (++records % kRecordsBetweenLooks != 0 || !deadline.hasExpired())
             return true;
         return fail(
             error,
@@ -116,11 +116,11 @@ std::optional<std::size_t> RecordTests::passingFrom(const PatternTest &test, std
                                                     const QDeadlineTimer &deadline, RecordBits &passed,
                                                     Error *error) const
 {
-    constexpr std::size_t recordsBetweenLooks = 64;
+    constexpr std::size_t kRecordsBetweenLooks = 64;
     const SearchKey key = SearchKey::of(test.key);
     QString text;
     for (std::size_t place = first; place < m_infos.size(); ++place) {
-        if (place % recordsBetweenLooks == 0 && place > first && deadline.hasExpired())
+        if (place % kRecordsBetweenLooks == 0 && place > first && deadline.hasExpired())
             return place;
         const Verdict found = verdict(test, predicateValue(*m_infos[place], key), text);
         if (found == Verdict::GaveUp) {

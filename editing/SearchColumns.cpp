@@ -124,7 +124,7 @@ SearchColumns::Column &SearchColumns::columnFor(SearchKey key, Folding folding)
 /// Takes the texts of further records until \a deadline; true when those of all are there.
 bool SearchColumns::fill(Column &column, const QDeadlineTimer &deadline, Long what) const
 {
-    constexpr std::size_t recordsBetweenLooks = 256;
+    constexpr std::size_t kRecordsBetweenLooks = 256;
     const InfoList &infos = m_document.infos();
     if (column.texts.count() > infos.size())
         column.forget();

@@ -31,11 +31,11 @@ QString joined(const QStringList &tests)
 /// 0xFFFFFFF, where all higher values meet; below 0 there are none.
 HexRange codePointRange(qint32 lowest, qint32 highest)
 {
-    constexpr qint32 highestText = 0xFFFFFFF;
+    constexpr qint32 kHighestText = 0xFFFFFFF;
     if (highest < 0)
         return {1, 0};
     const auto bounded = [=](qint32 value) {
-        return static_cast<quint32>(std::clamp<qint32>(value, 0, highestText));
+        return static_cast<quint32>(std::clamp<qint32>(value, 0, kHighestText));
     };
     return {bounded(lowest), bounded(highest)};
 }

@@ -82,8 +82,8 @@ void SearchTexts::close()
 
 void SearchTexts::reserve(std::size_t records)
 {
-    constexpr std::size_t usualLength = 12;
-    m_bytes.reserve(records * usualLength);
+    constexpr std::size_t kUsualLength = 12;
+    m_bytes.reserve(records * kUsualLength);
     m_starts.reserve(records + 1);
 }
 

@@ -92,8 +92,8 @@ constexpr std::array<bool, 256> makeKeyCharacters()
 
 bool isKeyCharacter(char c)
 {
-    static constexpr std::array<bool, 256> table = makeKeyCharacters();
-    return table[static_cast<unsigned char>(c)];
+    static constexpr std::array<bool, 256> kTable = makeKeyCharacters();
+    return kTable[static_cast<unsigned char>(c)];
 }
 
 bool isAscii(std::string_view text)

@@ -10,14 +10,14 @@ constexpr std::string_view kAbsent = "(null)";
 
 std::string_view GlyphLineWriter::caseWord(int letterCase)
 {
-    constexpr std::string_view words[] {kAbsent, "upper", "lower", "smallCaps", "minor", kAbsent};
-    return letterCase < 6 ? words[letterCase] : kAbsent;
+    constexpr std::string_view kWords[] {kAbsent, "upper", "lower", "smallCaps", "minor", kAbsent};
+    return letterCase < 6 ? kWords[letterCase] : kAbsent;
 }
 
 std::string_view GlyphLineWriter::directionWord(int direction)
 {
-    constexpr std::string_view words[] {"BIDI", "LTR", "RTL", "VTL", "VTR"};
-    return direction >= -1 && direction <= 3 ? words[direction + 1] : kAbsent;
+    constexpr std::string_view kWords[] {"BIDI", "LTR", "RTL", "VTL", "VTR"};
+    return direction >= -1 && direction <= 3 ? kWords[direction + 1] : kAbsent;
 }
 
 void GlyphLineWriter::append(const VXGlyphInfo &info, std::string &output)

@@ -185,9 +185,9 @@ Verdict Predicate::evaluate(const PredicateSubject &subject, Error *error) const
 
 Error Predicate::gaveUpError(const PatternTest &test, QStringView value)
 {
-    constexpr qsizetype longest = 60;
+    constexpr qsizetype kLongest = 60;
     const QString excerpt =
-        value.size() <= longest ? value.toString() : value.left(longest).toString() + u'…';
+        value.size() <= kLongest ? value.toString() : value.left(kLongest).toString() + u'…';
     return {errorDomain(), PatternGaveUp,
             QCoreApplication::translate("Predicate", "The regular expression takes too long."),
             QCoreApplication::translate("Predicate", "“%1” was given up on “%2” after %L3 steps.")

@@ -74,8 +74,8 @@ qsizetype PredicateFormat::endOfQuotedText(qsizetype start) const
 
 QString PredicateFormat::decimal(double number)
 {
-    constexpr double exactlyWhole = 1LL << 53;
-    if (number == std::trunc(number) && std::abs(number) < exactlyWhole)
+    constexpr double kExactlyWhole = 1LL << 53;
+    if (number == std::trunc(number) && std::abs(number) < kExactlyWhole)
         return QString::number(qint64(number));
     return QString::number(number, 'f', QLocale::FloatingPointShortest);
 }

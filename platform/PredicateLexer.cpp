@@ -12,7 +12,7 @@ using Kind = PredicateToken::Kind;
 
 namespace {
 
-constexpr std::pair<QLatin1StringView, Kind> keywords[] = {
+constexpr std::pair<QLatin1StringView, Kind> kKeywords[] = {
     {"and"_L1, Kind::And},
     {"or"_L1, Kind::Or},
     {"not"_L1, Kind::Not},
@@ -27,7 +27,7 @@ constexpr std::pair<QLatin1StringView, Kind> keywords[] = {
 };
 
 // The longer before those that begin alike.
-constexpr std::pair<QLatin1StringView, Kind> symbols[] = {
+constexpr std::pair<QLatin1StringView, Kind> kSymbols[] = {
     {"&&"_L1, Kind::And},
     {"||"_L1, Kind::Or},
     {"=="_L1, Kind::Equal},
@@ -110,10 +110,10 @@ PredicateToken PredicateLexer::readWord()
     const auto end = std::find_if_not(m_text.begin() + m_at, m_text.end(), continuesWord);
     PredicateToken token = finish(Kind::Key, end - m_text.begin() - m_at);
     const auto keyword =
-        std::find_if(std::begin(keywords), std::end(keywords), [&token](const auto &candidate) {
+        std::find_if(std::begin(kKeywords), std::end(kKeywords), [&token](const auto &candidate) {
             return token.spelling.compare(candidate.first, Qt::CaseInsensitive) == 0;
         });
-    if (keyword != std::end(keywords))
+    if (keyword != std::end(kKeywords))
         token.kind = keyword->second;
     return token;
 }
@@ -202,7 +202,7 @@ PredicateToken PredicateLexer::readOptions()
 PredicateToken PredicateLexer::readSymbol()
 {
     const QStringView rest = m_text.mid(m_at);
-    for (const auto &[spelling, kind] : symbols) {
+    for (const auto &[spelling, kind] : kSymbols) {
         if (rest.startsWith(spelling))
             return finish(kind, spelling.size());
     }

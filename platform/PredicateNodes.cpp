@@ -58,10 +58,11 @@ bool ListTest::accepts(std::string_view folded) const
 
 bool HexRange::contains(std::string_view text) const
 {
-    constexpr size_t minDigits = 4;
-    constexpr size_t maxDigits = 2 * sizeof(quint32);
+    constexpr size_t kMinDigits = 4;
+    constexpr size_t kMaxDigits = 2 * sizeof(quint32);
     const auto isUpperHex = [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
-    if (text.size() < minDigits || text.size() > maxDigits || (text.size() > minDigits && text.front() == '0')
+    if (text.size() < kMinDigits || text.size() > kMaxDigits
+        || (text.size() > kMinDigits && text.front() == '0')
         || !std::all_of(text.begin(), text.end(), isUpperHex))
         return false;
     quint32 value = 0;

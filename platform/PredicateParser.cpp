@@ -51,8 +51,8 @@ std::optional<NumberTest::Relation> numberRelation(PredicateToken::Kind kind)
 /// As much of \a text as fits into a sentence.
 QString excerpt(QStringView text)
 {
-    constexpr qsizetype longest = 40;
-    return text.size() <= longest ? text.toString() : text.left(longest).toString() + u'…';
+    constexpr qsizetype kLongest = 40;
+    return text.size() <= kLongest ? text.toString() : text.left(kLongest).toString() + u'…';
 }
 
 } // namespace

@@ -12,8 +12,8 @@ namespace runebook {
 
 namespace {
 
-constexpr char32_t pageSize = 256;
-constexpr char32_t pageCount = (QChar::LastValidCodePoint + 1) / pageSize;
+constexpr char32_t kPageSize = 256;
+constexpr char32_t kPageCount = (QChar::LastValidCodePoint + 1) / kPageSize;
 
 /// What one code point folds to: none (a mark) to three code points.
 struct Folded {
@@ -50,11 +50,11 @@ QString withoutMarks(const QString &text)
 /// letters but for these two.
 QString fullCaseFolding(char32_t point)
 {
-    constexpr char32_t capitalSharpS = 0x1E9E;
-    constexpr char32_t capitalIWithDot = 0x0130;
-    if (point == capitalSharpS)
+    constexpr char32_t kCapitalSharpS = 0x1E9E;
+    constexpr char32_t kCapitalIWithDot = 0x0130;
+    if (point == kCapitalSharpS)
         return QStringLiteral("ss");
-    if (point == capitalIWithDot)
+    if (point == kCapitalIWithDot)
         return QStringLiteral("i\u0307");
     const QString text = toString(point);
     const QString upper = text.toUpper();
@@ -93,20 +93,20 @@ class FoldingTable
 public:
     const Folded &at(char32_t point, Folding folding)
     {
-        std::atomic<const Page *> &slot = m_pages[point / pageSize];
+        std::atomic<const Page *> &slot = m_pages[point / kPageSize];
         const Page *page = slot.load(std::memory_order_acquire);
         if (!page)
-            page = publish(slot, point / pageSize * pageSize, folding);
-        return (*page)[point % pageSize];
+            page = publish(slot, point / kPageSize * kPageSize, folding);
+        return (*page)[point % kPageSize];
     }
 
 private:
-    using Page = std::array<Folded, pageSize>;
+    using Page = std::array<Folded, kPageSize>;
 
     static const Page *publish(std::atomic<const Page *> &slot, char32_t first, Folding folding)
     {
         auto page = std::make_unique<Page>();
-        for (char32_t i = 0; i < pageSize; ++i)
+        for (char32_t i = 0; i < kPageSize; ++i)
             (*page)[i] = computeFolded(first + i, folding);
         const Page *published = nullptr;
         // Two threads may work out the same page; the first one wins.
@@ -115,7 +115,7 @@ private:
         return published;
     }
 
-    std::array<std::atomic<const Page *>, pageCount> m_pages {};
+    std::array<std::atomic<const Page *>, kPageCount> m_pages {};
 };
 
 const Folded &foldedPoint(char32_t point, Folding folding)
@@ -213,10 +213,10 @@ template <typename Unit> Unit lowerAscii(Unit unit)
 /// The same for eight ASCII bytes at once.
 quint64 lowerAsciiBlock(quint64 block)
 {
-    constexpr quint64 each = 0x0101010101010101u;
-    const quint64 fromA = block + each * (0x80 - 'A');
-    const quint64 aboveZ = block + each * (0x80 - 'Z' - 1);
-    return block | ((fromA & ~aboveZ & each * 0x80) >> 2);
+    constexpr quint64 kEach = 0x0101010101010101u;
+    const quint64 fromA = block + kEach * (0x80 - 'A');
+    const quint64 aboveZ = block + kEach * (0x80 - 'Z' - 1);
+    return block | ((fromA & ~aboveZ & kEach * 0x80) >> 2);
 }
 
 /// Folds the ASCII at the start of the \a size bytes at \a bytes in place and tells how many they are.
@@ -270,9 +270,9 @@ void appendFoldedUtf8(std::string &out, std::string_view utf8, Folding folding)
     }
     // Most texts are ASCII and done at once: copied, and folded where they stand. In pieces, so that the copy
     // behind a letter of another script is short.
-    constexpr size_t pieceSize = 256;
+    constexpr size_t kPieceSize = 256;
     while (!utf8.empty()) {
-        const std::string_view piece = utf8.substr(0, pieceSize);
+        const std::string_view piece = utf8.substr(0, kPieceSize);
         const size_t start = out.size();
         out += piece;
         const size_t ascii = foldAscii(out.data() + start, piece.size(), folding);

@@ -30,8 +30,8 @@ public:
     void start();
 
     bool hasChanged() const { return m_hasChanged; }
-    /// False for what is hidden and for what the interpreter leaves beside scripts that ran: no folder for scripts,
-    /// and nobody's change.
+    /// False for what is hidden and for what the interpreter leaves beside scripts that ran: no folder for
+    /// scripts, and nobody's change.
     static bool matters(const QString &name);
     /// Everything in \a folder, in no order; nothing when it cannot be read.
     static QStringList namesIn(const QString &folder);

@@ -1,6 +1,6 @@
-#include "PSMBigSurStyle.h"
+#include "app/tabbar/PSMBigSurStyle.h"
 
-#include "PSMTabBarCell.h"
+#include "app/tabbar/PSMTabBarCell.h"
 
 #include <QPainter>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PSMTabStyle.h"
+#include "app/tabbar/PSMTabStyle.h"
 
 /// Tabs as rounded plates on a plain ground: only the selected one and the one under the pointer have a
 /// plate, so the bar stays quiet.

@@ -1,6 +1,6 @@
-#include "PSMOverflowPopUpButton.h"
+#include "app/tabbar/PSMOverflowPopUpButton.h"
 
-#include "TabBarButton.h"
+#include "app/tabbar/TabBarButton.h"
 
 #include <QMenu>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "PSMTabBarCell.h"
+#include "app/tabbar/PSMTabBarCell.h"
 
 #include <QFontMetricsF>
 #include <QMetaProperty>
@@ -7,11 +7,11 @@
 namespace {
 
 // No tab is wide enough for more, and shaping a title of a million characters takes seconds.
-constexpr qsizetype displayTitleLength = 200;
+constexpr qsizetype kDisplayTitleLength = 200;
 
 QString oneLine(const QString &title)
 {
-    QString line = title.left(displayTitleLength);
+    QString line = title.left(kDisplayTitleLength);
     if (!line.isEmpty() && line.back().isHighSurrogate())
         line.chop(1);
     for (QChar &character : line) {

@@ -1,4 +1,4 @@
-#include "PSMTabDragView.h"
+#include "app/tabbar/PSMTabDragView.h"
 
 #include <QPainter>
 

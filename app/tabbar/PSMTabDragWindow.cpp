@@ -1,10 +1,10 @@
-#include "PSMTabDragWindow.h"
+#include "app/tabbar/PSMTabDragWindow.h"
 
-#include "PSMTabDragView.h"
+#include "app/tabbar/PSMTabDragView.h"
 
 namespace {
 
-constexpr qreal carriedOpacity = 0.88; // what lies below stays visible: it is where the tab would go
+constexpr qreal kCarriedOpacity = 0.88; // what lies below stays visible: it is where the tab would go
 
 } // namespace
 
@@ -16,6 +16,6 @@ PSMTabDragWindow::PSMTabDragWindow(const QPixmap &tab, const QPixmap &miniature,
 {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    setWindowOpacity(carriedOpacity);
+    setWindowOpacity(kCarriedOpacity);
     setFixedSize(m_view->size());
 }

@@ -1,7 +1,7 @@
-#include "PSMTabDragWindowController.h"
+#include "app/tabbar/PSMTabDragWindowController.h"
 
-#include "PSMTabDragWindow.h"
-#include "VXTabBarControl.h"
+#include "app/tabbar/PSMTabDragWindow.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 #include <QGuiApplication>
 #include <QMimeData>
@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int miniatureWidth = 220;
+constexpr int kMiniatureWidth = 220;
 
 bool canPlaceWindows()
 {
@@ -37,7 +37,7 @@ QPixmap miniatureOfView(QWidget *view)
     if (!view || view->size().isEmpty())
         return {};
     QPixmap picture = view->grab();
-    const int width = qRound(miniatureWidth * picture.devicePixelRatio());
+    const int width = qRound(kMiniatureWidth * picture.devicePixelRatio());
     return picture.width() <= width ? picture : picture.scaledToWidth(width, Qt::SmoothTransformation);
 }
 

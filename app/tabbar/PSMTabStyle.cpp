@@ -1,8 +1,8 @@
-#include "PSMTabStyle.h"
+#include "app/tabbar/PSMTabStyle.h"
 
-#include "PSMBigSurStyle.h"
-#include "PSMTabBarCell.h"
-#include "PSMYosemiteStyle.h"
+#include "app/tabbar/PSMBigSurStyle.h"
+#include "app/tabbar/PSMTabBarCell.h"
+#include "app/tabbar/PSMYosemiteStyle.h"
 
 #include <QFontMetricsF>
 #include <QPainter>
@@ -12,18 +12,18 @@
 
 namespace {
 
-constexpr qreal titlePadding = 12;
-constexpr qreal iconSize = 16;
-constexpr qreal iconGap = 6;
-constexpr qreal closeSize = 18;
-constexpr qreal closeInset = 5;
-constexpr qreal closeGap = 4;
-constexpr qreal crossSize = 7;
-constexpr qreal smallestTitle = 12;
+constexpr qreal kTitlePadding = 12;
+constexpr qreal kIconSize = 16;
+constexpr qreal kIconGap = 6;
+constexpr qreal kCloseSize = 18;
+constexpr qreal kCloseInset = 5;
+constexpr qreal kCloseGap = 4;
+constexpr qreal kCrossSize = 7;
+constexpr qreal kSmallestTitle = 12;
 
 qreal iconWidth(const PSMTabBarCell &cell)
 {
-    return cell.icon().isNull() ? 0 : iconSize + iconGap;
+    return cell.icon().isNull() ? 0 : kIconSize + kIconGap;
 }
 
 /// A tab tells how to close it while the pointer or the selection is there; the others stay calm.
@@ -60,22 +60,22 @@ qreal PSMTabStyle::rightMargin(bool addTabButton, bool overflowButton) const
 
 qreal PSMTabStyle::tabCellHeight(const QFont &font) const
 {
-    return std::ceil(std::max(closeSize, QFontMetricsF(font).height())) + extraCellHeight();
+    return std::ceil(std::max(kCloseSize, QFontMetricsF(font).height())) + extraCellHeight();
 }
 
 qreal PSMTabStyle::desiredWidthOfTabCell(const PSMTabBarCell &cell, const QFont &font, qreal minimum) const
 {
     const qreal content =
-        titlePadding + iconWidth(cell) + cell.titleWidth(font) + closeGap + closeSize + closeInset;
+        kTitlePadding + iconWidth(cell) + cell.titleWidth(font) + kCloseGap + kCloseSize + kCloseInset;
     return std::max(minimum, std::ceil(content));
 }
 
 QRectF PSMTabStyle::closeButtonRect(const QRectF &frame, Qt::LayoutDirection direction) const
 {
     const qreal top = topMargin();
-    const QRectF rect(frame.right() - closeInset - closeSize,
-                      std::round(frame.top() + top + (frame.height() - top - closeSize) / 2), closeSize,
-                      closeSize);
+    const QRectF rect(frame.right() - kCloseInset - kCloseSize,
+                      std::round(frame.top() + top + (frame.height() - top - kCloseSize) / 2), kCloseSize,
+                      kCloseSize);
     return mirrored(rect, frame, direction);
 }
 
@@ -102,21 +102,23 @@ void PSMTabStyle::drawTitle(QPainter &painter, const PSMTabBarCell &cell, const 
 {
     const QRectF frame = cell.frame().adjusted(0, topMargin(), 0, 0);
     // The close button's room stays free when it is not shown: titles must not jump under the pointer.
-    const qreal closeRoom = cell.isCloseButtonSuppressed() ? titlePadding : closeInset + closeSize + closeGap;
-    const qreal space = frame.width() - titlePadding - closeRoom;
+    const qreal closeRoom =
+        cell.isCloseButtonSuppressed() ? kTitlePadding : kCloseInset + kCloseSize + kCloseGap;
+    const qreal space = frame.width() - kTitlePadding - closeRoom;
     const qreal width = iconWidth(cell) + cell.titleWidth(bar.font);
     const qreal centred = (frame.width() - width) / 2;
-    const qreal left = std::max(titlePadding, std::min(centred, titlePadding + space - width));
+    const qreal left = std::max(kTitlePadding, std::min(centred, kTitlePadding + space - width));
     QRectF rect(std::round(frame.left() + left), frame.top(), std::min(width, space) + 1, frame.height());
-    if (!cell.icon().isNull() && rect.width() >= iconSize) {
-        const QRectF iconRect(rect.left(), std::round(rect.center().y() - iconSize / 2), iconSize, iconSize);
+    if (!cell.icon().isNull() && rect.width() >= kIconSize) {
+        const QRectF iconRect(rect.left(), std::round(rect.center().y() - kIconSize / 2), kIconSize,
+                              kIconSize);
         cell.icon().paint(&painter, mirrored(iconRect, cell.frame(), bar.direction).toRect());
-        rect.setLeft(rect.left() + iconSize + iconGap);
+        rect.setLeft(rect.left() + kIconSize + kIconGap);
     }
     painter.setFont(bar.font);
     painter.setPen(color);
     const bool fits = cell.titleWidth(bar.font) <= rect.width();
-    if (!fits && rect.width() < smallestTitle)
+    if (!fits && rect.width() < kSmallestTitle)
         return; // not even an ellipsis
     const QString text = fits
         ? cell.displayTitle()
@@ -138,7 +140,7 @@ void PSMTabStyle::drawCloseButton(QPainter &painter, const PSMTabBarCell &cell, 
         painter.setBrush(fill);
         painter.drawRoundedRect(button.adjusted(1, 1, -1, -1), 4, 4);
     }
-    const QPointF half(crossSize / 2, crossSize / 2);
+    const QPointF half(kCrossSize / 2, kCrossSize / 2);
     const QRectF cross(button.center() - half, button.center() + half);
     painter.setPen(QPen(hovered ? colors.selectedTitle : colors.title, 1.3, Qt::SolidLine, Qt::RoundCap));
     painter.drawLine(cross.topLeft(), cross.bottomRight());

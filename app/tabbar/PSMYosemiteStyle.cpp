@@ -1,6 +1,6 @@
-#include "PSMYosemiteStyle.h"
+#include "app/tabbar/PSMYosemiteStyle.h"
 
-#include "PSMTabBarCell.h"
+#include "app/tabbar/PSMTabBarCell.h"
 
 #include <QPainter>
 

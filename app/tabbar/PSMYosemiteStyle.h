@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PSMTabStyle.h"
+#include "app/tabbar/PSMTabStyle.h"
 
 /// Tabs that fill the bar from edge to edge: the selected one is the lit continuation of the view below, the
 /// others lie in the shade, parted by hairlines.

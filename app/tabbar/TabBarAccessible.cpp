@@ -1,6 +1,6 @@
-#include "TabBarAccessible.h"
+#include "app/tabbar/TabBarAccessible.h"
 
-#include "VXTabBarControl.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 #include <QAccessibleObject>
 #include <QAccessibleWidget>

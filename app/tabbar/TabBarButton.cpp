@@ -1,4 +1,4 @@
-#include "TabBarButton.h"
+#include "app/tabbar/TabBarButton.h"
 
 #include <QPainter>
 

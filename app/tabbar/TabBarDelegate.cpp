@@ -1,6 +1,6 @@
-#include "TabBarDelegate.h"
+#include "app/tabbar/TabBarDelegate.h"
 
-#include "VXTabBarControl.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 #include <QMenu>
 

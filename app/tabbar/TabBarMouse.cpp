@@ -1,7 +1,7 @@
-#include "TabBarMouse.h"
+#include "app/tabbar/TabBarMouse.h"
 
-#include "PSMTabDragWindowController.h"
-#include "VXTabBarControl.h"
+#include "app/tabbar/PSMTabDragWindowController.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -15,7 +15,7 @@ namespace runebook {
 namespace {
 
 /// Points beyond the bar's edge at which a carried tab comes off.
-constexpr qreal tearOffDistance = 28;
+constexpr qreal kTearOffDistance = 28;
 
 } // namespace
 
@@ -159,8 +159,8 @@ bool TabBarMouse::isNearBar(const QPointF &point) const
 {
     const bool vertical = m_bar.orientation() == Qt::Vertical;
     const qreal across = vertical ? point.x() : point.y();
-    return across >= -tearOffDistance
-        && across <= (vertical ? m_bar.width() : m_bar.height()) + tearOffDistance;
+    return across >= -kTearOffDistance
+        && across <= (vertical ? m_bar.width() : m_bar.height()) + kTearOffDistance;
 }
 
 void TabBarMouse::startDrag()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PSMTabBarCell.h"
+#include "app/tabbar/PSMTabBarCell.h"
 
 #include <QPointF>
 #include <QVariantMap>

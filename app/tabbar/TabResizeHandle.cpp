@@ -1,6 +1,6 @@
-#include "TabResizeHandle.h"
+#include "app/tabbar/TabResizeHandle.h"
 
-#include "VXTabBarControl.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 #include <QMouseEvent>
 #include <QPainter>

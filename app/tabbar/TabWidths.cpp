@@ -1,4 +1,4 @@
-#include "TabWidths.h"
+#include "app/tabbar/TabWidths.h"
 
 #include <algorithm>
 #include <cmath>

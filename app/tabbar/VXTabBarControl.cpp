@@ -1,9 +1,9 @@
-#include "VXTabBarControl.h"
+#include "app/tabbar/VXTabBarControl.h"
 
-#include "PSMOverflowPopUpButton.h"
-#include "PSMYosemiteStyle.h"
-#include "TabBarAccessible.h"
-#include "TabBarMouse.h"
+#include "app/tabbar/PSMOverflowPopUpButton.h"
+#include "app/tabbar/PSMYosemiteStyle.h"
+#include "app/tabbar/TabBarAccessible.h"
+#include "app/tabbar/TabBarMouse.h"
 
 #include <QAccessible>
 #include <QApplication>

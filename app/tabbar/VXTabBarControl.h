@@ -1,9 +1,9 @@
 #pragma once
 
-#include "PSMTabBarCell.h"
-#include "PSMTabStyle.h"
-#include "TabBarDelegate.h"
-#include "TabWidths.h"
+#include "app/tabbar/PSMTabBarCell.h"
+#include "app/tabbar/PSMTabStyle.h"
+#include "app/tabbar/TabBarDelegate.h"
+#include "app/tabbar/TabWidths.h"
 
 #include <QPointer>
 #include <QVariantAnimation>

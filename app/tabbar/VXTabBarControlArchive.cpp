@@ -1,24 +1,24 @@
 // The bar's settings as a record under given keys.
-#include "PSMOverflowPopUpButton.h"
-#include "TabBarMouse.h"
-#include "VXTabBarControl.h"
+#include "app/tabbar/PSMOverflowPopUpButton.h"
+#include "app/tabbar/TabBarMouse.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 /// The settings whose key is "PSM" and the name of the property.
-constexpr QLatin1StringView plainSettings[] = {"canCloseOnlyTab"_L1,       "disableTabClose"_L1,
-                                               "hideForSingleTab"_L1,      "allowsBackgroundTabClosing"_L1,
-                                               "allowsResizing"_L1,        "selectsTabsOnMouseDown"_L1,
-                                               "showAddTabButton"_L1,      "sizeCellsToFit"_L1,
-                                               "cellMinWidth"_L1,          "cellMaxWidth"_L1,
-                                               "cellOptimumWidth"_L1,      "useOverflowMenu"_L1,
-                                               "automaticallyAnimates"_L1, "alwaysShowActiveTab"_L1,
-                                               "orientation"_L1,           "style"_L1};
+constexpr QLatin1StringView kPlainSettings[] = {"canCloseOnlyTab"_L1,       "disableTabClose"_L1,
+                                                "hideForSingleTab"_L1,      "allowsBackgroundTabClosing"_L1,
+                                                "allowsResizing"_L1,        "selectsTabsOnMouseDown"_L1,
+                                                "showAddTabButton"_L1,      "sizeCellsToFit"_L1,
+                                                "cellMinWidth"_L1,          "cellMaxWidth"_L1,
+                                                "cellOptimumWidth"_L1,      "useOverflowMenu"_L1,
+                                                "automaticallyAnimates"_L1, "alwaysShowActiveTab"_L1,
+                                                "orientation"_L1,           "style"_L1};
 
 /// Read but never written: older archives have it.
-constexpr QLatin1StringView readOnlySetting = "useFullWidth"_L1;
+constexpr QLatin1StringView kReadOnlySetting = "useFullWidth"_L1;
 
 QString keyOf(QLatin1StringView setting)
 {
@@ -76,7 +76,7 @@ QVariantMap VXTabBarControl::archive() const
     archive[u"PSMcells"_s] = cells;
     archive[u"PSMContentView"_s] = nameOf(m_contentView);
     archive[u"PSMoverflowPopUpButton"_s] = QVariantMap {{u"hidden"_s, m_overflowButton->isHidden()}};
-    for (const QLatin1StringView setting : plainSettings)
+    for (const QLatin1StringView setting : kPlainSettings)
         archive[keyOf(setting)] = property(setting.data());
     archive[u"PSMorientation"_s] = int(m_orientation);
     archive[u"PSMisHidden"_s] = m_isTabBarHidden;
@@ -98,11 +98,11 @@ void VXTabBarControl::restoreFromArchive(const QVariantMap &archive)
         return found ? found : present;
     };
     setDisableUpdates(true);
-    for (const QLatin1StringView setting : plainSettings) {
+    for (const QLatin1StringView setting : kPlainSettings) {
         if (const auto value = archive.constFind(keyOf(setting)); value != archive.cend())
             setProperty(setting.data(), *value);
     }
-    if (const auto value = archive.constFind(keyOf(readOnlySetting)); value != archive.cend())
+    if (const auto value = archive.constFind(keyOf(kReadOnlySetting)); value != archive.cend())
         setUseFullWidth(value->toBool());
     setContentView(named(u"PSMContentView"_s, m_contentView.data()));
     setPartnerView(named(u"PSMpartnerView"_s, m_partnerView.data()));

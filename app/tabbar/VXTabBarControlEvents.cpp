@@ -1,9 +1,9 @@
 // What reaches the bar from outside: events, keys, menus, and tabs of other bars.
-#include "PSMOverflowPopUpButton.h"
-#include "TabBarButton.h"
-#include "TabBarMouse.h"
-#include "TabResizeHandle.h"
-#include "VXTabBarControl.h"
+#include "app/tabbar/PSMOverflowPopUpButton.h"
+#include "app/tabbar/TabBarButton.h"
+#include "app/tabbar/TabBarMouse.h"
+#include "app/tabbar/TabResizeHandle.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 #include <QContextMenuEvent>
 #include <QHelpEvent>
@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype longestPlainMenu = 15;
+constexpr qsizetype kLongestPlainMenu = 15;
 
 /// A tab between two bars.
 class TabMimeData : public QMimeData
@@ -271,7 +271,7 @@ void VXTabBarControl::menuNeedsUpdate(QMenu *menu)
 void VXTabBarControl::addOverflowSearch(QMenu *menu)
 {
     const auto hidden = std::ranges::count_if(m_cells, &PSMTabBarCell::isInOverflowMenu);
-    if (hidden <= longestPlainMenu)
+    if (hidden <= kLongestPlainMenu)
         return;
     auto *field = new QLineEdit;
     field->setPlaceholderText(tr("Search"));
@@ -357,10 +357,10 @@ void VXTabBarControl::placeTitleField()
 
 void VXTabBarControl::wheelEvent(QWheelEvent *event)
 {
-    constexpr int notch = 120;
+    constexpr int kNotch = 120;
     const QPoint delta = event->angleDelta();
     m_wheelDelta += std::abs(delta.x()) > std::abs(delta.y()) ? delta.x() : delta.y();
-    for (; std::abs(m_wheelDelta) >= notch; m_wheelDelta -= m_wheelDelta > 0 ? notch : -notch) {
+    for (; std::abs(m_wheelDelta) >= kNotch; m_wheelDelta -= m_wheelDelta > 0 ? kNotch : -kNotch) {
         const int to = int(m_selectionIndex) + (m_wheelDelta > 0 ? -1 : 1);
         if (m_selectionIndex != NotFound && to >= 0 && to < int(countOfTabItems()))
             selectTabItemAtIndex(uint(to)); // not around the ends: nobody sees a wheel's jump coming

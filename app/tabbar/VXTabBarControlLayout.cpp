@@ -1,8 +1,8 @@
 // The layout of the bar: where cells and buttons stand, how they get there, and how the bar folds away.
-#include "PSMOverflowPopUpButton.h"
-#include "TabBarMouse.h"
-#include "TabResizeHandle.h"
-#include "VXTabBarControl.h"
+#include "app/tabbar/PSMOverflowPopUpButton.h"
+#include "app/tabbar/TabBarMouse.h"
+#include "app/tabbar/TabResizeHandle.h"
+#include "app/tabbar/VXTabBarControl.h"
 
 #include <QCursor>
 #include <QLayout>
@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr int slideMs = 160;
-constexpr int foldMs = 200;
+constexpr int kSlideMs = 160;
+constexpr int kFoldMs = 200;
 
 } // namespace
 
@@ -34,7 +34,7 @@ void VXTabBarControl::update(bool animate)
         m_fold.stop();
         m_fold.setStartValue(hide ? 1.0 : 0.0);
         m_fold.setEndValue(hide ? 0.0 : 1.0);
-        m_fold.setDuration(foldMs);
+        m_fold.setDuration(kFoldMs);
         if (animate && mayAnimate())
             m_fold.start();
         else
@@ -248,7 +248,7 @@ void VXTabBarControl::slideCells(bool animate)
     };
     m_slide.stop();
     if (animate && !std::ranges::all_of(m_shown, standsRight)) {
-        m_slide.setDuration(slideMs);
+        m_slide.setDuration(kSlideMs);
         m_slide.start();
         return;
     }

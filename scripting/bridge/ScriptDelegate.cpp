@@ -12,8 +12,8 @@ namespace {
 
 template <typename T> PyObject *toPython(const T &value)
 {
-    constexpr QMetaType type = QMetaType::fromType<T>();
-    return bridgeType(type).toPython(type, &value);
+    constexpr QMetaType kType = QMetaType::fromType<T>();
+    return bridgeType(kType).toPython(kType, &value);
 }
 
 } // namespace
@@ -62,9 +62,9 @@ Result ScriptDelegate::ask(const char *selector, Result otherwise, const Argumen
     const PythonRef answer = call(selector, arguments...);
     if (!answer)
         return otherwise;
-    constexpr QMetaType type = QMetaType::fromType<Result>();
+    constexpr QMetaType kType = QMetaType::fromType<Result>();
     Result result {};
-    if (bridgeType(type).fromPython(type, answer.get(), &result))
+    if (bridgeType(kType).fromPython(kType, answer.get(), &result))
         return result;
     reportCallbackError();
     return otherwise;

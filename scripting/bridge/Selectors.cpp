@@ -60,8 +60,8 @@ QList<QByteArray> splits(const QByteArray &name, int arguments)
 
 bool beginsWithPreposition(const QByteArray &label)
 {
-    constexpr const char *words[] = {"In", "At", "With", "From", "To", "For", "Of", "By", "Format"};
-    return std::any_of(std::begin(words), std::end(words), [&label](const char *word) {
+    constexpr const char *kWords[] = {"In", "At", "With", "From", "To", "For", "Of", "By", "Format"};
+    return std::any_of(std::begin(kWords), std::end(kWords), [&label](const char *word) {
         const QByteArray text(word);
         return label.startsWith(text)
             && (label.size() == text.size() || std::isupper(static_cast<unsigned char>(label[text.size()])));

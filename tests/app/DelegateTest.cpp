@@ -1,4 +1,3 @@
-#include "AppMain.h"
 #include "app/FileOpener.h"
 #include "app/Session.h"
 #include "app/VXChangeLogWindowController.h"
@@ -9,15 +8,16 @@
 #include "platform/Background.h"
 #include "platform/DocumentController.h"
 #include "platform/MessageBar.h"
+#include "platform/UndoManager.h"
 #include "platform/UserDefaults.h"
 #include "platform/ValueTransformer.h"
-#include "platform/UndoManager.h"
 #include "scripting/RunIndicator.h"
 #include "scripting/RunPump.h"
 #include "scripting/ScriptRun.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "tests/app/AppMain.h"
 
 #include <QDesktopServices>
 #include <QMenuBar>
@@ -463,7 +463,10 @@ public:
             ++m_counts[{watched, event->type()}];
         return false;
     }
-    int busiest() const { return m_counts.isEmpty() ? 0 : *std::max_element(m_counts.begin(), m_counts.end()); }
+    int busiest() const
+    {
+        return m_counts.isEmpty() ? 0 : *std::max_element(m_counts.begin(), m_counts.end());
+    }
 
 private:
     QWidget &m_window;
@@ -524,7 +527,8 @@ void DelegateTest::leavesNothingBehind_data()
     QTest::newRow("script runs") << u"runs"_s << 1'000;
 }
 
-/// However often something was done: once the documents are closed, memory and descriptors are what they were.
+/// However often something was done: once the documents are closed, memory and descriptors are what they
+/// were.
 void DelegateTest::leavesNothingBehind()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -731,8 +735,8 @@ void DelegateTest::givesDocumentsOfScriptsWindows()
     RunPump::shared().start();
     m_delegate.openAtStart({});
     VXScriptingHandler::sharedHandler()->runMacroString(
-        u"new = newDocument()\nnew.addInfo_(newInfo('x'))\nopenDocument(r'"_s + tinyFile(folder, u"tiny.xml"_s)
-        + u"')\nnewDocument().close()"_s);
+        u"new = newDocument()\nnew.addInfo_(newInfo('x'))\nopenDocument(r'"_s
+        + tinyFile(folder, u"tiny.xml"_s) + u"')\nnewDocument().close()"_s);
     RunPump::shared().end();
     QCOMPARE(controller().documentList().size(), 3);
     for (const Document *document : controller().documentList())
@@ -775,7 +779,8 @@ void DelegateTest::asksInTheWindowWhatBecomesOfChanges()
                 button = one->isVisible() && one->text() == text ? one : button;
             return button != nullptr;
         };
-        return QTest::qWaitFor(isAsked) ? (QTest::mouseClick(button, Qt::LeftButton), !button->isVisible()) : false;
+        return QTest::qWaitFor(isAsked) ? (QTest::mouseClick(button, Qt::LeftButton), !button->isVisible())
+                                        : false;
     };
     runPanelCode(u"Doc[0].name = 'kept'\n1/0"_s);
     QVERIFY(answer(u"&Keep"_s));

@@ -1,6 +1,6 @@
 #include "app/LastWindow.h"
-#include "AppMain.h"
 #include "platform/DocumentController.h"
+#include "tests/app/AppMain.h"
 
 #include <QTimer>
 

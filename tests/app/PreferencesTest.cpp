@@ -1,4 +1,4 @@
-#include "AppMain.h"
+#include "tests/app/AppMain.h"
 #include "app/VXPreferencesController.h"
 #include "app/preferences/FontsPane.h"
 #include "app/preferences/PythonPane.h"

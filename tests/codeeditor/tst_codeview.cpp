@@ -1,4 +1,3 @@
-#include "EditorFixture.h"
 #include "codeeditor/BraceMatching.h"
 #include "codeeditor/CompletionPopup.h"
 #include "codeeditor/CompletionRules.h"
@@ -7,6 +6,7 @@
 #include "codeeditor/FindIndicator.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/codeeditor/EditorFixture.h"
 
 #include <QClipboard>
 #include <QMimeData>

@@ -1,9 +1,9 @@
-#include "EditorFixture.h"
 #include "codeeditor/CodeColors.h"
 #include "codeeditor/FormatOverlay.h"
 #include "tests/Fingerprint.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/codeeditor/EditorFixture.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>

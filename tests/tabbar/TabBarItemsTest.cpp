@@ -1,5 +1,5 @@
 // Items, selection, closing, delegate, notifications and archive: what needs no pointer and no keys.
-#include "TabBarFixture.h"
+#include "tests/tabbar/TabBarFixture.h"
 
 #include "app/tabbar/PSMOverflowPopUpButton.h"
 #include "tests/Table.h"

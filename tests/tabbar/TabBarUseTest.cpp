@@ -1,5 +1,5 @@
 // The bar in a user's hands: mouse, keys, menus and assistive technology.
-#include "TabBarFixture.h"
+#include "tests/tabbar/TabBarFixture.h"
 
 #include "app/tabbar/PSMOverflowPopUpButton.h"
 #include "tests/Table.h"

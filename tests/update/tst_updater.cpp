@@ -1,4 +1,3 @@
-#include "FeedServer.h"
 #include "app/update/PageView.h"
 #include "app/update/SUUpdater.h"
 #include "app/update/SafeHtml.h"
@@ -7,6 +6,7 @@
 #include "platform/UserDefaults.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/update/FeedServer.h"
 
 #include <QDesktopServices>
 #include <QLabel>
