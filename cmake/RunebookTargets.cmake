@@ -56,6 +56,14 @@ function(runebook_add_test name)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 300
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${RUNEBOOK_SANITIZER_OPTIONS}")
+    # Those that leave something to chance, or have it larger, do more of it in tools/long.
+    list(TRANSFORM ARG_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/" OUTPUT_VARIABLE sources)
+    foreach(source IN LISTS sources)
+        file(STRINGS "${source}" uses REGEX "tests/Rounds.h" LIMIT_COUNT 1)
+        if(uses)
+            set_tests_properties(${name} PROPERTIES LABELS rounds TIMEOUT 1800)
+        endif()
+    endforeach()
 endfunction()
 
 # runebook_add_fuzzer(NAME SOURCES file... DEPENDS target...): one libFuzzer program, run by tools/fuzz.

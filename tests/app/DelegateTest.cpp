@@ -463,10 +463,7 @@ public:
             ++m_counts[{watched, event->type()}];
         return false;
     }
-    int busiest() const
-    {
-        return m_counts.isEmpty() ? 0 : *std::max_element(m_counts.begin(), m_counts.end());
-    }
+    int busiest() const { return m_counts.isEmpty() ? 0 : *std::max_element(m_counts.begin(), m_counts.end()); }
 
 private:
     QWidget &m_window;
@@ -527,8 +524,7 @@ void DelegateTest::leavesNothingBehind_data()
     QTest::newRow("script runs") << u"runs"_s << 1'000;
 }
 
-/// However often something was done: once the documents are closed, memory and descriptors are what they
-/// were.
+/// However often something was done: once the documents are closed, memory and descriptors are what they were.
 void DelegateTest::leavesNothingBehind()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -735,8 +731,8 @@ void DelegateTest::givesDocumentsOfScriptsWindows()
     RunPump::shared().start();
     m_delegate.openAtStart({});
     VXScriptingHandler::sharedHandler()->runMacroString(
-        u"new = newDocument()\nnew.addInfo_(newInfo('x'))\nopenDocument(r'"_s
-        + tinyFile(folder, u"tiny.xml"_s) + u"')\nnewDocument().close()"_s);
+        u"new = newDocument()\nnew.addInfo_(newInfo('x'))\nopenDocument(r'"_s + tinyFile(folder, u"tiny.xml"_s)
+        + u"')\nnewDocument().close()"_s);
     RunPump::shared().end();
     QCOMPARE(controller().documentList().size(), 3);
     for (const Document *document : controller().documentList())
@@ -779,8 +775,7 @@ void DelegateTest::asksInTheWindowWhatBecomesOfChanges()
                 button = one->isVisible() && one->text() == text ? one : button;
             return button != nullptr;
         };
-        return QTest::qWaitFor(isAsked) ? (QTest::mouseClick(button, Qt::LeftButton), !button->isVisible())
-                                        : false;
+        return QTest::qWaitFor(isAsked) ? (QTest::mouseClick(button, Qt::LeftButton), !button->isVisible()) : false;
     };
     runPanelCode(u"Doc[0].name = 'kept'\n1/0"_s);
     QVERIFY(answer(u"&Keep"_s));

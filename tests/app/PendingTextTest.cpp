@@ -54,13 +54,12 @@ qsizetype countOfWindows()
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
     return std::count_if(windows.begin(), windows.end(), [](const QWidget *window) {
-        return window->isVisible()
-            && (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog);
+        return window->isVisible() && (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog);
     });
 }
 
-/// The commands of a menu as "Edit > Undo"; menus that fill themselves are shown first. Submenus come last:
-/// the history takes what is being typed, and the commands have other words after it.
+/// The commands of a menu as "Edit > Undo"; menus that fill themselves are shown first. Submenus come last: the
+/// history takes what is being typed, and the commands have other words after it.
 void collect(QMenu &menu, const QString &path, QStringList &paths)
 {
     Q_EMIT menu.aboutToShow();
@@ -171,7 +170,8 @@ void PendingTextTest::initTestCase()
 {
     const QString scripts = VXScriptingHandler::applicationSupportFolder() + "/Scripts"_L1;
     QVERIFY(QDir().mkpath(scripts));
-    QVERIFY(write(scripts + "/note.py"_L1, "# MenuTitle: Set Script\nDoc.infos[0].script = 'latin'\n"));
+    QVERIFY(write(scripts + "/note.py"_L1,
+                  "# MenuTitle: Set Script\nDoc.infos[0].script = 'latin'\n"));
     for (const auto scheme : {"file"_L1, "https"_L1})
         QDesktopServices::setUrlHandler(scheme, &m_urlTaker, "take");
     UserDefaults::standard().setObjectForKey(u"no.such.application"_s, u"VXUnicodeCheckerApplication"_s);
@@ -234,12 +234,11 @@ void PendingTextTest::cleanupTestCase()
 void PendingTextTest::walksTheMenusOfTheProgram()
 {
     const QStringList all = commandsWhile(u"cell"_s, false);
-    const char *const wanted[] {"File > Open Recent > b.xml", "File > Quit",
-                                "Edit > Preferences…",        "Edit > History > As Opened",
-                                "Scripts > Set Script",       "Scripts > Show Scripts Folder",
-                                "Scripts > Reload Scripts",   "Window > Macro Panel",
-                                "Window > Compare Data",      "Window > a.xml",
-                                "Help > Check for Updates…",  "Help > About Runebook"};
+    const char *const wanted[] {
+        "File > Open Recent > b.xml", "File > Quit",           "Edit > Preferences…",
+        "Edit > History > As Opened", "Scripts > Set Script",  "Scripts > Show Scripts Folder",
+        "Scripts > Reload Scripts",   "Window > Macro Panel",  "Window > Compare Data",
+        "Window > a.xml",             "Help > Check for Updates…", "Help > About Runebook"};
     for (const char *each : wanted) {
         const QString expected = QString::fromUtf8(each);
         QVERIFY2(std::any_of(all.begin(), all.end(),

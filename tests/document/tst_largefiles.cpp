@@ -34,6 +34,9 @@ qint64 peakMemory()
 #endif
 }
 
+// The rows are called by the sizes of tools/long; otherwise they are a quarter of that.
+const int kMega = isLongProof() ? 1'000'000 : 250'000;
+
 void forgetPeak()
 {
     malloc_trim(0);

@@ -1,6 +1,7 @@
 // What find and replace does to records, without its window.
 #include "editing/FindReplace.h"
 #include "document/VXDocument.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 
 #include <QElapsedTimer>
@@ -417,7 +418,7 @@ void FindReplaceTest::agreesWithPlainStrings()
             text += letters.at(random.bounded(int(letters.size())));
         return text;
     };
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < rounds(3000); ++round) {
         const bool isList = random.bounded(2);
         const QString key = isList ? u"altNames"_s : u"desc"_s;
         const QString before = word(8);

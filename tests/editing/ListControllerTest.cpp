@@ -1,6 +1,7 @@
 #include "editing/GlyphColumns.h"
 #include "editing/RSRTVArrayController.h"
 #include "editing/SortOrder.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 
 #include <QAbstractItemModelTester>
@@ -237,7 +238,7 @@ private Q_SLOTS:
         const auto randomName = [&random] {
             return QChar(u'a' + random.bounded(4)) + QString::number(random.bounded(30));
         };
-        for (int step = 0; step < 3000; ++step) {
+        for (int step = 0; step < rounds(3000); ++step) {
             const int count = static_cast<int>(document->countOfInfos());
             const InfoList before = document->infos();
             const int what = random.bounded(10);

@@ -1,3 +1,4 @@
+#include "editing/LongValues.h"
 #include "document/VXDocument.h"
 #include "editing/DetailPane.h"
 #include "editing/GlyphCellDelegate.h"
@@ -15,6 +16,7 @@
 #include "platform/MessageBar.h"
 #include "platform/ShownText.h"
 #include "platform/UserDefaults.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 
 #include <QClipboard>
@@ -93,7 +95,7 @@ private Q_SLOTS:
     {
         QRandomGenerator random(7);
         const QStringList letters {u"a"_s, u"é"_s, u"\u4E00"_s, u"😀"_s, u"\uFEFF"_s, u", "_s};
-        for (int round = 0; round < 400; ++round) {
+        for (int round = 0; round < rounds(400); ++round) {
             QString text;
             for (int length = random.bounded(30); length > 0; --length)
                 text += letters.at(random.bounded(letters.size()));

@@ -2,6 +2,7 @@
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
 #include "editing/ProblemFixes.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 
 #include <QRandomGenerator>
@@ -170,7 +171,7 @@ private Q_SLOTS:
                                 u"desc"_s,   u"decompose"_s, u"anchors"_s,     u"marks"_s,
                                 u"script"_s, u"production"_s};
         int lost = 0;
-        for (int round = 0; round < 3000; ++round) {
+        for (int round = 0; round < rounds(3000); ++round) {
             VXDocument document;
             document.setFileVersion(round % 2 + 1);
             const InfoPtr info = infoNamed(u"a"_s, {u"0041"_s});
@@ -236,7 +237,7 @@ private Q_SLOTS:
             first.push_back(made());
         document.setInfos(first);
         Problems problems(document);
-        for (int round = 0; round < 400; ++round) {
+        for (int round = 0; round < rounds(400); ++round) {
             const qsizetype count = document.countOfInfos();
             const qsizetype place = count ? random.bounded(int(count)) : 0;
             switch (random.bounded(9)) {

@@ -1,5 +1,6 @@
 // Steps, groups, the clean state, and what happens to changes made between them.
 #include "platform/UndoManager.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 
 #include <QRandomGenerator>

@@ -1,4 +1,5 @@
 // Items, selection, closing, delegate, notifications and archive: what needs no pointer and no keys.
+#include "tests/Rounds.h"
 #include "tests/tabbar/TabBarFixture.h"
 
 #include "app/tabbar/PSMOverflowPopUpButton.h"
