@@ -1,4 +1,3 @@
-#include "tests/app/AppMain.h"
 #include "app/VXPreferencesController.h"
 #include "app/preferences/FontsPane.h"
 #include "app/preferences/PythonPane.h"
@@ -7,6 +6,7 @@
 #include "scripting/PythonPlaces.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "tests/app/AppMain.h"
 
 #include <QAccessible>
 #include <QCheckBox>
