@@ -605,7 +605,8 @@ void DelegateTest::leavesNothingBehind()
     const qint64 grown = bytes() - before;
     constexpr qint64 kNothing = 100'000; // of what takes some megabytes while it is there
     QVERIFY2(grown < kNothing, qPrintable(u"%1 bytes more"_s.arg(grown)));
-    QCOMPARE(descriptors(), descriptorsBefore);
+    // Of those before, some may have been on their way out.
+    QTRY_VERIFY2(descriptors() <= descriptorsBefore, qPrintable(QString::number(descriptors())));
 }
 
 void DelegateTest::tellsWhatCannotBeOpened()

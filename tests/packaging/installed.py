@@ -52,7 +52,8 @@ def run(*command, **options):
 def run_program(prefix, home, *arguments):
     """Runs the installed program without a display, as a user with the given home folder and nothing else."""
     environment = {"HOME": str(home), "PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8",
-                   "RUNEBOOK_DEFAULTS": str(Path(home) / "defaults.ini"), "PYTHONDONTWRITEBYTECODE": "1"}
+                   "TMPDIR": str(home), "RUNEBOOK_DEFAULTS": str(Path(home) / "defaults.ini"),
+                   "PYTHONDONTWRITEBYTECODE": "1"}
     environment.update({key: value for key, value in os.environ.items() if key.endswith("SAN_OPTIONS")})
     return run(Path(prefix) / "bin/runebook", *arguments, env=environment)
 
