@@ -3,6 +3,7 @@
 #include "codeeditor/LineTable.h"
 #include "codeeditor/TDTokenizer.h"
 #include "platform/UserDefaults.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 
@@ -201,7 +202,7 @@ private Q_SLOTS:
                                     u"if"_s};
         QRandomGenerator random(20240611);
         TDTokenizer tokenizer = panelTokenizer();
-        for (int round = 0; round < 3000; ++round) {
+        for (int round = 0; round < rounds(3000); ++round) {
             QString text;
             for (int i = random.bounded(30); i > 0; --i)
                 text += pieces[random.bounded(int(pieces.size()))];
@@ -331,7 +332,7 @@ private Q_SLOTS:
         QRandomGenerator random(7);
         const QString opening = u"{[("_s;
         const QString closing = u"}])"_s;
-        for (int round = 0; round < 200; ++round) {
+        for (int round = 0; round < rounds(200); ++round) {
             QString text;
             QList<QPair<int, int>> pairs;
             QList<QPair<int, QChar>> open;
@@ -419,7 +420,7 @@ private Q_SLOTS:
         LineTable table;
         table.invalidateFrom(0);
         follow(document, table);
-        for (int round = 0; round < 4000; ++round) {
+        for (int round = 0; round < rounds(4000); ++round) {
             QTextCursor cursor(&document);
             const int length = document.characterCount() - 1;
             cursor.setPosition(random.bounded(length + 1));

@@ -1,9 +1,10 @@
-#include "EditorFixture.h"
-#include "FreshRendering.h"
 #include "codeeditor/CompletionPopup.h"
 #include "codeeditor/VXLineNumberView.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/codeeditor/EditorFixture.h"
+#include "tests/codeeditor/FreshRendering.h"
 
 #include <QPaintEvent>
 #include <QPainter>
@@ -225,7 +226,7 @@ private Q_SLOTS:
             {Qt::Key_V, Qt::ControlModifier},
             {Qt::Key_Home, Qt::ShiftModifier},
             {Qt::Key_Down, Qt::ShiftModifier}};
-        for (int step = 0; step < 120; ++step) {
+        for (int step = 0; step < rounds(120); ++step) {
             const int length = editor.view.textStorage()->length();
             switch (random.bounded(6)) {
             case 0:

@@ -190,7 +190,7 @@ private Q_SLOTS:
                                     u"x"_s,   u"\u2028"_s, u"."_s,   u"("_s,   u"if a:\n\tprint('b') # c\n"_s,
                                     u""_s};
         editor.view.setString(u"for x in y:\n\tprint('''a''', 1.5e+3)\n# end\n"_s);
-        for (int round = 0; round < 1500; ++round) {
+        for (int round = 0; round < rounds(1500); ++round) {
             const int length = editor.view.textStorage()->length();
             const int from = random.bounded(length + 1);
             switch (random.bounded(10)) {
@@ -338,7 +338,7 @@ private Q_SLOTS:
         VXCodeTextStorage storage;
         QString text;
         QList<int> sizes; // the font size of each character, 0 for none
-        for (int step = 0; step < 600; ++step) {
+        for (int step = 0; step < rounds(600); ++step) {
             const int from = random.bounded(int(text.size()) + 1);
             const int count = std::min(random.bounded(6), int(text.size()) - from);
             if (random.bounded(3) == 0) {

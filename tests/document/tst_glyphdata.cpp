@@ -4,6 +4,7 @@
 #include "document/TabbedTable.h"
 #include "document/VXDocument.h"
 #include "tests/Files.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/model/PlainRecord.h"
@@ -279,7 +280,7 @@ private Q_SLOTS:
     void stretchesNeverShow()
     {
         QRandomGenerator random(20);
-        for (int round = 0; round < 300; ++round) {
+        for (int round = 0; round < rounds(300); ++round) {
             const QByteArray file = randomFile(random);
             const QByteArray expected = pictureOf(readGlyphLines(file, 0, 1));
             for (const int stretches : {2, 3, 7, 1000})

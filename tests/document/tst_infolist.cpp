@@ -1,5 +1,6 @@
 // The info list: its operations, their undo, and look-ups that stay right through all of it.
 #include "document/VXDocument.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 
@@ -565,7 +566,7 @@ private Q_SLOTS:
     })
     {
         Rivals rivals(seed, repeatsRecords);
-        for (int round = 0; round < 3'000; ++round) {
+        for (int round = 0; round < rounds(3'000); ++round) {
             rivals.step();
             rivals.check();
             if (QTest::currentTestFailed()) {

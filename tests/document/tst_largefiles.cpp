@@ -5,6 +5,7 @@
 #include "document/VXDocument.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 #include "tests/document/PlainFile.h"
 
@@ -55,7 +56,6 @@ class TestLargeFiles : public QObject
 private Q_SLOTS:
     // times: the size of the file that reading may take besides
     TABLE(readsInProportion, (int records, int times, const Make &make), {
-        constexpr int kMega = 1'000'000;
         row("one value of 100 MB", 1, 4,
             [] { return "<glyph name=\"" + QByteArray(100 * kMega, 'a') + "\" />"; });
         row("one line of 100 MB without end", 1, 4,
@@ -110,7 +110,6 @@ private Q_SLOTS:
 
     // records: -1: an error
     TABLE(readsTablesInProportion, (int records, int times, const Make &make), {
-        constexpr int kMega = 1'000'000;
         row("a header of 10^7 tabs", 0, 8, [] { return QByteArray(10 * kMega, '\t'); });
         row("10^7 keys and values", 1, 8,
             [] { return QByteArray(10 * kMega, '\t') + '\n' + QByteArray(10 * kMega, '\t') + '\n'; });

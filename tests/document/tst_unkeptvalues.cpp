@@ -8,6 +8,7 @@
 #include "platform/Originals.h"
 #include "tests/Files.h"
 #include "tests/RandomValues.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 
@@ -47,7 +48,7 @@ private Q_SLOTS:
     {
         Dice dice(20);
         int outcomes[3] = {};
-        for (int round = 0; round < 600; ++round) {
+        for (int round = 0; round < rounds(600); ++round) {
             write(path(u"a.xml"_s), fileWith(kLines));
             const std::unique_ptr<VXDocument> document = opened();
             document->setFileVersion(round % 4 ? 2 : 1);
@@ -197,7 +198,7 @@ private Q_SLOTS:
     void autosavesEveryValue()
     {
         Dice dice(3);
-        for (int round = 0; round < 200; ++round) {
+        for (int round = 0; round < rounds(200); ++round) {
             const std::unique_ptr<VXDocument> document = opened();
             document->setFileVersion(round % 5);
             for (const InfoPtr &info : document->infos())

@@ -1,5 +1,6 @@
 #include "editing/CompareContent.h"
 #include "editing/TextDifference.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 #include "tests/editing/CompareRecords.h"
 
@@ -78,7 +79,7 @@ private Q_SLOTS:
                 made += words.at(static_cast<qsizetype>(random() % 7));
             return made;
         };
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < rounds(2000); ++round) {
             const unsigned length = round % 50 == 0 ? 900 : 12;
             const QString left = text(length);
             const QString right = round % 10 == 0 ? left : text(length);
@@ -190,7 +191,7 @@ private Q_SLOTS:
             return infos;
         };
         int different = 0;
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < rounds(2000); ++round) {
             const InfoList left = made();
             const InfoList right = round % 4 ? made() : left;
             for (const GlyphField field : {GlyphField::Desc, GlyphField::AltNames, GlyphField::Case}) {

@@ -2,6 +2,7 @@
 #include "editing/SearchColumns.h"
 
 #include "document/GlyphDataReader.h"
+#include "tests/Rounds.h"
 #include "tests/TestMain.h"
 
 #include <QRandomGenerator>
@@ -258,7 +259,7 @@ void SearchColumnsTest::answersAsEveryRecordDoes()
         infos.push_back(randomInfo(dice));
     searched.document.setInfos(infos);
 
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < rounds(150); ++round) {
         const QString text = randomPredicate(dice);
         Error error;
         const std::optional<Predicate> predicate = Predicate::parse(text, &error);

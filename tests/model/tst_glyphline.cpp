@@ -1,6 +1,7 @@
 // One record, one line: reading it, writing it, and writing it again as it stood.
 #include "model/GlyphLineReader.h"
 #include "model/GlyphLineWriter.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/model/PlainRecord.h"
@@ -247,7 +248,7 @@ private Q_SLOTS:
     void readsAsWrittenOut()
     {
         QRandomGenerator random(1);
-        for (int round = 0; round < 20'000; ++round) {
+        for (int round = 0; round < rounds(20'000); ++round) {
             const QString line = nearlyRightLine(random).trimmed();
             quint8 hint = 0;
             quint8 expectedHint = 0;
@@ -301,7 +302,7 @@ private Q_SLOTS:
     {
         QRandomGenerator random(2);
         int copied = 0;
-        for (int round = 0; round < 40'000; ++round) {
+        for (int round = 0; round < rounds(40'000); ++round) {
             const QString line = nearlyRightLine(random).trimmed();
             const LineInFile read(line);
             if (!read.info)

@@ -1,4 +1,5 @@
 #include "platform/Predicate.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 
@@ -332,7 +333,7 @@ private Q_SLOTS:
     void anyTextSurvivesAsArgument()
     {
         QRandomGenerator random(4711);
-        for (int round = 0; round < 3000; ++round) {
+        for (int round = 0; round < rounds(3000); ++round) {
             const QString text = troublesomeText(random), other = troublesomeText(random);
             const auto exact =
                 Predicate::withFormat(u"name == %@ && name IN %@"_s, {text, QStringList {text}});
@@ -352,7 +353,7 @@ private Q_SLOTS:
     void randomPredicatesFollowTheModel()
     {
         QRandomGenerator random(99);
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < rounds(2000); ++round) {
             const RandomPredicate expected = randomPredicate(random, 4);
             Error error;
             const auto predicate = Predicate::parse(expected.text, &error);
@@ -430,7 +431,7 @@ private Q_SLOTS:
         QVERIFY(tested && listed);
 
         QRandomGenerator random(1);
-        for (int round = 0; round < 20000; ++round) {
+        for (int round = 0; round < rounds(20000); ++round) {
             QString text = QString::number(random.bounded(0x12000), 16);
             if (random.bounded(4))
                 text = text.toUpper();

@@ -1,4 +1,5 @@
 #include "platform/TextFolding.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 
@@ -240,7 +241,7 @@ private Q_SLOTS:
         const SlowFolding model;
         QVERIFY(!model.fullCase.isEmpty());
         QRandomGenerator random(20250);
-        for (int round = 0; round < 5000; ++round) {
+        for (int round = 0; round < rounds(5000); ++round) {
             QString text = randomText(random, round % 2 == 1);
             while (round % 50 == 0 && text.size() < 1500)
                 text += QString(random.bounded(300), u'Q') + randomText(random, false);
@@ -263,7 +264,7 @@ private Q_SLOTS:
     void foldingGoesPieceByPiece()
     {
         QRandomGenerator random(77);
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < rounds(2000); ++round) {
             const QString one = randomText(random, false), other = randomText(random, false);
             for (const Folding folding : everyFolding) {
                 QCOMPARE(foldForSearch(one + other, folding),

@@ -279,7 +279,7 @@ private Q_SLOTS:
         QStringList texts {u""_s};
         qsizetype place = 0;
         qsizetype cleanPlace = 0;
-        for (int round = 0; round < 5'000; ++round) {
+        for (int round = 0; round < rounds(5'000); ++round) {
             switch (random.bounded(6)) {
             case 0:
             case 1: {

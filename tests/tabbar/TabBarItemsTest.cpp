@@ -230,7 +230,7 @@ private Q_SLOTS:
         QList<QObject *> model;
         QObject *selected = nullptr;
         QObject *previous = nullptr;
-        for (int step = 0; step < 3000; ++step) {
+        for (int step = 0; step < runebook::rounds(3000); ++step) {
             const int action = random.bounded(5);
             QObject *item = model.isEmpty() ? nullptr : model.at(random.bounded(int(model.size())));
             if (action == 0 || !item) {

@@ -1,8 +1,9 @@
-#include "TabBarFixture.h"
 #include "app/tabbar/PSMYosemiteStyle.h"
 #include "app/tabbar/TabWidths.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/tabbar/TabBarFixture.h"
 
 #include <QRandomGenerator>
 
@@ -129,7 +130,7 @@ private Q_SLOTS:
     void fittedAgainstPlainModel()
     {
         QRandomGenerator random(7);
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < rounds(2000); ++round) {
             QList<qreal> desired(random.bounded(12));
             std::ranges::generate(desired, [&random] { return 20 + random.bounded(300.0); });
             const int available = random.bounded(1200);
@@ -142,7 +143,7 @@ private Q_SLOTS:
     void widthsNeverLeaveTheBar()
     {
         QRandomGenerator random(11);
-        for (int round = 0; round < 3000; ++round) {
+        for (int round = 0; round < rounds(3000); ++round) {
             QList<qreal> desired(1 + random.bounded(40));
             std::ranges::generate(desired, [&random] { return random.bounded(400.0); });
             const int available = random.bounded(2000);
