@@ -1,6 +1,7 @@
 #include "codeeditor/CodeColors.h"
 #include "codeeditor/FormatOverlay.h"
 #include "tests/Fingerprint.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/codeeditor/EditorFixture.h"

@@ -4,8 +4,8 @@
 #include "document/TabbedTable.h"
 #include "document/VXDocument.h"
 #include "tests/Files.h"
-#include "tests/Table.h"
 #include "tests/Rounds.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/document/PlainFile.h"
 

@@ -4,6 +4,7 @@
 #include "model/VXGlyphInfo.h"
 #include "platform/StandardFolders.h"
 #include "tests/Fingerprint.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/model/RecordingOwner.h"

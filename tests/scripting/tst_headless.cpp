@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "tests/Files.h"
+#include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/Interpreters.h"
@@ -320,8 +321,7 @@ private Q_SLOTS:
         QCOMPARE(content(m_file), isSaved ? changed : before);
     }
 
-    /// Two runs change a record each and save at the same moment. RUNEBOOK_ROUNDS sets how often, two saves
-    /// each.
+    /// Two runs change a record each and save at the same moment.
     void twoRunsMeetInOneFile()
     {
         const QString code = u"import os, time\n"
@@ -330,7 +330,7 @@ private Q_SLOTS:
                              "Doc[%1].production = 'written.by%1'\n"
                              "open('%2/ready%1', 'w').close()\n"
                              "wait('%2/ready0'); wait('%2/ready1')\n"_s;
-        const int rounds = qMax(5, qEnvironmentVariableIntValue("RUNEBOOK_ROUNDS"));
+        const int rounds = runebook::rounds(5);
         int refused = 0;
         for (int round = 0; round < rounds; ++round) {
             init();

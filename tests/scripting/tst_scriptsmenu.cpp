@@ -403,6 +403,7 @@ private Q_SLOTS:
     })
     {
         script(u"sub/tidy.py"_s, u"Tidy"_s);
+        write(u"sub/__pycache__/other.cpython-311.pyc"_s, "x");
         m_handler->reloadScriptMenu();
         QAction *reload = MenuItem::withTag(m_handler->scriptMenu()->actions(), 4);
         QCOMPARE(reload->text(), u"Re&load Scripts"_s);
