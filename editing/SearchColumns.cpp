@@ -132,7 +132,7 @@ bool SearchColumns::fill(Column &column, const QDeadlineTimer &deadline, Long wh
         column.texts.reserve(infos.size());
     // At least one step a call, so that whoever calls again gets there.
     while (column.texts.count() < infos.size()) {
-        const std::size_t end = std::min(column.texts.count() + recordsBetweenLooks, infos.size());
+        const std::size_t end = std::min(column.texts.count() + kRecordsBetweenLooks, infos.size());
         for (std::size_t i = column.texts.count(); i < end; ++i) {
             if (!column.texts.isOpen() && !column.texts.areLong(*infos[i])) {
                 column.texts.append(*infos[i]);
