@@ -1,32 +1,13 @@
 #include "app/VXPreferencesController.h"
 #include "app/preferences/FontsPane.h"
 #include "app/preferences/PythonPane.h"
-#include "document/VXDocument.h"
-#include "platform/UserDefaults.h"
 #include "scripting/PythonPlaces.h"
 #include "scripting/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindowController.h"
 #include "tests/app/AppMain.h"
-
-#include <QAccessible>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDesktopServices>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QScreen>
-#include <QSignalSpy>
-#include <QSpinBox>
-#include <QTabWidget>
-#include <QToolBar>
-#include <QToolButton>
-#include <QTreeWidget>
+#include "tests/editing/Windows.h"
 
 using namespace runebook;
-using namespace Qt::StringLiterals;
 
 /// The preferences, driven by keys and mouse.
 class PreferencesTest : public QObject
@@ -39,21 +20,268 @@ public Q_SLOTS:
     void openUrl(const QUrl &url) { m_opened = url; }
 
 private Q_SLOTS:
-    void init();
-    void leadsToItsPanes();
-    void commitsWhenItCloses();
-    void scrollsOnSmallScreens();
-    void namesAndKeysEveryControl();
-    void keepsSettings_data();
-    void keepsSettings();
-    void followsSettingsFromElsewhere();
-    void showsTheCodeFont();
-    void checksAddresses_data();
-    void checksAddresses();
-    void choosesAPreviewFont();
-    void choosesAPython();
-    void installsPackages();
-    void refusesWhatIsNoPython();
+    void init()
+    {
+        m_window.reset();
+        forget({"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize", "MacroWrapColumn",
+                "MacroIndentation", "MacroClosesBrackets", "VXAfterFailedRun", "VXConsoleLineLimit", "SUFeedURL",
+                "VXUpdateServer", "SUShowCuttingEdgeVersion", "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"});
+        m_window = std::make_unique<VXPreferencesController>();
+        m_window->showWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void leadsToItsPanes()
+    {
+        const QStringList panes {u"general"_s, u"python"_s, u"fonts"_s, u"code"_s, u"updates"_s};
+        QCOMPARE(identifiers(), panes);
+        QCOMPARE(m_window->toolbarAllowedItemIdentifiers(), panes);
+        QCOMPARE(m_window->toolbarDefaultItemIdentifiers(), panes); // no spaces around them
+        QCOMPARE(m_window->selectedItemIdentifier(), u"general"_s);
+        auto *bar = m_window->findChild<QToolBar *>();
+        for (const QString &pane : panes) {
+            QAction *item = m_window->toolbarItemForItemIdentifier(pane);
+            QVERIFY(QFile::exists(":/icons/"_L1 + pane + ".svg"_L1));
+            QTest::mouseClick(bar->widgetForAction(item), Qt::LeftButton);
+            QCOMPARE(m_window->tabView()->currentWidget()->objectName(), pane);
+            QCOMPARE(m_window->tabView()->tabText(m_window->tabView()->currentIndex()), item->text());
+            QCOMPARE(m_window->selectedItemIdentifier(), pane);
+        }
+        m_window->showPrefpaneWithIdentifier(u"python"_s);
+        QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
+        m_window->showPrefpaneWithIdentifier(u"colours"_s);
+        QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
+        QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
+        QCOMPARE(m_window->selectedItemIdentifier(), u"code"_s);
+        QVERIFY(m_window->tabView()->currentWidget()->isAncestorOf(m_window->focusWidget())); // ready for keys
+        QVERIFY(!m_window->toolbarItemForItemIdentifier(u"colours"_s));
+    }
+
+    void commitsWhenItCloses()
+    {
+        m_window->showPrefpaneWithIdentifier(u"updates"_s);
+        auto *feed = find<QLineEdit>("feed");
+        feed->setFocus();
+        QTest::keyClicks(feed, u"https://example.org/feed"_s);
+        QCOMPARE(UserDefaults::standard().stringForKey(u"SUFeedURL"_s), QString());
+        QTest::keyClick(feed, Qt::Key_Escape);
+        QVERIFY(!m_window->isVisible());
+        QCOMPARE(UserDefaults::standard().stringForKey(u"SUFeedURL"_s), u"https://example.org/feed"_s);
+    }
+
+    void scrollsOnSmallScreens()
+    {
+        QVERIFY(m_window->frameGeometry().height() <= m_window->screen()->availableSize().height());
+        m_window->resize(600, 250);
+        m_window->showPrefpaneWithIdentifier(u"python"_s);
+        find<QLineEdit>("package")->setFocus();
+        typeKeys(m_window.get(), u"<Tab><Tab>"_s);
+        QCOMPARE(m_window->focusWidget()->objectName(), u"openFolder"_s);
+        QTRY_COMPARE(m_window->focusWidget()->visibleRegion().boundingRect(), m_window->focusWidget()->rect());
+        QCOMPARE(m_window->height(), 250);
+        QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
+        QTRY_VERIFY(!find<QSpinBox>("fontSize")->visibleRegion().isEmpty());
+    }
+
+    void namesAndKeysEveryControl()
+    {
+        for (QWidget *control : m_window->findChildren<QWidget *>()) {
+            const bool isControl = control->focusPolicy() != Qt::NoFocus && !control->objectName().isEmpty()
+                && !control->objectName().startsWith("qt_"_L1) && control->window() == m_window.get();
+            if (!isControl || qobject_cast<QTabWidget *>(control))
+                continue;
+            QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(control);
+            QVERIFY2(spoken && !spoken->text(QAccessible::Name).isEmpty(), qPrintable(control->objectName()));
+            if (auto *button = qobject_cast<QAbstractButton *>(control);
+                button && !qobject_cast<QToolButton *>(button))
+                QVERIFY2(!button->shortcut().isEmpty(), qPrintable(control->objectName()));
+        }
+    }
+
+    // typed: empty: a click
+    TABLE(keepsSettings, (const QByteArray &control, const QString &key, const QString &typed,
+          const QVariant &stored), {
+        row("windows", "restoreWindows", "VXRestoreWindows", "", QVariant(true));
+        row("reload", "reloadChangedFiles", "VXReloadChangedFiles", "", QVariant(false)); // on unless somebody wants to be asked
+        row("autosave", "autosaveDelay", "VXAutosaveDelay", "42", QVariant(42));
+        row("no autosave", "autosaveDelay", "VXAutosaveDelay", "0", QVariant(0));
+        row("font size", "fontSize", "MacroCodeFontSize", "20", QVariant(20));
+        row("column", "wrapColumn", "MacroWrapColumn", "100", QVariant(100));
+        row("indentation", "indentation", "MacroIndentation", "Blanks", QVariant(2));
+        row("brackets", "closesBrackets", "MacroClosesBrackets", "", QVariant(false));
+        row("console", "consoleLines", "VXConsoleLineLimit", "5000", QVariant(5000));
+        row("failed runs", "afterFailedRun", "VXAfterFailedRun", "Al", QVariant(1));
+        row("feed", "feed", "SUFeedURL", "https://a/", QVariant(u"https://a/"_s));
+        row("server", "server", "VXUpdateServer", "https://b", QVariant(u"https://b"_s));
+        row("newest", "newest", "SUShowCuttingEdgeVersion", "", QVariant(true));
+    })
+    {
+        auto *widget = m_window->findChild<QWidget *>(QString::fromLatin1(control));
+        QVERIFY(widget);
+        for (const QString &pane : identifiers()) {
+            if (m_window->tabView()->findChild<QWidget *>(pane)->isAncestorOf(widget))
+                m_window->showPrefpaneWithIdentifier(pane);
+        }
+        QVERIFY(!UserDefaults::standard().isSet(key));
+        if (typed.isEmpty()) {
+            QTest::mouseClick(widget, Qt::LeftButton, {}, QPoint(8, widget->height() / 2));
+        } else {
+            widget->setFocus();
+            typeKeys(widget, (qobject_cast<QComboBox *>(widget) ? u""_s : u"<Ctrl+A>"_s) + typed + u"<Return>"_s);
+        }
+        QCOMPARE(UserDefaults::standard().objectForKey(key), stored);
+    }
+
+    void followsSettingsFromElsewhere()
+    {
+        UserDefaults::standard().setObjectForKey(25, u"MacroCodeFontSize"_s);
+        UserDefaults::standard().setObjectForKey(true, u"SUShowCuttingEdgeVersion"_s);
+        UserDefaults::standard().setObjectForKey(u"https://c/"_s, u"SUFeedURL"_s);
+        QCOMPARE(find<QSpinBox>("fontSize")->value(), 25);
+        QVERIFY(find<QRadioButton>("newest")->isChecked());
+        QCOMPARE(find<QLineEdit>("feed")->text(), u"https://c/"_s);
+        UserDefaults::standard().setObjectForKey(u"no number"_s, u"MacroCodeFontSize"_s);
+        QCOMPARE(find<QSpinBox>("fontSize")->value(), 7); // the smallest there is
+        UserDefaults::standard().removeObjectForKey(u"MacroCodeFontSize"_s);
+        QCOMPARE(find<QSpinBox>("fontSize")->value(), 13);
+        QVERIFY(!UserDefaults::standard().isSet(u"MacroCodeFontSize"_s)); // showing it stores nothing
+    }
+
+    void showsTheCodeFont()
+    {
+        find<QSpinBox>("fontSize")->setValue(30);
+        QCOMPARE(find<QWidget>("sample")->window(), m_window.get());
+        QCOMPARE(m_window->tabView()->widget(3)->findChild<QWidget *>(u"sample"_s)->font().pointSize(), 30);
+    }
+
+    TABLE(checksAddresses, (const QString &feed, bool isGood), {
+        row("https", "https://example.org/feed.xml", true);
+        row("http", "http://example.org/feed.xml", false);
+        row("a file", "/etc/passwd", false);
+        row("none", "", false);
+    })
+    {
+        find<QLineEdit>("feed")->setText(feed);
+        const auto *status = m_window->tabView()->widget(4)->findChild<QLabel *>(u"status"_s);
+        QCOMPARE(status->text().isEmpty(), isGood);
+        QCOMPARE(find<QCheckBox>("checksAtStart")->isEnabled(), !feed.isEmpty());
+    }
+
+    void choosesAPreviewFont()
+    {
+        auto *pane = m_window->findChild<FontsPane *>();
+        auto *list = pane->findChild<QTreeWidget *>(u"scripts"_s);
+        const QList<QTreeWidgetItem *> items = list->findItems(u"greek"_s, Qt::MatchFixedString, 0);
+        QCOMPARE(items.size(), 1);
+        QVERIFY(list->topLevelItemCount() > 20);
+        list->setCurrentItem(items.front());
+        const QString font = u"/usr/share/fonts/truetype/dejavu/DejaVuSerif.ttf"_s;
+        QVERIFY(QFile::exists(font));
+        QVERIFY(pane->useFontFile(font));
+        QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
+        QCOMPARE(items.front()->text(1), u"DejaVuSerif.ttf"_s);
+        QVERIFY(pane->findChild<QLabel *>(u"sample"_s)->font().family().startsWith(u"DejaVu Serif"_s));
+        // What is no font changes nothing.
+        QVERIFY(!pane->useFontFile(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml")));
+        QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
+        QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("no font"_L1));
+        m_window->showPrefpaneWithIdentifier(u"fonts"_s);
+        QTest::mouseClick(pane->findChild<QPushButton *>(u"remove"_s), Qt::LeftButton);
+        QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), QString());
+        QVERIFY(!pane->findChild<QPushButton *>(u"remove"_s)->isEnabled());
+    }
+
+    void choosesAPython()
+    {
+        m_window->showPrefpaneWithIdentifier(u"python"_s);
+        auto *pane = m_window->findChild<PythonPane *>();
+        auto *list = pane->findChild<QListWidget *>(u"installations"_s);
+        const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
+        QCOMPARE(list->count(), 1 + found.size());
+        QCOMPARE(list->currentRow(), 0);
+        QVERIFY(!found.isEmpty());
+        const QString newest = found.last().value(u"fullPath"_s).toString();
+        QVERIFY(pane->findChild<QLabel *>(u"inUse"_s)->text().contains(newest));
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_Down);
+        QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
+        QTest::keyClick(list, Qt::Key_Up);
+        QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
+
+        const QSignalSpy tried(pane, &PythonPane::tried);
+        pane->addInstallation(newest);
+        QTRY_COMPARE_WITH_TIMEOUT(tried.size(), 1, 30'000);
+        QVERIFY(tried.at(0).at(0).toBool());
+        QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
+        QCOMPARE(list->currentRow(), 1);
+        QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("next start"_L1));
+    }
+
+    void installsPackages()
+    {
+        VXMacroWindowController panelOfTheTest;
+        VXMacroWindowController *panel = &panelOfTheTest;
+        VXScriptingHandler::sharedHandler()->setMacroPanelController(panel);
+        // A program in the place of the interpreter's that does with its last argument what pip would.
+        const QTemporaryDir prefix;
+        QVERIFY(QDir(prefix.path()).mkpath(u"bin"_s) && QDir(prefix.path()).mkpath(u"lib"_s));
+        const QString library = prefix.filePath(u"lib/libpython3.11.so.1.0"_s);
+        QVERIFY(QFile::copy(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), library));
+        m_window->showPrefpaneWithIdentifier(u"python"_s);
+        auto *pane = m_window->findChild<PythonPane *>();
+        auto *package = pane->findChild<QLineEdit *>(u"package"_s);
+        const auto *status = pane->findChild<QLabel *>(u"packagesStatus"_s);
+        UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
+        const auto install = [&](const QString &name) {
+            package->setText(name);
+            QTest::keyClick(package, Qt::Key_Return);
+            [&] { QTRY_VERIFY(pane->findChild<QPushButton *>(u"install"_s)->isEnabled()); }();
+            return status->text();
+        };
+        QVERIFY2(install(u"absent"_s).contains(u"no program beside its library"_s), qPrintable(status->text()));
+
+        QFile pip(prefix.filePath(u"bin/python3.11"_s));
+        QVERIFY(pip.open(QIODevice::WriteOnly));
+        pip.write("#!/bin/sh\n[ \"$3\" = install ] || exit 9\nshift 6; target=$1; name=$3\n"
+                  "[ $name = none ] && { echo 'python3.11: No module named pip'; exit 1; }\n"
+                  "[ $name = broken ] && { echo 'ERROR: no such thing'; exit 1; }\n"
+                  "echo Collecting $name; echo 'there = 5' > $target/$name.py\n");
+        pip.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        pip.close();
+        QVERIFY2(install(u"none"_s).contains(u"has no pip"_s), qPrintable(status->text()));
+        QVERIFY2(install(u"broken"_s).contains(u"was not installed"_s), qPrintable(status->text()));
+        QVERIFY2(install(u"runebook_trial"_s).contains(u"is installed"_s), qPrintable(status->text()));
+        QVERIFY(package->text().isEmpty());
+        QVERIFY( panel->write().contains(u"Collecting runebook_trial"_s)
+                && panel->write().contains(u"ERROR: no such thing"_s));
+        // Without a restart.
+        VXScriptingHandler::sharedHandler()->runMacroString(
+            u"import runebook_trial; print(runebook_trial.there + 1)"_s);
+        QTRY_VERIFY(panel->write().endsWith(u"6\n"_s));
+        QDesktopServices::setUrlHandler(u"file"_s, this, "openUrl");
+        QTest::mouseClick(pane->findChild<QPushButton *>(u"openFolder"_s), Qt::LeftButton);
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        QVERIFY(QFile::exists(m_opened.toLocalFile() + u"/runebook_trial.py"_s));
+    }
+
+    void refusesWhatIsNoPython()
+    {
+        const QTemporaryDir folder;
+        const QString fake = folder.filePath(u"libpython3.11.so.1.0"_s);
+        QVERIFY(QFile::copy(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), fake));
+        auto *pane = m_window->findChild<PythonPane *>();
+        const QSignalSpy tried(pane, &PythonPane::tried);
+        int count = 0;
+        for (const QString &path : {QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), fake,
+                                    folder.filePath(u"libpython3.11.so"_s), QString()}) {
+            pane->addInstallation(path);
+            ++count;
+            QTRY_COMPARE_WITH_TIMEOUT(tried.size(), count, 30'000);
+            QVERIFY(!tried.last().at(0).toBool());
+            QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
+            QVERIFY(pane->findChild<QPushButton *>(u"add"_s)->isEnabled());
+        }
+    }
 
 private:
     template <typename Widget> Widget *find(const char *name)
@@ -66,299 +294,6 @@ private:
     QUrl m_opened;
     std::unique_ptr<VXPreferencesController> m_window;
 };
-
-void PreferencesTest::init()
-{
-    m_window.reset();
-    for (const char *key :
-         {"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize",
-          "MacroWrapColumn", "MacroIndentation", "MacroClosesBrackets", "VXAfterFailedRun", "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
-          "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"})
-        UserDefaults::standard().removeObjectForKey(QString::fromLatin1(key));
-    m_window = std::make_unique<VXPreferencesController>();
-    m_window->showWindow();
-    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-}
-
-void PreferencesTest::leadsToItsPanes()
-{
-    const QStringList panes {u"general"_s, u"python"_s, u"fonts"_s, u"code"_s, u"updates"_s};
-    QCOMPARE(identifiers(), panes);
-    QCOMPARE(m_window->toolbarAllowedItemIdentifiers(), panes);
-    QCOMPARE(m_window->toolbarDefaultItemIdentifiers(), panes); // no spaces around them
-    QCOMPARE(m_window->selectedItemIdentifier(), u"general"_s);
-    auto *bar = m_window->findChild<QToolBar *>();
-    for (const QString &pane : panes) {
-        QAction *item = m_window->toolbarItemForItemIdentifier(pane);
-        QVERIFY(QFile::exists(":/icons/"_L1 + pane + ".svg"_L1));
-        QTest::mouseClick(bar->widgetForAction(item), Qt::LeftButton);
-        QCOMPARE(m_window->tabView()->currentWidget()->objectName(), pane);
-        QCOMPARE(m_window->tabView()->tabText(m_window->tabView()->currentIndex()), item->text());
-        QCOMPARE(m_window->selectedItemIdentifier(), pane);
-    }
-    m_window->showPrefpaneWithIdentifier(u"python"_s);
-    QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
-    m_window->showPrefpaneWithIdentifier(u"colours"_s);
-    QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
-    QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
-    QCOMPARE(m_window->selectedItemIdentifier(), u"code"_s);
-    QVERIFY(m_window->tabView()->currentWidget()->isAncestorOf(m_window->focusWidget())); // ready for keys
-    QVERIFY(!m_window->toolbarItemForItemIdentifier(u"colours"_s));
-}
-
-void PreferencesTest::commitsWhenItCloses()
-{
-    m_window->showPrefpaneWithIdentifier(u"updates"_s);
-    auto *feed = find<QLineEdit>("feed");
-    feed->setFocus();
-    QTest::keyClicks(feed, u"https://example.org/feed"_s);
-    QCOMPARE(UserDefaults::standard().stringForKey(u"SUFeedURL"_s), QString());
-    QTest::keyClick(feed, Qt::Key_Escape);
-    QVERIFY(!m_window->isVisible());
-    QCOMPARE(UserDefaults::standard().stringForKey(u"SUFeedURL"_s), u"https://example.org/feed"_s);
-}
-
-void PreferencesTest::scrollsOnSmallScreens()
-{
-    QVERIFY(m_window->frameGeometry().height() <= m_window->screen()->availableSize().height());
-    m_window->resize(600, 250);
-    m_window->showPrefpaneWithIdentifier(u"python"_s);
-    find<QLineEdit>("package")->setFocus();
-    QTest::keyClick(m_window->focusWidget(), Qt::Key_Tab);
-    QTest::keyClick(m_window->focusWidget(), Qt::Key_Tab);
-    QCOMPARE(m_window->focusWidget()->objectName(), u"openFolder"_s);
-    QTRY_COMPARE(m_window->focusWidget()->visibleRegion().boundingRect(), m_window->focusWidget()->rect());
-    QCOMPARE(m_window->height(), 250);
-    QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
-    QTRY_VERIFY(!find<QSpinBox>("fontSize")->visibleRegion().isEmpty());
-}
-
-void PreferencesTest::namesAndKeysEveryControl()
-{
-    for (QWidget *control : m_window->findChildren<QWidget *>()) {
-        const bool isControl = control->focusPolicy() != Qt::NoFocus && !control->objectName().isEmpty()
-            && !control->objectName().startsWith("qt_"_L1) && control->window() == m_window.get();
-        if (!isControl || qobject_cast<QTabWidget *>(control))
-            continue;
-        QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(control);
-        QVERIFY2(spoken && !spoken->text(QAccessible::Name).isEmpty(), qPrintable(control->objectName()));
-        if (auto *button = qobject_cast<QAbstractButton *>(control);
-            button && !qobject_cast<QToolButton *>(button))
-            QVERIFY2(!button->shortcut().isEmpty(), qPrintable(control->objectName()));
-    }
-}
-
-void PreferencesTest::keepsSettings_data()
-{
-    QTest::addColumn<QByteArray>("control");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("typed"); // empty: a click
-    QTest::addColumn<QVariant>("stored");
-    QTest::newRow("windows") << QByteArray("restoreWindows") << u"VXRestoreWindows"_s << QString()
-                             << QVariant(true);
-    QTest::newRow("reload") << QByteArray("reloadChangedFiles") << u"VXReloadChangedFiles"_s << QString()
-                            << QVariant(false); // on unless somebody wants to be asked
-    QTest::newRow("autosave") << QByteArray("autosaveDelay") << u"VXAutosaveDelay"_s << u"42"_s
-                              << QVariant(42);
-    QTest::newRow("no autosave") << QByteArray("autosaveDelay") << u"VXAutosaveDelay"_s << u"0"_s
-                                 << QVariant(0);
-    QTest::newRow("font size") << QByteArray("fontSize") << u"MacroCodeFontSize"_s << u"20"_s << QVariant(20);
-    QTest::newRow("column") << QByteArray("wrapColumn") << u"MacroWrapColumn"_s << u"100"_s << QVariant(100);
-    QTest::newRow("indentation") << QByteArray("indentation") << u"MacroIndentation"_s << u"Blanks"_s << QVariant(2);
-    QTest::newRow("brackets") << QByteArray("closesBrackets") << u"MacroClosesBrackets"_s << QString()
-                              << QVariant(false);
-    QTest::newRow("console") << QByteArray("consoleLines") << u"VXConsoleLineLimit"_s << u"5000"_s
-                             << QVariant(5000);
-    QTest::newRow("failed runs") << QByteArray("afterFailedRun") << u"VXAfterFailedRun"_s << u"Al"_s << QVariant(1);
-    QTest::newRow("feed") << QByteArray("feed") << u"SUFeedURL"_s << u"https://a/"_s
-                          << QVariant(u"https://a/"_s);
-    QTest::newRow("server") << QByteArray("server") << u"VXUpdateServer"_s << u"https://b"_s
-                            << QVariant(u"https://b"_s);
-    QTest::newRow("newest") << QByteArray("newest") << u"SUShowCuttingEdgeVersion"_s << QString()
-                            << QVariant(true);
-}
-
-void PreferencesTest::keepsSettings()
-{
-    QFETCH(QByteArray, control);
-    QFETCH(QString, key);
-    QFETCH(QString, typed);
-    QFETCH(QVariant, stored);
-    auto *widget = m_window->findChild<QWidget *>(QString::fromLatin1(control));
-    QVERIFY(widget);
-    for (const QString &pane : identifiers()) {
-        if (m_window->tabView()->findChild<QWidget *>(pane)->isAncestorOf(widget))
-            m_window->showPrefpaneWithIdentifier(pane);
-    }
-    QVERIFY(!UserDefaults::standard().isSet(key));
-    if (typed.isEmpty()) {
-        QTest::mouseClick(widget, Qt::LeftButton, {}, QPoint(8, widget->height() / 2));
-    } else {
-        widget->setFocus();
-        if (!qobject_cast<QComboBox *>(widget))
-            QTest::keyClick(widget, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClicks(widget, typed);
-        QTest::keyClick(widget, Qt::Key_Return);
-    }
-    QCOMPARE(UserDefaults::standard().objectForKey(key), stored);
-}
-
-void PreferencesTest::followsSettingsFromElsewhere()
-{
-    UserDefaults::standard().setObjectForKey(25, u"MacroCodeFontSize"_s);
-    UserDefaults::standard().setObjectForKey(true, u"SUShowCuttingEdgeVersion"_s);
-    UserDefaults::standard().setObjectForKey(u"https://c/"_s, u"SUFeedURL"_s);
-    QCOMPARE(find<QSpinBox>("fontSize")->value(), 25);
-    QVERIFY(find<QRadioButton>("newest")->isChecked());
-    QCOMPARE(find<QLineEdit>("feed")->text(), u"https://c/"_s);
-    UserDefaults::standard().setObjectForKey(u"no number"_s, u"MacroCodeFontSize"_s);
-    QCOMPARE(find<QSpinBox>("fontSize")->value(), 7); // the smallest there is
-    UserDefaults::standard().removeObjectForKey(u"MacroCodeFontSize"_s);
-    QCOMPARE(find<QSpinBox>("fontSize")->value(), 13);
-    QVERIFY(!UserDefaults::standard().isSet(u"MacroCodeFontSize"_s)); // showing it stores nothing
-}
-
-void PreferencesTest::showsTheCodeFont()
-{
-    find<QSpinBox>("fontSize")->setValue(30);
-    QCOMPARE(find<QWidget>("sample")->window(), m_window.get());
-    QCOMPARE(m_window->tabView()->widget(3)->findChild<QWidget *>(u"sample"_s)->font().pointSize(), 30);
-}
-
-void PreferencesTest::checksAddresses_data()
-{
-    QTest::addColumn<QString>("feed");
-    QTest::addColumn<bool>("isGood");
-    QTest::newRow("https") << u"https://example.org/feed.xml"_s << true;
-    QTest::newRow("http") << u"http://example.org/feed.xml"_s << false;
-    QTest::newRow("a file") << u"/etc/passwd"_s << false;
-    QTest::newRow("none") << QString() << false;
-}
-
-void PreferencesTest::checksAddresses()
-{
-    QFETCH(QString, feed);
-    QFETCH(bool, isGood);
-    find<QLineEdit>("feed")->setText(feed);
-    const auto *status = m_window->tabView()->widget(4)->findChild<QLabel *>(u"status"_s);
-    QCOMPARE(status->text().isEmpty(), isGood);
-    QCOMPARE(find<QCheckBox>("checksAtStart")->isEnabled(), !feed.isEmpty());
-}
-
-void PreferencesTest::choosesAPreviewFont()
-{
-    auto *pane = m_window->findChild<FontsPane *>();
-    auto *list = pane->findChild<QTreeWidget *>(u"scripts"_s);
-    const QList<QTreeWidgetItem *> items = list->findItems(u"greek"_s, Qt::MatchFixedString, 0);
-    QCOMPARE(items.size(), 1);
-    QVERIFY(list->topLevelItemCount() > 20);
-    list->setCurrentItem(items.front());
-    const QString font = u"/usr/share/fonts/truetype/dejavu/DejaVuSerif.ttf"_s;
-    QVERIFY(QFile::exists(font));
-    QVERIFY(pane->useFontFile(font));
-    QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
-    QCOMPARE(items.front()->text(1), u"DejaVuSerif.ttf"_s);
-    QVERIFY(pane->findChild<QLabel *>(u"sample"_s)->font().family().startsWith(u"DejaVu Serif"_s));
-    // What is no font changes nothing.
-    QVERIFY(!pane->useFontFile(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml")));
-    QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
-    QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("no font"_L1));
-    m_window->showPrefpaneWithIdentifier(u"fonts"_s);
-    QTest::mouseClick(pane->findChild<QPushButton *>(u"remove"_s), Qt::LeftButton);
-    QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), QString());
-    QVERIFY(!pane->findChild<QPushButton *>(u"remove"_s)->isEnabled());
-}
-
-void PreferencesTest::choosesAPython()
-{
-    m_window->showPrefpaneWithIdentifier(u"python"_s);
-    auto *pane = m_window->findChild<PythonPane *>();
-    auto *list = pane->findChild<QListWidget *>(u"installations"_s);
-    const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
-    QCOMPARE(list->count(), 1 + found.size());
-    QCOMPARE(list->currentRow(), 0);
-    QVERIFY(!found.isEmpty());
-    const QString newest = found.last().value(u"fullPath"_s).toString();
-    QVERIFY(pane->findChild<QLabel *>(u"inUse"_s)->text().contains(newest));
-    list->setFocus();
-    QTest::keyClick(list, Qt::Key_Down);
-    QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
-    QTest::keyClick(list, Qt::Key_Up);
-    QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
-
-    const QSignalSpy tried(pane, &PythonPane::tried);
-    pane->addInstallation(newest);
-    QTRY_COMPARE_WITH_TIMEOUT(tried.size(), 1, 30'000);
-    QVERIFY(tried.at(0).at(0).toBool());
-    QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
-    QCOMPARE(list->currentRow(), 1);
-    QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("next start"_L1));
-}
-
-void PreferencesTest::refusesWhatIsNoPython()
-{
-    const QTemporaryDir folder;
-    const QString fake = folder.filePath(u"libpython3.11.so.1.0"_s);
-    QVERIFY(QFile::copy(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), fake));
-    auto *pane = m_window->findChild<PythonPane *>();
-    const QSignalSpy tried(pane, &PythonPane::tried);
-    int count = 0;
-    for (const QString &path : {QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), fake,
-                                folder.filePath(u"libpython3.11.so"_s), QString()}) {
-        pane->addInstallation(path);
-        ++count;
-        QTRY_COMPARE_WITH_TIMEOUT(tried.size(), count, 30'000);
-        QVERIFY(!tried.last().at(0).toBool());
-        QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
-        QVERIFY(pane->findChild<QPushButton *>(u"add"_s)->isEnabled());
-    }
-}
-
-void PreferencesTest::installsPackages()
-{
-    VXMacroWindowController panelOfTheTest;
-    VXMacroWindowController *panel = &panelOfTheTest;
-    VXScriptingHandler::sharedHandler()->setMacroPanelController(panel);
-    // A program in the place of the interpreter's that does with its last argument what pip would.
-    const QTemporaryDir prefix;
-    QVERIFY(QDir(prefix.path()).mkpath(u"bin"_s) && QDir(prefix.path()).mkpath(u"lib"_s));
-    const QString library = prefix.filePath(u"lib/libpython3.11.so.1.0"_s);
-    QVERIFY(QFile::copy(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml"), library));
-    m_window->showPrefpaneWithIdentifier(u"python"_s);
-    auto *pane = m_window->findChild<PythonPane *>();
-    auto *package = pane->findChild<QLineEdit *>(u"package"_s);
-    const auto *status = pane->findChild<QLabel *>(u"packagesStatus"_s);
-    UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
-    const auto install = [&](const QString &name) {
-        package->setText(name);
-        QTest::keyClick(package, Qt::Key_Return);
-        [&] { QTRY_VERIFY(pane->findChild<QPushButton *>(u"install"_s)->isEnabled()); }();
-        return status->text();
-    };
-    QVERIFY2(install(u"absent"_s).contains(u"no program beside its library"_s), qPrintable(status->text()));
-
-    QFile pip(prefix.filePath(u"bin/python3.11"_s));
-    QVERIFY(pip.open(QIODevice::WriteOnly));
-    pip.write("#!/bin/sh\n[ \"$3\" = install ] || exit 9\nshift 6; target=$1; name=$3\n"
-              "[ $name = none ] && { echo 'python3.11: No module named pip'; exit 1; }\n"
-              "[ $name = broken ] && { echo 'ERROR: no such thing'; exit 1; }\n"
-              "echo Collecting $name; echo 'there = 5' > $target/$name.py\n");
-    pip.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    pip.close();
-    QVERIFY2(install(u"none"_s).contains(u"has no pip"_s), qPrintable(status->text()));
-    QVERIFY2(install(u"broken"_s).contains(u"was not installed"_s), qPrintable(status->text()));
-    QVERIFY2(install(u"runebook_trial"_s).contains(u"is installed"_s), qPrintable(status->text()));
-    QVERIFY(package->text().isEmpty());
-    QVERIFY( panel->write().contains(u"Collecting runebook_trial"_s)
-            && panel->write().contains(u"ERROR: no such thing"_s));
-    // Without a restart.
-    VXScriptingHandler::sharedHandler()->runMacroString(u"import runebook_trial; print(runebook_trial.there + 1)"_s);
-    QTRY_VERIFY(panel->write().endsWith(u"6\n"_s));
-    QDesktopServices::setUrlHandler(u"file"_s, this, "openUrl");
-    QTest::mouseClick(pane->findChild<QPushButton *>(u"openFolder"_s), Qt::LeftButton);
-    QDesktopServices::unsetUrlHandler(u"file"_s);
-    QVERIFY(QFile::exists(m_opened.toLocalFile() + u"/runebook_trial.py"_s));
-}
 
 RUNEBOOK_APP_TEST_MAIN(PreferencesTest)
 #include "PreferencesTest.moc"

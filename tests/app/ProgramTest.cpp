@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/editing/Records.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -35,6 +37,13 @@ Outcome run(const QStringList &arguments, const QStringList &withoutVariables = 
             QString::fromUtf8(process.readAllStandardError())};
 }
 
+QString fileIn(const QTemporaryDir &folder, const QString &name, const QByteArray &bytes)
+{
+    if (!writeFile(folder.filePath(name), bytes))
+        qFatal("cannot write %s", qPrintable(name));
+    return folder.filePath(name);
+}
+
 } // namespace
 
 /// The program as it is started from a terminal or a Makefile.
@@ -42,32 +51,17 @@ class ProgramTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void answersWithoutADisplay_data()
+    TABLE(answersWithoutADisplay, (const QStringList &arguments, int status, const QString &output,
+          const QString &errors), {
+        row("help", {u"--help"_s}, 0, "--compare", "");
+        row("version", {u"--version"_s}, 0, u"Runebook " RUNEBOOK_VERSION ""_s, "");
+        row("unknown option", {u"--colour"_s}, 2, "", "--help");
+        row("one file to compare", {u"--compare"_s, u"a.xml"_s}, 2, "", "two files");
+        row("unknown key", {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s}, 2, "", "--key");
+        row("files that are not there", {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s}, 2, "", "/no/a.xml");
+        row("a window", {}, 1, "", "No display");
+    })
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<QString>("errors");
-        QTest::newRow("help") << QStringList {u"--help"_s} << 0 << u"--compare"_s << QString();
-        QTest::newRow("version") << QStringList {u"--version"_s} << 0 << u"Runebook " RUNEBOOK_VERSION ""_s
-                                 << QString();
-        QTest::newRow("unknown option") << QStringList {u"--colour"_s} << 2 << QString() << u"--help"_s;
-        QTest::newRow("one file to compare")
-            << QStringList {u"--compare"_s, u"a.xml"_s} << 2 << QString() << u"two files"_s;
-        QTest::newRow("unknown key") << QStringList {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s}
-                                     << 2 << QString() << u"--key"_s;
-        QTest::newRow("files that are not there")
-            << QStringList {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s} << 2 << QString()
-            << u"/no/a.xml"_s;
-        QTest::newRow("a window") << QStringList() << 1 << QString() << u"No display"_s;
-    }
-
-    void answersWithoutADisplay()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, status);
-        QFETCH(QString, output);
-        QFETCH(QString, errors);
         const Outcome outcome = run(arguments, {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s});
         QCOMPARE(outcome.status, status);
         QVERIFY2(outcome.output.contains(output), qPrintable(outcome.output));
@@ -78,18 +72,8 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString sample = QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml");
-        QFile original(sample);
-        QVERIFY(original.open(QIODevice::ReadOnly));
-        QByteArray changed = original.readAll();
-        const QByteArray before = "name=\"A\" ";
-        QVERIFY(changed.contains(before));
-        changed.replace(before, "name=\"A\" sortName=\"changed\" ");
-        const QString copy = folder.filePath(u"copy.xml"_s);
-        QFile file(copy);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(changed);
-        file.close();
-
+        const QByteArray changed = contentOf(sample).replace("name=\"A\" ", "name=\"A\" sortName=\"changed\" ");
+        const QString copy = fileIn(folder, u"copy.xml"_s, changed);
         QCOMPARE(run({u"--compare"_s, sample, sample}).status, 0);
         const Outcome different = run({u"--compare"_s, sample, copy});
         QCOMPARE(different.status, 1);
@@ -99,56 +83,35 @@ private Q_SLOTS:
         QVERIFY(QJsonDocument::fromJson(json.output.toUtf8()).array().size() >= 1);
     }
 
-    void stopsAtRescueFiles_data()
-    {
-        QTest::addColumn<QStringList>("mode");
-        QTest::addColumn<bool>("isBeside"); // or in the user's data folder
-        QTest::addColumn<bool>("isSame"); // a save that had ended all but for this file
+    // isBeside: or in the user's data folder
+    // isSame: a save that had ended all but for this file
+    TABLE(stopsAtRescueFiles, (QStringList mode, bool isBeside, bool isSame), {
         const QString code = u"Doc.infos()[0].setName_('x')"_s;
         const QStringList eval {u"--eval"_s, code, u"--save"_s};
         const QStringList run {u"--run"_s, u"SCRIPT"_s, u"--save"_s};
-        QTest::newRow("eval") << eval << true << false;
-        QTest::newRow("run") << run << true << false;
-        QTest::newRow("run, in the data folder") << run << false << false;
-        QTest::newRow("eval, ended") << eval << true << true;
-        QTest::newRow("check") << QStringList {u"--check"_s} << true << false;
-        QTest::newRow("check, in the data folder") << QStringList {u"--check"_s, u"--json"_s} << false << false;
-        QTest::newRow("compare") << QStringList {u"--compare"_s, u"SAMPLE"_s} << true << false;
-        QTest::newRow("compare, in the data folder")
-            << QStringList {u"--compare"_s, u"SAMPLE"_s} << false << false;
-    }
-
-    void stopsAtRescueFiles()
+        row("eval", eval, true, false);
+        row("run", run, true, false);
+        row("run, in the data folder", run, false, false);
+        row("eval, ended", eval, true, true);
+        row("check", {u"--check"_s}, true, false);
+        row("check, in the data folder", {u"--check"_s, u"--json"_s}, false, false);
+        row("compare", {u"--compare"_s, u"SAMPLE"_s}, true, false);
+        row("compare, in the data folder", {u"--compare"_s, u"SAMPLE"_s}, false, false);
+    })
     {
-        QFETCH(QStringList, mode);
-        QFETCH(bool, isBeside);
-        QFETCH(bool, isSame);
         const QTemporaryDir folder;
-        const auto write = [&folder](const QString &name, const QByteArray &bytes) {
-            QFile file(folder.filePath(name));
-            if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-                qFatal("cannot write %s", qPrintable(name));
-            return file.fileName();
-        };
-        const auto contentOf = [](const QString &path) {
-            QFile file(path);
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
-        };
+        const auto write = [&folder](const QString &name, const QByteArray &bytes) { return fileIn(folder, name, bytes); };
         const QByteArray text = "<glyphData>\n\t<glyph name=\"a\" />\n</glyphData>\n";
         const QString file = write(u"a.xml"_s, text);
         mode.replaceInStrings(u"SCRIPT"_s, write(u"s.py"_s, "Doc.infos()[0].setName_('x')\n"));
         mode.replaceInStrings(u"SAMPLE"_s, write(u"b.xml"_s, text));
         QString rescue = folder.filePath(u".a.xml.runebook-rescue"_s);
         if (!isBeside) {
-            const QByteArray hash =
-                QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha1).toHex().left(10);
+            const QByteArray hash = QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha1).toHex().left(10);
             QVERIFY(QDir().mkpath(folder.filePath(u"data/runebook/Rescue"_s)));
-            rescue = folder.filePath(u"data/runebook/Rescue/a.xml-%1.runebook-rescue"_s.arg(
-                QString::fromLatin1(hash)));
+            rescue = folder.filePath(u"data/runebook/Rescue/a.xml-%1.runebook-rescue"_s.arg(QString::fromLatin1(hash)));
         }
-        QFile left(rescue);
-        QVERIFY(left.open(QIODevice::WriteOnly) && left.write(isSame ? text : text + text) > 0);
-        left.close();
+        QVERIFY(writeFile(rescue, isSame ? text : text + text));
         const QByteArray dataBefore = qgetenv("XDG_DATA_HOME");
         qputenv("XDG_DATA_HOME", QFile::encodeName(folder.filePath(u"data"_s)));
         const Outcome met = run(mode + QStringList {file});
@@ -173,22 +136,13 @@ private Q_SLOTS:
     void checksFiles()
     {
         const QTemporaryDir folder;
-        const auto write = [&folder](const QString &name, const QByteArray &content) {
-            QFile file(folder.filePath(name));
-            if (file.open(QIODevice::WriteOnly))
-                file.write(content);
-            return file.fileName();
-        };
-        QFile sample(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml"));
-        QVERIFY(sample.open(QIODevice::ReadOnly));
-        const QByteArray own = sample.readAll();
+        const auto write = [&folder](const QString &name, const QByteArray &bytes) { return fileIn(folder, name, bytes); };
+        const QByteArray own = contentOf(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml"));
         const QByteArray header = own.left(own.indexOf("\t<glyph "));
         const QString clean = write(u"clean.xml"_s, header + "\t<glyph unicode=\"0041\" name=\"A\" />\n</glyphData>\n");
-        const QString bad = write(u"bad.xml"_s,
-                                  header
-                                      + "\t<glyph unicode=\"0041\" name=\"A\" />\n<!-- note -->\n"
-                                        "\t<glyph unicode=\"41\" name=\"A\" weight=\"1\" />\n"
-                                        "\t<glyph name='q' />\n</glyphData>\n");
+        const QString bad = write(u"bad.xml"_s, header + "\t<glyph unicode=\"0041\" name=\"A\" />\n<!-- note -->\n"
+                                                         "\t<glyph unicode=\"41\" name=\"A\" weight=\"1\" />\n"
+                                                         "\t<glyph name='q' />\n</glyphData>\n");
         const QString table = write(u"table.txt"_s, "name\tdesc\nA\tx\nB\ta \"b\" c\n");
         const QString binary = write(u"binary.xml"_s, "\xFF\x00");
         const int first = int(header.count('\n')) + 1;
@@ -216,8 +170,7 @@ private Q_SLOTS:
 
         outcome = run({u"--check"_s, table});
         QCOMPARE(outcome.status, 1);
-        QVERIFY2(outcome.output.startsWith(at(table, 3, "quote-or-line-break: B.desc: ")),
-                 qPrintable(outcome.output));
+        QVERIFY2(outcome.output.startsWith(at(table, 3, "quote-or-line-break: B.desc: ")), qPrintable(outcome.output));
 
         outcome = run({u"--check"_s, u"--json"_s, clean, bad, binary, u"/no/such.xml"_s});
         QCOMPARE(outcome.status, 2);
@@ -300,11 +253,7 @@ private Q_SLOTS:
     void startsWithFilesAndDamagedOnes()
     {
         const QTemporaryDir folder;
-        const QString broken = folder.filePath(u"broken.xml"_s);
-        QFile file(broken);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\xff\xfe<glyph ");
-        file.close();
+        const QString broken = fileIn(folder, u"broken.xml"_s, "\xff\xfe<glyph ");
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"),

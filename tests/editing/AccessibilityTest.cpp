@@ -1,43 +1,19 @@
-#include "editing/ProblemsPane.h"
+#include "editing/ChoiceCells.h"
 #include "editing/VXCompareDataWindow.h"
 #include "editing/VXFindReplaceWindowController.h"
-#include "editing/VXWindowController.h"
-#include "platform/DocumentController.h"
-#include "tests/TestMain.h"
-
-#include <QAbstractButton>
-#include <QAbstractScrollArea>
-#include <QAccessible>
-#include <QHeaderView>
-#include <QScrollBar>
-#include <QTableView>
-#include <QToolBar>
-#include <QToolButton>
+#include "tests/editing/Windows.h"
 
 using namespace runebook;
-using namespace Qt::StringLiterals;
 
 namespace {
 
 /// What a person can act on, as assistive technology calls it.
 bool isControl(QAccessible::Role role)
 {
-    switch (role) {
-    case QAccessible::Button:
-    case QAccessible::ButtonMenu:
-    case QAccessible::ButtonDropDown:
-    case QAccessible::CheckBox:
-    case QAccessible::RadioButton:
-    case QAccessible::ComboBox:
-    case QAccessible::EditableText:
-    case QAccessible::SpinBox:
-    case QAccessible::Table:
-    case QAccessible::Tree:
-    case QAccessible::List:
-        return true;
-    default:
-        return false;
-    }
+    using enum QAccessible::Role;
+    static const QSet<QAccessible::Role> controls {Button, ButtonMenu, ButtonDropDown, CheckBox, RadioButton, ComboBox,
+                                                   EditableText, SpinBox, Table, Tree, List};
+    return controls.contains(role);
 }
 
 /// Parts of a control, which speak through it.
@@ -99,14 +75,8 @@ class AccessibilityTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        for (VXDocument *document : {&m_left, &m_right}) {
-            InfoList infos;
-            for (const QString &name : {u"A"_s, u"B"_s, u"two words"_s}) {
-                infos.push_back(VXGlyphInfo::init());
-                infos.back()->setName(name);
-            }
-            document->setInfos(infos);
-        }
+        for (VXDocument *document : {&m_left, &m_right})
+            document->setInfos({infoNamed(u"A"_s), infoNamed(u"B"_s), infoNamed(u"two words"_s)});
         m_right.infos().front()->setDesc(u"other"_s);
     }
 
@@ -133,12 +103,15 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&window));
         QCOMPARE(faultsOf(window).join(u'\n'), QString());
 
+        for (const QLabel *caption : window.detailPane()->findChildren<QLabel *>()) {
+            if (caption->objectName().startsWith("infoLable"_L1))
+                QVERIFY2(caption->buddy(), qPrintable(caption->objectName()));
+        }
         // A problem is read out as a cell with its text.
         QAccessibleInterface *table = QAccessible::queryAccessibleInterface(window.problemsPane()->table());
         QVERIFY(table->tableInterface());
         QCOMPARE(table->tableInterface()->rowCount(), 1);
-        const QAccessibleInterface *cell =
-            table->tableInterface()->cellAt(0, ProblemsModel::ExplanationColumn);
+        const QAccessibleInterface *cell = table->tableInterface()->cellAt(0, ProblemsModel::ExplanationColumn);
         QVERIFY(cell->text(QAccessible::Name).contains(u"space"_s));
     }
 
@@ -163,6 +136,17 @@ private Q_SLOTS:
         }
     }
 
+    void choiceCellsSayWhatIsChosen()
+    {
+        ChoiceCells cells(u"Case"_s, {{1, u"None"_s}, {2, u"Upper"_s}, {3, u"Lower"_s}});
+        const auto spoken = [&cells] { return QAccessible::queryAccessibleInterface(&cells)->text(QAccessible::Name); };
+        QCOMPARE(spoken(), u"Case"_s);
+        cells.setChosen({3, 2, 7});
+        QCOMPARE(spoken(), u"Case: Upper, Lower"_s);
+        cells.setChosen({});
+        QCOMPARE(spoken(), u"Case"_s);
+    }
+
     void findAndReplace()
     {
         VXFindReplaceWindowController panel;
@@ -174,8 +158,8 @@ private Q_SLOTS:
 
     void compareWindow()
     {
-        DocumentController::shared().addDocument(&m_left);
-        DocumentController::shared().addDocument(&m_right);
+        controller().addDocument(&m_left);
+        controller().addDocument(&m_right);
         VXCompareDataWindow window;
         window.showWindow();
         window.filteredKeys()->setSelectionIndexes({0});

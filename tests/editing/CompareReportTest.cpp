@@ -2,8 +2,9 @@
 #include "editing/CommonLines.h"
 #include "editing/ComparedFields.h"
 #include "editing/RecordPairs.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
-#include "tests/editing/CompareRecords.h"
+#include "tests/editing/Records.h"
 
 #include <QBuffer>
 #include <QJsonArray>
@@ -96,77 +97,50 @@ class CompareReportTest : public QObject
     }
 
 private Q_SLOTS:
-    void pairs_data()
-    {
-        QTest::addColumn<QStringList>("left");
-        QTest::addColumn<QStringList>("right");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<QStringList>("pairs");
+    TABLE(pairs, (const QStringList &left, const QStringList &right, int key, const QStringList &pairs), {
         const QString a = glyph(u"name=\"A\""_s);
         const QString b = glyph(u"name=\"B\" category=\"Letter\""_s);
         const QString changedB = glyph(u"name=\"B\" category=\"Mark\""_s);
         const QStringList none;
 
-        QTest::newRow("identical, no descriptions") << QStringList {a, b} << QStringList {a, b} << 0 << none;
-        QTest::newRow("both empty") << none << none << 0 << none;
-        QTest::newRow("another order") << QStringList {a, b} << QStringList {b, a} << 0 << none;
-        QTest::newRow("disjoint") << QStringList {a} << QStringList {b} << 0
-                                  << QStringList {u"-A"_s, u"+B"_s};
-        QTest::newRow("one empty") << QStringList {a, b} << none << 0 << QStringList {u"-A"_s, u"-B"_s};
-        QTest::newRow("a field") << QStringList {a, b} << QStringList {a, changedB} << 0
-                                 << QStringList {u"B:category"_s};
-        QTest::newRow("repeated and the same")
-            << QStringList {b, changedB} << QStringList {changedB, b} << 0 << none;
-        QTest::newRow("repeated, one more on the left")
-            << QStringList {b, changedB} << QStringList {changedB} << 0 << QStringList {u"-B"_s};
-        QTest::newRow("repeated twice the same, once there")
-            << QStringList {a, a} << QStringList {a} << 0 << QStringList {u"-A"_s};
-        QTest::newRow("another way to write the same")
-            << QStringList {a, b} << QStringList {u"<glyph   name=\"A\"/>"_s, b + u"\r"_s} << 0 << none;
-        QTest::newRow("an unknown attribute is no field")
-            << QStringList {a} << QStringList {glyph(u"name=\"A\" colour=\"3\""_s)} << 0 << none;
-        QTest::newRow("case, though the record's own equality overlooks it")
-            << QStringList {glyph(u"name=\"A\" case=\"upper\""_s)} << QStringList {a} << 0
-            << QStringList {u"A:case"_s};
-        QTest::newRow("by code point, renamed")
-            << QStringList {glyph(u"unicode=\"0041\" name=\"A\""_s)}
-            << QStringList {glyph(u"unicode=\"0041\" name=\"Alpha\""_s)} << 1 << QStringList {u"A:name"_s};
-        QTest::newRow("by code point, without one: by name")
-            << QStringList {b} << QStringList {changedB} << 1 << QStringList {u"B:category"_s};
-        QTest::newRow("a comment hides lines")
-            << QStringList {b, a} << QStringList {b, u"<!--"_s, a, u"-->"_s} << 0 << QStringList {u"-A"_s};
-        QTest::newRow("foreign lines are no records")
-            << QStringList {a, u"something"_s, u"something"_s} << QStringList {u"else"_s, a} << 0 << none;
-        QTest::newRow("one long line and many short ones")
-            << QStringList {glyph(u"name=\"A\" description=\"%1\""_s.arg(QString(700'000, u'x')))}
-            << QStringList(40, a) << 0 << (QStringList {u"A:desc"_s} + QStringList(39, u"+A"_s));
-    }
-
-    void pairs()
+        row("identical, no descriptions", {a, b}, {a, b}, 0, none);
+        row("both empty", none, none, 0, none);
+        row("another order", {a, b}, {b, a}, 0, none);
+        row("disjoint", {a}, {b}, 0, {u"-A"_s, u"+B"_s});
+        row("one empty", {a, b}, none, 0, {u"-A"_s, u"-B"_s});
+        row("a field", {a, b}, {a, changedB}, 0, {u"B:category"_s});
+        row("repeated and the same", {b, changedB}, {changedB, b}, 0, none);
+        row("repeated, one more on the left", {b, changedB}, {changedB}, 0, {u"-B"_s});
+        row("repeated twice the same, once there", {a, a}, {a}, 0, {u"-A"_s});
+        row("another way to write the same", {a, b}, {u"<glyph   name=\"A\"/>"_s, b + u"\r"_s}, 0, none);
+        row("an unknown attribute is no field", {a}, {glyph(u"name=\"A\" colour=\"3\""_s)}, 0, none);
+        row("case, though the record's own equality overlooks it", {glyph(u"name=\"A\" case=\"upper\""_s)}, {a}, 0,
+            {u"A:case"_s});
+        row("by code point, renamed", {glyph(u"unicode=\"0041\" name=\"A\""_s)},
+            {glyph(u"unicode=\"0041\" name=\"Alpha\""_s)}, 1, {u"A:name"_s});
+        row("by code point, without one: by name", {b}, {changedB}, 1, {u"B:category"_s});
+        row("a comment hides lines", {b, a}, {b, u"<!--"_s, a, u"-->"_s}, 0, {u"-A"_s});
+        row("foreign lines are no records", {a, u"something"_s, u"something"_s}, {u"else"_s, a}, 0, none);
+        row("one long line and many short ones",
+            {glyph(u"name=\"A\" description=\"%1\""_s.arg(QString(700'000, u'x')))}, QStringList(40, a), 0,
+            (QStringList {u"A:desc"_s} + QStringList(39, u"+A"_s)));
+    })
     {
-        QFETCH(const QStringList, left);
-        QFETCH(const QStringList, right);
-        QFETCH(const int, key);
         const auto difference =
             differenceOfFiles(write(u"left.xml"_s, fileOf(left)), write(u"right.xml"_s, fileOf(right)),
                               compareKeyFromNumber(key));
         QVERIFY(difference);
-        QTEST(shown(difference->pairs), "pairs");
+        QCOMPARE(shown(difference->pairs), pairs);
         QCOMPARE(difference->leftCount, GlyphDataReader().read(fileOf(left)).size());
         QCOMPARE(difference->rightCount, GlyphDataReader().read(fileOf(right)).size());
     }
 
     /// Taking out common lines changes nothing in the result: a comparison of all records says the same.
-    void againstAllRecords_data()
-    {
-        QTest::addColumn<int>("seed");
+    TABLE(againstAllRecords, (int seed), {
         for (int seed = 1; seed <= 30; ++seed)
-            QTest::addRow("seed %d", seed) << seed;
-    }
-
-    void againstAllRecords()
+            row(u"seed %1"_s.arg(seed), seed);
+    })
     {
-        QFETCH(const int, seed);
         std::mt19937 random(static_cast<unsigned>(seed));
         const auto roll = [&](unsigned sides) { return static_cast<qsizetype>(random() % sides); };
         const auto line = [&] {
@@ -306,8 +280,7 @@ private Q_SLOTS:
             write(u"left.xml"_s,
                   fileOf({glyph(u"unicode=\"0041\" name=\"A\" category=\"Letter\" altNames=\"a, b\""_s),
                           glyph(u"unicode=\"0042\" name=\"B\""_s)}));
-        const QString right =
-            write(u"right.xml"_s, fileOf({glyph(u"unicode=\"0041\" name=\"A\" altNames=\"a\""_s)}));
+        const QString right = write(u"right.xml"_s, fileOf({glyph(u"unicode=\"0041\" name=\"A\" altNames=\"a\""_s)}));
         QString text;
         QCOMPARE(report(left, right, &text, ReportFormat::Json, CompareKey::Unicode), 1);
         const QJsonArray pairs = QJsonDocument::fromJson(text.toUtf8()).array();
@@ -318,28 +291,22 @@ private Q_SLOTS:
         QCOMPARE(a[u"name"_s].toString(), u"A"_s);
         const QJsonObject fields = a[u"different"_s].toObject();
         QCOMPARE(fields.keys(), QStringList({u"altNames"_s, u"category"_s}));
-        QCOMPARE(fields[u"category"_s].toObject(),
-                 QJsonObject({{u"left"_s, u"Letter"_s}, {u"right"_s, u""_s}}));
+        QCOMPARE(fields[u"category"_s].toObject(), QJsonObject({{u"left"_s, u"Letter"_s}, {u"right"_s, u""_s}}));
         QCOMPARE(fields[u"altNames"_s].toObject()[u"left"_s].toArray(), QJsonArray({u"a"_s, u"b"_s}));
         const QJsonObject b = pairs.at(1).toObject();
         QCOMPARE(b[u"missing"_s].toString(), u"right"_s);
         QCOMPARE(b[u"record"_s].toObject()[u"name"_s].toString(), u"B"_s);
     }
 
-    void unreadable_data()
+    TABLE(unreadable, (const QString &path), {
+        row("not there", m_folder.filePath(u"nothing.xml"_s));
+        row("a folder", m_folder.path());
+        row("a device", "/dev/null");
+        row("not UTF-8", write(u"latin.xml"_s, fileOf({glyph(u"name=\"A\""_s)}) + "\xE4\n"));
+        row("no glyph data", write(u"page.xml"_s, "<html><body>glyph</body></html>\n"));
+        row("no table", write(u"page.txt"_s, "<html><body>glyph</body></html>\n"));
+    })
     {
-        QTest::addColumn<QString>("path");
-        QTest::newRow("not there") << m_folder.filePath(u"nothing.xml"_s);
-        QTest::newRow("a folder") << m_folder.path();
-        QTest::newRow("a device") << u"/dev/null"_s;
-        QTest::newRow("not UTF-8") << write(u"latin.xml"_s, fileOf({glyph(u"name=\"A\""_s)}) + "\xE4\n");
-        QTest::newRow("no glyph data") << write(u"page.xml"_s, "<html><body>glyph</body></html>\n");
-        QTest::newRow("no table") << write(u"page.txt"_s, "<html><body>glyph</body></html>\n");
-    }
-
-    void unreadable()
-    {
-        QFETCH(const QString, path);
         const QString good = write(u"good.xml"_s, fileOf({glyph(u"name=\"A\""_s)}));
         for (const auto &[left, right] : {std::pair(good, path), std::pair(path, good)}) {
             QString text;
@@ -351,14 +318,6 @@ private Q_SLOTS:
         }
     }
 
-    void keyWords()
-    {
-        QCOMPARE(compareKeyFromWord(u"name"), CompareKey::Name);
-        QCOMPARE(compareKeyFromWord(u"unicode"), CompareKey::Unicode);
-        QCOMPARE(compareKeyFromWord(u"production"), CompareKey::Production);
-        QVERIFY(!compareKeyFromWord(u"Name"));
-        QVERIFY(!compareKeyFromWord(u""));
-    }
 };
 
 RUNEBOOK_TEST_MAIN(CompareReportTest)

@@ -1,22 +1,7 @@
-#include "editing/DetailPane.h"
-#include "editing/GlyphTableView.h"
-#include "editing/GlyphColumns.h"
-#include "editing/VXSearchField.h"
-#include "editing/VXWindowController.h"
-#include "platform/DocumentController.h"
-#include "platform/MessageBar.h"
-#include "tests/TestMain.h"
-
-#include <QClipboard>
-#include <QDrag>
-#include <QHeaderView>
-#include <QLabel>
-#include <QPlainTextEdit>
-#include <QProcess>
-#include <functional>
+#include "tests/ScreenMain.h"
+#include "tests/editing/Windows.h"
 
 using namespace runebook;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -24,18 +9,13 @@ namespace {
 struct Window {
     explicit Window(const QString &names, QPoint place)
     {
-        InfoList infos;
-        for (const QString &name : names.split(u' ')) {
-            infos.push_back(VXGlyphInfo::init());
-            infos.back()->setName(name);
-        }
-        document.setInfos(infos);
-        document.updateChangeCount(Document::ChangeCleared);
+        fill(document, named(names));
         controller = std::make_unique<VXWindowController>(document);
         document.setWindowController(controller.get());
         controller->resize(760, 420);
         controller->move(place);
         controller->show();
+        [this] { QVERIFY(QTest::qWaitForWindowExposed(controller.get())); }();
     }
     GlyphTableView *table() const { return controller->tableView(); }
     /// A place over a row: its middle, or with \a part near its upper (0.1) or lower (0.9) edge.
@@ -72,33 +52,18 @@ private Q_SLOTS:
         QVERIFY2(QGuiApplication::platformName() == "xcb"_L1, "Xvfb does not start");
     }
 
-    void rowsAreMovedAndCopied_data()
+    TABLE(rowsAreMovedAndCopied, (const QList<int> &rows, int target, double part, bool copies,
+          const QString &expected), {
+        row("[b] before d", {1}, 3, 0.1, false, "a c [b] d e");
+        row("[b] behind d", {1}, 3, 0.9, false, "a c d [b] e");
+        row("[b] [d] to the front", {1, 3}, 0, 0.1, false, "[b] [d] a c e");
+        row("[e] copied behind a", {4}, 0, 0.9, true, "a [e] b c d e");
+        row("[a] [b] copied behind e", {0, 1}, 4, 0.9, true, "a b c d e [a] [b]");
+    })
     {
-        QTest::addColumn<QList<int>>("rows");
-        QTest::addColumn<int>("target");
-        QTest::addColumn<double>("part");
-        QTest::addColumn<bool>("copies");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("[b] before d") << QList<int> {1} << 3 << 0.1 << false << u"a c [b] d e"_s;
-        QTest::newRow("[b] behind d") << QList<int> {1} << 3 << 0.9 << false << u"a c d [b] e"_s;
-        QTest::newRow("[b] [d] to the front") << QList<int> {1, 3} << 0 << 0.1 << false << u"[b] [d] a c e"_s;
-        QTest::newRow("[e] copied behind a") << QList<int> {4} << 0 << 0.9 << true << u"a [e] b c d e"_s;
-        QTest::newRow("[a] [b] copied behind e")
-            << QList<int> {0, 1} << 4 << 0.9 << true << u"a b c d e [a] [b]"_s;
-    }
-
-    void rowsAreMovedAndCopied()
-    {
-        QFETCH(QList<int>, rows);
-        QFETCH(int, target);
-        QFETCH(double, part);
-        QFETCH(bool, copies);
-        QFETCH(QString, expected);
         Window window(u"a b c d e"_s, {10, 10});
-        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
         window.controller->infolistController()->setSelectionIndexes(IndexSet(rows.begin(), rows.end()));
-        drag(window, rows.last(), window, window.at(target, part),
-             copies ? Qt::ControlModifier : Qt::NoModifier);
+        drag(window, rows.last(), window, window.at(target, part), copies ? Qt::ControlModifier : Qt::NoModifier);
         QCOMPARE(window.picture(), expected);
         const QString name = copies ? u"Duplicate"_s : u"Move"_s;
         QCOMPARE(window.document.undoManager()->stack()->undoText(),
@@ -111,7 +76,6 @@ private Q_SLOTS:
     void dropLineSpansTheRow()
     {
         Window window(u"a b c d e"_s, {10, 10});
-        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
         window.controller->infolistController()->setSelectionIndexes({1});
         const QWidget *viewport = window.table()->viewport();
         const int y = window.table()->rowViewportPosition(3);
@@ -137,11 +101,9 @@ private Q_SLOTS:
     {
         QGuiApplication::clipboard()->clear();
         const Window window(u"a b"_s, {10, 10});
-        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
         auto *description = window.controller->detailPane()->findChild<QPlainTextEdit *>();
         description->setFocus();
-        QTest::keyClicks(description, u"x"_s);
-        QTest::keyClick(description, Qt::Key_V, Qt::ControlModifier);
+        typeKeys(description, u"x<Ctrl+V>"_s);
         QCOMPARE(description->toPlainText(), u"x"_s);
     }
 
@@ -149,29 +111,20 @@ private Q_SLOTS:
     {
         const Window source(u"a b c"_s, {10, 10});
         const Window target(u"x y z"_s, {10, 500});
-        QVERIFY(QTest::qWaitForWindowExposed(source.controller.get()));
-        QVERIFY(QTest::qWaitForWindowExposed(target.controller.get()));
         drag(source, 0, target, target.at(2, 0.1), Qt::NoModifier);
         QCOMPARE(source.picture(), u"[a] b c"_s);
         QCOMPARE(target.picture(), u"[x] y z"_s);
         QVERIFY(!source.document.isDocumentEdited() && !target.document.isDocumentEdited());
     }
 
-    void rowsThatCannotBeMovedSayWhy_data()
+    TABLE(rowsThatCannotBeMovedSayWhy, (bool isSorted), {
+        row("sorted", true);
+        row("filtered", false);
+    })
     {
-        QTest::addColumn<bool>("isSorted");
-        QTest::newRow("sorted") << true;
-        QTest::newRow("filtered") << false;
-    }
-
-    void rowsThatCannotBeMovedSayWhy()
-    {
-        QFETCH(bool, isSorted);
         const Window window(u"a1 a2 a3 a4 b5"_s, {10, 10});
-        QVERIFY(QTest::qWaitForWindowExposed(window.controller.get()));
         if (isSorted) {
-            window.table()->horizontalHeader()->setSortIndicator(columnOfField(GlyphField::Name),
-                                                                 Qt::AscendingOrder);
+            window.table()->sortByColumn(columnOfField(GlyphField::Name), Qt::AscendingOrder);
         } else {
             window.controller->searchField()->setStringValue(u"a"_s);
             window.controller->filterInfos();
@@ -218,32 +171,10 @@ private:
 
     static void moveMouse(QWindow *window, QPoint place, Qt::KeyboardModifiers keys)
     {
-        QMouseEvent move(QEvent::MouseMove, place, window->mapToGlobal(place), Qt::NoButton, Qt::LeftButton,
-                         keys);
+        QMouseEvent move(QEvent::MouseMove, place, window->mapToGlobal(place), Qt::NoButton, Qt::LeftButton, keys);
         QCoreApplication::sendEvent(window, &move);
     }
 };
 
-/// The window system's drag and drop needs a screen, so the program brings one of its own.
-int main(int argc, char *argv[])
-{
-    static const QTemporaryDir home; // static: see TestMain.h
-    runebook::useTestHome(home.path());
-    QProcess screen;
-    screen.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1200x1000x24"_s, u"-nolisten"_s, u"tcp"_s});
-    if (screen.waitForReadyRead(20'000)) {
-        qputenv("DISPLAY", ":" + screen.readAllStandardOutput().trimmed());
-        qputenv("QT_QPA_PLATFORM", "xcb");
-    }
-    int status = 0;
-    {
-        QApplication app(argc, argv);
-        DragTest test;
-        status = QTest::qExec(&test, argc, argv);
-    }
-    screen.terminate();
-    screen.waitForFinished();
-    return status;
-}
-
+RUNEBOOK_SCREEN_TEST_MAIN(DragTest)
 #include "DragTest.moc"

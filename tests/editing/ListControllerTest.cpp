@@ -1,8 +1,9 @@
 #include "editing/GlyphColumns.h"
 #include "editing/RSRTVArrayController.h"
 #include "editing/SortOrder.h"
-#include "tests/Rounds.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/editing/Records.h"
 
 #include <QAbstractItemModelTester>
 #include <QCollator>
@@ -15,31 +16,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-InfoPtr infoNamed(const QString &name)
-{
-    InfoPtr info = VXGlyphInfo::init();
-    info->setName(name);
-    return info;
-}
-
 /// A document with a record for each word of \a names.
-std::unique_ptr<VXDocument> documentOf(const QString &names)
+std::unique_ptr<VXDocument> documentWith(const QString &names)
 {
-    auto document = std::make_unique<VXDocument>();
-    InfoList infos;
-    for (const QString &name : names.split(u' ', Qt::SkipEmptyParts))
-        infos.push_back(infoNamed(name));
-    document->setInfos(infos);
-    document->updateChangeCount(Document::ChangeCleared);
-    return document;
-}
-
-QString namesOf(const InfoList &infos)
-{
-    QStringList names;
-    for (const InfoPtr &info : infos)
-        names << info->name();
-    return names.join(u' ');
+    return documentOf(named(names));
 }
 
 IndexSet rowsOf(const QString &text)
@@ -113,35 +93,18 @@ class ListControllerTest : public QObject
 private Q_SLOTS:
     void init() { qRegisterMetaType<InfoPtr>(); }
 
-    void drop_data()
+    TABLE(drop, (const QString &names, const QString &rows, int target, bool copies, const QString &expected), {
+        row("a [b] c [d] e to the front", "a b c d e", "1 3", 0, false, "[b] [d] a c e");
+        row("[a] [b] c d e before e", "a b c d e", "0 1", 4, false, "c d [a] [b] e");
+        row("onto its own place", "a b c", "1", 1, false, "a [b] c");
+        row("to the end", "a b c", "0 2", 3, false, "b [a] [c]");
+        row("into the middle of itself", "a b c d", "0 3", 2, false, "b [a] [d] c");
+        row("copies of b c to the front", "a b c", "1 2", 0, true, "[b] [c] a b c");
+        row("copies between", "a b c d", "0 3", 2, true, "a b [a] [d] c d");
+        row("copies to the end", "a b", "0 1", 2, true, "a b [a] [b]");
+    })
     {
-        QTest::addColumn<QString>("names");
-        QTest::addColumn<QString>("rows");
-        QTest::addColumn<int>("target");
-        QTest::addColumn<bool>("copies");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("a [b] c [d] e to the front")
-            << u"a b c d e"_s << u"1 3"_s << 0 << false << u"[b] [d] a c e"_s;
-        QTest::newRow("[a] [b] c d e before e")
-            << u"a b c d e"_s << u"0 1"_s << 4 << false << u"c d [a] [b] e"_s;
-        QTest::newRow("onto its own place") << u"a b c"_s << u"1"_s << 1 << false << u"a [b] c"_s;
-        QTest::newRow("to the end") << u"a b c"_s << u"0 2"_s << 3 << false << u"b [a] [c]"_s;
-        QTest::newRow("into the middle of itself")
-            << u"a b c d"_s << u"0 3"_s << 2 << false << u"b [a] [d] c"_s;
-        QTest::newRow("copies of b c to the front")
-            << u"a b c"_s << u"1 2"_s << 0 << true << u"[b] [c] a b c"_s;
-        QTest::newRow("copies between") << u"a b c d"_s << u"0 3"_s << 2 << true << u"a b [a] [d] c d"_s;
-        QTest::newRow("copies to the end") << u"a b"_s << u"0 1"_s << 2 << true << u"a b [a] [b]"_s;
-    }
-
-    void drop()
-    {
-        QFETCH(QString, names);
-        QFETCH(QString, rows);
-        QFETCH(int, target);
-        QFETCH(bool, copies);
-        QFETCH(QString, expected);
-        const auto document = documentOf(names);
+        const auto document = documentWith(names);
         RSRTVArrayController controller(*document);
         const QAbstractItemModelTester tester(&controller,
                                               QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -159,8 +122,8 @@ private Q_SLOTS:
 
     void dropsFromElsewhereAreRefused()
     {
-        const auto document = documentOf(u"a b c"_s);
-        const auto other = documentOf(u"a b c"_s);
+        const auto document = documentWith(u"a b c"_s);
+        const auto other = documentWith(u"a b c"_s);
         RSRTVArrayController controller(*document);
         RSRTVArrayController otherController(*other);
         const std::unique_ptr<QMimeData> foreign(otherController.mimeDataForRows({0}));
@@ -178,27 +141,21 @@ private Q_SLOTS:
         QVERIFY2(!controller.mimeDataForRows({0}), "rows of a filtered table are no places in the list");
     }
 
-    void selectionSurvives_data()
+    TABLE(selectionSurvives, (const QString &step, const QString &expected), {
+        row("filter that keeps b", "filter b", "[b] ab");
+        row("filter that hides b", "filter c", "c");
+        row("filter and clear", "filter c;clear", "a [b] c ab");
+        row("two filters and clear", "filter c;filter a;clear", "a [b] c ab");
+        row("another is chosen under a filter", "filter c;select 0;clear", "a b [c] ab");
+        row("sort down", "sort", "c [b] ab a");
+        row("sort and back", "sort;unsort", "a [b] c ab");
+        row("a record is added", "add", "a [b] c ab new");
+        row("another is removed", "remove 0", "[b] c ab");
+        row("removed and undone", "remove 1;undo", "a [b] c ab");
+        row("renamed", "rename", "a [renamed] c ab");
+    })
     {
-        QTest::addColumn<QString>("step");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("filter that keeps b") << u"filter b"_s << u"[b] ab"_s;
-        QTest::newRow("filter that hides b") << u"filter c"_s << u"c"_s;
-        QTest::newRow("filter and clear") << u"filter c;clear"_s << u"a [b] c ab"_s;
-        QTest::newRow("two filters and clear") << u"filter c;filter a;clear"_s << u"a [b] c ab"_s;
-        QTest::newRow("sort down") << u"sort"_s << u"c [b] ab a"_s;
-        QTest::newRow("sort and back") << u"sort;unsort"_s << u"a [b] c ab"_s;
-        QTest::newRow("a record is added") << u"add"_s << u"a [b] c ab new"_s;
-        QTest::newRow("another is removed") << u"remove 0"_s << u"[b] c ab"_s;
-        QTest::newRow("removed and undone") << u"remove 1;undo"_s << u"a [b] c ab"_s;
-        QTest::newRow("renamed") << u"rename"_s << u"a [renamed] c ab"_s;
-    }
-
-    void selectionSurvives()
-    {
-        QFETCH(QString, step);
-        QFETCH(QString, expected);
-        const auto document = documentOf(u"a b c ab"_s);
+        const auto document = documentWith(u"a b c ab"_s);
         RSRTVArrayController controller(*document);
         const QAbstractItemModelTester tester(&controller,
                                               QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -207,6 +164,8 @@ private Q_SLOTS:
         for (const QString &command : step.split(u';')) {
             if (command.startsWith("filter "_L1))
                 QVERIFY(controller.setFilterPredicate(u"name contains \"%1\""_s.arg(command.mid(7))));
+            else if (command.startsWith("select "_L1))
+                controller.setSelectionIndexes(rowsOf(command.mid(7)));
             else if (command == "clear"_L1)
                 QVERIFY(controller.setFilterPredicate(QString()));
             else if (command == "sort"_L1)
@@ -228,7 +187,7 @@ private Q_SLOTS:
 
     void rowsFollowRandomEdits()
     {
-        const auto document = documentOf(u"a1 a2 b1 b2 c1 c2"_s);
+        const auto document = documentWith(u"a1 a2 b1 b2 c1 c2"_s);
         RSRTVArrayController controller(*document);
         const QAbstractItemModelTester tester(&controller,
                                               QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -320,7 +279,7 @@ private Q_SLOTS:
 
     void filterStaysInForceOverUndo()
     {
-        const auto document = documentOf(u"a1 b1 a2 b2 a3 b3"_s);
+        const auto document = documentWith(u"a1 b1 a2 b2 a3 b3"_s);
         RSRTVArrayController controller(*document);
         QVERIFY(controller.setFilterPredicate(u"name contains \"a\""_s));
         controller.setSelectionIndexes({0});
@@ -344,30 +303,23 @@ private Q_SLOTS:
 
     void selectionSurvivesAnotherReadingOfTheFile()
     {
-        const auto document = documentOf(u"a b c d"_s);
+        const auto document = documentWith(u"a b c d"_s);
         RSRTVArrayController controller(*document);
         controller.setSelectionIndexes({1, 3});
-        document->setInfos(documentOf(u"x d b a"_s)->infos());
+        document->setInfos(documentWith(u"x d b a"_s)->infos());
         QCOMPARE(picture(controller), u"x [d] [b] a"_s);
         QCOMPARE(controller.selectionModel()->currentIndex().row(), 2);
     }
 
-    void afterRemovingTheNextRowIsSelected_data()
+    TABLE(afterRemovingTheNextRowIsSelected, (const QString &rows, const QString &expected), {
+        row("a [b] c d", "1", "a [c] d");
+        row("[a] [b] c d", "0 1", "[c] d");
+        row("[a] b [c] d", "0 2", "b [d]");
+        row("a b c [d]", "3", "a b [c]");
+        row("[a] [b] [c] [d]", "0 1 2 3", "");
+    })
     {
-        QTest::addColumn<QString>("rows");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("a [b] c d") << u"1"_s << u"a [c] d"_s;
-        QTest::newRow("[a] [b] c d") << u"0 1"_s << u"[c] d"_s;
-        QTest::newRow("[a] b [c] d") << u"0 2"_s << u"b [d]"_s;
-        QTest::newRow("a b c [d]") << u"3"_s << u"a b [c]"_s;
-        QTest::newRow("[a] [b] [c] [d]") << u"0 1 2 3"_s << u""_s;
-    }
-
-    void afterRemovingTheNextRowIsSelected()
-    {
-        QFETCH(QString, rows);
-        QFETCH(QString, expected);
-        const auto document = documentOf(u"a b c d"_s);
+        const auto document = documentWith(u"a b c d"_s);
         RSRTVArrayController controller(*document);
         controller.setSelectionIndexes(rowsOf(rows));
         const QString before = picture(controller);
@@ -380,42 +332,25 @@ private Q_SLOTS:
         QCOMPARE(picture(controller), expected);
     }
 
-    void naturalOrder_data()
+    TABLE(naturalOrder, (const QString &field, const Qt::SortOrder &order, const QStringList &values,
+          const QStringList &expected), {
+        row("numbers by value", "sortName", Qt::AscendingOrder, {u"a10"_s, u"a9"_s, u"a1"_s, u"a09x"_s},
+            {u"a1"_s, u"a9"_s, u"a09x"_s, u"a10"_s});
+        row("case counts for nothing", "sortName", Qt::AscendingOrder, {u"b"_s, u"A"_s, u"B"_s, u"a"_s},
+            {u"A"_s, u"a"_s, u"b"_s, u"B"_s});
+        row("longer numbers", "sortName", Qt::AscendingOrder, {u"x12345678901"_s, u"x9876543210"_s, u"x999999999"_s},
+            {u"x999999999"_s, u"x9876543210"_s, u"x12345678901"_s});
+        row("nothing last, up", "sortName", Qt::AscendingOrder, {QString(), u"b"_s, u"a"_s},
+            {u"a"_s, u"b"_s, QString()});
+        row("nothing last, down", "sortName", Qt::DescendingOrder, {QString(), u"a"_s, u"b"_s},
+            {u"b"_s, u"a"_s, QString()});
+        row("code points by number", "unicode", Qt::AscendingOrder, {u"1F600"_s, u"FFFD"_s, u"0041"_s},
+            {u"0041"_s, u"FFFD"_s, u"1F600"_s});
+        row("long texts that begin alike", "desc", Qt::DescendingOrder,
+            {u"the same beginning a"_s, u"the same beginning c"_s, u"the same b"_s},
+            {u"the same beginning c"_s, u"the same beginning a"_s, u"the same b"_s});
+    })
     {
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<Qt::SortOrder>("order");
-        QTest::addColumn<QStringList>("values");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("numbers by value")
-            << u"sortName"_s << Qt::AscendingOrder << QStringList {u"a10"_s, u"a9"_s, u"a1"_s, u"a09x"_s}
-            << QStringList {u"a1"_s, u"a9"_s, u"a09x"_s, u"a10"_s};
-        QTest::newRow("case counts for nothing")
-            << u"sortName"_s << Qt::AscendingOrder << QStringList {u"b"_s, u"A"_s, u"B"_s, u"a"_s}
-            << QStringList {u"A"_s, u"a"_s, u"b"_s, u"B"_s};
-        QTest::newRow("longer numbers") << u"sortName"_s << Qt::AscendingOrder
-                                        << QStringList {u"x12345678901"_s, u"x9876543210"_s, u"x999999999"_s}
-                                        << QStringList {u"x999999999"_s, u"x9876543210"_s, u"x12345678901"_s};
-        QTest::newRow("nothing last, up")
-            << u"sortName"_s << Qt::AscendingOrder << QStringList {QString(), u"b"_s, u"a"_s}
-            << QStringList {u"a"_s, u"b"_s, QString()};
-        QTest::newRow("nothing last, down")
-            << u"sortName"_s << Qt::DescendingOrder << QStringList {QString(), u"a"_s, u"b"_s}
-            << QStringList {u"b"_s, u"a"_s, QString()};
-        QTest::newRow("code points by number")
-            << u"unicode"_s << Qt::AscendingOrder << QStringList {u"1F600"_s, u"FFFD"_s, u"0041"_s}
-            << QStringList {u"0041"_s, u"FFFD"_s, u"1F600"_s};
-        QTest::newRow("long texts that begin alike")
-            << u"desc"_s << Qt::DescendingOrder
-            << QStringList {u"the same beginning a"_s, u"the same beginning c"_s, u"the same b"_s}
-            << QStringList {u"the same beginning c"_s, u"the same beginning a"_s, u"the same b"_s};
-    }
-
-    void naturalOrder()
-    {
-        QFETCH(QString, field);
-        QFETCH(Qt::SortOrder, order);
-        QFETCH(QStringList, values);
-        QFETCH(QStringList, expected);
         InfoList infos;
         for (const QString &value : values) {
             infos.push_back(VXGlyphInfo::init());
@@ -430,7 +365,7 @@ private Q_SLOTS:
 
     void shownOrderIsWrittenOnce()
     {
-        const auto document = documentOf(u"c a b"_s);
+        const auto document = documentWith(u"c a b"_s);
         RSRTVArrayController controller(*document);
         controller.sort(columnOfField(GlyphField::Name));
         QVERIFY2(!document->isDocumentEdited(), "sorting the table is no change of the document");
@@ -442,33 +377,25 @@ private Q_SLOTS:
         QVERIFY(!document->isDocumentEdited());
     }
 
-    void cellsTakeWhatTheFieldTakes_data()
+    // expected: null: refused
+    TABLE(cellsTakeWhatTheFieldTakes, (const QString &field, const QString &typed, const QString &expected), {
+        row("name", "name", "x.alt", "x.alt");
+        row("name with a blank", "name", "x y", QString());
+        row("name of another", "name", "b", QString());
+        row("code points", "unicodes", "e9, 1f600 zz", "00E9, 1F600");
+        row("case", "case", "smallCaps", "smallCaps");
+        row("case without a word in files", "case", "other", "other");
+        row("case that is none", "case", "tiny", QString());
+        row("direction", "direction", "RTL", "RTL");
+        row("direction taken away", "direction", "", "");
+        row("direction that is none", "direction", "up", QString());
+        row("alternate names", "altNames", "one, two", "one, two");
+        row("alternate name that is a name", "altNames", "one, b", QString());
+        row("free text", "category", "My Own", "My Own");
+        row("legacy", "unicodeLegacy", "F001", "F001");
+    })
     {
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("expected"); // null: refused
-        QTest::newRow("name") << u"name"_s << u"x.alt"_s << u"x.alt"_s;
-        QTest::newRow("name with a blank") << u"name"_s << u"x y"_s << QString();
-        QTest::newRow("name of another") << u"name"_s << u"b"_s << QString();
-        QTest::newRow("code points") << u"unicodes"_s << u"e9, 1f600 zz"_s << u"00E9, 1F600"_s;
-        QTest::newRow("case") << u"case"_s << u"smallCaps"_s << u"smallCaps"_s;
-        QTest::newRow("case without a word in files") << u"case"_s << u"other"_s << u"other"_s;
-        QTest::newRow("case that is none") << u"case"_s << u"tiny"_s << QString();
-        QTest::newRow("direction") << u"direction"_s << u"RTL"_s << u"RTL"_s;
-        QTest::newRow("direction taken away") << u"direction"_s << u""_s << u""_s;
-        QTest::newRow("direction that is none") << u"direction"_s << u"up"_s << QString();
-        QTest::newRow("alternate names") << u"altNames"_s << u"one, two"_s << u"one, two"_s;
-        QTest::newRow("alternate name that is a name") << u"altNames"_s << u"one, b"_s << QString();
-        QTest::newRow("free text") << u"category"_s << u"My Own"_s << u"My Own"_s;
-        QTest::newRow("legacy") << u"unicodeLegacy"_s << u"F001"_s << u"F001"_s;
-    }
-
-    void cellsTakeWhatTheFieldTakes()
-    {
-        QFETCH(QString, field);
-        QFETCH(QString, typed);
-        QFETCH(QString, expected);
-        const auto document = documentOf(u"a b"_s);
+        const auto document = documentWith(u"a b"_s);
         RSRTVArrayController controller(*document);
         const int column = columnOfField(*fieldForKey(field));
         const QModelIndex cell = controller.index(0, column);

@@ -1,75 +1,31 @@
-#include "editing/ProblemsPane.h"
-#include "editing/GlyphTableView.h"
-#include "platform/MessageBar.h"
 #include "editing/VXFindReplaceWindowController.h"
-#include "editing/VXSearchField.h"
-#include "editing/VXWindowController.h"
-#include "platform/UserDefaults.h"
-#include "tests/TestMain.h"
+#include "tests/editing/Windows.h"
 
-#include <QClipboard>
 #include <QAbstractItemModelTester>
-#include <QComboBox>
-#include <QDialogButtonBox>
-#include <QHeaderView>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTableView>
-#include <QTreeWidget>
 
 using namespace runebook;
-using namespace Qt::StringLiterals;
-
-namespace {
-
-InfoPtr infoNamed(const QString &name, const QStringList &unicodes = {})
-{
-    InfoPtr info = VXGlyphInfo::init();
-    info->setName(name);
-    info->setUnicodes(unicodes);
-    return info;
-}
-
-QString namesOf(const InfoList &infos)
-{
-    QStringList names;
-    for (const InfoPtr &info : infos)
-        names << info->name();
-    return names.join(u'|');
-}
-
-} // namespace
 
 /// The problems pane as a person has it, in a window.
-class ProblemsPaneTest : public QObject
+class ProblemsPaneTest : public WindowFixture
 {
     Q_OBJECT
 private Q_SLOTS:
     void init()
     {
-        for (const QString &key : {u"ProblemsPaneShown"_s, u"ProblemsPaneHeight"_s, u"TableHeaderState"_s})
-            UserDefaults::standard().removeObjectForKey(key);
-        m_document = std::make_unique<VXDocument>();
-        m_document->setInfos({infoNamed(u"A"_s, {u"0041"_s}), infoNamed(u"B c"_s), infoNamed(u"A"_s),
-                              infoNamed(u"D"_s, {u"44"_s}), infoNamed(u"E "_s, {u"45"_s})});
-        m_document->updateChangeCount(Document::ChangeCleared);
-        openWindow();
+        forget({"ProblemsPaneShown", "ProblemsPaneHeight", "TableHeaderState"});
+        openWindow({infoNamed(u"A"_s, {u"0041"_s}), infoNamed(u"B c"_s), infoNamed(u"A"_s),
+                    infoNamed(u"D"_s, {u"44"_s}), infoNamed(u"E "_s, {u"45"_s})});
     }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_document.reset();
-    }
+    void cleanup() { closeWindow(); }
 
     void badgeCountsWhileEditing()
     {
         auto *badge = m_window->findChild<ProblemsButton *>();
         QTRY_COMPARE(badge->text(), u"6 problems"_s); // names: 2 invalid, 2 the same; 2 code points
         QCOMPARE(badge->accessibleName(), badge->text());
-        m_document->objectInInfosAtIndex(2)->setName(u"C"_s);
+        info(2)->setName(u"C"_s);
         QTRY_COMPARE(badge->text(), u"4 problems"_s);
-        m_document->undoManager()->undo();
+        undo();
         QTRY_COMPARE(badge->text(), u"6 problems"_s);
         QVERIFY(!m_window->isProblemsShown());
         QTest::mouseClick(badge, Qt::LeftButton);
@@ -88,15 +44,15 @@ private Q_SLOTS:
         QStringList walked;
         for (int i = 0; i < 7; ++i) {
             QTest::keyClick(m_window.get(), Qt::Key_F8);
-            walked << namesOf(list()->selectedObjects());
+            walked << selected();
         }
         QCOMPARE(walked.join(u','), u"A,B c,A,D,E ,E ,A"_s);
         QTest::keyClick(m_window.get(), Qt::Key_F8, Qt::ShiftModifier);
-        QCOMPARE(namesOf(list()->selectedObjects()), u"E "_s);
+        QCOMPARE(selected(), u"E "_s);
 
         // The keys of the Edit menu mean the list that has the focus.
         QCOMPARE(pane()->table()->selectionModel()->selectedRows().size(), 1);
-        list()->setSelectionIndexes({0});
+        select({0});
         pane()->table()->setFocus();
         const QModelIndex second = pane()->table()->model()->index(1, 0);
         pane()->table()->selectionModel()->setCurrentIndex(
@@ -113,7 +69,7 @@ private Q_SLOTS:
 
         pane()->table()->selectRow(1);
         QTest::keyClick(pane()->table(), Qt::Key_Return);
-        QCOMPARE(namesOf(list()->selectedObjects()), u"B c"_s);
+        QCOMPARE(selected(), u"B c"_s);
         QVERIFY(m_window->tableView()->hasFocus());
         pane()->table()->setFocus();
         QTest::keyClick(pane()->table(), Qt::Key_Escape);
@@ -143,16 +99,15 @@ private Q_SLOTS:
         QCOMPARE(pane()->table()->model()->rowCount(), 2);
 
         pane()->setFiltering(true);
-        QCOMPARE(namesOf(list()->arrangedObjects()), u"B c|E "_s);
+        QCOMPARE(namesOf(shown()), u"B c E "_s);
         QCOMPARE(m_window->subtitle(), u"2/5 infos"_s);
         QVERIFY(!list()->draggingEnabled());
-        m_window->searchField()->setStringValue(u"e"_s);
-        m_window->filterInfos();
-        QCOMPARE(namesOf(list()->arrangedObjects()), u"E "_s);
+        search(u"e"_s);
+        QCOMPARE(namesOf(shown()), u"E "_s);
         pane()->showKind(ProblemKind::DuplicateName);
-        QCOMPARE(namesOf(list()->arrangedObjects()), QString());
+        QCOMPARE(namesOf(shown()), QString());
         QTest::keyClick(m_window.get(), Qt::Key_F8);
-        QCOMPARE(namesOf(list()->selectedObjects()), u"A"_s);
+        QCOMPARE(selected(), u"A"_s);
         QVERIFY(!pane()->isFiltering());
         QCOMPARE(list()->countOfArrangedObjects(), 5);
         pane()->setFiltering(true);
@@ -166,40 +121,38 @@ private Q_SLOTS:
         m_window->problems().finish();
         m_window->setProblemsShown(true);
         pane()->showKind(ProblemKind::InvalidCodePoint);
-        QVERIFY(QTest::qWaitFor([this] { return button(u"Fi&x Selected"_s)->width() > 40; }));
+        QVERIFY(QTest::qWaitFor([this] { return button(pane(), u"Fix Selected"_s)->width() > 40; }));
         pane()->table()->selectRow(1);
-        QTest::mouseClick(button(u"Fi&x Selected"_s), Qt::LeftButton);
-        QCOMPARE(m_document->objectInInfosAtIndex(4)->unicode(), u"0045"_s);
-        QCOMPARE(m_document->objectInInfosAtIndex(3)->unicode(), u"44"_s);
+        QTest::mouseClick(button(pane(), u"Fix Selected"_s), Qt::LeftButton);
+        QCOMPARE(info(4)->unicode(), u"0045"_s);
+        QCOMPARE(info(3)->unicode(), u"44"_s);
         QCOMPARE(pane()->table()->model()->rowCount(), 1);
         QCOMPARE(pane()->table()->currentIndex().row(), 0); // the next one
-        QTest::mouseClick(button(u"Fix &All"_s), Qt::LeftButton);
-        QCOMPARE(m_document->objectInInfosAtIndex(3)->unicode(), u"0044"_s);
-        QVERIFY(!button(u"Fix &All"_s)->isEnabled());
+        QTest::mouseClick(button(pane(), u"Fix All"_s), Qt::LeftButton);
+        QCOMPARE(info(3)->unicode(), u"0044"_s);
+        QVERIFY(!button(pane(), u"Fix All"_s)->isEnabled());
         QCOMPARE(m_document->undoManager()->stack()->undoText(), u"Correct Code Points (Records: 1)"_s);
 
         pane()->showKind(ProblemKind::InvalidName);
         pane()->table()->selectRow(0);
-        QVERIFY2(!button(u"Fi&x Selected"_s)->isEnabled(), "a space inside a name needs a decision");
+        QVERIFY2(!button(pane(), u"Fix Selected"_s)->isEnabled(), "a space inside a name needs a decision");
         pane()->table()->selectAll();
-        QVERIFY(button(u"Fi&x Selected"_s)->isEnabled());
+        QVERIFY(button(pane(), u"Fix Selected"_s)->isEnabled());
         pane()->showKind(ProblemKind::DuplicateName);
-        QVERIFY(!button(u"Fix &All"_s)->isEnabled());
-        m_document->undoManager()->undo();
-        m_document->undoManager()->undo();
-        QCOMPARE(m_document->objectInInfosAtIndex(4)->unicode(), u"45"_s);
+        QVERIFY(!button(pane(), u"Fix All"_s)->isEnabled());
+        undo();
+        undo();
+        QCOMPARE(info(4)->unicode(), u"45"_s);
         QVERIFY(!m_document->isDocumentEdited());
     }
 
     void paneAndItsHeightAreRemembered()
     {
         m_window->setProblemsShown(true);
-        m_window.reset();
-        openWindow();
+        reopenWindow();
         QVERIFY(m_window->isProblemsShown());
         m_window->setProblemsShown(false);
-        m_window.reset();
-        openWindow();
+        reopenWindow();
         QVERIFY(!m_window->isProblemsShown());
     }
 
@@ -217,7 +170,7 @@ private Q_SLOTS:
         m_window->performFindPanelAction(12);
         auto *bar = m_window->findChild<MessageBar *>();
         QTRY_VERIFY(bar->isVisible());
-        QCOMPARE(m_document->objectInInfosAtIndex(3)->name(), u"A\""_s);
+        QCOMPARE(info(3)->name(), u"A\""_s);
         QVERIFY2(bar->text().contains(u"Invalid names (1 more), Quotes and line breaks (1 more)"_s),
                  qPrintable(bar->text()));
     }
@@ -227,24 +180,23 @@ private Q_SLOTS:
         QHeaderView *header = m_window->tableView()->horizontalHeader();
         header->setSortIndicator(1, Qt::DescendingOrder);
         header->resizeSection(2, 143);
-        m_window->searchField()->setStringValue(u"a"_s);
-        m_window->filterInfos();
-        list()->setSelectionIndexes({1});
+        search(u"a"_s);
+        select({1});
         m_window->setSidebarShown(false);
+        QVERIFY(!m_window->detailPane()->isVisible());
         m_window->setProblemsShown(true);
         const QVariantMap state = m_window->windowWillEncodeRestorableState();
-        const QString shown = namesOf(list()->arrangedObjects());
+        const QString rows = namesOf(shown());
 
         m_window->setSidebarShown(true);
         m_window->setProblemsShown(false);
-        UserDefaults::standard().removeObjectForKey(u"TableHeaderState"_s);
         m_window.reset();
-        UserDefaults::standard().removeObjectForKey(u"TableHeaderState"_s);
-        openWindow();
+        forget({"TableHeaderState"});
+        reopenWindow();
         QCOMPARE(list()->sortColumn(), -1);
         QVERIFY(m_window->tableView()->columnWidth(2) != 143);
         m_window->windowDidDecodeRestorableState(state);
-        QCOMPARE(namesOf(list()->arrangedObjects()), shown);
+        QCOMPARE(namesOf(shown()), rows);
         QCOMPARE(list()->sortColumn(), 1);
         QCOMPARE(m_window->tableView()->columnWidth(2), 143);
         QCOMPARE(list()->selectionIndexes(), IndexSet {1});
@@ -254,26 +206,7 @@ private Q_SLOTS:
     }
 
 private:
-    void openWindow()
-    {
-        m_window = std::make_unique<VXWindowController>(*m_document);
-        m_document->setWindowController(m_window.get());
-        m_window->show();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-    }
     ProblemsPane *pane() const { return m_window->problemsPane(); }
-    RSRTVArrayController *list() const { return m_window->infolistController(); }
-    QToolButton *button(const QString &text) const
-    {
-        for (QToolButton *each : pane()->findChildren<QToolButton *>()) {
-            if (each->text() == text)
-                return each;
-        }
-        return nullptr;
-    }
-
-    std::unique_ptr<VXDocument> m_document;
-    std::unique_ptr<VXWindowController> m_window;
 };
 
 RUNEBOOK_TEST_MAIN(ProblemsPaneTest)

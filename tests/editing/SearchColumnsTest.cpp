@@ -1,9 +1,9 @@
 // Searching columns of texts answers as asking every record does, whatever happened to the records before.
 #include "editing/SearchColumns.h"
 
-#include "document/GlyphDataReader.h"
-#include "tests/Rounds.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/editing/Records.h"
 
 #include <QRandomGenerator>
 
@@ -14,36 +14,12 @@ namespace {
 
 const QStringList &someTexts()
 {
+// With marks alone, halves of pairs, and a text in which sixteen places fit more than once.
     static const QStringList texts {
-        QString(),
-        u""_s,
-        u"a"_s,
-        u"A"_s,
-        u"aa"_s,
-        u"alpha"_s,
-        u"ALPHA.alt"_s,
-        u"ALPHA"_s,
-        u"beta alpha"_s,
-        u"é"_s,
-        u"e"_s,
-        u"É"_s,
-        u"e\u0301"_s,
-        u"\u0301"_s, // nothing is left of it without its marks
-        u"straße"_s,
-        u"STRASSE"_s,
-        u"がき"_s,
-        u"𝔞\U0001F600"_s,
-        QString(QChar(0xD800)), // half of a pair
-        QString(QChar(0xDFFF)) + u"a"_s,
-        QString(u'a') + QChar(0) + u'b',
-        u"0041"_s,
-        u"00041"_s,
-        u"1F600"_s,
-        u"00e9"_s,
-        u"12"_s,
-        u"-3.5"_s,
-        u"a, alpha"_s,
-        u"quote \" and \\ back"_s,
+        QString(), u""_s, u"a"_s, u"A"_s, u"aa"_s, u"alpha"_s, u"ALPHA.alt"_s, u"ALPHA"_s, u"beta alpha"_s, u"é"_s,
+        u"e"_s, u"É"_s, u"e\u0301"_s, u"\u0301"_s, u"straße"_s, u"STRASSE"_s, u"がき"_s, u"𝔞\U0001F600"_s,
+        QString(QChar(0xD800)), QString(QChar(0xDFFF)) + u"a"_s, QString(u'a') + QChar(0) + u'b', u"0041"_s,
+        u"00041"_s, u"1F600"_s, u"00e9"_s, u"12"_s, u"-3.5"_s, u"a, alpha"_s, u"quote \" and \\ back"_s,
         u"a rather long text, so that sixteen places fit in it more than once: alpha, beta, alpha"_s,
     };
     return texts;
@@ -174,7 +150,38 @@ public:
         QObject::connect(&document, &VXDocument::infosReset, &document, [this] { columns.reset(); });
     }
 
-    void editRandomly(Dice &dice);
+    void editRandomly(Dice &dice)
+    {
+        const qsizetype count = document.countOfInfos();
+        const auto anyPlace = [&] { return static_cast<qsizetype>(dice.below(count)); };
+        switch (dice.below(12)) {
+        case 0:
+            return document.insertObjectInInfosAtIndex(randomInfo(dice), dice.below(count + 1));
+        case 1:
+            return document.insertObjectsInInfosAtIndexes({randomInfo(dice), randomInfo(dice), randomInfo(dice)},
+                                                          {0, count / 2, count + 2});
+        case 2:
+            return document.removeObjectsFromInfosAtIndexes({anyPlace() / 2, (count + anyPlace()) / 2});
+        case 3:
+            return document.removeInfo(document.objectInInfosAtIndex(anyPlace()));
+        case 4:
+            // What undo removes is told by places, which an undone removal or a repeated record may have moved.
+            return repeats ? void() : document.undoManager()->undo();
+        case 5:
+            return repeats ? document.reorderInfos({document.infos().rbegin(), document.infos().rend()}) : void();
+        case 6: // more than is worth being followed
+            for (const InfoPtr &info : document.infos())
+                changeOneField(*info, dice);
+            return;
+        case 7:
+            if (!repeats)
+                return;
+            return document.addInfo(document.objectInInfosAtIndex(anyPlace()));
+        default:
+            for (int i = dice.below(5); i >= 0; --i)
+                changeOneField(*document.objectInInfosAtIndex(anyPlace()), dice);
+        }
+    }
     /// The records that pass when each is asked for itself.
     IndexSet passingOneByOne(const Predicate &predicate) const
     {
@@ -191,261 +198,157 @@ public:
     bool repeats = false; ///< whether records come to stand in the list twice; then nothing is undone
 };
 
-void SearchedDocument::editRandomly(Dice &dice)
-{
-    const qsizetype count = document.countOfInfos();
-    const auto anyPlace = [&] { return static_cast<qsizetype>(dice.below(count)); };
-    switch (dice.below(12)) {
-    case 0:
-        return document.insertObjectInInfosAtIndex(randomInfo(dice), dice.below(count + 1));
-    case 1:
-        return document.insertObjectsInInfosAtIndexes({randomInfo(dice), randomInfo(dice), randomInfo(dice)},
-                                                      {0, count / 2, count + 2});
-    case 2:
-        return document.removeObjectsFromInfosAtIndexes({anyPlace() / 2, (count + anyPlace()) / 2});
-    case 3:
-        return document.removeInfo(document.objectInInfosAtIndex(anyPlace()));
-    case 4:
-        // What undo removes is told by places, which an undone removal or a repeated record may have moved.
-        return repeats ? void() : document.undoManager()->undo();
-    case 5:
-        return repeats ? document.reorderInfos({document.infos().rbegin(), document.infos().rend()}) : void();
-    case 6: // more than is worth being followed
-        for (const InfoPtr &info : document.infos())
-            changeOneField(*info, dice);
-        return;
-    case 7:
-        if (!repeats)
-            return;
-        return document.addInfo(document.objectInInfosAtIndex(anyPlace()));
-    default:
-        for (int i = dice.below(5); i >= 0; --i)
-            changeOneField(*document.objectInInfosAtIndex(anyPlace()), dice);
-    }
-}
-
 } // namespace
 
 class SearchColumnsTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void answersAsEveryRecordDoes_data();
-    void answersAsEveryRecordDoes();
-    void finds_data();
-    void finds();
-    void preparesInSlices();
-    void preparesInSlicesOfLongValues();
-    void givesUpOnSlowExpressions();
-    void asksExpressionsOnlyWhereTheyMatter();
-    void givesUpWhenAllTakesTooLong();
-};
+    TABLE(answersAsEveryRecordDoes, (quint32 seed), {
+        for (quint32 seed = 1; seed <= 12; ++seed)
+            row(u"seed %1"_s.arg(seed), seed);
+    })
+    {
+        Dice dice(seed);
+        SearchedDocument searched;
+        searched.repeats = seed % 2 == 0;
+        InfoList infos = readInfos();
+        for (int i = 0; i < 120; ++i)
+            infos.push_back(randomInfo(dice));
+        searched.document.setInfos(infos);
 
-void SearchColumnsTest::answersAsEveryRecordDoes_data()
-{
-    QTest::addColumn<quint32>("seed");
-    for (quint32 seed = 1; seed <= 12; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-void SearchColumnsTest::answersAsEveryRecordDoes()
-{
-    QFETCH(quint32, seed);
-    Dice dice(seed);
-    SearchedDocument searched;
-    searched.repeats = seed % 2 == 0;
-    InfoList infos = readInfos();
-    for (int i = 0; i < 120; ++i)
-        infos.push_back(randomInfo(dice));
-    searched.document.setInfos(infos);
-
-    for (int round = 0; round < rounds(150); ++round) {
-        const QString text = randomPredicate(dice);
-        Error error;
-        const std::optional<Predicate> predicate = Predicate::parse(text, &error);
-        QVERIFY2(predicate, qPrintable(text + u'\n' + error.text()));
-        if (dice.below(4) == 0)
-            searched.columns.prepare(*predicate, 0);
-        for (int i = dice.below(4); i > 0; --i)
-            searched.editRandomly(dice);
-        searched.document.flushChanges();
-
-        const IndexSet expected = searched.passingOneByOne(*predicate);
-        const std::optional<IndexSet> places = searched.columns.placesPassing(*predicate);
-        QVERIFY(places);
-        QVERIFY2(*places == expected, qPrintable(u"round %1: %2"_s.arg(round).arg(text)));
-        const std::optional<std::vector<bool>> bits = searched.columns.evaluate(*predicate);
-        QVERIFY(bits);
-        QCOMPARE(qsizetype(bits->size()), searched.document.countOfInfos());
-        QCOMPARE(size_t(std::count(bits->begin(), bits->end(), true)), expected.size());
-        for (const qsizetype place : expected)
-            QVERIFY((*bits)[size_t(place)]);
-    }
-}
-
-void SearchColumnsTest::finds_data()
-{
-    QTest::addColumn<QString>("predicate");
-    QTest::addColumn<QString>("found"); // of A, adieresis.alt, a smiley, alpha, "unknown"
-    const auto row = [](const char *predicate, const char *found) {
-        QTest::newRow(predicate) << QString::fromUtf8(predicate) << QString::fromUtf8(found);
-    };
-    row("name contains \"a\"", "1 3");
-    row("name contains[c] \"a\"", "0 1 3");
-    row("name contains \"salt\"", "");
-    row("name contains \"😀\"", "2");
-    row("name contains \"phaA\"", "");
-    row("altNames contains \"Alpha\"", "0");
-    row("altNames contains[c] \"alpha\"", "0 3");
-    row("altNames contains \"lph\"", "");
-    row("altNames contains \"a, Alpha\"", "");
-    row("unicodes contains \"0041\"", "0");
-    row("accents contains \"e\"", "1");
-    row("desc contains[d] \"e\"", "3");
-    row("description contains \"é\"", "3");
-    row("unicode IN HEXRANGE(0041, 0042)", "0");
-    row("unicode IN {\"0041\", \"1F600\"}", "0 2");
-    row("name != \"alpha\"", "0 1 2 4");
-    row("production != \"x\"", "0");
-    row("!(name contains[c] \"a\")", "2 4");
-    row("name MATCHES \"a.*\"", "1 3");
-    row("unicodeChar == 65", "0");
-    row("TRUEPREDICATE", "0 1 2 3 4");
-}
-
-void SearchColumnsTest::finds()
-{
-    QFETCH(QString, predicate);
-    QFETCH(QString, found);
-    VXDocument document;
-    document.setInfos(readInfos());
-    QCOMPARE(document.countOfInfos(), 5);
-    SearchColumns columns(document);
-    const std::optional<Predicate> parsed = Predicate::parse(predicate);
-    QVERIFY(parsed);
-    const std::optional<IndexSet> places = columns.placesPassing(*parsed);
-    QVERIFY(places);
-    QStringList texts;
-    for (const qsizetype place : *places)
-        texts += QString::number(place);
-    QCOMPARE(texts.join(u' '), found);
-}
-
-void SearchColumnsTest::preparesInSlices()
-{
-    Dice dice(5);
-    SearchedDocument searched;
-    InfoList infos;
-    for (int i = 0; i < 3000; ++i)
-        infos.push_back(randomInfo(dice));
-    searched.document.setInfos(infos);
-    const std::optional<Predicate> predicate =
-        Predicate::parse(u"name contains[cd] \"alpha\" || production contains[cd] \"e\""_s);
-    QVERIFY(predicate);
-
-    int slices = 1;
-    for (; !searched.columns.prepare(*predicate, 0); ++slices) {
-        QVERIFY(slices < 1000);
-        searched.document.objectInInfosAtIndex(slices)->setName(u"alpha"_s);
-        searched.document.objectInInfosAtIndex(2999 - slices)->setName(u"beta"_s);
-        searched.document.flushChanges();
-    }
-    QVERIFY2(slices > 3, qPrintable(QString::number(slices)));
-    QCOMPARE(*searched.columns.placesPassing(*predicate), searched.passingOneByOne(*predicate));
-}
-
-void SearchColumnsTest::preparesInSlicesOfLongValues()
-{
-    // What is looked for lies across the stretches in which a value is taken; two of them as bytes that were read.
-    const QString word = u"Ä😀sſe\u0301"_s;
-    const QString text = u"😀Ä\u0301x, "_s.repeated(300'000) + word;
-    const auto read = [](const QString &key, const QString &value) {
-        return VXGlyphInfo::initWithLineXMLFileVersion(u"<glyph name=\"r\" %1=\"%2\"/>"_s.arg(key, value), nullptr);
-    };
-    const InfoList infos {VXGlyphInfo::init(), read(u"description"_s, text), VXGlyphInfo::init(),
-                          read(u"altNames"_s, u"é, "_s.repeated(300'000) + u"ALPHA"_s)};
-    infos[0]->setDesc(word);
-    infos[2]->setAltNames(u"bé, "_s.repeated(100'000).split(u", "_s) << u"alpha"_s);
-    SearchedDocument searched;
-    searched.document.setInfos(infos);
-    for (const QString &changed : {QString(), u"short ä😀ssé"_s, word + text}) {
-        for (const QString &test : {u"desc contains[cd] \"ä😀ssé\""_s, u"desc contains[cd] \"ä\u0301X, 😀\""_s,
-                                    u"desc ENDSWITH \"e\u0301\""_s, u"altNames contains[cd] \"alpha\""_s,
-                                    u"altNames contains \"bé\""_s}) {
-            infos[2]->setDesc(text);
+        for (int round = 0; round < rounds(150); ++round) {
+            const QString text = randomPredicate(dice);
+            Error error;
+            const std::optional<Predicate> predicate = Predicate::parse(text, &error);
+            QVERIFY2(predicate, qPrintable(text + u'\n' + error.text()));
+            if (dice.below(4) == 0)
+                searched.columns.prepare(*predicate, 0);
+            for (int i = dice.below(4); i > 0; --i)
+                searched.editRandomly(dice);
             searched.document.flushChanges();
-            searched.columns.reset();
-            const std::optional<Predicate> predicate = Predicate::parse(test);
-            QVERIFY(predicate && !searched.columns.prepareUpToLong(*predicate));
-            int slices = 1;
-            for (; !searched.columns.prepare(*predicate, 0); ++slices) {
-                QVERIFY(slices < 1000);
-                // The last text but one of the list becomes another while a part of it is taken.
-                if (slices == 45 && !changed.isNull()) {
-                    infos[2]->setDesc(changed);
-                    searched.document.flushChanges();
-                }
-            }
-            QVERIFY2(slices > 20, qPrintable(test + u' ' + QString::number(slices)));
-            QVERIFY(searched.columns.prepareUpToLong(*predicate));
-            QCOMPARE(*searched.columns.placesPassing(*predicate), searched.passingOneByOne(*predicate));
+
+            const IndexSet expected = searched.passingOneByOne(*predicate);
+            const std::optional<IndexSet> places = searched.columns.placesPassing(*predicate);
+            QVERIFY(places);
+            QVERIFY2(*places == expected, qPrintable(u"round %1: %2"_s.arg(round).arg(text)));
+            const std::optional<std::vector<bool>> bits = searched.columns.evaluate(*predicate);
+            QVERIFY(bits);
+            QCOMPARE(qsizetype(bits->size()), searched.document.countOfInfos());
+            QCOMPARE(size_t(std::count(bits->begin(), bits->end(), true)), expected.size());
+            for (const qsizetype place : expected)
+                QVERIFY((*bits)[size_t(place)]);
         }
     }
-}
 
-void SearchColumnsTest::givesUpOnSlowExpressions()
-{
-    VXDocument document;
-    const InfoPtr info = VXGlyphInfo::init();
-    info->setName(QString(60, u'a') + u'!');
-    document.setInfos({VXGlyphInfo::init(), info});
-    SearchColumns columns(document);
-    const std::optional<Predicate> predicate = Predicate::parse(u"name MATCHES \"(a+)+$\""_s);
-    QVERIFY(predicate);
-    Error error;
-    QVERIFY(!columns.evaluate(*predicate, &error));
-    QCOMPARE(error.domain, Predicate::errorDomain());
-    QCOMPARE(error.code, int(Predicate::PatternGaveUp));
-    info->setName(u"aaa"_s);
-    columns.noteChange({info, GlyphField::Name});
-    QCOMPARE(*columns.placesPassing(*predicate), IndexSet {1});
-}
+    void preparesInSlices()
+    {
+        Dice dice(5);
+        SearchedDocument searched;
+        InfoList infos;
+        for (int i = 0; i < 3000; ++i)
+            infos.push_back(randomInfo(dice));
+        searched.document.setInfos(infos);
+        const std::optional<Predicate> predicate =
+            Predicate::parse(u"name contains[cd] \"alpha\" || production contains[cd] \"e\""_s);
+        QVERIFY(predicate);
 
-void SearchColumnsTest::asksExpressionsOnlyWhereTheyMatter()
-{
-    VXDocument document;
-    const InfoPtr slow = VXGlyphInfo::init();
-    slow->setName(QString(60, u'a') + u'!');
-    const InfoPtr quick = VXGlyphInfo::init();
-    quick->setName(u"aaa"_s);
-    quick->setScript(u"latin"_s);
-    document.setInfos({slow, quick});
-    SearchColumns columns(document);
-    const auto places = [&](const QString &text) {
-        return columns.placesPassing(*Predicate::parse(text)).value_or(IndexSet {-1});
-    };
-    QCOMPARE(places(u"script == \"latin\" && name MATCHES \"(a+)+$\""_s), IndexSet {1});
-    QCOMPARE(places(u"script == \"greek\" && name MATCHES \"(a+)+$\""_s), IndexSet {});
-    QCOMPARE(places(u"name contains \"!\" || name MATCHES \"(a+)+$\""_s), (IndexSet {0, 1}));
-    QCOMPARE(places(u"name MATCHES \"(a+)+$\" && script == \"latin\""_s), IndexSet {-1});
-}
+        int slices = 1;
+        for (; !searched.columns.prepare(*predicate, 0); ++slices) {
+            QVERIFY(slices < 1000);
+            searched.document.objectInInfosAtIndex(slices)->setName(u"alpha"_s);
+            searched.document.objectInInfosAtIndex(2999 - slices)->setName(u"beta"_s);
+            searched.document.flushChanges();
+        }
+        QVERIFY2(slices > 3, qPrintable(QString::number(slices)));
+        QCOMPARE(*searched.columns.placesPassing(*predicate), searched.passingOneByOne(*predicate));
+    }
 
-void SearchColumnsTest::givesUpWhenAllTakesTooLong()
-{
-    VXDocument document;
-    InfoList infos;
-    for (int i = 0; i < 1000; ++i)
-        infos.push_back(VXGlyphInfo::init());
-    document.setInfos(infos);
-    SearchColumns columns(document);
-    columns.setPatternTimeLimit(0);
-    Error error;
-    QVERIFY(!columns.evaluate(*Predicate::parse(u"name MATCHES \"u.*\""_s), &error));
-    QCOMPARE(error.code, int(Predicate::PatternGaveUp));
-    QVERIFY2(error.failureReason.contains(u"u.*"_s), qPrintable(error.failureReason));
-    columns.setPatternTimeLimit(60'000);
-    QCOMPARE(columns.placesPassing(*Predicate::parse(u"name MATCHES \"u.*\""_s))->size(), size_t(1000));
-}
+    void preparesInSlicesOfLongValues()
+    {
+        // What is looked for lies across the stretches in which a value is taken; two of them as bytes that were read.
+        const QString word = u"Ä😀sſe\u0301"_s;
+        const QString text = u"😀Ä\u0301x, "_s.repeated(300'000) + word;
+        const auto read = [](const QString &key, const QString &value) {
+            return VXGlyphInfo::initWithLineXMLFileVersion(u"<glyph name=\"r\" %1=\"%2\"/>"_s.arg(key, value), nullptr);
+        };
+        const InfoList infos {VXGlyphInfo::init(), read(u"description"_s, text), VXGlyphInfo::init(),
+                              read(u"altNames"_s, u"é, "_s.repeated(300'000) + u"ALPHA"_s)};
+        infos[0]->setDesc(word);
+        infos[2]->setAltNames(u"bé, "_s.repeated(100'000).split(u", "_s) << u"alpha"_s);
+        SearchedDocument searched;
+        searched.document.setInfos(infos);
+        for (const QString &changed : {QString(), u"short ä😀ssé"_s, word + text}) {
+            for (const QString &test : {u"desc contains[cd] \"ä😀ssé\""_s, u"desc contains[cd] \"ä\u0301X, 😀\""_s,
+                                        u"desc ENDSWITH \"e\u0301\""_s, u"altNames contains[cd] \"alpha\""_s,
+                                        u"altNames contains \"bé\""_s}) {
+                infos[2]->setDesc(text);
+                searched.document.flushChanges();
+                searched.columns.reset();
+                const std::optional<Predicate> predicate = Predicate::parse(test);
+                QVERIFY(predicate && !searched.columns.prepareUpToLong(*predicate));
+                int slices = 1;
+                for (; !searched.columns.prepare(*predicate, 0); ++slices) {
+                    QVERIFY(slices < 1000);
+                    // The last text but one of the list becomes another while a part of it is taken.
+                    if (slices == 45 && !changed.isNull()) {
+                        infos[2]->setDesc(changed);
+                        searched.document.flushChanges();
+                    }
+                }
+                QVERIFY2(slices > 20, qPrintable(test + u' ' + QString::number(slices)));
+                QVERIFY(searched.columns.prepareUpToLong(*predicate));
+                QCOMPARE(*searched.columns.placesPassing(*predicate), searched.passingOneByOne(*predicate));
+            }
+        }
+    }
+
+    void givesUpOnSlowExpressions()
+    {
+        VXDocument document;
+        const InfoPtr info = infoNamed(QString(60, u'a') + u'!');
+        document.setInfos({VXGlyphInfo::init(), info});
+        SearchColumns columns(document);
+        const std::optional<Predicate> predicate = Predicate::parse(u"name MATCHES \"(a+)+$\""_s);
+        QVERIFY(predicate);
+        Error error;
+        QVERIFY(!columns.evaluate(*predicate, &error));
+        QCOMPARE(error.domain, Predicate::errorDomain());
+        QCOMPARE(error.code, int(Predicate::PatternGaveUp));
+        info->setName(u"aaa"_s);
+        columns.noteChange({info, GlyphField::Name});
+        QCOMPARE(*columns.placesPassing(*predicate), IndexSet {1});
+    }
+
+    void asksExpressionsOnlyWhereTheyMatter()
+    {
+        VXDocument document;
+        document.setInfos({infoNamed(QString(60, u'a') + u'!'), infoNamed(u"aaa"_s)});
+        document.infos()[1]->setScript(u"latin"_s);
+        SearchColumns columns(document);
+        const auto places = [&](const QString &text) {
+            return columns.placesPassing(*Predicate::parse(text)).value_or(IndexSet {-1});
+        };
+        QCOMPARE(places(u"script == \"latin\" && name MATCHES \"(a+)+$\""_s), IndexSet {1});
+        QCOMPARE(places(u"script == \"greek\" && name MATCHES \"(a+)+$\""_s), IndexSet {});
+        QCOMPARE(places(u"name contains \"!\" || name MATCHES \"(a+)+$\""_s), (IndexSet {0, 1}));
+        QCOMPARE(places(u"name MATCHES \"(a+)+$\" && script == \"latin\""_s), IndexSet {-1});
+    }
+
+    void givesUpWhenAllTakesTooLong()
+    {
+        VXDocument document;
+        document.setInfos(numbered(1000, u"u"_s));
+        SearchColumns columns(document);
+        columns.setPatternTimeLimit(0);
+        Error error;
+        QVERIFY(!columns.evaluate(*Predicate::parse(u"name MATCHES \"u.*\""_s), &error));
+        QCOMPARE(error.code, int(Predicate::PatternGaveUp));
+        QVERIFY2(error.failureReason.contains(u"u.*"_s), qPrintable(error.failureReason));
+        columns.setPatternTimeLimit(60'000);
+        QCOMPARE(columns.placesPassing(*Predicate::parse(u"name MATCHES \"u.*\""_s))->size(), size_t(1000));
+    }
+};
 
 RUNEBOOK_TEST_MAIN(SearchColumnsTest)
 #include "SearchColumnsTest.moc"

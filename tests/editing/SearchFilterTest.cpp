@@ -3,6 +3,7 @@
 #include "editing/SearchColumns.h"
 #include "editing/SearchMenu.h"
 #include "platform/UserDefaults.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
 
 using namespace runebook;
@@ -48,321 +49,181 @@ class SearchFilterTest : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { forgetSettings(); }
-    void oneTest();
-    void predicates_data();
-    void predicates();
-    void problems_data();
-    void problems();
-    void finds_data();
-    void finds();
-    void choosing_data();
-    void choosing();
-    void menuItems();
-    void itemStates_data();
-    void itemStates();
-    void prompts();
-    void recentSearches();
+
+    void oneTest()
+    {
+        QCOMPARE(SearchFilter::filterStringForKeySearch(false, u"name"_s, u"a"_s), u"name contains[cd] \"a\""_s);
+        QCOMPARE(SearchFilter::filterStringForKeySearch(true, u"name"_s, u"a"_s), u"name contains[d] \"a\""_s);
+        QCOMPARE(SearchFilter::filterStringForKeySearch(true, u"x y"_s, u"%1\"\\%2"_s),
+                 u"x y contains[d] \"%1\"\\%2\""_s);
+    }
+
+    // predicate: null: none, everything is shown
+    TABLE(predicates, (const SearchSettings &settings, const QString &text, const QString &predicate), {
+        const auto modeRows = [&row](const char *name, SearchMode mode, const char *text, const char *ignoring,
+                                     const char *matching) {
+            row(name, settingsFor(mode, ignoreCase), text, ignoring);
+            row(QString::fromUtf8(name) + ", match case"_L1, settingsFor(mode, matchCase), text, matching);
+        };
+        using enum SearchMode;
+        const char *const allIgnoring =
+            "(name contains[cd] \"a b\") || (unicode contains[cd] \"a b\") || (production contains[cd] \"a b\")";
+        modeRows("all", All, "a b", allIgnoring,
+                 "(name contains \"a b\") || (unicode contains[cd] \"a b\") || (production contains \"a b\")");
+        row("no mode yet", SearchSettings {}, "a b", allIgnoring);
+        modeRows("name", Name, "a", "name contains[cd] \"a\"", "name contains[d] \"a\"");
+        modeRows("name, words", Name, "a b", "(name contains[cd] \"a\") && (name contains[cd] \"b\")",
+                 "(name contains[d] \"a\") && (name contains[d] \"b\")");
+        row("name, two blanks", settingsFor(Name), "a  b", "(name contains[cd] \"a\") && (name contains[cd] \"b\")");
+        row("name, blank behind", settingsFor(Name), "a ", "(name contains[cd] \"a\")");
+        row("name, escaped quote", settingsFor(Name), "a\\\"b", "name contains[cd] \"a\\\"b\"");
+        row("name, percent", settingsFor(Name), "a%@", "name contains[cd] \"a%@\"");
+        modeRows("unicode", Unicode, "00e", "unicode contains[cd] \"00e\"", "unicode contains[cd] \"00e\"");
+        row("range", settingsFor(Unicode), "0041-0043", "unicode IN HEXRANGE(0041, 0043)");
+        row("range, short and small", settingsFor(Unicode), "a-1f600", "unicode IN HEXRANGE(000A, 1F600)");
+        row("range, open at the front", settingsFor(Unicode), "-43", "unicode IN HEXRANGE(0000, 0043)");
+        row("range, no number is 0", settingsFor(Unicode), "xyz-43", "unicode IN HEXRANGE(0000, 0043)");
+        row("range, long", settingsFor(Unicode), "0-FFFFFFF", "unicode IN HEXRANGE(0000, FFFFFFF)");
+        row("range, beyond all texts", settingsFor(Unicode), "0-7FFFFFFF", "unicode IN HEXRANGE(0000, FFFFFFF)");
+        row("range from below 0", settingsFor(Unicode), "FFFFFFFF-41", "unicode IN HEXRANGE(0000, 0041)");
+        row("range below 0", settingsFor(Unicode), "80000000-FFFFFFFF", "unicode IN HEXRANGE(0001, 0000)");
+        row("range, backwards", settingsFor(Unicode), "0043-0041", "unicode contains[cd] \"0043-0041\"");
+        row("range of one", settingsFor(Unicode), "0041-0041", "unicode contains[cd] \"0041-0041\"");
+        row("range to below 0", settingsFor(Unicode), "0-FFFFFFFF", "unicode contains[cd] \"0-FFFFFFFF\"");
+        row("range, open behind", settingsFor(Unicode), "41-", "unicode contains[cd] \"41-\"");
+        row("range of three", settingsFor(Unicode), "1-2-3", "unicode contains[cd] \"1-2-3\"");
+        modeRows("category", Category, "Le", "category contains[cd] \"Le\"", "category contains[cd] \"Le\"");
+        modeRows("subcategory", Subcategory, "a b", "subCategory contains[cd] \"a b\"",
+                 "subCategory contains[d] \"a b\"");
+        modeRows("script", Script, "a", "script contains[cd] \"a\"", "script contains[cd] \"a\"");
+        modeRows("decompose", Decompose, "a b", "decompose contains[cd] \"a b\"", "decompose contains \"a b\"");
+        modeRows("anchors", Anchors, "_top", "anchors contains[cd] \"_top\"", "anchors contains[cd] \"_top\"");
+        modeRows("production", Production, "u", "production contains[cd] \"u\"", "production contains \"u\"");
+        modeRows("production, words", Production, "u  0",
+                 "(production contains[cd] \"u\") && (production contains[cd] \"0\")",
+                 "(production contains \"u\") && (production contains \"0\")");
+        modeRows("alternate name", AlternateName, "a b", "altNames contains[cd] \"a b\"", "altNames contains \"a b\"");
+        modeRows("accents", Accents, "a", "accents contains[cd] \"a\"", "accents contains[cd] \"a\"");
+        modeRows("description", Description, "a b", "desc contains[cd] \"a b\"", "desc contains[cd] \"a b\"");
+        row("unknown mode", SearchSettings {13, false, false}, "a", QString());
+
+        row("empty", settingsFor(Name), "", QString());
+        row("character", settingsFor(Category), "ä", "category contains[cd] \"00E4\"");
+        row("only the first counts", settingsFor(Category), "ätext", "category contains[cd] \"00E4\"");
+        row("only the first decides", settingsFor(Category), "aä", "category contains[cd] \"aä\"");
+        row("blank", settingsFor(Name), " a b", "name contains[cd] \"0020\"");
+        row("quotation mark", settingsFor(Name), "\"a", "name contains[cd] \"0022\"");
+        row("beyond 16 bits", settingsFor(Category), "\U0001F600", "category contains[cd] \"1F600\"");
+        row("low bits of a letter", settingsFor(Category), "\U00010041", "category contains[cd] \"10041\"");
+        row("minus", settingsFor(Name), "-x", "name contains[cd] \"-x\"");
+        row("dot", settingsFor(Name), ".notdef", "name contains[cd] \".notdef\"");
+        row("underscore", settingsFor(Name), "_a", "name contains[cd] \"_a\"");
+        row("quotes and backslashes as an argument", settingsFor(Category), "a\"b\\",
+            "category contains[cd] \"a\\\"b\\\\\"");
+
+        row("regex", settingsFor(Category, ignoreCase, regex), "^a.*", "name MATCHES \"^a.*\"");
+        row("regex, match case", settingsFor(Name, matchCase, regex), "a", "name MATCHES \"a\"");
+        row("regex, character", settingsFor(Name, ignoreCase, regex), "é", "name MATCHES \"é\"");
+        row("regex, beyond 16 bits", settingsFor(Name, ignoreCase, regex), "\U0001F600+", "name MATCHES \"1F600\"");
+        row("regex, backslash", settingsFor(Name, ignoreCase, regex), "\\d+", "name MATCHES \"\\\\d+\"");
+    })
+    {
+        const SearchResult result = SearchFilter(settings).result(text);
+        QVERIFY2(!result.problem, result.problem ? qPrintable(result.problem->text()) : "");
+        QCOMPARE(result.predicate.has_value(), !predicate.isNull());
+        if (result.predicate)
+            QCOMPARE(result.predicate->predicateFormat(), predicate);
+    }
+
+    TABLE(problems, (const SearchSettings &settings, const QString &text, int code), {
+        using enum SearchMode;
+        const QString quoteInside = u"a\"b"_s;
+        row("name", settingsFor(Name), quoteInside, int(Predicate::SyntaxError));
+        row("name, words", settingsFor(Name), "x a\"b", int(Predicate::SyntaxError));
+        row("name, backslash", settingsFor(Name), "a\\", int(Predicate::SyntaxError));
+        row("subcategory", settingsFor(Subcategory), quoteInside, int(Predicate::SyntaxError));
+        row("production, words", settingsFor(Production), "x a\"b", int(Predicate::SyntaxError));
+        row("long", settingsFor(All), QString(2 << 20, u'a'), int(Predicate::TooLong));
+        for (const char *pattern : {"(", "[a", "a)(b", "*a", "(?<n"}) {
+            row(pattern, settingsFor(Name, false, regex), QString::fromLatin1(pattern), int(Predicate::InvalidPattern));
+        }
+    })
+    {
+        const SearchResult result = SearchFilter(settings).result(text);
+        QVERIFY(!result.predicate);
+        QVERIFY(result.problem);
+        QCOMPARE(result.problem->domain, Predicate::errorDomain());
+        QCOMPARE(result.problem->code, code);
+        QVERIFY(!result.problem->description.isEmpty());
+        QVERIFY(!result.problem->failureReason.isEmpty());
+    }
+
+    TABLE(finds, (const SearchSettings &settings, const QString &text, const QString &key, const QString &values,
+          const QString &found), {
+        using enum SearchMode;
+        row("all, case", settingsFor(All), "a", "name", "A|Á|á|b", "A|Á|á");
+        row("all, match case respects marks", settingsFor(All, matchCase), "a", "name", "A|Á|á|a", "a");
+        row("all, code point of the character", settingsFor(All), "ä", "unicode", "00E4|0061", "00E4");
+        row("all, code point ignores case", settingsFor(All, matchCase), "e4", "unicode", "00E4|0061", "00E4");
+        row("name, match case overlooks marks", settingsFor(Name, matchCase), "a", "name", "A|Á|á|a", "á|a");
+        row("name, words in any order", settingsFor(Name), "b  a", "name", "ab|ba|a|b|xAxBx", "ab|ba|xAxBx");
+        row("range", settingsFor(Unicode), "0041-0043", "unicode", "0040|0041|0042|0043|0044|41|00041",
+            "0041|0042|0043");
+        row("range backwards", settingsFor(Unicode), "0043-0041", "unicode", "0041|0042|0043", "");
+        row("alternate name is whole", settingsFor(AlternateName), "alpha", "altNames",
+            "Alpha, x|alphabet|x|x, ALPHA", "Alpha, x|x, ALPHA");
+        row("alternate name, match case", settingsFor(AlternateName, matchCase), "alpha", "altNames",
+            "Alpha|alpha", "alpha");
+        row("accents are the marks", settingsFor(Accents), "acute", "marks", "a, ACUTE|grave", "a, ACUTE");
+        row("category", settingsFor(Category, matchCase), "le", "category", "Letter|Number", "Letter");
+        row("regex is whole", settingsFor(Name, ignoreCase, regex), "a.*", "name", "ab|ba|Ab|a", "ab|a");
+        row("regex, half an alternative", settingsFor(Name, ignoreCase, regex), "a|ab", "name", "ab|abc", "ab");
+    })
+    {
+        VXDocument document;
+        document.setInfos(recordsFromText(key, values));
+        SearchColumns columns(document);
+        const SearchResult result = SearchFilter(settings).result(text);
+        QVERIFY(result.predicate);
+        const std::optional<IndexSet> places = columns.placesPassing(*result.predicate);
+        QVERIFY(places);
+        QStringList passing;
+        for (const qsizetype place : *places)
+            passing += values.split(u'|').at(place);
+        QCOMPARE(passing.join(u'|'), found);
+    }
+
+    TABLE(itemStates, (const SearchSettings &settings, int tag, bool ticked, bool enabled), {
+        const SearchSettings plain {3, true, false};
+        const SearchSettings pattern {3, true, true};
+        row("the mode", plain, 3, true, true);
+        row("another mode", plain, 1, false, true);
+        row("no mode yet", {}, 1, false, true);
+        row("match case", plain, 2001, true, true);
+        row("match case off", {}, 2001, false, true);
+        row("regex off", plain, 2002, false, true);
+        row("regex on", pattern, 2002, true, true);
+        row("the mode under regex", pattern, 3, true, false);
+        row("match case under regex", pattern, 2001, true, false);
+        row("clear under regex", pattern, 1002, false, true);
+    })
+    {
+        QCOMPARE(SearchMenu::stateOfItem(tag, settings), (SearchMenu::ItemState {ticked, enabled}));
+    }
+
+    void recentSearches()
+    {
+        for (const QString &text : {u"a"_s, u""_s, u"b"_s, u"a"_s})
+            RecentSearches::add(text);
+        QCOMPARE(RecentSearches::texts(), (QStringList {u"a"_s, u"b"_s}));
+        for (int i = 0; i < 20; ++i)
+            RecentSearches::add(QString::number(i));
+        QCOMPARE(RecentSearches::texts().size(), 10);
+        QCOMPARE(RecentSearches::texts().first(), u"19"_s);
+        RecentSearches::clear();
+        QCOMPARE(RecentSearches::texts(), QStringList());
+    }
 };
-
-void SearchFilterTest::oneTest()
-{
-    QCOMPARE(SearchFilter::filterStringForKeySearch(false, u"name"_s, u"a"_s), u"name contains[cd] \"a\""_s);
-    QCOMPARE(SearchFilter::filterStringForKeySearch(true, u"name"_s, u"a"_s), u"name contains[d] \"a\""_s);
-    QCOMPARE(SearchFilter::filterStringForKeySearch(true, u"x y"_s, u"%1\"\\%2"_s),
-             u"x y contains[d] \"%1\"\\%2\""_s);
-}
-
-void SearchFilterTest::predicates_data()
-{
-    QTest::addColumn<SearchSettings>("settings");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("predicate"); // null: none, everything is shown
-
-    const auto row = [](const char *name, SearchSettings settings, const char *text, const char *predicate) {
-        QTest::newRow(name) << settings << QString::fromUtf8(text) << QString::fromUtf8(predicate);
-    };
-    const auto modeRows = [&row](const char *name, SearchMode mode, const char *text, const char *ignoring,
-                                 const char *matching) {
-        row(name, settingsFor(mode, ignoreCase), text, ignoring);
-        row(qPrintable(QString::fromUtf8(name) + ", match case"_L1), settingsFor(mode, matchCase), text,
-            matching);
-    };
-    using enum SearchMode;
-    const char *const allIgnoring =
-        "(name contains[cd] \"a b\") || (unicode contains[cd] \"a b\") || (production contains[cd] \"a b\")";
-    modeRows("all", All, "a b", allIgnoring,
-             "(name contains \"a b\") || (unicode contains[cd] \"a b\") || (production contains \"a b\")");
-    row("no mode yet", SearchSettings {}, "a b", allIgnoring);
-    modeRows("name", Name, "a", "name contains[cd] \"a\"", "name contains[d] \"a\"");
-    modeRows("name, words", Name, "a b", "(name contains[cd] \"a\") && (name contains[cd] \"b\")",
-             "(name contains[d] \"a\") && (name contains[d] \"b\")");
-    row("name, two blanks", settingsFor(Name), "a  b",
-        "(name contains[cd] \"a\") && (name contains[cd] \"b\")");
-    row("name, blank behind", settingsFor(Name), "a ", "(name contains[cd] \"a\")");
-    row("name, escaped quote", settingsFor(Name), "a\\\"b", "name contains[cd] \"a\\\"b\"");
-    row("name, percent", settingsFor(Name), "a%@", "name contains[cd] \"a%@\"");
-    modeRows("unicode", Unicode, "00e", "unicode contains[cd] \"00e\"", "unicode contains[cd] \"00e\"");
-    row("range", settingsFor(Unicode), "0041-0043", "unicode IN HEXRANGE(0041, 0043)");
-    row("range, short and small", settingsFor(Unicode), "a-1f600", "unicode IN HEXRANGE(000A, 1F600)");
-    row("range, open at the front", settingsFor(Unicode), "-43", "unicode IN HEXRANGE(0000, 0043)");
-    row("range, no number is 0", settingsFor(Unicode), "xyz-43", "unicode IN HEXRANGE(0000, 0043)");
-    row("range, long", settingsFor(Unicode), "0-FFFFFFF", "unicode IN HEXRANGE(0000, FFFFFFF)");
-    row("range, beyond all texts", settingsFor(Unicode), "0-7FFFFFFF", "unicode IN HEXRANGE(0000, FFFFFFF)");
-    row("range from below 0", settingsFor(Unicode), "FFFFFFFF-41", "unicode IN HEXRANGE(0000, 0041)");
-    row("range below 0", settingsFor(Unicode), "80000000-FFFFFFFF", "unicode IN HEXRANGE(0001, 0000)");
-    row("range, backwards", settingsFor(Unicode), "0043-0041", "unicode contains[cd] \"0043-0041\"");
-    row("range of one", settingsFor(Unicode), "0041-0041", "unicode contains[cd] \"0041-0041\"");
-    row("range to below 0", settingsFor(Unicode), "0-FFFFFFFF", "unicode contains[cd] \"0-FFFFFFFF\"");
-    row("range, open behind", settingsFor(Unicode), "41-", "unicode contains[cd] \"41-\"");
-    row("range of three", settingsFor(Unicode), "1-2-3", "unicode contains[cd] \"1-2-3\"");
-    modeRows("category", Category, "Le", "category contains[cd] \"Le\"", "category contains[cd] \"Le\"");
-    modeRows("subcategory", Subcategory, "a b", "subCategory contains[cd] \"a b\"",
-             "subCategory contains[d] \"a b\"");
-    modeRows("script", Script, "a", "script contains[cd] \"a\"", "script contains[cd] \"a\"");
-    modeRows("decompose", Decompose, "a b", "decompose contains[cd] \"a b\"", "decompose contains \"a b\"");
-    modeRows("anchors", Anchors, "_top", "anchors contains[cd] \"_top\"", "anchors contains[cd] \"_top\"");
-    modeRows("production", Production, "u", "production contains[cd] \"u\"", "production contains \"u\"");
-    modeRows("production, words", Production, "u  0",
-             "(production contains[cd] \"u\") && (production contains[cd] \"0\")",
-             "(production contains \"u\") && (production contains \"0\")");
-    modeRows("alternate name", AlternateName, "a b", "altNames contains[cd] \"a b\"",
-             "altNames contains \"a b\"");
-    modeRows("accents", Accents, "a", "accents contains[cd] \"a\"", "accents contains[cd] \"a\"");
-    modeRows("description", Description, "a b", "desc contains[cd] \"a b\"", "desc contains[cd] \"a b\"");
-    row("unknown mode", SearchSettings {13, false, false}, "a", nullptr);
-
-    row("empty", settingsFor(Name), "", nullptr);
-    row("character", settingsFor(Category), "ä", "category contains[cd] \"00E4\"");
-    row("only the first counts", settingsFor(Category), "ätext", "category contains[cd] \"00E4\"");
-    row("only the first decides", settingsFor(Category), "aä", "category contains[cd] \"aä\"");
-    row("blank", settingsFor(Name), " a b", "name contains[cd] \"0020\"");
-    row("quotation mark", settingsFor(Name), "\"a", "name contains[cd] \"0022\"");
-    row("beyond 16 bits", settingsFor(Category), "\U0001F600", "category contains[cd] \"1F600\"");
-    row("low bits of a letter", settingsFor(Category), "\U00010041", "category contains[cd] \"10041\"");
-    row("minus", settingsFor(Name), "-x", "name contains[cd] \"-x\"");
-    row("dot", settingsFor(Name), ".notdef", "name contains[cd] \".notdef\"");
-    row("underscore", settingsFor(Name), "_a", "name contains[cd] \"_a\"");
-    row("quotes and backslashes as an argument", settingsFor(Category), "a\"b\\",
-        "category contains[cd] \"a\\\"b\\\\\"");
-
-    row("regex", settingsFor(Category, ignoreCase, regex), "^a.*", "name MATCHES \"^a.*\"");
-    row("regex, match case", settingsFor(Name, matchCase, regex), "a", "name MATCHES \"a\"");
-    row("regex, character", settingsFor(Name, ignoreCase, regex), "é", "name MATCHES \"é\"");
-    row("regex, beyond 16 bits", settingsFor(Name, ignoreCase, regex), "\U0001F600+",
-        "name MATCHES \"1F600\"");
-    row("regex, backslash", settingsFor(Name, ignoreCase, regex), "\\d+", "name MATCHES \"\\\\d+\"");
-}
-
-void SearchFilterTest::predicates()
-{
-    QFETCH(SearchSettings, settings);
-    QFETCH(QString, text);
-    QFETCH(QString, predicate);
-    const SearchResult result = SearchFilter(settings).result(text);
-    QVERIFY2(!result.problem, result.problem ? qPrintable(result.problem->text()) : "");
-    QCOMPARE(result.predicate.has_value(), !predicate.isNull());
-    if (result.predicate)
-        QCOMPARE(result.predicate->predicateFormat(), predicate);
-}
-
-void SearchFilterTest::problems_data()
-{
-    QTest::addColumn<SearchSettings>("settings");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("code");
-
-    using enum SearchMode;
-    const QString quoteInside = u"a\"b"_s;
-    QTest::newRow("name") << settingsFor(Name) << quoteInside << int(Predicate::SyntaxError);
-    QTest::newRow("name, words") << settingsFor(Name) << u"x a\"b"_s << int(Predicate::SyntaxError);
-    QTest::newRow("name, backslash") << settingsFor(Name) << u"a\\"_s << int(Predicate::SyntaxError);
-    QTest::newRow("subcategory") << settingsFor(Subcategory) << quoteInside << int(Predicate::SyntaxError);
-    QTest::newRow("production, words")
-        << settingsFor(Production) << u"x a\"b"_s << int(Predicate::SyntaxError);
-    QTest::newRow("long") << settingsFor(All) << QString(2 << 20, u'a') << int(Predicate::TooLong);
-    for (const char *pattern : {"(", "[a", "a)(b", "*a", "(?<n"}) {
-        QTest::newRow(pattern) << settingsFor(Name, false, regex) << QString::fromLatin1(pattern)
-                               << int(Predicate::InvalidPattern);
-    }
-}
-
-void SearchFilterTest::problems()
-{
-    QFETCH(SearchSettings, settings);
-    QFETCH(QString, text);
-    QFETCH(int, code);
-    const SearchResult result = SearchFilter(settings).result(text);
-    QVERIFY(!result.predicate);
-    QVERIFY(result.problem);
-    QCOMPARE(result.problem->domain, Predicate::errorDomain());
-    QCOMPARE(result.problem->code, code);
-    QVERIFY(!result.problem->description.isEmpty());
-    QVERIFY(!result.problem->failureReason.isEmpty());
-}
-
-void SearchFilterTest::finds_data()
-{
-    QTest::addColumn<SearchSettings>("settings");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("values");
-    QTest::addColumn<QString>("found");
-
-    const auto row = [](const char *name, SearchSettings settings, const char *text, const char *key,
-                        const char *values, const char *found) {
-        QTest::newRow(name) << settings << QString::fromUtf8(text) << QString::fromUtf8(key)
-                            << QString::fromUtf8(values) << QString::fromUtf8(found);
-    };
-    using enum SearchMode;
-    row("all, case", settingsFor(All), "a", "name", "A|Á|á|b", "A|Á|á");
-    row("all, match case respects marks", settingsFor(All, matchCase), "a", "name", "A|Á|á|a", "a");
-    row("all, code point of the character", settingsFor(All), "ä", "unicode", "00E4|0061", "00E4");
-    row("all, code point ignores case", settingsFor(All, matchCase), "e4", "unicode", "00E4|0061", "00E4");
-    row("name, match case overlooks marks", settingsFor(Name, matchCase), "a", "name", "A|Á|á|a", "á|a");
-    row("name, words in any order", settingsFor(Name), "b  a", "name", "ab|ba|a|b|xAxBx", "ab|ba|xAxBx");
-    row("range", settingsFor(Unicode), "0041-0043", "unicode", "0040|0041|0042|0043|0044|41|00041",
-        "0041|0042|0043");
-    row("range backwards", settingsFor(Unicode), "0043-0041", "unicode", "0041|0042|0043", "");
-    row("alternate name is whole", settingsFor(AlternateName), "alpha", "altNames",
-        "Alpha, x|alphabet|x|x, ALPHA", "Alpha, x|x, ALPHA");
-    row("alternate name, match case", settingsFor(AlternateName, matchCase), "alpha", "altNames",
-        "Alpha|alpha", "alpha");
-    row("accents are the marks", settingsFor(Accents), "acute", "marks", "a, ACUTE|grave", "a, ACUTE");
-    row("category", settingsFor(Category, matchCase), "le", "category", "Letter|Number", "Letter");
-    row("regex is whole", settingsFor(Name, ignoreCase, regex), "a.*", "name", "ab|ba|Ab|a", "ab|a");
-    row("regex, half an alternative", settingsFor(Name, ignoreCase, regex), "a|ab", "name", "ab|abc", "ab");
-}
-
-void SearchFilterTest::finds()
-{
-    QFETCH(SearchSettings, settings);
-    QFETCH(QString, text);
-    QFETCH(QString, key);
-    QFETCH(QString, values);
-    QFETCH(QString, found);
-    VXDocument document;
-    document.setInfos(recordsFromText(key, values));
-    SearchColumns columns(document);
-    const SearchResult result = SearchFilter(settings).result(text);
-    QVERIFY(result.predicate);
-    const std::optional<IndexSet> places = columns.placesPassing(*result.predicate);
-    QVERIFY(places);
-    QStringList passing;
-    for (const qsizetype place : *places)
-        passing += values.split(u'|').at(place);
-    QCOMPARE(passing.join(u'|'), found);
-}
-
-void SearchFilterTest::choosing_data()
-{
-    QTest::addColumn<QList<int>>("tags");
-    QTest::addColumn<bool>("rebuilds"); // the last one
-    QTest::addColumn<SearchSettings>("settings");
-
-    QTest::newRow("mode") << QList<int> {4} << true << SearchSettings {4, false, false};
-    QTest::newRow("mode again") << QList<int> {4, 4} << false << SearchSettings {4, false, false};
-    QTest::newRow("all, first time") << QList<int> {1} << true << SearchSettings {1, false, false};
-    QTest::newRow("match case") << QList<int> {2001} << true << SearchSettings {0, true, false};
-    QTest::newRow("match case twice") << QList<int> {2001, 2001} << true << SearchSettings {};
-    QTest::newRow("regex") << QList<int> {2, 2002} << true << SearchSettings {2, false, true};
-    QTest::newRow("recents") << QList<int> {1001} << false << SearchSettings {};
-}
-
-void SearchFilterTest::choosing()
-{
-    QFETCH(QList<int>, tags);
-    QFETCH(bool, rebuilds);
-    QFETCH(SearchSettings, settings);
-    bool last = false;
-    for (const int tag : tags)
-        last = SearchMenu::choose(tag);
-    QCOMPARE(last, rebuilds);
-    QCOMPARE(SearchSettings::current(), settings);
-    QCOMPARE(UserDefaults::standard().integerForKey(u"SearchState"_s), settings.state);
-    QCOMPARE(UserDefaults::standard().boolForKey(u"SearchStateMatchCase"_s), settings.matchCase);
-    QCOMPARE(UserDefaults::standard().boolForKey(u"SearchStateRegex"_s), settings.regex);
-}
-
-void SearchFilterTest::menuItems()
-{
-    QStringList lines;
-    for (const SearchMenu::Item &item : SearchMenu::items()) {
-        lines += u"%1 %2"_s.arg(item.isSeparator() ? u"--"_s : item.title).arg(item.tag);
-        const bool isChoice = !item.isSeparator() && item.tag != 1000 && item.tag != 1001;
-        QCOMPARE(!item.help.isEmpty(), isChoice);
-    }
-    QCOMPARE(lines.join(u'\n'), uR"(All 1
-Name 2
-Unicode 3
-Category 4
-Subcategory 5
-Script 6
-Decompose 7
-Anchors 8
-Production 9
-Alternate Name 10
-Accents 11
-Description 12
--- 0
-Match Case 2001
-Regex 2002
--- 0
--- 1000
-Recent Searches 1000
-Recents 1001
-Clear 1002)"_s);
-}
-
-void SearchFilterTest::itemStates_data()
-{
-    QTest::addColumn<SearchSettings>("settings");
-    QTest::addColumn<int>("tag");
-    QTest::addColumn<bool>("ticked");
-    QTest::addColumn<bool>("enabled");
-
-    const SearchSettings plain {3, true, false};
-    const SearchSettings pattern {3, true, true};
-    QTest::newRow("the mode") << plain << 3 << true << true;
-    QTest::newRow("another mode") << plain << 1 << false << true;
-    QTest::newRow("no mode yet") << SearchSettings {} << 1 << false << true;
-    QTest::newRow("match case") << plain << 2001 << true << true;
-    QTest::newRow("match case off") << SearchSettings {} << 2001 << false << true;
-    QTest::newRow("regex off") << plain << 2002 << false << true;
-    QTest::newRow("regex on") << pattern << 2002 << true << true;
-    QTest::newRow("the mode under regex") << pattern << 3 << true << false;
-    QTest::newRow("match case under regex") << pattern << 2001 << true << false;
-    QTest::newRow("clear under regex") << pattern << 1002 << false << true;
-}
-
-void SearchFilterTest::itemStates()
-{
-    QFETCH(SearchSettings, settings);
-    QFETCH(int, tag);
-    QFETCH(bool, ticked);
-    QFETCH(bool, enabled);
-    QCOMPARE(SearchMenu::stateOfItem(tag, settings), (SearchMenu::ItemState {ticked, enabled}));
-}
-
-void SearchFilterTest::prompts()
-{
-    QCOMPARE(SearchMenu::prompt({}), u"Search All"_s);
-    QCOMPARE(SearchMenu::prompt(settingsFor(SearchMode::AlternateName)), u"Search Alternate Name"_s);
-    QCOMPARE(SearchMenu::prompt(settingsFor(SearchMode::Script, false, regex)), u"Search Name by Regex"_s);
-}
-
-void SearchFilterTest::recentSearches()
-{
-    QCOMPARE(RecentSearches::texts(), QStringList());
-    for (const QString &text : {u"a"_s, u""_s, u"b"_s, u"a"_s})
-        RecentSearches::add(text);
-    QCOMPARE(RecentSearches::texts(), (QStringList {u"a"_s, u"b"_s}));
-    for (int i = 0; i < 20; ++i)
-        RecentSearches::add(QString::number(i));
-    QCOMPARE(RecentSearches::texts().size(), 10);
-    QCOMPARE(RecentSearches::texts().first(), u"19"_s);
-    RecentSearches::clear();
-    QCOMPARE(RecentSearches::texts(), QStringList());
-}
 
 RUNEBOOK_TEST_MAIN(SearchFilterTest)
 #include "SearchFilterTest.moc"

@@ -1,0 +1,378 @@
+#include "editing/CompareKeys.h"
+#include "editing/CompareContent.h"
+#include "editing/TextDifference.h"
+#include "tests/Table.h"
+#include "tests/TestMain.h"
+#include "tests/editing/Records.h"
+
+#include <QHash>
+#include <random>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString valueOf(const VXGlyphInfo &info, CompareKey key)
+{
+    return info.valueForKey(propertyOfKey(key)).toString();
+}
+
+/// The key list as its rule is told, without any short cut.
+QStringList keysByRule(const InfoList &left, const InfoList &right, CompareKey key, CompareMode mode)
+{
+    const InfoList &source = mode == CompareMode::OnlyRight ? right : left;
+    const InfoList &other = mode == CompareMode::OnlyRight ? left : right;
+    QHash<QString, InfoPtr> map;
+    for (const InfoPtr &info : other) {
+        if (!valueOf(*info, key).isEmpty())
+            map.insert(valueOf(*info, key), info);
+    }
+    QStringList keys;
+    for (const InfoPtr &info : source) {
+        const QString value = valueOf(*info, key);
+        if (value.isEmpty())
+            continue;
+        const InfoPtr match = map.value(value);
+        if (mode == CompareMode::Different ? match && !info->isEqualToInfo(match) : !match)
+            keys << value;
+    }
+    return keys;
+}
+
+QStringList keysOf(const InfoList &left, const InfoList &right, CompareKey key, CompareMode mode)
+{
+    KeyComparison comparison(left, right, key, mode);
+    comparison.finish(mode);
+    return comparison.keys(mode);
+}
+
+/// Makes lists that differ in every way two files can: records left out, added, repeated, edited, moved, with
+/// and without description, code point and production name.
+class Dice
+{
+public:
+    explicit Dice(unsigned seed) : m_random(seed) { }
+    int roll(int sides) { return static_cast<int>(m_random() % static_cast<unsigned>(sides)); }
+
+    QString line()
+    {
+        QString line = u"name=\"g%1\" "_s.arg(roll(60));
+        if (roll(3))
+            line.prepend(u"unicode=\"%1\" "_s.arg(0x41 + roll(40), 4, 16, QChar(u'0')).toUpper());
+        line += u"category=\"%1\" "_s.arg(roll(2) ? u"Letter"_s : u"Mark"_s);
+        if (roll(3) == 0)
+            line += u"production=\"uni%1\" "_s.arg(roll(30));
+        if (roll(4))
+            line += u"description=\"d%1\" "_s.arg(roll(3));
+        return line;
+    }
+
+    QStringList changed(const QStringList &lines)
+    {
+        QStringList changed;
+        for (const QString &each : lines) {
+            const int what = roll(12);
+            if (what == 0)
+                continue;
+            changed << (what == 1 ? line() : each);
+            if (what == 2)
+                changed << (roll(2) ? line() : each);
+            if (what == 3 && changed.size() > 3)
+                changed.move(changed.size() - 1, roll(static_cast<int>(changed.size())));
+        }
+        return changed;
+    }
+
+private:
+    std::mt19937 m_random;
+};
+
+/// The text with its parts in brackets.
+QString bracketed(const QString &text, const std::vector<TextPart> &parts)
+{
+    QString result;
+    qsizetype done = 0;
+    for (const TextPart &part : parts) {
+        result += text.mid(done, part.begin - done) + u'[' + text.mid(part.begin, part.length) + u']';
+        done = part.begin + part.length;
+    }
+    return result + text.mid(done);
+}
+
+QString unmarked(const QString &text, const std::vector<TextPart> &parts)
+{
+    QString rest = text;
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part)
+        rest.remove(part->begin, part->length);
+    return rest;
+}
+
+} // namespace
+
+/// What comparisons of lists, values and texts find.
+class CompareTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    TABLE(keys, (const QString &left, const QString &right, int key, const QStringList &onlyRight,
+          const QStringList &onlyLeft, const QStringList &different), {
+        const QStringList none;
+        const QString a = u"name=\"A\" description=\"first\"\n"_s;
+        const QString b = u"name=\"B\" description=\"second\"\n"_s;
+        const QString changedA = u"name=\"A\" category=\"Mark\" description=\"first\"\n"_s;
+
+        row("without description: never equal", "name=\"A\"", "name=\"A\"", 0, none, none, {u"A"_s});
+        row("description on the right alone: passes", "name=\"A\"", a, 0, none, none, none);
+        row("description on the left alone", a, "name=\"A\"", 0, none, none, {u"A"_s});
+        row("an empty description is none", "name=\"A\" description=\"\"", a, 0, none, none, none);
+        row("other has two: the later counts, equal", a, changedA + a, 0, none, none, none);
+        row("other has two: the later counts, different", a, a + changedA, 0, none, none, {u"A"_s});
+        row("source has two: listed twice", changedA + b + changedA, a + b, 0, none, none, {u"A"_s, u"A"_s});
+        row("without the key: skipped", a + u"unicode=\"0042\" name=\"B\" description=\"d\""_s, b, 1, none,
+            {u"0042"_s}, none);
+        row("by production", "name=\"A\" production=\"x\" description=\"d\"",
+            "name=\"A\" production=\"y\" description=\"d\"", 2, {u"y"_s}, {u"x"_s}, none);
+    })
+    {
+        const InfoList leftInfos = recordsOf(left);
+        const InfoList rightInfos = recordsOf(right);
+        const CompareKey compareKey = compareKeyFromNumber(key);
+        QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::OnlyRight), onlyRight);
+        QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::OnlyLeft), onlyLeft);
+        QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::Different), different);
+    }
+
+    void recordsOfKeys()
+    {
+        const InfoList infos =
+            recordsOf(u"unicode=\"0041\" name=\"A\"\nname=\"B\"\nunicode=\"0042\" name=\"C\"\n"
+                      "unicode=\"0041\" name=\"D\""_s);
+        const auto names = [&](CompareKey key, const QStringList &keys) {
+            QString joined;
+            CompareContent content(keys, key, nullptr, &infos);
+            while (!content.runFor(std::chrono::milliseconds(0))) { }
+            for (const InfoPtr &info : content.right())
+                joined += info->name();
+            return joined;
+        };
+        QCOMPARE(names(CompareKey::Name, {}), QString());
+        QCOMPARE(names(CompareKey::Name, {u"C"_s, u"A"_s, u"X"_s, u"A"_s}), u"AC"_s);
+        QCOMPARE(names(CompareKey::Unicode, {u"0041"_s}), u"AD"_s);
+        QCOMPARE(names(CompareKey::Production, {u"A"_s}), QString());
+    }
+
+    /// What was read and then edited is compared by its fields, not by the line that it once was.
+    void editedRecords()
+    {
+        const InfoList left = recordsOf(u"name=\"A\" category=\"Letter\" description=\"d\"\n"
+                                        "name=\"B\" description=\"d\""_s);
+        const InfoList right = recordsOf(u"name=\"A\" category=\"Letter\" description=\"d\"\n"
+                                         "name=\"B\" description=\"d\""_s);
+        left[0]->setCategory(u"Mark"_s);
+        QCOMPARE(keysOf(left, right, CompareKey::Name, CompareMode::Different), QStringList(u"A"_s));
+        left[0]->setCategory(u"Letter"_s);
+        QCOMPARE(keysOf(left, right, CompareKey::Name, CompareMode::Different), QStringList());
+        right[1]->setDesc({});
+        QCOMPARE(keysOf(left, right, CompareKey::Name, CompareMode::Different), QStringList(u"B"_s));
+        right[1]->setName(u"C"_s);
+        QCOMPARE(keysOf(left, right, CompareKey::Name, CompareMode::OnlyRight), QStringList(u"C"_s));
+    }
+
+    TABLE(againstTheRule, (int seed), {
+        for (int seed = 1; seed <= 40; ++seed)
+            row(u"seed %1"_s.arg(seed), seed);
+    })
+    {
+        Dice dice(static_cast<unsigned>(seed));
+        QStringList lines;
+        for (int i = dice.roll(120); i >= 0; --i)
+            lines << dice.line();
+        const InfoList left = recordsOf(lines.join(u'\n'));
+        const InfoList right = recordsOf(dice.changed(lines).join(u'\n'));
+        for (int i = dice.roll(5); i > 0; --i) {
+            left[static_cast<std::size_t>(dice.roll(static_cast<int>(left.size())))]->setName(
+                u"g%1"_s.arg(dice.roll(60)));
+        }
+        for (const CompareKey key : {CompareKey::Name, CompareKey::Unicode, CompareKey::Production}) {
+            for (const CompareMode mode :
+                 {CompareMode::OnlyRight, CompareMode::OnlyLeft, CompareMode::Different})
+                QCOMPARE(keysOf(left, right, key, mode), keysByRule(left, right, key, mode));
+        }
+    }
+
+    /// A comparison that is done a bit at a time tells how far it is and comes to the same end.
+    void inSteps()
+    {
+        QStringList lines;
+        for (int i = 0; i < 20'000; ++i)
+            lines << u"name=\"g%1\" description=\"d\""_s.arg(i);
+        const InfoList left = recordsOf(lines.join(u'\n'));
+        lines[10'000] = u"name=\"g10000\" description=\"e\""_s;
+        lines[10'001] = u"name=\"new\" description=\"d\""_s;
+        const InfoList right = recordsOf(lines.join(u'\n'));
+
+        KeyComparison comparison(left, right, CompareKey::Name, CompareMode::Different);
+        QCOMPARE(comparison.progress(), 0.0);
+        int steps = 0;
+        double last = 0;
+        while (!comparison.isDone(CompareMode::Different)) {
+            QVERIFY(!comparison.isDone(CompareMode::OnlyRight));
+            comparison.runFor(std::chrono::milliseconds(0));
+            QVERIFY(comparison.progress() > last);
+            last = comparison.progress();
+            ++steps;
+        }
+        QVERIFY(steps > 5);
+        QCOMPARE(last, 1.0);
+        QCOMPARE(comparison.keys(CompareMode::Different), QStringList(u"g10000"_s));
+        while (!comparison.runFor(std::chrono::milliseconds(0))) { }
+        QCOMPARE(comparison.keys(CompareMode::OnlyRight), QStringList(u"new"_s));
+        QCOMPARE(comparison.keys(CompareMode::OnlyLeft), QStringList(u"g10001"_s));
+    }
+
+    TABLE(parts, (const QString &left, const QString &right), {
+        row("equal", "acute, grave", "acute, grave");
+        row("both empty", "", "");
+        row("one empty", "[acute, grave]", "");
+        row("a word added", "acute, grave", "acute, [breve, ]grave");
+        row("a word added at the end", "acute", "acute[, grave]");
+        row("two words apart", "[a, ]b, c, d", "b, c, d[, e]");
+        row("one word for another, by character", "uni1EA[E]", "uni1EA[F]");
+        row("inside a word", "LATIN CAP[IT]AL A", "LATIN CAPAL A");
+        row("repeated letters", "aa", "aa[a]");
+        row("not between a letter and its mark", "caf[e\u0301]", "caf[e]");
+        row("not through a pair", "x[\U0001F600]", "x[\U0001F601]");
+        row("case", "[L]atin", "[l]atin");
+    })
+    {
+        const auto plain = [](QString text) { return text.remove(u'[').remove(u']'); };
+        const TextDifference difference = differenceOfTexts(plain(left), plain(right));
+        QCOMPARE(bracketed(plain(left), difference.left), left);
+        QCOMPARE(bracketed(plain(right), difference.right), right);
+    }
+
+    /// What is not marked is the same on both sides, and equal texts have no marks.
+    void randomTexts()
+    {
+        std::mt19937 random(7);
+        const QStringList words {u"a"_s, u"acute"_s, u"b"_s, u", "_s, u"ae\u0301"_s, u"\U0001F600"_s, u" "_s};
+        const auto text = [&](unsigned length) {
+            QString made;
+            for (unsigned i = random() % length; i > 0; --i)
+                made += words.at(static_cast<qsizetype>(random() % 7));
+            return made;
+        };
+        for (int round = 0; round < rounds(2000); ++round) {
+            const unsigned length = round % 50 == 0 ? 900 : 12;
+            const QString left = text(length);
+            const QString right = round % 10 == 0 ? left : text(length);
+            const TextDifference difference = differenceOfTexts(left, right);
+            QCOMPARE(unmarked(left, difference.left), unmarked(right, difference.right));
+            if (left == right)
+                QVERIFY(difference.left.empty() && difference.right.empty());
+        }
+    }
+
+    TABLE(valueSets, (const QString &left, const QString &right, const QString &key, bool differ), {
+        const QString none;
+        row("both missing", none, none, "name", false);
+        row("left missing", none, "name=\"A\"", "name", true);
+        row("right missing", "name=\"A\"", none, "name", true);
+        row("right missing, left without value", "name=\"A\"", none, "script", false);
+        row("equal", "name=\"A\"", "name=\"A\"", "name", false);
+        row("different", "name=\"A\"", "name=\"B\"", "name", true);
+        row("absent against present", "name=\"A\"", "name=\"A\" script=\"latin\"", "script", true);
+        row("absent against empty", "name=\"A\"", "name=\"A\" script=\"\"", "script", false);
+        row("sets in another order", "name=\"A\"\nname=\"B\"", "name=\"B\"\nname=\"A\"", "name", false);
+        row("how often does not count", "name=\"A\"\nname=\"A\"", "name=\"A\"", "name", false);
+        row("one more on the left", "name=\"A\"\nname=\"B\"", "name=\"A\"", "name", true);
+        row("one more on the right", "name=\"A\"", "name=\"A\"\nname=\"B\"", "name", true);
+        row("lists", "name=\"A\" altNames=\"a, b\"", "name=\"A\" altNames=\"b, a\"", "altNames", true);
+        row("case", "name=\"A\" case=\"upper\"", "name=\"A\"", "case", true);
+        row("direction", "name=\"A\" direction=\"RTL\"", "name=\"A\" direction=\"RTL\"", "direction", false);
+    })
+    {
+        QCOMPARE(valuesDiffer(recordsOf(left), recordsOf(right), *fieldForKey(key)), differ);
+    }
+
+    /// Lists count by their entries, however they came to be kept.
+    void lists()
+    {
+        const InfoPtr read = recordsOf(u"name=\"A\" altNames=\"a, b\""_s).front();
+        const InfoPtr set = VXGlyphInfo::init();
+        set->setAltNames(QStringList {u"a"_s, u"b"_s});
+        QVERIFY(!valuesDiffer({read}, {set}, GlyphField::AltNames));
+        set->setAltNames(QStringList {u"a, b"_s});
+        QVERIFY(valuesDiffer({read}, {set}, GlyphField::AltNames));
+    }
+
+    /// Every field that files keep, the ones that the records' own equality overlooks included.
+    TABLE(differingFields, (const QString &right, const QString &fields), {
+        const QString base = u"unicode=\"0041\" unicodeLegacy=\"F041\" name=\"A\" case=\"upper\" "
+                             "description=\"d\" marks=\"m\""_s;
+        const auto changed = [&](const char *name, const QString &before, const QString &after, const char *fields) {
+            row(name, QString(base).replace(before, after), fields);
+        };
+        changed("none", u"x"_s, u"x"_s, "");
+        changed("case", u"upper"_s, u"lower"_s, "case");
+        changed("legacy", u"F041"_s, u"F042"_s, "unicodeLegacy");
+        changed("code points", u"unicode=\"0041\""_s, u"unicode=\"0041\" unicode2=\"0042\""_s, "unicodes");
+        changed("old sort name", u"name=\"A\""_s, u"name=\"A\" sortNameOld=\"x\""_s, "sortNameOld");
+        changed("name and marks", u"name=\"A\""_s, u"name=\"B\" marks=\"\""_s, "name");
+        changed("description gone", u"description=\"d\" "_s, {}, "desc");
+        changed("direction", u"name=\"A\""_s, u"name=\"A\" direction=\"LTR\""_s, "direction");
+    })
+    {
+        const InfoPtr left = recordsOf(u"unicode=\"0041\" unicodeLegacy=\"F041\" name=\"A\" case=\"upper\" "
+                                       "description=\"d\" marks=\"m\""_s)
+                                 .front();
+        QStringList keys;
+        for (const ComparedField *field : runebook::differingFields(*left, *recordsOf(right).front()))
+            keys << keyOfField(field->field);
+        QCOMPARE(keys.join(u' '), fields);
+    }
+
+    /// What is found step by step is what a look at everything finds.
+    void stepsFindTheSame()
+    {
+        std::mt19937 random(11);
+        const auto upTo = [&random](int limit) { return static_cast<int>(random() % unsigned(limit)); };
+        const QStringList texts {{}, u""_s, u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s, u"f"_s};
+        const auto made = [&] {
+            InfoList infos;
+            for (int i = upTo(6); i > 0; --i) {
+                infos.push_back(VXGlyphInfo::init());
+                infos.back()->setDesc(texts.at(upTo(texts.size())));
+                infos.back()->setAltNames(QStringList(upTo(3), texts.at(2 + upTo(2))));
+                infos.back()->setCase(upTo(3));
+            }
+            return infos;
+        };
+        int different = 0;
+        for (int round = 0; round < rounds(2000); ++round) {
+            const InfoList left = made();
+            const InfoList right = round % 4 ? made() : left;
+            for (const GlyphField field : {GlyphField::Desc, GlyphField::AltNames, GlyphField::Case}) {
+                FieldContent content(field, left, right);
+                const auto step = static_cast<std::size_t>(1 + upTo(4));
+                while (!content.advance(step)) { }
+                QCOMPARE(content.differs(), valuesDiffer(left, right, field));
+                different += content.differs();
+            }
+            FieldContent shown(GlyphField::Desc, left, right);
+            shown.finish();
+            QStringList distinct;
+            for (const InfoPtr &info : left)
+                distinct << info->desc();
+            distinct.removeDuplicates();
+            distinct.removeAll(QString());
+            QCOMPARE(shown.left().texts, distinct.first(qMin<qsizetype>(5, distinct.size())));
+            QCOMPARE(shown.left().hasMore, distinct.size() > 5);
+        }
+        QVERIFY(different > 500);
+    }
+};
+
+RUNEBOOK_TEST_MAIN(CompareTest)
+#include "CompareTest.moc"
