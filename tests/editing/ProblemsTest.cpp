@@ -183,7 +183,7 @@ private Q_SLOTS:
             QVERIFY2(isTold == (!isSame || hasMark),
                      qPrintable(info->lineXMLFormatVersion(document.fileVersion())));
         }
-        QVERIFY2(lost > 500 && lost < 2500, "both outcomes occur often");
+        QVERIFY2(lost > rounds(500) && lost < rounds(2500), "both outcomes occur often");
     }
 
     void countsStayTrueThroughEveryEdit()
