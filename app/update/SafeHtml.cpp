@@ -83,9 +83,10 @@ private:
     void takeText()
     {
         const QChar character = m_html[m_at++];
+        const bool endsEntity = m_inEntity && character == u';';
         m_inEntity = character == u'&' || (m_inEntity && (isNameCharacter(character) || character == u'#'));
         m_wordLength = character.isSpace() ? 0 : m_wordLength + 1;
-        if (m_wordLength > kLongestWord && !m_inEntity) {
+        if (m_wordLength > kLongestWord && !m_inEntity && !endsEntity) {
             m_result += u'\n';
             m_wordLength = 0;
         }

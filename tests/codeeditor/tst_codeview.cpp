@@ -290,6 +290,8 @@ private Q_SLOTS:
         popup = editor.view.findChild<CompletionPopup *>();
         QVERIFY(popup);
         QTRY_VERIFY(isOffering());
+        const QPoint caret = editor.view.viewport()->mapToGlobal(editor.view.cursorRect().bottomLeft());
+        QVERIFY(std::abs(popup->mapToGlobal(QPoint()).y() - caret.y()) < 20); // right below what is typed
         QTest::keyClick(&editor.view, Qt::Key_Escape);
         editor.view.setReadOnly(true);
         QVERIFY(!editor.view.testAttribute(Qt::WA_InputMethodEnabled)); // so none is asked

@@ -401,12 +401,14 @@ private Q_SLOTS:
             QCOMPARE(info->document(), &document);
         document.removeObjectFromInfosAtIndex(5);
         QVERIFY(!all[5]->document());
+        QCOMPARE(document.indexOfObjectInInfos(all[5]), -1);
         document.undoManager()->undo();
         QCOMPARE(all[5]->document(), &document);
         document.removeObjectsFromInfosAtIndexes({3, 4});
         QCOMPARE(all[3]->document(), &document);
         document.removeInfo(all[0]);
         document.removeInfos({all[1]});
+        QCOMPARE(document.indexOfObjectInInfos(all[1]), -1); // although it still says whose it is
         QCOMPARE(all[0]->document(), &document);
         QCOMPARE(all[1]->document(), &document);
         const InfoPtr other = named(u"x"_s);

@@ -1,49 +1,23 @@
-#include <QElapsedTimer>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTest>
-#include <csignal>
-#include <unistd.h>
-
-#include "tests/Files.h"
 #include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/HeadlessFixture.h"
 #include "tests/scripting/Interpreters.h"
 
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <csignal>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
+using namespace runebook;
 
-/// How a process ended.
-struct Ended {
-    int status = -1;
-    QString output;
-    QString errors;
-};
-
-static QString source(const QString &path)
-{
-    return QStringLiteral(RUNEBOOK_SOURCE_DIR "/") + path;
-}
-
-static QString content(const QString &path)
-{
-    return QString::fromUtf8(runebook::contentOf(path));
-}
-
-class HeadlessTest : public QObject
+/// What comes out of runs without windows: statuses, output, files.
+class HeadlessTest : public QObject, HeadlessFixture
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_program = u"runebook_headless_test"_s;
-        m_environment.clear();
-        m_file = m_folder->filePath(u"sample.xml"_s);
-        QVERIFY(QFile::copy(source(u"resources/sample.xml"_s), m_file));
-        QFile::setPermissions(m_file, QFile::ReadOwner | QFile::WriteOwner);
-    }
+    void init() { setUp(); }
 
     // errors: a part of them
     TABLE(givesStatuses, (const QString &code, int status, const QString &output, const QString &errors), {
@@ -184,93 +158,6 @@ private Q_SLOTS:
         QCOMPARE(old.status, 3);
         QCOMPARE(old.output, QString());
         QCOMPARE(run({u"--require-python"_s, u"new"_s, u"--eval"_s, u"print(1)"_s}).status, 2);
-    }
-
-    void comforts()
-    {
-        m_program = u"runebook"_s;
-        check(u"comfort"_s, {m_file});
-        // As the pane lists them.
-        const QString before = content(m_file);
-        write(u"sample.xml"_s, QString(before).replace("name=\"Aacute\""_L1, "name=\"A\""_L1));
-        QCOMPARE(
-            run({u"--eval"_s,
-                 u"print([(p['kind'], p['index'], p['info'].name) for p in Doc.problems() if p['name'] == 'A'])"_s,
-                 m_file})
-                .output,
-            u"[('duplicate-name', 0, 'A'), ('duplicate-name', 1, 'A'), "
-            "('self-component', 1, 'A')]\n"_s);
-    }
-
-    /// The examples and the guide, as a type checker sees them with the stubs that the program writes.
-    void writesStubsThatHold()
-    {
-        const QString checker = QStandardPaths::findExecutable(u"mypy"_s);
-        if (checker.isEmpty())
-            QSKIP("mypy: tools/install-packages brings it");
-        m_program = u"runebook"_s;
-        const QString stubs = m_folder->filePath(u"stubs"_s), scripts = m_folder->filePath(u"scripts"_s);
-        const Ended written = run({u"--python-stubs"_s, stubs});
-        QVERIFY2(written.status == 0, qPrintable(written.errors));
-        // Those that lie beside the program are the same.
-        const QStringList names = QDir(stubs).entryList(QDir::Files);
-        QVERIFY(names.contains(u"MainApp.pyi"_s));
-        for (const QString &name : names)
-            QCOMPARE(content(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook/python/") + name),
-                     content(stubs + u'/' + name));
-        QVERIFY(QDir().mkpath(scripts));
-        const QString prelude = u"import sys, objc, os\nfrom AppKit import *\nfrom Foundation import *\n"
-                                "from MainApp import *\n"_s;
-        int count = 0;
-        const auto add = [&](const QString &text) {
-            write(u"scripts/s%1.py"_s.arg(count++), prelude + text);
-        };
-        for (const QFileInfo &example :
-             QDir(source(u"resources/scripts/examples"_s)).entryInfoList({u"*.py"_s}))
-            add(content(example.filePath()));
-        static const QRegularExpression block(u"```python\n(.*?)```"_s,
-                                              QRegularExpression::DotMatchesEverythingOption);
-        for (auto found = block.globalMatch(content(source(u"docs/scripting.md"_s))); found.hasNext();)
-            add(found.next().captured(1));
-        add(u"Doc.noSuchOperation_(1)\n"_s);
-        add(u"Doc.insertObject_inInfosAtIndex_('x', 3)\n"_s);
-        add(u"Doc['A'].name = 3\n"_s);
-        QStringList arguments {u"--no-incremental"_s, u"--check-untyped-defs"_s,
-                               u"--disable-error-code=var-annotated"_s, u"--no-error-summary"_s};
-        for (int i = 0; i < count; ++i)
-            arguments << scripts + u"/s%1.py"_s.arg(i);
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"MYPYPATH"_s, stubs);
-        process.setProcessEnvironment(environment);
-        process.setWorkingDirectory(m_folder->path());
-        process.start(checker, arguments);
-        QVERIFY(process.waitForFinished(300'000));
-        QStringList complaints =
-            QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError())
-                .split(u'\n', Qt::SkipEmptyParts);
-        complaints.sort();
-        // The three that are wrong, and no other.
-        QVERIFY2(complaints.size() == 3, qPrintable(complaints.join(u'\n')));
-        for (int i = 0; i < 3; ++i)
-            QVERIFY2(complaints[i].contains(u"s%1.py:5: error"_s.arg(count - 3 + i)),
-                     qPrintable(complaints[i]));
-    }
-
-    /// Everything that scripts reach, with arguments that nobody would give: RUNEBOOK_SEEDS runs more of
-    /// them.
-    TABLE(standsHostileCalls, (int seed), {
-        const int seeds =
-            qEnvironmentVariableIsSet("RUNEBOOK_SEEDS") ? qEnvironmentVariableIntValue("RUNEBOOK_SEEDS") : 2;
-        for (int seed = 1; seed <= seeds; ++seed)
-            row(QString::asprintf("seed %d", seed), seed);
-    })
-    {
-        m_program = u"runebook"_s;
-        const Ended ended = run({u"--run"_s, source(u"tests/scripting/checks/hostile.py"_s), m_file, u"--"_s,
-                                 QString::number(seed), u"2000"_s});
-        QVERIFY2(ended.output.contains(u"called 2000"_s),
-                 qPrintable(ended.output + ended.errors.right(3000)));
     }
 
     /// With the program itself: what would show a box says its line.
@@ -447,78 +334,6 @@ private Q_SLOTS:
         }
         QCOMPARE(run({u"--run"_s, m_folder->filePath(u"missing.py"_s), m_file}).status, 2);
         QCOMPARE(run({m_file}).status, 2);
-    }
-
-    TABLE(runsOnEveryInterpreter, (const QString &minor), {
-        for (const char *minor : {"3.9", "3.10", "3.11"})
-            row(minor, minor);
-    })
-    {
-        const QStringList libraries = Interpreters::libraries(minor);
-        if (libraries.isEmpty())
-            SKIP_WITHOUT_PYTHON(minor);
-        for (const QString &library : libraries) {
-            // Packages of the interpreter's own, and of the user's folder for scripts.
-            write(u"data/runebook/Scripts/site-packages/ours.py"_s, u"answer = 'found'\n"_s);
-            m_environment[u"XDG_DATA_HOME"_s] = m_folder->filePath(u"data"_s);
-            const Ended modules =
-                run({u"--eval"_s,
-                     u"import math, json, sqlite3, ctypes, site, os, subprocess, sys\n"
-                     "print(sqlite3.connect(':memory:').execute('select 41+1').fetchone()[0])\n"
-                     "print(ctypes.sizeof(ctypes.c_int), json.loads('[1]'), math.floor(2.5))\n"
-                     "print([p for p in site.getsitepackages() if os.path.isdir(p) and p not in sys.path])\n"
-                     "own = '%s/bin/python%d.%d' % ((sys.prefix,) + sys.version_info[:2])\n"
-                     "print(not os.path.exists(own) or subprocess.check_output([sys.executable, "
-                     "'-c', 'import sys; print(sys.version)'], text=True).strip() == sys.version)\n"
-                     "import ours\nprint(ours.answer)"_s},
-                    library);
-            QCOMPARE(modules.errors, QString());
-            QCOMPARE(modules.output, u"42\n4 [1] 2\n[]\nTrue\nfound\n"_s);
-            check(u"bridge"_s, {m_file}, library);
-            check(u"trust"_s, {m_file}, library); // arguments and callbacks that no script should use
-        }
-    }
-
-    void drivesTheEditor()
-    {
-        check(u"editor"_s, {m_file});
-        m_program = u"runebook"_s;
-        check(u"editing"_s, {m_file});
-    }
-
-    /// With the program itself, which has the windows.
-    void drivesTheWindows()
-    {
-        const QString copy = m_folder->filePath(u"copy.xml"_s);
-        QVERIFY(QFile::copy(m_file, copy));
-        m_program = u"runebook"_s;
-        check(u"windows"_s, {m_file, copy});
-        // How windows look and what was searched for stays the user's.
-        const Ended windows = run(
-            {u"--eval"_s,
-             u"Doc.makeWindowControllers()\nw = "
-             u"Doc.windowController()\nw.searchField().setStringValue_('a')\n"
-             "w.filterInfos()\nw.setProblemsShown_(True)\nw.searchMode_(3)\nprint(len(w.infolistController()."
-             "arrangedObjects()))"_s,
-             m_file});
-        QVERIFY2(windows.status == 0, qPrintable(windows.errors));
-        QCOMPARE(content(m_folder->filePath(u"defaults.ini"_s)), QString());
-    }
-
-    /// Those that are not supported run when they are chosen, with a word of warning.
-    TABLE(runsOnChosenInterpreters, (const QString &minor), {
-        for (const char *minor : {"3.8", "3.12", "3.13"})
-            row(minor, QString::fromLatin1(minor));
-    })
-    {
-        const QStringList libraries = Interpreters::libraries(minor);
-        if (libraries.isEmpty())
-            SKIP_WITHOUT_PYTHON(minor);
-        for (const QString &library : libraries) {
-            const Ended ended = check(u"bridge"_s, {m_file}, library);
-            QVERIFY2(ended.errors.count(u'\n') == 1 && ended.errors.contains(u"is not supported"_s),
-                     qPrintable(ended.errors));
-        }
     }
 
     /// A session that has ended leaves its variables behind. What a script starts sees them as they were.
@@ -701,112 +516,6 @@ private Q_SLOTS:
                  qPrintable(errors));
         QCOMPARE(content(m_file), content(source(u"resources/sample.xml"_s)));
     }
-
-    // replaced: in the sample, so that there is something to do
-    TABLE(runsExamples, (const QString &replaced, const QString &by), {
-        row("add_small_caps", "", "");
-        row("check_glyph_data", "", "");
-        row("export_selection", "", "");
-        row("fill_production_names", " production=\"[^\"]*\"", "");
-        row("fill_sort_names", "", "");
-        row("find_duplicates", "name=\"(Abreve|Acaron)\"", "name=\"A\"");
-        row("list_missing_code_points", "unicode=\"03[AB].\"", "");
-        row("rename_by_pattern", "name=\"b\\.sc\"", "name=\"a.smcp\"");
-        row("renumber_sort_names", "", "");
-    })
-    {
-        const QString example = QString::fromUtf8(QTest::currentDataTag());
-        QString sample = content(m_file);
-        if (!replaced.isEmpty())
-            write(u"sample.xml"_s, sample.replace(QRegularExpression(replaced), by));
-        const Ended ended =
-            run({u"--run"_s, source(u"resources/scripts/examples/"_s + example + ".py"_L1), m_file});
-        QCOMPARE(ended.errors, QString());
-        QCOMPARE(ended.status, 0);
-        QCOMPARE(ended.output, content(source(u"tests/scripting/expected/"_s + example + ".txt"_L1)));
-    }
-
-    /// Every example that ships with the program is tested.
-    void testsAllExamples()
-    {
-        QStringList shipped =
-            QDir(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook/Contents/Scripts311/Examples"))
-                .entryList({u"*.py"_s}, QDir::Files, QDir::Name);
-        QCOMPARE(
-            shipped,
-            QDir(source(u"resources/scripts/examples"_s)).entryList({u"*.py"_s}, QDir::Files, QDir::Name));
-        QStringList tested =
-            QDir(source(u"tests/scripting/expected"_s)).entryList({u"*.txt"_s}, QDir::Files, QDir::Name);
-        QCOMPARE(tested.replaceInStrings(u".txt"_s, u".py"_s), shipped);
-    }
-
-    /// Every example of the guide runs, and prints what the guide says below it.
-    void runsTheGuide()
-    {
-        const QString guide = content(source(u"docs/scripting.md"_s));
-        static const QRegularExpression block(
-            u"```python\\n(.*?)```\\n(?:\\nprints\\n\\n```text\\n(.*?)```)?"_s,
-            QRegularExpression::DotMatchesEverythingOption);
-        int count = 0;
-        for (auto found = block.globalMatch(guide); found.hasNext(); ++count) {
-            const QRegularExpressionMatch match = found.next();
-            const Ended ended = run({u"--run"_s, write(u"example.py"_s, match.captured(1)), m_file});
-            QVERIFY2(ended.status == 0, qPrintable(match.captured(1) + ended.errors));
-            QCOMPARE(ended.errors, QString());
-            if (match.hasCaptured(2))
-                QCOMPARE(ended.output, match.captured(2));
-        }
-        QVERIFY(count >= 7);
-    }
-
-private:
-    QString write(const QString &name, const QString &text)
-    {
-        return runebook::write(m_folder->filePath(name), text.toUtf8());
-    }
-
-    Ended run(const QStringList &arguments, const QString &library = {})
-    {
-        QProcess process;
-        start(process, arguments, library);
-        if (!process.waitForFinished(120'000) || process.exitStatus() != QProcess::NormalExit)
-            return {-1, QString::fromUtf8(process.readAllStandardOutput()), u"did not end by itself"_s};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
-
-    /// Runs one of the scripts of checks/: every test that it has ran, and well.
-    Ended check(const QString &name, const QStringList &files, const QString &library = {})
-    {
-        const QString script = source(u"tests/scripting/checks/%1.py"_s.arg(name));
-        const Ended ended = run(QStringList {u"--run"_s, script} + files, library);
-        if (ended.status != 0
-            || !ended.output.endsWith(u"\nchecked %1\n"_s.arg(content(script).count(u"\n    def test_"_s))))
-            QTest::qFail(qPrintable(ended.output + ended.errors), __FILE__, __LINE__);
-        return ended;
-    }
-
-    void start(QProcess &process, const QStringList &arguments, const QString &library = {})
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove(u"DISPLAY"_s);
-        environment.remove(u"QT_QPA_PLATFORM"_s);
-        environment.insert(u"XDG_RUNTIME_DIR"_s, m_folder->path());
-        environment.insert(
-            u"RUNEBOOK_DEFAULTS"_s,
-            write(u"defaults.ini"_s,
-                  library.isEmpty() ? QString() : "[General]\nVXPythonFrameworkPath="_L1 + library));
-        for (const auto &[name, value] : m_environment.asKeyValueRange())
-            environment.insert(name, value);
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/") + m_program, arguments);
-        QVERIFY(process.waitForStarted());
-    }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_file;
-    QString m_program; ///< what is started, in the build tree
-    QHash<QString, QString> m_environment; ///< what it finds there besides
 };
 
 RUNEBOOK_TEST_MAIN(HeadlessTest)

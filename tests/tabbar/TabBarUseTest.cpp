@@ -138,6 +138,36 @@ private Q_SLOTS:
         QTest::mousePress(panel.bar, Qt::LeftButton, {}, closeButtonOf(panel, u"A"_s));
         QTest::mouseRelease(panel.bar, Qt::LeftButton, {}, button);
         QCOMPARE(panel.picture(), u"[A] B C"_s);
+        // Nor is a tab carried by it.
+        send(panel.bar, QEvent::MouseButtonPress, button, Qt::LeftButton, Qt::LeftButton);
+        for (const int x : {20, 150, 300})
+            send(panel.bar, QEvent::MouseMove, button + QPointF(x, 0), Qt::NoButton, Qt::LeftButton);
+        send(panel.bar, QEvent::MouseButtonRelease, button + QPointF(300, 0), Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(panel.picture(), u"[A] B C"_s);
+    }
+
+    void showsWhereThePointerIs()
+    {
+        Panel panel(3);
+        show(panel);
+        const auto hovered = [&panel] {
+            QString titles;
+            for (const PSMTabBarCell *cell : panel.bar->cells()) {
+                if (cell->is(PSMTabBarCell::Hovered))
+                    titles += cell->title() + (cell->is(PSMTabBarCell::CloseHovered) ? u"x"_s : QString());
+            }
+            return titles;
+        };
+        const auto moveTo = [&](QPointF point) {
+            send(panel.bar, QEvent::MouseMove, point, Qt::NoButton, Qt::NoButton);
+            return hovered();
+        };
+        QCOMPARE(moveTo(middleOf(panel.cell(u"B"_s))), u"B"_s);
+        QCOMPARE(moveTo(closeButtonOf(panel, u"B"_s)), u"Bx"_s);
+        QCOMPARE(moveTo(middleOf(panel.cell(u"C"_s))), u"C"_s);
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(panel.bar, &leave);
+        QCOMPARE(hovered(), QString());
     }
 
     TABLE(switchesByKeys, (int key, int modifiers, const QString &visited), {
@@ -578,6 +608,10 @@ private Q_SLOTS:
         QCOMPARE(nameOf(close), u"Close B"_s);
         QCOMPARE(close->parent(), tab);
         QCOMPARE(tab->indexOfChild(close), 0);
+        const QString whole = u"a title "_s.repeated(50);
+        panel.items.at(1)->setTitle(whole);
+        QCOMPARE(nameOf(tab), whole);
+        panel.items.at(1)->setTitle(u"B"_s);
         QVERIFY(!tab->child(1) && tab->indexOfChild(bar) == -1 && close->childCount() == 0);
         QVERIFY(tab->rect().contains(close->rect()));
         close->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
