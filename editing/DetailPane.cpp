@@ -1,9 +1,8 @@
 #include "editing/DetailPane.h"
 
 #include "editing/ErrorBubble.h"
-#include "editing/FieldRemarks.h"
 #include "editing/GlyphColumns.h"
-#include "editing/GlyphTableView.h"
+#include "editing/RSRTVArrayController.h"
 #include "editing/PendingTexts.h"
 #include "editing/PreviewLabel.h"
 #include "editing/SignalColors.h"
@@ -11,7 +10,6 @@
 #include "editing/UnicodesTokenField.h"
 #include "editing/VXUnicodeFormatter.h"
 #include "editing/VXValidatingTextField.h"
-#include "editing/VXWindowController.h"
 #include "editing/VocabularyComboBox.h"
 #include "editing/WholeValueDialog.h"
 #include "platform/CallLater.h"
@@ -75,9 +73,10 @@ void setReadOnly(QWidget *editor, bool isReadOnly)
 
 } // namespace
 
-DetailPane::DetailPane(VXWindowController &window, QWidget *parent)
+DetailPane::DetailPane(VXDocument &document, const RSRTVArrayController &list, QWidget *parent)
     : QWidget(parent),
-      m_window(window),
+      m_document(document),
+      m_list(list),
       m_previewLabel(new PreviewLabel(this)),
       m_emptyLabel(new QLabel(tr("Select a record to see and edit its fields."), this)),
       m_form(new QWidget)
@@ -110,18 +109,13 @@ DetailPane::DetailPane(VXWindowController &window, QWidget *parent)
     m_compareTimer.setInterval(0);
     connect(&m_compareTimer, &QTimer::timeout, this, &DetailPane::compareRest);
     m_scrollArea = scroll;
-    document().addPendingTexts(this, [this] { return pendingTexts(); });
-    connect(&document(), &VXDocument::infosChanged, this, &DetailPane::validateFields);
-    connect(&document(), &VXDocument::infosInserted, this, &DetailPane::validateFields);
-    connect(&document(), &VXDocument::infosRemoved, this, &DetailPane::validateFields);
+    m_document.addPendingTexts(this, [this] { return pendingTexts(); });
+    connect(&m_document, &VXDocument::infosChanged, this, &DetailPane::validateFields);
+    connect(&m_document, &VXDocument::infosInserted, this, &DetailPane::validateFields);
+    connect(&m_document, &VXDocument::infosRemoved, this, &DetailPane::validateFields);
 }
 
 DetailPane::~DetailPane() = default;
-
-VXDocument &DetailPane::document() const
-{
-    return m_window.glyphDocument();
-}
 
 // Building
 
@@ -201,8 +195,8 @@ void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const 
     goThere->setToolTip(tr("Show the record that has this name"));
     goThere->setAccessibleName(goThere->toolTip());
     connect(goThere, &QToolButton::clicked, this, [this, line] {
-        const QString name = repeatingName(document(), line->text().split(kListSeparator));
-        m_window.showInfo(document().infoForName(name));
+        const QString name = repeatingName(m_document, line->text().split(kListSeparator));
+        Q_EMIT showRequested(m_document.infoForName(name));
     });
     line->setExtraButton(goThere);
     auto *remark = plainLabel({}, m_form);
@@ -218,8 +212,6 @@ void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const 
         remark->setVisible(!hint.isEmpty());
     });
     connect(line, &VXValidatingTextField::hiddenHintChanged, this, &DetailPane::fitPreview, Qt::QueuedConnection);
-    // The window is the delegate, as scripts know it; it asks this pane.
-    line->setDelegate(&m_window);
 }
 
 void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString &captionName)
@@ -298,7 +290,7 @@ void DetailPane::fitPreview()
 
 void DetailPane::showSelection()
 {
-    InfoList selected = m_window.infolistController()->selectedObjects();
+    InfoList selected = m_list.selectedObjects();
     if (selected != m_shown) {
         if (!commitEditing())
             takeBackRefused();
@@ -368,8 +360,8 @@ void DetailPane::offerWhole(Row &row, qsizetype length)
 
 WholeValueDialog *DetailPane::editWhole(GlyphField field)
 {
-    auto *sheet = new WholeValueDialog(document(), m_shown, field, &m_window);
-    connect(sheet, &WholeValueDialog::remarked, &m_window, &VXWindowController::showRemark);
+    auto *sheet = new WholeValueDialog(m_document, m_shown, field, window());
+    connect(sheet, &WholeValueDialog::remarked, this, &DetailPane::remarked);
     sheet->open();
     return sheet;
 }
@@ -398,7 +390,7 @@ void DetailPane::compareRest()
 void DetailPane::showPreview()
 {
     if (m_shown.size() == 1)
-        m_previewLabel->setFormattedText(document().formatStringFromInfo(m_shown.front()));
+        m_previewLabel->setFormattedText(m_document.formatStringFromInfo(m_shown.front()));
     else
         m_previewLabel->clear();
 }
@@ -406,7 +398,7 @@ void DetailPane::showPreview()
 void DetailPane::editName()
 {
     if (auto *line = qobject_cast<QLineEdit *>(editorOf(GlyphField::Name));
-        line && m_window.isSidebarShown()) {
+        line && isVisibleTo(window())) {
         line->setFocus();
         line->selectAll();
     }
@@ -439,10 +431,18 @@ DetailPane::Row *DetailPane::rowOf(const QObject *editor)
 
 // Editing
 
+void DetailPane::setFieldDelegate(QObject *delegate)
+{
+    for (const Row &row : m_rows) {
+        if (auto *field = qobject_cast<VXValidatingTextField *>(row.editor))
+            field->setDelegate(delegate);
+    }
+}
+
 void DetailPane::noteTyping()
 {
     if (!m_isShowing && !m_shown.empty())
-        document().pendingTextChanged();
+        m_document.pendingTextChanged();
 }
 
 QJsonArray DetailPane::pendingTexts() const
@@ -451,7 +451,7 @@ QJsonArray DetailPane::pendingTexts() const
     for (const Row &row : m_rows) {
         const QString text = m_shown.empty() ? QString() : row.text();
         if (!m_shown.empty() && text != row.loaded)
-            texts << pendingText(document(), m_shown, row.field, text);
+            texts << pendingText(m_document, m_shown, row.field, text);
     }
     return texts;
 }
@@ -471,17 +471,17 @@ bool DetailPane::commitRow(Row &row, Stay stay, Error *refusal)
         remark = tokens->settle();
     const QString text = row.text();
     if (text != row.loaded) {
-        if (const Error reason = objectionToText(document(), m_shown, row.field, text);
+        if (const Error reason = objectionToText(m_document, m_shown, row.field, text);
             !reason.domain.isEmpty()) {
             sayRefusal(row, reason, stay);
             return fail(refusal, reason);
         }
         // First: telling of the change comes back here.
         row.loaded = text;
-        setFieldFromText(document(), m_shown, row.field, text);
-        document().flushChanges();
-        if (const std::optional<FieldRemark> loss = remarkOnValue(document(), m_shown, row.field))
-            m_window.showRemark(*loss);
+        setFieldFromText(m_document, m_shown, row.field, text);
+        m_document.flushChanges();
+        if (const std::optional<FieldRemark> loss = remarkOnValue(m_document, m_shown, row.field))
+            Q_EMIT remarked(*loss);
     }
     if (!remark.isNull())
         callLater(row.editor, [editor = row.editor, remark] { ErrorBubble::remark(editor, remark); });
@@ -490,13 +490,13 @@ bool DetailPane::commitRow(Row &row, Stay stay, Error *refusal)
 
 void DetailPane::sayRefusal(const Row &row, const Error &reason, Stay stay)
 {
-    FieldRemark remark = remarkOnRefusal(document(), m_shown, row.field, row.text(), reason);
+    FieldRemark remark = remarkOnRefusal(m_document, m_shown, row.field, row.text(), reason);
     if (!remark.offer.isEmpty()) {
         remark.takeOffer = [this, editor = row.editor, take = remark.takeOffer] {
             revert(editor);
             take();
         };
-        m_window.showRemark(remark);
+        Q_EMIT remarked(remark);
     }
     if (stay == Stay::HoldsFocus) {
         m_scrollArea->ensureWidgetVisible(row.editor);
@@ -516,9 +516,8 @@ void DetailPane::takeBackRefused()
     for (Row &row : m_rows) {
         if (row.text() == row.loaded)
             continue;
-        m_window.showMessage(
-            tr("“%1” was not taken: %2")
-                .arg(row.text(), objectionToText(document(), m_shown, row.field, row.text()).text()));
+        const Error reason = objectionToText(m_document, m_shown, row.field, row.text());
+        Q_EMIT remarked({tr("“%1” was not taken: %2").arg(row.text(), reason.text()), {}, {}});
         showRow(row);
     }
 }
@@ -558,10 +557,10 @@ bool DetailPane::textFieldHasValidContent(QObject *object)
         return true;
     // Several records have no one name to object to.
     const bool isAsked = !m_shown.empty() && field->isEnabled();
-    const Error reason = isAsked && !row->isCut ? objectionToText(document(), m_shown, row->field, field->text()) : Error();
+    const Error reason = isAsked && !row->isCut ? objectionToText(m_document, m_shown, row->field, field->text()) : Error();
     const QString hint = reason.description.section(u'\n', 0, 0);
     field->setErrorHint(hint);
-    const bool isSomebodys = !row->isCut && !repeatingName(document(), field->text().split(kListSeparator)).isNull();
+    const bool isSomebodys = !row->isCut && !repeatingName(m_document, field->text().split(kListSeparator)).isNull();
     field->extraButton()->setVisible(!hint.isEmpty() && isSomebodys);
     return hint.isEmpty();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/FieldEditing.h"
+#include "editing/FieldRemarks.h"
 
 #include <QTimer>
 #include <QWidget>
@@ -11,7 +12,7 @@ class QGridLayout;
 class QLabel;
 class QPushButton;
 class QScrollArea;
-class VXWindowController;
+class RSRTVArrayController;
 
 namespace runebook {
 
@@ -26,10 +27,12 @@ class DetailPane : public QWidget
 {
     Q_OBJECT
 public:
-    DetailPane(VXWindowController &window, QWidget *parent);
+    DetailPane(VXDocument &document, const RSRTVArrayController &list, QWidget *parent);
     ~DetailPane() override;
 
-    /// Shows the window's selection; what was typed for the records shown before is committed first.
+    /// Has \a delegate judge the fields that validate what is typed; it may ask textFieldHasValidContent().
+    void setFieldDelegate(QObject *delegate);
+    /// Shows the list's selection; what was typed for the records shown before is committed first.
     void showSelection();
     /// Gives what stands in the fields to the records. False, an error and a word at the field, which gets
     /// the focus, when a text is refused.
@@ -52,6 +55,12 @@ public:
     QWidget *editorOf(GlyphField field) const;
     /// The first one that can be used now; null without a selection.
     QWidget *firstEditor() const;
+
+Q_SIGNALS:
+    /// Something about a field should be said, perhaps with what may be done about it.
+    void remarked(const runebook::FieldRemark &remark);
+    /// Another record is to be shown.
+    void showRequested(const InfoPtr &info);
 
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;
@@ -92,9 +101,9 @@ private:
     void showPreview();
     void noteTyping();
     QJsonArray pendingTexts() const;
-    VXDocument &document() const;
 
-    VXWindowController &m_window;
+    VXDocument &m_document;
+    const RSRTVArrayController &m_list;
     PreviewLabel *m_previewLabel;
     QLabel *m_emptyLabel;
     QWidget *m_form;

@@ -3,8 +3,9 @@
 #include "editing/DetailPane.h"
 #include "editing/GlyphCellDelegate.h"
 #include "editing/GlyphTableView.h"
-#include "editing/VXWindowController.h"
-#include "editing/WindowMenus.h"
+#include "editing/MenuText.h"
+#include "editing/RSRTVArrayController.h"
+#include "editing/RecordCommands.h"
 #include "platform/UndoManager.h"
 
 #include <QAbstractItemView>
@@ -49,12 +50,13 @@ bool isReadOnly(QWidget *text)
 
 } // namespace
 
-EditMenu::EditMenu(VXWindowController &window, QObject *parent) : QObject(parent), m_window(window)
+EditMenu::EditMenu(const WindowParts &parts, RecordCommands &commands, QObject *parent)
+    : QObject(parent), m_parts(parts), m_recordCommands(commands)
 {
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget *, QWidget *now) { focusHasChanged(now); });
     connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &EditMenu::validate);
-    focusHasChanged(window.focusWidget());
+    focusHasChanged(parts.window.focusWidget());
 }
 
 // Building
@@ -74,7 +76,7 @@ void EditMenu::addUndoCommands(QMenu &menu)
     m_redoAction->setShortcuts(QKeySequence::Redo);
 }
 
-void EditMenu::addCommand(QMenu &menu, const Command &command, void (VXWindowController::*onRecords)())
+void EditMenu::addCommand(QMenu &menu, const Command &command, void (RecordCommands::*onRecords)())
 {
     m_commands.push_back(command);
     Command &added = m_commands.back();
@@ -85,26 +87,25 @@ void EditMenu::addCommand(QMenu &menu, const Command &command, void (VXWindowCon
 
 void EditMenu::addClipboardCommands(QMenu &menu)
 {
-    using Window = VXWindowController;
     addCommand(
         menu,
         {nullptr, "cut", tr("Cu&t"), tr("Cu&t Text"), &EditMenu::canCutText, &EditMenu::hasSelectedRecords},
-        &Window::cut);
+        &RecordCommands::cut);
     m_commands.back().action->setShortcuts(QKeySequence::Cut);
     addCommand(menu,
                {nullptr, "copy", tr("&Copy"), tr("&Copy Text"), &EditMenu::canCopyText,
                 &EditMenu::hasSelectedRecords},
-               &Window::copy);
+               &RecordCommands::copy);
     m_commands.back().action->setShortcuts(QKeySequence::Copy);
     addCommand(menu,
                {nullptr, "paste", tr("&Paste"), tr("&Paste Text"), &EditMenu::canPaste, &EditMenu::canPaste},
-               &Window::paste);
+               &RecordCommands::paste);
     m_commands.back().action->setShortcuts(QKeySequence::Paste);
     // Its key is known to texts and to the table.
     addCommand(menu,
                {nullptr, "del", tr("&Delete"), tr("&Delete Text"), &EditMenu::canDeleteText,
                 &EditMenu::hasSelectedRecords},
-               &Window::delete_);
+               &RecordCommands::deleteSelected);
 }
 
 void EditMenu::addSelectAllCommand(QMenu &menu)
@@ -112,7 +113,7 @@ void EditMenu::addSelectAllCommand(QMenu &menu)
     addCommand(menu,
                {nullptr, "selectAll", tr("Select &All"), tr("Select &All Text"), &EditMenu::canSelectText,
                 &EditMenu::hasRecords},
-               &VXWindowController::selectAll);
+               &RecordCommands::selectAll);
     m_commands.back().action->setShortcuts(QKeySequence::SelectAll);
 }
 
@@ -120,8 +121,8 @@ void EditMenu::validate()
 {
     if (!m_undoAction)
         return;
-    const UndoManager *manager = m_window.glyphDocument().undoManager();
-    const QUndoStack *stack = m_window.glyphDocument().undoManager()->stack();
+    UndoManager *manager = m_parts.document.undoManager();
+    const QUndoStack *stack = manager->stack();
     const auto name = [](QAction *action, const QString &plain, const QString &named, const QString &step) {
         action->setText(step.isEmpty() ? plain : named.arg(menuText(step)));
     };
@@ -148,7 +149,8 @@ void EditMenu::validate()
 void EditMenu::focusHasChanged(QWidget *now)
 {
     // A menu gives it back.
-    if (!now || !m_window.isAncestorOf(now) || qobject_cast<QMenuBar *>(now) || qobject_cast<QMenu *>(now))
+    if (!now || !m_parts.window.isAncestorOf(now) || qobject_cast<QMenuBar *>(now)
+        || qobject_cast<QMenu *>(now))
         return;
     if (m_focus)
         m_focus->removeEventFilter(this);
@@ -176,7 +178,7 @@ QWidget *EditMenu::text() const
 bool EditMenu::isTableFocused() const
 {
     // Nothing has it yet, or no more: the table is what the window is about.
-    return !m_focus || m_focus == m_window.tableView() || m_window.tableView()->viewport() == m_focus;
+    return !m_focus || m_focus == &m_parts.table || m_parts.table.viewport() == m_focus;
 }
 
 bool EditMenu::isEditKey(QKeyEvent &event)
@@ -204,18 +206,18 @@ bool EditMenu::holdsTyping() const
     QWidget *edited = text();
     if (!edited)
         return false;
-    if (edited == m_window.tableView()->cellDelegate().editor())
-        return m_window.tableView()->cellDelegate().hasPendingText();
-    if (m_window.detailPane()->isAncestorOf(edited))
-        return m_window.detailPane()->hasPendingText(m_focus);
+    if (edited == m_parts.table.cellDelegate().editor())
+        return m_parts.table.cellDelegate().hasPendingText();
+    if (m_parts.pane.isAncestorOf(edited))
+        return m_parts.pane.hasPendingText(m_focus);
     return canUndoText();
 }
 
 bool EditMenu::canUndoText() const
 {
     // What was typed can be taken back even where the text has forgotten how.
-    const bool isFieldOfRecords = m_window.detailPane()->isAncestorOf(m_focus)
-        || m_focus == m_window.tableView()->cellDelegate().editor();
+    const bool isFieldOfRecords =
+        m_parts.pane.isAncestorOf(m_focus) || m_focus == m_parts.table.cellDelegate().editor();
     return isFieldOfRecords
         || ask(text(), std::mem_fn(&QLineEdit::isUndoAvailable),
                [](const QPlainTextEdit &box) { return box.document()->isUndoAvailable(); });
@@ -261,21 +263,21 @@ bool EditMenu::canSelectText() const
 
 bool EditMenu::hasSelectedRecords() const
 {
-    return m_window.infolistController()->selectedCount() > 0;
+    return m_parts.list.selectedCount() > 0;
 }
 
 bool EditMenu::hasRecords() const
 {
-    return m_window.infolistController()->countOfArrangedObjects() > 0;
+    return m_parts.list.countOfArrangedObjects() > 0;
 }
 
 // Doing it
 
-void EditMenu::run(const char *textOperation, void (VXWindowController::*onRecords)())
+void EditMenu::run(const char *textOperation, void (RecordCommands::*onRecords)())
 {
     QWidget *edited = text();
     if (!edited && isTableFocused()) {
-        (m_window.*onRecords)();
+        (m_recordCommands.*onRecords)();
         return;
     }
     auto *box = qobject_cast<QPlainTextEdit *>(edited);
@@ -291,19 +293,19 @@ void EditMenu::run(const char *textOperation, void (VXWindowController::*onRecor
 void EditMenu::undo()
 {
     if (!holdsTyping()) {
-        if (m_window.commitEditing())
-            m_window.glyphDocument().undoManager()->undo();
-        m_window.glyphDocument().flushChanges();
+        if (m_parts.commitEditing())
+            m_parts.document.undoManager()->undo();
+        m_parts.document.flushChanges();
         return;
     }
     const bool isUndone = ask(text(), std::mem_fn(&QLineEdit::isUndoAvailable),
                               [](const QPlainTextEdit &box) { return box.document()->isUndoAvailable(); });
     if (isUndone)
         QMetaObject::invokeMethod(text(), "undo");
-    else if (m_focus == m_window.tableView()->cellDelegate().editor())
-        m_window.tableView()->cellDelegate().revertEditor();
+    else if (m_focus == m_parts.table.cellDelegate().editor())
+        m_parts.table.cellDelegate().revertEditor();
     else
-        m_window.detailPane()->revert(m_focus);
+        m_parts.pane.revert(m_focus);
     validate();
 }
 
@@ -311,9 +313,9 @@ void EditMenu::redo()
 {
     if (canRedoText())
         QMetaObject::invokeMethod(text(), "redo");
-    else if (!holdsTyping() && m_window.commitEditing())
-        m_window.glyphDocument().undoManager()->redo();
-    m_window.glyphDocument().flushChanges();
+    else if (!holdsTyping() && m_parts.commitEditing())
+        m_parts.document.undoManager()->redo();
+    m_parts.document.flushChanges();
     validate();
 }
 

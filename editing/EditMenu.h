@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editing/WindowParts.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
@@ -8,9 +10,10 @@
 class QAction;
 class QKeyEvent;
 class QMenu;
-class VXWindowController;
 
 namespace runebook {
+
+class RecordCommands;
 
 /// Undo, Redo, Cut, Copy, Paste, Delete and Select All of a document window. They act on the text that has
 /// the focus, and on records when the table has it; undo and redo act on the text while it holds typing that
@@ -19,7 +22,7 @@ class EditMenu : public QObject
 {
     Q_OBJECT
 public:
-    EditMenu(VXWindowController &window, QObject *parent);
+    EditMenu(const WindowParts &parts, RecordCommands &commands, QObject *parent);
 
     void addUndoCommands(QMenu &menu);
     void addClipboardCommands(QMenu &menu);
@@ -42,8 +45,8 @@ private:
     };
 
     QAction *addAction(QMenu &menu, const QString &text, void (EditMenu::*command)());
-    void addCommand(QMenu &menu, const Command &command, void (VXWindowController::*onRecords)());
-    void run(const char *textOperation, void (VXWindowController::*onRecords)());
+    void addCommand(QMenu &menu, const Command &command, void (RecordCommands::*onRecords)());
+    void run(const char *textOperation, void (RecordCommands::*onRecords)());
     void undo();
     void redo();
     void focusHasChanged(QWidget *now);
@@ -63,7 +66,8 @@ private:
     bool hasRecords() const;
     static bool isEditKey(QKeyEvent &event);
 
-    VXWindowController &m_window;
+    WindowParts m_parts;
+    RecordCommands &m_recordCommands;
     QPointer<QWidget> m_focus;
     std::vector<QMetaObject::Connection> m_textConnections;
     QAction *m_undoAction = nullptr;

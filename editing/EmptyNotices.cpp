@@ -2,10 +2,12 @@
 
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
-#include "editing/ProblemsPane.h"
+#include "editing/RSRTVArrayController.h"
+#include "editing/RecordCommands.h"
 #include "editing/SearchMenu.h"
 #include "editing/VXSearchField.h"
-#include "editing/VXWindowController.h"
+#include "editing/WindowProblems.h"
+#include "editing/WindowSearch.h"
 #include "platform/DocumentPanels.h"
 #include "platform/Recovery.h"
 #include "platform/StandardFolders.h"
@@ -16,13 +18,16 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-EmptyNotices::EmptyNotices(VXWindowController &window)
-    : QObject(&window),
-      m_window(window),
-      m_table(new EmptyTable(window.tableView()->viewport())),
-      m_offers(*window.infolistController())
+EmptyNotices::EmptyNotices(const WindowParts &parts, RecordCommands &commands, WindowSearch &search,
+                           WindowProblems &problems, QObject *parent)
+    : QObject(parent),
+      m_parts(parts),
+      m_commands(commands),
+      m_search(search),
+      m_problems(problems),
+      m_table(new EmptyTable(parts.table.viewport())),
+      m_offers(parts.list)
 {
-    connect(&window, &VXWindowController::stateChanged, this, &EmptyNotices::update);
     connect(&m_offers, &SearchOffers::ready, this, &EmptyNotices::update);
     update();
 }
@@ -31,17 +36,16 @@ void EmptyNotices::update()
 {
     if (!m_table)
         return; // the window is going
-    const bool isSearch = !m_window.searchField()->stringValue().isEmpty();
+    const bool isSearch = !m_parts.searchField.stringValue().isEmpty();
     EmptyTable::Notice notice;
-    if (m_window.infolistController()->countOfArrangedObjects() == 0) {
-        if (m_window.glyphDocument().countOfInfos() == 0)
+    if (m_parts.list.countOfArrangedObjects() == 0) {
+        if (m_parts.document.countOfInfos() == 0)
             notice = forEmptyDocument();
         else if (isSearch)
             notice = forSearch();
         else
-            notice = {tr("No glyph has such a problem"),
-                      {},
-                      {{tr("Show &All"), [this] { m_window.problemsPane()->setFiltering(false); }}}};
+            notice = {
+                tr("No glyph has such a problem"), {}, {{tr("Show &All"), [this] { m_problems.showAll(); }}}};
     }
     if (notice.title.isNull())
         m_offers.stop();
@@ -50,12 +54,12 @@ void EmptyNotices::update()
 
 EmptyTable::Notice EmptyNotices::forEmptyDocument()
 {
-    const EmptyTable::Offer add {tr("&Add Glyph"), [this] { m_window.addInfo(); }};
-    if (!m_window.glyphDocument().fileURL().isEmpty())
+    const EmptyTable::Offer add {tr("&Add Glyph"), [this] { m_commands.add(); }};
+    if (!m_parts.document.fileURL().isEmpty())
         return {tr("This file has no glyphs"), {}, {add}};
     return {tr("No glyphs yet"),
             tr("Open a glyph data file, look at the sample, or begin a file of your own."),
-            {{tr("&Open…"), [this] { DocumentPanels::open(&m_window); }},
+            {{tr("&Open…"), [this] { DocumentPanels::open(&m_parts.window); }},
              {tr("Open Sam&ple"), [this] { openSample(); }},
              add}};
 }
@@ -63,7 +67,7 @@ EmptyTable::Notice EmptyNotices::forEmptyDocument()
 EmptyTable::Notice EmptyNotices::forSearch()
 {
     constexpr qsizetype kLongest = 40;
-    const QString text = m_window.searchField()->stringValue();
+    const QString text = m_parts.searchField.stringValue();
     const SearchSettings settings = SearchSettings::current();
     if (m_offers.text() != text || m_offers.settings() != settings)
         m_offers.start(text, settings);
@@ -74,24 +78,25 @@ EmptyTable::Notice EmptyNotices::forSearch()
     notice.title = tr("Nothing found for “%1” in %2").arg(shown, SearchMenu::placeOf(settings));
     const QString searched = SearchFilter::searchedText(text, settings.regex);
     if (searched != text)
-        notice.hint = tr("A character that no name begins with is searched by its code point, %1.").arg(searched);
+        notice.hint =
+            tr("A character that no name begins with is searched by its code point, %1.").arg(searched);
     if (!m_offers.offers().isEmpty())
         notice.hint += (notice.hint.isEmpty() ? QString() : u"\n"_s) + tr("Found elsewhere:");
     for (const SearchOffers::Offer &offer : m_offers.offers())
         notice.offers << EmptyTable::Offer {
             tr("%1: %2").arg(offer.title, QLocale().toString(static_cast<qlonglong>(offer.count))),
-            [this, elsewhere = offer.settings] { search(elsewhere); }};
-    notice.offers << EmptyTable::Offer {tr("&Clear Search"), [this] { m_window.searchField()->clearSearch(); }}
+            [this, elsewhere = offer.settings] { searchElsewhere(elsewhere); }};
+    notice.offers << EmptyTable::Offer {tr("&Clear Search"), [this] { m_parts.searchField.clearSearch(); }}
                   << EmptyTable::Offer {tr("&How to Search (F1)"),
-                                        [this] { m_window.searchField()->showHelp(); }};
+                                        [this] { m_parts.searchField.showHelp(); }};
     return notice;
 }
 
-void EmptyNotices::search(const SearchSettings &settings)
+void EmptyNotices::searchElsewhere(const SearchSettings &settings)
 {
     settings.store();
-    m_window.searchField()->setFocus();
-    m_window.filterInfos();
+    m_parts.searchField.setFocus();
+    m_search.filterInfos();
 }
 
 void EmptyNotices::openSample()
@@ -101,10 +106,10 @@ void EmptyNotices::openSample()
     Document *sample =
         Recovery::openCopy(StandardFolders::resource(u"sample.xml"_s), u"public.xml"_s, tr("Sample"), &error);
     if (!sample) {
-        DocumentPanels::present(error, &m_window);
+        DocumentPanels::present(error, &m_parts.window);
         return;
     }
-    Document &empty = m_window.glyphDocument();
+    Document &empty = m_parts.document;
     sample->makeWindowControllers();
     if (empty.isPlaceholder())
         empty.close();

@@ -2,12 +2,15 @@
 
 #include "editing/EmptyTable.h"
 #include "editing/SearchOffers.h"
+#include "editing/WindowParts.h"
 
 #include <QPointer>
 
-class VXWindowController;
-
 namespace runebook {
+
+class RecordCommands;
+class WindowProblems;
+class WindowSearch;
 
 /// What a document window shows in place of rows: how to begin in an empty document, where else a search
 /// would find something, how to get rid of what hides everything.
@@ -15,16 +18,21 @@ class EmptyNotices : public QObject
 {
     Q_OBJECT
 public:
-    explicit EmptyNotices(VXWindowController &window);
+    EmptyNotices(const WindowParts &parts, RecordCommands &commands, WindowSearch &search,
+                 WindowProblems &problems, QObject *parent);
+    /// To be called when what the table shows may have changed.
+    void update();
 
 private:
-    void update();
     EmptyTable::Notice forEmptyDocument();
     EmptyTable::Notice forSearch();
-    void search(const SearchSettings &settings);
+    void searchElsewhere(const SearchSettings &settings);
     void openSample();
 
-    VXWindowController &m_window;
+    WindowParts m_parts;
+    RecordCommands &m_commands;
+    WindowSearch &m_search;
+    WindowProblems &m_problems;
     QPointer<EmptyTable> m_table; ///< the table's
     SearchOffers m_offers;
 };

@@ -4,7 +4,6 @@
 #include "editing/RSRTVArrayController.h"
 #include "editing/VXSplitViewWindowController.h"
 
-class QLabel;
 class QMenu;
 class SortNameDialog;
 class VXSearchField;
@@ -21,19 +20,16 @@ Q_MOC_INCLUDE("editing/VXValidatingTextField.h")
 namespace runebook {
 class DetailPane;
 class GlyphTableView;
-class MessageBar;
 class PreviewLabel;
 class Problems;
-class ProblemsButton;
 class ProblemsPane;
-class SlicedFilter;
-struct ReplaceSummary;
 class UnicodesTokenField;
-class WindowMenus;
+class WindowContent;
 } // namespace runebook
 
 /// The window of a document: the table of its records, the detail pane, the search field, and the commands on
-/// the selected records. It lists its features; their rules stand in files of their own.
+/// the selected records. Other classes and scripts know it by these names; the features
+/// behind them stand in runebook::WindowContent.
 class VXWindowController : public VXSplitViewWindowController
 {
     Q_OBJECT
@@ -46,19 +42,19 @@ public: // parts; the captions of the fields are called "infoLableName" and the 
     VXDocument &glyphDocument() const { return m_document; }
     Q_INVOKABLE QObject *document() const { return &m_document; }
     Q_INVOKABLE RSRTVArrayController *infolistController() const { return m_infolistController; }
-    Q_INVOKABLE VXSearchField *searchField() const { return m_searchField; }
+    Q_INVOKABLE VXSearchField *searchField() const;
     /// The menu of modes and options.
     Q_INVOKABLE QMenu *searchFieldMenu() const;
-    Q_INVOKABLE runebook::GlyphTableView *tableView() const { return m_tableView; }
-    Q_INVOKABLE runebook::DetailPane *detailPane() const { return m_detailPane; }
+    Q_INVOKABLE runebook::GlyphTableView *tableView() const;
+    Q_INVOKABLE runebook::DetailPane *detailPane() const;
     Q_INVOKABLE runebook::PreviewLabel *previewLabel() const;
     Q_INVOKABLE runebook::UnicodesTokenField *unicodesField() const;
     Q_INVOKABLE VXValidatingTextField *productionNameField() const;
     Q_INVOKABLE VXValidatingTextField *altNameField() const;
     /// The open sheet that asks how sort names are numbered; null when there is none.
     Q_INVOKABLE SortNameDialog *sortNameDialog() const;
-    Q_INVOKABLE QString title() const { return m_title; }
-    Q_INVOKABLE QString subtitle() const { return m_subtitle; }
+    Q_INVOKABLE QString title() const;
+    Q_INVOKABLE QString subtitle() const;
     Q_INVOKABLE QStringList categories() const { return VXDocument::categories(); }
     Q_INVOKABLE QStringList subCategories() const { return VXDocument::subCategories(); }
     Q_INVOKABLE QStringList scripts() const { return VXDocument::scripts(); }
@@ -123,9 +119,9 @@ public: // search
     Q_INVOKABLE void controlTextDidChange(QObject *control);
 
 public: // problems
-    runebook::Problems &problems() const { return *m_problems; }
+    runebook::Problems &problems() const;
     /// The pane that lists them; null until it is shown for the first time.
-    runebook::ProblemsPane *problemsPane() const { return m_problemsPane; }
+    runebook::ProblemsPane *problemsPane() const;
     Q_INVOKABLE bool isProblemsShown() const;
     Q_INVOKABLE void setProblemsShown(bool isShown);
     /// Shows the record of the problem \a step rows further in the pane, which is opened for it.
@@ -160,51 +156,10 @@ Q_SIGNALS:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
-    void dragEnterEvent(QDragEnterEvent *event) override;
-    void dropEvent(QDropEvent *event) override;
 
 private:
-    void buildContent();
-    void buildToolBar();
-    void buildStatusBar();
-    void connectParts();
-    void showReadError();
-    void selectionDidChange();
-    QString removalText() const;
-    void showSelectedCount();
-    void buildProblemsPane();
-    void filterByProblems(const std::function<bool(qsizetype place)> &condition);
-    /// After a replacement: a word on the problems that were not there \a before (by kind; empty: unknown).
-    void tellOfNewProblems(const QList<qsizetype> &before, const runebook::ReplaceSummary &summary);
-    void showNewProblems(const QList<qsizetype> &before, const QString &leftOut);
-    /// Makes ready in idle time what the first search would have to wait for.
-    void prepareSearch();
-    void revealRow(qsizetype row);
-    void buildSlicedFilter();
-    void filterWasApplied(const std::optional<runebook::Error> &problem);
-    void showSearchProgress();
-    void showSubtitle();
-
     VXDocument &m_document;
     RSRTVArrayController *m_infolistController;
-    runebook::GlyphTableView *m_tableView = nullptr;
-    runebook::DetailPane *m_detailPane = nullptr;
-    runebook::MessageBar *m_messageBar = nullptr;
-    VXSearchField *m_searchField = nullptr;
-    runebook::WindowMenus *m_menus = nullptr;
-    runebook::Problems *m_problems;
-    runebook::ProblemsPane *m_problemsPane = nullptr;
-    runebook::ProblemsButton *m_problemsButton = nullptr;
-    VXSimpleSplitView *m_contentSplit = nullptr;
-    QPointer<SortNameDialog> m_sortNameDialog;
-    QLabel *m_countLabel = nullptr;
-    QLabel *m_subtitleLabel = nullptr;
-    runebook::SlicedFilter *m_slicedFilter = nullptr;
-    QTimer m_idleTimer;
-    QString m_title;
-    QString m_subtitle;
+    runebook::WindowContent *m_content; ///< owned
     bool m_hasObservation = false;
-    bool m_isFiltering = false;
-    bool m_titleUpdatePending = false;
-    bool m_activeInfoPending = false;
 };

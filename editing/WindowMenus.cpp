@@ -5,10 +5,15 @@
 #include "editing/FocusRound.h"
 #include "editing/GlyphColumns.h"
 #include "editing/GlyphTableView.h"
-#include "editing/ProblemsPane.h"
+#include "editing/MenuText.h"
+#include "editing/RSRTVArrayController.h"
+#include "editing/RecordCommands.h"
+#include "editing/ReplaceCommand.h"
 #include "editing/VXMenuButton.h"
 #include "editing/VXSearchField.h"
-#include "editing/VXWindowController.h"
+#include "editing/VXSplitViewWindowController.h"
+#include "editing/WindowProblems.h"
+#include "editing/WindowSearch.h"
 #include "platform/Appearance.h"
 #include "platform/DocumentController.h"
 #include "platform/DocumentPanels.h"
@@ -32,23 +37,14 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr qsizetype kLongestMenuText = 80;
-
-} // namespace
-
-QString menuText(const QString &text)
-{
-    // An ampersand would become a mnemonic.
-    return text.left(kLongestMenuText).simplified().replace(u'&', "&&"_L1);
-}
-
-WindowMenus::WindowMenus(VXWindowController &window)
+WindowMenus::WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts,
+                         const WindowFeatures &features)
     : QObject(&window),
       m_window(window),
+      m_parts(parts),
+      m_features(features),
       m_focusRound(new FocusRound(this)),
-      m_editMenu(new EditMenu(window, this))
+      m_editMenu(new EditMenu(parts, features.commands, this))
 {
     buildFileMenu();
     buildEditMenu();
@@ -58,9 +54,8 @@ WindowMenus::WindowMenus(VXWindowController &window)
     buildWindowMenu();
     buildHelpMenu();
     addAreas();
-    connect(window.tableView(), &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
-    connect(&window, &VXWindowController::stateChanged, this, &WindowMenus::validate);
-    connect(window.glyphDocument().undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
+    connect(&parts.table, &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
+    connect(parts.document.undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
     window.installEventFilter(this);
     validate();
 }
@@ -79,7 +74,7 @@ QAction *WindowMenus::addCommand(QMenu *menu, const QString &text, const QKeySeq
 void WindowMenus::setCommand(QAction *action, std::function<void()> command)
 {
     connect(action, &QAction::triggered, this, [this, command = std::move(command)] {
-        if (m_window.commitEditing())
+        if (m_parts.commitEditing())
             command();
         else
             validate(); // an item with a tick has changed it
@@ -103,13 +98,13 @@ void WindowMenus::validate()
         action->setEnabled(condition());
     m_editMenu->validate();
     m_sidebarAction->setChecked(m_window.isSidebarShown());
-    m_problemsAction->setChecked(m_window.isProblemsShown());
+    m_problemsAction->setChecked(m_features.problems.isShown());
 }
 
 void WindowMenus::buildFileMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&File"));
-    VXDocument &document = m_window.glyphDocument();
+    VXDocument &document = m_parts.document;
     addCommand(menu, tr("&New"), QKeySequence::New,
                [] { DocumentController::shared().openUntitledDocumentAndDisplay(true); });
     addCommand(menu, tr("&Open…"), QKeySequence::Open, [this] { DocumentPanels::open(&m_window); });
@@ -131,8 +126,9 @@ void WindowMenus::buildFileMenu()
 void WindowMenus::buildEditMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&Edit"));
-    VXWindowController &window = m_window;
-    const Condition hasSelection = [&window] { return window.infolistController()->selectedCount() > 0; };
+    RecordCommands &commands = m_features.commands;
+    RSRTVArrayController &list = m_parts.list;
+    const Condition hasSelection = [&list] { return list.selectedCount() > 0; };
     m_editMenu->addUndoCommands(*menu);
     QMenu *history = menu->addMenu(tr("&History"));
     connect(history, &QMenu::aboutToShow, this, [this, history] { fillHistory(history); });
@@ -142,8 +138,8 @@ void WindowMenus::buildEditMenu()
     for (QAction *action : menu->actions().sliced(before))
         onRows(action);
     onRows(addCommand(
-        menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
-        [&window] { window.duplicateSelectedInfos(); }, hasSelection));
+        menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [&commands] { commands.duplicate(); },
+        hasSelection));
     m_editMenu->addSelectAllCommand(*menu);
     QMenu *same = menu->addMenu(tr("Select Records with the Sa&me"));
     fillSelectSame(same);
@@ -151,30 +147,29 @@ void WindowMenus::buildEditMenu()
     m_rowActions << nullptr;
     onRows(same->menuAction());
     menu->addSeparator();
-    addCommand(menu, tr("&Find"), QKeySequence::Find, [&window] { window.performFindPanelAction(1); });
+    addCommand(menu, tr("&Find"), QKeySequence::Find, [this] { m_features.search.focusField(); });
     onRows(addCommand(
         menu, tr("Find and R&eplace…"), QKeySequence(Qt::CTRL | Qt::Key_H),
-        [&window] { window.performFindPanelAction(12); },
-        [&window] { return window.infolistController()->countOfArrangedObjects() > 0; }));
+        [this] { m_features.replace.run(); }, [&list] { return list.countOfArrangedObjects() > 0; }));
     addCommand(menu, tr("&Go to Name or Code Point…"), QKeySequence(Qt::CTRL | Qt::Key_L),
-               [&window] { window.goToInfo(); });
+               [this] { m_features.search.goToInfo(); });
     MainMenu::contributeTo(MainMenu::Edit, *menu, m_window);
 }
 
 void WindowMenus::buildViewMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&View"));
-    GlyphTableView *table = m_window.tableView();
+    GlyphTableView *table = &m_parts.table;
     m_sidebarAction = addCommand(menu, tr("Show &Sidebar"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S),
                                  [this] { m_window.setSidebarShown(!m_window.isSidebarShown()); });
     m_sidebarAction->setCheckable(true);
-    VXWindowController &window = m_window;
+    WindowProblems &problems = m_features.problems;
     m_problemsAction = addCommand(menu, tr("Show &Problems"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
-                                  [&window] { window.setProblemsShown(!window.isProblemsShown()); });
+                                  [&problems] { problems.setShown(!problems.isShown()); });
     m_problemsAction->setCheckable(true);
-    addCommand(menu, tr("&Next Problem"), QKeySequence(Qt::Key_F8), [&window] { window.goToProblem(1); });
+    addCommand(menu, tr("&Next Problem"), QKeySequence(Qt::Key_F8), [&problems] { problems.goTo(1); });
     addCommand(menu, tr("Pre&vious Problem"), QKeySequence(Qt::SHIFT | Qt::Key_F8),
-               [&window] { window.goToProblem(-1); });
+               [&problems] { problems.goTo(-1); });
     menu->addSeparator();
     addCommand(menu, tr("Next A&rea"), QKeySequence(Qt::Key_F6), [this] { m_focusRound->go(1); });
     addCommand(menu, tr("Previous Ar&ea"), QKeySequence(Qt::SHIFT | Qt::Key_F6),
@@ -187,7 +182,7 @@ void WindowMenus::buildViewMenu()
     });
     addCommand(
         menu, tr("&Document Order"), {}, [table] { table->resetSortIndicator(); },
-        [this] { return m_window.infolistController()->sortColumn() >= 0; });
+        [this] { return m_parts.list.sortColumn() >= 0; });
     menu->addSeparator();
     addCommand(menu, tr("Zoom &In"), QKeySequence::ZoomIn, [table] { table->zoom(1); });
     addCommand(menu, tr("Zoom &Out"), QKeySequence::ZoomOut, [table] { table->zoom(-1); });
@@ -202,30 +197,32 @@ void WindowMenus::buildGlyphMenu()
 {
     QMenu *menu = m_glyphMenu = m_window.menuBar()->addMenu(tr("&Glyph"));
     m_rowActions << nullptr;
-    VXWindowController &window = m_window;
-    RSRTVArrayController *list = window.infolistController();
+    RecordCommands &commands = m_features.commands;
+    RSRTVArrayController *list = &m_parts.list;
     const Condition hasSelection = [list] { return list->selectedCount() > 0; };
     m_addAction = addCommand(menu, tr("&Add Glyph"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
-                             [&window] { window.addInfo(); });
+                             [&commands] { commands.add(); });
     m_addAction->setIcon(QIcon(u":/icons/add.svg"_s));
     m_removeAction = onRows(addCommand(
-        menu, tr("&Remove…"), QKeySequence(Qt::CTRL | Qt::Key_Backspace),
-        [&window] { window.removeSelectedInfos(); }, hasSelection));
+        menu, tr("&Remove…"), QKeySequence(Qt::CTRL | Qt::Key_Backspace), [&commands] { commands.remove(); },
+        hasSelection));
     m_removeAction->setIcon(QIcon(u":/icons/remove.svg"_s));
     menu->addSeparator();
     onRows(addCommand(
-        menu, tr("&Name to Alternate Names"), {}, [&window] { window.moveNameToAltName(); }, hasSelection));
+        menu, tr("&Name to Alternate Names"), {}, [&commands] { commands.moveNamesToAltNames(); },
+        hasSelection));
     onRows(addCommand(
-        menu, tr("Make &Legacy Name"), {}, [&window] { window.makeLegacyName(); }, hasSelection));
+        menu, tr("Make &Legacy Name"), {}, [&commands] { commands.makeLegacyName(); }, hasSelection));
     onRows(addCommand(
-        menu, tr("Number &Sort Names…"), {}, [&window] { window.setSortName(); }, hasSelection));
+        menu, tr("Number &Sort Names…"), {}, [&commands] { commands.numberSortNames(); }, hasSelection));
     addCommand(
-        menu, tr("&Write Shown Order to the Document"), {}, [&window] { window.writeShownOrder(); },
+        menu, tr("&Write Shown Order to the Document"), {}, [&commands] { commands.writeShownOrder(); },
         [list] { return list->sortColumn() >= 0 && !list->isFiltered(); });
     menu->addSeparator();
     onRows(addCommand(
         menu, tr("Show &Code Point in Character Application"), {},
-        [&window] { window.showInUnicodeChecker(); }, [list] { return list->selectedCount() == 1; }));
+        [&commands] { commands.showInCharacterApplication(); },
+        [list] { return list->selectedCount() == 1; }));
     MainMenu::contributeTo(MainMenu::Glyph, *menu, m_window);
 }
 
@@ -270,7 +267,7 @@ void WindowMenus::buildWindowMenu()
             QAction *action = menu->addAction(menuText(document->windowTitle()));
             action->setCheckable(true);
             action->setActionGroup(group); // a dot, not a tick: one of many
-            action->setChecked(document == &m_window.glyphDocument());
+            action->setChecked(document == &m_parts.document);
             setCommand(action, [document = QPointer<Document>(document)] {
                 if (document)
                     DocumentController::shared().bringToFront(document);
@@ -295,7 +292,7 @@ QAction *WindowMenus::onRows(QAction *command)
 
 void WindowMenus::showRowMenu(const QPoint &place)
 {
-    m_window.tableView()->setFocus(Qt::OtherFocusReason);
+    m_parts.table.setFocus(Qt::OtherFocusReason);
     validate();
     auto *menu = new QMenu(&m_window);
     menu->setObjectName(u"rowMenu"_s);
@@ -306,7 +303,7 @@ void WindowMenus::showRowMenu(const QPoint &place)
         else if (command->isEnabled())
             menu->addAction(command);
     }
-    if (m_window.infolistController()->selectedCount() == 0)
+    if (m_parts.list.selectedCount() == 0)
         menu->insertAction(menu->actions().value(0), m_addAction);
     menu->popup(place);
 }
@@ -314,15 +311,18 @@ void WindowMenus::showRowMenu(const QPoint &place)
 /// The areas of the window in the order in which F6 goes round.
 void WindowMenus::addAreas()
 {
-    VXWindowController &window = m_window;
-    m_focusRound->add([&window] { return window.searchField(); }, [&window] { return window.searchField(); });
-    m_focusRound->add([&window] { return window.tableView(); }, [&window] { return window.tableView(); });
-    m_focusRound->add([&window] { return window.detailPane(); },
-                      [&window] { return window.detailPane()->firstEditor(); });
-    m_focusRound->add([&window] { return window.problemsPane(); },
-                      [&window]() -> QWidget * {
-                          const ProblemsPane &pane = *window.problemsPane();
-                          return pane.table()->isVisible() ? static_cast<QWidget *>(pane.table()) : pane.kinds();
+    QWidget *searchField = &m_parts.searchField;
+    QWidget *table = &m_parts.table;
+    DetailPane *pane = &m_parts.pane;
+    const WindowProblems &problems = m_features.problems;
+    m_focusRound->add([searchField] { return searchField; }, [searchField] { return searchField; });
+    m_focusRound->add([table] { return table; }, [table] { return table; });
+    m_focusRound->add([pane] { return pane; }, [pane] { return pane->firstEditor(); });
+    m_focusRound->add([&problems] { return problems.pane(); },
+                      [&problems]() -> QWidget * {
+                          const ProblemsPane &list = *problems.pane();
+                          return list.table()->isVisible() ? static_cast<QWidget *>(list.table())
+                                                           : list.kinds();
                       });
 }
 
@@ -349,8 +349,8 @@ void WindowMenus::fillHistory(QMenu *menu)
     menu->clear();
     delete menu->findChild<QActionGroup *>();
     auto *group = new QActionGroup(menu); // a dot, not a tick: one of many
-    m_window.commitEditing(); // a step of its own in the list
-    UndoManager *undo = m_window.glyphDocument().undoManager();
+    m_parts.commitEditing(); // a step of its own in the list
+    UndoManager *undo = m_parts.document.undoManager();
     const QUndoStack *stack = undo->stack();
     const auto addStep = [&](int count, const QString &text) {
         QAction *action = menu->addAction(menuText(text));
@@ -374,7 +374,7 @@ void WindowMenus::fillSelectSame(QMenu *menu)
                                    GlyphField::Case, GlyphField::Direction, GlyphField::Decompose,
                                    GlyphField::Marks, GlyphField::Anchors, GlyphField::Production}) {
         QAction *action = menu->addAction(fieldTitle(field));
-        setCommand(action, [this, field] { m_window.selectSame(keyOfField(field)); });
+        setCommand(action, [this, field] { m_features.commands.selectSame(field); });
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editing/WindowParts.h"
+
 #include <QPointer>
 #include <functional>
 #include <vector>
@@ -8,22 +10,32 @@ class QAction;
 class QMenu;
 class QWidget;
 class VXMenuButton;
-class VXWindowController;
+class VXSplitViewWindowController;
 
 namespace runebook {
 
 class EditMenu;
 class FocusRound;
 
-/// A text from a file or a record as a menu may show it.
-QString menuText(const QString &text);
+class RecordCommands;
+class ReplaceCommand;
+class WindowProblems;
+class WindowSearch;
+
+/// The features of a document window whose commands stand in its menus.
+struct WindowFeatures {
+    RecordCommands &commands;
+    WindowSearch &search;
+    WindowProblems &problems;
+    ReplaceCommand &replace;
+};
 
 /// The menu bar of a document window: every command with its text, its shortcut, and when it can act.
 class WindowMenus : public QObject
 {
     Q_OBJECT
 public:
-    explicit WindowMenus(VXWindowController &window);
+    WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts, const WindowFeatures &features);
 
     /// The actions that the toolbar shows too.
     QAction *addAction() const { return m_addAction; }
@@ -60,7 +72,9 @@ private:
     QAction *onRows(QAction *command);
     void showRowMenu(const QPoint &place);
 
-    VXWindowController &m_window;
+    VXSplitViewWindowController &m_window;
+    WindowParts m_parts;
+    WindowFeatures m_features;
     bool m_isValidationDue = false;
     std::vector<std::pair<QAction *, Condition>> m_conditions;
     FocusRound *m_focusRound; ///< asks the window for its parts, so it goes with this, while the window is whole
