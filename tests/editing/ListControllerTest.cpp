@@ -9,6 +9,7 @@
 #include <QCollator>
 #include <QMimeData>
 #include <QRandomGenerator>
+#include <QSignalSpy>
 #include <set>
 
 using namespace runebook;
@@ -194,12 +195,14 @@ private Q_SLOTS:
         QRandomGenerator random(20);
         ExpectedRows expected {*document, {}, false, {}, {}};
         expected.arrange(true);
+        QSignalSpy inserted(document.get(), &VXDocument::infosInserted);
         const auto randomName = [&random] {
             return QChar(u'a' + random.bounded(4)) + QString::number(random.bounded(30));
         };
         for (int step = 0; step < rounds(3000); ++step) {
             const int count = static_cast<int>(document->countOfInfos());
             const InfoList before = document->infos();
+            inserted.clear();
             const int what = random.bounded(10);
             switch (what) {
             case 0:
@@ -220,7 +223,9 @@ private Q_SLOTS:
                 const bool acts = what == 3 ? history.canUndo() : history.canRedo();
                 what == 3 ? history.undo() : history.redo();
                 expected.remove();
-                if (acts && (!expected.filter.isEmpty() || document->infos() != before))
+                // A step may have put in and taken out the same: the list is arranged all the same.
+                if (acts
+                    && (!expected.filter.isEmpty() || document->infos() != before || !inserted.isEmpty()))
                     expected.arrange(true);
                 break;
             }

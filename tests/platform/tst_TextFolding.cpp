@@ -247,10 +247,11 @@ private Q_SLOTS:
                 text += QString(random.bounded(300), u'Q') + randomText(random, false);
             for (const Folding folding : everyFolding) {
                 const QString folded = foldForSearch(text, folding);
-                QCOMPARE(folded, model.fold(text, folding));
                 // In UTF-16 two lone surrogates become one character when the mark between them goes.
-                if (text.isValidUtf16() || !folding.testFlag(Fold::Diacritics))
+                if (text.isValidUtf16() || !folding.testFlag(Fold::Diacritics)) {
+                    QCOMPARE(folded, model.fold(text, folding));
                     QCOMPARE(foldedUtf8(text, folding), foldedUtf8(folded, {}));
+                }
                 // A column holds proper UTF-8: there the two byte forms agree with Qt's own conversion.
                 if (text.isValidUtf16()) {
                     std::string fromBytes = "kept:";
