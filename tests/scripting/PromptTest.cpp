@@ -288,4 +288,4 @@ private Q_SLOTS:
 };
 
 RUNEBOOK_TEST_MAIN(PromptTest)
-#include "tst_prompt.moc"
+#include "PromptTest.moc"

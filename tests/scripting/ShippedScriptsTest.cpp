@@ -236,4 +236,4 @@ private Q_SLOTS:
 };
 
 RUNEBOOK_TEST_MAIN(ShippedScriptsTest)
-#include "tst_shippedscripts.moc"
+#include "ShippedScriptsTest.moc"

@@ -337,4 +337,4 @@ private Q_SLOTS:
 };
 
 RUNEBOOK_TEST_MAIN(MacroCodeTest)
-#include "tst_macrocode.moc"
+#include "MacroCodeTest.moc"
