@@ -281,6 +281,7 @@ void JSTDocument::textViewDidChangeSelection(JSTTextView *view)
         delegate->textViewDidChangeSelection(view);
 }
 
+// NOLINTNEXTLINE(bugprone-virtual-near-miss): the underscore is meant
 bool JSTDocument::textView_ShouldChangeTextInRangeReplacementString(JSTTextView *, TextRange,
                                                                     const QString &replacement) const
 {

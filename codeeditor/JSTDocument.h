@@ -86,6 +86,7 @@ public: // called by the text view
                                     runebook::Completion &one) override;
     /// Never called by anybody, deliberately: the underscore keeps it out of editing. True when \a
     /// replacement has no character from U+00FF on.
+    // NOLINTNEXTLINE(bugprone-virtual-near-miss)
     Q_INVOKABLE bool textView_ShouldChangeTextInRangeReplacementString(JSTTextView *view,
                                                                        runebook::TextRange range,
                                                                        const QString &replacement) const;

@@ -58,7 +58,7 @@ protected:
     Ended check(const QString &name, const QStringList &files, const QString &library = {})
     {
         const QString script = source(u"tests/scripting/checks/%1.py"_s.arg(name));
-        const Ended ended = run(QStringList {u"--run"_s, script} + files, library);
+        Ended ended = run(QStringList {u"--run"_s, script} + files, library);
         if (ended.status != 0
             || !ended.output.endsWith(u"\nchecked %1\n"_s.arg(content(script).count(u"\n    def test_"_s))))
             QTest::qFail(qPrintable(ended.output + ended.errors), __FILE__, __LINE__);
