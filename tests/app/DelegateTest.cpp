@@ -213,6 +213,7 @@ private Q_SLOTS:
         qobject_cast<QWidget *>(compare)->hide();
         VXDocument left;
         VXDocument right;
+        m_delegate.applicationDidFinishLaunching();
         compareDocuments(left, right, {}); // which is asked for in panels and bars
         QVERIFY(qobject_cast<QWidget *>(compare)->isVisible());
         QObject *preferences = m_delegate.preferencesController();
