@@ -30,7 +30,7 @@ QString sample()
 
 QString tinyFile(const QTemporaryDir &folder, const QString &name)
 {
-    const QString path = folder.filePath(name);
+    QString path = folder.filePath(name);
     writeFile(path, "<glyphData>\n\t<glyph unicode=\"0041\" name=\"A\" />\n\t<glyph name=\"B\" />\n</glyphData>\n");
     return path;
 }
@@ -462,7 +462,7 @@ private Q_SLOTS:
         const auto descriptors = [] { return QDir(u"/proc/self/fd"_s).entryList().size(); };
         const auto bytes = [] {
             const auto heap = ::mallinfo2();
-            return qint64(heap.uordblks + heap.hblkhd);
+            return qint64(heap.uordblks) + qint64(heap.hblkhd);
         };
         // What is made once is made.
         for (int i = 0; i < 2; ++i)
