@@ -32,6 +32,11 @@ LONGEST_LOSS = 10.0
 WORD = re.compile(r"w(\d{6})")
 
 
+def hear_hangups():
+    """The program leaves a hangup alone that whoever started it has it ignore, as nohup does."""
+    signal.signal(signal.SIGHUP, signal.SIG_DFL)
+
+
 class Files:
     """Glyph data in the program's own form: its first save asks nothing."""
 
@@ -162,7 +167,7 @@ class Torture:
     def start(self, place, screen, *arguments):
         return subprocess.Popen([self.program, "--new-instance", *arguments, place.file], cwd=place.folder,
                                 env=place.environment(screen.name), stdout=subprocess.DEVNULL,
-                                stderr=subprocess.DEVNULL)
+                                stderr=subprocess.DEVNULL, preexec_fn=hear_hangups)
 
     # What is typed
 
