@@ -4,7 +4,6 @@
 
 #include <QObject>
 
-class QLayout;
 class VXSimpleSplitView;
 class VXSplitViewWindowController;
 
