@@ -1,8 +1,8 @@
 #include "app/AboutBox.h"
 
 #include "platform/PlainText.h"
-#include "scripting/PythonFunctions.h"
-#include "scripting/VXScriptingHandler.h"
+#include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/python/PythonFunctions.h"
 
 #include <QIcon>
 #include <QMessageBox>

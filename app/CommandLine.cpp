@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
 
-#include "editing/CompareReport.h"
+#include "editing/compare/CompareReport.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 #include "app/FileOpener.h"
 
-#include "platform/DocumentController.h"
-#include "platform/DocumentPanels.h"
+#include "platform/documents/DocumentController.h"
+#include "platform/documents/DocumentPanels.h"
 
 #include <QFileInfo>
 #include <QLocale>

@@ -1,7 +1,7 @@
 #include "app/LastWindow.h"
 
 #include "platform/CallLater.h"
-#include "platform/DocumentController.h"
+#include "platform/documents/DocumentController.h"
 
 #include <QApplication>
 #include <QWidget>

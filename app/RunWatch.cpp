@@ -1,7 +1,7 @@
 #include "app/RunWatch.h"
 
-#include "scripting/RunPump.h"
-#include "scripting/ScriptRun.h"
+#include "scripting/python/RunPump.h"
+#include "scripting/python/ScriptRun.h"
 
 #include <QCoreApplication>
 #include <QDataStream>

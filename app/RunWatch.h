@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scripting/Standstill.h"
+#include "scripting/python/Standstill.h"
 
 #include <QByteArray>
 #include <QObject>

@@ -1,9 +1,9 @@
 #include "app/Session.h"
 
-#include "editing/VXWindowController.h"
-#include "platform/DocumentController.h"
+#include "editing/window/VXWindowController.h"
 #include "platform/FilePath.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/DocumentController.h"
 
 #include <QFileInfo>
 

@@ -2,7 +2,7 @@
 
 #include "platform/FileBytes.h"
 #include "platform/FilePath.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 
 #include <QCryptographicHash>
 #include <QDataStream>

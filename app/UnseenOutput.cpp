@@ -1,6 +1,6 @@
 #include "app/UnseenOutput.h"
 
-#include "platform/DocumentController.h"
+#include "platform/documents/DocumentController.h"
 #include "scripting/panel/VXMacroWindowController.h"
 
 #include <QTimer>

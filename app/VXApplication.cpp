@@ -1,8 +1,8 @@
 #include "app/VXApplication.h"
 
-#include "app/update/UpdateWindow.h"
-#include "platform/UserDefaults.h"
-#include "scripting/bridge/ScriptApplication.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/classes/ScriptApplication.h"
+#include "update/UpdateWindow.h"
 
 using namespace runebook;
 using namespace Qt::StringLiterals;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/update/SUUpdater.h"
+#include "update/SUUpdater.h"
 
 #include <QApplication>
 #include <QPointer>

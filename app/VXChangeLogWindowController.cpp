@@ -1,9 +1,9 @@
 #include "app/VXChangeLogWindowController.h"
 
-#include "app/update/PageFetcher.h"
 #include "platform/Appearance.h"
 #include "platform/StandardFolders.h"
 #include "ui_VXChangeLogWindowController.h"
+#include "update/PageFetcher.h"
 
 #include <QEvent>
 #include <QFile>

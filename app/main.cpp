@@ -7,15 +7,15 @@
 #include "app/SingleInstance.h"
 #include "app/VXAppDelegate.h"
 #include "app/VXApplication.h"
-#include "editing/CheckReport.h"
-#include "editing/CompareReport.h"
-#include "editing/WindowSettings.h"
+#include "editing/compare/CompareReport.h"
+#include "editing/problems/CheckReport.h"
+#include "editing/window/WindowSettings.h"
 #include "platform/FilePath.h"
-#include "platform/RescueFiles.h"
-#include "platform/UserDefaults.h"
-#include "scripting/HeadlessRun.h"
-#include "scripting/RunPump.h"
-#include "scripting/ScriptRun.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/RescueFiles.h"
+#include "scripting/menu/HeadlessRun.h"
+#include "scripting/python/RunPump.h"
+#include "scripting/python/ScriptRun.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 // Lays out a bar with many tabs, once for each way to give them their widths. Nobody may wait for it longer
 // than a frame (16 ms).
-#include "app/tabbar/VXTabBarControl.h"
 #include "benchmarks/BenchmarkSupport.h"
+#include "tabbar/VXTabBarControl.h"
 
 #include <QApplication>
 

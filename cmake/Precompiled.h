@@ -1,4 +1,4 @@
-// The headers that nearly every source takes: compiled once for each library.
+// The headers that nearly every source takes: compiled once, with the library that all others stand on.
 #pragma once
 #include <QApplication>
 #include <QHash>

@@ -27,14 +27,19 @@ target_compile_options(runebook_options INTERFACE
     $<$<BOOL:${RUNEBOOK_WERROR}>:-Werror>)
 target_include_directories(runebook_options INTERFACE "${PROJECT_SOURCE_DIR}")
 
-# runebook_add_library(NAME SOURCES file... [DEPENDS target...]): the static library of one folder,
+# runebook_add_library(NAME SOURCES file... [DEPENDS target...]): the static library of one folder or room,
 # known to others as runebook::NAME. DEPENDS spells the architecture.
 function(runebook_add_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
     add_library(runebook_${name} STATIC ${ARG_SOURCES})
     add_library(runebook::${name} ALIAS runebook_${name})
     target_link_libraries(runebook_${name} PUBLIC runebook_options ${ARG_DEPENDS})
-    target_precompile_headers(runebook_${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
+    # Made once, by the library that all others stand on.
+    if(name STREQUAL "platform")
+        target_precompile_headers(runebook_${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
+    else()
+        target_precompile_headers(runebook_${name} REUSE_FROM runebook_platform)
+    endif()
 endfunction()
 
 set(RUNEBOOK_SANITIZER_OPTIONS

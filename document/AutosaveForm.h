@@ -4,7 +4,7 @@
 #include "document/KeptValues.h"
 #include "model/ReadNotes.h"
 #include "model/RoundTrip.h"
-#include "platform/SlicedContent.h"
+#include "platform/documents/SlicedContent.h"
 
 #include <QByteArray>
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include "model/GlyphLineWriter.h"
 #include "model/VXGlyphInfo.h"
-#include "platform/FileSaver.h"
+#include "platform/documents/FileSaver.h"
 
 #include <string>
 

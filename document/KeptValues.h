@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/VXGlyphInfo.h"
-#include "platform/FileSaver.h"
+#include "platform/documents/FileSaver.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 // The font files that the user chose for the previews of a script.
 #include "document/FontFile.h"
 #include "document/VXDocument.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>

@@ -5,10 +5,10 @@
 #include "model/FieldRepeats.h"
 #include "platform/CallLater.h"
 #include "platform/CheckedFile.h"
-#include "platform/DocumentController.h"
 #include "platform/FilePath.h"
 #include "platform/MemoryRoom.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/DocumentController.h"
 
 #include <QFileInfo>
 #include <cerrno>

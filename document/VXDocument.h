@@ -5,7 +5,7 @@
 #include "model/GlyphInfoOwner.h"
 #include "model/ReadNotes.h"
 #include "model/VXGlyphInfo.h"
-#include "platform/Document.h"
+#include "platform/documents/Document.h"
 
 #include <QFont>
 #include <QSet>

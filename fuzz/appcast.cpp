@@ -1,8 +1,8 @@
 // An update feed: it reads or fails with a reason, and its notes come out as elements that are known, closed
 // in order, without a way to load anything. What is safe already stays as it is.
-#include "app/update/Appcast.h"
-#include "app/update/SafeHtml.h"
+#include "update/Appcast.h"
 #include "fuzz/Require.h"
+#include "update/SafeHtml.h"
 
 #include <QRegularExpression>
 

@@ -2,8 +2,8 @@
 // an argument breaks out of its place, when a printed predicate does not parse again, or when folding bytes
 // and folding text disagree.
 
-#include "platform/Predicate.h"
 #include "platform/TextFolding.h"
+#include "platform/predicates/Predicate.h"
 
 #include <cstdint>
 #include <cstdlib>

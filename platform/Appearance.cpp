@@ -1,6 +1,6 @@
 #include "platform/Appearance.h"
 
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 
 #include <QApplication>
 #include <QPainter>

@@ -1,11 +1,11 @@
 #include "app/preferences/GeneralPane.h"
 
 #include "app/preferences/SettingBinding.h"
-#include "editing/GlyphTableView.h"
-#include "editing/VXWindowController.h"
-#include "platform/DocumentController.h"
+#include "editing/records/GlyphTableView.h"
+#include "editing/window/VXWindowController.h"
 #include "platform/StandardFolders.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/DocumentController.h"
 #include "ui_GeneralPane.h"
 
 #include <QDesktopServices>

@@ -1,6 +1,6 @@
 #include "app/preferences/SettingBinding.h"
 
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 
 #include <QCheckBox>
 #include <QComboBox>

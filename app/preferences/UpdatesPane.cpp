@@ -2,7 +2,7 @@
 
 #include "app/VXApplication.h"
 #include "app/preferences/SettingBinding.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 #include "ui_UpdatesPane.h"
 
 namespace runebook {

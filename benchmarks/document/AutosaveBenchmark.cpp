@@ -1,7 +1,7 @@
 // How long autosaving a document keeps the user waiting at a stretch, and how long it takes in all.
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
-#include "platform/Autosaver.h"
+#include "platform/documents/Autosaver.h"
 
 #include <QCoreApplication>
 

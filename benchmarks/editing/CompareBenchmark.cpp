@@ -2,10 +2,10 @@
 // files, and what the window needs to show the records of a key. The peer is diff of the two files.
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
-#include "editing/CompareReport.h"
-#include "editing/VXCompareDataWindow.h"
-#include "platform/DocumentController.h"
-#include "platform/UserDefaults.h"
+#include "editing/compare/CompareReport.h"
+#include "editing/compare/VXCompareDataWindow.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/DocumentController.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

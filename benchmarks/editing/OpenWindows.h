@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editing/VXWindowController.h"
+#include "editing/window/VXWindowController.h"
 
 namespace runebook {
 

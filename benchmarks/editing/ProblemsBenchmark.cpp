@@ -1,7 +1,7 @@
 // The count of all problems of a document: the first look at every record, and how long an edit or a slice of
 // the look holds the window.
 #include "benchmarks/BenchmarkSupport.h"
-#include "editing/Problems.h"
+#include "editing/problems/Problems.h"
 
 #include <QHash>
 #include <map>

@@ -1,7 +1,7 @@
 // Find and replace over all records of a document: the edit, its undo, and what the undo step keeps.
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
-#include "editing/FindReplace.h"
+#include "editing/replace/FindReplace.h"
 
 #include <malloc.h>
 

@@ -1,8 +1,8 @@
 // Searching while typing, mode "All", against grep over the file.
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
-#include "editing/SearchColumns.h"
-#include "editing/SearchFilter.h"
+#include "editing/search/SearchColumns.h"
+#include "editing/search/SearchFilter.h"
 
 #include <QProcess>
 #include <map>

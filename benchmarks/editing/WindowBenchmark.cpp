@@ -2,12 +2,12 @@
 #include "benchmarks/BenchmarkSupport.h"
 #include "benchmarks/editing/OpenWindows.h"
 #include "document/VXDocument.h"
-#include "editing/EditCommands.h"
-#include "editing/GlyphColumns.h"
-#include "editing/GlyphTableView.h"
-#include "editing/SortOrder.h"
-#include "editing/VXSearchField.h"
-#include "editing/VXWindowController.h"
+#include "editing/fields/GlyphColumns.h"
+#include "editing/records/GlyphTableView.h"
+#include "editing/records/SortOrder.h"
+#include "editing/search/VXSearchField.h"
+#include "editing/window/EditCommands.h"
+#include "editing/window/VXWindowController.h"
 
 #include <QApplication>
 #include <QClipboard>

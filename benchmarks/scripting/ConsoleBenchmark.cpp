@@ -1,13 +1,13 @@
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
-#include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
-#include "scripting/LiveCompletion.h"
-#include "scripting/RunPump.h"
-#include "scripting/ScriptConsole.h"
-#include "scripting/ScriptRun.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/documents/DocumentController.h"
+#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ConsoleView.h"
+#include "scripting/panel/LiveCompletion.h"
+#include "scripting/python/RunPump.h"
+#include "scripting/python/ScriptConsole.h"
+#include "scripting/python/ScriptRun.h"
 
 #include <QApplication>
 #include <QFile>

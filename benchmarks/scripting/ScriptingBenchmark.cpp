@@ -1,13 +1,13 @@
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
-#include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
-#include "scripting/HeadlessConsole.h"
-#include "scripting/PythonFunctions.h"
-#include "scripting/PythonPlaces.h"
-#include "scripting/ScriptConsole.h"
-#include "scripting/ScriptRun.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/documents/DocumentController.h"
+#include "scripting/menu/HeadlessConsole.h"
+#include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/python/PythonFunctions.h"
+#include "scripting/python/PythonPlaces.h"
+#include "scripting/python/ScriptConsole.h"
+#include "scripting/python/ScriptRun.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scripting/bridge/PythonValue.h"
+#include "scripting/python/PythonValue.h"
 
 namespace runebook::bridge {
 

@@ -1,7 +1,7 @@
 #include "scripting/bridge/DirectText.h"
 
-#include "scripting/OperationScope.h"
-#include "scripting/ScriptRun.h"
+#include "scripting/python/OperationScope.h"
+#include "scripting/python/ScriptRun.h"
 
 #include <map>
 

@@ -1,12 +1,12 @@
 #include "scripting/bridge/Operation.h"
 
 #include "document/VXDocument.h"
-#include "platform/DocumentController.h"
 #include "platform/Unattended.h"
-#include "scripting/OperationScope.h"
-#include "scripting/ScriptRun.h"
+#include "platform/documents/DocumentController.h"
 #include "scripting/bridge/Descriptor.h"
 #include "scripting/bridge/DirectText.h"
+#include "scripting/python/OperationScope.h"
+#include "scripting/python/ScriptRun.h"
 
 #include <QMetaProperty>
 #include <cctype>

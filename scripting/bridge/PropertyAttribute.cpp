@@ -1,9 +1,9 @@
 #include "scripting/bridge/Operation.h"
 
-#include "scripting/OperationScope.h"
-#include "scripting/ScriptRun.h"
 #include "scripting/bridge/Descriptor.h"
 #include "scripting/bridge/DirectText.h"
+#include "scripting/python/OperationScope.h"
+#include "scripting/python/ScriptRun.h"
 
 #include <QMetaProperty>
 

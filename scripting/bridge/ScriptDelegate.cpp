@@ -1,10 +1,10 @@
 #include "scripting/bridge/ScriptDelegate.h"
 
-#include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
-#include "scripting/MainThread.h"
-#include "scripting/ScriptRun.h"
 #include "scripting/bridge/BridgeTypes.h"
+#include "scripting/python/MainThread.h"
+#include "scripting/python/ScriptRun.h"
+#include "tabbar/VXTabBarControl.h"
 
 namespace runebook::bridge {
 

@@ -3,14 +3,14 @@
 #include "codeeditor/JSTTextViewDelegate.h"
 #include "model/StringHelpers.h"
 #include "model/VXGlyphInfo.h"
-#include "scripting/bridge/PythonValue.h"
+#include "scripting/python/PythonValue.h"
 
 #include <QAction>
 #include <QMenu>
 #include <QObject>
 
 class VXTabBarControl;
-Q_MOC_INCLUDE("app/tabbar/VXTabBarControl.h")
+Q_MOC_INCLUDE("tabbar/VXTabBarControl.h")
 
 namespace runebook::bridge {
 

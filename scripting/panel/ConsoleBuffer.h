@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scripting/ConsoleText.h"
+#include "scripting/panel/ConsoleText.h"
 
 #include <deque>
 #include <memory>

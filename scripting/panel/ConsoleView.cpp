@@ -3,7 +3,7 @@
 #include "codeeditor/CodeColors.h"
 #include "platform/Appearance.h"
 #include "platform/PlainText.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 #include "scripting/panel/ConsoleFormats.h"
 
 #include <QElapsedTimer>

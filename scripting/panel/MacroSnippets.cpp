@@ -1,7 +1,7 @@
 #include "scripting/panel/MacroSnippets.h"
 
 #include "platform/FileBytes.h"
-#include "scripting/PropertyListLimits.h"
+#include "scripting/python/PropertyListLimits.h"
 
 #include <QFile>
 #include <memory>

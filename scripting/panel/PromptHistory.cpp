@@ -1,6 +1,6 @@
 #include "scripting/panel/PromptHistory.h"
 
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 
 namespace runebook {
 

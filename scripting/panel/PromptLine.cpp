@@ -3,8 +3,8 @@
 #include "codeeditor/CompletionRules.h"
 #include "codeeditor/CompletionSession.h"
 #include "codeeditor/PythonScanner.h"
-#include "scripting/LiveCompletion.h"
-#include "scripting/PromptRun.h"
+#include "scripting/panel/LiveCompletion.h"
+#include "scripting/python/PromptRun.h"
 
 #include <QKeyEvent>
 #include <algorithm>

@@ -1,14 +1,14 @@
 #include "scripting/panel/ScriptFiles.h"
 
-#include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
-#include "platform/DocumentController.h"
 #include "platform/MessageBar.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/documents/DocumentController.h"
+#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ScriptText.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "tabbar/VXTabBarControl.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "scripting/panel/ScriptText.h"
 
-#include "platform/FileSaver.h"
-#include "scripting/ScriptFile.h"
+#include "platform/documents/FileSaver.h"
+#include "scripting/python/ScriptFile.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -7,9 +7,9 @@
 #include "codeeditor/VXCodeTextStorage.h"
 #include "codeeditor/VXLineNumberView.h"
 #include "platform/StandardFolders.h"
-#include "platform/UserDefaults.h"
-#include "scripting/LiveCompletion.h"
-#include "scripting/ScriptRun.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/panel/LiveCompletion.h"
+#include "scripting/python/ScriptRun.h"
 #include "ui_VXMacroView.h"
 
 #include <QFontDatabase>

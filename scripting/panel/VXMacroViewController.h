@@ -2,8 +2,8 @@
 
 #include "codeeditor/JSTTextViewDelegate.h"
 #include "codeeditor/TextRange.h"
-#include "platform/FileState.h"
 #include "platform/WheelSteps.h"
+#include "platform/documents/FileState.h"
 
 #include <QFont>
 #include <QObject>

@@ -2,9 +2,9 @@
 
 #include "platform/MainMenu.h"
 #include "platform/MessageBar.h"
-#include "platform/UserDefaults.h"
 #include "platform/WindowPlacement.h"
-#include "scripting/RunIndicator.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/panel/RunIndicator.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "ui_VXMacroWindow_11.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scripting/ScriptConsole.h"
+#include "scripting/python/ScriptConsole.h"
 
 #include <QFont>
 #include <QObject>
@@ -24,7 +24,7 @@ class SnippetsPopup;
 
 class QMenu;
 
-Q_MOC_INCLUDE("app/tabbar/VXTabBarControl.h")
+Q_MOC_INCLUDE("tabbar/VXTabBarControl.h")
 Q_MOC_INCLUDE("scripting/panel/SnippetsPopup.h")
 Q_MOC_INCLUDE("scripting/panel/VXMacroViewController.h")
 Q_MOC_INCLUDE("scripting/panel/VXMacroWindow.h")

@@ -1,18 +1,18 @@
 // What the panel shows beside its tabs: the console with its font and its links, the snippets, the help.
 #include "scripting/panel/VXMacroWindowController.h"
 
-#include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
 #include "platform/StandardFolders.h"
-#include "platform/UserDefaults.h"
-#include "scripting/ConsoleText.h"
-#include "scripting/ExternalEditors.h"
-#include "scripting/ScriptMenuItems.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/menu/ScriptMenuItems.h"
+#include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/panel/ConsoleText.h"
+#include "scripting/panel/ExternalEditors.h"
 #include "scripting/panel/MacroSnippets.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
+#include "tabbar/VXTabBarControl.h"
 #include "ui_VXMacroWindow_11.h"
 
 #include <QDesktopServices>

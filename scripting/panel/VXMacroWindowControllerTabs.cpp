@@ -1,11 +1,11 @@
 // The tabs of the panel: adding, closing, naming, and where they are kept.
 #include "scripting/panel/VXMacroWindowController.h"
 
-#include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
+#include "tabbar/VXTabBarControl.h"
 #include "ui_VXMacroWindow_11.h"
 
 #include <QApplication>

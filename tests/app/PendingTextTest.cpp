@@ -1,10 +1,10 @@
 // What is being typed in a document window is never lost, whatever command comes: every command of every
 // menu of the whole program, scripts and recent files included, with a text in a cell, in the pane and in a code
 // point, one that is taken and one that is refused.
-#include "editing/ErrorBubble.h"
-#include "editing/UnicodesTokenField.h"
-#include "scripting/ScriptRun.h"
-#include "scripting/VXScriptingHandler.h"
+#include "editing/fields/ErrorBubble.h"
+#include "editing/fields/UnicodesTokenField.h"
+#include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/python/ScriptRun.h"
 #include "tests/app/AppMain.h"
 #include "tests/editing/Windows.h"
 

@@ -1,9 +1,9 @@
 #include "app/VXPreferencesController.h"
 #include "app/preferences/FontsPane.h"
 #include "app/preferences/PythonPane.h"
-#include "scripting/PythonPlaces.h"
-#include "scripting/VXScriptingHandler.h"
+#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "scripting/python/PythonPlaces.h"
 #include "tests/app/AppMain.h"
 #include "tests/editing/Windows.h"
 

@@ -2,7 +2,7 @@
 #include "codeeditor/LineEditing.h"
 #include "codeeditor/LineTable.h"
 #include "codeeditor/TDTokenizer.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 #include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -1,9 +1,9 @@
 // A document from opening to closing: its name, its unsaved changes, its autosave file, and files that are
 // none.
 #include "document/VXDocument.h"
-#include "platform/AutosaveFolder.h"
-#include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
+#include "platform/documents/AutosaveFolder.h"
+#include "platform/documents/DocumentController.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -1,7 +1,7 @@
 // The text that shows what a record stands for, and the fonts chosen for it.
 #include "document/FontFile.h"
 #include "document/VXDocument.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -5,7 +5,7 @@
 #include "document/GlyphDataWriter.h"
 #include "document/VXDocument.h"
 #include "model/FileText.h"
-#include "platform/Originals.h"
+#include "platform/documents/Originals.h"
 #include "tests/Files.h"
 #include "tests/RandomValues.h"
 #include "tests/Rounds.h"

@@ -1,6 +1,6 @@
-#include "editing/ChoiceCells.h"
-#include "editing/VXCompareDataWindow.h"
-#include "editing/VXFindReplaceWindowController.h"
+#include "editing/compare/VXCompareDataWindow.h"
+#include "editing/records/ChoiceCells.h"
+#include "editing/replace/VXFindReplaceWindowController.h"
 #include "tests/editing/Windows.h"
 
 using namespace runebook;

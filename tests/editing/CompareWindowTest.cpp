@@ -1,5 +1,5 @@
-#include "editing/ErrorBubble.h"
-#include "editing/VXCompareDataWindow.h"
+#include "editing/compare/VXCompareDataWindow.h"
+#include "editing/fields/ErrorBubble.h"
 #include "tests/editing/Windows.h"
 
 #include <QAbstractItemModelTester>

@@ -1,5 +1,5 @@
 // What find and replace does to records, without its window.
-#include "editing/FindReplace.h"
+#include "editing/replace/FindReplace.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/editing/Records.h"

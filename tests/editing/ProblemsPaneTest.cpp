@@ -1,4 +1,4 @@
-#include "editing/VXFindReplaceWindowController.h"
+#include "editing/replace/VXFindReplaceWindowController.h"
 #include "tests/editing/Windows.h"
 
 #include <QAbstractItemModelTester>

@@ -1,6 +1,6 @@
-#include "editing/Problems.h"
+#include "editing/problems/Problems.h"
 #include "document/GlyphDataWriter.h"
-#include "editing/ProblemFixes.h"
+#include "editing/problems/ProblemFixes.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/editing/Records.h"

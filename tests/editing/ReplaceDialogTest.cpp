@@ -1,8 +1,8 @@
 // The find-and-replace dialog and the sort-name sheet, driven with keys.
-#include "editing/ReplacePreviewModel.h"
-#include "editing/SortNameDialog.h"
-#include "editing/SortNumbering.h"
-#include "editing/VXFindReplaceWindowController.h"
+#include "editing/records/SortNameDialog.h"
+#include "editing/records/SortNumbering.h"
+#include "editing/replace/ReplacePreviewModel.h"
+#include "editing/replace/VXFindReplaceWindowController.h"
 #include "tests/editing/Windows.h"
 
 #include <QAbstractItemModelTester>

@@ -1,8 +1,8 @@
-#include "editing/ChangedOnDisk.h"
-#include "editing/ErrorBubble.h"
-#include "platform/DocumentPanels.h"
-#include "platform/UnsavedPanel.h"
+#include "editing/fields/ErrorBubble.h"
+#include "editing/window/ChangedOnDisk.h"
 #include "platform/WindowPlacement.h"
+#include "platform/documents/DocumentPanels.h"
+#include "platform/documents/UnsavedPanel.h"
 #include "tests/editing/Windows.h"
 
 using namespace runebook;

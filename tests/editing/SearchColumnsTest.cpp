@@ -1,5 +1,5 @@
 // Searching columns of texts answers as asking every record does, whatever happened to the records before.
-#include "editing/SearchColumns.h"
+#include "editing/search/SearchColumns.h"
 
 #include "tests/Table.h"
 #include "tests/TestMain.h"

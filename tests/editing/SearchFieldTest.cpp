@@ -1,8 +1,8 @@
 // The search field as its user meets it: keys, menu, help and problems.
-#include "editing/ErrorBubble.h"
-#include "editing/SearchColumns.h"
-#include "editing/SearchHelpSheet.h"
-#include "editing/SearchMenu.h"
+#include "editing/fields/ErrorBubble.h"
+#include "editing/search/SearchColumns.h"
+#include "editing/search/SearchHelpSheet.h"
+#include "editing/search/SearchMenu.h"
 #include "tests/editing/Windows.h"
 
 using namespace runebook;

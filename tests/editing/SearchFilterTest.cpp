@@ -1,8 +1,8 @@
 // What a typed text searches for in every mode, with every option.
-#include "editing/SearchFilter.h"
-#include "editing/SearchColumns.h"
-#include "editing/SearchMenu.h"
-#include "platform/UserDefaults.h"
+#include "editing/search/SearchFilter.h"
+#include "editing/search/SearchColumns.h"
+#include "editing/search/SearchMenu.h"
+#include "platform/defaults/UserDefaults.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 

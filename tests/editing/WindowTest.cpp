@@ -1,10 +1,10 @@
-#include "tests/editing/Windows.h"
-#include "editing/EmptyTable.h"
-#include "editing/SearchFilter.h"
-#include "editing/VXFindReplaceWindowController.h"
-#include "editing/VXMenuButton.h"
-#include "editing/VocabularyComboBox.h"
+#include "editing/fields/VocabularyComboBox.h"
+#include "editing/replace/VXFindReplaceWindowController.h"
+#include "editing/search/SearchFilter.h"
+#include "editing/window/EmptyTable.h"
+#include "editing/window/VXMenuButton.h"
 #include "platform/StandardFolders.h"
+#include "tests/editing/Windows.h"
 
 using namespace runebook;
 

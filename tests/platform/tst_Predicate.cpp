@@ -1,4 +1,4 @@
-#include "platform/Predicate.h"
+#include "platform/predicates/Predicate.h"
 #include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

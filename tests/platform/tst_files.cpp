@@ -1,7 +1,7 @@
 #include "platform/CheckedFile.h"
 #include "platform/FileBytes.h"
 #include "platform/FilePath.h"
-#include "platform/FileWatch.h"
+#include "platform/documents/FileWatch.h"
 #include "tests/Files.h"
 #include "tests/Oddities.h"
 #include "tests/Rounds.h"

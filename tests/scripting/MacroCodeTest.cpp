@@ -1,5 +1,5 @@
-#include "scripting/RunPump.h"
-#include "scripting/ScriptRun.h"
+#include "scripting/python/RunPump.h"
+#include "scripting/python/ScriptRun.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -1,16 +1,16 @@
 #pragma once
 
-#include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/JSTTextView.h"
 #include "document/VXDocument.h"
-#include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
-#include "platform/UserDefaults.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/DocumentController.h"
+#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ConsoleView.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "tabbar/VXTabBarControl.h"
 #include "ui_VXMacroWindow_11.h"
 
 #include <QTest>

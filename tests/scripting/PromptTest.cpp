@@ -1,6 +1,6 @@
 #include "codeeditor/JSTDocument.h"
 #include "codeeditor/JSTTextView.h"
-#include "scripting/LiveCompletion.h"
+#include "scripting/panel/LiveCompletion.h"
 #include "scripting/panel/PromptLine.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "tests/Table.h"

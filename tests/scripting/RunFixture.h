@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/StandardFolders.h"
-#include "platform/UserDefaults.h"
-#include "scripting/RunPump.h"
-#include "scripting/ScriptConsole.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ConsoleView.h"
+#include "scripting/python/RunPump.h"
+#include "scripting/python/ScriptConsole.h"
 
 #include <QLineEdit>
 #include <QPushButton>

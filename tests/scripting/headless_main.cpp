@@ -1,7 +1,7 @@
 #include "document/VXDocument.h"
-#include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
-#include "scripting/HeadlessRun.h"
+#include "platform/documents/DocumentController.h"
+#include "scripting/menu/HeadlessRun.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -1,5 +1,5 @@
-#include "platform/UserDefaults.h"
-#include "scripting/ConsoleText.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/panel/ConsoleText.h"
 #include "scripting/panel/ConsoleView.h"
 #include "tests/Files.h"
 #include "tests/Fingerprint.h"

@@ -1,6 +1,6 @@
 #include "platform/MessageBar.h"
-#include "scripting/ScriptRun.h"
-#include "scripting/bridge/ScriptApplication.h"
+#include "scripting/classes/ScriptApplication.h"
+#include "scripting/python/ScriptRun.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -1,17 +1,17 @@
 // Somebody types, clicks and runs at random in a real panel. After every step the text is what a plain model
 // says, at random moments the screen shows what an editor made anew would. RUNEBOOK_TYPIST_SECONDS=600 for a
 // long walk, RUNEBOOK_TYPIST_SEED for another one.
-#include "app/tabbar/VXTabBarControl.h"
 #include "codeeditor/CompletionSession.h"
 #include "codeeditor/FindIndicator.h"
 #include "codeeditor/LineEditing.h"
 #include "platform/StandardFolders.h"
-#include "platform/UserDefaults.h"
-#include "scripting/ScriptRun.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "scripting/python/ScriptRun.h"
+#include "tabbar/VXTabBarControl.h"
 #include "tests/codeeditor/FreshRendering.h"
 #include "ui_VXMacroWindow_11.h"
 

@@ -1,7 +1,7 @@
 #include "platform/StandardFolders.h"
-#include "platform/UserDefaults.h"
-#include "scripting/ScriptConsole.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/python/ScriptConsole.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/Interpreters.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/tabbar/VXTabBarControl.h"
+#include "tabbar/VXTabBarControl.h"
 
 #include <QLineEdit>
 #include <QMenu>

@@ -2,7 +2,7 @@
 #include "tests/Rounds.h"
 #include "tests/tabbar/TabBarFixture.h"
 
-#include "app/tabbar/PSMOverflowPopUpButton.h"
+#include "tabbar/PSMOverflowPopUpButton.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 

@@ -1,5 +1,5 @@
-#include "app/tabbar/PSMYosemiteStyle.h"
-#include "app/tabbar/TabWidths.h"
+#include "tabbar/PSMYosemiteStyle.h"
+#include "tabbar/TabWidths.h"
 #include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -1,7 +1,7 @@
 // The bar in a user's hands: mouse, keys, menus and assistive technology.
 #include "tests/tabbar/TabBarFixture.h"
 
-#include "app/tabbar/PSMOverflowPopUpButton.h"
+#include "tabbar/PSMOverflowPopUpButton.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 

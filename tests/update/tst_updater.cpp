@@ -1,12 +1,12 @@
-#include "app/update/PageView.h"
-#include "app/update/SUUpdater.h"
-#include "app/update/SafeHtml.h"
-#include "app/update/UpdateWindow.h"
-#include "app/update/VXVersionComparator.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/update/FeedServer.h"
+#include "update/PageView.h"
+#include "update/SUUpdater.h"
+#include "update/SafeHtml.h"
+#include "update/UpdateWindow.h"
+#include "update/VXVersionComparator.h"
 
 #include <QDesktopServices>
 #include <QLabel>

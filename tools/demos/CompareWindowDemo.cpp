@@ -2,9 +2,9 @@
 //
 //     CompareWindowDemo FOLDER    writes compare-light.png and compare-dark.png
 #include "document/GlyphDataReader.h"
-#include "editing/VXCompareDataWindow.h"
-#include "platform/DocumentController.h"
-#include "platform/UserDefaults.h"
+#include "editing/compare/VXCompareDataWindow.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/DocumentController.h"
 #include "tests/TestMain.h"
 
 #include <QStyleFactory>

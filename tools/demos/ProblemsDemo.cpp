@@ -1,10 +1,10 @@
 // Takes the pictures of the problems pane for the documentation: the sample with some things gone wrong.
 //
 //     ProblemsDemo FOLDER    writes problems.png and problems-dark.png
-#include "editing/ProblemsPane.h"
-#include "editing/VXWindowController.h"
+#include "editing/problems/ProblemsPane.h"
+#include "editing/window/VXWindowController.h"
 #include "platform/Appearance.h"
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 #include "tests/TestMain.h"
 
 #include <QStyleFactory>

@@ -1,18 +1,18 @@
 // Takes pictures of document windows in states that are hard to meet by hand: `WindowDemo PICTURES FILE.xml`, with
 // QT_SCALE_FACTOR and the word "dark" as wanted.
-#include "editing/DetailPane.h"
-#include "editing/GlyphTableView.h"
-#include "editing/ProblemsPane.h"
-#include "editing/SearchFilter.h"
-#include "editing/VXFindReplaceWindowController.h"
-#include "editing/VXSearchField.h"
-#include "editing/VXWindowController.h"
+#include "editing/problems/ProblemsPane.h"
+#include "editing/records/GlyphTableView.h"
+#include "editing/replace/VXFindReplaceWindowController.h"
+#include "editing/search/SearchFilter.h"
+#include "editing/search/VXSearchField.h"
+#include "editing/window/DetailPane.h"
+#include "editing/window/VXWindowController.h"
 #include "platform/Appearance.h"
-#include "platform/DocumentController.h"
-#include "platform/DocumentPanels.h"
-#include "platform/UnsavedPanel.h"
-#include "platform/UserDefaults.h"
 #include "platform/WindowPlacement.h"
+#include "platform/defaults/UserDefaults.h"
+#include "platform/documents/DocumentController.h"
+#include "platform/documents/DocumentPanels.h"
+#include "platform/documents/UnsavedPanel.h"
 
 #include <QCheckBox>
 #include <QContextMenuEvent>

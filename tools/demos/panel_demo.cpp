@@ -1,16 +1,16 @@
 // The macro panel with a document behind it, to look at: panel_demo [--dark] [--grab FILE.png]. With --grab
 // it runs a macro that fails, saves a picture and quits.
-#include "app/tabbar/VXTabBarControl.h"
 #include "document/VXDocument.h"
 #include "platform/Appearance.h"
-#include "platform/DocumentController.h"
 #include "platform/StandardFolders.h"
-#include "scripting/RunPump.h"
-#include "scripting/VXScriptingHandler.h"
+#include "platform/documents/DocumentController.h"
+#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ConsoleView.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
+#include "scripting/python/RunPump.h"
+#include "tabbar/VXTabBarControl.h"
 #include "tests/TestMain.h"
 #include "ui_VXMacroWindow_11.h"
 

@@ -3,9 +3,9 @@
 #include "tools/torture/Torture.h"
 
 #include "document/VXDocument.h"
-#include "platform/Autosaver.h"
-#include "platform/DocumentController.h"
-#include "platform/Recovery.h"
+#include "platform/documents/Autosaver.h"
+#include "platform/documents/DocumentController.h"
+#include "platform/documents/Recovery.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

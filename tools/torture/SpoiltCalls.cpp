@@ -1,7 +1,7 @@
 // Every single call that a save makes fails in every way, or is the last that the process ever makes.
 #include "tools/torture/Torture.h"
 
-#include "platform/RescueFiles.h"
+#include "platform/documents/RescueFiles.h"
 
 #include <QFileInfo>
 #include <cerrno>

@@ -2,7 +2,7 @@
 #include "tools/torture/Torture.h"
 
 #include "document/VXDocument.h"
-#include "platform/DocumentController.h"
+#include "platform/documents/DocumentController.h"
 
 #include <QCoreApplication>
 #include <QDir>

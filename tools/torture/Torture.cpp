@@ -1,6 +1,6 @@
 #include "tools/torture/Torture.h"
 
-#include "platform/FileSaver.h"
+#include "platform/documents/FileSaver.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "editing/compare/CompareKeys.h"
+#include "platform/Error.h"
+
+#include <QString>
+#include <QTextStream>
+#include <optional>
+
+namespace runebook {
+
+enum class ReportFormat {
+    Text, ///< for a person at a terminal
+    Json, ///< an array, one object a line
+};
+
+/// How a comparison ended; also the exit status of the program.
+enum CompareResult : int { FilesEqual = 0, FilesDifferent = 1, FilesUnreadable = 2 };
+
+/// The key that a person means by "name", "unicode" or "production"; nothing for any other word.
+std::optional<CompareKey> compareKeyFromWord(QStringView word);
+
+/// Compares two files and writes to \a out which glyphs either lacks and which fields differ in those that
+/// both have. Records are told apart by \a key, those without it by their name; the order of the records
+/// does not count, every field does, empty and absent being the same. Writes nothing when a file cannot be
+/// read.
+CompareResult compareFiles(const QString &left, const QString &right, CompareKey key, ReportFormat format,
+                           QTextStream &out, Error *error = nullptr);
+
+} // namespace runebook

@@ -1,0 +1,188 @@
+#include "editing/compare/CompareSheet.h"
+
+#include "platform/Appearance.h"
+#include "platform/PlainText.h"
+
+#include <QGridLayout>
+#include <QLabel>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isChoice(GlyphField field)
+{
+    return field == GlyphField::Case || field == GlyphField::Direction;
+}
+
+QList<ChoiceCells::Choice> choicesOf(GlyphField field)
+{
+    const auto tr = [](const char *text) { return CompareSheet::tr(text); };
+    if (field == GlyphField::Case) {
+        return {{VXGlyphInfo::noCase, tr("No case")}, {VXGlyphInfo::upper, tr("Upper")},
+                {VXGlyphInfo::lower, tr("Lower")},    {VXGlyphInfo::smallCaps, tr("Small caps")},
+                {VXGlyphInfo::minor, tr("Minor")},    {VXGlyphInfo::other, tr("Other")}};
+    }
+    QList<ChoiceCells::Choice> choices {{VXGlyphInfo::DirectionNotSet, tr("Not set")}};
+    for (int direction = VXGlyphInfo::BIDI; direction <= VXGlyphInfo::VTR; ++direction)
+        choices.append({direction, VXGlyphInfo::stringFromDirection(direction)});
+    return choices;
+}
+
+QString textOf(const FieldContent::Values &values)
+{
+    const QString text = values.texts.join(u'\n');
+    return values.hasMore ? text + u'\n' + CompareSheet::tr("… and more") : text;
+}
+
+/// What a person hears when coming to a field.
+QString spokenName(CompareSheet::Side side, const ComparedField &field, bool differs)
+{
+    const QString title = titleOf(field);
+    const QString place = side == CompareSheet::Left ? CompareSheet::tr("%1, left").arg(title)
+                                                     : CompareSheet::tr("%1, right").arg(title);
+    return differs ? CompareSheet::tr("%1, different").arg(place) : place;
+}
+
+} // namespace
+
+CompareSheet::CompareSheet(QWidget *parent) : QWidget(parent)
+{
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 4, 6, 8);
+    grid->setHorizontalSpacing(8);
+    grid->setVerticalSpacing(5);
+    grid->setColumnStretch(1, 1);
+    grid->setColumnMinimumWidth(2, 12);
+    grid->setColumnStretch(4, 1);
+    m_rows.reserve(static_cast<std::size_t>(comparedFields().size()));
+    for (const ComparedField &field : comparedFields())
+        addRow(*grid, field);
+    grid->setRowStretch(grid->rowCount(), 1);
+}
+
+CompareSheet::Half CompareSheet::makeHalf(Side side, const ComparedField &field)
+{
+    const QString outlet =
+        (side == Left ? u"leftLable"_s : u"rightLable"_s) + QString::fromLatin1(field.name);
+    Half half;
+    half.label = plainLabel(titleOf(field), this);
+    half.label->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    half.label->setContentsMargins(0, 3, 0, 0);
+    if (isChoice(field.field)) {
+        half.cells = new ChoiceCells(titleOf(field), choicesOf(field.field), this);
+        half.cells->setObjectName(outlet);
+    } else {
+        half.value = new CompareField(this);
+        half.value->setAccessibleName(spokenName(side, field, false));
+        half.label->setObjectName(outlet);
+        half.label->setBuddy(half.value);
+    }
+    return half;
+}
+
+void CompareSheet::addRow(QGridLayout &grid, const ComparedField &field)
+{
+    const int line = grid.rowCount();
+    Row row {&field, {}};
+    for (const Side side : {Left, Right}) {
+        Half &half = row.sides[side];
+        half = makeHalf(side, field);
+        grid.addWidget(half.label, line, side == Left ? 0 : 3);
+        QWidget *value = half.value ? static_cast<QWidget *>(half.value) : half.cells;
+        grid.addWidget(value, line, side == Left ? 1 : 4, Qt::AlignTop);
+        if (half.value) {
+            connect(half.value, &CompareField::wantedHeightChanged, this,
+                    [this, field = field.field] { adjustHeight(rowOf(field)); });
+        }
+    }
+    m_rows.push_back(row);
+}
+
+void CompareSheet::adjustHeight(const Row &row)
+{
+    const int height =
+        std::max(row.sides[Left].value->wantedHeight(), row.sides[Right].value->wantedHeight());
+    for (const Half &half : row.sides)
+        half.value->setFixedHeight(height);
+}
+
+const CompareSheet::Row &CompareSheet::rowOf(GlyphField field) const
+{
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
+                                    [field](const Row &row) { return row.field->field == field; });
+    Q_ASSERT(found != m_rows.end());
+    return *found;
+}
+
+// Values
+
+void CompareSheet::setRecords(const InfoList &left, const InfoList &right)
+{
+    for (const Row &row : m_rows) {
+        FieldContent content(row.field->field, left, right);
+        content.finish();
+        setContent(content, left.empty() || right.empty());
+    }
+}
+
+void CompareSheet::setContent(const FieldContent &content, bool isOneSided)
+{
+    const Row &row = rowOf(content.field());
+    if (isChoice(content.field())) {
+        row.sides[Left].cells->setChosen(content.left().choices);
+        row.sides[Right].cells->setChosen(content.right().choices);
+        return;
+    }
+    const QString left = textOf(content.left());
+    const QString right = textOf(content.right());
+    // Marks would say nothing where a side has no record at all.
+    TextDifference difference;
+    if (!isOneSided && !content.left().hasMore && !content.right().hasMore)
+        difference = differenceOfTexts(left, right);
+    row.sides[Left].value->setValue(left, difference.left);
+    row.sides[Right].value->setValue(right, difference.right);
+}
+
+// Captions
+
+QWidget *CompareSheet::caption(Side side, GlyphField field) const
+{
+    const Half &half = rowOf(field).sides[side];
+    return half.cells ? static_cast<QWidget *>(half.cells) : half.label;
+}
+
+QColor CompareSheet::captionColor(Side side, GlyphField field) const
+{
+    const Half &half = rowOf(field).sides[side];
+    return half.cells ? half.cells->titleColor() : half.label->palette().color(QPalette::WindowText);
+}
+
+void CompareSheet::setCaptionColor(GlyphField field, const QColor &color, bool differs)
+{
+    const Row &row = rowOf(field);
+    for (const Side side : {Left, Right}) {
+        const Half &half = row.sides[side];
+        QPalette palette = half.label->palette();
+        palette.setColor(QPalette::WindowText, color);
+        half.label->setPalette(palette);
+        if (half.cells)
+            half.cells->setTitleColor(color);
+        else
+            half.value->setAccessibleName(spokenName(side, *row.field, differs));
+    }
+}
+
+QColor CompareSheet::normalColor() const
+{
+    return palette().color(QPalette::WindowText);
+}
+
+QColor CompareSheet::differentColor() const
+{
+    return isDarkMode(palette()) ? QColor(0xFF, 0x6B, 0x61) : QColor(0xC4, 0x16, 0x1C);
+}
+
+} // namespace runebook

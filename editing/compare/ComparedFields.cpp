@@ -1,0 +1,165 @@
+#include "editing/compare/ComparedFields.h"
+
+#include "editing/fields/GlyphColumns.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+#include <unordered_set>
+
+namespace runebook {
+
+namespace {
+
+/// Lets texts be looked up by their bytes, so that a text is copied only when it is new.
+struct BytesHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+
+using ValueSet = std::unordered_set<std::string, BytesHash, std::equal_to<>>;
+
+ValueSet distinctValues(const InfoList &infos, GlyphField field)
+{
+    ValueSet values;
+    std::string buffer;
+    for (const InfoPtr &info : infos) {
+        const std::optional<std::string_view> value = comparableValue(*info, field, buffer);
+        if (value && values.find(*value) == values.end())
+            values.emplace(*value);
+    }
+    return values;
+}
+
+bool hasValue(const InfoList &infos, GlyphField field)
+{
+    std::string buffer;
+    return std::any_of(infos.begin(), infos.end(), [&](const InfoPtr &info) {
+        return comparableValue(*info, field, buffer).has_value();
+    });
+}
+
+/// Whether the lists have the same values in the same order.
+bool agreeInTurn(const InfoList &values, const InfoList &others, GlyphField field)
+{
+    std::string buffer;
+    std::string otherBuffer;
+    return std::equal(values.begin(), values.end(), others.begin(), others.end(),
+                      [&](const InfoPtr &info, const InfoPtr &other) {
+                          return comparableValue(*info, field, buffer)
+                              == comparableValue(*other, field, otherBuffer);
+                      });
+}
+
+/// Texts are kept joined, lists may hold the separator inside an entry: only such a list needs another form.
+std::string_view comparableList(const QStringList &list, std::string &buffer)
+{
+    const bool isPlain = std::none_of(list.begin(), list.end(),
+                                      [](const QString &entry) { return entry.contains(kListSeparator); });
+    buffer = isPlain ? list.join(kListSeparator).toStdString()
+                     : '\0' + list.join(QChar(QChar::Null)).toStdString();
+    return buffer;
+}
+
+} // namespace
+
+const QList<ComparedField> &comparedFields()
+{
+    static const QList<ComparedField> fields {
+        {GlyphField::Unicodes, "Unicode"},
+        {GlyphField::Name, "Name"},
+        {GlyphField::SortName, "SortName"},
+        {GlyphField::SortNameKeep, "SortNameKeep"},
+        {GlyphField::SortNameOld, "SortNameOld"},
+        {GlyphField::Category, "Category"},
+        {GlyphField::SubCategory, "SubCategory"},
+        {GlyphField::Script, "Script"},
+        {GlyphField::Decompose, "Decompose"},
+        {GlyphField::Anchors, "Anchors"},
+        {GlyphField::Marks, "Accents"},
+        {GlyphField::Production, "Production"},
+        {GlyphField::AltNames, "AltNames"},
+        {GlyphField::UnicodeLegacy, "UnicodeLegacy"},
+        {GlyphField::Desc, "Description"},
+        {GlyphField::Case, "Case"},
+        {GlyphField::Direction, "Direction"},
+    };
+    return fields;
+}
+
+QString titleOf(const ComparedField &field)
+{
+    return fieldTitle(field.field);
+}
+
+std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,
+                                                std::string &buffer)
+{
+    if (field == GlyphField::Case || field == GlyphField::Direction) {
+        buffer = std::to_string(field == GlyphField::Case ? info.caseValue() : info.direction());
+        return buffer;
+    }
+    const FieldValue &value = info.stored(field);
+    const std::string_view text =
+        value.isList() ? comparableList(value.toList(info.sourceData()), buffer) : info.utf8(field, buffer);
+    return text.empty() ? std::nullopt : std::optional(text);
+}
+
+bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field)
+{
+    // Very many records may be chosen at once: sets are made only where a look at the lists does not do.
+    if (values.empty() || others.empty())
+        return hasValue(values, field) || hasValue(others, field);
+    if (agreeInTurn(values, others, field))
+        return false;
+    const ValueSet ours = distinctValues(values, field);
+    ValueSet seen;
+    std::string buffer;
+    for (const InfoPtr &info : others) {
+        const std::optional<std::string_view> value = comparableValue(*info, field, buffer);
+        if (!value || seen.find(*value) != seen.end())
+            continue;
+        if (ours.find(*value) == ours.end())
+            return true;
+        seen.emplace(*value);
+    }
+    return seen.size() != ours.size();
+}
+
+std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, const VXGlyphInfo &right)
+{
+    std::vector<const ComparedField *> differing;
+    std::string leftBuffer;
+    std::string rightBuffer;
+    for (const ComparedField &field : comparedFields()) {
+        const std::string_view a = comparableValue(left, field.field, leftBuffer).value_or("");
+        const std::string_view b = comparableValue(right, field.field, rightBuffer).value_or("");
+        if (a != b)
+            differing.push_back(&field);
+    }
+    return differing;
+}
+
+bool countAsEqual(const InfoPtr &left, const InfoPtr &right)
+{
+    if (left->isEqualToInfo(right))
+        return true;
+    std::string leftBuffer;
+    std::string rightBuffer;
+    const auto isEqual = [&](GlyphField field) {
+        return comparableValue(*left, field, leftBuffer) == comparableValue(*right, field, rightBuffer);
+    };
+    constexpr GlyphField kFields[] {
+        GlyphField::Name,     GlyphField::Unicodes,    GlyphField::SortName,   GlyphField::SortNameKeep,
+        GlyphField::Category, GlyphField::SubCategory, GlyphField::Decompose,  GlyphField::Anchors,
+        GlyphField::Marks,    GlyphField::Script,      GlyphField::Production, GlyphField::Direction,
+        GlyphField::AltNames,
+    };
+    if (!std::all_of(std::begin(kFields), std::end(kFields), isEqual))
+        return false;
+    // As there: a record without description passes only against one that has one.
+    const bool hasNone = left->desc().isEmpty();
+    const bool same = hasNone ? right->desc().isEmpty() : isEqual(GlyphField::Desc);
+    return same != hasNone;
+}
+
+} // namespace runebook

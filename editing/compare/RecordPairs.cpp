@@ -1,0 +1,197 @@
+#include "editing/compare/RecordPairs.h"
+
+#include "document/GlyphDataReader.h"
+#include "document/TabbedTable.h"
+#include "editing/compare/CommonLines.h"
+#include "editing/compare/ComparedFields.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <unordered_map>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Places = std::vector<std::size_t>;
+
+/// The records of one key, by their places in either list.
+struct Group {
+    Places left;
+    Places right;
+};
+
+/// All that makes a record equal to another one.
+std::string allFields(const VXGlyphInfo &info)
+{
+    std::string all;
+    std::string buffer;
+    for (const ComparedField &field : comparedFields()) {
+        all += comparableValue(info, field.field, buffer).value_or("");
+        all += '\x1F';
+    }
+    return all;
+}
+
+std::string groupText(const VXGlyphInfo &info, CompareKey key)
+{
+    std::string buffer;
+    const std::string_view text = keyUtf8(info, key, buffer);
+    if (!text.empty())
+        return 'k' + std::string(text);
+    return 'n' + std::string(keyUtf8(info, CompareKey::Name, buffer));
+}
+
+/// Takes out of both lists the records that have an equal on the other side.
+void removeEqual(const InfoList &leftInfos, const InfoList &rightInfos, Group &group)
+{
+    if (group.left.size() == 1 && group.right.size() == 1) {
+        if (differingFields(*leftInfos[group.left[0]], *rightInfos[group.right[0]]).empty())
+            group = {};
+        return;
+    }
+    std::unordered_map<std::string, Places> byFields;
+    for (const std::size_t place : group.right)
+        byFields[allFields(*rightInfos[place])].push_back(place);
+    Places matched;
+    for (auto &[fields, places] : byFields)
+        std::reverse(places.begin(), places.end());
+    std::erase_if(group.left, [&](std::size_t place) {
+        const auto found = byFields.find(allFields(*leftInfos[place]));
+        if (found == byFields.end() || found->second.empty())
+            return false;
+        matched.push_back(found->second.back());
+        found->second.pop_back();
+        return true;
+    });
+    std::sort(matched.begin(), matched.end());
+    std::erase_if(group.right, [&](std::size_t place) {
+        return std::binary_search(matched.begin(), matched.end(), place);
+    });
+}
+
+} // namespace
+
+QString pairingText(const VXGlyphInfo &info, CompareKey key)
+{
+    const QString text = info.valueForKey(propertyOfKey(key)).toString();
+    return text.isEmpty() ? info.name() : text;
+}
+
+std::vector<RecordPair> differingPairs(const InfoList &left, const InfoList &right, CompareKey key)
+{
+    std::unordered_map<std::string, Group> groups;
+    for (std::size_t i = 0; i < left.size(); ++i)
+        groups[groupText(*left[i], key)].left.push_back(i);
+    for (std::size_t i = 0; i < right.size(); ++i)
+        groups[groupText(*right[i], key)].right.push_back(i);
+
+    constexpr std::size_t kNone = ~std::size_t(0);
+    std::vector<std::size_t> partner(left.size(), kNone);
+    std::vector<bool> isListed(left.size());
+    std::vector<bool> isMissing(right.size());
+    for (auto &[text, group] : groups) {
+        removeEqual(left, right, group);
+        for (std::size_t i = 0; i < group.left.size(); ++i) {
+            isListed[group.left[i]] = true;
+            if (i < group.right.size())
+                partner[group.left[i]] = group.right[i];
+        }
+        for (std::size_t i = group.left.size(); i < group.right.size(); ++i)
+            isMissing[group.right[i]] = true;
+    }
+
+    std::vector<RecordPair> pairs;
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        if (isListed[i])
+            pairs.push_back({left[i], partner[i] == kNone ? nullptr : right[partner[i]]});
+    }
+    for (std::size_t i = 0; i < right.size(); ++i) {
+        if (isMissing[i])
+            pairs.push_back({nullptr, right[i]});
+    }
+    return pairs;
+}
+
+// Files
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("RecordPairs", text);
+}
+
+bool isTable(const QString &path)
+{
+    return path.endsWith(".txt"_L1, Qt::CaseInsensitive);
+}
+
+/// The text of a glyph data file; a text that shows no sign of being one is an error, for two such files
+/// would count as equal.
+std::optional<QByteArray> readGlyphData(const QString &path, Error *error)
+{
+    std::optional<QByteArray> bytes = readUtf8File(path, error);
+    if (bytes && !bytes->contains("<glyphData") && !bytes->contains("<glyph ")) {
+        fail(error,
+             {u"ReadError"_s,
+              2,
+              tr("“%1” could not be compared.").arg(path),
+              tr("It is no glyph data file."),
+              {}});
+        return {};
+    }
+    return bytes;
+}
+
+std::optional<InfoList> readRecords(const QString &path, Error *error)
+{
+    if (isTable(path))
+        return TabbedReader().read(path, error);
+    std::optional<QByteArray> bytes = readGlyphData(path, error);
+    if (!bytes)
+        return {};
+    return GlyphDataReader().read(*std::exchange(bytes, QByteArray()));
+}
+
+/// The lines of two glyph data files that only one of them has; nothing when they have to be read as a whole.
+std::optional<OtherLines> otherLines(const QString &left, const QString &right)
+{
+    QFile files[] = {QFile(left), QFile(right)};
+    for (QFile &file : files) {
+        const QString path = file.fileName();
+        if (isTable(path) || !QFileInfo(path).isFile()
+            || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            return {};
+    }
+    return linesNotInCommon(files[0], files[1]);
+}
+
+} // namespace
+
+std::optional<FileDifference> differenceOfFiles(const QString &left, const QString &right, CompareKey key,
+                                                Error *error)
+{
+    FileDifference difference;
+    std::optional<InfoList> leftInfos;
+    std::optional<InfoList> rightInfos;
+    if (const std::optional<OtherLines> lines = otherLines(left, right)) {
+        leftInfos = GlyphDataReader().read(lines->left);
+        rightInfos = GlyphDataReader().read(lines->right);
+        difference.leftCount = difference.rightCount = lines->common;
+    } else {
+        leftInfos = readRecords(left, error);
+        rightInfos = leftInfos ? readRecords(right, error) : std::nullopt;
+        if (!rightInfos)
+            return {};
+    }
+    difference.leftCount += static_cast<qsizetype>(leftInfos->size());
+    difference.rightCount += static_cast<qsizetype>(rightInfos->size());
+    difference.pairs = differingPairs(*leftInfos, *rightInfos, key);
+    return difference;
+}
+
+} // namespace runebook

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "editing/compare/CompareKeys.h"
+#include "editing/compare/CompareLists.h"
+#include "editing/compare/CompareSheet.h"
+
+#include <QMainWindow>
+#include <QTimer>
+#include <memory>
+
+namespace Ui {
+class VXCompareDataWindow;
+}
+
+/// Sets two open documents side by side: lists the glyphs that one lacks or that differ, shows the records of
+/// the chosen ones, tells the fields that disagree, and copies records over. One for the program, made on
+/// first use and kept. The defaults "FilterKey" and "FilterMode" are observed live.
+class VXCompareDataWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE explicit VXCompareDataWindow(QWidget *parent = nullptr);
+    ~VXCompareDataWindow() override;
+
+public: // outlets
+    Q_INVOKABLE QObject *documentsController() const;
+    Q_INVOKABLE runebook::DocumentChoice *leftDocList() { return &m_leftDocList; }
+    Q_INVOKABLE runebook::DocumentChoice *rightDocList() { return &m_rightDocList; }
+    /// The keys of the chosen mode; finishes a comparison that is still going on.
+    Q_INVOKABLE runebook::KeyList *filteredKeys();
+    Q_INVOKABLE runebook::InfoChoice *leftInfoList();
+    Q_INVOKABLE runebook::InfoChoice *rightInfoList();
+    /// A part of the window by its name, such as the caption "leftLableName", or null.
+    Q_INVOKABLE QWidget *outlet(const QString &name) const;
+    Q_INVOKABLE bool hasObservers() const { return m_hasObservers; }
+    /// Begins to follow the choices and the defaults. Part of making the window; nothing more happens when it
+    /// is called again.
+    Q_INVOKABLE void awakeFromNib();
+    /// With the context "FilterKeySelection": updateContent(), with any other: updateFilters().
+    Q_INVOKABLE void observeValueForKeyPathOfObjectChangeContext(const QString &keyPath, QObject *object,
+                                                                 const QVariantMap &change,
+                                                                 const QVariant &context);
+
+public: // comparing
+    /// Takes in the documents that are open now, compares, and comes to the front.
+    Q_INVOKABLE void showWindow();
+    /// The property by which glyphs are told apart.
+    Q_INVOKABLE QString filterKey() const;
+    /// Makes the key list anew. With very long lists it goes on in the background, to be cancelled, and the
+    /// list appears later.
+    Q_INVOKABLE void updateFilters();
+    /// Shows the records of the selected keys and colours the captions. Those of very many keys are found in
+    /// the background and appear later.
+    Q_INVOKABLE void updateContent();
+    /// Red when the distinct values of a property differ, otherwise the normal colour of texts. A list that
+    /// is absent has no values.
+    Q_INVOKABLE QColor colorForValuesOthersKey(const std::optional<InfoList> &values,
+                                               const std::optional<InfoList> &others,
+                                               const QString &key) const;
+    /// Colours the captions. The one for code points always stays as it is.
+    Q_INVOKABLE void markDifferentValuesOthers(const InfoList &values, const InfoList &others);
+    /// The number of keys in a mode; -1 while it is not known.
+    Q_INVOKABLE qsizetype countOfKeysInMode(int mode) const;
+
+public: // copying: a copy is appended to the other document, nothing is replaced
+    /// Copies the first record of the right pane into the left document.
+    Q_INVOKABLE void copyLeft();
+    Q_INVOKABLE void copyRight();
+    /// Copies all records of the right pane into the left document, as one undo step.
+    Q_INVOKABLE void copyAllLeft();
+    Q_INVOKABLE void copyAllRight();
+
+public: // moving
+    Q_INVOKABLE void selectNextDifference() { moveSelection(1); }
+    Q_INVOKABLE void selectPreviousDifference() { moveSelection(-1); }
+    /// Ends a comparison that goes on in the background.
+    Q_INVOKABLE void cancelComparison();
+    /// How long a comparison keeps its caller waiting before it goes on in the background.
+    void setPatience(std::chrono::milliseconds patience) { m_patience = patience; }
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private: // set-up
+    void setUpLists();
+    void setUpActions();
+    void setUpCopyButton(QAction *first, QAction *all, class QToolButton *button);
+
+private: // comparing
+    VXDocument *document(runebook::CompareSheet::Side side) const;
+    runebook::CompareMode mode() const;
+    runebook::CompareKey key() const;
+    InfoList recordsForKeys(const VXDocument &document, const QStringList &keys) const;
+    void documentsChosen();
+    void watchDocuments();
+    void documentHasChanged();
+    void continueComparison(std::chrono::milliseconds budget);
+    void continueContent(std::chrono::milliseconds budget);
+    void finishContent();
+    void showKeys(const QStringList &keys);
+    void copyRecords(const InfoList &infos, VXDocument *target);
+    void moveSelection(int step);
+
+private: // what is shown
+    void showDefaults();
+    void showCounts();
+    void showState();
+    void showActions();
+    QString emptyText() const;
+    QString note() const;
+
+    std::unique_ptr<Ui::VXCompareDataWindow> m_ui;
+    runebook::CompareSheet *m_sheet;
+    runebook::DocumentChoice m_leftDocList;
+    runebook::DocumentChoice m_rightDocList;
+    runebook::KeyList m_filteredKeys;
+    runebook::InfoChoice m_leftInfoList;
+    runebook::InfoChoice m_rightInfoList;
+    std::unique_ptr<runebook::KeyComparison> m_comparison; ///< while it goes on
+    std::unique_ptr<runebook::CompareContent> m_content; ///< while records of very many keys are found
+    runebook::CompareMode m_comparedMode = runebook::CompareMode::OnlyRight;
+    std::array<qsizetype, runebook::kCompareModeCount> m_counts;
+    std::chrono::milliseconds m_patience {60};
+    QTimer m_workTimer;
+    QTimer m_contentTimer;
+    QTimer m_contentWorkTimer;
+    QList<QMetaObject::Connection> m_watches;
+    QList<QAction *> m_copyActions; ///< left, right, all left, all right
+    QAction *m_nextAction = nullptr;
+    QAction *m_previousAction = nullptr;
+    bool m_isListed = false; ///< the key list is that of the running comparison
+    bool m_isCancelled = false;
+    bool m_isStale = false;
+    bool m_isChoosing = false;
+    bool m_hasObservers = false;
+};

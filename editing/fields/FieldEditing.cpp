@@ -1,0 +1,190 @@
+#include "editing/fields/FieldEditing.h"
+
+#include "editing/fields/CodePointTokens.h"
+#include "editing/fields/EditNames.h"
+#include "editing/fields/GlyphColumns.h"
+#include "editing/fields/LongValues.h"
+#include "model/EditedValue.h"
+#include "model/FileText.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("FieldEditing", text);
+}
+
+Error refusal(const QString &reason)
+{
+    return {u"EditError"_s, 1, reason, {}, {}};
+}
+
+/// Stores a text that nothing objects to; an emptied field becomes absent.
+void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
+{
+    if (text.isEmpty())
+        info.clear(field);
+    else if (field == GlyphField::Case)
+        info.setCase(VXGlyphInfo::caseFromString(text));
+    else if (field == GlyphField::Direction)
+        info.setDirection(VXGlyphInfo::directionFromString(text));
+    else if (field == GlyphField::Unicodes)
+        storeEdited(info, field, codePointTokensInText(text));
+    else if (field == GlyphField::AltNames)
+        storeEdited(info, field, text.split(kListSeparator));
+    else
+        storeEdited(info, field, text);
+}
+
+QString nameOfChange(GlyphField field, const InfoList &changed)
+{
+    return editName(tr("Change %1").arg(fieldTitle(field)),
+                    tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)), std::ssize(changed));
+}
+
+/// What the field would show after the text was stored.
+QString textAsStored(GlyphField field, const QString &text)
+{
+    return field == GlyphField::Unicodes ? codePointsOfText(text).kept.join(kListSeparator) : text;
+}
+
+} // namespace
+
+Error objectionToLongText(GlyphField field, QStringView text)
+{
+    if (!takesOthers(objectionToFileText(text)))
+        return {};
+    return {u"EditError"_s, 2, sentenceOfObjection(text, titleOfField(field)), {}, {}};
+}
+
+Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
+                      const QString &text)
+{
+    Error error;
+    if (const QString sentence = refusalOfEdited(field, {text}); !sentence.isNull())
+        return {u"EditError"_s, 2, sentence, {}, {}};
+    switch (field) {
+    case GlyphField::Name:
+        if (infos.size() > 1)
+            return refusal(tr("Several glyphs cannot have the same name."));
+        if (!infos.empty())
+            infos.front()->validateName(text, &error);
+        return error;
+    case GlyphField::AltNames:
+        if (const QString name = repeatingName(document, text.split(kListSeparator)); !name.isNull())
+            return refusal(tr("Repeating name: %1").arg(name));
+        return {};
+    case GlyphField::Case:
+        if (!text.isEmpty() && VXGlyphInfo::stringFromCase(VXGlyphInfo::caseFromString(text)) != text
+            && text != "other"_L1)
+            return refusal(tr("The case is one of upper, lower, smallCaps, minor, or empty."));
+        return {};
+    case GlyphField::Direction:
+        if (!text.isEmpty()
+            && VXGlyphInfo::stringFromDirection(VXGlyphInfo::directionFromString(text)) != text)
+            return refusal(tr("The direction is one of LTR, RTL, BIDI, VTL, VTR, or empty."));
+        return {};
+    default:
+        return {};
+    }
+}
+
+QStringList vocabularyOf(GlyphField field)
+{
+    switch (field) {
+    case GlyphField::Category:
+        return VXGlyphInfo::categories();
+    case GlyphField::SubCategory:
+        return VXGlyphInfo::subCategories();
+    case GlyphField::Script:
+        return VXGlyphInfo::scripts();
+    case GlyphField::Case: {
+        QStringList words;
+        for (int value = VXGlyphInfo::upper; value <= VXGlyphInfo::minor; ++value)
+            words << VXGlyphInfo::stringFromCase(value);
+        words << u"other"_s;
+        return words;
+    }
+    case GlyphField::Direction: {
+        QStringList words;
+        for (int value = VXGlyphInfo::BIDI; value <= VXGlyphInfo::VTR; ++value)
+            words << VXGlyphInfo::stringFromDirection(value);
+        return words;
+    }
+    default:
+        return {};
+    }
+}
+
+QString repeatingName(const VXDocument &document, const QStringList &names)
+{
+    for (const QString &name : names) {
+        if (!name.isEmpty() && document.infoForName(name))
+            return name;
+    }
+    return {};
+}
+
+bool setFieldFromText(VXDocument &document, const InfoList &infos, GlyphField field, const QString &text,
+                      Error *error)
+{
+    if (infos.empty())
+        return true;
+    const QString stored = textAsStored(field, text);
+    const auto isSame = [&](const InfoPtr &info) { return info->displayText(field) == stored; };
+    if (std::all_of(infos.begin(), infos.end(), isSame))
+        return true;
+    if (const Error reason = objectionToText(document, infos, field, text); !reason.domain.isEmpty())
+        return fail(error, reason);
+    InfoList changed;
+    std::copy_if(infos.begin(), infos.end(), std::back_inserter(changed),
+                 [&isSame](const InfoPtr &info) { return !isSame(info); });
+    const UndoGroup group(document.undoManager(), nameOfChange(field, changed));
+    for (const InfoPtr &info : changed)
+        setField(*info, field, stored);
+    return true;
+}
+
+void setFieldToValue(VXDocument &document, const InfoList &infos, GlyphField field, const FieldValue &value)
+{
+    const UndoGroup group(document.undoManager(), nameOfChange(field, infos));
+    for (const InfoPtr &info : infos) {
+        if (value.isEmpty())
+            info->clear(field);
+        else
+            info->editValue(field, value);
+    }
+}
+
+bool lookAlike(const VXGlyphInfo &a, const VXGlyphInfo &b, GlyphField field)
+{
+    if (field == GlyphField::Case)
+        return a.caseValue() == b.caseValue();
+    if (field == GlyphField::Direction)
+        return a.direction() == b.direction();
+    // An absent and an empty value look alike.
+    return FieldValue::equal(a.stored(field), a.sourceData(), b.stored(field), b.sourceData())
+        || a.displayText(field) == b.displayText(field);
+}
+
+CommonValue commonValue(std::span<const InfoPtr> infos, GlyphField field)
+{
+    if (infos.empty())
+        return {};
+    const VXGlyphInfo &first = *infos.front();
+    const bool isCommon = std::all_of(infos.begin(), infos.end(),
+                                      [&](const InfoPtr &info) { return lookAlike(first, *info, field); });
+    if (!isCommon)
+        return {{}, 0, true};
+    const ShownValue value = shownValue(first, field);
+    return {value.text, value.length, false};
+}
+
+} // namespace runebook

@@ -1,0 +1,294 @@
+#include "editing/problems/CheckReport.h"
+
+#include "document/GlyphDataReader.h"
+#include "document/SavableForm.h"
+#include "editing/problems/Problems.h"
+#include "platform/FileBytes.h"
+#include "platform/FilePath.h"
+#include "platform/PlainText.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <algorithm>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("CheckReport", text);
+}
+
+/// One problem as it is reported.
+struct Finding {
+    ProblemKind kind;
+    qint64 offset; ///< of its line in the file; -1 for the file as a whole
+    QString record;
+    QString field; ///< its key
+    QString sentence;
+};
+
+QString fieldOf(ProblemKind kind)
+{
+    switch (kind) {
+    case ProblemKind::MissingName:
+    case ProblemKind::InvalidName:
+    case ProblemKind::DuplicateName:
+    case ProblemKind::LongName:
+        return keyOfField(GlyphField::Name);
+    case ProblemKind::MissingComponent:
+    case ProblemKind::SelfReference:
+        return keyOfField(GlyphField::Decompose);
+    case ProblemKind::UnknownCategory:
+        return keyOfField(GlyphField::Category);
+    case ProblemKind::UnknownSubCategory:
+        return keyOfField(GlyphField::SubCategory);
+    case ProblemKind::UnknownScript:
+        return keyOfField(GlyphField::Script);
+    case ProblemKind::InvalidCodePoint:
+    case ProblemKind::DuplicateCodePoint:
+    case ProblemKind::ManyCodePoints:
+        return keyOfField(GlyphField::Unicode);
+    default:
+        return {};
+    }
+}
+
+/// Everything that is wrong with a document that was just read, in the order of its lines.
+class Findings
+{
+public:
+    explicit Findings(VXDocument &document) : m_document(document), m_problems(document)
+    {
+        m_problems.finish();
+        std::vector<Problem> problems;
+        m_problems.append({}, 0, document.countOfInfos(), problems);
+        m_problems.appendRead({}, problems);
+        for (const Problem &problem : problems) {
+            const bool isLoss =
+                problem.kind == ProblemKind::QuoteOrBreak || problem.kind == ProblemKind::LostValue;
+            if (isLoss)
+                addLosses(problem);
+            else
+                add(problem);
+        }
+        std::stable_sort(m_all.begin(), m_all.end(),
+                         [](const Finding &a, const Finding &b) { return a.offset < b.offset; });
+    }
+    const std::vector<Finding> &all() const { return m_all; }
+
+private:
+    void add(const Problem &problem)
+    {
+        QString sentence = m_problems.explanation(problem);
+        QString field = fieldOf(problem.kind);
+        if (problem.kind >= kFirstReadProblem && problem.kind != ProblemKind::FileForm) {
+            if (problem.kind == ProblemKind::UnknownAttribute)
+                field = sentence;
+            sentence = meaningOfProblemKind(problem.kind) + " “"_L1 + sentence + u'”';
+        }
+        const qint64 offset = problem.kind >= kFirstReadProblem ? m_problems.offsetOf(problem)
+                                                                : problem.info->lineOffset();
+        m_all.push_back({problem.kind, offset, problem.info ? problem.info->name() : QString(), field, sentence});
+    }
+    /// One for each field.
+    void addLosses(const Problem &problem)
+    {
+        const VXGlyphInfo &info = *problem.info;
+        for (const RoundTrip::Loss &loss : RoundTrip(m_document.fileVersion()).losses(info)) {
+            const bool isStored = static_cast<int>(loss.field) < kStoredFieldCount;
+            const bool isQuote = isStored && RoundTrip::hasQuoteOrBreak(info, loss.field);
+            m_all.push_back({isQuote ? ProblemKind::QuoteOrBreak : ProblemKind::LostValue, info.lineOffset(),
+                             info.name(), keyOfField(loss.field),
+                             sentenceOfLoss(info, loss, titleOfField(loss.field))});
+        }
+    }
+
+    VXDocument &m_document;
+    Problems m_problems;
+    std::vector<Finding> m_all;
+};
+
+/// The numbers of the lines of a text, asked for in ascending order.
+class LineNumbers
+{
+public:
+    explicit LineNumbers(const QByteArray &text) : m_text(text), m_end(text.contains('\n') ? '\n' : '\r') { }
+    qsizetype at(qint64 offset)
+    {
+        const char *data = m_text.constData();
+        m_line += std::count(data + m_counted, data + std::max(m_counted, offset), m_end);
+        m_counted = std::max(m_counted, offset);
+        return m_line;
+    }
+
+private:
+    const QByteArray &m_text;
+    char m_end;
+    qint64 m_counted = 0;
+    qsizetype m_line = 1;
+};
+
+/// What is told of one file.
+class Report
+{
+public:
+    virtual ~Report() = default;
+    virtual void begin(const QString &file, const VXDocument &document, bool isTable) = 0;
+    virtual void add(const Finding &finding, qsizetype line) = 0;
+    virtual void end(qsizetype findings) = 0;
+    virtual void unreadable(const QString &file, const Error &error) = 0;
+    virtual void finish() { }
+};
+
+class TextReport final : public Report
+{
+public:
+    explicit TextReport(QTextStream &out) : m_out(out) { }
+    void begin(const QString &file, const VXDocument &document, bool isTable) override
+    {
+        m_file = terminalText(file);
+        m_records = document.countOfInfos();
+        m_version = isTable ? tr("a table") : tr("version %1").arg(document.fileVersion());
+    }
+    void add(const Finding &finding, qsizetype line) override
+    {
+        m_out << m_file << ':';
+        if (finding.offset >= 0)
+            m_out << line << ':';
+        m_out << ' ' << idOfProblemKind(finding.kind) << ": ";
+        if (!finding.record.isEmpty() || !finding.field.isEmpty()) {
+            m_out << terminalText(finding.record) << (finding.field.isEmpty() ? "" : ".")
+                  << terminalText(finding.field) << ": ";
+        }
+        m_out << terminalText(finding.sentence) << '\n';
+    }
+    void end(qsizetype findings) override
+    {
+        m_out << m_file << ": " << tr("%1 records, %2, %3 problems").arg(m_records).arg(m_version).arg(findings)
+              << '\n';
+    }
+    void unreadable(const QString &, const Error &) override { }
+
+private:
+    QTextStream &m_out;
+    QString m_file;
+    QString m_version;
+    qsizetype m_records = 0;
+};
+
+QString jsonText(const QJsonObject &object)
+{
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+class JsonReport final : public Report
+{
+public:
+    explicit JsonReport(QTextStream &out) : m_out(out) { }
+    void begin(const QString &file, const VXDocument &document, bool isTable) override
+    {
+        const QJsonObject head {{u"file"_s, file},
+                                {u"records"_s, qint64(document.countOfInfos())},
+                                {u"version"_s, isTable ? QJsonValue() : QJsonValue(document.fileVersion())}};
+        // The list of problems may be long: it is written as it comes.
+        m_out << next() << jsonText(head).chopped(1) << ",\"problems\":[";
+        m_isFirstProblem = true;
+    }
+    void add(const Finding &finding, qsizetype line) override
+    {
+        const auto orNull = [](const QString &text) {
+            return text.isEmpty() ? QJsonValue() : QJsonValue(text);
+        };
+        m_out << (std::exchange(m_isFirstProblem, false) ? "\n" : ",\n")
+              << jsonText({{u"line"_s, finding.offset < 0 ? QJsonValue() : QJsonValue(qint64(line))},
+                           {u"record"_s, orNull(finding.record)},
+                           {u"field"_s, orNull(finding.field)},
+                           {u"kind"_s, QString(idOfProblemKind(finding.kind))},
+                           {u"sentence"_s, finding.sentence}});
+    }
+    void end(qsizetype findings) override
+    {
+        m_out << "],\"status\":" << (findings > 0 ? int(CheckResult::Problems) : int(CheckResult::Clean)) << '}';
+    }
+    void unreadable(const QString &file, const Error &error) override
+    {
+        m_out << next()
+              << jsonText({{u"file"_s, file}, {u"status"_s, int(CheckResult::Unreadable)}, {u"error"_s, error.text()}});
+    }
+    void finish() override { m_out << (m_isFirst ? "[]\n" : "\n]\n"); }
+
+private:
+    const char *next() { return std::exchange(m_isFirst, false) ? "[\n" : ",\n"; }
+
+    QTextStream &m_out;
+    bool m_isFirst = true;
+    bool m_isFirstProblem = true;
+};
+
+std::optional<QByteArray> bytesOf(const QString &file, QIODevice &input, Error *error)
+{
+    if (file != "-"_L1)
+        return readUtf8File(pathFromURL(file), error);
+    QByteArray bytes = input.readAll();
+    if (isUtf8(bytes))
+        return bytes;
+    fail(error, {u"ReadError"_s, 1, tr("The standard input could not be read."), tr("It is not UTF-8 text."), {}});
+    return {};
+}
+
+/// By the name where that tells, otherwise by what is in it.
+bool isTable(const QString &file, const QByteArray &bytes)
+{
+    const QString suffix = QFileInfo(file).suffix().toLower();
+    if (suffix == "txt"_L1 || suffix == "xml"_L1)
+        return suffix == "txt"_L1;
+    return !bytes.contains("<glyph") && bytes.left(bytes.indexOf('\n')).contains('\t');
+}
+
+CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, QIODevice &input)
+{
+    Error error;
+    VXDocument document;
+    const std::optional<QByteArray> bytes = bytesOf(file, input, &error);
+    const bool isTabbed = bytes && isTable(file, *bytes);
+    const QString type = isTabbed ? u"public.plain-text"_s : u"public.xml"_s;
+    if (!bytes || !document.readFromData(*bytes, type, &error)) {
+        errors << terminalText(u"runebook: %1: %2\n"_s.arg(file, error.text().replace(u'\n', u' ')).trimmed())
+               << '\n';
+        report.unreadable(file, error);
+        return CheckResult::Unreadable;
+    }
+    const Findings findings(document);
+    LineNumbers lines(*bytes);
+    report.begin(file, document, isTabbed);
+    for (const Finding &finding : findings.all())
+        report.add(finding, lines.at(finding.offset));
+    report.end(std::ssize(findings.all()));
+    return findings.all().empty() ? CheckResult::Clean : CheckResult::Problems;
+}
+
+} // namespace
+
+CheckResult checkFiles(const QStringList &files, ReportFormat format, QTextStream &out, QTextStream &errors,
+                       QIODevice &input)
+{
+    std::unique_ptr<Report> report;
+    if (format == ReportFormat::Json)
+        report = std::make_unique<JsonReport>(out);
+    else
+        report = std::make_unique<TextReport>(out);
+    CheckResult worst = CheckResult::Clean;
+    for (const QString &file : files)
+        worst = std::max(worst, checkFile(file, *report, errors, input));
+    report->finish();
+    return worst;
+}
+
+} // namespace runebook

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "editing/compare/CompareReport.h"
+
+#include <QIODevice>
+#include <QStringList>
+
+namespace runebook {
+
+/// How a check ended, of several files the worst; also the exit status of the program.
+enum class CheckResult : int { Clean = 0, Problems = 1, Unreadable = 2 };
+
+/// Reads glyph data files and tables and writes to \a out what is in them and every problem: all that the
+/// problems pane knows, with line, record and field. As text, a line for each problem that other programs can
+/// take apart, "file:line: kind: record.field: sentence", and one that sums the file up; as JSON one array
+/// with an object for each file. The file "-" is what \a input gives. Why a file cannot be read goes to
+/// \a errors as well.
+CheckResult checkFiles(const QStringList &files, ReportFormat format, QTextStream &out, QTextStream &errors,
+                       QIODevice &input);
+
+} // namespace runebook

@@ -1,0 +1,136 @@
+#include "editing/search/RecordTests.h"
+
+#include "platform/predicates/PredicateFormat.h"
+
+#include <QDeadlineTimer>
+#include <algorithm>
+#include <cmath>
+
+namespace runebook {
+
+namespace {
+
+/// The texts of a value; the list may have empty ones, which pass no test.
+QStringList textsOf(const PredicateValue &value)
+{
+    if (const QString *text = std::get_if<QString>(&value))
+        return {*text};
+    if (const double *number = std::get_if<double>(&value))
+        return {PredicateFormat::decimal(*number)};
+    const QStringList *list = std::get_if<QStringList>(&value);
+    return list ? *list : QStringList();
+}
+
+bool accepts(const NumberTest &test, const PredicateValue &value)
+{
+    if (const double *number = std::get_if<double>(&value))
+        return test.accepts(*number);
+    QStringList texts = textsOf(value);
+    texts.removeAll(QString());
+    const auto passes = [&test](const QString &text) {
+        bool isNumber = false;
+        const double number = text.toDouble(&isNumber);
+        return isNumber && std::isfinite(number) && test.accepts(number);
+    };
+    if (test.relation == NumberTest::Relation::NotEqual)
+        return !texts.isEmpty() && std::all_of(texts.begin(), texts.end(), passes);
+    return std::any_of(texts.begin(), texts.end(), passes);
+}
+
+} // namespace
+
+PredicateValue predicateValue(const VXGlyphInfo &info, SearchKey key)
+{
+    switch (key.kind) {
+    case SearchKey::Kind::Text:
+        return key.field == GlyphField::Unicode ? info.unicode() : info.stringValue(key.field);
+    case SearchKey::Kind::List:
+        return key.field == GlyphField::Unicodes ? info.unicodes() : info.altNames();
+    case SearchKey::Kind::Number:
+        return info.valueForKey(keyOfField(key.field)).toDouble();
+    case SearchKey::Kind::Unknown:
+        break;
+    }
+    return {};
+}
+
+RecordBits RecordTests::passing(const NumberTest &test, const RecordBits &asked) const
+{
+    const SearchKey key = SearchKey::of(test.key);
+    RecordBits passed(asked.size());
+    asked.forEachWhile([&](std::size_t place) {
+        if (accepts(test, predicateValue(*m_infos[place], key)))
+            passed.set(place);
+        return true;
+    });
+    return passed;
+}
+
+std::optional<RecordBits> RecordTests::passing(const PatternTest &test, const RecordBits &asked,
+                                               Error *error) const
+{
+    constexpr std::size_t kRecordsBetweenLooks = 64;
+    const SearchKey key = SearchKey::of(test.key);
+    const QDeadlineTimer deadline(m_patternTimeLimitMs);
+    std::size_t records = 0;
+    RecordBits passed(asked.size());
+    // An expression may stay within its limit for every record and still take minutes for all.
+    const auto hasTime = [&] {
+        if (++records % kRecordsBetweenLooks != 0 || !deadline.hasExpired())
+            return true;
+        return fail(
+            error,
+            {Predicate::errorDomain(), Predicate::PatternGaveUp, tr("The regular expression takes too long."),
+             tr("“%1” was given up after %2 of %3 records.")
+                 .arg(test.pattern.pattern(), QLocale().toString(records), QLocale().toString(asked.count())),
+             tr("Repetitions of repetitions such as (a+)+ are slow; write a+ instead.")});
+    };
+    QString text;
+    const bool finished = asked.forEachWhile([&](std::size_t place) {
+        const Verdict found = verdict(test, predicateValue(*m_infos[place], key), text);
+        if (found == Verdict::GaveUp)
+            return fail(error, Predicate::gaveUpError(test, text));
+        if (found == Verdict::Yes)
+            passed.set(place);
+        return hasTime();
+    });
+    if (!finished)
+        return std::nullopt;
+    return passed;
+}
+
+/// Whether one of the texts of \a value matches; \a text is the one that settled it.
+Verdict RecordTests::verdict(const PatternTest &test, const PredicateValue &value, QString &text)
+{
+    for (const QString &each : textsOf(value)) {
+        const Verdict found = each.isEmpty() ? Verdict::No : test.pattern.match(each);
+        if (found == Verdict::No)
+            continue;
+        text = each;
+        return found;
+    }
+    return Verdict::No;
+}
+
+std::optional<std::size_t> RecordTests::passingFrom(const PatternTest &test, std::size_t first,
+                                                    const QDeadlineTimer &deadline, RecordBits &passed,
+                                                    Error *error) const
+{
+    constexpr std::size_t kRecordsBetweenLooks = 64;
+    const SearchKey key = SearchKey::of(test.key);
+    QString text;
+    for (std::size_t place = first; place < m_infos.size(); ++place) {
+        if (place % kRecordsBetweenLooks == 0 && place > first && deadline.hasExpired())
+            return place;
+        const Verdict found = verdict(test, predicateValue(*m_infos[place], key), text);
+        if (found == Verdict::GaveUp) {
+            fail(error, Predicate::gaveUpError(test, text));
+            return std::nullopt;
+        }
+        if (found == Verdict::Yes)
+            passed.set(place);
+    }
+    return m_infos.size();
+}
+
+} // namespace runebook

@@ -1,0 +1,124 @@
+#include "editing/search/SearchMenu.h"
+
+#include "platform/defaults/UserDefaults.h"
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kRecentSearches = u"RecentSearches"_s;
+
+int tagOf(SearchMode mode)
+{
+    return static_cast<int>(mode);
+}
+
+} // namespace
+
+QList<SearchMenu::Item> SearchMenu::items()
+{
+    const Item separator;
+    return {
+        {tr("All"), tagOf(SearchMode::All), tr("Matches a part of the name, code point or production name.")},
+        {tr("Name"), tagOf(SearchMode::Name),
+         tr("Matches a part of the name. Of several words each must occur, in any order.")},
+        {tr("Unicode"), tagOf(SearchMode::Unicode),
+         tr("Matches a part of the first code point, or a range such as 0041-005A.")},
+        {tr("Category"), tagOf(SearchMode::Category), tr("Matches a part of the category, in either case.")},
+        {tr("Subcategory"), tagOf(SearchMode::Subcategory), tr("Matches a part of the subcategory.")},
+        {tr("Script"), tagOf(SearchMode::Script), tr("Matches a part of the script, in either case.")},
+        {tr("Decompose"), tagOf(SearchMode::Decompose),
+         tr("Matches a part of the list of glyphs that compose the glyph.")},
+        {tr("Anchors"), tagOf(SearchMode::Anchors), tr("Matches a part of the anchors, in either case.")},
+        {tr("Production"), tagOf(SearchMode::Production),
+         tr("Matches a part of the production name. Of several words each must occur, in any order.")},
+        {tr("Alternate Name"), tagOf(SearchMode::AlternateName),
+         tr("Matches one of the alternate names as a whole.")},
+        {tr("Accents"), tagOf(SearchMode::Accents), tr("Matches a part of the marks, in either case.")},
+        {tr("Description"), tagOf(SearchMode::Description),
+         tr("Matches a part of the description, in either case.")},
+        separator,
+        {tr("Match Case"), matchCaseTag,
+         tr("Tells upper from lower case in names, subcategories and compositions.")},
+        {tr("Regex"), regexTag,
+         tr("Takes the text as a regular expression that matches the whole name, with regard to case.")},
+        separator,
+        {{}, recentsTitleTag, {}},
+        {tr("Recent Searches"), recentsTitleTag, {}},
+        {tr("Recents"), recentsTag, {}},
+        {tr("Clear"), clearRecentsTag, tr("Forgets the recent searches.")},
+    };
+}
+
+SearchMenu::ItemState SearchMenu::stateOfItem(int tag, const SearchSettings &settings)
+{
+    if (tag <= lastModeTag)
+        return {tag == settings.state, !settings.regex};
+    if (tag == matchCaseTag)
+        return {settings.matchCase, !settings.regex};
+    if (tag == regexTag)
+        return {settings.regex, true};
+    return {};
+}
+
+bool SearchMenu::choose(int tag)
+{
+    const SearchSettings old = SearchSettings::current();
+    SearchSettings settings = old;
+    if (tag <= lastModeTag)
+        settings.state = tag;
+    else if (tag == matchCaseTag)
+        settings.matchCase = !old.matchCase;
+    else if (tag == regexTag)
+        settings.regex = !old.regex;
+    settings.store();
+    return settings != old;
+}
+
+QString SearchMenu::placeOf(const SearchSettings &settings)
+{
+    QStringList parts;
+    for (const Item &item : items()) {
+        const bool isOption = item.tag == matchCaseTag || item.tag == regexTag;
+        const bool isMode = item.tag == tagOf(settings.effectiveMode());
+        const bool isUsed = item.tag == regexTag || !settings.regex;
+        if (!item.isSeparator() && (isMode || (isOption && isUsed && stateOfItem(item.tag, settings).isTicked)))
+            parts += item.title;
+    }
+    return parts.isEmpty() ? tr("Nothing") : parts.join(u", "_s);
+}
+
+QString SearchMenu::prompt(const SearchSettings &settings)
+{
+    const int tag = tagOf(settings.effectiveMode());
+    const QList<Item> all = items();
+    const auto item = std::find_if(all.begin(), all.end(), [tag](const Item &candidate) {
+        return candidate.tag == tag && !candidate.isSeparator();
+    });
+    const QString field = item == all.end() ? tr("Nothing") : item->title;
+    return settings.regex ? tr("Search %1 by Regex").arg(field) : tr("Search %1").arg(field);
+}
+
+QStringList RecentSearches::texts()
+{
+    return UserDefaults::standard().objectForKey(kRecentSearches).toStringList();
+}
+
+void RecentSearches::add(const QString &text)
+{
+    if (text.isEmpty())
+        return;
+    QStringList all = texts();
+    all.removeAll(text);
+    all.prepend(text);
+    UserDefaults::standard().setObjectForKey(all.mid(0, mostTexts), kRecentSearches);
+}
+
+void RecentSearches::clear()
+{
+    UserDefaults::standard().removeObjectForKey(kRecentSearches);
+}
+
+} // namespace runebook

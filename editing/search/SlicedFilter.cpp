@@ -1,0 +1,103 @@
+#include "editing/search/SlicedFilter.h"
+
+#include "editing/search/RecordTests.h"
+
+#include <QDeadlineTimer>
+#include <utility>
+
+namespace runebook {
+
+namespace {
+
+constexpr int kSliceMs = 6;
+
+const PatternTest *patternOf(const Predicate &predicate)
+{
+    return std::get_if<PatternTest>(&predicate.root().test);
+}
+
+} // namespace
+
+SlicedFilter::SlicedFilter(const VXDocument &document, Prepare prepare, QObject *parent)
+    : QObject(parent), m_document(document), m_prepare(std::move(prepare))
+{
+    m_timer.setInterval(0);
+    connect(&m_timer, &QTimer::timeout, this, &SlicedFilter::runSlice);
+    for (const auto listChange : {&VXDocument::infosInserted, &VXDocument::infosRemoved})
+        connect(&document, listChange, this, &SlicedFilter::startAnew);
+    connect(&document, &VXDocument::infoReplaced, this, &SlicedFilter::startAnew);
+    connect(&document, &VXDocument::infosReset, this, &SlicedFilter::startAnew);
+    connect(&document, &VXDocument::infosChanged, this, &SlicedFilter::startAnew);
+}
+
+bool SlicedFilter::isFor(const Predicate &predicate)
+{
+    return patternOf(predicate);
+}
+
+void SlicedFilter::start(const Predicate &predicate)
+{
+    m_predicate = predicate;
+    startAnew();
+    runSlice();
+}
+
+void SlicedFilter::startAnew()
+{
+    if (!m_predicate)
+        return;
+    m_passed = RecordBits(static_cast<std::size_t>(m_document.countOfInfos()));
+    m_next = 0;
+    m_timer.start();
+}
+
+void SlicedFilter::cancel()
+{
+    m_predicate.reset();
+    m_timer.stop();
+}
+
+double SlicedFilter::progress() const
+{
+    return m_passed.size() ? static_cast<double>(m_next) / static_cast<double>(m_passed.size()) : 1;
+}
+
+void SlicedFilter::runSlice()
+{
+    if (!isFor(*m_predicate)) {
+        if (!m_prepare(*m_predicate, kSliceMs)) {
+            Q_EMIT progressed();
+            return;
+        }
+        const Predicate ready = *m_predicate;
+        cancel();
+        Q_EMIT prepared(ready);
+        return;
+    }
+    constexpr int kNoLimit = -1;
+    Error error;
+    const auto next = RecordTests(m_document.infos(), kNoLimit)
+                          .passingFrom(*patternOf(*m_predicate), m_next, QDeadlineTimer(kSliceMs), m_passed,
+                                       &error);
+    if (!next) {
+        cancel();
+        Q_EMIT gaveUp(error);
+        return;
+    }
+    m_next = *next;
+    if (m_next < m_passed.size()) {
+        Q_EMIT progressed();
+        return;
+    }
+    m_timer.stop();
+    const Predicate predicate = *std::exchange(m_predicate, std::nullopt);
+    IndexSet passing;
+    passing.reserve(m_passed.count());
+    m_passed.forEachWhile([&passing](std::size_t place) {
+        passing.push_back(static_cast<qsizetype>(place));
+        return true;
+    });
+    Q_EMIT finished(predicate, passing);
+}
+
+} // namespace runebook

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "editing/fields/FieldEditing.h"
+#include "editing/fields/FieldRemarks.h"
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <vector>
+
+class QGridLayout;
+class QLabel;
+class QPushButton;
+class QScrollArea;
+class RSRTVArrayController;
+
+namespace runebook {
+
+class PreviewLabel;
+class WholeValueDialog;
+
+/// The fields of the selected records beside the table, with the preview on top. Several records show what
+/// they have in common, and an edit goes to all of them. What was typed is committed when the field is left,
+/// another record is chosen or the document is saved; Escape takes it back. A text that is refused stays in
+/// its field until it is corrected or taken back.
+class DetailPane : public QWidget
+{
+    Q_OBJECT
+public:
+    DetailPane(VXDocument &document, const RSRTVArrayController &list, QWidget *parent);
+    ~DetailPane() override;
+
+    /// Has \a delegate judge the fields that validate what is typed; it may ask textFieldHasValidContent().
+    void setFieldDelegate(QObject *delegate);
+    /// Shows the list's selection; what was typed for the records shown before is committed first.
+    void showSelection();
+    /// Gives what stands in the fields to the records. False, an error and a word at the field, which gets
+    /// the focus, when a text is refused.
+    bool commitEditing(Error *refusal = nullptr);
+    /// Whether \a editor is one of the pane's and holds something that is not in the records yet.
+    bool hasPendingText(const QObject *editor) const;
+    /// Shows in \a editor what the records hold.
+    void revert(const QObject *editor);
+    /// Opens the sheet for the whole of a value that is too long for its field; typing and Return in the field
+    /// do that too. There must be a selection.
+    WholeValueDialog *editWhole(GlyphField field);
+    /// Puts the cursor into the name, all of it selected.
+    void editName();
+    /// Whether the content of a field may stay; sets its error hint and shows or hides its extra button.
+    bool textFieldHasValidContent(QObject *field);
+
+    PreviewLabel *previewLabel() const { return m_previewLabel; }
+    const InfoList &shownInfos() const { return m_shown; }
+    /// The editor of a field; null for fields that the pane does not show.
+    QWidget *editorOf(GlyphField field) const;
+    /// The first one that can be used now; null without a selection.
+    QWidget *firstEditor() const;
+
+Q_SIGNALS:
+    /// Something about a field should be said, perhaps with what may be done about it.
+    void remarked(const runebook::FieldRemark &remark);
+    /// Another record is to be shown.
+    void showRequested(const InfoPtr &info);
+
+protected:
+    bool eventFilter(QObject *object, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void fitPreview();
+    /// One caption with its editor, whatever kind of control that is.
+    struct Row {
+        GlyphField field;
+        QLabel *caption = nullptr;
+        QWidget *editor = nullptr;
+        std::function<QString()> text = {};
+        std::function<void(const CommonValue &)> show = {};
+        QString loaded = {}; ///< what the editor held after show()
+        bool isCut = false; ///< the beginning of a long value is shown, and cannot be edited
+        QPushButton *whole = nullptr; ///< shows the rest; made when it is needed
+        std::size_t compared = 0; ///< so many of the shown records are known to look alike, or not to
+    };
+
+    void buildRows(QGridLayout &layout);
+    Row &addRow(QGridLayout &layout, GlyphField field, const QString &captionName, QWidget *editor);
+    void addLine(QGridLayout &layout, GlyphField field, const QString &captionName);
+    void addValidatingLine(QGridLayout &layout, GlyphField field, const QString &captionName);
+    void addChoice(QGridLayout &layout, GlyphField field, const QString &captionName);
+    void addTokens(QGridLayout &layout, const QString &captionName);
+    void addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName);
+    void showRow(Row &row);
+    void showValue(Row &row, const CommonValue &value);
+    void offerWhole(Row &row, qsizetype length);
+    void compareRest();
+    enum class Stay { Leaving, HoldsFocus };
+    bool commitRow(Row &row, Stay stay, Error *refusal = nullptr);
+    void sayRefusal(const Row &row, const Error &reason, Stay stay);
+    void takeBackRefused();
+    void validateFields();
+    Row *rowOf(const QObject *editor);
+    void showPreview();
+    void noteTyping();
+    QJsonArray pendingTexts() const;
+
+    VXDocument &m_document;
+    const RSRTVArrayController &m_list;
+    PreviewLabel *m_previewLabel;
+    QLabel *m_emptyLabel;
+    QWidget *m_form;
+    QScrollArea *m_scrollArea = nullptr; ///< around the form
+    std::vector<Row> m_rows;
+    InfoList m_shown;
+    QTimer m_compareTimer; ///< runs while a large selection is still being compared
+    bool m_isShowing = false;
+};
+
+} // namespace runebook

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "editing/window/WindowParts.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+#include <vector>
+
+class QAction;
+class QKeyEvent;
+class QMenu;
+
+namespace runebook {
+
+class RecordCommands;
+
+/// Undo, Redo, Cut, Copy, Paste, Delete and Select All of a document window. They act on the text that has
+/// the focus, and on records when the table has it; undo and redo act on the text while it holds typing that
+/// no record has yet, else on the document. The keys do what the menu does, and its texts say which it is.
+class EditMenu : public QObject
+{
+    Q_OBJECT
+public:
+    EditMenu(const WindowParts &parts, RecordCommands &commands, QObject *parent);
+
+    void addUndoCommands(QMenu &menu);
+    void addClipboardCommands(QMenu &menu);
+    void addSelectAllCommand(QMenu &menu);
+    /// Enables and names the commands as they would act now.
+    void validate();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    /// One command on what has the focus.
+    struct Command {
+        QAction *action;
+        const char *textOperation; ///< of a text or list with the focus
+        QString recordTitle;
+        QString textTitle;
+        bool (EditMenu::*canChangeText)() const;
+        bool (EditMenu::*canChangeRecords)() const;
+    };
+
+    QAction *addAction(QMenu &menu, const QString &text, void (EditMenu::*command)());
+    void addCommand(QMenu &menu, const Command &command, void (RecordCommands::*onRecords)());
+    void run(const char *textOperation, void (RecordCommands::*onRecords)());
+    void undo();
+    void redo();
+    void focusHasChanged(QWidget *now);
+    // What has the focus; the menus, which take it for a moment, do not count.
+    QWidget *text() const;
+    bool isTableFocused() const;
+    // What can be done to it.
+    bool holdsTyping() const;
+    bool canUndoText() const;
+    bool canRedoText() const;
+    bool canCopyText() const;
+    bool canCutText() const;
+    bool canDeleteText() const;
+    bool canPaste() const;
+    bool canSelectText() const;
+    bool hasSelectedRecords() const;
+    bool hasRecords() const;
+    static bool isEditKey(QKeyEvent &event);
+
+    WindowParts m_parts;
+    RecordCommands &m_recordCommands;
+    QPointer<QWidget> m_focus;
+    std::vector<QMetaObject::Connection> m_textConnections;
+    QAction *m_undoAction = nullptr;
+    QAction *m_redoAction = nullptr;
+    std::vector<Command> m_commands;
+};
+
+} // namespace runebook

@@ -1,0 +1,165 @@
+#pragma once
+
+#include "document/VXDocument.h"
+#include "editing/records/RSRTVArrayController.h"
+#include "editing/window/VXSplitViewWindowController.h"
+
+class QMenu;
+class SortNameDialog;
+class VXSearchField;
+class VXValidatingTextField;
+Q_MOC_INCLUDE(<QMenu>)
+Q_MOC_INCLUDE("editing/window/DetailPane.h")
+Q_MOC_INCLUDE("editing/records/GlyphTableView.h")
+Q_MOC_INCLUDE("editing/window/PreviewLabel.h")
+Q_MOC_INCLUDE("editing/records/SortNameDialog.h")
+Q_MOC_INCLUDE("editing/fields/UnicodesTokenField.h")
+Q_MOC_INCLUDE("editing/search/VXSearchField.h")
+Q_MOC_INCLUDE("editing/fields/VXValidatingTextField.h")
+
+namespace runebook {
+class DetailPane;
+class GlyphTableView;
+class PreviewLabel;
+class Problems;
+class ProblemsPane;
+class UnicodesTokenField;
+class WindowContent;
+} // namespace runebook
+
+/// The window of a document: the table of its records, the detail pane, the search field, and the commands on
+/// the selected records. Other classes and scripts know it by these names; the features
+/// behind them stand in runebook::WindowContent.
+class VXWindowController : public VXSplitViewWindowController
+{
+    Q_OBJECT
+    Q_PROPERTY(QString subtitle READ subtitle NOTIFY subtitleChanged)
+public:
+    explicit VXWindowController(VXDocument &document);
+    ~VXWindowController() override;
+
+public: // parts; the captions of the fields are called "infoLableName" and the like, their editors by key
+    VXDocument &glyphDocument() const { return m_document; }
+    Q_INVOKABLE QObject *document() const { return &m_document; }
+    Q_INVOKABLE RSRTVArrayController *infolistController() const { return m_infolistController; }
+    Q_INVOKABLE VXSearchField *searchField() const;
+    /// The menu of modes and options.
+    Q_INVOKABLE QMenu *searchFieldMenu() const;
+    Q_INVOKABLE runebook::GlyphTableView *tableView() const;
+    Q_INVOKABLE runebook::DetailPane *detailPane() const;
+    Q_INVOKABLE runebook::PreviewLabel *previewLabel() const;
+    Q_INVOKABLE runebook::UnicodesTokenField *unicodesField() const;
+    Q_INVOKABLE VXValidatingTextField *productionNameField() const;
+    Q_INVOKABLE VXValidatingTextField *altNameField() const;
+    /// The open sheet that asks how sort names are numbered; null when there is none.
+    Q_INVOKABLE SortNameDialog *sortNameDialog() const;
+    Q_INVOKABLE QString title() const;
+    Q_INVOKABLE QString subtitle() const;
+    Q_INVOKABLE QStringList categories() const { return VXDocument::categories(); }
+    Q_INVOKABLE QStringList subCategories() const { return VXDocument::subCategories(); }
+    Q_INVOKABLE QStringList scripts() const { return VXDocument::scripts(); }
+    Q_INVOKABLE InfoList selectedInfos() const { return m_infolistController->selectedObjects(); }
+
+public: // observing
+    /// Begins to follow the selection and the state of the document, and sets up the search menu. Part of
+    /// making the window; nothing more happens when it is called again.
+    Q_INVOKABLE void awakeFromNib();
+    Q_INVOKABLE bool hasObservation() const { return m_hasObservation; }
+    /// "selection": setActiveInfo(), "document.isDocumentEdited": updateTitle(). The rest does not matter.
+    Q_INVOKABLE void observeValueForKeyPathOfObjectChangeContext(const QString &keyPath, QObject *object,
+                                                                 const QVariantMap &change,
+                                                                 const QVariant &context);
+
+public: // commands on the selected records
+    /// Gives what is being typed in the table and the pane to the records; every command but those that edit
+    /// the text itself begins with it. False when a field refuses its text: it keeps it, with the focus, and
+    /// says why, and the command ends there.
+    Q_INVOKABLE bool commitEditing();
+    bool commitEditing(runebook::Error *refusal);
+    Q_INVOKABLE void copy();
+    Q_INVOKABLE void cut();
+    Q_INVOKABLE void paste();
+    /// Removes the selected records without asking ("delete" is taken by the language).
+    Q_INVOKABLE void delete_();
+    /// Asks first.
+    Q_INVOKABLE void removeSelectedInfos();
+    Q_INVOKABLE void addInfo();
+    Q_INVOKABLE void duplicateSelectedInfos();
+    Q_INVOKABLE void moveNameToAltName();
+    /// The first selected record gets its production name from its code point.
+    Q_INVOKABLE void makeLegacyName();
+    /// Opens the dialog that numbers the sort names; sortNameOK does it, sortNameCancel leaves it.
+    Q_INVOKABLE void setSortName();
+    Q_INVOKABLE void sortNameOK();
+    Q_INVOKABLE void sortNameCancel();
+    /// 12 opens find and replace, 1 goes to the search field.
+    Q_INVOKABLE void performFindPanelAction(int tag);
+    Q_INVOKABLE void showInUnicodeChecker();
+    Q_INVOKABLE void selectAll();
+    Q_INVOKABLE void selectSame(const QString &key);
+    Q_INVOKABLE void goToInfo();
+    /// Selects one record and scrolls to it, taking away a filter that hides it.
+    Q_INVOKABLE void showInfo(const InfoPtr &info);
+    Q_INVOKABLE void writeShownOrder();
+
+public: // search
+    Q_INVOKABLE void setUpSearchMenu();
+    Q_INVOKABLE void searchMode(int tag);
+    /// Ticks an item of the search menu as the settings want it and tells whether it can be chosen; items of
+    /// other menus always can.
+    Q_INVOKABLE bool validateMenuItem(QAction *item) const;
+    Q_INVOKABLE void filterInfos();
+    /// True while a filter is being built and applied.
+    Q_INVOKABLE bool isFiltering() const;
+    Q_INVOKABLE QString filterStringForKeySearch(bool matchCase, const QString &key,
+                                                 const QString &text) const;
+    /// Returns the name unchanged; sets the subtitle on the way.
+    Q_INVOKABLE QString windowTitleForDocumentDisplayName(const QString &displayName);
+    Q_INVOKABLE void synchronizeWindowTitleWithDocumentName();
+    Q_INVOKABLE void controlTextDidChange(QObject *control);
+
+public: // problems
+    runebook::Problems &problems() const;
+    /// The pane that lists them; null until it is shown for the first time.
+    runebook::ProblemsPane *problemsPane() const;
+    Q_INVOKABLE bool isProblemsShown() const;
+    Q_INVOKABLE void setProblemsShown(bool isShown);
+    /// Shows the record of the problem \a step rows further in the pane, which is opened for it.
+    Q_INVOKABLE void goToProblem(int step);
+
+public: // display
+    /// Shows the selection in the preview and the detail pane.
+    Q_INVOKABLE void setActiveInfo();
+    /// Refreshes the title in the next turn of the event loop, once for several calls.
+    Q_INVOKABLE void updateTitle();
+    Q_INVOKABLE void showMessage(const QString &text);
+    /// The same with what may be done about it.
+    void showRemark(const runebook::FieldRemark &remark);
+    /// Whether what stands in \a field may stay; sets its error hint and extra button.
+    Q_INVOKABLE bool textFieldHasValidContent(QObject *field);
+    /// What of the typed tokens is added to \a tokenField, in its final form.
+    Q_INVOKABLE QStringList tokenFieldShouldAddObjectsAtIndex(QObject *tokenField, const QStringList &tokens,
+                                                              int index) const;
+
+public: // restoration
+    Q_INVOKABLE QVariantMap windowWillEncodeRestorableState() const;
+    Q_INVOKABLE void windowDidDecodeRestorableState(const QVariantMap &state);
+    /// The same for whoever names the window; \a state is filled.
+    Q_INVOKABLE void windowWillEncodeRestorableState(QObject *window, QVariantMap *state) const;
+    Q_INVOKABLE void windowDidDecodeRestorableState(QObject *window, const QVariantMap &state);
+
+Q_SIGNALS:
+    void subtitleChanged();
+    /// Anything that menus depend on may have changed.
+    void stateChanged();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    VXDocument &m_document;
+    RSRTVArrayController *m_infolistController;
+    runebook::WindowContent *m_content; ///< owned
+    bool m_hasObservation = false;
+};

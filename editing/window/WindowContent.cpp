@@ -1,0 +1,218 @@
+#include "editing/window/WindowContent.h"
+
+#include "document/VXDocument.h"
+#include "editing/records/GlyphTableView.h"
+#include "editing/records/RSRTVArrayController.h"
+#include "editing/search/VXSearchField.h"
+#include "editing/window/ChangedOnDisk.h"
+#include "editing/window/DetailPane.h"
+#include "editing/window/EmptyNotices.h"
+#include "editing/window/RecordCommands.h"
+#include "editing/window/ReplaceCommand.h"
+#include "editing/window/VXMenuButton.h"
+#include "editing/window/VXSimpleSplitView.h"
+#include "editing/window/VXSplitViewWindowController.h"
+#include "editing/window/VXWhiteView.h"
+#include "editing/window/WindowMenus.h"
+#include "editing/window/WindowProblems.h"
+#include "editing/window/WindowSearch.h"
+#include "editing/window/WindowState.h"
+#include "editing/window/WindowTitle.h"
+#include "platform/MessageBar.h"
+#include "platform/documents/DocumentController.h"
+
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+WindowContent::WindowContent(VXSplitViewWindowController &window, VXDocument &document,
+                             RSRTVArrayController &list)
+    : m_window(window), m_document(document), m_list(list)
+{
+    buildView();
+    buildFeatures();
+    buildToolBar();
+    buildStatusBar();
+    connectFeatures();
+    connectDocument();
+}
+
+WindowContent::~WindowContent()
+{
+    // They turn to the features when they lose the focus, so they go while those are still there.
+    delete m_menus;
+    delete m_window.takeCentralWidget();
+}
+
+// Building
+
+void WindowContent::buildView()
+{
+    m_pane = new DetailPane(m_document, m_list, &m_window);
+    m_searchField = new VXSearchField(&m_window);
+    m_view = new VXWhiteView(&m_window);
+    m_messages = new MessageBar(m_view);
+    m_table = new GlyphTableView(m_list, m_view);
+    m_table->setFrameShape(QFrame::NoFrame);
+    auto *layout = new QVBoxLayout(m_view);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    auto *changedOnDisk = new ChangedOnDisk(m_document, m_view);
+    connect(changedOnDisk, &ChangedOnDisk::remarked, this,
+            [this](const QString &text) { m_parts->showMessage(text); });
+    layout->addWidget(changedOnDisk);
+    layout->addWidget(m_messages);
+    m_split = new VXSimpleSplitView(Qt::Vertical, m_view);
+    m_split->setHandleWidth(1);
+    m_split->setChildrenCollapsible(false);
+    m_split->addWidget(m_table);
+    layout->addWidget(m_split, 1);
+}
+
+void WindowContent::buildFeatures()
+{
+    m_parts = std::make_unique<const WindowParts>(
+        WindowParts {m_window, m_document, m_list, *m_table, *m_pane, *m_searchField, *m_messages});
+    m_title = new WindowTitle(*m_parts, this);
+    m_commands = new RecordCommands(*m_parts, this);
+    m_search = new WindowSearch(*m_parts, this);
+    m_problems = new WindowProblems(*m_parts, *m_split, this);
+    m_replace = new ReplaceCommand(*m_parts, m_problems->problems(), this);
+    m_menus = new WindowMenus(m_window, *m_parts, {*m_commands, *m_search, *m_problems, *m_replace});
+    auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_problems, this);
+    connect(this, &WindowContent::stateChanged, m_menus, &WindowMenus::validate);
+    connect(this, &WindowContent::stateChanged, notices, &EmptyNotices::update);
+}
+
+void WindowContent::buildToolBar()
+{
+    QToolBar *bar = m_window.addToolBar(tr("Toolbar"));
+    bar->setObjectName(u"toolbar"_s);
+    bar->setMovable(false);
+    bar->setIconSize({18, 18});
+    QAction *sidebar = bar->addAction(QIcon(u":/icons/sidebar.svg"_s), tr("Show or hide the sidebar"));
+    connect(sidebar, &QAction::triggered, this,
+            [this] { m_window.setSidebarShown(!m_window.isSidebarShown()); });
+    bar->addSeparator();
+    bar->addAction(m_menus->addAction());
+    bar->addAction(m_menus->removeAction());
+    bar->addWidget(m_menus->makeGlyphButton(bar));
+    auto *space = new QWidget(bar);
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    bar->addWidget(space);
+    m_searchField->setMinimumWidth(220);
+    m_searchField->setMaximumWidth(420);
+    bar->addWidget(m_searchField);
+}
+
+void WindowContent::buildStatusBar()
+{
+    QStatusBar &bar = *m_window.statusBar();
+    m_title->addTo(bar);
+    bar.addPermanentWidget(m_problems->button());
+    bar.setSizeGripEnabled(false);
+    bar.setContentsMargins(8, 0, 8, 2);
+}
+
+void WindowContent::connectFeatures()
+{
+    connect(m_title, &WindowTitle::updated, this, &WindowContent::stateChanged);
+    connect(m_search, &WindowSearch::applied, m_title, [this] {
+        m_title->synchronize();
+        m_title->showSubtitle(); // the progress stood there
+    });
+    connect(m_search, &WindowSearch::progressed, m_title, &WindowTitle::showProgress);
+    connect(m_search, &WindowSearch::finished, this, &WindowContent::stateChanged);
+    connect(m_search, &WindowSearch::allWanted, m_problems, &WindowProblems::showAll);
+    connect(m_problems, &WindowProblems::showRequested, m_search, &WindowSearch::showInfo);
+    connect(m_problems, &WindowProblems::conditionChanged, m_search, &WindowSearch::setCondition);
+    connect(m_problems, &WindowProblems::shownChanged, this, &WindowContent::stateChanged);
+    connect(m_pane, &DetailPane::showRequested, m_search, &WindowSearch::showInfo);
+    connect(m_pane, &DetailPane::remarked, this,
+            [this](const FieldRemark &remark) { m_parts->showRemark(remark); });
+    connect(&m_list, &RSRTVArrayController::remarked, this,
+            [this](const FieldRemark &remark) { m_parts->showRemark(remark); });
+    connect(&m_list, &RSRTVArrayController::arrangedObjectsChanged, this, &WindowContent::updateTitle);
+    connect(m_searchField, &VXSearchField::goToTableRequested, m_table, qOverload<>(&QWidget::setFocus));
+    m_table->setLeavingCondition([this] { return m_parts->commitEditing(); });
+    connect(m_table, &GlyphTableView::dragRefused, this,
+            [this](const QString &why) { m_parts->showMessage(why); });
+    connect(m_table, &GlyphTableView::sortChanged, this, &WindowContent::stateChanged);
+    connect(m_table, &GlyphTableView::deleteRequested, m_commands, &RecordCommands::deleteSelected);
+    connect(&m_window, &VXSplitViewWindowController::sidebarShownChanged, this, &WindowContent::stateChanged);
+}
+
+void WindowContent::connectDocument()
+{
+    connect(&m_document, &Document::showPlaceRequested, this,
+            [this](qsizetype place) { m_search->showInfo(m_document.objectInInfosAtIndex(place)); });
+    connect(&m_document, &Document::commitEditingRequested, this, [this](Error *refusal) {
+        if (refusal->domain.isEmpty())
+            m_parts->commitEditing(refusal);
+    });
+    connect(&m_document, &VXDocument::infosReset, this, &WindowContent::showSelection);
+    connect(&m_document, &Document::aboutToClose, &m_window, &QWidget::hide);
+    connect(&DocumentController::shared(), &DocumentController::documentsChanged, this,
+            &WindowContent::updateTitle);
+}
+
+RestoredParts WindowContent::restoredParts() const
+{
+    return {m_window, *m_parts, *m_search, *m_problems, *m_split};
+}
+
+// Showing
+
+void WindowContent::showSelection()
+{
+    m_pane->showSelection();
+    showSelectedCount();
+}
+
+void WindowContent::selectionHasChanged()
+{
+    // A large selection is painted first; the pane needs longer to gather what the records have in common.
+    constexpr qsizetype kMany = 10'000;
+    if (m_list.selectedCount() <= kMany) {
+        showSelection();
+        return;
+    }
+    showSelectedCount();
+    if (std::exchange(m_isSelectionPending, true))
+        return;
+    QTimer::singleShot(0, this, [this] {
+        m_isSelectionPending = false;
+        showSelection();
+    });
+}
+
+void WindowContent::showSelectedCount()
+{
+    m_title->showSelectedCount();
+    // A filter tells of itself when it is done.
+    if (!m_search->isApplying())
+        Q_EMIT stateChanged();
+}
+
+void WindowContent::updateTitle()
+{
+    if (!m_search->isApplying())
+        m_title->updateLater();
+}
+
+void WindowContent::showReadError()
+{
+    const Error &error = m_document.readError();
+    if (error.domain.isEmpty())
+        return;
+    m_messages->showMessage(tr("The file could not be read, so the document is empty.") + u'\n'
+                                + error.text(),
+                            MessageBar::Stay::UntilClosed);
+}
+
+} // namespace runebook

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "editing/window/WindowParts.h"
+
+#include <QObject>
+
+class VXSimpleSplitView;
+class VXSplitViewWindowController;
+
+namespace runebook {
+
+class RecordCommands;
+class ReplaceCommand;
+struct RestoredParts;
+class WindowMenus;
+class WindowProblems;
+class WindowSearch;
+class WindowTitle;
+
+/// What stands in a document window and the list of its features, connected with each other. What a feature
+/// does stands with each of them.
+class WindowContent : public QObject
+{
+    Q_OBJECT
+public:
+    /// The widgets become the window's, which puts pane() and view() in their places.
+    WindowContent(VXSplitViewWindowController &window, VXDocument &document, RSRTVArrayController &list);
+    ~WindowContent() override;
+
+    DetailPane *pane() const { return m_pane; }
+    /// The table with what stands above and below it.
+    QWidget *view() const { return m_view; }
+    const WindowParts &parts() const { return *m_parts; }
+    WindowTitle &title() const { return *m_title; }
+    RecordCommands &commands() const { return *m_commands; }
+    WindowSearch &search() const { return *m_search; }
+    WindowProblems &problems() const { return *m_problems; }
+    ReplaceCommand &replace() const { return *m_replace; }
+    RestoredParts restoredParts() const;
+
+    /// Shows the selection in the preview and the detail pane.
+    void showSelection();
+    /// The same for one that may be large: that is painted first.
+    void selectionHasChanged();
+    /// Title and menus follow in the next turn of the event loop, once for several calls.
+    void updateTitle();
+    /// Says why the file of the document could not be read, if so.
+    void showReadError();
+
+Q_SIGNALS:
+    /// Anything that menus depend on may have changed.
+    void stateChanged();
+
+private:
+    void buildView();
+    void buildFeatures();
+    void buildToolBar();
+    void buildStatusBar();
+    void connectFeatures();
+    void connectDocument();
+    void showSelectedCount();
+
+    VXSplitViewWindowController &m_window;
+    VXDocument &m_document;
+    RSRTVArrayController &m_list;
+    DetailPane *m_pane = nullptr;
+    QWidget *m_view = nullptr;
+    VXSimpleSplitView *m_split = nullptr; ///< of table and problems
+    GlyphTableView *m_table = nullptr;
+    MessageBar *m_messages = nullptr;
+    VXSearchField *m_searchField = nullptr;
+    std::unique_ptr<const WindowParts> m_parts;
+    WindowTitle *m_title = nullptr;
+    RecordCommands *m_commands = nullptr;
+    WindowSearch *m_search = nullptr;
+    WindowProblems *m_problems = nullptr;
+    ReplaceCommand *m_replace = nullptr;
+    WindowMenus *m_menus = nullptr;
+    bool m_isSelectionPending = false;
+};
+
+} // namespace runebook

@@ -1,0 +1,397 @@
+#include "editing/window/WindowMenus.h"
+
+#include "editing/fields/GlyphColumns.h"
+#include "editing/records/GlyphTableView.h"
+#include "editing/records/RSRTVArrayController.h"
+#include "editing/search/VXSearchField.h"
+#include "editing/window/DetailPane.h"
+#include "editing/window/EditMenu.h"
+#include "editing/window/FocusRound.h"
+#include "editing/window/MenuText.h"
+#include "editing/window/RecordCommands.h"
+#include "editing/window/ReplaceCommand.h"
+#include "editing/window/VXMenuButton.h"
+#include "editing/window/VXSplitViewWindowController.h"
+#include "editing/window/WindowProblems.h"
+#include "editing/window/WindowSearch.h"
+#include "platform/Appearance.h"
+#include "platform/FilePath.h"
+#include "platform/MainMenu.h"
+#include "platform/UndoManager.h"
+#include "platform/documents/DocumentController.h"
+#include "platform/documents/DocumentPanels.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QTableView>
+#include <QTreeWidget>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+WindowMenus::WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts,
+                         const WindowFeatures &features)
+    : QObject(&window),
+      m_window(window),
+      m_parts(parts),
+      m_features(features),
+      m_focusRound(new FocusRound(this)),
+      m_editMenu(new EditMenu(parts, features.commands, this))
+{
+    buildFileMenu();
+    buildEditMenu();
+    buildViewMenu();
+    buildGlyphMenu();
+    buildScriptsMenu();
+    buildWindowMenu();
+    buildHelpMenu();
+    addAreas();
+    connect(&parts.table, &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
+    connect(parts.document.undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
+    window.installEventFilter(this);
+    validate();
+}
+
+QAction *WindowMenus::addCommand(QMenu *menu, const QString &text, const QKeySequence &shortcut,
+                                 std::function<void()> command, Condition condition)
+{
+    QAction *action = menu->addAction(text);
+    action->setShortcut(shortcut);
+    setCommand(action, std::move(command));
+    if (condition)
+        m_conditions.emplace_back(action, std::move(condition));
+    return action;
+}
+
+void WindowMenus::setCommand(QAction *action, std::function<void()> command)
+{
+    connect(action, &QAction::triggered, this, [this, command = std::move(command)] {
+        if (m_parts.commitEditing())
+            command();
+        else
+            validate(); // an item with a tick has changed it
+    });
+}
+
+bool WindowMenus::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::WindowActivate && m_isValidationDue)
+        validate();
+    return QObject::eventFilter(watched, event);
+}
+
+void WindowMenus::validate()
+{
+    // Each command whose state changes is looked up among the shortcuts of all windows.
+    m_isValidationDue = DocumentController::shared().isOpeningMany() && !m_window.isActiveWindow();
+    if (m_isValidationDue)
+        return;
+    for (const auto &[action, condition] : m_conditions)
+        action->setEnabled(condition());
+    m_editMenu->validate();
+    m_sidebarAction->setChecked(m_window.isSidebarShown());
+    m_problemsAction->setChecked(m_features.problems.isShown());
+}
+
+void WindowMenus::buildFileMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&File"));
+    VXDocument &document = m_parts.document;
+    addCommand(menu, tr("&New"), QKeySequence::New,
+               [] { DocumentController::shared().openUntitledDocumentAndDisplay(true); });
+    addCommand(menu, tr("&Open…"), QKeySequence::Open, [this] { DocumentPanels::open(&m_window); });
+    QMenu *recent = menu->addMenu(tr("Open &Recent"));
+    connect(recent, &QMenu::aboutToShow, this, [this, recent] { fillRecentFiles(recent); });
+    menu->addSeparator();
+    addCommand(menu, tr("&Save"), QKeySequence::Save,
+               [this, &document] { DocumentPanels::save(document, &m_window); });
+    addCommand(menu, tr("Save &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+               [this, &document] { DocumentPanels::saveAs(document, &m_window); });
+    addCommand(
+        menu, tr("Re&vert to Saved"), {}, [this, &document] { DocumentPanels::revert(document, &m_window); },
+        [&document] { return !document.fileURL().isEmpty(); });
+    menu->addSeparator();
+    addCommand(menu, tr("&Close"), QKeySequence::Close, [this] { m_window.close(); });
+    MainMenu::contributeTo(MainMenu::File, *menu, m_window);
+}
+
+void WindowMenus::buildEditMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&Edit"));
+    RecordCommands &commands = m_features.commands;
+    RSRTVArrayController &list = m_parts.list;
+    const Condition hasSelection = [&list] { return list.selectedCount() > 0; };
+    m_editMenu->addUndoCommands(*menu);
+    QMenu *history = menu->addMenu(tr("&History"));
+    connect(history, &QMenu::aboutToShow, this, [this, history] { fillHistory(history); });
+    menu->addSeparator();
+    const qsizetype before = menu->actions().size();
+    m_editMenu->addClipboardCommands(*menu);
+    for (QAction *action : menu->actions().sliced(before))
+        onRows(action);
+    onRows(addCommand(
+        menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [&commands] { commands.duplicate(); },
+        hasSelection));
+    m_editMenu->addSelectAllCommand(*menu);
+    QMenu *same = menu->addMenu(tr("Select Records with the Sa&me"));
+    fillSelectSame(same);
+    m_conditions.emplace_back(same->menuAction(), hasSelection);
+    m_rowActions << nullptr;
+    onRows(same->menuAction());
+    menu->addSeparator();
+    addCommand(menu, tr("&Find"), QKeySequence::Find, [this] { m_features.search.focusField(); });
+    onRows(addCommand(
+        menu, tr("Find and R&eplace…"), QKeySequence(Qt::CTRL | Qt::Key_H),
+        [this] { m_features.replace.run(); }, [&list] { return list.countOfArrangedObjects() > 0; }));
+    addCommand(menu, tr("&Go to Name or Code Point…"), QKeySequence(Qt::CTRL | Qt::Key_L),
+               [this] { m_features.search.goToInfo(); });
+    MainMenu::contributeTo(MainMenu::Edit, *menu, m_window);
+}
+
+void WindowMenus::buildViewMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&View"));
+    GlyphTableView *table = &m_parts.table;
+    m_sidebarAction = addCommand(menu, tr("Show &Sidebar"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S),
+                                 [this] { m_window.setSidebarShown(!m_window.isSidebarShown()); });
+    m_sidebarAction->setCheckable(true);
+    WindowProblems &problems = m_features.problems;
+    m_problemsAction = addCommand(menu, tr("Show &Problems"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
+                                  [&problems] { problems.setShown(!problems.isShown()); });
+    m_problemsAction->setCheckable(true);
+    addCommand(menu, tr("&Next Problem"), QKeySequence(Qt::Key_F8), [&problems] { problems.goTo(1); });
+    addCommand(menu, tr("Pre&vious Problem"), QKeySequence(Qt::SHIFT | Qt::Key_F8),
+               [&problems] { problems.goTo(-1); });
+    menu->addSeparator();
+    addCommand(menu, tr("Next A&rea"), QKeySequence(Qt::Key_F6), [this] { m_focusRound->go(1); });
+    addCommand(menu, tr("Previous Ar&ea"), QKeySequence(Qt::SHIFT | Qt::Key_F6),
+               [this] { m_focusRound->go(-1); });
+    menu->addSeparator();
+    QMenu *columns = menu->addMenu(tr("&Columns"));
+    connect(columns, &QMenu::aboutToShow, this, [table, columns] {
+        columns->clear();
+        table->fillColumnMenu(*columns);
+    });
+    addCommand(
+        menu, tr("&Document Order"), {}, [table] { table->resetSortIndicator(); },
+        [this] { return m_parts.list.sortColumn() >= 0; });
+    menu->addSeparator();
+    addCommand(menu, tr("Zoom &In"), QKeySequence::ZoomIn, [table] { table->zoom(1); });
+    addCommand(menu, tr("Zoom &Out"), QKeySequence::ZoomOut, [table] { table->zoom(-1); });
+    addCommand(menu, tr("&Actual Size"), QKeySequence(Qt::CTRL | Qt::Key_0), [table] { table->zoom(0); });
+    addCommand(menu, tr("&Reset View Settings"), {}, [table] { table->resetViewSettings(); });
+    menu->addSeparator();
+    fillAppearance(menu->addMenu(tr("A&ppearance")));
+    MainMenu::contributeTo(MainMenu::View, *menu, m_window);
+}
+
+void WindowMenus::buildGlyphMenu()
+{
+    QMenu *menu = m_glyphMenu = m_window.menuBar()->addMenu(tr("&Glyph"));
+    m_rowActions << nullptr;
+    RecordCommands &commands = m_features.commands;
+    RSRTVArrayController *list = &m_parts.list;
+    const Condition hasSelection = [list] { return list->selectedCount() > 0; };
+    m_addAction = addCommand(menu, tr("&Add Glyph"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
+                             [&commands] { commands.add(); });
+    m_addAction->setIcon(QIcon(u":/icons/add.svg"_s));
+    m_removeAction = onRows(addCommand(
+        menu, tr("&Remove…"), QKeySequence(Qt::CTRL | Qt::Key_Backspace), [&commands] { commands.remove(); },
+        hasSelection));
+    m_removeAction->setIcon(QIcon(u":/icons/remove.svg"_s));
+    menu->addSeparator();
+    onRows(addCommand(
+        menu, tr("&Name to Alternate Names"), {}, [&commands] { commands.moveNamesToAltNames(); },
+        hasSelection));
+    onRows(addCommand(
+        menu, tr("Make &Legacy Name"), {}, [&commands] { commands.makeLegacyName(); }, hasSelection));
+    onRows(addCommand(
+        menu, tr("Number &Sort Names…"), {}, [&commands] { commands.numberSortNames(); }, hasSelection));
+    addCommand(
+        menu, tr("&Write Shown Order to the Document"), {}, [&commands] { commands.writeShownOrder(); },
+        [list] { return list->sortColumn() >= 0 && !list->isFiltered(); });
+    menu->addSeparator();
+    onRows(addCommand(
+        menu, tr("Show &Code Point in Character Application"), {},
+        [&commands] { commands.showInCharacterApplication(); },
+        [list] { return list->selectedCount() == 1; }));
+    MainMenu::contributeTo(MainMenu::Glyph, *menu, m_window);
+}
+
+VXMenuButton *WindowMenus::makeGlyphButton(QWidget *parent)
+{
+    auto *button = new VXMenuButton(parent);
+    button->setIcon(QIcon(u":/icons/more.svg"_s));
+    button->setToolTip(tr("Commands on the selected glyphs"));
+    button->setAccessibleName(button->toolTip());
+    for (QAction *action : m_glyphMenu->actions()) {
+        if (action->isSeparator() || action == m_addAction || action == m_removeAction)
+            continue;
+        QAction *item = button->addItemWithTitle(action->text());
+        item->setEnabled(action->isEnabled());
+        connect(action, &QAction::changed, item, [action, item] { item->setEnabled(action->isEnabled()); });
+        connect(button, &VXMenuButton::itemChosen, action, [action, item](const QAction *chosen) {
+            if (chosen == item)
+                action->trigger();
+        });
+    }
+    return button;
+}
+
+void WindowMenus::buildScriptsMenu()
+{
+    // One for all windows: scripts are many, and reading them takes a while.
+    m_window.menuBar()->addMenu(MainMenu::sharedMenu(MainMenu::Scripts));
+}
+
+void WindowMenus::buildWindowMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&Window"));
+    MainMenu::contributeTo(MainMenu::Window, *menu, m_window);
+    QAction *documents = menu->addSeparator();
+    connect(menu, &QMenu::aboutToShow, this, [this, menu, documents] {
+        qDeleteAll(documents->findChildren<QActionGroup *>());
+        auto *group = new QActionGroup(documents);
+        const QList<QAction *> actions = menu->actions();
+        for (qsizetype i = actions.indexOf(documents) + 1; i < actions.size(); ++i)
+            delete actions.at(i);
+        for (Document *document : DocumentController::shared().documentList()) {
+            QAction *action = menu->addAction(menuText(document->windowTitle()));
+            action->setCheckable(true);
+            action->setActionGroup(group); // a dot, not a tick: one of many
+            action->setChecked(document == &m_parts.document);
+            setCommand(action, [document = QPointer<Document>(document)] {
+                if (document)
+                    DocumentController::shared().bringToFront(document);
+            });
+        }
+    });
+}
+
+void WindowMenus::buildHelpMenu()
+{
+    QMenu *menu = m_window.menuBar()->addMenu(tr("&Help"));
+    MainMenu::contributeTo(MainMenu::Help, *menu, m_window);
+}
+
+// Rows and areas
+
+QAction *WindowMenus::onRows(QAction *command)
+{
+    m_rowActions << command;
+    return command;
+}
+
+void WindowMenus::showRowMenu(const QPoint &place)
+{
+    m_parts.table.setFocus(Qt::OtherFocusReason);
+    validate();
+    auto *menu = new QMenu(&m_window);
+    menu->setObjectName(u"rowMenu"_s);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (QAction *command : m_rowActions) {
+        if (!command)
+            menu->addSeparator(); // those beside each other or at an end are not shown
+        else if (command->isEnabled())
+            menu->addAction(command);
+    }
+    if (m_parts.list.selectedCount() == 0)
+        menu->insertAction(menu->actions().value(0), m_addAction);
+    menu->popup(place);
+}
+
+/// The areas of the window in the order in which F6 goes round.
+void WindowMenus::addAreas()
+{
+    QWidget *searchField = &m_parts.searchField;
+    QWidget *table = &m_parts.table;
+    DetailPane *pane = &m_parts.pane;
+    const WindowProblems &problems = m_features.problems;
+    m_focusRound->add([searchField] { return searchField; }, [searchField] { return searchField; });
+    m_focusRound->add([table] { return table; }, [table] { return table; });
+    m_focusRound->add([pane] { return pane; }, [pane] { return pane->firstEditor(); });
+    m_focusRound->add([&problems] { return problems.pane(); },
+                      [&problems]() -> QWidget * {
+                          const ProblemsPane &list = *problems.pane();
+                          return list.table()->isVisible() ? static_cast<QWidget *>(list.table())
+                                                           : list.kinds();
+                      });
+}
+
+// Menus that depend on what there is
+
+void WindowMenus::fillRecentFiles(QMenu *menu)
+{
+    menu->clear();
+    const QStringList files = DocumentController::shared().recentFiles();
+    for (const QString &path : files) {
+        QAction *action = menu->addAction(
+            menuText(shownPath(QFileInfo(path).fileName() + u" — "_s + QFileInfo(path).path())));
+        setCommand(action, [this, path] { DocumentPanels::openFiles({path}, &m_window); });
+    }
+    menu->addSeparator();
+    QAction *clear = menu->addAction(tr("Clear Menu"));
+    clear->setEnabled(!files.isEmpty());
+    setCommand(clear, [] { DocumentController::shared().clearRecentFiles(); });
+}
+
+void WindowMenus::fillHistory(QMenu *menu)
+{
+    constexpr int kShownSteps = 40;
+    menu->clear();
+    delete menu->findChild<QActionGroup *>();
+    auto *group = new QActionGroup(menu); // a dot, not a tick: one of many
+    m_parts.commitEditing(); // a step of its own in the list
+    UndoManager *undo = m_parts.document.undoManager();
+    const QUndoStack *stack = undo->stack();
+    const auto addStep = [&](int count, const QString &text) {
+        QAction *action = menu->addAction(menuText(text));
+        action->setCheckable(true);
+        action->setActionGroup(group);
+        action->setChecked(count == stack->index());
+        setCommand(action, [undo, count] { undo->goToStep(count); });
+    };
+    for (int i = qMin(stack->count(), stack->index() + kShownSteps / 2);
+         i > qMax(0, stack->index() - kShownSteps); --i) {
+        const QString name = stack->text(i - 1);
+        addStep(i, name.isEmpty() ? tr("Change") : name);
+    }
+    addStep(qMax(0, stack->index() - kShownSteps),
+            stack->index() > kShownSteps ? tr("Earlier…") : tr("As Opened"));
+}
+
+void WindowMenus::fillSelectSame(QMenu *menu)
+{
+    for (const GlyphField field : {GlyphField::Category, GlyphField::SubCategory, GlyphField::Script,
+                                   GlyphField::Case, GlyphField::Direction, GlyphField::Decompose,
+                                   GlyphField::Marks, GlyphField::Anchors, GlyphField::Production}) {
+        QAction *action = menu->addAction(fieldTitle(field));
+        setCommand(action, [this, field] { m_features.commands.selectSame(field); });
+    }
+}
+
+void WindowMenus::fillAppearance(QMenu *menu)
+{
+    auto *group = new QActionGroup(menu);
+    const auto addChoice = [&](const QString &text, Appearance::Choice choice) {
+        QAction *action = menu->addAction(text);
+        action->setCheckable(true);
+        action->setActionGroup(group);
+        setCommand(action, [choice] { Appearance::shared().setChoice(choice); });
+        connect(menu, &QMenu::aboutToShow, action,
+                [action, choice] { action->setChecked(Appearance::shared().choice() == choice); });
+    };
+    addChoice(tr("As the &System"), Appearance::System);
+    addChoice(tr("&Light"), Appearance::Light);
+    addChoice(tr("&Dark"), Appearance::Dark);
+}
+
+} // namespace runebook

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "editing/window/WindowParts.h"
+
+#include <QPointer>
+#include <functional>
+#include <vector>
+
+class QAction;
+class QMenu;
+class QWidget;
+class VXMenuButton;
+class VXSplitViewWindowController;
+
+namespace runebook {
+
+class EditMenu;
+class FocusRound;
+
+class RecordCommands;
+class ReplaceCommand;
+class WindowProblems;
+class WindowSearch;
+
+/// The features of a document window whose commands stand in its menus.
+struct WindowFeatures {
+    RecordCommands &commands;
+    WindowSearch &search;
+    WindowProblems &problems;
+    ReplaceCommand &replace;
+};
+
+/// The menu bar of a document window: every command with its text, its shortcut, and when it can act.
+class WindowMenus : public QObject
+{
+    Q_OBJECT
+public:
+    WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts, const WindowFeatures &features);
+
+    /// The actions that the toolbar shows too.
+    QAction *addAction() const { return m_addAction; }
+    QAction *removeAction() const { return m_removeAction; }
+    QAction *sidebarAction() const { return m_sidebarAction; }
+    /// A button for the toolbar with the commands on the selected glyphs.
+    VXMenuButton *makeGlyphButton(QWidget *parent);
+
+    /// Enables each command that can act now, and names the steps that undo and redo would take. A window
+    /// that comes up behind the others has time for it until it becomes active.
+    void validate();
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    using Condition = std::function<bool()>;
+
+    /// Has a command of a menu that is filled anew do something; what is being typed is taken first.
+    void setCommand(QAction *action, std::function<void()> command);
+    QAction *addCommand(QMenu *menu, const QString &text, const QKeySequence &shortcut,
+                        std::function<void()> command, Condition condition = {});
+    void buildFileMenu();
+    void buildEditMenu();
+    void buildViewMenu();
+    void buildGlyphMenu();
+    void buildScriptsMenu();
+    void buildWindowMenu();
+    void buildHelpMenu();
+    void fillRecentFiles(QMenu *menu);
+    void fillHistory(QMenu *menu);
+    void fillSelectSame(QMenu *menu);
+    void fillAppearance(QMenu *menu);
+    void addAreas();
+    /// Marks a command of the Edit or the Glyph menu as one that acts on the selected rows.
+    QAction *onRows(QAction *command);
+    void showRowMenu(const QPoint &place);
+
+    VXSplitViewWindowController &m_window;
+    WindowParts m_parts;
+    WindowFeatures m_features;
+    bool m_isValidationDue = false;
+    std::vector<std::pair<QAction *, Condition>> m_conditions;
+    FocusRound *m_focusRound; ///< asks the window for its parts, so it goes with this, while the window is whole
+    QList<QPointer<QAction>> m_rowActions; ///< in their order; null between groups
+    QAction *m_undoAction = nullptr;
+    QAction *m_redoAction = nullptr;
+    EditMenu *m_editMenu;
+    QMenu *m_glyphMenu = nullptr;
+    QAction *m_addAction = nullptr;
+    QAction *m_removeAction = nullptr;
+    QAction *m_sidebarAction = nullptr;
+    QAction *m_problemsAction = nullptr;
+};
+
+} // namespace runebook

@@ -1,0 +1,137 @@
+#include "editing/window/WindowSearch.h"
+
+#include "editing/records/GlyphTableView.h"
+#include "editing/records/RSRTVArrayController.h"
+#include "editing/search/SearchFilter.h"
+#include "editing/search/SlicedFilter.h"
+#include "editing/search/VXSearchField.h"
+#include "editing/window/GoToPanel.h"
+
+#include <QScopedValueRollback>
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+
+WindowSearch::WindowSearch(const WindowParts &parts, QObject *parent) : QObject(parent), m_parts(parts)
+{
+    buildSlicedFilter();
+    connect(&m_parts.searchField, &VXSearchField::searchChanged, this, &WindowSearch::filterInfos);
+    connect(&m_parts.searchField, &VXSearchField::settingsChanged, this, [this] { m_idleTimer.start(); });
+    connect(&m_parts.document, &VXDocument::infosReset, this, [this] { m_idleTimer.start(); });
+    connect(&m_idleTimer, &QTimer::timeout, this, &WindowSearch::prepare);
+    m_idleTimer.setInterval(0);
+    m_idleTimer.start();
+}
+
+/// What takes longer than a slice shows its results when it has them all; until then the rows stay.
+void WindowSearch::buildSlicedFilter()
+{
+    const auto prepare = [this](const Predicate &predicate, int milliseconds) {
+        return m_parts.list.prepareFilter(predicate, milliseconds);
+    };
+    m_slicedFilter = new SlicedFilter(m_parts.document, prepare, this);
+    connect(m_slicedFilter, &SlicedFilter::prepared, this, [this](const Predicate &predicate) {
+        apply([&]() -> std::optional<Error> {
+            m_parts.list.setFilterPredicate(predicate);
+            return {};
+        });
+    });
+    connect(m_slicedFilter, &SlicedFilter::finished, this,
+            [this](const Predicate &predicate, const IndexSet &passing) {
+                apply([&]() -> std::optional<Error> {
+                    m_parts.list.setFilterPredicate(predicate, passing);
+                    return {};
+                });
+            });
+    connect(m_slicedFilter, &SlicedFilter::gaveUp, this, [this](const Error &error) {
+        apply([&]() -> std::optional<Error> {
+            m_parts.list.setFilterPredicate(std::optional<Predicate>());
+            return error;
+        });
+    });
+    connect(m_slicedFilter, &SlicedFilter::progressed, this,
+            [this] { Q_EMIT progressed(m_slicedFilter->progress()); });
+}
+
+void WindowSearch::prepare()
+{
+    constexpr int kSliceMs = 8;
+    const std::optional<Predicate> likely = SearchFilter(SearchSettings::current()).result(u"a"_s).predicate;
+    if (!likely || m_parts.list.prepareFilter(*likely, kSliceMs))
+        m_idleTimer.stop();
+}
+
+void WindowSearch::filterInfos()
+{
+    if (m_isApplying || !m_parts.commitEditing())
+        return;
+    m_slicedFilter->cancel();
+    const auto [predicate, problem] =
+        SearchFilter(SearchSettings::current()).result(m_parts.searchField.stringValue());
+    // A script, which runs in one step of undoing, goes on with the rows as soon as it has set the filter.
+    const bool isInScript = m_parts.document.undoManager()->groupingLevel() > 0;
+    if (predicate && !isInScript
+        && (SlicedFilter::isFor(*predicate) || !m_parts.list.isFilteredAtOnce(*predicate))) {
+        m_slicedFilter->start(*predicate);
+        return;
+    }
+    apply([&]() -> std::optional<Error> {
+        Error gaveUp;
+        if (!m_parts.list.setFilterPredicate(predicate, &gaveUp))
+            return gaveUp;
+        return problem;
+    });
+}
+
+void WindowSearch::apply(const std::function<std::optional<Error>()> &setFilter)
+{
+    {
+        const QScopedValueRollback applying(m_isApplying, true);
+        m_parts.searchField.setProblem(setFilter());
+        m_parts.list.setDraggingEnabled(!m_parts.list.isFiltered());
+        Q_EMIT applied();
+    }
+    Q_EMIT finished();
+}
+
+bool WindowSearch::isFiltering() const
+{
+    return m_isApplying || m_slicedFilter->isRunning();
+}
+
+void WindowSearch::setCondition(const std::function<bool(qsizetype)> &condition)
+{
+    apply([&] {
+        m_parts.list.setCondition(condition);
+        return m_parts.searchField.problem();
+    });
+}
+
+void WindowSearch::focusField()
+{
+    m_parts.searchField.setFocus(Qt::ShortcutFocusReason);
+    m_parts.searchField.selectAll();
+}
+
+void WindowSearch::goToInfo()
+{
+    auto *panel = new GoToPanel(m_parts.document, &m_parts.window);
+    connect(panel, &GoToPanel::chosen, this, &WindowSearch::showInfo);
+    panel->open();
+}
+
+void WindowSearch::showInfo(const InfoPtr &info)
+{
+    if (!info || info->listings() == 0 || !m_parts.commitEditing())
+        return;
+    if (m_parts.list.rowOfObject(info) < 0) {
+        m_parts.searchField.setStringValue(u""_s);
+        Q_EMIT allWanted();
+        filterInfos();
+    }
+    m_parts.table.goToRow(static_cast<int>(m_parts.list.rowOfObject(info)));
+    m_parts.table.setFocus();
+}
+
+} // namespace runebook

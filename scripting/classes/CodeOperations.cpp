@@ -1,0 +1,307 @@
+#include "scripting/classes/CodeOperations.h"
+
+#include "platform/NotificationCenter.h"
+#include "scripting/bridge/BridgeTypes.h"
+#include "scripting/classes/FontMaps.h"
+#include "scripting/python/ScriptRun.h"
+#include "tabbar/PSMOverflowPopUpButton.h"
+#include "tabbar/PSMTabBarCell.h"
+
+namespace runebook {
+
+using namespace Qt::StringLiterals;
+using namespace bridge;
+
+namespace {
+
+constexpr qint64 kNotFound = std::numeric_limits<qint64>::max();
+
+std::optional<QColor> colorOf(const QVariant &value)
+{
+    const QColor color = value.value<QColor>();
+    if (color.isValid())
+        return color;
+    if (value.isValid())
+        throw std::invalid_argument("that is no colour");
+    return {};
+}
+
+// Types that only code documents have
+
+PyObject *newObjectToPython(QMetaType, const void *data)
+{
+    QObject *object = static_cast<const NewObject *>(data)->object;
+    const BridgedClass *bridged = BridgedClass::forMetaObject(*object->metaObject());
+    return bridged ? makeObject(bridged->type(), bridged, ownedByScripts(object)) : nullptr;
+}
+
+/// A token with a text of its own: the tokenizer's changes with the next one.
+struct KeptToken {
+    explicit KeptToken(const TDToken &from)
+        : text(from.stringValue().toString()), token(from.kind(), text) { }
+    QString text;
+    TDToken token;
+};
+
+PyObject *tokenToPython(QMetaType, const void *data)
+{
+    const TDToken *token = *static_cast<const TDToken *const *>(data);
+    const BridgedClass *bridged = BridgedClass::forMetaObject(TDToken::staticMetaObject);
+    if (!token || !bridged)
+        return bridged ? none() : nullptr;
+    if (token != TDToken::EOFToken()) {
+        const auto kept = std::make_shared<KeptToken>(*token);
+        return wrapValue(*bridged, std::shared_ptr<void>(kept, &kept->token));
+    }
+    // One object, so that "is" finds it.
+    static PyObject *const end = wrapValue(*bridged, std::make_shared<TDToken>(*token));
+    return PythonRef::shared(end).release();
+}
+
+PyObject *viewToPython(QMetaType, const void *data)
+{
+    return pythonText(static_cast<const QStringView *>(data)->toString());
+}
+
+PyObject *rectangleToPython(QMetaType, const void *data)
+{
+    const auto &rectangle = *static_cast<const QRectF *>(data);
+    return vxPy_BuildValue("(dddd)", rectangle.x(), rectangle.y(), rectangle.width(), rectangle.height());
+}
+
+PyObject *hashToPython(QMetaType, const void *data)
+{
+    const auto &hash = *static_cast<const QVariantHash *>(data);
+    QVariantMap map;
+    for (auto item = hash.cbegin(); item != hash.cend(); ++item)
+        map.insert(item.key(), item.value());
+    const QMetaType type(QMetaType::QVariantMap);
+    return bridgeType(type).toPython(type, &map);
+}
+
+bool hashFromPython(QMetaType, PyObject *object, void *data)
+{
+    QVariantMap map;
+    const QMetaType type(QMetaType::QVariantMap);
+    if (!bridgeType(type).fromPython(type, object, &map))
+        return false;
+    for (auto item = map.cbegin(); item != map.cend(); ++item)
+        static_cast<QVariantHash *>(data)->insert(item.key(), item.value());
+    return true;
+}
+
+/// A character is its number, or a text of one.
+bool characterFromPython(QMetaType, PyObject *object, void *data)
+{
+    auto &character = *static_cast<char16_t *>(data);
+    if (!isKind(object, python::kUnicodeSubclass)) {
+        const QMetaType number(QMetaType::UShort);
+        return bridgeType(number).fromPython(number, object, data);
+    }
+    QString text;
+    if (!readText(object, text))
+        return false;
+    if (text.size() == 1)
+        character = text.front().unicode();
+    else
+        raise(*py.PyExc_TypeError, u"a text of one character is needed"_s);
+    return text.size() == 1;
+}
+
+bool postProcessingFromPython(QMetaType, PyObject *object, void *data)
+{
+    auto &block = *static_cast<JSTDocument::PostProcessing *>(data);
+    if (isNone(object))
+        return true;
+    if (!py.PyCallable_Check(object)) {
+        raise(*py.PyExc_TypeError, u"a function is needed, not %1"_s.arg(typeName(object)));
+        return false;
+    }
+    const auto release = [](PyObject *function) {
+        const PythonLock lock;
+        vxPy_DecRef(function);
+    };
+    const std::shared_ptr<PyObject> function(PythonRef::shared(object).release(), release);
+    block = [function](VXCodeTextStorage *storage) {
+        const PythonLock lock;
+        const PythonRef argument(wrapObject(storage));
+        const PythonRef answer(
+            argument ? py.PyObject_CallFunctionObjArgs(function.get(), argument.get(), nullptr) : nullptr);
+        if (!answer)
+            reportCallbackError();
+    };
+    return true;
+}
+
+void registerCodeTypes()
+{
+    registerType(QMetaType::fromType<NewObject>(), {newObjectToPython, nullptr});
+    registerType(QMetaType::fromType<const TDToken *>(), {tokenToPython, nullptr});
+    registerType(QMetaType::fromType<QStringView>(), {viewToPython, nullptr});
+    registerType(QMetaType(QMetaType::QRectF), {rectangleToPython, nullptr});
+    registerType(QMetaType(QMetaType::QVariantHash), {hashToPython, hashFromPython});
+    registerType(QMetaType(QMetaType::Char16), {nullptr, characterFromPython});
+    registerType(QMetaType::fromType<JSTDocument::PostProcessing>(),
+                 {nullptr, postProcessingFromPython, true});
+    registerFonts();
+    registerRecord<TDTokenizer>();
+    BridgedClass::registerClass(TDToken::staticMetaObject, [] {
+        return Instance {std::make_shared<TDToken>(), nullptr};
+    });
+    BridgedClass::registerClass(TDReader::staticMetaObject, [] {
+        return Instance {std::make_shared<TDReader>(), nullptr};
+    });
+    BridgedClass::registerClass(VXLineNumberView::staticMetaObject,
+                                [] { return ownedByScripts(new VXLineNumberView(nullptr)); });
+}
+
+} // namespace
+
+NewObject CodeDocumentOperations::initWithTokenizer(JSTDocument *,
+                                                    const std::shared_ptr<TDTokenizer> &tokenizer) const
+{
+    return {new JSTDocument(tokenizer)};
+}
+
+NewObject CodeDocumentOperations::initWithCoder(JSTDocument *, const QVariant &) const
+{
+    return {new JSTDocument};
+}
+
+QVariantMap CodeDocumentOperations::encodeWithCoder(JSTDocument *) const
+{
+    return {};
+}
+
+void CodeDocumentOperations::textStorageDidProcessEditing(JSTDocument *document, const QVariant &) const
+{
+    document->parseCode(false);
+}
+
+NewObject CodeStorageOperations::initWithAttributedString(VXCodeTextStorage *, const QVariant &contents) const
+{
+    if (const auto *storage = qobject_cast<const QTextDocument *>(contents.value<QObject *>()))
+        return {new VXCodeTextStorage(storage)};
+    auto *storage = new VXCodeTextStorage;
+    storage->setPlainText(contents.toString());
+    return {storage};
+}
+
+NewObject RulerOperations::initWithScrollView(VXLineNumberView *, QAbstractScrollArea *view) const
+{
+    return {new VXLineNumberView(view)};
+}
+
+NewObject RulerOperations::initWithCoder(VXLineNumberView *, const QVariantMap &archive) const
+{
+    auto ruler = std::make_unique<VXLineNumberView>(nullptr);
+    ruler->initWithCoder(withFontsAndColors({}, archive).toMap());
+    return {ruler.release()};
+}
+
+void TokenizerOperations::setKeywords(const std::shared_ptr<TDTokenizer> &tokenizer,
+                                      const QVariantHash &keywords) const
+{
+    QVariantHash table;
+    for (auto entry = keywords.cbegin(); entry != keywords.cend(); ++entry)
+        table.insert(entry.key(), withFontsAndColors(entry.key(), entry.value()));
+    tokenizer->setKeywords(table);
+}
+
+qint64 RulerOperations::lineNumberForLocation(VXLineNumberView *ruler, double location) const
+{
+    const std::optional<int> line = ruler->lineNumberForLocation(location);
+    return line ? *line : kNotFound;
+}
+
+void RulerOperations::setTextColor(VXLineNumberView *ruler, const QVariant &color) const
+{
+    ruler->setTextColor(colorOf(color));
+}
+
+void RulerOperations::setAlternateTextColor(VXLineNumberView *ruler, const QVariant &color) const
+{
+    ruler->setAlternateTextColor(colorOf(color));
+}
+
+QVariant RulerOperations::backgroundColor(VXLineNumberView *ruler) const
+{
+    const std::optional<QColor> color = ruler->backgroundColor();
+    return color ? QVariant(*color) : QVariant();
+}
+
+void RulerOperations::setBackgroundColor(VXLineNumberView *ruler, const QVariant &color) const
+{
+    ruler->setBackgroundColor(colorOf(color));
+}
+
+int RulerOperations::alignment(VXLineNumberView *ruler) const
+{
+    return static_cast<int>(ruler->alignment());
+}
+
+void RulerOperations::setAlignment(VXLineNumberView *ruler, int alignment) const
+{
+    ruler->setAlignment(static_cast<Qt::AlignmentFlag>(alignment));
+}
+
+QList<QObject *> TabBarOperations::cells(VXTabBarControl *bar) const
+{
+    const QList<PSMTabBarCell *> cells = bar->cells();
+    return {cells.begin(), cells.end()};
+}
+
+QList<QObject *> TabBarOperations::viewControllers(VXTabBarControl *bar) const
+{
+    return bar->tabItems();
+}
+
+QObject *TabBarOperations::overflowPopUpButton(VXTabBarControl *bar) const
+{
+    return bar->overflowPopUpButton();
+}
+
+QVariantMap TabBarOperations::encodeWithCoder(VXTabBarControl *bar) const
+{
+    return bar->archive();
+}
+
+NewObject TabBarOperations::initWithCoder(VXTabBarControl *, const QVariantMap &archive) const
+{
+    auto *bar = new VXTabBarControl;
+    bar->restoreFromArchive(archive);
+    return {bar};
+}
+
+void TabBarOperations::menuNeedsUpdate(VXTabBarControl *bar, QMenu *menu) const
+{
+    bar->menuNeedsUpdate(menu);
+}
+
+QVariant HandlerOperations::pythonLibForPath(VXScriptingHandler *handler, const QString &path) const
+{
+    void *library = handler->pythonLibForPath(path);
+    return library ? QVariant::fromValue(reinterpret_cast<quint64>(library)) : QVariant();
+}
+
+void registerCodeOperations()
+{
+    static CodeDocumentOperations documents;
+    static CodeStorageOperations storages;
+    static RulerOperations rulers;
+    static TokenizerOperations tokenizers;
+    static TabBarOperations bars;
+    static HandlerOperations handlers;
+    BridgedClass::registerExtension(JSTDocument::staticMetaObject, &documents);
+    BridgedClass::registerExtension(VXCodeTextStorage::staticMetaObject, &storages);
+    BridgedClass::registerExtension(VXLineNumberView::staticMetaObject, &rulers);
+    BridgedClass::registerExtension(TDTokenizer::staticMetaObject, &tokenizers);
+    BridgedClass::registerExtension(VXTabBarControl::staticMetaObject, &bars);
+    BridgedClass::registerExtension(VXScriptingHandler::staticMetaObject, &handlers);
+    registerCodeTypes();
+    VXTabBarControl::setSharedObserver([](const QString &name, QObject *item) {
+        NotificationCenter::defaultCenter().postNotificationNameObject(name, item);
+    });
+}
+
+} // namespace runebook

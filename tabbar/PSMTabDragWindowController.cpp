@@ -1,0 +1,72 @@
+#include "tabbar/PSMTabDragWindowController.h"
+
+#include "tabbar/PSMTabDragWindow.h"
+#include "tabbar/VXTabBarControl.h"
+
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QPainter>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kMiniatureWidth = 220;
+
+bool canPlaceWindows()
+{
+    return !QGuiApplication::platformName().startsWith("wayland"_L1);
+}
+
+QPixmap pictureOfTab(const VXTabBarControl &bar, const PSMTabBarCell &cell)
+{
+    const qreal ratio = bar.devicePixelRatioF();
+    QPixmap picture((cell.frame().size() * ratio).toSize());
+    picture.setDevicePixelRatio(ratio);
+    PSMTabBarState state {bar.palette(), bar.font(), bar.orientation(), bar.layoutDirection()};
+    state.devicePixelRatio = ratio;
+    QPainter painter(&picture);
+    painter.translate(-cell.frame().topLeft());
+    bar.tabStyle().drawBar(painter, cell.frame(), state);
+    bar.tabStyle().drawCell(painter, cell, state);
+    return picture;
+}
+
+QPixmap miniatureOfView(QWidget *view)
+{
+    if (!view || view->size().isEmpty())
+        return {};
+    QPixmap picture = view->grab();
+    const int width = qRound(kMiniatureWidth * picture.devicePixelRatio());
+    return picture.width() <= width ? picture : picture.scaledToWidth(width, Qt::SmoothTransformation);
+}
+
+} // namespace
+
+PSMTabDragWindowController::PSMTabDragWindowController(VXTabBarControl &bar, const PSMTabBarCell &cell,
+                                                       const QPoint &grabOffset)
+    : m_mimeData(bar.mimeDataForTabItem(cell.representedObject())), m_grabOffset(grabOffset)
+{
+    if (!canPlaceWindows())
+        return;
+    QPixmap miniature;
+    if (bar.tearOffStyle() == VXTabBarControl::TearOffMiniature && cell.representedObject())
+        miniature = miniatureOfView(cell.representedObject()->property("view").value<QWidget *>());
+    m_window = std::make_unique<PSMTabDragWindow>(pictureOfTab(bar, cell), miniature, &bar);
+}
+
+PSMTabDragWindowController::~PSMTabDragWindowController() = default;
+
+void PSMTabDragWindowController::moveTo(const QPoint &pointer)
+{
+    if (!m_window)
+        return;
+    m_window->move(pointer - m_grabOffset);
+    m_window->show();
+}
+
+void PSMTabDragWindowController::hide()
+{
+    if (m_window)
+        m_window->hide();
+}

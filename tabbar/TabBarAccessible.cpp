@@ -1,0 +1,171 @@
+#include "tabbar/TabBarAccessible.h"
+
+#include "tabbar/VXTabBarControl.h"
+
+#include <QAccessibleObject>
+#include <QAccessibleWidget>
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+namespace runebook {
+
+namespace {
+
+QRect onScreen(const VXTabBarControl &bar, const QRectF &rect)
+{
+    return QRect(bar.mapToGlobal(rect.topLeft().toPoint()), rect.size().toSize());
+}
+
+/// What tabs and close buttons have in common: they belong to a cell, and can be pressed.
+class CellInterface : public QAccessibleObject, public QAccessibleActionInterface
+{
+public:
+    using QAccessibleObject::QAccessibleObject;
+
+    virtual PSMTabBarCell *cell() const = 0;
+    VXTabBarControl *bar() const { return static_cast<VXTabBarControl *>(cell()->parent()); }
+
+    QWindow *window() const override { return bar()->window()->windowHandle(); }
+    void *interface_cast(QAccessible::InterfaceType type) override
+    {
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface *>(this)
+                                                    : nullptr;
+    }
+    QStringList actionNames() const override { return {pressAction()}; }
+    QStringList keyBindingsForAction(const QString &) const override { return {}; }
+};
+
+class CloseButtonInterface : public CellInterface
+{
+public:
+    using CellInterface::CellInterface;
+
+    PSMTabBarCell *cell() const override { return static_cast<PSMTabCloseButton *>(object())->cell(); }
+    QAccessibleInterface *parent() const override { return QAccessible::queryAccessibleInterface(cell()); }
+    int childCount() const override { return 0; }
+    QAccessibleInterface *child(int) const override { return nullptr; }
+    int indexOfChild(const QAccessibleInterface *) const override { return -1; }
+    QAccessible::Role role() const override { return QAccessible::Button; }
+    QRect rect() const override
+    {
+        return onScreen(*bar(), bar()->tabStyle().closeButtonRect(cell()->frame(), bar()->layoutDirection()));
+    }
+    QAccessible::State state() const override
+    {
+        QAccessible::State state;
+        state.invisible = cell()->isInOverflowMenu() || !bar()->isVisible();
+        return state;
+    }
+    QString text(QAccessible::Text type) const override
+    {
+        if (type != QAccessible::Name)
+            return {};
+        return QCoreApplication::translate("VXTabBarControl", "Close %1").arg(cell()->displayTitle());
+    }
+    void doAction(const QString &name) override
+    {
+        if (name == pressAction())
+            bar()->closeTabItem(cell()->representedObject());
+    }
+};
+
+class TabInterface : public CellInterface
+{
+public:
+    using CellInterface::CellInterface;
+
+    PSMTabBarCell *cell() const override { return static_cast<PSMTabBarCell *>(object()); }
+    QAccessibleInterface *parent() const override { return QAccessible::queryAccessibleInterface(bar()); }
+    int childCount() const override { return cell()->isCloseButtonSuppressed() ? 0 : 1; }
+    QAccessibleInterface *child(int index) const override
+    {
+        return index == 0 && childCount() == 1 ? QAccessible::queryAccessibleInterface(cell()->closeButton())
+                                               : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface *child) const override
+    {
+        return child && childCount() == 1 && child->object() == cell()->closeButton() ? 0 : -1;
+    }
+    QAccessible::Role role() const override { return QAccessible::PageTab; }
+    QRect rect() const override { return onScreen(*bar(), cell()->frame()); }
+    QAccessible::State state() const override
+    {
+        QAccessible::State state;
+        state.selectable = true;
+        state.focusable = true;
+        state.selected = cell()->is(PSMTabBarCell::Selected);
+        state.focused = state.selected && bar()->hasFocus();
+        state.invisible = !bar()->isVisible() || bar()->isTabBarHidden();
+        state.offscreen = cell()->isInOverflowMenu();
+        return state;
+    }
+    QString text(QAccessible::Text type) const override
+    {
+        return type == QAccessible::Name ? cell()->title() : QString();
+    }
+    void doAction(const QString &name) override
+    {
+        if (name == pressAction())
+            bar()->selectTabItem(cell()->representedObject());
+    }
+};
+
+/// The tabs come first, then the bar's buttons.
+class TabBarInterface : public QAccessibleWidget
+{
+public:
+    explicit TabBarInterface(VXTabBarControl *bar) : QAccessibleWidget(bar, QAccessible::PageTabList) { }
+
+    int childCount() const override { return int(bar()->cells().size()) + QAccessibleWidget::childCount(); }
+    QAccessibleInterface *child(int index) const override
+    {
+        const int tabs = int(bar()->cells().size());
+        return index >= 0 && index < tabs ? QAccessible::queryAccessibleInterface(bar()->cells().at(index))
+                                          : QAccessibleWidget::child(index - tabs);
+    }
+    int indexOfChild(const QAccessibleInterface *child) const override
+    {
+        auto *cell = child ? qobject_cast<PSMTabBarCell *>(child->object()) : nullptr;
+        if (cell)
+            return int(bar()->cells().indexOf(cell));
+        const int index = QAccessibleWidget::indexOfChild(child);
+        return index < 0 ? index : index + int(bar()->cells().size());
+    }
+    QAccessibleInterface *childAt(int x, int y) const override
+    {
+        const QPoint point = bar()->mapFromGlobal(QPoint(x, y));
+        PSMTabBarCell *cell = bar()->cellAtPoint(point);
+        return cell ? QAccessible::queryAccessibleInterface(cell) : QAccessibleWidget::childAt(x, y);
+    }
+    QAccessibleInterface *focusChild() const override
+    {
+        PSMTabBarCell *cell = bar()->cellForTabItem(bar()->selectedTabItem());
+        return bar()->hasFocus() && cell ? QAccessible::queryAccessibleInterface(cell)
+                                         : QAccessibleWidget::focusChild();
+    }
+
+private:
+    VXTabBarControl *bar() const { return static_cast<VXTabBarControl *>(widget()); }
+};
+
+QAccessibleInterface *makeInterface(const QString &, QObject *object)
+{
+    // Not by the class name that is asked for: a class derived from the bar is a bar as well.
+    if (auto *bar = qobject_cast<VXTabBarControl *>(object))
+        return new TabBarInterface(bar);
+    if (qobject_cast<PSMTabBarCell *>(object))
+        return new TabInterface(object);
+    if (qobject_cast<PSMTabCloseButton *>(object))
+        return new CloseButtonInterface(object);
+    return nullptr;
+}
+
+} // namespace
+
+void installTabBarAccessibility()
+{
+    QAccessible::installFactory(makeInterface); // the same function is installed only once
+}
+
+} // namespace runebook

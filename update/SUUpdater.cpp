@@ -1,0 +1,125 @@
+#include "update/SUUpdater.h"
+
+#include "platform/defaults/UserDefaults.h"
+#include "update/VXVersionComparator.h"
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kFeed = u"SUFeedURL"_s;
+const QString kChecksAtStart = u"SUEnableAutomaticChecks"_s;
+const QString kSkipped = u"SUSkippedVersion"_s;
+
+} // namespace
+
+SUUpdater::SUUpdater(QObject *parent)
+    : QObject(parent), m_currentVersion(QStringLiteral(RUNEBOOK_VERSION)) { }
+
+SUUpdater::~SUUpdater() = default;
+
+QString SUUpdater::feedURL() const
+{
+    return UserDefaults::standard().stringForKey(kFeed).trimmed();
+}
+
+void SUUpdater::setFeedURL(const QString &address)
+{
+    const QString trimmed = address.trimmed();
+    UserDefaults::standard().setObjectForKey(trimmed.isEmpty() ? QVariant() : trimmed, kFeed);
+}
+
+bool SUUpdater::automaticallyChecksForUpdates() const
+{
+    return UserDefaults::standard().boolForKey(kChecksAtStart);
+}
+
+void SUUpdater::setAutomaticallyChecksForUpdates(bool checks)
+{
+    UserDefaults::standard().setObjectForKey(checks, kChecksAtStart);
+}
+
+QString SUUpdater::skippedVersion() const
+{
+    return UserDefaults::standard().stringForKey(kSkipped);
+}
+
+void SUUpdater::skipVersion(const QString &version)
+{
+    UserDefaults::standard().setObjectForKey(version, kSkipped);
+}
+
+void SUUpdater::checkForUpdates()
+{
+    m_wasAsked = true;
+    check();
+}
+
+void SUUpdater::checkForUpdatesInBackground()
+{
+    if (isChecking() || feedURL().isEmpty())
+        return;
+    m_wasAsked = false;
+    check();
+}
+
+void SUUpdater::check()
+{
+    if (feedURL().isEmpty()) {
+        tellFailure({u"UpdateError"_s,
+                     UpdateError::NoFeed,
+                     tr("No address of an update feed is set."),
+                     {},
+                     tr("Set one in the preferences under Updates, where the program came from.")});
+        return;
+    }
+    Q_EMIT started();
+    m_fetcher.fetch(QUrl(feedURL(), QUrl::StrictMode),
+                    [this](const QByteArray &page, const Error &error) { take(page, error); });
+}
+
+void SUUpdater::take(const QByteArray &page, const Error &error)
+{
+    if (!error.domain.isEmpty()) {
+        tellFailure(error);
+        return;
+    }
+    Error problem;
+    m_appcast = readAppcast(page, &problem);
+    if (!m_appcast) {
+        tellFailure(problem);
+        return;
+    }
+    offer(m_delegate ? m_delegate->bestValidUpdateInAppcastForUpdater(m_appcast.get(), this)
+                     : m_appcast->itemList().value(0));
+}
+
+void SUUpdater::offer(SUAppcastItem *item)
+{
+    if (!item) {
+        tellFailure(
+            {u"UpdateError"_s, UpdateError::NoEntry, tr("The update feed lists no version."), {}, {}});
+        return;
+    }
+    if (item->versionString.isEmpty()) {
+        tellFailure({u"UpdateError"_s,
+                     UpdateError::NoVersion,
+                     tr("The update feed does not tell the version of what it offers."),
+                     {},
+                     {}});
+        return;
+    }
+    if (!VXVersionComparator::isVersionGreaterThanVersion(item->versionString, m_currentVersion)) {
+        if (m_wasAsked)
+            Q_EMIT foundNothingNewer(item);
+    } else if (m_wasAsked || item->versionString != skippedVersion()) {
+        Q_EMIT foundUpdate(item);
+    }
+}
+
+void SUUpdater::tellFailure(const Error &error)
+{
+    if (m_wasAsked)
+        Q_EMIT failed(error);
+}
