@@ -1,6 +1,6 @@
-#include "BraceMatching.h"
+#include "codeeditor/BraceMatching.h"
 
-#include "platform/UserDefaults.h"
+#include "platform/defaults/UserDefaults.h"
 
 #include <QDebug>
 #include <array>
@@ -11,8 +11,8 @@ using runebook::TextRange;
 
 namespace {
 
-constexpr int maximumDepth = 100;
-constexpr int chunkLength = 512; // read at a time
+constexpr int kMaximumDepth = 100;
+constexpr int kChunkLength = 512; // read at a time
 
 enum BraceKind : quint8 { NoBrace = 0, Opening = 1, Closing = 2 };
 
@@ -69,7 +69,7 @@ public:
 private:
     Result push(char16_t c)
     {
-        if (m_depth > maximumDepth - 1) {
+        if (m_depth > kMaximumDepth - 1) {
             qWarning("Skeigrukra: Exhausted stack depth for delimiter matching.  Giving up.");
             return Result::Failed;
         }
@@ -85,7 +85,7 @@ private:
     }
 
     BraceKind m_sameKind;
-    std::array<char16_t, maximumDepth> m_stack {};
+    std::array<char16_t, kMaximumDepth> m_stack {};
     int m_depth = 1;
 };
 
@@ -151,7 +151,7 @@ std::optional<TextRange> runebook::findMatchingBrace(int index, TextRange search
     BraceStack stack(first, forward ? Opening : Closing);
     const int step = forward ? 1 : -1;
     for (int at = index + step; searched.contains(at);) {
-        const int count = std::min(chunkLength, forward ? searched.end() - at : at + 1 - searched.location);
+        const int count = std::min(kChunkLength, forward ? searched.end() - at : at + 1 - searched.location);
         const TextRange range {forward ? at : at - count + 1, count};
         const QString chunk = read(range);
         const char16_t *const units = QStringView(chunk).utf16();

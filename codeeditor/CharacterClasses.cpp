@@ -1,4 +1,4 @@
-#include "CharacterClasses.h"
+#include "codeeditor/CharacterClasses.h"
 
 #include <QChar>
 

@@ -20,7 +20,7 @@ constexpr quint8 classOf(int c)
     return quint8((letter ? NameStart : 0) | (letter || digit ? NamePart : 0) | (blank ? Blank : 0));
 }
 
-inline constexpr auto classes = [] {
+inline constexpr auto kClasses = [] {
     std::array<quint8, 256> table {};
     for (int c = 0; c < 256; ++c)
         table[std::size_t(c)] = classOf(c);
@@ -43,7 +43,7 @@ int namePartLengthOutsideLatin1(QStringView text, qsizetype index);
 /// True for blanks of every kind, line ends included.
 inline bool isBlank(char16_t c)
 {
-    return c < 256 ? (latin1::classes[c] & latin1::Blank) != 0 : isBlankOutsideLatin1(c);
+    return c < 256 ? (latin1::kClasses[c] & latin1::Blank) != 0 : isBlankOutsideLatin1(c);
 }
 
 /// The number of UTF-16 units (1 or 2; 0 for no) of the name character at \a index of \a text: a letter of
@@ -51,14 +51,14 @@ inline bool isBlank(char16_t c)
 inline int nameStartLength(QStringView text, qsizetype index)
 {
     const char16_t c = text.utf16()[index];
-    return c < 256 ? latin1::classes[c] & latin1::NameStart : nameStartLengthOutsideLatin1(text, index);
+    return c < 256 ? latin1::kClasses[c] & latin1::NameStart : nameStartLengthOutsideLatin1(text, index);
 }
 
 /// The same for a character inside a name, where digits and combining marks may stand too.
 inline int namePartLength(QStringView text, qsizetype index)
 {
     const char16_t c = text.utf16()[index];
-    return c < 256 ? (latin1::classes[c] & latin1::NamePart) >> 1 : namePartLengthOutsideLatin1(text, index);
+    return c < 256 ? (latin1::kClasses[c] & latin1::NamePart) >> 1 : namePartLengthOutsideLatin1(text, index);
 }
 
 /// 1, or 2 when a whole surrogate pair stands at \a index.

@@ -1,4 +1,4 @@
-#include "CodeColors.h"
+#include "codeeditor/CodeColors.h"
 
 #include <cmath>
 
@@ -6,7 +6,7 @@ namespace runebook {
 
 namespace {
 
-constexpr double readableContrast = 4.5;
+constexpr double kReadableContrast = 4.5;
 
 double linearComponent(double value)
 {
@@ -76,7 +76,7 @@ double contrastRatio(const QColor &a, const QColor &b)
 
 QColor readableColor(const QColor &color, const QColor &background)
 {
-    if (contrastRatio(asPainted(color), background) >= readableContrast)
+    if (contrastRatio(asPainted(color), background) >= kReadableContrast)
         return color;
     // Black reads better than white on every background above this luminance.
     const bool darken = relativeLuminance(background) > 0.179;
@@ -87,10 +87,10 @@ QColor readableColor(const QColor &color, const QColor &background)
     const auto at = [&](float lightness) {
         return asPainted(QColor::fromHslF(hue, hsl.hslSaturationF(), lightness).toRgb());
     };
-    constexpr int steps = 12; // finer than eight bits can show
-    for (int i = 0; i < steps; ++i) {
+    constexpr int kSteps = 12; // finer than eight bits can show
+    for (int i = 0; i < kSteps; ++i) {
         const float middle = (near + far) / 2;
-        (contrastRatio(at(middle), background) >= readableContrast ? far : near) = middle;
+        (contrastRatio(at(middle), background) >= kReadableContrast ? far : near) = middle;
     }
     return at(far);
 }

@@ -1,4 +1,4 @@
-#include "CodeLayout.h"
+#include "codeeditor/CodeLayout.h"
 
 #include <QTextBlock>
 #include <QTextDocument>
@@ -9,7 +9,7 @@ namespace runebook {
 
 namespace {
 
-constexpr qreal everything = 1e9;
+constexpr qreal kEverything = 1e9;
 
 /// Of the rows as laid out last, in 64ths of a pixel. Kept as the block's state, as new colours forget the rows;
 /// -1 for a block that never had any.
@@ -79,13 +79,13 @@ void CodeLayout::blockChanged(const QTextBlock &block)
     const int before = knownHeight(block);
     block.layout()->clearLayout();
     const bool isLong =
-        block.length() > longestShapedBlock; // laid out once, however many changes come together
+        block.length() > kLongestShapedBlock; // laid out once, however many changes come together
     if (!isLong)
         blockBoundingRect(block);
     if (!isLong && knownHeight(block) == before)
         Q_EMIT updateBlock(block);
     else
-        Q_EMIT update(QRectF(0, -document()->documentMargin(), everything, everything));
+        Q_EMIT update(QRectF(0, -document()->documentMargin(), kEverything, kEverything));
 }
 
 QRectF CodeLayout::blockBoundingRect(const QTextBlock &block) const
@@ -112,7 +112,7 @@ void CodeLayout::layOut(const QTextBlock &block) const
 {
     QTextLayout &layout = *block.layout();
     QTextOption option = document()->defaultTextOption();
-    if (block.length() > longestShapedBlock)
+    if (block.length() > kLongestShapedBlock)
         option.setWrapMode(QTextOption::WrapAnywhere);
     layout.setTextOption(option);
 

@@ -18,7 +18,7 @@ public:
 
     /// Longer paragraphs break anywhere, as looking for the place to break a word costs the square of its
     /// length, and are not shaped: in a code font that is seen at combining marks at most.
-    static constexpr int longestShapedBlock = 10'000;
+    static constexpr int kLongestShapedBlock = 10'000;
 
     qreal headIndent() const { return m_headIndent; }
     qreal paragraphSpacing() const { return m_paragraphSpacing; }

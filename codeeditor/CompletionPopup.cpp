@@ -1,4 +1,4 @@
-#include "CompletionPopup.h"
+#include "codeeditor/CompletionPopup.h"
 
 #include "codeeditor/CodeColors.h"
 #include "platform/PlainText.h"
@@ -18,16 +18,16 @@ namespace runebook {
 
 namespace {
 
-constexpr int narrowest = 160;
-constexpr int widest = 480;
-constexpr int descriptionWidth = 300;
-constexpr int kindGap = 24; // between a name and its kind
-constexpr qreal kindSize = 0.85; // of the names' font
-constexpr int kindRole = Qt::UserRole;
+constexpr int kNarrowest = 160;
+constexpr int kWidest = 480;
+constexpr int kDescriptionWidth = 300;
+constexpr int kKindGap = 24; // between a name and its kind
+constexpr qreal kKindSize = 0.85; // of the names' font
+constexpr int kKindRole = Qt::UserRole;
 
 QFont kindFont(QFont font)
 {
-    font.setPointSizeF(font.pointSizeF() * kindSize);
+    font.setPointSizeF(font.pointSizeF() * kKindSize);
     return font;
 }
 
@@ -50,7 +50,7 @@ public:
                                   : secondaryLabelColor(option.palette));
         painter->setFont(kindFont(option.font));
         painter->drawText(option.rect.adjusted(0, 0, -6, 0), Qt::AlignRight | Qt::AlignVCenter,
-                          index.data(kindRole).toString());
+                          index.data(kKindRole).toString());
     }
 
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
@@ -62,8 +62,8 @@ public:
 private:
     static int kindWidth(const QStyleOptionViewItem &option, const QModelIndex &index)
     {
-        const QString kind = index.data(kindRole).toString();
-        return kind.isEmpty() ? 0 : QFontMetrics(kindFont(option.font)).horizontalAdvance(kind) + kindGap;
+        const QString kind = index.data(kKindRole).toString();
+        return kind.isEmpty() ? 0 : QFontMetrics(kindFont(option.font)).horizontalAdvance(kind) + kKindGap;
     }
 };
 
@@ -94,7 +94,7 @@ CompletionPopup::CompletionPopup(QWidget *editor)
     m_description->setWordWrap(true);
     m_description->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     m_description->setMargin(8);
-    m_description->setFixedWidth(descriptionWidth);
+    m_description->setFixedWidth(kDescriptionWidth);
     m_description->setAutoFillBackground(true);
     m_description->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Ignored);
     m_description->hide();
@@ -116,7 +116,7 @@ void CompletionPopup::popUp(const CompletionList &offered, int current, const QR
         m_list->clear();
         for (const Completion &one : offered) {
             auto *item = new QListWidgetItem(one.text.sliced(one.text.lastIndexOf(u'.') + 1), m_list);
-            item->setData(kindRole, one.kind);
+            item->setData(kKindRole, one.kind);
             item->setData(Qt::AccessibleTextRole,
                           one.kind.isEmpty() ? one.text : tr("%1, %2").arg(one.text, one.kind));
         }
@@ -179,16 +179,16 @@ void CompletionPopup::place()
 {
     const int frame = 2 * frameWidth();
     const int rows = m_list->count();
-    const int bar = rows > visibleRows ? m_list->verticalScrollBar()->sizeHint().width() : 0;
+    const int bar = rows > kVisibleRows ? m_list->verticalScrollBar()->sizeHint().width() : 0;
     const bool describes = !m_description->isHidden();
-    const int list = std::clamp(m_list->sizeHintForColumn(0) + bar + 12, narrowest, widest);
-    int height = std::min(rows, visibleRows) * m_list->sizeHintForRow(0);
+    const int list = std::clamp(m_list->sizeHintForColumn(0) + bar + 12, kNarrowest, kWidest);
+    int height = std::min(rows, kVisibleRows) * m_list->sizeHintForRow(0);
     if (describes)
         height = std::max(height,
-                          std::min(m_description->heightForWidth(descriptionWidth),
-                                   visibleRows * m_list->sizeHintForRow(0)));
+                          std::min(m_description->heightForWidth(kDescriptionWidth),
+                                   kVisibleRows * m_list->sizeHintForRow(0)));
     QRect box(m_caret.bottomLeft() + QPoint(0, 2),
-              QSize(list + (describes ? descriptionWidth : 0) + frame, height + frame));
+              QSize(list + (describes ? kDescriptionWidth : 0) + frame, height + frame));
     if (const QScreen *screen = QGuiApplication::screenAt(m_caret.center())) {
         const QRect available = screen->availableGeometry();
         if (box.bottom() > available.bottom())

@@ -29,7 +29,7 @@ public:
     /// What is told beside the list about the current row; nothing when both are empty.
     void setDescription(const QString &signature, const QString &help);
 
-    static constexpr int visibleRows = 10;
+    static constexpr int kVisibleRows = 10;
 
 Q_SIGNALS:
     /// A row became the current one.

@@ -1,4 +1,4 @@
-#include "CompletionRules.h"
+#include "codeeditor/CompletionRules.h"
 
 #include "codeeditor/CharacterClasses.h"
 
@@ -13,9 +13,9 @@ namespace runebook {
 
 namespace {
 
-constexpr int longestWay = 6; // of names bound to names
-constexpr qsizetype longestSearch = 200'000; // characters before the caret
-constexpr qsizetype longestHelp = 240;
+constexpr int kLongestWay = 6; // of names bound to names
+constexpr qsizetype kLongestSearch = 200'000; // characters before the caret
+constexpr qsizetype kLongestHelp = 240;
 
 QString kindName(const char *kind)
 {
@@ -141,7 +141,7 @@ QStringList bindingOf(const QString &name, const QString &text)
 QString resolvedPath(QStringList steps, const QString &text)
 {
     QSet<QString> seen;
-    for (int way = 0; way < longestWay && !steps.isEmpty() && !seen.contains(steps.first()); ++way) {
+    for (int way = 0; way < kLongestWay && !steps.isEmpty() && !seen.contains(steps.first()); ++way) {
         seen.insert(steps.first());
         const QStringList binding = bindingOf(steps.first(), text);
         if (binding.isEmpty() || binding.first() == steps.first())
@@ -161,7 +161,7 @@ Completion described(const QString &name, QStringView before, QStringView behind
     if (line == "def"_L1 || line == "async def"_L1) {
         result.kind = kindName(QT_TRANSLATE_NOOP("Completion", "function"));
         const qsizetype end = behind.indexOf(u')');
-        if (behind.startsWith(u'(') && end > 0 && end < longestHelp)
+        if (behind.startsWith(u'(') && end > 0 && end < kLongestHelp)
             result.signature = name + behind.first(end + 1).toString().simplified();
     } else if (line == "class"_L1) {
         result.kind = kindName(QT_TRANSLATE_NOOP("Completion", "class"));
@@ -186,7 +186,7 @@ CompletionContext completionContext(const QString &text, int start, int end)
         const QStringList steps = stepsBefore(QStringView(text).sliced(lineStart, start + dot - lineStart));
         const qsizetype newline = text.indexOf(u'\n', end); // a comprehension binds behind the caret
         const qsizetype lineEnd = newline < 0 ? text.size() : newline;
-        const qsizetype from = std::max<qsizetype>(0, start - longestSearch);
+        const qsizetype from = std::max<qsizetype>(0, start - kLongestSearch);
         if (!steps.isEmpty())
             context.path = resolvedPath(steps, text.sliced(from, lineEnd - from));
     }
@@ -244,7 +244,7 @@ QString firstSentence(const QString &help)
     const QString paragraph = help.trimmed().section(u"\n\n"_s, 0, 0).simplified();
     const qsizetype end = paragraph.indexOf(u". "_s);
     const QString sentence = end < 0 ? paragraph : paragraph.first(end + 1);
-    return sentence.size() <= longestHelp ? sentence : sentence.first(longestHelp - 1) + u'\u2026';
+    return sentence.size() <= kLongestHelp ? sentence : sentence.first(kLongestHelp - 1) + u'\u2026';
 }
 
 } // namespace runebook

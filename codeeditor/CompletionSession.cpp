@@ -1,4 +1,4 @@
-#include "CompletionSession.h"
+#include "codeeditor/CompletionSession.h"
 
 #include "codeeditor/CompletionPopup.h"
 
@@ -107,10 +107,10 @@ bool CompletionSession::handleKey(const QKeyEvent &event)
         choose(row < last ? row + 1 : 0);
         return true;
     case Qt::Key_PageUp:
-        choose(std::max(0, row - CompletionPopup::visibleRows + 1));
+        choose(std::max(0, row - CompletionPopup::kVisibleRows + 1));
         return true;
     case Qt::Key_PageDown:
-        choose(std::min(last, row + CompletionPopup::visibleRows - 1));
+        choose(std::min(last, row + CompletionPopup::kVisibleRows - 1));
         return true;
     case Qt::Key_Tab:
         acceptCurrent();

@@ -26,7 +26,7 @@ public:
     enum class Origin { ByItself, OnRequest };
     Q_ENUM(Origin)
     /// So many characters of a name make a list come up by itself.
-    static constexpr int lettersToBegin = 2;
+    static constexpr int kLettersToBegin = 2;
 
     /// For \a editor, which owns it.
     explicit CompletionSession(QWidget *editor);

@@ -1,4 +1,4 @@
-#include "KeywordTable.h"
+#include "codeeditor/KeywordTable.h"
 
 #include <QFile>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "DottedWords.h"
+#include "codeeditor/DottedWords.h"
 
 #include "codeeditor/CharacterClasses.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TextRange.h"
+#include "codeeditor/TextRange.h"
 
 #include <QStringView>
 

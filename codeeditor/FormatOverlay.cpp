@@ -1,4 +1,4 @@
-#include "FormatOverlay.h"
+#include "codeeditor/FormatOverlay.h"
 
 #include "codeeditor/KeywordTable.h"
 
@@ -107,7 +107,7 @@ QTextCharFormat formatFromAttributes(const QVariantMap &attributes)
     const QVariant color = attributes.value(foregroundColorAttributeName);
     if (color.canConvert<QColor>() && color.value<QColor>().isValid()) {
         format.setForeground(color.value<QColor>());
-        format.setProperty(givenColorProperty, color.value<QColor>());
+        format.setProperty(kGivenColorProperty, color.value<QColor>());
     }
     const QVariant font = attributes.value(fontAttributeName);
     if (font.canConvert<QFont>())
@@ -122,8 +122,8 @@ QTextCharFormat formatFromAttributes(const QVariantMap &attributes)
 QVariantMap attributesFromFormat(const QTextCharFormat &format)
 {
     QVariantMap attributes;
-    if (format.hasProperty(givenColorProperty))
-        attributes.insert(foregroundColorAttributeName, format.property(givenColorProperty));
+    if (format.hasProperty(kGivenColorProperty))
+        attributes.insert(foregroundColorAttributeName, format.property(kGivenColorProperty));
     else if (format.hasProperty(QTextFormat::ForegroundBrush))
         attributes.insert(foregroundColorAttributeName, format.foreground().color());
     // A format that only leans on the document's font says nothing of its own about it.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TextRange.h"
+#include "codeeditor/TextRange.h"
 
 #include <QTextLayout>
 #include <QVariantMap>
@@ -16,7 +16,7 @@ using FormatRanges = QList<QTextLayout::FormatRange>;
 
 /// The format property that holds the colour an attribute was given, where what is painted had to differ from
 /// it to be readable.
-constexpr int givenColorProperty = 0x100000 + 0x52;
+constexpr int kGivenColorProperty = 0x100000 + 0x52;
 
 /// The formats over \a block, in its own positions, without those of a text being composed.
 FormatRanges overlayOf(const QTextBlock &block);

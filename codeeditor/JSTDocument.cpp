@@ -1,4 +1,4 @@
-#include "JSTDocument.h"
+#include "codeeditor/JSTDocument.h"
 
 #include "codeeditor/CodeLayout.h"
 #include "codeeditor/FormatOverlay.h"
@@ -15,10 +15,10 @@ using namespace runebook;
 
 namespace {
 
-constexpr int minimumFontSize = 6;
-constexpr int minimumColouredLength = 2;
-constexpr qreal paragraphSpacing = 2; // points
-constexpr int pauseMs = 250;
+constexpr int kMinimumFontSize = 6;
+constexpr int kMinimumColouredLength = 2;
+constexpr qreal kParagraphSpacing = 2; // points
+constexpr int kPauseMs = 250;
 
 } // namespace
 
@@ -28,7 +28,7 @@ JSTDocument::JSTDocument(std::shared_ptr<TDTokenizer> tokenizer, QObject *parent
     : QObject(parent), m_tokenizer(std::move(tokenizer))
 {
     m_wholePass.setSingleShot(true);
-    m_wholePass.setInterval(pauseMs);
+    m_wholePass.setInterval(kPauseMs);
     connect(&m_wholePass, &QTimer::timeout, this, [this] { colourText(false, {}, true); });
 }
 
@@ -131,8 +131,8 @@ void JSTDocument::applyParagraphStyle()
     const qreal tab = QFontMetricsF(font).horizontalAdvance(u"0000"_s);
     if (!qFuzzyCompare(m_sourceText->tabStopDistance(), tab))
         m_sourceText->setTabStopDistance(tab);
-    constexpr qreal pointsPerInch = 72;
-    const qreal spacing = qRound(paragraphSpacing * m_sourceText->logicalDpiY() / pointsPerInch);
+    constexpr qreal kPointsPerInch = 72;
+    const qreal spacing = qRound(kParagraphSpacing * m_sourceText->logicalDpiY() / kPointsPerInch);
     m_storage->codeLayout().setParagraphStyle(m_sourceText->headIndent(), spacing);
 }
 
@@ -148,8 +148,8 @@ void JSTDocument::textStorageDidProcessEditing(int from, int removed, int added)
 
 void JSTDocument::parseCode(bool force)
 {
-    if (m_fontSize < minimumFontSize) {
-        m_fontSize = minimumFontSize;
+    if (m_fontSize < kMinimumFontSize) {
+        m_fontSize = kMinimumFontSize;
         m_font.reset();
     }
     if (!m_storage)
@@ -165,8 +165,8 @@ bool JSTDocument::colourEdit(TextRange edited)
 {
     const int newLength = m_storage->length();
     const int removed = int(m_sourceString.size()) - newLength + edited.length;
-    if (m_sourceString.isNull() || m_runs.isEmpty() || newLength < minimumColouredLength || !formatsAreFresh()
-        || m_postprocessingBlock || m_formats.defaultIndex() != TokenFormats::none || removed < 0
+    if (m_sourceString.isNull() || m_runs.isEmpty() || newLength < kMinimumColouredLength || !formatsAreFresh()
+        || m_postprocessingBlock || m_formats.defaultIndex() != TokenFormats::kNone || removed < 0
         || removed > m_sourceString.size() - edited.location)
         return false;
     const QString inserted = m_storage->substringWithRange(edited);
@@ -192,7 +192,7 @@ void JSTDocument::colourText(bool everything, TextRange edited, bool announce)
         return;
     m_sourceString = m_storage->string();
     const int length = int(m_sourceString.size());
-    if (length < minimumColouredLength) {
+    if (length < kMinimumColouredLength) {
         m_runs.clear();
         paint({0, length}, announce); // what is left of a longer text, or came back, has its colours still
         return;
@@ -228,7 +228,7 @@ QVariantMap JSTDocument::blankAttributes(int index, TextRange *range) const
     const int format = m_runs.formatAt(index, &run);
     if (run.contains(index))
         *range = range->intersected(run);
-    if (format == TokenFormats::none)
+    if (format == TokenFormats::kNone)
         return {};
     return attributesFromFormat(m_formats.at(format));
 }

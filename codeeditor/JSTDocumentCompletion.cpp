@@ -1,5 +1,5 @@
 // What a document offers for a partial word: the words of its list, and what is near.
-#include "JSTDocument.h"
+#include "codeeditor/JSTDocument.h"
 
 #include "codeeditor/CompletionRules.h"
 #include "codeeditor/JSTTextView.h"

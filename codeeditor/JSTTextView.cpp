@@ -1,4 +1,4 @@
-#include "JSTTextView.h"
+#include "codeeditor/JSTTextView.h"
 
 #include "codeeditor/BraceMatching.h"
 #include "codeeditor/CodeLayout.h"
@@ -19,7 +19,7 @@ using namespace runebook;
 
 namespace {
 
-constexpr int lineNumberLeftMargin = 12;
+constexpr int kLineNumberLeftMargin = 12;
 
 } // namespace
 
@@ -122,7 +122,7 @@ void JSTTextView::setupLineNumberview()
     m_showsLineNumbers = true;
     m_lineNumberView->setBackgroundColor(palette().color(QPalette::Base));
     m_lineNumberView->setFont(font());
-    m_lineNumberView->setLeftMargin(lineNumberLeftMargin);
+    m_lineNumberView->setLeftMargin(kLineNumberLeftMargin);
     m_lineNumberView->show();
     placeLineNumberView();
 }

@@ -1,5 +1,5 @@
 // The completions of the code view: when they come up, and what becomes of the one that was taken.
-#include "JSTTextView.h"
+#include "codeeditor/JSTTextView.h"
 
 #include "codeeditor/CharacterClasses.h"
 #include "codeeditor/CompletionSession.h"
@@ -80,7 +80,7 @@ void JSTTextView::updateCompletions(const QString &typed, bool erases)
 bool JSTTextView::wantsNoCompletions(TextRange range, const QString &partial) const
 {
     const auto *coloured = qobject_cast<const JSTDocument *>(m_delegate.data());
-    return (!partial.contains(u'.') && partial.size() < CompletionSession::lettersToBegin)
+    return (!partial.contains(u'.') && partial.size() < CompletionSession::kLettersToBegin)
         || (coloured && range.length > 0 && coloured->isInStringOrComment(range.end() - 1));
 }
 

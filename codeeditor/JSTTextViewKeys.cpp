@@ -1,5 +1,5 @@
 // The keys of the code view.
-#include "JSTTextView.h"
+#include "codeeditor/JSTTextView.h"
 
 #include "codeeditor/CompletionSession.h"
 #include "codeeditor/VXCodeTextStorage.h"

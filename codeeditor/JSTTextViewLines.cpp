@@ -1,5 +1,5 @@
 // The actions of the code view that work on whole lines, and how far a key indents.
-#include "JSTTextView.h"
+#include "codeeditor/JSTTextView.h"
 
 #include "codeeditor/EditGroup.h"
 #include "codeeditor/LineEditing.h"
@@ -83,17 +83,17 @@ void JSTTextView::shiftSelectedLinesLeft()
 
 QString JSTTextView::indentStep() const
 {
-    constexpr int blanksOfChoice = 4;
-    constexpr int lookedAt = 50'000; // characters
+    constexpr int kBlanksOfChoice = 4;
+    constexpr int kLookedAt = 50'000; // characters
     switch (m_indentation) {
     case Indentation::Tab:
         return u"\t"_s;
     case Indentation::Blanks:
-        return QString(blanksOfChoice, u' ');
+        return QString(kBlanksOfChoice, u' ');
     case Indentation::AsTheText:
         break;
     }
-    return runebook::indentStep(m_storage->substringWithRange({0, lookedAt}));
+    return runebook::indentStep(m_storage->substringWithRange({0, kLookedAt}));
 }
 
 /// Blanks up to the next step where the text is indented by blanks. False: the key writes its tab.

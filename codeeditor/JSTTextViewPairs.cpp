@@ -1,5 +1,5 @@
 // Pairs in the code view: brackets and quotes that close themselves, and braces that belong together.
-#include "JSTTextView.h"
+#include "codeeditor/JSTTextView.h"
 
 #include "codeeditor/BraceMatching.h"
 #include "codeeditor/EditGroup.h"
@@ -15,7 +15,7 @@ using namespace runebook;
 
 namespace {
 
-constexpr int markedWithin = 50'000; // characters from the caret: it moves often
+constexpr int kMarkedWithin = 50'000; // characters from the caret: it moves often
 
 } // namespace
 
@@ -126,7 +126,7 @@ void JSTTextView::followBraces()
 void JSTTextView::markBraces()
 {
     const TextRange caret = m_markedSelection = selectedRange();
-    const TextRange near = TextRange {std::max(0, caret.location - markedWithin), 2 * markedWithin}.clampedTo(
+    const TextRange near = TextRange {std::max(0, caret.location - kMarkedWithin), 2 * kMarkedWithin}.clampedTo(
         m_storage->length());
     QList<QTextEdit::ExtraSelection> marks;
     for (const int index : {caret.location - 1, caret.location}) {

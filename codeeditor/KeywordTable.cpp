@@ -1,4 +1,4 @@
-#include "KeywordTable.h"
+#include "codeeditor/KeywordTable.h"
 
 #include "codeeditor/CodeColors.h"
 #include "codeeditor/TDTokenizer.h"
@@ -18,15 +18,15 @@ const QString defaultForegroundKey = u"VXForegroundColorXYZ"_s;
 namespace {
 
 // "print" stands twice in the list as it was handed down; the second one changes nothing.
-constexpr const char *keywords[] = {"False",   "True",  "None",   "print", "and",    "del",    "from",
+constexpr const char *kKeywords[] = {"False",   "True",  "None",   "print", "and",    "del",    "from",
                                     "not",     "while", "as",     "elif",  "global", "or",     "with",
                                     "assert",  "else",  "if",     "pass",  "yield",  "break",  "except",
                                     "import",  "print", "class",  "exec",  "in",     "raise",  "continue",
                                     "finally", "is",    "return", "def",   "for",    "lambda", "try"};
 
-constexpr const char *scriptingObjects[] = {"Layer", "Tessel", "Font"};
+constexpr const char *kScriptingObjects[] = {"Layer", "Tessel", "Font"};
 
-constexpr const char *builtins[] = {
+constexpr const char *kBuiltins[] = {
     "all",        "abs",          "any",     "apply",     "callable",  "chr",      "cmp",        "coerce",
     "compile",    "delattr",      "dir",     "divmod",    "eval",      "execfile", "filter",     "getattr",
     "globals",    "hasattr",      "hash",    "hex",       "id",        "input",    "intern",     "isinstance",
@@ -39,11 +39,11 @@ constexpr const char *builtins[] = {
 
 // The bracket stands where a tab might be expected: white space that begins with it, once a tokenizer is told
 // to take it for white space, is painted like white space.
-constexpr char16_t whitespaceKeys[] = {0x000A, 0x000D, 0x000C, 0x0020, 0x005B, 0x00A0, 0x1680, 0x2000,
+constexpr char16_t kWhitespaceKeys[] = {0x000A, 0x000D, 0x000C, 0x0020, 0x005B, 0x00A0, 0x1680, 0x2000,
                                        0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008,
                                        0x2009, 0x200A, 0x200B, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
 
-static_assert(std::size(keywords) == 35 && std::size(builtins) == 72 && std::size(whitespaceKeys) == 24);
+static_assert(std::size(kKeywords) == 35 && std::size(kBuiltins) == 72 && std::size(kWhitespaceKeys) == 24);
 
 QVariantMap attributes(const QColor &color, const std::optional<QFont> &font = std::nullopt)
 {
@@ -57,7 +57,7 @@ QVariantMap attributes(const QColor &color, const std::optional<QFont> &font = s
 
 bool isPythonKeyword(QStringView word)
 {
-    return std::any_of(std::begin(keywords), std::end(keywords),
+    return std::any_of(std::begin(kKeywords), std::end(kKeywords),
                        [word](const char *keyword) { return word == QLatin1StringView(keyword); });
 }
 
@@ -71,11 +71,11 @@ QVariantHash defaultKeywordAttributes(const CodeFonts &fonts, const QPalette &pa
     };
     if (const std::optional<QFont> font = fonts.italic ? fonts.italic : fonts.regular)
         table.insert(commentAttributesKey, attributes(secondaryLabelColor(palette), font));
-    insertAll(keywords, attributes(keywordColor(), fonts.bold));
-    insertAll(scriptingObjects, attributes(scriptingObjectColor()));
-    insertAll(builtins, attributes(builtinColor()));
+    insertAll(kKeywords, attributes(keywordColor(), fonts.bold));
+    insertAll(kScriptingObjects, attributes(scriptingObjectColor()));
+    insertAll(kBuiltins, attributes(builtinColor()));
     const QVariantMap whitespace = attributes(tertiaryLabelColor(palette));
-    for (const char16_t key : whitespaceKeys)
+    for (const char16_t key : kWhitespaceKeys)
         table.insert(QString(QChar(key)), whitespace);
     return table;
 }
@@ -119,11 +119,11 @@ void WordIndex::insert(const QString &word, int value)
 int WordIndex::find(QStringView word) const
 {
     if (m_slots.empty())
-        return notFound;
+        return kNotFound;
     for (std::size_t at = hash(word) >> 7;; ++at) {
         const Slot &slot = m_slots[at & (m_slots.size() - 1)];
         if (slot.word.isEmpty())
-            return notFound;
+            return kNotFound;
         if (slot.word == word)
             return slot.value;
     }

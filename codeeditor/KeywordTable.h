@@ -47,7 +47,7 @@ QStringList completionWords(const QString &path);
 class WordIndex
 {
 public:
-    static constexpr int notFound = -1;
+    static constexpr int kNotFound = -1;
 
     void insert(const QString &word, int value);
     int find(QStringView word) const;
@@ -55,7 +55,7 @@ public:
 private:
     struct Slot {
         QString word;
-        int value = notFound;
+        int value = kNotFound;
     };
     static std::size_t hash(QStringView word);
     void grow();

@@ -1,4 +1,4 @@
-#include "LineEditing.h"
+#include "codeeditor/LineEditing.h"
 
 #include <algorithm>
 
@@ -8,7 +8,7 @@ namespace runebook {
 
 namespace {
 
-constexpr int maximumUnindent = 4;
+constexpr int kMaximumUnindent = 4;
 
 /// Gathers edits at line starts and moves the selection along with them.
 class LineEditor
@@ -77,7 +77,7 @@ int lengthOfUnindent(QStringView text, int lineStart, int limit)
     if (lineStart < limit && text[lineStart] == u'\t')
         return 1;
     int count = 0;
-    while (count < maximumUnindent && lineStart + count < limit && text[lineStart + count] == u' ')
+    while (count < kMaximumUnindent && lineStart + count < limit && text[lineStart + count] == u' ')
         ++count;
     return count;
 }
@@ -244,10 +244,10 @@ LineEdit joinLines(QStringView text, TextRange selection)
 
 QString indentStep(QStringView text)
 {
-    constexpr int linesLookedAt = 1000;
+    constexpr int kLinesLookedAt = 1000;
     int step = 0;
     qsizetype start = 0;
-    for (int line = 0; line < linesLookedAt && start >= 0 && start < text.size(); ++line) {
+    for (int line = 0; line < kLinesLookedAt && start >= 0 && start < text.size(); ++line) {
         qsizetype blanks = 0;
         while (start + blanks < text.size() && text[start + blanks] == u' ')
             ++blanks;

@@ -1,4 +1,4 @@
-#include "LineTable.h"
+#include "codeeditor/LineTable.h"
 
 #include <QTextBlock>
 #include <QTextDocument>
@@ -75,8 +75,8 @@ void LineTable::recount(const QTextDocument &document)
         fresh.append(start);
     }
     splice(line, fresh, old, textLength - m_countedLength);
-    m_staleFrom = valid;
-    m_goodTail = valid;
+    m_staleFrom = kValid;
+    m_goodTail = kValid;
     m_countedLength = textLength;
 }
 

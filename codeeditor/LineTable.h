@@ -20,7 +20,7 @@ public:
     /// the text is now \a textLength long.
     void noteEdit(int from, int added, int textLength);
 
-    bool isStale() const { return m_staleFrom != valid; }
+    bool isStale() const { return m_staleFrom != kValid; }
     /// The smallest index whose line may be stale; the largest number when none is.
     int staleFrom() const { return m_staleFrom; }
 
@@ -33,14 +33,14 @@ public:
     static int lineContaining(const QList<int> &starts, int index);
 
 private:
-    static constexpr int valid = std::numeric_limits<int>::max();
+    static constexpr int kValid = std::numeric_limits<int>::max();
 
     QList<int>::iterator oldStartsFrom(int position, int textLength);
     void splice(int line, const QList<int> &fresh, QList<int>::iterator old, int shift);
 
     QList<int> m_starts;
-    int m_staleFrom = valid;
-    int m_goodTail = valid; // so many characters at the end of the text are as they were at the last recount
+    int m_staleFrom = kValid;
+    int m_goodTail = kValid; // so many characters at the end of the text are as they were at the last recount
     int m_countedLength = 0; // the text's length at the last recount
 };
 

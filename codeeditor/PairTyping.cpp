@@ -1,4 +1,4 @@
-#include "PairTyping.h"
+#include "codeeditor/PairTyping.h"
 
 using namespace Qt::StringLiterals;
 
@@ -6,9 +6,9 @@ namespace runebook {
 
 namespace {
 
-constexpr QLatin1StringView openers {"([{\"'"};
-constexpr QLatin1StringView closers {")]}\"'"};
-constexpr QLatin1StringView followers {")]}:,;"}; // what may stand behind a pair without a blank
+constexpr QLatin1StringView kOpeners {"([{\"'"};
+constexpr QLatin1StringView kClosers {")]}\"'"};
+constexpr QLatin1StringView kFollowers {")]}:,;"}; // what may stand behind a pair without a blank
 
 bool isNameUnit(QChar c)
 {
@@ -26,15 +26,15 @@ bool isPrefix(QStringView word)
 
 QChar closerOf(QChar opener)
 {
-    const qsizetype place = openers.indexOf(opener);
-    return place < 0 ? QChar() : QChar(closers[place]);
+    const qsizetype place = kOpeners.indexOf(opener);
+    return place < 0 ? QChar() : QChar(kClosers[place]);
 }
 
 bool closesItself(QStringView line, qsizetype caret, QChar typed)
 {
     if (closerOf(typed).isNull())
         return false;
-    if (caret < line.size() && !line[caret].isSpace() && !followers.contains(line[caret]))
+    if (caret < line.size() && !line[caret].isSpace() && !kFollowers.contains(line[caret]))
         return false;
     if (typed != u'"' && typed != u'\'')
         return true;

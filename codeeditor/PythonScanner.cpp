@@ -1,6 +1,6 @@
-#include "PythonScanner.h"
+#include "codeeditor/PythonScanner.h"
 
-#include "CharacterClasses.h"
+#include "codeeditor/CharacterClasses.h"
 
 #include <algorithm>
 

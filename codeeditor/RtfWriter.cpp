@@ -1,4 +1,4 @@
-#include "RtfWriter.h"
+#include "codeeditor/RtfWriter.h"
 
 #include "codeeditor/KeywordTable.h"
 #include "codeeditor/VXCodeTextStorage.h"

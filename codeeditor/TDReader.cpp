@@ -1,4 +1,4 @@
-#include "TDReader.h"
+#include "codeeditor/TDReader.h"
 
 #include <algorithm>
 

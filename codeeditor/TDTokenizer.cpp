@@ -1,4 +1,4 @@
-#include "TDTokenizer.h"
+#include "codeeditor/TDTokenizer.h"
 
 #include "codeeditor/CharacterClasses.h"
 #include "codeeditor/PythonScanner.h"
@@ -43,8 +43,8 @@ void TDTokenizer::setReader(const TDReader &reader)
 
 int TDTokenizer::longestLookAhead() const
 {
-    constexpr int python = 4; // as in 1e+5 and 0x_f
-    return m_comments.isEmpty() ? python : std::max(python, int(m_comments.front().start.size()));
+    constexpr int kPython = 4; // as in 1e+5 and 0x_f
+    return m_comments.isEmpty() ? kPython : std::max(kPython, int(m_comments.front().start.size()));
 }
 
 void TDTokenizer::setKeywords(const QVariantHash &keywords)

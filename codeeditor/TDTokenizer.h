@@ -1,7 +1,7 @@
 #pragma once
 
-#include "TDReader.h"
-#include "TDToken.h"
+#include "codeeditor/TDReader.h"
+#include "codeeditor/TDToken.h"
 
 #include <QList>
 #include <QVariantHash>

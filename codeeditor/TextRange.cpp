@@ -1,4 +1,4 @@
-#include "TextRange.h"
+#include "codeeditor/TextRange.h"
 
 #include <QVariant>
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "TokenFormats.h"
+#include "codeeditor/TokenFormats.h"
 
 #include "codeeditor/CharacterClasses.h"
 #include "codeeditor/CodeColors.h"
@@ -11,7 +11,7 @@ namespace runebook {
 
 namespace {
 
-constexpr double fontSizeTolerance = 0.5; // points
+constexpr double kFontSizeTolerance = 0.5; // points
 
 bool isDictionary(const QVariant &value)
 {
@@ -63,12 +63,12 @@ int TokenFormats::add(const QVariantMap &attributes, bool toBeRead)
     QVariantMap sized = attributes;
     QFont font = attributes.value(fontAttributeName).value<QFont>();
     if (attributes.contains(fontAttributeName)
-        && std::abs(font.pointSizeF() - m_fontSize) > fontSizeTolerance) {
+        && std::abs(font.pointSizeF() - m_fontSize) > kFontSizeTolerance) {
         font.setPointSize(m_fontSize);
         sized.insert(fontAttributeName, font);
     }
     QTextCharFormat format = formatFromAttributes(sized);
-    if (toBeRead && format.hasProperty(givenColorProperty))
+    if (toBeRead && format.hasProperty(kGivenColorProperty))
         format.setForeground(readableColor(format.foreground().color(), m_palette.color(QPalette::Base)));
     m_formats.append(format);
     m_unshapedFormats.append(unshaped(format));
@@ -93,12 +93,12 @@ int TokenFormats::indexFor(const TDToken &token) const
     case TDToken::Kind::EndOfInput:
         break;
     }
-    return none;
+    return kNone;
 }
 
 bool TokenFormats::isStringOrComment(int index) const
 {
-    return index != none && (index == m_quotedStringIndex || index == m_commentIndex);
+    return index != kNone && (index == m_quotedStringIndex || index == m_commentIndex);
 }
 
 } // namespace runebook

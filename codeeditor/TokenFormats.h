@@ -16,22 +16,22 @@ namespace runebook {
 class TokenFormats
 {
 public:
-    static constexpr int none = -1;
+    static constexpr int kNone = -1;
 
     TokenFormats() = default;
     /// Fonts of the table whose size differs from \a fontSize (points) by more than 0.5 are converted to it.
     /// With \a showsBlanks the view draws marks for blanks, so these need a look too.
     TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette, bool showsBlanks);
 
-    /// The number of the format that \a token is painted in, or none.
+    /// The number of the format that \a token is painted in, or kNone.
     int indexFor(const TDToken &token) const;
-    /// The number of the format of what has no other, or none: then it is the widget's text colour.
+    /// The number of the format of what has no other, or kNone: then it is the widget's text colour.
     int defaultIndex() const { return m_defaultIndex; }
     bool isStringOrComment(int index) const;
     /// True when nothing of the format can be seen: it belongs to blanks, and has no font.
     bool isInvisible(int index) const { return m_invisible[index]; }
     const QTextCharFormat &at(int index) const { return m_formats[index]; }
-    /// The same for a paragraph that is not shaped; none: of what has no other format.
+    /// The same for a paragraph that is not shaped; kNone: of what has no other format.
     const QTextCharFormat &unshapedAt(int index) const { return m_unshapedFormats[index + 1]; }
 
 private:
@@ -48,14 +48,14 @@ private:
     int m_fontSize = 0;
     bool m_showsBlanks = false;
     QList<QTextCharFormat> m_formats;
-    QList<QTextCharFormat> m_unshapedFormats; // that of none is the first
+    QList<QTextCharFormat> m_unshapedFormats; // that of kNone is the first
     QList<bool> m_invisible;
     QList<Entry> m_entries; // so that words of a kind share a format; emptied when the table is done
     WordIndex m_words;
-    int m_quotedStringIndex = none;
-    int m_numberIndex = none;
-    int m_commentIndex = none;
-    int m_defaultIndex = none;
+    int m_quotedStringIndex = kNone;
+    int m_numberIndex = kNone;
+    int m_commentIndex = kNone;
+    int m_defaultIndex = kNone;
 };
 
 } // namespace runebook

@@ -1,4 +1,4 @@
-#include "TokenRuns.h"
+#include "codeeditor/TokenRuns.h"
 
 #include "codeeditor/CodeLayout.h"
 #include "codeeditor/FormatOverlay.h"
@@ -17,7 +17,7 @@ void TokenRuns::clear()
 
 void TokenRuns::append(Runs &runs, int start, int length, int format)
 {
-    if (format != TokenFormats::none && length > 0)
+    if (format != TokenFormats::kNone && length > 0)
         runs.push_back({start, length, format});
 }
 
@@ -32,9 +32,9 @@ void TokenRuns::scan(TDTokenizer &tokenizer, const TokenFormats &formats, int te
         if (length > textLength - position)
             break; // the text and the tokens disagree
         const int format = formats.indexFor(*token);
-        append(m_runs, position, length, format == TokenFormats::none ? formats.defaultIndex() : format);
+        append(m_runs, position, length, format == TokenFormats::kNone ? formats.defaultIndex() : format);
         position += length;
-        if (position >= colouredLength)
+        if (position >= kColouredLength)
             break;
     }
     append(m_runs, position, textLength - position, formats.defaultIndex());
@@ -43,7 +43,7 @@ void TokenRuns::scan(TDTokenizer &tokenizer, const TokenFormats &formats, int te
 TextRange TokenRuns::rescan(TDTokenizer &tokenizer, const TokenFormats &formats, int from, int removed,
                             int added)
 {
-    Q_ASSERT(formats.defaultIndex() == TokenFormats::none);
+    Q_ASSERT(formats.defaultIndex() == TokenFormats::kNone);
     // A token may have looked at some characters behind its end, so those close to the edit are cut anew.
     const int untouched = from - tokenizer.longestLookAhead();
     const auto firstOld = std::partition_point(
@@ -58,7 +58,7 @@ TextRange TokenRuns::rescan(TDTokenizer &tokenizer, const TokenFormats &formats,
     auto lastOld = firstOld;
     int position = start;
     const TDToken *const end = TDToken::EOFToken();
-    for (const TDToken *token = tokenizer.nextToken(); token != end && position < colouredLength;
+    for (const TDToken *token = tokenizer.nextToken(); token != end && position < kColouredLength;
          token = tokenizer.nextToken()) {
         if (position >= from + added) {
             // Where an old token begins in text that did not change, all further tokens are the old ones.
@@ -70,7 +70,7 @@ TextRange TokenRuns::rescan(TDTokenizer &tokenizer, const TokenFormats &formats,
         append(fresh, position, int(token->stringValue().size()), formats.indexFor(*token));
         position += int(token->stringValue().size());
     }
-    if (position >= std::min(colouredLength, int(tokenizer.string().size())))
+    if (position >= std::min(kColouredLength, int(tokenizer.string().size())))
         lastOld = m_runs.end();
 
     if (shift != 0)
@@ -124,7 +124,7 @@ int TokenRuns::formatAt(int index, TextRange *run) const
         const int start = found == m_runs.begin() ? 0 : std::prev(found)->end();
         if (run)
             *run = {start, (found == m_runs.end() ? m_textLength : found->start) - start};
-        return TokenFormats::none;
+        return TokenFormats::kNone;
     }
     if (run)
         *run = {found->start, found->length};
@@ -142,11 +142,11 @@ TextRange TokenRuns::applyTo(const QTextDocument &document, TextRange range,
     for (; block.isValid() && start <= range.end(); block = block.next()) {
         const int length = block.length();
         const int end = start + length - 1; // the break has no looks of its own
-        const bool isShaped = length <= CodeLayout::longestShapedBlock;
+        const bool isShaped = length <= CodeLayout::kLongestShapedBlock;
         int reached = start;
         const auto fillTo = [&](int place) { // an unshaped paragraph has no gaps
             if (!isShaped && place > reached)
-                overlay.append({reached - start, place - reached, formats.unshapedAt(TokenFormats::none)});
+                overlay.append({reached - start, place - reached, formats.unshapedAt(TokenFormats::kNone)});
         };
         overlay.clear();
         auto inBlock = run;
@@ -154,7 +154,7 @@ TextRange TokenRuns::applyTo(const QTextDocument &document, TextRange range,
             const int first = std::max(inBlock->start, start);
             const int last = std::min(inBlock->end(), end);
             if (last <= first || formats.isInvisible(inBlock->format)
-                || (!isShaped && overlay.size() >= mostPiecesUnshaped))
+                || (!isShaped && overlay.size() >= kMostPiecesUnshaped))
                 continue;
             fillTo(first);
             overlay.append({first - start, last - first,

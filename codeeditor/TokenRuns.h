@@ -16,11 +16,11 @@ class TokenRuns
 {
 public:
     /// Text behind this many characters is not coloured.
-    static constexpr int colouredLength = 500'000;
+    static constexpr int kColouredLength = 500'000;
 
     /// A paragraph that is too long to be shaped is painted in colours up to so many pieces: each row that ends
     /// inside of a piece moves all pieces behind it. formatAt() knows the others as well.
-    static constexpr int mostPiecesUnshaped = 5'000;
+    static constexpr int kMostPiecesUnshaped = 5'000;
 
     /// Asks \a tokenizer, which holds a text of \a textLength units, for all its tokens.
     void scan(TDTokenizer &tokenizer, const TokenFormats &formats, int textLength);
@@ -41,7 +41,7 @@ public:
     /// are changed; answers the piece of text that they are.
     TextRange applyTo(const QTextDocument &document, TextRange range, const TokenFormats &formats) const;
 
-    /// The number of the format at \a index, or TokenFormats::none; \a run gets the piece that has it, or
+    /// The number of the format at \a index, or TokenFormats::kNone; \a run gets the piece that has it, or
     /// none.
     int formatAt(int index, TextRange *run = nullptr) const;
 

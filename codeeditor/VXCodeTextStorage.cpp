@@ -1,4 +1,4 @@
-#include "VXCodeTextStorage.h"
+#include "codeeditor/VXCodeTextStorage.h"
 
 #include "codeeditor/CodeLayout.h"
 #include "codeeditor/DottedWords.h"

@@ -53,7 +53,6 @@ public: // attributes: "NSColor", "NSFont", "NSLink"
     using BlankAttributes = std::function<QVariantMap(int index, runebook::TextRange *range)>;
     void setBlankAttributes(const BlankAttributes &blankAttributes) { m_blankAttributes = blankAttributes; }
     /// What characters without a colour of their own have.
-    QColor defaultForegroundColor() const { return m_defaultForegroundColor; }
     void setDefaultForegroundColor(const QColor &color) { m_defaultForegroundColor = color; }
 
 public: // words

@@ -1,4 +1,4 @@
-#include "VXLineNumberView.h"
+#include "codeeditor/VXLineNumberView.h"
 
 #include "codeeditor/CodeColors.h"
 #include "codeeditor/KeywordTable.h"
@@ -16,8 +16,8 @@ using namespace runebook;
 
 namespace {
 
-constexpr qreal minimumThickness = 22;
-constexpr qreal thicknessTolerance = 1;
+constexpr qreal kMinimumThickness = 22;
+constexpr qreal kThicknessTolerance = 1;
 
 /// So many digits are made room for in a text of \a lineCount lines.
 int reservedDigits(qsizetype lineCount)
@@ -146,7 +146,7 @@ qreal VXLineNumberView::requiredThickness()
 {
     const QString widest(reservedDigits(lineIndices().size()), u'8');
     const qreal width = QFontMetricsF(font()).horizontalAdvance(widest);
-    return std::ceil(std::max(m_leftMargin + width + m_rightMargin, minimumThickness));
+    return std::ceil(std::max(m_leftMargin + width + m_rightMargin, kMinimumThickness));
 }
 
 void VXLineNumberView::setRuleThickness(qreal thickness)
@@ -161,7 +161,7 @@ void VXLineNumberView::setRuleThickness(qreal thickness)
 void VXLineNumberView::applyRequiredThickness()
 {
     const qreal required = requiredThickness();
-    if (std::abs(required - m_ruleThickness) > thicknessTolerance)
+    if (std::abs(required - m_ruleThickness) > kThicknessTolerance)
         setRuleThickness(required);
 }
 

@@ -55,7 +55,7 @@ std::unique_ptr<PSMTabStyle> PSMTabStyle::named(const QString &name)
 
 qreal PSMTabStyle::rightMargin(bool addTabButton, bool overflowButton) const
 {
-    return leftMargin() + (addTabButton ? buttonExtent : 0) + (overflowButton ? buttonExtent : 0);
+    return leftMargin() + (addTabButton ? kButtonExtent : 0) + (overflowButton ? kButtonExtent : 0);
 }
 
 qreal PSMTabStyle::tabCellHeight(const QFont &font) const

@@ -51,7 +51,7 @@ public: // measures of the bar
     /// The part of the cell height, from the top, that the tabs leave free.
     virtual qreal topMargin() const = 0;
     /// Points each of the buttons in the right margin takes along the bar.
-    static constexpr qreal buttonExtent = 28;
+    static constexpr qreal kButtonExtent = 28;
 
 public: // measures inside a cell
     /// The width that shows the whole title, at least \a minimum.

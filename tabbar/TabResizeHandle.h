@@ -11,7 +11,7 @@ class TabResizeHandle : public QWidget
 {
     Q_OBJECT
 public:
-    static constexpr int smallestWidth = 6;
+    static constexpr int kSmallestWidth = 6;
     explicit TabResizeHandle(VXTabBarControl *bar);
 
 protected:

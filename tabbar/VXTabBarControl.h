@@ -243,7 +243,6 @@ private:
     void postNotification(const QString &name, QObject *item);
     void showSelectedView();
     void setSelectionIndex(uint index);
-    bool mayClose(const PSMTabBarCell &cell) const;
     void selectNeighbour(int step);
     void moveSelectedTab(int step);
 

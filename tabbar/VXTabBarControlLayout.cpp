@@ -271,7 +271,7 @@ void VXTabBarControl::tellOverflowChanges(const QList<PSMTabBarCell *> &changed)
 void VXTabBarControl::placeButtons()
 {
     const bool horizontal = m_orientation == Qt::Horizontal;
-    const int extent = int(PSMTabStyle::buttonExtent);
+    const int extent = int(PSMTabStyle::kButtonExtent);
     const int length = (horizontal ? width() : height()) - m_resizeAreaCompensation;
     const auto put = [this, horizontal, extent](QWidget *button, int start) {
         const QRect logical =
@@ -288,7 +288,7 @@ void VXTabBarControl::placeButtons()
         end += m_slots.extents.at(slot);
     put(m_addTabButton, std::min(int(std::round(end)), length - (m_slots.overflows ? 2 : 1) * extent));
     m_addTabButton->setVisible(m_showAddTabButton && !m_isTabBarHidden);
-    const int handle = std::max(m_resizeAreaCompensation, runebook::TabResizeHandle::smallestWidth);
+    const int handle = std::max(m_resizeAreaCompensation, runebook::TabResizeHandle::kSmallestWidth);
     m_resizeHandle->setGeometry(
         QStyle::visualRect(layoutDirection(), rect(), QRect(width() - handle, 0, handle, height())));
     m_resizeHandle->setVisible(m_allowsResizing && !m_isTabBarHidden);

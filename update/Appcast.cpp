@@ -24,7 +24,7 @@ QString tr(const char *text)
 
 Error malformed(const QString &reason)
 {
-    return {u"UpdateError"_s, UpdateError::Malformed, tr("The update feed cannot be used."), reason, {}};
+    return {u"UpdateError"_s, UpdateError::kMalformed, tr("The update feed cannot be used."), reason, {}};
 }
 
 /// Whether an element could have more attributes than the reader compares in reasonable time: it looks at

@@ -58,14 +58,14 @@ std::unique_ptr<SUAppcast> readAppcast(QByteArrayView bytes, Error *error = null
 
 /// The codes of the errors of this folder, domain "UpdateError".
 namespace UpdateError {
-inline constexpr int NoFeed = 1; ///< no address is set
-inline constexpr int Address = 2; ///< the address, or one that it leads to, is not allowed
-inline constexpr int Network = 3;
-inline constexpr int TooLarge = 4;
-inline constexpr int TooSlow = 5;
-inline constexpr int Malformed = 6; ///< no feed, or a hostile one
-inline constexpr int NoVersion = 7; ///< the entry to offer does not tell its version
-inline constexpr int NoEntry = 8;
+inline constexpr int kNoFeed = 1; ///< no address is set
+inline constexpr int kAddress = 2; ///< the address, or one that it leads to, is not allowed
+inline constexpr int kNetwork = 3;
+inline constexpr int kTooLarge = 4;
+inline constexpr int kTooSlow = 5;
+inline constexpr int kMalformed = 6; ///< no feed, or a hostile one
+inline constexpr int kNoVersion = 7; ///< the entry to offer does not tell its version
+inline constexpr int kNoEntry = 8;
 } // namespace UpdateError
 
 } // namespace runebook

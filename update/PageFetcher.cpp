@@ -50,7 +50,7 @@ PageFetcher::PageFetcher(QObject *parent) : QObject(parent)
 {
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this,
-            [this] { giveUp(UpdateError::TooSlow, tr("The server took too long to answer.")); });
+            [this] { giveUp(UpdateError::kTooSlow, tr("The server took too long to answer.")); });
 }
 
 PageFetcher::~PageFetcher()
@@ -78,7 +78,7 @@ void PageFetcher::fetch(const QUrl &url, Then then)
         QMetaObject::invokeMethod(
             this,
             [this, shown] {
-                giveUp(UpdateError::Address,
+                giveUp(UpdateError::kAddress,
                        tr("“%1” is no address that begins with “https://”.").arg(shown));
             },
             Qt::QueuedConnection);
@@ -113,7 +113,7 @@ void PageFetcher::followRedirect(const QUrl &url)
         Q_EMIT m_reply->redirectAllowed();
         return;
     }
-    giveUp(UpdateError::Address,
+    giveUp(UpdateError::kAddress,
            tr("The server leads to “%1”, which is no address that begins with “https://”.")
                .arg(url.toDisplayString().left(kLongestReason)));
 }
@@ -122,7 +122,7 @@ void PageFetcher::receive()
 {
     m_page += m_reply->readAll();
     if (m_page.size() > m_limits.bytes)
-        giveUp(UpdateError::TooLarge,
+        giveUp(UpdateError::kTooLarge,
                tr("The answer is larger than %1.").arg(QLocale().formattedDataSize(m_limits.bytes)));
 }
 
@@ -132,12 +132,12 @@ void PageFetcher::finish()
     if (!m_reply)
         return;
     if (m_reply->error() != QNetworkReply::NoError) {
-        giveUp(UpdateError::Network, m_reply->errorString().left(kLongestReason));
+        giveUp(UpdateError::kNetwork, m_reply->errorString().left(kLongestReason));
         return;
     }
     const QByteArray packed = m_reply->rawHeader("Content-Encoding").trimmed().toLower();
     if (!packed.isEmpty() && packed != "identity") {
-        giveUp(UpdateError::Network, tr("The answer is compressed, which was not asked for."));
+        giveUp(UpdateError::kNetwork, tr("The answer is compressed, which was not asked for."));
         return;
     }
     answer(m_page, {});

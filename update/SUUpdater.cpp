@@ -68,7 +68,7 @@ void SUUpdater::check()
 {
     if (feedURL().isEmpty()) {
         tellFailure({u"UpdateError"_s,
-                     UpdateError::NoFeed,
+                     UpdateError::kNoFeed,
                      tr("No address of an update feed is set."),
                      {},
                      tr("Set one in the preferences under Updates, where the program came from.")});
@@ -99,12 +99,12 @@ void SUUpdater::offer(SUAppcastItem *item)
 {
     if (!item) {
         tellFailure(
-            {u"UpdateError"_s, UpdateError::NoEntry, tr("The update feed lists no version."), {}, {}});
+            {u"UpdateError"_s, UpdateError::kNoEntry, tr("The update feed lists no version."), {}, {}});
         return;
     }
     if (item->versionString.isEmpty()) {
         tellFailure({u"UpdateError"_s,
-                     UpdateError::NoVersion,
+                     UpdateError::kNoVersion,
                      tr("The update feed does not tell the version of what it offers."),
                      {},
                      {}});

@@ -154,12 +154,6 @@ QWidget *CompareSheet::caption(Side side, GlyphField field) const
     return half.cells ? static_cast<QWidget *>(half.cells) : half.label;
 }
 
-QColor CompareSheet::captionColor(Side side, GlyphField field) const
-{
-    const Half &half = rowOf(field).sides[side];
-    return half.cells ? half.cells->titleColor() : half.label->palette().color(QPalette::WindowText);
-}
-
 void CompareSheet::setCaptionColor(GlyphField field, const QColor &color, bool differs)
 {
     const Row &row = rowOf(field);

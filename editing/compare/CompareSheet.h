@@ -30,7 +30,6 @@ public:
 
     /// The caption of a field: a label, or for case and direction a row of cells.
     QWidget *caption(Side side, GlyphField field) const;
-    QColor captionColor(Side side, GlyphField field) const;
     /// Colours both captions of a field.
     void setCaptionColor(GlyphField field, const QColor &color, bool differs);
     /// The colour of a caption whose values agree.

@@ -220,7 +220,6 @@ private:
     InfoList currentAndNeighbours() const;
     bool showsDocumentOrder() const { return m_sortColumn < 0 && !isFiltered(); }
     void rebuildRowNumbers() const;
-    runebook::IndexSet afterMove(const runebook::IndexSet &rows, qsizetype row);
 
     VXDocument &m_document;
     std::vector<VXGlyphInfo *> m_rows; ///< owned by the document's list while they stand here

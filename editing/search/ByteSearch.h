@@ -10,12 +10,12 @@ namespace runebook {
 class ByteSearch
 {
 public:
-    static constexpr std::size_t npos = std::string_view::npos;
+    static constexpr std::size_t kNpos = std::string_view::npos;
 
     /// \a needle must not be empty. A few bytes of \a text tell which bytes are rare in it.
     ByteSearch(std::string needle, std::string_view text);
 
-    /// The first place at or behind \a from; npos when there is none.
+    /// The first place at or behind \a from; kNpos when there is none.
     std::size_t find(std::string_view text, std::size_t from) const;
 
 private:

@@ -40,25 +40,25 @@ QList<SearchMenu::Item> SearchMenu::items()
         {tr("Description"), tagOf(SearchMode::Description),
          tr("Matches a part of the description, in either case.")},
         separator,
-        {tr("Match Case"), matchCaseTag,
+        {tr("Match Case"), kMatchCaseTag,
          tr("Tells upper from lower case in names, subcategories and compositions.")},
-        {tr("Regex"), regexTag,
+        {tr("Regex"), kRegexTag,
          tr("Takes the text as a regular expression that matches the whole name, with regard to case.")},
         separator,
-        {{}, recentsTitleTag, {}},
-        {tr("Recent Searches"), recentsTitleTag, {}},
-        {tr("Recents"), recentsTag, {}},
-        {tr("Clear"), clearRecentsTag, tr("Forgets the recent searches.")},
+        {{}, kRecentsTitleTag, {}},
+        {tr("Recent Searches"), kRecentsTitleTag, {}},
+        {tr("Recents"), kRecentsTag, {}},
+        {tr("Clear"), kClearRecentsTag, tr("Forgets the recent searches.")},
     };
 }
 
 SearchMenu::ItemState SearchMenu::stateOfItem(int tag, const SearchSettings &settings)
 {
-    if (tag <= lastModeTag)
+    if (tag <= kLastModeTag)
         return {tag == settings.state, !settings.regex};
-    if (tag == matchCaseTag)
+    if (tag == kMatchCaseTag)
         return {settings.matchCase, !settings.regex};
-    if (tag == regexTag)
+    if (tag == kRegexTag)
         return {settings.regex, true};
     return {};
 }
@@ -67,11 +67,11 @@ bool SearchMenu::choose(int tag)
 {
     const SearchSettings old = SearchSettings::current();
     SearchSettings settings = old;
-    if (tag <= lastModeTag)
+    if (tag <= kLastModeTag)
         settings.state = tag;
-    else if (tag == matchCaseTag)
+    else if (tag == kMatchCaseTag)
         settings.matchCase = !old.matchCase;
-    else if (tag == regexTag)
+    else if (tag == kRegexTag)
         settings.regex = !old.regex;
     settings.store();
     return settings != old;
@@ -81,9 +81,9 @@ QString SearchMenu::placeOf(const SearchSettings &settings)
 {
     QStringList parts;
     for (const Item &item : items()) {
-        const bool isOption = item.tag == matchCaseTag || item.tag == regexTag;
+        const bool isOption = item.tag == kMatchCaseTag || item.tag == kRegexTag;
         const bool isMode = item.tag == tagOf(settings.effectiveMode());
-        const bool isUsed = item.tag == regexTag || !settings.regex;
+        const bool isUsed = item.tag == kRegexTag || !settings.regex;
         if (!item.isSeparator() && (isMode || (isOption && isUsed && stateOfItem(item.tag, settings).isTicked)))
             parts += item.title;
     }
@@ -113,7 +113,7 @@ void RecentSearches::add(const QString &text)
     QStringList all = texts();
     all.removeAll(text);
     all.prepend(text);
-    UserDefaults::standard().setObjectForKey(all.mid(0, mostTexts), kRecentSearches);
+    UserDefaults::standard().setObjectForKey(all.mid(0, kMostTexts), kRecentSearches);
 }
 
 void RecentSearches::clear()

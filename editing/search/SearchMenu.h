@@ -14,12 +14,12 @@ class SearchMenu
 {
     Q_DECLARE_TR_FUNCTIONS(SearchMenu)
 public: // tags besides those of SearchMode
-    static constexpr int lastModeTag = 999;
-    static constexpr int recentsTitleTag = 1000; ///< also of the separator in front of it
-    static constexpr int recentsTag = 1001;
-    static constexpr int clearRecentsTag = 1002;
-    static constexpr int matchCaseTag = 2001;
-    static constexpr int regexTag = 2002;
+    static constexpr int kLastModeTag = 999;
+    static constexpr int kRecentsTitleTag = 1000; ///< also of the separator in front of it
+    static constexpr int kRecentsTag = 1001;
+    static constexpr int kClearRecentsTag = 1002;
+    static constexpr int kMatchCaseTag = 2001;
+    static constexpr int kRegexTag = 2002;
 
     struct Item {
         QString title; ///< null for a separator
@@ -51,7 +51,7 @@ public:
 class RecentSearches
 {
 public:
-    static constexpr qsizetype mostTexts = 10;
+    static constexpr qsizetype kMostTexts = 10;
 
     static QStringList texts();
     /// Does nothing for an empty text.

@@ -281,7 +281,7 @@ RecordBits SearchTexts::recordsWith(const std::string &bytes, std::size_t lead) 
     std::size_t record = 0;
     for (std::size_t from = 1 - lead; record < count(); from = m_starts[record] - lead) {
         const std::size_t place = search.find(m_bytes, from);
-        if (place == ByteSearch::npos)
+        if (place == ByteSearch::kNpos)
             break;
         // Doubling steps first: where many records match, the next one is near.
         std::size_t step = 1;

@@ -156,9 +156,9 @@ void VXSearchField::setUpSearchMenu()
         action->setToolTip(item.help);
         action->setStatusTip(item.help);
         action->setWhatsThis(item.help);
-        const bool isMode = !item.isSeparator() && item.tag <= SearchMenu::lastModeTag;
-        action->setCheckable(isMode || item.tag == SearchMenu::matchCaseTag
-                             || item.tag == SearchMenu::regexTag);
+        const bool isMode = !item.isSeparator() && item.tag <= SearchMenu::kLastModeTag;
+        action->setCheckable(isMode || item.tag == SearchMenu::kMatchCaseTag
+                             || item.tag == SearchMenu::kRegexTag);
         if (isMode)
             modes->addAction(action);
     }
@@ -194,16 +194,16 @@ void VXSearchField::updateMenu()
             continue;
         }
         item->setEnabled(validateMenuItem(item));
-        if (tag == SearchMenu::recentsTitleTag || tag == SearchMenu::clearRecentsTag)
+        if (tag == SearchMenu::kRecentsTitleTag || tag == SearchMenu::kClearRecentsTag)
             item->setVisible(!recents.isEmpty());
-        if (tag == SearchMenu::recentsTag)
+        if (tag == SearchMenu::kRecentsTag)
             item->setVisible(false); // the recent searches stand in its place
-        if (tag == SearchMenu::clearRecentsTag)
+        if (tag == SearchMenu::kClearRecentsTag)
             clearRecents = item;
     }
     for (const QString &text : recents) {
         auto *item = new QAction(menuTitle(text), m_menu);
-        item->setData(SearchMenu::recentsTag);
+        item->setData(SearchMenu::kRecentsTag);
         item->setProperty("representedObject", text);
         item->setToolTip(escapedTip(text));
         m_menu->insertAction(clearRecents, item);
@@ -215,7 +215,7 @@ bool VXSearchField::validateMenuItem(QAction *item) const
     const int tag = item->data().toInt();
     const SearchMenu::ItemState state = SearchMenu::stateOfItem(tag, SearchSettings::current());
     item->setChecked(item->isCheckable() && state.isTicked);
-    const bool isTitle = tag == SearchMenu::recentsTitleTag && !item->isSeparator();
+    const bool isTitle = tag == SearchMenu::kRecentsTitleTag && !item->isSeparator();
     return state.isEnabled && !isTitle;
 }
 
@@ -230,9 +230,9 @@ void VXSearchField::chooseMenuItem(QAction *item)
     const int tag = item->data().toInt();
     if (item == m_helpAction)
         return; // it acts by itself
-    if (tag == SearchMenu::clearRecentsTag) {
+    if (tag == SearchMenu::kClearRecentsTag) {
         RecentSearches::clear();
-    } else if (tag == SearchMenu::recentsTag) {
+    } else if (tag == SearchMenu::kRecentsTag) {
         setStringValue(item->property("representedObject").toString());
         rememberSearch();
         setFocus();

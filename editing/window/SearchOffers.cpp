@@ -14,7 +14,7 @@ QList<SearchOffers::Offer> candidates(const SearchSettings &now)
     if (now.matchCase && !now.regex)
         offers << SearchOffers::Offer {{now.state, false, false}, SearchOffers::tr("Either case"), 0};
     for (const SearchMenu::Item &item : SearchMenu::items()) {
-        const bool isMode = !item.isSeparator() && item.tag <= SearchMenu::lastModeTag;
+        const bool isMode = !item.isSeparator() && item.tag <= SearchMenu::kLastModeTag;
         if (isMode && (now.regex || item.tag != static_cast<int>(now.effectiveMode())))
             offers << SearchOffers::Offer {{item.tag, now.matchCase, false}, item.title, 0};
     }

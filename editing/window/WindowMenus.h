@@ -40,7 +40,6 @@ public:
     /// The actions that the toolbar shows too.
     QAction *addAction() const { return m_addAction; }
     QAction *removeAction() const { return m_removeAction; }
-    QAction *sidebarAction() const { return m_sidebarAction; }
     /// A button for the toolbar with the commands on the selected glyphs.
     VXMenuButton *makeGlyphButton(QWidget *parent);
 

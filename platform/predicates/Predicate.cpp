@@ -192,7 +192,7 @@ Error Predicate::gaveUpError(const PatternTest &test, QStringView value)
             QCoreApplication::translate("Predicate", "The regular expression takes too long."),
             QCoreApplication::translate("Predicate", "“%1” was given up on “%2” after %L3 steps.")
                 .arg(test.pattern.pattern(), excerpt)
-                .arg(PredicatePattern::maxSteps),
+                .arg(PredicatePattern::kMaxSteps),
             QCoreApplication::translate(
                 "Predicate", "Repetitions of repetitions such as (a+)+ are slow; write a+ instead.")};
 }

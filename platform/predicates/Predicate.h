@@ -52,8 +52,8 @@ public: // errors
     /// The domain of errors with these codes.
     static QString errorDomain();
     /// The longest text that is parsed, in UTF-16 units, and the deepest nesting of "(" and "!".
-    static constexpr qsizetype maxLength = 1 << 20;
-    static constexpr int maxDepth = 200;
+    static constexpr qsizetype kMaxLength = 1 << 20;
+    static constexpr int kMaxDepth = 200;
 
 public: // making
     /// Always true.

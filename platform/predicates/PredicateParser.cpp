@@ -62,9 +62,9 @@ PredicateParser::PredicateParser(QStringView text) : m_text(text), m_lexer(text)
 std::optional<PredicateNode> PredicateParser::parse(Error *error)
 {
     PredicateNode node;
-    bool ok = m_text.size() <= Predicate::maxLength
-        || failAt(Predicate::maxLength, Predicate::TooLong,
-                  tr("the text is longer than %L1 characters").arg(Predicate::maxLength));
+    bool ok = m_text.size() <= Predicate::kMaxLength
+        || failAt(Predicate::kMaxLength, Predicate::TooLong,
+                  tr("the text is longer than %L1 characters").arg(Predicate::kMaxLength));
     if (ok) {
         advance();
         ok = readAny(node) && readEnd();
@@ -316,9 +316,9 @@ bool PredicateParser::expect(Kind kind, const QString &reason)
 bool PredicateParser::descend()
 {
     // The reading, asking and freeing of a tree goes as deep as the tree.
-    return ++m_depth <= Predicate::maxDepth
+    return ++m_depth <= Predicate::kMaxDepth
         || failAt(m_token.position, Predicate::TooDeep,
-                  tr("more than %1 parentheses and negations lie in each other").arg(Predicate::maxDepth));
+                  tr("more than %1 parentheses and negations lie in each other").arg(Predicate::kMaxDepth));
 }
 
 bool PredicateParser::failHere(const QString &reason)

@@ -12,7 +12,7 @@ namespace {
 QRegularExpression wholeExpression(const QString &pattern, QRegularExpression::PatternOptions options)
 {
     // The heap limit is in KiB and counts where the just-in-time compiler does not help.
-    const QString start = u"(*LIMIT_MATCH=%1)(*LIMIT_HEAP=32768)\\A(?:"_s.arg(PredicatePattern::maxSteps);
+    const QString start = u"(*LIMIT_MATCH=%1)(*LIMIT_HEAP=32768)\\A(?:"_s.arg(PredicatePattern::kMaxSteps);
     // A comment or a literal passage that the expression leaves open would swallow the plain end.
     for (const QLatin1StringView end : {")\\z"_L1, "\n)\\z"_L1, "\\E)\\z"_L1}) {
         QRegularExpression whole(start + pattern + end, options);

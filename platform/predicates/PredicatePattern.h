@@ -16,7 +16,7 @@ class PredicatePattern
 {
 public:
     /// The steps a match may take before it gives up: 2 ms or so, far beyond what an honest expression needs.
-    static constexpr int maxSteps = 1'000'000;
+    static constexpr int kMaxSteps = 1'000'000;
 
     /// Nothing when \a pattern is no valid expression; then \a reason, when given, tells why, for a person.
     /// Under Fold::Diacritics the marks of \a pattern are overlooked, too.

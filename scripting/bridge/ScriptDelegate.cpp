@@ -4,6 +4,7 @@
 #include "scripting/bridge/BridgeTypes.h"
 #include "scripting/python/MainThread.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/CallbackError.h"
 #include "tabbar/VXTabBarControl.h"
 
 namespace runebook::bridge {

@@ -21,6 +21,7 @@
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/python/ScriptConsole.h"
+#include "scripting/python/CallbackError.h"
 #include "tabbar/VXTabBarControl.h"
 #include "update/Appcast.h"
 #include "update/VXVersionComparator.h"

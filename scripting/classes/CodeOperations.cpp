@@ -4,6 +4,7 @@
 #include "scripting/bridge/BridgeTypes.h"
 #include "scripting/classes/FontMaps.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/CallbackError.h"
 #include "tabbar/PSMOverflowPopUpButton.h"
 #include "tabbar/PSMTabBarCell.h"
 

@@ -217,13 +217,13 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
     }
     if (!script.isEmpty() && (!QFileInfo(script).isFile() || !QFileInfo(script).isReadable())) {
         complain(console, tr("The script “%1” cannot be read.").arg(options.script));
-        return HeadlessStatus::WrongInput;
+        return HeadlessStatus::kWrongInput;
     }
     const auto documents = openAll(options.files, console);
     if (!documents)
-        return HeadlessStatus::WrongInput;
+        return HeadlessStatus::kWrongInput;
     if (!hasPython(console) || !isNewEnough(options.requiredPython, console))
-        return HeadlessStatus::NoPython;
+        return HeadlessStatus::kNoPython;
     if (options.prepare)
         options.prepare();
     {
@@ -242,12 +242,12 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
     int status = ScriptRun::outcome().processStatus();
     finishScripts();
     console.flush();
-    if (status == HeadlessStatus::Success && refusedSaves > 0)
-        status = HeadlessStatus::ScriptFailed;
-    if (status == HeadlessStatus::Success && options.savesFiles && !saveAll(*documents, console))
-        status = HeadlessStatus::ScriptFailed;
-    if (status == HeadlessStatus::Success && console.hasFailed())
-        status = HeadlessStatus::ScriptFailed;
+    if (status == HeadlessStatus::kSuccess && refusedSaves > 0)
+        status = HeadlessStatus::kScriptFailed;
+    if (status == HeadlessStatus::kSuccess && options.savesFiles && !saveAll(*documents, console))
+        status = HeadlessStatus::kScriptFailed;
+    if (status == HeadlessStatus::kSuccess && console.hasFailed())
+        status = HeadlessStatus::kScriptFailed;
     return status;
 }
 

@@ -25,10 +25,10 @@ struct HeadlessOptions {
 
 /// The exit statuses of a headless run; scripts may end with others.
 namespace HeadlessStatus {
-inline constexpr int Success = 0;
-inline constexpr int ScriptFailed = 1; ///< also: a changed file or the output could not be written
-inline constexpr int WrongInput = 2;
-inline constexpr int NoPython = 3;
+inline constexpr int kSuccess = 0;
+inline constexpr int kScriptFailed = 1; ///< also: a changed file or the output could not be written
+inline constexpr int kWrongInput = 2;
+inline constexpr int kNoPython = 3;
 } // namespace HeadlessStatus
 
 /// While it lives, an application object that is made takes the platform that needs no display, whatever the

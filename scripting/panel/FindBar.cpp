@@ -18,8 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype longestCounted = 5'000'000; // characters, at every key
-constexpr qsizetype mostCounted = 10'000;
+constexpr qsizetype kLongestCounted = 5'000'000; // characters, at every key
+constexpr qsizetype kMostCounted = 10'000;
 
 } // namespace
 
@@ -179,19 +179,19 @@ void FindBar::tellCount(bool hasWrapped)
 {
     const QString text = m_view->document()->toRawText();
     QString note = hasWrapped ? tr("Wrapped") : QString();
-    if (text.size() <= longestCounted) {
+    if (text.size() <= kLongestCounted) {
         const auto sensitivity = m_caseButton->isChecked() ? Qt::CaseSensitive : Qt::CaseInsensitive;
         const QString wanted = m_text->text();
         const qsizetype selected = m_view->textCursor().selectionStart();
         qsizetype count = 0;
         qsizetype place = 0;
-        for (qsizetype at = text.indexOf(wanted, 0, sensitivity); at >= 0 && count <= mostCounted;
+        for (qsizetype at = text.indexOf(wanted, 0, sensitivity); at >= 0 && count <= kMostCounted;
              at = text.indexOf(wanted, at + wanted.size(), sensitivity)) {
             ++count;
             if (at <= selected)
                 place = count;
         }
-        const QString counted = count > mostCounted ? tr("more than %L1").arg(mostCounted)
+        const QString counted = count > kMostCounted ? tr("more than %L1").arg(kMostCounted)
                                                     : tr("%L1 of %L2").arg(place).arg(count);
         note += (note.isEmpty() ? QString() : u", "_s) + counted;
     }

@@ -171,7 +171,7 @@ void PromptLine::offerByItself()
 {
     const CompletionContext context = contextAtCaret();
     const bool isBegun =
-        context.afterDot ? !context.path.isEmpty() : context.start.size() >= CompletionSession::lettersToBegin;
+        context.afterDot ? !context.path.isEmpty() : context.start.size() >= CompletionSession::kLettersToBegin;
     const bool isCode = !hasSelectedText() && !python::isInStringOrComment(text(), cursorPosition());
     KnownNames known = isBegun && isCode ? liveNames(context.path, context.start) : KnownNames();
     // A name typed to its end wants no help.

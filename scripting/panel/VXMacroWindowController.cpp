@@ -103,7 +103,6 @@ void VXMacroWindowController::loadWindow()
     connect(m_window.get(), &VXMacroWindow::closing, this, &VXMacroWindowController::windowShouldClose);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &VXMacroWindowController::saveAll);
     qApp->installEventFilter(this);
-    Q_EMIT windowLoaded();
 }
 
 void VXMacroWindowController::setUpTabBar()

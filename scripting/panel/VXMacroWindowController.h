@@ -151,7 +151,6 @@ public:
     Q_INVOKABLE void showHelp();
 
 Q_SIGNALS:
-    void windowLoaded();
     /// The console was given \a text, whether the window shows it or not.
     void wrote(const QString &text);
     void wroteError(const QString &text);

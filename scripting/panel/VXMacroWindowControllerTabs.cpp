@@ -124,11 +124,11 @@ void VXMacroWindowController::takeTitle(QObject *item, const QString &title)
 /// The title and where the code begins.
 QString VXMacroWindowController::tabBarToolTipForTabItem(VXTabBarControl *, QObject *item) const
 {
-    constexpr qsizetype longest = 100;
+    constexpr qsizetype kLongest = 100;
     const auto *tab = qobject_cast<const VXMacroViewController *>(item);
     if (!tab)
         return {};
-    const QString line = tab->code().trimmed().section(u'\n', 0, 0).left(longest);
+    const QString line = tab->code().trimmed().section(u'\n', 0, 0).left(kLongest);
     return line.isEmpty() ? tab->title() : tab->title() + u'\n' + line;
 }
 

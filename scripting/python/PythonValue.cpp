@@ -2,7 +2,6 @@
 
 #include "scripting/python/ForkedProcess.h"
 #include "scripting/python/MainThread.h"
-#include "scripting/python/ScriptRun.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -114,17 +113,6 @@ void raiseCurrentException()
     } catch (...) {
         py.PyErr_SetString(*py.PyExc_RuntimeError, "an exception of the program");
     }
-}
-
-void reportCallbackError()
-{
-    if (!py.PyErr_Occurred() || ScriptRun::keepEnd())
-        return;
-    // Printing SystemExit would end the program.
-    if (py.PyErr_ExceptionMatches(*py.PyExc_SystemExit))
-        vxPyErr_Clear();
-    else
-        vxPyErr_PrintEx(0);
 }
 
 bool clearMissingAttribute()

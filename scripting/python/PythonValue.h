@@ -86,10 +86,6 @@ template <typename Result, typename Function> Result guarded(Result failed, Func
     }
 }
 
-/// For an error in code of a script that the program called, an observer or a delegate, where nobody is there
-/// to take it: printed as an uncaught one. What ends a script waits for the operation to come back to the
-/// script.
-void reportCallbackError();
 /// Clears the pending error when it only tells that an attribute is missing; true when none is left.
 bool clearMissingAttribute();
 

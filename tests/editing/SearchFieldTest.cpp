@@ -216,7 +216,7 @@ private Q_SLOTS:
     void menuUnderRegex()
     {
         field()->searchMode(4);
-        field()->searchMode(SearchMenu::regexTag);
+        field()->searchMode(SearchMenu::kRegexTag);
         QCOMPARE(field()->placeholderText(), u"Search Name by Regex"_s);
         QVERIFY(!field()->validateMenuItem(m_window->item(u"Category"_s)));
         QVERIFY(m_window->item(u"Category"_s)->isChecked());
@@ -289,9 +289,9 @@ private Q_SLOTS:
         auto *chip = field()->findChild<QToolButton *>(u"searchChip"_s);
         QVERIFY(chip && !chip->isVisible());
         QTest::keyClicks(field(), u"ab"_s);
-        for (const auto &[tag, words] : {std::pair(12, u"Description"_s), {SearchMenu::matchCaseTag,
+        for (const auto &[tag, words] : {std::pair(12, u"Description"_s), {SearchMenu::kMatchCaseTag,
                                                                            u"Description, Match Case"_s},
-                                         {SearchMenu::regexTag, u"Name, Regex"_s}}) {
+                                         {SearchMenu::kRegexTag, u"Name, Regex"_s}}) {
             field()->searchMode(tag);
             QCOMPARE(chip->text(), words);
             QVERIFY(chip->isVisible() && chip->accessibleName().contains(words));

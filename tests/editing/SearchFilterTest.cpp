@@ -13,9 +13,9 @@ Q_DECLARE_METATYPE(SearchSettings)
 
 namespace {
 
-constexpr bool ignoreCase = false;
-constexpr bool matchCase = true;
-constexpr bool regex = true;
+constexpr bool kIgnoreCase = false;
+constexpr bool kMatchCase = true;
+constexpr bool kRegex = true;
 
 SearchSettings settingsFor(SearchMode mode, bool matchesCase = false, bool isRegex = false)
 {
@@ -62,8 +62,8 @@ private Q_SLOTS:
     TABLE(predicates, (const SearchSettings &settings, const QString &text, const QString &predicate), {
         const auto modeRows = [&row](const char *name, SearchMode mode, const char *text, const char *ignoring,
                                      const char *matching) {
-            row(name, settingsFor(mode, ignoreCase), text, ignoring);
-            row(QString::fromUtf8(name) + ", match case"_L1, settingsFor(mode, matchCase), text, matching);
+            row(name, settingsFor(mode, kIgnoreCase), text, ignoring);
+            row(QString::fromUtf8(name) + ", match case"_L1, settingsFor(mode, kMatchCase), text, matching);
         };
         using enum SearchMode;
         const char *const allIgnoring =
@@ -121,11 +121,11 @@ private Q_SLOTS:
         row("quotes and backslashes as an argument", settingsFor(Category), "a\"b\\",
             "category contains[cd] \"a\\\"b\\\\\"");
 
-        row("regex", settingsFor(Category, ignoreCase, regex), "^a.*", "name MATCHES \"^a.*\"");
-        row("regex, match case", settingsFor(Name, matchCase, regex), "a", "name MATCHES \"a\"");
-        row("regex, character", settingsFor(Name, ignoreCase, regex), "é", "name MATCHES \"é\"");
-        row("regex, beyond 16 bits", settingsFor(Name, ignoreCase, regex), "\U0001F600+", "name MATCHES \"1F600\"");
-        row("regex, backslash", settingsFor(Name, ignoreCase, regex), "\\d+", "name MATCHES \"\\\\d+\"");
+        row("regex", settingsFor(Category, kIgnoreCase, kRegex), "^a.*", "name MATCHES \"^a.*\"");
+        row("regex, match case", settingsFor(Name, kMatchCase, kRegex), "a", "name MATCHES \"a\"");
+        row("regex, character", settingsFor(Name, kIgnoreCase, kRegex), "é", "name MATCHES \"é\"");
+        row("regex, beyond 16 bits", settingsFor(Name, kIgnoreCase, kRegex), "\U0001F600+", "name MATCHES \"1F600\"");
+        row("regex, backslash", settingsFor(Name, kIgnoreCase, kRegex), "\\d+", "name MATCHES \"\\\\d+\"");
     })
     {
         const SearchResult result = SearchFilter(settings).result(text);
@@ -145,7 +145,7 @@ private Q_SLOTS:
         row("production, words", settingsFor(Production), "x a\"b", int(Predicate::SyntaxError));
         row("long", settingsFor(All), QString(2 << 20, u'a'), int(Predicate::TooLong));
         for (const char *pattern : {"(", "[a", "a)(b", "*a", "(?<n"}) {
-            row(pattern, settingsFor(Name, false, regex), QString::fromLatin1(pattern), int(Predicate::InvalidPattern));
+            row(pattern, settingsFor(Name, false, kRegex), QString::fromLatin1(pattern), int(Predicate::InvalidPattern));
         }
     })
     {
@@ -162,22 +162,22 @@ private Q_SLOTS:
           const QString &found), {
         using enum SearchMode;
         row("all, case", settingsFor(All), "a", "name", "A|Á|á|b", "A|Á|á");
-        row("all, match case respects marks", settingsFor(All, matchCase), "a", "name", "A|Á|á|a", "a");
+        row("all, match case respects marks", settingsFor(All, kMatchCase), "a", "name", "A|Á|á|a", "a");
         row("all, code point of the character", settingsFor(All), "ä", "unicode", "00E4|0061", "00E4");
-        row("all, code point ignores case", settingsFor(All, matchCase), "e4", "unicode", "00E4|0061", "00E4");
-        row("name, match case overlooks marks", settingsFor(Name, matchCase), "a", "name", "A|Á|á|a", "á|a");
+        row("all, code point ignores case", settingsFor(All, kMatchCase), "e4", "unicode", "00E4|0061", "00E4");
+        row("name, match case overlooks marks", settingsFor(Name, kMatchCase), "a", "name", "A|Á|á|a", "á|a");
         row("name, words in any order", settingsFor(Name), "b  a", "name", "ab|ba|a|b|xAxBx", "ab|ba|xAxBx");
         row("range", settingsFor(Unicode), "0041-0043", "unicode", "0040|0041|0042|0043|0044|41|00041",
             "0041|0042|0043");
         row("range backwards", settingsFor(Unicode), "0043-0041", "unicode", "0041|0042|0043", "");
         row("alternate name is whole", settingsFor(AlternateName), "alpha", "altNames",
             "Alpha, x|alphabet|x|x, ALPHA", "Alpha, x|x, ALPHA");
-        row("alternate name, match case", settingsFor(AlternateName, matchCase), "alpha", "altNames",
+        row("alternate name, match case", settingsFor(AlternateName, kMatchCase), "alpha", "altNames",
             "Alpha|alpha", "alpha");
         row("accents are the marks", settingsFor(Accents), "acute", "marks", "a, ACUTE|grave", "a, ACUTE");
-        row("category", settingsFor(Category, matchCase), "le", "category", "Letter|Number", "Letter");
-        row("regex is whole", settingsFor(Name, ignoreCase, regex), "a.*", "name", "ab|ba|Ab|a", "ab|a");
-        row("regex, half an alternative", settingsFor(Name, ignoreCase, regex), "a|ab", "name", "ab|abc", "ab");
+        row("category", settingsFor(Category, kMatchCase), "le", "category", "Letter|Number", "Letter");
+        row("regex is whole", settingsFor(Name, kIgnoreCase, kRegex), "a.*", "name", "ab|ba|Ab|a", "ab|a");
+        row("regex, half an alternative", settingsFor(Name, kIgnoreCase, kRegex), "a|ab", "name", "ab|abc", "ab");
     })
     {
         VXDocument document;

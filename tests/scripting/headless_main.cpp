@@ -29,7 +29,7 @@ int main(int argc, char *argv[])
     parser.addOptions({run, eval, save});
     if (!parser.parse(QCoreApplication::arguments()) || parser.isSet(run) == parser.isSet(eval)) {
         std::fputs("one of --run SCRIPT and --eval CODE is needed\n", stderr);
-        return HeadlessStatus::WrongInput;
+        return HeadlessStatus::kWrongInput;
     }
     const int status = runHeadless(
         {parser.value(run), parser.value(eval), parser.isSet(save), parser.positionalArguments()});

@@ -1,0 +1,801 @@
+// The info list: its operations, their undo, and look-ups that stay right through all of it.
+#include "document/VXDocument.h"
+#include "tests/Rounds.h"
+#include "tests/Table.h"
+#include "tests/TestMain.h"
+
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <set>
+
+using namespace Qt::StringLiterals;
+using namespace runebook;
+
+namespace {
+
+InfoPtr named(const QString &name)
+{
+    InfoPtr info = VXGlyphInfo::init();
+    info->setName(name);
+    return info;
+}
+
+InfoList namedAll(const QString &names)
+{
+    InfoList infos;
+    for (const QString &name : names.split(u' ', Qt::SkipEmptyParts))
+        infos.push_back(named(name));
+    return infos;
+}
+
+QString namesOf(const InfoList &infos)
+{
+    QStringList names;
+    for (const InfoPtr &info : infos)
+        names << info->name();
+    return names.join(u' ');
+}
+
+/// The list as its definition has it: a vector, scans, and for every operation the operation that undoes it.
+class PlainDocument
+{
+public:
+    using Step = std::vector<std::function<void()>>;
+
+    void add(const InfoList &infos)
+    {
+        m_open.push_back([=, this] { remove(infos); });
+        list.insert(list.end(), infos.begin(), infos.end());
+    }
+    void remove(const InfoList &infos)
+    {
+        m_open.push_back([=, this] { add(infos); });
+        std::erase_if(list, [&](const InfoPtr &info) {
+            return std::find(infos.begin(), infos.end(), info) != infos.end();
+        });
+    }
+    void insertAt(const InfoList &infos, const IndexSet &indexes)
+    {
+        IndexSet places;
+        for (std::size_t i = 0; i < infos.size(); ++i) {
+            places.push_back(qMin(indexes[i], std::ssize(list)));
+            list.insert(list.begin() + places.back(), infos[i]);
+        }
+        m_open.push_back([=, this] { removeAt(places); });
+    }
+    void removeAt(const IndexSet &indexes)
+    {
+        InfoList infos;
+        IndexSet places;
+        for (const qsizetype index : indexes) {
+            if (index < std::ssize(list)) {
+                infos.push_back(list[std::size_t(index)]);
+                places.push_back(index);
+            }
+        }
+        if (places.empty())
+            return;
+        m_open.push_back([=, this] { insertAt(infos, places); });
+        for (auto place = places.rbegin(); place != places.rend(); ++place)
+            list.erase(list.begin() + *place);
+    }
+    void set(const InfoPtr &info, const QString &key, const QString &value)
+    {
+        m_open.push_back([=, this, old = values[info.get()].value(key)] { set(info, key, old); });
+        values[info.get()][key] = value;
+    }
+    void reorder(const InfoList &infos)
+    {
+        m_open.push_back([=, this, old = list] { reorder(old); });
+        list = infos;
+    }
+    void close()
+    {
+        if (m_open.empty())
+            return;
+        undoSteps.push_back(std::exchange(m_open, {}));
+        redoSteps.clear();
+    }
+    void move(std::vector<Step> &from, std::vector<Step> &to)
+    {
+        if (from.empty())
+            return;
+        const Step step = std::move(from.back());
+        from.pop_back();
+        for (auto operation = step.rbegin(); operation != step.rend(); ++operation)
+            (*operation)();
+        to.push_back(std::exchange(m_open, {}));
+    }
+
+    InfoPtr first(const QString &key, const QString &value) const
+    {
+        for (const InfoPtr &info : list) {
+            if (values.value(info.get()).value(key) == value)
+                return info;
+        }
+        return nullptr;
+    }
+    InfoList all(const QString &key, const QStringList &wanted) const
+    {
+        InfoList found;
+        for (const InfoPtr &info : list) {
+            if (wanted.contains(values.value(info.get()).value(key)))
+                found.push_back(info);
+        }
+        return found;
+    }
+
+    InfoList list;
+    QHash<const VXGlyphInfo *, QHash<QString, QString>> values;
+    std::vector<Step> undoSteps;
+    std::vector<Step> redoSteps;
+
+private:
+    Step m_open;
+};
+
+/// A list kept by the announcements alone, as a table of the window keeps its rows.
+class Follower : public QObject
+{
+public:
+    explicit Follower(VXDocument &document) : m_document(document)
+    {
+        connect(&document, &VXDocument::infosInserted, this, [this](const IndexSet &indexes) {
+            for (const qsizetype index : indexes)
+                list.insert(list.begin() + index, m_document.objectInInfosAtIndex(index));
+        });
+        connect(&document, &VXDocument::infosRemoved, this, [this](const IndexSet &indexes) {
+            for (auto index = indexes.rbegin(); index != indexes.rend(); ++index)
+                list.erase(list.begin() + *index);
+        });
+        connect(&document, &VXDocument::infoReplaced, this, [this](qsizetype index) {
+            list[static_cast<std::size_t>(index)] = m_document.objectInInfosAtIndex(index);
+        });
+        connect(&document, &VXDocument::infosReset, this, [this] { list = m_document.infos(); });
+    }
+    InfoList list;
+
+private:
+    VXDocument &m_document;
+};
+
+/// Does the same to both, at random.
+class Rivals
+{
+public:
+    explicit Rivals(quint32 seed, bool repeatsRecords)
+        : m_random(seed), m_follower(document), m_repeatsRecords(repeatsRecords)
+    {
+    }
+
+    void step();
+    void check();
+
+    VXDocument document;
+
+private:
+    qsizetype below(std::size_t count) { return m_random.bounded(int(qMax<std::size_t>(1, count))); }
+    /// Few, so that records share them; sometimes one of many, so that the look-ups grow.
+    QString someText()
+    {
+        return QString(
+            QChar(m_random.bounded(6) ? u'a' + m_random.bounded(12) : u'\u4e00' + m_random.bounded(400)));
+    }
+    InfoPtr someRecord() { return m_plain.list[std::size_t(below(m_plain.list.size()))]; }
+    InfoPtr newRecord();
+    IndexSet someIndexes(std::size_t limit, int count);
+    void edit();
+    void change();
+
+    QRandomGenerator m_random;
+    PlainDocument m_plain;
+    Follower m_follower;
+    bool m_repeatsRecords;
+};
+
+InfoPtr Rivals::newRecord()
+{
+    if (m_repeatsRecords && !m_plain.list.empty() && m_random.bounded(3) == 0)
+        return someRecord();
+    InfoPtr info = VXGlyphInfo::init();
+    auto &values = m_plain.values[info.get()];
+    values.clear();
+    values[u"name"_s] = someText();
+    info->setName(values[u"name"_s]);
+    return info;
+}
+
+IndexSet Rivals::someIndexes(std::size_t limit, int count)
+{
+    std::set<qsizetype> places;
+    for (int i = 0; i < count; ++i)
+        places.insert(below(limit));
+    return {places.begin(), places.end()};
+}
+
+void Rivals::edit()
+{
+    const InfoPtr info = someRecord();
+    const QString text = m_random.bounded(8) ? someText() : QString();
+    switch (m_random.bounded(4)) {
+    case 0:
+    case 1:
+        document.objectInInfosAtIndex(document.indexOfObjectInInfos(info))->setName(text);
+        m_plain.set(info, u"name"_s, text);
+        break;
+    case 2:
+        info->setUnicode(text);
+        m_plain.set(info, u"unicode"_s, text.toUpper());
+        break;
+    default:
+        info->setProduction(text);
+        m_plain.set(info, u"production"_s, text);
+    }
+}
+
+void Rivals::change()
+{
+    const std::size_t size = m_plain.list.size();
+    switch (size ? m_random.bounded(11) : m_random.bounded(4)) {
+    case 0: {
+        const InfoPtr info = newRecord();
+        document.addInfo(info);
+        m_plain.add({info});
+        break;
+    }
+    case 1: {
+        const InfoList infos {newRecord(), newRecord()};
+        document.addInfos(infos);
+        m_plain.add(infos);
+        break;
+    }
+    case 2: {
+        if (m_repeatsRecords)
+            break; // undone by its index, it would take the document from another place of the record
+        const InfoPtr info = newRecord();
+        const qsizetype place = below(size + 1);
+        document.insertObjectInInfosAtIndex(info, place);
+        m_plain.insertAt({info}, {place});
+        break;
+    }
+    case 3: {
+        const IndexSet places = someIndexes(size + 1, 4);
+        InfoList infos;
+        for (std::size_t i = 0; i < places.size(); ++i)
+            infos.push_back(newRecord());
+        document.insertObjectsInInfosAtIndexes(infos, places);
+        m_plain.insertAt(infos, places);
+        break;
+    }
+    case 4: {
+        const InfoPtr info = someRecord();
+        document.removeInfo(info);
+        m_plain.remove({info});
+        break;
+    }
+    case 5: {
+        InfoList infos {someRecord(), someRecord()};
+        if (!m_repeatsRecords && infos[0] == infos[1])
+            infos.pop_back(); // undone, it would stand in the list twice
+        document.removeInfos(infos);
+        m_plain.remove(infos);
+        break;
+    }
+    case 6: {
+        const IndexSet places = someIndexes(size, 4);
+        document.removeObjectsFromInfosAtIndexes(places);
+        m_plain.removeAt(places);
+        break;
+    }
+    case 7: {
+        if (m_repeatsRecords)
+            break; // the record would keep no document, and its changes no step
+        const qsizetype place = below(size);
+        document.removeObjectFromInfosAtIndex(place);
+        m_plain.removeAt({place});
+        break;
+    }
+    case 8: {
+        InfoList infos = m_plain.list;
+        std::reverse(infos.begin() + below(size), infos.end());
+        document.reorderInfos(infos);
+        m_plain.reorder(infos);
+        break;
+    }
+    default:
+        edit();
+    }
+}
+
+void Rivals::step()
+{
+    const int choice = m_random.bounded(20);
+    if (choice < 5) {
+        document.undoManager()->undo();
+        m_plain.move(m_plain.undoSteps, m_plain.redoSteps);
+    } else if (choice < 9) {
+        document.undoManager()->redo();
+        m_plain.move(m_plain.redoSteps, m_plain.undoSteps);
+    } else if (choice == 9 && m_random.bounded(20) == 0) {
+        // Records that nobody holds any more go now.
+        document.undoManager()->removeAllActions();
+        m_plain.undoSteps.clear();
+        m_plain.redoSteps.clear();
+    } else {
+        const UndoGroup group(document.undoManager());
+        for (int i = m_random.bounded(1, 4); i > 0; --i)
+            change();
+        m_plain.close();
+    }
+}
+
+void Rivals::check()
+{
+    QVERIFY(document.infos() == m_plain.list);
+    QVERIFY(m_follower.list == m_plain.list);
+    QCOMPARE(document.undoManager()->canUndo(), !m_plain.undoSteps.empty());
+    QCOMPARE(document.undoManager()->canRedo(), !m_plain.redoSteps.empty());
+    for (const InfoPtr &info : m_plain.list) {
+        const auto &values = m_plain.values[info.get()];
+        QCOMPARE(info->name(), values.value(u"name"_s));
+        QCOMPARE(info->unicode(), values.value(u"unicode"_s));
+        QCOMPARE(info->document(), &document);
+    }
+    const QString text = someText();
+    QCOMPARE(document.infoForName(text), m_plain.first(u"name"_s, text));
+    QCOMPARE(document.infoForUnicode(text.toUpper()), m_plain.first(u"unicode"_s, text.toUpper()));
+    for (const QString &key : {u"name"_s, u"production"_s, u"unicode"_s}) {
+        const QStringList wanted {someText(), someText().toUpper(), someText()};
+        const std::optional<InfoList> found =
+            document.infoForKeyValues(key, {wanted[0], wanted[1], wanted[2]});
+        const InfoList expected = m_plain.all(key, wanted);
+        QCOMPARE(found.has_value(), !expected.empty());
+        QVERIFY(found.value_or(InfoList()) == expected);
+    }
+    if (!m_plain.list.empty()) {
+        const InfoPtr info = someRecord();
+        QCOMPARE(document.indexOfObjectInInfos(info),
+                 std::find(m_plain.list.begin(), m_plain.list.end(), info) - m_plain.list.begin());
+    }
+    QCOMPARE(document.indexOfObjectInInfos(named(u"stray"_s)), -1);
+}
+
+} // namespace
+
+using Operation = std::function<void(VXDocument &)>;
+
+class InfoListTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    /// Records without a name are all called the same; looking for that name must not cost the square of
+    /// their number.
+    void findsAmongRecordsOfOneName()
+    {
+        constexpr int kCount = 300'000;
+        VXDocument document;
+        InfoList infos;
+        for (int i = 0; i < kCount; ++i)
+            infos.push_back(VXGlyphInfo::init());
+        document.setInfos(infos);
+        QCOMPARE(document.infoForName(u"unknown"_s), infos.front());
+        infos[0]->setName(u"a"_s);
+        QCOMPARE(document.infoForName(u"unknown"_s), infos[1]);
+        document.removeObjectsFromInfosAtIndexes({1, 2});
+        QCOMPARE(document.infoForName(u"unknown"_s), infos[3]);
+        document.undoManager()->undo();
+        QCOMPARE(document.infoForName(u"unknown"_s), infos[0]);
+        for (int i = 0; i < 2000; ++i)
+            infos[static_cast<std::size_t>(i)]->setName(u"b"_s);
+        QCOMPARE(document.infoForName(u"unknown"_s), infos[2000]);
+        QCOMPARE(document.infoForName(u"b"_s), infos[0]);
+        QCOMPARE(document.infoForKeyValues(u"name"_s, {u"b"_s})->size(), 2000u);
+    }
+
+    void setsAndClearsTheDocument()
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"a b c d e f"_s));
+        const InfoList all = document.infos();
+        for (const InfoPtr &info : all)
+            QCOMPARE(info->document(), &document);
+        document.removeObjectFromInfosAtIndex(5);
+        QVERIFY(!all[5]->document());
+        QCOMPARE(document.indexOfObjectInInfos(all[5]), -1);
+        document.undoManager()->undo();
+        QCOMPARE(all[5]->document(), &document);
+        document.removeObjectsFromInfosAtIndexes({3, 4});
+        QCOMPARE(all[3]->document(), &document);
+        document.removeInfo(all[0]);
+        document.removeInfos({all[1]});
+        QCOMPARE(document.indexOfObjectInInfos(all[1]), -1); // although it still says whose it is
+        QCOMPARE(all[0]->document(), &document);
+        QCOMPARE(all[1]->document(), &document);
+        const InfoPtr other = named(u"x"_s);
+        document.replaceObjectInInfosAtIndexWithObject(0, other);
+        QCOMPARE(other->document(), &document);
+        QCOMPARE(namesOf(document.infos()), u"x f"_s);
+        document.setInfos({});
+        QVERIFY(!other->document());
+        QVERIFY(!document.objectInInfosAtIndex(0));
+        QVERIFY(!document.objectInInfosAtIndex(-1));
+    }
+
+    TABLE(announces, (bool toObservers, const Operation &operation), {
+        row("addInfo", true, [](auto &d) { d.addInfo(named(u"x"_s)); });
+        row("addInfos", true, [](auto &d) { d.addInfos(namedAll(u"x y"_s)); });
+        row("removeInfo", false, [](auto &d) { d.removeInfo(d.objectInInfosAtIndex(1)); });
+        row("removeInfos", false, [](auto &d) { d.removeInfos({d.objectInInfosAtIndex(1)}); });
+        row("insert", true, [](auto &d) { d.insertObjectInInfosAtIndex(named(u"x"_s), 0); });
+        row("insert several", true, [](auto &d) {
+            d.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {0, 2});
+        });
+        row("remove at", true, [](auto &d) { d.removeObjectFromInfosAtIndex(0); });
+        row("remove several", true, [](auto &d) { d.removeObjectsFromInfosAtIndexes({0, 1}); });
+        row("replace", true, [](auto &d) { d.replaceObjectInInfosAtIndexWithObject(0, named(u"x"_s)); });
+    })
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"a b c"_s));
+        Follower follower(document);
+        follower.list = document.infos();
+        QSignalSpy observed(&document, &VXDocument::didChangeInfos);
+        operation(document);
+        QCOMPARE(observed.size(), toObservers ? 1 : 0);
+        QVERIFY(follower.list == document.infos());
+    }
+
+    void leavesStepsToTheOthers()
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"a b"_s));
+        QVERIFY(document.isDocumentEdited());
+        document.updateChangeCount(Document::ChangeCleared);
+        document.replaceObjectInInfosAtIndexWithObject(1, named(u"x"_s));
+        QVERIFY(document.isDocumentEdited());
+        document.updateChangeCount(Document::ChangeCleared);
+        document.removeObjectFromInfosAtIndex(7);
+        document.removeObjectsFromInfosAtIndexes({});
+        document.replaceObjectInInfosAtIndexWithObject(7, named(u"x"_s));
+        QVERIFY(!document.undoManager()->canUndo());
+        QCOMPARE(namesOf(document.infos()), u"a x"_s);
+        QVERIFY(!document.isDocumentEdited());
+    }
+
+    void takesAnyIndexes()
+    {
+        // From scripts they come as they are written.
+        VXDocument document;
+        document.setInfos(namedAll(u"a b c d"_s));
+        document.removeObjectsFromInfosAtIndexes({3, 1, 3, 9, -1});
+        QCOMPARE(namesOf(document.infos()), u"a c"_s);
+        document.undoManager()->undo();
+        QCOMPARE(namesOf(document.infos()), u"a b c d"_s);
+        document.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {2, 0});
+        QCOMPARE(namesOf(document.infos()), u"x a y b c d"_s);
+        document.undoManager()->undo();
+        document.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {50, 60});
+        QCOMPARE(namesOf(document.infos()), u"a b c d x y"_s);
+        document.undoManager()->undo();
+        QCOMPARE(namesOf(document.infos()), u"a b c d"_s);
+        document.undoManager()->redo();
+        QCOMPARE(namesOf(document.infos()), u"a b c d x y"_s);
+        document.insertObjectsInInfosAtIndexes(namedAll(u"x y"_s), {0});
+        QCOMPARE(document.countOfInfos(), 6);
+    }
+
+    void looksUp()
+    {
+        VXDocument document;
+        QVERIFY(!document.infoForName(u"a"_s));
+        document.setInfos(namedAll(u"a b a é"_s));
+        document.objectInInfosAtIndex(1)->setUnicodes({u"0042"_s, u"0041"_s});
+        document.objectInInfosAtIndex(2)->setUnicode(u"0041"_s);
+        QCOMPARE(document.infoForName(u"a"_s), document.objectInInfosAtIndex(0));
+        QCOMPARE(document.infoForName(u"é"_s), document.objectInInfosAtIndex(3));
+        QVERIFY(!document.infoForName(u"A"_s));
+        QCOMPARE(document.infoForUnicode(u"0041"_s), document.objectInInfosAtIndex(2));
+        QVERIFY(!document.infoForUnicode(u"41"_s));
+        QVERIFY(!document.infoForUnicode({}));
+        QVERIFY(!document.infoForName({}));
+        QVERIFY(!document.infoForName(u""_s));
+        document.objectInInfosAtIndex(1)->setName(u""_s);
+        QCOMPARE(document.infoForName(u""_s), document.objectInInfosAtIndex(1));
+        document.objectInInfosAtIndex(1)->setName({});
+        QVERIFY(!document.infoForName(u""_s));
+        QVERIFY(!document.infoForName({}));
+    }
+
+    void looksUpByAnyKey()
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"a b c"_s));
+        document.objectInInfosAtIndex(0)->setScript(u"latin"_s);
+        document.objectInInfosAtIndex(2)->setScript(u"latin"_s);
+        document.objectInInfosAtIndex(1)->setDirection(1);
+        document.objectInInfosAtIndex(1)->setUnicodes({u"1"_s, u"2"_s});
+        const auto found = [&](const QString &key, const QVariantList &values) {
+            const auto infos = document.infoForKeyValues(key, values);
+            return infos ? namesOf(*infos) : u"(none)"_s;
+        };
+        QCOMPARE(found(u"script"_s, {u"latin"_s}), u"a c"_s);
+        QCOMPARE(found(u"script"_s, {u"greek"_s}), u"(none)"_s);
+        QCOMPARE(found(u"script"_s, {}), u"(none)"_s);
+        QCOMPARE(found(u"script"_s, {QString()}), u"(none)"_s);
+        QCOMPARE(found(u"name"_s, {u"c"_s, u"a"_s, u"a"_s}), u"a c"_s);
+        QCOMPARE(found(u"name"_s, {u"c"_s, 5}), u"c"_s);
+        QCOMPARE(found(u"direction"_s, {1}), u"b"_s);
+        QCOMPARE(found(u"unicodes"_s, {QStringList {u"1"_s, u"2"_s}}), u"b"_s);
+        QCOMPARE(found(u"accents"_s, {u"a"_s}), u"(none)"_s);
+    }
+
+    TABLE(findsBaseInfos, (const QString &name, const QString &expected), {
+        row("uni0041", "A");
+        row("uni00410042", "A uni0042");
+        row("uni0041004", "(none)");
+        row("uni", "(none)");
+        row("uni004a", "(none)");
+        row("uni00E9", "uni00E9");
+        row("u1F600", "grin");
+        row("u1F6001F601", "grin u1F601");
+        row("u0041", "(none)");
+        row("u", "(none)");
+        row("Uni0041", "(none)");
+        row("uni0041.alt", "(none)");
+        row("uniABCDEF", "(none)");
+        row("A", "(none)");
+        row("", "(none)");
+    })
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"A grin"_s));
+        document.objectInInfosAtIndex(0)->setUnicode(u"0041"_s);
+        document.objectInInfosAtIndex(1)->setUnicode(u"1F600"_s);
+        const auto bases = document.baseInfosForUniName(name);
+        QCOMPARE(bases ? namesOf(*bases) : u"(none)"_s, expected);
+        QCOMPARE(document.countOfInfos(), 2);
+        for (const InfoPtr &base : bases.value_or(InfoList())) {
+            QCOMPARE(base->unicodes().size(), 1);
+            QCOMPARE(base->document() == nullptr, document.indexOfObjectInInfos(base) < 0);
+        }
+    }
+
+    TABLE(followsRandomEdits, (quint32 seed, bool repeatsRecords), {
+        for (quint32 seed = 1; seed <= 6; ++seed)
+            row(QString::asprintf("seed %u", seed), seed, false);
+        for (quint32 seed = 7; seed <= 10; ++seed)
+            row(QString::asprintf("seed %u, records more than once", seed), seed, true);
+    })
+    {
+        Rivals rivals(seed, repeatsRecords);
+        for (int round = 0; round < rounds(3'000); ++round) {
+            rivals.step();
+            rivals.check();
+            if (QTest::currentTestFailed()) {
+                qWarning("in round %d", round);
+                return;
+            }
+        }
+    }
+
+    void followsRunsOfEdits_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        QTest::addColumn<bool>("isShared");
+        for (quint32 seed = 1; seed <= 8; ++seed)
+            QTest::addRow("seed %u%s", seed, seed % 4 ? "" : ", shared") << seed << (seed % 4 == 0);
+    }
+
+    /// One edit after the other near one place, as loops of scripts make them, and places asked for between them, which
+    /// must not need the list as a whole.
+    void followsRunsOfEdits()
+    {
+        QFETCH(const quint32, seed);
+        QFETCH(const bool, isShared);
+        QRandomGenerator random(seed);
+        InfoList plain(900);
+        std::generate(plain.begin(), plain.end(), [] { return VXGlyphInfo::init(); });
+        VXDocument document;
+        document.setInfos(plain);
+        VXDocument other;
+        if (isShared)
+            other.setInfos(plain);
+        const auto below = [&random](qsizetype count) { return qsizetype(random.bounded(int(qMax<qsizetype>(1, count)))); };
+        for (int run = 0; run < 120; ++run) {
+            qsizetype place = random.bounded(3) ? below(plain.size() + 1) : random.bounded(2) ? 0 : std::ssize(plain);
+            const int kind = random.bounded(5);
+            const int step = random.bounded(3) - 1;
+            for (int edits = random.bounded(200); edits > 0; --edits) {
+                place = std::clamp<qsizetype>(place + step, 0, std::ssize(plain));
+                const qsizetype count = qMin<qsizetype>(random.bounded(8) ? 1 : 3, std::ssize(plain) - place);
+                const qsizetype apart = random.bounded(6) ? 1 : 2;
+                IndexSet places;
+                for (qsizetype i = 0; i < count; ++i)
+                    places.push_back(place + i * apart);
+                if (kind <= 1 && count > 0 && places.back() < std::ssize(plain)) {
+                    document.removeObjectsFromInfosAtIndexes(places);
+                    std::for_each(places.rbegin(), places.rend(), [&](qsizetype i) { plain.erase(plain.begin() + i); });
+                } else if (kind == 2 && place < std::ssize(plain)) {
+                    plain[std::size_t(place)] = VXGlyphInfo::init();
+                    document.replaceObjectInInfosAtIndexWithObject(place, plain[std::size_t(place)]);
+                } else {
+                    const InfoPtr info = VXGlyphInfo::init();
+                    document.insertObjectInInfosAtIndex(info, place);
+                    plain.insert(plain.begin() + place, info);
+                }
+                QCOMPARE(document.countOfInfos(), std::ssize(plain));
+                if (plain.empty())
+                    continue;
+                const qsizetype asked = random.bounded(2) ? below(plain.size()) : qMin(place, std::ssize(plain) - 1);
+                QCOMPARE(document.objectInInfosAtIndex(asked), plain[std::size_t(asked)]);
+                QCOMPARE(document.indexOfObjectInInfos(plain[std::size_t(asked)]), asked);
+            }
+            if (random.bounded(3) == 0)
+                QVERIFY(document.infos() == plain);
+            if (isShared && !other.infos().empty()) {
+                const qsizetype asked = below(other.countOfInfos());
+                QCOMPARE(other.indexOfObjectInInfos(other.objectInInfosAtIndex(asked)), asked);
+                other.removeObjectFromInfosAtIndex(0);
+            }
+        }
+        QVERIFY(document.infos() == plain);
+    }
+
+    void sharesRecordsWithAnotherDocument()
+    {
+        VXDocument one;
+        one.setInfos(namedAll(u"a b c"_s));
+        QVERIFY(one.infoForName(u"b"_s));
+        {
+            VXDocument other;
+            InfoPtr info = one.objectInInfosAtIndex(1);
+            other.setInfos(namedAll(u"x"_s));
+            other.addInfo(info);
+            QCOMPARE(one.indexOfObjectInInfos(info), 1);
+            info->setName(u"new"_s); // heard by the other only
+            QCOMPARE(one.infoForName(u"new"_s), info);
+            QCOMPARE(other.infoForName(u"new"_s), info);
+            QVERIFY(!one.infoForName(u"b"_s));
+            QCOMPARE(one.infoForKeyValues(u"name"_s, {u"new"_s, u"c"_s})->size(), 2u);
+            one.removeInfo(info);
+            other.removeObjectFromInfosAtIndex(1);
+            one.undoManager()->removeAllActions();
+            other.undoManager()->removeAllActions();
+            QCoreApplication::processEvents(); // until then the changes are kept to be announced
+            const std::weak_ptr<VXGlyphInfo> watch = info;
+            info.reset();
+            QVERIFY(watch.expired());
+            QVERIFY(!one.infoForName(u"b"_s) && !one.infoForName(u"new"_s) && !other.infoForName(u"new"_s));
+        }
+        QCOMPARE(namesOf(one.infos()), u"a c"_s);
+        QCOMPARE(one.infoForName(u"c"_s), one.objectInInfosAtIndex(1));
+    }
+
+    void looksUpQuicklyAlthoughARecordIsShared()
+    {
+        constexpr int kCount = 20'000;
+        VXDocument one;
+        InfoList infos;
+        for (int i = 0; i < kCount; ++i)
+            infos.push_back(named(u"g%1"_s.arg(i)));
+        one.setInfos(infos);
+        VXDocument other;
+        other.addInfo(infos[7]);
+        // Made anew for each question this would take minutes.
+        for (int i = 0; i < kCount; ++i) {
+            QCOMPARE(one.indexOfObjectInInfos(one.infoForName(u"g%1"_s.arg(i))), i);
+            infos[static_cast<std::size_t>(i)]->setSortName(u"s"_s);
+        }
+        infos[7]->setName(u"unheard"_s); // by the one
+        QCOMPARE(one.infoForName(u"unheard"_s), infos[7]);
+        QVERIFY(!one.infoForName(u"g7"_s));
+    }
+
+    void findsManyValuesAmongManyRecords()
+    {
+        constexpr int kCount = 20'000;
+        VXDocument document;
+        InfoList infos;
+        QVariantList texts;
+        QVariantList lists;
+        for (int i = 0; i < kCount; ++i) {
+            infos.push_back(named(u"g%1"_s.arg(i)));
+            infos.back()->setSortName(u"s%1"_s.arg(i));
+            infos.back()->setAltNames(QStringList {u"a%1"_s.arg(i), u"b"_s});
+            texts << u"s%1"_s.arg(i * 2);
+            lists << QVariant(QStringList {u"a%1"_s.arg(i * 4), u"b"_s});
+        }
+        document.setInfos(infos);
+        QCOMPARE(document.infoForKeyValues(u"sortName"_s, texts)->size(), std::size_t(kCount / 2));
+        QCOMPARE(document.infoForKeyValues(u"altNames"_s, lists)->size(), std::size_t(kCount / 4));
+        QVERIFY(!document.infoForKeyValues(u"category"_s, texts));
+        QCOMPARE(document.infoForKeyValues(u"direction"_s, {0, 3.0})->size(), std::size_t(kCount));
+    }
+
+    void countsManyListings()
+    {
+        constexpr int kListings = 65'536 + 2;
+        std::weak_ptr<VXGlyphInfo> watch;
+        {
+            VXDocument document;
+            const InfoPtr info = named(u"a"_s);
+            watch = info;
+            document.setInfos(InfoList(kListings, info));
+            QCOMPARE(info->listings(), kListings);
+            QCOMPARE(document.infoForName(u"a"_s), info);
+            document.removeObjectFromInfosAtIndex(5);
+            QCOMPARE(document.indexOfObjectInInfos(info), 0);
+            info->setName(u"b"_s);
+            QCOMPARE(document.infoForName(u"b"_s), info);
+            document.removeInfo(info);
+            QCOMPARE(info->listings(), 0);
+            QVERIFY(!document.infoForName(u"b"_s));
+        }
+        QVERIFY(watch.expired());
+    }
+
+    void keepsOneChangeOfAField()
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"a b c"_s));
+        std::size_t told = 0;
+        connect(&document, &VXDocument::infosChanged, this,
+                [&told](const std::vector<VXDocument::Change> &changes) { told += changes.size(); });
+        for (int i = 0; i < 100'000; ++i)
+            document.objectInInfosAtIndex(i % 3)->setName(u"n%1"_s.arg(i));
+        document.flushChanges();
+        QVERIFY2(told < 2100, "a list of changes that grows with every setting");
+        document.undoManager()->undo();
+        QCOMPARE(namesOf(document.infos()), u"a b c"_s);
+        document.undoManager()->redo();
+        QCOMPARE(namesOf(document.infos()), u"n99999 n99997 n99998"_s);
+    }
+
+    void recordsOutliveTheDocument()
+    {
+        InfoList held;
+        {
+            VXDocument document;
+            document.setInfos(namedAll(u"a b c d e"_s));
+            held = document.infos();
+            document.removeInfo(held[0]);
+            document.removeObjectsFromInfosAtIndexes({0});
+            document.removeObjectFromInfosAtIndex(0);
+            document.replaceObjectInInfosAtIndexWithObject(0, named(u"x"_s));
+            document.undoManager()->undo();
+        }
+        for (const InfoPtr &info : held) {
+            QVERIFY(!info->document());
+            info->setName(u"later"_s);
+            info->setUnicode(u"41"_s);
+            QVERIFY(info->validateName(u"a"_s));
+        }
+    }
+
+    void tellsOfChangesOnce()
+    {
+        VXDocument document;
+        document.setInfos(namedAll(u"a b c"_s));
+        QList<std::vector<VXDocument::Change>> told;
+        connect(&document, &VXDocument::infosChanged, this,
+                [&told](const std::vector<VXDocument::Change> &changes) { told << changes; });
+        for (const InfoPtr &info : document.infos())
+            info->setScript(u"latin"_s);
+        document.objectInInfosAtIndex(0)->setIndex(4);
+        QVERIFY(told.isEmpty());
+        QCoreApplication::processEvents();
+        QCOMPARE(told.size(), 1);
+        QCOMPARE(told[0].size(), 4u);
+        QCOMPARE(told[0][2].info, document.objectInInfosAtIndex(2));
+        QCOMPARE(told[0][2].field, GlyphField::Script);
+        document.flushChanges();
+        QCOMPARE(told.size(), 1);
+        document.undoManager()->undo();
+        document.flushChanges();
+        QCOMPARE(told.size(), 2);
+        QCOMPARE(told[1].size(), 3u);
+    }
+};
+
+RUNEBOOK_TEST_MAIN(InfoListTest)
+#include "InfoListTest.moc"

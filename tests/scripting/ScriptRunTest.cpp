@@ -1,0 +1,275 @@
+#include "document/VXDocument.h"
+#include "platform/NotificationCenter.h"
+#include "platform/StandardFolders.h"
+#include "platform/documents/DocumentController.h"
+#include "scripting/bridge/Selectors.h"
+#include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/python/ScriptConsole.h"
+#include "scripting/python/ScriptRun.h"
+#include "tests/Files.h"
+#include "tests/Table.h"
+#include "tests/TestMain.h"
+
+#include <QSignalSpy>
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace runebook::bridge;
+using namespace runebook;
+
+/// Keeps what scripts write, as the macro panel does.
+class KeepingConsole final : public QObject, public ScriptConsole
+{
+public:
+    void setWrite(const QString &text) override { output += text; }
+    void setWriteError(const QString &text) override { errors += text; }
+    QString output;
+    QString errors;
+};
+
+/// Runs in the interpreter of this very process, as in the program with windows; and how selectors are
+/// written.
+class ScriptRunTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
+        m_handler = VXScriptingHandler::sharedHandler();
+        QVERIFY(VXScriptingHandler::isPythonRunning());
+        m_handler->setMacroPanelController(&m_console);
+    }
+
+    void init()
+    {
+        DocumentController::shared().releaseAll();
+        m_console.output.clear();
+        m_console.errors.clear();
+    }
+
+    void bringsUpTheNewest()
+    {
+        QCOMPARE(m_handler->currentPythonPath(),
+                 m_handler->pythonFrameworks().last()[u"fullPath"_s].toString());
+        QCOMPARE(VXScriptingHandler::PythonMajorVersion, 3);
+        QVERIFY(VXScriptingHandler::PythonMinorVersion >= 9 && VXScriptingHandler::PythonMinorVersion <= 11);
+        m_handler->runMacroString(u"print(sys.version_info[:2], sys.path[0].rpartition('/')[2])"_s);
+        QCOMPARE(m_console.output, u"(3, %1) Scripts3%1\n"_s.arg(VXScriptingHandler::PythonMinorVersion));
+        QCOMPARE(m_console.errors, QString());
+        QCOMPARE(m_handler->macroPanelController(), nullptr);
+    }
+
+    void keepsNamesBetweenRuns()
+    {
+        m_handler->runMacroString(u"kept = 5"_s);
+        m_handler->runMacroString(u"print(kept, Doc)"_s);
+        QCOMPARE(m_console.output, u"5 None\n"_s);
+    }
+
+    void makesOneUndoStepOfARun()
+    {
+        VXDocument &document = addDocument();
+        VXDocument &other = addDocument();
+        m_handler->runMacroString(u"for d in documents():\n"
+                                  "    for info in d: info.name = info.name + info.name\n"
+                                  "    d.addInfo_(newInfo('new'))\n"
+                                  "    d.removeObjectFromInfosAtIndex_(0)\n"_s);
+        QCOMPARE(m_console.errors, QString());
+        for (VXDocument *one : {&document, &other}) {
+            QCOMPARE(one->undoManager()->stack()->count(), 1);
+            QCOMPARE(one->undoManager()->groupingLevel(), 0);
+            QCOMPARE(one->infos().front()->name(), u"bb"_s);
+            one->undoManager()->undo();
+            QCOMPARE(one->countOfInfos(), 3);
+            QCOMPARE(one->infos().front()->name(), u"a"_s);
+            one->undoManager()->redo();
+            QCOMPARE(one->infos().back()->name(), u"new"_s);
+        }
+    }
+
+    void undoesInsideOfARun()
+    {
+        VXDocument &document = addDocument();
+        m_handler->runMacroString(u"Doc[0].name = 'x'\nDoc.undoManager().undo()\nprint(Doc[0].name)\n"
+                                  "Doc[1].name = 'y'"_s);
+        QCOMPARE(m_console.output, u"a\n"_s);
+        QCOMPARE(document.undoManager()->stack()->count(), 1);
+        document.undoManager()->undo();
+        QCOMPARE(document.infos()[1]->name(), u"b"_s);
+    }
+
+    void takesWhatIsBeingTyped()
+    {
+        VXDocument &document = addDocument();
+        connect(&document, &Document::commitEditingRequested, &document,
+                [&document] { document.infos()[0]->setName(u"typed"_s); });
+        m_handler->runMacroString(u"print(Doc[0].name)"_s);
+        QCOMPARE(m_console.output, u"typed\n"_s);
+    }
+
+    void runsFilesInTheirFolder()
+    {
+        write(u"scripts/beside.py"_s, u"value = 7\n"_s);
+        const QString script = write(u"scripts/main.py"_s,
+                                     u"import beside\nprint(beside.value, __name__, __file__ != '')\n"
+                                     "print(os.getcwd() == os.path.dirname(os.path.realpath(__file__)))\n"
+                                     "print(sys.path.count(os.path.dirname(__file__)))\n"_s);
+        m_handler->runMacroFile(script);
+        m_handler->runMacroFile(script);
+        QCOMPARE(m_console.errors, QString());
+        QCOMPARE(m_console.output, u"7 __main__ True\nTrue\n1\n"_s.repeated(2));
+        m_handler->runMacroFile(write(u"scripts/broken.py"_s, u"x = 1\nx.y\n"_s));
+        QVERIFY(m_console.errors.contains(
+            u"File \"%1\", line 2, in <module>\n"_s.arg(m_folder.filePath(u"scripts/broken.py"_s))));
+    }
+
+    void runsFilesBelowAQuote()
+    {
+        m_handler->runMacroFile(write(u"a \" b/script.py"_s, u"print('ran')\n"_s));
+        QCOMPARE(m_console.output, u"ran\n"_s);
+        QVERIFY(m_console.errors.contains(u"File \"NULL\", line 1"_s));
+        QVERIFY(m_console.errors.contains(u"SyntaxError"_s));
+    }
+
+    void endsOnlyTheScriptOnExit()
+    {
+        m_handler->runMacroString(u"print(1)\nsys.exit(3)\nprint(2)"_s);
+        QCOMPARE(m_console.output, u"1\n"_s);
+        QCOMPARE(m_console.errors, QString());
+        QCOMPARE(ScriptRun::outcome().processStatus(), 3);
+        m_handler->runMacroFile(write(u"exits.py"_s, u"raise SystemExit('why')\n"_s));
+        QCOMPARE(m_console.errors, u"why\n"_s);
+        QCOMPARE(ScriptRun::outcome().processStatus(), 1);
+    }
+
+    TABLE(interruptsFromAnotherThread, (const QString &code), {
+        row("loop", "while True: pass");
+        row("sleep", "import time; time.sleep(60)");
+        row("lock", "import threading; l = threading.Lock(); l.acquire(); l.acquire()");
+        row("regular expression", "import re; re.match('(a+)+$', 'a' * 60 + 'b')");
+        row("input and output", "while True: print(end='')");
+    })
+    {
+        std::atomic<bool> isDone = false;
+        std::thread user([&isDone] {
+            while (!isDone) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                VXScriptingHandler::interruptRun();
+            }
+        });
+        m_handler->runMacroString(code);
+        isDone = true;
+        user.join();
+        QVERIFY2(m_console.errors.contains(u"File \"macro panel\", line 1"_s), qPrintable(m_console.errors));
+        QVERIFY(m_console.errors.endsWith(u"KeyboardInterrupt\n"_s));
+    }
+
+    void forgetsLateInterrupts()
+    {
+        VXScriptingHandler::interruptRun();
+        m_handler->runMacroString(u"print('runs')"_s);
+        QCOMPARE(m_console.output, u"runs\n"_s);
+        QCOMPARE(m_console.errors, QString());
+    }
+
+    void takesTextOfThreadsLater()
+    {
+        m_handler->runMacroString(u"import threading\n"
+                                  "t = threading.Thread(target=lambda: [print(i) for i in range(1000)])\n"
+                                  "t.start(); t.join(); print('main')"_s);
+        QCOMPARE(m_console.output, u"main\n"_s);
+        QTRY_VERIFY(m_console.output.endsWith(u"\n999\n"_s));
+        QStringList lines = m_console.output.split(u'\n', Qt::SkipEmptyParts).mid(1);
+        QCOMPARE(lines.size(), 1000);
+        for (int i = 0; i < lines.size(); ++i)
+            QCOMPARE(lines[i].toInt(), i);
+    }
+
+    void refusesWrongWrites()
+    {
+        m_handler->runMacroString(
+            u"for call in (lambda: sys.stdout.write(5), lambda: sys.stdout.write(),\n"
+            "             lambda: sys.stdout.write('a', 'b')):\n"
+            "    try: call()\n"
+            "    except TypeError: print('refused')\n"
+            "import TesselOut as o, TesselErr as e\n"
+            "print(repr(o.write('x')), repr(e.flush()), o.__doc__, sys.stdout.write('y'))"_s);
+        QCOMPARE(m_console.output, u"refused\nrefused\nrefused\nxy'' '' doc for TesselOut 1\n"_s);
+    }
+
+    void tellsOfMenuReloads()
+    {
+        QSignalSpy asked(m_handler, &VXScriptingHandler::scriptMenuReloadRequested);
+        NotificationCenter::defaultCenter().postNotificationNameObject(u"VXReloadScriptMenu"_s, nullptr);
+        QCOMPARE(asked.count(), 1);
+    }
+
+    void ignoresFilesThatAreNotThere()
+    {
+        m_handler->runMacroFile(m_folder.filePath(u"gone.py"_s));
+        QCOMPARE(m_console.output + m_console.errors, QString());
+    }
+
+    TABLE(putsLabelsApart,
+          (const QByteArray &name, int arguments, bool canFail, const QByteArray &usual, const QString &all),
+          {
+              row("no argument", "copy", 0, false, "copy", "copy copy_");
+              row("a word of Python", "delete_", 0, false, "delete_", "delete_");
+              row("one", "setName", 1, false, "setName_", "setName setName_");
+              row("two", "objectAtRow", 2, false, "object_atRow_", "objectAtRow object_atRow_ objectAt_row_");
+              row("may fail", "readURL", 1, true, "readURL_", "readURL readURL_ readURL_error_");
+          })
+    {
+        QCOMPARE(usualSelector(name, arguments), usual);
+        QStringList names;
+        for (const Selector &selector : selectorsOf(name, arguments, canFail))
+            names << QString::fromLatin1(selector.name);
+        QCOMPARE(names.join(u' '), all);
+    }
+
+    TABLE(joinsBackToTheName, (const QByteArray &written, const QByteArray &name, int arguments), {
+        row("insertObject_inInfosAtIndex_", "insertObjectInInfosAtIndex", 2);
+        row("insertObjects_inInfosAtIndexes_", "insertObjectsInInfosAtIndexes", 2);
+        row("replaceObjectInInfosAtIndex_withObject_", "replaceObjectInInfosAtIndexWithObject", 2);
+        row("infoForKey_values_", "infoForKeyValues", 2);
+        row("readTabbedFromURL_error_", "readTabbedFromURL", 1);
+        row("readFromURL_ofType_error_", "readFromURLOfType", 2);
+        row("initWithLineXML_fileVersion_", "initWithLineXMLFileVersion", 2);
+        row("isVersion_greaterThanVersion_", "isVersionGreaterThanVersion", 2);
+        row("openDocumentWithContentsOfURL_display_error_", "openDocumentWithContentsOfURLDisplay", 2);
+        row("filterString_forKey_search_", "filterStringForKeySearch", 3);
+    })
+    {
+        const QList<Selector> all = selectorsOf(name, arguments, true);
+        QVERIFY(std::any_of(all.begin(), all.end(),
+                            [&](const Selector &selector) { return selector.name == written; }));
+    }
+
+private:
+    VXDocument &addDocument()
+    {
+        auto *document = new VXDocument;
+        for (const auto name : {"a"_L1, "b"_L1, "c"_L1}) {
+            const InfoPtr info = VXGlyphInfo::init();
+            info->setName(name);
+            document->addInfo(info);
+        }
+        document->undoManager()->removeAllActions();
+        DocumentController::shared().addDocument(document);
+        return *document;
+    }
+
+    QString write(const QString &name, const QString &text)
+    {
+        return runebook::write(m_folder.filePath(name), text.toUtf8());
+    }
+
+    KeepingConsole m_console;
+    VXScriptingHandler *m_handler = nullptr;
+    QTemporaryDir m_folder;
+};
+
+RUNEBOOK_TEST_MAIN(ScriptRunTest)
+#include "ScriptRunTest.moc"

@@ -1,0 +1,98 @@
+#include "platform/StandardFolders.h"
+#include "platform/defaults/UserDefaults.h"
+#include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/python/ScriptConsole.h"
+#include "tests/TestMain.h"
+#include "tests/scripting/Interpreters.h"
+
+#include <QSignalSpy>
+#include <chrono>
+#include <thread>
+
+using namespace runebook;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class KeepingConsole final : public QObject, public ScriptConsole
+{
+public:
+    void setWrite(const QString &text) override { output += text; }
+    void setWriteError(const QString &text) override { errors += text; }
+    QString output;
+    QString errors;
+};
+
+/// The library of an interpreter that is not supported, the newest first; empty when there is none.
+QString unsupportedLibrary()
+{
+    for (const auto minor : {"3.13"_L1, "3.12"_L1, "3.8"_L1}) {
+        const QStringList found = Interpreters::libraries(minor);
+        if (!found.isEmpty())
+            return found.first();
+    }
+    return {};
+}
+
+} // namespace
+
+/// An interpreter outside the supported range that the user has chosen by hand: it runs, with a warning.
+class UnsupportedPythonTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const QString library = unsupportedLibrary();
+        if (library.isEmpty())
+            SKIP_WITHOUT_PYTHON(u"3.13"_s);
+        StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
+        UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
+        VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
+        handler->setMacroPanelController(&m_console);
+        QVERIFY2(VXScriptingHandler::isPythonRunning(), qPrintable(handler->startError().text()));
+        QCOMPARE(handler->currentPythonPath(), library);
+        QVERIFY(!handler->isSupportedPythonVersion(u"3.%1"_s.arg(VXScriptingHandler::PythonMinorVersion)));
+    }
+
+    void warnsOnce()
+    {
+        QSignalSpy warned(VXScriptingHandler::sharedHandler(), &VXScriptingHandler::unsupportedPythonStarted);
+        QVERIFY(warned.isEmpty());
+        QVERIFY(warned.wait(10'000));
+        QCOMPARE(
+            warned.first().at(0).toString(),
+            u"The installed Python is not supported. You have version 3.%1. Versions from 3.9 to 3.11.999 "
+            "are supported"_s.arg(VXScriptingHandler::PythonMinorVersion));
+        QCOMPARE(warned.first().at(1).toString(),
+                 u"Please install a supported version or use the Python module from Plugin Manager"_s);
+        QVERIFY(!warned.wait(1500));
+    }
+
+    void runs()
+    {
+        VXScriptingHandler::sharedHandler()->runMacroString(
+            u"import math, json\nprint(newInfo('x').name, json.dumps(math.floor(2.5)))\n1/0"_s);
+        QCOMPARE(m_console.output, u"x 2\n"_s);
+        QVERIFY2(m_console.errors.endsWith(u"ZeroDivisionError: division by zero\n"_s),
+                 qPrintable(m_console.errors));
+    }
+
+    void stops()
+    {
+        m_console.errors.clear();
+        std::thread stopper([] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            VXScriptingHandler::interruptRun();
+        });
+        VXScriptingHandler::sharedHandler()->runMacroString(u"while True: pass"_s);
+        stopper.join();
+        QVERIFY2(m_console.errors.contains(u"KeyboardInterrupt"_s), qPrintable(m_console.errors));
+    }
+
+private:
+    KeepingConsole m_console;
+};
+
+RUNEBOOK_TEST_MAIN(UnsupportedPythonTest)
+#include "UnsupportedPythonTest.moc"
