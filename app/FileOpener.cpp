@@ -111,8 +111,9 @@ void FileOpener::finish()
     Q_EMIT finished();
     if (count == 0)
         return;
-    const QString text =
-        count == 1 ? tr("A file could not be opened.") : tr("%1 files could not be opened.").arg(QLocale().toString(static_cast<qlonglong>(count)));
+    const QString text = count == 1
+        ? tr("A file could not be opened.")
+        : tr("%1 files could not be opened.").arg(QLocale().toString(static_cast<qlonglong>(count)));
     DocumentPanels::present({{}, 0, text, failures.join(u'\n'), {}}, frontWindow());
 }
 

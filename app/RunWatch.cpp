@@ -134,8 +134,13 @@ void RunWatch::startWindow()
         return;
     m_sessionFile = QFile::encodeName(file.fileName());
     char option[] = "--watch-run", endOfOptions[] = "--";
-    char *const arguments[] = {const_cast<char *>(m_program.constData()), option, m_sessionFile.data(), endOfOptions,
-                               m_name.data(), m_since.data(), nullptr};
+    char *const arguments[] = {const_cast<char *>(m_program.constData()),
+                               option,
+                               m_sessionFile.data(),
+                               endOfOptions,
+                               m_name.data(),
+                               m_since.data(),
+                               nullptr};
     // The signals of this thread are blocked; those of the window are not.
     posix_spawnattr_t attributes;
     ::posix_spawnattr_init(&attributes);

@@ -13,7 +13,8 @@
 
 namespace runebook {
 
-/// What a program hands on that is ended and started again: its windows, and whose unsaved changes to bring back.
+/// What a program hands on that is ended and started again: its windows, and whose unsaved changes to bring
+/// back.
 struct ReopenedSession {
     qint64 process = 0;
     QVariantList windows; ///< as Session::capture() gives them

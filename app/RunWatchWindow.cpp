@@ -50,10 +50,11 @@ int showRunWatchWindow(const QString &sessionFile, const QString &name, const QS
     box.setWindowFlag(Qt::WindowStaysOnTopHint);
     box.setIcon(QMessageBox::Warning);
     box.setWindowTitle(tr("Script Still Running"));
-    setPlainTexts(box, tr("“%1” has been running since %2, and Runebook cannot answer.").arg(name, since),
-                  tr("It works inside of Python itself, where it cannot be stopped. You can wait for it, or end "
-                     "Runebook and open it again with the same windows. What was unsaved before the script began "
-                     "comes back; what the script has changed does not."));
+    setPlainTexts(
+        box, tr("“%1” has been running since %2, and Runebook cannot answer.").arg(name, since),
+        tr("It works inside of Python itself, where it cannot be stopped. You can wait for it, or end "
+           "Runebook and open it again with the same windows. What was unsaved before the script began "
+           "comes back; what the script has changed does not."));
     QPushButton *end = box.addButton(tr("&End and Reopen"), QMessageBox::DestructiveRole);
     QPushButton *wait = box.addButton(tr("&Wait"), QMessageBox::RejectRole);
     box.setDefaultButton(wait);

@@ -11,8 +11,8 @@ namespace {
 
 constexpr qreal kEverything = 1e9;
 
-/// Of the rows as laid out last, in 64ths of a pixel. Kept as the block's state, as new colours forget the rows;
-/// -1 for a block that never had any.
+/// Of the rows as laid out last, in 64ths of a pixel. Kept as the block's state, as new colours forget the
+/// rows; -1 for a block that never had any.
 int knownHeight(const QTextBlock &block)
 {
     return block.userState();

@@ -165,9 +165,9 @@ bool JSTDocument::colourEdit(TextRange edited)
 {
     const int newLength = m_storage->length();
     const int removed = int(m_sourceString.size()) - newLength + edited.length;
-    if (m_sourceString.isNull() || m_runs.isEmpty() || newLength < kMinimumColouredLength || !formatsAreFresh()
-        || m_postprocessingBlock || m_formats.defaultIndex() != TokenFormats::kNone || removed < 0
-        || removed > m_sourceString.size() - edited.location)
+    if (m_sourceString.isNull() || m_runs.isEmpty() || newLength < kMinimumColouredLength
+        || !formatsAreFresh() || m_postprocessingBlock || m_formats.defaultIndex() != TokenFormats::kNone
+        || removed < 0 || removed > m_sourceString.size() - edited.location)
         return false;
     const QString inserted = m_storage->substringWithRange(edited);
     if (QStringView(m_sourceString).sliced(edited.location, removed) == inserted) {

@@ -154,8 +154,8 @@ void JSTTextView::resizeEvent(QResizeEvent *event)
     m_completions->end();
 }
 
-/// Where bars or line numbers came with the layout for a size that the viewport got unseen, the framework forgets
-/// to tell it of the size that they left it (Qt 6.4).
+/// Where bars or line numbers came with the layout for a size that the viewport got unseen, the framework
+/// forgets to tell it of the size that they left it (Qt 6.4).
 void JSTTextView::showEvent(QShowEvent *event)
 {
     QPlainTextEdit::showEvent(event);

@@ -126,8 +126,9 @@ void JSTTextView::followBraces()
 void JSTTextView::markBraces()
 {
     const TextRange caret = m_markedSelection = selectedRange();
-    const TextRange near = TextRange {std::max(0, caret.location - kMarkedWithin), 2 * kMarkedWithin}.clampedTo(
-        m_storage->length());
+    const TextRange near =
+        TextRange {std::max(0, caret.location - kMarkedWithin), 2 * kMarkedWithin}.clampedTo(
+            m_storage->length());
     QList<QTextEdit::ExtraSelection> marks;
     for (const int index : {caret.location - 1, caret.location}) {
         if (caret.length > 0 || !near.contains(index) || !marks.isEmpty())

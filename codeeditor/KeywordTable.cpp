@@ -19,10 +19,10 @@ namespace {
 
 // "print" stands twice in the list as it was handed down; the second one changes nothing.
 constexpr const char *kKeywords[] = {"False",   "True",  "None",   "print", "and",    "del",    "from",
-                                    "not",     "while", "as",     "elif",  "global", "or",     "with",
-                                    "assert",  "else",  "if",     "pass",  "yield",  "break",  "except",
-                                    "import",  "print", "class",  "exec",  "in",     "raise",  "continue",
-                                    "finally", "is",    "return", "def",   "for",    "lambda", "try"};
+                                     "not",     "while", "as",     "elif",  "global", "or",     "with",
+                                     "assert",  "else",  "if",     "pass",  "yield",  "break",  "except",
+                                     "import",  "print", "class",  "exec",  "in",     "raise",  "continue",
+                                     "finally", "is",    "return", "def",   "for",    "lambda", "try"};
 
 constexpr const char *kScriptingObjects[] = {"Layer", "Tessel", "Font"};
 
@@ -40,8 +40,8 @@ constexpr const char *kBuiltins[] = {
 // The bracket stands where a tab might be expected: white space that begins with it, once a tokenizer is told
 // to take it for white space, is painted like white space.
 constexpr char16_t kWhitespaceKeys[] = {0x000A, 0x000D, 0x000C, 0x0020, 0x005B, 0x00A0, 0x1680, 0x2000,
-                                       0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008,
-                                       0x2009, 0x200A, 0x200B, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
+                                        0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008,
+                                        0x2009, 0x200A, 0x200B, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
 
 static_assert(std::size(kKeywords) == 35 && std::size(kBuiltins) == 72 && std::size(kWhitespaceKeys) == 24);
 

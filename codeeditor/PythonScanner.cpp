@@ -139,7 +139,8 @@ qsizetype endOfString(QStringView text, qsizetype start)
 
 bool isInStringOrComment(QStringView line, qsizetype index)
 {
-    const QString front = line.left(index).toString() + u' '; // which a string that has no end yet takes along
+    const QString front =
+        line.left(index).toString() + u' '; // which a string that has no end yet takes along
     qsizetype at = 0;
     while (at < index) {
         if (front[at] == u'#')

@@ -20,8 +20,8 @@ qsizetype endOfNumber(QStringView text, qsizetype start);
 /// the text.
 qsizetype endOfString(QStringView text, qsizetype start);
 
-/// Whether what is written at \a index of \a line, which no string from a line before reaches into, becomes part
-/// of a string or a comment.
+/// Whether what is written at \a index of \a line, which no string from a line before reaches into, becomes
+/// part of a string or a comment.
 bool isInStringOrComment(QStringView line, qsizetype index);
 
 /// A block from \a start (its first \a skip units are the opening) through \a terminator or to the end.

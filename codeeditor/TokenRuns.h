@@ -18,8 +18,8 @@ public:
     /// Text behind this many characters is not coloured.
     static constexpr int kColouredLength = 500'000;
 
-    /// A paragraph that is too long to be shaped is painted in colours up to so many pieces: each row that ends
-    /// inside of a piece moves all pieces behind it. formatAt() knows the others as well.
+    /// A paragraph that is too long to be shaped is painted in colours up to so many pieces: each row that
+    /// ends inside of a piece moves all pieces behind it. formatAt() knows the others as well.
     static constexpr int kMostPiecesUnshaped = 5'000;
 
     /// Asks \a tokenizer, which holds a text of \a textLength units, for all its tokens.

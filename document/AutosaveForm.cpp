@@ -28,8 +28,8 @@ struct AutosavedValues {
 AutosavedValues autosavedValues(const QByteArray &content)
 {
     AutosavedValues values;
-    const qsizetype begin = content.lastIndexOf(
-        QByteArray::fromRawData(kBegin.data(), qsizetype(kBegin.size())));
+    const qsizetype begin =
+        content.lastIndexOf(QByteArray::fromRawData(kBegin.data(), qsizetype(kBegin.size())));
     if (begin < 0)
         return values;
     const QByteArray comment = content.mid(begin + qsizetype(kBegin.size()));
@@ -79,8 +79,7 @@ SlicedContent::Progress AutosaveSlices::printMore(std::string &output, std::chro
         m_next = last;
         isOver = m_next == m_infos.size();
         // A text that outgrows its room is copied; the caller has a further block for the rest.
-    } while (!isOver && std::chrono::steady_clock::now() < end
-             && output.size() < output.capacity() / 8 * 7);
+    } while (!isOver && std::chrono::steady_clock::now() < end && output.size() < output.capacity() / 8 * 7);
     if (isOver)
         output += GlyphDataWriter::footer();
     m_printed += output.size() - before;
@@ -114,7 +113,8 @@ ContentProducer AutosaveSlices::takeRest()
     // Shared, as what is copied around is a function.
     auto rest = std::make_shared<const std::vector<KeptValues>>(std::exchange(m_long, {}));
     return [rest](const BlockSink &sink, Error *) {
-        return std::all_of(rest->begin(), rest->end(), [&sink](const KeptValues &each) { return each.print(sink); })
+        return std::all_of(rest->begin(), rest->end(),
+                           [&sink](const KeptValues &each) { return each.print(sink); })
             && sink(kEnd);
     };
 }

@@ -12,8 +12,8 @@
 namespace runebook {
 
 /// The form of autosaved contents: a glyph data file, and behind its end, in a comment, the records that such
-/// a file cannot hold with all their values, and how much there must be for it to be whole. In its lines those
-/// records stand in by their names. Changed records with very long values stand there as well.
+/// a file cannot hold with all their values, and how much there must be for it to be whole. In its lines
+/// those records stand in by their names. Changed records with very long values stand there as well.
 class AutosaveSlices : public SlicedContent
 {
 public:
@@ -53,8 +53,8 @@ struct AutosavedContent {
 /// The form of \a infos at once.
 QByteArray autosavedContentOf(const InfoList &infos, quint8 fileVersion);
 
-/// Reads an autosaved content, which must be UTF-8: of a damaged one what can be read. One without the comment is a
-/// glyph data file, and whole.
+/// Reads an autosaved content, which must be UTF-8: of a damaged one what can be read. One without the
+/// comment is a glyph data file, and whole.
 AutosavedContent readAutosavedContent(const QByteArray &utf8);
 
 } // namespace runebook

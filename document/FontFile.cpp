@@ -55,7 +55,8 @@ QByteArray nameTable(const QString &family)
         const auto offset = static_cast<quint16>(texts.size());
         for (const QChar unit : text)
             texts.append(static_cast<char>(unit.unicode() >> 8)).append(static_cast<char>(unit.unicode()));
-        out << kWindows << kUnicode << kEnglish << id << static_cast<quint16>(texts.size() - offset) << offset;
+        out << kWindows << kUnicode << kEnglish << id << static_cast<quint16>(texts.size() - offset)
+            << offset;
     }
     return table + texts;
 }
@@ -87,8 +88,8 @@ std::vector<Table> tablesOf(const QByteArray &font)
 QByteArray fontWithFamily(const QByteArray &font, const QString &family)
 {
     std::vector<Table> tables = tablesOf(font);
-    const auto name = std::find_if(tables.begin(), tables.end(),
-                                   [](const Table &table) { return table.tag == kNameTag; });
+    const auto name =
+        std::find_if(tables.begin(), tables.end(), [](const Table &table) { return table.tag == kNameTag; });
     if (name == tables.end())
         return {};
     name->bytes = nameTable(family);
@@ -97,7 +98,8 @@ QByteArray fontWithFamily(const QByteArray &font, const QString &family)
     QByteArray content;
     QDataStream directory(&made, QIODevice::WriteOnly | QIODevice::Append);
     for (const Table &table : tables) {
-        const auto offset = kHeaderSize + kEntrySize * tables.size() + static_cast<std::size_t>(content.size());
+        const auto offset =
+            kHeaderSize + kEntrySize * tables.size() + static_cast<std::size_t>(content.size());
         directory << table.tag << table.checksum << static_cast<quint32>(offset)
                   << static_cast<quint32>(table.bytes.size());
         content += table.bytes;

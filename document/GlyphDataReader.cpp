@@ -70,12 +70,13 @@ void reportUnknown(ReadNotes &notes)
     const auto unknown = std::exchange(notes.unknownAttributes, {});
     if (unknown.size() > ReadNotes::kMostKeys) {
         const auto &[key, value] = unknown.front();
-        ErrorPresenter::shared().present({u"User"_s,
-                                          1,
-                                          {},
-                                          tr("There are %1 unknown entries in the file, the first: %2 = %3")
-                                              .arg(QString::number(notes.count(ReadNotes::UnknownAttribute)), key, value.left(100)),
-                                          {}});
+        ErrorPresenter::shared().present(
+            {u"User"_s,
+             1,
+             {},
+             tr("There are %1 unknown entries in the file, the first: %2 = %3")
+                 .arg(QString::number(notes.count(ReadNotes::UnknownAttribute)), key, value.left(100)),
+             {}});
         return;
     }
     VXGlyphInfo info;
@@ -189,8 +190,8 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
     const quint8 headerVersion = versionOfHeader(header);
 
     m_notes.isCutOff = text.rfind("</glyphData>") == text.npos;
-    GlyphLines lines = readGlyphLines(
-        utf8, qsizetype(body), usefulStretches(utf8.size() - qsizetype(body)), m_mostNotes);
+    GlyphLines lines =
+        readGlyphLines(utf8, qsizetype(body), usefulStretches(utf8.size() - qsizetype(body)), m_mostNotes);
     reportUnknown(lines.notes);
     m_notes.append(lines.notes, 0);
     m_fileVersion = headerVersion ? headerVersion : lines.versionHint ? lines.versionHint : 2;

@@ -37,8 +37,8 @@ private:
         std::size_t hash = 0;
     };
 
-    /// The records beside the one in a slot: nearly always one, for which no set is made. A record that is listed
-    /// twice stands here twice.
+    /// The records beside the one in a slot: nearly always one, for which no set is made. A record that is
+    /// listed twice stands here twice.
     struct Others {
         VXGlyphInfo *first = nullptr;
         std::unordered_multiset<VXGlyphInfo *> more;

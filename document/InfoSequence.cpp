@@ -115,8 +115,7 @@ void InfoSequence::insert(const InfoList &infos, const IndexSet &places)
         if (infos[i]->listings() > 1)
             forgetPlaces();
         else
-            infos[i]->setPlaceHint(
-                static_cast<quint32>(m_infos.slotOf(static_cast<std::size_t>(places[i]))));
+            infos[i]->setPlaceHint(static_cast<quint32>(m_infos.slotOf(static_cast<std::size_t>(places[i]))));
     }
 }
 

@@ -10,9 +10,9 @@ namespace runebook {
 /// Ascending places in a list, none twice.
 using IndexSet = std::vector<qsizetype>;
 
-/// The records of a document in their order. Edited one by one it costs no more than what lies between two edits;
-/// whoever asks for all of it as a list has the gap closed that edits left. It knows where each record stands as
-/// well, as long as the records stand in no other list: they carry hints for that.
+/// The records of a document in their order. Edited one by one it costs no more than what lies between two
+/// edits; whoever asks for all of it as a list has the gap closed that edits left. It knows where each record
+/// stands as well, as long as the records stand in no other list: they carry hints for that.
 class InfoSequence
 {
 public:

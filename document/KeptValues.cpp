@@ -18,8 +18,8 @@ constexpr qsizetype kLong = 1 << 16; ///< units of a text that is not printed at
 
 using F = GlyphField;
 
-constexpr F kTexts[] {F::Name,   F::Category,   F::SubCategory, F::Marks,        F::Anchors,
-                      F::Script, F::Production, F::SortName,    F::SortNameKeep, F::SortNameOld,
+constexpr F kTexts[] {F::Name,   F::Category,   F::SubCategory,   F::Marks,        F::Anchors,
+                      F::Script, F::Production, F::SortName,      F::SortNameKeep, F::SortNameOld,
                       F::Desc,   F::Decompose,  F::UnicodeLegacy, F::UnicharString};
 
 /// Gives what is written to it on as base64.
@@ -210,8 +210,9 @@ bool KeptValues::print(const BlockSink &sink) const
             stream << text.toString(sourceData());
     }
     const FieldValue &codePoints = value(F::Unicodes);
-    writeTexts(stream, codePoints.isPiece() ? QStringList {codePoints.toString(sourceData())}
-                                            : codePoints.toList(sourceData()));
+    writeTexts(stream,
+               codePoints.isPiece() ? QStringList {codePoints.toString(sourceData())}
+                                    : codePoints.toList(sourceData()));
     writeTexts(stream, value(F::AltNames).toList(sourceData()));
     stream << m_case << m_direction << m_index;
     return device.finish();

@@ -7,9 +7,9 @@
 
 namespace runebook {
 
-/// All values of a record as they were when this was made, for the autosave form of what lines cannot hold. Making
-/// it copies none of them, however long; what they are printed from is shared and never changes, so another thread
-/// may do that.
+/// All values of a record as they were when this was made, for the autosave form of what lines cannot hold.
+/// Making it copies none of them, however long; what they are printed from is shared and never changes, so
+/// another thread may do that.
 class KeptValues
 {
 public:

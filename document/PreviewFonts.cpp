@@ -53,10 +53,7 @@ struct LoadedFont {
     int id = -1; ///< of the framework
     std::optional<QFont> font;
 
-    bool isOf(const QFileInfo &file) const
-    {
-        return changed == file.lastModified() && size == file.size();
-    }
+    bool isOf(const QFileInfo &file) const { return changed == file.lastModified() && size == file.size(); }
 };
 
 /// Loads a file under a family name of its own: a font of the same family may be installed, or have stood in
@@ -74,7 +71,8 @@ LoadedFont load(const QFileInfo &file)
     // Kinds that cannot be renamed are told by family and style as far as that goes.
     loaded.id = own.isEmpty() ? QFontDatabase::addApplicationFont(file.filePath())
                               : QFontDatabase::addApplicationFontFromData(own);
-    const QString family = loaded.id < 0 ? QString() : QFontDatabase::applicationFontFamilies(loaded.id).value(0);
+    const QString family =
+        loaded.id < 0 ? QString() : QFontDatabase::applicationFontFamilies(loaded.id).value(0);
     if (family.isEmpty())
         return loaded;
     loaded.font.emplace(family);

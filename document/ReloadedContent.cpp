@@ -56,7 +56,8 @@ void findBy(const Text &text, const InfoList &former, const InfoList &fresh, std
         }
         return places;
     };
-    const std::vector<std::size_t> wanting = open(fresh.size(), [&](std::size_t i) { return bool(found[i]); });
+    const std::vector<std::size_t> wanting =
+        open(fresh.size(), [&](std::size_t i) { return bool(found[i]); });
     if (wanting.empty())
         return;
     const std::vector<Mark> old =
@@ -100,8 +101,8 @@ InfoList formerRecords(const InfoList &former, const InfoList &fresh)
         take(oldPlace, place);
     }
     findBy(nameOf, former, fresh, isTaken, found);
-    findBy([](const VXGlyphInfo &info, std::string &buffer) { return info.unicodeUtf8(buffer); }, former, fresh,
-           isTaken, found);
+    findBy([](const VXGlyphInfo &info, std::string &buffer) { return info.unicodeUtf8(buffer); }, former,
+           fresh, isTaken, found);
     return found;
 }
 

@@ -89,8 +89,7 @@ std::vector<FieldFix> savableForm(const VXGlyphInfo &info, int fileVersion)
         if (fixed != presentValue(info, field))
             fixes.push_back({field, fixed});
     };
-    for (const RoundTrip::Loss &loss :
-         RoundTrip(fileVersion, RoundTrip::Of::Everything).losses(info)) {
+    for (const RoundTrip::Loss &loss : RoundTrip(fileVersion, RoundTrip::Of::Everything).losses(info)) {
         if (loss.field != F::Case && loss.field != F::Direction)
             add(loss.field);
     }
@@ -103,8 +102,7 @@ QString sentenceOfLoss(const VXGlyphInfo &info, const RoundTrip::Loss &loss, con
     if (loss.field == F::Unicodes && info.unicodes().size() > 2)
         return tr("%1 has %2 code points, of which a file keeps two.")
             .arg(fieldTitle, QString::number(info.unicodes().size()));
-    if (RoundTrip::takesOthers(info, loss.field)
-        || objectionToFileText(text) > FileTextObjection::Comment)
+    if (RoundTrip::takesOthers(info, loss.field) || objectionToFileText(text) > FileTextObjection::Comment)
         return sentenceOfObjection(text, fieldTitle);
     if (loss.field == F::Name && text.isEmpty())
         return tr("The record has no name; in a file it is called %1.").arg(quoted(loss.after));

@@ -48,10 +48,11 @@ QStringList savingChanges(const ReadNotes &notes, int fileVersion)
     }
     const qsizetype others = notes.otherForms[fileVersion == 1 ? 0 : 1];
     if (others > 0 && !notes.hasCarriageReturns)
-        changes << (others == 1
-                        ? tr("One line that nobody has edited is written anew: it is not in Runebook's own form.")
-                        : tr("%1 lines that nobody has edited are written anew: they are not in Runebook's own form.")
-                              .arg(QLocale().toString(others)));
+        changes << (others == 1 ? tr(
+                        "One line that nobody has edited is written anew: it is not in Runebook's own form.")
+                                : tr("%1 lines that nobody has edited are written anew: they are not in "
+                                     "Runebook's own form.")
+                                      .arg(QLocale().toString(others)));
     if (notes.hasCarriageReturns)
         changes << tr("Lines will end with LF instead of CR LF.");
     if (notes.hasByteOrderMark)

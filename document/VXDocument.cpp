@@ -216,8 +216,8 @@ QString VXDocument::displayName() const
 {
     if (fileURL().isEmpty())
         return Document::displayName();
-    // The fewest last parts of the path that differ from another one's: no fewer than one, which is found with
-    // the first document of another name. Every window asks for it, and there may be a thousand.
+    // The fewest last parts of the path that differ from another one's: no fewer than one, which is found
+    // with the first document of another name. Every window asks for it, and there may be a thousand.
     qsizetype fewest = 0;
     for (const Document *other : DocumentController::shared().documentList()) {
         if (other == this || other->fileURL().isEmpty())
@@ -241,7 +241,8 @@ void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const Field
     InfoIndex *index = indexForField(field);
     // A command that has changed a good part of the list leaves the index to be made anew. Only once: it may
     // look something up between its changes, and then the index is kept in step.
-    const std::size_t goodPart = std::max<std::size_t>(kFewChanges, static_cast<std::size_t>(countOfInfos()) / 16);
+    const std::size_t goodPart =
+        std::max<std::size_t>(kFewChanges, static_cast<std::size_t>(countOfInfos()) / 16);
     if (index && m_changes.size() == goodPart)
         index->drop();
     // How often a record of several lists stands in this one, nobody knows.

@@ -67,8 +67,8 @@ public: // opening and saving
     runebook::SavingLosses savingLosses(const QString &type) const override;
     qsizetype fixSavingLosses() override;
     bool readAutosavedContents(const QString &path, bool *isWhole, runebook::Error *error) override;
-    /// The content of a file from its bytes, with every note of the reading. False, and an error, when they are
-    /// not such a file.
+    /// The content of a file from its bytes, with every note of the reading. False, and an error, when they
+    /// are not such a file.
     bool readFromData(const QByteArray &utf8, const QString &type, runebook::Error *error = nullptr);
     bool takeContentOf(runebook::Document &other) override;
     bool readWorseThan(const runebook::Document &former) const override;
@@ -85,8 +85,8 @@ public: // opening and saving
     Q_INVOKABLE void setFileVersion(int version);
 
 public: // the info list
-    /// All records; the reference holds until the list changes. In a loop that changes the list, asking for single
-    /// records is cheaper.
+    /// All records; the reference holds until the list changes. In a loop that changes the list, asking for
+    /// single records is cheaper.
     const InfoList &infos() const { return m_infos.list(); }
     /// Replaces the list: no undo step, but the document is edited. The records get this document.
     Q_INVOKABLE void setInfos(InfoList infos);

@@ -149,10 +149,13 @@ bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error
     Error losses;
     if (type == kXMLType) {
         const std::vector<Unkept::Record> &records = unkept().records;
-        if (std::any_of(records.begin(), records.end(), [](const auto &record) { return record.takesOthers; })) {
-            losses = {u"SavingLossesError"_s, 2,
+        if (std::any_of(records.begin(), records.end(),
+                        [](const auto &record) { return record.takesOthers; })) {
+            losses = {u"SavingLossesError"_s,
+                      2,
                       tr("“%1” was not written: values would take other records with them.").arg(url),
-                      savingLosses(type).lines(kTold).join(u'\n'), {}};
+                      savingLosses(type).lines(kTold).join(u'\n'),
+                      {}};
             // A script that does not ask for the reason is told all the same.
             if (!error)
                 ErrorPresenter::shared().present(losses);
@@ -160,9 +163,11 @@ bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error
         }
         // A save has asked before. Who writes otherwise, as scripts do, is told.
         if (const SavingLosses lost = savedState() ? SavingLosses() : savingLosses(type); !lost.isEmpty())
-            losses = {losesSilently() ? u"Notice"_s : u"SavingLossesError"_s, 3,
+            losses = {losesSilently() ? u"Notice"_s : u"SavingLossesError"_s,
+                      3,
                       tr("“%1” does not hold all values of its records.").arg(url),
-                      lost.lines(kTold).join(u'\n'), {}};
+                      lost.lines(kTold).join(u'\n'),
+                      {}};
         produce = GlyphDataWriter(infos(), m_fileVersion);
     } else if (type == kTableType) {
         produce = TabbedWriter(infos());
@@ -209,6 +214,6 @@ void VXDocument::learnFormOf(const QString &original)
 
 std::unique_ptr<SlicedContent> VXDocument::slicedContent() const
 {
-    return std::make_unique<AutosaveSlices>(
-        infos(), m_fileVersion, [this, revision = m_revision] { return m_revision == revision; });
+    return std::make_unique<AutosaveSlices>(infos(), m_fileVersion,
+                                            [this, revision = m_revision] { return m_revision == revision; });
 }

@@ -6,18 +6,20 @@
 
 namespace runebook {
 
-/// Stores what a person or a correction has made of a field that is a text or a list, with its undo step: one text, or
-/// the parts of a list. A field that is emptied becomes absent.
+/// Stores what a person or a correction has made of a field that is a text or a list, with its undo step: one
+/// text, or the parts of a list. A field that is emptied becomes absent.
 void storeEdited(VXGlyphInfo &info, GlyphField field, const QStringList &value);
 /// The same for a field that is one text.
 void storeEdited(VXGlyphInfo &info, GlyphField field, const QString &text);
 
-/// Why no save would write \a value in \a field, in the sentence that the field itself says; null when it may be written.
+/// Why no save would write \a value in \a field, in the sentence that the field itself says; null when it may
+/// be written.
 QString refusalOfEdited(GlyphField field, const QStringList &value);
 /// Why no save would write the record \a info, which a command is about to add; null when it may be written.
 QString refusalOfEdited(const VXGlyphInfo &info);
 
-/// The records that a command over many has left as they were, since no save would write what it makes of them.
+/// The records that a command over many has left as they were, since no save would write what it makes of
+/// them.
 struct LeftOut {
     qsizetype records = 0;
     QString sentence; ///< about the first of them

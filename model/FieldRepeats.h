@@ -17,8 +17,9 @@ template <typename Entry> std::size_t repeatKey(const Entry &entry)
     return reinterpret_cast<std::size_t>(entry.info.get()) * kFields + static_cast<std::size_t>(entry.field);
 }
 
-/// Whether at least half of \a entries are no repeats, as their order tells: who goes through a list meets the
-/// records about as they were made, and a key above all before it is new. Much quicker than looking for each.
+/// Whether at least half of \a entries are no repeats, as their order tells: who goes through a list meets
+/// the records about as they were made, and a key above all before it is new. Much quicker than looking for
+/// each.
 template <typename Entry> bool isHalfNew(const std::vector<Entry> &entries)
 {
     std::size_t fresh = 0, highest = 0;

@@ -193,7 +193,9 @@ qsizetype FieldValue::length(const char *source) const
     if (tag() == NumberTag)
         return toString(source).size();
     const QStringList &list = node<OwnList>()->value;
-    const auto add = [](qsizetype sum, const QString &entry) { return sum + entry.size() + kListSeparator.size(); };
+    const auto add = [](qsizetype sum, const QString &entry) {
+        return sum + entry.size() + kListSeparator.size();
+    };
     return std::max<qsizetype>(0, std::accumulate(list.begin(), list.end(), -kListSeparator.size(), add));
 }
 
@@ -212,7 +214,8 @@ std::string_view FieldValue::utf8(const char *source, std::string &buffer) const
         return {};
     if (tag() == PieceTag)
         return bytes(source);
-    const QByteArray encoded = tag() == TextTag ? node<OwnText>()->view().toUtf8() : toString(source).toUtf8();
+    const QByteArray encoded =
+        tag() == TextTag ? node<OwnText>()->view().toUtf8() : toString(source).toUtf8();
     buffer.assign(encoded.constData(), static_cast<std::size_t>(encoded.size()));
     return buffer;
 }

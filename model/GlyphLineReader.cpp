@@ -385,8 +385,8 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
             i = quote ? static_cast<std::size_t>(static_cast<const char *>(quote) - line.data()) : length;
         }
         const Attribute attribute {key, line.substr(valueStart, i - valueStart), attributeOfKey(key)};
-        const bool isOrdinary = valueStart == afterKey + 2 && line[afterKey] == '='
-            && line[afterKey + 1] == '"' && i < length;
+        const bool isOrdinary =
+            valueStart == afterKey + 2 && line[afterKey] == '=' && line[afterKey + 1] == '"' && i < length;
         m_isOdd |= !isOrdinary;
         // Where XML has a value in single quotes, the second one at least becomes a part of it.
         m_isOtherWord |= key.size() >= 2 && line.substr(afterKey, 2) == "='";

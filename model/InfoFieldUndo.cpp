@@ -13,7 +13,8 @@ void InfoFieldUndo::registerOld(UndoManager &manager, VXGlyphInfo &info, GlyphFi
         return;
     // No cast at run time, which is dear where each of many records is set: nothing derives from the class.
     UndoOperation *last = manager.lastOperation();
-    auto *open = last && typeid(*last) == typeid(InfoFieldUndo) ? static_cast<InfoFieldUndo *>(last) : nullptr;
+    auto *open =
+        last && typeid(*last) == typeid(InfoFieldUndo) ? static_cast<InfoFieldUndo *>(last) : nullptr;
     if (!open) {
         auto operation = std::make_unique<InfoFieldUndo>();
         open = operation.get();

@@ -16,7 +16,8 @@ struct ReadNotes {
         DroppedAttribute, ///< a repeated or refused attribute, one without value or with leading blanks
         CodePoints, ///< more than two code points, of which a save keeps two
         ForeignLine, ///< a line that is no glyph line
-        OtherMeaning, ///< a line that an XML reader takes for something else than what a save will print for it
+        OtherMeaning, ///< a line that an XML reader takes for something else than what a save will print for
+                      ///< it
         KindCount
     };
     struct Note {
@@ -43,8 +44,8 @@ struct ReadNotes {
     std::vector<Note> notes;
     std::size_t mostNotes = 1000; ///< that are kept
     qsizetype counts[KindCount] = {};
-    /// Keys and values of unknown attributes, the first of each key, kMostKeys and one at most: for a report when all
-    /// was read.
+    /// Keys and values of unknown attributes, the first of each key, kMostKeys and one at most: for a report
+    /// when all was read.
     static constexpr std::size_t kMostKeys = 20;
     std::vector<std::pair<QString, QString>> unknownAttributes;
     /// Records whose lines have another form than the one that is printed for them, without any of the notes

@@ -80,8 +80,7 @@ bool RoundTrip::takesOthers(const VXGlyphInfo &info, GlyphField field)
         return false;
     std::string buffer;
     const std::string_view text = info.utf8(field, buffer);
-    return text.find("<!--") != text.npos
-        || (!info.stored(field).isPiece() && text.find("-->") != text.npos);
+    return text.find("<!--") != text.npos || (!info.stored(field).isPiece() && text.find("-->") != text.npos);
 }
 
 bool RoundTrip::isVeryLong(const VXGlyphInfo &info)

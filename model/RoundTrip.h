@@ -11,8 +11,8 @@ namespace runebook {
 /// and has the reader read that again. What a file cannot hold is thus decided by the writer and the reader
 /// themselves.
 ///
-/// A record without a name and the third and further code points are left out, as known to be lost, unless all
-/// is asked for.
+/// A record without a name and the third and further code points are left out, as known to be lost, unless
+/// all is asked for.
 class RoundTrip
 {
 public:
@@ -40,11 +40,11 @@ public:
 
     /// Whether a value of the record holds a double quote or a line break.
     static bool hasQuoteOrBreak(const VXGlyphInfo &info, GlyphField field);
-    /// Whether a value of \a field may not be written, since other records would go with it. A "-->" that stands
-    /// in the bytes that were read has proved harmless.
+    /// Whether a value of \a field may not be written, since other records would go with it. A "-->" that
+    /// stands in the bytes that were read has proved harmless.
     static bool takesOthers(const VXGlyphInfo &info, GlyphField field);
-    /// Whether a value is so long that looking at the record takes longer than a key may wait: such records are
-    /// looked at when they are saved.
+    /// Whether a value is so long that looking at the record takes longer than a key may wait: such records
+    /// are looked at when they are saved.
     static bool isVeryLong(const VXGlyphInfo &info);
     /// The fields whose values are texts or lists and stand in files.
     static std::span<const GlyphField> writtenFields();

@@ -230,8 +230,8 @@ void VXGlyphInfo::takeValuesOf(const VXGlyphInfo &fresh)
         if (theirs.isAbsent())
             setStored(field, {});
         else if (isList)
-            setStored(field, FieldValue::list(field == GlyphField::Unicodes ? fresh.unicodes()
-                                                                            : fresh.altNames()));
+            setStored(field,
+                      FieldValue::list(field == GlyphField::Unicodes ? fresh.unicodes() : fresh.altNames()));
         else
             setStored(field, FieldValue::text(fresh.stringValue(field)));
     }

@@ -138,8 +138,8 @@ public: // setters
     Q_INVOKABLE void setAltNames(const QString &names);
     Q_INVOKABLE void setDesc(const QString &desc);
     Q_INVOKABLE void setDecompose(const QString &text) { setText(runebook::GlyphField::Decompose, text); }
-    /// Stores a text in a text field as an edit with its undo step and notice, whatever the field's own setter
-    /// does.
+    /// Stores a text in a text field as an edit with its undo step and notice, whatever the field's own
+    /// setter does.
     void editText(runebook::GlyphField field, const QString &text) { setText(field, text); }
     /// The same for a value that is made already: a long one on another thread.
     void editValue(runebook::GlyphField field, const runebook::FieldValue &value) { setStored(field, value); }
@@ -210,8 +210,8 @@ public: // for the readers, writers and indexes of this system
     /// The bytes of the line that the record was read from while they are exactly what a file of
     /// \a fileVersion holds for it; otherwise empty.
     std::string_view unchangedLine(int fileVersion) const;
-    /// Where the line of the record begins in the bytes that were read; -1 for a record that was not read from
-    /// a file.
+    /// Where the line of the record begins in the bytes that were read; -1 for a record that was not read
+    /// from a file.
     qint64 lineOffset() const { return m_line.isPiece() ? qint64(m_line.pieceOffset()) : -1; }
     /// The length of that line in bytes; 0 for none, and for one of more than 64 MB.
     qint64 lineLength() const { return m_line.isPiece() ? qint64(m_line.pieceLength()) : 0; }

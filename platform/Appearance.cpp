@@ -54,8 +54,8 @@ void drawIndicatorOutline(QPainter &painter, const QStyleOption &option, bool is
     painter.restore();
 }
 
-/// The outline of a field of \a option over that of Fusion, which is as dark as a dark window is, and which a field of
-/// several lines keeps when it has the keyboard.
+/// The outline of a field of \a option over that of Fusion, which is as dark as a dark window is, and which a
+/// field of several lines keeps when it has the keyboard.
 void drawFieldOutline(QPainter &painter, const QStyleOption &option, bool showsFocus)
 {
     constexpr qreal kRadius = 2;

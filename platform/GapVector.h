@@ -7,13 +7,13 @@
 
 namespace runebook {
 
-/// A vector for lists that are changed one element at a time, each near the one before: where elements went or
-/// came last it keeps room, the gap, so that the next one moves only what lies between. Changes one by one from the
-/// front, in the middle or at the end cost together as much as one of them all; at places far from each other each
-/// moves what lies between, as in a vector. Elements that go leave `T()` behind.
+/// A vector for lists that are changed one element at a time, each near the one before: where elements went
+/// or came last it keeps room, the gap, so that the next one moves only what lies between. Changes one by one
+/// from the front, in the middle or at the end cost together as much as one of them all; at places far from
+/// each other each moves what lies between, as in a vector. Elements that go leave `T()` behind.
 ///
-/// The elements stand in slots, those behind the gap farther back by its length. An element keeps its slot until it
-/// is moved, which insert() and erase() tell of.
+/// The elements stand in slots, those behind the gap farther back by its length. An element keeps its slot
+/// until it is moved, which insert() and erase() tell of.
 template <typename T> class GapVector
 {
 public:
@@ -59,8 +59,8 @@ public:
             m_slots.reserve(std::max(needed, m_slots.capacity() + m_slots.capacity() / 2));
     }
 
-    /// Inserts elements so that each stands at its place afterwards: \a places ascend, \a element gives the value
-    /// for the n-th of them.
+    /// Inserts elements so that each stands at its place afterwards: \a places ascend, \a element gives the
+    /// value for the n-th of them.
     template <typename Places, typename Element> Moved insert(const Places &places, Element element)
     {
         const std::size_t count = places.size();
@@ -116,7 +116,8 @@ private:
     {
         return static_cast<std::size_t>(places.back() - places.front()) + 1 == places.size();
     }
-    /// A gap that was too small is followed by one of twice the room, as long as one change follows the other.
+    /// A gap that was too small is followed by one of twice the room, as long as one change follows the
+    /// other.
     std::size_t nextRoom(std::size_t least) const
     {
         constexpr std::size_t kFewest = 32;

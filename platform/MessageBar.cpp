@@ -26,7 +26,10 @@ constexpr int kTogetherMs = 1000; // nobody has read the former in that time
 } // namespace
 
 MessageBar::MessageBar(QWidget *parent)
-    : QFrame(parent), m_layout(new QHBoxLayout(this)), m_label(plainLabel({}, this)), m_timer(new QTimer(this))
+    : QFrame(parent),
+      m_layout(new QHBoxLayout(this)),
+      m_label(plainLabel({}, this)),
+      m_timer(new QTimer(this))
 {
     setFrameShape(StyledPanel);
     setAutoFillBackground(true);

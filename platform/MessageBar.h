@@ -12,9 +12,9 @@ namespace runebook {
 
 /// A line of text at the top of a window that says what the user should know, perhaps with buttons that do
 /// something about it, without standing in the way: it never takes the keyboard by itself. It goes when it is
-/// closed (by Escape, too, when the keyboard is in it) or answered; passing remarks go by themselves. What stands
-/// until it is closed is not covered by what comes after it: that is shown below it, as are remarks that come at
-/// nearly the same time.
+/// closed (by Escape, too, when the keyboard is in it) or answered; passing remarks go by themselves. What
+/// stands until it is closed is not covered by what comes after it: that is shown below it, as are remarks
+/// that come at nearly the same time.
 class MessageBar : public QFrame
 {
     Q_OBJECT

@@ -39,7 +39,8 @@ void setPlainTexts(QMessageBox &box, const QString &text, const QString &informa
 
 QString escapedToolTip(const QString &text)
 {
-    return text.isEmpty() ? QString() : "<qt>"_L1 + shownText(text, kMostInMessage).toHtmlEscaped() + "</qt>"_L1;
+    return text.isEmpty() ? QString()
+                          : "<qt>"_L1 + shownText(text, kMostInMessage).toHtmlEscaped() + "</qt>"_L1;
 }
 
 QString terminalText(const QString &text)

@@ -17,8 +17,8 @@ void setPlainTexts(QMessageBox &box, const QString &text, const QString &informa
 /// \a text for a tooltip, which takes markup and has no other way to be told not to.
 QString escapedToolTip(const QString &text);
 
-/// \a text as a terminal may show it: characters that steer the terminal or turn the direction of the text are
-/// written out.
+/// \a text as a terminal may show it: characters that steer the terminal or turn the direction of the text
+/// are written out.
 QString terminalText(const QString &text);
 
 } // namespace runebook

@@ -26,8 +26,7 @@ private:
 class UndoManager::Step final : public QUndoCommand
 {
 public:
-    Step(UndoManager &manager, Operations operations, const QString &name,
-         std::shared_ptr<const void> before)
+    Step(UndoManager &manager, Operations operations, const QString &name, std::shared_ptr<const void> before)
         : QUndoCommand(name),
           m_manager(manager),
           m_operations(std::move(operations)),

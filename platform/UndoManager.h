@@ -55,7 +55,8 @@ public: // groups: everything between begin and the matching end is one step
 
 public: // places
     /// Where somebody was in the data (a selection), which is not part of them and yet comes back with a
-    /// step: remembered when the step begins and before it is undone, given back when it was undone or redone.
+    /// step: remembered when the step begins and before it is undone, given back when it was undone or
+    /// redone.
     struct PlaceKeeper {
         std::function<std::shared_ptr<const void>()> remember;
         std::function<void(const std::shared_ptr<const void> &place)> giveBack;

@@ -116,8 +116,8 @@ public: // layout; these hide the repainting operation of the same name on purpo
     PSMTabBarCell *cellAtPoint(const QPointF &point) const;
     PSMOverflowPopUpButton *overflowPopUpButton() const { return m_overflowButton; }
     QToolButton *addTabButton() const { return m_addTabButton; }
-    /// Lets the user type a new title in the tab of \a item: Return and leaving it end in titleEdited, Escape in
-    /// nothing. A tab in the overflow menu is selected first.
+    /// Lets the user type a new title in the tab of \a item: Return and leaving it end in titleEdited, Escape
+    /// in nothing. A tab in the overflow menu is selected first.
     Q_INVOKABLE void editTitleOfTabItem(QObject *item);
     /// Fills \a menu just before it shows; it has to be the overflow button's.
     void menuNeedsUpdate(QMenu *menu);

@@ -8,8 +8,9 @@
 
 namespace runebook {
 
-/// Another process in the same folders: the test program started anew. It does one of its works and then stays as it
-/// is until it is killed. No fork: that has none of the threads, but waits for them, be it only to wake them.
+/// Another process in the same folders: the test program started anew. It does one of its works and then
+/// stays as it is until it is killed. No fork: that has none of the threads, but waits for them, be it only
+/// to wake them.
 class OtherProcess
 {
 public:
@@ -40,7 +41,8 @@ public:
         m_process.waitForFinished(-1);
     }
 
-    /// In the main function: whether this is the other process. Then it does what is asked for, and does not come back.
+    /// In the main function: whether this is the other process. Then it does what is asked for, and does not
+    /// come back.
     template <std::size_t Count> static void runIfMeant(int argc, char *argv[], const Work (&works)[Count])
     {
         if (argc < 4 || qstrcmp(argv[1], kOption) != 0)

@@ -10,10 +10,10 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-inline const QStringList kKeys {u"name"_s,        u"category"_s,  u"subCategory"_s, u"marks"_s,    u"anchors"_s,
-                         u"unicodeLegacy"_s, u"unicodes"_s,  u"script"_s,      u"production"_s, u"sortName"_s,
-                         u"sortNameKeep"_s, u"sortNameOld"_s, u"altNames"_s,    u"desc"_s,     u"decompose"_s,
-                         u"direction"_s,    u"case"_s};
+inline const QStringList kKeys {
+    u"name"_s,     u"category"_s, u"subCategory"_s, u"marks"_s,     u"anchors"_s,      u"unicodeLegacy"_s,
+    u"unicodes"_s, u"script"_s,   u"production"_s,  u"sortName"_s,  u"sortNameKeep"_s, u"sortNameOld"_s,
+    u"altNames"_s, u"desc"_s,     u"decompose"_s,   u"direction"_s, u"case"_s};
 
 /// All values of a record; absent and empty ones are the same in a file.
 inline QVariantList valuesOf(const VXGlyphInfo &info)
@@ -22,8 +22,10 @@ inline QVariantList valuesOf(const VXGlyphInfo &info)
     for (const QString &key : kKeys) {
         const QVariant value = info.valueForKey(key);
         const bool isList = value.typeId() == QMetaType::QStringList;
-        values << (isList ? QVariant(value.toStringList() == QStringList(u""_s) ? QStringList() : value.toStringList())
-                          : value.typeId() == QMetaType::QString ? QVariant(value.toString() + u""_s) : value);
+        values << (isList ? QVariant(value.toStringList() == QStringList(u""_s) ? QStringList()
+                                                                                : value.toStringList())
+                       : value.typeId() == QMetaType::QString ? QVariant(value.toString() + u""_s)
+                                                              : value);
     }
     return values;
 }
@@ -36,11 +38,36 @@ public:
     int below(int end) { return m_random.bounded(end); }
     QString text()
     {
-        static const QStringList pieces {
-            u"a"_s, u"B7"_s, u" "_s, u"\""_s, u"\n"_s, u"\r"_s, u"\t"_s, QString(QChar(0)), u"\x1B"_s, u"é"_s,
-            u"字"_s, u"𝔸"_s, u"e\u0301"_s, QString(QChar(0xD835)), QString(QChar(0xDC38)), u"<!--"_s, u"-->"_s,
-            u"<"_s, u"/>"_s, u"&amp;"_s, u"'"_s, u"="_s, u", "_s, u"\u2028"_s, u"\u0085"_s, u"\uFEFF"_s,
-            u"\u00A0"_s, QString(40, u'字'), u"\n\t<glyph name=\"x\" />"_s, u"0041"_s};
+        static const QStringList pieces {u"a"_s,
+                                         u"B7"_s,
+                                         u" "_s,
+                                         u"\""_s,
+                                         u"\n"_s,
+                                         u"\r"_s,
+                                         u"\t"_s,
+                                         QString(QChar(0)),
+                                         u"\x1B"_s,
+                                         u"é"_s,
+                                         u"字"_s,
+                                         u"𝔸"_s,
+                                         u"e\u0301"_s,
+                                         QString(QChar(0xD835)),
+                                         QString(QChar(0xDC38)),
+                                         u"<!--"_s,
+                                         u"-->"_s,
+                                         u"<"_s,
+                                         u"/>"_s,
+                                         u"&amp;"_s,
+                                         u"'"_s,
+                                         u"="_s,
+                                         u", "_s,
+                                         u"\u2028"_s,
+                                         u"\u0085"_s,
+                                         u"\uFEFF"_s,
+                                         u"\u00A0"_s,
+                                         QString(40, u'字'),
+                                         u"\n\t<glyph name=\"x\" />"_s,
+                                         u"0041"_s};
         QString made;
         for (int i = below(4); i > 0; --i) // mostly harmless ones, so that all outcomes occur
             made += pieces.at(below(3) ? below(3) : below(int(pieces.size())));

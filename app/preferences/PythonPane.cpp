@@ -173,7 +173,8 @@ void PythonPane::installPackage()
     if (package.trimmed().isEmpty() || m_packages->isInstalling())
         return;
     m_ui->install->setEnabled(false);
-    m_ui->packagesStatus->setText(tr("Installing “%1”; the console shows how it goes.").arg(package.trimmed()));
+    m_ui->packagesStatus->setText(
+        tr("Installing “%1”; the console shows how it goes.").arg(package.trimmed()));
     m_packages->install(package, VXScriptingHandler::sharedHandler()->currentPythonPath());
 }
 

@@ -13,8 +13,8 @@ namespace runebook {
 
 class SitePackages;
 
-/// Preferences: the installation of Python that scripts run with, from the next start on, and the packages that they
-/// can import.
+/// Preferences: the installation of Python that scripts run with, from the next start on, and the packages
+/// that they can import.
 class PythonPane : public QWidget
 {
     Q_OBJECT

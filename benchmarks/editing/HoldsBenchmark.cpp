@@ -187,8 +187,8 @@ void setMemory(benchmark::State &state, int times, bool isPeer)
     }
 }
 
-/// The longest step of choosing a record with a long value, editing another field of it, opening the sheet of all
-/// of the value and typing there.
+/// The longest step of choosing a record with a long value, editing another field of it, opening the sheet of
+/// all of the value and typing there.
 void longValue(benchmark::State &state, GlyphField field, const QString &value)
 {
     VXDocument document;
@@ -220,8 +220,8 @@ void longValue(benchmark::State &state, GlyphField field, const QString &value)
     document.updateChangeCount(Document::ChangeCleared);
 }
 
-/// The longest time for which the window stands still while a description of so many letters, a quote among them, is
-/// chosen, autosaved, searched, sorted, opened in its sheet, edited there and stored.
+/// The longest time for which the window stands still while a description of so many letters, a quote among
+/// them, is chosen, autosaved, searched, sorted, opened in its sheet, edited there and stored.
 void longText(benchmark::State &state, qsizetype letters)
 {
     VXDocument document;
@@ -244,10 +244,14 @@ void longText(benchmark::State &state, qsizetype letters)
         };
         const auto atOnce = [] { return true; };
         bool isSaved = false;
-        const auto told = QObject::connect(&document.autosaver(), &Autosaver::finished, [&isSaved] { isSaved = true; });
-        step("choose", [&] { list.setSelectionIndexes({500}); }, atOnce);
-        step("edit", [&] { setFieldFromText(document, {info}, GlyphField::Script, u"greek"_s); }, atOnce);
-        step("autosave", [&] { document.autosaver().start(); }, [&isSaved] { return isSaved; });
+        const auto told =
+            QObject::connect(&document.autosaver(), &Autosaver::finished, [&isSaved] { isSaved = true; });
+        step(
+            "choose", [&] { list.setSelectionIndexes({500}); }, atOnce);
+        step(
+            "edit", [&] { setFieldFromText(document, {info}, GlyphField::Script, u"greek"_s); }, atOnce);
+        step(
+            "autosave", [&] { document.autosaver().start(); }, [&isSaved] { return isSaved; });
         QObject::disconnect(told);
         const auto search = [&window](const QString &text) {
             return [&window, text] {
@@ -258,16 +262,23 @@ void longText(benchmark::State &state, qsizetype letters)
         step("search", search(u"9x"_s), [&window] { return !window.isFiltering(); });
         step("key", search(u"90"_s), [&window] { return !window.isFiltering(); });
         step("clear", search({}), [&window] { return !window.isFiltering(); });
-        step("sort", [&] { list.sort(columnOfField(GlyphField::Desc)); }, atOnce);
-        step("unsort", [&] { list.sort(-1); }, atOnce);
+        step(
+            "sort", [&] { list.sort(columnOfField(GlyphField::Desc)); }, atOnce);
+        step(
+            "unsort", [&] { list.sort(-1); }, atOnce);
         list.setSelectionIndexes({500});
         WholeValueDialog *sheet = nullptr;
-        step("open", [&] { sheet = window.detailPane()->editWhole(GlyphField::Desc); }, atOnce);
-        step("type", [&] { sheet->edit()->insertPlainText(u"a"_s); }, atOnce);
-        step("turn", [&] { sheet->showPart(sheet->partCount() / 2); }, atOnce);
+        step(
+            "open", [&] { sheet = window.detailPane()->editWhole(GlyphField::Desc); }, atOnce);
+        step(
+            "type", [&] { sheet->edit()->insertPlainText(u"a"_s); }, atOnce);
+        step(
+            "turn", [&] { sheet->showPart(sheet->partCount() / 2); }, atOnce);
         const QPointer<WholeValueDialog> open = sheet;
-        step("store", [&] { sheet->accept(); }, [&open] { return !open || !open->isVisible(); });
-        step("undo", [&] { document.undoManager()->undo(); }, atOnce);
+        step(
+            "store", [&] { sheet->accept(); }, [&open] { return !open || !open->isVisible(); });
+        step(
+            "undo", [&] { document.undoManager()->undo(); }, atOnce);
         state.SetIterationTime(longest);
     }
     document.updateChangeCount(Document::ChangeCleared);

@@ -98,7 +98,10 @@ private:
             m_out << "      " << key << ":\n        - " << one << "\n        + " << other << '\n';
     }
 
-    static QString shown(const QString &value) { return value.isEmpty() ? tr("(none)") : terminalText(value); }
+    static QString shown(const QString &value)
+    {
+        return value.isEmpty() ? tr("(none)") : terminalText(value);
+    }
 
     QTextStream &m_out;
     CompareKey m_key;

@@ -65,22 +65,14 @@ std::string_view comparableList(const QStringList &list, std::string &buffer)
 const QList<ComparedField> &comparedFields()
 {
     static const QList<ComparedField> fields {
-        {GlyphField::Unicodes, "Unicode"},
-        {GlyphField::Name, "Name"},
-        {GlyphField::SortName, "SortName"},
-        {GlyphField::SortNameKeep, "SortNameKeep"},
-        {GlyphField::SortNameOld, "SortNameOld"},
-        {GlyphField::Category, "Category"},
-        {GlyphField::SubCategory, "SubCategory"},
-        {GlyphField::Script, "Script"},
-        {GlyphField::Decompose, "Decompose"},
-        {GlyphField::Anchors, "Anchors"},
-        {GlyphField::Marks, "Accents"},
-        {GlyphField::Production, "Production"},
-        {GlyphField::AltNames, "AltNames"},
-        {GlyphField::UnicodeLegacy, "UnicodeLegacy"},
-        {GlyphField::Desc, "Description"},
-        {GlyphField::Case, "Case"},
+        {GlyphField::Unicodes, "Unicode"},        {GlyphField::Name, "Name"},
+        {GlyphField::SortName, "SortName"},       {GlyphField::SortNameKeep, "SortNameKeep"},
+        {GlyphField::SortNameOld, "SortNameOld"}, {GlyphField::Category, "Category"},
+        {GlyphField::SubCategory, "SubCategory"}, {GlyphField::Script, "Script"},
+        {GlyphField::Decompose, "Decompose"},     {GlyphField::Anchors, "Anchors"},
+        {GlyphField::Marks, "Accents"},           {GlyphField::Production, "Production"},
+        {GlyphField::AltNames, "AltNames"},       {GlyphField::UnicodeLegacy, "UnicodeLegacy"},
+        {GlyphField::Desc, "Description"},        {GlyphField::Case, "Case"},
         {GlyphField::Direction, "Direction"},
     };
     return fields;

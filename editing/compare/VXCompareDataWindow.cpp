@@ -404,13 +404,15 @@ void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)
             copies.push_back(std::move(copy));
     }
     if (leftOut.records > 0)
-        ErrorBubble::show(target == document(CompareSheet::Left) ? m_ui->copyLeftButton : m_ui->copyRightButton,
+        ErrorBubble::show(target == document(CompareSheet::Left) ? m_ui->copyLeftButton
+                                                                 : m_ui->copyRightButton,
                           {u"Runebook"_s, 1, leftOut.text(), {}, {}});
     if (copies.empty())
         return;
     const UndoGroup group(target->undoManager(),
-                          copies.size() == 1 ? tr("Copy “%1”").arg(copies.front()->name())
-                                             : tr("Copy %1 Records").arg(locale().toString(std::ssize(copies))));
+                          copies.size() == 1
+                              ? tr("Copy “%1”").arg(copies.front()->name())
+                              : tr("Copy %1 Records").arg(locale().toString(std::ssize(copies))));
     if (copies.size() == 1)
         target->addInfo(copies.front());
     else

@@ -6,8 +6,9 @@
 
 namespace runebook {
 
-/// Says why a keystroke was refused, or what became of it: a bubble on the control's own window, under the control, that takes no
-/// focus and goes by itself, with the next key or when the control is left. One for each control.
+/// Says why a keystroke was refused, or what became of it: a bubble on the control's own window, under the
+/// control, that takes no focus and goes by itself, with the next key or when the control is left. One for
+/// each control.
 class ErrorBubble : public QLabel
 {
     Q_OBJECT

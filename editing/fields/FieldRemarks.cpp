@@ -33,8 +33,8 @@ FieldRemark remarkOnRefusal(VXDocument &document, const InfoList &infos, GlyphFi
         return remark;
     remark.sentence = error.description;
     remark.offer = offerFor(text);
-    remark.takeOffer = takeOffer(document, infos, field,
-                                 [text = fileText(text)](const VXGlyphInfo &) { return text; });
+    remark.takeOffer =
+        takeOffer(document, infos, field, [text = fileText(text)](const VXGlyphInfo &) { return text; });
     return remark;
 }
 
@@ -58,8 +58,8 @@ std::optional<FieldRemark> remarkOnValue(VXDocument &document, const InfoList &i
                 continue;
             remark.offer = offer;
             remark.takeOffer =
-                takeOffer(document, infos, field, [text = fix.value.join(kListSeparator)](
-                                                      const VXGlyphInfo &) { return text; });
+                takeOffer(document, infos, field,
+                          [text = fix.value.join(kListSeparator)](const VXGlyphInfo &) { return text; });
         }
         return remark;
     }

@@ -39,8 +39,8 @@ public:
 
     qsizetype partCount() const;
     QString part(qsizetype index) const;
-    /// Any text will do; one that is too long to be laid out becomes several parts. The other parts stay apart as
-    /// they are.
+    /// Any text will do; one that is too long to be laid out becomes several parts. The other parts stay
+    /// apart as they are.
     void setPart(qsizetype index, const QString &text);
     bool isChanged() const;
     /// The part in which a place of the unchanged text lies.

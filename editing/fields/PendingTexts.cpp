@@ -92,7 +92,8 @@ QJsonObject pendingText(const VXDocument &document, const InfoList &infos, Glyph
             {u"name"_s, ranges.isEmpty() ? QString() : document.infos()[first]->name()}};
 }
 
-QJsonObject pendingEdits(const VXDocument &document, const InfoList &infos, GlyphField field, const LongText &text)
+QJsonObject pendingEdits(const VXDocument &document, const InfoList &infos, GlyphField field,
+                         const LongText &text)
 {
     QJsonArray edits;
     for (const TextEdit &edit : text.edits())
@@ -120,8 +121,8 @@ QStringList takePendingTexts(VXDocument &document, const QJsonArray &texts)
         else if (setFieldFromText(document, infos, *field, text, &error))
             continue;
         refused << tr("“%1” was being typed into “%2” of “%3” and could not be put there. %4")
-                       .arg(text, field ? fieldTitle(*field) : QString(),
-                            pending.value("name"_L1).toString(), error.text());
+                       .arg(text, field ? fieldTitle(*field) : QString(), pending.value("name"_L1).toString(),
+                            error.text());
     }
     return refused;
 }

@@ -12,8 +12,10 @@ namespace runebook {
 /// records are told by place, and the first by its name as well.
 QJsonObject pendingText(const VXDocument &document, const InfoList &infos, GlyphField field,
                         const QString &text);
-/// The same for what was edited in a long text: only the edits and the length of what they were made in are kept.
-QJsonObject pendingEdits(const VXDocument &document, const InfoList &infos, GlyphField field, const LongText &text);
+/// The same for what was edited in a long text: only the edits and the length of what they were made in are
+/// kept.
+QJsonObject pendingEdits(const VXDocument &document, const InfoList &infos, GlyphField field,
+                         const LongText &text);
 /// Puts such texts into the records by the rules for typed ones, an undo step for each. The answer has a
 /// sentence, with the text in it, for each that cannot be put there.
 QStringList takePendingTexts(VXDocument &document, const QJsonArray &texts);

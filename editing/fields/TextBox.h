@@ -16,7 +16,10 @@ public:
     QString exactText() const;
     /// Asked before a paste that makes the text longer than a field can lay out, with the text as it would be
     /// and where the caret would stand; true when it was dealt with.
-    void setLongPaste(std::function<bool(const QString &text, qsizetype caret)> take) { m_takesLong = std::move(take); }
+    void setLongPaste(std::function<bool(const QString &text, qsizetype caret)> take)
+    {
+        m_takesLong = std::move(take);
+    }
 
 protected:
     void insertFromMimeData(const QMimeData *source) override;

@@ -139,7 +139,8 @@ void VXValidatingTextField::makeRoom()
     const QMargins margins(0, 0, area.right() - textArea.right(), 0);
     if (margins != textMargins())
         setTextMargins(margins);
-    const bool isTold = m_errorHint.isEmpty() || isEditing() || VXValidatingTextFieldCell::isBadgeWhole(*this);
+    const bool isTold =
+        m_errorHint.isEmpty() || isEditing() || VXValidatingTextFieldCell::isBadgeWhole(*this);
     if (const QString hidden = isTold ? QString() : m_errorHint; hidden != m_hiddenHint) {
         m_hiddenHint = hidden;
         Q_EMIT hiddenHintChanged(hidden);

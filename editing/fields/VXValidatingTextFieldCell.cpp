@@ -69,7 +69,8 @@ QRect VXValidatingTextFieldCell::errorBadgeRectInView(const VXValidatingTextFiel
     const QRect interior = interiorOf(field);
     const int button = field.isExtraButtonVisible() ? field.extraButton()->width() : 0;
     const int room = std::max(0, interior.width() - button);
-    // The field's own text stays whole beside it; of a reason that leaves no room for that only a sign is left.
+    // The field's own text stays whole beside it; of a reason that leaves no room for that only a sign is
+    // left.
     const int width = isBadgeWhole(field) ? wantedBadgeWidth(field) : std::min(room, interior.height());
     return {interior.right() + 1 - button - width, interior.top(), width, interior.height()};
 }

@@ -66,10 +66,12 @@ void WholeValueDialog::build()
     constexpr QSize kUsual {560, 420};
     constexpr qsizetype kLongestName = 60;
     const QString of = m_infos.size() == 1
-        ? tr("%1 of “%2”").arg(fieldTitle(m_field),
-                               shownText(m_infos.front()->stored(GlyphField::Name)
-                                             .beginning(m_infos.front()->sourceData(), kLongestName + 2),
-                                         kLongestName))
+        ? tr("%1 of “%2”")
+              .arg(fieldTitle(m_field),
+                   shownText(m_infos.front()
+                                 ->stored(GlyphField::Name)
+                                 .beginning(m_infos.front()->sourceData(), kLongestName + 2),
+                             kLongestName))
         : tr("%1 of %2 records").arg(fieldTitle(m_field), QLocale().toString(qlonglong(m_infos.size())));
     auto *caption = plainLabel(of, this);
     caption->setWordWrap(true);

@@ -14,9 +14,10 @@ namespace runebook {
 
 class TextBox;
 
-/// Shows and edits the whole of a value that is too long for its field, part by part, as a sheet of \a parent.
-/// What was edited is stored as one step when the sheet is accepted; a text that is refused stays in it. A very long
-/// one is put together on another thread: the sheet waits for that and takes no input meanwhile.
+/// Shows and edits the whole of a value that is too long for its field, part by part, as a sheet of \a
+/// parent. What was edited is stored as one step when the sheet is accepted; a text that is refused stays in
+/// it. A very long one is put together on another thread: the sheet waits for that and takes no input
+/// meanwhile.
 class WholeValueDialog : public QDialog
 {
     Q_OBJECT

@@ -93,9 +93,10 @@ private:
                 field = sentence;
             sentence = meaningOfProblemKind(problem.kind) + " “"_L1 + sentence + u'”';
         }
-        const qint64 offset = problem.kind >= kFirstReadProblem ? m_problems.offsetOf(problem)
-                                                                : problem.info->lineOffset();
-        m_all.push_back({problem.kind, offset, problem.info ? problem.info->name() : QString(), field, sentence});
+        const qint64 offset =
+            problem.kind >= kFirstReadProblem ? m_problems.offsetOf(problem) : problem.info->lineOffset();
+        m_all.push_back(
+            {problem.kind, offset, problem.info ? problem.info->name() : QString(), field, sentence});
     }
     /// One for each field.
     void addLosses(const Problem &problem)
@@ -171,8 +172,8 @@ public:
     }
     void end(qsizetype findings) override
     {
-        m_out << m_file << ": " << tr("%1 records, %2, %3 problems").arg(m_records).arg(m_version).arg(findings)
-              << '\n';
+        m_out << m_file << ": "
+              << tr("%1 records, %2, %3 problems").arg(m_records).arg(m_version).arg(findings) << '\n';
     }
     void unreadable(const QString &, const Error &) override { }
 
@@ -215,12 +216,15 @@ public:
     }
     void end(qsizetype findings) override
     {
-        m_out << "],\"status\":" << (findings > 0 ? int(CheckResult::Problems) : int(CheckResult::Clean)) << '}';
+        m_out << "],\"status\":" << (findings > 0 ? int(CheckResult::Problems) : int(CheckResult::Clean))
+              << '}';
     }
     void unreadable(const QString &file, const Error &error) override
     {
         m_out << next()
-              << jsonText({{u"file"_s, file}, {u"status"_s, int(CheckResult::Unreadable)}, {u"error"_s, error.text()}});
+              << jsonText({{u"file"_s, file},
+                           {u"status"_s, int(CheckResult::Unreadable)},
+                           {u"error"_s, error.text()}});
     }
     void finish() override { m_out << (m_isFirst ? "[]\n" : "\n]\n"); }
 
@@ -239,7 +243,8 @@ std::optional<QByteArray> bytesOf(const QString &file, QIODevice &input, Error *
     QByteArray bytes = input.readAll();
     if (isUtf8(bytes))
         return bytes;
-    fail(error, {u"ReadError"_s, 1, tr("The standard input could not be read."), tr("It is not UTF-8 text."), {}});
+    fail(error,
+         {u"ReadError"_s, 1, tr("The standard input could not be read."), tr("It is not UTF-8 text."), {}});
     return {};
 }
 

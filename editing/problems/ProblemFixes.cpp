@@ -100,7 +100,8 @@ Fixes plannedFixes(const VXDocument &document, ProblemKind kind, const VXGlyphIn
 }
 
 /// None when a value that no save writes would be among them; \a leftOut then counts the record.
-Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info, LeftOut *leftOut = nullptr)
+Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info,
+               LeftOut *leftOut = nullptr)
 {
     Fixes fixes = plannedFixes(document, kind, info);
     for (const FieldFix &fix : fixes) {

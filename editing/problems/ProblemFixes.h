@@ -16,7 +16,8 @@ public:
     static bool canFix(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &info);
     /// Fixes what can be fixed among \a problems, as one undo step that names the number of records. Returns
     /// that number. Records whose fix no save would write stay as they are, and are told in \a leftOut.
-    static qsizetype apply(VXDocument &document, std::span<const Problem> problems, LeftOut *leftOut = nullptr);
+    static qsizetype apply(VXDocument &document, std::span<const Problem> problems,
+                           LeftOut *leftOut = nullptr);
 };
 
 } // namespace runebook

@@ -82,13 +82,11 @@ const Words &wordsOf(GlyphField field)
     static const auto categories = setOf(VXGlyphInfo::categories());
     static const auto subCategories = setOf(VXGlyphInfo::subCategories());
     static const auto scripts = setOf(VXGlyphInfo::scripts());
-    return field == GlyphField::Category ? categories
-        : field == GlyphField::Script    ? scripts
-                                         : subCategories;
+    return field == GlyphField::Category ? categories : field == GlyphField::Script ? scripts : subCategories;
 }
 
-/// Calls \a visit with each code point text of a record, as UTF-8. Of a record with very many, which has a problem
-/// anyhow, the first are looked at: an edit of it may not hold the window.
+/// Calls \a visit with each code point text of a record, as UTF-8. Of a record with very many, which has a
+/// problem anyhow, the first are looked at: an edit of it may not hold the window.
 template <typename Visit> void forEachCodePoint(const VXGlyphInfo &info, Visit visit)
 {
     constexpr qsizetype kMost = 10'000;
@@ -274,8 +272,8 @@ void Problems::check(std::span<const qsizetype> places)
     }
 }
 
-/// What a file would not keep of each record, into m_outcomes. Of one with a very long value that turns out when
-/// it is saved: the window would stand still while it is printed and read.
+/// What a file would not keep of each record, into m_outcomes. Of one with a very long value that turns out
+/// when it is saved: the window would stand still while it is printed and read.
 void Problems::checkRoundTrip(std::span<VXGlyphInfo *const> infos)
 {
     const auto isLong = [this](const VXGlyphInfo *info) {
@@ -539,7 +537,7 @@ void Problems::remove(const IndexSet &places)
     }
     const auto lookedAt = std::lower_bound(places.begin(), places.end(), static_cast<qsizetype>(m_next));
     m_next -= static_cast<std::size_t>(lookedAt - places.begin());
-    const auto erase = [&places](auto &values) { values.erase(places, [](auto) { }); };
+    const auto erase = [&places](auto &values) { values.erase(places, [](auto) {}); };
     erase(m_flags);
     erase(m_nameKeys);
     erase(m_codePoints);
@@ -643,8 +641,9 @@ bool Problems::hasProblem(ProblemKind kind, qsizetype place) const
     }
     case ProblemKind::MissingComponent: {
         const quint32 list = m_next < m_flags.size() ? 0 : m_components[at];
-        return list && std::any_of(m_componentLists[list - 1].begin(), m_componentLists[list - 1].end(),
-                                   [this](quint64 key) { return isMissing(key); });
+        return list
+            && std::any_of(m_componentLists[list - 1].begin(), m_componentLists[list - 1].end(),
+                           [this](quint64 key) { return isMissing(key); });
     }
     default:
         return m_flags[at] & flagOf(kind);

@@ -16,8 +16,8 @@ namespace runebook {
 struct Problem {
     ProblemKind kind = ProblemKind::MissingName;
     InfoPtr info; ///< null where no record is concerned, or it has gone
-    int part = 0; ///< of DuplicateCodePoint, RepeatingAltName and MissingComponent the place in the record; of what
-                  ///< was read the number of the note
+    int part = 0; ///< of DuplicateCodePoint, RepeatingAltName and MissingComponent the place in the record;
+                  ///< of what was read the number of the note
 };
 
 /// Follows a document and knows what is wrong with it. The first look goes through all records in short
@@ -52,8 +52,8 @@ public: // asking: about what was looked at so far
                 std::vector<Problem> &problems) const;
     /// The same for what was met when the file was read. Of very many only the first are kept.
     void appendRead(std::optional<ProblemKind> kind, std::vector<Problem> &problems) const;
-    /// Where the line of something that was met when the file was read begins in its bytes; -1 for the file as a
-    /// whole.
+    /// Where the line of something that was met when the file was read begins in its bytes; -1 for the file
+    /// as a whole.
     qint64 offsetOf(const Problem &problem) const;
     /// What is wrong, in words.
     QString explanation(const Problem &problem) const;

@@ -444,8 +444,9 @@ void ProblemsButton::showCount()
     setText(text);
     setAccessibleName(text);
     // A warning sign stands where something is to be warned of.
-    setIcon(total > 0 ? QIcon(u":/icons/problems.svg"_s) : m_problems.isComplete() ? QIcon(u":/icons/check.svg"_s)
-                                                                                   : QIcon());
+    setIcon(total > 0                     ? QIcon(u":/icons/problems.svg"_s)
+                : m_problems.isComplete() ? QIcon(u":/icons/check.svg"_s)
+                                          : QIcon());
 }
 
 } // namespace runebook

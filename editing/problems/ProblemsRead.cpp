@@ -170,8 +170,7 @@ QString Problems::explanation(const Problem &problem) const
     case ProblemKind::LongName:
         return tr("The name has %1 characters.").arg(numberText(info.name().toUcs4().size()));
     case ProblemKind::MissingComponent:
-        return tr("No record is called %1.")
-            .arg(quoted(entryOf(info, GlyphField::Decompose, problem.part)));
+        return tr("No record is called %1.").arg(quoted(entryOf(info, GlyphField::Decompose, problem.part)));
     case ProblemKind::SelfReference:
         return tr("%1 holds the record’s own name.").arg(fieldTitle(GlyphField::Decompose));
     case ProblemKind::UnknownCategory:

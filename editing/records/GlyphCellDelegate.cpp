@@ -138,7 +138,8 @@ bool GlyphCellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
     const bool isAsked = event->type() == QEvent::ToolTip && !text.isEmpty();
     const bool isShown = isAsked
         && (metrics.horizontalAdvance(text) > room
-            || m_controller.tableViewShouldShowCellExpansionForTableColumnRow(view, index.column(), index.row()));
+            || m_controller.tableViewShouldShowCellExpansionForTableColumnRow(view, index.column(),
+                                                                              index.row()));
     if (isShown)
         QToolTip::showText(event->globalPos(), escapedToolTip(text), view, view->visualRect(index));
     else

@@ -38,8 +38,8 @@ public:
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const override;
     void setEditorData(QWidget *editor, const QModelIndex &index) const override;
-    /// Shows the whole text of a cell that has room for a part of it only, or where the list controller's delegate
-    /// wants it.
+    /// Shows the whole text of a cell that has room for a part of it only, or where the list controller's
+    /// delegate wants it.
     bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
                    const QModelIndex &index) override;
     void setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const override;

@@ -205,10 +205,9 @@ void GlyphTableView::storeSortOfFile() const
     QVariantList sorts = before;
     sorts.removeIf([&path](const QVariant &entry) { return entry.toStringList().value(0) == path; });
     if (const int column = m_controller.sortColumn(); column >= 0)
-        sorts << QVariant(QStringList {path, keyOfField(glyphColumns()[static_cast<std::size_t>(column)].field),
-                                       m_controller.sortDirection() == Qt::DescendingOrder
-                                           ? u"descending"_s
-                                           : u"ascending"_s});
+        sorts << QVariant(QStringList {
+            path, keyOfField(glyphColumns()[static_cast<std::size_t>(column)].field),
+            m_controller.sortDirection() == Qt::DescendingOrder ? u"descending"_s : u"ascending"_s});
     if (sorts != before)
         UserDefaults::standard().setObjectForKey(sorts.mid(qMax(0, sorts.size() - kMostSorts)), kSorts);
 }
@@ -473,8 +472,9 @@ void GlyphTableView::startDrag(Qt::DropActions supportedActions)
     auto *drag = new QDrag(this);
     drag->setMimeData(dragged);
     const qsizetype count = m_controller.selectedCount();
-    const QString text = count == 1 ? cellDisplayText(*m_controller.selectedObjects().front(), GlyphField::Name)
-                                    : tr("%1 glyphs").arg(locale().toString(static_cast<qlonglong>(count)));
+    const QString text = count == 1
+        ? cellDisplayText(*m_controller.selectedObjects().front(), GlyphField::Name)
+        : tr("%1 glyphs").arg(locale().toString(static_cast<qlonglong>(count)));
     const QSize size = fontMetrics().size(Qt::TextSingleLine, text) + QSize(16, 8);
     QPixmap picture(size * devicePixelRatioF());
     picture.setDevicePixelRatio(devicePixelRatioF());
@@ -541,10 +541,12 @@ void GlyphTableView::paintEvent(QPaintEvent *event)
         return;
     constexpr int kWidth = 2;
     const int last = model()->rowCount() - 1;
-    const int y = m_dropRow <= last ? rowViewportPosition(m_dropRow) : rowViewportPosition(last) + rowHeight(last);
+    const int y =
+        m_dropRow <= last ? rowViewportPosition(m_dropRow) : rowViewportPosition(last) + rowHeight(last);
     QPainter painter(viewport());
-    painter.fillRect(QRect(0, qBound(0, y - kWidth / 2, viewport()->height() - kWidth), viewport()->width(), kWidth),
-                     palette().color(QPalette::Highlight));
+    painter.fillRect(
+        QRect(0, qBound(0, y - kWidth / 2, viewport()->height() - kWidth), viewport()->width(), kWidth),
+        palette().color(QPalette::Highlight));
 }
 
 void GlyphTableView::contextMenuEvent(QContextMenuEvent *event)

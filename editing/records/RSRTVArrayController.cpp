@@ -66,12 +66,11 @@ RSRTVArrayController::RSRTVArrayController(VXDocument &document, QObject *parent
     });
     // The document may outlive this.
     const QPointer<RSRTVArrayController> self(this);
-    document.undoManager()->setPlaceKeeper(
-        {[self] { return self ? self->rememberPlace() : nullptr; },
-         [self](const std::shared_ptr<const void> &place) {
-             if (self)
-                 self->giveBackPlace(place);
-         }});
+    document.undoManager()->setPlaceKeeper({[self] { return self ? self->rememberPlace() : nullptr; },
+                                            [self](const std::shared_ptr<const void> &place) {
+                                                if (self)
+                                                    self->giveBackPlace(place);
+                                            }});
     arrange();
 }
 

@@ -174,7 +174,8 @@ Q_SIGNALS:
     void placeGivenBack();
     /// A value typed into a cell was refused.
     void editRefused(const QString &reason);
-    /// The user should hear of what was typed into a cell: that it was refused, or that a file does not keep it.
+    /// The user should hear of what was typed into a cell: that it was refused, or that a file does not keep
+    /// it.
     void remarked(const runebook::FieldRemark &remark);
 
 private:

@@ -37,8 +37,7 @@ QVariant RSRTVArrayController::data(const QModelIndex &index, int role) const
     case Qt::TextAlignmentRole:
         return isEditableColumn(index.column()) ? QVariant() : QVariant(Qt::AlignCenter);
     case Qt::AccessibleTextRole:
-        return columnTitle(index.column()) + u": "_s
-            + cellDisplayText(m_document, info, index.column());
+        return columnTitle(index.column()) + u": "_s + cellDisplayText(m_document, info, index.column());
     default:
         return {};
     }

@@ -58,7 +58,8 @@ std::string_view sortedPart(const VXGlyphInfo &info, GlyphField field, std::stri
 {
     constexpr qsizetype kMost = 1 << 16;
     const FieldValue &value = info.stored(field);
-    const bool isShort = value.isPiece() ? value.pieceLength() <= kMost : value.view().size() <= kMost && !value.isList();
+    const bool isShort =
+        value.isPiece() ? value.pieceLength() <= kMost : value.view().size() <= kMost && !value.isList();
     if (isShort)
         return info.utf8(field, buffer);
     return buffer = value.beginning(info.sourceData(), kMost).toStdString();

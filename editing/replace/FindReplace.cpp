@@ -56,7 +56,8 @@ QString FindReplace::problem() const
 
 bool FindReplace::isUseful() const
 {
-    return m_field && m_text.problem().isNull() && !(m_text.find().isEmpty() && m_text.replacement().isEmpty());
+    return m_field && m_text.problem().isNull()
+        && !(m_text.find().isEmpty() && m_text.replacement().isEmpty());
 }
 
 QStringList FindReplace::elementsOf(const VXGlyphInfo &info) const

@@ -180,12 +180,12 @@ ReplaceOptions VXFindReplaceWindowController::options() const
 void VXFindReplaceWindowController::showOptions()
 {
     const ReplaceOptions now = options();
-    m_ui->findField->setPlaceholderText(now.isUsual()
-                                            ? tr("Exactly this text, upper and lower case as typed")
-                                            : now.isPattern ? tr("A regular expression") : tr("This text"));
-    m_ui->replaceField->setPlaceholderText(now.isPattern
-                                               ? tr("\\1 is the first group; nothing: what was found is removed")
-                                               : tr("Nothing: the text found is removed"));
+    m_ui->findField->setPlaceholderText(now.isUsual() ? tr("Exactly this text, upper and lower case as typed")
+                                            : now.isPattern ? tr("A regular expression")
+                                                            : tr("This text"));
+    m_ui->replaceField->setPlaceholderText(
+        now.isPattern ? tr("\\1 is the first group; nothing: what was found is removed")
+                      : tr("Nothing: the text found is removed"));
     updatePreview();
 }
 

@@ -43,8 +43,8 @@ public: // asking
     /// are ready; otherwise it wants to be called again when the program is idle. Any search text will do:
     /// prepare(*SearchFilter(SearchSettings::current()).result(u"a"_s).predicate).
     bool prepare(const Predicate &predicate, int milliseconds = 8);
-    /// The same for all records but the very long ones, where it ends: false when there is such a one, and prepare()
-    /// is to be called until everything is ready.
+    /// The same for all records but the very long ones, where it ends: false when there is such a one, and
+    /// prepare() is to be called until everything is ready.
     bool prepareUpToLong(const Predicate &predicate);
     /// How long all matches of a regular expression together may take in one question before it gives up.
     void setPatternTimeLimit(int milliseconds) { m_patternTimeLimitMs = milliseconds; }

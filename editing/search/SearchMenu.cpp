@@ -84,7 +84,8 @@ QString SearchMenu::placeOf(const SearchSettings &settings)
         const bool isOption = item.tag == kMatchCaseTag || item.tag == kRegexTag;
         const bool isMode = item.tag == tagOf(settings.effectiveMode());
         const bool isUsed = item.tag == kRegexTag || !settings.regex;
-        if (!item.isSeparator() && (isMode || (isOption && isUsed && stateOfItem(item.tag, settings).isTicked)))
+        if (!item.isSeparator()
+            && (isMode || (isOption && isUsed && stateOfItem(item.tag, settings).isTicked)))
             parts += item.title;
     }
     return parts.isEmpty() ? tr("Nothing") : parts.join(u", "_s);

@@ -114,7 +114,8 @@ bool SearchTexts::appendPart(const VXGlyphInfo &info)
         m_open = info.stored(m_key.field);
         m_openSource = info.source();
         // Folded it is mostly as long; what has been taken would be copied with every growth.
-        const auto size = static_cast<std::size_t>(m_open.isPiece() ? m_open.pieceLength() : m_open.view().size());
+        const auto size =
+            static_cast<std::size_t>(m_open.isPiece() ? m_open.pieceLength() : m_open.view().size());
         m_bytes.reserve(m_bytes.size() + size + size / 8);
     }
     const bool isLast = m_key.kind == SearchKey::Kind::Text ? takeStretch() : takeEntries();
@@ -164,7 +165,8 @@ bool SearchTexts::takeEntries()
         m_taken += comma + 2;
         return comma == rest.npos;
     }
-    const QStringList entries = m_open.isList() ? m_open.toList(nullptr) : m_open.view().toString().split(kListSeparator);
+    const QStringList entries =
+        m_open.isList() ? m_open.toList(nullptr) : m_open.view().toString().split(kListSeparator);
     const auto all = static_cast<std::size_t>(entries.size());
     const std::size_t end = m_open.isList() ? std::min(all, m_taken + kEntries) : all;
     for (; m_taken < end; ++m_taken)

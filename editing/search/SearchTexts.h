@@ -37,8 +37,8 @@ public: // making
     void clear();
     /// Whether the record's texts are so long that a key may not wait for them: appendPart() takes them.
     bool areLong(const VXGlyphInfo &info) const;
-    /// Takes a part of such a record's texts; true with the last. Until then they are not counted, and the record
-    /// is the one with which this began, as it was then.
+    /// Takes a part of such a record's texts; true with the last. Until then they are not counted, and the
+    /// record is the one with which this began, as it was then.
     bool appendPart(const VXGlyphInfo &info);
     /// Whether such a part was taken that was not the last.
     bool isOpen() const { return !m_open.isAbsent(); }

@@ -76,9 +76,9 @@ void SlicedFilter::runSlice()
     }
     constexpr int kNoLimit = -1;
     Error error;
-    const auto next = RecordTests(m_document.infos(), kNoLimit)
-                          .passingFrom(*patternOf(*m_predicate), m_next, QDeadlineTimer(kSliceMs), m_passed,
-                                       &error);
+    const auto next =
+        RecordTests(m_document.infos(), kNoLimit)
+            .passingFrom(*patternOf(*m_predicate), m_next, QDeadlineTimer(kSliceMs), m_passed, &error);
     if (!next) {
         cancel();
         Q_EMIT gaveUp(error);

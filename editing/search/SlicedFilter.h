@@ -10,8 +10,8 @@
 namespace runebook {
 
 /// Finds the records that match a regular expression a few milliseconds at a time, so that whoever types it
-/// never waits: a million records take seconds. What changes meanwhile begins the search anew. For other searches,
-/// over very long values, it has that made ready which answers them. Main thread only.
+/// never waits: a million records take seconds. What changes meanwhile begins the search anew. For other
+/// searches, over very long values, it has that made ready which answers them. Main thread only.
 class SlicedFilter : public QObject
 {
     Q_OBJECT
@@ -20,8 +20,8 @@ public:
     using Prepare = std::function<bool(const Predicate &predicate, int milliseconds)>;
     SlicedFilter(const VXDocument &document, Prepare prepare, QObject *parent = nullptr);
 
-    /// Whether \a predicate is a single regular expression; others are answered faster than a slice takes, but for
-    /// very long values.
+    /// Whether \a predicate is a single regular expression; others are answered faster than a slice takes,
+    /// but for very long values.
     static bool isFor(const Predicate &predicate);
     /// Begins the search, with its first slice. It takes the place of one that is running.
     void start(const Predicate &predicate);

@@ -277,7 +277,8 @@ void VXSearchField::searchEverywhere()
 void VXSearchField::updateChip()
 {
     const SearchSettings settings = SearchSettings::current();
-    const bool isUsual = settings.effectiveMode() == SearchMode::All && !settings.matchCase && !settings.regex;
+    const bool isUsual =
+        settings.effectiveMode() == SearchMode::All && !settings.matchCase && !settings.regex;
     m_chip->setPlace(isUsual ? QString() : SearchMenu::placeOf(settings));
     placeChip();
 }

@@ -30,7 +30,8 @@ QString textFor(FileWatch::Change change, bool isEdited)
     case FileWatch::Change::None:
         return {};
     case FileWatch::Change::Removed:
-        return ChangedOnDisk::tr("Another program deleted this file. What it held is now only in this window.");
+        return ChangedOnDisk::tr(
+            "Another program deleted this file. What it held is now only in this window.");
     case FileWatch::Change::Emptied:
         text = ChangedOnDisk::tr("Another program emptied this file.");
         break;
@@ -130,7 +131,8 @@ void ChangedOnDisk::reloadWhenQuiet()
 void ChangedOnDisk::noteReloaded()
 {
     hide();
-    Q_EMIT remarked(tr("Another program saved this file, and it was read again. Undo brings back what was here."));
+    Q_EMIT remarked(
+        tr("Another program saved this file, and it was read again. Undo brings back what was here."));
 }
 
 void ChangedOnDisk::showChoice(FileWatch::Change change, const QString &reason)

@@ -211,7 +211,8 @@ void DetailPane::addValidatingLine(QGridLayout &layout, GlyphField field, const 
         remark->setText(hint);
         remark->setVisible(!hint.isEmpty());
     });
-    connect(line, &VXValidatingTextField::hiddenHintChanged, this, &DetailPane::fitPreview, Qt::QueuedConnection);
+    connect(line, &VXValidatingTextField::hiddenHintChanged, this, &DetailPane::fitPreview,
+            Qt::QueuedConnection);
 }
 
 void DetailPane::addChoice(QGridLayout &layout, GlyphField field, const QString &captionName)
@@ -397,8 +398,7 @@ void DetailPane::showPreview()
 
 void DetailPane::editName()
 {
-    if (auto *line = qobject_cast<QLineEdit *>(editorOf(GlyphField::Name));
-        line && isVisibleTo(window())) {
+    if (auto *line = qobject_cast<QLineEdit *>(editorOf(GlyphField::Name)); line && isVisibleTo(window())) {
         line->setFocus();
         line->selectAll();
     }
@@ -557,10 +557,12 @@ bool DetailPane::textFieldHasValidContent(QObject *object)
         return true;
     // Several records have no one name to object to.
     const bool isAsked = !m_shown.empty() && field->isEnabled();
-    const Error reason = isAsked && !row->isCut ? objectionToText(m_document, m_shown, row->field, field->text()) : Error();
+    const Error reason =
+        isAsked && !row->isCut ? objectionToText(m_document, m_shown, row->field, field->text()) : Error();
     const QString hint = reason.description.section(u'\n', 0, 0);
     field->setErrorHint(hint);
-    const bool isSomebodys = !row->isCut && !repeatingName(m_document, field->text().split(kListSeparator)).isNull();
+    const bool isSomebodys =
+        !row->isCut && !repeatingName(m_document, field->text().split(kListSeparator)).isNull();
     field->extraButton()->setVisible(!hint.isEmpty() && isSomebodys);
     return hint.isEmpty();
 }

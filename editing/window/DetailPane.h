@@ -41,8 +41,8 @@ public:
     bool hasPendingText(const QObject *editor) const;
     /// Shows in \a editor what the records hold.
     void revert(const QObject *editor);
-    /// Opens the sheet for the whole of a value that is too long for its field; typing and Return in the field
-    /// do that too. There must be a selection.
+    /// Opens the sheet for the whole of a value that is too long for its field; typing and Return in the
+    /// field do that too. There must be a selection.
     WholeValueDialog *editWhole(GlyphField field);
     /// Puts the cursor into the name, all of it selected.
     void editName();

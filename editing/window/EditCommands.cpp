@@ -89,11 +89,11 @@ InfoList infosOfClipboard(const QMimeData &clipboard, LeftOut &leftOut)
 
 LeftOut moveNamesToAltNames(VXDocument &document, const InfoList &infos)
 {
-    const UndoGroup group(document.undoManager(),
-                          editName(QCoreApplication::translate("EditCommands", "Name to Alternate Names"),
-                                   QCoreApplication::translate("EditCommands",
-                                                               "Names to Alternate Names of %1 Records"),
-                                   std::ssize(infos)));
+    const UndoGroup group(
+        document.undoManager(),
+        editName(QCoreApplication::translate("EditCommands", "Name to Alternate Names"),
+                 QCoreApplication::translate("EditCommands", "Names to Alternate Names of %1 Records"),
+                 std::ssize(infos)));
     LeftOut leftOut;
     for (const InfoPtr &info : infos) {
         QStringList names = info->altNames();

@@ -18,7 +18,10 @@ constexpr qsizetype kOneColumn = 4; // offers below each other, before they take
 } // namespace
 
 EmptyTable::EmptyTable(QWidget *area)
-    : QWidget(area), m_title(plainLabel({}, this)), m_hint(plainLabel({}, this)), m_layout(new QVBoxLayout(this))
+    : QWidget(area),
+      m_title(plainLabel({}, this)),
+      m_hint(plainLabel({}, this)),
+      m_layout(new QVBoxLayout(this))
 {
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * 1.35);
@@ -79,8 +82,9 @@ void EmptyTable::place()
 {
     const QSize room = parentWidget()->size();
     const int width = qMin(kWidest, room.width());
-    const int height = qMin(room.height(), m_layout->hasHeightForWidth() ? m_layout->totalHeightForWidth(width)
-                                                                         : m_layout->totalSizeHint().height());
+    const int height = qMin(room.height(),
+                            m_layout->hasHeightForWidth() ? m_layout->totalHeightForWidth(width)
+                                                          : m_layout->totalSizeHint().height());
     setGeometry((room.width() - width) / 2, qMax(0, (room.height() - height) * 2 / 5), width, height);
 }
 

@@ -8,7 +8,8 @@ namespace {
 
 bool canTakeFocus(const QWidget *widget, const QWidget *area)
 {
-    return widget && widget->isVisible() && widget->isEnabled() && (widget == area || area->isAncestorOf(widget));
+    return widget && widget->isVisible() && widget->isEnabled()
+        && (widget == area || area->isAncestorOf(widget));
 }
 
 } // namespace

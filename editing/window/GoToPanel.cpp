@@ -43,8 +43,7 @@ void GoToPanel::showFound()
     if (info)
         m_found->setText(info->name().left(60) + QStringLiteral("  ") + info->unicode().left(12));
     else
-        m_found->setText(m_field->text().trimmed().isEmpty() ? QString()
-                                                             : tr("There is no such glyph."));
+        m_found->setText(m_field->text().trimmed().isEmpty() ? QString() : tr("There is no such glyph."));
 }
 
 void GoToPanel::go()

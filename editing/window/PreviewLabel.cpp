@@ -59,7 +59,8 @@ void PreviewLabel::paintEvent(QPaintEvent *)
     const QString remark = m_text.text.isEmpty() ? QStringLiteral("–") : this->remark();
     const bool isWordsOnly = m_text.text.isEmpty() || m_picture.isNothingThere();
     if (!remark.isEmpty()) {
-        const int flags = Qt::AlignHCenter | Qt::TextWordWrap | (isWordsOnly ? Qt::AlignVCenter : Qt::AlignBottom);
+        const int flags =
+            Qt::AlignHCenter | Qt::TextWordWrap | (isWordsOnly ? Qt::AlignVCenter : Qt::AlignBottom);
         painter.setPen(palette().color(QPalette::PlaceholderText));
         QRectF words;
         painter.drawText(room, flags, remark, &words);

@@ -17,7 +17,8 @@ namespace {
 constexpr double kSignGap = 0.28; // of the font's size, on both sides of a sign
 constexpr qsizetype kLookedAt = 64; // characters, for those that no font has
 
-std::unique_ptr<QTextLayout> layoutOf(const QString &text, const QFont &font, const QTextCharFormat &format = {})
+std::unique_ptr<QTextLayout> layoutOf(const QString &text, const QFont &font,
+                                      const QTextCharFormat &format = {})
 {
     auto layout = std::make_unique<QTextLayout>(text, font);
     if (format.isValid())
@@ -65,8 +66,8 @@ bool isVisible(char32_t character)
         return false;
     default:
         // Variation selectors and their like change what stands in front of them.
-        return !(character >= 0xFE00 && character <= 0xFE0F) && !(character >= 0xE0000 && character <= 0xE0FFF)
-            && character != 0x034F;
+        return !(character >= 0xFE00 && character <= 0xFE0F)
+            && !(character >= 0xE0000 && character <= 0xE0FFF) && character != 0x034F;
     }
 }
 

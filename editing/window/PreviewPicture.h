@@ -11,8 +11,8 @@ class QTextLayout;
 
 namespace runebook {
 
-/// A preview laid out to be painted: letters and signs in a row on one baseline, each clear of the others, marks
-/// without a letter on a dotted circle. Knows which characters nobody can see.
+/// A preview laid out to be painted: letters and signs in a row on one baseline, each clear of the others,
+/// marks without a letter on a dotted circle. Knows which characters nobody can see.
 class PreviewPicture
 {
 public:

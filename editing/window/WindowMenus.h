@@ -35,7 +35,8 @@ class WindowMenus : public QObject
 {
     Q_OBJECT
 public:
-    WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts, const WindowFeatures &features);
+    WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts,
+                const WindowFeatures &features);
 
     /// The actions that the toolbar shows too.
     QAction *addAction() const { return m_addAction; }
@@ -76,7 +77,8 @@ private:
     WindowFeatures m_features;
     bool m_isValidationDue = false;
     std::vector<std::pair<QAction *, Condition>> m_conditions;
-    FocusRound *m_focusRound; ///< asks the window for its parts, so it goes with this, while the window is whole
+    FocusRound
+        *m_focusRound; ///< asks the window for its parts, so it goes with this, while the window is whole
     QList<QPointer<QAction>> m_rowActions; ///< in their order; null between groups
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;

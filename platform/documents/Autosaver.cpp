@@ -72,8 +72,8 @@ struct Autosaver::Writing {
 
     bool write(Error *error)
     {
-        // Into a file that nobody takes for the content, however long the disk takes; one that was given up may
-        // still be at its own.
+        // Into a file that nobody takes for the content, however long the disk takes; one that was given up
+        // may still be at its own.
         static std::atomic<int> count = 0;
         const QString fresh = path + u'.' + QString::number(++count) + ".writing"_L1;
         const ContentProducer produce = [this](const BlockSink &sink, Error *reason) {
@@ -85,7 +85,8 @@ struct Autosaver::Writing {
         // What was typed goes first: it is told apart by the names of its records, an older content's too.
         if (isWritten && !isGivenUp && writeTyped(path, typed, error) && writeNote(path, note, error)) {
             if (!hasContent
-                || std::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(path).constData()) == 0)
+                || std::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(path).constData())
+                    == 0)
                 return true;
             fail(error, {u"SaveError"_s, errno, {}, qt_error_string(errno), {}});
         }
@@ -381,8 +382,7 @@ void Autosaver::finish(const std::shared_ptr<Writing> &writing, const Error &err
         if (writing->hasContent)
             m_saved.content = std::move(writing->content);
         m_saved.typed = writing->typed;
-        m_lastDuration =
-            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_printedSince);
+        m_lastDuration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_printedSince);
     } else {
         tellOnce(error);
     }

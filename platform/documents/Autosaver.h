@@ -15,11 +15,11 @@ namespace runebook {
 
 class Document;
 
-/// Keeps the unsaved content of one document in a file of its own, with a note of where it belongs, and beside
-/// it what stands in the document's editors. The content is printed on the main thread in slices of a few
-/// milliseconds and written by another thread. That happens when nobody has changed anything for the time that
-/// the controller says, and early enough that no change waits longer for the disk than the controller's bound
-/// while changes go on.
+/// Keeps the unsaved content of one document in a file of its own, with a note of where it belongs, and
+/// beside it what stands in the document's editors. The content is printed on the main thread in slices of a
+/// few milliseconds and written by another thread. That happens when nobody has changed anything for the time
+/// that the controller says, and early enough that no change waits longer for the disk than the controller's
+/// bound while changes go on.
 class Autosaver : public QObject
 {
     Q_OBJECT

@@ -156,7 +156,8 @@ bool Document::mayLose(const QString &type, Error *error)
         acceptSavingLosses();
         return true;
     }
-    Error reason {u"SavingLossesError"_s, 1, tr("“%1” was not saved: values would be lost.").arg(displayName()),
+    Error reason {u"SavingLossesError"_s, 1,
+                  tr("“%1” was not saved: values would be lost.").arg(displayName()),
                   losses.lines(kTold).join(u'\n'), tr("The file was not touched.")};
     if (losses.takingOthers > 0) {
         reason.code = 2;
@@ -258,8 +259,9 @@ bool Document::readWorseThan(const Document &former) const
 bool Document::reload(Reload how, Error *error)
 {
     const auto refuse = [&](int code, const QString &reason) {
-        return fail(error,
-                    {u"ChangedOnDiskError"_s, code, tr("“%1” was not reloaded.").arg(displayName()), reason, {}});
+        return fail(
+            error,
+            {u"ChangedOnDiskError"_s, code, tr("“%1” was not reloaded.").arg(displayName()), reason, {}});
     };
     const FileState state = FileState::of(m_fileURL);
     std::unique_ptr<Document> theirs;

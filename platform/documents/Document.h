@@ -59,8 +59,8 @@ public: // content, supplied by the subclass
     /// Puts values into a form that a file keeps, where nobody has to decide, as one undo step; how many
     /// records that were.
     virtual qsizetype fixSavingLosses() { return 0; }
-    /// Prints the content as autosaving keeps it, a little at a time; null when it can only be written at once.
-    /// It holds every value, whatever the file can hold.
+    /// Prints the content as autosaving keeps it, a little at a time; null when it can only be written at
+    /// once. It holds every value, whatever the file can hold.
     virtual std::unique_ptr<SlicedContent> slicedContent() const;
     /// Replaces the content by one that was autosaved. \a isWhole tells whether all of it could be read.
     virtual bool readAutosavedContents(const QString &path, bool *isWhole, Error *error);

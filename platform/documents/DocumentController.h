@@ -36,8 +36,8 @@ public: // set-up by the program
     void setWindowMaker(WindowMaker maker) { m_windowMaker = std::move(maker); }
     /// The window of \a document, made on first call; null in a program without windows.
     QWidget *makeWindow(Document &document);
-    /// Takes texts that were pending in a document's editors when it was autosaved, and answers what became of
-    /// those that it refuses: sentences for the user.
+    /// Takes texts that were pending in a document's editors when it was autosaved, and answers what became
+    /// of those that it refuses: sentences for the user.
     using PendingTextTaker = std::function<QStringList(Document &, const QJsonArray &)>;
     void setPendingTextTaker(PendingTextTaker taker) { m_pendingTextTaker = std::move(taker); }
     const PendingTextTaker &pendingTextTaker() const { return m_pendingTextTaker; }

@@ -19,8 +19,8 @@ namespace {
 
 const QString kContentType = u"public.xml"_s;
 
-// What stands in editors at one time: longer texts than a person has ever put into one, and no more than can be read
-// while somebody waits.
+// What stands in editors at one time: longer texts than a person has ever put into one, and no more than can
+// be read while somebody waits.
 constexpr qint64 kLongestTyped = 256 << 20;
 
 QByteArray bytesOf(const QString &path)
@@ -189,9 +189,7 @@ Document *Recovery::restore(const RecoverableContent &content, Error *error)
     document->makeWindowControllers();
     if (!isWhole) {
         fail(error,
-             {u"OpenError"_s,
-              5,
-              tr("“%1” could not be restored as a whole.").arg(content.displayName),
+             {u"OpenError"_s, 5, tr("“%1” could not be restored as a whole.").arg(content.displayName),
               tr("The autosaved content is damaged: some of its records are missing or not what they were."),
               tr("What could be read is open. The content stays in “%1”.").arg(content.contentPath)});
         return document;
@@ -209,8 +207,7 @@ bool Recovery::takeTyped(Document &document, const RecoverableContent &content)
         return true;
     constexpr qsizetype kTold = 20;
     const auto &take = DocumentController::shared().pendingTextTaker();
-    const std::optional<QByteArray> typed =
-        bytesOfSmallFile(content.typedPath, kLongestTyped, Links::Refuse);
+    const std::optional<QByteArray> typed = bytesOfSmallFile(content.typedPath, kLongestTyped, Links::Refuse);
     if (!take || !typed) {
         ErrorPresenter::shared().present(
             {u"Notice"_s,
@@ -227,7 +224,10 @@ bool Recovery::takeTyped(Document &document, const RecoverableContent &content)
         return true;
     // More than anybody has editors: the file is none of the program's, and stays.
     ErrorPresenter::shared().present(
-        {u"Notice"_s, 2, tr("Texts that could not be put where they were: %1.").arg(refused.size()), {},
+        {u"Notice"_s,
+         2,
+         tr("Texts that could not be put where they were: %1.").arg(refused.size()),
+         {},
          tr("They stay in “%1”.").arg(content.typedPath)});
     return false;
 }
@@ -289,8 +289,7 @@ std::pair<Document *, Document *> Recovery::openToCompare(const RecoverableConte
         ? documentOf(content.contentPath, content.type, error,
                      content.kind == RecoverableContent::Kind::Rescue ? nullptr : &isWhole)
         : nullptr;
-    Document *recovered =
-        addCopy(std::move(copy), tr("%1 (recovered)").arg(content.displayName));
+    Document *recovered = addCopy(std::move(copy), tr("%1 (recovered)").arg(content.displayName));
     if (!recovered && original)
         std::exchange(original, nullptr)->close();
     return {original, recovered};

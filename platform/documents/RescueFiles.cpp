@@ -242,7 +242,8 @@ bool areMet(const QStringList &files, Error *error)
     for (const QString &file : files) {
         const QString target = canonicalOr(pathFromURL(file));
         QStringList places {placeBeside(target)};
-        if (const QString data = StandardFolders::userData(); fileKind(data + "/Rescue"_L1) == FileKind::Folder)
+        if (const QString data = StandardFolders::userData();
+            fileKind(data + "/Rescue"_L1) == FileKind::Folder)
             places << placeInOwnFolder(target);
         for (const QString &place : std::as_const(places)) {
             for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -253,8 +254,10 @@ bool areMet(const QStringList &files, Error *error)
                 if (!isThere || isInUse(rescue) || haveSameContent(rescue, target))
                     continue;
                 fail(error,
-                     {u"RescueError"_s, 1,
-                      tr("A save of “%1” did not end; its whole text lies in “%2”.").arg(shownPath(file), shownPath(rescue)),
+                     {u"RescueError"_s,
+                      1,
+                      tr("A save of “%1” did not end; its whole text lies in “%2”.")
+                          .arg(shownPath(file), shownPath(rescue)),
                       {},
                       tr("Open the file in a window to restore or discard it, or go on with "
                          "--ignore-rescue.")});

@@ -21,8 +21,9 @@ public:
     virtual ~SlicedContent() = default;
     /// Appends to \a output what can be printed in about \a budget, at least something.
     virtual Progress printMore(std::string &output, std::chrono::microseconds budget) = 0;
-    /// What comes behind all that was printed, for who writes it on any thread: values so long that printing them
-    /// would hold the main thread. To be taken once, when the rest is finished; null when there is nothing more.
+    /// What comes behind all that was printed, for who writes it on any thread: values so long that printing
+    /// them would hold the main thread. To be taken once, when the rest is finished; null when there is
+    /// nothing more.
     virtual ContentProducer takeRest() { return {}; }
     /// Whether the document is still as it was when this was made.
     virtual bool isCurrent() const = 0;

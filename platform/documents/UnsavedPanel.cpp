@@ -54,8 +54,9 @@ UnsavedPanel::UnsavedPanel(const QList<Document *> &documents, QWidget *parent)
     m_list->resizeColumnToContents(Name);
     m_list->setColumnWidth(Name, m_list->columnWidth(Name) + kGap);
     const int rows = qBound(2, m_list->topLevelItemCount(), kShownRows);
-    m_list->setMinimumSize(460, m_list->header()->sizeHint().height() + rows * m_list->sizeHintForRow(0)
-                                    + 2 * m_list->frameWidth());
+    m_list->setMinimumSize(460,
+                           m_list->header()->sizeHint().height() + rows * m_list->sizeHintForRow(0)
+                               + 2 * m_list->frameWidth());
 
     auto *buttons = new QDialogButtonBox(this);
     m_save = buttons->addButton(QString(), QDialogButtonBox::AcceptRole);
@@ -90,9 +91,9 @@ void UnsavedPanel::showChoice()
 {
     const qsizetype chosen = toSave().size();
     const bool isAll = chosen == m_documents.size();
-    m_save->setText(isAll ? tr("&Save All")
-                          : tr("&Save %1 of %2")
-                                .arg(QLocale().toString(chosen), QLocale().toString(m_documents.size())));
+    m_save->setText(
+        isAll ? tr("&Save All")
+              : tr("&Save %1 of %2").arg(QLocale().toString(chosen), QLocale().toString(m_documents.size())));
     m_save->setEnabled(chosen > 0);
     m_hint->setText(isAll ? tr("Take away the tick of a document to close it without saving.")
                           : tr("What has no tick is closed without saving; its changes are lost."));

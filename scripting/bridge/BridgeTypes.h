@@ -157,14 +157,15 @@ template <typename Record> void registerRecord()
                   }});
     registerType(
         QMetaType::fromType<List>(),
-        {[](QMetaType, const void *data) { return recordsToPython<Record>(*static_cast<const List *>(data)); },
+        {[](QMetaType, const void *data) {
+             return recordsToPython<Record>(*static_cast<const List *>(data));
+         },
          [](QMetaType, PyObject *object, void *data) {
              auto &list = *static_cast<List *>(data);
              return forEach(object,
                             [&list](PyObject *item) { return recordFromPython(item, list.emplace_back()); });
          },
-         false,
-         [](QMetaType, void *data) { return recordsToPython<Record>(*static_cast<List *>(data)); }});
+         false, [](QMetaType, void *data) { return recordsToPython<Record>(*static_cast<List *>(data)); }});
     registerType(QMetaType::fromType<std::optional<List>>(),
                  {[](QMetaType, const void *data) {
                       const auto &list = *static_cast<const std::optional<List> *>(data);

@@ -2,9 +2,9 @@
 
 #include "codeeditor/JSTTextView.h"
 #include "scripting/bridge/BridgeTypes.h"
+#include "scripting/python/CallbackError.h"
 #include "scripting/python/MainThread.h"
 #include "scripting/python/ScriptRun.h"
-#include "scripting/python/CallbackError.h"
 #include "tabbar/VXTabBarControl.h"
 
 namespace runebook::bridge {

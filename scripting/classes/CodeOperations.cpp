@@ -3,8 +3,8 @@
 #include "platform/NotificationCenter.h"
 #include "scripting/bridge/BridgeTypes.h"
 #include "scripting/classes/FontMaps.h"
-#include "scripting/python/ScriptRun.h"
 #include "scripting/python/CallbackError.h"
+#include "scripting/python/ScriptRun.h"
 #include "tabbar/PSMOverflowPopUpButton.h"
 #include "tabbar/PSMTabBarCell.h"
 

@@ -159,7 +159,8 @@ QWidget *fitted(QWidget *content, const QWidget &dialog)
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setFocusPolicy(Qt::NoFocus);
-    scroll->setMinimumSize(size.width() + scroll->verticalScrollBar()->sizeHint().width(), mostHeight(dialog));
+    scroll->setMinimumSize(size.width() + scroll->verticalScrollBar()->sizeHint().width(),
+                           mostHeight(dialog));
     return scroll;
 }
 

@@ -42,7 +42,10 @@ QString ScriptHelpers::askText(const QString &prompt, const QString &text)
 {
     const QString key = QStringLiteral("text");
     const QVariantMap field {{QStringLiteral("key"), key}, {QStringLiteral("value"), text}};
-    return ScriptDialogs::askFields(prompt, {field}, ScriptDialogs::Memory::None).toMap().value(key).toString();
+    return ScriptDialogs::askFields(prompt, {field}, ScriptDialogs::Memory::None)
+        .toMap()
+        .value(key)
+        .toString();
 }
 
 QVariant ScriptHelpers::askFields(const QString &prompt, const QVariantList &fields)
@@ -55,7 +58,8 @@ QString ScriptHelpers::askYesNo(const QString &question, const QString &explanat
     return ScriptDialogs::askYesNo(question, explanation);
 }
 
-QString ScriptHelpers::askFile(const QString &prompt, bool isToSave, const QString &name, const QStringList &filters)
+QString ScriptHelpers::askFile(const QString &prompt, bool isToSave, const QString &name,
+                               const QStringList &filters)
 {
     return ScriptDialogs::askFile(prompt, isToSave, name, filters);
 }

@@ -31,11 +31,12 @@ public: // talking to the user
     Q_INVOKABLE QString askYesNo(const QString &question, const QString &explanation);
     Q_INVOKABLE QString askFile(const QString &prompt, bool isToSave, const QString &name,
                                 const QStringList &filters);
-    /// What a script gets in a run without windows when it asks for \a key; invalid when nothing was given for it.
+    /// What a script gets in a run without windows when it asks for \a key; invalid when nothing was given
+    /// for it.
     Q_INVOKABLE QVariant answerFor(const QString &key) const;
     void setAnswers(const QHash<QString, QString> &answers) { m_answers = answers; }
-    /// Shows how far a script is, once that takes longer than a moment; \a maximum 0 when nobody knows. False when
-    /// the user wants it to stop.
+    /// Shows how far a script is, once that takes longer than a moment; \a maximum 0 when nobody knows. False
+    /// when the user wants it to stop.
     Q_INVOKABLE bool showProgress(const QString &title, int value, int maximum);
     Q_INVOKABLE void endProgress();
     /// Lets windows repaint and answer to the user.

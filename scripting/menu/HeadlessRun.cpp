@@ -275,12 +275,11 @@ int runHeadless(const HeadlessOptions &options)
     setScriptConsole(&console);
     ScriptHelpers::shared().setCanAsk(false);
     ScriptHelpers::shared().setAnswers(options.answers);
-    const auto connection =
-        QObject::connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, &ErrorPresenter::shared(),
-                         [](const Error &error) {
-                             complain(console, error.text());
-                             refusedSaves += error.domain == "SavingLossesError"_L1;
-                         });
+    const auto connection = QObject::connect(&ErrorPresenter::shared(), &ErrorPresenter::presented,
+                                             &ErrorPresenter::shared(), [](const Error &error) {
+                                                 complain(console, error.text());
+                                                 refusedSaves += error.domain == "SavingLossesError"_L1;
+                                             });
     Document::setLosesSilently(options.losesValues);
     const int status = run(options, console);
     QObject::disconnect(connection);

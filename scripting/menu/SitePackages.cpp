@@ -55,8 +55,9 @@ void SitePackages::install(const QString &requirement, const QString &libraryPat
         return;
     const QString program = pythonProgram(libraryPath);
     if (program.isEmpty()) {
-        end(false, tr("This Python has no program beside its library that could run pip; on Debian the package "
-                      "“python3” brings it."));
+        end(false,
+            tr("This Python has no program beside its library that could run pip; on Debian the package "
+               "“python3” brings it."));
         return;
     }
     if (!makeUsable()) {
@@ -81,13 +82,15 @@ void SitePackages::install(const QString &requirement, const QString &libraryPat
         if (how == QProcess::NormalExit && status == 0)
             end(true, tr("“%1” is installed; scripts can import it.").arg(requirement.trimmed()));
         else if (m_output.contains("No module named pip"_L1))
-            end(false, tr("This Python has no pip. On Debian the package “python3-pip” brings it; with pyenv and "
-                          "uv it comes with Python, or by “python -m ensurepip”."));
+            end(false,
+                tr("This Python has no pip. On Debian the package “python3-pip” brings it; with pyenv and "
+                   "uv it comes with Python, or by “python -m ensurepip”."));
         else
             end(false, tr("“%1” was not installed; the console shows why.").arg(requirement.trimmed()));
     });
-    m_process->start(program, {u"-m"_s, u"pip"_s, u"install"_s, u"--disable-pip-version-check"_s, u"--upgrade"_s,
-                               u"--target"_s, folder(), u"--"_s, requirement.trimmed()});
+    m_process->start(program,
+                     {u"-m"_s, u"pip"_s, u"install"_s, u"--disable-pip-version-check"_s, u"--upgrade"_s,
+                      u"--target"_s, folder(), u"--"_s, requirement.trimmed()});
 }
 
 void SitePackages::end(bool isInstalled, const QString &message)

@@ -7,8 +7,8 @@ class QProcess;
 
 namespace runebook {
 
-/// The folder of Python packages that scripts can import, and what installs some into it: the pip of the Python
-/// that is in use. Main thread only.
+/// The folder of Python packages that scripts can import, and what installs some into it: the pip of the
+/// Python that is in use. Main thread only.
 class SitePackages : public QObject
 {
     Q_OBJECT
@@ -20,12 +20,12 @@ public:
     static QString folder();
     /// Makes the folder, and lets scripts import from it at once; false when it cannot be made.
     static bool makeUsable();
-    /// The program beside the interpreter's library \a libraryPath that runs modules such as pip; empty when there
-    /// is none.
+    /// The program beside the interpreter's library \a libraryPath that runs modules such as pip; empty when
+    /// there is none.
     static QString pythonProgram(const QString &libraryPath);
 
-    /// Installs what pip understands by \a requirement, a name or the path of a package. Does not wait. Nothing
-    /// happens while another is being installed.
+    /// Installs what pip understands by \a requirement, a name or the path of a package. Does not wait.
+    /// Nothing happens while another is being installed.
     void install(const QString &requirement, const QString &libraryPath);
     bool isInstalling() const { return m_process != nullptr; }
 

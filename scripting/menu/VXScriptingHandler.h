@@ -72,7 +72,8 @@ public: // the interpreter
     static int PythonMinorVersion;
     /// Why no interpreter is up; an empty domain when one is, or when none was found at all.
     const runebook::Error &startError() const { return m_startError; }
-    /// For a person whose scripts cannot run: why, what was searched, and what to do; empty when Python is up.
+    /// For a person whose scripts cannot run: why, what was searched, and what to do; empty when Python is
+    /// up.
     QString missingPythonText() const;
 
 public: // running
@@ -99,8 +100,9 @@ public: // the Scripts menu; its items carry "tag", "representedObject" (see Scr
     Q_INVOKABLE QAction *runAgainMenuItem();
     /// Wires the fixed items and fills the menu; once, when the panel is registered.
     Q_INVOKABLE void setupScriptMenu();
-    /// Fills the menu anew from scriptPaths() and clears the console; which files of the user's are no scripts, and
-    /// why, is printed there from the second time on. Does nothing before a panel is registered. Also done when the notification "VXReloadScriptMenu" is posted.
+    /// Fills the menu anew from scriptPaths() and clears the console; which files of the user's are no
+    /// scripts, and why, is printed there from the second time on. Does nothing before a panel is registered.
+    /// Also done when the notification "VXReloadScriptMenu" is posted.
     Q_INVOKABLE void reloadScriptMenu();
     /// Puts the scripts of \a folder and of the folders below it on top of the menu, under submenus named
     /// by the parts of \a subFolder. Folders that cannot be read are skipped.

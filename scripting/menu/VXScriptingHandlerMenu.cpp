@@ -174,7 +174,8 @@ void VXScriptingHandler::setupScriptMenu()
             });
         }
     };
-    wire(kRunAgainTag, [](VXScriptingHandler *handler) { handler->runScriptMenu(handler->runAgainMenuItem()); });
+    wire(kRunAgainTag,
+         [](VXScriptingHandler *handler) { handler->runScriptMenu(handler->runAgainMenuItem()); });
     wire(kShowFolderTag, &VXScriptingHandler::showScriptFolder);
     wire(kReloadTag, &VXScriptingHandler::reloadScriptMenu);
     reloadScriptMenu();

@@ -88,8 +88,8 @@ void insertScriptPaths(PyObject *searchPath)
     }
 }
 
-// An interpreter inside of a program takes the first "python3" in the search path for its own, which may well be
-// another version: multiprocessing and subprocess would start that.
+// An interpreter inside of a program takes the first "python3" in the search path for its own, which may well
+// be another version: multiprocessing and subprocess would start that.
 constexpr char kOwnPlaces[] =
     "import os as _os, sys as _sys\n"
     "_os.environ.pop('PYTHONHOME', None)\n"

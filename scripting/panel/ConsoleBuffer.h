@@ -19,7 +19,8 @@ class ConsoleBuffer
 {
 public:
     /// Adds one write. The names of errors are marked once for each write; one of some megabytes is marked
-    /// bit by bit as it is taken, so that adding it costs next to nothing. Answers how many lines had to go for it.
+    /// bit by bit as it is taken, so that adding it costs next to nothing. Answers how many lines had to go
+    /// for it.
     qsizetype append(const QString &text, const ConsoleLimits &limits);
     /// More of the last write that was too large to be marked at once.
     qsizetype continueWrite(const QString &text, const ConsoleLimits &limits);

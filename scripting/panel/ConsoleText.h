@@ -11,7 +11,8 @@ namespace runebook {
 /// A reference to a line of a file in a text for the console.
 struct FileLink {
     UnitRange range;
-    QString path; ///< "<string>" for the code of the macro panel, "<prompt>" for what was entered below the console
+    QString path; ///< "<string>" for the code of the macro panel, "<prompt>" for what was entered below the
+                  ///< console
     QString line; ///< as printed, may be empty
 
     friend bool operator==(const FileLink &, const FileLink &) = default;

@@ -187,8 +187,8 @@ void ConsoleView::insert(QTextCursor &cursor, const ConsoleText &text)
     markErrorClasses(text.text);
 }
 
-/// Marks the class at the end of a traceback, which may be anybody's, by its place: the first line that is not
-/// indented. Interpreters write such a line in pieces, so only the document has all of it.
+/// Marks the class at the end of a traceback, which may be anybody's, by its place: the first line that is
+/// not indented. Interpreters write such a line in pieces, so only the document has all of it.
 void ConsoleView::markErrorClasses(QStringView newText)
 {
     constexpr auto kTraceback = "Traceback (most recent call last):"_L1;
@@ -210,7 +210,8 @@ void ConsoleView::markErrorClasses(QStringView newText)
                 continue;
             QTextCursor name(block);
             name.setPosition(block.position() + static_cast<int>(found.capturedStart(1)));
-            name.setPosition(block.position() + static_cast<int>(found.capturedEnd(1)), QTextCursor::KeepAnchor);
+            name.setPosition(block.position() + static_cast<int>(found.capturedEnd(1)),
+                             QTextCursor::KeepAnchor);
             name.setCharFormat(emphasisFormat());
         }
     }

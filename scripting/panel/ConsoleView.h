@@ -20,8 +20,9 @@ class ConsoleTextStorage;
 
 /// What scripts print: read-only, wrapped, references to lines of files as links. Output appears within a
 /// frame of being written, however often it is written, and never takes the view away from someone who has
-/// scrolled back. A carriage return begins the line anew, as in a terminal; its colours are left out. Of a line of
-/// many thousand characters the beginning is shown until somebody asks for all of it. Indexes and ranges are UTF-16 units of string(). Main thread only.
+/// scrolled back. A carriage return begins the line anew, as in a terminal; its colours are left out. Of a
+/// line of many thousand characters the beginning is shown until somebody asks for all of it. Indexes and
+/// ranges are UTF-16 units of string(). Main thread only.
 class ConsoleView : public QPlainTextEdit
 {
     Q_OBJECT

@@ -10,7 +10,8 @@
 #include <QTextLayout>
 #include <QTimer>
 
-// Lines that are too long to be shown at once: their beginning stands there, with what shows or copies all of it.
+// Lines that are too long to be shown at once: their beginning stands there, with what shows or copies all of
+// it.
 
 namespace runebook {
 
@@ -51,8 +52,8 @@ void ConsoleView::showWholeLine(const QTextBlock &head)
     viewport()->update();
 }
 
-/// Counts the rows of a line that is shown whole, for the scroll bar: from the block of \a from a part now, the rest
-/// when there is time.
+/// Counts the rows of a line that is shown whole, for the scroll bar: from the block of \a from a part now,
+/// the rest when there is time.
 void ConsoleView::measureShownLine(QTextCursor from)
 {
     auto *layout = static_cast<QPlainTextDocumentLayout *>(document()->documentLayout());
@@ -90,8 +91,9 @@ ConsoleView::Fold ConsoleView::foldOf(const QTextBlock &head) const
     const QFontMetrics metrics = fontMetrics();
     const int gap = metrics.horizontalAdvance(u'm');
     const QRect lines = blockBoundingGeometry(head).translated(contentOffset()).toAlignedRect();
-    fold.copy = QRect(viewport()->width() - gap - metrics.horizontalAdvance(tr("Copy")),
-                      lines.bottom() - metrics.height(), metrics.horizontalAdvance(tr("Copy")), metrics.height());
+    fold.copy =
+        QRect(viewport()->width() - gap - metrics.horizontalAdvance(tr("Copy")),
+              lines.bottom() - metrics.height(), metrics.horizontalAdvance(tr("Copy")), metrics.height());
     const int show = metrics.horizontalAdvance(tr("Show"));
     fold.show = fold.copy.translated(-gap - show, 0);
     fold.show.setWidth(show);

@@ -5,7 +5,8 @@
 namespace runebook {
 
 /// Takes the control sequences of terminals (colours, movements of the caret, titles of windows) out of what
-/// scripts print, which is often written by libraries that believe in a terminal. A sequence may come in pieces.
+/// scripts print, which is often written by libraries that believe in a terminal. A sequence may come in
+/// pieces.
 class EscapeFilter
 {
 public:

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QString>
 #include <QPointer>
+#include <QString>
 #include <QStringList>
 #include <functional>
 
@@ -24,8 +24,8 @@ QString defaultApplication();
 /// printed.
 Command commandFor(const QString &application, const QString &path, const QString &line);
 /// Shows the line in the default application; opens the file there without the line when it has no way to
-/// show one. Where the desktop has no application for it, \a instead is called in the event loop, unless \a context
-/// has gone by then. Does not wait.
+/// show one. Where the desktop has no application for it, \a instead is called in the event loop, unless \a
+/// context has gone by then. Does not wait.
 void open(const QString &path, const QString &line, QObject *context, std::function<void()> instead);
 
 } // namespace runebook::ExternalEditors

@@ -192,7 +192,7 @@ void FindBar::tellCount(bool hasWrapped)
                 place = count;
         }
         const QString counted = count > kMostCounted ? tr("more than %L1").arg(kMostCounted)
-                                                    : tr("%L1 of %L2").arg(place).arg(count);
+                                                     : tr("%L1 of %L2").arg(place).arg(count);
         note += (note.isEmpty() ? QString() : u", "_s) + counted;
     }
     m_note->setText(note);

@@ -13,12 +13,12 @@ namespace runebook {
 /// when the interpreter does not answer within 40 ms because a thread of a script keeps it. Main thread only.
 QStringList liveCompletions(const QString &partial);
 
-/// The names that begin with \a start, each with its kind: those of the object at the end of \a path, which is
-/// as CompletionContext has it, or those of "__main__" and the built-in ones when it is empty. Under the same
-/// conditions.
+/// The names that begin with \a start, each with its kind: those of the object at the end of \a path, which
+/// is as CompletionContext has it, or those of "__main__" and the built-in ones when it is empty. Under the
+/// same conditions.
 KnownNames liveNames(const QString &path, const QString &start);
-/// Fills in the signature and the first sentence of help of \a name of that object, as far as they are told by
-/// what the interpreter itself keeps.
+/// Fills in the signature and the first sentence of help of \a name of that object, as far as they are told
+/// by what the interpreter itself keeps.
 void describeLiveName(const QString &path, const QString &name, Completion &one);
 
 } // namespace runebook

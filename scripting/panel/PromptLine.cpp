@@ -170,8 +170,8 @@ void PromptLine::complete()
 void PromptLine::offerByItself()
 {
     const CompletionContext context = contextAtCaret();
-    const bool isBegun =
-        context.afterDot ? !context.path.isEmpty() : context.start.size() >= CompletionSession::kLettersToBegin;
+    const bool isBegun = context.afterDot ? !context.path.isEmpty()
+                                          : context.start.size() >= CompletionSession::kLettersToBegin;
     const bool isCode = !hasSelectedText() && !python::isInStringOrComment(text(), cursorPosition());
     KnownNames known = isBegun && isCode ? liveNames(context.path, context.start) : KnownNames();
     // A name typed to its end wants no help.

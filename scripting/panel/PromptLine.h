@@ -11,8 +11,8 @@ struct CompletionContext;
 struct KnownNames;
 
 /// One line of Python below the console: Return evaluates it in "__main__" and shows the value as an
-/// interactive session does. Up and Down walk through what was entered before. Names of live objects are offered as in a
-/// tab; Tab without a list completes at once what is certain.
+/// interactive session does. Up and Down walk through what was entered before. Names of live objects are
+/// offered as in a tab; Tab without a list completes at once what is certain.
 class PromptLine : public QLineEdit
 {
     Q_OBJECT

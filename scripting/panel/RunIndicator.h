@@ -8,8 +8,8 @@ class QToolButton;
 
 namespace runebook {
 
-/// Says in a window that a script runs, with a button that stops it; nothing is seen when none runs. Input that
-/// has to wait for the end of the run is answered here, so that nobody thinks it was taken.
+/// Says in a window that a script runs, with a button that stops it; nothing is seen when none runs. Input
+/// that has to wait for the end of the run is answered here, so that nobody thinks it was taken.
 class RunIndicator : public QWidget
 {
     Q_OBJECT

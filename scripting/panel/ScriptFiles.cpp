@@ -48,7 +48,8 @@ void replaceText(JSTTextView &view, const QString &text)
     QTextCursor cursor(view.document());
     cursor.select(QTextCursor::Document);
     cursor.insertText(text);
-    const QTextBlock block = view.document()->findBlockByNumber(qMin(line, view.document()->blockCount() - 1));
+    const QTextBlock block =
+        view.document()->findBlockByNumber(qMin(line, view.document()->blockCount() - 1));
     cursor.setPosition(block.position() + qMin(column, block.length() - 1));
     view.setTextCursor(cursor);
     view.verticalScrollBar()->setValue(scrolled);
@@ -225,7 +226,8 @@ void ScriptFiles::reload(VXMacroViewController &tab)
     tab.setFile(tab.filePath(), *text);
     m_panel.saveMacroTabs();
     m_panel.window()->messageBar()->showMessage(
-        tr("Another program has changed “%1”; it was read again.").arg(tab.title()), MessageBar::Stay::ShortTime);
+        tr("Another program has changed “%1”; it was read again.").arg(tab.title()),
+        MessageBar::Stay::ShortTime);
 }
 
 void ScriptFiles::askAboutChange(VXMacroViewController &tab)

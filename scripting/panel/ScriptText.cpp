@@ -21,7 +21,8 @@ QString tr(const char *text)
 std::optional<QString> refuse(const QString &path, const QString &reason, Error *error)
 {
     if (error)
-        *error = {u"ScriptError"_s, 1, tr("“%1” was not opened.").arg(QFileInfo(path).fileName()), reason, {}};
+        *error = {
+            u"ScriptError"_s, 1, tr("“%1” was not opened.").arg(QFileInfo(path).fileName()), reason, {}};
     return std::nullopt;
 }
 
@@ -50,7 +51,9 @@ bool write(const QString &path, const QString &text, Error *error)
     const QByteArray bytes = text.toUtf8();
     return FileSaver::save(
         path,
-        [&bytes](const BlockSink &sink, Error *) { return sink({bytes.constData(), std::size_t(bytes.size())}); },
+        [&bytes](const BlockSink &sink, Error *) {
+            return sink({bytes.constData(), std::size_t(bytes.size())});
+        },
         error);
 }
 

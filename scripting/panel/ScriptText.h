@@ -11,8 +11,8 @@ namespace runebook::ScriptText {
 /// Larger files are no scripts, in bytes.
 inline constexpr qint64 kLargest = 4 << 20;
 
-/// The text of the file at \a path. Nothing, and an error that tells why, for what is no plain file, too large, or
-/// not UTF-8.
+/// The text of the file at \a path. Nothing, and an error that tells why, for what is no plain file, too
+/// large, or not UTF-8.
 std::optional<QString> read(const QString &path, Error *error = nullptr);
 /// Writes \a text in place, UTF-8; the old or the new text always lies whole on the disk.
 [[nodiscard]] bool write(const QString &path, const QString &text, Error *error = nullptr);

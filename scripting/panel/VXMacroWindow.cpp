@@ -64,7 +64,8 @@ void VXMacroWindow::setUpToolBar()
     gap->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     bar->addWidget(gap);
     m_runIndicator->setContentsMargins(0, 0, 8, 0);
-    // A toolbar shows its actions, whatever the widgets say; a holder keeps the place of the one that comes and goes.
+    // A toolbar shows its actions, whatever the widgets say; a holder keeps the place of the one that comes
+    // and goes.
     auto *place = new QWidget;
     (new QHBoxLayout(place))->setContentsMargins(0, 0, 0, 0);
     place->layout()->addWidget(m_runIndicator);

@@ -130,18 +130,12 @@ void VXMacroWindowController::connectCommands()
     const Ui::VXMacroWindow_11 &parts = m_window->parts();
     using Panel = VXMacroWindowController;
     const std::pair<QAction *, void (Panel::*)()> panelCommands[] = {
-        {parts.newTabAction, &Panel::newTab},
-        {parts.reopenTabAction, &Panel::reopenTab},
-        {parts.renameTabAction, &Panel::renameTab},
-        {parts.closeTabAction, &Panel::closeTab},
-        {parts.goToLineAction, &Panel::goToLine},
-        {parts.zoomInAction, &Panel::zoomIn},
-        {parts.zoomOutAction, &Panel::zoomOut},
-        {parts.zoomFitAction, &Panel::zoomFitInWindow},
-        {parts.runAction, &Panel::runMacro},
-        {parts.runSelectionAction, &Panel::runSelection},
-        {parts.stopAction, &Panel::stopMacro},
-        {parts.clearConsoleAction, &Panel::clearConsole},
+        {parts.newTabAction, &Panel::newTab},       {parts.reopenTabAction, &Panel::reopenTab},
+        {parts.renameTabAction, &Panel::renameTab}, {parts.closeTabAction, &Panel::closeTab},
+        {parts.goToLineAction, &Panel::goToLine},   {parts.zoomInAction, &Panel::zoomIn},
+        {parts.zoomOutAction, &Panel::zoomOut},     {parts.zoomFitAction, &Panel::zoomFitInWindow},
+        {parts.runAction, &Panel::runMacro},        {parts.runSelectionAction, &Panel::runSelection},
+        {parts.stopAction, &Panel::stopMacro},      {parts.clearConsoleAction, &Panel::clearConsole},
         {parts.helpAction, &Panel::showHelp},
     };
     for (const auto &[action, command] : panelCommands)

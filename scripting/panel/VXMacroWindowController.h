@@ -2,10 +2,10 @@
 
 #include "scripting/python/ScriptConsole.h"
 
+#include <QElapsedTimer>
 #include <QFont>
 #include <QObject>
 #include <QPointer>
-#include <QElapsedTimer>
 #include <QTimer>
 #include <QVariantMap>
 #include <memory>
@@ -82,8 +82,8 @@ public: // tabs
     Q_INVOKABLE void reopenTab();
     /// Lets the user type a new title in the selected tab.
     Q_INVOKABLE void renameTab();
-    /// Shows the script file at \a path in a tab, with the caret in \a line (from 1; 0 for none). False, with a word
-    /// in the panel, when it cannot be read.
+    /// Shows the script file at \a path in a tab, with the caret in \a line (from 1; 0 for none). False, with
+    /// a word in the panel, when it cannot be read.
     Q_INVOKABLE bool openScript(const QString &path, int line = 0);
     /// Asks for a line and puts the caret into it.
     Q_INVOKABLE void goToLine();

@@ -88,7 +88,7 @@ QWidget *widgetAt(const QObject *window, const QPointF &position)
     return found == topLevels.end() ? nullptr : (*found)->childAt(position.toPoint());
 }
 
-template<typename T> T *parentOf(QWidget *widget)
+template <typename T> T *parentOf(QWidget *widget)
 {
     return widget ? qobject_cast<T *>(widget->parentWidget()) : nullptr;
 }
@@ -108,7 +108,7 @@ bool scrolls(QWidget *widget)
 }
 
 /// Whether \a position in a text lies in its selection, from where a press would begin to drag it away.
-template<typename TextEdit> bool isInSelection(const TextEdit &edit, const QPoint &position)
+template <typename TextEdit> bool isInSelection(const TextEdit &edit, const QPoint &position)
 {
     const QTextCursor selected = edit.textCursor();
     const int at = edit.cursorForPosition(position).position();
@@ -222,8 +222,8 @@ bool RunInput::filterInput(QObject *receiver, const QEvent &event)
     if (isAllowed(receiver, event))
         return false;
     // The first Escape of two is no refused key: it may become a stop.
-    const bool mayBecomeStop = event.type() == QEvent::KeyPress
-        && static_cast<const QKeyEvent &>(event).key() == Qt::Key_Escape;
+    const bool mayBecomeStop =
+        event.type() == QEvent::KeyPress && static_cast<const QKeyEvent &>(event).key() == Qt::Key_Escape;
     if (isMeant(event) && !mayBecomeStop)
         Q_EMIT refused();
     return true;
@@ -247,7 +247,8 @@ bool RunInput::isAllowed(const QObject *receiver, const QEvent &event)
         return isMouseAllowed(window, event);
     case QEvent::Wheel: {
         const auto &wheel = static_cast<const QWheelEvent &>(event);
-        return !wheel.modifiers().testFlag(Qt::ControlModifier) && scrolls(widgetAt(window, wheel.position()));
+        return !wheel.modifiers().testFlag(Qt::ControlModifier)
+            && scrolls(widgetAt(window, wheel.position()));
     }
     default:
         return false;
@@ -262,7 +263,8 @@ bool RunInput::isMouseAllowed(const QObject *window, const QEvent &event)
     QWidget *widget = widgetAt(window, mouse.position());
     switch (event.type()) {
     case QEvent::MouseButtonPress:
-        m_pressed = mouse.button() == Qt::LeftButton && selects(widget, mouse.globalPosition()) ? widget : nullptr;
+        m_pressed =
+            mouse.button() == Qt::LeftButton && selects(widget, mouse.globalPosition()) ? widget : nullptr;
         return m_pressed;
     case QEvent::MouseButtonDblClick: // of an item it would begin to edit
         return m_pressed && !parentOf<QAbstractItemView>(m_pressed);

@@ -7,9 +7,9 @@
 
 namespace runebook {
 
-/// Turns the event loop while a script runs on its thread, and decides what the user may do meanwhile: stop it,
-/// answer dialogs that it shows, scroll, select and copy. All other input is refused and gone: a key that was
-/// pressed during a run must not act on whatever is there after it.
+/// Turns the event loop while a script runs on its thread, and decides what the user may do meanwhile: stop
+/// it, answer dialogs that it shows, scroll, select and copy. All other input is refused and gone: a key that
+/// was pressed during a run must not act on whatever is there after it.
 class RunInput : public QObject
 {
     Q_OBJECT

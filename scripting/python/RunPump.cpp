@@ -116,8 +116,9 @@ void RunPump::scriptEnded()
     Q_EMIT runEnded();
 }
 
-/// What was pressed while the script held the thread still lies with the window system, and was not meant for what
-/// comes after the run. A run shorter than a pause between two pumps is none that anybody could have met.
+/// What was pressed while the script held the thread still lies with the window system, and was not meant for
+/// what comes after the run. A run shorter than a pause between two pumps is none that anybody could have
+/// met.
 void RunPump::drainInput()
 {
     if (OperationScope::isInside() || std::chrono::steady_clock::now() - m_startedAt < kInterval)

@@ -15,11 +15,10 @@ namespace runebook {
 
 class RunInput;
 
-/// Keeps windows alive while a script runs on their thread: output appears, windows repaint; stopping the script,
-/// scrolling, selecting and copying work. All other input is refused, and none of the program's own work goes on in
-/// the middle of a run.
-/// While an operation of the program calls the script back (an observer, a delegate), everything waits for
-/// the end of that operation. Main thread only.
+/// Keeps windows alive while a script runs on their thread: output appears, windows repaint; stopping the
+/// script, scrolling, selecting and copying work. All other input is refused, and none of the program's own
+/// work goes on in the middle of a run. While an operation of the program calls the script back (an observer,
+/// a delegate), everything waits for the end of that operation. Main thread only.
 class RunPump : public QObject, private RunObserver
 {
     Q_OBJECT
@@ -35,8 +34,8 @@ public:
 
     /// Clicks on \a widget are answered during a run, too; for the buttons that stop it. Not owned, may go.
     void addStopControl(QWidget *widget);
-    /// Is told when windows stand still during a run: inside of the interpreter's own code, where nothing can be
-    /// painted and nothing interrupted. Not owned; null for none. Not during a run.
+    /// Is told when windows stand still during a run: inside of the interpreter's own code, where nothing can
+    /// be painted and nothing interrupted. Not owned; null for none. Not during a run.
     void setStandstillWatcher(StandstillWatcher *watcher) { m_watcher = watcher; }
     bool isRunning() const { return m_isRunning; }
     /// Whether somebody has asked the run, or the last one, to stop.

@@ -36,8 +36,9 @@ QString questionAbout(qsizetype glyphs, bool wasStopped)
 {
     const QString number = QLocale().toString(glyphs);
     if (wasStopped) {
-        return glyphs == 1 ? RunQuestion::tr("1 glyph was changed before the script was stopped.")
-                           : RunQuestion::tr("%1 glyphs were changed before the script was stopped.").arg(number);
+        return glyphs == 1
+            ? RunQuestion::tr("1 glyph was changed before the script was stopped.")
+            : RunQuestion::tr("%1 glyphs were changed before the script was stopped.").arg(number);
     }
     return glyphs == 1 ? RunQuestion::tr("1 glyph was changed before the error.")
                        : RunQuestion::tr("%1 glyphs were changed before the error.").arg(number);
@@ -80,7 +81,7 @@ void RunQuestion::decide(const QString &question)
     if (answer == TakeBack)
         takeBack();
     else if (m_bar)
-        m_bar->ask(question, {{tr("&Keep"), [] { }}, {tr("&Take Back"), [this] { takeBack(); }}});
+        m_bar->ask(question, {{tr("&Keep"), [] {}}, {tr("&Take Back"), [this] { takeBack(); }}});
 }
 
 void RunQuestion::takeBack()

@@ -12,10 +12,11 @@ class MessageBar;
 class RunSteps;
 class RunSummary;
 
-/// After a script that ended by an error or was stopped half-way: asks in a bar whether what it changed is kept or
-/// taken back, or does what the user prefers always. The bar stands where the run was started: in the macro panel,
-/// else in the frontmost window of a document that changed. It goes with the next edit, as a plain undo would take
-/// back something else from then on; until it is answered everything is kept. Main thread only.
+/// After a script that ended by an error or was stopped half-way: asks in a bar whether what it changed is
+/// kept or taken back, or does what the user prefers always. The bar stands where the run was started: in the
+/// macro panel, else in the frontmost window of a document that changed. It goes with the next edit, as a
+/// plain undo would take back something else from then on; until it is answered everything is kept. Main
+/// thread only.
 class RunQuestion : public QObject
 {
     Q_OBJECT

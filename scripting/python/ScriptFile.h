@@ -20,7 +20,8 @@ public:
     /// Why a file is no script of the menu.
     enum class Omission { NotReadable, NotUtf8, NoTitle, NoTitleInTime };
 
-    /// Nothing for a file that cannot be read, that is not UTF-8, or that declares no title; \a omission gets which.
+    /// Nothing for a file that cannot be read, that is not UTF-8, or that declares no title; \a omission gets
+    /// which.
     static std::optional<ScriptFile> read(const QString &path, Omission *omission = nullptr);
     /// The reason as a person reads it: "no title".
     static QString reasonOf(Omission omission);

@@ -5,8 +5,8 @@
 
 namespace runebook {
 
-/// How long windows have not turned, added up in short steps: time in which the whole process stood still (the
-/// machine slept, a debugger or the shell stopped it) hardly counts, since nobody looked meanwhile.
+/// How long windows have not turned, added up in short steps: time in which the whole process stood still
+/// (the machine slept, a debugger or the shell stopped it) hardly counts, since nobody looked meanwhile.
 class Standstill
 {
 public:

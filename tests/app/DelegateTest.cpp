@@ -31,7 +31,8 @@ QString sample()
 QString tinyFile(const QTemporaryDir &folder, const QString &name)
 {
     QString path = folder.filePath(name);
-    writeFile(path, "<glyphData>\n\t<glyph unicode=\"0041\" name=\"A\" />\n\t<glyph name=\"B\" />\n</glyphData>\n");
+    writeFile(path,
+              "<glyphData>\n\t<glyph unicode=\"0041\" name=\"A\" />\n\t<glyph name=\"B\" />\n</glyphData>\n");
     return path;
 }
 
@@ -75,7 +76,10 @@ public:
             ++m_counts[{watched, event->type()}];
         return false;
     }
-    int busiest() const { return m_counts.isEmpty() ? 0 : *std::max_element(m_counts.begin(), m_counts.end()); }
+    int busiest() const
+    {
+        return m_counts.isEmpty() ? 0 : *std::max_element(m_counts.begin(), m_counts.end());
+    }
 
 private:
     QWidget &m_window;
@@ -101,8 +105,8 @@ private Q_SLOTS:
         controller().releaseAll();
         for (QWidget *window : QApplication::topLevelWidgets())
             window->hide();
-        forget({"VXOpenWindows", "VXRestoreWindows", "VXAutosaveDelay", "VXUpdateServer", "SUShowCuttingEdgeVersion",
-                "showMacroPanel"});
+        forget({"VXOpenWindows", "VXRestoreWindows", "VXAutosaveDelay", "VXUpdateServer",
+                "SUShowCuttingEdgeVersion", "showMacroPanel"});
     }
 
     void knowsTheTransformers()
@@ -179,14 +183,15 @@ private Q_SLOTS:
     }
 
     // told: some of it
-    TABLE(tellsWhatAHiddenPanelWasGiven, (const QStringList &printed, const QString &error, bool isPanelShown,
-          const QString &told), {
-        row("printed", {u"3"_s, u" found\n"_s, u"more\n"_s}, "", false, "“3 found”");
-        row("failed", {}, "Traceback\n  line 1\nZeroDivisionError: x\n", false, "failed: ZeroDivisionError: x");
-        row("both", {u"3 found\n"_s}, "KeyError: 'a'\n", false, "failed: KeyError: 'a'");
-        row("blank", {u" \n"_s}, "", false, "");
-        row("the panel shows it", {u"3 found\n"_s}, "KeyError\n", true, "");
-    })
+    TABLE(tellsWhatAHiddenPanelWasGiven,
+          (const QStringList &printed, const QString &error, bool isPanelShown, const QString &told), {
+              row("printed", {u"3"_s, u" found\n"_s, u"more\n"_s}, "", false, "“3 found”");
+              row("failed", {}, "Traceback\n  line 1\nZeroDivisionError: x\n", false,
+                  "failed: ZeroDivisionError: x");
+              row("both", {u"3 found\n"_s}, "KeyError: 'a'\n", false, "failed: KeyError: 'a'");
+              row("blank", {u" \n"_s}, "", false, "");
+              row("the panel shows it", {u"3 found\n"_s}, "KeyError\n", true, "");
+          })
     {
         m_delegate.openAtStart({});
         auto *panel = qobject_cast<VXMacroWindowController *>(m_delegate.macroPanelController());
@@ -252,7 +257,8 @@ private Q_SLOTS:
 
     TABLE(findsTheChangeLog, (const QString &server, const QString &url), {
         row("a server", "https://u.example.org", "https://u.example.org/Runebook/Runebook2.1-123.html");
-        row("with a slash", "https://u.example.org/x//", "https://u.example.org/x/Runebook/Runebook2.1-123.html");
+        row("with a slash", "https://u.example.org/x//",
+            "https://u.example.org/x/Runebook/Runebook2.1-123.html");
         row("none", "", QUrl::fromLocalFile(StandardFolders::resource(u"doc/changelog.html"_s)).toString());
     })
     {
@@ -288,14 +294,15 @@ private Q_SLOTS:
         StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
     }
 
-    TABLE(choosesWhatIsOffered, (const QStringList &versions, const QVariant &wantsNewest, const QString &offered), {
-        const QStringList three {u"1"_s, u"3"_s, u"2"_s};
-        row("unset", three, {}, "1");
-        row("no", three, QVariant(false), "1");
-        row("yes", three, QVariant(true), "2");
-        row("one", {u"1"_s}, QVariant(true), "1");
-        row("none", {}, QVariant(true), "");
-    })
+    TABLE(choosesWhatIsOffered,
+          (const QStringList &versions, const QVariant &wantsNewest, const QString &offered), {
+              const QStringList three {u"1"_s, u"3"_s, u"2"_s};
+              row("unset", three, {}, "1");
+              row("no", three, QVariant(false), "1");
+              row("yes", three, QVariant(true), "2");
+              row("one", {u"1"_s}, QVariant(true), "1");
+              row("none", {}, QVariant(true), "");
+          })
     {
         UserDefaults::standard().setObjectForKey(wantsNewest, u"SUShowCuttingEdgeVersion"_s);
         SUAppcast appcast;
@@ -305,7 +312,8 @@ private Q_SLOTS:
             appcast.addItem(item);
         }
         auto *application = qobject_cast<VXApplication *>(qApp);
-        const SUAppcastItem *best = application->bestValidUpdateInAppcastForUpdater(&appcast, application->updater());
+        const SUAppcastItem *best =
+            application->bestValidUpdateInAppcastForUpdater(&appcast, application->updater());
         QCOMPARE(best ? best->versionString : QString(), offered);
     }
 
@@ -393,7 +401,8 @@ private Q_SLOTS:
         QVERIFY(opened < 2 * kFiles);
     }
 
-    /// However often something was done: once the documents are closed, memory and descriptors are what they were.
+    /// However often something was done: once the documents are closed, memory and descriptors are what they
+    /// were.
     TABLE(leavesNothingBehind, (const QString &what, int times), {
         row("documents with windows", "documents", 200);
         row("steps undone and redone", "steps", 10'000);
@@ -432,9 +441,10 @@ private Q_SLOTS:
             UndoManager *history = document->undoManager();
             for (int i = 0; i < count; ++i) {
                 if (what == "runs"_L1) {
-                    VXScriptingHandler::sharedHandler()->runMacroString(u"Doc.infos()[0].sortName = 'x%1'"_s.arg(i));
-                    // As behind every command: the framework never gives back the room of its queue, which would
-                    // grow by what each run leaves for the next turn.
+                    VXScriptingHandler::sharedHandler()->runMacroString(
+                        u"Doc.infos()[0].sortName = 'x%1'"_s.arg(i));
+                    // As behind every command: the framework never gives back the room of its queue, which
+                    // would grow by what each run leaves for the next turn.
                     QTest::qWait(0);
                     sendDeferredDeletes();
                     continue;
@@ -512,7 +522,8 @@ private Q_SLOTS:
     {
         m_delegate.startScripting();
         m_delegate.startScripting();
-        Q_EMIT VXScriptingHandler::sharedHandler()->unsupportedPythonStarted(u"You have 3.8"_s, u"Get another"_s);
+        Q_EMIT VXScriptingHandler::sharedHandler()->unsupportedPythonStarted(u"You have 3.8"_s,
+                                                                             u"Get another"_s);
         QMessageBox *box = shownBox(u"pythonWarning"_s);
         QVERIFY(box);
         QCOMPARE(box->text(), u"You have 3.8"_s);
@@ -626,8 +637,8 @@ private Q_SLOTS:
         RunPump::shared().start();
         m_delegate.openAtStart({});
         VXScriptingHandler::sharedHandler()->runMacroString(
-            u"new = newDocument()\nnew.addInfo_(newInfo('x'))\nopenDocument(r'"_s + tinyFile(folder, u"tiny.xml"_s)
-            + u"')\nnewDocument().close()"_s);
+            u"new = newDocument()\nnew.addInfo_(newInfo('x'))\nopenDocument(r'"_s
+            + tinyFile(folder, u"tiny.xml"_s) + u"')\nnewDocument().close()"_s);
         RunPump::shared().end();
         QCOMPARE(controller().documentList().size(), 3);
         for (const Document *document : controller().documentList())
@@ -639,7 +650,8 @@ private Q_SLOTS:
         VXScriptingHandler::sharedHandler();
         RunPump::shared().start();
         m_delegate.showCompareWindow();
-        const auto *indicator = qobject_cast<QWidget *>(m_delegate.compareWindow())->findChild<RunIndicator *>();
+        const auto *indicator =
+            qobject_cast<QWidget *>(m_delegate.compareWindow())->findChild<RunIndicator *>();
         QVERIFY(indicator && !indicator->isVisible());
         QString shown;
         const auto stop = connect(&RunPump::shared(), &RunPump::pumped, this, [&] {
@@ -666,7 +678,9 @@ private Q_SLOTS:
         const auto answer = [](const QString &text) {
             const QPointer<QAbstractButton> asked = [text] {
                 QAbstractButton *there = nullptr;
-                return QTest::qWaitFor([&] { return (there = button(frontWindow(), text)) != nullptr; }) ? there : nullptr;
+                return QTest::qWaitFor([&] { return (there = button(frontWindow(), text)) != nullptr; })
+                    ? there
+                    : nullptr;
             }();
             return asked && (QTest::mouseClick(asked, Qt::LeftButton), !asked || !asked->isVisible());
         };

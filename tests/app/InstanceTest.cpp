@@ -1,6 +1,6 @@
 #include "app/SingleInstance.h"
-#include "tests/Table.h"
 #include "tests/Oddities.h"
+#include "tests/Table.h"
 #include "tests/TestMain.h"
 
 #include <QElapsedTimer>
@@ -125,7 +125,10 @@ private Q_SLOTS:
         row("another language", "GET / HTTP/1.1\r\n\r\n");
         row("a size without end", QByteArray("\x52\x75\x6e\x31\xff\xff\xff\xf0", 8));
         row("half a message", QByteArray("\x52\x75\x6e\x31\x00\x00", 6));
-        row("relative paths", QByteArray("\x52\x75\x6e\x31\x00\x00\x00\x05" "a.xml", 13));
+        row("relative paths",
+            QByteArray("\x52\x75\x6e\x31\x00\x00\x00\x05"
+                       "a.xml",
+                       13));
     })
     {
         SingleInstance first(m_socket);
@@ -146,7 +149,8 @@ private Q_SLOTS:
     {
         QCOMPARE(SingleInstance(QString()).claim({}), SingleInstance::Role::Alone);
         QCOMPARE(SingleInstance(u"/dev/null/socket"_s).claim({}), SingleInstance::Role::Alone);
-        QCOMPARE(SingleInstance(m_folder->filePath(u"x"_s.repeated(200))).claim({}), SingleInstance::Role::Alone);
+        QCOMPARE(SingleInstance(m_folder->filePath(u"x"_s.repeated(200))).claim({}),
+                 SingleInstance::Role::Alone);
     }
 
     // suffix: of what is none
@@ -224,7 +228,8 @@ private Q_SLOTS:
         environment.insert(u"RUNEBOOK_QUIT_AFTER_START"_s, u"1"_s);
         process.setProcessEnvironment(environment);
         process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(program(), {u"--new-instance"_s, QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml")});
+        process.start(program(),
+                      {u"--new-instance"_s, QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml")});
         QVERIFY(process.waitForFinished(30'000));
         const QByteArray output = process.readAll();
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);

@@ -1,6 +1,6 @@
 // What is being typed in a document window is never lost, whatever command comes: every command of every
-// menu of the whole program, scripts and recent files included, with a text in a cell, in the pane and in a code
-// point, one that is taken and one that is refused.
+// menu of the whole program, scripts and recent files included, with a text in a cell, in the pane and in a
+// code point, one that is taken and one that is refused.
 #include "editing/fields/ErrorBubble.h"
 #include "editing/fields/UnicodesTokenField.h"
 #include "scripting/menu/VXScriptingHandler.h"
@@ -26,12 +26,13 @@ qsizetype countOfWindows()
 {
     const QWidgetList windows = QApplication::topLevelWidgets();
     return std::count_if(windows.begin(), windows.end(), [](const QWidget *window) {
-        return window->isVisible() && (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog);
+        return window->isVisible()
+            && (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog);
     });
 }
 
-/// The commands of a menu as "Edit > Undo"; menus that fill themselves are shown first. Submenus come last: the
-/// history takes what is being typed, and the commands have other words after it.
+/// The commands of a menu as "Edit > Undo"; menus that fill themselves are shown first. Submenus come last:
+/// the history takes what is being typed, and the commands have other words after it.
 void collect(QMenu &menu, const QString &path, QStringList &paths)
 {
     Q_EMIT menu.aboutToShow();
@@ -90,7 +91,8 @@ private Q_SLOTS:
     {
         const QString scripts = VXScriptingHandler::applicationSupportFolder() + "/Scripts"_L1;
         QVERIFY(QDir().mkpath(scripts));
-        QVERIFY(writeFile(scripts + "/note.py"_L1, "# MenuTitle: Set Script\nDoc.infos[0].script = 'latin'\n"));
+        QVERIFY(
+            writeFile(scripts + "/note.py"_L1, "# MenuTitle: Set Script\nDoc.infos[0].script = 'latin'\n"));
         for (const auto scheme : {"file"_L1, "https"_L1})
             QDesktopServices::setUrlHandler(scheme, &m_urlTaker, "take");
         UserDefaults::standard().setObjectForKey(u"no.such.application"_s, u"VXUnicodeCheckerApplication"_s);
@@ -112,7 +114,8 @@ private Q_SLOTS:
         UserDefaults::standard().removeObjectForKey(u"TableHeaderState"_s);
         QVERIFY(writeFile(path(), m_bytes));
         QApplication::clipboard()->setText(u"ff"_s);
-        m_document = qobject_cast<VXDocument *>(controller().openDocumentWithContentsOfURLDisplay(path(), true));
+        m_document =
+            qobject_cast<VXDocument *>(controller().openDocumentWithContentsOfURLDisplay(path(), true));
         m_window = qobject_cast<VXWindowController *>(m_document->windowController());
         m_window->setSidebarShown(true);
         QVERIFY(QTest::qWaitForWindowActive(m_window));
@@ -151,11 +154,12 @@ private Q_SLOTS:
     void walksTheMenusOfTheProgram()
     {
         const QStringList all = commandsWhile(u"cell"_s, false);
-        const char *const wanted[] {
-            "File > Open Recent > b.xml", "File > Quit",           "Edit > Preferences…",
-            "Edit > History > As Opened", "Scripts > Set Script",  "Scripts > Show Scripts Folder",
-            "Scripts > Reload Scripts",   "Window > Macro Panel",  "Window > Compare Data",
-            "Window > a.xml",             "Help > Check for Updates…", "Help > About Runebook"};
+        const char *const wanted[] {"File > Open Recent > b.xml", "File > Quit",
+                                    "Edit > Preferences…",        "Edit > History > As Opened",
+                                    "Scripts > Set Script",       "Scripts > Show Scripts Folder",
+                                    "Scripts > Reload Scripts",   "Window > Macro Panel",
+                                    "Window > Compare Data",      "Window > a.xml",
+                                    "Help > Check for Updates…",  "Help > About Runebook"};
         for (const char *each : wanted) {
             const QString expected = QString::fromUtf8(each);
             QVERIFY2(std::any_of(all.begin(), all.end(),
@@ -231,7 +235,8 @@ private Q_SLOTS:
 
     TABLE(otherWaysOutTakeTheText, (const QString &where, const QString &way), {
         for (const QString &where : {u"cell"_s, u"pane"_s, u"token"_s}) {
-            for (const QString &way : {u"save"_s, u"close"_s, u"click on another row"_s, u"sort"_s, u"search"_s, u"run"_s})
+            for (const QString &way :
+                 {u"save"_s, u"close"_s, u"click on another row"_s, u"sort"_s, u"search"_s, u"run"_s})
                 row(where + u": "_s + way, where, way);
         }
     })
@@ -253,14 +258,16 @@ private Q_SLOTS:
             QVERIFY(controller().commitEditing());
         } else if (way == "sort"_L1) {
             QHeaderView *header = table->horizontalHeader();
-            QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
-                              QPoint(header->sectionViewportPosition(columnOfField(GlyphField::Name)) + 20, 8));
+            QTest::mouseClick(
+                header->viewport(), Qt::LeftButton, {},
+                QPoint(header->sectionViewportPosition(columnOfField(GlyphField::Name)) + 20, 8));
             QCOMPARE(m_window->infolistController()->sortDirection(), Qt::DescendingOrder);
         } else if (way == "search"_L1) {
             QTest::keyClick(m_window->focusWidget(), Qt::Key_F, Qt::ControlModifier);
             QTest::keyClicks(m_window->searchField(), u"C"_s);
         } else {
-            QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, QPoint(80, table->rowViewportPosition(2) + 5));
+            QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                              QPoint(80, table->rowViewportPosition(2) + 5));
             QCOMPARE(m_window->infolistController()->selectionIndexes(), IndexSet {2});
         }
         QVERIFY(stored(where) != before);
@@ -272,7 +279,8 @@ private Q_SLOTS:
         GlyphTableView *table = m_window->tableView();
         for (const QString &where : {u"cell"_s, u"pane"_s}) {
             QLineEdit *editor = type(where, true);
-            QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, QPoint(80, table->rowViewportPosition(2) + 5));
+            QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                              QPoint(80, table->rowViewportPosition(2) + 5));
             QCOMPARE(m_window->infolistController()->selectionIndexes(), IndexSet {1});
             QCOMPARE(editor->text(), u"A"_s);
             QVERIFY(editor->hasFocus());
@@ -356,12 +364,14 @@ private Q_SLOTS:
             {"Cut", Qt::Key_X}, {"Copy", Qt::Key_C}, {"Paste", Qt::Key_V}, {"Select All", Qt::Key_A}};
         for (const QString &focus : {u"table"_s, u"name"_s, u"category"_s, u"desc"_s, u"search"_s}) {
             for (const auto &[command, key] : commands)
-                row(focus + u": "_s + QLatin1StringView(command), focus, QLatin1StringView(command), int(key));
+                row(focus + u": "_s + QLatin1StringView(command), focus, QLatin1StringView(command),
+                    int(key));
         }
     })
     {
         const auto outcome = [&](bool byKey) {
-            QApplication::clipboard()->setText(focus == "table"_L1 ? u"<glyph name=\"pasted\"/>"_s : u"xyz"_s);
+            QApplication::clipboard()->setText(focus == "table"_L1 ? u"<glyph name=\"pasted\"/>"_s
+                                                                   : u"xyz"_s);
             QWidget *widget = focus == "table"_L1 ? static_cast<QWidget *>(m_window->tableView())
                 : focus == "search"_L1            ? m_window->searchField()
                                                   : m_window->detailPane()->editorOf(*fieldForKey(focus));
@@ -406,7 +416,9 @@ private:
             editor = table->cellDelegate().editor();
         } else {
             const bool isToken = where == "token"_L1;
-            editor = lineOf(isRefused ? GlyphField::Name : isToken ? GlyphField::Unicodes : GlyphField::SortName);
+            editor = lineOf(isRefused     ? GlyphField::Name
+                                : isToken ? GlyphField::Unicodes
+                                          : GlyphField::SortName);
             editor->setFocus();
         }
         if (isRefused)

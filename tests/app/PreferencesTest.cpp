@@ -23,9 +23,10 @@ private Q_SLOTS:
     void init()
     {
         m_window.reset();
-        forget({"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize", "MacroWrapColumn",
-                "MacroIndentation", "MacroClosesBrackets", "VXAfterFailedRun", "VXConsoleLineLimit", "SUFeedURL",
-                "VXUpdateServer", "SUShowCuttingEdgeVersion", "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"});
+        forget({"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize",
+                "MacroWrapColumn", "MacroIndentation", "MacroClosesBrackets", "VXAfterFailedRun",
+                "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
+                "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"});
         m_window = std::make_unique<VXPreferencesController>();
         m_window->showWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
@@ -53,7 +54,8 @@ private Q_SLOTS:
         QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);
         QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
         QCOMPARE(m_window->selectedItemIdentifier(), u"code"_s);
-        QVERIFY(m_window->tabView()->currentWidget()->isAncestorOf(m_window->focusWidget())); // ready for keys
+        QVERIFY(
+            m_window->tabView()->currentWidget()->isAncestorOf(m_window->focusWidget())); // ready for keys
         QVERIFY(!m_window->toolbarItemForItemIdentifier(u"colours"_s));
     }
 
@@ -77,7 +79,8 @@ private Q_SLOTS:
         find<QLineEdit>("package")->setFocus();
         typeKeys(m_window.get(), u"<Tab><Tab>"_s);
         QCOMPARE(m_window->focusWidget()->objectName(), u"openFolder"_s);
-        QTRY_COMPARE(m_window->focusWidget()->visibleRegion().boundingRect(), m_window->focusWidget()->rect());
+        QTRY_COMPARE(m_window->focusWidget()->visibleRegion().boundingRect(),
+                     m_window->focusWidget()->rect());
         QCOMPARE(m_window->height(), 250);
         QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
         QTRY_VERIFY(!find<QSpinBox>("fontSize")->visibleRegion().isEmpty());
@@ -99,22 +102,23 @@ private Q_SLOTS:
     }
 
     // typed: empty: a click
-    TABLE(keepsSettings, (const QByteArray &control, const QString &key, const QString &typed,
-          const QVariant &stored), {
-        row("windows", "restoreWindows", "VXRestoreWindows", "", QVariant(true));
-        row("reload", "reloadChangedFiles", "VXReloadChangedFiles", "", QVariant(false)); // on unless somebody wants to be asked
-        row("autosave", "autosaveDelay", "VXAutosaveDelay", "42", QVariant(42));
-        row("no autosave", "autosaveDelay", "VXAutosaveDelay", "0", QVariant(0));
-        row("font size", "fontSize", "MacroCodeFontSize", "20", QVariant(20));
-        row("column", "wrapColumn", "MacroWrapColumn", "100", QVariant(100));
-        row("indentation", "indentation", "MacroIndentation", "Blanks", QVariant(2));
-        row("brackets", "closesBrackets", "MacroClosesBrackets", "", QVariant(false));
-        row("console", "consoleLines", "VXConsoleLineLimit", "5000", QVariant(5000));
-        row("failed runs", "afterFailedRun", "VXAfterFailedRun", "Al", QVariant(1));
-        row("feed", "feed", "SUFeedURL", "https://a/", QVariant(u"https://a/"_s));
-        row("server", "server", "VXUpdateServer", "https://b", QVariant(u"https://b"_s));
-        row("newest", "newest", "SUShowCuttingEdgeVersion", "", QVariant(true));
-    })
+    TABLE(keepsSettings,
+          (const QByteArray &control, const QString &key, const QString &typed, const QVariant &stored), {
+              row("windows", "restoreWindows", "VXRestoreWindows", "", QVariant(true));
+              row("reload", "reloadChangedFiles", "VXReloadChangedFiles", "",
+                  QVariant(false)); // on unless somebody wants to be asked
+              row("autosave", "autosaveDelay", "VXAutosaveDelay", "42", QVariant(42));
+              row("no autosave", "autosaveDelay", "VXAutosaveDelay", "0", QVariant(0));
+              row("font size", "fontSize", "MacroCodeFontSize", "20", QVariant(20));
+              row("column", "wrapColumn", "MacroWrapColumn", "100", QVariant(100));
+              row("indentation", "indentation", "MacroIndentation", "Blanks", QVariant(2));
+              row("brackets", "closesBrackets", "MacroClosesBrackets", "", QVariant(false));
+              row("console", "consoleLines", "VXConsoleLineLimit", "5000", QVariant(5000));
+              row("failed runs", "afterFailedRun", "VXAfterFailedRun", "Al", QVariant(1));
+              row("feed", "feed", "SUFeedURL", "https://a/", QVariant(u"https://a/"_s));
+              row("server", "server", "VXUpdateServer", "https://b", QVariant(u"https://b"_s));
+              row("newest", "newest", "SUShowCuttingEdgeVersion", "", QVariant(true));
+          })
     {
         auto *widget = m_window->findChild<QWidget *>(QString::fromLatin1(control));
         QVERIFY(widget);
@@ -127,7 +131,8 @@ private Q_SLOTS:
             QTest::mouseClick(widget, Qt::LeftButton, {}, QPoint(8, widget->height() / 2));
         } else {
             widget->setFocus();
-            typeKeys(widget, (qobject_cast<QComboBox *>(widget) ? u""_s : u"<Ctrl+A>"_s) + typed + u"<Return>"_s);
+            typeKeys(widget,
+                     (qobject_cast<QComboBox *>(widget) ? u""_s : u"<Ctrl+A>"_s) + typed + u"<Return>"_s);
         }
         QCOMPARE(UserDefaults::standard().objectForKey(key), stored);
     }
@@ -238,7 +243,8 @@ private Q_SLOTS:
             [&] { QTRY_VERIFY(pane->findChild<QPushButton *>(u"install"_s)->isEnabled()); }();
             return status->text();
         };
-        QVERIFY2(install(u"absent"_s).contains(u"no program beside its library"_s), qPrintable(status->text()));
+        QVERIFY2(install(u"absent"_s).contains(u"no program beside its library"_s),
+                 qPrintable(status->text()));
 
         QFile pip(prefix.filePath(u"bin/python3.11"_s));
         QVERIFY(pip.open(QIODevice::WriteOnly));
@@ -252,7 +258,7 @@ private Q_SLOTS:
         QVERIFY2(install(u"broken"_s).contains(u"was not installed"_s), qPrintable(status->text()));
         QVERIFY2(install(u"runebook_trial"_s).contains(u"is installed"_s), qPrintable(status->text()));
         QVERIFY(package->text().isEmpty());
-        QVERIFY( panel->write().contains(u"Collecting runebook_trial"_s)
+        QVERIFY(panel->write().contains(u"Collecting runebook_trial"_s)
                 && panel->write().contains(u"ERROR: no such thing"_s));
         // Without a restart.
         VXScriptingHandler::sharedHandler()->runMacroString(

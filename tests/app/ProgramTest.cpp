@@ -51,16 +51,17 @@ class ProgramTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    TABLE(answersWithoutADisplay, (const QStringList &arguments, int status, const QString &output,
-          const QString &errors), {
-        row("help", {u"--help"_s}, 0, "--compare", "");
-        row("version", {u"--version"_s}, 0, u"Runebook " RUNEBOOK_VERSION ""_s, "");
-        row("unknown option", {u"--colour"_s}, 2, "", "--help");
-        row("one file to compare", {u"--compare"_s, u"a.xml"_s}, 2, "", "two files");
-        row("unknown key", {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s}, 2, "", "--key");
-        row("files that are not there", {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s}, 2, "", "/no/a.xml");
-        row("a window", {}, 1, "", "No display");
-    })
+    TABLE(answersWithoutADisplay,
+          (const QStringList &arguments, int status, const QString &output, const QString &errors), {
+              row("help", {u"--help"_s}, 0, "--compare", "");
+              row("version", {u"--version"_s}, 0, u"Runebook " RUNEBOOK_VERSION ""_s, "");
+              row("unknown option", {u"--colour"_s}, 2, "", "--help");
+              row("one file to compare", {u"--compare"_s, u"a.xml"_s}, 2, "", "two files");
+              row("unknown key", {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s}, 2, "", "--key");
+              row("files that are not there", {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s}, 2, "",
+                  "/no/a.xml");
+              row("a window", {}, 1, "", "No display");
+          })
     {
         const Outcome outcome = run(arguments, {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s});
         QCOMPARE(outcome.status, status);
@@ -72,7 +73,8 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString sample = QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml");
-        const QByteArray changed = contentOf(sample).replace("name=\"A\" ", "name=\"A\" sortName=\"changed\" ");
+        const QByteArray changed =
+            contentOf(sample).replace("name=\"A\" ", "name=\"A\" sortName=\"changed\" ");
         const QString copy = fileIn(folder, u"copy.xml"_s, changed);
         QCOMPARE(run({u"--compare"_s, sample, sample}).status, 0);
         const Outcome different = run({u"--compare"_s, sample, copy});
@@ -100,16 +102,20 @@ private Q_SLOTS:
     })
     {
         const QTemporaryDir folder;
-        const auto write = [&folder](const QString &name, const QByteArray &bytes) { return fileIn(folder, name, bytes); };
+        const auto write = [&folder](const QString &name, const QByteArray &bytes) {
+            return fileIn(folder, name, bytes);
+        };
         const QByteArray text = "<glyphData>\n\t<glyph name=\"a\" />\n</glyphData>\n";
         const QString file = write(u"a.xml"_s, text);
         mode.replaceInStrings(u"SCRIPT"_s, write(u"s.py"_s, "Doc.infos()[0].setName_('x')\n"));
         mode.replaceInStrings(u"SAMPLE"_s, write(u"b.xml"_s, text));
         QString rescue = folder.filePath(u".a.xml.runebook-rescue"_s);
         if (!isBeside) {
-            const QByteArray hash = QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha1).toHex().left(10);
+            const QByteArray hash =
+                QCryptographicHash::hash(file.toUtf8(), QCryptographicHash::Sha1).toHex().left(10);
             QVERIFY(QDir().mkpath(folder.filePath(u"data/runebook/Rescue"_s)));
-            rescue = folder.filePath(u"data/runebook/Rescue/a.xml-%1.runebook-rescue"_s.arg(QString::fromLatin1(hash)));
+            rescue = folder.filePath(
+                u"data/runebook/Rescue/a.xml-%1.runebook-rescue"_s.arg(QString::fromLatin1(hash)));
         }
         QVERIFY(writeFile(rescue, isSame ? text : text + text));
         const QByteArray dataBefore = qgetenv("XDG_DATA_HOME");
@@ -136,13 +142,18 @@ private Q_SLOTS:
     void checksFiles()
     {
         const QTemporaryDir folder;
-        const auto write = [&folder](const QString &name, const QByteArray &bytes) { return fileIn(folder, name, bytes); };
+        const auto write = [&folder](const QString &name, const QByteArray &bytes) {
+            return fileIn(folder, name, bytes);
+        };
         const QByteArray own = contentOf(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml"));
         const QByteArray header = own.left(own.indexOf("\t<glyph "));
-        const QString clean = write(u"clean.xml"_s, header + "\t<glyph unicode=\"0041\" name=\"A\" />\n</glyphData>\n");
-        const QString bad = write(u"bad.xml"_s, header + "\t<glyph unicode=\"0041\" name=\"A\" />\n<!-- note -->\n"
-                                                         "\t<glyph unicode=\"41\" name=\"A\" weight=\"1\" />\n"
-                                                         "\t<glyph name='q' />\n</glyphData>\n");
+        const QString clean =
+            write(u"clean.xml"_s, header + "\t<glyph unicode=\"0041\" name=\"A\" />\n</glyphData>\n");
+        const QString bad = write(u"bad.xml"_s,
+                                  header
+                                      + "\t<glyph unicode=\"0041\" name=\"A\" />\n<!-- note -->\n"
+                                        "\t<glyph unicode=\"41\" name=\"A\" weight=\"1\" />\n"
+                                        "\t<glyph name='q' />\n</glyphData>\n");
         const QString table = write(u"table.txt"_s, "name\tdesc\nA\tx\nB\ta \"b\" c\n");
         const QString binary = write(u"binary.xml"_s, "\xFF\x00");
         const int first = int(header.count('\n')) + 1;
@@ -157,20 +168,20 @@ private Q_SLOTS:
         outcome = run({u"--check"_s, bad});
         QCOMPARE(outcome.status, 1);
         const QStringList lines = outcome.output.split(u'\n');
-        for (const QString &start : {at(bad, first, "duplicate-name: A.name: "),
-                                     at(bad, first, "duplicate-code-point: A.unicode: "),
-                                     at(bad, first + 1, "foreign-line: "),
-                                     at(bad, first + 2, "invalid-code-point: A.unicode: "),
-                                     at(bad, first + 2, "unknown-attribute: A.weight: "),
-                                     at(bad, first + 3, "other-meaning: "), bad + u": 3 records, version 2, "_s}) {
-            const bool isThere = std::any_of(lines.begin(), lines.end(),
-                                             [&start](const QString &line) { return line.startsWith(start); });
+        for (const QString &start :
+             {at(bad, first, "duplicate-name: A.name: "), at(bad, first, "duplicate-code-point: A.unicode: "),
+              at(bad, first + 1, "foreign-line: "), at(bad, first + 2, "invalid-code-point: A.unicode: "),
+              at(bad, first + 2, "unknown-attribute: A.weight: "), at(bad, first + 3, "other-meaning: "),
+              bad + u": 3 records, version 2, "_s}) {
+            const bool isThere = std::any_of(
+                lines.begin(), lines.end(), [&start](const QString &line) { return line.startsWith(start); });
             QVERIFY2(isThere, qPrintable(start + u'\n' + outcome.output));
         }
 
         outcome = run({u"--check"_s, table});
         QCOMPARE(outcome.status, 1);
-        QVERIFY2(outcome.output.startsWith(at(table, 3, "quote-or-line-break: B.desc: ")), qPrintable(outcome.output));
+        QVERIFY2(outcome.output.startsWith(at(table, 3, "quote-or-line-break: B.desc: ")),
+                 qPrintable(outcome.output));
 
         outcome = run({u"--check"_s, u"--json"_s, clean, bad, binary, u"/no/such.xml"_s});
         QCOMPARE(outcome.status, 2);

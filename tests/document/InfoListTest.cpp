@@ -586,8 +586,8 @@ private Q_SLOTS:
             QTest::addRow("seed %u%s", seed, seed % 4 ? "" : ", shared") << seed << (seed % 4 == 0);
     }
 
-    /// One edit after the other near one place, as loops of scripts make them, and places asked for between them, which
-    /// must not need the list as a whole.
+    /// One edit after the other near one place, as loops of scripts make them, and places asked for between
+    /// them, which must not need the list as a whole.
     void followsRunsOfEdits()
     {
         QFETCH(const quint32, seed);
@@ -600,9 +600,13 @@ private Q_SLOTS:
         VXDocument other;
         if (isShared)
             other.setInfos(plain);
-        const auto below = [&random](qsizetype count) { return qsizetype(random.bounded(int(qMax<qsizetype>(1, count)))); };
+        const auto below = [&random](qsizetype count) {
+            return qsizetype(random.bounded(int(qMax<qsizetype>(1, count))));
+        };
         for (int run = 0; run < 120; ++run) {
-            qsizetype place = random.bounded(3) ? below(plain.size() + 1) : random.bounded(2) ? 0 : std::ssize(plain);
+            qsizetype place = random.bounded(3) ? below(plain.size() + 1)
+                : random.bounded(2)             ? 0
+                                                : std::ssize(plain);
             const int kind = random.bounded(5);
             const int step = random.bounded(3) - 1;
             for (int edits = random.bounded(200); edits > 0; --edits) {
@@ -614,7 +618,8 @@ private Q_SLOTS:
                     places.push_back(place + i * apart);
                 if (kind <= 1 && count > 0 && places.back() < std::ssize(plain)) {
                     document.removeObjectsFromInfosAtIndexes(places);
-                    std::for_each(places.rbegin(), places.rend(), [&](qsizetype i) { plain.erase(plain.begin() + i); });
+                    std::for_each(places.rbegin(), places.rend(),
+                                  [&](qsizetype i) { plain.erase(plain.begin() + i); });
                 } else if (kind == 2 && place < std::ssize(plain)) {
                     plain[std::size_t(place)] = VXGlyphInfo::init();
                     document.replaceObjectInInfosAtIndexWithObject(place, plain[std::size_t(place)]);
@@ -626,7 +631,8 @@ private Q_SLOTS:
                 QCOMPARE(document.countOfInfos(), std::ssize(plain));
                 if (plain.empty())
                     continue;
-                const qsizetype asked = random.bounded(2) ? below(plain.size()) : qMin(place, std::ssize(plain) - 1);
+                const qsizetype asked =
+                    random.bounded(2) ? below(plain.size()) : qMin(place, std::ssize(plain) - 1);
                 QCOMPARE(document.objectInInfosAtIndex(asked), plain[std::size_t(asked)]);
                 QCOMPARE(document.indexOfObjectInInfos(plain[std::size_t(asked)]), asked);
             }

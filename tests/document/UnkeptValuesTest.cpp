@@ -234,13 +234,15 @@ private Q_SLOTS:
         constexpr int kTimes = 700'000;
         const QString half = u"ab"_s.repeated(kTimes) + QChar(0xD800);
         InfoList infos;
-        for (const QString &text : {u"ab"_s.repeated(kTimes), u"a\"\n<!-- é😀"_s.repeated(kTimes / 4), half, u"x"_s}) {
+        for (const QString &text :
+             {u"ab"_s.repeated(kTimes), u"a\"\n<!-- é😀"_s.repeated(kTimes / 4), half, u"x"_s}) {
             infos.push_back(VXGlyphInfo::init());
             infos.back()->setName(u"g"_s);
             infos.back()->setDesc(text);
             infos.back()->setAltNames({text, u"b"_s});
             infos.push_back(VXGlyphInfo::initWithLineXMLFileVersion(
-                u"<glyph name=\"p\" description=\"%1\"/>"_s.arg(QString(text).remove(u'"').remove(u"<!--"_s).remove(u'\n')),
+                u"<glyph name=\"p\" description=\"%1\"/>"_s.arg(
+                    QString(text).remove(u'"').remove(u"<!--"_s).remove(u'\n')),
                 nullptr));
             infos.back()->setScript(u"latin"_s);
         }

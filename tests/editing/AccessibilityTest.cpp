@@ -11,8 +11,9 @@ namespace {
 bool isControl(QAccessible::Role role)
 {
     using enum QAccessible::Role;
-    static const QSet<QAccessible::Role> controls {Button, ButtonMenu, ButtonDropDown, CheckBox, RadioButton, ComboBox,
-                                                   EditableText, SpinBox, Table, Tree, List};
+    static const QSet<QAccessible::Role> controls {
+        Button,       ButtonMenu, ButtonDropDown, CheckBox, RadioButton, ComboBox,
+        EditableText, SpinBox,    Table,          Tree,     List};
     return controls.contains(role);
 }
 
@@ -111,7 +112,8 @@ private Q_SLOTS:
         QAccessibleInterface *table = QAccessible::queryAccessibleInterface(window.problemsPane()->table());
         QVERIFY(table->tableInterface());
         QCOMPARE(table->tableInterface()->rowCount(), 1);
-        const QAccessibleInterface *cell = table->tableInterface()->cellAt(0, ProblemsModel::ExplanationColumn);
+        const QAccessibleInterface *cell =
+            table->tableInterface()->cellAt(0, ProblemsModel::ExplanationColumn);
         QVERIFY(cell->text(QAccessible::Name).contains(u"space"_s));
     }
 
@@ -139,7 +141,9 @@ private Q_SLOTS:
     void choiceCellsSayWhatIsChosen()
     {
         ChoiceCells cells(u"Case"_s, {{1, u"None"_s}, {2, u"Upper"_s}, {3, u"Lower"_s}});
-        const auto spoken = [&cells] { return QAccessible::queryAccessibleInterface(&cells)->text(QAccessible::Name); };
+        const auto spoken = [&cells] {
+            return QAccessible::queryAccessibleInterface(&cells)->text(QAccessible::Name);
+        };
         QCOMPARE(spoken(), u"Case"_s);
         cells.setChosen({3, 2, 7});
         QCOMPARE(spoken(), u"Case: Upper, Lower"_s);

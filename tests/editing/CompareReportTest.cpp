@@ -114,8 +114,8 @@ private Q_SLOTS:
         row("repeated twice the same, once there", {a, a}, {a}, 0, {u"-A"_s});
         row("another way to write the same", {a, b}, {u"<glyph   name=\"A\"/>"_s, b + u"\r"_s}, 0, none);
         row("an unknown attribute is no field", {a}, {glyph(u"name=\"A\" colour=\"3\""_s)}, 0, none);
-        row("case, though the record's own equality overlooks it", {glyph(u"name=\"A\" case=\"upper\""_s)}, {a}, 0,
-            {u"A:case"_s});
+        row("case, though the record's own equality overlooks it", {glyph(u"name=\"A\" case=\"upper\""_s)},
+            {a}, 0, {u"A:case"_s});
         row("by code point, renamed", {glyph(u"unicode=\"0041\" name=\"A\""_s)},
             {glyph(u"unicode=\"0041\" name=\"Alpha\""_s)}, 1, {u"A:name"_s});
         row("by code point, without one: by name", {b}, {changedB}, 1, {u"B:category"_s});
@@ -280,7 +280,8 @@ private Q_SLOTS:
             write(u"left.xml"_s,
                   fileOf({glyph(u"unicode=\"0041\" name=\"A\" category=\"Letter\" altNames=\"a, b\""_s),
                           glyph(u"unicode=\"0042\" name=\"B\""_s)}));
-        const QString right = write(u"right.xml"_s, fileOf({glyph(u"unicode=\"0041\" name=\"A\" altNames=\"a\""_s)}));
+        const QString right =
+            write(u"right.xml"_s, fileOf({glyph(u"unicode=\"0041\" name=\"A\" altNames=\"a\""_s)}));
         QString text;
         QCOMPARE(report(left, right, &text, ReportFormat::Json, CompareKey::Unicode), 1);
         const QJsonArray pairs = QJsonDocument::fromJson(text.toUtf8()).array();
@@ -291,7 +292,8 @@ private Q_SLOTS:
         QCOMPARE(a[u"name"_s].toString(), u"A"_s);
         const QJsonObject fields = a[u"different"_s].toObject();
         QCOMPARE(fields.keys(), QStringList({u"altNames"_s, u"category"_s}));
-        QCOMPARE(fields[u"category"_s].toObject(), QJsonObject({{u"left"_s, u"Letter"_s}, {u"right"_s, u""_s}}));
+        QCOMPARE(fields[u"category"_s].toObject(),
+                 QJsonObject({{u"left"_s, u"Letter"_s}, {u"right"_s, u""_s}}));
         QCOMPARE(fields[u"altNames"_s].toObject()[u"left"_s].toArray(), QJsonArray({u"a"_s, u"b"_s}));
         const QJsonObject b = pairs.at(1).toObject();
         QCOMPARE(b[u"missing"_s].toString(), u"right"_s);
@@ -317,7 +319,6 @@ private Q_SLOTS:
             QVERIFY(!error.text().isEmpty());
         }
     }
-
 };
 
 RUNEBOOK_TEST_MAIN(CompareReportTest)

@@ -115,25 +115,28 @@ class CompareTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    TABLE(keys, (const QString &left, const QString &right, int key, const QStringList &onlyRight,
-          const QStringList &onlyLeft, const QStringList &different), {
-        const QStringList none;
-        const QString a = u"name=\"A\" description=\"first\"\n"_s;
-        const QString b = u"name=\"B\" description=\"second\"\n"_s;
-        const QString changedA = u"name=\"A\" category=\"Mark\" description=\"first\"\n"_s;
+    TABLE(keys,
+          (const QString &left, const QString &right, int key, const QStringList &onlyRight,
+           const QStringList &onlyLeft, const QStringList &different),
+          {
+              const QStringList none;
+              const QString a = u"name=\"A\" description=\"first\"\n"_s;
+              const QString b = u"name=\"B\" description=\"second\"\n"_s;
+              const QString changedA = u"name=\"A\" category=\"Mark\" description=\"first\"\n"_s;
 
-        row("without description: never equal", "name=\"A\"", "name=\"A\"", 0, none, none, {u"A"_s});
-        row("description on the right alone: passes", "name=\"A\"", a, 0, none, none, none);
-        row("description on the left alone", a, "name=\"A\"", 0, none, none, {u"A"_s});
-        row("an empty description is none", "name=\"A\" description=\"\"", a, 0, none, none, none);
-        row("other has two: the later counts, equal", a, changedA + a, 0, none, none, none);
-        row("other has two: the later counts, different", a, a + changedA, 0, none, none, {u"A"_s});
-        row("source has two: listed twice", changedA + b + changedA, a + b, 0, none, none, {u"A"_s, u"A"_s});
-        row("without the key: skipped", a + u"unicode=\"0042\" name=\"B\" description=\"d\""_s, b, 1, none,
-            {u"0042"_s}, none);
-        row("by production", "name=\"A\" production=\"x\" description=\"d\"",
-            "name=\"A\" production=\"y\" description=\"d\"", 2, {u"y"_s}, {u"x"_s}, none);
-    })
+              row("without description: never equal", "name=\"A\"", "name=\"A\"", 0, none, none, {u"A"_s});
+              row("description on the right alone: passes", "name=\"A\"", a, 0, none, none, none);
+              row("description on the left alone", a, "name=\"A\"", 0, none, none, {u"A"_s});
+              row("an empty description is none", "name=\"A\" description=\"\"", a, 0, none, none, none);
+              row("other has two: the later counts, equal", a, changedA + a, 0, none, none, none);
+              row("other has two: the later counts, different", a, a + changedA, 0, none, none, {u"A"_s});
+              row("source has two: listed twice", changedA + b + changedA, a + b, 0, none, none,
+                  {u"A"_s, u"A"_s});
+              row("without the key: skipped", a + u"unicode=\"0042\" name=\"B\" description=\"d\""_s, b, 1,
+                  none, {u"0042"_s}, none);
+              row("by production", "name=\"A\" production=\"x\" description=\"d\"",
+                  "name=\"A\" production=\"y\" description=\"d\"", 2, {u"y"_s}, {u"x"_s}, none);
+          })
     {
         const InfoList leftInfos = recordsOf(left);
         const InfoList rightInfos = recordsOf(right);
@@ -311,7 +314,8 @@ private Q_SLOTS:
     TABLE(differingFields, (const QString &right, const QString &fields), {
         const QString base = u"unicode=\"0041\" unicodeLegacy=\"F041\" name=\"A\" case=\"upper\" "
                              "description=\"d\" marks=\"m\""_s;
-        const auto changed = [&](const char *name, const QString &before, const QString &after, const char *fields) {
+        const auto changed = [&](const char *name, const QString &before, const QString &after,
+                                 const char *fields) {
             row(name, QString(base).replace(before, after), fields);
         };
         changed("none", u"x"_s, u"x"_s, "");

@@ -38,7 +38,9 @@ class CompareWindowTest : public QObject
     void open(const QStringList &contents)
     {
         for (qsizetype i = contents.size(); i-- > 0;) {
-            VXDocument *document = documentOf(recordsOf(contents.at(i)), u"/tests/%1.xml"_s.arg(QChar(u'a' + static_cast<int>(i)))).release();
+            VXDocument *document = documentOf(recordsOf(contents.at(i)),
+                                              u"/tests/%1.xml"_s.arg(QChar(u'a' + static_cast<int>(i))))
+                                       .release();
             controller().addDocument(document);
             m_documents.prepend(document);
         }
@@ -481,7 +483,8 @@ private Q_SLOTS:
     {
         const QString filler = QString(200'000, u'x').replace(u"xxxxxxxx"_s, u"xxxxxxx "_s);
         show({u"name=\"A\" description=\"%1left end\""_s.arg(filler),
-              u"name=\"A\" description=\"%1right end\""_s.arg(filler)}, 2);
+              u"name=\"A\" description=\"%1right end\""_s.arg(filler)},
+             2);
         const QString shown = valueOf(CompareSheet::Right, u"Description"_s);
         QVERIFY(shown.size() < 10'000);
         QVERIFY(shown.startsWith(u'…'));
@@ -554,7 +557,8 @@ private Q_SLOTS:
                               u"keyView"_s}));
         for (QWidget *widget : m_window->findChildren<QWidget *>()) {
             const bool isReached = widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus);
-            const bool isNamed = !widget->accessibleName().isEmpty() || qobject_cast<QAbstractButton *>(widget);
+            const bool isNamed =
+                !widget->accessibleName().isEmpty() || qobject_cast<QAbstractButton *>(widget);
             QVERIFY2(!isReached || isNamed || widget->objectName() == u"keyChooser"_s,
                      qPrintable(widget->objectName()));
         }

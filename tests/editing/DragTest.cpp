@@ -47,23 +47,21 @@ class DragTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QVERIFY2(QGuiApplication::platformName() == "xcb"_L1, "Xvfb does not start");
-    }
+    void initTestCase() { QVERIFY2(QGuiApplication::platformName() == "xcb"_L1, "Xvfb does not start"); }
 
-    TABLE(rowsAreMovedAndCopied, (const QList<int> &rows, int target, double part, bool copies,
-          const QString &expected), {
-        row("[b] before d", {1}, 3, 0.1, false, "a c [b] d e");
-        row("[b] behind d", {1}, 3, 0.9, false, "a c d [b] e");
-        row("[b] [d] to the front", {1, 3}, 0, 0.1, false, "[b] [d] a c e");
-        row("[e] copied behind a", {4}, 0, 0.9, true, "a [e] b c d e");
-        row("[a] [b] copied behind e", {0, 1}, 4, 0.9, true, "a b c d e [a] [b]");
-    })
+    TABLE(rowsAreMovedAndCopied,
+          (const QList<int> &rows, int target, double part, bool copies, const QString &expected), {
+              row("[b] before d", {1}, 3, 0.1, false, "a c [b] d e");
+              row("[b] behind d", {1}, 3, 0.9, false, "a c d [b] e");
+              row("[b] [d] to the front", {1, 3}, 0, 0.1, false, "[b] [d] a c e");
+              row("[e] copied behind a", {4}, 0, 0.9, true, "a [e] b c d e");
+              row("[a] [b] copied behind e", {0, 1}, 4, 0.9, true, "a b c d e [a] [b]");
+          })
     {
         Window window(u"a b c d e"_s, {10, 10});
         window.controller->infolistController()->setSelectionIndexes(IndexSet(rows.begin(), rows.end()));
-        drag(window, rows.last(), window, window.at(target, part), copies ? Qt::ControlModifier : Qt::NoModifier);
+        drag(window, rows.last(), window, window.at(target, part),
+             copies ? Qt::ControlModifier : Qt::NoModifier);
         QCOMPARE(window.picture(), expected);
         const QString name = copies ? u"Duplicate"_s : u"Move"_s;
         QCOMPARE(window.document.undoManager()->stack()->undoText(),
@@ -141,8 +139,9 @@ private Q_SLOTS:
 private:
     /// Presses the button on a row of \a source, moves to \a place in \a target and lets go there, as soon as
     /// \a isReady or after some seconds.
-    void drag(const Window &source, int row, const Window &target, QPoint place, Qt::KeyboardModifiers keys,
-              const std::function<bool()> &isReady = [] { return true; })
+    void drag(
+        const Window &source, int row, const Window &target, QPoint place, Qt::KeyboardModifiers keys,
+        const std::function<bool()> &isReady = [] { return true; })
     {
         QWindow *from = source.controller->windowHandle();
         QWindow *to = target.controller->windowHandle();
@@ -171,7 +170,8 @@ private:
 
     static void moveMouse(QWindow *window, QPoint place, Qt::KeyboardModifiers keys)
     {
-        QMouseEvent move(QEvent::MouseMove, place, window->mapToGlobal(place), Qt::NoButton, Qt::LeftButton, keys);
+        QMouseEvent move(QEvent::MouseMove, place, window->mapToGlobal(place), Qt::NoButton, Qt::LeftButton,
+                         keys);
         QCoreApplication::sendEvent(window, &move);
     }
 };

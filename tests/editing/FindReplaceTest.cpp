@@ -57,26 +57,28 @@ class FindReplaceTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    TABLE(replaces, (int tag, const QString &key, const QString &find, const QString &replacement,
-          const QString &before, const QString &after, int records, int occurrences), {
-        row("production", 3, "production", "uni", "u", "uni0041|x", "u0041|x", 1, 1);
-        row("a separator is no text", 4, "altNames", ", ", "-", "x, y", "x, y", 0, 0);
-        row("nothing lies across names", 4, "altNames", " y", "-", "x, y|x, a y", "x, y|x, a-", 1, 1);
-        row("sort names", 6, "sortName", "1", "", "a101|b", "a0|b", 1, 2);
-        row("accents are the marks", 9, "marks", "comb", "", "acutecomb", "acute", 1, 1);
-        row("tag 1 is no field", 1, "name", "a", "b", "a", "a", 0, 0);
-        row("tag 10 is no field", 10, "name", "a", "b", "a", "a", 0, 0);
-        row("accents count", 7, "desc", "e", "b", "é|e", "é|b", 1, 1);
-        row("nor in what was put in", 2, "name", "a", "aa", "aba", "aabaa", 1, 2);
-        row("nothing to find", 2, "name", "", "x", "a|b", "a|b", 0, 0);
-        row("a whole text goes", 6, "sortName", "abc", "", "abc|abcd", "-|d", 2, 2);
-        row("alternate names go", 4, "altNames", "x", "", "x, x|x, y", "-|, y", 2, 3);
-        row("no comment begins", 7, "desc", "a", "<!--", "a|ba|c", "a|ba|c", 0, 0);
-        row("nor ends", 4, "altNames", "x", "", "y, -x->|x", "y, -x->|-", 1, 1);
-        row("a mark that stood there", 7, "desc", "a", "b", "a --> a|a", "a --> a|b", 1, 1);
-        row("no value stays none", 6, "sortName", "a", "b", "-|a", "-|b", 1, 1);
-        row("percent signs are text", 7, "desc", "%1", "%2", "%1%1", "%2%2", 1, 2);
-    })
+    TABLE(replaces,
+          (int tag, const QString &key, const QString &find, const QString &replacement,
+           const QString &before, const QString &after, int records, int occurrences),
+          {
+              row("production", 3, "production", "uni", "u", "uni0041|x", "u0041|x", 1, 1);
+              row("a separator is no text", 4, "altNames", ", ", "-", "x, y", "x, y", 0, 0);
+              row("nothing lies across names", 4, "altNames", " y", "-", "x, y|x, a y", "x, y|x, a-", 1, 1);
+              row("sort names", 6, "sortName", "1", "", "a101|b", "a0|b", 1, 2);
+              row("accents are the marks", 9, "marks", "comb", "", "acutecomb", "acute", 1, 1);
+              row("tag 1 is no field", 1, "name", "a", "b", "a", "a", 0, 0);
+              row("tag 10 is no field", 10, "name", "a", "b", "a", "a", 0, 0);
+              row("accents count", 7, "desc", "e", "b", "é|e", "é|b", 1, 1);
+              row("nor in what was put in", 2, "name", "a", "aa", "aba", "aabaa", 1, 2);
+              row("nothing to find", 2, "name", "", "x", "a|b", "a|b", 0, 0);
+              row("a whole text goes", 6, "sortName", "abc", "", "abc|abcd", "-|d", 2, 2);
+              row("alternate names go", 4, "altNames", "x", "", "x, x|x, y", "-|, y", 2, 3);
+              row("no comment begins", 7, "desc", "a", "<!--", "a|ba|c", "a|ba|c", 0, 0);
+              row("nor ends", 4, "altNames", "x", "", "y, -x->|x", "y, -x->|-", 1, 1);
+              row("a mark that stood there", 7, "desc", "a", "b", "a --> a|a", "a --> a|b", 1, 1);
+              row("no value stays none", 6, "sortName", "a", "b", "-|a", "-|b", 1, 1);
+              row("percent signs are text", 7, "desc", "%1", "%2", "%1%1", "%2%2", 1, 2);
+          })
     {
         for (const bool fromFile : {true, false}) {
             const InfoList infos = recordsWith(key, before, fromFile);
@@ -94,23 +96,25 @@ private Q_SLOTS:
     }
 
     // options: c: either case, w: whole value, r: regular expression
-    TABLE(replacesWithOptions, (const QString &options, const QString &find, const QString &replacement,
-          const QString &values, const QString &result, int records), {
-        row("usual", "", "A.", "\\1", "A.a.|Ab", "\\1a.|Ab", 1);
-        row("case", "c", "aÄ", "x", "AäaÄ|Aa", "xx|Aa", 1);
-        row("case, the same", "c", "a", "a", "aA|a", "aa|a", 1);
-        row("no pattern", "c", "a.c", "$1", "abc|A.C", "abc|$1", 1);
-        row("whole", "w", "top", "x", "top|top, top|Top", "x|top, top|Top", 1);
-        row("whole, case", "wc", "top", "x", "top|Top|top_", "x|x|top_", 2);
-        row("pattern", "r", "[aeiou]", "_", "abe|AB", "_b_|AB", 1);
-        row("groups", "r", "(\\w+)-(\\w+)", "\\2.$1", "a-b, c-d", "b.a, d.c", 1);
-        row("whole match, signs", "r", "b", u"\\\\$$\\0$x"_s, "abc", "a\\$b$xc", 1);
-        row("empty match", "r", "$", ".sc", "a|b", "a.sc|b.sc", 2);
-        row("whole pattern", "rw", "a|ab", "x", "ab|abc", "x|abc", 1);
-        row("outside the plane", "r", ".", u"<\\0>"_s, "😀", "<😀>", 1);
-        row("not valid", "r", "(a", "x", "(a|a", "(a|a", 0);
-        row("nothing to find", "r", "", "x", "a", "a", 0);
-    })
+    TABLE(replacesWithOptions,
+          (const QString &options, const QString &find, const QString &replacement, const QString &values,
+           const QString &result, int records),
+          {
+              row("usual", "", "A.", "\\1", "A.a.|Ab", "\\1a.|Ab", 1);
+              row("case", "c", "aÄ", "x", "AäaÄ|Aa", "xx|Aa", 1);
+              row("case, the same", "c", "a", "a", "aA|a", "aa|a", 1);
+              row("no pattern", "c", "a.c", "$1", "abc|A.C", "abc|$1", 1);
+              row("whole", "w", "top", "x", "top|top, top|Top", "x|top, top|Top", 1);
+              row("whole, case", "wc", "top", "x", "top|Top|top_", "x|x|top_", 2);
+              row("pattern", "r", "[aeiou]", "_", "abe|AB", "_b_|AB", 1);
+              row("groups", "r", "(\\w+)-(\\w+)", "\\2.$1", "a-b, c-d", "b.a, d.c", 1);
+              row("whole match, signs", "r", "b", u"\\\\$$\\0$x"_s, "abc", "a\\$b$xc", 1);
+              row("empty match", "r", "$", ".sc", "a|b", "a.sc|b.sc", 2);
+              row("whole pattern", "rw", "a|ab", "x", "ab|abc", "x|abc", 1);
+              row("outside the plane", "r", ".", u"<\\0>"_s, "😀", "<😀>", 1);
+              row("not valid", "r", "(a", "x", "(a|a", "(a|a", 0);
+              row("nothing to find", "r", "", "x", "a", "a", 0);
+          })
     {
         const ReplaceOptions how {!options.contains(u'c'), options.contains(u'w'), options.contains(u'r')};
         for (const bool fromFile : {true, false}) {
@@ -162,7 +166,8 @@ private Q_SLOTS:
 
     void stopsAtAnEndlessPattern()
     {
-        const InfoList infos = recordsWith(u"desc"_s, QStringList(200, QString(60, u'a') + u"b!"_s).join(u'|'), false);
+        const InfoList infos =
+            recordsWith(u"desc"_s, QStringList(200, QString(60, u'a') + u"b!"_s).join(u'|'), false);
         const FindReplace replace(u"^(a+)+$"_s, u"x"_s, FindReplace::Desc, {true, false, true});
         QElapsedTimer clock;
         clock.start();
@@ -190,19 +195,21 @@ private Q_SLOTS:
         QCOMPARE(marked(shown.after, shown.places.inserted), u"[123]b, x[123], y"_s);
     }
 
-    TABLE(countsProblemsOfNames, (int tag, const QString &find, const QString &replacement, const QStringList &selected,
-          const QStringList &others, const NameProblems &problems), {
-        const QStringList none;
-        row("a name of another", 2, "x", "y", {u"ax"_s}, {u"ay"_s}, {0, 1});
-        row("two become one", 2, ".alt", "", {u"a.alt"_s, u"a"_s}, none, {0, 1});
-        row("two that change", 2, "x", "", {u"ax"_s, u"xa"_s}, none, {0, 2});
-        row("all move on", 2, "a", "aa", {u"a"_s, u"aa"_s}, none, {0, 0});
-        row("a blank", 2, "x", " ", {u"axa"_s, u"b"_s}, none, {1, 0});
-        row("a digit first", 2, "one", "1", {u"one.lf"_s, u"a.one"_s}, none, {1, 0});
-        row("empty", 2, "a", "", {u"a"_s}, none, {1, 0});
-        row("bad before, unchanged", 2, "x", "y", {u"a b"_s, u"c"_s, u"c"_s}, none, {0, 0});
-        row("other fields have no rules", 3, "x", " ", {u"x"_s}, none, {0, 0});
-    })
+    TABLE(countsProblemsOfNames,
+          (int tag, const QString &find, const QString &replacement, const QStringList &selected,
+           const QStringList &others, const NameProblems &problems),
+          {
+              const QStringList none;
+              row("a name of another", 2, "x", "y", {u"ax"_s}, {u"ay"_s}, {0, 1});
+              row("two become one", 2, ".alt", "", {u"a.alt"_s, u"a"_s}, none, {0, 1});
+              row("two that change", 2, "x", "", {u"ax"_s, u"xa"_s}, none, {0, 2});
+              row("all move on", 2, "a", "aa", {u"a"_s, u"aa"_s}, none, {0, 0});
+              row("a blank", 2, "x", " ", {u"axa"_s, u"b"_s}, none, {1, 0});
+              row("a digit first", 2, "one", "1", {u"one.lf"_s, u"a.one"_s}, none, {1, 0});
+              row("empty", 2, "a", "", {u"a"_s}, none, {1, 0});
+              row("bad before, unchanged", 2, "x", "y", {u"a b"_s, u"c"_s, u"c"_s}, none, {0, 0});
+              row("other fields have no rules", 3, "x", " ", {u"x"_s}, none, {0, 0});
+          })
     {
         const InfoList infos = named(selected);
         for (const InfoPtr &info : infos)
@@ -267,7 +274,8 @@ private Q_SLOTS:
         const QString nearly = refused.replace(u"sukun"_s, u"SUKUN"_s);
         const InfoPtr info = VXGlyphInfo::init();
         info->setMarks(nearly);
-        const ReplaceSummary summary = FindReplace(u"SUKUN"_s, u"sukun"_s, FindReplace::Accents).apply({info});
+        const ReplaceSummary summary =
+            FindReplace(u"SUKUN"_s, u"sukun"_s, FindReplace::Accents).apply({info});
         QCOMPARE(info->marks(), nearly);
         QCOMPARE(summary.records, 0);
     }

@@ -190,8 +190,9 @@ private Q_SLOTS:
         choice->setFocus();
         QVERIFY(contrast(around, outlineOf(line)) >= 3);
         Appearance::shared().setChoice(Appearance::Light);
-        QVERIFY(contrast(line->palette().color(QPalette::Base), line->palette().color(QPalette::PlaceholderText))
-                >= 4.5);
+        QVERIFY(
+            contrast(line->palette().color(QPalette::Base), line->palette().color(QPalette::PlaceholderText))
+            >= 4.5);
         Appearance::shared().setChoice(Appearance::System);
     }
 
@@ -236,7 +237,8 @@ private Q_SLOTS:
         const QFont font = text.formats.first().format.font();
         QCOMPARE(font.pixelSize(), 11);
         QCOMPARE(text.formats.first().format.foreground().color(), QColor(Qt::white));
-        QCOMPARE(badge.width(), int(std::ceil(QFontMetricsF(font).horizontalAdvance(field.errorHint()))) + 10);
+        QCOMPARE(badge.width(),
+                 int(std::ceil(QFontMetricsF(font).horizontalAdvance(field.errorHint()))) + 10);
         QCOMPARE(field.textMargins().right(), badge.width() + 6);
 
         const auto isRed = [&] {
@@ -282,7 +284,8 @@ private Q_SLOTS:
     {
         VXValidatingTextField field;
         const auto completions = [&field] {
-            return field.textViewCompletionsForPartialWordRangeIndexOfSelectedItem(&field, {u"known"_s}, {0, 1});
+            return field.textViewCompletionsForPartialWordRangeIndexOfSelectedItem(&field, {u"known"_s},
+                                                                                   {0, 1});
         };
         field.setText(u"abc"_s);
         QVERIFY(completions().isEmpty());
@@ -352,8 +355,10 @@ private Q_SLOTS:
         };
         Stage<UnicodesTokenField> tokens;
         tokens.field->setTokens({u"0041"_s});
-        for (const auto &[composed, shown] : {std::pair(u" "_s, u"0041 "_s), {u"é"_s, u"0041 "_s},
-                                              {u"4"_s, u"0041 4"_s}, {u"g"_s, u"0041 4"_s}}) {
+        for (const auto &[composed, shown] : {std::pair(u" "_s, u"0041 "_s),
+                                              {u"é"_s, u"0041 "_s},
+                                              {u"4"_s, u"0041 4"_s},
+                                              {u"g"_s, u"0041 4"_s}}) {
             compose(tokens.field, composed);
             QCOMPARE(tokens.field->text(), shown);
         }

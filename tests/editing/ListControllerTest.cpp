@@ -94,16 +94,17 @@ class ListControllerTest : public QObject
 private Q_SLOTS:
     void init() { qRegisterMetaType<InfoPtr>(); }
 
-    TABLE(drop, (const QString &names, const QString &rows, int target, bool copies, const QString &expected), {
-        row("a [b] c [d] e to the front", "a b c d e", "1 3", 0, false, "[b] [d] a c e");
-        row("[a] [b] c d e before e", "a b c d e", "0 1", 4, false, "c d [a] [b] e");
-        row("onto its own place", "a b c", "1", 1, false, "a [b] c");
-        row("to the end", "a b c", "0 2", 3, false, "b [a] [c]");
-        row("into the middle of itself", "a b c d", "0 3", 2, false, "b [a] [d] c");
-        row("copies of b c to the front", "a b c", "1 2", 0, true, "[b] [c] a b c");
-        row("copies between", "a b c d", "0 3", 2, true, "a b [a] [d] c d");
-        row("copies to the end", "a b", "0 1", 2, true, "a b [a] [b]");
-    })
+    TABLE(drop, (const QString &names, const QString &rows, int target, bool copies, const QString &expected),
+          {
+              row("a [b] c [d] e to the front", "a b c d e", "1 3", 0, false, "[b] [d] a c e");
+              row("[a] [b] c d e before e", "a b c d e", "0 1", 4, false, "c d [a] [b] e");
+              row("onto its own place", "a b c", "1", 1, false, "a [b] c");
+              row("to the end", "a b c", "0 2", 3, false, "b [a] [c]");
+              row("into the middle of itself", "a b c d", "0 3", 2, false, "b [a] [d] c");
+              row("copies of b c to the front", "a b c", "1 2", 0, true, "[b] [c] a b c");
+              row("copies between", "a b c d", "0 3", 2, true, "a b [a] [d] c d");
+              row("copies to the end", "a b", "0 1", 2, true, "a b [a] [b]");
+          })
     {
         const auto document = documentWith(names);
         RSRTVArrayController controller(*document);
@@ -233,8 +234,7 @@ private Q_SLOTS:
                 expected.filter = random.bounded(2) ? QString() : QString(QChar(u'a' + random.bounded(4)));
                 expected.added.clear();
                 QVERIFY(controller.setFilterPredicate(
-                    expected.filter.isEmpty() ? QString()
-                                              : u"name contains \"%1\""_s.arg(expected.filter)));
+                    expected.filter.isEmpty() ? QString() : u"name contains \"%1\""_s.arg(expected.filter)));
                 expected.arrange(true);
                 break;
             case 6:
@@ -337,24 +337,27 @@ private Q_SLOTS:
         QCOMPARE(picture(controller), expected);
     }
 
-    TABLE(naturalOrder, (const QString &field, const Qt::SortOrder &order, const QStringList &values,
-          const QStringList &expected), {
-        row("numbers by value", "sortName", Qt::AscendingOrder, {u"a10"_s, u"a9"_s, u"a1"_s, u"a09x"_s},
-            {u"a1"_s, u"a9"_s, u"a09x"_s, u"a10"_s});
-        row("case counts for nothing", "sortName", Qt::AscendingOrder, {u"b"_s, u"A"_s, u"B"_s, u"a"_s},
-            {u"A"_s, u"a"_s, u"b"_s, u"B"_s});
-        row("longer numbers", "sortName", Qt::AscendingOrder, {u"x12345678901"_s, u"x9876543210"_s, u"x999999999"_s},
-            {u"x999999999"_s, u"x9876543210"_s, u"x12345678901"_s});
-        row("nothing last, up", "sortName", Qt::AscendingOrder, {QString(), u"b"_s, u"a"_s},
-            {u"a"_s, u"b"_s, QString()});
-        row("nothing last, down", "sortName", Qt::DescendingOrder, {QString(), u"a"_s, u"b"_s},
-            {u"b"_s, u"a"_s, QString()});
-        row("code points by number", "unicode", Qt::AscendingOrder, {u"1F600"_s, u"FFFD"_s, u"0041"_s},
-            {u"0041"_s, u"FFFD"_s, u"1F600"_s});
-        row("long texts that begin alike", "desc", Qt::DescendingOrder,
-            {u"the same beginning a"_s, u"the same beginning c"_s, u"the same b"_s},
-            {u"the same beginning c"_s, u"the same beginning a"_s, u"the same b"_s});
-    })
+    TABLE(naturalOrder,
+          (const QString &field, const Qt::SortOrder &order, const QStringList &values,
+           const QStringList &expected),
+          {
+              row("numbers by value", "sortName", Qt::AscendingOrder, {u"a10"_s, u"a9"_s, u"a1"_s, u"a09x"_s},
+                  {u"a1"_s, u"a9"_s, u"a09x"_s, u"a10"_s});
+              row("case counts for nothing", "sortName", Qt::AscendingOrder, {u"b"_s, u"A"_s, u"B"_s, u"a"_s},
+                  {u"A"_s, u"a"_s, u"b"_s, u"B"_s});
+              row("longer numbers", "sortName", Qt::AscendingOrder,
+                  {u"x12345678901"_s, u"x9876543210"_s, u"x999999999"_s},
+                  {u"x999999999"_s, u"x9876543210"_s, u"x12345678901"_s});
+              row("nothing last, up", "sortName", Qt::AscendingOrder, {QString(), u"b"_s, u"a"_s},
+                  {u"a"_s, u"b"_s, QString()});
+              row("nothing last, down", "sortName", Qt::DescendingOrder, {QString(), u"a"_s, u"b"_s},
+                  {u"b"_s, u"a"_s, QString()});
+              row("code points by number", "unicode", Qt::AscendingOrder, {u"1F600"_s, u"FFFD"_s, u"0041"_s},
+                  {u"0041"_s, u"FFFD"_s, u"1F600"_s});
+              row("long texts that begin alike", "desc", Qt::DescendingOrder,
+                  {u"the same beginning a"_s, u"the same beginning c"_s, u"the same b"_s},
+                  {u"the same beginning c"_s, u"the same beginning a"_s, u"the same b"_s});
+          })
     {
         InfoList infos;
         for (const QString &value : values) {

@@ -74,7 +74,8 @@ private Q_SLOTS:
         row("64 characters", "name", QString(64, u'a'), "0:Long-names");
         row("63 of two bytes", "name", QString(63, u'é'), "0:Invalid-names 0:Changed-by-saving");
         row("components that are there", "decompose", u"other, other"_s, "");
-        row("a missing component", "decompose", u"other, none, none"_s, "0:Missing-components 0:Missing-components");
+        row("a missing component", "decompose", u"other, none, none"_s,
+            "0:Missing-components 0:Missing-components");
         row("composed with itself", "decompose", u"a, other"_s, "0:Composed-with-themselves");
         row("no component between commas", "decompose", u"other, "_s, "");
         row("no category", "category", u"letter"_s, "0:Unknown-categories");
@@ -90,7 +91,8 @@ private Q_SLOTS:
         row("the case without a word", "case", int(VXGlyphInfo::other), "0:Changed-by-saving");
         row("short legacy code point", "unicodeLegacy", u"A1"_s, "0:Changed-by-saving");
         row("separator in a name of a list", "altNames", QStringList {u"x, y"_s}, "0:Changed-by-saving");
-        row("alternate name of another record's name", "altNames", QStringList {u"free"_s, u"other"_s, u"a"_s},
+        row("alternate name of another record's name", "altNames",
+            QStringList {u"free"_s, u"other"_s, u"a"_s},
             "0:Repeating-alternate-names 0:Repeating-alternate-names");
         row("empty text", "desc", u""_s, "");
         row("list of one empty text", "altNames", QStringList {u""_s}, "");
@@ -132,8 +134,9 @@ private Q_SLOTS:
                 made += pieces.at(random.bounded(pieces.size()));
             return made;
         };
-        const QStringList keys {u"name"_s, u"category"_s, u"subCategory"_s, u"sortName"_s, u"desc"_s,
-                                u"decompose"_s, u"anchors"_s, u"marks"_s, u"script"_s, u"production"_s};
+        const QStringList keys {u"name"_s,   u"category"_s,  u"subCategory"_s, u"sortName"_s,
+                                u"desc"_s,   u"decompose"_s, u"anchors"_s,     u"marks"_s,
+                                u"script"_s, u"production"_s};
         int lost = 0;
         for (int round = 0; round < rounds(3000); ++round) {
             VXDocument document;
@@ -290,10 +293,10 @@ private Q_SLOTS:
     void whatTheFileHadIsListed()
     {
         const auto document = documentRead("\xEF\xBB\xBF<glyphData>\r\n"
-                                         "<glyph name=\"a\" foo=\"1\" desc=\"x\"/>\r\n"
-                                         "<!-- note -->\r\n"
-                                         "<glyph name=\"b\" name=\"c\"/>\r\n"
-                                         "</glyphData>\r\n");
+                                           "<glyph name=\"a\" foo=\"1\" desc=\"x\"/>\r\n"
+                                           "<!-- note -->\r\n"
+                                           "<glyph name=\"b\" name=\"c\"/>\r\n"
+                                           "</glyphData>\r\n");
         QVERIFY(document);
         Problems problems(*document);
         problems.finish();
@@ -335,29 +338,32 @@ private Q_SLOTS:
     }
 
     // fixed: null: left to the person
-    TABLE(fixesAreOneStepAndHelp, (ProblemKind kind, const QString &key, const QVariant &value, const QString &fixed), {
-        using K = ProblemKind;
-        row("spaces around a name", K::InvalidName, "name", u" A.sc\t"_s, "A.sc");
-        row("two names", K::InvalidName, "name", u"A.sc, B.sc"_s, "A.sc");
-        row("the name is taken", K::InvalidName, "name", u" other"_s, QString());
-        row("space inside", K::InvalidName, "name", u"A sc"_s, QString());
-        row("41", K::InvalidCodePoint, "unicodes", QStringList {u"41"_s}, "0041");
-        row("prefixes", K::InvalidCodePoint, "unicodes", QStringList {u"U+0041"_s, u"0x00e9"_s}, "0041, 00E9");
-        row("zeros", K::InvalidCodePoint, "unicodes", QStringList {u"0001F600"_s}, "1F600");
-        row("a list in one", K::InvalidCodePoint, "unicodes", QStringList {u"0041,0042"_s}, "0041, 0042");
-        row("no number", K::InvalidCodePoint, "unicodes", QStringList {u"004G"_s}, QString());
-        row("surrogate", K::InvalidCodePoint, "unicodes", QStringList {u"D800"_s}, QString());
-        row("twice", K::DuplicateCodePoint, "unicodes", QStringList {u"0041"_s, u"0041"_s}, "0041");
-        row("three, two of them the same", K::ManyCodePoints, "unicodes", QStringList {u"0041"_s, u"0042"_s, u"0042"_s},
-            "0041, 0042");
-        row("quote", K::QuoteOrBreak, "desc", u"the \"A\""_s, "the A");
-        row("line break", K::QuoteOrBreak, "desc", u"one\r\ntwo\nthree"_s, "one two three");
-        row("quotes in a list", K::QuoteOrBreak, "altNames", QStringList {u"\"a\""_s, u"b"_s}, "a, b");
-        row("blank in front", K::LostValue, "script", u"  latin "_s, "latin");
-        row("names in one", K::LostValue, "altNames", QStringList {u"a, b"_s, u" c"_s}, "a, b, c");
-        row("comment", K::LostValue, "desc", u"<!-- x"_s, "<! -- x");
-        row("case other", K::LostValue, "case", int(VXGlyphInfo::other), QString());
-    })
+    TABLE(fixesAreOneStepAndHelp,
+          (ProblemKind kind, const QString &key, const QVariant &value, const QString &fixed), {
+              using K = ProblemKind;
+              row("spaces around a name", K::InvalidName, "name", u" A.sc\t"_s, "A.sc");
+              row("two names", K::InvalidName, "name", u"A.sc, B.sc"_s, "A.sc");
+              row("the name is taken", K::InvalidName, "name", u" other"_s, QString());
+              row("space inside", K::InvalidName, "name", u"A sc"_s, QString());
+              row("41", K::InvalidCodePoint, "unicodes", QStringList {u"41"_s}, "0041");
+              row("prefixes", K::InvalidCodePoint, "unicodes", QStringList {u"U+0041"_s, u"0x00e9"_s},
+                  "0041, 00E9");
+              row("zeros", K::InvalidCodePoint, "unicodes", QStringList {u"0001F600"_s}, "1F600");
+              row("a list in one", K::InvalidCodePoint, "unicodes", QStringList {u"0041,0042"_s},
+                  "0041, 0042");
+              row("no number", K::InvalidCodePoint, "unicodes", QStringList {u"004G"_s}, QString());
+              row("surrogate", K::InvalidCodePoint, "unicodes", QStringList {u"D800"_s}, QString());
+              row("twice", K::DuplicateCodePoint, "unicodes", QStringList {u"0041"_s, u"0041"_s}, "0041");
+              row("three, two of them the same", K::ManyCodePoints, "unicodes",
+                  QStringList {u"0041"_s, u"0042"_s, u"0042"_s}, "0041, 0042");
+              row("quote", K::QuoteOrBreak, "desc", u"the \"A\""_s, "the A");
+              row("line break", K::QuoteOrBreak, "desc", u"one\r\ntwo\nthree"_s, "one two three");
+              row("quotes in a list", K::QuoteOrBreak, "altNames", QStringList {u"\"a\""_s, u"b"_s}, "a, b");
+              row("blank in front", K::LostValue, "script", u"  latin "_s, "latin");
+              row("names in one", K::LostValue, "altNames", QStringList {u"a, b"_s, u" c"_s}, "a, b, c");
+              row("comment", K::LostValue, "desc", u"<!-- x"_s, "<! -- x");
+              row("case other", K::LostValue, "case", int(VXGlyphInfo::other), QString());
+          })
     {
         VXDocument document;
         const InfoPtr info = infoNamed(u"A"_s);

@@ -93,16 +93,18 @@ private Q_SLOTS:
     /// Typed with keys, never handed over, and there after a crash.
     // where: a cell, or the editor of a field in the pane
     // restored: of the first two records
-    TABLE(keepsWhatIsBeingTyped, (const QString &where, int records, const QString &field, const QString &typed,
-          const QString &restored), {
-        row("cell", "cell", 1, "sortName", "one <two>", "one <two>|");
-        row("name", "name", 1, "name", "c", "c|b");
-        row("refused", "name", 1, "name", "b", "a|b");
-        row("two lines", "desc", 1, "desc", "x\ny", "x\ny|");
-        row("two records", "sortName", 2, "sortName", "s", "s|s");
-        row("word of a list", "script", 1, "script", "lat", "lat|");
-        row("code points", "unicodes", 1, "unicodes", "41 42", "0041, 0042|");
-    })
+    TABLE(keepsWhatIsBeingTyped,
+          (const QString &where, int records, const QString &field, const QString &typed,
+           const QString &restored),
+          {
+              row("cell", "cell", 1, "sortName", "one <two>", "one <two>|");
+              row("name", "name", 1, "name", "c", "c|b");
+              row("refused", "name", 1, "name", "b", "a|b");
+              row("two lines", "desc", 1, "desc", "x\ny", "x\ny|");
+              row("two records", "sortName", 2, "sortName", "s", "s|s");
+              row("word of a list", "script", 1, "script", "lat", "lat|");
+              row("code points", "unicodes", 1, "unicodes", "41 42", "0041, 0042|");
+          })
     {
         VXDocument *document = open();
         VXWindowController *window = windowOf(document);
@@ -123,7 +125,8 @@ private Q_SLOTS:
         QVERIFY(editor && editor != table);
         QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
         for (const QChar letter : typed)
-            letter == u'\n' ? QTest::keyClick(editor, Qt::Key_Return) : QTest::keyClicks(editor, QString(letter));
+            letter == u'\n' ? QTest::keyClick(editor, Qt::Key_Return)
+                            : QTest::keyClicks(editor, QString(letter));
         QVERIFY(!document->isDocumentEdited());
 
         waitForBackground(); // what is under way would not go on there
@@ -145,7 +148,8 @@ private Q_SLOTS:
         auto *again = qobject_cast<VXDocument *>(recovery.restore(recovery.contents().front()));
         QVERIFY(again && again->isDocumentEdited());
         const GlyphField wanted = *fieldForKey(field);
-        QCOMPARE(again->infos()[0]->displayText(wanted) + u'|' + again->infos()[1]->displayText(wanted), restored);
+        QCOMPARE(again->infos()[0]->displayText(wanted) + u'|' + again->infos()[1]->displayText(wanted),
+                 restored);
         const bool isRefused = restored == "a|b"_L1;
         QCOMPARE(told.size(), isRefused ? 1 : 0);
         if (isRefused)

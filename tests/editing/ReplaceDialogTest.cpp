@@ -73,9 +73,7 @@ private Q_SLOTS:
         dialog->setSelectedInfos(document.infos());
         connect(dialog, &VXFindReplaceWindowController::ended, dialog, &QObject::deleteLater);
         QPointer<QObject> life(dialog);
-        QTimer::singleShot(0, dialog, [dialog] {
-            typeKeys(dialog, u"a<Esc>"_s);
-        });
+        QTimer::singleShot(0, dialog, [dialog] { typeKeys(dialog, u"a<Esc>"_s); });
         QCOMPARE(dialog->runDialogModalForWindow(&window, &window), 0);
         QCOMPARE(dialog->parentWidget(), &window);
         QTRY_VERIFY(!life);
@@ -236,8 +234,9 @@ private Q_SLOTS:
             QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
         }
         visited.sort();
-        QCOMPARE(visited.join(u' '),
-                 u"Cancel Replace changesTable fieldPopup findField isPattern matchCase replaceField wholeValue"_s);
+        QCOMPARE(
+            visited.join(u' '),
+            u"Cancel Replace changesTable fieldPopup findField isPattern matchCase replaceField wholeValue"_s);
         for (const QLabel *label : dialog.findChildren<QLabel *>()) {
             if (label->text().contains(u'&'))
                 QVERIFY2(label->buddy(), qPrintable(label->text()));

@@ -16,13 +16,14 @@ private Q_SLOTS:
     void cleanup() { closeAll(); }
 
     // firstName: afterwards
-    TABLE(barAboutChanges, (const QString &button, bool isEdited, const QString &firstName, bool isEditedAfterwards), {
-        row("reload, clean", "Reload", false, "x", false);
-        row("reload, edited", "Reload", true, "x", false);
-        row("keep, clean", "Keep Mine", false, "a", true);
-        row("keep, edited", "Keep Mine", true, "edited", true);
-        row("save again", "Save Again", true, "edited", false);
-    })
+    TABLE(barAboutChanges,
+          (const QString &button, bool isEdited, const QString &firstName, bool isEditedAfterwards), {
+              row("reload, clean", "Reload", false, "x", false);
+              row("reload, edited", "Reload", true, "x", false);
+              row("keep, clean", "Keep Mine", false, "a", true);
+              row("keep, edited", "Keep Mine", true, "edited", true);
+              row("save again", "Save Again", true, "edited", false);
+          })
     {
         VXDocument *document = open();
         auto *bar = document->windowController()->findChild<ChangedOnDisk *>();
@@ -54,8 +55,9 @@ private Q_SLOTS:
         // Somebody writes for a while; nothing is read meanwhile.
         for (const char *name : {"\"w\"", "\"x\""}) {
             QSignalSpy noticed(&document->fileWatch(), &FileWatch::changed);
-            write(QByteArray(usual).replace(kLines, "\t<glyph name=\"new\" />\n" + kLines)
-                                        .replace("\"a\"", name));
+            write(QByteArray(usual)
+                      .replace(kLines, "\t<glyph name=\"new\" />\n" + kLines)
+                      .replace("\"a\"", name));
             QVERIFY(noticed.wait());
             QCOMPARE(document->countOfInfos(), 2);
             QVERIFY(!bar->isVisible());
@@ -183,7 +185,8 @@ private Q_SLOTS:
         auto *document = qobject_cast<VXDocument *>(controller().openUntitledDocumentAndDisplay(true));
         document->addInfo(infoNamed(u"a"_s));
         std::optional<bool> outcome;
-        DocumentPanels::saveAs(*document, document->windowController(), [&outcome](bool saved) { outcome = saved; });
+        DocumentPanels::saveAs(*document, document->windowController(),
+                               [&outcome](bool saved) { outcome = saved; });
         auto *panel = document->windowController()->findChild<QFileDialog *>();
         QCOMPARE(panel->nameFilters().value(0), u"Glyph data (*.xml)"_s);
         auto *line = panel->findChild<QLineEdit *>(u"fileNameEdit"_s);
@@ -242,15 +245,15 @@ private Q_SLOTS:
 
     // outside: what another program puts in the place of "a"
     // extra: what the file has besides
-    TABLE(asksBeforeSaving, (const QByteArray &outside, const QByteArray &extra, const QStringList &answers,
-          bool isSaved), {
-        row("nothing to ask", "", "", {}, true);
-        row("changed, written over", "x", "", {u"Write Over It"_s}, true);
-        row("changed, left", "x", "", {u"Cancel"_s}, false);
-        row("a comment goes", "", "<!-- x -->\n", {u"Save"_s}, true);
-        row("a comment stays", "", "<!-- x -->\n", {u"Cancel"_s}, false);
-        row("both", "x", "<!-- x -->\n", {u"Write Over It"_s, u"Save"_s}, true);
-    })
+    TABLE(asksBeforeSaving,
+          (const QByteArray &outside, const QByteArray &extra, const QStringList &answers, bool isSaved), {
+              row("nothing to ask", "", "", {}, true);
+              row("changed, written over", "x", "", {u"Write Over It"_s}, true);
+              row("changed, left", "x", "", {u"Cancel"_s}, false);
+              row("a comment goes", "", "<!-- x -->\n", {u"Save"_s}, true);
+              row("a comment stays", "", "<!-- x -->\n", {u"Cancel"_s}, false);
+              row("both", "x", "<!-- x -->\n", {u"Write Over It"_s, u"Save"_s}, true);
+          })
     {
         const QByteArray given = content().replace(kLines, kLines + extra);
         write(given);
@@ -276,22 +279,23 @@ private Q_SLOTS:
 
     // buttons: of the sheet, Cancel apart
     // saved: a part of the file afterwards; empty: as it was
-    TABLE(asksAboutLosses, (const QString &value, const QStringList &buttons, const QString &answer,
-          const QByteArray &saved), {
-        const QStringList barred {u"Fix"_s, u"Go to"_s};
-        const QStringList listed {u"Fix All"_s, u"Go to"_s, u"Save Anyway"_s};
-        const QString comment = u"q <!-- c"_s;
-        const QString quote = u"the \"A\""_s;
-        row("a comment, fixed", comment, barred, "Fix", "q <! -- c");
-        row("a comment, by Return", comment, barred, "Return", "q <! -- c");
-        row("quotes, by Return in the list", quote, listed, "List", "\"the A\"");
-        row("a comment, looked at", comment, barred, "Go to", "");
-        row("a comment, cancelled", comment, barred, "Cancel", "");
-        row("quotes, fixed", quote, listed, "Fix All", "\"the A\"");
-        row("quotes, lost", quote, listed, "Save Anyway", "\"the \"A");
-        row("quotes, looked at", quote, listed, "Go to", "");
-        row("quotes, cancelled", quote, listed, "Cancel", "");
-    })
+    TABLE(asksAboutLosses,
+          (const QString &value, const QStringList &buttons, const QString &answer, const QByteArray &saved),
+          {
+              const QStringList barred {u"Fix"_s, u"Go to"_s};
+              const QStringList listed {u"Fix All"_s, u"Go to"_s, u"Save Anyway"_s};
+              const QString comment = u"q <!-- c"_s;
+              const QString quote = u"the \"A\""_s;
+              row("a comment, fixed", comment, barred, "Fix", "q <! -- c");
+              row("a comment, by Return", comment, barred, "Return", "q <! -- c");
+              row("quotes, by Return in the list", quote, listed, "List", "\"the A\"");
+              row("a comment, looked at", comment, barred, "Go to", "");
+              row("a comment, cancelled", comment, barred, "Cancel", "");
+              row("quotes, fixed", quote, listed, "Fix All", "\"the A\"");
+              row("quotes, lost", quote, listed, "Save Anyway", "\"the \"A");
+              row("quotes, looked at", quote, listed, "Go to", "");
+              row("quotes, cancelled", quote, listed, "Cancel", "");
+          })
     {
         VXDocument *document = open();
         VXWindowController *window = windowOf(document);
@@ -336,13 +340,14 @@ private Q_SLOTS:
 
     // kept: in the record, before the offer is taken
     // offered: in the record afterwards
-    TABLE(tellsAtTheField, (const QString &typed, const QString &kept, const QString &offer, const QString &offered), {
-        row("usual", "a", "a", "", "");
-        row("a comment", "q <!-- c", "", "Write <! -- instead", "q <! -- c");
-        row("the end of one", "q --> c", "", "Write -- > instead", "q -- > c");
-        row("a quote", "q\"c", "q\"c", "Leave the quotes out", "qc");
-        row("a blank in front", " c", " c", "Leave it out", "c");
-    })
+    TABLE(tellsAtTheField,
+          (const QString &typed, const QString &kept, const QString &offer, const QString &offered), {
+              row("usual", "a", "a", "", "");
+              row("a comment", "q <!-- c", "", "Write <! -- instead", "q <! -- c");
+              row("the end of one", "q --> c", "", "Write -- > instead", "q -- > c");
+              row("a quote", "q\"c", "q\"c", "Leave the quotes out", "qc");
+              row("a blank in front", " c", " c", "Leave it out", "c");
+          })
     {
         VXDocument *document = open();
         VXWindowController *window = windowOf(document);
@@ -400,7 +405,8 @@ private Q_SLOTS:
             const auto *bubble = window->findChild<ErrorBubble *>();
             QVERIFY2(bubble->text().contains(u"0043"), qPrintable(bubble->text()));
             // It is no refusal, and does not look like one.
-            QCOMPARE(bubble->palette().color(QPalette::WindowText), bubble->palette().color(QPalette::ToolTipText));
+            QCOMPARE(bubble->palette().color(QPalette::WindowText),
+                     bubble->palette().color(QPalette::ToolTipText));
             QVERIFY(!window->findChild<MessageBar *>()->isVisible());
             delete bubble;
         }

@@ -14,12 +14,37 @@ namespace {
 
 const QStringList &someTexts()
 {
-// With marks alone, halves of pairs, and a text in which sixteen places fit more than once.
+    // With marks alone, halves of pairs, and a text in which sixteen places fit more than once.
     static const QStringList texts {
-        QString(), u""_s, u"a"_s, u"A"_s, u"aa"_s, u"alpha"_s, u"ALPHA.alt"_s, u"ALPHA"_s, u"beta alpha"_s, u"é"_s,
-        u"e"_s, u"É"_s, u"e\u0301"_s, u"\u0301"_s, u"straße"_s, u"STRASSE"_s, u"がき"_s, u"𝔞\U0001F600"_s,
-        QString(QChar(0xD800)), QString(QChar(0xDFFF)) + u"a"_s, QString(u'a') + QChar(0) + u'b', u"0041"_s,
-        u"00041"_s, u"1F600"_s, u"00e9"_s, u"12"_s, u"-3.5"_s, u"a, alpha"_s, u"quote \" and \\ back"_s,
+        QString(),
+        u""_s,
+        u"a"_s,
+        u"A"_s,
+        u"aa"_s,
+        u"alpha"_s,
+        u"ALPHA.alt"_s,
+        u"ALPHA"_s,
+        u"beta alpha"_s,
+        u"é"_s,
+        u"e"_s,
+        u"É"_s,
+        u"e\u0301"_s,
+        u"\u0301"_s,
+        u"straße"_s,
+        u"STRASSE"_s,
+        u"がき"_s,
+        u"𝔞\U0001F600"_s,
+        QString(QChar(0xD800)),
+        QString(QChar(0xDFFF)) + u"a"_s,
+        QString(u'a') + QChar(0) + u'b',
+        u"0041"_s,
+        u"00041"_s,
+        u"1F600"_s,
+        u"00e9"_s,
+        u"12"_s,
+        u"-3.5"_s,
+        u"a, alpha"_s,
+        u"quote \" and \\ back"_s,
         u"a rather long text, so that sixteen places fit in it more than once: alpha, beta, alpha"_s,
     };
     return texts;
@@ -158,17 +183,19 @@ public:
         case 0:
             return document.insertObjectInInfosAtIndex(randomInfo(dice), dice.below(count + 1));
         case 1:
-            return document.insertObjectsInInfosAtIndexes({randomInfo(dice), randomInfo(dice), randomInfo(dice)},
-                                                          {0, count / 2, count + 2});
+            return document.insertObjectsInInfosAtIndexes(
+                {randomInfo(dice), randomInfo(dice), randomInfo(dice)}, {0, count / 2, count + 2});
         case 2:
             return document.removeObjectsFromInfosAtIndexes({anyPlace() / 2, (count + anyPlace()) / 2});
         case 3:
             return document.removeInfo(document.objectInInfosAtIndex(anyPlace()));
         case 4:
-            // What undo removes is told by places, which an undone removal or a repeated record may have moved.
+            // What undo removes is told by places, which an undone removal or a repeated record may have
+            // moved.
             return repeats ? void() : document.undoManager()->undo();
         case 5:
-            return repeats ? document.reorderInfos({document.infos().rbegin(), document.infos().rend()}) : void();
+            return repeats ? document.reorderInfos({document.infos().rbegin(), document.infos().rend()})
+                           : void();
         case 6: // more than is worth being followed
             for (const InfoPtr &info : document.infos())
                 changeOneField(*info, dice);
@@ -266,11 +293,13 @@ private Q_SLOTS:
 
     void preparesInSlicesOfLongValues()
     {
-        // What is looked for lies across the stretches in which a value is taken; two of them as bytes that were read.
+        // What is looked for lies across the stretches in which a value is taken; two of them as bytes that
+        // were read.
         const QString word = u"Ä😀sſe\u0301"_s;
         const QString text = u"😀Ä\u0301x, "_s.repeated(300'000) + word;
         const auto read = [](const QString &key, const QString &value) {
-            return VXGlyphInfo::initWithLineXMLFileVersion(u"<glyph name=\"r\" %1=\"%2\"/>"_s.arg(key, value), nullptr);
+            return VXGlyphInfo::initWithLineXMLFileVersion(u"<glyph name=\"r\" %1=\"%2\"/>"_s.arg(key, value),
+                                                           nullptr);
         };
         const InfoList infos {VXGlyphInfo::init(), read(u"description"_s, text), VXGlyphInfo::init(),
                               read(u"altNames"_s, u"é, "_s.repeated(300'000) + u"ALPHA"_s)};
@@ -279,9 +308,10 @@ private Q_SLOTS:
         SearchedDocument searched;
         searched.document.setInfos(infos);
         for (const QString &changed : {QString(), u"short ä😀ssé"_s, word + text}) {
-            for (const QString &test : {u"desc contains[cd] \"ä😀ssé\""_s, u"desc contains[cd] \"ä\u0301X, 😀\""_s,
-                                        u"desc ENDSWITH \"e\u0301\""_s, u"altNames contains[cd] \"alpha\""_s,
-                                        u"altNames contains \"bé\""_s}) {
+            for (const QString &test :
+                 {u"desc contains[cd] \"ä😀ssé\""_s, u"desc contains[cd] \"ä\u0301X, 😀\""_s,
+                  u"desc ENDSWITH \"e\u0301\""_s, u"altNames contains[cd] \"alpha\""_s,
+                  u"altNames contains \"bé\""_s}) {
                 infos[2]->setDesc(text);
                 searched.document.flushChanges();
                 searched.columns.reset();

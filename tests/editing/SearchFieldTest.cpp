@@ -173,7 +173,8 @@ private Q_SLOTS:
             tags += action->data().toInt();
             QVERIFY(action->shortcut().isEmpty());
         }
-        QCOMPARE(tags, (QList<int> {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0, 2001, 2002, 0, 1000, 1000, 1001, 1002}));
+        QCOMPARE(tags, (QList<int> {1,  2,  3, 4,    5,    6, 7,    8,    9,    10,
+                                    11, 12, 0, 2001, 2002, 0, 1000, 1000, 1001, 1002}));
         QVERIFY(m_window->item(u"Unicode"_s)->toolTip().contains(u"0041-005A"_s));
         QCOMPARE(m_window->item(u"Unicode"_s)->whatsThis(), m_window->item(u"Unicode"_s)->toolTip());
     }
@@ -184,7 +185,8 @@ private Q_SLOTS:
         QVERIFY(field()->searchMenu()->isVisible());
         for (int i = 0; i < 2; ++i)
             QTest::keyClick(field()->searchMenu(), Qt::Key_Down);
-        QVERIFY2(m_window->statusTip.startsWith(u"Matches a part of the name."_s), qPrintable(m_window->statusTip));
+        QVERIFY2(m_window->statusTip.startsWith(u"Matches a part of the name."_s),
+                 qPrintable(m_window->statusTip));
         QTest::keyClick(field()->searchMenu(), Qt::Key_Return);
         QCOMPARE(m_window->statusTip, QString());
         QCOMPARE(UserDefaults::standard().integerForKey(u"SearchState"_s), 2);
@@ -234,7 +236,8 @@ private Q_SLOTS:
         field()->clearSearch();
         m_window->searches.clear();
         field()->showSearchMenu();
-        QVERIFY2(m_window->shownItems().endsWith(u"Regex -- -- (Recent Searches) a&&b first Clear -- How to Search…"_s),
+        QVERIFY2(m_window->shownItems().endsWith(
+                     u"Regex -- -- (Recent Searches) a&&b first Clear -- How to Search…"_s),
                  qPrintable(m_window->shownItems()));
         m_window->item(u"a&&b"_s)->trigger();
         QCOMPARE(field()->stringValue(), u"a&b"_s);
@@ -289,8 +292,8 @@ private Q_SLOTS:
         auto *chip = field()->findChild<QToolButton *>(u"searchChip"_s);
         QVERIFY(chip && !chip->isVisible());
         QTest::keyClicks(field(), u"ab"_s);
-        for (const auto &[tag, words] : {std::pair(12, u"Description"_s), {SearchMenu::kMatchCaseTag,
-                                                                           u"Description, Match Case"_s},
+        for (const auto &[tag, words] : {std::pair(12, u"Description"_s),
+                                         {SearchMenu::kMatchCaseTag, u"Description, Match Case"_s},
                                          {SearchMenu::kRegexTag, u"Name, Regex"_s}}) {
             field()->searchMode(tag);
             QCOMPARE(chip->text(), words);

@@ -52,29 +52,33 @@ private Q_SLOTS:
 
     void oneTest()
     {
-        QCOMPARE(SearchFilter::filterStringForKeySearch(false, u"name"_s, u"a"_s), u"name contains[cd] \"a\""_s);
-        QCOMPARE(SearchFilter::filterStringForKeySearch(true, u"name"_s, u"a"_s), u"name contains[d] \"a\""_s);
+        QCOMPARE(SearchFilter::filterStringForKeySearch(false, u"name"_s, u"a"_s),
+                 u"name contains[cd] \"a\""_s);
+        QCOMPARE(SearchFilter::filterStringForKeySearch(true, u"name"_s, u"a"_s),
+                 u"name contains[d] \"a\""_s);
         QCOMPARE(SearchFilter::filterStringForKeySearch(true, u"x y"_s, u"%1\"\\%2"_s),
                  u"x y contains[d] \"%1\"\\%2\""_s);
     }
 
     // predicate: null: none, everything is shown
     TABLE(predicates, (const SearchSettings &settings, const QString &text, const QString &predicate), {
-        const auto modeRows = [&row](const char *name, SearchMode mode, const char *text, const char *ignoring,
-                                     const char *matching) {
+        const auto modeRows = [&row](const char *name, SearchMode mode, const char *text,
+                                     const char *ignoring, const char *matching) {
             row(name, settingsFor(mode, kIgnoreCase), text, ignoring);
             row(QString::fromUtf8(name) + ", match case"_L1, settingsFor(mode, kMatchCase), text, matching);
         };
         using enum SearchMode;
-        const char *const allIgnoring =
-            "(name contains[cd] \"a b\") || (unicode contains[cd] \"a b\") || (production contains[cd] \"a b\")";
-        modeRows("all", All, "a b", allIgnoring,
-                 "(name contains \"a b\") || (unicode contains[cd] \"a b\") || (production contains \"a b\")");
+        const char *const allIgnoring = "(name contains[cd] \"a b\") || (unicode contains[cd] \"a b\") || "
+                                        "(production contains[cd] \"a b\")";
+        modeRows(
+            "all", All, "a b", allIgnoring,
+            "(name contains \"a b\") || (unicode contains[cd] \"a b\") || (production contains \"a b\")");
         row("no mode yet", SearchSettings {}, "a b", allIgnoring);
         modeRows("name", Name, "a", "name contains[cd] \"a\"", "name contains[d] \"a\"");
         modeRows("name, words", Name, "a b", "(name contains[cd] \"a\") && (name contains[cd] \"b\")",
                  "(name contains[d] \"a\") && (name contains[d] \"b\")");
-        row("name, two blanks", settingsFor(Name), "a  b", "(name contains[cd] \"a\") && (name contains[cd] \"b\")");
+        row("name, two blanks", settingsFor(Name), "a  b",
+            "(name contains[cd] \"a\") && (name contains[cd] \"b\")");
         row("name, blank behind", settingsFor(Name), "a ", "(name contains[cd] \"a\")");
         row("name, escaped quote", settingsFor(Name), "a\\\"b", "name contains[cd] \"a\\\"b\"");
         row("name, percent", settingsFor(Name), "a%@", "name contains[cd] \"a%@\"");
@@ -84,7 +88,8 @@ private Q_SLOTS:
         row("range, open at the front", settingsFor(Unicode), "-43", "unicode IN HEXRANGE(0000, 0043)");
         row("range, no number is 0", settingsFor(Unicode), "xyz-43", "unicode IN HEXRANGE(0000, 0043)");
         row("range, long", settingsFor(Unicode), "0-FFFFFFF", "unicode IN HEXRANGE(0000, FFFFFFF)");
-        row("range, beyond all texts", settingsFor(Unicode), "0-7FFFFFFF", "unicode IN HEXRANGE(0000, FFFFFFF)");
+        row("range, beyond all texts", settingsFor(Unicode), "0-7FFFFFFF",
+            "unicode IN HEXRANGE(0000, FFFFFFF)");
         row("range from below 0", settingsFor(Unicode), "FFFFFFFF-41", "unicode IN HEXRANGE(0000, 0041)");
         row("range below 0", settingsFor(Unicode), "80000000-FFFFFFFF", "unicode IN HEXRANGE(0001, 0000)");
         row("range, backwards", settingsFor(Unicode), "0043-0041", "unicode contains[cd] \"0043-0041\"");
@@ -96,13 +101,16 @@ private Q_SLOTS:
         modeRows("subcategory", Subcategory, "a b", "subCategory contains[cd] \"a b\"",
                  "subCategory contains[d] \"a b\"");
         modeRows("script", Script, "a", "script contains[cd] \"a\"", "script contains[cd] \"a\"");
-        modeRows("decompose", Decompose, "a b", "decompose contains[cd] \"a b\"", "decompose contains \"a b\"");
-        modeRows("anchors", Anchors, "_top", "anchors contains[cd] \"_top\"", "anchors contains[cd] \"_top\"");
+        modeRows("decompose", Decompose, "a b", "decompose contains[cd] \"a b\"",
+                 "decompose contains \"a b\"");
+        modeRows("anchors", Anchors, "_top", "anchors contains[cd] \"_top\"",
+                 "anchors contains[cd] \"_top\"");
         modeRows("production", Production, "u", "production contains[cd] \"u\"", "production contains \"u\"");
         modeRows("production, words", Production, "u  0",
                  "(production contains[cd] \"u\") && (production contains[cd] \"0\")",
                  "(production contains \"u\") && (production contains \"0\")");
-        modeRows("alternate name", AlternateName, "a b", "altNames contains[cd] \"a b\"", "altNames contains \"a b\"");
+        modeRows("alternate name", AlternateName, "a b", "altNames contains[cd] \"a b\"",
+                 "altNames contains \"a b\"");
         modeRows("accents", Accents, "a", "accents contains[cd] \"a\"", "accents contains[cd] \"a\"");
         modeRows("description", Description, "a b", "desc contains[cd] \"a b\"", "desc contains[cd] \"a b\"");
         row("unknown mode", SearchSettings {13, false, false}, "a", QString());
@@ -124,7 +132,8 @@ private Q_SLOTS:
         row("regex", settingsFor(Category, kIgnoreCase, kRegex), "^a.*", "name MATCHES \"^a.*\"");
         row("regex, match case", settingsFor(Name, kMatchCase, kRegex), "a", "name MATCHES \"a\"");
         row("regex, character", settingsFor(Name, kIgnoreCase, kRegex), "é", "name MATCHES \"é\"");
-        row("regex, beyond 16 bits", settingsFor(Name, kIgnoreCase, kRegex), "\U0001F600+", "name MATCHES \"1F600\"");
+        row("regex, beyond 16 bits", settingsFor(Name, kIgnoreCase, kRegex), "\U0001F600+",
+            "name MATCHES \"1F600\"");
         row("regex, backslash", settingsFor(Name, kIgnoreCase, kRegex), "\\d+", "name MATCHES \"\\\\d+\"");
     })
     {
@@ -145,7 +154,8 @@ private Q_SLOTS:
         row("production, words", settingsFor(Production), "x a\"b", int(Predicate::SyntaxError));
         row("long", settingsFor(All), QString(2 << 20, u'a'), int(Predicate::TooLong));
         for (const char *pattern : {"(", "[a", "a)(b", "*a", "(?<n"}) {
-            row(pattern, settingsFor(Name, false, kRegex), QString::fromLatin1(pattern), int(Predicate::InvalidPattern));
+            row(pattern, settingsFor(Name, false, kRegex), QString::fromLatin1(pattern),
+                int(Predicate::InvalidPattern));
         }
     })
     {
@@ -158,27 +168,36 @@ private Q_SLOTS:
         QVERIFY(!result.problem->failureReason.isEmpty());
     }
 
-    TABLE(finds, (const SearchSettings &settings, const QString &text, const QString &key, const QString &values,
-          const QString &found), {
-        using enum SearchMode;
-        row("all, case", settingsFor(All), "a", "name", "A|Á|á|b", "A|Á|á");
-        row("all, match case respects marks", settingsFor(All, kMatchCase), "a", "name", "A|Á|á|a", "a");
-        row("all, code point of the character", settingsFor(All), "ä", "unicode", "00E4|0061", "00E4");
-        row("all, code point ignores case", settingsFor(All, kMatchCase), "e4", "unicode", "00E4|0061", "00E4");
-        row("name, match case overlooks marks", settingsFor(Name, kMatchCase), "a", "name", "A|Á|á|a", "á|a");
-        row("name, words in any order", settingsFor(Name), "b  a", "name", "ab|ba|a|b|xAxBx", "ab|ba|xAxBx");
-        row("range", settingsFor(Unicode), "0041-0043", "unicode", "0040|0041|0042|0043|0044|41|00041",
-            "0041|0042|0043");
-        row("range backwards", settingsFor(Unicode), "0043-0041", "unicode", "0041|0042|0043", "");
-        row("alternate name is whole", settingsFor(AlternateName), "alpha", "altNames",
-            "Alpha, x|alphabet|x|x, ALPHA", "Alpha, x|x, ALPHA");
-        row("alternate name, match case", settingsFor(AlternateName, kMatchCase), "alpha", "altNames",
-            "Alpha|alpha", "alpha");
-        row("accents are the marks", settingsFor(Accents), "acute", "marks", "a, ACUTE|grave", "a, ACUTE");
-        row("category", settingsFor(Category, kMatchCase), "le", "category", "Letter|Number", "Letter");
-        row("regex is whole", settingsFor(Name, kIgnoreCase, kRegex), "a.*", "name", "ab|ba|Ab|a", "ab|a");
-        row("regex, half an alternative", settingsFor(Name, kIgnoreCase, kRegex), "a|ab", "name", "ab|abc", "ab");
-    })
+    TABLE(finds,
+          (const SearchSettings &settings, const QString &text, const QString &key, const QString &values,
+           const QString &found),
+          {
+              using enum SearchMode;
+              row("all, case", settingsFor(All), "a", "name", "A|Á|á|b", "A|Á|á");
+              row("all, match case respects marks", settingsFor(All, kMatchCase), "a", "name", "A|Á|á|a",
+                  "a");
+              row("all, code point of the character", settingsFor(All), "ä", "unicode", "00E4|0061", "00E4");
+              row("all, code point ignores case", settingsFor(All, kMatchCase), "e4", "unicode", "00E4|0061",
+                  "00E4");
+              row("name, match case overlooks marks", settingsFor(Name, kMatchCase), "a", "name", "A|Á|á|a",
+                  "á|a");
+              row("name, words in any order", settingsFor(Name), "b  a", "name", "ab|ba|a|b|xAxBx",
+                  "ab|ba|xAxBx");
+              row("range", settingsFor(Unicode), "0041-0043", "unicode", "0040|0041|0042|0043|0044|41|00041",
+                  "0041|0042|0043");
+              row("range backwards", settingsFor(Unicode), "0043-0041", "unicode", "0041|0042|0043", "");
+              row("alternate name is whole", settingsFor(AlternateName), "alpha", "altNames",
+                  "Alpha, x|alphabet|x|x, ALPHA", "Alpha, x|x, ALPHA");
+              row("alternate name, match case", settingsFor(AlternateName, kMatchCase), "alpha", "altNames",
+                  "Alpha|alpha", "alpha");
+              row("accents are the marks", settingsFor(Accents), "acute", "marks", "a, ACUTE|grave",
+                  "a, ACUTE");
+              row("category", settingsFor(Category, kMatchCase), "le", "category", "Letter|Number", "Letter");
+              row("regex is whole", settingsFor(Name, kIgnoreCase, kRegex), "a.*", "name", "ab|ba|Ab|a",
+                  "ab|a");
+              row("regex, half an alternative", settingsFor(Name, kIgnoreCase, kRegex), "a|ab", "name",
+                  "ab|abc", "ab");
+          })
     {
         VXDocument document;
         document.setInfos(recordsFromText(key, values));

@@ -216,8 +216,10 @@ private Q_SLOTS:
         infos.back()->setScript(u"latin"_s);
         fill(*m_document, infos);
         m_window->selectAll();
-        auto *script = qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Script));
-        auto *category = qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Category));
+        auto *script =
+            qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Script));
+        auto *category =
+            qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Category));
         QTRY_VERIFY2(script->isMixed(), "the last record alone differs");
         QCOMPARE(category->text(), u"Letter"_s);
         QVERIFY(!category->isMixed());
@@ -275,8 +277,10 @@ private Q_SLOTS:
         const QWidget *desc = m_window->detailPane()->editorOf(GlyphField::Desc);
         QCOMPARE(desc->visibleRegion().boundingRect().height(), desc->height());
         QVERIFY(m_window->previewLabel()->height() >= 84);
-        for (const GlyphField field : {GlyphField::SortName, GlyphField::SortNameKeep, GlyphField::SubCategory})
-            QVERIFY(m_window->detailPane()->editorOf(field) && m_window->detailPane()->editorOf(field)->isVisible());
+        for (const GlyphField field :
+             {GlyphField::SortName, GlyphField::SortNameKeep, GlyphField::SubCategory})
+            QVERIFY(m_window->detailPane()->editorOf(field)
+                    && m_window->detailPane()->editorOf(field)->isVisible());
     }
 
     void previewIsSeenWhole()
@@ -291,7 +295,8 @@ private Q_SLOTS:
         const auto &pieces = label->picture().pieces();
         QCOMPARE(pieces.size(), 5u);
         QCOMPARE(pieces.back().text, u"\u25CC\u0301"_s);
-        for (const auto &[text, count] : {std::pair(u"é = e + \u0301"_s, 5), {u"J = \u0616j + ff\u030A + W"_s, 7}}) {
+        for (const auto &[text, count] :
+             {std::pair(u"é = e + \u0301"_s, 5), {u"J = \u0616j + ff\u030A + W"_s, 7}}) {
             show(text);
             QCOMPARE(int(label->picture().pieces().size()), count);
             for (std::size_t i = 1; i < label->picture().pieces().size(); ++i) {
@@ -462,8 +467,9 @@ private Q_SLOTS:
         const QString name = key == "name"_L1 ? QString() : u"name=\"long\""_s;
         openWindow(recordsOf(u"name=\"A\" unicode=\"0041\"\n%1 %2=\"%3\""_s.arg(name, key, value)));
         m_window->resize(1200, 900);
-        const GlyphField field = *fieldForKey(key == "unicode"_L1 ? u"unicodes"_s
-                                                  : key == "description"_L1 ? u"desc"_s : key);
+        const GlyphField field = *fieldForKey(key == "unicode"_L1           ? u"unicodes"_s
+                                                  : key == "description"_L1 ? u"desc"_s
+                                                                            : key);
         const InfoPtr info = this->info(1);
         QCOMPARE(info->displayText(field), value);
         const bool isLong = value.size() > kMostInField;
@@ -522,7 +528,8 @@ private Q_SLOTS:
         wanted.insert(LongText(value).part(0).size(), typed);
         if (field == GlyphField::Unicodes)
             wanted.replace(u","_s, kListSeparator);
-        QTRY_COMPARE(info->displayText(field).size(), wanted.size()); // a very long one is put together elsewhere
+        QTRY_COMPARE(info->displayText(field).size(),
+                     wanted.size()); // a very long one is put together elsewhere
         QVERIFY(info->displayText(field) == wanted);
         QVERIFY(m_document->autosave());
         undo();

@@ -1,9 +1,9 @@
-#include "tests/editing/Windows.h"
 #include "model/EditedValue.h"
 #include "model/GlyphLineWriter.h"
 #include "platform/Background.h"
 #include "platform/PlainText.h"
 #include "tests/RandomValues.h"
+#include "tests/editing/Windows.h"
 
 #include <functional>
 #include <sys/resource.h>
@@ -74,7 +74,8 @@ private Q_SLOTS:
         QSKIP("sanitizer-memory: the sanitizers take more address space than any limit leaves");
 #endif
         constexpr int kPasted = 200'000;
-        const QByteArray kGlyphs = "\t<glyph name=\"a\" category=\"Letter\" />\n\t<glyph name=\"b\" category=\"Letter\" />\n";
+        const QByteArray kGlyphs =
+            "\t<glyph name=\"a\" category=\"Letter\" />\n\t<glyph name=\"b\" category=\"Letter\" />\n";
         QApplication::clipboard()->setText(QString::fromUtf8(kGlyphs).repeated(kPasted / 2));
         const auto inChild = [](const std::function<int()> &work) {
             waitForBackground(); // what is under way would not go on there
@@ -88,14 +89,20 @@ private Q_SLOTS:
             QFile status(u"/proc/self/status"_s);
             const bool isKnown = status.open(QIODevice::ReadOnly);
             const QByteArray text = isKnown ? status.readAll() : QByteArray();
-            return text.mid(text.indexOf(which) + qstrlen(which)).simplified().split(' ').first().toULongLong() >> 10;
+            return text.mid(text.indexOf(which) + qstrlen(which))
+                       .simplified()
+                       .split(' ')
+                       .first()
+                       .toULongLong()
+                >> 10;
         };
         // What pasting takes is found out first, so that there can be less and more of it.
         constexpr int kUnit = 4;
         const int units = inChild([&] {
             const auto before = addressSpace("VmSize:");
             m_window->paste();
-            return m_document->countOfInfos() == 5 + kPasted ? int(addressSpace("VmPeak:") - before) / kUnit : 0;
+            return m_document->countOfInfos() == 5 + kPasted ? int(addressSpace("VmPeak:") - before) / kUnit
+                                                             : 0;
         });
         QVERIFY2(units > 0 && units < 255, qPrintable(u"%1 MiB"_s.arg(units * kUnit)));
         const int outcome = inChild([&] {
@@ -163,8 +170,9 @@ private Q_SLOTS:
 
     void leavesOutWhatNoSaveWrites()
     {
-        QApplication::clipboard()->setText(u"<glyph name=\"c\" sortName=\"x <!-- y\" />\n<glyph name=\"d\" />\n"
-                                           "<glyph name=\"e\" description=\"x --> y\" />\n"_s);
+        QApplication::clipboard()->setText(
+            u"<glyph name=\"c\" sortName=\"x <!-- y\" />\n<glyph name=\"d\" />\n"
+            "<glyph name=\"e\" description=\"x --> y\" />\n"_s);
         m_window->paste();
         QCOMPARE(m_document->countOfInfos(), 7);
         QVERIFY2(barText().contains(u"1. Sort Name holds “<!--”"), qPrintable(barText()));
@@ -246,8 +254,9 @@ private Q_SLOTS:
         auto *damaged = new QMimeData;
         const QMimeData *copied = QApplication::clipboard()->mimeData();
         for (const QString &format : copied->formats())
-            damaged->setData(
-                format, format.startsWith(u"text/") ? "<glyph name=\"plain\" />" : copied->data(format).chopped(9));
+            damaged->setData(format,
+                             format.startsWith(u"text/") ? "<glyph name=\"plain\" />"
+                                                         : copied->data(format).chopped(9));
         QApplication::clipboard()->setMimeData(damaged);
         into.paste();
         QCOMPARE(target->infos().back()->name(), u"plain"_s);
@@ -302,8 +311,8 @@ private Q_SLOTS:
         QTest::keyClick(table(), Qt::Key_Home, Qt::ControlModifier);
         const int name = columnOfField(GlyphField::Name);
         const int category = columnOfField(GlyphField::Category);
-        // Asks for the menu over a column, walks to a command by keys and takes it; the window's menu waits in a loop
-        // of its own.
+        // Asks for the menu over a column, walks to a command by keys and takes it; the window's menu waits
+        // in a loop of its own.
         const auto choose = [&](int column, const QString &wanted) {
             QStringList offered;
             QTimer::singleShot(0, this, [&] {
@@ -311,7 +320,9 @@ private Q_SLOTS:
                 if (!menu)
                     return;
                 offered = offersOf(*menu);
-                const auto isThere = [&] { return menu->activeAction() && plain(menu->activeAction()->text()) == wanted; };
+                const auto isThere = [&] {
+                    return menu->activeAction() && plain(menu->activeAction()->text()) == wanted;
+                };
                 for (int i = 0; i < 60 && !isThere(); ++i)
                     QTest::keyClick(menu, Qt::Key_Down);
                 QTest::keyClick(menu, isThere() ? Qt::Key_Return : Qt::Key_Escape);
@@ -352,7 +363,8 @@ private Q_SLOTS:
             QContextMenuEvent event(QContextMenuEvent::Keyboard, {5, 5}, m_window->mapToGlobal(QPoint(5, 5)));
             QApplication::sendEvent(table()->viewport(), &event);
             auto *menu = m_window->findChild<QMenu *>(u"rowMenu"_s);
-            const QStringList shown = menu && menu->isVisible() ? offersOf(*menu) : QStringList {u"(no menu)"_s};
+            const QStringList shown =
+                menu && menu->isVisible() ? offersOf(*menu) : QStringList {u"(no menu)"_s};
             delete menu;
             return shown;
         };
@@ -544,8 +556,9 @@ private Q_SLOTS:
         table()->setCurrentIndex(cell);
         QTest::keyClick(table(), Qt::Key_F2);
         QVERIFY(!table()->cellDelegate().editor());
-        QCOMPARE(delegate.asked,
-                 (QSet<QString> {u"column"_s, u"cell"_s, u"display"_s, u"edit"_s, u"view"_s, u"expansion"_s}));
+        QCOMPARE(
+            delegate.asked,
+            (QSet<QString> {u"column"_s, u"cell"_s, u"display"_s, u"edit"_s, u"view"_s, u"expansion"_s}));
     }
 
     void goingToARecordShowsItWhateverIsFiltered()

@@ -126,7 +126,9 @@ private Q_SLOTS:
     void emptyDocumentTellsHowToBegin()
     {
         makeDocumentsWithWindows();
-        const auto noticeOf = [](const Document *document) { return windowOf(document)->findChild<EmptyTable *>(); };
+        const auto noticeOf = [](const Document *document) {
+            return windowOf(document)->findChild<EmptyTable *>();
+        };
         Document *first = controller().openUntitledDocumentAndDisplay(true);
         first->setPlaceholder(true);
         StandardFolders::setProgramData(QDir::tempPath());
@@ -218,7 +220,8 @@ private Q_SLOTS:
     {
         const auto last = [&] { return stack().undoText(); };
         select({0, 1, 2});
-        auto *category = qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Category));
+        auto *category =
+            qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Category));
         category->lineEdit()->setText(u"Mark"_s);
         m_window->commitEditing();
         QCOMPARE(last(), u"Change Category of 3 Records"_s);
@@ -244,8 +247,9 @@ private Q_SLOTS:
     {
         for (const bool isSelected : {false, true}) {
             select(isSelected ? IndexSet {0, 1} : IndexSet {});
-            for (const QString &text : {u"Delete"_s, u"Duplicate"_s, u"Remove…"_s, u"Name to Alternate Names"_s,
-                                        u"Make Legacy Name"_s, u"Number Sort Names…"_s})
+            for (const QString &text :
+                 {u"Delete"_s, u"Duplicate"_s, u"Remove…"_s, u"Name to Alternate Names"_s,
+                  u"Make Legacy Name"_s, u"Number Sort Names…"_s})
                 QVERIFY2(command(text)->isEnabled() == isSelected, qPrintable(text));
         }
         const QAction *character = command(u"Show Code Point in Character Application"_s);

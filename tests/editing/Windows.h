@@ -28,8 +28,8 @@ inline QString plain(QString text)
     return text.remove(u'&');
 }
 
-/// Types into \a widget, into what has the focus in it, or into what has popped up; words in brackets are keys:
-/// "ab<Return><Ctrl+Z>".
+/// Types into \a widget, into what has the focus in it, or into what has popped up; words in brackets are
+/// keys: "ab<Return><Ctrl+Z>".
 inline void typeKeys(QWidget *widget, const QString &keys)
 {
     const QPointer<QWidget> field(widget);
@@ -237,7 +237,8 @@ protected:
     }
     VXDocument *open(const QString &name = u"a.xml"_s)
     {
-        return qobject_cast<VXDocument *>(controller().openDocumentWithContentsOfURLDisplay(path(name), true));
+        return qobject_cast<VXDocument *>(
+            controller().openDocumentWithContentsOfURLDisplay(path(name), true));
     }
     /// A file in the program's own form, so that no save has anything to ask.
     void makeOwnFile(const QString &name)

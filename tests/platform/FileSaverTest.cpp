@@ -1,7 +1,7 @@
 // Saving in place: what stays of the old file, and what lies where when it fails.
+#include "platform/documents/FileSaver.h"
 #include "platform/CheckedFile.h"
 #include "platform/StandardFolders.h"
-#include "platform/documents/FileSaver.h"
 #include "tests/Files.h"
 #include "tests/Oddities.h"
 #include "tests/Table.h"

@@ -1,6 +1,6 @@
 // What the user chose comes back as it was, in this run and in the next.
-#include "platform/defaults/DefaultsProblem.h"
 #include "platform/defaults/UserDefaults.h"
+#include "platform/defaults/DefaultsProblem.h"
 #include "tests/Files.h"
 #include "tests/Oddities.h"
 #include "tests/Table.h"

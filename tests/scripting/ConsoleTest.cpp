@@ -446,26 +446,22 @@ private Q_SLOTS:
         }
     }
 
-    TABLE(linksWhatInterpretersPrint,
-          (const QString &minor, const QString &script, QStringList expected), {
-              for (const char *minor : {"3.9", "3.10", "3.11"}) {
-                  const auto add = [&](const char *what, const char *script, const QStringList &expected) {
-                      row(QString::asprintf("%s, %s", minor, what), QString::fromLatin1(minor),
-                          QString::fromLatin1(script), expected);
-                  };
-                  add("saved file", "x = 1\nx.y\n", {u"File \"script.py\", line 2 -> SCRIPT:2"_s});
-                  add("module beside it", "import beside\nbeside.fail()\n",
-                      {u"File \"script.py\", line 2 -> SCRIPT:2"_s,
-                       u"File \"beside.py\", line 2 -> BESIDE:2"_s});
-                  add("syntax error", "x = 1\ny = )\n", {u"File \"script.py\", line 2 -> SCRIPT:2"_s});
-                  add("chained", "try:\n    1 / 0\nexcept Exception as e:\n    raise KeyError from e\n",
-                      {u"File \"script.py\", line 2 -> SCRIPT:2"_s,
-                       u"File \"script.py\", line 4 -> SCRIPT:4"_s});
-                  add("panel code", "exec(compile('\\n\\nmissing', 'macro panel', 'exec'))\n",
-                      {u"File \"script.py\", line 1 -> SCRIPT:1"_s,
-                       u"File \"<macro>\", line 3 -> <string>:3"_s});
-              }
-          })
+    TABLE(linksWhatInterpretersPrint, (const QString &minor, const QString &script, QStringList expected), {
+        for (const char *minor : {"3.9", "3.10", "3.11"}) {
+            const auto add = [&](const char *what, const char *script, const QStringList &expected) {
+                row(QString::asprintf("%s, %s", minor, what), QString::fromLatin1(minor),
+                    QString::fromLatin1(script), expected);
+            };
+            add("saved file", "x = 1\nx.y\n", {u"File \"script.py\", line 2 -> SCRIPT:2"_s});
+            add("module beside it", "import beside\nbeside.fail()\n",
+                {u"File \"script.py\", line 2 -> SCRIPT:2"_s, u"File \"beside.py\", line 2 -> BESIDE:2"_s});
+            add("syntax error", "x = 1\ny = )\n", {u"File \"script.py\", line 2 -> SCRIPT:2"_s});
+            add("chained", "try:\n    1 / 0\nexcept Exception as e:\n    raise KeyError from e\n",
+                {u"File \"script.py\", line 2 -> SCRIPT:2"_s, u"File \"script.py\", line 4 -> SCRIPT:4"_s});
+            add("panel code", "exec(compile('\\n\\nmissing', 'macro panel', 'exec'))\n",
+                {u"File \"script.py\", line 1 -> SCRIPT:1"_s, u"File \"<macro>\", line 3 -> <string>:3"_s});
+        }
+    })
     {
         const QString python = Interpreters::programs(minor).value(0);
         if (python.isEmpty())
@@ -526,7 +522,10 @@ private Q_SLOTS:
                 .arg(path));
     }
 
-    void namesAllErrorsInOrder() { QCOMPARE(fingerprintOf(errorNames()), QByteArray("c2196438355cf07197940af1ad5bdccc")); }
+    void namesAllErrorsInOrder()
+    {
+        QCOMPARE(fingerprintOf(errorNames()), QByteArray("c2196438355cf07197940af1ad5bdccc"));
+    }
 
 private:
     QFont bold() const

@@ -1,5 +1,5 @@
-#include "scripting/panel/CommandRunner.h"
 #include "scripting/panel/ExternalEditors.h"
+#include "scripting/panel/CommandRunner.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -49,9 +49,11 @@ private Q_SLOTS:
             0, "1\nchild\nkid\n2\n", "");
         row("forks and goes on",
             "import os\ninfo, pid = Doc.infos[0], os.fork()\n"
-            "def attempt(what):\n    try: print(what() and 'taken')\n    except RuntimeError as error: print(error)\n"
+            "def attempt(what):\n    try: print(what() and 'taken')\n    except RuntimeError as error: "
+            "print(error)\n"
             "if pid: os.waitpid(pid, 0)\n"
-            "attempt(lambda: info.name)\nattempt(lambda: info.setName_('x') or 1)\nattempt(lambda: len(Doc))\n"
+            "attempt(lambda: info.name)\nattempt(lambda: info.setName_('x') or 1)\nattempt(lambda: "
+            "len(Doc))\n"
             "if not pid: 1/0",
             0,
             "documents and windows belong to the process that opened them\n"

@@ -5,8 +5,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
-/// The Python interpreters of this machine, by minor version ("3.11"). They are looked for in the real home of the
-/// user, because tests put HOME elsewhere.
+/// The Python interpreters of this machine, by minor version ("3.11"). They are looked for in the real home
+/// of the user, because tests put HOME elsewhere.
 namespace Interpreters {
 
 /// Files named \a name in \a folder of each installation: the system's first, then those of pyenv.

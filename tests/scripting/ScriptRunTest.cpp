@@ -1,3 +1,4 @@
+#include "scripting/python/ScriptRun.h"
 #include "document/VXDocument.h"
 #include "platform/NotificationCenter.h"
 #include "platform/StandardFolders.h"
@@ -5,7 +6,6 @@
 #include "scripting/bridge/Selectors.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ScriptConsole.h"
-#include "scripting/python/ScriptRun.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

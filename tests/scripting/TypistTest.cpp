@@ -74,8 +74,8 @@ public:
                    .arg(m_before.size());
         const bool isRight = m_undoes ? m_sheets[tab()].past.contains(now) : allowed.contains(now);
         if (!isRight)
-            return u"after\n%1 of\n%2\nexpected one of\n%3\nfound\n%4"_s.arg(
-                m_history.join(u'\n'), m_before, allowed.join(u"\n---\n"_s), now);
+            return u"after\n%1 of\n%2\nexpected one of\n%3\nfound\n%4"_s.arg(m_history.join(u'\n'), m_before,
+                                                                             allowed.join(u"\n---\n"_s), now);
         m_sheets[tab()].text = now;
         m_sheets[tab()].past.insert(now);
         for (auto sheet = m_sheets.cbegin(); sheet != m_sheets.cend(); ++sheet) {

@@ -1,5 +1,5 @@
-// Takes pictures of document windows in states that are hard to meet by hand: `WindowDemo PICTURES FILE.xml`, with
-// QT_SCALE_FACTOR and the word "dark" as wanted.
+// Takes pictures of document windows in states that are hard to meet by hand: `WindowDemo PICTURES FILE.xml`,
+// with QT_SCALE_FACTOR and the word "dark" as wanted.
 #include "editing/problems/ProblemsPane.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/replace/VXFindReplaceWindowController.h"

@@ -35,7 +35,8 @@ int generationOf(const QString &path)
 {
     QByteArray bytes = contentOf(path);
     // Behind an autosaved content a comment tells how much there must be.
-    if (const qsizetype comment = bytes.lastIndexOf("<!-- runebook autosave"); comment > 0 && bytes.endsWith("-->\n"))
+    if (const qsizetype comment = bytes.lastIndexOf("<!-- runebook autosave");
+        comment > 0 && bytes.endsWith("-->\n"))
         bytes.truncate(comment);
     if (!bytes.endsWith("</glyphData>\n"))
         return -1;
