@@ -45,6 +45,10 @@ endfunction()
 set(RUNEBOOK_SANITIZER_OPTIONS
     "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0"
     "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/races.txt:print_suppressions=0:die_after_fork=0")
+# The thread sanitizer sees nothing of the locks of an event loop of another library.
+if(CMAKE_CXX_FLAGS_DEBUG MATCHES "sanitize=thread")
+    list(APPEND RUNEBOOK_SANITIZER_OPTIONS "QT_NO_GLIB=1")
+endif()
 
 # runebook_add_test(NAME SOURCES file... DEPENDS target...): one Qt Test program. It finds the files of its
 # folder under RUNEBOOK_TEST_DATA and brings its own defaults and data folders (tests/TestMain.h).
