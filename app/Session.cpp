@@ -1,5 +1,6 @@
 #include "app/Session.h"
 
+#include "app/AppSettings.h"
 #include "editing/window/VXWindowController.h"
 #include "platform/FilePath.h"
 #include "platform/defaults/UserDefaults.h"
@@ -12,8 +13,6 @@ namespace runebook::Session {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const QString kOpenWindows = u"VXOpenWindows"_s;
 
 VXWindowController *windowOf(const Document &document)
 {
@@ -39,13 +38,13 @@ QVariantList capture()
 
 void store(const QVariantList &windows)
 {
-    UserDefaults::standard().setObjectForKey(windows.isEmpty() ? QVariant() : windows, kOpenWindows);
+    Settings::kOpenWindows.setOrReset(windows);
     UserDefaults::standard().synchronize();
 }
 
 int restore()
 {
-    return open(UserDefaults::standard().arrayForKey(kOpenWindows));
+    return open(Settings::kOpenWindows.value());
 }
 
 int open(const QVariantList &windows)

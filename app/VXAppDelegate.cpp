@@ -1,6 +1,7 @@
 #include "app/VXAppDelegate.h"
 
 #include "app/AboutBox.h"
+#include "app/AppSettings.h"
 #include "app/FileOpener.h"
 #include "app/Session.h"
 #include "app/VXApplication.h"
@@ -15,6 +16,7 @@
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
 #include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/RunIndicator.h"
 #include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/RunPump.h"
@@ -31,8 +33,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kShowMacroPanel = u"showMacroPanel"_s;
-const QString kRestoreWindows = u"VXRestoreWindows"_s;
 constexpr int kUpdateDelayMs = 3'000;
 
 QWidget *frontWindow()
@@ -62,7 +62,7 @@ QString VXAppDelegate::applicationName()
 void VXAppDelegate::openAtStart(const QStringList &paths)
 {
     DocumentController &controller = DocumentController::shared();
-    const bool restores = paths.isEmpty() && UserDefaults::standard().boolForKey(kRestoreWindows);
+    const bool restores = paths.isEmpty() && Settings::kRestoresWindows.value();
     if (restores)
         Session::restore();
     m_fileOpener->open(paths);
@@ -92,7 +92,7 @@ void VXAppDelegate::applicationDidFinishLaunching()
 {
     startScripting();
     RunPump::shared().start(); // there are windows, whether the panel is one of them or not
-    if (UserDefaults::standard().boolForKey(kShowMacroPanel))
+    if (Settings::kShowsMacroPanel.value())
         m_macroPanelController->showPanelBehind();
     VXScriptingHandler::sharedHandler()->setupScriptMenu();
     setCompareWindowProvider([this] {
@@ -177,7 +177,7 @@ QVariantList VXAppDelegate::problemsOfDocument(VXDocument *document) const
 void VXAppDelegate::showMacroPanel()
 {
     const bool hides = m_macroPanelController->isReallyVisible() && m_macroPanelController->isKeyWindow();
-    UserDefaults::standard().setObjectForKey(!hides, kShowMacroPanel);
+    Settings::kShowsMacroPanel.set(!hides);
     if (hides)
         m_macroPanelController->hidePanel();
     else
@@ -213,9 +213,9 @@ void VXAppDelegate::showScriptingDocu()
 
 QString VXAppDelegate::changeLogURL()
 {
-    return VXChangeLogWindowController::urlForServer(
-        UserDefaults::standard().stringForKey(u"VXUpdateServer"_s).trimmed(),
-        QStringLiteral(RUNEBOOK_VERSION), QStringLiteral(RUNEBOOK_BUILD));
+    return VXChangeLogWindowController::urlForServer(Settings::kUpdateServer.value().trimmed(),
+                                                     QStringLiteral(RUNEBOOK_VERSION),
+                                                     QStringLiteral(RUNEBOOK_BUILD));
 }
 
 void VXAppDelegate::showChangeLogWindow()

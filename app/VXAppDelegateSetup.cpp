@@ -5,6 +5,7 @@
 #include "app/VXApplication.h"
 #include "app/VXChangeLogWindowController.h"
 #include "app/VXPreferencesController.h"
+#include "document/DocumentSettings.h"
 #include "document/VXDocument.h"
 #include "editing/compare/VXCompareDataWindow.h"
 #include "editing/fields/PendingTexts.h"
@@ -19,7 +20,6 @@
 #include "platform/PlainText.h"
 #include "platform/WindowPlacement.h"
 #include "platform/defaults/DefaultsProblem.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
 #include "scripting/bridge/BridgedClass.h"
@@ -40,7 +40,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kAutosaveDelay = u"VXAutosaveDelay"_s;
 void applyAutosaveDelay()
 {
     DocumentController::shared().setAutosavingDelay(VXDocument::usualAutosavingDelay());
@@ -219,10 +218,7 @@ void VXAppDelegate::presentErrors()
 
 void VXAppDelegate::followSettings()
 {
-    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [](const QString &key) {
-        if (key == kAutosaveDelay)
-            applyAutosaveDelay();
-    });
+    Settings::kAutosaveDelay.onChange(this, applyAutosaveDelay);
     // Closing the last window by hand leaves nothing to come back to.
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
         if (!m_isSessionKept)

@@ -1,6 +1,6 @@
 #include "app/VXApplication.h"
 
-#include "platform/defaults/UserDefaults.h"
+#include "app/AppSettings.h"
 #include "scripting/classes/ScriptApplication.h"
 #include "update/UpdateWindow.h"
 
@@ -39,7 +39,7 @@ SUAppcastItem *VXApplication::bestValidUpdateInAppcastForUpdater(SUAppcast *appc
     Q_UNUSED(updater)
     if (!appcast || appcast->itemList().isEmpty())
         return nullptr;
-    const bool wantsNewest = UserDefaults::standard().boolForKey(u"SUShowCuttingEdgeVersion"_s);
+    const bool wantsNewest = Settings::kOffersNewestVersion.value();
     return wantsNewest ? appcast->itemList().last() : appcast->itemList().first();
 }
 

@@ -1,6 +1,6 @@
 #include "codeeditor/BraceMatching.h"
 
-#include "platform/defaults/UserDefaults.h"
+#include "codeeditor/CodeEditorSettings.h"
 
 #include <QDebug>
 #include <array>
@@ -108,12 +108,8 @@ void initBraces()
     if (made)
         return;
     made = true;
-    const auto valueOf = [](const QString &key) {
-        const runebook::UserDefaults &defaults = runebook::UserDefaults::standard();
-        return defaults.isSet(key) ? defaults.stringForKey(key) : QString();
-    };
-    processBraces().setLists(BraceLists::fromDefaults(valueOf(u"TEOpeningBracesCharacters"_s),
-                                                      valueOf(u"TEClosingBracesCharacters"_s)));
+    processBraces().setLists(BraceLists::fromDefaults(runebook::Settings::kOpeningBraces.value(),
+                                                      runebook::Settings::kClosingBraces.value()));
 }
 
 bool TE_isOpeningBrace(char16_t character)

@@ -1,7 +1,7 @@
 // The font files that the user chose for the previews of a script.
+#include "document/DocumentSettings.h"
 #include "document/FontFile.h"
 #include "document/VXDocument.h"
-#include "platform/defaults/UserDefaults.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -16,7 +16,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kFontPaths = u"VXScriptToPreviewFontPath"_s;
 constexpr double kAnySize = 16;
 
 /// The font of each script, of any size; nothing while it has to be made again.
@@ -30,7 +29,7 @@ std::optional<QHash<QString, QFont>> &fontOfScript()
 QList<QStringList> storedPairs()
 {
     QList<QStringList> pairs;
-    for (const QVariant &pair : UserDefaults::standard().arrayForKey(kFontPaths)) {
+    for (const QVariant &pair : Settings::kPreviewFonts.value()) {
         if (const QStringList words = pair.toStringList(); words.size() == 2)
             pairs << words;
     }
@@ -42,7 +41,7 @@ void storePairs(const QList<QStringList> &pairs)
     QVariantList list;
     for (const QStringList &pair : pairs)
         list << QVariant(pair);
-    UserDefaults::standard().setObjectForKey(list, kFontPaths);
+    Settings::kPreviewFonts.set(list);
     VXDocument::setNeedsUpdateScriptToFontCache();
 }
 
@@ -128,11 +127,8 @@ QList<QStringList> pairsWithout(const QString &script)
 std::optional<QFont> VXDocument::fontForScriptSize(const QString &script, double size)
 {
     // However the defaults change, the fonts follow.
-    static const QMetaObject::Connection following = connect(
-        &UserDefaults::standard(), &UserDefaults::changed, &UserDefaults::standard(), [](const QString &key) {
-            if (key == kFontPaths)
-                setNeedsUpdateScriptToFontCache();
-        });
+    static const QMetaObject::Connection following =
+        Settings::kPreviewFonts.onChange(&UserDefaults::standard(), setNeedsUpdateScriptToFontCache);
     auto &fonts = fontOfScript();
     if (!fonts || hasFileChanged()) {
         fonts.emplace();

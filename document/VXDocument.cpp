@@ -1,5 +1,6 @@
 #include "document/VXDocument.h"
 
+#include "document/DocumentSettings.h"
 #include "document/GlyphDataReader.h"
 #include "document/TabbedTable.h"
 #include "model/FieldRepeats.h"
@@ -7,7 +8,6 @@
 #include "platform/CheckedFile.h"
 #include "platform/FilePath.h"
 #include "platform/MemoryRoom.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 
 #include <QFileInfo>
@@ -20,7 +20,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr double kAutosavingDelay = 6.0;
 constexpr std::size_t kFewChanges = 2000; // that an index follows in no time
 constexpr auto kXMLType = "public.xml"_L1;
 constexpr auto kTableType = "public.plain-text"_L1;
@@ -190,10 +189,7 @@ std::optional<InfoList> VXDocument::readTabbedFromURL(const QString &url, Error 
 
 double VXDocument::usualAutosavingDelay()
 {
-    constexpr int kLongest = 3'600;
-    const QString key = u"VXAutosaveDelay"_s;
-    const UserDefaults &defaults = UserDefaults::standard();
-    return defaults.isSet(key) ? qBound(0, defaults.integerForKey(key), kLongest) : kAutosavingDelay;
+    return Settings::kAutosaveDelay.value();
 }
 
 QString VXDocument::autosavingFileType() const

@@ -1,6 +1,6 @@
 #include "platform/Appearance.h"
 
-#include "platform/defaults/UserDefaults.h"
+#include "platform/PlatformSettings.h"
 
 #include <QApplication>
 #include <QPainter>
@@ -16,7 +16,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kAppearance = u"Appearance"_s;
 
 struct Colors {
     QRgb window, base, alternate, text, hint, dimmed, button, highlight, highlightedText, link, mid;
@@ -145,16 +144,16 @@ Appearance &Appearance::shared()
 
 Appearance::Choice Appearance::choice() const
 {
-    const QString word = UserDefaults::standard().stringForKey(kAppearance);
+    const QString word = Settings::kAppearance.value();
     return word == "dark"_L1 ? Dark : word == "light"_L1 ? Light : System;
 }
 
 void Appearance::setChoice(Choice choice)
 {
     if (choice == System)
-        UserDefaults::standard().removeObjectForKey(kAppearance);
+        Settings::kAppearance.reset();
     else
-        UserDefaults::standard().setObjectForKey(choice == Dark ? u"dark"_s : u"light"_s, kAppearance);
+        Settings::kAppearance.set(choice == Dark ? u"dark"_s : u"light"_s);
     apply();
     Q_EMIT changed();
 }

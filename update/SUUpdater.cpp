@@ -1,18 +1,10 @@
 #include "update/SUUpdater.h"
 
-#include "platform/defaults/UserDefaults.h"
+#include "update/UpdateSettings.h"
 #include "update/VXVersionComparator.h"
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-const QString kFeed = u"SUFeedURL"_s;
-const QString kChecksAtStart = u"SUEnableAutomaticChecks"_s;
-const QString kSkipped = u"SUSkippedVersion"_s;
-
-} // namespace
 
 SUUpdater::SUUpdater(QObject *parent)
     : QObject(parent), m_currentVersion(QStringLiteral(RUNEBOOK_VERSION)) { }
@@ -21,33 +13,32 @@ SUUpdater::~SUUpdater() = default;
 
 QString SUUpdater::feedURL() const
 {
-    return UserDefaults::standard().stringForKey(kFeed).trimmed();
+    return Settings::kUpdateFeed.value().trimmed();
 }
 
 void SUUpdater::setFeedURL(const QString &address)
 {
-    const QString trimmed = address.trimmed();
-    UserDefaults::standard().setObjectForKey(trimmed.isEmpty() ? QVariant() : trimmed, kFeed);
+    Settings::kUpdateFeed.setOrReset(address.trimmed());
 }
 
 bool SUUpdater::automaticallyChecksForUpdates() const
 {
-    return UserDefaults::standard().boolForKey(kChecksAtStart);
+    return Settings::kChecksForUpdatesAtStart.value();
 }
 
 void SUUpdater::setAutomaticallyChecksForUpdates(bool checks)
 {
-    UserDefaults::standard().setObjectForKey(checks, kChecksAtStart);
+    Settings::kChecksForUpdatesAtStart.set(checks);
 }
 
 QString SUUpdater::skippedVersion() const
 {
-    return UserDefaults::standard().stringForKey(kSkipped);
+    return Settings::kSkippedVersion.value();
 }
 
 void SUUpdater::skipVersion(const QString &version)
 {
-    UserDefaults::standard().setObjectForKey(version, kSkipped);
+    Settings::kSkippedVersion.set(version);
 }
 
 void SUUpdater::checkForUpdates()

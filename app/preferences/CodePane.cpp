@@ -1,6 +1,7 @@
 #include "app/preferences/CodePane.h"
 
 #include "app/preferences/SettingBinding.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "ui_CodePane.h"
 
@@ -10,24 +11,16 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr int kUsualFontSize = 13;
-constexpr int kUsualConsoleLines = 100'000;
-constexpr int kUsualWrapColumn = 80;
-
-} // namespace
-
 CodePane::CodePane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::CodePane>())
 {
     m_ui->setupUi(this);
     VXMacroViewController::initialize(); // knows what holds while nothing is set
     m_ui->consoleLines->setGroupSeparatorShown(true);
-    SettingBinding::bind(m_ui->fontSize, u"MacroCodeFontSize"_s, kUsualFontSize);
-    SettingBinding::bind(m_ui->consoleLines, u"VXConsoleLineLimit"_s, kUsualConsoleLines);
-    SettingBinding::bind(m_ui->wrapColumn, u"MacroWrapColumn"_s, kUsualWrapColumn);
-    SettingBinding::bind(m_ui->indentation, u"MacroIndentation"_s);
-    SettingBinding::bind(m_ui->closesBrackets, u"MacroClosesBrackets"_s);
+    SettingBinding::bind(m_ui->fontSize, Settings::kMacroFontSize);
+    SettingBinding::bind(m_ui->consoleLines, Settings::kConsoleLineLimit);
+    SettingBinding::bind(m_ui->wrapColumn, Settings::kWrapColumn);
+    SettingBinding::bind(m_ui->indentation, Settings::kIndentation);
+    SettingBinding::bind(m_ui->closesBrackets, Settings::kClosesBrackets);
     connect(m_ui->fontSize, &QSpinBox::valueChanged, this, &CodePane::showSample);
     showSample();
 }

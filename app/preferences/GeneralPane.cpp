@@ -1,10 +1,12 @@
 #include "app/preferences/GeneralPane.h"
 
+#include "app/AppSettings.h"
 #include "app/preferences/SettingBinding.h"
+#include "document/DocumentSettings.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/window/VXWindowController.h"
+#include "editing/window/WindowSettings.h"
 #include "platform/StandardFolders.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "ui_GeneralPane.h"
 
@@ -16,18 +18,12 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr int kUsualAutosaveDelay = 6;
-
-} // namespace
-
 GeneralPane::GeneralPane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::GeneralPane>())
 {
     m_ui->setupUi(this);
-    SettingBinding::bind(m_ui->restoreWindows, u"VXRestoreWindows"_s);
-    SettingBinding::bind(m_ui->reloadChangedFiles, u"VXReloadChangedFiles"_s);
-    SettingBinding::bind(m_ui->autosaveDelay, u"VXAutosaveDelay"_s, kUsualAutosaveDelay);
+    SettingBinding::bind(m_ui->restoreWindows, Settings::kRestoresWindows);
+    SettingBinding::bind(m_ui->reloadChangedFiles, Settings::kReloadsChangedFiles);
+    SettingBinding::bind(m_ui->autosaveDelay, Settings::kAutosaveDelay);
     connect(m_ui->showOriginals, &QPushButton::clicked, this, &GeneralPane::showOriginals);
     connect(m_ui->resetColumns, &QPushButton::clicked, this, &GeneralPane::resetColumns);
 }

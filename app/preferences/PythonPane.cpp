@@ -4,12 +4,13 @@
 #include "app/preferences/SettingBinding.h"
 #include "platform/Background.h"
 #include "platform/PlainText.h"
-#include "platform/defaults/UserDefaults.h"
+#include "scripting/menu/MenuSettings.h"
 #include "scripting/menu/SitePackages.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/PythonDiscovery.h"
 #include "scripting/python/PythonPlaces.h"
 #include "scripting/python/PythonProbe.h"
+#include "scripting/python/RunSettings.h"
 #include "scripting/python/ScriptConsole.h"
 #include "ui_PythonPane.h"
 
@@ -25,13 +26,6 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const QString kChosenPath = u"VXPythonFrameworkPath"_s;
-
-QString chosenPath()
-{
-    return UserDefaults::standard().stringForKey(kChosenPath);
-}
 
 void addRow(QListWidget &list, const QString &name, const QString &path)
 {
@@ -60,7 +54,7 @@ PythonPane::PythonPane(QWidget *parent)
     connect(m_ui->add, &QPushButton::clicked, this, &PythonPane::askForLibrary);
     connect(m_ui->remove, &QPushButton::clicked, this, [this] { m_ui->installations->setCurrentRow(0); });
     showStatus({});
-    SettingBinding::bind(m_ui->afterFailedRun, u"VXAfterFailedRun"_s);
+    SettingBinding::bind(m_ui->afterFailedRun, Settings::kAfterFailedRun);
     setUpPackages();
 }
 
@@ -72,7 +66,7 @@ void PythonPane::fillList()
     m_ui->installations->clear();
     const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
     addRow(*m_ui->installations, tr("The newest that is supported"), {});
-    const QString chosen = chosenPath();
+    const QString chosen = Settings::kPythonLibrary.value();
     int chosenRow = 0;
     // The newest stands last in the list that was found, and first for a reader.
     for (auto entry = found.crbegin(); entry != found.crend(); ++entry) {
@@ -92,7 +86,7 @@ void PythonPane::choose(int row)
 {
     const QListWidgetItem *item = m_ui->installations->item(row);
     const QString path = item ? item->data(Qt::UserRole).toString() : QString();
-    UserDefaults::standard().setObjectForKey(path.isEmpty() ? QVariant() : QVariant(path), kChosenPath);
+    Settings::kPythonLibrary.setOrReset(path);
     showStatus({});
 }
 
@@ -103,7 +97,7 @@ void PythonPane::askForLibrary()
     panel->setFileMode(QFileDialog::ExistingFile);
     panel->setNameFilters(
         {tr("Shared libraries of Python") + " (libpython3*.so*)"_L1, tr("All files") + " (*)"_L1});
-    panel->setDirectory(QFileInfo(chosenPath()).absolutePath());
+    panel->setDirectory(QFileInfo(Settings::kPythonLibrary.value()).absolutePath());
     connect(panel, &QFileDialog::fileSelected, this, &PythonPane::addInstallation);
     panel->open();
 }
@@ -140,7 +134,7 @@ void PythonPane::take(const QString &path, const Error &problem)
     m_ui->add->setEnabled(true);
     const bool isUsable = problem.domain.isEmpty();
     if (isUsable) {
-        UserDefaults::standard().setObjectForKey(path, kChosenPath);
+        Settings::kPythonLibrary.set(path);
         fillList();
     }
     showStatus(problem.text());
@@ -188,7 +182,7 @@ void PythonPane::openFolder()
 
 void PythonPane::showStatus(const QString &text)
 {
-    const QString chosen = chosenPath();
+    const QString chosen = Settings::kPythonLibrary.value();
     const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
     const bool isFound = std::any_of(found.begin(), found.end(), [&chosen](const QVariantMap &entry) {
         return entry.value(u"fullPath"_s) == chosen;

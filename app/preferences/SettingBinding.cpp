@@ -1,7 +1,5 @@
 #include "app/preferences/SettingBinding.h"
 
-#include "platform/defaults/UserDefaults.h"
-
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
@@ -13,56 +11,42 @@ namespace runebook::SettingBinding {
 namespace {
 
 /// Calls \a show now and whenever the setting changes, without the control telling it back.
-template <typename Control, typename Show> void follow(Control *control, const QString &key, Show show)
+template <typename Control, typename T, typename Show>
+void follow(Control *control, const Setting<T> &setting, Show show)
 {
-    const auto refresh = [control, show] {
+    const auto refresh = [control, setting, show] {
         const QSignalBlocker quiet(control);
-        show();
+        show(setting.value());
     };
-    QObject::connect(&UserDefaults::standard(), &UserDefaults::changed, control,
-                     [key, refresh](const QString &changed) {
-                         if (changed == key)
-                             refresh();
-                     });
+    setting.onChange(control, refresh);
     refresh();
 }
 
 } // namespace
 
-void bind(QCheckBox *box, const QString &key)
+void bind(QCheckBox *box, const Setting<bool> &setting)
 {
-    follow(box, key, [box, key] { box->setChecked(UserDefaults::standard().boolForKey(key)); });
-    QObject::connect(box, &QCheckBox::toggled, box,
-                     [key](bool isOn) { UserDefaults::standard().setObjectForKey(isOn, key); });
+    follow(box, setting, [box](bool isOn) { box->setChecked(isOn); });
+    QObject::connect(box, &QCheckBox::toggled, box, [setting](bool isOn) { setting.set(isOn); });
 }
 
-void bind(QSpinBox *box, const QString &key, int fallback)
+void bind(QSpinBox *box, const Setting<int> &setting)
 {
-    follow(box, key, [box, key, fallback] {
-        const QVariant value = UserDefaults::standard().objectForKey(key);
-        box->setValue(value.isValid() ? value.toInt() : fallback);
-    });
-    QObject::connect(box, &QSpinBox::valueChanged, box,
-                     [key](int value) { UserDefaults::standard().setObjectForKey(value, key); });
+    follow(box, setting, [box](int value) { box->setValue(value); });
+    QObject::connect(box, &QSpinBox::valueChanged, box, [setting](int value) { setting.set(value); });
 }
 
-void bind(QComboBox *box, const QString &key)
+void bind(QComboBox *box, const Setting<int> &setting)
 {
-    follow(box, key, [box, key] {
-        const int row = UserDefaults::standard().integerForKey(key);
-        box->setCurrentIndex(row >= 0 && row < box->count() ? row : 0);
-    });
-    QObject::connect(box, &QComboBox::currentIndexChanged, box,
-                     [key](int row) { UserDefaults::standard().setObjectForKey(row, key); });
+    follow(box, setting, [box](int row) { box->setCurrentIndex(row >= 0 && row < box->count() ? row : 0); });
+    QObject::connect(box, &QComboBox::currentIndexChanged, box, [setting](int row) { setting.set(row); });
 }
 
-void bind(QLineEdit *field, const QString &key)
+void bind(QLineEdit *field, const Setting<QString> &setting)
 {
-    follow(field, key, [field, key] { field->setText(UserDefaults::standard().stringForKey(key)); });
-    QObject::connect(field, &QLineEdit::editingFinished, field, [field, key] {
-        const QString text = field->text().trimmed();
-        UserDefaults::standard().setObjectForKey(text.isEmpty() ? QVariant() : QVariant(text), key);
-    });
+    follow(field, setting, [field](const QString &text) { field->setText(text); });
+    QObject::connect(field, &QLineEdit::editingFinished, field,
+                     [field, setting] { setting.setOrReset(field->text().trimmed()); });
 }
 
 } // namespace runebook::SettingBinding

@@ -1,23 +1,21 @@
 #pragma once
 
-#include <QString>
+#include "platform/defaults/Setting.h"
 
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
 class QSpinBox;
 
-/// Ties controls to settings: each shows what the user's defaults hold, also when something else changes it,
-/// and writes what the user enters, at once.
+/// Ties controls to settings: each shows what the setting holds, also when something else changes it, and
+/// writes what the user enters, at once.
 namespace runebook::SettingBinding {
 
-/// An unset setting reads as no.
-void bind(QCheckBox *box, const QString &key);
-/// An unset setting reads as its registered fallback, else as \a fallback.
-void bind(QSpinBox *box, const QString &key, int fallback);
-/// By the number of the row; the first one stands for an unset setting.
-void bind(QComboBox *box, const QString &key);
+void bind(QCheckBox *box, const Setting<bool> &setting);
+void bind(QSpinBox *box, const Setting<int> &setting);
+/// By the number of the row; the first one stands for any other number.
+void bind(QComboBox *box, const Setting<int> &setting);
 /// Written when the field is left; an empty one removes the setting.
-void bind(QLineEdit *field, const QString &key);
+void bind(QLineEdit *field, const Setting<QString> &setting);
 
 } // namespace runebook::SettingBinding

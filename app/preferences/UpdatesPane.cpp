@@ -1,26 +1,21 @@
 #include "app/preferences/UpdatesPane.h"
 
+#include "app/AppSettings.h"
 #include "app/VXApplication.h"
 #include "app/preferences/SettingBinding.h"
-#include "platform/defaults/UserDefaults.h"
 #include "ui_UpdatesPane.h"
+#include "update/UpdateSettings.h"
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QString kOffersNewest = u"SUShowCuttingEdgeVersion"_s;
-
-} // namespace
-
 UpdatesPane::UpdatesPane(QWidget *parent) : QWidget(parent), m_ui(std::make_unique<Ui::UpdatesPane>())
 {
     m_ui->setupUi(this);
-    SettingBinding::bind(m_ui->feed, u"SUFeedURL"_s);
-    SettingBinding::bind(m_ui->server, u"VXUpdateServer"_s);
-    SettingBinding::bind(m_ui->checksAtStart, u"SUEnableAutomaticChecks"_s);
+    SettingBinding::bind(m_ui->feed, Settings::kUpdateFeed);
+    SettingBinding::bind(m_ui->server, Settings::kUpdateServer);
+    SettingBinding::bind(m_ui->checksAtStart, Settings::kChecksForUpdatesAtStart);
     bindOffer();
     for (QLineEdit *field : {m_ui->feed, m_ui->server})
         connect(field, &QLineEdit::textChanged, this, &UpdatesPane::checkAddresses);
@@ -36,16 +31,13 @@ UpdatesPane::~UpdatesPane() = default;
 void UpdatesPane::bindOffer()
 {
     const auto show = [this] {
-        const bool isNewest = UserDefaults::standard().boolForKey(kOffersNewest);
+        const bool isNewest = Settings::kOffersNewestVersion.value();
         (isNewest ? m_ui->newest : m_ui->first)->setChecked(true);
     };
     show();
     connect(m_ui->newest, &QRadioButton::toggled, this,
-            [](bool isNewest) { UserDefaults::standard().setObjectForKey(isNewest, kOffersNewest); });
-    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [show](const QString &key) {
-        if (key == kOffersNewest)
-            show();
-    });
+            [](bool isNewest) { Settings::kOffersNewestVersion.set(isNewest); });
+    Settings::kOffersNewestVersion.onChange(this, show);
 }
 
 void UpdatesPane::checkAddresses()

@@ -3,8 +3,8 @@
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
 #include "editing/compare/CompareReport.h"
+#include "editing/compare/CompareSettings.h"
 #include "editing/compare/VXCompareDataWindow.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 
 #include <QAbstractItemView>
@@ -106,7 +106,7 @@ void diff(benchmark::State &state, int records)
 void chooseKey(benchmark::State &state, int records)
 {
     openPair(records);
-    UserDefaults::standard().setObjectForKey(2, u"FilterMode"_s);
+    Settings::kCompareMode.set(CompareMode::Different);
     VXCompareDataWindow window;
     window.showWindow();
     window.filteredKeys();
@@ -130,7 +130,7 @@ void chooseAll(benchmark::State &state, int records)
             info->setDesc(QString());
         document->flushChanges();
     }
-    UserDefaults::standard().setObjectForKey(2, u"FilterMode"_s);
+    Settings::kCompareMode.set(CompareMode::Different);
     VXCompareDataWindow window;
     window.showWindow();
     const auto indexOf = [&window](VXDocument *document) {

@@ -7,10 +7,10 @@
 #include "editing/fields/TextBox.h"
 #include "editing/fields/WholeValueDialog.h"
 #include "editing/records/GlyphTableView.h"
+#include "editing/search/SearchSettings.h"
 #include "editing/search/VXSearchField.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/VXWindowController.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/Autosaver.h"
 
 #include <QApplication>
@@ -81,7 +81,7 @@ void dragCopy(benchmark::State &state, int records, bool isUndo)
 void patternHold(benchmark::State &state, int records)
 {
     VXWindowController &window = windowOf(records);
-    UserDefaults::standard().setObjectForKey(true, u"SearchStateRegex"_s);
+    Settings::kSearchIsRegex.set(true);
     for ([[maybe_unused]] auto _ : state) {
         double longest = 0;
         for (const QString &text : {u".*a"_s, u".*al"_s, u".*alpha"_s}) {
@@ -93,7 +93,7 @@ void patternHold(benchmark::State &state, int records)
         }
         state.SetIterationTime(longest);
     }
-    UserDefaults::standard().setObjectForKey(false, u"SearchStateRegex"_s);
+    Settings::kSearchIsRegex.set(false);
     window.searchField()->setStringValue({});
     window.filterInfos();
 }
@@ -231,7 +231,7 @@ void longText(benchmark::State &state, qsizetype letters)
     VXWindowController window(document);
     window.show();
     QApplication::processEvents();
-    UserDefaults::standard().setObjectForKey(int(SearchMode::Description), u"SearchState"_s);
+    Settings::kSearchState.set(int(SearchMode::Description));
     RSRTVArrayController &list = *window.infolistController();
     for ([[maybe_unused]] auto _ : state) {
         double longest = 0;

@@ -33,18 +33,6 @@ std::string_view lineAsRead(const VXGlyphInfo &info)
 
 } // namespace
 
-CompareKey compareKeyFromNumber(int number)
-{
-    return number == 1 ? CompareKey::Unicode : number == 2 ? CompareKey::Production : CompareKey::Name;
-}
-
-CompareMode compareModeFromNumber(int number)
-{
-    return number == 1 ? CompareMode::OnlyLeft
-        : number == 2  ? CompareMode::Different
-                       : CompareMode::OnlyRight;
-}
-
 QString propertyOfKey(CompareKey key)
 {
     switch (key) {

@@ -23,10 +23,6 @@ enum class CompareMode {
 
 inline constexpr int kCompareModeCount = 3;
 
-/// Any number that is no key counts as the name.
-CompareKey compareKeyFromNumber(int number);
-/// Any number that is no mode counts as the first.
-CompareMode compareModeFromNumber(int number);
 /// "name", "unicode" or "production".
 QString propertyOfKey(CompareKey key);
 /// The key of a record as UTF-8, empty when it has none. Valid as long as the record and \a buffer stay.

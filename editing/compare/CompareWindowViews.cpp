@@ -1,7 +1,7 @@
 // What the compare window looks like: its controls, its texts, what is enabled and when.
+#include "editing/compare/CompareSettings.h"
 #include "editing/compare/VXCompareDataWindow.h"
 #include "platform/PlainText.h"
-#include "platform/defaults/UserDefaults.h"
 #include "ui_VXCompareDataWindow.h"
 
 #include <QEvent>
@@ -62,10 +62,10 @@ void VXCompareDataWindow::setUpLists()
     const auto choosers = choosersOf(*m_ui);
     for (int mode = 0; mode < kCompareModeCount; ++mode) {
         connect(choosers[static_cast<std::size_t>(mode)].button, &QRadioButton::clicked, this,
-                [mode] { UserDefaults::standard().setObjectForKey(mode, u"FilterMode"_s); });
+                [mode] { Settings::kCompareMode.set(static_cast<CompareMode>(mode)); });
     }
     connect(m_ui->keyChooser, &QComboBox::activated, this,
-            [](int key) { UserDefaults::standard().setObjectForKey(key, u"FilterKey"_s); });
+            [](int key) { Settings::kCompareKey.set(static_cast<CompareKey>(key)); });
     connect(m_ui->refreshButton, &QPushButton::clicked, this, &VXCompareDataWindow::updateFilters);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &VXCompareDataWindow::cancelComparison);
 }

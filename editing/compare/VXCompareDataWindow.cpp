@@ -1,9 +1,9 @@
 #include "editing/compare/VXCompareDataWindow.h"
 
+#include "editing/compare/CompareSettings.h"
 #include "editing/fields/ErrorBubble.h"
 #include "model/EditedValue.h"
 #include "model/RoundTrip.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "ui_VXCompareDataWindow.h"
 
@@ -15,8 +15,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const QString kFilterKey = u"FilterKey"_s;
-const QString kFilterMode = u"FilterMode"_s;
 
 /// A comparison in the background works so long at a time, and the window stays alive.
 constexpr auto kBudget = 10ms;
@@ -63,12 +61,12 @@ void VXCompareDataWindow::awakeFromNib()
     connect(&m_rightDocList, &DocumentChoice::selectionIndexChanged, this,
             &VXCompareDataWindow::documentsChosen);
     connect(&m_filteredKeys, &KeyList::selectionChanged, this, &VXCompareDataWindow::updateContent);
-    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
-        if (key != kFilterKey && key != kFilterMode)
-            return;
+    const auto follow = [this] {
         showDefaults();
         updateFilters();
-    });
+    };
+    Settings::kCompareKey.onChange(this, follow);
+    Settings::kCompareMode.onChange(this, follow);
     m_workTimer.setSingleShot(true);
     connect(&m_workTimer, &QTimer::timeout, this, [this] { continueComparison(kBudget); });
     m_contentTimer.setSingleShot(true);
@@ -127,12 +125,12 @@ VXDocument *VXCompareDataWindow::document(CompareSheet::Side side) const
 
 CompareMode VXCompareDataWindow::mode() const
 {
-    return compareModeFromNumber(UserDefaults::standard().integerForKey(kFilterMode));
+    return Settings::kCompareMode.value();
 }
 
 CompareKey VXCompareDataWindow::key() const
 {
-    return compareKeyFromNumber(UserDefaults::standard().integerForKey(kFilterKey));
+    return Settings::kCompareKey.value();
 }
 
 QString VXCompareDataWindow::filterKey() const

@@ -3,7 +3,7 @@
 #include "editing/fields/GlyphColumns.h"
 #include "editing/records/GlyphCellDelegate.h"
 #include "editing/records/RSRTVArrayController.h"
-#include "platform/defaults/UserDefaults.h"
+#include "editing/records/RecordSettings.h"
 
 #include <QApplication>
 #include <QDrag>
@@ -22,10 +22,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kHeaderState = u"TableHeaderState"_s;
-const QString kFontSize = u"TableFontSize"_s;
-/// [path, key of a field, order], the file sorted last at the end.
-const QString kSorts = u"TableSorts"_s;
 constexpr qsizetype kMostSorts = 50;
 constexpr double kSmallest = 7;
 constexpr double kLargest = 40;
@@ -142,9 +138,8 @@ void GlyphTableView::restoreColumnState(const QByteArray &state)
 void GlyphTableView::restoreViewSettings()
 {
     m_isRestoring = true;
-    const QVariant size = UserDefaults::standard().objectForKey(kFontSize);
-    applyFontSize(size.isValid() ? size.toDouble() : standardFontSize());
-    applyColumnState(UserDefaults::standard().objectForKey(kHeaderState).toByteArray());
+    applyFontSize(Settings::kTableFontSize.valueOr(standardFontSize()));
+    applyColumnState(Settings::kTableColumns.value());
     restoreSortOfFile();
     sortByIndicator();
     m_isRestoring = false;
@@ -185,7 +180,7 @@ void GlyphTableView::restoreSortOfFile()
     int column = -1;
     auto order = Qt::AscendingOrder;
     const QString path = m_controller.document().fileURL();
-    for (const QVariant &entry : UserDefaults::standard().arrayForKey(kSorts)) {
+    for (const QVariant &entry : Settings::kTableSorts.value()) {
         const QStringList words = entry.toStringList();
         const auto field = words.size() == 3 && words.at(0) == path ? fieldForKey(words.at(1)) : std::nullopt;
         if (!field)
@@ -201,7 +196,7 @@ void GlyphTableView::storeSortOfFile() const
     const QString path = m_controller.document().fileURL();
     if (path.isEmpty())
         return;
-    const QVariantList before = UserDefaults::standard().arrayForKey(kSorts);
+    const QVariantList before = Settings::kTableSorts.value();
     QVariantList sorts = before;
     sorts.removeIf([&path](const QVariant &entry) { return entry.toStringList().value(0) == path; });
     if (const int column = m_controller.sortColumn(); column >= 0)
@@ -209,7 +204,7 @@ void GlyphTableView::storeSortOfFile() const
             path, keyOfField(glyphColumns()[static_cast<std::size_t>(column)].field),
             m_controller.sortDirection() == Qt::DescendingOrder ? u"descending"_s : u"ascending"_s});
     if (sorts != before)
-        UserDefaults::standard().setObjectForKey(sorts.mid(qMax(0, sorts.size() - kMostSorts)), kSorts);
+        Settings::kTableSorts.set(sorts.mid(qMax(0, sorts.size() - kMostSorts)));
 }
 
 void GlyphTableView::scheduleStore()
@@ -221,15 +216,15 @@ void GlyphTableView::scheduleStore()
 void GlyphTableView::storeViewSettings()
 {
     m_storeTimer.stop();
-    UserDefaults::standard().setObjectForKey(horizontalHeader()->saveState(), kHeaderState);
+    Settings::kTableColumns.set(horizontalHeader()->saveState());
 }
 
 void GlyphTableView::resetViewSettings()
 {
     m_storeTimer.stop();
     resetSortIndicator();
-    UserDefaults::standard().removeObjectForKey(kHeaderState);
-    UserDefaults::standard().removeObjectForKey(kFontSize);
+    Settings::kTableColumns.reset();
+    Settings::kTableFontSize.reset();
     restoreViewSettings();
 }
 
@@ -309,7 +304,7 @@ void GlyphTableView::zoom(int steps)
     rememberPlace();
     applyFontSize(size);
     restorePlace();
-    UserDefaults::standard().setObjectForKey(size, kFontSize);
+    Settings::kTableFontSize.set(size);
 }
 
 bool GlyphTableView::event(QEvent *event)

@@ -1,7 +1,7 @@
 #include "editing/records/SortNameDialog.h"
 
+#include "editing/records/RecordSettings.h"
 #include "editing/records/SortNumbering.h"
-#include "platform/defaults/UserDefaults.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -36,18 +36,18 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
     auto *form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_prefix->setMaxLength(std::numeric_limits<int>::max());
-    m_prefix->setObjectName(SortNumbering::prefixKey());
-    m_prefix->setText(UserDefaults::standard().stringForKey(SortNumbering::prefixKey()));
+    m_prefix->setObjectName(Settings::kSortNamePrefix.key());
+    m_prefix->setText(Settings::kSortNamePrefix.value());
     connect(m_prefix, &QLineEdit::textChanged, this, [this](const QString &text) {
-        UserDefaults::standard().setObjectForKey(text, SortNumbering::prefixKey());
+        Settings::kSortNamePrefix.set(text);
         updateExample();
     });
     form->addRow(tr("&Prefix:"), m_prefix);
     constexpr int kLeast = std::numeric_limits<int>::min();
     constexpr int kMost = std::numeric_limits<int>::max();
-    form->addRow(tr("&Start:"), numberField(SortNumbering::startKey(), kLeast, kMost));
-    form->addRow(tr("S&tep:"), numberField(SortNumbering::stepKey(), kLeast, kMost));
-    form->addRow(tr("&Digits:"), numberField(SortNumbering::digitsKey(), 1, kMostDigits));
+    form->addRow(tr("&Start:"), numberField(Settings::kSortNameStart, kLeast, kMost));
+    form->addRow(tr("S&tep:"), numberField(Settings::kSortNameStep, kLeast, kMost));
+    form->addRow(tr("&Digits:"), numberField(Settings::kSortNameDigits, 1, kMostDigits));
 
     form->addRow(tr("Example:"), m_example);
     m_example->setMinimumWidth(fontMetrics().averageCharWidth() * kExampleWidth);
@@ -68,14 +68,14 @@ SortNameDialog::SortNameDialog(qsizetype recordCount, QWidget *parent)
     m_prefix->selectAll();
 }
 
-QSpinBox *SortNameDialog::numberField(const QString &key, int minimum, int maximum)
+QSpinBox *SortNameDialog::numberField(const Setting<int> &setting, int minimum, int maximum)
 {
     auto *field = new QSpinBox(this);
-    field->setObjectName(key);
+    field->setObjectName(setting.key());
     field->setRange(minimum, maximum);
-    field->setValue(UserDefaults::standard().integerForKey(key));
-    connect(field, &QSpinBox::valueChanged, this, [this, key](int value) {
-        UserDefaults::standard().setObjectForKey(value, key);
+    field->setValue(setting.value());
+    connect(field, &QSpinBox::valueChanged, this, [this, setting](int value) {
+        setting.set(value);
         updateExample();
     });
     return field;

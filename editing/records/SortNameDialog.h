@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/defaults/Setting.h"
+
 #include <QDialog>
 
 class QLabel;
@@ -18,7 +20,7 @@ public:
     Q_INVOKABLE QString example() const;
 
 private:
-    QSpinBox *numberField(const QString &key, int minimum, int maximum);
+    QSpinBox *numberField(const runebook::Setting<int> &setting, int minimum, int maximum);
     void updateExample();
 
     qsizetype m_recordCount;

@@ -1,6 +1,6 @@
 #include "editing/records/SortNumbering.h"
 
-#include "platform/defaults/UserDefaults.h"
+#include "editing/records/RecordSettings.h"
 
 #include <algorithm>
 
@@ -15,37 +15,18 @@ constexpr qint32 kMostDigits = 1000;
 
 } // namespace
 
-QString SortNumbering::prefixKey()
-{
-    return u"sortNamePrefix"_s;
-}
-
-QString SortNumbering::startKey()
-{
-    return u"sortNameStart"_s;
-}
-
-QString SortNumbering::stepKey()
-{
-    return u"sortNameStep"_s;
-}
-
-QString SortNumbering::digitsKey()
-{
-    return u"sortNameDigits"_s;
-}
-
 void SortNumbering::registerDefaults()
 {
-    UserDefaults::standard().registerDefaults(
-        {{prefixKey(), u"a"_s}, {stepKey(), 1}, {startKey(), 1}, {digitsKey(), 3}});
+    Settings::kSortNamePrefix.registerFallback();
+    Settings::kSortNameStart.registerFallback();
+    Settings::kSortNameStep.registerFallback();
+    Settings::kSortNameDigits.registerFallback();
 }
 
 SortNumbering SortNumbering::fromDefaults()
 {
-    const UserDefaults &defaults = UserDefaults::standard();
-    return {defaults.stringForKey(prefixKey()), defaults.integerForKey(startKey()),
-            defaults.integerForKey(stepKey()), defaults.integerForKey(digitsKey())};
+    return {Settings::kSortNamePrefix.value(), Settings::kSortNameStart.value(),
+            Settings::kSortNameStep.value(), Settings::kSortNameDigits.value()};
 }
 
 QString SortNumbering::nameForNumber(qint32 number) const

@@ -14,13 +14,7 @@ struct SortNumbering {
     qint32 step = 1;
     qint32 digits = 3; ///< at least so many, filled with zeros
 
-    // The keys of the user defaults.
-    static QString prefixKey();
-    static QString startKey();
-    static QString stepKey();
-    static QString digitsKey();
-
-    /// Registers the fallbacks "a", 1, 1 and 3; done each time the dialog is opened.
+    /// Registers the fallbacks; done each time the dialog is opened.
     static void registerDefaults();
     static SortNumbering fromDefaults();
 

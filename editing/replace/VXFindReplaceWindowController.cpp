@@ -4,10 +4,10 @@
 #include "editing/fields/MarkedTextDelegate.h"
 #include "editing/fields/SignalColors.h"
 #include "editing/replace/ReplacePreviewModel.h"
+#include "editing/replace/ReplaceSettings.h"
 #include "platform/LongWork.h"
 #include "platform/Unattended.h"
 #include "platform/UndoManager.h"
-#include "platform/defaults/UserDefaults.h"
 #include "ui_VXFindReplaceWindowController_11.h"
 
 #include <QCheckBox>
@@ -24,21 +24,6 @@ namespace {
 constexpr qsizetype kShownChanges = 100;
 constexpr auto kPause = 150ms; // in the typing, before names are checked
 constexpr int kSliceMs = 8;
-
-QString searchKey()
-{
-    return u"FindAndReplaceSearch"_s;
-}
-
-QString replaceKey()
-{
-    return u"FindAndReplaceReplace"_s;
-}
-
-QString fieldKey()
-{
-    return u"FindAndReplaceField"_s;
-}
 
 } // namespace
 
@@ -72,10 +57,9 @@ void VXFindReplaceWindowController::setUpFields()
 {
     for (int tag = FindReplace::kFirstTag; tag <= FindReplace::kLastTag; ++tag)
         m_ui->fieldPopup->addItem(FindReplace::titleForTag(tag), tag);
-    const UserDefaults &defaults = UserDefaults::standard();
-    selectItemWithTag(defaults.integerForKey(fieldKey()));
-    m_ui->findField->setText(defaults.stringForKey(searchKey()));
-    m_ui->replaceField->setText(defaults.stringForKey(replaceKey()));
+    selectItemWithTag(Settings::kReplaceField.value());
+    m_ui->findField->setText(Settings::kReplaceSearch.value());
+    m_ui->replaceField->setText(Settings::kReplaceBy.value());
 
     connect(m_ui->fieldPopup, &QComboBox::currentIndexChanged, this,
             &VXFindReplaceWindowController::updatePreview);
@@ -146,10 +130,9 @@ void VXFindReplaceWindowController::showEvent(QShowEvent *event)
 
 void VXFindReplaceWindowController::keepTexts()
 {
-    UserDefaults &defaults = UserDefaults::standard();
-    defaults.setObjectForKey(m_ui->findField->text(), searchKey());
-    defaults.setObjectForKey(m_ui->replaceField->text(), replaceKey());
-    defaults.setObjectForKey(selectedTag(), fieldKey());
+    Settings::kReplaceSearch.set(m_ui->findField->text());
+    Settings::kReplaceBy.set(m_ui->replaceField->text());
+    Settings::kReplaceField.set(selectedTag());
 }
 
 void VXFindReplaceWindowController::cancel()
@@ -205,8 +188,7 @@ const InfoList &VXFindReplaceWindowController::allInfos() const
 
 void VXFindReplaceWindowController::_doReplace()
 {
-    const UserDefaults &defaults = UserDefaults::standard();
-    const FindReplace replacement(defaults.stringForKey(searchKey()), defaults.stringForKey(replaceKey()),
+    const FindReplace replacement(Settings::kReplaceSearch.value(), Settings::kReplaceBy.value(),
                                   selectedTag(), options());
     ReplaceSummary summary;
     if (replacement.isUseful() && !m_selectedInfos.empty())

@@ -1,7 +1,6 @@
 #include "editing/search/SearchFilter.h"
 
 #include "model/StringHelpers.h"
-#include "platform/defaults/UserDefaults.h"
 
 #include <algorithm>
 
@@ -10,10 +9,6 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const QString kState = u"SearchState"_s;
-const QString kMatchCase = u"SearchStateMatchCase"_s;
-const QString kRegex = u"SearchStateRegex"_s;
 
 /// Whether a search text is taken as typed when it begins with \a unit.
 bool beginsNames(char16_t unit)
@@ -41,31 +36,6 @@ HexRange codePointRange(qint32 lowest, qint32 highest)
 }
 
 } // namespace
-
-SearchSettings SearchSettings::current()
-{
-    const UserDefaults &defaults = UserDefaults::standard();
-    return {defaults.integerForKey(kState), defaults.boolForKey(kMatchCase), defaults.boolForKey(kRegex)};
-}
-
-void SearchSettings::store() const
-{
-    const SearchSettings old = current();
-    UserDefaults &defaults = UserDefaults::standard();
-    if (state != old.state)
-        defaults.setObjectForKey(state, kState);
-    if (matchCase != old.matchCase)
-        defaults.setObjectForKey(matchCase, kMatchCase);
-    if (regex != old.regex)
-        defaults.setObjectForKey(regex, kRegex);
-}
-
-SearchMode SearchSettings::effectiveMode() const
-{
-    if (regex)
-        return SearchMode::Name;
-    return state == 0 ? SearchMode::All : static_cast<SearchMode>(state);
-}
 
 QString SearchFilter::filterStringForKeySearch(bool matchCase, const QString &key, const QString &text)
 {

@@ -2,44 +2,13 @@
 
 #include "platform/predicates/Predicate.h"
 
+#include "editing/search/SearchSettings.h"
+
 #include <QCoreApplication>
 #include <QString>
 #include <optional>
 
 namespace runebook {
-
-/// What a search looks at: the tags of the search menu's items and the values of the default "SearchState".
-enum class SearchMode {
-    All = 1,
-    Name,
-    Unicode,
-    Category,
-    Subcategory,
-    Script,
-    Decompose,
-    Anchors,
-    Production,
-    AlternateName,
-    Accents,
-    Description
-};
-
-/// The settings of searches, shared by all windows and kept in the user defaults "SearchState",
-/// "SearchStateMatchCase" and "SearchStateRegex".
-struct SearchSettings {
-    int state =
-        0; ///< a SearchMode; 0 until one was chosen, which means all. Others are kept and find nothing
-    bool matchCase = false;
-    bool regex = false;
-
-    /// As they are in the user defaults now.
-    static SearchSettings current();
-    /// Writes them to the user defaults.
-    void store() const;
-    /// What is searched in the end: regular expressions always look at the name.
-    SearchMode effectiveMode() const;
-    friend bool operator==(const SearchSettings &, const SearchSettings &) = default;
-};
 
 /// What a search text stands for. Without a predicate everything is shown; a problem tells the user why
 /// although a text was typed.

@@ -1,6 +1,5 @@
 #include "editing/search/SearchMenu.h"
 
-#include "platform/defaults/UserDefaults.h"
 
 namespace runebook {
 
@@ -8,7 +7,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kRecentSearches = u"RecentSearches"_s;
 
 int tagOf(SearchMode mode)
 {
@@ -104,7 +102,7 @@ QString SearchMenu::prompt(const SearchSettings &settings)
 
 QStringList RecentSearches::texts()
 {
-    return UserDefaults::standard().objectForKey(kRecentSearches).toStringList();
+    return Settings::kRecentSearches.value();
 }
 
 void RecentSearches::add(const QString &text)
@@ -114,12 +112,12 @@ void RecentSearches::add(const QString &text)
     QStringList all = texts();
     all.removeAll(text);
     all.prepend(text);
-    UserDefaults::standard().setObjectForKey(all.mid(0, kMostTexts), kRecentSearches);
+    Settings::kRecentSearches.set(all.mid(0, kMostTexts));
 }
 
 void RecentSearches::clear()
 {
-    UserDefaults::standard().removeObjectForKey(kRecentSearches);
+    Settings::kRecentSearches.reset();
 }
 
 } // namespace runebook

@@ -5,7 +5,6 @@
 #include "editing/search/SearchChip.h"
 #include "editing/search/SearchHelpSheet.h"
 #include "editing/search/SearchMenu.h"
-#include "platform/defaults/UserDefaults.h"
 
 #include <QActionGroup>
 #include <QKeyEvent>
@@ -89,11 +88,10 @@ VXSearchField::VXSearchField(QWidget *parent) : QLineEdit(parent)
     connect(this, &QLineEdit::textChanged, this,
             [this](const QString &text) { m_clearAction->setVisible(!text.isEmpty()); });
     // Another window may have chosen another mode.
-    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
-        // Every window listens, also while a thousand files are opened and each is noted as a recent one.
-        if (key.startsWith("SearchState"_L1))
-            updatePrompt();
-    });
+    const auto follow = [this] { updatePrompt(); };
+    Settings::kSearchState.onChange(this, follow);
+    Settings::kSearchMatchesCase.onChange(this, follow);
+    Settings::kSearchIsRegex.onChange(this, follow);
     updatePrompt();
     updateMark();
 }

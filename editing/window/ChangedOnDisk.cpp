@@ -1,8 +1,8 @@
 #include "editing/window/ChangedOnDisk.h"
 
 #include "editing/compare/CompareDocuments.h"
+#include "editing/window/WindowSettings.h"
 #include "platform/PlainText.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentPanels.h"
 #include "platform/documents/Recovery.h"
 
@@ -20,7 +20,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const QString kReload = u"VXReloadChangedFiles"_s;
 constexpr int kStillWritten = 2; // of the domain "ChangedOnDiskError"
 
 QString textFor(FileWatch::Change change, bool isEdited)
@@ -78,7 +77,7 @@ ChangedOnDisk::ChangedOnDisk(VXDocument &document, QWidget *parent)
 
 void ChangedOnDisk::registerDefaults()
 {
-    UserDefaults::standard().registerDefaults({{kReload, true}});
+    Settings::kReloadsChangedFiles.registerFallback();
 }
 
 QPushButton *ChangedOnDisk::addButton(const QString &text, void (ChangedOnDisk::*answer)())
@@ -103,7 +102,7 @@ void ChangedOnDisk::fileHasChanged(FileWatch::Change change)
     if (change == FileWatch::Change::None)
         hide();
     else if (isGone || m_document.isDocumentEdited() || !m_document.pendingTexts().isEmpty()
-             || !UserDefaults::standard().boolForKey(kReload))
+             || !Settings::kReloadsChangedFiles.value())
         showChoice(change);
     else
         m_quiet.start();

@@ -9,11 +9,11 @@
 #include "editing/records/SortNumbering.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/EditCommands.h"
+#include "editing/window/WindowSettings.h"
 #include "model/StringHelpers.h"
 #include "platform/DesktopApplication.h"
 #include "platform/MemoryRoom.h"
 #include "platform/PlainText.h"
-#include "platform/defaults/UserDefaults.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -239,8 +239,7 @@ void RecordCommands::showInCharacterApplication()
     if (selected.size() != 1 || selected.front()->unicode().size() < 4)
         return;
     const quint32 codePoint = hexStringToInt(selected.front()->unicode());
-    if (!DesktopApplication::showCharacter(
-            UserDefaults::standard().stringForKey(u"VXUnicodeCheckerApplication"_s), codePoint))
+    if (!DesktopApplication::showCharacter(Settings::kCharacterApplication.value(), codePoint))
         QApplication::beep();
 }
 

@@ -1,23 +1,14 @@
 #include "editing/window/VXSplitViewWindowController.h"
 
 #include "editing/window/VXSimpleSplitView.h"
-#include "platform/defaults/UserDefaults.h"
+#include "editing/window/WindowSettings.h"
 
 using namespace runebook;
-using namespace Qt::StringLiterals;
-
-namespace {
-
-const QString kDivider = u"MainSplitView"_s;
-const QString kSidebarHidden = u"MainSplitViewSidebarHidden"_s;
-constexpr int kSidebarWidth = 320;
-
-} // namespace
 
 VXSplitViewWindowController::VXSplitViewWindowController(QWidget *parent)
     : QMainWindow(parent), m_splitView(new VXSimpleSplitView(Qt::Horizontal, this))
 {
-    m_splitView->setObjectName(kDivider);
+    m_splitView->setObjectName(Settings::kSidebarWidth.key());
     m_splitView->setHandleWidth(1);
     setCentralWidget(m_splitView);
 }
@@ -34,9 +25,8 @@ void VXSplitViewWindowController::setPanes(QWidget *sidebarView, QWidget *conten
     m_splitView->setCollapsible(1, false);
     m_splitView->setStretchFactor(0, 0);
     m_splitView->setStretchFactor(1, 1);
-    const int stored = UserDefaults::standard().integerForKey(kDivider);
-    m_splitView->setSizes({stored > 0 ? stored : kSidebarWidth, 4 * kSidebarWidth});
-    sidebarView->setVisible(!UserDefaults::standard().boolForKey(kSidebarHidden));
+    m_splitView->setSizes({Settings::kSidebarWidth.value(), 4 * Settings::kSidebarWidth.fallback()});
+    sidebarView->setVisible(!Settings::kSidebarHidden.value());
     connect(m_splitView, &QSplitter::splitterMoved, this, &VXSplitViewWindowController::storeDivider);
 }
 
@@ -50,7 +40,7 @@ void VXSplitViewWindowController::setSidebarShown(bool isShown)
     if (isShown == isSidebarShown())
         return;
     m_sidebarView->setVisible(isShown);
-    UserDefaults::standard().setObjectForKey(!isShown, kSidebarHidden);
+    Settings::kSidebarHidden.set(!isShown);
     Q_EMIT sidebarShownChanged(isShown);
 }
 
@@ -68,5 +58,5 @@ void VXSplitViewWindowController::restoreDivider(const QByteArray &state)
 void VXSplitViewWindowController::storeDivider()
 {
     if (isSidebarShown())
-        UserDefaults::standard().setObjectForKey(m_splitView->sizes().value(0), kDivider);
+        Settings::kSidebarWidth.set(m_splitView->sizes().value(0));
 }

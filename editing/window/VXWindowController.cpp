@@ -15,9 +15,9 @@
 #include "editing/window/WindowContent.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
+#include "editing/window/WindowSettings.h"
 #include "editing/window/WindowState.h"
 #include "editing/window/WindowTitle.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
 
@@ -26,12 +26,6 @@
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-const QString kGeometry = u"WindowGeometry"_s;
-
-} // namespace
 
 VXWindowController::VXWindowController(VXDocument &document)
     : m_document(document),
@@ -46,18 +40,18 @@ VXWindowController::VXWindowController(VXDocument &document)
     awakeFromNib();
     new FileDrop(*this);
     resize(1240, 760);
-    restoreGeometry(UserDefaults::standard().objectForKey(kGeometry).toByteArray());
+    restoreGeometry(Settings::kWindowGeometry.value());
     synchronizeWindowTitleWithDocumentName();
     m_content->showReadError();
     m_infolistController->setSelectionIndexes({0});
     setActiveInfo();
-    setProblemsShown(UserDefaults::standard().boolForKey(u"ProblemsPaneShown"_s));
+    setProblemsShown(Settings::kProblemsShown.value());
     tableView()->setFocus();
 }
 
 VXWindowController::~VXWindowController()
 {
-    UserDefaults::standard().setObjectForKey(saveGeometry(), kGeometry);
+    Settings::kWindowGeometry.set(saveGeometry());
     delete m_content; // while the window is whole; the widgets that go with it still turn to both
 }
 

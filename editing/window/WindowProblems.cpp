@@ -1,7 +1,7 @@
 #include "editing/window/WindowProblems.h"
 
 #include "editing/records/GlyphTableView.h"
-#include "platform/defaults/UserDefaults.h"
+#include "editing/window/WindowSettings.h"
 
 #include <QApplication>
 #include <QLocale>
@@ -10,14 +10,6 @@
 namespace runebook {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-const QString kPaneShown = u"ProblemsPaneShown"_s;
-const QString kPaneHeight = u"ProblemsPaneHeight"_s;
-constexpr int kUsualPaneHeight = 220;
-
-} // namespace
 
 WindowProblems::WindowProblems(const WindowParts &parts, QSplitter &split, QObject *parent)
     : QObject(parent),
@@ -35,11 +27,10 @@ void WindowProblems::buildPane()
     m_split.addWidget(m_pane);
     m_split.setStretchFactor(0, 1);
     m_split.setStretchFactor(1, 0);
-    const int stored = UserDefaults::standard().integerForKey(kPaneHeight);
-    const int height = stored > 0 ? stored : kUsualPaneHeight;
+    const int height = Settings::kProblemsHeight.value();
     m_split.setSizes({qMax(height, m_split.height() - height), height});
     connect(&m_split, &QSplitter::splitterMoved, this,
-            [this] { UserDefaults::standard().setObjectForKey(m_split.sizes().value(1), kPaneHeight); });
+            [this] { Settings::kProblemsHeight.set(m_split.sizes().value(1)); });
     connect(m_pane, &ProblemsPane::showRequested, this, &WindowProblems::showRequested);
     connect(m_pane, &ProblemsPane::conditionChanged, this, &WindowProblems::conditionChanged);
     connect(m_pane, &ProblemsPane::closeRequested, this, [this] { setShown(false); });
@@ -69,7 +60,7 @@ void WindowProblems::setShown(bool isShown)
         }
     }
     m_button->setChecked(isShown);
-    UserDefaults::standard().setObjectForKey(isShown, kPaneShown);
+    Settings::kProblemsShown.set(isShown);
     Q_EMIT shownChanged();
 }
 

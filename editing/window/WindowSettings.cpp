@@ -1,28 +1,21 @@
 #include "editing/window/WindowSettings.h"
 
+#include "editing/compare/CompareSettings.h"
+#include "editing/records/RecordSettings.h"
+#include "editing/replace/ReplaceSettings.h"
+#include "editing/search/SearchSettings.h"
+
 namespace runebook {
 
-using namespace Qt::StringLiterals;
+using namespace Settings;
 
 QStringList windowSettingKeys()
 {
-    return {u"WindowGeometry"_s,
-            u"MainSplitView"_s,
-            u"MainSplitViewSidebarHidden"_s,
-            u"ProblemsPaneShown"_s,
-            u"ProblemsPaneHeight"_s,
-            u"TableHeaderState"_s,
-            u"TableFontSize"_s,
-            u"TableSorts"_s,
-            u"RecentSearches"_s,
-            u"SearchState"_s,
-            u"SearchStateMatchCase"_s,
-            u"SearchStateRegex"_s,
-            u"FilterMode"_s,
-            u"FilterKey"_s,
-            u"FindAndReplaceSearch"_s,
-            u"FindAndReplaceReplace"_s,
-            u"FindAndReplaceField"_s};
+    return {kWindowGeometry.key(), kSidebarWidth.key(), kSidebarHidden.key(),     kProblemsShown.key(),
+            kProblemsHeight.key(), kTableColumns.key(), kTableFontSize.key(),     kTableSorts.key(),
+            kRecentSearches.key(), kSearchState.key(),  kSearchMatchesCase.key(), kSearchIsRegex.key(),
+            kCompareMode.key(),    kCompareKey.key(),   kReplaceSearch.key(),     kReplaceBy.key(),
+            kReplaceField.key()};
 }
 
 } // namespace runebook

@@ -1,7 +1,7 @@
 #include "platform/documents/DocumentController.h"
 
 #include "platform/FilePath.h"
-#include "platform/defaults/UserDefaults.h"
+#include "platform/PlatformSettings.h"
 #include "platform/documents/Autosaver.h"
 
 #include <QFileInfo>
@@ -13,7 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kRecentFiles = u"RecentFiles"_s;
 constexpr qsizetype kMaxRecentFiles = 12;
 
 } // namespace
@@ -222,7 +221,7 @@ int DocumentController::untitledNumber(const Document *document) const
 
 QStringList DocumentController::recentFiles() const
 {
-    return UserDefaults::standard().objectForKey(kRecentFiles).toStringList();
+    return Settings::kRecentFiles.value();
 }
 
 void DocumentController::noteRecentFile(const QString &path)
@@ -231,13 +230,13 @@ void DocumentController::noteRecentFile(const QString &path)
     files.removeAll(path);
     files.prepend(path);
     files = files.mid(0, kMaxRecentFiles);
-    UserDefaults::standard().setObjectForKey(files, kRecentFiles);
+    Settings::kRecentFiles.set(files);
     Q_EMIT recentFilesChanged();
 }
 
 void DocumentController::clearRecentFiles()
 {
-    UserDefaults::standard().removeObjectForKey(kRecentFiles);
+    Settings::kRecentFiles.reset();
     Q_EMIT recentFilesChanged();
 }
 

@@ -1,7 +1,7 @@
 #include "scripting/classes/ScriptDialogs.h"
 
 #include "platform/PlainText.h"
-#include "platform/defaults/UserDefaults.h"
+#include "scripting/classes/DialogSettings.h"
 #include "scripting/python/ScriptRun.h"
 
 #include <QApplication>
@@ -31,7 +31,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto kAnswers = "VXScriptAnswers"_L1;
 constexpr qsizetype kMostAnswers = 500;
 constexpr qsizetype kLongestAnswer = 10'000;
 
@@ -54,22 +53,21 @@ QString answerKey(const QString &question, const QString &field = {})
 /// The last answer to a question that began with \a value; \a value itself when there is none of its kind.
 QVariant lastAnswer(const QString &key, const QVariant &value)
 {
-    const QVariantList kept = UserDefaults::standard().objectForKey(kAnswers).toMap().value(key).toList();
+    const QVariantList kept = Settings::kScriptAnswers.value().value(key).toList();
     const bool isOfThatKind = kept.size() == 2 && kept[0].toString() == value.toString() && kept[1].isValid();
     return isOfThatKind ? kept[1] : value;
 }
 
 void keepAnswer(const QString &key, const QVariant &value, const QVariant &answer)
 {
-    UserDefaults &defaults = UserDefaults::standard();
-    QVariantMap answers = defaults.objectForKey(kAnswers).toMap();
+    QVariantMap answers = Settings::kScriptAnswers.value();
     const QVariantList pair {value.toString(), answer};
     if (answer.toString().size() > kLongestAnswer || answers.value(key).toList() == pair)
         return;
     if (answers.size() >= kMostAnswers)
         answers.erase(answers.begin());
     answers.insert(key, pair);
-    defaults.setObjectForKey(answers, kAnswers);
+    Settings::kScriptAnswers.set(answers);
 }
 
 /// One value of the form: the widget, and how to read it.

@@ -2,7 +2,7 @@
 
 #include "platform/Error.h"
 #include "platform/NotificationCenter.h"
-#include "platform/defaults/UserDefaults.h"
+#include "scripting/menu/MenuSettings.h"
 #include "scripting/menu/ScriptFolderWatcher.h"
 #include "scripting/python/PythonDiscovery.h"
 #include "scripting/python/PythonFunctions.h"
@@ -16,12 +16,6 @@
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr auto kChosenPath = "VXPythonFrameworkPath"_L1;
-
-} // namespace
 
 VXScriptingHandler *VXScriptingHandler::sharedHandler()
 {
@@ -83,7 +77,7 @@ void VXScriptingHandler::setPythonFrameworks(const QList<QVariantMap> &framework
 
 void VXScriptingHandler::findAllPythonFrameworks()
 {
-    m_pythonFrameworks = PythonDiscovery(m_places).find(UserDefaults::standard().stringForKey(kChosenPath));
+    m_pythonFrameworks = PythonDiscovery(m_places).find(Settings::kPythonLibrary.value());
 }
 
 QStringList VXScriptingHandler::allFrameworkPaths(const QString &path) const
@@ -108,7 +102,7 @@ bool VXScriptingHandler::isSupportedPythonVersion(const QString &version) const
 
 QString VXScriptingHandler::currentPythonPath() const
 {
-    const QString chosen = UserDefaults::standard().stringForKey(kChosenPath);
+    const QString chosen = Settings::kPythonLibrary.value();
     if (!chosen.isEmpty())
         return chosen;
     return m_pythonFrameworks.isEmpty() ? QString() : m_pythonFrameworks.last()[u"fullPath"_s].toString();

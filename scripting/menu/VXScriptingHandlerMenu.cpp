@@ -1,7 +1,7 @@
 #include "platform/MainMenu.h"
 #include "platform/StandardFolders.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
+#include "scripting/menu/MenuSettings.h"
 #include "scripting/menu/ScriptFolderWatcher.h"
 #include "scripting/menu/ScriptMenuItems.h"
 #include "scripting/menu/VXScriptingHandler.h"
@@ -28,7 +28,6 @@ constexpr int kRunAgainTag = 2;
 constexpr int kShowFolderTag = 3;
 constexpr int kReloadTag = 4;
 constexpr int kSubmenuTag = -1;
-constexpr auto kRunAgainKey = "runAgainScriptName"_L1;
 
 /// Generous bounds, so that a disk linked into a script folder does not stop the program.
 constexpr int kMaxDepth = 24;
@@ -209,9 +208,9 @@ void VXScriptingHandler::reloadScriptMenu()
     for (const QString &folder : folders)
         addScriptsFromFolderSubFolder(folder, u""_s);
     m_folderWatcher->start();
-    const QString again = UserDefaults::standard().stringForKey(kRunAgainKey);
+    const QString again = Settings::kLastScript.value();
     if (!folders.isEmpty() && !again.isNull() && !contents().pathsByKey.contains(again))
-        UserDefaults::standard().removeObjectForKey(kRunAgainKey);
+        Settings::kLastScript.reset();
     validateScriptMenu();
     if (!isFirst)
         tellOmissions(*panel);
@@ -321,7 +320,7 @@ void VXScriptingHandler::runScriptMenu(QAction *item)
         return;
     const QString key = MenuItem::representedObject(*item).toString();
     if (item != runAgainMenuItem())
-        UserDefaults::standard().setObjectForKey(key, kRunAgainKey);
+        Settings::kLastScript.set(key);
     validateScriptMenu();
     const QFileInfo script(contents().pathsByKey.value(key));
     if (script.isFile() && script.isReadable())
@@ -331,7 +330,7 @@ void VXScriptingHandler::runScriptMenu(QAction *item)
 bool VXScriptingHandler::setupRunAgainMenuItem()
 {
     QAction *item = runAgainMenuItem();
-    const QString key = UserDefaults::standard().stringForKey(kRunAgainKey);
+    const QString key = Settings::kLastScript.value();
     MenuItem::setRepresentedObject(*item, key.isNull() ? QVariant() : QVariant(key));
     MenuItem::setTitle(*item,
                        key.isNull() ? tr("Run Last Script") : tr("Run: %1").arg(key.section(u'/', -1)));

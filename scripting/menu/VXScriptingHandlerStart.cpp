@@ -1,7 +1,7 @@
 #include "platform/StandardFolders.h"
-#include "platform/defaults/UserDefaults.h"
 #include "scripting/classes/BridgeModule.h"
 #include "scripting/classes/ScriptHelpers.h"
+#include "scripting/menu/MenuSettings.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ForkedProcess.h"
 #include "scripting/python/OutputModules.h"
@@ -148,7 +148,7 @@ QString VXScriptingHandler::missingPythonText() const
 
 void VXScriptingHandler::startInterpreter(const QString &path)
 {
-    const bool replacesStreams = !UserDefaults::standard().boolForKey(u"VXUseConsoleForScriptOutput"_s);
+    const bool replacesStreams = !Settings::kKeepsStandardStreams.value();
     if (replacesStreams) {
         vxPyImport_AppendInittab("TesselOut", PyInit_TesselOut);
         vxPyImport_AppendInittab("TesselErr", PyInit_TesselErr);

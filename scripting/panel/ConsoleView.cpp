@@ -3,8 +3,8 @@
 #include "codeeditor/CodeColors.h"
 #include "platform/Appearance.h"
 #include "platform/PlainText.h"
-#include "platform/defaults/UserDefaults.h"
 #include "scripting/panel/ConsoleFormats.h"
+#include "scripting/panel/PanelSettings.h"
 
 #include <QElapsedTimer>
 #include <QLabel>
@@ -22,8 +22,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto kLineLimitKey = "VXConsoleLineLimit"_L1;
-constexpr int kDefaultLineLimit = 100'000;
 constexpr int kFrameMs = 16;
 constexpr qint64 kBudgetMs = 8;
 constexpr qint64 kNoBudget = std::numeric_limits<qint64>::max();
@@ -67,12 +65,8 @@ ConsoleView::ConsoleView(QWidget *parent)
     m_frame.setSingleShot(true);
     m_frame.setInterval(kFrameMs);
     connect(&m_frame, &QTimer::timeout, this, &ConsoleView::showPending);
-    UserDefaults &defaults = UserDefaults::standard();
-    defaults.registerDefaults({{kLineLimitKey, kDefaultLineLimit}});
-    connect(&defaults, &UserDefaults::changed, this, [this](const QString &key) {
-        if (key == kLineLimitKey)
-            readLineLimit();
-    });
+    Settings::kConsoleLineLimit.registerFallback();
+    Settings::kConsoleLineLimit.onChange(this, [this] { readLineLimit(); });
     readLineLimit();
 }
 
@@ -373,8 +367,7 @@ void ConsoleView::setLineLimit(int lines)
 
 void ConsoleView::readLineLimit()
 {
-    const int lines = UserDefaults::standard().integerForKey(kLineLimitKey);
-    setLineLimit(lines > 0 ? lines : kDefaultLineLimit);
+    setLineLimit(Settings::kConsoleLineLimit.value());
 }
 
 // Reading

@@ -1,6 +1,6 @@
 #include "scripting/panel/PromptHistory.h"
 
-#include "platform/defaults/UserDefaults.h"
+#include "scripting/panel/PanelSettings.h"
 
 namespace runebook {
 
@@ -8,7 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto kKey = "VXPromptHistory"_L1;
 constexpr qsizetype kMostLines = 200;
 constexpr qsizetype kLongestLine = 10'000;
 
@@ -16,7 +15,7 @@ constexpr qsizetype kLongestLine = 10'000;
 
 PromptHistory::PromptHistory()
 {
-    for (const QVariant &line : UserDefaults::standard().arrayForKey(kKey)) {
+    for (const QVariant &line : Settings::kPromptHistory.value()) {
         if (line.typeId() == QMetaType::QString)
             m_lines << line.toString();
     }
@@ -31,7 +30,7 @@ void PromptHistory::add(const QString &line)
         m_lines << line;
         if (m_lines.size() > kMostLines)
             m_lines.removeFirst();
-        UserDefaults::standard().setObjectForKey(QVariantList(m_lines.cbegin(), m_lines.cend()), kKey);
+        Settings::kPromptHistory.set(QVariantList(m_lines.cbegin(), m_lines.cend()));
     }
     m_edited = m_lines + QStringList {QString()};
     m_place = m_lines.size();

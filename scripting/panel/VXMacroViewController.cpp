@@ -7,8 +7,8 @@
 #include "codeeditor/VXCodeTextStorage.h"
 #include "codeeditor/VXLineNumberView.h"
 #include "platform/StandardFolders.h"
-#include "platform/defaults/UserDefaults.h"
 #include "scripting/panel/LiveCompletion.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/python/ScriptRun.h"
 #include "ui_VXMacroView.h"
 
@@ -22,10 +22,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto kFontSize = "MacroCodeFontSize"_L1;
-constexpr auto kClosesBrackets = "MacroClosesBrackets"_L1;
-constexpr auto kIndentation = "MacroIndentation"_L1; // by number: as the text, a tab, blanks
-constexpr auto kWrapColumn = "MacroWrapColumn"_L1;
 constexpr auto kRestoredText = "macroText"_L1;
 
 // The sizes that zooming reaches, and those that a font can be made of whatever a damaged default says.
@@ -47,12 +43,14 @@ VXMacroViewController::VXMacroViewController(QObject *parent) : QObject(parent),
 {
     initialize();
     m_view->installEventFilter(this);
-    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
-        if (m_macroText && (key == kClosesBrackets || key == kIndentation || key == kWrapColumn))
+    const auto follow = [this] {
+        if (m_macroText)
             applyEditingSettings();
-        if (key == kFontSize)
-            setMacroFontSize(UserDefaults::standard().integerForKey(kFontSize));
-    });
+    };
+    Settings::kClosesBrackets.onChange(this, follow);
+    Settings::kIndentation.onChange(this, follow);
+    Settings::kWrapColumn.onChange(this, follow);
+    Settings::kMacroFontSize.onChange(this, [this] { setMacroFontSize(Settings::kMacroFontSize.value()); });
 }
 
 VXMacroViewController::~VXMacroViewController()
@@ -63,8 +61,10 @@ VXMacroViewController::~VXMacroViewController()
 void VXMacroViewController::initialize()
 {
     static const bool once = [] {
-        UserDefaults::standard().registerDefaults(
-            {{kFontSize, 13}, {kClosesBrackets, true}, {kIndentation, 0}, {kWrapColumn, 80}});
+        Settings::kMacroFontSize.registerFallback();
+        Settings::kClosesBrackets.registerFallback();
+        Settings::kIndentation.registerFallback();
+        Settings::kWrapColumn.registerFallback();
         return true;
     }();
     Q_UNUSED(once)
@@ -151,10 +151,9 @@ void VXMacroViewController::makeEditor()
 
 void VXMacroViewController::applyEditingSettings()
 {
-    const UserDefaults &defaults = UserDefaults::standard();
-    m_macroText->setClosesBrackets(defaults.boolForKey(kClosesBrackets));
-    m_macroText->setWrapColumn(defaults.integerForKey(kWrapColumn));
-    m_macroText->setIndentation(JSTTextView::Indentation(qBound(0, defaults.integerForKey(kIndentation), 2)));
+    m_macroText->setClosesBrackets(Settings::kClosesBrackets.value());
+    m_macroText->setWrapColumn(Settings::kWrapColumn.value());
+    m_macroText->setIndentation(JSTTextView::Indentation(Settings::kIndentation.value()));
 }
 
 QVariantHash VXMacroViewController::keywordAttributes() const
@@ -264,7 +263,7 @@ void VXMacroViewController::runMacroString(const QString &code)
 void VXMacroViewController::needFonts()
 {
     if (!m_macroFont)
-        setMacroFontSize(UserDefaults::standard().integerForKey(kFontSize));
+        setMacroFontSize(Settings::kMacroFontSize.value());
 }
 
 int VXMacroViewController::macroFontSize()
@@ -328,16 +327,14 @@ void VXMacroViewController::setUpFonts()
 
 void VXMacroViewController::zoomIn()
 {
-    UserDefaults &defaults = UserDefaults::standard();
-    const int size = qMax(defaults.integerForKey(kFontSize), kSmallestZoom) + 1;
-    defaults.setObjectForKey(qMin(size, kLargestZoom), kFontSize);
+    const int size = qMax(Settings::kMacroFontSize.value(), kSmallestZoom) + 1;
+    Settings::kMacroFontSize.set(qMin(size, kLargestZoom));
 }
 
 void VXMacroViewController::zoomOut()
 {
-    UserDefaults &defaults = UserDefaults::standard();
-    const int size = qMin(defaults.integerForKey(kFontSize), kLargestZoom) - 1;
-    defaults.setObjectForKey(qMax(size, kSmallestZoom), kFontSize);
+    const int size = qMin(Settings::kMacroFontSize.value(), kLargestZoom) - 1;
+    Settings::kMacroFontSize.set(qMax(size, kSmallestZoom));
 }
 
 void VXMacroViewController::zoomBySteps(int steps)
@@ -348,7 +345,7 @@ void VXMacroViewController::zoomBySteps(int steps)
 
 void VXMacroViewController::zoomFitInWindow()
 {
-    UserDefaults::standard().removeObjectForKey(kFontSize);
+    Settings::kMacroFontSize.reset();
 }
 
 // Lines

@@ -3,7 +3,7 @@
 #include "platform/MainMenu.h"
 #include "platform/MessageBar.h"
 #include "platform/WindowPlacement.h"
-#include "platform/defaults/UserDefaults.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/RunIndicator.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "ui_VXMacroWindow_11.h"
@@ -17,9 +17,6 @@ using namespace runebook;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr auto kGeometry = "VXMacroPanelGeometry"_L1;
-constexpr auto kSplitter = "VXMacroPanelSplitter"_L1;
 
 /// Other keys that people know for a command, beside the one in its menu.
 void addShortcuts(QAction &action, const QList<QKeySequence> &others)
@@ -187,17 +184,15 @@ void VXMacroWindow::goToNextPane()
 
 void VXMacroWindow::saveLayout() const
 {
-    UserDefaults &defaults = UserDefaults::standard();
-    defaults.setObjectForKey(saveGeometry(), kGeometry);
-    defaults.setObjectForKey(m_ui->splitter->saveState(), kSplitter);
+    Settings::kMacroPanelGeometry.set(saveGeometry());
+    Settings::kMacroPanelSplitter.set(m_ui->splitter->saveState());
 }
 
 void VXMacroWindow::restoreLayout()
 {
-    const UserDefaults &defaults = UserDefaults::standard();
-    if (!restoreGeometry(defaults.objectForKey(kGeometry).toByteArray()))
+    if (!restoreGeometry(Settings::kMacroPanelGeometry.value()))
         WindowPlacement::fitIntoScreen(*this);
-    m_ui->splitter->restoreState(defaults.objectForKey(kSplitter).toByteArray());
+    m_ui->splitter->restoreState(Settings::kMacroPanelSplitter.value());
     m_ui->splitter->setOrientation(Qt::Vertical); // whatever the state says
 }
 

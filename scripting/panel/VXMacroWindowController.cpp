@@ -2,10 +2,10 @@
 
 #include "codeeditor/JSTTextView.h"
 #include "platform/MessageBar.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/classes/ScriptApplication.h"
 #include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/ScriptFiles.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
@@ -27,9 +27,6 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
-
-constexpr auto kShowsPanel = "showMacroPanel"_L1;
-constexpr auto kFirstCode = "macroCode"_L1;
 
 /// How long after the last edit the tabs are written, should the program never come to its proper end.
 constexpr auto kSaveDelay = 3s;
@@ -72,8 +69,7 @@ VXMacroWindowController::~VXMacroWindowController() = default;
 void VXMacroWindowController::initialize()
 {
     static const bool once = [] {
-        UserDefaults::standard().registerDefaults(
-            {{kFirstCode, u"# type your Python code here and press cmd+Return to run."_s}});
+        Settings::kFirstMacro.registerFallback();
         VXMacroViewController::initialize();
         return true;
     }();
@@ -257,7 +253,7 @@ bool VXMacroWindowController::windowShouldClose()
 {
     // At the end of the program windows close as well; that is not the user's choice for the next time.
     if (!m_isQuitting)
-        UserDefaults::standard().setObjectForKey(false, kShowsPanel);
+        Settings::kShowsMacroPanel.set(false);
     saveAll();
     return true;
 }

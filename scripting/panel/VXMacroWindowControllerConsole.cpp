@@ -3,12 +3,12 @@
 
 #include "codeeditor/JSTTextView.h"
 #include "platform/StandardFolders.h"
-#include "platform/defaults/UserDefaults.h"
 #include "scripting/menu/ScriptMenuItems.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ConsoleText.h"
 #include "scripting/panel/ExternalEditors.h"
 #include "scripting/panel/MacroSnippets.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
@@ -24,15 +24,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto kFontSize = "MacroCodeFontSize"_L1;
-constexpr auto kDocumentation = "VXDocumentationURL"_L1;
 constexpr auto kSnippetsFile = "MacroSnippets.plist"_L1;
 constexpr auto kMacroPath = "<string>"_L1;
 constexpr auto kPromptPath = "<prompt>"_L1;
 
 constexpr int kSmallestConsoleFont = 7;
 constexpr int kLargestConsoleFont = 40;
-constexpr int kUsualConsoleFont = 13;
 constexpr int kConsoleInsetWidth = 15;
 constexpr int kConsoleInsetHeight = 7;
 
@@ -47,12 +44,9 @@ QVariantList asList(UnitRange range)
 
 void VXMacroWindowController::setUpConsole()
 {
-    m_macroFontSize = UserDefaults::standard().integerForKey(kFontSize);
+    m_macroFontSize = Settings::kMacroFontSize.value();
     setUpConsoleFont();
-    connect(&UserDefaults::standard(), &UserDefaults::changed, this, [this](const QString &key) {
-        if (key == kFontSize)
-            fontSizeChanged();
-    });
+    Settings::kMacroFontSize.onChange(this, [this] { fontSizeChanged(); });
     connect(&console(), &ConsoleView::linkActivated, this, [this](const QString &path, const QString &line) {
         textViewClickedOnLinkAtIndex(&console(), {path, line}, 0);
     });
@@ -61,9 +55,9 @@ void VXMacroWindowController::setUpConsole()
 
 void VXMacroWindowController::fontSizeChanged()
 {
-    const int size = UserDefaults::standard().integerForKey(kFontSize);
+    const int size = Settings::kMacroFontSize.value();
     const bool isUsable = size >= kSmallestConsoleFont && size <= kLargestConsoleFont;
-    m_macroFontSize = isUsable ? size : kUsualConsoleFont;
+    m_macroFontSize = isUsable ? size : Settings::kMacroFontSize.fallback();
     m_macroFont.reset();
     setUpConsoleFont();
 }
@@ -242,7 +236,7 @@ void VXMacroWindowController::snippedClicked(QObject *sender)
 
 void VXMacroWindowController::showHelp()
 {
-    const QUrl address(UserDefaults::standard().stringForKey(kDocumentation));
+    const QUrl address(Settings::kDocumentationAddress.value());
     const QString shipped = StandardFolders::resource(u"doc/index.html"_s);
     QDesktopServices::openUrl(address.scheme() == "https"_L1 ? address : QUrl::fromLocalFile(shipped));
 }

@@ -2,7 +2,7 @@
 #include "scripting/panel/VXMacroWindowController.h"
 
 #include "codeeditor/JSTTextView.h"
-#include "platform/defaults/UserDefaults.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "tabbar/VXTabBarControl.h"
@@ -17,9 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto kViews = "VXMacroViews"_L1;
-constexpr auto kSelectedView = "VXSelectedMacroView"_L1;
-constexpr auto kFirstCode = "macroCode"_L1;
 constexpr auto kCode = "code"_L1;
 constexpr auto kTitle = "title"_L1;
 constexpr auto kPath = "path"_L1; ///< of the script file that the tab belongs to, with
@@ -163,18 +160,16 @@ void VXMacroWindowController::saveMacroTabs()
         if (const auto *tab = qobject_cast<VXMacroViewController *>(item))
             records << recordOf(*tab);
     }
-    UserDefaults &defaults = UserDefaults::standard();
-    defaults.setObjectForKey(records, kViews);
+    Settings::kMacroTabs.set(records);
     if (tabBarControl()->selectionIndex() < records.size())
-        defaults.setObjectForKey(tabBarControl()->selectionIndex(), kSelectedView);
+        Settings::kSelectedMacroTab.set(tabBarControl()->selectionIndex());
 }
 
 void VXMacroWindowController::restoreMacroTabs()
 {
-    const UserDefaults &defaults = UserDefaults::standard();
-    const QVariant saved = defaults.objectForKey(kViews);
+    const QVariant saved = Settings::kMacroTabs.value();
     if (saved.typeId() != QMetaType::QVariantList) {
-        addMacroTitle(defaults.stringForKey(kFirstCode), tr("Macro %1").arg(1));
+        addMacroTitle(Settings::kFirstMacro.value(), tr("Macro %1").arg(1));
     } else if (!saved.toList().isEmpty()) {
         for (QObject *item : tabBarControl()->tabItems()) {
             tabBarControl()->removeTabItem(item);
@@ -190,7 +185,7 @@ void VXMacroWindowController::restoreMacroTabs()
             addTab(record, title.isEmpty() ? tr("Macro %1").arg(number) : title);
         }
     }
-    const int selected = defaults.integerForKey(kSelectedView);
+    const int selected = Settings::kSelectedMacroTab.value();
     const bool isThere = selected >= 0 && uint(selected) < tabBarControl()->countOfTabItems();
     tabBarControl()->selectTabItemAtIndex(isThere ? uint(selected) : 0);
 }

@@ -3,10 +3,10 @@
 #include "platform/CallLater.h"
 #include "platform/Error.h"
 #include "platform/MessageBar.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/Document.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/python/RunPump.h"
+#include "scripting/python/RunSettings.h"
 #include "scripting/python/RunSteps.h"
 #include "scripting/python/RunSummary.h"
 
@@ -74,7 +74,7 @@ void RunQuestion::end()
 
 void RunQuestion::decide(const QString &question)
 {
-    const int answer = UserDefaults::standard().integerForKey(u"VXAfterFailedRun"_s);
+    const int answer = Settings::kAfterFailedRun.value();
     if (answer == Keep || m_steps->documents().isEmpty())
         return;
     m_bar = barInPlace();

@@ -128,7 +128,7 @@ private Q_SLOTS:
     {
         const auto difference =
             differenceOfFiles(write(u"left.xml"_s, fileOf(left)), write(u"right.xml"_s, fileOf(right)),
-                              compareKeyFromNumber(key));
+                              static_cast<CompareKey>(key));
         QVERIFY(difference);
         QCOMPARE(shown(difference->pairs), pairs);
         QCOMPARE(difference->leftCount, GlyphDataReader().read(fileOf(left)).size());

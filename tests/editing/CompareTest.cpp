@@ -140,7 +140,7 @@ private Q_SLOTS:
     {
         const InfoList leftInfos = recordsOf(left);
         const InfoList rightInfos = recordsOf(right);
-        const CompareKey compareKey = compareKeyFromNumber(key);
+        const CompareKey compareKey = static_cast<CompareKey>(key);
         QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::OnlyRight), onlyRight);
         QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::OnlyLeft), onlyLeft);
         QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::Different), different);

@@ -1,6 +1,7 @@
 // What the user chose comes back as it was, in this run and in the next.
 #include "platform/defaults/UserDefaults.h"
 #include "platform/defaults/DefaultsProblem.h"
+#include "platform/defaults/Setting.h"
 #include "tests/Files.h"
 #include "tests/Oddities.h"
 #include "tests/Table.h"
@@ -9,7 +10,7 @@
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
-using runebook::UserDefaults;
+using namespace runebook;
 
 class UserDefaultsTest : public QObject
 {
@@ -116,6 +117,80 @@ private Q_SLOTS:
         defaults.setObjectForKey(QStringList {u"x"_s}, u"list"_s);
         defaults.setObjectForKey(QStringList {u"x"_s}, u"list"_s);
         QCOMPARE(changed.size(), 3);
+    }
+
+    TABLE(readsASetting, (const QVariant &stored, const QVariantList &expected), {
+        // As a number, the nearest to 1 to 9, one of 1 to 9 or the fallback, an enumeration, a switch, a
+        // text.
+        row("nothing", QVariant(), QVariantList {5, 5, 5, 0, true, u"usual"_s});
+        row("a number", QVariant(2), QVariantList {2, 2, 2, 2, true, u"2"_s});
+        row("too small", QVariant(0), QVariantList {0, 1, 5, 0, false, u"0"_s});
+        row("too large", QVariant(10), QVariantList {10, 9, 5, 0, true, u"10"_s});
+        row("another type: a number's text", QVariant(u"2"_s), QVariantList {2, 2, 2, 2, true, u"2"_s});
+        row("another type: a text", QVariant(u"x"_s), QVariantList {0, 1, 5, 0, true, u"x"_s});
+        row("another type: no", QVariant(u"false"_s), QVariantList {0, 1, 5, 0, false, u"false"_s});
+        row("another type: a list", QVariant(QVariantList {2}), QVariantList {0, 1, 5, 0, false, QString()});
+    })
+    {
+        enum class Kind { None, First, Last };
+        const Setting<int> any("s", 5);
+        const Setting<int> nearest("s", 5, {{1, 9}});
+        const Setting<int> known("s", 5, {{1, 9, OutOfRange::ReadsAsFallback}});
+        const Setting<Kind> kind("s", Kind::None, {{Kind::None, Kind::Last, OutOfRange::ReadsAsFallback}});
+        const Setting<bool> isOn("s", true);
+        const Setting<QString> text("s", u"usual"_s);
+        UserDefaults::standard().setObjectForKey(stored, u"s"_s);
+        const QVariantList values {any.value(),   nearest.value(),
+                                   known.value(), static_cast<int>(kind.value()),
+                                   isOn.value(),  text.value()};
+        QCOMPARE(values, expected);
+        any.reset();
+    }
+
+    void keepsASetting()
+    {
+        const Setting<double> size("s");
+        const Setting<QStringList> words("s");
+        const Setting<QVariantList> list("s");
+        const Setting<QVariant> whole("s", 1);
+        const auto stored = [] { return UserDefaults::standard().objectForKey(u"s"_s); };
+        QCOMPARE(size.valueOr(7.5), 7.5);
+        size.set(0.5);
+        QCOMPARE(stored(), QVariant(0.5));
+        QCOMPARE(size.valueOr(7.5), 0.5);
+        words.set({u"a"_s});
+        QCOMPARE(stored(), QVariant(QStringList {u"a"_s}));
+        QCOMPARE(words.value(), QStringList {u"a"_s});
+        QCOMPARE(list.value(), QVariantList {u"a"_s});
+        words.setOrReset({});
+        QVERIFY(!UserDefaults::standard().isSet(u"s"_s));
+        QCOMPARE(whole.value(), QVariant(1));
+        QVERIFY(!stored().isValid());
+        whole.registerFallback();
+        QCOMPARE(stored(), QVariant(1));
+        QVERIFY(!UserDefaults::standard().isSet(u"s"_s));
+    }
+
+    /// Also of what others write under its key, each once; and of no other key.
+    void tellsOfASettingOnce()
+    {
+        const Setting<int> number("t", 5);
+        const Setting<QString> sameKey("t");
+        const Setting<int> other("u");
+        QStringList told;
+        auto listener = std::make_unique<QObject>();
+        number.onChange(listener.get(), [&] { told << QString::number(number.value()); });
+        sameKey.onChange(listener.get(), [&] { told << sameKey.value(); });
+        number.set(6);
+        number.set(6);
+        other.set(1);
+        sameKey.set(u"7"_s);
+        UserDefaults::standard().setObjectForKey(8, u"t"_s);
+        number.reset();
+        listener.reset();
+        number.set(9);
+        QCOMPARE(told.join(u' '), u"6 6 7 7 8 8 5 "_s);
+        number.reset();
     }
 
     void removes()

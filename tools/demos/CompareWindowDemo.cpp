@@ -2,8 +2,8 @@
 //
 //     CompareWindowDemo FOLDER    writes compare-light.png and compare-dark.png
 #include "document/GlyphDataReader.h"
+#include "editing/compare/CompareSettings.h"
 #include "editing/compare/VXCompareDataWindow.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "tests/TestMain.h"
 
@@ -69,7 +69,7 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
     const QString folder = app.arguments().value(1, u"."_s);
-    UserDefaults::standard().setObjectForKey(2, u"FilterMode"_s);
+    Settings::kCompareMode.set(CompareMode::Different);
     openSample(u"/home/user/GlyphData-2.xml"_s);
     VXDocument *left = openSample(u"/home/user/GlyphData-1.xml"_s);
     revise(*static_cast<VXDocument *>(DocumentController::shared().documentList().at(1)));

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "editing/compare/CompareKeys.h"
+#include "platform/defaults/Setting.h"
+
+namespace runebook::Settings {
+
+inline const Setting<CompareMode>
+    kCompareMode("FilterMode", CompareMode::OnlyRight,
+                 {{CompareMode::OnlyRight, CompareMode::Different, OutOfRange::ReadsAsFallback}});
+inline const Setting<CompareKey>
+    kCompareKey("FilterKey", CompareKey::Name,
+                {{CompareKey::Name, CompareKey::Production, OutOfRange::ReadsAsFallback}});
+
+} // namespace runebook::Settings
