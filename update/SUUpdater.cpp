@@ -1,7 +1,7 @@
 #include "update/SUUpdater.h"
 
+#include "platform/VXVersionComparator.h"
 #include "update/UpdateSettings.h"
-#include "update/VXVersionComparator.h"
 
 using namespace runebook;
 using namespace Qt::StringLiterals;

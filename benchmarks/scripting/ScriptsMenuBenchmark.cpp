@@ -1,8 +1,8 @@
 #include "benchmarks/BenchmarkSupport.h"
 #include "platform/StandardFolders.h"
+#include "scripting/menu/ScriptFile.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ScriptConsole.h"
-#include "scripting/python/ScriptFile.h"
 
 #include <QApplication>
 #include <QDir>

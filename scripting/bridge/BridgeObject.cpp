@@ -1,10 +1,8 @@
 #include "scripting/bridge/BridgeObject.h"
 
-#include "scripting/bridge/BridgedClass.h"
-#include "scripting/bridge/OutletAttribute.h"
-
 #include <QHash>
 #include <QMetaProperty>
+#include <QWidget>
 #include <new>
 
 namespace runebook::bridge {
@@ -21,6 +19,8 @@ QHash<const QObject *, BridgeObject *> &wrappers()
     return map;
 }
 
+bool (*windowObserver)(const QWidget &window) = nullptr;
+
 BridgeObject &bridgeObject(PyObject *self)
 {
     return *reinterpret_cast<BridgeObject *>(self);
@@ -35,7 +35,7 @@ void list(BridgeObject &object)
     wrappers().insert(object.listedAs, &object);
     // A window whose parts have no names of their own can be used all the same.
     const auto *widget = qobject_cast<QWidget *>(object.instance.object);
-    if (widget && widget->isWindow() && !announceParts(*widget))
+    if (widget && widget->isWindow() && windowObserver && !windowObserver(*widget))
         vxPyErr_Clear();
 }
 
@@ -231,7 +231,11 @@ PyTypeObject *makeClass(PyType_Spec &spec, PyTypeObject *base)
 
 PyTypeObject *objectType()
 {
-    static PyTypeObject *const type = makeObjectType();
+    static PyTypeObject *const type = [] {
+        PyTypeObject *made = makeObjectType();
+        BridgedClass::setRootType(made);
+        return made;
+    }();
     return type;
 }
 
@@ -284,6 +288,11 @@ PyObject *wrapValue(const BridgedClass &bridgedClass, std::shared_ptr<void> &&va
     object.bridgedClass = &bridgedClass;
     new (&object.instance) Instance {std::move(value), nullptr};
     return made;
+}
+
+void setWindowObserver(bool (*met)(const QWidget &window))
+{
+    windowObserver = met;
 }
 
 void *addressOf(BridgeObject &object)

@@ -1,23 +1,11 @@
 #pragma once
 
+#include "scripting/bridge/BridgedClass.h"
 #include "scripting/python/PythonValue.h"
 
-#include <QObject>
-#include <QPointer>
-#include <memory>
+class QWidget;
 
 namespace runebook::bridge {
-
-class BridgedClass;
-
-/// What stands behind an object of a script: a record or value that is shared with it, or an object of the
-/// program that may go away before it.
-struct Instance {
-    std::shared_ptr<void> value;
-    QPointer<QObject> object;
-
-    bool isEmpty() const { return !value && !object; }
-};
 
 /// An object of the program as scripts see it: the base of all bridged classes, and of the classes that
 /// scripts derive from NSObject, which have nothing behind them.
@@ -57,6 +45,9 @@ inline PyObject *wrapValue(const BridgedClass &bridgedClass, const std::shared_p
 {
     return wrapValue(bridgedClass, std::shared_ptr<void>(value));
 }
+/// Has \a met called for each window that scripts meet; it answers false with a Python error set when it
+/// fails.
+void setWindowObserver(bool (*met)(const QWidget &window));
 /// Where the C++ object is; null with ReferenceError set when it is gone.
 void *addressOf(BridgeObject &object);
 

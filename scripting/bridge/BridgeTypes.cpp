@@ -1,10 +1,6 @@
 #include "scripting/bridge/BridgeTypes.h"
 
-#include "codeeditor/TextRange.h"
-#include "document/VXDocument.h"
-#include "model/StringHelpers.h"
-#include "scripting/bridge/ScriptDelegate.h"
-
+#include <algorithm>
 #include <limits>
 #include <map>
 
@@ -19,11 +15,7 @@ template <typename T> const T &as(const void *data)
     return *static_cast<const T *>(data);
 }
 
-bool needs(PyObject *object, const char *what)
-{
-    raise(*py.PyExc_TypeError, u"%1 is needed, not %2"_s.arg(QString::fromLatin1(what), typeName(object)));
-    return false;
-}
+QObject *(*delegateFor)(PyObject *object) = nullptr;
 
 // Numbers
 
@@ -205,11 +197,6 @@ PyObject *intItem(const int &number)
     return py.PyLong_FromLongLong(number);
 }
 
-PyObject *indexItem(const qsizetype &index)
-{
-    return py.PyLong_FromLongLong(index);
-}
-
 PyObject *objectItem(QObject *const &object)
 {
     return wrapObject(object);
@@ -224,22 +211,6 @@ bool mapListFromPython(QMetaType, PyObject *object, void *data)
 {
     auto &list = *static_cast<QList<QVariantMap> *>(data);
     return forEach(object, [&list](PyObject *item) { return mapFromPython({}, item, &list.emplaceBack()); });
-}
-
-bool indexesFromPython(QMetaType, PyObject *object, void *data)
-{
-    auto &indexes = *static_cast<IndexSet *>(data);
-    const bool isRead = forEach(object, [&indexes](PyObject *item) {
-        if (!integerFromPython<qsizetype>({}, item, &indexes.emplace_back()))
-            return false;
-        if (indexes.back() >= 0)
-            return true;
-        raise(*py.PyExc_IndexError, u"%1 is no index"_s.arg(indexes.back()));
-        return false;
-    });
-    std::sort(indexes.begin(), indexes.end());
-    indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
-    return isRead;
 }
 
 // Objects
@@ -258,8 +229,8 @@ bool objectFromPython(QMetaType type, PyObject *object, void *data)
     if (!isBridgeObject(object))
         return needs(object, wanted ? wanted->className() : "an object of the program");
     auto &bridged = *reinterpret_cast<BridgeObject *>(object);
-    if (!bridged.bridgedClass && wanted == &QObject::staticMetaObject) {
-        target = ScriptDelegate::forObject(object);
+    if (!bridged.bridgedClass && wanted == &QObject::staticMetaObject && delegateFor) {
+        target = delegateFor(object);
         Reading::noteObject(target);
         return true;
     }
@@ -314,35 +285,6 @@ bool gadgetFromPython(QMetaType type, PyObject *object, void *data)
     type.destruct(data);
     type.construct(data, held->get());
     return true;
-}
-
-// Ranges
-
-template <typename Range> PyObject *rangeToPython(QMetaType, const void *data)
-{
-    const auto &range = as<Range>(data);
-    return vxPy_BuildValue("(LL)", static_cast<long long>(range.location),
-                           static_cast<long long>(range.length));
-}
-
-template <typename Range> bool rangeFromPython(QMetaType, PyObject *object, void *data)
-{
-    using Number = decltype(Range::location);
-    std::vector<Number> numbers;
-    if (isKind(object, python::kUnicodeSubclass | python::kDictSubclass)
-        || !forEach(object, [&numbers](PyObject *item) {
-               return integerFromPython<Number>({}, item, &numbers.emplace_back());
-           }))
-        return py.PyErr_Occurred() ? false : needs(object, "a range");
-    if (numbers.size() != 2)
-        return needs(object, "a range of location and length");
-    *static_cast<Range *>(data) = {numbers[0], numbers[1]};
-    return true;
-}
-
-template <typename Range> void registerRange()
-{
-    registerType(QMetaType::fromType<Range>(), {rangeToPython<Range>, rangeFromPython<Range>});
 }
 
 // Everything else
@@ -440,7 +382,6 @@ std::map<int, BridgeType> &registeredTypes()
         {QMetaType::QVariantList, {listToPython<QVariantList, variantToPython>, variantListFromPython}},
         {QMetaType::QVariantMap, {mapToPython, mapFromPython}},
         {qMetaTypeId<QList<int>>(), {listToPython<QList<int>, intItem>, nullptr}},
-        {qMetaTypeId<IndexSet>(), {listToPython<IndexSet, indexItem>, indexesFromPython}},
         {qMetaTypeId<QList<QObject *>>(), {listToPython<QList<QObject *>, objectItem>, objectListFromPython}},
         {qMetaTypeId<QList<QVariantMap>>(), {listToPython<QList<QVariantMap>, mapItem>, mapListFromPython}},
     };
@@ -462,10 +403,15 @@ void registerType(QMetaType type, const BridgeType &bridge)
     registeredTypes().insert_or_assign(type.id(), bridge);
 }
 
-void registerRanges()
+void setDelegateMaker(QObject *(*forObject)(PyObject *object))
 {
-    registerRange<TextRange>();
-    registerRange<UnitRange>();
+    delegateFor = forObject;
+}
+
+bool needs(PyObject *object, const char *what)
+{
+    raise(*py.PyExc_TypeError, u"%1 is needed, not %2"_s.arg(QString::fromLatin1(what), typeName(object)));
+    return false;
 }
 
 ValueTypes &valueTypes()
@@ -613,8 +559,8 @@ bool variantFromPython(PyObject *object, QVariant &value)
     const auto &bridged = *reinterpret_cast<BridgeObject *>(object);
     if (bridged.bridgedClass && !bridged.bridgedClass->isGadget())
         return convert(QMetaType::QObjectStar);
-    if (bridged.bridgedClass && bridged.bridgedClass->metaObject().inherits(&VXGlyphInfo::staticMetaObject))
-        return convert(qMetaTypeId<InfoPtr>());
+    if (bridged.bridgedClass && bridged.bridgedClass->variantType().isValid())
+        return convert(bridged.bridgedClass->variantType().id());
     return needs(object, "a value");
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "scripting/bridge/BridgedClass.h"
+#include "scripting/bridge/BridgeObject.h"
 
-#include <QMetaType>
 #include <optional>
 #include <vector>
 
@@ -31,8 +30,11 @@ struct BridgeType {
 /// Never null: types that nobody registered go through QVariant's conversions, or across as they are.
 const BridgeType &bridgeType(QMetaType type);
 void registerType(QMetaType type, const BridgeType &bridge);
-/// Lets ranges of texts cross as tuples of location and length.
-void registerRanges();
+/// What stands for an object of a class that a script made, where C++ wants any QObject: a delegate. Told
+/// once.
+void setDelegateMaker(QObject *(*forObject)(PyObject *object));
+/// Sets TypeError: \a what is needed, not the \a object. Always false.
+bool needs(PyObject *object, const char *what);
 
 /// The Python classes of values, told by the Python side: a list, a text and a number that answer as the
 /// program's objects do, and the exception for errors of the program.
@@ -108,6 +110,8 @@ private:
 
 /// Makes a class of records known that are held by std::shared_ptr, with lists of them.
 template <typename Record> void registerRecord();
+/// Lets a structure of location and length, a range of a text, cross as a tuple of them.
+template <typename Range> void registerRange();
 
 // Implementation
 
@@ -145,9 +149,12 @@ template <typename Record> void registerRecord()
 {
     using Pointer = std::shared_ptr<Record>;
     using List = std::vector<Pointer>;
-    BridgedClass::registerClass(Record::staticMetaObject, [] {
-        return Instance {std::make_shared<Record>(), nullptr};
-    });
+    BridgedClass::registerClass(
+        Record::staticMetaObject,
+        [] {
+            return Instance {std::make_shared<Record>(), nullptr};
+        },
+        QMetaType::fromType<Pointer>());
     registerType(QMetaType::fromType<Pointer>(),
                  {[](QMetaType, const void *data) {
                       return recordToPython(Record::staticMetaObject, *static_cast<const Pointer *>(data));
@@ -178,6 +185,30 @@ template <typename Record> void registerRecord()
                                  .fromPython(QMetaType::fromType<List>(), object, &list.emplace());
                   },
                   true});
+}
+
+template <typename Range> void registerRange()
+{
+    constexpr auto kToPython = [](QMetaType, const void *data) {
+        const auto &range = *static_cast<const Range *>(data);
+        return vxPy_BuildValue("(LL)", static_cast<long long>(range.location),
+                               static_cast<long long>(range.length));
+    };
+    constexpr auto kFromPython = [](QMetaType, PyObject *object, void *data) {
+        using Number = decltype(Range::location);
+        const QMetaType number = QMetaType::fromType<Number>();
+        std::vector<Number> numbers;
+        if (isKind(object, python::kUnicodeSubclass | python::kDictSubclass)
+            || !forEach(object, [&numbers, number](PyObject *item) {
+                   return bridgeType(number).fromPython(number, item, &numbers.emplace_back());
+               }))
+            return py.PyErr_Occurred() ? false : needs(object, "a range");
+        if (numbers.size() != 2)
+            return needs(object, "a range of location and length");
+        *static_cast<Range *>(data) = {numbers[0], numbers[1]};
+        return true;
+    };
+    registerType(QMetaType::fromType<Range>(), {kToPython, kFromPython});
 }
 
 } // namespace runebook::bridge

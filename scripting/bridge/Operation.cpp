@@ -1,8 +1,7 @@
 #include "scripting/bridge/Operation.h"
 
-#include "document/VXDocument.h"
+#include "platform/Error.h"
 #include "platform/Unattended.h"
-#include "platform/documents/DocumentController.h"
 #include "scripting/bridge/Descriptor.h"
 #include "scripting/bridge/DirectText.h"
 #include "scripting/python/OperationScope.h"
@@ -18,6 +17,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::size_t kMaxParameters = 10;
+
+Preparation currentPreparation;
 
 struct Operation : Descriptor {
     const MethodGroup *group;
@@ -151,17 +152,6 @@ struct Target {
     void *address() const { return object ? addressOf(*object) : prototypeAddress(*bridgedClass); }
 };
 
-/// Windows follow their documents in the next turn of the event loop; a script that asks one does not wait.
-void bringUpToDate(const BridgedClass &owner)
-{
-    if (owner.isGadget() || owner.metaObject().inherits(&Document::staticMetaObject))
-        return;
-    for (Document *document : DocumentController::shared().documentList()) {
-        if (auto *glyphs = qobject_cast<VXDocument *>(document))
-            glyphs->flushChanges();
-    }
-}
-
 /// In a run without windows nobody would end what waits for an answer: one line tells that it was left out.
 bool isLeftOut(const Operation &operation, const Method &method)
 {
@@ -190,7 +180,8 @@ PyObject *invoke(const Operation &operation, const Method &method, const Target 
         return nullptr;
     if (!isLeftOut(operation, method)) {
         const OperationScope scope;
-        bringUpToDate(*operation.group->owner);
+        if (operation.group->needsPreparation)
+            currentPreparation.prepare();
         call.perform(*operation.group->owner, address);
     }
     return ScriptRun::raiseKeptEnd() ? nullptr : call.answer(operation.selector->takesError);
@@ -445,6 +436,16 @@ Method::Method(const QMetaMethod &method, QObject *operations)
         isUsable = value.isValid() && bridge->fromPython;
     }
     isUsable = isUsable && (result.isValid() || method.returnMetaType().id() == QMetaType::Void);
+}
+
+void setPreparation(const Preparation &preparation)
+{
+    currentPreparation = preparation;
+}
+
+bool needsPreparation(const BridgedClass &owner)
+{
+    return currentPreparation.isNeeded && currentPreparation.isNeeded(owner.metaObject());
 }
 
 QList<QByteArray> Method::parameterNames() const

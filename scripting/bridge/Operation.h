@@ -43,8 +43,19 @@ struct Method {
 struct MethodGroup {
     const BridgedClass *owner;
     QByteArray name;
+    bool needsPreparation; ///< see setPreparation()
     std::vector<Method> methods;
 };
+
+/// Something is done before an operation of certain classes is called: what the operation looks at may have
+/// to be brought up to date. Before any object of such a class is met.
+struct Preparation {
+    bool (*isNeeded)(const QMetaObject &meta) = nullptr; ///< asked once for each class
+    void (*prepare)() = nullptr;
+};
+void setPreparation(const Preparation &preparation);
+/// Whether operations of \a owner are prepared.
+bool needsPreparation(const BridgedClass &owner);
 
 /// What help() and listings of a class ask an attribute: its "__name__", "__doc__" and "__signature__", and
 /// "details", a map of what is known of it. \a details makes the map.
@@ -54,10 +65,6 @@ PyObject *described(PyObject *self, const char *what);
 
 /// The attribute of a class that calls an operation under one of its selectors. New reference.
 PyObject *makeOperation(const MethodGroup &group, const Selector &selector);
-/// The attribute for a property: read and written as a value; it can be called as well.
-PyObject *makeProperty(const BridgedClass &owner, const QMetaProperty &property);
-/// The attribute that sets a property when it is called with a value.
-PyObject *makeSetter(const BridgedClass &owner, const QMetaProperty &property);
 
 template <QVariantMap (*details)(PyObject *self)> PyGetSetDef *descriptions()
 {

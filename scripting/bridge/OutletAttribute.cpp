@@ -1,8 +1,9 @@
 #include "scripting/bridge/OutletAttribute.h"
 
-#include "scripting/bridge/BridgedClass.h"
+#include "scripting/bridge/BridgeObject.h"
 
 #include <QSet>
+#include <QWidget>
 #include <algorithm>
 
 namespace runebook::bridge {
@@ -92,8 +93,6 @@ bool addAttribute(PyObject *type, const QString &name)
     return py.PyObject_SetAttrString(type, name.toUtf8().constData(), made.get()) == 0;
 }
 
-} // namespace
-
 bool announceParts(const QWidget &window)
 {
     static QSet<QString> announced;
@@ -109,6 +108,13 @@ bool announceParts(const QWidget &window)
             return false;
     }
     return true;
+}
+
+} // namespace
+
+void setUpOutlets()
+{
+    setWindowObserver(announceParts);
 }
 
 } // namespace runebook::bridge

@@ -1,11 +1,9 @@
-#include "scripting/bridge/Operation.h"
+#include "scripting/bridge/PropertyAttribute.h"
 
 #include "scripting/bridge/Descriptor.h"
 #include "scripting/bridge/DirectText.h"
 #include "scripting/python/OperationScope.h"
 #include "scripting/python/ScriptRun.h"
-
-#include <QMetaProperty>
 
 namespace runebook::bridge {
 

@@ -1,30 +1,24 @@
 #include "scripting/classes/BridgeModule.h"
 
-#include "codeeditor/JSTDocument.h"
-#include "codeeditor/JSTTextView.h"
-#include "codeeditor/VXCodeTextStorage.h"
-#include "codeeditor/VXLineNumberView.h"
 #include "document/VXDocument.h"
+#include "model/StringHelpers.h"
 #include "model/VXArrayToStringTransformator.h"
 #include "model/VXDirectionToIndexValueTransformer.h"
 #include "platform/NotificationCenter.h"
+#include "platform/VXVersionComparator.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
-#include "scripting/bridge/BridgeTypes.h"
-#include "scripting/bridge/Operation.h"
-#include "scripting/classes/CodeOperations.h"
+#include "scripting/bridge/ClassAttributes.h"
+#include "scripting/bridge/OutletAttribute.h"
 #include "scripting/classes/ControlOperations.h"
 #include "scripting/classes/DocumentOperations.h"
+#include "scripting/classes/FontMaps.h"
 #include "scripting/classes/MenuOperations.h"
+#include "scripting/classes/NewObject.h"
 #include "scripting/classes/ScriptApplication.h"
 #include "scripting/classes/ScriptHelpers.h"
-#include "scripting/menu/VXScriptingHandler.h"
-#include "scripting/panel/VXMacroViewController.h"
 #include "scripting/python/CallbackError.h"
 #include "scripting/python/ScriptConsole.h"
-#include "tabbar/VXTabBarControl.h"
-#include "update/Appcast.h"
-#include "update/VXVersionComparator.h"
 
 namespace runebook::bridge {
 
@@ -39,34 +33,38 @@ template <typename Class> void registerValueClass()
     });
 }
 
-template <typename Class> void registerOwnedClass()
+/// The objects there is one of, by name.
+QHash<QString, QObject *(*)()> &sharedObjects()
 {
-    BridgedClass::registerClass(Class::staticMetaObject, [] { return ownedByScripts(new Class); });
+    static QHash<QString, QObject *(*)()> objects;
+    return objects;
 }
 
 void registerClasses()
 {
-    registerRanges();
+    setUpClasses();
+    setUpOutlets();
+    registerRange<UnitRange>();
+    registerNewObjects();
+    registerFonts();
     registerMenuOperations();
     registerControlOperations();
     registerDocumentOperations();
-    registerRecord<VXGlyphInfo>();
-    registerOwnedClass<VXDocument>();
-    registerCodeOperations();
-    registerOwnedClass<JSTTextView>();
-    registerOwnedClass<JSTDocument>();
-    registerOwnedClass<VXTabBarControl>();
-    registerOwnedClass<VXCodeTextStorage>();
-    registerOwnedClass<SUAppcast>();
-    registerOwnedClass<SUAppcastItem>();
-    BridgedClass::registerClass(VXMacroViewController::staticMetaObject);
     registerValueClass<VXVersionComparator>();
     registerValueClass<VXArrayToStringTransformator>();
     registerValueClass<VXDirectionToIndexValueTransformer>();
-    BridgedClass::registerClass(VXScriptingHandler::staticMetaObject, [] {
-        return Instance {nullptr, VXScriptingHandler::sharedHandler()};
-    });
     registerValueClass<Error>();
+}
+
+void registerObjects()
+{
+    registerSharedObject(u"application"_s, [] { return ScriptApplication::object(); });
+    registerSharedObject(u"documentController"_s,
+                         []() -> QObject * { return &DocumentController::shared(); });
+    registerSharedObject(u"userDefaults"_s, []() -> QObject * { return &UserDefaults::standard(); });
+    registerSharedObject(u"notificationCenter"_s,
+                         []() -> QObject * { return &NotificationCenter::defaultCenter(); });
+    registerSharedObject(u"helpers"_s, []() -> QObject * { return &ScriptHelpers::shared(); });
 }
 
 PyObject *classFromString(PyObject *, PyObject *name)
@@ -82,26 +80,15 @@ PyObject *classFromString(PyObject *, PyObject *name)
     });
 }
 
-/// The objects there is one of, by name.
 PyObject *sharedObject(PyObject *, PyObject *name)
 {
     QString text;
     if (!checkThread() || !readText(name, text))
         return nullptr;
     return guarded<PyObject *>(nullptr, [&text] {
-        if (text == "application"_L1)
-            return wrapObject(ScriptApplication::object());
-        if (text == "documentController"_L1)
-            return wrapObject(&DocumentController::shared());
-        if (text == "userDefaults"_L1)
-            return wrapObject(&UserDefaults::standard());
-        if (text == "notificationCenter"_L1)
-            return wrapObject(&NotificationCenter::defaultCenter());
-        if (text == "scriptingHandler"_L1)
-            return wrapObject(VXScriptingHandler::sharedHandler());
-        if (text == "helpers"_L1)
-            return wrapObject(&ScriptHelpers::shared());
-        return raise(*py.PyExc_ValueError, u"no object is called %1"_s.arg(text));
+        const auto object = sharedObjects().value(text);
+        return object ? wrapObject(object())
+                      : raise(*py.PyExc_ValueError, u"no object is called %1"_s.arg(text));
     });
 }
 
@@ -171,7 +158,7 @@ PyObject *selectors(PyObject *, PyObject *type)
         const BridgedClass *base = BridgedClass::forMetaObject(*meta);
         if (!base)
             return nullptr;
-        for (const Method &method : base->allMethods())
+        for (const Method &method : methodsOf(*base))
             names << QString::fromUtf8(usualSelector(method.name, method.inputs(), method.parameterNames()));
         for (int i = meta->propertyOffset(); i < meta->propertyCount(); ++i)
             names << QString::fromLatin1(meta->property(i).name());
@@ -236,10 +223,16 @@ PyModuleDef runebook_module {{{1, nullptr}, nullptr, 0, nullptr},
 
 } // namespace runebook::bridge
 
+void runebook::registerSharedObject(const QString &name, QObject *(*object)())
+{
+    bridge::sharedObjects().insert(name, object);
+}
+
 PyObject *PyInit_runebook()
 {
     using namespace runebook::bridge;
     registerClasses();
+    registerObjects();
     PyTypeObject *root = objectType();
     PyObject *module = root ? vxPyModule_Create2(&runebook_module, runebook::python::kApiVersion) : nullptr;
     if (module)

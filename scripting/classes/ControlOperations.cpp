@@ -183,13 +183,6 @@ void TextFieldOperations::setStringValue(QLineEdit *field, const QString &text) 
     Q_EMIT field->textEdited(text);
 }
 
-QStringList CodeViewOperations::completionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
-                                                                                  TextRange range,
-                                                                                  int *index) const
-{
-    return view->completionsForPartialWordRange(range, index);
-}
-
 bool PopupOperations::selectItemWithTag(QComboBox *popup, int tag) const
 {
     for (int index = 0; index < popup->count(); ++index) {
@@ -265,7 +258,6 @@ void registerControlOperations()
     static ControlOperations controls;
     static TextFieldOperations textFields;
     static PopupOperations popups;
-    static CodeViewOperations codeViews;
     static LabelOperations labels;
     static ButtonOperations buttons;
     static NumberFieldOperations numberFields;
@@ -278,7 +270,6 @@ void registerControlOperations()
     bridge::BridgedClass::registerExtension(QCoreApplication::staticMetaObject, &applications);
     bridge::BridgedClass::registerExtension(QWidget::staticMetaObject, &controls);
     bridge::BridgedClass::registerExtension(QLineEdit::staticMetaObject, &textFields);
-    bridge::BridgedClass::registerExtension(JSTTextView::staticMetaObject, &codeViews);
     bridge::BridgedClass::registerExtension(QComboBox::staticMetaObject, &popups);
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "codeeditor/JSTTextView.h"
-
 #include <QAbstractButton>
 #include <QColor>
 #include <QComboBox>
@@ -99,17 +97,6 @@ class TextBoxOperations : public QObject
 public:
     Q_INVOKABLE QString stringValue(QPlainTextEdit *box) const;
     Q_INVOKABLE void setStringValue(QPlainTextEdit *box, const QString &text) const;
-};
-
-/// What scripts ask a code text view beside its own operations.
-class CodeViewOperations : public QObject
-{
-    Q_OBJECT
-public:
-    /// The completions for the partial word at \a range; \a index gets the place of the one to offer first.
-    Q_INVOKABLE QStringList completionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
-                                                                              runebook::TextRange range,
-                                                                              int *index) const;
 };
 
 /// An item of a popup. Its tag is the number it stands for; where it stands for none, its index from 0.

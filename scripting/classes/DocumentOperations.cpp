@@ -1,7 +1,8 @@
 #include "scripting/classes/DocumentOperations.h"
 
-#include "scripting/bridge/BridgedClass.h"
+#include "platform/documents/DocumentController.h"
 #include "scripting/bridge/DirectText.h"
+#include "scripting/bridge/Operation.h"
 #include "scripting/classes/FontMaps.h"
 
 #include <stdexcept>
@@ -172,10 +173,56 @@ void registerTexts(std::initializer_list<GlyphField> fields, decltype(&storeText
                                    {static_cast<int>(field), storedText, write});
 }
 
+/// Windows follow their documents in the next turn of the event loop; a script that asks one does not wait.
+void bringUpToDate()
+{
+    for (Document *document : DocumentController::shared().documentList()) {
+        if (auto *glyphs = qobject_cast<VXDocument *>(document))
+            glyphs->flushChanges();
+    }
+}
+
+bool followsDocuments(const QMetaObject &meta)
+{
+    return meta.inherits(&QObject::staticMetaObject) && !meta.inherits(&Document::staticMetaObject);
+}
+
+// Indexes
+
+PyObject *indexesToPython(QMetaType, const void *data)
+{
+    const auto &indexes = *static_cast<const IndexSet *>(data);
+    const QVariantList numbers(indexes.begin(), indexes.end());
+    return bridge::bridgeType(QMetaType::fromType<QVariantList>()).toPython({}, &numbers);
+}
+
+bool indexesFromPython(QMetaType, PyObject *object, void *data)
+{
+    auto &indexes = *static_cast<IndexSet *>(data);
+    const QMetaType number = QMetaType::fromType<qsizetype>();
+    const bridge::BridgeType &numbers = bridge::bridgeType(number);
+    const bool isRead = bridge::forEach(object, [&](PyObject *item) {
+        if (!numbers.fromPython(number, item, &indexes.emplace_back()))
+            return false;
+        if (indexes.back() >= 0)
+            return true;
+        bridge::raise(*py.PyExc_IndexError, u"%1 is no index"_s.arg(indexes.back()));
+        return false;
+    });
+    std::sort(indexes.begin(), indexes.end());
+    indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
+    return isRead;
+}
+
 } // namespace
 
 void registerDocumentOperations()
 {
+    bridge::registerRecord<VXGlyphInfo>();
+    bridge::BridgedClass::registerClass(VXDocument::staticMetaObject,
+                                        [] { return bridge::ownedByScripts(new VXDocument); });
+    bridge::registerType(QMetaType::fromType<IndexSet>(), {indexesToPython, indexesFromPython});
+    bridge::setPreparation({followsDocuments, bringUpToDate});
     using enum GlyphField;
     registerTexts({Name, Category, SubCategory, Anchors, Script, Production, SortName, SortNameKeep,
                    SortNameOld, Decompose},

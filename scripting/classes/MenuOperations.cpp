@@ -1,7 +1,7 @@
 #include "scripting/classes/MenuOperations.h"
 
 #include "scripting/bridge/BridgedClass.h"
-#include "scripting/menu/ScriptMenuItems.h"
+#include "scripting/classes/ScriptMenuItems.h"
 
 #include <QMetaMethod>
 #include <QPointer>

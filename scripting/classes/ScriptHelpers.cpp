@@ -1,6 +1,5 @@
 #include "scripting/classes/ScriptHelpers.h"
 
-#include "codeeditor/BraceMatching.h"
 #include "model/StringHelpers.h"
 #include "platform/FilePath.h"
 #include "platform/Unattended.h"
@@ -177,27 +176,6 @@ QVariantList ScriptHelpers::rangeOfLine(const QString &text, int number) const
 QString ScriptHelpers::UUID() const
 {
     return runebook::UUID();
-}
-
-void ScriptHelpers::initBraces() const
-{
-    ::initBraces();
-}
-
-bool ScriptHelpers::TE_isOpeningBrace(quint16 character) const
-{
-    return ::TE_isOpeningBrace(character);
-}
-
-bool ScriptHelpers::TE_isClosingBrace(quint16 character) const
-{
-    return ::TE_isClosingBrace(character);
-}
-
-QVariant ScriptHelpers::TE_findMatchingBraceForRangeInString(int index, const QString &text) const
-{
-    const auto found = ::TE_findMatchingBraceForRangeInString(index, text);
-    return found ? QVariant::fromValue(*found) : QVariant();
 }
 
 } // namespace runebook

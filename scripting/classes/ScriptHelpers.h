@@ -60,13 +60,6 @@ public: // texts
     Q_INVOKABLE QVariantList rangeOfLine(const QString &text, int number) const;
     Q_INVOKABLE QString UUID() const;
 
-public: // braces; a character is a UTF-16 unit
-    Q_INVOKABLE void initBraces() const;
-    Q_INVOKABLE bool TE_isOpeningBrace(quint16 character) const;
-    Q_INVOKABLE bool TE_isClosingBrace(quint16 character) const;
-    /// The range [location, 1] of the brace that matches the one at \a index; invalid when there is none.
-    Q_INVOKABLE QVariant TE_findMatchingBraceForRangeInString(int index, const QString &text) const;
-
 private:
     QHash<QString, QString> m_answers;
     QPointer<QProgressDialog> m_progress;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scripting/python/ScriptFile.h"
+#include "scripting/menu/ScriptFile.h"
 
 #include <QFileSystemWatcher>
 #include <QHash>

@@ -1,12 +1,12 @@
 #include "platform/MainMenu.h"
 #include "platform/StandardFolders.h"
 #include "platform/documents/DocumentController.h"
+#include "scripting/classes/ScriptMenuItems.h"
 #include "scripting/menu/MenuSettings.h"
+#include "scripting/menu/ScriptFile.h"
 #include "scripting/menu/ScriptFolderWatcher.h"
-#include "scripting/menu/ScriptMenuItems.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ScriptConsole.h"
-#include "scripting/python/ScriptFile.h"
 
 #include <QCollator>
 #include <QDesktopServices>

@@ -1,6 +1,8 @@
 #include "platform/StandardFolders.h"
 #include "scripting/classes/BridgeModule.h"
 #include "scripting/classes/ScriptHelpers.h"
+#include "scripting/components/Components.h"
+#include "scripting/menu/HandlerOperations.h"
 #include "scripting/menu/MenuSettings.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ForkedProcess.h"
@@ -153,6 +155,8 @@ void VXScriptingHandler::startInterpreter(const QString &path)
         vxPyImport_AppendInittab("TesselOut", PyInit_TesselOut);
         vxPyImport_AppendInittab("TesselErr", PyInit_TesselErr);
     }
+    registerComponents();
+    registerHandlerOperations();
     vxPyImport_AppendInittab(kBridgeModuleName, PyInit_runebook);
     initialize(pythonPrefix(path));
     const int state = vxPyGILState_Ensure();

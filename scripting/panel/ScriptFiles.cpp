@@ -4,10 +4,10 @@
 #include "platform/MessageBar.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/panel/MacroTabs.h"
 #include "scripting/panel/ScriptText.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
-#include "scripting/panel/VXMacroWindowController.h"
 #include "tabbar/VXTabBarControl.h"
 
 #include <QAction>
@@ -57,7 +57,7 @@ void replaceText(JSTTextView &view, const QString &text)
 
 } // namespace
 
-ScriptFiles::ScriptFiles(VXMacroWindowController &panel, QMenu &menu) : QObject(&panel), m_panel(panel)
+ScriptFiles::ScriptFiles(MacroTabs &tabs, QMenu &menu, QObject *parent) : QObject(parent), m_panel(tabs)
 {
     QAction *before = menu.actions().value(0);
     addCommand(menu, before, tr("&Open Script…"), QKeySequence::Open, &ScriptFiles::askToOpen);

@@ -10,9 +10,10 @@ class QAction;
 class QMenu;
 class QWidget;
 class VXMacroViewController;
-class VXMacroWindowController;
 
 namespace runebook {
+
+class MacroTabs;
 
 /// Script files in tabs of the macro panel: opened, dropped, saved as scripts of the menu, read again when
 /// another program has changed them. A tab that is no file stays what it was: kept by the program.
@@ -20,9 +21,9 @@ class ScriptFiles : public QObject
 {
     Q_OBJECT
 public:
-    /// Puts its commands on top of \a menu, behind those for tabs. \a panel outlives this; its window is
+    /// Puts its commands on top of \a menu, behind those for tabs. \a tabs outlives this; its window is
     /// loaded.
-    ScriptFiles(VXMacroWindowController &panel, QMenu &menu);
+    ScriptFiles(MacroTabs &tabs, QMenu &menu, QObject *parent);
 
     /// Shows the file at \a path in a tab, the one that has it or a new one, with the caret in \a line (from
     /// 1; 0 for none). False, with a word in the panel, when it cannot be read.
@@ -51,7 +52,7 @@ private:
     QAction *addCommand(QMenu &menu, QAction *before, const QString &text, const QKeySequence &key,
                         void (ScriptFiles::*command)());
 
-    VXMacroWindowController &m_panel;
+    MacroTabs &m_panel;
 };
 
 } // namespace runebook

@@ -1,7 +1,7 @@
 #include "scripting/panel/ScriptText.h"
 
 #include "platform/documents/FileSaver.h"
-#include "scripting/python/ScriptFile.h"
+#include "scripting/menu/ScriptFile.h"
 
 #include <QCoreApplication>
 #include <QFile>

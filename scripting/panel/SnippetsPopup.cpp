@@ -1,6 +1,6 @@
 #include "scripting/panel/SnippetsPopup.h"
 
-#include "scripting/menu/ScriptMenuItems.h"
+#include "scripting/classes/ScriptMenuItems.h"
 
 #include <QMenu>
 

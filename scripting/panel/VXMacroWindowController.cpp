@@ -3,16 +3,17 @@
 #include "codeeditor/JSTTextView.h"
 #include "platform/MessageBar.h"
 #include "platform/documents/DocumentController.h"
+#include "scripting/bridge/BridgedClass.h"
 #include "scripting/classes/ScriptApplication.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/PanelSettings.h"
+#include "scripting/panel/RunQuestion.h"
+#include "scripting/panel/RunSummary.h"
 #include "scripting/panel/ScriptFiles.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/python/RunPump.h"
-#include "scripting/python/RunQuestion.h"
-#include "scripting/python/RunSummary.h"
 #include "tabbar/VXTabBarControl.h"
 #include "ui_VXMacroWindow_11.h"
 
@@ -71,6 +72,8 @@ void VXMacroWindowController::initialize()
     static const bool once = [] {
         Settings::kFirstMacro.registerFallback();
         VXMacroViewController::initialize();
+        // Known by name before a script has met the first one.
+        bridge::BridgedClass::registerClass(VXMacroViewController::staticMetaObject);
         return true;
     }();
     Q_UNUSED(once)
@@ -92,7 +95,7 @@ void VXMacroWindowController::loadWindow()
     loadSnippets();
     setUpConsole();
     restoreMacroTabs();
-    m_scriptFiles = new ScriptFiles(*this, *m_window->parts().fileMenu);
+    m_scriptFiles = new ScriptFiles(*this, *m_window->parts().fileMenu, this);
     setUpRuns();
     connectCommands();
     connect(m_window.get(), &VXMacroWindow::becameKey, this, &VXMacroWindowController::windowDidBecomeKey);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scripting/panel/MacroTabs.h"
 #include "scripting/python/ScriptConsole.h"
 
 #include <QElapsedTimer>
@@ -10,10 +11,6 @@
 #include <QVariantMap>
 #include <memory>
 #include <optional>
-
-class VXMacroViewController;
-class VXMacroWindow;
-class VXTabBarControl;
 
 namespace runebook {
 class ConsoleView;
@@ -33,7 +30,7 @@ Q_MOC_INCLUDE(<QMenu>)
 /// The macro panel: tabs of Python code, the console below them, and the commands that run one on the other.
 /// One for the program. Its window is loaded when it is first needed, so that making the panel costs nothing;
 /// closing the window only hides it. The tabs are kept in the user's defaults. Main thread only.
-class VXMacroWindowController : public QObject, public runebook::ScriptConsole
+class VXMacroWindowController : public QObject, public runebook::ScriptConsole, public runebook::MacroTabs
 {
     Q_OBJECT
     Q_PROPERTY(int macroFontSize READ macroFontSize WRITE setMacroFontSize)
@@ -45,9 +42,9 @@ public:
     static void initialize();
 
 public: // the window and what is in it; asking for one of them loads the window
-    Q_INVOKABLE VXMacroWindow *window();
+    Q_INVOKABLE VXMacroWindow *window() override;
     bool isWindowLoaded() const { return m_window != nullptr; }
-    Q_INVOKABLE VXTabBarControl *tabBarControl();
+    Q_INVOKABLE VXTabBarControl *tabBarControl() override;
     /// The text view that shows what scripts print.
     Q_INVOKABLE QWidget *consoleText();
     Q_INVOKABLE runebook::SnippetsPopup *snippetsPopup();
@@ -71,11 +68,11 @@ public: // showing
 
 public: // tabs
     /// The selected tab; null when there is none.
-    Q_INVOKABLE VXMacroViewController *activeMacroController();
+    Q_INVOKABLE VXMacroViewController *activeMacroController() override;
     /// Appends a tab with a line to begin with and selects it.
     Q_INVOKABLE void newTab();
     /// Appends a tab; a null \a code leaves it empty.
-    Q_INVOKABLE VXMacroViewController *addMacroTitle(const QString &code, const QString &title);
+    Q_INVOKABLE VXMacroViewController *addMacroTitle(const QString &code, const QString &title) override;
     /// Closes the selected tab, or the window when it is the only one.
     Q_INVOKABLE void closeTab();
     /// Brings back the tab that was closed last, as long as the program runs.
@@ -88,7 +85,7 @@ public: // tabs
     /// Asks for a line and puts the caret into it.
     Q_INVOKABLE void goToLine();
     /// Writes the tabs and which one is selected to the defaults "VXMacroViews" and "VXSelectedMacroView".
-    Q_INVOKABLE void saveMacroTabs();
+    Q_INVOKABLE void saveMacroTabs() override;
     /// Makes the tabs anew from the defaults.
     Q_INVOKABLE void restoreMacroTabs();
     Q_INVOKABLE void tabBarDidSelectTabItem(VXTabBarControl *bar, QObject *item);

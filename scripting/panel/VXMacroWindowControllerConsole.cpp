@@ -3,7 +3,7 @@
 
 #include "codeeditor/JSTTextView.h"
 #include "platform/StandardFolders.h"
-#include "scripting/menu/ScriptMenuItems.h"
+#include "scripting/classes/ScriptMenuItems.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ConsoleText.h"
 #include "scripting/panel/ExternalEditors.h"

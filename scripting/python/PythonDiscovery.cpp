@@ -1,7 +1,7 @@
 #include "scripting/python/PythonDiscovery.h"
 
+#include "platform/VXVersionComparator.h"
 #include "scripting/python/BundleInfo.h"
-#include "update/VXVersionComparator.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -4,6 +4,7 @@
 #include "platform/defaults/UserDefaults.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/ConsoleView.h"
+#include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptConsole.h"
 
@@ -56,6 +57,7 @@ protected:
         // The same with another interpreter: the path of its library in this variable.
         if (const QString library = qEnvironmentVariable("RUNEBOOK_TEST_PYTHON"); !library.isEmpty())
             UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
+        VXMacroWindowController::initialize();
         VXScriptingHandler::sharedHandler();
         QVERIFY(VXScriptingHandler::isPythonRunning());
         RunPump::shared().start();

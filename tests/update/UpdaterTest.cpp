@@ -1,3 +1,4 @@
+#include "platform/VXVersionComparator.h"
 #include "platform/defaults/UserDefaults.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
@@ -6,7 +7,6 @@
 #include "update/SUUpdater.h"
 #include "update/SafeHtml.h"
 #include "update/UpdateWindow.h"
-#include "update/VXVersionComparator.h"
 
 #include <QDesktopServices>
 #include <QLabel>

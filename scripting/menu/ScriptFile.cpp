@@ -1,4 +1,4 @@
-#include "scripting/python/ScriptFile.h"
+#include "scripting/menu/ScriptFile.h"
 
 #include "model/StringHelpers.h"
 #include "platform/FileBytes.h"

@@ -1,24 +1,15 @@
 #pragma once
 
 #include "codeeditor/JSTDocument.h"
+#include "codeeditor/JSTTextView.h"
 #include "codeeditor/VXCodeTextStorage.h"
 #include "codeeditor/VXLineNumberView.h"
-#include "scripting/menu/VXScriptingHandler.h"
-#include "tabbar/VXTabBarControl.h"
+#include "scripting/classes/NewObject.h"
+#include "scripting/classes/ScriptHelpers.h"
 
 #include <QAbstractScrollArea>
-#include <QMenu>
 
 namespace runebook {
-
-namespace bridge {
-
-/// An object that an operation made for the script that called it: the script's own until it gets a parent.
-struct NewObject {
-    QObject *object = nullptr;
-};
-
-} // namespace bridge
 
 /// Operations of a code document whose C++ forms scripts cannot call as they are. Its tokenizer is an object
 /// of its own to scripts: TDTokenizer, with TDToken and TDReader.
@@ -76,31 +67,31 @@ public:
                                  const QVariantHash &keywords) const;
 };
 
-/// The same for a tab bar.
-class TabBarOperations : public QObject
+/// What scripts ask a code text view beside its own operations.
+class CodeViewOperations : public QObject
 {
     Q_OBJECT
 public:
-    Q_INVOKABLE QList<QObject *> cells(VXTabBarControl *bar) const;
-    Q_INVOKABLE QList<QObject *> viewControllers(VXTabBarControl *bar) const;
-    Q_INVOKABLE QObject *overflowPopUpButton(VXTabBarControl *bar) const;
-    Q_INVOKABLE QVariantMap encodeWithCoder(VXTabBarControl *bar) const;
-    /// A bar with the settings of an archive.
-    Q_INVOKABLE runebook::bridge::NewObject initWithCoder(VXTabBarControl *,
-                                                          const QVariantMap &archive) const;
-    Q_INVOKABLE void menuNeedsUpdate(VXTabBarControl *bar, QMenu *menu) const;
+    /// The completions for the partial word at \a range; \a index gets the place of the one to offer first.
+    Q_INVOKABLE QStringList completionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                              runebook::TextRange range,
+                                                                              int *index) const;
 };
 
-/// The same for the handler of scripts.
-class HandlerOperations : public QObject
+/// Functions about braces for the modules that ship with the program; a character is a UTF-16 unit.
+class BraceOperations : public QObject
 {
     Q_OBJECT
 public:
-    /// The handle of the open library as a number, or None.
-    Q_INVOKABLE QVariant pythonLibForPath(VXScriptingHandler *handler, const QString &path) const;
+    Q_INVOKABLE void initBraces(ScriptHelpers *) const;
+    Q_INVOKABLE bool TE_isOpeningBrace(ScriptHelpers *, quint16 character) const;
+    Q_INVOKABLE bool TE_isClosingBrace(ScriptHelpers *, quint16 character) const;
+    /// The range [location, 1] of the brace that matches the one at \a index; invalid when there is none.
+    Q_INVOKABLE QVariant TE_findMatchingBraceForRangeInString(ScriptHelpers *, int index,
+                                                              const QString &text) const;
 };
 
-/// Makes them known to the bridge, with the types that they need.
+/// Makes them known to the bridge, with the classes and the types that they need.
 void registerCodeOperations();
 
 } // namespace runebook

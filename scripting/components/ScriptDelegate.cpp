@@ -1,4 +1,4 @@
-#include "scripting/bridge/ScriptDelegate.h"
+#include "scripting/components/ScriptDelegate.h"
 
 #include "codeeditor/JSTTextView.h"
 #include "scripting/bridge/BridgeTypes.h"

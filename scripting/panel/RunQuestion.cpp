@@ -1,14 +1,14 @@
-#include "scripting/python/RunQuestion.h"
+#include "scripting/panel/RunQuestion.h"
 
 #include "platform/CallLater.h"
 #include "platform/Error.h"
 #include "platform/MessageBar.h"
 #include "platform/documents/Document.h"
 #include "platform/documents/DocumentController.h"
+#include "scripting/panel/RunSummary.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/RunSettings.h"
 #include "scripting/python/RunSteps.h"
-#include "scripting/python/RunSummary.h"
 
 #include <QBoxLayout>
 #include <QLocale>

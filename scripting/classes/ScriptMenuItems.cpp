@@ -1,4 +1,4 @@
-#include "scripting/menu/ScriptMenuItems.h"
+#include "scripting/classes/ScriptMenuItems.h"
 
 namespace runebook::MenuItem {
 

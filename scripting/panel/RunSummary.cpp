@@ -1,4 +1,4 @@
-#include "scripting/python/RunSummary.h"
+#include "scripting/panel/RunSummary.h"
 
 #include "platform/documents/DocumentController.h"
 #include "scripting/python/ScriptRun.h"

@@ -1,4 +1,4 @@
-#include "update/VXVersionComparator.h"
+#include "platform/VXVersionComparator.h"
 
 #include <limits>
 #include <stdexcept>

@@ -1,12 +1,10 @@
-#include "scripting/classes/CodeOperations.h"
+#include "scripting/components/CodeOperations.h"
 
-#include "platform/NotificationCenter.h"
+#include "codeeditor/BraceMatching.h"
 #include "scripting/bridge/BridgeTypes.h"
 #include "scripting/classes/FontMaps.h"
 #include "scripting/python/CallbackError.h"
 #include "scripting/python/ScriptRun.h"
-#include "tabbar/PSMOverflowPopUpButton.h"
-#include "tabbar/PSMTabBarCell.h"
 
 namespace runebook {
 
@@ -28,13 +26,6 @@ std::optional<QColor> colorOf(const QVariant &value)
 }
 
 // Types that only code documents have
-
-PyObject *newObjectToPython(QMetaType, const void *data)
-{
-    QObject *object = static_cast<const NewObject *>(data)->object;
-    const BridgedClass *bridged = BridgedClass::forMetaObject(*object->metaObject());
-    return bridged ? makeObject(bridged->type(), bridged, ownedByScripts(object)) : nullptr;
-}
 
 /// A token with a text of its own: the tokenizer's changes with the next one.
 struct KeptToken {
@@ -136,7 +127,6 @@ bool postProcessingFromPython(QMetaType, PyObject *object, void *data)
 
 void registerCodeTypes()
 {
-    registerType(QMetaType::fromType<NewObject>(), {newObjectToPython, nullptr});
     registerType(QMetaType::fromType<const TDToken *>(), {tokenToPython, nullptr});
     registerType(QMetaType::fromType<QStringView>(), {viewToPython, nullptr});
     registerType(QMetaType(QMetaType::QRectF), {rectangleToPython, nullptr});
@@ -144,7 +134,6 @@ void registerCodeTypes()
     registerType(QMetaType(QMetaType::Char16), {nullptr, characterFromPython});
     registerType(QMetaType::fromType<JSTDocument::PostProcessing>(),
                  {nullptr, postProcessingFromPython, true});
-    registerFonts();
     registerRecord<TDTokenizer>();
     BridgedClass::registerClass(TDToken::staticMetaObject, [] {
         return Instance {std::make_shared<TDToken>(), nullptr};
@@ -152,6 +141,13 @@ void registerCodeTypes()
     BridgedClass::registerClass(TDReader::staticMetaObject, [] {
         return Instance {std::make_shared<TDReader>(), nullptr};
     });
+    registerRange<TextRange>();
+    BridgedClass::registerClass(JSTTextView::staticMetaObject,
+                                [] { return ownedByScripts(new JSTTextView); });
+    BridgedClass::registerClass(JSTDocument::staticMetaObject,
+                                [] { return ownedByScripts(new JSTDocument); });
+    BridgedClass::registerClass(VXCodeTextStorage::staticMetaObject,
+                                [] { return ownedByScripts(new VXCodeTextStorage); });
     BridgedClass::registerClass(VXLineNumberView::staticMetaObject,
                                 [] { return ownedByScripts(new VXLineNumberView(nullptr)); });
 }
@@ -246,43 +242,33 @@ void RulerOperations::setAlignment(VXLineNumberView *ruler, int alignment) const
     ruler->setAlignment(static_cast<Qt::AlignmentFlag>(alignment));
 }
 
-QList<QObject *> TabBarOperations::cells(VXTabBarControl *bar) const
+QStringList CodeViewOperations::completionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                                  TextRange range,
+                                                                                  int *index) const
 {
-    const QList<PSMTabBarCell *> cells = bar->cells();
-    return {cells.begin(), cells.end()};
+    return view->completionsForPartialWordRange(range, index);
 }
 
-QList<QObject *> TabBarOperations::viewControllers(VXTabBarControl *bar) const
+void BraceOperations::initBraces(ScriptHelpers *) const
 {
-    return bar->tabItems();
+    ::initBraces();
 }
 
-QObject *TabBarOperations::overflowPopUpButton(VXTabBarControl *bar) const
+bool BraceOperations::TE_isOpeningBrace(ScriptHelpers *, quint16 character) const
 {
-    return bar->overflowPopUpButton();
+    return ::TE_isOpeningBrace(character);
 }
 
-QVariantMap TabBarOperations::encodeWithCoder(VXTabBarControl *bar) const
+bool BraceOperations::TE_isClosingBrace(ScriptHelpers *, quint16 character) const
 {
-    return bar->archive();
+    return ::TE_isClosingBrace(character);
 }
 
-NewObject TabBarOperations::initWithCoder(VXTabBarControl *, const QVariantMap &archive) const
+QVariant BraceOperations::TE_findMatchingBraceForRangeInString(ScriptHelpers *, int index,
+                                                               const QString &text) const
 {
-    auto *bar = new VXTabBarControl;
-    bar->restoreFromArchive(archive);
-    return {bar};
-}
-
-void TabBarOperations::menuNeedsUpdate(VXTabBarControl *bar, QMenu *menu) const
-{
-    bar->menuNeedsUpdate(menu);
-}
-
-QVariant HandlerOperations::pythonLibForPath(VXScriptingHandler *handler, const QString &path) const
-{
-    void *library = handler->pythonLibForPath(path);
-    return library ? QVariant::fromValue(reinterpret_cast<quint64>(library)) : QVariant();
+    const auto found = ::TE_findMatchingBraceForRangeInString(index, text);
+    return found ? QVariant::fromValue(*found) : QVariant();
 }
 
 void registerCodeOperations()
@@ -291,18 +277,15 @@ void registerCodeOperations()
     static CodeStorageOperations storages;
     static RulerOperations rulers;
     static TokenizerOperations tokenizers;
-    static TabBarOperations bars;
-    static HandlerOperations handlers;
+    static CodeViewOperations views;
+    static BraceOperations braces;
     BridgedClass::registerExtension(JSTDocument::staticMetaObject, &documents);
     BridgedClass::registerExtension(VXCodeTextStorage::staticMetaObject, &storages);
     BridgedClass::registerExtension(VXLineNumberView::staticMetaObject, &rulers);
     BridgedClass::registerExtension(TDTokenizer::staticMetaObject, &tokenizers);
-    BridgedClass::registerExtension(VXTabBarControl::staticMetaObject, &bars);
-    BridgedClass::registerExtension(VXScriptingHandler::staticMetaObject, &handlers);
+    BridgedClass::registerExtension(JSTTextView::staticMetaObject, &views);
+    BridgedClass::registerExtension(ScriptHelpers::staticMetaObject, &braces);
     registerCodeTypes();
-    VXTabBarControl::setSharedObserver([](const QString &name, QObject *item) {
-        NotificationCenter::defaultCenter().postNotificationNameObject(name, item);
-    });
 }
 
 } // namespace runebook

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "scripting/menu/VXScriptingHandler.h"
+
+namespace runebook {
+
+/// Operations of the handler of scripts whose C++ forms scripts cannot call as they are.
+class HandlerOperations : public QObject
+{
+    Q_OBJECT
+public:
+    /// The handle of the open library as a number, or None.
+    Q_INVOKABLE QVariant pythonLibForPath(VXScriptingHandler *handler, const QString &path) const;
+};
+
+/// Makes them known to the bridge, with the class and the one object of it.
+void registerHandlerOperations();
+
+} // namespace runebook
