@@ -1,4 +1,5 @@
 #include "app/SingleInstance.h"
+#include "platform/defaults/UserDefaults.h"
 #include "tests/Oddities.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
@@ -195,6 +196,17 @@ private Q_SLOTS:
         QVERIFY(second.waitForFinished(20'000));
         QCOMPARE(second.exitCode(), 0);
         QCOMPARE(first.state(), QProcess::Running);
+        // What a later one is given opens in the first.
+        const QString added = m_folder->filePath(u"added.xml"_s);
+        QVERIFY(QFile::copy(sample, added));
+        QCOMPARE(QProcess::execute(program(), {added}), 0);
+        const auto isOpen = [&] {
+            return UserDefaults(qEnvironmentVariable("RUNEBOOK_DEFAULTS"))
+                .objectForKey(u"RecentFiles"_s)
+                .toStringList()
+                .contains(added);
+        };
+        QVERIFY(QTest::qWaitFor(isOpen, 20'000));
         QProcess own;
         own.start(program(), {u"--new-instance"_s, sample});
         QVERIFY(!own.waitForFinished(1'500));

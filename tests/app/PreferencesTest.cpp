@@ -150,6 +150,10 @@ private Q_SLOTS:
         UserDefaults::standard().removeObjectForKey(u"MacroCodeFontSize"_s);
         QCOMPARE(find<QSpinBox>("fontSize")->value(), 13);
         QVERIFY(!UserDefaults::standard().isSet(u"MacroCodeFontSize"_s)); // showing it stores nothing
+        for (const auto &[stored, shown] : {std::pair(1, 1), {99, 2}, {-5, 0}}) { // as near as there is
+            UserDefaults::standard().setObjectForKey(stored, u"MacroIndentation"_s);
+            QCOMPARE(find<QComboBox>("indentation")->currentIndex(), shown);
+        }
     }
 
     void showsTheCodeFont()
@@ -204,6 +208,7 @@ private Q_SLOTS:
         const QList<QVariantMap> found = VXScriptingHandler::sharedHandler()->pythonFrameworks();
         QCOMPARE(list->count(), 1 + found.size());
         QCOMPARE(list->currentRow(), 0);
+        QVERIFY(!pane->findChild<QAbstractButton *>(u"remove"_s)->isEnabled());
         QVERIFY(!found.isEmpty());
         const QString newest = found.last().value(u"fullPath"_s).toString();
         QVERIFY(pane->findChild<QLabel *>(u"inUse"_s)->text().contains(newest));

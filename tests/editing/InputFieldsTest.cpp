@@ -359,8 +359,12 @@ private Q_SLOTS:
                                               {u"é"_s, u"0041 "_s},
                                               {u"4"_s, u"0041 4"_s},
                                               {u"g"_s, u"0041 4"_s}}) {
+            const QString before = tokens.field->text();
+            const QVariant cursor = tokens.field->inputMethodQuery(Qt::ImCursorRectangle);
             compose(tokens.field, composed);
             QCOMPARE(tokens.field->text(), shown);
+            if (shown == before) // then nothing is left of what was being composed either
+                QCOMPARE(tokens.field->inputMethodQuery(Qt::ImCursorRectangle), cursor);
         }
         QVERIFY(tokens.window.findChild<ErrorBubble *>());
         Stage<QLineEdit> legacy;

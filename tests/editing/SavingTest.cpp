@@ -122,6 +122,17 @@ private Q_SLOTS:
         QVERIFY(!controller().openUntitledDocumentAndDisplay(true)->isPlaceholder());
     }
 
+    void tellsWhatCouldNotBeOpened()
+    {
+        DocumentPanels::openFiles({path(u"gone.xml"_s), path()}, nullptr);
+        QCOMPARE(controller().documentList().size(), 1);
+        QVERIFY(shownWindow<QMessageBox>()->informativeText().contains(path(u"gone.xml"_s)));
+        answer(u"OK"_s);
+        open()->close();
+        DocumentPanels::openFiles({path()}, nullptr);
+        QVERIFY(!shownWindow<QMessageBox>());
+    }
+
     void windowsStandBesideEachOther()
     {
         const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
@@ -151,24 +162,37 @@ private Q_SLOTS:
         QVERIFY2(least.width() <= 780 && least.height() <= 440, qPrintable(QString::number(least.width())));
     }
 
-    /// The question about changes when their window is closed.
-    TABLE(asksWhenTheWindowCloses, (const QString &words, bool isClosed, bool isSaved), {
-        row("saved", "Save", true, true);
-        row("saved by Return", "", true, true);
-        row("discarded", "Discard", true, false);
-        row("cancelled", "Cancel", false, false);
+    /// The question about changes when their window is closed, or the program is left.
+    TABLE(asksWhenTheWindowCloses, (bool quits, const QStringList &answers, bool isClosed, bool isSaved), {
+        for (const bool quits : {false, true}) {
+            const QString when = quits ? u", quitting"_s : QString();
+            row(u"saved"_s + when, quits, {u"Save"_s}, true, true);
+            row(u"saved by Return"_s + when, quits, {u"Return"_s}, true, true);
+            row(u"discarded"_s + when, quits, {u"Discard"_s}, true, false);
+            row(u"discarded by Alt+D"_s + when, quits, {u"Alt+D"_s}, true, false);
+            row(u"cancelled"_s + when, quits, {u"Cancel"_s}, false, false);
+            row(u"saved in vain"_s + when, quits, {u"Save"_s, u"Cancel"_s}, false, false);
+        }
     })
     {
         const QPointer<VXDocument> document = open();
         document->objectInInfosAtIndex(1)->setName(u"edited"_s);
-        document->windowController()->close();
-        QVERIFY(document && !content().contains("edited"));
-        if (words.isEmpty())
-            QTest::keyClick(shownWindow<QMessageBox>(), Qt::Key_Return);
+        if (answers.size() > 1) // a folder has taken the file's place
+            QVERIFY(QFile::remove(path()) && QDir().mkdir(path()) && (document->keepMine(), true));
+        std::optional<bool> outcome;
+        if (quits)
+            DocumentPanels::closeAll([&outcome](bool all) { outcome = all; });
         else
-            answer(words);
+            document->windowController()->close();
+        QVERIFY(document && !outcome && !content().contains("edited"));
+        for (const QString &words : answers) {
+            const bool isKey = words == u"Return" || words == u"Alt+D";
+            QVERIFY(!isKey || QTest::qWaitForWindowActive(shownWindow<QMessageBox>()));
+            isKey ? typeKeys(shownWindow<QMessageBox>(), u'<' + words + u'>') : answer(words);
+        }
         QTRY_VERIFY(!shownWindow<QMessageBox>());
         sendDeferredDeletes();
+        QCOMPARE(outcome, quits ? std::optional(isClosed) : std::nullopt);
         QCOMPARE(!document, isClosed);
         QCOMPARE(content().contains("edited"), isSaved);
         if (document)

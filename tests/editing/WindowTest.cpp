@@ -348,6 +348,17 @@ private Q_SLOTS:
         QCOMPARE(go(u"Step 0"_s), 1);
         QCOMPARE(go(u"Step 2"_s), 3);
         QCOMPARE(go(u"As Opened"_s), 0);
+        // What is being typed is a step of its own, and of a long history the near part is shown.
+        select({0});
+        typeInto(GlyphField::SortName, u"typed"_s);
+        Q_EMIT command(u"History"_s)->menu()->aboutToShow();
+        QCOMPARE(info(0)->sortName(), u"typed"_s);
+        while (stack().index() < 90) {
+            const UndoGroup group(m_document->undoManager());
+            info(0)->setSortName(QString::number(stack().index()));
+        }
+        go(u"Earlier…"_s);
+        QCOMPARE(stack().index(), 50);
         controller().removeDocument(m_document.get());
     }
 };

@@ -17,6 +17,7 @@
 #include <QSignalSpy>
 #include <QTextBlock>
 #include <QTimer>
+#include <QToolTip>
 #include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
@@ -228,6 +229,7 @@ private Q_SLOTS:
         m_console->setLineLimit(50);
         QString model;
         qsizetype dropped = 0;
+        const int top = m_console->viewport()->y();
         const QStringList pieces {
             u"\n"_s,   u"word "_s,      u"\r\n"_s,           u"KeyError"_s,
             u"\n\n"_s, u"\U0001F600"_s, QString(5000, u'y'), u"File \"<string>\", line 3\n"_s};
@@ -237,6 +239,11 @@ private Q_SLOTS:
             model += QString(piece).replace("<string>"_L1, "<macro>"_L1);
             if (random.bounded(4) == 0)
                 m_console->showPending();
+            if (random.bounded(400) == 0) {
+                m_console->clearText();
+                model.clear();
+                dropped = 0;
+            }
             if (random.bounded(10) > 0)
                 continue;
             const QString text = m_console->string();
@@ -245,7 +252,9 @@ private Q_SLOTS:
             dropped += model.count(u'\n') - text.count(u'\n');
             const auto *note = m_console->findChild<QLabel *>();
             QCOMPARE(note->isHidden(), dropped == 0);
-            QVERIFY2(dropped == 0 || note->text().contains(m_console->locale().toString(dropped)),
+            QCOMPARE(m_console->viewport()->y() == top, dropped == 0); // it has room of its own
+            QVERIFY2(dropped == 0
+                         || note->text().contains(u' ' + m_console->locale().toString(dropped) + u' '),
                      qPrintable(note->text()));
             model = text;
         }
@@ -379,6 +388,13 @@ private Q_SLOTS:
         }
         QTest::mouseClick(m_console->viewport(), Qt::LeftButton, {}, pointAt(5));
         QCOMPARE(opened.last(), (QVariantList {u"<string>"_s, u"12"_s}));
+        for (const int position : {5, 1}) { // told where it leads, and no longer beside it
+            const QPoint place = pointAt(position) + QPoint(2, 0);
+            QHelpEvent help(QEvent::ToolTip, place, m_console->viewport()->mapToGlobal(place));
+            QApplication::sendEvent(m_console->viewport(), &help);
+            QTRY_COMPARE(QToolTip::isVisible(), position == 5);
+            QVERIFY(position == 1 || QToolTip::text().contains(u"&lt;string&gt;"_s));
+        }
         // Dragged over, let go elsewhere, with another button: no click.
         opened.clear();
         QTest::mousePress(m_console->viewport(), Qt::LeftButton, {}, pointAt(5));

@@ -299,6 +299,8 @@ private Q_SLOTS:
               };
               const QByteArray writesQuote = writes("q \"c", "(Doc.fileURL(), 'public.xml')");
               add("the script writes", writesQuote, "", 1, true, "A: Sort Name holds a double quote");
+              add("the script writes and ends by itself", writesQuote + "\nraise SystemExit(3)", "", 3, true,
+                  "A: Sort Name holds a double quote");
               add("the script writes, lossy", writesQuote, "--lossy", 0, true,
                   "A: Sort Name holds a double quote");
               add("the script writes a comment", writes("q <!-- c", "(Doc.fileURL(), 'public.xml')"),

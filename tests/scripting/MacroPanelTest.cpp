@@ -363,6 +363,8 @@ private Q_SLOTS:
         QTest::keyClicks(field(), u" Sorting "_s);
         QTest::keyClick(field(), Qt::Key_Return);
         QCOMPARE(panel.controller.activeMacroController()->title(), u"Sorting"_s);
+        const QVariant stored = defaults().arrayForKey(u"VXMacroViews"_s).value(0);
+        QCOMPARE(stored.toMap().value(u"title"_s).toString(), u"Sorting"_s);
         QCOMPARE(panel.bar().selectedTabItem(), panel.controller.activeMacroController());
         QMenu *menu = panel.controller.tabViewMenuForTabItem(&panel.bar(), panel.bar().tabItemAtIndex(0));
         QCOMPARE(panel.bar().selectionIndex(), 0u);

@@ -210,6 +210,10 @@ private Q_SLOTS:
             const QImage picture = panel.bar->grab(cell->frame().toRect()).toImage();
             QVERIFY(!pictures.contains(picture));
             pictures.append(picture);
+            const QColor ground = cell->is(PSMTabBarCell::Selected) ? colors.selectedTab
+                : cell->is(PSMTabBarCell::Hovered)                  ? colors.hoveredTab
+                                                                    : colors.bar;
+            QCOMPARE(picture.pixelColor(12, picture.height() / 2).name(), ground.name());
         };
         take();
         cell->setState(PSMTabBarCell::Hovered, true);

@@ -298,7 +298,8 @@ private Q_SLOTS:
         QTRY_VERIFY(isPlaced(panel));
         carry(panel, u"C"_s, {QPointF(-20, 0), QPointF(-230, 0)});
         QCOMPARE(panel.picture(), u"C [A] B D"_s);
-        QTest::keyClick(panel.bar, Qt::Key_Escape);
+        panel.items.first()->view()->setFocus(); // wherever somebody types
+        QTest::keyClick(panel.window.windowHandle(), Qt::Key_Escape);
         QCOMPARE(panel.picture(), u"[A] B C D"_s);
         send(panel.bar, QEvent::MouseMove, QPointF(10, 10), Qt::NoButton, Qt::LeftButton);
         QVERIFY(!panel.bar->cells().first()->is(PSMTabBarCell::Held));
@@ -377,6 +378,8 @@ private Q_SLOTS:
             QCOMPARE(closeButtonOf(panel, title), button);
             QTest::mouseClick(panel.bar, Qt::LeftButton, {}, button);
             QVERIFY(!panel.item(title));
+            const PSMTabBarCell *next = panel.bar->cellAtPoint(button); // which has slid under the pointer
+            QTRY_VERIFY(isPlaced(panel) && next->is(PSMTabBarCell::CloseHovered));
         }
         QCOMPARE(panel.cell(u"E"_s)->frame().width(), 100);
         QCursor::setPos(panel.window.mapToGlobal(QPoint(250, 150)));
@@ -393,6 +396,11 @@ private Q_SLOTS:
         QCOMPARE(panel.shown(), u"ABCDE"_s);
         QVERIFY(panel.bar->overflowPopUpButton()->isVisible());
         QVERIFY(panel.delegate.calls.contains(u"hidden F"_s));
+        QCOMPARE(panel.bar->overflowPopUpButton()->toolTip(), u"More tabs: 2"_s);
+        const auto isOffscreen = [&panel](const QString &title) {
+            return QAccessible::queryAccessibleInterface(panel.cell(title))->state().offscreen == 1;
+        };
+        QVERIFY(isOffscreen(u"F"_s) && !isOffscreen(u"E"_s));
         QMenu *menu = panel.bar->overflowPopUpButton()->menu();
         QVERIFY(menu->isEmpty()); // filled only when it shows
         menu->popup(QPoint(0, 0));
@@ -620,6 +628,10 @@ private Q_SLOTS:
             QVERIFY2(!nameOf(bar->child(index)).isEmpty(), qPrintable(QString::number(index)));
         panel.bar->setDisableTabClose(true);
         QCOMPARE(bar->child(0)->childCount(), 0);
+        panel.bar->hideTabBarAnimate(true, false);
+        QVERIFY(bar->child(0)->state().invisible);
+        panel.bar->hideTabBarAnimate(false, false);
+        QVERIFY(!bar->child(0)->state().invisible);
         panel.bar->hide();
         QVERIFY(bar->child(0)->state().invisible);
     }

@@ -13,6 +13,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 #include <stdexcept>
@@ -357,6 +358,9 @@ private Q_SLOTS:
         QVERIFY(view.toPlainText().contains("link link"_L1)); // the page itself stays
         Q_EMIT view.anchorClicked(QUrl(u"file:///etc/passwd"_s));
         QCOMPARE(opened.size(), 1);
+        view.setPage(u"<a href='#x'>x</a>"_s + u"y<br>"_s.repeated(200) + u"<h2 id='x'>x</h2>"_s);
+        Q_EMIT view.anchorClicked(QUrl(u"#x"_s));
+        QVERIFY(view.verticalScrollBar()->value() > 1'000);
     }
 
     TABLE(normalisesVersions, (const QVariant &value, const QList<int> &numbers), {
