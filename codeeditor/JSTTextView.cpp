@@ -36,6 +36,10 @@ JSTTextView::JSTTextView(QWidget *parent)
         if (JSTTextViewDelegate *delegate = delegateInterface())
             delegate->textDidChange(this);
     });
+    connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect &, int dy) {
+        if (dy != 0)
+            dropRestOfScrolling();
+    });
     setUpCompletions();
     followBraces();
 }
@@ -152,6 +156,23 @@ void JSTTextView::resizeEvent(QResizeEvent *event)
     QPlainTextEdit::resizeEvent(event);
     placeLineNumberView();
     m_completions->end();
+}
+
+/// The base shifts what is painted by whole pixels and carries the rest on from scroll to scroll, as it
+/// thinks that rows end between pixels (Qt 6.4). Letters and grounds would stand by the way that led to a
+/// place, up to a pixel apart.
+void JSTTextView::dropRestOfScrolling()
+{
+    const QPointF carried = contentOffset();
+    // Where nothing is painted, the base goes to its place without a rest.
+    const bool wasDisabled = viewport()->testAttribute(Qt::WA_UpdatesDisabled);
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled);
+    QPlainTextEdit::scrollContentsBy(1, 0);
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled, wasDisabled);
+    if (contentOffset() == carried)
+        return;
+    viewport()->update();
+    Q_EMIT updateRequest(viewport()->rect(), 0);
 }
 
 /// Where bars or line numbers came with the layout for a size that the viewport got unseen, the framework

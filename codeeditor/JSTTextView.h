@@ -145,6 +145,7 @@ private:
     void showCompletions(bool onRequest);
     void acceptCompletion(const QString &word);
     void placeLineNumberView();
+    void dropRestOfScrolling();
     JSTTextViewDelegate *delegateInterface() const;
 
     VXCodeTextStorage *m_storage;

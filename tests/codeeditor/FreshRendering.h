@@ -68,7 +68,7 @@ private:
         const QImage screen = screenOf(shown);
         const QImage wanted = fresh.grab().toImage().convertToFormat(QImage::Format_RGB32);
         const QRect around = differenceOf(screen, wanted);
-        if (around.isEmpty() || isScrolledByAFraction(screen, wanted))
+        if (around.isEmpty())
             return {};
         const QString folder = qEnvironmentVariable("RUNEBOOK_PICTURES", QDir::tempPath());
         screen.save(folder + QStringLiteral("/shown.png"));
@@ -81,24 +81,6 @@ private:
             .arg(around.top())
             .arg(around.right())
             .arg(around.bottom());
-    }
-
-    /// Rows of a paragraph have heights that are no whole pixels. What remains of them when the view scrolls
-    /// is kept, so that letters can stand one pixel higher or lower, all of them; their grounds are rounded
-    /// on their own.
-    static bool isScrolledByAFraction(const QImage &screen, const QImage &wanted)
-    {
-        const auto isShiftedBy = [&](int shift) {
-            for (int y = 1; y < screen.height() - 1; ++y) {
-                for (int x = 0; x < screen.width(); ++x) {
-                    const QRgb shown = screen.pixel(x, y);
-                    if (shown != wanted.pixel(x, y) && shown != wanted.pixel(x, y + shift))
-                        return false;
-                }
-            }
-            return true;
-        };
-        return screen.size() == wanted.size() && (isShiftedBy(1) || isShiftedBy(-1));
     }
 
     /// Rows are counted as far as they were laid out, so places are told by paragraph and row in it.
