@@ -1,5 +1,6 @@
 #include "app/FileOpener.h"
 
+#include "platform/TurningWindows.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
 
@@ -48,6 +49,7 @@ void FileOpener::openNext()
         return;
     const QString path = m_paths.takeFirst();
     Error error;
+    const TurningWindows turning(DocumentPanels::openingTitle(path), frontWindow());
     if (!DocumentController::shared().openDocumentWithContentsOfURLDisplay(path, true, &error)
         && ++m_failureCount <= kShownFailures)
         m_failures << error.text();

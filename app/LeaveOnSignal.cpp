@@ -7,6 +7,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace runebook {
 
@@ -61,8 +62,8 @@ LeaveOnSignal::LeaveOnSignal(std::function<void()> keep, QObject *parent)
 {
     if (::pipe2(wakePipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    auto *notifier = new QSocketNotifier(wakePipe[0], QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, &LeaveOnSignal::look);
+    m_notifier = new QSocketNotifier(wakePipe[0], QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &LeaveOnSignal::look);
     struct sigaction action {
     };
     action.sa_handler = onSignal;
@@ -87,8 +88,10 @@ LeaveOnSignal::~LeaveOnSignal()
 void LeaveOnSignal::look()
 {
     const int number = asked;
-    if (number == 0)
+    if (number == 0 || std::exchange(m_isLeaving, true))
         return;
+    if (m_notifier)
+        m_notifier->setEnabled(false); // windows may turn until all is kept
     m_keep();
     dieOf(number);
 }

@@ -3,6 +3,8 @@
 #include <QObject>
 #include <functional>
 
+class QSocketNotifier;
+
 namespace runebook {
 
 /// Ends the program when somebody asks the process to go (SIGTERM, SIGINT, SIGHUP unless it is ignored, as
@@ -22,6 +24,8 @@ public:
 
 private:
     std::function<void()> m_keep;
+    QSocketNotifier *m_notifier = nullptr; // owned as a child
+    bool m_isLeaving = false;
 };
 
 } // namespace runebook

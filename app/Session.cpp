@@ -3,8 +3,10 @@
 #include "app/AppSettings.h"
 #include "editing/window/VXWindowController.h"
 #include "platform/FilePath.h"
+#include "platform/TurningWindows.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
+#include "platform/documents/DocumentPanels.h"
 
 #include <QFileInfo>
 
@@ -55,6 +57,7 @@ int open(const QVariantList &windows)
         const QString path = stored.value(u"path"_s).toString();
         if (path.isEmpty() || fileKind(path) != FileKind::Regular)
             continue;
+        const TurningWindows turning(DocumentPanels::openingTitle(path));
         Document *document = DocumentController::shared().openDocumentWithContentsOfURLDisplay(path, true);
         VXWindowController *window = document ? windowOf(*document) : nullptr;
         if (!window)

@@ -11,6 +11,7 @@
 #include "editing/problems/CheckReport.h"
 #include "editing/window/WindowSettings.h"
 #include "platform/FilePath.h"
+#include "platform/TurningWindows.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/RescueFiles.h"
 #include "scripting/menu/HeadlessRun.h"
@@ -24,6 +25,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <cstdio>
+#include <optional>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -157,7 +159,13 @@ int showWindows(const CommandLine &line)
         return 0;
     VXAppDelegate delegate;
     const LastWindow lastWindow;
-    LeaveOnSignal leaving([&delegate] { delegate.keepForNextStart(); });
+    LeaveOnSignal leaving([&delegate] {
+        TurningWindows::waitForWork(); // a save that is being done comes to its end
+        std::optional<TurningWindows> turning;
+        if (!ScriptRun::isRunning()) // which waits in the middle of something
+            turning.emplace(QCoreApplication::translate("main", "Keeping unsaved changes…"));
+        delegate.keepForNextStart();
+    });
     QObject::connect(&RunPump::shared(), &RunPump::pumped, &leaving, &LeaveOnSignal::look);
     QObject::connect(&instance, &SingleInstance::filesReceived, &delegate, &VXAppDelegate::openFromElsewhere);
     const RunWatch runWatch(&Session::capture);

@@ -2,6 +2,7 @@
 
 #include "document/GlyphDataReader.h"
 #include "model/FileText.h"
+#include "platform/TurningWindows.h"
 
 #include <QList>
 #include <algorithm>
@@ -186,7 +187,8 @@ QByteArray autosavedContentOf(const InfoList &infos, quint8 fileVersion)
 
 AutosavedContent readAutosavedContent(const QByteArray &utf8)
 {
-    const AutosavedValues values = autosavedValues(utf8);
+    AutosavedValues values;
+    doApart(utf8.size(), [&] { values = autosavedValues(utf8); });
     const bool isTold = values.records >= 0;
     const qsizetype end = isTold ? qBound<qsizetype>(0, values.bytes, utf8.size()) : utf8.size();
     GlyphDataReader reader;

@@ -21,6 +21,7 @@ public:
     AutosaveSlices(const InfoList &infos, quint8 fileVersion, std::function<bool()> isCurrent);
     Progress printMore(std::string &output, std::chrono::microseconds budget) override;
     ContentProducer takeRest() override;
+    qint64 size() const override { return GlyphDataWriter::sizeOf(m_infos, m_fileVersion); }
     bool isCurrent() const override { return m_isCurrent(); }
 
 private:

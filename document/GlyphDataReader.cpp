@@ -7,6 +7,8 @@
 #include "platform/FileBytes.h"
 #include "platform/FilePath.h"
 #include "platform/ParallelParts.h"
+#include "platform/TurningWindows.h"
+#include "platform/documents/FileState.h"
 
 #include <QCoreApplication>
 #include <QSet>
@@ -142,12 +144,17 @@ std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
     static_cast<void>(file.lock(CheckedFile::Lock::Shared, CheckedFile::kPatience));
     try {
         QString reason;
-        std::optional<QByteArray> bytes = bytesOfFile(file, &reason);
+        std::optional<QByteArray> bytes;
+        bool isText = false;
+        doApart(FileState::of(file.descriptor()).size, [&] {
+            bytes = bytesOfFile(file, &reason);
+            isText = bytes && isUtf8(*bytes);
+        });
         if (!bytes) {
             fail(error, readError(path, reason));
             return {};
         }
-        if (!isUtf8(*bytes)) {
+        if (!isText) {
             fail(error,
                  readError(path, tr("It is not UTF-8 text."),
                            tr("Convert the file to UTF-8 in a text editor and open it again.")));
@@ -190,12 +197,15 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
     const quint8 headerVersion = versionOfHeader(header);
 
     m_notes.isCutOff = text.rfind("</glyphData>") == text.npos;
-    GlyphLines lines =
-        readGlyphLines(utf8, qsizetype(body), usefulStretches(utf8.size() - qsizetype(body)), m_mostNotes);
+    GlyphLines lines;
+    doApart(utf8.size(), [&] {
+        const qsizetype begin = qsizetype(body);
+        lines = readGlyphLines(utf8, begin, usefulStretches(utf8.size() - begin), m_mostNotes);
+    });
     reportUnknown(lines.notes);
     m_notes.append(lines.notes, 0);
     m_fileVersion = headerVersion ? headerVersion : lines.versionHint ? lines.versionHint : 2;
-    noteUnkept(lines.infos, m_fileVersion, m_notes);
+    doApart(utf8.size(), [&] { noteUnkept(lines.infos, m_fileVersion, m_notes); });
     std::string_view plainHeader = header;
     while (!plainHeader.empty() && plainHeader.back() == '\t')
         plainHeader.remove_suffix(1);

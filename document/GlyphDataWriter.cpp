@@ -31,6 +31,23 @@ constexpr std::string_view kMoreDeclarations = "\tscript\t\t\tCDATA\t\t#IMPLIED\
 
 } // namespace
 
+qint64 GlyphDataWriter::sizeOf(const InfoList &infos, quint8 fileVersion)
+{
+    qint64 size = 0;
+    for (const InfoPtr &info : infos) {
+        if (const std::string_view line = info->unchangedLine(fileVersion); !line.empty()) {
+            size += std::ssize(line);
+            continue;
+        }
+        for (int i = 0; i < kStoredFieldCount; ++i) {
+            const FieldValue &value = info->stored(static_cast<GlyphField>(i));
+            size +=
+                value.isPiece() ? static_cast<qint64>(value.pieceLength()) : value.length(info->sourceData());
+        }
+    }
+    return size;
+}
+
 std::string GlyphDataWriter::header(quint8 fileVersion)
 {
     const bool isOld = fileVersion == 1;

@@ -20,6 +20,9 @@ public:
     /// Always has something to say; stops when the sink refuses a block.
     bool operator()(const BlockSink &sink, Error *error) const;
 
+    /// About how many bytes that is, without printing anything.
+    static qint64 sizeOf(const InfoList &infos, quint8 fileVersion);
+
     static std::string header(quint8 fileVersion);
     static std::string_view footer();
 

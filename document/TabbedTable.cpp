@@ -2,6 +2,7 @@
 
 #include "document/GlyphDataReader.h"
 #include "platform/ParallelParts.h"
+#include "platform/TurningWindows.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -93,12 +94,13 @@ std::optional<InfoList> TabbedReader::read(const QByteArray &utf8, Error *error)
     if (!columns)
         return {};
     std::vector<Rows> parts = partsOf(text);
-    inParallel(std::ssize(parts), [&](qsizetype part) {
+    const auto readPart = [&](qsizetype part) {
         // Each has a holder of the bytes of its own: threads that count the users of one would wait.
         TabbedReader reader;
         reader.m_source = SourcePtr(new SourceBytes(utf8));
         reader.readRows(parts[static_cast<std::size_t>(part)], *columns);
-    });
+    };
+    doApart(utf8.size(), [&] { inParallel(std::ssize(parts), readPart); });
     return joined(parts, std::ssize(*columns), error);
 }
 

@@ -10,6 +10,7 @@
 #include "document/TabbedTable.h"
 #include "platform/CheckedFile.h"
 #include "platform/FilePath.h"
+#include "platform/TurningWindows.h"
 
 #include <QLocale>
 
@@ -43,7 +44,7 @@ const VXDocument::Unkept &VXDocument::unkept() const
     if (m_unkept && m_unkept->revision == m_revision)
         return *m_unkept;
     constexpr std::size_t kAtOnce = 512;
-    m_unkept = Unkept {{}, m_revision};
+    Unkept found {{}, m_revision};
     RoundTrip roundTrip(m_fileVersion, RoundTrip::Of::Everything);
     std::vector<VXGlyphInfo *> infos;
     std::vector<qsizetype> places;
@@ -55,22 +56,27 @@ const VXDocument::Unkept &VXDocument::unkept() const
             // Of a record that nobody has changed the reading has told already what becomes of it.
             const bool isTold = infos[i]->isAsRead() && m_fileVersion == m_readVersion;
             if (takesOthers || (outcomes[i] != RoundTrip::Outcome::Same && !isTold))
-                m_unkept->records.push_back({places[i], takesOthers});
+                found.records.push_back({places[i], takesOthers});
         }
         infos.clear();
         places.clear();
     };
-    qsizetype place = -1;
-    for (const InfoPtr &info : this->infos()) {
-        ++place;
-        if (!info->unchangedLine(m_fileVersion).empty())
-            continue;
-        infos.push_back(info.get());
-        places.push_back(place);
-        if (infos.size() == kAtOnce)
-            look();
-    }
-    look();
+    const auto lookAtAll = [&](const InfoList &all) {
+        qsizetype place = -1;
+        for (const InfoPtr &info : all) {
+            ++place;
+            if (!info->unchangedLine(m_fileVersion).empty())
+                continue;
+            infos.push_back(info.get());
+            places.push_back(place);
+            if (infos.size() == kAtOnce)
+                look();
+        }
+        look();
+    };
+    doApart(GlyphDataWriter::sizeOf(this->infos(), m_fileVersion),
+            [&, &all = this->infos()] { lookAtAll(all); });
+    m_unkept = std::move(found);
     return *m_unkept;
 }
 
@@ -78,42 +84,54 @@ SavingLosses VXDocument::savingLosses(const QString &type) const
 {
     constexpr qsizetype kListed = 1000;
     SavingLosses losses;
-    if (type != kXMLType)
+    if (type != kXMLType || unkept().records.empty())
         return losses;
     const RoundTrip roundTrip(m_fileVersion, RoundTrip::Of::Everything);
-    for (const auto &[place, takesOthers] : unkept().records) {
-        const VXGlyphInfo &info = *m_infos.at(place);
+    const auto look = [&](const InfoList &all, qsizetype place, bool takesOthers) {
+        const VXGlyphInfo &info = *all[static_cast<std::size_t>(place)];
         if (!takesOthers && m_acceptedLosses.contains(hashOfValues(info)))
-            continue;
+            return;
         ++losses.count;
         losses.takingOthers += takesOthers;
         if (losses.listed.size() >= kListed)
-            continue;
+            return;
         for (const RoundTrip::Loss &loss : roundTrip.losses(info)) {
             const QString title = titleOfField(loss.field);
             losses.listed << SavingLoss {place, callOf(info, place), title, sentenceOfLoss(info, loss, title),
                                          RoundTrip::takesOthers(info, loss.field)};
         }
-    }
+    };
+    doApart(GlyphDataWriter::sizeOf(infos(), m_fileVersion), [&, &all = infos()] {
+        for (const auto &[place, takesOthers] : m_unkept->records)
+            look(all, place, takesOthers);
+    });
     return losses;
 }
 
 void VXDocument::noteAcceptedLosses()
 {
-    for (const auto &[place, takesOthers] : unkept().records) {
-        if (!takesOthers)
-            m_acceptedLosses.insert(hashOfValues(*m_infos.at(place)));
-    }
+    const std::vector<Unkept::Record> &records = unkept().records;
+    if (records.empty())
+        return;
+    doApart(GlyphDataWriter::sizeOf(infos(), m_fileVersion), [&, &all = infos()] {
+        for (const auto &[place, takesOthers] : records) {
+            if (!takesOthers)
+                m_acceptedLosses.insert(hashOfValues(*all[static_cast<std::size_t>(place)]));
+        }
+    });
 }
 
 qsizetype VXDocument::fixSavingLosses()
 {
     std::vector<std::pair<InfoPtr, std::vector<FieldFix>>> plan;
-    for (const auto &[place, takesOthers] : unkept().records) {
-        const InfoPtr &info = m_infos.at(place);
-        if (std::vector<FieldFix> fixes = savableForm(*info, m_fileVersion); !fixes.empty())
-            plan.emplace_back(info, std::move(fixes));
-    }
+    doApart(GlyphDataWriter::sizeOf(infos(), m_fileVersion),
+            [&, &all = infos(), &records = unkept().records] {
+                for (const auto &[place, takesOthers] : records) {
+                    const InfoPtr &info = all[static_cast<std::size_t>(place)];
+                    if (std::vector<FieldFix> fixes = savableForm(*info, m_fileVersion); !fixes.empty())
+                        plan.emplace_back(info, std::move(fixes));
+                }
+            });
     const UndoGroup group(undoManager(), tr("Fix Values"));
     for (const auto &[info, fixes] : plan) {
         for (const FieldFix &fix : fixes)
@@ -174,7 +192,10 @@ bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error
     } else {
         return false;
     }
-    if (!FileSaver::save(pathFromURL(url), produce, error, savedState()))
+    bool isSaved = false;
+    doApart(GlyphDataWriter::sizeOf(infos(), m_fileVersion),
+            [&] { isSaved = FileSaver::save(pathFromURL(url), produce, error, savedState()); });
+    if (!isSaved)
         return false;
     if (!losses.domain.isEmpty())
         ErrorPresenter::shared().present(losses);

@@ -235,6 +235,13 @@ bool FieldValue::equal(const FieldValue &a, const char *sourceA, const FieldValu
         return a.node<OwnText>()->view() == b.node<OwnText>()->view();
     if (a.isList() || b.isList())
         return a.toList(sourceA) == b.toList(sourceB);
+    // A text and a piece: that a very long one is another than a short one is told without making texts.
+    constexpr quint64 kMostBytes = 3; // of a unit
+    const FieldValue &piece = a.isPiece() ? a : b;
+    const auto units = static_cast<quint64>((a.isPiece() ? b : a).view().size());
+    if (piece.isPiece() && (units > piece.pieceLength() || units * kMostBytes < piece.pieceLength())
+        && (a.tag() == TextTag || b.tag() == TextTag))
+        return false;
     return a.toString(sourceA) == b.toString(sourceB);
 }
 

@@ -169,9 +169,15 @@ bool lookAlike(const VXGlyphInfo &a, const VXGlyphInfo &b, GlyphField field)
         return a.caseValue() == b.caseValue();
     if (field == GlyphField::Direction)
         return a.direction() == b.direction();
-    // An absent and an empty value look alike.
-    return FieldValue::equal(a.stored(field), a.sourceData(), b.stored(field), b.sourceData())
-        || a.displayText(field) == b.displayText(field);
+    const FieldValue &one = a.stored(field);
+    const FieldValue &other = b.stored(field);
+    if (FieldValue::equal(one, a.sourceData(), other, b.sourceData()))
+        return true;
+    // Lists and texts look alike by what is shown of them; texts that are not equal look different, but for
+    // an absent and an empty one: very long ones are not made for that.
+    if (field != GlyphField::Unicodes && !one.isList() && !other.isList())
+        return one.isEmpty() && other.isEmpty();
+    return a.displayText(field) == b.displayText(field);
 }
 
 CommonValue commonValue(std::span<const InfoPtr> infos, GlyphField field)

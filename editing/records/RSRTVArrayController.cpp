@@ -165,6 +165,11 @@ bool RSRTVArrayController::prepareFilter(const Predicate &predicate, int millise
     return m_columns->prepare(predicate, milliseconds);
 }
 
+double RSRTVArrayController::preparedShare(const Predicate &predicate) const
+{
+    return m_columns->preparedShare(predicate);
+}
+
 bool RSRTVArrayController::isFilteredAtOnce(const Predicate &predicate)
 {
     m_document.flushChanges();

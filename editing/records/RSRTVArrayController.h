@@ -53,6 +53,8 @@ public: // filter
     /// Makes ready what a filter like \a predicate needs, for at most about \a milliseconds; false when it
     /// is to be called again in idle time.
     bool prepareFilter(const runebook::Predicate &predicate, int milliseconds);
+    /// How far that has come, from 0 to 1.
+    double preparedShare(const runebook::Predicate &predicate) const;
     /// Whether a filter like \a predicate is answered at once, as no very long value is in its way; otherwise
     /// prepareFilter() is to be called first, until it is ready.
     bool isFilteredAtOnce(const runebook::Predicate &predicate);

@@ -111,13 +111,18 @@ void SearchColumns::reset()
     m_columns.clear();
 }
 
-SearchColumns::Column &SearchColumns::columnFor(SearchKey key, Folding folding)
+const SearchColumns::Column *SearchColumns::knownColumn(SearchKey key, Folding folding) const
 {
     const auto found = std::find_if(m_columns.begin(), m_columns.end(), [&](const auto &column) {
         return column->texts.key() == key && column->texts.folding() == folding;
     });
-    if (found != m_columns.end())
-        return **found;
+    return found == m_columns.end() ? nullptr : found->get();
+}
+
+SearchColumns::Column &SearchColumns::columnFor(SearchKey key, Folding folding)
+{
+    if (const Column *known = knownColumn(key, folding))
+        return const_cast<Column &>(*known);
     return *m_columns.emplace_back(std::make_unique<Column>(key, folding));
 }
 
@@ -280,23 +285,43 @@ bool SearchColumns::prepareUpToLong(const Predicate &predicate)
     return prepare(predicate.root(), QDeadlineTimer(QDeadlineTimer::Forever), Long::EndThere);
 }
 
-bool SearchColumns::prepare(const PredicateNode &node, const QDeadlineTimer &deadline, Long what)
+/// Visits what the tests of \a node look into, in their order, until \a visit answers false.
+template <typename Visit> bool SearchColumns::forEachColumn(const PredicateNode &node, Visit visit)
 {
     if (const auto *group = std::get_if<PredicateGroup>(&node.test)) {
         return std::all_of(group->members.begin(), group->members.end(),
-                           [&](const PredicateNode &member) { return prepare(member, deadline, what); });
+                           [&](const PredicateNode &member) { return forEachColumn(member, visit); });
     }
-    const auto prepareColumn = [&](const QString &key, Folding folding) {
+    const auto visitAnnounced = [&](const QString &key, Folding folding) {
         const SearchKey searched = SearchKey::of(key);
-        return !searched.isAnnounced() || fill(columnFor(searched, folding), deadline, what);
+        return !searched.isAnnounced() || visit(searched, folding);
     };
     if (const auto *text = std::get_if<TextTest>(&node.test))
-        return prepareColumn(text->key, text->folding);
+        return visitAnnounced(text->key, text->folding);
     if (const auto *list = std::get_if<ListTest>(&node.test))
-        return prepareColumn(list->key, list->folding);
+        return visitAnnounced(list->key, list->folding);
     if (const auto *range = std::get_if<HexRangeTest>(&node.test))
-        return prepareColumn(range->key, {});
+        return visitAnnounced(range->key, {});
     return true;
+}
+
+bool SearchColumns::prepare(const PredicateNode &node, const QDeadlineTimer &deadline, Long what)
+{
+    return forEachColumn(
+        node, [&](SearchKey key, Folding folding) { return fill(columnFor(key, folding), deadline, what); });
+}
+
+double SearchColumns::preparedShare(const Predicate &predicate) const
+{
+    double shares = 0;
+    int columns = 0;
+    forEachColumn(predicate.root(), [&](SearchKey key, Folding folding) {
+        const Column *column = knownColumn(key, folding);
+        shares += column ? column->texts.shareOf(m_document.infos().size()) : 0;
+        ++columns;
+        return true;
+    });
+    return columns > 0 ? shares / columns : 1;
 }
 
 } // namespace runebook

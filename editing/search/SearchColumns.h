@@ -43,6 +43,8 @@ public: // asking
     /// are ready; otherwise it wants to be called again when the program is idle. Any search text will do:
     /// prepare(*SearchFilter(SearchSettings::current()).result(u"a"_s).predicate).
     bool prepare(const Predicate &predicate, int milliseconds = 8);
+    /// How far prepare() has come with that, from 0 to 1.
+    double preparedShare(const Predicate &predicate) const;
     /// The same for all records but the very long ones, where it ends: false when there is such a one, and
     /// prepare() is to be called until everything is ready.
     bool prepareUpToLong(const Predicate &predicate);
@@ -55,6 +57,8 @@ private:
     Column &columnFor(SearchKey key, Folding folding);
     enum class Long { Take, EndThere };
     bool prepare(const PredicateNode &node, const QDeadlineTimer &deadline, Long what);
+    template <typename Visit> static bool forEachColumn(const PredicateNode &node, Visit visit);
+    const Column *knownColumn(SearchKey key, Folding folding) const;
     bool fill(Column &column, const QDeadlineTimer &deadline, Long what = Long::Take) const;
     void refresh(Column &column) const;
 

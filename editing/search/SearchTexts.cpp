@@ -153,6 +153,17 @@ bool SearchTexts::takeStretch()
     return true;
 }
 
+double SearchTexts::shareOf(std::size_t records) const
+{
+    if (records == 0)
+        return 1;
+    const auto all = m_open.isPiece() ? static_cast<qsizetype>(m_open.pieceLength())
+        : m_open.isList()             ? m_open.toList(nullptr).size()
+                                      : m_open.view().size();
+    const double open = all > 0 ? std::min(1.0, static_cast<double>(m_taken) / static_cast<double>(all)) : 0;
+    return (static_cast<double>(count()) + open) / static_cast<double>(records);
+}
+
 /// Of a list.
 bool SearchTexts::takeEntries()
 {

@@ -42,6 +42,8 @@ public: // making
     bool appendPart(const VXGlyphInfo &info);
     /// Whether such a part was taken that was not the last.
     bool isOpen() const { return !m_open.isAbsent(); }
+    /// How many of \a records were appended, from 0 to 1, with the part of the one that is open.
+    double shareOf(std::size_t records) const;
     /// Whether moving all of this takes longer than a key may wait.
     bool areMany() const { return m_bytes.size() > (std::size_t(1) << 25); }
 

@@ -48,6 +48,7 @@ void SlicedFilter::startAnew()
         return;
     m_passed = RecordBits(static_cast<std::size_t>(m_document.countOfInfos()));
     m_next = 0;
+    m_preparedShare = 0;
     m_timer.start();
 }
 
@@ -59,13 +60,16 @@ void SlicedFilter::cancel()
 
 double SlicedFilter::progress() const
 {
+    if (m_predicate && !isFor(*m_predicate))
+        return m_preparedShare;
     return m_passed.size() ? static_cast<double>(m_next) / static_cast<double>(m_passed.size()) : 1;
 }
 
 void SlicedFilter::runSlice()
 {
     if (!isFor(*m_predicate)) {
-        if (!m_prepare(*m_predicate, kSliceMs)) {
+        if (const std::optional<double> share = m_prepare(*m_predicate, kSliceMs)) {
+            m_preparedShare = *share;
             Q_EMIT progressed();
             return;
         }

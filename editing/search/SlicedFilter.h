@@ -16,8 +16,9 @@ class SlicedFilter : public QObject
 {
     Q_OBJECT
 public:
-    /// Works for about so many milliseconds on what answers a predicate; true when that is ready.
-    using Prepare = std::function<bool(const Predicate &predicate, int milliseconds)>;
+    /// Works for about so many milliseconds on what answers a predicate; how far that has come, from 0 to 1,
+    /// and nothing when it is ready.
+    using Prepare = std::function<std::optional<double>(const Predicate &predicate, int milliseconds)>;
     SlicedFilter(const VXDocument &document, Prepare prepare, QObject *parent = nullptr);
 
     /// Whether \a predicate is a single regular expression; others are answered faster than a slice takes,
@@ -47,6 +48,7 @@ private:
     std::optional<Predicate> m_predicate;
     RecordBits m_passed;
     std::size_t m_next = 0;
+    double m_preparedShare = 0;
     QTimer m_timer;
 };
 

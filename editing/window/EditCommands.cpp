@@ -7,6 +7,7 @@
 #include "model/GlyphLineWriter.h"
 #include "model/StringHelpers.h"
 #include "platform/FileBytes.h"
+#include "platform/TurningWindows.h"
 
 #include <QCoreApplication>
 #include <QMimeData>
@@ -63,9 +64,15 @@ std::unique_ptr<QMimeData> clipboardData(const InfoList &infos)
 {
     if (infos.empty())
         return nullptr;
+    QString text;
+    QByteArray records;
+    doApart(GlyphDataWriter::sizeOf(infos, kClipboardVersion), [&] {
+        text = linesOf(infos);
+        records = autosavedContentOf(infos, kClipboardVersion);
+    });
     auto data = std::make_unique<QMimeData>();
-    data->setText(linesOf(infos));
-    data->setData(recordsType(), autosavedContentOf(infos, kClipboardVersion));
+    data->setText(text);
+    data->setData(recordsType(), records);
     return data;
 }
 
@@ -75,12 +82,13 @@ InfoList infosOfClipboard(const QMimeData &clipboard, LeftOut &leftOut)
     if (!own.isEmpty() && isUtf8(own)) {
         AutosavedContent content = readAutosavedContent(own);
         if (content.isWhole) {
-            std::erase_if(content.infos, [&leftOut](const InfoPtr &info) {
+            const auto isRefused = [&leftOut](const InfoPtr &info) {
                 const QString refusal = refusalOfEdited(*info);
                 if (!refusal.isNull())
                     leftOut.add(refusal);
                 return !refusal.isNull();
-            });
+            };
+            doApart(own.size(), [&] { std::erase_if(content.infos, isRefused); });
             return std::move(content.infos);
         }
     }

@@ -14,6 +14,7 @@
 #include "platform/DesktopApplication.h"
 #include "platform/MemoryRoom.h"
 #include "platform/PlainText.h"
+#include "platform/TurningWindows.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -68,6 +69,7 @@ void RecordCommands::copy()
 {
     if (!m_parts.commitEditing())
         return;
+    const TurningWindows turning(tr("Copying…"), QApplication::activeWindow());
     if (std::unique_ptr<QMimeData> records = clipboardData(selectedInfos()))
         QApplication::clipboard()->setMimeData(records.release());
 }
@@ -89,6 +91,7 @@ void RecordCommands::paste()
         return;
     InfoList pasted;
     LeftOut leftOut;
+    const TurningWindows turning(tr("Pasting…"), QApplication::activeWindow());
     try {
         pasted = pasteInto(m_parts.document, selectedInfos(), *clipboard, leftOut);
     } catch (const std::bad_alloc &) {

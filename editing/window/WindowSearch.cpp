@@ -27,8 +27,10 @@ WindowSearch::WindowSearch(const WindowParts &parts, QObject *parent) : QObject(
 /// What takes longer than a slice shows its results when it has them all; until then the rows stay.
 void WindowSearch::buildSlicedFilter()
 {
-    const auto prepare = [this](const Predicate &predicate, int milliseconds) {
-        return m_parts.list.prepareFilter(predicate, milliseconds);
+    const auto prepare = [this](const Predicate &predicate, int milliseconds) -> std::optional<double> {
+        if (m_parts.list.prepareFilter(predicate, milliseconds))
+            return {};
+        return m_parts.list.preparedShare(predicate);
     };
     m_slicedFilter = new SlicedFilter(m_parts.document, prepare, this);
     connect(m_slicedFilter, &SlicedFilter::prepared, this, [this](const Predicate &predicate) {

@@ -1,6 +1,7 @@
 #include "platform/documents/Autosaver.h"
 
 #include "platform/Background.h"
+#include "platform/TurningWindows.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/FileSaver.h"
 
@@ -195,7 +196,9 @@ bool Autosaver::writeContent(SlicedContent *content, Error *error)
         const ContentProducer rest = content->takeRest();
         return progress == SlicedContent::Progress::Finished && (!rest || rest(sink, reason));
     };
-    return FileSaver::replace(m_path, produce, error);
+    bool isWritten = false;
+    doApart(content->size(), [&] { isWritten = FileSaver::replace(m_path, produce, error); });
+    return isWritten;
 }
 
 bool Autosaver::saveNow(Error *error)
@@ -222,6 +225,9 @@ void Autosaver::saveBeforeRun()
 {
     if (DocumentController::shared().autosavingDelay() <= 0 || !m_document.hasUnsavedWork() || isUpToDate())
         return;
+    const TurningWindows turning(
+        tr("Keeping the changes to “%1” before the run…").arg(m_document.displayName()),
+        m_document.windowController());
     writeAtOnce();
 }
 

@@ -1,5 +1,7 @@
 #include "platform/documents/DocumentPanels.h"
 
+#include "platform/FilePath.h"
+#include "platform/TurningWindows.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/LossSheet.h"
 #include "platform/documents/SaveSheets.h"
@@ -48,6 +50,7 @@ void finish(const std::function<void(bool)> &then, bool done)
 void openOne(const QString &path, QStringList &failures)
 {
     Error error;
+    const TurningWindows turning(openingTitle(path));
     if (!DocumentController::shared().openDocumentWithContentsOfURLDisplay(path, true, &error))
         failures << error.text();
 }
@@ -65,7 +68,11 @@ void trySaving(const Guarded &document, QWidget *parent, const Ended &ended,
                const std::function<bool(Document &document, Error *error)> &save)
 {
     Error error;
-    if (save(*document, &error)) {
+    const auto isSaved = [&] {
+        const TurningWindows turning(tr("Saving “%1”…").arg(document->displayName()), parent);
+        return save(*document, &error);
+    };
+    if (isSaved()) {
         ended(Outcome::Saved);
         return;
     }
@@ -177,6 +184,11 @@ void closeOneByOne(const std::function<void(bool)> &then)
 
 } // namespace
 
+QString openingTitle(const QString &path)
+{
+    return tr("Opening “%1”…").arg(shownPath(QFileInfo(path).fileName()));
+}
+
 void present(const Error &error, QWidget *parent)
 {
     const QString title = error.description.isEmpty() ? tr("Something went wrong.") : error.description;
@@ -246,6 +258,7 @@ void revert(Document &document, QWidget *parent)
     QPointer<Document> guarded(&document);
     const auto reload = [guarded, parent] {
         Error error;
+        const TurningWindows turning(guarded ? openingTitle(guarded->fileURL()) : QString(), parent);
         if (guarded && !guarded->revertToSaved(&error))
             present(error, parent);
     };

@@ -17,6 +17,8 @@ namespace DocumentPanels {
 void open(QWidget *parent);
 /// Opens files as after a drop or from the list of recent ones; failures are shown in one sheet.
 void openFiles(const QStringList &paths, QWidget *parent);
+/// What is said while the file \a path is being opened.
+QString openingTitle(const QString &path);
 /// Saves to the document's file, asking for one when it has none. \a then is told whether it was saved.
 void save(Document &document, QWidget *parent, std::function<void(bool saved)> then = {});
 void saveAs(Document &document, QWidget *parent, std::function<void(bool saved)> then = {});

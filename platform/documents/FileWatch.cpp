@@ -1,6 +1,7 @@
 #include "platform/documents/FileWatch.h"
 
 #include "platform/Background.h"
+#include "platform/TurningWindows.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -138,7 +139,8 @@ void FileWatch::onNotice(const QString &path)
 
 void FileWatch::look()
 {
-    if (m_path.isEmpty() || m_settleTimer.isActive())
+    // What the program is just writing is no news.
+    if (m_path.isEmpty() || m_settleTimer.isActive() || TurningWindows::areTurning())
         return;
     const FileState now = FileState::of(m_path);
     if (now == m_seen)
@@ -152,7 +154,7 @@ void FileWatch::look()
 void FileWatch::settle()
 {
     const FileState now = FileState::of(m_path);
-    if (now != m_settling && m_unsettled.elapsed() < kLongestSettlingMs) {
+    if (TurningWindows::areTurning() || (now != m_settling && m_unsettled.elapsed() < kLongestSettlingMs)) {
         m_settling = now;
         m_settleTimer.start();
         return;

@@ -1,6 +1,7 @@
 #include "platform/documents/LossSheet.h"
 
 #include "platform/PlainText.h"
+#include "platform/TurningWindows.h"
 
 #include <QCoreApplication>
 #include <QDialog>
@@ -139,7 +140,11 @@ void ask(Document &document, const QString &type, QWidget *parent,
          const std::function<void(bool mayBeSaved)> &then)
 {
     document.commitEditing();
-    const SavingLosses losses = document.savingLosses(type);
+    const auto look = [&] {
+        const TurningWindows turning(tr("Saving “%1”…").arg(document.displayName()), parent);
+        return document.savingLosses(type);
+    };
+    const SavingLosses losses = look();
     if (losses.isEmpty()) {
         then(true);
         return;
@@ -149,6 +154,7 @@ void ask(Document &document, const QString &type, QWidget *parent,
     QObject::connect(sheet, &QDialog::finished, sheet, [=](int answer) {
         if (!guarded)
             return;
+        const TurningWindows turning(tr("Saving “%1”…").arg(guarded->displayName()), parent);
         if (answer == SaveAnyway) {
             guarded->acceptSavingLosses();
             then(true);

@@ -2,6 +2,8 @@
 
 #include "platform/CheckedFile.h"
 #include "platform/StandardFolders.h"
+#include "platform/TurningWindows.h"
+#include "platform/documents/FileState.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -59,7 +61,11 @@ QString keepCopy(const QString &path, Error *error)
     }
     CheckedFile source(path, O_RDONLY);
     CheckedFile copy(freeName(path), O_RDWR | O_CREAT | O_EXCL, 0600);
-    if (source.isOpen() && copy.isOpen() && copy.writeContentOf(source) && copy.settle() && copy.close()) {
+    bool isCopied = source.isOpen() && copy.isOpen();
+    if (isCopied)
+        doApart(FileState::of(source.descriptor()).size,
+                [&] { isCopied = copy.writeContentOf(source) && copy.settle() && copy.close(); });
+    if (isCopied) {
         prune();
         return copy.path();
     }

@@ -25,6 +25,8 @@ public:
     /// them would hold the main thread. To be taken once, when the rest is finished; null when there is
     /// nothing more.
     virtual ContentProducer takeRest() { return {}; }
+    /// About how many bytes that is in all.
+    virtual qint64 size() const = 0;
     /// Whether the document is still as it was when this was made.
     virtual bool isCurrent() const = 0;
 };

@@ -436,6 +436,56 @@ private Q_SLOTS:
         }
     }
 
+    /// What goes through very much leaves the windows turning behind a bar, and nothing else happens
+    /// meanwhile.
+    TABLE(veryMuchHoldsNothingUp, (int bytes, bool isMuch), {
+        row("little", 1 << 20, false);
+        row("very much", 40 << 20, true);
+    })
+    {
+        write(content().replace(
+            kLines, kLines + "\t<glyph name=\"c\" description=\"" + QByteArray(bytes, 'd') + "\" />\n"));
+        int turns = 0;
+        int unseen = 0;
+        QTimer other;
+        connect(&other, &QTimer::timeout, this, [&] {
+            const QWidget *bar = QApplication::activeModalWidget();
+            ++turns;
+            unseen += !bar || bar->objectName() != u"workApart"_s;
+        });
+        other.start(0);
+        const auto turnedIn = [&](const auto &command) {
+            turns = 0;
+            command();
+            return turns > 0;
+        };
+        QCOMPARE(turnedIn([this] { DocumentPanels::openFiles({path()}, nullptr); }), isMuch);
+        auto *document = qobject_cast<VXDocument *>(controller().currentDocument());
+        VXWindowController *window = windowOf(document);
+        QCOMPARE(document->countOfInfos(), 3);
+        QSignalSpy noticed(&document->fileWatch(), &FileWatch::changed);
+        for (const int i : {0, 2}) // one with and one without the long value
+            document->objectInInfosAtIndex(i)->setSortName(u"edited"_s);
+        QCOMPARE(turnedIn([] { controller().autosaveBeforeRun(); }), isMuch);
+        QCOMPARE(turnedIn([=] { DocumentPanels::save(*document, window); }), isMuch);
+        QVERIFY(!document->isDocumentEdited());
+        VXDocument read;
+        QVERIFY(read.readFromURLOfType(path(), u"public.xml"_s));
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(read.objectInInfosAtIndex(i)->lineXMLFormatVersion(2)
+                    == document->objectInInfosAtIndex(i)->lineXMLFormatVersion(2));
+        QCOMPARE(read.objectInInfosAtIndex(2)->desc().size(), bytes);
+        window->infolistController()->setSelectionIndexes({2});
+        QCOMPARE(turnedIn([=] { window->copy(); }), isMuch);
+        QCOMPARE(turnedIn([=] { window->paste(); }), isMuch);
+        QCOMPARE(document->countOfInfos(), 4);
+        QVERIFY(document->objectInInfosAtIndex(3)->desc() == document->objectInInfosAtIndex(2)->desc());
+        other.stop();
+        QCOMPARE(unseen, 0);
+        document->fileWatch().check();
+        QCOMPARE(noticed.size(), 0);
+    }
+
     // isMended: before the answer
     // isOpen: afterwards
     TABLE(afterAFailedSave, (const QString &words, bool isMended, bool isOpen, bool isSaved), {

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QPointer>
+#include <QString>
+#include <functional>
+
+class QWidget;
+
+namespace runebook {
+
+/// Around a command that a person has given and that may have to go through very much: while one lives,
+/// doApart() leaves the main thread to the windows. They are drawn, but take no input: a bar says what is
+/// being done. Without anybody in front of the program, and inside of another one, it does nothing. Main
+/// thread.
+class TurningWindows
+{
+public:
+    /// \a title says what is being done, as "Saving…".
+    explicit TurningWindows(const QString &title, QWidget *parent = nullptr);
+    ~TurningWindows();
+    Q_DISABLE_COPY_MOVE(TurningWindows)
+
+    /// Whether work is being done apart: what the main thread has to do on its own can wait, and nothing that
+    /// the work reads may change.
+    static bool areTurning();
+    /// Waits for what is being done apart, but not for long. For who would rather not end in the middle of
+    /// it.
+    static void waitForWork();
+
+private:
+    friend void doApart(qint64 bytes, const std::function<void()> &work);
+    void turnUntilDone(const std::function<void()> &work);
+
+    QString m_title;
+    QPointer<QWidget> m_parent;
+};
+
+/// Does \a work, which goes through about so many bytes, and comes back when it is done: where a
+/// TurningWindows lives and the bytes are many, on another thread, while windows turn; otherwise at once.
+/// What \a work throws comes to the caller. From any thread.
+void doApart(qint64 bytes, const std::function<void()> &work);
+
+} // namespace runebook
