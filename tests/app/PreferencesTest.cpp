@@ -271,8 +271,11 @@ private Q_SLOTS:
         QTRY_VERIFY(panel->write().endsWith(u"6\n"_s));
         QDesktopServices::setUrlHandler(u"file"_s, this, "openUrl");
         QTest::mouseClick(pane->findChild<QPushButton *>(u"openFolder"_s), Qt::LeftButton);
-        QDesktopServices::unsetUrlHandler(u"file"_s);
         QVERIFY(QFile::exists(m_opened.toLocalFile() + u"/runebook_trial.py"_s));
+        find<QPushButton>("showOriginals")->click();
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        QVERIFY(m_opened.path().endsWith(u"/runebook/Originals"_s)
+                && QFileInfo(m_opened.toLocalFile()).isDir());
     }
 
     void refusesWhatIsNoPython()

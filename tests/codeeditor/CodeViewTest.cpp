@@ -12,6 +12,8 @@
 #include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -522,6 +524,26 @@ private Q_SLOTS:
         commit(u")"_s);
         QCOMPARE(spy.count(), 1);
         QCOMPARE(editor.view.string(), u"(form)"_s);
+        // What is being composed stands in no text: the colours are those around it.
+        editor.view.setString(u"for x in 'abcd':"_s);
+        editor.select(12);
+        const auto colours = [&editor] { // as they are drawn
+            const QTextLayout &layout = *editor.view.document()->firstBlock().layout();
+            QList<QColor> each(editor.view.string().size() + layout.preeditAreaText().size());
+            for (const QTextLayout::FormatRange &range : layout.formats())
+                std::fill_n(each.begin() + range.start, range.length, range.format.foreground().color());
+            if (!layout.preeditAreaText().isEmpty())
+                each.remove(layout.preeditAreaPosition(), layout.preeditAreaText().size());
+            return each;
+        };
+        const QList<QColor> before = colours();
+        QVERIFY(before.at(10) != before.at(4) && before.at(0) != before.at(4));
+        for (const QString &text : {u"zz"_s, u"z"_s, u""_s}) {
+            QInputMethodEvent event(text, {});
+            QCoreApplication::sendEvent(&editor.view, &event);
+            editor.document.parseCode(true);
+            QCOMPARE(colours(), before);
+        }
     }
 
     void wrappedLinesHang()

@@ -12,12 +12,14 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QSignalSpy>
 #include <QTextBlock>
 #include <QTimer>
+#include <QToolButton>
 #include <QWindow>
 #include <thread>
 
@@ -107,7 +109,10 @@ private Q_SLOTS:
         gone->deleteLater();
         bool isFirst = true;
         connect(&RunPump::shared(), &RunPump::pumped, &indicator, [&] {
-            QVERIFY(indicator.isVisible() && gone);
+            const auto *stop = indicator.findChild<QToolButton *>();
+            QVERIFY(indicator.isVisible() && stop->accessibleName() == u"Stop the script"_s);
+            QVERIFY(!stop->geometry().intersects(indicator.findChild<QLabel *>()->geometry()));
+            QVERIFY(gone || !isFirst);
             shown = indicator.text();
             if (std::exchange(isFirst, false))
                 QMetaObject::invokeMethod(
@@ -129,6 +134,8 @@ private Q_SLOTS:
         QTest::keyClick(m_panel->field, Qt::Key_B);
         QCOMPARE(m_panel->field->text(), u"b"_s);
         QVERIFY(clicked.isEmpty() && pressed.isEmpty() && m_panel->isVisible());
+        run(u"import time; time.sleep(0.3)"_s);
+        QVERIFY2(shown.startsWith(u"Running"_s), qPrintable(shown)); // of the refusals nothing is left
     }
 
     void letsTheUserRead()

@@ -577,6 +577,11 @@ private Q_SLOTS:
         QVERIFY(panel.cell(u"C"_s)->frame().isEmpty());
         panel.bar->setDisableUpdates(false);
         QVERIFY(!panel.cell(u"C"_s)->frame().isEmpty());
+        // Whoever sets all at once holds them no longer than that; a place behind the end is the last.
+        panel.bar->setViewControllers({panel.items.at(2), panel.items.at(0), panel.makeItem(u"D"_s)});
+        QVERIFY(!panel.cell(u"D"_s)->frame().isEmpty());
+        panel.bar->moveTabItemToIndex(panel.items.at(2), 99);
+        QCOMPARE(panel.picture(), u"[A] D C"_s);
     }
 
     void isReachableByAssistiveTechnology()
@@ -585,6 +590,7 @@ private Q_SLOTS:
         show(panel);
         QAccessibleInterface *bar = QAccessible::queryAccessibleInterface(panel.bar);
         QCOMPARE(bar->role(), QAccessible::PageTabList);
+        QCOMPARE(nameOf(bar), u"Tabs"_s);
         QVERIFY(bar->childCount() >= 3);
         QAccessibleInterface *tab = bar->child(1);
         QCOMPARE(tab->role(), QAccessible::PageTab);

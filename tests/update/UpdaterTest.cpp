@@ -197,10 +197,14 @@ private Q_SLOTS:
     void readsEntries()
     {
         Error error;
-        const auto appcast = readAppcast(feed(item("2.1", "<p>A &amp; B</p>") + item("3")), &error);
+        const auto appcast =
+            readAppcast(feed(item("2.1", "<p>A &amp; B</p>")
+                             + "<item><u:shortVersionString>three</u:shortVersionString></item>"),
+                        &error);
         QVERIFY2(appcast, qPrintable(error.text()));
         QCOMPARE(appcast->items().size(), 2);
         const SUAppcastItem *first = appcast->itemList().first();
+        QCOMPARE(appcast->itemList().last()->displayVersionString, u"three"_s);
         QCOMPARE(first->title, u"Runebook 2.1"_s);
         QCOMPARE(first->versionString, u"2.1"_s);
         QCOMPARE(first->displayVersionString, u"v2.1"_s);
