@@ -66,10 +66,6 @@ class Search(EditingTest):
         self.open("A", "a", "Adieresis", "b_a", "_part.b")
         for info, code in zip(self.doc, ("0041", "0061", "00C4", "0042", "0043")):
             info.unicodes = [code]
-        self.doc["a"].production = "Uni A"
-        self.doc["b_a"].altNames = ["Ab", "b.alt"]
-        self.doc["b_a"].category = "Ligature"
-        self.doc["A"].subCategory = "Upper"
         self.reset()
         self.addCleanup(self.reset)
 
@@ -106,21 +102,10 @@ class Search(EditingTest):
     def test_modes(self):
         table = [  # mode, options, text, records
             (1, (), "A", "A a Adieresis b_a _part.b"),
-            (1, (), "Ä", "Adieresis"),
-            (1, (MATCH_CASE,), "A", "A a Adieresis"),
-            (2, (), "a  b", "b_a _part.b"),
             (2, (MATCH_CASE,), "A", "A Adieresis"),
             (3, (), "0041-0043", "A b_a _part.b"),
-            (3, (), "0043-0041", ""),
-            (3, (), "0041-0041", ""),
-            (4, (), "liga", "b_a"),
-            (5, (MATCH_CASE,), "upper", ""),
-            (9, (), "a uni", "a"),
-            (10, (), "b.alt", "b_a"),
-            (10, (), "b.al", ""),
             (2, (REGEX,), ".", "A a"),
             (2, (REGEX,), "(", "A a Adieresis b_a _part.b"),
-            (1, (), "\U0001F600", ""),
         ]
         for mode, options, text, expected in table:
             with self.subTest(mode=mode, text=text):
@@ -217,23 +202,14 @@ class Commands(EditingTest):
         self.assertEqual(self.undone(), "a b c d")
 
     def test_paste(self):
-        lines = 'no\n  <glyph name="x" />\r\n\tjunk <glyph name="z" />\n<glyph name="y" />\n'
-        table = [  # selected, search, records
-            ([1], "", "a b x y c"),
-            ([], "", "a b c x y"),
-            ([0, 2], "", "a b c x y"),
-            ([0], "b", "a b x y c"),
-        ]
-        for rows, search, expected in table:
-            with self.subTest(rows=rows, search=search):
-                self.open("a", "b", "c")
-                self.window.searchField().setStringValue_(search)
-                self.window.filterInfos()
-                self.select(*rows)
-                set_pasteboard(lines)
-                self.window.paste_(None)
-                self.assertEqual(names(self.doc), expected)
-                self.assertEqual(self.undone(), "a b c")
+        self.open("a", "b", "c")
+        self.window.searchField().setStringValue_("b")
+        self.window.filterInfos()
+        self.select(0)
+        set_pasteboard('no\n  <glyph name="x" />\r\n\tjunk <glyph name="z" />\n<glyph name="y" />\n')
+        self.window.paste_(None)
+        self.assertEqual(names(self.doc), "a b x y c")
+        self.assertEqual(self.undone(), "a b c")
         set_pasteboard("no glyphs")
         self.window.paste_(None)
         self.assertEqual(names(self.doc), "a b c")
@@ -270,31 +246,21 @@ class Commands(EditingTest):
         self.assertEqual(self.doc["C"].production, "uniE000")
 
     def test_sort_names(self):
-        table = [  # prefix, start, step, digits, sort names
-            ("a", 1, 1, 3, "a001 a002 a003"),
-            ("x", 10, 5, 2, "x10 x15 x20"),
-            ("a", 998, 1, 3, "a998 a999 a1000"),
-            ("a", 1, -1, 3, "a001 a000 a-01"),
-            ("a", 2147483647, 1, 1, "a2147483647 a-2147483648 a-2147483647"),
-        ]
-        for prefix, start, step, digits, expected in table:
-            with self.subTest(expected=expected):
-                self.open("A", "B", "C", sortName="old")
-                self.select(0, 1, 2)
-                self.assertIsNone(self.window.sortNameDialog())
-                self.window.setSortName_(None)
-                dialog = self.window.sortNameDialog()
-                dialog.sortNamePrefix().setStringValue_(prefix)
-                for part, number in ((dialog.sortNameStart(), start), (dialog.sortNameStep(), step),
-                                     (dialog.sortNameDigits(), digits)):
-                    part.setIntegerValue_(number)
-                self.window.sortNameCancel_(None)
-                self.assertEqual([info.sortName() for info in self.doc], ["old"] * 3)
-                self.window.setSortName_(None)
-                self.window.sortNameOK_(None)
-                self.assertEqual(" ".join(info.sortName for info in self.doc), expected)
-                self.doc.undoManager().undo()
-                self.assertEqual([info.sortName() for info in self.doc], ["old"] * 3)
+        self.open("A", "B", "C", sortName="old")
+        self.select(0, 1, 2)
+        self.assertIsNone(self.window.sortNameDialog())
+        self.window.setSortName_(None)
+        dialog = self.window.sortNameDialog()
+        dialog.sortNamePrefix().setStringValue_("x")
+        for part, number in ((dialog.sortNameStart(), 10), (dialog.sortNameStep(), 5), (dialog.sortNameDigits(), 2)):
+            part.setIntegerValue_(number)
+        self.window.sortNameCancel_(None)
+        self.assertEqual([info.sortName() for info in self.doc], ["old"] * 3)
+        self.window.setSortName_(None)
+        self.window.sortNameOK_(None)
+        self.assertEqual(" ".join(info.sortName for info in self.doc), "x10 x15 x20")
+        self.doc.undoManager().undo()
+        self.assertEqual([info.sortName() for info in self.doc], ["old"] * 3)
         for key, value in (("Prefix", "a"), ("Start", 1), ("Step", 1), ("Digits", 3)):
             defaults().setObject_forKey_(value, "sortName" + key)
 
@@ -449,9 +415,7 @@ class CodePoints(unittest.TestCase):
         self.assertEqual(formatter.stringForObjectValue_(["e9", "1f600"]), "E9, 1F600")
         self.assertEqual(formatter.stringForObjectValue_("e9"), "E9")
         self.assertEqual(formatter.getObjectValue_forString_errorDescription_(None, "e9", None)[:2], (True, "e9"))
-        for text, expected in (("1F600", None), ("", None),
-                               ("g", "Only Numbers from 0–9 and letters from A-F are allowed"),
-                               ("1F6000", "Only maximal five digits are allowd")):
+        for text, expected in (("1F600", None), ("1F6000", "Only maximal five digits are allowd")):
             valid, _, reason = formatter.\
                 isPartialStringValid_proposedSelectedRange_originalString_originalSelectedRange_errorDescription_(
                     text, None, "", (0, 0), None)
@@ -507,11 +471,8 @@ class Reordering(EditingTest):
     def test_drops(self):
         table = [  # records, rows, target, mask, records after, selection
             ("a b c d e", [1, 3], 0, 3, "b d a c e", [0, 1]),
-            ("a b c d e", [0, 1], 4, 3, "c d a b e", [2, 3]),
             ("a b c d e", [0, 1], 4, NSDragOperationMove, "c d a b e", [2, 3]),
-            ("a b c", [1, 2], 0, NSDragOperationCopy, "b c a b c", [0, 1]),
             ("a b c", [0, 2], 1, NSDragOperationCopy, "a a c b c", [1, 2]),
-            ("a b c", [0], -1, 3, "a b c", [0]),
         ]
         for given, rows, target, mask, expected, selection in table:
             with self.subTest(given=given, rows=rows, target=target):
