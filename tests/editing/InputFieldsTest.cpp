@@ -8,6 +8,7 @@
 #include "editing/fields/VXValidatingTextFieldCell.h"
 #include "editing/fields/VocabularyComboBox.h"
 #include "platform/Appearance.h"
+#include "tests/OnScreen.h"
 #include "tests/editing/Windows.h"
 
 #include <cmath>
@@ -243,7 +244,7 @@ private Q_SLOTS:
 
         const auto isRed = [&] {
             const QPoint inside = badge.topLeft() + QPoint(3, badge.height() / 2);
-            return field.grab().toImage().pixelColor(inside) == field.backgroundColor();
+            return onScreen(field).pixelColor(inside) == field.backgroundColor();
         };
         QVERIFY(isRed());
         field.setFocus();
@@ -444,8 +445,9 @@ private Q_SLOTS:
     {
         UnicodesTokenField field;
         field.resize(300, field.sizeHint().height());
+        field.show();
         const auto tinted = [&field] {
-            const QImage image = field.grab().toImage();
+            const QImage image = onScreen(field);
             int count = 0;
             for (int x = 4; x < image.width() - 4; ++x)
                 count += image.pixelColor(x, image.height() / 2 - 7).saturation() > 10;
