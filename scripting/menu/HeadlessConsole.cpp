@@ -118,7 +118,7 @@ void HeadlessConsole::writeAll(int descriptor, const QByteArray &bytes)
             endOnBrokenPipe();
             return;
         } else if (errno != EINTR && errno != EAGAIN) {
-            m_hasFailed = true;
+            m_failure = errno;
             return;
         }
     }

@@ -23,8 +23,8 @@ public:
     bool takesAnyThread() const override { return true; }
     /// Writes out what is held back.
     void flush() override;
-    /// True when the output could not take all text (a full disk).
-    bool hasFailed() const { return m_hasFailed; }
+    /// Why output or errors could not take all text (a full disk), as an errno; 0 when they could.
+    int failure() const { return m_failure; }
 
 private:
     void flushLocked();
@@ -38,7 +38,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_wake;
     QByteArray m_held;
-    bool m_hasFailed = false;
+    int m_failure = 0;
     bool m_isEnding = false;
     std::thread m_flusher;
 };

@@ -246,8 +246,10 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
         status = HeadlessStatus::kScriptFailed;
     if (status == HeadlessStatus::kSuccess && options.savesFiles && !saveAll(*documents, console))
         status = HeadlessStatus::kScriptFailed;
-    if (status == HeadlessStatus::kSuccess && console.hasFailed())
-        status = HeadlessStatus::kScriptFailed;
+    if (console.failure()) {
+        complain(console, tr("The output could not be written: %1").arg(qt_error_string(console.failure())));
+        status = status == HeadlessStatus::kSuccess ? HeadlessStatus::kScriptFailed : status;
+    }
     return status;
 }
 

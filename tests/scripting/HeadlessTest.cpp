@@ -469,6 +469,8 @@ private Q_SLOTS:
             start(process, {u"--eval"_s, code});
             QVERIFY(process.waitForFinished(60'000));
             QCOMPARE(process.exitCode(), 1);
+            const QByteArray errors = process.readAllStandardError();
+            QVERIFY2(errors.contains("runebook: The output could not be written: "), errors);
         }
     }
 
