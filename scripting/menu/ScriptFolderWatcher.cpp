@@ -112,15 +112,16 @@ bool ScriptFolderWatcher::differs(const QString &path) const
 void ScriptFolderWatcher::look()
 {
     bool differ = false;
-    for (const QString &path : std::exchange(m_toLookAt, {})) {
+    const QSet<QString> paths = std::exchange(m_toLookAt, {});
+    for (const QString &path : paths) {
         // A file that was replaced is no longer watched under its name.
         if (QFileInfo::exists(path))
             m_watcher->addPath(path);
         differ = differ || differs(path);
     }
-    if (!differ || std::exchange(m_hasChanged, true))
-        return;
-    Q_EMIT changed();
+    if (differ && !std::exchange(m_hasChanged, true))
+        Q_EMIT changed();
+    Q_EMIT looked(paths);
 }
 
 } // namespace runebook

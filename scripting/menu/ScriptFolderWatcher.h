@@ -39,6 +39,8 @@ public:
 Q_SIGNALS:
     /// Once, until the next clear().
     void changed();
+    /// Whenever these places were looked at, whatever was found.
+    void looked(const QSet<QString> &paths);
 
 private:
     void watchMore();

@@ -193,7 +193,7 @@ void VXScriptingHandler::reloadScriptMenu()
     removeGeneratedItems(*menu);
     contents() = {};
     if (!m_folderWatcher) {
-        m_folderWatcher = std::make_unique<ScriptFolderWatcher>();
+        m_folderWatcher = std::make_unique<ScriptFolderWatcher>(this);
         connect(m_folderWatcher.get(), &ScriptFolderWatcher::changed, this,
                 &VXScriptingHandler::showReloadState);
     }

@@ -4,6 +4,7 @@
 #include "scripting/components/Components.h"
 #include "scripting/menu/HandlerOperations.h"
 #include "scripting/menu/MenuSettings.h"
+#include "scripting/menu/StartWarning.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ForkedProcess.h"
 #include "scripting/python/OutputModules.h"
@@ -28,7 +29,6 @@ int VXScriptingHandler::PythonMinorVersion = -1;
 
 namespace {
 
-constexpr int kWarningDelayMs = 1000;
 constexpr int kLockedState = 0;
 
 QString userSupport()
@@ -196,7 +196,7 @@ void VXScriptingHandler::warnWhenUnsupported()
                                      QString::fromLatin1(PythonDiscovery::kNewestVersion));
     const QString advice = tr("Please install a supported version or use the Python module from Plugin "
                               "Manager");
-    QTimer::singleShot(kWarningDelayMs, this,
+    QTimer::singleShot(kStartWarningDelayMs, this,
                        [this, message, advice] { Q_EMIT unsupportedPythonStarted(message, advice); });
 }
 

@@ -23,11 +23,12 @@ RECORDS = 200
 HELD = "Doc[3].name = 'undone'; print(sum(range(10 ** 11))) # "
 
 
-def wait_for(what, is_there, seconds=60):
+def wait_for(what, is_there, seconds=60, meanwhile=lambda: None):
     end = time.monotonic() + seconds
     while not is_there():
         if time.monotonic() > end:
             raise AssertionError(f"waited {seconds} s for {what}")
+        meanwhile()
         time.sleep(0.1)
 
 
@@ -54,7 +55,6 @@ def test(program, screen, place):
     first = subprocess.Popen([program, "--new-instance", place.file], cwd=place.folder,
                              env=place.environment(screen.name), stdout=subprocess.DEVNULL)
     assert screen.focus("data.xml") and screen.focus("Macro"), "no windows"
-    time.sleep(1)
     typist = Typist(screen)
     typist.press("Control_L", "End")
     typist.word()  # 1: in the macro
@@ -77,9 +77,8 @@ def test(program, screen, place):
     reopened_after = time.monotonic() - ended
 
     assert screen.focus("data.xml")
-    time.sleep(1)
-    screen.key("Control_L", "s")
-    wait_for("the unsaved name in the saved file", lambda: "w000002" in text_of(place.file))
+    wait_for("the unsaved name in the saved file", lambda: "w000002" in text_of(place.file),
+             meanwhile=lambda: screen.key("Control_L", "s"))
     assert "undone" not in text_of(place.file), "what the script did came back"
     assert len(re.findall("<glyph ", text_of(place.file))) == RECORDS
     [process] = processes(place)
