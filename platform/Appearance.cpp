@@ -16,6 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int kMenuOutlineLightness = 140; // of the lines in a window, in a hundred
 
 struct Colors {
     QRgb window, base, alternate, text, hint, dimmed, button, highlight, highlightedText, link, mid;
@@ -75,6 +76,16 @@ void drawFieldOutline(QPainter &painter, const QStyleOption &option, bool showsF
     painter.restore();
 }
 
+/// Fusion's own is as dark as what lies behind the menu.
+void drawMenuOutline(QPainter &painter, const QStyleOption &option)
+{
+    painter.save();
+    painter.setPen(option.palette.color(QPalette::Mid).lighter(kMenuOutlineLightness));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(option.rect.adjusted(0, 0, -1, -1));
+    painter.restore();
+}
+
 /// Fusion without pictures on the buttons of dialogs, which carry their words, and with outlines of boxes to
 /// check and of fields that can be told from a dark window.
 class PlainStyle final : public QProxyStyle
@@ -84,14 +95,21 @@ public:
     int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
                   QStyleHintReturn *data) const override
     {
-        return hint == SH_DialogButtonBox_ButtonsHaveIcons
-            ? 0
-            : QProxyStyle::styleHint(hint, option, widget, data);
+        switch (hint) {
+        case SH_DialogButtonBox_ButtonsHaveIcons:
+            return 0;
+        case SH_Menu_Scrollable:
+            return 1; // one that is longer than the screen is one column still
+        default:
+            return QProxyStyle::styleHint(hint, option, widget, data);
+        }
     }
     void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
                        const QWidget *widget) const override
     {
         QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (element == PE_PanelMenu && isDarkMode(option->palette))
+            drawMenuOutline(*painter, *option);
         const State focused = State_HasFocus | State_KeyboardFocusChange;
         const bool isRound = element == PE_IndicatorRadioButton;
         if ((isRound || element == PE_IndicatorCheckBox) && (option->state & focused) != focused)

@@ -260,18 +260,20 @@ void VXTabBarControl::menuNeedsUpdate(QMenu *menu)
         return;
     }
     menu->clear();
-    addOverflowSearch(menu);
+    menu->setMinimumWidth(0);
     for (PSMTabBarCell *cell : std::as_const(m_cells)) {
         if (cell->isInOverflowMenu())
             addOverflowEntry(menu, cell);
     }
+    addOverflowSearch(menu);
 }
 
-/// A field at the top of a long menu: what is typed in it is what titles have to contain.
+/// A field at the top of a long menu: what is typed in it is what titles have to contain. The menu shows the
+/// first of them and says how many more there are.
 void VXTabBarControl::addOverflowSearch(QMenu *menu)
 {
-    const auto hidden = std::ranges::count_if(m_cells, &PSMTabBarCell::isInOverflowMenu);
-    if (hidden <= kLongestPlainMenu)
+    const QList<QAction *> entries = menu->actions();
+    if (entries.size() <= kLongestPlainMenu)
         return;
     auto *field = new QLineEdit;
     field->setPlaceholderText(tr("Search"));
@@ -279,23 +281,31 @@ void VXTabBarControl::addOverflowSearch(QMenu *menu)
     field->setClearButtonEnabled(true);
     auto *entry = new QWidgetAction(menu);
     entry->setDefaultWidget(field);
-    menu->addAction(entry);
+    menu->insertAction(entries.first(), entry);
     menu->setActiveAction(entry);
     connect(
         menu, &QMenu::aboutToShow, field, [field] { field->setFocus(); }, Qt::QueuedConnection);
     field->setFocus();
-    const auto entries = [menu, entry] {
-        QList<QAction *> others = menu->actions();
-        others.removeOne(entry);
-        return others;
+    QAction *more = menu->addAction(QString());
+    more->setEnabled(false);
+    // No more than stand below each other: a menu that scrolls cannot be narrowed down.
+    const auto show = [entries, more](const QString &text) {
+        qsizetype matching = 0;
+        for (QAction *other : entries) {
+            const bool matches =
+                QString(other->text()).replace(u"&&"_s, u"&"_s).contains(text, Qt::CaseInsensitive);
+            other->setVisible(matches && ++matching <= kLongestPlainMenu);
+        }
+        more->setText(tr("%1 more").arg(matching - kLongestPlainMenu));
+        more->setVisible(matching > kLongestPlainMenu);
     };
-    connect(field, &QLineEdit::textChanged, menu, [entries](const QString &text) {
-        for (QAction *other : entries())
-            other->setVisible(
-                QString(other->text()).replace(u"&&"_s, u"&"_s).contains(text, Qt::CaseInsensitive));
+    show({});
+    connect(field, &QLineEdit::textChanged, menu, [show, menu](const QString &text) {
+        menu->setMinimumWidth(menu->width());
+        show(text);
     });
     connect(field, &QLineEdit::returnPressed, menu, [entries, menu] {
-        for (QAction *other : entries()) {
+        for (QAction *other : entries) {
             if (!other->isVisible() || !other->isEnabled())
                 continue;
             menu->close();

@@ -42,6 +42,7 @@ WholeValueDialog::WholeValueDialog(VXDocument &document, InfoList infos, GlyphFi
       m_field(field),
       m_text(longTextOf(*m_infos.front(), field)),
       m_edit(new TextBox(this)),
+      m_partLabel(plainLabel(tr("Part"), this)),
       m_number(new QSpinBox(this)),
       m_count(plainLabel({}, this)),
       m_previous(new QPushButton(tr("&Previous"), this)),
@@ -89,8 +90,7 @@ void WholeValueDialog::build()
     for (QPushButton *button : {m_previous, m_next, removeAll})
         button->setAutoDefault(false);
     auto *parts = new QHBoxLayout;
-    auto *partLabel = plainLabel(tr("Part"), this);
-    for (QWidget *widget : std::initializer_list<QWidget *> {partLabel, m_number, m_count})
+    for (QWidget *widget : std::initializer_list<QWidget *> {m_partLabel, m_number, m_count})
         parts->addWidget(widget);
     parts->addStretch();
     parts->addWidget(m_previous);
@@ -214,9 +214,7 @@ bool WholeValueDialog::isStoredApart() const
 
 void WholeValueDialog::storeApart()
 {
-    m_isStoring = true;
-    setEnabled(false);
-    m_count->setText(tr("Storing…"));
+    showStoring(true);
     runApart([self = QPointer<WholeValueDialog>(this), text = m_text, field = m_field] {
         FieldValue value;
         Error error;
@@ -233,10 +231,21 @@ void WholeValueDialog::storeApart()
     });
 }
 
+/// All is dimmed but the word that says why, which takes the place of the number of the part.
+void WholeValueDialog::showStoring(bool isStoring)
+{
+    m_isStoring = isStoring;
+    for (QWidget *part : findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
+        part->setEnabled(!isStoring || part == m_count);
+    for (QWidget *part : std::initializer_list<QWidget *> {m_partLabel, m_number})
+        part->setVisible(!isStoring);
+    if (isStoring)
+        m_count->setText(tr("Storing…"));
+}
+
 void WholeValueDialog::takeStored(const FieldValue &value, const Error &error)
 {
-    m_isStoring = false;
-    setEnabled(true);
+    showStoring(false);
     showPlace();
     if (!error.domain.isEmpty()) {
         m_edit->setFocus();

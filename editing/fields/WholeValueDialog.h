@@ -47,6 +47,7 @@ private:
     QJsonArray pendingTexts();
     bool isStoredApart() const;
     void storeApart();
+    void showStoring(bool isStoring);
     void takeStored(const FieldValue &value, const Error &error);
     void tellStored();
 
@@ -59,6 +60,7 @@ private:
     bool m_isOther = false; ///< setText() was called
     bool m_isStoring = false;
     TextBox *m_edit;
+    QLabel *m_partLabel;
     QSpinBox *m_number;
     QLabel *m_count;
     QPushButton *m_previous;

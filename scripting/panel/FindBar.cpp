@@ -3,6 +3,7 @@
 #include "codeeditor/JSTTextView.h"
 #include "platform/PlainText.h"
 
+#include <QApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -20,6 +21,15 @@ namespace {
 
 constexpr qsizetype kLongestCounted = 5'000'000; // characters, at every key
 constexpr qsizetype kMostCounted = 10'000;
+
+/// As clear as with the keyboard, which the bar has.
+void letSelectionStandOut(QWidget &view)
+{
+    QPalette colors;
+    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::HighlightedText})
+        colors.setBrush(QPalette::Inactive, role, QApplication::palette().brush(QPalette::Active, role));
+    view.setPalette(colors);
+}
 
 } // namespace
 
@@ -117,6 +127,8 @@ void FindBar::setSearchString(const QString &text)
 
 void FindBar::performTextFinderAction(int tag, QPlainTextEdit *view)
 {
+    if (m_view && m_view != view)
+        m_view->setPalette({});
     m_view = view;
     switch (tag) {
     case Show:
@@ -167,6 +179,7 @@ bool FindBar::find(bool backward, Start start)
     }
     m_view->setTextCursor(found);
     m_view->ensureCursorVisible();
+    letSelectionStandOut(*m_view);
     tellCount(hasWrapped);
     // While the text is being typed the plates would pile up.
     if (auto *editor = qobject_cast<JSTTextView *>(m_view); editor && start == Start::BehindSelection)
@@ -245,8 +258,10 @@ int FindBar::replaceAll()
 void FindBar::hideBar()
 {
     hide();
-    if (m_view)
-        m_view->setFocus(Qt::OtherFocusReason);
+    if (!m_view)
+        return;
+    m_view->setFocus(Qt::OtherFocusReason);
+    m_view->setPalette({});
 }
 
 bool FindBar::eventFilter(QObject *watched, QEvent *event)

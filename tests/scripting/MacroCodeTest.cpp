@@ -101,8 +101,13 @@ private Q_SLOTS:
         panel.press(Qt::Key_F);
         QTest::keyClicks(QApplication::focusWidget(), u"gam"_s);
         QCOMPARE(panel.editor().selectedRange(), (TextRange {17, 3}));
+        // What is found stands out, though the keyboard is in the bar.
+        QCOMPARE(panel.editor().palette().brush(QPalette::Inactive, QPalette::Highlight),
+                 QApplication::palette().brush(QPalette::Active, QPalette::Highlight));
+        QVERIFY(panel.editor().testAttribute(Qt::WA_SetPalette));
         panel.press(Qt::Key_Escape, Qt::NoModifier);
         QCOMPARE(QApplication::focusWidget(), &panel.editor());
+        QVERIFY(!panel.editor().testAttribute(Qt::WA_SetPalette));
         for (QWidget *pane : {static_cast<QWidget *>(&panel.console()),
                               static_cast<QWidget *>(panel.controller.window()->parts().prompt),
                               static_cast<QWidget *>(&panel.editor())}) {

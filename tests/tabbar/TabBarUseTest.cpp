@@ -543,9 +543,11 @@ private Q_SLOTS:
         panel.bar->menuNeedsUpdate(menu);
         auto *field = menu->findChild<QLineEdit *>();
         QVERIFY(field);
+        const auto shown = [menu] { return std::ranges::count_if(menu->actions(), &QAction::isVisible); };
+        QCOMPARE(shown(), 1 + 15 + 1); // the field, titles, and how many more there are
+        QVERIFY(menu->actions().last()->text().endsWith(u" more"_s));
         QTest::keyClicks(field, u"tab 29"_s);
-        QCOMPARE(std::ranges::count_if(menu->actions(), &QAction::isVisible),
-                 2); // the field and what it found
+        QCOMPARE(shown(), 2); // the field and what it found
         QTest::keyClick(field, Qt::Key_Return);
         QCOMPARE(panel.selectedTitle(), u"Tab 29"_s);
     }
