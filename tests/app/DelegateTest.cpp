@@ -378,11 +378,14 @@ private Q_SLOTS:
         QTRY_VERIFY(controller().documentList().size() > 2);
         const auto *progress = shownWindow<QProgressDialog>();
         QVERIFY(progress && progress->value() > 0 && progress->maximum() == kFiles);
+        QCOMPARE(progress->windowTitle(), u"Opening Files"_s);
         // A window that is there has nothing to do for each of those that come after it.
         QTRY_VERIFY(controller().documentList().size() > 12);
         EventCount ofOne(*controller().documentList()[10]->windowController());
         QTRY_COMPARE_WITH_TIMEOUT(controller().documentList().size(), kFiles, 60'000);
         QTRY_VERIFY(!shownWindow<QProgressDialog>());
+        for (const Document *document : controller().documentList()) // shown again they come to the front
+            QVERIFY(!document->windowController()->testAttribute(Qt::WA_ShowWithoutActivating));
         // Nobody had to hear of each of them.
         QVERIFY2(announced.size() < 10, qPrintable(QString::number(announced.size())));
         QVERIFY2(ofOne.busiest() < kFiles / 4, qPrintable(QString::number(ofOne.busiest())));

@@ -517,6 +517,9 @@ private Q_SLOTS:
         commit(u"("_s);
         commit(u"fo"_s);
         QCOMPARE(offeredWords(editor.view), (QStringList {u"for"_s, u"format"_s, u"Foo"_s}));
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QCoreApplication::sendEvent(&editor.view, &escape);
+        QVERIFY(escape.isAccepted()); // it takes the offers away, and nothing behind them
         QInputMethodEvent composing(u"a"_s, {});
         composing.setCommitString(u"rm"_s); // with these letters done, on to the next
         QCoreApplication::sendEvent(&editor.view, &composing);

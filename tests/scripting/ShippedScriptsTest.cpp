@@ -137,8 +137,8 @@ private Q_SLOTS:
 
     void drivesTheEditor()
     {
+        m_program = u"runebook"_s; // with the panel and its classes
         check(u"editor"_s, {m_file});
-        m_program = u"runebook"_s;
         check(u"editing"_s, {m_file});
     }
 

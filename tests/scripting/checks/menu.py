@@ -41,5 +41,7 @@ menu.itemArray()
 assert filler.shown == menu
 menu.setDelegate_(None)
 
+tidy.setRepresentedObject_("another")
+assert tidy.representedObject() == "another"
 assert "itemWithTag_" in dir(menu) and "representedObject" in dir(tidy)
 print("checked the menu")
