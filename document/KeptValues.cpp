@@ -1,5 +1,7 @@
 #include "document/KeptValues.h"
 
+#include "model/FieldTable.h"
+
 #include <QDataStream>
 #include <QIODevice>
 #include <QStringConverter>
@@ -18,9 +20,15 @@ constexpr qsizetype kLong = 1 << 16; ///< units of a text that is not printed at
 
 using F = GlyphField;
 
+// The order is that of the files that there are: fields that came later stand behind all else, and may be
+// missing.
 constexpr F kTexts[] {F::Name,   F::Category,   F::SubCategory,   F::Marks,        F::Anchors,
                       F::Script, F::Production, F::SortName,      F::SortNameKeep, F::SortNameOld,
                       F::Desc,   F::Decompose,  F::UnicodeLegacy, F::UnicharString};
+constexpr auto kLaterTexts = fieldsBy<[](const FieldRow &row) {
+    return isStored(row.field) && row.kind == FieldKind::Text
+        && std::find(std::begin(kTexts), std::end(kTexts), row.field) == std::end(kTexts);
+}>();
 
 /// Gives what is written to it on as base64.
 class Base64Device : public QIODevice
@@ -178,6 +186,11 @@ InfoPtr infoFrom(QDataStream &stream)
     info->setCase(letterCase);
     info->setDirection(direction);
     info->setIndex(index);
+    for (const F field : kLaterTexts) {
+        if (stream.atEnd())
+            break;
+        info->editText(field, readText(stream));
+    }
     return info;
 }
 
@@ -200,7 +213,7 @@ bool KeptValues::print(const BlockSink &sink) const
     QDataStream stream(&device);
     stream.setVersion(kStreamVersion);
     stream << m_place;
-    for (const F field : kTexts) {
+    const auto writeValue = [&](F field) {
         const FieldValue &text = value(field);
         if (!text.view().isNull())
             writeText(stream, text.view());
@@ -208,13 +221,15 @@ bool KeptValues::print(const BlockSink &sink) const
             writeUtf8(stream, text.bytes(sourceData()));
         else
             stream << text.toString(sourceData());
-    }
+    };
+    std::for_each(std::begin(kTexts), std::end(kTexts), writeValue);
     const FieldValue &codePoints = value(F::Unicodes);
     writeTexts(stream,
                codePoints.isPiece() ? QStringList {codePoints.toString(sourceData())}
                                     : codePoints.toList(sourceData()));
     writeTexts(stream, value(F::AltNames).toList(sourceData()));
     stream << m_case << m_direction << m_index;
+    std::for_each(kLaterTexts.begin(), kLaterTexts.end(), writeValue);
     return device.finish();
 }
 

@@ -71,13 +71,6 @@ QStringList fixedValue(const VXGlyphInfo &info, F field)
     }
 }
 
-QStringList presentValue(const VXGlyphInfo &info, F field)
-{
-    return field == F::Unicodes ? info.unicodes()
-        : field == F::AltNames  ? info.altNames()
-                                : QStringList {info.stringValue(field)};
-}
-
 } // namespace
 
 std::vector<FieldFix> savableForm(const VXGlyphInfo &info, int fileVersion)
@@ -86,7 +79,7 @@ std::vector<FieldFix> savableForm(const VXGlyphInfo &info, int fileVersion)
     // A quote or a line break spoils what stands behind it on the line: those fields need no other form.
     const auto add = [&](F field) {
         const QStringList fixed = fixedValue(info, field);
-        if (fixed != presentValue(info, field))
+        if (fixed != info.entriesOf(field))
             fixes.push_back({field, fixed});
     };
     for (const RoundTrip::Loss &loss : RoundTrip(fileVersion, RoundTrip::Of::Everything).losses(info)) {

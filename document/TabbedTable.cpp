@@ -1,6 +1,7 @@
 #include "document/TabbedTable.h"
 
 #include "document/GlyphDataReader.h"
+#include "model/FieldTable.h"
 #include "platform/ParallelParts.h"
 #include "platform/TurningWindows.h"
 
@@ -244,9 +245,12 @@ void TabbedReader::store(VXGlyphInfo &info, GlyphField target, std::string_view 
 
 QStringList TabbedWriter::exportKeys()
 {
-    return u"unicode name sortName sortNameKeep decompose category subCategory script production altNames "
-           u"desc "
-           "anchors accents"_s.split(u' ');
+    QStringList keys;
+    for (const GlyphField field : fieldsBy<&FieldRow::filePlace>()) {
+        if (const char *key = rowOf(field).exportKey)
+            keys << QLatin1StringView(key);
+    }
+    return keys;
 }
 
 bool TabbedWriter::operator()(const BlockSink &sink, Error *error) const

@@ -1,5 +1,6 @@
 #include "model/EditedValue.h"
 
+#include "model/FieldTable.h"
 #include "model/FileText.h"
 #include "model/RoundTrip.h"
 
@@ -14,21 +15,24 @@ void storeEdited(VXGlyphInfo &info, GlyphField field, const QStringList &value)
         info.clear(field);
     else if (field == GlyphField::Unicodes)
         info.setUnicodes(value);
-    else if (field == GlyphField::AltNames)
-        info.setAltNames(value);
+    else if (rowOf(field).kind == FieldKind::List)
+        info.editValue(field, FieldValue::list(value));
     else
         storeEdited(info, field, value.first());
 }
 
-// Not by key: find and replace comes here for every record.
 void storeEdited(VXGlyphInfo &info, GlyphField field, const QString &text)
 {
     if (text.isEmpty())
         info.clear(field);
-    else if (field == GlyphField::Marks)
-        info.setMarks(text); // which refuses some
-    else if (field == GlyphField::Desc)
-        info.setDesc(text);
+    else
+        storeText(info, field, text);
+}
+
+void storeText(VXGlyphInfo &info, GlyphField field, const QString &text)
+{
+    if (rowOf(field).setter == FieldSetter::OwnRule)
+        info.setTextOf(field, text);
     else
         info.editText(field, text);
 }

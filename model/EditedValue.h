@@ -12,6 +12,10 @@ void storeEdited(VXGlyphInfo &info, GlyphField field, const QStringList &value);
 /// The same for a field that is one text.
 void storeEdited(VXGlyphInfo &info, GlyphField field, const QString &text);
 
+/// Stores a text as it is, by the field's own rules and with an undo step where the field's setter has none;
+/// a null text makes the field absent. Not by key: commands over many records come here for each.
+void storeText(VXGlyphInfo &info, GlyphField field, const QString &text);
+
 /// Why no save would write \a value in \a field, in the sentence that the field itself says; null when it may
 /// be written.
 QString refusalOfEdited(GlyphField field, const QStringList &value);

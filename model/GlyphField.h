@@ -5,7 +5,8 @@
 
 namespace runebook {
 
-/// The fields of a record, each under its own key. Those before Direction are kept as texts or lists.
+/// The fields of a record. Those before Direction are kept as texts or lists. What is known about each stands
+/// in model/FieldTable.h.
 enum class GlyphField : quint8 {
     Name,
     Category,
@@ -33,6 +34,12 @@ enum class GlyphField : quint8 {
 
 inline constexpr int kStoredFieldCount = static_cast<int>(GlyphField::Direction);
 inline constexpr int kFieldCount = static_cast<int>(GlyphField::Unicode) + 1;
+
+/// Whether the field is kept as a text or a list.
+constexpr bool isStored(GlyphField field)
+{
+    return static_cast<int>(field) < kStoredFieldCount;
+}
 
 /// The key under which scripts, tables and predicates know the field.
 QString keyOfField(GlyphField field);

@@ -1,5 +1,6 @@
 #include "model/GlyphLineReader.h"
 
+#include "model/FieldTable.h"
 #include "model/GlyphLineWriter.h"
 #include "model/LineMeaning.h"
 #include "model/StringHelpers.h"
@@ -17,7 +18,7 @@ using namespace Qt::StringLiterals;
 struct KnownAttribute {
     enum Kind : quint8 { Field, CodePoint, CodePoints, Legacy, Direction, Case, Accents, Unknown };
     std::string_view key;
-    Kind kind;
+    Kind kind = Unknown;
     GlyphField field = GlyphField::Name;
     int rank = 0;
 };
@@ -31,36 +32,54 @@ constexpr std::string_view kCommentEnd = "-->";
 using K = KnownAttribute;
 using F = GlyphField;
 
-// In the order of the writer, so that the key of the next attribute is mostly one of the next few.
-constexpr KnownAttribute kKnown[] {
-    {"unicode", K::CodePoint, F::Unicodes, 1},
-    {"unicode2", K::CodePoint, F::Unicodes, 2},
-    {"unicode3", K::CodePoint, F::Unicodes, 0},
-    {"unicodeLegacy", K::Field, F::UnicodeLegacy, 4},
-    {"name", K::Field, F::Name, 5},
-    {"sortName", K::Field, F::SortName, 6},
-    {"sortNameOld", K::Field, F::SortNameOld, 7},
-    {"sortNameKeep", K::Field, F::SortNameKeep, 8},
-    {"decompose", K::Field, F::Decompose, 9},
-    {"category", K::Field, F::Category, 10},
-    {"subCategory", K::Field, F::SubCategory, 11},
-    {"case", K::Case, F::Case, 12},
-    {"script", K::Field, F::Script, 13},
-    {"production", K::Field, F::Production, 14},
-    {"direction", K::Direction, F::Direction, 15},
-    {"altNames", K::Field, F::AltNames, 16},
-    {"description", K::Field, F::Desc, 17},
-    {"anchors", K::Field, F::Anchors, 18},
-    {"marks", K::Field, F::Marks, 19},
-    {"accents", K::Accents, F::Marks, 19},
-    {"desc", K::Field, F::Desc, 0},
-    {"legacy", K::Legacy, F::Production, 0},
-    {"unicodes", K::CodePoints, F::Unicodes, 0},
-    {"unicodeLegecy", K::Field, F::UnicodeLegacy, 0},
-    {"unicharString", K::Field, F::UnicharString, 0},
+constexpr auto kFields = fieldsBy<&FieldRow::filePlace>();
+
+constexpr K::Kind kindOf(F field)
+{
+    return field == F::Unicodes ? K::CodePoint
+        : field == F::Case      ? K::Case
+        : field == F::Direction ? K::Direction
+                                : K::Field;
+}
+
+// Keys under which files know fields besides.
+constexpr KnownAttribute kOtherKeys[] {
+    {"unicode2", K::CodePoint, F::Unicodes},
+    {"unicode3", K::CodePoint, F::Unicodes},
+    {"accents", K::Accents, F::Marks},
+    {"desc", K::Field, F::Desc},
+    {"legacy", K::Legacy, F::Production},
+    {"unicodes", K::CodePoints, F::Unicodes},
+    {"unicodeLegecy", K::Field, F::UnicodeLegacy},
+    {"unicharString", K::Field, F::UnicharString},
 };
 
-constexpr KnownAttribute kUnknown {{}, K::Unknown};
+// In the order of the writer, so that the key of the next attribute is mostly one of the next few.
+constexpr auto kKnown = [] {
+    static_assert(kFields.front() == F::Unicodes);
+    std::array<KnownAttribute, kFields.size() + std::size(kOtherKeys)> known;
+    std::size_t count = 0;
+    int rank = 0;
+    int rankOfMarks = 0;
+    const auto *other = std::begin(kOtherKeys);
+    for (const F field : kFields) {
+        const std::string_view opening = rowOf(field).fileOpening;
+        known[count++] = {opening.substr(0, opening.size() - 2), kindOf(field), field, ++rank};
+        rankOfMarks = field == F::Marks ? rank : rankOfMarks;
+        if (field != F::Unicodes)
+            continue;
+        known[count] = *other++;
+        known[count++].rank = ++rank;
+        known[count++] = *other++; // the writer has its own way with it
+    }
+    for (; other != std::end(kOtherKeys); ++other) {
+        known[count] = *other;
+        known[count++].rank = other->kind == K::Accents ? rankOfMarks : 0;
+    }
+    return known;
+}();
+
+constexpr KnownAttribute kUnknown;
 
 const KnownAttribute &attributeOfKey(std::string_view key)
 {
@@ -73,7 +92,7 @@ const KnownAttribute &attributeOfKey(std::string_view key)
 /// and a quote behind it; null when there is none.
 const KnownAttribute *usualAttribute(std::string_view text, const KnownAttribute *first)
 {
-    for (const KnownAttribute *known = first; known != std::end(kKnown); ++known) {
+    for (const KnownAttribute *known = first; known != kKnown.data() + kKnown.size(); ++known) {
         const std::string_view key = known->key;
         if (key.front() == text.front() && text.size() > key.size() + 1 && text[key.size()] == '='
             && text[key.size() + 1] == '"' && std::memcmp(text.data(), key.data(), key.size()) == 0)
@@ -275,7 +294,7 @@ bool GlyphLineReader::scanAsWritten(VXGlyphInfo &info, std::string_view line)
     m_lineVersions = 3;
     quint8 versionHint = m_versionHint;
     int lastRank = 0;
-    const KnownAttribute *next = kKnown;
+    const KnownAttribute *next = kKnown.data();
     std::string_view rest = line.substr(kStart.size());
     while (rest != "/>") {
         const KnownAttribute *known = usualAttribute(rest, next);

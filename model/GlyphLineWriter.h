@@ -22,8 +22,9 @@ public:
 
 private:
     void appendAttribute(std::string_view nameAndQuote, std::string_view value, std::string &output);
-    void appendField(std::string_view nameAndQuote, const VXGlyphInfo &info, GlyphField field,
-                     std::string &output);
+    template <GlyphField Field> void appendField(const VXGlyphInfo &info, std::string &output);
+    void appendText(std::string_view nameAndQuote, GlyphField field, const VXGlyphInfo &info,
+                    std::string &output);
     void appendCodePoints(const VXGlyphInfo &info, std::string &output);
     bool appendsCaseAsSubCategory(const VXGlyphInfo &info, std::string &output);
 

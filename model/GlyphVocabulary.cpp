@@ -1,4 +1,5 @@
 // The fixed words that go with a record: vocabularies, the word forms of case and direction, the glyph list.
+#include "model/FieldWords.h"
 #include "model/VXGlyphInfo.h"
 #include "platform/StandardFolders.h"
 
@@ -10,30 +11,17 @@ using namespace Qt::StringLiterals;
 
 QStringList VXGlyphInfo::categories()
 {
-    static const QStringList words {u"Letter"_s,    u"Number"_s, u"Punctuation"_s,
-                                    u"Separator"_s, u"Symbol"_s, u"Mark"_s};
-    return words;
+    return categoryWords();
 }
 
 QStringList VXGlyphInfo::subCategories()
 {
-    static const QStringList words =
-        u"Uppercase|Lowercase|Other|Nonspacing|Spacing|Arrow|Compatibility|Currency|Dash|"
-        "Decimal Digit|Digital Digit|Enclosing|Format|Fraction|Geometry|Halfform|Jamo|"
-        "Letter|Ligature|Math|Matra|Modifier|Nonspace|Parenthesis|Quote|Radical|Small|"
-        "Smallcaps|Space|Spacing Combining|Superscript|Syllable"_s.split(u'|');
-    return words;
+    return subCategoryWords();
 }
 
 QStringList VXGlyphInfo::scripts()
 {
-    static const QStringList words =
-        u"latin|cyrillic|greek|arabic|han|kana|oriya|malayalam|kannada|tamil|gurmukhi|"
-        "thai|myanmar|khmer|lao|armenian|georgian|tifinagh|Black Letter|adlam|bengali|"
-        "bopomofo|cherokee|devanagari|ethiopic|gothic|gujarati|hangul|hebrew|hiragana|"
-        "katakana|kayahli|lepcha|mandaic|math|mongolian|musical|nko|pahawh hmong|"
-        "phaistosDisc|roman|samaritan|sinhala|syriac|telugu|tibet|yi"_s.split(u'|');
-    return words;
+    return scriptWords();
 }
 
 QString VXGlyphInfo::stringFromCase(int letterCase)

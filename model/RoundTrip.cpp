@@ -1,5 +1,6 @@
 #include "model/RoundTrip.h"
 
+#include "model/FieldTable.h"
 #include "model/GlyphLineReader.h"
 #include "model/GlyphLineWriter.h"
 
@@ -11,9 +12,10 @@ namespace {
 
 using F = GlyphField;
 
-constexpr F kWritten[] {F::Name,         F::Unicodes,  F::UnicodeLegacy, F::SortName,    F::SortNameOld,
-                        F::SortNameKeep, F::Decompose, F::Category,      F::SubCategory, F::Script,
-                        F::Production,   F::AltNames,  F::Desc,          F::Anchors,     F::Marks};
+// The name first, as people are told of the fields in this order.
+constexpr auto kWritten = fieldsBy<[](const FieldRow &row) {
+    return row.field == F::Name ? 1 : isStored(row.field) ? row.filePlace : 0;
+}>();
 
 constexpr qsizetype kWrittenCodePoints = 2;
 
@@ -76,7 +78,7 @@ bool RoundTrip::isSameRecord(const VXGlyphInfo &a, const VXGlyphInfo &b) const
 
 bool RoundTrip::takesOthers(const VXGlyphInfo &info, GlyphField field)
 {
-    if (static_cast<int>(field) >= kStoredFieldCount)
+    if (!isStored(field))
         return false;
     std::string buffer;
     const std::string_view text = info.utf8(field, buffer);

@@ -1,5 +1,6 @@
 #include "model/VXGlyphInfo.h"
 
+#include "model/FieldTable.h"
 #include "model/GlyphInfoOwner.h"
 #include "model/InfoFieldUndo.h"
 #include "model/StringHelpers.h"
@@ -36,6 +37,16 @@ template <typename View> quint32 scanHex(View text)
     return value;
 }
 
+constexpr auto kCopied = fieldsBy<[](const FieldRow &row) { return isStored(row.field) && row.isCopied; }>();
+constexpr auto kArchivedTexts = fieldsBy<[](const FieldRow &row) {
+    return isStored(row.field) && row.isArchived && row.kind == FieldKind::Text;
+}>();
+// All that need no look of their own, see isEqualToInfo().
+constexpr auto kEqualTexts = fieldsBy<[](const FieldRow &row) {
+    return isStored(row.field) && row.isEquality && row.kind == FieldKind::Text
+        && row.field != GlyphField::Name && row.field != GlyphField::Desc;
+}>();
+
 QString orNull(const QString &text)
 {
     return text.isNull() ? u"(null)"_s : text;
@@ -56,12 +67,6 @@ const FieldValue &VXGlyphInfo::unknownName()
 
 InfoPtr VXGlyphInfo::copy() const
 {
-    constexpr GlyphField kCopied[] {
-        GlyphField::Name,         GlyphField::Category,   GlyphField::SubCategory, GlyphField::Anchors,
-        GlyphField::Marks,        GlyphField::Decompose,  GlyphField::Unicodes,    GlyphField::UnicodeLegacy,
-        GlyphField::Script,       GlyphField::Production, GlyphField::AltNames,    GlyphField::SortName,
-        GlyphField::SortNameKeep,
-    };
     InfoPtr copy = init();
     copy->m_source = m_source;
     for (const GlyphField field : kCopied)
@@ -74,15 +79,10 @@ InfoPtr VXGlyphInfo::copy() const
 
 void VXGlyphInfo::encodeWithCoder(QVariantMap &coder) const
 {
-    const auto encodeText = [&](const QString &key, GlyphField field) {
+    for (const GlyphField field : kArchivedTexts) {
         if (!stored(field).isAbsent())
-            coder.insert(key, stringValue(field));
-    };
-    for (const GlyphField field :
-         {GlyphField::Name, GlyphField::Category, GlyphField::SubCategory, GlyphField::Decompose,
-          GlyphField::Anchors, GlyphField::Marks, GlyphField::Script, GlyphField::Production,
-          GlyphField::SortName, GlyphField::SortNameKeep, GlyphField::SortNameOld, GlyphField::Desc})
-        encodeText(keyOfField(field), field);
+            coder.insert(keyOfField(field), stringValue(field));
+    }
     coder.insert(u"case"_s, static_cast<qint32>(m_case));
     coder.insert(u"unicodes"_s, unicodes());
     coder.insert(u"direction"_s, static_cast<qint32>(m_direction));
@@ -93,10 +93,7 @@ void VXGlyphInfo::encodeWithCoder(QVariantMap &coder) const
 InfoPtr VXGlyphInfo::initWithCoder(const QVariantMap &coder)
 {
     InfoPtr info = init();
-    for (const GlyphField field :
-         {GlyphField::Name, GlyphField::Category, GlyphField::SubCategory, GlyphField::Decompose,
-          GlyphField::Anchors, GlyphField::Marks, GlyphField::Script, GlyphField::Production,
-          GlyphField::SortName, GlyphField::SortNameKeep, GlyphField::SortNameOld, GlyphField::Desc}) {
+    for (const GlyphField field : kArchivedTexts) {
         const auto found = coder.constFind(keyOfField(field));
         info->m_values[static_cast<std::size_t>(field)] =
             found == coder.constEnd() ? FieldValue() : FieldValue::text(found->toString());
@@ -121,6 +118,14 @@ QStringList VXGlyphInfo::unicodes() const
     const FieldValue &value = stored(GlyphField::Unicodes);
     // A piece is one code point as it was read; it is never split.
     return value.isPiece() ? QStringList {value.toString(sourceData())} : value.toList(sourceData());
+}
+
+QStringList VXGlyphInfo::entriesOf(GlyphField field) const
+{
+    if (field == GlyphField::Unicodes)
+        return unicodes();
+    return rowOf(field).kind == FieldKind::List ? stored(field).toList(sourceData())
+                                                : QStringList {stringValue(field)};
 }
 
 QString VXGlyphInfo::unicode() const
@@ -226,12 +231,10 @@ void VXGlyphInfo::takeValuesOf(const VXGlyphInfo &fresh)
         if (FieldValue::equal(stored(field), sourceData(), theirs, fresh.sourceData()))
             continue;
         // A piece lies in bytes that this record does not have.
-        const bool isList = field == GlyphField::Unicodes || field == GlyphField::AltNames;
         if (theirs.isAbsent())
             setStored(field, {});
-        else if (isList)
-            setStored(field,
-                      FieldValue::list(field == GlyphField::Unicodes ? fresh.unicodes() : fresh.altNames()));
+        else if (rowOf(field).kind == FieldKind::List)
+            setStored(field, FieldValue::list(fresh.entriesOf(field)));
         else
             setStored(field, FieldValue::text(fresh.stringValue(field)));
     }
@@ -368,49 +371,6 @@ QVariant VXGlyphInfo::valueForKey(const QString &key, Error *error) const
 
 namespace {
 
-using TextSetter = void (VXGlyphInfo::*)(const QString &);
-
-/// The setter of a field that takes a text as it stands; null for the others.
-TextSetter textSetter(GlyphField field)
-{
-    switch (field) {
-    case GlyphField::Name:
-        return &VXGlyphInfo::setName;
-    case GlyphField::Category:
-        return &VXGlyphInfo::setCategory;
-    case GlyphField::SubCategory:
-        return &VXGlyphInfo::setSubCategory;
-    case GlyphField::Marks:
-        return &VXGlyphInfo::setMarks;
-    case GlyphField::Anchors:
-        return &VXGlyphInfo::setAnchors;
-    case GlyphField::UnicodeLegacy:
-        return &VXGlyphInfo::setUnicodeLegacy;
-    case GlyphField::Script:
-        return &VXGlyphInfo::setScript;
-    case GlyphField::Production:
-        return &VXGlyphInfo::setProduction;
-    case GlyphField::SortName:
-        return &VXGlyphInfo::setSortName;
-    case GlyphField::SortNameKeep:
-        return &VXGlyphInfo::setSortNameKeep;
-    case GlyphField::SortNameOld:
-        return &VXGlyphInfo::setSortNameOld;
-    case GlyphField::UnicharString:
-        return &VXGlyphInfo::setUnicharString;
-    case GlyphField::AltNames:
-        return &VXGlyphInfo::setAltNames;
-    case GlyphField::Desc:
-        return &VXGlyphInfo::setDesc;
-    case GlyphField::Decompose:
-        return &VXGlyphInfo::setDecompose;
-    case GlyphField::Unicode:
-        return &VXGlyphInfo::setUnicode;
-    default:
-        return nullptr;
-    }
-}
-
 bool isText(const QVariant &value)
 {
     return !value.isValid() || value.isNull() || value.typeId() == QMetaType::QString;
@@ -445,12 +405,11 @@ bool VXGlyphInfo::setValueForKey(const QVariant &value, const QString &key)
         setValueForUndefinedKey(value, key);
         return true;
     }
-    if (isList(value) && *field == GlyphField::Unicodes) {
-        setUnicodes(value.toStringList());
-        return true;
-    }
-    if (isList(value) && *field == GlyphField::AltNames) {
-        setAltNames(value.toStringList());
+    if (isList(value) && rowOf(*field).kind == FieldKind::List) {
+        if (*field == GlyphField::Unicodes)
+            setUnicodes(value.toStringList());
+        else
+            setStored(*field, FieldValue::list(value.toStringList()));
         return true;
     }
     if (isNumber(value)) {
@@ -464,14 +423,47 @@ bool VXGlyphInfo::setValueForKey(const QVariant &value, const QString &key)
             return false;
         return true;
     }
-    const TextSetter setter = textSetter(*field);
-    if (!setter || !isText(value))
+    return isText(value) && setTextOf(*field, value.toString());
+}
+
+bool VXGlyphInfo::setTextOf(GlyphField field, const QString &text)
+{
+    const FieldRow &row = rowOf(field);
+    if (row.setter != FieldSetter::Plain)
+        return setTextByOwnRule(field, text);
+    if (row.kind != FieldKind::Text)
         return false;
-    if (*field == GlyphField::Unicode && value.toString().isNull())
-        setUnicodes({});
-    else
-        (this->*setter)(value.toString());
+    setText(field, text);
     return true;
+}
+
+bool VXGlyphInfo::setTextByOwnRule(GlyphField field, const QString &text)
+{
+    switch (field) {
+    case GlyphField::Marks:
+        setMarks(text);
+        return true;
+    case GlyphField::AltNames:
+        setAltNames(text);
+        return true;
+    case GlyphField::UnicodeLegacy:
+        setUnicodeLegacy(text);
+        return true;
+    case GlyphField::Desc:
+        setDesc(text);
+        return true;
+    case GlyphField::UnicharString:
+        setUnicharString(text);
+        return true;
+    case GlyphField::Unicode:
+        if (text.isNull())
+            setUnicodes({});
+        else
+            setUnicode(text);
+        return true;
+    default:
+        return false;
+    }
 }
 
 void VXGlyphInfo::setValueForUndefinedKey(const QVariant &value, const QString &key)
@@ -545,9 +537,7 @@ bool VXGlyphInfo::isEqualToInfo(const InfoPtr &compared) const
     const bool bothPieces = mine.isPiece() && theirs.isPiece();
     if (bothPieces ? !equal(GlyphField::Unicodes) : unicodes() != compared->unicodes())
         return false;
-    for (const GlyphField field : {GlyphField::SortName, GlyphField::SortNameKeep, GlyphField::Category,
-                                   GlyphField::SubCategory, GlyphField::Decompose, GlyphField::Anchors,
-                                   GlyphField::Marks, GlyphField::Script, GlyphField::Production}) {
+    for (const GlyphField field : kEqualTexts) {
         if (!equal(field))
             return false;
     }

@@ -159,6 +159,10 @@ public: // by key
     Q_INVOKABLE bool setValueForKey(const QVariant &value, const QString &key);
     /// Takes "description" and "unicodeLegecy"; any other key is reported once per run and dropped.
     Q_INVOKABLE void setValueForUndefinedKey(const QVariant &value, const QString &key);
+    /// Stores a text through the setter of \a field; false for a field that takes none.
+    bool setTextOf(runebook::GlyphField field, const QString &text);
+    /// The entries of a list; a text alone.
+    QStringList entriesOf(runebook::GlyphField field) const;
     /// One field as a text, however it is kept: lists joined with ", ", numbers as their words.
     QString displayText(runebook::GlyphField field) const;
 
@@ -243,6 +247,7 @@ private:
     friend class runebook::TabbedReader;
 
     void setText(runebook::GlyphField field, const QString &text);
+    bool setTextByOwnRule(runebook::GlyphField field, const QString &text);
     void setStored(runebook::GlyphField field, runebook::FieldValue value);
     /// Exchanges the value of a field without undo or notice; numbers included.
     runebook::FieldValue exchange(runebook::GlyphField field, runebook::FieldValue value);

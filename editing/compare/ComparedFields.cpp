@@ -1,6 +1,7 @@
 #include "editing/compare/ComparedFields.h"
 
 #include "editing/fields/GlyphColumns.h"
+#include "model/FieldTable.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -64,17 +65,12 @@ std::string_view comparableList(const QStringList &list, std::string &buffer)
 
 const QList<ComparedField> &comparedFields()
 {
-    static const QList<ComparedField> fields {
-        {GlyphField::Unicodes, "Unicode"},        {GlyphField::Name, "Name"},
-        {GlyphField::SortName, "SortName"},       {GlyphField::SortNameKeep, "SortNameKeep"},
-        {GlyphField::SortNameOld, "SortNameOld"}, {GlyphField::Category, "Category"},
-        {GlyphField::SubCategory, "SubCategory"}, {GlyphField::Script, "Script"},
-        {GlyphField::Decompose, "Decompose"},     {GlyphField::Anchors, "Anchors"},
-        {GlyphField::Marks, "Accents"},           {GlyphField::Production, "Production"},
-        {GlyphField::AltNames, "AltNames"},       {GlyphField::UnicodeLegacy, "UnicodeLegacy"},
-        {GlyphField::Desc, "Description"},        {GlyphField::Case, "Case"},
-        {GlyphField::Direction, "Direction"},
-    };
+    static const QList<ComparedField> fields = [] {
+        QList<ComparedField> list;
+        for (const GlyphField field : fieldsBy<&FieldRow::comparePlace>())
+            list.append({field, rowOf(field).caption});
+        return list;
+    }();
     return fields;
 }
 
@@ -140,12 +136,11 @@ bool countAsEqual(const InfoPtr &left, const InfoPtr &right)
     const auto isEqual = [&](GlyphField field) {
         return comparableValue(*left, field, leftBuffer) == comparableValue(*right, field, rightBuffer);
     };
-    constexpr GlyphField kFields[] {
-        GlyphField::Name,     GlyphField::Unicodes,    GlyphField::SortName,   GlyphField::SortNameKeep,
-        GlyphField::Category, GlyphField::SubCategory, GlyphField::Decompose,  GlyphField::Anchors,
-        GlyphField::Marks,    GlyphField::Script,      GlyphField::Production, GlyphField::Direction,
-        GlyphField::AltNames,
-    };
+    // The name first, as that is where most differ.
+    constexpr auto kFields = fieldsBy<[](const FieldRow &row) {
+        const bool isAsked = row.isEquality && row.field != GlyphField::Desc;
+        return row.field == GlyphField::Name ? 1 : isAsked ? row.comparePlace : 0;
+    }>();
     if (!std::all_of(std::begin(kFields), std::end(kFields), isEqual))
         return false;
     // As there: a record without description passes only against one that has one.

@@ -5,6 +5,7 @@
 #include "editing/fields/GlyphColumns.h"
 #include "editing/fields/LongValues.h"
 #include "model/EditedValue.h"
+#include "model/FieldTable.h"
 #include "model/FileText.h"
 
 #include <QCoreApplication>
@@ -37,7 +38,7 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
         info.setDirection(VXGlyphInfo::directionFromString(text));
     else if (field == GlyphField::Unicodes)
         storeEdited(info, field, codePointTokensInText(text));
-    else if (field == GlyphField::AltNames)
+    else if (rowOf(field).kind == FieldKind::List)
         storeEdited(info, field, text.split(kListSeparator));
     else
         storeEdited(info, field, text);
@@ -98,29 +99,8 @@ Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphFi
 
 QStringList vocabularyOf(GlyphField field)
 {
-    switch (field) {
-    case GlyphField::Category:
-        return VXGlyphInfo::categories();
-    case GlyphField::SubCategory:
-        return VXGlyphInfo::subCategories();
-    case GlyphField::Script:
-        return VXGlyphInfo::scripts();
-    case GlyphField::Case: {
-        QStringList words;
-        for (int value = VXGlyphInfo::upper; value <= VXGlyphInfo::minor; ++value)
-            words << VXGlyphInfo::stringFromCase(value);
-        words << u"other"_s;
-        return words;
-    }
-    case GlyphField::Direction: {
-        QStringList words;
-        for (int value = VXGlyphInfo::BIDI; value <= VXGlyphInfo::VTR; ++value)
-            words << VXGlyphInfo::stringFromDirection(value);
-        return words;
-    }
-    default:
-        return {};
-    }
+    const auto words = rowOf(field).vocabulary;
+    return words ? words() : QStringList();
 }
 
 QString repeatingName(const VXDocument &document, const QStringList &names)

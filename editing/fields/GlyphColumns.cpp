@@ -2,6 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "editing/fields/LongValues.h"
+#include "model/FieldTable.h"
 #include "platform/ShownText.h"
 
 namespace runebook {
@@ -13,26 +14,20 @@ namespace {
 // The cell of the glyph itself goes under the field it is mostly made from.
 constexpr GlyphField kPicture = GlyphField::UnicodeChar;
 
-constexpr GlyphColumn kColumns[] {
-    {kPicture, 52, true},
-    {GlyphField::Name, 170, true},
-    {GlyphField::Unicodes, 90, true},
-    {GlyphField::Category, 92, true},
-    {GlyphField::SubCategory, 104, true},
-    {GlyphField::Case, 78, false},
-    {GlyphField::Script, 92, true},
-    {GlyphField::Direction, 78, false},
-    {GlyphField::Production, 130, true},
-    {GlyphField::SortName, 120, true},
-    {GlyphField::SortNameKeep, 120, false},
-    {GlyphField::SortNameOld, 120, false},
-    {GlyphField::Decompose, 150, true},
-    {GlyphField::Anchors, 130, false},
-    {GlyphField::Marks, 150, false},
-    {GlyphField::AltNames, 140, false},
-    {GlyphField::UnicodeLegacy, 90, false},
-    {GlyphField::Desc, 260, true},
-};
+constexpr auto kColumns = [] {
+    constexpr auto kFields = fieldsBy<[](const FieldRow &row) { return row.columnWidth != 0; }>();
+    std::array<GlyphColumn, kFields.size()> columns;
+    std::transform(kFields.begin(), kFields.end(), columns.begin(), [](GlyphField field) {
+        const FieldRow &row = rowOf(field);
+        return GlyphColumn {field, row.columnWidth, row.isColumnShown};
+    });
+    return columns;
+}();
+
+const GlyphColumn &columnAt(int column)
+{
+    return kColumns[static_cast<std::size_t>(column)];
+}
 
 /// Of a glyph made of made-up glyphs the explanation of the parts comes along; a cell has no room for it.
 QString pictureText(const VXDocument &document, const InfoPtr &info)
@@ -49,7 +44,7 @@ std::span<const GlyphColumn> glyphColumns()
 
 int columnOfField(GlyphField field)
 {
-    for (std::size_t i = 0; i < std::size(kColumns); ++i) {
+    for (std::size_t i = 0; i < kColumns.size(); ++i) {
         if (kColumns[i].field == field)
             return static_cast<int>(i);
     }
@@ -58,7 +53,7 @@ int columnOfField(GlyphField field)
 
 QString columnTitle(int column)
 {
-    return titleOfField(kColumns[column].field);
+    return titleOfField(columnAt(column).field);
 }
 
 QString fieldTitle(GlyphField field)
@@ -68,12 +63,12 @@ QString fieldTitle(GlyphField field)
 
 bool isEditableColumn(int column)
 {
-    return kColumns[column].field != kPicture;
+    return columnAt(column).field != kPicture;
 }
 
 QString cellText(const VXDocument &document, const InfoPtr &info, int column)
 {
-    const GlyphField field = kColumns[column].field;
+    const GlyphField field = columnAt(column).field;
     return field == kPicture ? pictureText(document, info) : info->displayText(field);
 }
 
@@ -94,7 +89,7 @@ QString cellDisplayText(const VXGlyphInfo &info, GlyphField field)
 
 QString cellDisplayText(const VXDocument &document, const InfoPtr &info, int column)
 {
-    const GlyphField field = kColumns[column].field;
+    const GlyphField field = columnAt(column).field;
     return field == kPicture ? cellDisplayText(pictureText(document, info)) : cellDisplayText(*info, field);
 }
 

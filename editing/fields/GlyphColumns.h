@@ -11,9 +11,9 @@ namespace runebook {
 
 /// One column of the table of records.
 struct GlyphColumn {
-    GlyphField field;
-    int width; ///< logical pixels
-    bool isShown; ///< unless the user says otherwise
+    GlyphField field = GlyphField::Name;
+    int width = 0; ///< logical pixels
+    bool isShown = true; ///< unless the user says otherwise
 };
 
 /// All columns, in the order in which they stand at first. The first one shows what the glyph looks like.

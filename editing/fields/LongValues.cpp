@@ -10,7 +10,7 @@ namespace {
 /// The display text, or so much of it that it is seen to be longer than \a most.
 QString beginningOfField(const VXGlyphInfo &info, GlyphField field, qsizetype most)
 {
-    if (static_cast<int>(field) >= kStoredFieldCount)
+    if (!isStored(field))
         return info.displayText(field);
     // One more might be half a character, which is left out.
     return info.stored(field).beginning(info.sourceData(), most + 2);

@@ -29,8 +29,8 @@ namespace {
 /// The field as its display text, which is copied only where it is none already.
 LongText longTextOf(const VXGlyphInfo &info, GlyphField field)
 {
-    const bool isStored = static_cast<int>(field) < kStoredFieldCount && !info.stored(field).view().isNull();
-    return isStored ? LongText(info.stored(field)) : LongText(info.displayText(field));
+    const bool isOwnText = isStored(field) && !info.stored(field).view().isNull();
+    return isOwnText ? LongText(info.stored(field)) : LongText(info.displayText(field));
 }
 
 } // namespace

@@ -103,8 +103,7 @@ private:
     {
         const VXGlyphInfo &info = *problem.info;
         for (const RoundTrip::Loss &loss : RoundTrip(m_document.fileVersion()).losses(info)) {
-            const bool isStored = static_cast<int>(loss.field) < kStoredFieldCount;
-            const bool isQuote = isStored && RoundTrip::hasQuoteOrBreak(info, loss.field);
+            const bool isQuote = isStored(loss.field) && RoundTrip::hasQuoteOrBreak(info, loss.field);
             m_all.push_back({isQuote ? ProblemKind::QuoteOrBreak : ProblemKind::LostValue, info.lineOffset(),
                              info.name(), keyOfField(loss.field),
                              sentenceOfLoss(info, loss, titleOfField(loss.field))});

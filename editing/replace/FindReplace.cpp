@@ -1,10 +1,10 @@
 #include "editing/replace/FindReplace.h"
 
 #include "editing/fields/GlyphColumns.h"
+#include "model/FieldTable.h"
 #include "model/NameRules.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace runebook {
@@ -12,9 +12,7 @@ namespace runebook {
 namespace {
 
 // In the order of the tags.
-constexpr std::array<GlyphField, FindReplace::kLastTag - FindReplace::kFirstTag + 1> kFields {
-    GlyphField::Name,     GlyphField::Production, GlyphField::AltNames,  GlyphField::Anchors,
-    GlyphField::SortName, GlyphField::Desc,       GlyphField::Decompose, GlyphField::Marks};
+constexpr auto kFields = fieldsBy<&FieldRow::replaceTag>();
 
 // Between two looks at the clock.
 constexpr std::size_t kBatch = 64;
@@ -26,11 +24,19 @@ std::size_t hashOf(std::string_view name)
 
 } // namespace
 
+QList<int> FindReplace::tags()
+{
+    QList<int> tags;
+    for (const GlyphField field : kFields)
+        tags << rowOf(field).replaceTag;
+    return tags;
+}
+
 std::optional<GlyphField> FindReplace::fieldForTag(int tag)
 {
-    if (tag < kFirstTag || tag > kLastTag)
-        return {};
-    return kFields[static_cast<std::size_t>(tag - kFirstTag)];
+    const auto *field = std::find_if(kFields.begin(), kFields.end(),
+                                     [tag](GlyphField each) { return rowOf(each).replaceTag == tag; });
+    return field == kFields.end() ? std::nullopt : std::optional(*field);
 }
 
 QString FindReplace::titleForTag(int tag)
@@ -60,11 +66,6 @@ bool FindReplace::isUseful() const
         && !(m_text.find().isEmpty() && m_text.replacement().isEmpty());
 }
 
-QStringList FindReplace::elementsOf(const VXGlyphInfo &info) const
-{
-    return *m_field == GlyphField::AltNames ? info.altNames() : QStringList {info.stringValue(*m_field)};
-}
-
 QStringList FindReplace::replacedElements(const QStringList &elements) const
 {
     QStringList replaced;
@@ -80,13 +81,13 @@ qsizetype FindReplace::occurrencesIn(const VXGlyphInfo &info) const
     const FieldValue &value = info.stored(*m_field);
     if (value.isAbsent() || !m_text.changesAnything())
         return 0;
-    if (value.isPiece() && *m_field != GlyphField::AltNames && *m_field != GlyphField::Marks)
+    if (value.isPiece() && rowOf(*m_field).kind != FieldKind::List && *m_field != GlyphField::Marks)
         return m_text.countIn(value.bytes(info.sourceData()));
     // Most records go out here, before a string is made. What is found may still lie across two names.
     if (value.isPiece() && !m_text.occursIn(value.bytes(info.sourceData())))
         return 0;
     qsizetype count = 0;
-    for (const QString &element : elementsOf(info))
+    for (const QString &element : info.entriesOf(*m_field))
         count += m_text.countIn(element);
     const bool isRefused = count > 0 && *m_field == GlyphField::Marks
         && VXGlyphInfo::refusesMarks(m_text.replacedIn(info.marks()).toStdString());
@@ -103,14 +104,14 @@ QString FindReplace::refusal(const VXGlyphInfo &info) const
     };
     if (!m_replacesBrackets && !hasBracket(info.utf8(*m_field, buffer)))
         return {};
-    return refusalOfEdited(*m_field, replacedElements(elementsOf(info)));
+    return refusalOfEdited(*m_field, replacedElements(info.entriesOf(*m_field)));
 }
 
 ReplacePreview FindReplace::previewOf(const VXGlyphInfo &info) const
 {
     ReplacePreview preview;
     preview.name = info.name();
-    const QStringList elements = elementsOf(info);
+    const QStringList elements = info.entriesOf(*m_field);
     const QStringList replaced = replacedElements(elements);
     preview.before = elements.join(kListSeparator);
     preview.after = replaced.join(kListSeparator);
@@ -232,20 +233,10 @@ bool FindReplace::nameProblemsMore(const InfoList &infos, const InfoList &all, c
 
 void FindReplace::replaceIn(VXGlyphInfo &info) const
 {
-    if (*m_field == GlyphField::AltNames)
-        storeEdited(info, *m_field, replacedElements(info.altNames()));
+    if (rowOf(*m_field).kind == FieldKind::List)
+        storeEdited(info, *m_field, replacedElements(info.entriesOf(*m_field)));
     else
         storeEdited(info, *m_field, m_text.replacedIn(info.stringValue(*m_field)));
-}
-
-void FindReplace::setAbsentOnceMore(VXGlyphInfo &info) const
-{
-    if (*m_field == GlyphField::AltNames)
-        info.setAltNames(QString());
-    else if (*m_field == GlyphField::Desc)
-        info.setDesc(QString());
-    else
-        info.editText(*m_field, QString());
 }
 
 ReplaceSummary FindReplace::apply(const InfoList &infos) const
@@ -264,7 +255,7 @@ bool FindReplace::applyMore(const InfoList &infos, const QDeadlineTimer &deadlin
              ++progress.next) {
             VXGlyphInfo &info = *infos[progress.next];
             if (info.stored(*m_field).isAbsent()) {
-                setAbsentOnceMore(info);
+                storeText(info, *m_field, {});
                 continue;
             }
             const qsizetype occurrences = occurrencesIn(info);

@@ -54,8 +54,8 @@ public: // fields
         Decompose,
         Accents, ///< the marks
     };
-    static constexpr int kFirstTag = Name;
-    static constexpr int kLastTag = Accents;
+    /// All of them, in the order of the button.
+    static QList<int> tags();
     /// Nothing for a number that is no tag.
     static std::optional<GlyphField> fieldForTag(int tag);
     /// For people; empty for a number that is no tag.
@@ -106,11 +106,9 @@ private:
     qsizetype occurrencesIn(const VXGlyphInfo &info) const;
     QString refusal(const VXGlyphInfo &info) const;
     std::string_view newName(const VXGlyphInfo &info, std::string &buffer) const;
-    QStringList elementsOf(const VXGlyphInfo &info) const;
     QStringList replacedElements(const QStringList &elements) const;
     ReplacePreview previewOf(const VXGlyphInfo &info) const;
     void replaceIn(VXGlyphInfo &info) const;
-    void setAbsentOnceMore(VXGlyphInfo &info) const;
 
     TextReplacement m_text;
     std::optional<GlyphField> m_field;

@@ -55,7 +55,7 @@ VXFindReplaceWindowController::~VXFindReplaceWindowController()
 
 void VXFindReplaceWindowController::setUpFields()
 {
-    for (int tag = FindReplace::kFirstTag; tag <= FindReplace::kLastTag; ++tag)
+    for (const int tag : FindReplace::tags())
         m_ui->fieldPopup->addItem(FindReplace::titleForTag(tag), tag);
     selectItemWithTag(Settings::kReplaceField.value());
     m_ui->findField->setText(Settings::kReplaceSearch.value());

@@ -45,7 +45,7 @@ PredicateValue predicateValue(const VXGlyphInfo &info, SearchKey key)
     case SearchKey::Kind::Text:
         return key.field == GlyphField::Unicode ? info.unicode() : info.stringValue(key.field);
     case SearchKey::Kind::List:
-        return key.field == GlyphField::Unicodes ? info.unicodes() : info.altNames();
+        return info.entriesOf(key.field);
     case SearchKey::Kind::Number:
         return info.valueForKey(keyOfField(key.field)).toDouble();
     case SearchKey::Kind::Unknown:

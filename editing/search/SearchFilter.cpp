@@ -1,5 +1,6 @@
 #include "editing/search/SearchFilter.h"
 
+#include "model/FieldTable.h"
 #include "model/StringHelpers.h"
 
 #include <algorithm>
@@ -15,6 +16,21 @@ bool beginsNames(char16_t unit)
 {
     return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') || (unit >= u'0' && unit <= u'9')
         || unit == u'-' || unit == u'.' || unit == u'_';
+}
+
+/// The field that a mode searches; null for a mode that there is not.
+const FieldRow *searchedRow(SearchMode mode)
+{
+    const auto *row =
+        std::find_if(std::begin(kFieldTable), std::end(kFieldTable), [mode](const FieldRow &each) {
+            return each.searchTag != 0 && each.searchTag == static_cast<int>(mode);
+        });
+    return row == std::end(kFieldTable) ? nullptr : row;
+}
+
+QString searchKeyOf(const FieldRow &row)
+{
+    return row.searchKey.empty() ? keyOfField(row.field) : QString::fromUtf8(row.searchKey);
 }
 
 QString joined(const QStringList &tests)
@@ -95,37 +111,33 @@ SearchResult SearchFilter::patternResult(const QString &pattern) const
 
 SearchFilter::MaybePredicate SearchFilter::plainPredicate(const QString &text, Error *error) const
 {
-    const auto contains = [&](const QString &test) { return Predicate::withFormat(test, {text}, error); };
+    const SearchMode mode = m_settings.effectiveMode();
     const bool matchCase = m_settings.matchCase;
-    switch (m_settings.effectiveMode()) {
-    case SearchMode::All:
+    if (mode == SearchMode::All) {
         return Predicate::withFormat(
             matchCase
                 ? u"(name contains %@) || (unicode contains[cd] %@) || (production contains %@)"_s
                 : u"(name contains[cd] %@) || (unicode contains[cd] %@) || (production contains[cd] %@)"_s,
             {text, text, text}, error);
-    case SearchMode::Name:
+    }
+    const FieldRow *row = searchedRow(mode);
+    if (!row)
+        return {};
+    const QString key = searchKeyOf(*row);
+    switch (row->searchHabit) {
+    case SearchHabit::Name:
         return namePredicate(text, error);
-    case SearchMode::Unicode:
+    case SearchHabit::CodePoints:
         return unicodePredicate(text, error);
-    case SearchMode::Category:
-        return contains(u"category contains[cd] %@"_s);
-    case SearchMode::Subcategory:
-        return Predicate::parse(filterStringForKeySearch(matchCase, u"subCategory"_s, text), error);
-    case SearchMode::Script:
-        return contains(u"script contains[cd] %@"_s);
-    case SearchMode::Decompose:
-        return contains(matchCase ? u"decompose contains %@"_s : u"decompose contains[cd] %@"_s);
-    case SearchMode::Anchors:
-        return contains(u"anchors contains[cd] %@"_s);
-    case SearchMode::Production:
+    case SearchHabit::Production:
         return productionPredicate(text, error);
-    case SearchMode::AlternateName:
-        return contains(matchCase ? u"altNames contains %@"_s : u"altNames contains[cd] %@"_s);
-    case SearchMode::Accents:
-        return contains(u"accents contains[cd] %@"_s);
-    case SearchMode::Description:
-        return contains(u"desc contains[cd] %@"_s);
+    case SearchHabit::AnyCase:
+        return Predicate::withFormat(key + " contains[cd] %@"_L1, {text}, error);
+    case SearchHabit::CaseAsSet:
+        return Predicate::withFormat(key + (matchCase ? " contains %@"_L1 : " contains[cd] %@"_L1), {text},
+                                     error);
+    case SearchHabit::CaseAsSetAnyMarks:
+        return Predicate::parse(filterStringForKeySearch(matchCase, key, text), error);
     }
     return {};
 }

@@ -1,5 +1,6 @@
 #include "editing/search/SearchMenu.h"
 
+#include "model/FieldTable.h"
 
 namespace runebook {
 
@@ -15,39 +16,69 @@ int tagOf(SearchMode mode)
 
 } // namespace
 
+/// What the menu calls a field.
+QString SearchMenu::titleOf(GlyphField field)
+{
+    switch (field) {
+    case GlyphField::Production:
+        return tr("Production");
+    case GlyphField::AltNames:
+        return tr("Alternate Name");
+    default:
+        return titleOfField(field);
+    }
+}
+
+QString SearchMenu::helpOn(GlyphField field)
+{
+    switch (field) {
+    case GlyphField::Name:
+        return tr("Matches a part of the name. Of several words each must occur, in any order.");
+    case GlyphField::Unicodes:
+        return tr("Matches a part of the first code point, or a range such as 0041-005A.");
+    case GlyphField::Category:
+        return tr("Matches a part of the category, in either case.");
+    case GlyphField::SubCategory:
+        return tr("Matches a part of the subcategory.");
+    case GlyphField::Script:
+        return tr("Matches a part of the script, in either case.");
+    case GlyphField::Decompose:
+        return tr("Matches a part of the list of glyphs that compose the glyph.");
+    case GlyphField::Anchors:
+        return tr("Matches a part of the anchors, in either case.");
+    case GlyphField::Production:
+        return tr("Matches a part of the production name. Of several words each must occur, in any order.");
+    case GlyphField::AltNames:
+        return tr("Matches one of the alternate names as a whole.");
+    case GlyphField::Marks:
+        return tr("Matches a part of the marks, in either case.");
+    case GlyphField::Desc:
+        return tr("Matches a part of the description, in either case.");
+    default:
+        return tr("Matches a part of the field.");
+    }
+}
+
 QList<SearchMenu::Item> SearchMenu::items()
 {
+    QList<Item> items {{tr("All"), tagOf(SearchMode::All),
+                        tr("Matches a part of the name, code point or production name.")}};
+    for (const GlyphField field : fieldsBy<&FieldRow::searchTag>())
+        items.append({titleOf(field), rowOf(field).searchTag, helpOn(field)});
     const Item separator;
-    return {
-        {tr("All"), tagOf(SearchMode::All), tr("Matches a part of the name, code point or production name.")},
-        {tr("Name"), tagOf(SearchMode::Name),
-         tr("Matches a part of the name. Of several words each must occur, in any order.")},
-        {tr("Unicode"), tagOf(SearchMode::Unicode),
-         tr("Matches a part of the first code point, or a range such as 0041-005A.")},
-        {tr("Category"), tagOf(SearchMode::Category), tr("Matches a part of the category, in either case.")},
-        {tr("Subcategory"), tagOf(SearchMode::Subcategory), tr("Matches a part of the subcategory.")},
-        {tr("Script"), tagOf(SearchMode::Script), tr("Matches a part of the script, in either case.")},
-        {tr("Decompose"), tagOf(SearchMode::Decompose),
-         tr("Matches a part of the list of glyphs that compose the glyph.")},
-        {tr("Anchors"), tagOf(SearchMode::Anchors), tr("Matches a part of the anchors, in either case.")},
-        {tr("Production"), tagOf(SearchMode::Production),
-         tr("Matches a part of the production name. Of several words each must occur, in any order.")},
-        {tr("Alternate Name"), tagOf(SearchMode::AlternateName),
-         tr("Matches one of the alternate names as a whole.")},
-        {tr("Accents"), tagOf(SearchMode::Accents), tr("Matches a part of the marks, in either case.")},
-        {tr("Description"), tagOf(SearchMode::Description),
-         tr("Matches a part of the description, in either case.")},
-        separator,
-        {tr("Match Case"), kMatchCaseTag,
-         tr("Tells upper from lower case in names, subcategories and compositions.")},
-        {tr("Regex"), kRegexTag,
-         tr("Takes the text as a regular expression that matches the whole name, with regard to case.")},
-        separator,
-        {{}, kRecentsTitleTag, {}},
-        {tr("Recent Searches"), kRecentsTitleTag, {}},
-        {tr("Recents"), kRecentsTag, {}},
-        {tr("Clear"), kClearRecentsTag, tr("Forgets the recent searches.")},
-    };
+    return items << QList<Item> {
+               separator,
+               {tr("Match Case"), kMatchCaseTag,
+                tr("Tells upper from lower case in names, subcategories and compositions.")},
+               {tr("Regex"), kRegexTag,
+                tr("Takes the text as a regular expression that matches the whole name, with regard to "
+                   "case.")},
+               separator,
+               {{}, kRecentsTitleTag, {}},
+               {tr("Recent Searches"), kRecentsTitleTag, {}},
+               {tr("Recents"), kRecentsTag, {}},
+               {tr("Clear"), kClearRecentsTag, tr("Forgets the recent searches.")},
+           };
 }
 
 SearchMenu::ItemState SearchMenu::stateOfItem(int tag, const SearchSettings &settings)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/search/SearchFilter.h"
+#include "model/GlyphField.h"
 
 #include <QCoreApplication>
 #include <QList>
@@ -44,6 +45,10 @@ public:
     static QString placeOf(const SearchSettings &settings);
     /// What the empty search field says: what it will search.
     static QString prompt(const SearchSettings &settings);
+
+private:
+    static QString titleOf(GlyphField field);
+    static QString helpOn(GlyphField field);
 };
 
 /// The texts searched for last, newest first, each once; shared by all windows and kept in the user default

@@ -1,6 +1,7 @@
 #include "editing/search/SearchTexts.h"
 
 #include "editing/search/ByteSearch.h"
+#include "model/FieldTable.h"
 #include "platform/predicates/PredicateFormat.h"
 
 namespace runebook {
@@ -13,20 +14,18 @@ constexpr char kSeparator = '\xFF';
 
 SearchKey::Kind kindOf(GlyphField field)
 {
-    switch (field) {
-    case GlyphField::Unicodes:
-    case GlyphField::AltNames:
-        return SearchKey::Kind::List;
-    case GlyphField::Direction:
-    case GlyphField::Case:
-    case GlyphField::Index:
-    case GlyphField::UnicodeChar:
-        return SearchKey::Kind::Number;
-    case GlyphField::Document:
-        return SearchKey::Kind::Unknown;
-    default:
+    switch (rowOf(field).kind) {
+    case FieldKind::Text:
         return SearchKey::Kind::Text;
+    case FieldKind::List:
+        return SearchKey::Kind::List;
+    case FieldKind::Choice:
+    case FieldKind::Number:
+        return SearchKey::Kind::Number;
+    case FieldKind::Object:
+        break;
     }
+    return SearchKey::Kind::Unknown;
 }
 
 /// Calls \a take with each part of \a text between the separators of lists.
@@ -56,9 +55,8 @@ SearchKey SearchKey::of(QStringView key)
 
 bool SearchKey::isAnnounced() const
 {
-    // The setters of these two only store. Numbers are quick to read and seldom compared as texts.
-    return (kind == Kind::Text && field != GlyphField::UnicodeLegacy && field != GlyphField::UnicharString)
-        || kind == Kind::List;
+    // Numbers are quick to read and seldom compared as texts.
+    return (kind == Kind::Text || kind == Kind::List) && rowOf(field).setter != FieldSetter::Silent;
 }
 
 SearchTexts::SearchTexts(SearchKey key, Folding folding) : m_key(key), m_folding(folding)
@@ -98,7 +96,7 @@ bool SearchTexts::areLong(const VXGlyphInfo &info) const
     constexpr qsizetype kLong = 1 << 20;
     constexpr qsizetype kManyEntries = 1 << 15;
     const bool isKept = m_key.kind == SearchKey::Kind::Text || m_key.kind == SearchKey::Kind::List;
-    if (!isKept || static_cast<int>(m_key.field) >= kStoredFieldCount)
+    if (!isKept || !isStored(m_key.field))
         return false; // the first code point, for one
     const FieldValue &value = info.stored(m_key.field);
     if (m_key.field == GlyphField::Unicodes && !value.isList())
@@ -214,7 +212,7 @@ void SearchTexts::appendValue(const VXGlyphInfo &info)
     const FieldValue &value = info.stored(isCodePoint ? GlyphField::Unicodes : m_key.field);
     if (value.isPiece()) {
         const std::string_view bytes = value.bytes(info.sourceData());
-        if (m_key.field == GlyphField::AltNames)
+        if (m_key.kind == SearchKey::Kind::List && !isCodePoint)
             forEachEntry(bytes, [this](std::string_view name) { appendText(name); });
         else
             appendText(bytes);

@@ -14,6 +14,7 @@
 #include "editing/window/VXSplitViewWindowController.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
+#include "model/FieldTable.h"
 #include "platform/Appearance.h"
 #include "platform/FilePath.h"
 #include "platform/MainMenu.h"
@@ -370,9 +371,7 @@ void WindowMenus::fillHistory(QMenu *menu)
 
 void WindowMenus::fillSelectSame(QMenu *menu)
 {
-    for (const GlyphField field : {GlyphField::Category, GlyphField::SubCategory, GlyphField::Script,
-                                   GlyphField::Case, GlyphField::Direction, GlyphField::Decompose,
-                                   GlyphField::Marks, GlyphField::Anchors, GlyphField::Production}) {
+    for (const GlyphField field : fieldsBy<&FieldRow::samePlace>()) {
         QAction *action = menu->addAction(fieldTitle(field));
         setCommand(action, [this, field] { m_features.commands.selectSame(field); });
     }

@@ -1,5 +1,6 @@
 #include "scripting/classes/DocumentOperations.h"
 
+#include "model/FieldTable.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/bridge/DirectText.h"
 #include "scripting/bridge/Operation.h"
@@ -166,11 +167,16 @@ void storeText(void *record, int field, const QString &text)
     static_cast<VXGlyphInfo *>(record)->editText(static_cast<GlyphField>(field), text);
 }
 
-void registerTexts(std::initializer_list<GlyphField> fields, decltype(&storeText) write)
+void registerTexts()
 {
-    for (const GlyphField field : fields)
-        bridge::registerDirectText(VXGlyphInfo::staticMetaObject, keyOfField(field).toLatin1(),
-                                   {static_cast<int>(field), storedText, write});
+    for (const FieldRow &row : kFieldTable) {
+        if (row.kind != FieldKind::Text || !isStored(row.field))
+            continue;
+        // Setters with rules of their own have to be asked.
+        bridge::registerDirectText(VXGlyphInfo::staticMetaObject, keyOfField(row.field).toLatin1(),
+                                   {static_cast<int>(row.field), storedText,
+                                    row.setter == FieldSetter::Plain ? storeText : nullptr});
+    }
 }
 
 /// Windows follow their documents in the next turn of the event loop; a script that asks one does not wait.
@@ -223,12 +229,7 @@ void registerDocumentOperations()
                                         [] { return bridge::ownedByScripts(new VXDocument); });
     bridge::registerType(QMetaType::fromType<IndexSet>(), {indexesToPython, indexesFromPython});
     bridge::setPreparation({followsDocuments, bringUpToDate});
-    using enum GlyphField;
-    registerTexts({Name, Category, SubCategory, Anchors, Script, Production, SortName, SortNameKeep,
-                   SortNameOld, Decompose},
-                  storeText);
-    // Their setters have rules of their own.
-    registerTexts({Marks, UnicodeLegacy, Desc, UnicharString}, nullptr);
+    registerTexts();
     static RecordOperations records;
     static DocumentOperations documents;
     bridge::BridgedClass::registerExtension(VXGlyphInfo::staticMetaObject, &records);

@@ -1,3 +1,4 @@
+#include "editing/compare/CompareSheet.h"
 #include "editing/fields/FieldEditing.h"
 #include "editing/fields/LongValues.h"
 #include "editing/fields/PendingTexts.h"
@@ -5,8 +6,11 @@
 #include "editing/fields/VXValidatingTextField.h"
 #include "editing/fields/VocabularyComboBox.h"
 #include "editing/fields/WholeValueDialog.h"
+#include "editing/replace/FindReplace.h"
 #include "editing/search/SearchFilter.h"
+#include "editing/search/SearchMenu.h"
 #include "editing/window/PreviewLabel.h"
+#include "model/FieldTable.h"
 #include "platform/ShownText.h"
 #include "tests/editing/Windows.h"
 
@@ -267,6 +271,35 @@ private Q_SLOTS:
         QCOMPARE(name->text(), u"a b"_s);
         QVERIFY(name->textMargins().right() > 0); // what is wrong stands there
         QCOMPARE(name->parentWidget()->minimumSizeHint().width(), usual);
+    }
+
+    void everyFieldStandsWhereTheTableOfFieldsSays()
+    {
+        const CompareSheet sheet(nullptr);
+        const auto *same = command(u"Select Records with the Same"_s)->menu();
+        select({0});
+        for (const FieldRow &row : kFieldTable) {
+            const QString title = titleOfField(row.field);
+            const int column = columnOfField(row.field);
+            QVERIFY2((column >= 0) == (row.columnWidth != 0), qPrintable(title));
+            if (column >= 0)
+                QCOMPARE(table()->model()->headerData(column, Qt::Horizontal).toString(), title);
+            const QWidget *editor = m_window->detailPane()->editorOf(row.field);
+            QVERIFY2((editor != nullptr) == (row.editor != FieldEditor::None), qPrintable(title));
+            QCOMPARE(editor ? editor->accessibleName() : title, title);
+            if (row.editor == FieldEditor::Line || row.editor == FieldEditor::CheckedLine) {
+                typeInto(row.field, u"<Ctrl+A>ABCD<Return>"_s);
+                QCOMPARE(info(0)->displayText(row.field), u"ABCD"_s);
+                undo();
+            }
+            const bool isCompared =
+                sheet.findChild<QWidget *>(u"leftLable"_s + QLatin1StringView(row.caption));
+            QVERIFY2(isCompared == (row.comparePlace != 0), qPrintable(title));
+            QVERIFY2(offersOf(*same).contains(title) == (row.samePlace != 0), qPrintable(title));
+            QVERIFY2(!row.replaceTag || FindReplace::titleForTag(row.replaceTag) == title, qPrintable(title));
+            QVERIFY2(!row.searchTag || SearchMenu::items().at(row.searchTag - 1).tag == row.searchTag,
+                     qPrintable(title));
+        }
     }
 
     void everyFieldIsInSightAt800Pixels()

@@ -1,4 +1,5 @@
 // The record: its setters and their undo, copies, archives, values by key, equality.
+#include "model/FieldTable.h"
 #include "model/VXGlyphInfo.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
@@ -325,6 +326,42 @@ private Q_SLOTS:
         const quint64 index = info->index();
         QCOMPARE(info->setValueForKey(value, key), taken);
         QCOMPARE(PlainRecord::of(*info) != before || info->index() != index, taken);
+    }
+
+    /// Whatever the table says of a field is what records do with it.
+    void doesWhatTheTableOfFieldsSays()
+    {
+        for (const FieldRow &row : kFieldTable) {
+            if (!isStored(row.field) && row.kind != FieldKind::Choice)
+                continue;
+            const QString key = keyOfField(row.field);
+            RecordingOwner owner;
+            const InfoPtr info = owner.add();
+            const InfoPtr other = VXGlyphInfo::init();
+            info->setDesc(u"same"_s); // records without description never count as equal
+            other->setDesc(u"same"_s);
+            QVERIFY(info->isEqualToInfo(other));
+            owner.heard.clear();
+            const QVariant value = row.kind == FieldKind::Choice ? QVariant(2)
+                : row.kind == FieldKind::List                    ? QVariant(QStringList {u"0041"_s})
+                                                                 : QVariant(u"0041"_s);
+            QVERIFY2(info->setValueForKey(value, key), qPrintable(key));
+            const QString text = info->displayText(row.field);
+            if (row.kind == FieldKind::Text)
+                QVERIFY(info->setTextOf(row.field, value.toString()) && text == value.toString());
+            else if (row.vocabulary)
+                QVERIFY2(row.vocabulary().contains(text), qPrintable(text));
+            QCOMPARE(owner.heard.contains(key), row.setter != FieldSetter::Silent);
+            const QString line = info->lineXMLFormatVersion(2);
+            const InfoPtr read = VXGlyphInfo::initWithLineXMLFileVersion(line.trimmed());
+            QVariantMap archive;
+            info->encodeWithCoder(archive);
+            const auto keeps = [&](const InfoPtr &made) { return made->displayText(row.field) == text; };
+            QVERIFY2(keeps(read) == (row.filePlace != 0), qPrintable(line));
+            QVERIFY2(keeps(info->copy()) == row.isCopied, qPrintable(key));
+            QVERIFY2(keeps(VXGlyphInfo::initWithCoder(archive)) == row.isArchived, qPrintable(key));
+            QVERIFY2(info->isEqualToInfo(other) != row.isEquality, qPrintable(key));
+        }
     }
 
     void reportsUnknownKeysOnce()
