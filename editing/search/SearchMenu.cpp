@@ -8,7 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-
 int tagOf(SearchMode mode)
 {
     return static_cast<int>(mode);

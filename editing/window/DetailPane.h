@@ -3,19 +3,17 @@
 #include "editing/fields/FieldEditing.h"
 #include "editing/fields/FieldRemarks.h"
 
-#include <QTimer>
 #include <QWidget>
-#include <functional>
 #include <vector>
 
-class QGridLayout;
 class QLabel;
-class QPushButton;
 class QScrollArea;
 class RSRTVArrayController;
 
 namespace runebook {
 
+class CommonValues;
+class PaneRow;
 class PreviewLabel;
 class WholeValueDialog;
 
@@ -50,7 +48,7 @@ public:
     bool textFieldHasValidContent(QObject *field);
 
     PreviewLabel *previewLabel() const { return m_previewLabel; }
-    const InfoList &shownInfos() const { return m_shown; }
+    const InfoList &shownInfos() const;
     /// The editor of a field; null for fields that the pane does not show.
     QWidget *editorOf(GlyphField field) const;
     /// The first one that can be used now; null without a selection.
@@ -63,54 +61,36 @@ Q_SIGNALS:
     void showRequested(const InfoPtr &info);
 
 protected:
-    bool eventFilter(QObject *object, QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    void fitPreview();
-    /// One caption with its editor, whatever kind of control that is.
-    struct Row {
-        GlyphField field;
-        QLabel *caption = nullptr;
-        QWidget *editor = nullptr;
-        std::function<QString()> text = {};
-        std::function<void(const CommonValue &)> show = {};
-        QString loaded = {}; ///< what the editor held after show()
-        bool isCut = false; ///< the beginning of a long value is shown, and cannot be edited
-        QPushButton *whole = nullptr; ///< shows the rest; made when it is needed
-        std::size_t compared = 0; ///< so many of the shown records are known to look alike, or not to
-    };
-
-    void buildRows(QGridLayout &layout);
-    Row &addRow(QGridLayout &layout, GlyphField field, const QString &captionName, QWidget *editor);
-    void addLine(QGridLayout &layout, GlyphField field, const QString &captionName);
-    void addValidatingLine(QGridLayout &layout, GlyphField field, const QString &captionName);
-    void addChoice(QGridLayout &layout, GlyphField field, const QString &captionName);
-    void addTokens(QGridLayout &layout, const QString &captionName);
-    void addTextBox(QGridLayout &layout, GlyphField field, const QString &captionName);
-    void showRow(Row &row);
-    void showValue(Row &row, const CommonValue &value);
-    void offerWhole(Row &row, qsizetype length);
-    void compareRest();
     enum class Stay { Leaving, HoldsFocus };
-    bool commitRow(Row &row, Stay stay, Error *refusal = nullptr);
-    void sayRefusal(const Row &row, const Error &reason, Stay stay);
-    void takeBackRefused();
-    void validateFields();
-    Row *rowOf(const QObject *editor);
+
+    void buildRows();
+    void connectRow(PaneRow &row);
+    void fitPreview();
+    void showRow(PaneRow &row);
+    void showValue(PaneRow &row, const CommonValue &value);
+    void showMixed(GlyphField field);
     void showPreview();
+    bool commitRow(PaneRow &row, Stay stay, Error *refusal = nullptr);
+    void sayRefusal(PaneRow &row, const Error &reason, Stay stay);
+    void takeBackRefused();
+    void takeBack(PaneRow &row);
+    void validateFields();
+    PaneRow *rowOf(const QObject *editor) const;
+    PaneRow *rowOf(GlyphField field) const;
     void noteTyping();
     QJsonArray pendingTexts() const;
 
     VXDocument &m_document;
     const RSRTVArrayController &m_list;
+    CommonValues *m_values; ///< of the shown records
     PreviewLabel *m_previewLabel;
     QLabel *m_emptyLabel;
     QWidget *m_form;
     QScrollArea *m_scrollArea = nullptr; ///< around the form
-    std::vector<Row> m_rows;
-    InfoList m_shown;
-    QTimer m_compareTimer; ///< runs while a large selection is still being compared
+    std::vector<PaneRow *> m_rows;
     bool m_isShowing = false;
 };
 
