@@ -2,13 +2,9 @@
 
 #include "model/VXGlyphInfo.h"
 #include "platform/GapVector.h"
-
-#include <vector>
+#include "platform/IndexSet.h"
 
 namespace runebook {
-
-/// Ascending places in a list, none twice.
-using IndexSet = std::vector<qsizetype>;
 
 /// The records of a document in their order. Edited one by one it costs no more than what lies between two
 /// edits; whoever asks for all of it as a list has the gap closed that edits left. It knows where each record

@@ -11,14 +11,6 @@ using namespace runebook;
 
 namespace {
 
-/// Ascending and none twice, as scripts may not give them.
-IndexSet asSet(IndexSet indexes)
-{
-    std::sort(indexes.begin(), indexes.end());
-    indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
-    return indexes;
-}
-
 /// The documents of whose lists records belong to others, or to none.
 std::vector<VXDocument *> &sharers()
 {
@@ -165,10 +157,7 @@ void VXDocument::addInfos(const InfoList &infos)
     // What cannot be had fails before anything is changed.
     m_infos.makeRoomFor(infos.size());
     undoManager()->registerUndo([this, infos] { removeInfos(infos); });
-    IndexSet indexes(infos.size());
-    for (std::size_t i = 0; i < infos.size(); ++i)
-        indexes[i] = countOfInfos() + static_cast<qsizetype>(i);
-    insertAt(infos, indexes, Notice::Observers);
+    insertAt(infos, IndexSet::run(countOfInfos(), infos.size()), Notice::Observers);
 }
 
 void VXDocument::removeInfo(const InfoPtr &info)
@@ -190,19 +179,20 @@ void VXDocument::insertObjectInInfosAtIndex(const InfoPtr &info, qsizetype index
     insertAt({info}, {place}, Notice::Observers);
 }
 
-void VXDocument::insertObjectsInInfosAtIndexes(const InfoList &infos, const IndexSet &anyIndexes)
+void VXDocument::insertObjectsInInfosAtIndexes(const InfoList &infos, const IndexSet &indexes)
 {
-    IndexSet indexes = asSet(anyIndexes);
     if (infos.empty() || infos.size() != indexes.size())
         return;
     m_infos.makeRoomFor(infos.size());
     // An index beyond the end means the end; undoing has to know which place that was.
-    for (std::size_t i = 0; i < indexes.size(); ++i) {
-        const auto before = static_cast<qsizetype>(i);
-        indexes[i] = qBound(before, indexes[i], countOfInfos() + before);
+    IndexSet places;
+    places.reserve(indexes.size());
+    for (const qsizetype index : indexes) {
+        const auto before = static_cast<qsizetype>(places.size());
+        places.push_back(qBound(before, index, countOfInfos() + before));
     }
-    undoManager()->registerUndo([this, indexes] { removeObjectsFromInfosAtIndexes(indexes); });
-    insertAt(infos, indexes, Notice::Observers);
+    undoManager()->registerUndo([this, places] { removeObjectsFromInfosAtIndexes(places); });
+    insertAt(infos, places, Notice::Observers);
 }
 
 void VXDocument::removeObjectFromInfosAtIndex(qsizetype index)
@@ -217,11 +207,11 @@ void VXDocument::removeObjectFromInfosAtIndex(qsizetype index)
         noteSharing();
 }
 
-void VXDocument::removeObjectsFromInfosAtIndexes(const IndexSet &anyIndexes)
+void VXDocument::removeObjectsFromInfosAtIndexes(const IndexSet &indexes)
 {
     IndexSet present;
     InfoList infos;
-    for (const qsizetype index : asSet(anyIndexes)) {
+    for (const qsizetype index : indexes) {
         if (const InfoPtr info = objectInInfosAtIndex(index)) {
             present.push_back(index);
             infos.push_back(info);
@@ -279,11 +269,11 @@ IndexSet VXDocument::placesOf(const InfoList &infos) const
     constexpr std::size_t kFew = 8;
     const auto standsOnce = [](const InfoPtr &info) { return info->listings() <= 1; };
     if (infos.size() <= kFew && std::all_of(infos.begin(), infos.end(), standsOnce)) {
-        IndexSet few;
+        std::vector<qsizetype> few;
         for (const InfoPtr &info : infos)
             few.push_back(placeOf(info.get()));
         std::erase(few, -1);
-        return asSet(std::move(few));
+        return IndexSet(std::move(few));
     }
     QSet<const VXGlyphInfo *> wanted;
     for (const InfoPtr &info : infos)

@@ -111,14 +111,13 @@ qsizetype KeyList::selectedCount() const
 
 IndexSet KeyList::selectionIndexes() const
 {
-    IndexSet rows;
+    std::vector<qsizetype> rows;
     // By ranges: a list of one index for each of a million rows would take its time.
     for (const QItemSelectionRange &range : m_selection.selection()) {
         for (int row = range.top(); row <= range.bottom(); ++row)
             rows.push_back(row);
     }
-    std::sort(rows.begin(), rows.end());
-    return rows;
+    return IndexSet(std::move(rows));
 }
 
 bool KeyList::setSelectionIndexes(const IndexSet &indexes)

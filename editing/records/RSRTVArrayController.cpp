@@ -222,7 +222,7 @@ std::optional<IndexSet> RSRTVArrayController::passingPlaces(Error *error)
     if (!m_condition)
         return passing;
     if (passing) {
-        std::erase_if(*passing, [this](qsizetype place) { return !m_condition(place); });
+        passing->removeIf([this](qsizetype place) { return !m_condition(place); });
         return passing;
     }
     passing.emplace();
@@ -255,10 +255,10 @@ bool RSRTVArrayController::arrange(Filter filter, Error *error)
     const bool asksFilter = filter == Filter::Apply || !isFiltered();
     std::optional<IndexSet> passing = asksFilter ? passingPlaces(error) : shownPlaces();
     if (passing && asksFilter && !m_added.empty()) {
+        std::vector<qsizetype> added;
         for (const VXGlyphInfo *info : m_added)
-            passing->push_back(m_document.placeOf(info));
-        std::sort(passing->begin(), passing->end());
-        passing->erase(std::unique(passing->begin(), passing->end()), passing->end());
+            added.push_back(m_document.placeOf(info));
+        passing->unite(IndexSet(std::move(added)));
     }
     const bool gaveUp = error && !error->domain.isEmpty();
     std::vector<VXGlyphInfo *> rows;
@@ -351,7 +351,7 @@ InfoList RSRTVArrayController::wantedSelection() const
 
 void RSRTVArrayController::restoreSelection(const InfoList &wanted, const InfoList &currents)
 {
-    IndexSet rows;
+    std::vector<qsizetype> rows;
     m_hiddenSelection.clear();
     const auto orSuccessor = [this](const InfoPtr &info) {
         const InfoPtr successor = info->listings() == 0 ? successorOf(info->name()) : nullptr;
@@ -365,11 +365,9 @@ void RSRTVArrayController::restoreSelection(const InfoList &wanted, const InfoLi
         else if (info->listings() > 0)
             m_hiddenSelection.push_back(info);
     }
-    std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     m_isRestoring = true;
     restoreCurrent(currents, orSuccessor);
-    select(rows);
+    select(IndexSet(std::move(rows)));
     m_isRestoring = false;
     Q_EMIT selectionChanged();
 }
@@ -452,14 +450,12 @@ void RSRTVArrayController::writeArrangedOrder()
 IndexSet RSRTVArrayController::selectionIndexes() const
 {
     catchUp();
-    IndexSet rows;
+    std::vector<qsizetype> rows;
     for (const QItemSelectionRange &range : m_selection->selection()) {
         for (int row = range.top(); row <= range.bottom(); ++row)
             rows.push_back(row);
     }
-    std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    return rows;
+    return IndexSet(std::move(rows));
 }
 
 qsizetype RSRTVArrayController::selectedCount() const
@@ -488,8 +484,6 @@ bool RSRTVArrayController::setSelectionIndexes(const IndexSet &rows)
         if (row >= 0 && row < countOfArrangedObjects())
             present.push_back(row);
     }
-    std::sort(present.begin(), present.end());
-    present.erase(std::unique(present.begin(), present.end()), present.end());
     if (!present.empty())
         m_selection->setCurrentIndex(index(static_cast<int>(present.front()), m_currentColumn),
                                      QItemSelectionModel::NoUpdate);
@@ -515,22 +509,22 @@ void RSRTVArrayController::setSelectedObjectsKeepingCurrent(const InfoList &info
         setSelectedObjects(infos);
         return;
     }
-    IndexSet rows;
+    selectRows(rowsOfObjects(infos));
+}
+
+IndexSet RSRTVArrayController::rowsOfObjects(const InfoList &infos) const
+{
+    std::vector<qsizetype> rows;
     for (const InfoPtr &info : infos) {
         if (const qsizetype row = rowOfObject(info); row >= 0)
             rows.push_back(row);
     }
-    std::sort(rows.begin(), rows.end());
-    selectRows(rows);
+    return IndexSet(std::move(rows));
 }
 
 bool RSRTVArrayController::setSelectedObjects(const InfoList &infos)
 {
-    IndexSet rows;
-    for (const InfoPtr &info : infos) {
-        if (const qsizetype row = rowOfObject(info); row >= 0)
-            rows.push_back(row);
-    }
+    const IndexSet rows = rowsOfObjects(infos);
     return setSelectionIndexes(rows) && rows.size() == infos.size();
 }
 
@@ -610,14 +604,14 @@ void RSRTVArrayController::insertRowsAt(const IndexSet &places)
     Q_EMIT arrangedObjectsChanged();
 }
 
-/// Ascending, the rows of the records that are leaving the list from \a places.
-std::vector<qsizetype> RSRTVArrayController::rowsOfLeaving(const IndexSet &places) const
+/// The rows of the records that are leaving the list from \a places.
+IndexSet RSRTVArrayController::rowsOfLeaving(const IndexSet &places) const
 {
     const bool areRowsPlaces =
         showsDocumentOrder() && std::ssize(m_rows) == m_document.countOfInfos() + std::ssize(places);
     if (areRowsPlaces)
         return places;
-    std::vector<qsizetype> rows;
+    IndexSet rows;
     for (std::size_t row = 0; row < m_rows.size(); ++row) {
         if (m_rows[row]->listings() == 0)
             rows.push_back(static_cast<qsizetype>(row));
@@ -649,7 +643,7 @@ void RSRTVArrayController::applyRemoval(const IndexSet &places)
     }
 }
 
-void RSRTVArrayController::removeRows(const std::vector<qsizetype> &gone)
+void RSRTVArrayController::removeRows(const IndexSet &gone)
 {
     if (gone.empty())
         return;
@@ -767,14 +761,13 @@ void RSRTVArrayController::remove()
 
 void RSRTVArrayController::removeObjectsAtArrangedObjectIndexes(const IndexSet &rows)
 {
-    IndexSet places;
+    std::vector<qsizetype> places;
     places.reserve(rows.size());
     for (const qsizetype row : rows) {
         if (const InfoPtr info = arrangedObjectAtIndex(row))
             places.push_back(m_document.indexOfObjectInInfos(info));
     }
-    std::sort(places.begin(), places.end());
-    m_document.removeObjectsFromInfosAtIndexes(places);
+    m_document.removeObjectsFromInfosAtIndexes(IndexSet(std::move(places)));
 }
 
 void RSRTVArrayController::moveObjectsInArrangedObjectsFromIndexesToIndex(const IndexSet &rows, qsizetype row)
@@ -787,13 +780,10 @@ void RSRTVArrayController::moveObjectsInArrangedObjectsFromIndexesToIndex(const 
     if (moved.empty() || moved.size() != rows.size())
         return;
     const qsizetype target = row - rowsAboveRowInIndexSet(row, rows);
-    IndexSet places(moved.size());
-    for (std::size_t i = 0; i < places.size(); ++i)
-        places[i] = target + static_cast<qsizetype>(i);
     const UndoGroup group(m_document.undoManager(),
                           editName(tr("Move"), tr("Move %1 Records"), std::ssize(moved)));
     removeObjectsAtArrangedObjectIndexes(rows);
-    m_document.insertObjectsInInfosAtIndexes(moved, places);
+    m_document.insertObjectsInInfosAtIndexes(moved, IndexSet::run(target, moved.size()));
 }
 
 void RSRTVArrayController::copyObjectsInArrangedObjectsFromIndexesToIndex(const IndexSet &rows, qsizetype row)
@@ -802,19 +792,17 @@ void RSRTVArrayController::copyObjectsInArrangedObjectsFromIndexesToIndex(const 
     // move all that follow.
     InfoList sources;
     InfoList copies;
-    IndexSet places;
     const qsizetype first = placeForRow(row);
     for (const qsizetype from : rows) {
         const InfoPtr source = arrangedObjectAtIndex(from);
         if (!source)
             continue;
-        places.push_back(first + std::ssize(copies));
         sources.push_back(source);
         copies.push_back(source->copy());
     }
     const UndoGroup group(m_document.undoManager(),
                           editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
-    m_document.insertObjectsInInfosAtIndexes(copies, places);
+    m_document.insertObjectsInInfosAtIndexes(copies, IndexSet::run(first, copies.size()));
     const QMetaMethod told =
         delegateOperation(m_delegate, "arrayControllerDidCopyObjectCopy(QObject*,InfoPtr,InfoPtr)");
     for (std::size_t i = copies.size(); told.isValid() && i-- > 0;)

@@ -195,8 +195,8 @@ private:
     /// Shows what was put off. Every question about rows begins with it.
     void catchUp() const;
     void insertRowsAt(const runebook::IndexSet &places);
-    void removeRows(const std::vector<qsizetype> &rows);
-    std::vector<qsizetype> rowsOfLeaving(const runebook::IndexSet &places) const;
+    void removeRows(const runebook::IndexSet &rows);
+    runebook::IndexSet rowsOfLeaving(const runebook::IndexSet &places) const;
     bool isInHistory() const;
     // Places in the list, which come back with undo and redo.
     std::shared_ptr<const void> rememberPlace();
@@ -209,6 +209,7 @@ private:
     InfoPtr infoOfRow(qsizetype row) const;
     void select(const runebook::IndexSet &rows);
     void selectRows(const runebook::IndexSet &rows);
+    runebook::IndexSet rowsOfObjects(const InfoList &infos) const;
     /// Where in the document's list something goes that is inserted at a row.
     qsizetype placeForRow(qsizetype row) const;
     /// The places that pass filter and condition; nothing: all.

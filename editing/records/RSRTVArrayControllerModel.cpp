@@ -113,12 +113,10 @@ int RSRTVArrayController::rowsAboveRowInIndexSet(qsizetype row, const IndexSet &
 
 IndexSet RSRTVArrayController::indexSetFromRows(const QVariantList &rows) const
 {
-    IndexSet set;
+    std::vector<qsizetype> places;
     for (const QVariant &row : rows)
-        set.push_back(row.toLongLong());
-    std::sort(set.begin(), set.end());
-    set.erase(std::unique(set.begin(), set.end()), set.end());
-    return set;
+        places.push_back(row.toLongLong());
+    return IndexSet(std::move(places));
 }
 
 Qt::DropActions RSRTVArrayController::supportedDragActions() const
@@ -160,24 +158,22 @@ IndexSet rowsOfArchive(const QByteArray &bytes, const void *controller)
     stream >> version >> source >> count;
     if (version != 1 || source != reinterpret_cast<quint64>(controller))
         return {};
-    IndexSet rows;
+    std::vector<qsizetype> rows;
     for (qint64 row = 0; count > 0 && stream.status() == QDataStream::Ok; --count) {
         stream >> row;
         rows.push_back(row);
     }
-    return stream.status() == QDataStream::Ok ? rows : IndexSet();
+    return stream.status() == QDataStream::Ok ? IndexSet(std::move(rows)) : IndexSet();
 }
 
 } // namespace
 
 QMimeData *RSRTVArrayController::mimeData(const QModelIndexList &indexes) const
 {
-    IndexSet rows;
+    std::vector<qsizetype> rows;
     for (const QModelIndex &index : indexes)
         rows.push_back(index.row());
-    std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    return mimeDataForRows(rows);
+    return mimeDataForRows(IndexSet(std::move(rows)));
 }
 
 QMimeData *RSRTVArrayController::mimeDataForRows(const IndexSet &rows) const
@@ -216,10 +212,7 @@ void RSRTVArrayController::acceptRows(const IndexSet &rows, Qt::DropAction actio
         first = target - rowsAboveRowInIndexSet(target, rows);
         moveObjectsInArrangedObjectsFromIndexesToIndex(rows, target);
     }
-    IndexSet dropped(rows.size());
-    for (std::size_t i = 0; i < dropped.size(); ++i)
-        dropped[i] = first + static_cast<qsizetype>(i);
-    setSelectionIndexes(dropped);
+    setSelectionIndexes(IndexSet::run(first, rows.size()));
 }
 
 // Dragging without a mouse

@@ -22,7 +22,6 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <new>
-#include <numeric>
 
 namespace runebook {
 
@@ -49,9 +48,8 @@ InfoList pasteInto(VXDocument &document, const InfoList &selected, const QMimeDa
         document.addInfos(pasted);
         return pasted;
     }
-    IndexSet places(pasted.size());
-    std::iota(places.begin(), places.end(), document.indexOfObjectInInfos(selected.front()) + 1);
-    document.insertObjectsInInfosAtIndexes(pasted, places);
+    const qsizetype first = document.indexOfObjectInInfos(selected.front()) + 1;
+    document.insertObjectsInInfosAtIndexes(pasted, IndexSet::run(first, pasted.size()));
     return pasted;
 }
 
@@ -174,15 +172,12 @@ void RecordCommands::duplicate()
     if (selected.empty() || !m_parts.commitEditing())
         return;
     InfoList copies;
-    IndexSet places;
-    const qsizetype first = m_parts.document.indexOfObjectInInfos(selected.back()) + 1;
-    for (const InfoPtr &info : selected) {
-        places.push_back(first + static_cast<qsizetype>(copies.size()));
+    for (const InfoPtr &info : selected)
         copies.push_back(info->copy());
-    }
+    const qsizetype first = m_parts.document.indexOfObjectInInfos(selected.back()) + 1;
     const UndoGroup group(m_parts.document.undoManager(),
                           editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
-    m_parts.document.insertObjectsInInfosAtIndexes(copies, places);
+    m_parts.document.insertObjectsInInfosAtIndexes(copies, IndexSet::run(first, copies.size()));
     m_parts.list.setSelectedObjects(copies);
     revealRow(m_parts.list.rowOfObject(copies.front()));
 }

@@ -204,7 +204,7 @@ PyObject *indexesToPython(QMetaType, const void *data)
 
 bool indexesFromPython(QMetaType, PyObject *object, void *data)
 {
-    auto &indexes = *static_cast<IndexSet *>(data);
+    std::vector<qsizetype> indexes;
     const QMetaType number = QMetaType::fromType<qsizetype>();
     const bridge::BridgeType &numbers = bridge::bridgeType(number);
     const bool isRead = bridge::forEach(object, [&](PyObject *item) {
@@ -215,8 +215,7 @@ bool indexesFromPython(QMetaType, PyObject *object, void *data)
         bridge::raise(*py.PyExc_IndexError, u"%1 is no index"_s.arg(indexes.back()));
         return false;
     });
-    std::sort(indexes.begin(), indexes.end());
-    indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
+    *static_cast<IndexSet *>(data) = IndexSet(std::move(indexes));
     return isRead;
 }
 

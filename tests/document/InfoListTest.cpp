@@ -246,6 +246,34 @@ private Q_SLOTS:
         }
     }
 
+    void indexSetsAscendHoweverTheyAreMade()
+    {
+        QRandomGenerator random(20);
+        const auto somePlaces = [&random] {
+            std::vector<qsizetype> places(random.bounded(6u));
+            std::generate(places.begin(), places.end(), [&random] { return random.bounded(8); });
+            return places;
+        };
+        for (int round = 0; round < 500; ++round) {
+            const std::vector<qsizetype> given = somePlaces();
+            const std::vector<qsizetype> others = somePlaces();
+            std::set<qsizetype> plain(given.begin(), given.end());
+            IndexSet set(given);
+            plain.insert(others.begin(), others.end());
+            if (round % 2)
+                set.unite(IndexSet(others));
+            else
+                std::copy(others.begin(), others.end(), std::back_inserter(set));
+            const qsizetype gone = random.bounded(8);
+            plain.erase(gone);
+            set.removeIf([gone](qsizetype place) { return place == gone; });
+            QVERIFY(std::equal(set.begin(), set.end(), plain.begin(), plain.end()));
+            const std::size_t count = plain.size();
+            const IndexSet run = IndexSet::run(gone, count);
+            QVERIFY(run.size() == count && (run.empty() || run.back() == gone + std::ssize(run) - 1));
+        }
+    }
+
     void followsRunsOfEdits_data()
     {
         QTest::addColumn<quint32>("seed");
