@@ -118,6 +118,14 @@ public:
         if (isText || element == PE_FrameLineEdit)
             drawFieldOutline(*painter, *option, isText);
     }
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
+                            const QWidget *widget) const override
+    {
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+        const auto *box = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+        if (control == CC_SpinBox && box && box->frame)
+            drawFieldOutline(*painter, *option, true);
+    }
 };
 
 QPalette paletteOf(const Colors &colors)
