@@ -233,8 +233,9 @@ private Q_SLOTS:
         const QStringList pieces {
             u"\n"_s,   u"word "_s,      u"\r\n"_s,           u"KeyError"_s,
             u"\n\n"_s, u"\U0001F600"_s, QString(5000, u'y'), u"File \"<string>\", line 3\n"_s};
+        const QString large = (QString(800, u'z') + u'\n').repeated(45); // handled in slices
         for (int i = 0; i < 2000; ++i) {
-            const QString piece = pieces[random.bounded(pieces.size())];
+            const QString piece = random.bounded(40) ? pieces[random.bounded(pieces.size())] : large;
             m_console->append(piece, Kind::Output);
             model += QString(piece).replace("<string>"_L1, "<macro>"_L1);
             if (random.bounded(4) == 0)

@@ -166,6 +166,7 @@ private Q_SLOTS:
         row("underscore when typed", "live._h", QStringList {u"live._hidden"_s});
         row("not through a property", "live.answer.", QStringList());
         row("unknown", "nobody.x", QStringList());
+        row("of nothing", ".isinst", QStringList());
         row("bridged", "glyph.setProduc", QStringList {u"glyph.setProduction"_s, u"glyph.setProduction_"_s});
         row("__dict__ of its own", "liar.tru", QStringList {u"liar.truth"_s});
     })
