@@ -12,8 +12,10 @@
 #include <QUuid>
 #include <algorithm>
 #include <atomic>
+#include <fcntl.h>
 #include <mutex>
 #include <new>
+#include <unistd.h>
 
 namespace runebook {
 
@@ -50,6 +52,17 @@ bool writeTyped(const QString &contentPath, const QJsonArray &typed, Error *erro
         return replaceBy(path, QJsonDocument(typed).toJson(QJsonDocument::Compact), error);
     QFile::remove(path);
     return true;
+}
+
+/// Takes the name away. A large file's room on the disk is given back by another thread, as that takes long:
+/// the system does so when the last one closes the file.
+void removeAtOnce(const QString &path)
+{
+    const int file =
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    QFile::remove(path);
+    if (file >= 0)
+        runInBackground([file] { ::close(file); });
 }
 
 std::chrono::milliseconds seconds(double count)
@@ -421,7 +434,7 @@ void Autosaver::remove()
 {
     giveUp();
     if (!m_path.isEmpty()) {
-        QFile::remove(m_path);
+        removeAtOnce(m_path);
         for (const QLatin1StringView suffix : {AutosaveFolder::kNoteSuffix, AutosaveFolder::kTypedSuffix})
             QFile::remove(AutosaveFolder::besideContent(m_path, suffix));
     }
