@@ -2,7 +2,6 @@
 
 #include "platform/Background.h"
 #include "platform/TurningWindows.h"
-#include "platform/documents/DocumentController.h"
 #include "platform/documents/FileSaver.h"
 
 #include <QCoreApplication>
@@ -110,7 +109,7 @@ struct Autosaver::Writing {
     }
 };
 
-Autosaver::Autosaver(Document &document) : m_document(document)
+Autosaver::Autosaver(AutosaveSubject &document) : m_document(document)
 {
     for (QTimer *timer : {&m_quietTimer, &m_latestTimer}) {
         timer->setSingleShot(true);
@@ -129,7 +128,7 @@ Autosaver::~Autosaver()
 
 void Autosaver::schedule()
 {
-    if (DocumentController::shared().autosavingDelay() <= 0)
+    if (AutosaveTimes::shared().delay <= 0)
         return;
     if (!m_changedAt)
         m_changedAt = Clock::now();
@@ -139,7 +138,7 @@ void Autosaver::schedule()
 /// How long a change may wait for the beginning of its autosave, so that it is on the disk in time.
 std::chrono::milliseconds Autosaver::patience() const
 {
-    const auto bound = seconds(DocumentController::shared().autosavingBound());
+    const auto bound = seconds(AutosaveTimes::shared().bound);
     // The disk may be slower the next time than it was the last time.
     const std::chrono::milliseconds reserve = bound / 4 + 2 * m_lastDuration;
     return std::max(bound - reserve, bound / 5);
@@ -152,8 +151,8 @@ bool Autosaver::isOverdue() const
 
 void Autosaver::armTimers()
 {
-    const auto quiet = std::min(seconds(DocumentController::shared().autosavingDelay()),
-                                seconds(DocumentController::shared().autosavingBound()));
+    const auto quiet =
+        std::min(seconds(AutosaveTimes::shared().delay), seconds(AutosaveTimes::shared().bound));
     m_quietTimer.start(quiet);
     if (m_latestTimer.isActive() || !m_changedAt)
         return;
@@ -167,18 +166,6 @@ bool Autosaver::isUpToDate() const
 }
 
 // What
-
-AutosaveNote Autosaver::note() const
-{
-    FileWatch &watch = m_document.fileWatch();
-    return {m_document.fileURL(),
-            m_document.fileType(),
-            m_document.displayName(),
-            watch.known(),
-            watch.knownHash(),
-            QDateTime::currentDateTimeUtc(),
-            QCoreApplication::applicationPid()};
-}
 
 bool Autosaver::ensurePath(Error *error)
 {
@@ -196,7 +183,7 @@ bool Autosaver::ensurePath(Error *error)
 bool Autosaver::writeContent(SlicedContent *content, Error *error)
 {
     if (!content)
-        return m_document.writeToURLOfType(m_path, m_document.autosavingFileType(), error);
+        return m_document.writeAutosave(m_path, error);
     const auto produce = [content](const BlockSink &sink, Error *reason) {
         auto progress = SlicedContent::Progress::Unfinished;
         while (progress == SlicedContent::Progress::Unfinished) {
@@ -220,7 +207,7 @@ bool Autosaver::saveNow(Error *error)
     if (!ensurePath(error))
         return false;
     const QJsonArray typed = m_document.pendingTexts();
-    if (!writeTyped(m_path, typed, error) || !writeNote(m_path, note(), error))
+    if (!writeTyped(m_path, typed, error) || !writeNote(m_path, m_document.autosaveNote(), error))
         return false;
     if (!isContentUpToDate()) {
         std::unique_ptr<SlicedContent> content = m_document.slicedContent();
@@ -236,7 +223,7 @@ bool Autosaver::saveNow(Error *error)
 
 void Autosaver::saveBeforeRun()
 {
-    if (DocumentController::shared().autosavingDelay() <= 0 || !m_document.hasUnsavedWork() || isUpToDate())
+    if (AutosaveTimes::shared().delay <= 0 || !m_document.hasUnsavedWork() || isUpToDate())
         return;
     const TurningWindows turning(
         tr("Keeping the changes to “%1” before the run…").arg(m_document.displayName()),
@@ -280,7 +267,7 @@ void Autosaver::beginPrinting()
 
 void Autosaver::captureWhatIsDue()
 {
-    if (DocumentController::shared().autosavingDelay() <= 0 || m_writing || !m_document.isDocumentEdited()
+    if (AutosaveTimes::shared().delay <= 0 || m_writing || !m_document.isDocumentEdited()
         || isContentUpToDate())
         return;
     if (!m_changedAt)
@@ -375,7 +362,7 @@ void Autosaver::write()
     m_writing->rest = m_content ? m_content->takeRest() : ContentProducer();
     m_writing->content = std::move(m_content);
     m_writing->blocks = std::exchange(m_blocks, {});
-    m_writing->note = note();
+    m_writing->note = m_document.autosaveNote();
     m_writing->typed = m_document.pendingTexts();
     runInBackground([this, writing = m_writing] {
         Error reason;

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "platform/documents/AutosaveFolder.h"
-#include "platform/documents/SlicedContent.h"
+#include "platform/documents/AutosaveSubject.h"
 
-#include <QJsonArray>
 #include <QObject>
 #include <QTimer>
 #include <chrono>
@@ -12,8 +10,6 @@
 #include <vector>
 
 namespace runebook {
-
-class Document;
 
 /// Keeps the unsaved content of one document in a file of its own, with a note of where it belongs, and
 /// beside it what stands in the document's editors. The content is printed on the main thread in slices of a
@@ -24,7 +20,7 @@ class Autosaver : public QObject
 {
     Q_OBJECT
 public:
-    explicit Autosaver(Document &document);
+    explicit Autosaver(AutosaveSubject &document);
     ~Autosaver() override;
 
     /// Something has changed, or was typed. Failures of what follows are told once.
@@ -61,7 +57,6 @@ private:
 
     bool ensurePath(Error *error);
     bool writeContent(SlicedContent *content, Error *error);
-    AutosaveNote note() const;
     bool isContentUpToDate() const { return m_saved.content && m_saved.content->isCurrent(); }
     bool isUpToDate() const;
     std::chrono::milliseconds patience() const;
@@ -79,7 +74,7 @@ private:
     void giveUp();
     void tellOnce(const Error &error);
 
-    Document &m_document;
+    AutosaveSubject &m_document;
     QTimer m_quietTimer; ///< runs anew at every change
     QTimer m_latestTimer; ///< runs from the first change on
     QTimer m_sliceTimer;

@@ -2,10 +2,12 @@
 
 #include "platform/FilePath.h"
 #include "platform/documents/Autosaver.h"
-#include "platform/documents/DocumentController.h"
 #include "platform/documents/FileSaver.h"
+#include "platform/documents/OpenDocuments.h"
 #include "platform/documents/Originals.h"
 
+#include <QCoreApplication>
+#include <QDateTime>
 #include <QFileInfo>
 #include <QScopedValueRollback>
 #include <QWidget>
@@ -70,7 +72,8 @@ QString Document::displayName() const
         return shownPath(QFileInfo(m_fileURL).fileName());
     if (!m_untitledName.isEmpty())
         return m_untitledName;
-    const int number = DocumentController::shared().untitledNumber(this);
+    const OpenDocuments *others = OpenDocuments::current();
+    const int number = others ? others->untitledNumber(this) : 1;
     return number < 2 ? tr("Untitled") : tr("Untitled %1").arg(number);
 }
 
@@ -82,11 +85,12 @@ QString Document::windowTitle() const
     const qsizetype nameStart = path.lastIndexOf(u'/') + 1;
     const QStringView name = path.sliced(nameStart);
     qsizetype start = nameStart; // of the part of the path that is shown
-    for (const Document *other : DocumentController::shared().documentList()) {
-        const QStringView theirs(other->m_fileURL);
+    const OpenDocuments *others = OpenDocuments::current();
+    for (const QString &other : others ? others->filePaths() : QStringList()) {
+        const QStringView theirs(other);
         const bool hasName = theirs.endsWith(name) && theirs.size() > name.size()
             && theirs.at(theirs.size() - name.size() - 1) == u'/';
-        if (other == this || !hasName || theirs == path)
+        if (!hasName || theirs == path)
             continue;
         qsizetype common = 0; // characters at the end
         while (path.at(path.size() - 1 - common) == theirs.at(theirs.size() - 1 - common)
@@ -223,7 +227,8 @@ bool Document::saveToURLOfType(const QString &url, const QString &type, Error *e
     m_undoManager.setClean();
     m_losesValues = false;
     removeAutosave();
-    DocumentController::shared().noteRecentFile(m_fileURL);
+    if (OpenDocuments *others = OpenDocuments::current())
+        others->noteRecentFile(m_fileURL);
     Q_EMIT saved();
     return true;
 }
@@ -238,9 +243,10 @@ bool Document::readAgain(std::unique_ptr<Document> &trial, Error *error) const
                      tr("The file “%1” is not there.").arg(displayName()),
                      {},
                      tr("The document stays as it is.")});
-    if (!DocumentController::shared().canMakeDocuments())
+    const OpenDocuments *others = OpenDocuments::current();
+    trial = others ? others->makeDocument() : nullptr;
+    if (!trial)
         return true;
-    trial = DocumentController::shared().makeDocument();
     if (!trial->readFromURLOfType(m_fileURL, m_fileType, error))
         return false;
     return trial->readError().domain.isEmpty() || fail(error, trial->readError());
@@ -379,7 +385,24 @@ void Document::close()
         m_window->deleteLater();
     }
     m_window.clear();
-    DocumentController::shared().removeDocument(this);
+    if (OpenDocuments *others = OpenDocuments::current())
+        others->removeDocument(this);
+}
+
+AutosaveNote Document::autosaveNote()
+{
+    return {m_fileURL,
+            m_fileType,
+            displayName(),
+            m_fileWatch.known(),
+            m_fileWatch.knownHash(),
+            QDateTime::currentDateTimeUtc(),
+            QCoreApplication::applicationPid()};
+}
+
+bool Document::writeAutosave(const QString &path, Error *error)
+{
+    return writeToURLOfType(path, autosavingFileType(), error);
 }
 
 bool Document::autosave(Error *error)

@@ -2,10 +2,10 @@
 
 #include "platform/Error.h"
 #include "platform/UndoManager.h"
+#include "platform/documents/AutosaveSubject.h"
 #include "platform/documents/FileWatch.h"
 #include "platform/documents/SavingLosses.h"
 
-#include <QJsonArray>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -19,12 +19,11 @@ class QWidget;
 namespace runebook {
 
 class Autosaver;
-class SlicedContent;
 struct SavedState;
 
 /// One open file of the program, or one that has no file yet: its path and type, its undo history, whether
 /// it has unsaved changes, its window. What is in it, a subclass knows. Main thread only.
-class Document : public QObject
+class Document : public QObject, public AutosaveSubject
 {
     Q_OBJECT
     Q_PROPERTY(bool isDocumentEdited READ isDocumentEdited NOTIFY editedChanged)
@@ -59,9 +58,8 @@ public: // content, supplied by the subclass
     /// Puts values into a form that a file keeps, where nobody has to decide, as one undo step; how many
     /// records that were.
     virtual qsizetype fixSavingLosses() { return 0; }
-    /// Prints the content as autosaving keeps it, a little at a time; null when it can only be written at
-    /// once. It holds every value, whatever the file can hold.
-    virtual std::unique_ptr<SlicedContent> slicedContent() const;
+    /// Null unless the subclass knows how to.
+    std::unique_ptr<SlicedContent> slicedContent() const override;
     /// Replaces the content by one that was autosaved. \a isWhole tells whether all of it could be read.
     virtual bool readAutosavedContents(const QString &path, bool *isWhole, Error *error);
     /// The type of the separate file that autosaving writes.
@@ -79,7 +77,7 @@ public: // the file
     Q_INVOKABLE QString fileType() const { return m_fileType; }
     Q_INVOKABLE void setFileType(const QString &type) { m_fileType = type; }
     /// The file's name, or a name for a document without one.
-    Q_INVOKABLE virtual QString displayName() const;
+    Q_INVOKABLE QString displayName() const override;
     /// What the document is called where documents stand beside each other: the file's name, with as many of
     /// its folders as tell it from other open files of that name.
     Q_INVOKABLE QString windowTitle() const;
@@ -128,7 +126,7 @@ public: // what other programs do to the file
 
 public: // changes
     Q_INVOKABLE runebook::UndoManager *undoManager() { return &m_undoManager; }
-    Q_INVOKABLE bool isDocumentEdited() const { return !m_undoManager.isClean(); }
+    Q_INVOKABLE bool isDocumentEdited() const override { return !m_undoManager.isClean(); }
     enum ChangeType { ChangeDone = 0, ChangeCleared = 2 };
     Q_INVOKABLE void updateChangeCount(int change);
     /// Of what changes no undo step tells: what a save would write is another thing now.
@@ -141,13 +139,12 @@ public: // what stands in editors and was not handed over yet
     void addPendingTexts(QObject *owner, PendingTexts source);
     /// To be called by who has such texts, at every key: they are autosaved as edits are.
     void pendingTextChanged();
-    QJsonArray pendingTexts() const;
-    /// Whether anything would be lost with the document: edits, or what is being typed.
-    bool hasUnsavedWork() const;
+    QJsonArray pendingTexts() const override;
+    bool hasUnsavedWork() const override;
 
 public: // window and life
     /// The main window, or null: a document without one works all the same.
-    Q_INVOKABLE QWidget *windowController() const;
+    Q_INVOKABLE QWidget *windowController() const override;
     void setWindowController(QWidget *window);
     /// Forgets the document without asking; its window closes, records that others hold stay valid.
     Q_INVOKABLE void close();
@@ -165,6 +162,8 @@ public: // autosave
     /// Empty while nothing was autosaved.
     QString autosavedContentsURL() const;
     void removeAutosave();
+    AutosaveNote autosaveNote() override;
+    bool writeAutosave(const QString &path, Error *error) override;
     Autosaver &autosaver() { return *m_autosaver; }
 
 Q_SIGNALS:

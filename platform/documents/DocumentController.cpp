@@ -15,6 +15,15 @@ namespace {
 
 constexpr qsizetype kMaxRecentFiles = 12;
 
+/// What the user can do when a file is of no known type.
+QString endings(const QList<DocumentType> &types)
+{
+    QStringList words;
+    for (const DocumentType &type : types)
+        words << u"%1 (.%2)"_s.arg(type.title, type.extensions.join(", ."_L1));
+    return DocumentController::tr("What can be opened: %1.").arg(words.join(", "_L1));
+}
+
 } // namespace
 
 DocumentController &DocumentController::shared()
@@ -101,7 +110,7 @@ Document *DocumentController::openDocumentWithContentsOfURLDisplay(const QString
               3,
               tr("“%1” is of no kind that can be opened.").arg(shownPath(QFileInfo(path).fileName())),
               {},
-              tr("Glyph data files end in “.xml”, tables in “.txt”.")});
+              endings(m_types)});
         return nullptr;
     }
     std::unique_ptr<Document> document(m_factory());
@@ -212,6 +221,19 @@ void DocumentController::autosaveBeforeRun()
 {
     for (Document *document : std::as_const(m_documents))
         document->autosaver().saveBeforeRun();
+}
+
+std::unique_ptr<Document> DocumentController::makeDocument() const
+{
+    return std::unique_ptr<Document>(m_factory ? m_factory() : nullptr);
+}
+
+QStringList DocumentController::filePaths() const
+{
+    QStringList paths;
+    for (const Document *document : m_documents)
+        paths << document->fileURL();
+    return paths;
 }
 
 int DocumentController::untitledNumber(const Document *document) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/documents/Document.h"
+#include "platform/documents/OpenDocuments.h"
 
 #include <QHash>
 #include <QList>
@@ -12,14 +13,14 @@ namespace runebook {
 
 /// A kind of file that the program opens: its name, its extensions, the words for it.
 struct DocumentType {
-    QString name; ///< "public.xml"
+    QString name; ///< "public.plain-text"
     QStringList extensions; ///< without dot, lower case
     QString title; ///< for file panels, translated
 };
 
 /// The open documents, front to back, and everything that is done to documents as a whole: making, opening,
 /// recent files, the names of new ones. One for the program.
-class DocumentController : public QObject
+class DocumentController : public QObject, private OpenDocuments
 {
     Q_OBJECT
 public:
@@ -28,9 +29,8 @@ public:
 public: // set-up by the program
     using Factory = std::function<Document *()>;
     void setDocumentFactory(Factory factory) { m_factory = std::move(factory); }
-    bool canMakeDocuments() const { return bool(m_factory); }
-    /// A document that is not among the open ones yet.
-    std::unique_ptr<Document> makeDocument() const { return std::unique_ptr<Document>(m_factory()); }
+    /// A document that is not among the open ones yet; null without a factory.
+    std::unique_ptr<Document> makeDocument() const override;
     /// Makes and shows the window of a document; without one documents are opened unseen.
     using WindowMaker = std::function<QWidget *(Document &)>;
     void setWindowMaker(WindowMaker maker) { m_windowMaker = std::move(maker); }
@@ -63,7 +63,7 @@ public: // documents
                                                                          runebook::Error *error = nullptr);
     Q_INVOKABLE void addDocument(runebook::Document *document);
     /// Takes the document out and deletes it later.
-    Q_INVOKABLE void removeDocument(runebook::Document *document);
+    Q_INVOKABLE void removeDocument(runebook::Document *document) override;
     void bringToFront(Document *document);
     /// Has every document take what is being typed; false and an error at the first that refuses a text.
     bool commitEditing(runebook::Error *error = nullptr);
@@ -82,16 +82,16 @@ public: // documents
 
 public: // names, recent files, autosave
     /// The number in the name of a document without file: 1, 2, ...
-    int untitledNumber(const Document *document) const;
+    int untitledNumber(const Document *document) const override;
     Q_INVOKABLE QStringList recentFiles() const;
-    Q_INVOKABLE void noteRecentFile(const QString &path);
+    Q_INVOKABLE void noteRecentFile(const QString &path) override;
     Q_INVOKABLE void clearRecentFiles();
     /// Seconds of inactivity before changes are autosaved; 0 means never.
-    Q_INVOKABLE double autosavingDelay() const { return m_autosavingDelay; }
-    Q_INVOKABLE void setAutosavingDelay(double seconds) { m_autosavingDelay = seconds; }
+    Q_INVOKABLE double autosavingDelay() const { return AutosaveTimes::shared().delay; }
+    Q_INVOKABLE void setAutosavingDelay(double seconds) { AutosaveTimes::shared().delay = seconds; }
     /// Seconds after which a change lies on the disk at the latest, however busy the user or a script is.
-    double autosavingBound() const { return m_autosavingBound; }
-    void setAutosavingBound(double seconds) { m_autosavingBound = seconds; }
+    double autosavingBound() const { return AutosaveTimes::shared().bound; }
+    void setAutosavingBound(double seconds) { AutosaveTimes::shared().bound = seconds; }
     /// Autosaves what waits too long for the event loop; called again and again while a script runs.
     void autosaveWhatIsDue();
     /// Autosaves what no autosave holds yet, and waits for it: before a script runs, which may be the end of
@@ -106,6 +106,7 @@ Q_SIGNALS:
 
 private:
     void announceDocuments();
+    QStringList filePaths() const override;
 
     QList<Document *> m_documents;
     QList<DocumentType> m_types;
@@ -113,8 +114,6 @@ private:
     Factory m_factory;
     WindowMaker m_windowMaker;
     PendingTextTaker m_pendingTextTaker;
-    double m_autosavingDelay = 0;
-    double m_autosavingBound = 10;
     int m_openingMany = 0;
     bool m_isAnnouncementDue = false;
 };

@@ -132,11 +132,6 @@ private:
 
 } // namespace
 
-QString Predicate::errorDomain()
-{
-    return u"Predicate"_s;
-}
-
 Predicate::Predicate() : Predicate(u"TRUEPREDICATE"_s, PredicateNode {}) { }
 
 Predicate::Predicate(QString format, PredicateNode root)

@@ -2,6 +2,7 @@
 
 #include "platform/Error.h"
 #include "platform/predicates/PredicateNodes.h"
+#include "platform/predicates/PredicateText.h"
 
 #include <QList>
 #include <QString>
@@ -45,16 +46,8 @@ public:
 /// is taken as it is spelled; a number under a key is compared with texts in its decimal form. Other tests of
 /// a list ask for one element that passes, "!=" that none equals. Nothing, an empty text and an empty list
 /// pass no test, "!=" included; only NOT turns that round.
-class Predicate
+class Predicate : public PredicateText
 {
-public: // errors
-    enum ErrorCode { SyntaxError = 1, TooLong, TooDeep, WrongArguments, InvalidPattern, PatternGaveUp };
-    /// The domain of errors with these codes.
-    static QString errorDomain();
-    /// The longest text that is parsed, in UTF-16 units, and the deepest nesting of "(" and "!".
-    static constexpr qsizetype kMaxLength = 1 << 20;
-    static constexpr int kMaxDepth = 200;
-
 public: // making
     /// Always true.
     Predicate();

@@ -1,7 +1,7 @@
 #include "platform/predicates/PredicateFormat.h"
 
-#include "platform/predicates/Predicate.h"
 #include "platform/predicates/PredicateLexer.h"
+#include "platform/predicates/PredicateText.h"
 
 #include <QLocale>
 #include <cmath>
@@ -23,8 +23,8 @@ std::optional<QString> PredicateFormat::text(Error *error) const
 {
     const auto wrong = [error](const QString &reason) {
         fail(error,
-             {Predicate::errorDomain(),
-              Predicate::WrongArguments,
+             {PredicateText::errorDomain(),
+              PredicateText::WrongArguments,
               tr("The filter is not understood."),
               reason,
               {}});

@@ -1,6 +1,6 @@
 #include "platform/predicates/PredicateParser.h"
 
-#include "platform/predicates/Predicate.h"
+#include "platform/predicates/PredicateText.h"
 
 #include <algorithm>
 
@@ -62,9 +62,9 @@ PredicateParser::PredicateParser(QStringView text) : m_text(text), m_lexer(text)
 std::optional<PredicateNode> PredicateParser::parse(Error *error)
 {
     PredicateNode node;
-    bool ok = m_text.size() <= Predicate::kMaxLength
-        || failAt(Predicate::kMaxLength, Predicate::TooLong,
-                  tr("the text is longer than %L1 characters").arg(Predicate::kMaxLength));
+    bool ok = m_text.size() <= PredicateText::kMaxLength
+        || failAt(PredicateText::kMaxLength, PredicateText::TooLong,
+                  tr("the text is longer than %L1 characters").arg(PredicateText::kMaxLength));
     if (ok) {
         advance();
         ok = readAny(node) && readEnd();
@@ -203,7 +203,7 @@ bool PredicateParser::readPatternTest(PredicateNode &node, const QString &key)
         return false;
     std::optional<PredicatePattern> pattern = PredicatePattern::compile(text, folding, &reason);
     if (!pattern)
-        return failAt(position, Predicate::InvalidPattern,
+        return failAt(position, PredicateText::InvalidPattern,
                       tr("this regular expression is not valid: %1").arg(reason));
     node.test = PatternTest {key, *std::move(pattern)};
     return true;
@@ -316,15 +316,16 @@ bool PredicateParser::expect(Kind kind, const QString &reason)
 bool PredicateParser::descend()
 {
     // The reading, asking and freeing of a tree goes as deep as the tree.
-    return ++m_depth <= Predicate::kMaxDepth
-        || failAt(m_token.position, Predicate::TooDeep,
-                  tr("more than %1 parentheses and negations lie in each other").arg(Predicate::kMaxDepth));
+    return ++m_depth <= PredicateText::kMaxDepth
+        || failAt(
+            m_token.position, PredicateText::TooDeep,
+            tr("more than %1 parentheses and negations lie in each other").arg(PredicateText::kMaxDepth));
 }
 
 bool PredicateParser::failHere(const QString &reason)
 {
     const bool problem = m_token.kind == Kind::Problem;
-    return failAt(m_token.position, Predicate::SyntaxError, problem ? m_token.text : reason);
+    return failAt(m_token.position, PredicateText::SyntaxError, problem ? m_token.text : reason);
 }
 
 bool PredicateParser::failAt(qsizetype position, int code, const QString &reason)
@@ -335,7 +336,7 @@ bool PredicateParser::failAt(qsizetype position, int code, const QString &reason
         std::count_if(before.begin(), before.end(), [](QChar c) { return c.isLowSurrogate(); });
     const QString where = position >= m_text.size() ? tr("At the end: %1.")
                                                     : tr("At character %L1: %2.").arg(position - pairs + 1);
-    m_error = {Predicate::errorDomain(), code, tr("The filter is not understood."), where.arg(reason),
+    m_error = {PredicateText::errorDomain(), code, tr("The filter is not understood."), where.arg(reason),
                tr("Tests look like this: name contains \"alt\" && script == \"latin\"")};
     return false;
 }

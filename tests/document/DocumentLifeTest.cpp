@@ -113,6 +113,7 @@ private Q_SLOTS:
         Error error;
         QVERIFY(!openDocument(name.isEmpty() ? name : path(name), &error));
         QVERIFY(!error.description.isEmpty() && !error.recoverySuggestion.isEmpty());
+        QCOMPARE(error.recoverySuggestion.contains(u"Glyph data (.xml), Table (.txt)"_s), error.code == 3);
         QVERIFY(controller().documentList().isEmpty());
         QVERIFY(!controller().recentFiles().contains(path(name)));
     }
