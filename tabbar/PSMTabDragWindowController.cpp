@@ -1,7 +1,7 @@
 #include "tabbar/PSMTabDragWindowController.h"
 
 #include "tabbar/PSMTabDragWindow.h"
-#include "tabbar/VXTabBarControl.h"
+#include "tabbar/TabStrip.h"
 
 #include <QGuiApplication>
 #include <QMimeData>
@@ -18,12 +18,13 @@ bool canPlaceWindows()
     return !QGuiApplication::platformName().startsWith("wayland"_L1);
 }
 
-QPixmap pictureOfTab(const VXTabBarControl &bar, const PSMTabBarCell &cell)
+QPixmap pictureOfTab(runebook::TabStrip &bar, const PSMTabBarCell &cell)
 {
-    const qreal ratio = bar.devicePixelRatioF();
+    const QWidget &widget = bar.widget();
+    const qreal ratio = widget.devicePixelRatioF();
     QPixmap picture((cell.frame().size() * ratio).toSize());
     picture.setDevicePixelRatio(ratio);
-    PSMTabBarState state {bar.palette(), bar.font(), bar.orientation(), bar.layoutDirection()};
+    PSMTabBarState state {widget.palette(), widget.font(), bar.orientation(), widget.layoutDirection()};
     state.devicePixelRatio = ratio;
     QPainter painter(&picture);
     painter.translate(-cell.frame().topLeft());
@@ -43,16 +44,16 @@ QPixmap miniatureOfView(QWidget *view)
 
 } // namespace
 
-PSMTabDragWindowController::PSMTabDragWindowController(VXTabBarControl &bar, const PSMTabBarCell &cell,
+PSMTabDragWindowController::PSMTabDragWindowController(runebook::TabStrip &bar, const PSMTabBarCell &cell,
                                                        const QPoint &grabOffset)
     : m_mimeData(bar.mimeDataForTabItem(cell.representedObject())), m_grabOffset(grabOffset)
 {
     if (!canPlaceWindows())
         return;
     QPixmap miniature;
-    if (bar.tearOffStyle() == VXTabBarControl::TearOffMiniature && cell.representedObject())
+    if (bar.carriesMiniatures() && cell.representedObject())
         miniature = miniatureOfView(cell.representedObject()->property("view").value<QWidget *>());
-    m_window = std::make_unique<PSMTabDragWindow>(pictureOfTab(bar, cell), miniature, &bar);
+    m_window = std::make_unique<PSMTabDragWindow>(pictureOfTab(bar, cell), miniature, &bar.widget());
 }
 
 PSMTabDragWindowController::~PSMTabDragWindowController() = default;

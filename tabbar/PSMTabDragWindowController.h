@@ -6,14 +6,17 @@
 class PSMTabBarCell;
 class PSMTabDragWindow;
 class QMimeData;
-class VXTabBarControl;
+
+namespace runebook {
+class TabStrip;
+} // namespace runebook
 
 /// A tab on its way outside its bar: its window, and what it carries. One lives as long as the tab is off.
 class PSMTabDragWindowController
 {
 public:
     /// \a grabOffset leads from the tab's corner to the pointer, in points.
-    PSMTabDragWindowController(VXTabBarControl &bar, const PSMTabBarCell &cell, const QPoint &grabOffset);
+    PSMTabDragWindowController(runebook::TabStrip &bar, const PSMTabBarCell &cell, const QPoint &grabOffset);
     ~PSMTabDragWindowController();
 
     const QMimeData &mimeData() const { return *m_mimeData; }

@@ -1,8 +1,6 @@
 #include "tabbar/PSMTabStyle.h"
 
-#include "tabbar/PSMBigSurStyle.h"
 #include "tabbar/PSMTabBarCell.h"
-#include "tabbar/PSMYosemiteStyle.h"
 
 #include <QFontMetricsF>
 #include <QPainter>
@@ -41,17 +39,6 @@ QRectF mirrored(const QRectF &rect, const QRectF &within, Qt::LayoutDirection di
 }
 
 } // namespace
-
-std::unique_ptr<PSMTabStyle> PSMTabStyle::named(const QString &name)
-{
-    std::unique_ptr<PSMTabStyle> styles[] = {std::make_unique<PSMYosemiteStyle>(),
-                                             std::make_unique<PSMBigSurStyle>()};
-    for (std::unique_ptr<PSMTabStyle> &style : styles) {
-        if (style->name() == name)
-            return std::move(style);
-    }
-    return nullptr;
-}
 
 qreal PSMTabStyle::rightMargin(bool addTabButton, bool overflowButton) const
 {

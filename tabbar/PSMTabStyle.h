@@ -66,9 +66,6 @@ public: // drawing
     /// One tab with everything on it, at the cell's frame.
     void drawCell(QPainter &painter, const PSMTabBarCell &cell, const PSMTabBarState &bar) const;
 
-    /// The style known as \a name; none for other names.
-    static std::unique_ptr<PSMTabStyle> named(const QString &name);
-
 protected:
     virtual qreal extraCellHeight() const = 0;
     /// The tab's shape, under its title.

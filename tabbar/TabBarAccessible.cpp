@@ -1,6 +1,6 @@
 #include "tabbar/TabBarAccessible.h"
 
-#include "tabbar/VXTabBarControl.h"
+#include "tabbar/TabStrip.h"
 
 #include <QAccessibleObject>
 #include <QAccessibleWidget>
@@ -12,9 +12,9 @@ namespace runebook {
 
 namespace {
 
-QRect onScreen(const VXTabBarControl &bar, const QRectF &rect)
+QRect onScreen(TabStrip &bar, const QRectF &rect)
 {
-    return QRect(bar.mapToGlobal(rect.topLeft().toPoint()), rect.size().toSize());
+    return QRect(bar.widget().mapToGlobal(rect.topLeft().toPoint()), rect.size().toSize());
 }
 
 /// What tabs and close buttons have in common: they belong to a cell, and can be pressed.
@@ -24,9 +24,9 @@ public:
     using QAccessibleObject::QAccessibleObject;
 
     virtual PSMTabBarCell *cell() const = 0;
-    VXTabBarControl *bar() const { return static_cast<VXTabBarControl *>(cell()->parent()); }
+    TabStrip *bar() const { return qobject_cast<TabStrip *>(cell()->parent()); }
 
-    QWindow *window() const override { return bar()->window()->windowHandle(); }
+    QWindow *window() const override { return bar()->widget().window()->windowHandle(); }
     void *interface_cast(QAccessible::InterfaceType type) override
     {
         return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface *>(this)
@@ -49,12 +49,13 @@ public:
     QAccessible::Role role() const override { return QAccessible::Button; }
     QRect rect() const override
     {
-        return onScreen(*bar(), bar()->tabStyle().closeButtonRect(cell()->frame(), bar()->layoutDirection()));
+        return onScreen(
+            *bar(), bar()->tabStyle().closeButtonRect(cell()->frame(), bar()->widget().layoutDirection()));
     }
     QAccessible::State state() const override
     {
         QAccessible::State state;
-        state.invisible = cell()->isInOverflowMenu() || !bar()->isVisible();
+        state.invisible = cell()->isInOverflowMenu() || !bar()->widget().isVisible();
         return state;
     }
     QString text(QAccessible::Text type) const override
@@ -76,7 +77,10 @@ public:
     using CellInterface::CellInterface;
 
     PSMTabBarCell *cell() const override { return static_cast<PSMTabBarCell *>(object()); }
-    QAccessibleInterface *parent() const override { return QAccessible::queryAccessibleInterface(bar()); }
+    QAccessibleInterface *parent() const override
+    {
+        return QAccessible::queryAccessibleInterface(&bar()->widget());
+    }
     int childCount() const override { return cell()->isCloseButtonSuppressed() ? 0 : 1; }
     QAccessibleInterface *child(int index) const override
     {
@@ -95,8 +99,8 @@ public:
         state.selectable = true;
         state.focusable = true;
         state.selected = cell()->is(PSMTabBarCell::Selected);
-        state.focused = state.selected && bar()->hasFocus();
-        state.invisible = !bar()->isVisible() || bar()->isTabBarHidden();
+        state.focused = state.selected && bar()->widget().hasFocus();
+        state.invisible = !bar()->widget().isVisible() || bar()->isTabBarHidden();
         state.offscreen = cell()->isInOverflowMenu();
         return state;
     }
@@ -115,7 +119,7 @@ public:
 class TabBarInterface : public QAccessibleWidget
 {
 public:
-    explicit TabBarInterface(VXTabBarControl *bar) : QAccessibleWidget(bar, QAccessible::PageTabList) { }
+    explicit TabBarInterface(QWidget *bar) : QAccessibleWidget(bar, QAccessible::PageTabList) { }
 
     int childCount() const override { return int(bar()->cells().size()) + QAccessibleWidget::childCount(); }
     QAccessibleInterface *child(int index) const override
@@ -134,26 +138,26 @@ public:
     }
     QAccessibleInterface *childAt(int x, int y) const override
     {
-        const QPoint point = bar()->mapFromGlobal(QPoint(x, y));
+        const QPoint point = widget()->mapFromGlobal(QPoint(x, y));
         PSMTabBarCell *cell = bar()->cellAtPoint(point);
         return cell ? QAccessible::queryAccessibleInterface(cell) : QAccessibleWidget::childAt(x, y);
     }
     QAccessibleInterface *focusChild() const override
     {
         PSMTabBarCell *cell = bar()->cellForTabItem(bar()->selectedTabItem());
-        return bar()->hasFocus() && cell ? QAccessible::queryAccessibleInterface(cell)
-                                         : QAccessibleWidget::focusChild();
+        return widget()->hasFocus() && cell ? QAccessible::queryAccessibleInterface(cell)
+                                            : QAccessibleWidget::focusChild();
     }
 
 private:
-    VXTabBarControl *bar() const { return static_cast<VXTabBarControl *>(widget()); }
+    TabStrip *bar() const { return qobject_cast<TabStrip *>(widget()); }
 };
 
 QAccessibleInterface *makeInterface(const QString &, QObject *object)
 {
     // Not by the class name that is asked for: a class derived from the bar is a bar as well.
-    if (auto *bar = qobject_cast<VXTabBarControl *>(object))
-        return new TabBarInterface(bar);
+    if (qobject_cast<TabStrip *>(object))
+        return new TabBarInterface(static_cast<QWidget *>(object));
     if (qobject_cast<PSMTabBarCell *>(object))
         return new TabInterface(object);
     if (qobject_cast<PSMTabCloseButton *>(object))

@@ -1,7 +1,5 @@
 #include "tabbar/TabBarDelegate.h"
 
-#include "tabbar/VXTabBarControl.h"
-
 #include <QMenu>
 
 namespace runebook {
@@ -79,15 +77,14 @@ Result TabBarDelegate::ask(Operation operation, Result otherwise, Arguments... a
     if (m_object && m_methods[operation].isValid())
         m_methods[operation].invoke(m_object, Qt::DirectConnection,
                                     QGenericReturnArgument(QMetaType::fromType<Result>().name(), &otherwise),
-                                    typedArgument(m_bar), typedArgument(arguments)...);
+                                    m_bar, typedArgument(arguments)...);
     return otherwise;
 }
 
 template <typename... Arguments> void TabBarDelegate::tell(Operation operation, Arguments... arguments) const
 {
     if (m_object && m_methods[operation].isValid())
-        m_methods[operation].invoke(m_object, Qt::DirectConnection, typedArgument(m_bar),
-                                    typedArgument(arguments)...);
+        m_methods[operation].invoke(m_object, Qt::DirectConnection, m_bar, typedArgument(arguments)...);
 }
 
 bool TabBarDelegate::shouldClose(QObject *item) const

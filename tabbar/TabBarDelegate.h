@@ -6,7 +6,6 @@
 
 class QAction;
 class QMenu;
-class VXTabBarControl;
 
 namespace runebook {
 
@@ -29,7 +28,8 @@ namespace runebook {
 class TabBarDelegate
 {
 public:
-    explicit TabBarDelegate(VXTabBarControl *bar) : m_bar(bar) { }
+    /// \a bar: the first argument of each operation, a pointer to the bar; what it points to outlives this.
+    explicit TabBarDelegate(const QGenericArgument &bar) : m_bar(bar) { }
 
     QObject *object() const { return m_object; }
     /// Looks up which operations \a delegate has; it is not owned and may go at any time. An operation with
@@ -68,7 +68,7 @@ private:
     Result ask(Operation operation, Result otherwise, Arguments... arguments) const;
     template <typename... Arguments> void tell(Operation operation, Arguments... arguments) const;
 
-    VXTabBarControl *m_bar;
+    QGenericArgument m_bar;
     QPointer<QObject> m_object;
     std::array<QMetaMethod, OperationCount> m_methods;
 };

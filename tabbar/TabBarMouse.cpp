@@ -1,7 +1,6 @@
 #include "tabbar/TabBarMouse.h"
 
 #include "tabbar/PSMTabDragWindowController.h"
-#include "tabbar/VXTabBarControl.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -19,7 +18,7 @@ constexpr qreal kTearOffDistance = 28;
 
 } // namespace
 
-TabBarMouse::TabBarMouse(VXTabBarControl &bar) : m_bar(bar) { }
+TabBarMouse::TabBarMouse(TabStrip &bar) : m_bar(bar) { }
 
 TabBarMouse::~TabBarMouse() = default;
 
@@ -28,7 +27,7 @@ TabBarMouse::~TabBarMouse() = default;
 bool TabBarMouse::isOnCloseButton(const PSMTabBarCell &cell, const QPointF &point) const
 {
     return !cell.isCloseButtonSuppressed()
-        && m_bar.tabStyle().closeButtonRect(cell.frame(), m_bar.layoutDirection()).contains(point);
+        && m_bar.tabStyle().closeButtonRect(cell.frame(), m_bar.widget().layoutDirection()).contains(point);
 }
 
 void TabBarMouse::hover(const QPointF &point)
@@ -45,7 +44,7 @@ void TabBarMouse::hover(const QPointF &point)
         changed |= cell->setState(PSMTabBarCell::CloseHovered, isOnCloseButton(*cell, point));
     }
     if (changed)
-        m_bar.QWidget::update();
+        m_bar.widget().update();
 }
 
 void TabBarMouse::leave()
@@ -55,8 +54,8 @@ void TabBarMouse::leave()
 
 void TabBarMouse::followPointer()
 {
-    if (m_bar.underMouse() && !m_isDragging)
-        hover(m_bar.mapFromGlobal(QCursor::pos()));
+    if (m_bar.widget().underMouse() && !m_isDragging)
+        hover(m_bar.widget().mapFromGlobal(QCursor::pos()));
 }
 
 // --- clicking
@@ -78,7 +77,7 @@ void TabBarMouse::press(const QMouseEvent &event)
     m_grabOffset = event.position() - cell->frame().topLeft();
     m_isOnClose = m_button == Qt::LeftButton && isOnCloseButton(*cell, event.position());
     cell->setState(m_isOnClose ? PSMTabBarCell::ClosePressed : PSMTabBarCell::Pressed, true);
-    m_bar.QWidget::update();
+    m_bar.widget().update();
     const bool plain = m_button == Qt::LeftButton && !m_isOnClose;
     if (plain && (m_bar.selectsTabsOnMouseDown() || m_bar.allowsScrubbing()))
         m_bar.selectTabItem(cell->representedObject());
@@ -123,7 +122,7 @@ void TabBarMouse::release(const QMouseEvent &event)
         return;
     cell->setState(PSMTabBarCell::Pressed, false);
     cell->setState(PSMTabBarCell::ClosePressed, false);
-    m_bar.QWidget::update();
+    m_bar.widget().update();
     if (m_bar.cellAtPoint(event.position()) != cell)
         return;
     if (event.button() == Qt::MiddleButton || m_isOnClose) {
@@ -146,7 +145,8 @@ qreal TabBarMouse::startAlongBar(const QRectF &frame) const
 {
     if (m_bar.orientation() == Qt::Vertical)
         return frame.top();
-    return m_bar.layoutDirection() == Qt::RightToLeft ? m_bar.width() - frame.right() : frame.left();
+    return m_bar.widget().layoutDirection() == Qt::RightToLeft ? m_bar.widget().width() - frame.right()
+                                                               : frame.left();
 }
 
 qreal TabBarMouse::extentAlongBar(const QRectF &frame) const
@@ -160,7 +160,7 @@ bool TabBarMouse::isNearBar(const QPointF &point) const
     const bool vertical = m_bar.orientation() == Qt::Vertical;
     const qreal across = vertical ? point.x() : point.y();
     return across >= -kTearOffDistance
-        && across <= (vertical ? m_bar.width() : m_bar.height()) + kTearOffDistance;
+        && across <= (vertical ? m_bar.widget().width() : m_bar.widget().height()) + kTearOffDistance;
 }
 
 void TabBarMouse::startDrag()
@@ -169,7 +169,7 @@ void TabBarMouse::startDrag()
     m_dragOrigin = m_bar.indexOfTabItem(m_pressed->representedObject());
     leave(); // what is carried is not hovered
     m_pressed->setState(PSMTabBarCell::Held, true);
-    m_bar.grabKeyboard(); // Escape takes it back
+    m_bar.widget().grabKeyboard(); // Escape takes it back
 }
 
 void TabBarMouse::drag(const QMouseEvent &event)
@@ -186,26 +186,27 @@ void TabBarMouse::drag(const QMouseEvent &event)
     } else {
         tearOff(event);
     }
-    m_bar.QWidget::update();
+    m_bar.widget().update();
 }
 
 void TabBarMouse::carryAlong(const QPointF &point)
 {
     qreal end = m_bar.tabStyle().leftMargin();
-    for (const PSMTabBarCell *cell : std::as_const(m_bar.m_cells)) {
+    for (const PSMTabBarCell *cell : m_bar.cells()) {
         if (!cell->isInOverflowMenu())
             end = std::max(end, startAlongBar(cell->targetFrame()) + extentAlongBar(cell->targetFrame()));
     }
     QRectF frame = m_pressed->frame();
     const qreal extent = extentAlongBar(frame);
     const QPointF corner = point - m_grabOffset;
-    const bool mirrored = m_bar.orientation() == Qt::Horizontal && m_bar.layoutDirection() == Qt::RightToLeft;
-    const qreal wanted = mirrored ? m_bar.width() - corner.x() - extent : alongBar(corner);
+    const bool mirrored =
+        m_bar.orientation() == Qt::Horizontal && m_bar.widget().layoutDirection() == Qt::RightToLeft;
+    const qreal wanted = mirrored ? m_bar.widget().width() - corner.x() - extent : alongBar(corner);
     const qreal start = std::max(m_bar.tabStyle().leftMargin(), std::min(wanted, end - extent));
     if (m_bar.orientation() == Qt::Vertical)
         frame.moveTop(start);
     else
-        frame.moveLeft(mirrored ? m_bar.width() - start - extent : start);
+        frame.moveLeft(mirrored ? m_bar.widget().width() - start - extent : start);
     m_pressed->setFrame(frame);
     moveCellPast(start);
 }
@@ -217,9 +218,10 @@ void TabBarMouse::moveCellPast(qreal start)
     qreal packed = m_bar.tabStyle().leftMargin();
     uint place = 0;
     QList<uint> places; // the indexes of the shown tabs
-    for (const int index : std::as_const(m_bar.m_shown)) {
+    const QList<PSMTabBarCell *> cells = m_bar.cells();
+    for (const int index : m_bar.shownCells()) {
         places.append(uint(index));
-        const PSMTabBarCell *cell = m_bar.m_cells.at(index);
+        const PSMTabBarCell *cell = cells.at(index);
         if (cell == m_pressed)
             continue;
         const qreal extent = extentAlongBar(cell->targetFrame());
@@ -230,10 +232,8 @@ void TabBarMouse::moveCellPast(qreal start)
     QObject *item = m_pressed->representedObject();
     if (place >= places.size() || places.at(place) == m_bar.indexOfTabItem(item))
         return;
-    m_bar.setDisableUpdates(true);
-    m_bar.moveTabItemToIndex(item, places.at(place));
-    --m_bar.m_disabledUpdates;
-    m_bar.update(true); // neighbours always slide: a jump would hide what happened
+    m_bar.moveQuietly(item, places.at(place));
+    m_bar.slide(); // neighbours always slide: a jump would hide what happened
 }
 
 void TabBarMouse::tearOff(const QMouseEvent &event)
@@ -251,22 +251,20 @@ void TabBarMouse::endDrag()
 {
     m_isDragging = false;
     m_dragWindow.reset();
-    m_bar.releaseKeyboard();
+    m_bar.widget().releaseKeyboard();
     if (m_pressed) {
         for (const auto flag : {PSMTabBarCell::Held, PSMTabBarCell::TornOff, PSMTabBarCell::Pressed})
             m_pressed->setState(flag, false);
     }
     m_pressed = nullptr;
     m_button = Qt::NoButton;
-    m_bar.update(true);
+    m_bar.slide();
 }
 
 void TabBarMouse::cancelDrag()
 {
     const QPointer<QObject> item = m_pressed ? m_pressed->representedObject() : nullptr;
-    m_bar.setDisableUpdates(true);
-    m_bar.moveTabItemToIndex(item, m_dragOrigin);
-    --m_bar.m_disabledUpdates;
+    m_bar.moveQuietly(item, m_dragOrigin);
     endDrag();
 }
 
@@ -280,12 +278,13 @@ void TabBarMouse::drop(const QMouseEvent &event)
     if (dragged) {
         dragged->hide();
         const QPoint pointer = event.globalPosition().toPoint();
-        auto *target = qobject_cast<VXTabBarControl *>(QApplication::widgetAt(pointer));
-        if (target && target->acceptDroppedTab(dragged->mimeData(), target->mapFromGlobal(QPointF(pointer))))
+        QWidget *below = QApplication::widgetAt(pointer);
+        auto *target = qobject_cast<TabStrip *>(below);
+        if (target && target->acceptDroppedTab(dragged->mimeData(), below->mapFromGlobal(QPointF(pointer))))
             return;
     }
     if (m_bar.indexOfTabItem(item) != m_dragOrigin)
-        Q_EMIT m_bar.tabItemMoved(item);
+        m_bar.tellMoved(item);
     hover(event.position());
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "tabbar/PSMTabBarCell.h"
+#include "tabbar/TabStrip.h"
 
 #include <QPointF>
 #include <QVariantMap>
 
 class PSMTabDragWindowController;
 class QMouseEvent;
-class VXTabBarControl;
 
 namespace runebook {
 
@@ -19,7 +18,7 @@ namespace runebook {
 class TabBarMouse
 {
 public:
-    explicit TabBarMouse(VXTabBarControl &bar);
+    explicit TabBarMouse(TabStrip &bar);
     ~TabBarMouse();
 
     void press(const QMouseEvent &event);
@@ -52,7 +51,7 @@ private:
     qreal alongBar(const QPointF &point) const;
     bool isNearBar(const QPointF &point) const;
 
-    VXTabBarControl &m_bar;
+    TabStrip &m_bar;
     QPointer<PSMTabBarCell> m_hovered;
     QPointer<PSMTabBarCell> m_pressed;
     Qt::MouseButton m_button = Qt::NoButton;

@@ -1,13 +1,13 @@
 #include "tabbar/TabResizeHandle.h"
 
-#include "tabbar/VXTabBarControl.h"
+#include "tabbar/TabStrip.h"
 
 #include <QMouseEvent>
 #include <QPainter>
 
 namespace runebook {
 
-TabResizeHandle::TabResizeHandle(VXTabBarControl *bar) : QWidget(bar), m_bar(bar)
+TabResizeHandle::TabResizeHandle(TabStrip &bar) : QWidget(&bar.widget()), m_bar(bar)
 {
     setCursor(Qt::SplitHCursor);
     setAccessibleName(tr("Tab bar width"));
@@ -35,7 +35,7 @@ void TabResizeHandle::mouseMoveEvent(QMouseEvent *event)
     const int x = event->globalPosition().toPoint().x();
     const int delta = layoutDirection() == Qt::RightToLeft ? m_lastGlobalX - x : x - m_lastGlobalX;
     m_lastGlobalX = x;
-    m_bar->resizeByHandle(delta);
+    m_bar.resizeByHandle(delta);
 }
 
 } // namespace runebook

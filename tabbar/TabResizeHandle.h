@@ -2,9 +2,9 @@
 
 #include <QWidget>
 
-class VXTabBarControl;
-
 namespace runebook {
+
+class TabStrip;
 
 /// The grip at the end of a tab bar that makes it wider or narrower.
 class TabResizeHandle : public QWidget
@@ -12,7 +12,7 @@ class TabResizeHandle : public QWidget
     Q_OBJECT
 public:
     static constexpr int kSmallestWidth = 6;
-    explicit TabResizeHandle(VXTabBarControl *bar);
+    explicit TabResizeHandle(TabStrip &bar);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -20,7 +20,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
 
 private:
-    VXTabBarControl *m_bar;
+    TabStrip &m_bar;
     int m_lastGlobalX = 0;
 };
 

@@ -55,8 +55,8 @@ QString VXTabBarControl::itemPasteboardType()
 VXTabBarControl::VXTabBarControl(QWidget *parent)
     : QWidget(parent),
       m_style(std::make_unique<PSMYosemiteStyle>()),
-      m_delegate(this),
-      m_mouse(std::make_unique<runebook::TabBarMouse>(*this))
+      m_delegate(QGenericArgument("VXTabBarControl*", &m_self)),
+      m_mouse(std::make_unique<runebook::TabBarMouse>(static_cast<runebook::TabStrip &>(*this)))
 {
     m_cells.reserve(10);
     m_tabItems.reserve(10);

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "tabbar/PSMTabBarCell.h"
-#include "tabbar/PSMTabStyle.h"
 #include "tabbar/TabBarDelegate.h"
+#include "tabbar/TabStrip.h"
 #include "tabbar/TabWidths.h"
 
 #include <QPointer>
@@ -32,9 +31,10 @@ class TabResizeHandle;
 /// Keys, in the bar's window: Ctrl+Tab and Ctrl+PgDown select the next tab, with Shift+Tab and PgUp the
 /// previous one, around the ends; Ctrl+Shift+PgUp and PgDown move the selected tab. In the bar itself the
 /// arrow keys, Home and End select and Delete closes.
-class VXTabBarControl : public QWidget
+class VXTabBarControl : public QWidget, private runebook::TabStrip
 {
     Q_OBJECT
+    Q_INTERFACES(runebook::TabStrip)
     Q_PROPERTY(QList<QObject *> tabItems READ tabItems WRITE setViewControllers)
     Q_PROPERTY(uint selectionIndex READ selectionIndex WRITE selectTabItemAtIndex)
     Q_PROPERTY(Qt::Orientation orientation READ orientation WRITE setOrientation)
@@ -78,10 +78,10 @@ public:
 
 public: // items
     QList<QObject *> tabItems() const { return m_tabItems; }
-    QList<PSMTabBarCell *> cells() const { return m_cells; }
-    Q_INVOKABLE uint countOfTabItems() const { return uint(m_tabItems.size()); }
+    QList<PSMTabBarCell *> cells() const override { return m_cells; }
+    Q_INVOKABLE uint countOfTabItems() const override { return uint(m_tabItems.size()); }
     Q_INVOKABLE QObject *tabItemAtIndex(uint index) const; // none beyond the end
-    Q_INVOKABLE uint indexOfTabItem(const QObject *item) const; // NotFound for a stranger
+    Q_INVOKABLE uint indexOfTabItem(const QObject *item) const override; // NotFound for a stranger
     /// Appends \a item; nothing for an item that is in the bar already. Does not select it.
     Q_INVOKABLE void addTabItem(QObject *item);
     /// \a index counts from 0; one beyond the end appends. The selection stays with its item.
@@ -89,16 +89,16 @@ public: // items
     /// Takes \a item out without asking or telling anybody. If it was selected, nothing is.
     Q_INVOKABLE void removeTabItem(QObject *item);
     /// Closes \a item as its close button does, if the rules and the delegate let it.
-    Q_INVOKABLE void closeTabItem(QObject *item);
+    Q_INVOKABLE void closeTabItem(QObject *item) override;
     Q_INVOKABLE void moveTabItemToIndex(QObject *item, uint index);
     /// Makes \a items the bar's items, in this order; the selection stays if its item is among them.
     Q_INVOKABLE void setViewControllers(const QList<QObject *> &items);
 
 public: // selection
     uint selectionIndex() const { return m_selectionIndex; }
-    Q_INVOKABLE QObject *selectedTabItem() const { return tabItemAtIndex(m_selectionIndex); }
+    Q_INVOKABLE QObject *selectedTabItem() const override { return tabItemAtIndex(m_selectionIndex); }
     Q_INVOKABLE QObject *previousTabItem() const { return m_previousItem; }
-    Q_INVOKABLE void selectTabItem(QObject *item);
+    Q_INVOKABLE void selectTabItem(QObject *item) override;
     Q_INVOKABLE void selectTabItemAtIndex(uint index); // nothing beyond the end
 
 public: // layout; these hide the repainting operation of the same name on purpose
@@ -110,10 +110,10 @@ public: // layout; these hide the repainting operation of the same name on purpo
     Q_INVOKABLE void setDisableUpdates(bool disable);
     /// Folds the bar away or back; the partner view takes or gives the room where no layout does.
     Q_INVOKABLE void hideTabBarAnimate(bool hide, bool animate);
-    bool isTabBarHidden() const { return m_isTabBarHidden; }
-    PSMTabBarCell *cellForTabItem(const QObject *item) const;
+    bool isTabBarHidden() const override { return m_isTabBarHidden; }
+    PSMTabBarCell *cellForTabItem(const QObject *item) const override;
     /// The cell of a shown tab under \a point, in the bar's coordinates.
-    PSMTabBarCell *cellAtPoint(const QPointF &point) const;
+    PSMTabBarCell *cellAtPoint(const QPointF &point) const override;
     PSMOverflowPopUpButton *overflowPopUpButton() const { return m_overflowButton; }
     QToolButton *addTabButton() const { return m_addTabButton; }
     /// Lets the user type a new title in the tab of \a item: Return and leaving it end in titleEdited, Escape
@@ -125,7 +125,7 @@ public: // layout; these hide the repainting operation of the same name on purpo
     QSize minimumSizeHint() const override;
 
 public: // settings; every setter lays out anew
-    Qt::Orientation orientation() const { return m_orientation; }
+    Qt::Orientation orientation() const override { return m_orientation; }
     void setOrientation(Qt::Orientation orientation);
     bool canCloseOnlyTab() const { return m_canCloseOnlyTab; }
     void setCanCloseOnlyTab(bool can) { assign(m_canCloseOnlyTab, can); }
@@ -143,11 +143,11 @@ public: // settings; every setter lays out anew
     void setAllowsBackgroundTabClosing(bool allow) { assign(m_allowsBackgroundTabClosing, allow); }
     bool allowsResizing() const { return m_allowsResizing; }
     void setAllowsResizing(bool allow) { assign(m_allowsResizing, allow); }
-    bool selectsTabsOnMouseDown() const { return m_selectsTabsOnMouseDown; }
+    bool selectsTabsOnMouseDown() const override { return m_selectsTabsOnMouseDown; }
     void setSelectsTabsOnMouseDown(bool select) { assign(m_selectsTabsOnMouseDown, select); }
     bool alwaysShowActiveTab() const { return m_alwaysShowActiveTab; }
     void setAlwaysShowActiveTab(bool always) { assign(m_alwaysShowActiveTab, always); }
-    bool allowsScrubbing() const { return m_allowsScrubbing; }
+    bool allowsScrubbing() const override { return m_allowsScrubbing; }
     void setAllowsScrubbing(bool allow) { assign(m_allowsScrubbing, allow); }
     bool automaticallyAnimates() const { return m_automaticallyAnimates; }
     void setAutomaticallyAnimates(bool animate) { assign(m_automaticallyAnimates, animate); }
@@ -164,7 +164,7 @@ public: // settings; every setter lays out anew
     int resizeAreaCompensation() const { return m_resizeAreaCompensation; }
     void setResizeAreaCompensation(int points) { assign(m_resizeAreaCompensation, points); }
     /// The style that draws; "style" by key is its name. QWidget::style() is something else.
-    const PSMTabStyle &tabStyle() const { return *m_style; }
+    const PSMTabStyle &tabStyle() const override { return *m_style; }
     void setTabStyle(std::unique_ptr<PSMTabStyle> style);
     QString styleName() const { return m_style->name(); }
     /// "Yosemite" or "BigSur"; another name changes nothing.
@@ -186,10 +186,10 @@ public: // observers of the notifications
 
 public: // dragging between bars
     /// What is dragged when \a item is. Only bars of this process can take it.
-    std::unique_ptr<QMimeData> mimeDataForTabItem(QObject *item);
+    std::unique_ptr<QMimeData> mimeDataForTabItem(QObject *item) override;
     /// Takes the tab that \a dragged stands for out of its bar into this one, at the tab under \a point, and
     /// selects it. False for anything else, and for a tab of this bar.
-    bool acceptDroppedTab(const QMimeData &dragged, const QPointF &point);
+    bool acceptDroppedTab(const QMimeData &dragged, const QPointF &point) override;
 
 public: // archive
     /// The keys of the archive, in the order in which they are written.
@@ -228,8 +228,13 @@ protected:
     void leaveEvent(QEvent *event) override;
 
 private:
-    friend class runebook::TabBarMouse;
-    friend class runebook::TabResizeHandle;
+    QWidget &widget() override { return *this; }
+    QList<int> shownCells() const override { return m_shown; }
+    bool carriesMiniatures() const override { return m_tearOffStyle == TearOffMiniature; }
+    void moveQuietly(QObject *item, uint index) override;
+    void slide() override { update(true); }
+    void tellMoved(QObject *item) override { Q_EMIT tabItemMoved(item); }
+    void resizeByHandle(int delta) override;
 
     template <typename T> void assign(T &field, const T &value)
     {
@@ -261,7 +266,6 @@ private:
     void finishFolding();
     void applyThickness(int thickness);
     int fullThickness() const;
-    void resizeByHandle(int delta);
     PSMTabBarState barState() const;
     bool mayAnimate() const;
     bool showToolTip(const QPoint &point);
@@ -269,6 +273,7 @@ private:
     void addOverflowSearch(QMenu *menu);
     void placeTitleField();
 
+    VXTabBarControl *const m_self = this; ///< what the delegate's operations are given
     QList<PSMTabBarCell *> m_cells;
     QList<QObject *> m_tabItems;
     uint m_selectionIndex = NotFound;

@@ -3,6 +3,7 @@
 #include "tabbar/TabBarButton.h"
 #include "tabbar/TabBarMouse.h"
 #include "tabbar/TabResizeHandle.h"
+#include "tabbar/TabStyles.h"
 #include "tabbar/VXTabBarControl.h"
 
 #include <QContextMenuEvent>
@@ -62,7 +63,7 @@ void VXTabBarControl::makeButtons()
     m_addTabButton = new runebook::AddTabButton(this);
     connect(m_addTabButton, &QToolButton::clicked, this, &VXTabBarControl::addTabRequested);
     m_addTabButton->hide();
-    m_resizeHandle = new runebook::TabResizeHandle(this);
+    m_resizeHandle = new runebook::TabResizeHandle(*this);
 }
 
 void VXTabBarControl::makeShortcuts()
@@ -433,7 +434,7 @@ void VXTabBarControl::setTabStyle(std::unique_ptr<PSMTabStyle> style)
 
 void VXTabBarControl::setStyleNamed(const QString &name)
 {
-    if (std::unique_ptr<PSMTabStyle> style = PSMTabStyle::named(name))
+    if (std::unique_ptr<PSMTabStyle> style = runebook::tabStyleNamed(name))
         setTabStyle(std::move(style));
 }
 

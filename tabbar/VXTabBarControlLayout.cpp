@@ -107,6 +107,13 @@ void VXTabBarControl::applyThickness(int thickness)
     m_partnerView->setGeometry(partner);
 }
 
+void VXTabBarControl::moveQuietly(QObject *item, uint index)
+{
+    ++m_disabledUpdates;
+    moveTabItemToIndex(item, index);
+    --m_disabledUpdates;
+}
+
 void VXTabBarControl::resizeByHandle(int delta)
 {
     if (m_orientation == Qt::Horizontal)

@@ -1,4 +1,5 @@
 #include "tabbar/PSMYosemiteStyle.h"
+#include "tabbar/TabStyles.h"
 #include "tabbar/TabWidths.h"
 #include "tests/Rounds.h"
 #include "tests/Table.h"
@@ -192,7 +193,7 @@ private Q_SLOTS:
         }
     })
     {
-        const PSMTabStyle::Colors colors = PSMTabStyle::named(style)->colors(paletteOf(dark), active);
+        const PSMTabStyle::Colors colors = tabStyleNamed(style)->colors(paletteOf(dark), active);
         for (const QColor &ground : {colors.bar, colors.hoveredTab})
             QVERIFY2(contrast(colors.title, ground) >= 4.5, qPrintable(colors.title.name() + ground.name()));
         QVERIFY(contrast(colors.selectedTitle, colors.selectedTab) >= 4.5);
