@@ -129,15 +129,15 @@ void TabbedReader::readRows(Rows &rows, const std::vector<Column> &columns) cons
         rows.lines += isWithinLineEnd ? 0 : 1;
         if (!hasTwoCharacters(line))
             continue;
-        InfoPtr info = std::make_shared<VXGlyphInfo>(FieldValue());
-        if (!readRow(*info, columns, line)) {
+        VXGlyphInfo::Reading glyph(m_source);
+        if (!readRow(glyph, columns, line)) {
             --rows.lines; // those before it
             rows.endsShort = true;
             return;
         }
         if (rows.infos.empty())
             rows.infos.reserve(rows.text.size() / (line.size() + 1) + 16);
-        rows.infos.push_back(std::move(info));
+        rows.infos.push_back(glyph.take());
     }
 }
 
@@ -199,12 +199,11 @@ std::optional<std::vector<TabbedReader::Column>> TabbedReader::columnsOf(std::st
     return {};
 }
 
-bool TabbedReader::readRow(VXGlyphInfo &info, const std::vector<Column> &columns, std::string_view row) const
+bool TabbedReader::readRow(VXGlyphInfo::Reading &glyph, const std::vector<Column> &columns,
+                           std::string_view row) const
 {
-    info.m_source = m_source;
     const auto offset = static_cast<quint64>(row.data() - m_source->data());
-    if (FieldValue::canBePiece(offset, row.size()))
-        info.m_line = FieldValue::piece(m_source->data(), offset, row.size()); // its place alone
+    glyph.setLine(offset, row.size()); // its place alone
     bool isLast = false;
     for (const Column &column : columns) {
         if (isLast)
@@ -220,27 +219,25 @@ bool TabbedReader::readRow(VXGlyphInfo &info, const std::vector<Column> &columns
         if (field.starts_with("0x"))
             field.remove_prefix(2);
         if (!field.empty() && column)
-            store(info, *column, field);
+            store(glyph, *column, field);
     }
-    if (info.stored(GlyphField::Name).isAbsent())
-        info.m_values[static_cast<std::size_t>(GlyphField::Name)] = VXGlyphInfo::unknownName();
+    if (glyph.info().stored(GlyphField::Name).isAbsent())
+        glyph.setUnknownName();
     return true;
 }
 
-void TabbedReader::store(VXGlyphInfo &info, GlyphField target, std::string_view field) const
+void TabbedReader::store(VXGlyphInfo::Reading &glyph, GlyphField target, std::string_view field)
 {
     if (target == GlyphField::Marks && VXGlyphInfo::refusesMarks(field))
         return;
     if (target == GlyphField::Unicode) {
         if (!isPlainUpper(field)) {
-            info.setUnicode(FieldValue::textOfUtf8(field));
+            glyph.info().setUnicode(FieldValue::textOfUtf8(field));
             return;
         }
         target = GlyphField::Unicodes;
     }
-    info.exchange(target,
-                  FieldValue::piece(m_source->data(), static_cast<quint64>(field.data() - m_source->data()),
-                                    field.size()));
+    glyph.store(target, field);
 }
 
 QStringList TabbedWriter::exportKeys()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/VXGlyphInfo.h"
+#include "model/GlyphReading.h"
 #include "platform/documents/FileSaver.h"
 
 #include <QStringList>
@@ -35,8 +35,8 @@ private:
     void readRows(Rows &rows, const std::vector<Column> &columns) const;
     static std::optional<InfoList> joined(std::vector<Rows> &parts, qsizetype columns, Error *error);
     std::optional<std::vector<Column>> columnsOf(std::string_view header, Error *error) const;
-    bool readRow(VXGlyphInfo &info, const std::vector<Column> &columns, std::string_view row) const;
-    void store(VXGlyphInfo &info, GlyphField target, std::string_view field) const;
+    bool readRow(VXGlyphInfo::Reading &glyph, const std::vector<Column> &columns, std::string_view row) const;
+    static void store(VXGlyphInfo::Reading &glyph, GlyphField target, std::string_view field);
 
     SourcePtr m_source;
 };

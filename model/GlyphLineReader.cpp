@@ -189,6 +189,15 @@ bool isWholeText(std::string_view utf8)
     return (static_cast<unsigned char>(utf8.front()) & 0xC0) != 0x80;
 }
 
+/// The case that a file means by \a word; "other" for words that no file of the program has.
+int caseOfWord(std::string_view word)
+{
+    int letterCase = VXGlyphInfo::upper;
+    while (letterCase < VXGlyphInfo::other && word != GlyphLineWriter::caseWord(letterCase))
+        ++letterCase;
+    return letterCase;
+}
+
 } // namespace
 
 GlyphLineReader::GlyphLineReader(SourcePtr source, ReadNotes *notes)
@@ -233,7 +242,7 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
 
     m_lineOffset = begin;
     m_isNoted = m_isTold = m_isOdd = m_isOtherWord = false;
-    InfoPtr info;
+    std::optional<VXGlyphInfo::Reading> glyph;
     const std::size_t comment = hasComment(begin, end) ? line.find(kCommentStart) : line.npos;
     const std::size_t commentEnd = comment == line.npos ? line.npos : line.rfind(kCommentEnd);
     if (comment != line.npos)
@@ -246,51 +255,45 @@ InfoPtr GlyphLineReader::read(qsizetype begin, qsizetype end, bool isWholeLine)
         inner.m_records = m_records;
         inner.m_lineOffset = m_lineOffset;
         inner.m_versionHint = m_versionHint;
-        info = inner.readWithoutComments({inner.m_source->data(), static_cast<std::size_t>(rest.size())});
+        glyph = inner.readWithoutComments({inner.m_source->data(), static_cast<std::size_t>(rest.size())});
         m_versionHint = inner.m_versionHint;
     } else {
-        info = std::make_shared<VXGlyphInfo>(FieldValue());
-        info->m_source = m_source;
+        glyph.emplace(m_source);
         const bool mayBeKept = isWholeLine && comment == line.npos;
-        if (!mayBeKept || !scanAsWritten(*info, line)) {
-            info = std::make_shared<VXGlyphInfo>(FieldValue());
-            info->m_source = m_source;
-            scan(*info, line, mayBeKept);
+        if (!mayBeKept || !scanAsWritten(*glyph, line)) {
+            glyph.emplace(m_source);
+            scan(*glyph, line, mayBeKept);
         }
-        const auto lineStart = static_cast<quint64>(begin) - 1;
-        if (m_lineVersions && FieldValue::canBePiece(lineStart, line.size() + 2)) {
-            // The line is kept with the tab before and the line feed behind it.
-            info->m_line = FieldValue::piece(m_source->data(), lineStart, line.size() + 2);
-            info->m_lineVersions = m_lineVersions;
-        }
+        // The line is kept with the tab before and the line feed behind it.
+        if (m_lineVersions)
+            glyph->setLine(static_cast<quint64>(begin) - 1, line.size() + 2, m_lineVersions);
         if (!m_lineVersions)
-            noteForm(*info, line);
+            noteForm(glyph->info(), line);
         if (m_notes) {
             m_notes->otherForms[0] += !(m_lineVersions & 1) && !m_isNoted;
             m_notes->otherForms[1] += !(m_lineVersions & 2) && !m_isNoted;
         }
     }
-    if (!info->m_line.isPiece() && FieldValue::canBePiece(quint64(begin), line.size()))
-        info->m_line = FieldValue::piece(m_source->data(), quint64(begin), line.size()); // its place alone
+    if (!glyph->hasLine())
+        glyph->setLine(static_cast<quint64>(begin), line.size()); // its place alone
     if (m_notes)
-        info->m_lineVersions |= VXGlyphInfo::kAsRead;
+        glyph->setAsRead();
     ++m_records;
-    return info;
+    return glyph->take();
 }
 
-InfoPtr GlyphLineReader::readWithoutComments(std::string_view line)
+VXGlyphInfo::Reading GlyphLineReader::readWithoutComments(std::string_view line)
 {
-    InfoPtr info = std::make_shared<VXGlyphInfo>(FieldValue());
-    info->m_source = m_source;
-    scan(*info, line, false);
-    return info;
+    VXGlyphInfo::Reading glyph(m_source);
+    scan(glyph, line, false);
+    return glyph;
 }
 
-bool GlyphLineReader::scanAsWritten(VXGlyphInfo &info, std::string_view line)
+bool GlyphLineReader::scanAsWritten(VXGlyphInfo::Reading &glyph, std::string_view line)
 {
     if (!isAscii(line))
         return false;
-    info.m_direction = VXGlyphInfo::DirectionNotSet;
+    glyph.setDirection(VXGlyphInfo::DirectionNotSet);
     m_lineVersions = 3;
     quint8 versionHint = m_versionHint;
     int lastRank = 0;
@@ -304,22 +307,22 @@ bool GlyphLineReader::scanAsWritten(VXGlyphInfo &info, std::string_view line)
         const std::size_t quote = rest.find('"');
         if (quote == rest.npos || quote == 0 || rest.front() == ' '
             || !rest.substr(quote + 1).starts_with(' ')
-            || !applyAsWritten(info, *known, rest.substr(0, quote), versionHint))
+            || !applyAsWritten(glyph, *known, rest.substr(0, quote), versionHint))
             return false;
         rest.remove_prefix(quote + 2);
         lastRank = known->rank;
         next = known + 1;
     }
-    if (info.stored(GlyphField::Name).isAbsent())
+    if (glyph.info().stored(GlyphField::Name).isAbsent())
         return false;
-    if (!info.stored(GlyphField::Unicodes).isAbsent())
-        info.updateUnicodeChar();
+    if (!glyph.info().stored(GlyphField::Unicodes).isAbsent())
+        glyph.updateUnicodeChar();
     m_versionHint = versionHint;
     return true;
 }
 
-bool GlyphLineReader::applyAsWritten(VXGlyphInfo &info, const KnownAttribute &known, std::string_view value,
-                                     quint8 &versionHint)
+bool GlyphLineReader::applyAsWritten(VXGlyphInfo::Reading &glyph, const KnownAttribute &known,
+                                     std::string_view value, quint8 &versionHint)
 {
     switch (known.kind) {
     case K::Field:
@@ -330,31 +333,29 @@ bool GlyphLineReader::applyAsWritten(VXGlyphInfo &info, const KnownAttribute &kn
             if (VXGlyphInfo::refusesMarks(value))
                 return false;
         }
-        setPiece(info, known.field, value);
+        glyph.setPiece(known.field, value);
         return true;
     case K::CodePoint:
-        setPiece(info, GlyphField::Unicodes, value);
+        glyph.setPiece(GlyphField::Unicodes, value);
         return known.rank == 1 && isPlainUpper(value);
     case K::Case:
         versionHint = 2;
         m_lineVersions &= ~1;
-        info.m_case = VXGlyphInfo::upper;
-        while (info.m_case < VXGlyphInfo::other && value != GlyphLineWriter::caseWord(info.m_case))
-            ++info.m_case;
-        return info.m_case < VXGlyphInfo::other;
+        glyph.setCase(caseOfWord(value));
+        return glyph.info().caseValue() < VXGlyphInfo::other;
     case K::Accents:
         versionHint = 1;
         m_lineVersions &= ~2;
-        setPiece(info, GlyphField::Marks, value);
+        glyph.setPiece(GlyphField::Marks, value);
         return true;
     default:
         return false;
     }
 }
 
-void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWholeLine)
+void GlyphLineReader::scan(VXGlyphInfo::Reading &glyph, std::string_view line, bool isWholeLine)
 {
-    info.m_direction = VXGlyphInfo::DirectionNotSet;
+    glyph.setDirection(VXGlyphInfo::DirectionNotSet);
     m_lineVersions = isWholeLine ? 3 : 0;
     m_lastRank = 0;
     m_seenFields = 0;
@@ -418,7 +419,7 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
         if (key.size() >= 2 && !attribute.value.empty() && isWholeText(attribute.value)) {
             if (valueStart > afterKey + 2 && line[valueStart - 1] == ' ')
                 note(ReadNotes::DroppedAttribute, key);
-            after = apply(info, attribute);
+            after = apply(glyph, attribute);
         } else {
             m_lineVersions = 0;
             if (!key.empty() && !attribute.value.empty())
@@ -438,9 +439,9 @@ void GlyphLineReader::scan(VXGlyphInfo &info, std::string_view line, bool isWhol
     if (i < length && line.find_first_not_of(" \t\"", i) != line.npos)
         note(ReadNotes::UnreadRest, line.substr(i));
     if (m_seenFields & (1u << static_cast<int>(GlyphField::Unicodes)))
-        info.updateUnicodeChar();
+        glyph.updateUnicodeChar();
     if (!(m_seenFields & (1u << static_cast<int>(GlyphField::Name)))) {
-        info.m_values[static_cast<std::size_t>(GlyphField::Name)] = VXGlyphInfo::unknownName();
+        glyph.setUnknownName();
         m_lineVersions = 0;
         m_isOtherWord = true;
     }
@@ -464,7 +465,7 @@ void GlyphLineReader::noteForm(const VXGlyphInfo &info, std::string_view line)
         note(ReadNotes::OtherMeaning, line);
 }
 
-GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute &attribute)
+GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo::Reading &glyph, const Attribute &attribute)
 {
     const auto &[key, value, known] = attribute;
     noteOrder(known.rank);
@@ -487,44 +488,43 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
         if (known.field == GlyphField::UnicodeLegacy && utf16Length(value) < 4)
             m_lineVersions = 0;
         m_isOtherWord |= known.field == GlyphField::UnicharString; // which no file gets
-        setPiece(info, known.field, value);
+        glyph.setPiece(known.field, value);
         return After::LookForEnd;
     case K::Legacy:
-        setPiece(info, GlyphField::Production, value);
+        glyph.setPiece(GlyphField::Production, value);
         return After::LookForEnd;
     case K::CodePoint:
-        if (known.rank == 2 && info.stored(GlyphField::Unicodes).isAbsent())
+        if (known.rank == 2 && glyph.info().stored(GlyphField::Unicodes).isAbsent())
             m_lineVersions = 0; // a lone second code point is the first one from now on
-        addCodePoint(info, value);
+        addCodePoint(glyph, value);
         return After::GoOn;
     case K::CodePoints: {
         QStringList parts = toText(value).split(u',');
-        info.setUnicodes(parts.join(u' ').split(u' '));
-        if (info.unicodes().size() > 2)
+        glyph.info().setUnicodes(parts.join(u' ').split(u' '));
+        if (glyph.info().unicodes().size() > 2)
             note(ReadNotes::CodePoints, value);
         return After::GoOn;
     }
     case K::Direction: {
-        info.m_direction = static_cast<qint8>(VXGlyphInfo::directionFromString(toText(value)));
-        if (value != GlyphLineWriter::directionWord(info.m_direction)) {
+        const int direction = VXGlyphInfo::directionFromString(toText(value));
+        glyph.setDirection(direction);
+        if (value != GlyphLineWriter::directionWord(direction)) {
             m_lineVersions = 0;
             m_isOtherWord = true;
         }
         return After::GoOn;
     }
     case K::Case: {
-        int letterCase = VXGlyphInfo::upper;
-        while (letterCase < VXGlyphInfo::other && value != GlyphLineWriter::caseWord(letterCase))
-            ++letterCase;
+        const int letterCase = caseOfWord(value);
         const bool isUsual = letterCase < VXGlyphInfo::other;
-        info.m_case = static_cast<quint8>(isUsual ? letterCase : VXGlyphInfo::caseFromString(toText(value)));
+        glyph.setCase(isUsual ? letterCase : VXGlyphInfo::caseFromString(toText(value)));
         m_versionHint = 2;
         m_isOtherWord |= !isUsual;
         m_lineVersions = isUsual ? m_lineVersions & ~1 : 0;
         return After::GoOn;
     }
     case K::Accents:
-        setPiece(info, GlyphField::Marks, value);
+        glyph.setPiece(GlyphField::Marks, value);
         m_versionHint = 1;
         m_lineVersions &= ~2;
         return After::GoOn;
@@ -532,34 +532,33 @@ GlyphLineReader::After GlyphLineReader::apply(VXGlyphInfo &info, const Attribute
         // Fields that take no text come here too: in a file they are as good as unknown.
         m_lineVersions = 0;
         note(ReadNotes::UnknownAttribute, key);
-        reportUnknown(info, attribute);
+        reportUnknown(glyph, attribute);
         return After::LookForEnd;
     }
     }
     return After::LookForEnd;
 }
 
-void GlyphLineReader::reportUnknown(VXGlyphInfo &info, const Attribute &attribute)
+void GlyphLineReader::reportUnknown(VXGlyphInfo::Reading &glyph, const Attribute &attribute)
 {
     if (!m_notes)
-        info.setValueForUndefinedKey(toText(attribute.value), toText(attribute.key));
+        glyph.info().setValueForUndefinedKey(toText(attribute.value), toText(attribute.key));
     else if (m_notes->mayTellOfMoreKeys())
         m_notes->addUnknown(toText(attribute.key), toText(attribute.value));
 }
 
-void GlyphLineReader::addCodePoint(VXGlyphInfo &info, std::string_view value)
+void GlyphLineReader::addCodePoint(VXGlyphInfo::Reading &glyph, std::string_view value)
 {
-    const FieldValue &present = info.stored(GlyphField::Unicodes);
+    const FieldValue &present = glyph.info().stored(GlyphField::Unicodes);
     if (present.isAbsent() && isPlainUpper(value)) {
-        setPiece(info, GlyphField::Unicodes, value);
+        glyph.setPiece(GlyphField::Unicodes, value);
         return;
     }
-    FieldValue &stored = info.m_values[static_cast<std::size_t>(GlyphField::Unicodes)];
-    QStringList codePoints = info.unicodes();
+    QStringList codePoints = glyph.info().unicodes();
     // Nobody else holds the list now, so adding to it copies nothing, however long it grows.
-    stored = FieldValue();
+    glyph.setValue(GlyphField::Unicodes, FieldValue());
     codePoints << toText(value).toUpper();
-    stored = FieldValue::list(codePoints);
+    glyph.setValue(GlyphField::Unicodes, FieldValue::list(codePoints));
     if (!isPlainUpper(value))
         m_lineVersions = 0;
     if (codePoints.size() > 2)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "model/GlyphReading.h"
 #include "model/ReadNotes.h"
-#include "model/VXGlyphInfo.h"
 
 #include <string_view>
 
@@ -43,22 +43,17 @@ private:
     };
     enum class After { GoOn, LookForEnd };
 
-    InfoPtr readWithoutComments(std::string_view line);
+    VXGlyphInfo::Reading readWithoutComments(std::string_view line);
     /// Reads a line that stands as the writer prints it, as nearly all do; false when it does not, with the
     /// record in any state.
-    bool scanAsWritten(VXGlyphInfo &info, std::string_view line);
-    bool applyAsWritten(VXGlyphInfo &info, const KnownAttribute &known, std::string_view value,
+    bool scanAsWritten(VXGlyphInfo::Reading &glyph, std::string_view line);
+    bool applyAsWritten(VXGlyphInfo::Reading &glyph, const KnownAttribute &known, std::string_view value,
                         quint8 &versionHint);
     /// Reads any line, whatever it holds.
-    void scan(VXGlyphInfo &info, std::string_view line, bool isWholeLine);
-    After apply(VXGlyphInfo &info, const Attribute &attribute);
-    void reportUnknown(VXGlyphInfo &info, const Attribute &attribute);
-    void addCodePoint(VXGlyphInfo &info, std::string_view value);
-    void setPiece(VXGlyphInfo &info, GlyphField field, std::string_view value)
-    {
-        info.m_values[static_cast<std::size_t>(field)] = FieldValue::piece(
-            m_source->data(), static_cast<quint64>(value.data() - m_source->data()), value.size());
-    }
+    void scan(VXGlyphInfo::Reading &glyph, std::string_view line, bool isWholeLine);
+    After apply(VXGlyphInfo::Reading &glyph, const Attribute &attribute);
+    void reportUnknown(VXGlyphInfo::Reading &glyph, const Attribute &attribute);
+    void addCodePoint(VXGlyphInfo::Reading &glyph, std::string_view value);
     void noteOrder(int rank);
     /// Notes what an XML reader would take for something else than what is printed for the record; for lines
     /// that another note tells of already that is enough.

@@ -200,7 +200,7 @@ void VXGlyphInfo::updateUnicodeChar()
 void VXGlyphInfo::registerUndo(GlyphField field)
 {
     if (UndoManager *manager = m_document ? m_document->undoManager() : nullptr)
-        InfoFieldUndo::registerOld(*manager, *this, field);
+        InfoFieldUndo<VXGlyphInfo, GlyphField, FieldValue>::registerOld(*manager, *this, field);
 }
 
 quint64 VXGlyphInfo::s_changesOfListed = 0;

@@ -17,10 +17,8 @@ class VXGlyphInfo;
 
 namespace runebook {
 class GlyphInfoOwner;
-class GlyphLineReader;
 class GlyphLineWriter;
-class InfoFieldUndo;
-class TabbedReader;
+template <typename Record, typename Field, typename Value> class InfoFieldUndo;
 } // namespace runebook
 
 using InfoPtr = std::shared_ptr<VXGlyphInfo>;
@@ -61,6 +59,7 @@ public:
     enum Direction : qint8 { DirectionNotSet = -2, BIDI = -1, LTR = 0, RTL = 1, VTL = 2, VTR = 3 };
 
 public: // making
+    class Reading; ///< a record while it is read; see GlyphReading.h
     /// A record as `init` makes it: the name "unknown", direction 0, everything else absent.
     Q_INVOKABLE VXGlyphInfo() : VXGlyphInfo(unknownName()) { }
     /// For readers, which find the name later: the same with that value as name.
@@ -242,9 +241,7 @@ public: // for the readers, writers and indexes of this system
     const char *sourceData() const { return m_source ? m_source->data() : nullptr; }
 
 private:
-    friend class runebook::GlyphLineReader;
-    friend class runebook::InfoFieldUndo;
-    friend class runebook::TabbedReader;
+    template <typename Record, typename Field, typename Value> friend class runebook::InfoFieldUndo;
 
     void setText(runebook::GlyphField field, const QString &text);
     bool setTextByOwnRule(runebook::GlyphField field, const QString &text);
