@@ -1,10 +1,12 @@
-// The text that shows what a record stands for: its character, or the characters that compose it.
-#include "document/VXDocument.h"
+#include "document/GlyphPreview.h"
+
+#include "document/PreviewFonts.h"
 #include "model/StringHelpers.h"
 
 #include <QFontDatabase>
 
-using namespace runebook;
+namespace runebook {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -20,7 +22,7 @@ constexpr qsizetype kMaxDepth = 1'200; // each level takes its part of the stack
 class PreviewBuilder
 {
 public:
-    explicit PreviewBuilder(const VXDocument &document) : m_document(document) { }
+    explicit PreviewBuilder(const GlyphLookups &lookups) : m_lookups(lookups) { }
 
     QString base(const InfoPtr &info)
     {
@@ -69,7 +71,7 @@ private:
         if (!decompose.isEmpty()) {
             QString text;
             for (const QString &name : decompose) {
-                if (const InfoPtr component = m_document.infoForName(name);
+                if (const InfoPtr component = m_lookups.infoForName(name);
                     component && text.size() < kMaxLength)
                     text += m_open.contains(component.get()) ? QString() : preview(component);
             }
@@ -83,7 +85,7 @@ private:
         }
         const QString name = info.name();
         const qsizetype dot = name.indexOf(u'.');
-        return dot < 0 ? u""_s : base(m_document.infoForName(name.left(dot)));
+        return dot < 0 ? u""_s : base(m_lookups.infoForName(name.left(dot)));
     }
 
     /// So much of a value as a preview can be made of; a cell asks for it whenever it is painted.
@@ -102,7 +104,7 @@ private:
     {
         const QString production = beginning(info, GlyphField::Production);
         return production.size() < 2 ? InfoList()
-                                     : m_document.baseInfosForUniName(production).value_or(InfoList());
+                                     : m_lookups.baseInfosForUniName(production).value_or(InfoList());
     }
 
     InfoList componentsOf(const VXGlyphInfo &info) const
@@ -112,71 +114,38 @@ private:
             return producedBy(info);
         InfoList components;
         for (const QString &name : decompose) {
-            if (const InfoPtr component = m_document.infoForName(name))
+            if (const InfoPtr component = m_lookups.infoForName(name))
                 components.push_back(component);
         }
         return components;
     }
 
-    const VXDocument &m_document;
+    const GlyphLookups &m_lookups;
     QList<const VXGlyphInfo *> m_open;
     int m_steps = 0;
 };
 
-bool isUpperHex(QStringView text)
-{
-    return std::all_of(text.begin(), text.end(),
-                       [](QChar c) { return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F'); });
-}
-
 } // namespace
 
-QString VXDocument::stringForInfo(const InfoPtr &info) const
+QString GlyphPreview::text(const GlyphLookups &lookups, const InfoPtr &info)
 {
-    return PreviewBuilder(*this).preview(info);
+    return PreviewBuilder(lookups).preview(info);
 }
 
-QString VXDocument::baseStringForInfo(const InfoPtr &info) const
+QString GlyphPreview::baseText(const GlyphLookups &lookups, const InfoPtr &info)
 {
-    return PreviewBuilder(*this).base(info);
+    return PreviewBuilder(lookups).base(info);
 }
 
-std::optional<InfoList> VXDocument::baseInfosForUniName(const QString &name) const
-{
-    struct Form {
-        QLatin1StringView prefix;
-        qsizetype digits;
-    };
-    for (const Form form : {Form {"uni"_L1, 4}, Form {"u"_L1, 5}}) {
-        const QStringView digits = QStringView(name).mid(form.prefix.size());
-        if (!name.startsWith(form.prefix) || digits.isEmpty() || digits.size() % form.digits != 0
-            || !isUpperHex(digits))
-            continue;
-        InfoList infos;
-        for (qsizetype i = 0; i < digits.size(); i += form.digits) {
-            const QString chunk = digits.mid(i, form.digits).toString();
-            InfoPtr info = infoForUnicode(chunk);
-            if (!info) {
-                info = VXGlyphInfo::init();
-                info->setName(form.prefix + chunk);
-                info->setUnicode(chunk);
-            }
-            infos.push_back(std::move(info));
-        }
-        return infos;
-    }
-    return {};
-}
-
-FormattedText VXDocument::formatStringFromInfo(const InfoPtr &info) const
+FormattedText GlyphPreview::formatted(const GlyphLookups &lookups, const InfoPtr &info)
 {
     QFont systemFont = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
     systemFont.setPointSizeF(kPreviewSize);
-    return formatInfoStringFont(stringForInfo(info),
-                                fontForScriptSize(info->script(), kPreviewSize).value_or(systemFont));
+    return formatted(text(lookups, info),
+                     PreviewFonts::fontForScript(info->script(), kPreviewSize).value_or(systemFont));
 }
 
-FormattedText VXDocument::formatInfoStringFont(const QString &text, const QFont &font)
+FormattedText GlyphPreview::formatted(const QString &text, const QFont &font)
 {
     QTextCharFormat scriptFormat;
     scriptFormat.setFont(font);
@@ -186,15 +155,17 @@ FormattedText VXDocument::formatInfoStringFont(const QString &text, const QFont 
     signFormat.setFont(systemFont);
     signFormat.setForeground(QColor(Qt::lightGray));
 
-    FormattedText formatted;
-    formatted.text = text;
-    formatted.formats << QTextLayout::FormatRange {0, static_cast<int>(text.size()), scriptFormat};
+    FormattedText preview;
+    preview.text = text;
+    preview.formats << QTextLayout::FormatRange {0, static_cast<int>(text.size()), scriptFormat};
     const auto addSign = [&](qsizetype place) {
-        formatted.formats << QTextLayout::FormatRange {static_cast<int>(place), 3, signFormat};
+        preview.formats << QTextLayout::FormatRange {static_cast<int>(place), 3, signFormat};
     };
     if (const qsizetype equals = text.indexOf(" = "_L1); equals >= 0)
         addSign(equals);
     for (qsizetype plus = text.indexOf(" + "_L1); plus >= 0; plus = text.indexOf(" + "_L1, plus + 3))
         addSign(plus);
-    return formatted;
+    return preview;
 }
+
+} // namespace runebook

@@ -1,7 +1,7 @@
-// The font files that the user chose for the previews of a script.
+#include "document/PreviewFonts.h"
+
 #include "document/DocumentSettings.h"
 #include "document/FontFile.h"
-#include "document/VXDocument.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -42,7 +42,7 @@ void storePairs(const QList<QStringList> &pairs)
     for (const QStringList &pair : pairs)
         list << QVariant(pair);
     Settings::kPreviewFonts.set(list);
-    VXDocument::setNeedsUpdateScriptToFontCache();
+    PreviewFonts::setNeedUpdate();
 }
 
 /// What is known of a font file, as long as it stays the same.
@@ -124,11 +124,11 @@ QList<QStringList> pairsWithout(const QString &script)
 
 } // namespace
 
-std::optional<QFont> VXDocument::fontForScriptSize(const QString &script, double size)
+std::optional<QFont> PreviewFonts::fontForScript(const QString &script, double size)
 {
     // However the defaults change, the fonts follow.
     static const QMetaObject::Connection following =
-        Settings::kPreviewFonts.onChange(&UserDefaults::standard(), setNeedsUpdateScriptToFontCache);
+        Settings::kPreviewFonts.onChange(&UserDefaults::standard(), setNeedUpdate);
     auto &fonts = fontOfScript();
     if (!fonts || hasFileChanged()) {
         fonts.emplace();
@@ -146,7 +146,7 @@ std::optional<QFont> VXDocument::fontForScriptSize(const QString &script, double
     return font;
 }
 
-QString VXDocument::previewFontForScript(const QString &script)
+QString PreviewFonts::pathForScript(const QString &script)
 {
     for (const QStringList &pair : storedPairs()) {
         if (pair.at(0) == script)
@@ -155,7 +155,7 @@ QString VXDocument::previewFontForScript(const QString &script)
     return {};
 }
 
-void VXDocument::registerPreviewFontForScript(const QString &path, const QString &script)
+void PreviewFonts::choose(const QString &path, const QString &script)
 {
     if (path.isEmpty() || script.isEmpty())
         return;
@@ -164,12 +164,12 @@ void VXDocument::registerPreviewFontForScript(const QString &path, const QString
     storePairs(pairs);
 }
 
-void VXDocument::removePreviewFontForScript(const QString &script)
+void PreviewFonts::remove(const QString &script)
 {
     storePairs(pairsWithout(script));
 }
 
-void VXDocument::setNeedsUpdateScriptToFontCache()
+void PreviewFonts::setNeedUpdate()
 {
     fontOfScript().reset();
 }

@@ -7,21 +7,14 @@
 #include "model/VXGlyphInfo.h"
 #include "platform/documents/Document.h"
 
-#include <QFont>
 #include <QSet>
-#include <QTextLayout>
 #include <optional>
 #include <unordered_set>
 
+class QFont;
+
 namespace runebook {
-
-/// A text with the formats of its parts, for one line of a preview.
-struct FormattedText {
-    QString text;
-    QList<QTextLayout::FormatRange> formats;
-    Qt::Alignment alignment = Qt::AlignHCenter;
-};
-
+struct FormattedText;
 } // namespace runebook
 
 Q_DECLARE_METATYPE(InfoList)
@@ -133,18 +126,12 @@ public: // look-ups: the first record in list order wins
     Q_INVOKABLE static QStringList subCategories() { return VXGlyphInfo::subCategories(); }
     Q_INVOKABLE static QStringList scripts() { return VXGlyphInfo::scripts(); }
 
-public: // previews
-    /// The character or the characters that compose a record, such as "fi = f + i"; "" when there is none.
+public: // previews, by the names that scripts know; see GlyphPreview.h and PreviewFonts.h
     Q_INVOKABLE QString stringForInfo(const InfoPtr &info) const;
-    /// The characters that the record itself stands for.
     Q_INVOKABLE QString baseStringForInfo(const InfoPtr &info) const;
     runebook::FormattedText formatStringFromInfo(const InfoPtr &info) const;
     static runebook::FormattedText formatInfoStringFont(const QString &text, const QFont &font);
-
-public: // preview fonts, kept in the user defaults
-    /// The font chosen for a script, or nothing; an absent or empty script means "default".
     static std::optional<QFont> fontForScriptSize(const QString &script, double size);
-    /// The path of the font file chosen for a script; null when there is none.
     Q_INVOKABLE static QString previewFontForScript(const QString &script);
     Q_INVOKABLE static void registerPreviewFontForScript(const QString &path, const QString &script);
     Q_INVOKABLE static void removePreviewFontForScript(const QString &script);

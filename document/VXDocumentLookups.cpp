@@ -7,6 +7,7 @@
 #include <utility>
 
 using namespace runebook;
+using namespace Qt::StringLiterals;
 
 InfoIndex *VXDocument::indexForField(GlyphField field) const
 {
@@ -131,6 +132,12 @@ private:
     QVariantList m_others; ///< numbers, of which there are few; lists of another kind
 };
 
+bool isUpperHex(QStringView text)
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar c) { return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F'); });
+}
+
 } // namespace
 
 std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const QVariantList &values) const
@@ -150,4 +157,31 @@ std::optional<InfoList> VXDocument::infoForKeyValues(const QString &key, const Q
     if (matches->empty())
         return {};
     return matches;
+}
+
+std::optional<InfoList> VXDocument::baseInfosForUniName(const QString &name) const
+{
+    struct Form {
+        QLatin1StringView prefix;
+        qsizetype digits;
+    };
+    for (const Form form : {Form {"uni"_L1, 4}, Form {"u"_L1, 5}}) {
+        const QStringView digits = QStringView(name).mid(form.prefix.size());
+        if (!name.startsWith(form.prefix) || digits.isEmpty() || digits.size() % form.digits != 0
+            || !isUpperHex(digits))
+            continue;
+        InfoList infos;
+        for (qsizetype i = 0; i < digits.size(); i += form.digits) {
+            const QString chunk = digits.mid(i, form.digits).toString();
+            InfoPtr info = infoForUnicode(chunk);
+            if (!info) {
+                info = VXGlyphInfo::init();
+                info->setName(form.prefix + chunk);
+                info->setUnicode(chunk);
+            }
+            infos.push_back(std::move(info));
+        }
+        return infos;
+    }
+    return {};
 }

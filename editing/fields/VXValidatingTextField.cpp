@@ -2,6 +2,7 @@
 
 #include "editing/fields/DelegateOperation.h"
 #include "editing/fields/SignalColors.h"
+#include "editing/fields/VXValidatingTextFieldCell.h"
 #include "platform/ShownText.h"
 
 #include <QAccessible>
@@ -120,11 +121,24 @@ bool VXValidatingTextField::eventFilter(QObject *watched, QEvent *event)
     return QLineEdit::eventFilter(watched, event);
 }
 
+QRect VXValidatingTextField::interior() const
+{
+    QStyleOptionFrame option;
+    initStyleOption(&option);
+    return style()->subElementRect(QStyle::SE_LineEditContents, &option, this).adjusted(0, 1, -1, -1);
+}
+
+int VXValidatingTextField::textWidth() const
+{
+    constexpr int kTextMargins = 6; // of the line edit itself, with room for the caret
+    return fontMetrics().horizontalAdvance(text()) + kTextMargins;
+}
+
 void VXValidatingTextField::placeExtraButton()
 {
     if (!m_extraButton)
         return;
-    const QRect interior = VXValidatingTextFieldCell::interiorOf(*this);
+    const QRect interior = this->interior();
     const int side = interior.height();
     m_extraButton->setGeometry(interior.right() + 1 - side, interior.top(), side, side);
 }

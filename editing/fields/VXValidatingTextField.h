@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editing/fields/VXValidatingTextFieldCell.h"
+#include "editing/fields/BadgedField.h"
 #include "model/StringHelpers.h"
 
 #include <QAbstractButton>
@@ -19,9 +19,10 @@ class QCompleter;
 ///       QObject *textView, QStringList candidates, runebook::UnitRange selectedRange)
 ///   QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(QObject *textView,
 ///       QStringList completions, runebook::UnitRange partialWordRange)
-class VXValidatingTextField : public QLineEdit
+class VXValidatingTextField : public QLineEdit, public runebook::BadgedField
 {
     Q_OBJECT
+    Q_INTERFACES(runebook::BadgedField)
     Q_PROPERTY(QString errorHint READ errorHint WRITE setErrorHint)
     Q_PROPERTY(QString stringValue READ stringValue WRITE setStringValue)
 public:
@@ -44,16 +45,18 @@ public: // content
     Q_INVOKABLE QString oldText() const { return m_oldText; }
 
 public: // error
-    Q_INVOKABLE QString errorHint() const { return m_errorHint; }
+    Q_INVOKABLE QString errorHint() const override { return m_errorHint; }
     Q_INVOKABLE void setErrorHint(const QString &hint);
-    Q_INVOKABLE QAbstractButton *extraButton() const { return m_extraButton; }
+    Q_INVOKABLE QAbstractButton *extraButton() const override { return m_extraButton; }
     /// A button for the right end of the field, of which it becomes a part; null for none. Hidden at first.
     Q_INVOKABLE void setExtraButton(QAbstractButton *button);
-    Q_INVOKABLE bool isExtraButtonVisible() const;
+    Q_INVOKABLE bool isExtraButtonVisible() const override;
     /// The fill of the badge; the field does not paint it.
-    Q_INVOKABLE QColor backgroundColor() const;
+    Q_INVOKABLE QColor backgroundColor() const override;
     /// Whether the user is in the field; the badge is not shown then.
-    Q_INVOKABLE bool isEditing() const { return hasFocus() && !isReadOnly(); }
+    Q_INVOKABLE bool isEditing() const override { return hasFocus() && !isReadOnly(); }
+    QRect interior() const override;
+    int textWidth() const override;
 
 public: // completion
     /// The completions that the delegate has for a part of the text; none without such an operation.
@@ -78,8 +81,6 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    friend class VXValidatingTextFieldCell;
-    void initFrameOption(QStyleOptionFrame *option) const { initStyleOption(option); }
     bool askDelegate();
     void makeRoom();
     void placeExtraButton();

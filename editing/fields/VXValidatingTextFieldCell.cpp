@@ -1,11 +1,7 @@
 #include "editing/fields/VXValidatingTextFieldCell.h"
 
-#include "editing/fields/VXValidatingTextField.h"
-
 #include <QFontDatabase>
 #include <QPainter>
-#include <QStyle>
-#include <QStyleOptionFrame>
 #include <QtMath>
 
 using namespace runebook;
@@ -42,31 +38,22 @@ FormattedText VXValidatingTextFieldCell::errorBadgeString(const QString &text) c
     return badge;
 }
 
-QRect VXValidatingTextFieldCell::interiorOf(const VXValidatingTextField &field)
-{
-    QStyleOptionFrame option;
-    field.initFrameOption(&option);
-    return field.style()->subElementRect(QStyle::SE_LineEditContents, &option, &field).adjusted(0, 1, -1, -1);
-}
-
-int VXValidatingTextFieldCell::wantedBadgeWidth(const VXValidatingTextField &field)
+int VXValidatingTextFieldCell::wantedBadgeWidth(const BadgedField &field)
 {
     return qCeil(QFontMetricsF(badgeFont()).horizontalAdvance(field.errorHint())) + kBadgePadding;
 }
 
-bool VXValidatingTextFieldCell::isBadgeWhole(const VXValidatingTextField &field)
+bool VXValidatingTextFieldCell::isBadgeWhole(const BadgedField &field)
 {
-    constexpr int kTextMargins = 6; // of the line edit itself, with room for the caret
     const int button = field.isExtraButtonVisible() ? field.extraButton()->width() : 0;
-    const int text = field.fontMetrics().horizontalAdvance(field.text()) + kTextMargins;
-    return wantedBadgeWidth(field) + kBadgeGap + text <= interiorOf(field).width() - button;
+    return wantedBadgeWidth(field) + kBadgeGap + field.textWidth() <= field.interior().width() - button;
 }
 
-QRect VXValidatingTextFieldCell::errorBadgeRectInView(const VXValidatingTextField &field) const
+QRect VXValidatingTextFieldCell::errorBadgeRectInView(const BadgedField &field) const
 {
     if (field.errorHint().isEmpty())
         return {};
-    const QRect interior = interiorOf(field);
+    const QRect interior = field.interior();
     const int button = field.isExtraButtonVisible() ? field.extraButton()->width() : 0;
     const int room = std::max(0, interior.width() - button);
     // The field's own text stays whole beside it; of a reason that leaves no room for that only a sign is
@@ -76,7 +63,7 @@ QRect VXValidatingTextFieldCell::errorBadgeRectInView(const VXValidatingTextFiel
 }
 
 QRect VXValidatingTextFieldCell::drawInteriorWithFrameInView(QPainter *painter, const QRect &frame,
-                                                             const VXValidatingTextField &field) const
+                                                             const BadgedField &field) const
 {
     QRect textArea = frame;
     if (!field.isEditing() && !field.errorHint().isEmpty()) {
@@ -91,7 +78,7 @@ QRect VXValidatingTextFieldCell::drawInteriorWithFrameInView(QPainter *painter, 
 }
 
 void VXValidatingTextFieldCell::drawBadge(QPainter &painter, const QRect &badge,
-                                          const VXValidatingTextField &field) const
+                                          const BadgedField &field) const
 {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
@@ -111,8 +98,7 @@ void VXValidatingTextFieldCell::drawBadge(QPainter &painter, const QRect &badge,
     painter.restore();
 }
 
-QRect VXValidatingTextFieldCell::selectWithFrameInView(const QRect &frame,
-                                                       const VXValidatingTextField &field) const
+QRect VXValidatingTextFieldCell::selectWithFrameInView(const QRect &frame, const BadgedField &field) const
 {
     const int button = field.isExtraButtonVisible() ? field.extraButton()->width() + kEditedButtonGap : 0;
     return frame.adjusted(0, 0, -button, 0);
@@ -147,20 +133,20 @@ QVariantMap VXValidatingTextFieldCell::errorBadgeString(QVariant text) const
 
 QVariantList VXValidatingTextFieldCell::errorBadgeRectInView(QObject *object) const
 {
-    const auto *field = qobject_cast<VXValidatingTextField *>(object);
+    const auto *field = qobject_cast<BadgedField *>(object);
     return field ? listOf(errorBadgeRectInView(*field)) : QVariantList();
 }
 
 QVariantList VXValidatingTextFieldCell::drawInteriorWithFrameInView(const QVariantList &frame,
                                                                     QObject *object) const
 {
-    const auto *field = qobject_cast<VXValidatingTextField *>(object);
+    const auto *field = qobject_cast<BadgedField *>(object);
     return field ? listOf(drawInteriorWithFrameInView(nullptr, rectOf(frame), *field)) : QVariantList();
 }
 
 QVariantList VXValidatingTextFieldCell::selectWithFrameInView(const QVariantList &frame,
                                                               QObject *object) const
 {
-    const auto *field = qobject_cast<VXValidatingTextField *>(object);
+    const auto *field = qobject_cast<BadgedField *>(object);
     return field ? listOf(selectWithFrameInView(rectOf(frame), *field)) : QVariantList();
 }

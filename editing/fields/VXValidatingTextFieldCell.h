@@ -1,12 +1,12 @@
 #pragma once
 
-#include "document/VXDocument.h"
+#include "document/GlyphPreview.h"
+#include "editing/fields/BadgedField.h"
 
 #include <QObject>
 #include <QRect>
 
 class QPainter;
-class VXValidatingTextField;
 
 /// Draws the error badge of a validating text field and says how much room it leaves for the text. No state.
 /// A point is a device-independent pixel, as in all measures of widgets.
@@ -19,14 +19,12 @@ public:
     /// The text of a badge: the system font at 11 points, white.
     runebook::FormattedText errorBadgeString(const QString &text) const;
     /// Where the badge of \a field stands, within its border at the right end; empty without an error hint.
-    QRect errorBadgeRectInView(const VXValidatingTextField &field) const;
+    QRect errorBadgeRectInView(const runebook::BadgedField &field) const;
     /// Draws the badge where one is to be seen. Answers the part of \a frame that is left for the text.
     QRect drawInteriorWithFrameInView(QPainter *painter, const QRect &frame,
-                                      const VXValidatingTextField &field) const;
+                                      const runebook::BadgedField &field) const;
     /// The part of \a frame in which text is edited: all but the extra button.
-    QRect selectWithFrameInView(const QRect &frame, const VXValidatingTextField &field) const;
-    /// The inside of the field, without its border.
-    static QRect interiorOf(const VXValidatingTextField &field);
+    QRect selectWithFrameInView(const QRect &frame, const runebook::BadgedField &field) const;
 
 public: // the same for scripts: a badge as a map of "string", "font", "size" in points and "color";
         // rectangles as lists of x, y, width and height, empty for any object but a field
@@ -37,9 +35,9 @@ public: // the same for scripts: a badge as a map of "string", "font", "size" in
 
     /// Whether there is room for the whole badge beside the whole text of the field; without it the badge is
     /// a sign, and the reason has to stand elsewhere.
-    static bool isBadgeWhole(const VXValidatingTextField &field);
+    static bool isBadgeWhole(const runebook::BadgedField &field);
 
 private:
-    static int wantedBadgeWidth(const VXValidatingTextField &field);
-    void drawBadge(QPainter &painter, const QRect &badge, const VXValidatingTextField &field) const;
+    static int wantedBadgeWidth(const runebook::BadgedField &field);
+    void drawBadge(QPainter &painter, const QRect &badge, const runebook::BadgedField &field) const;
 };

@@ -7,6 +7,7 @@
 
 #include <QAbstractItemDelegate>
 #include <QHeaderView>
+#include <QIODevice>
 #include <QMimeData>
 #include <QTableView>
 

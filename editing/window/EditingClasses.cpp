@@ -3,6 +3,7 @@
 #include "editing/compare/VXCompareDataWindow.h"
 #include "editing/fields/VXUnicodeFormatter.h"
 #include "editing/fields/VXValidatingTextField.h"
+#include "editing/fields/VXValidatingTextFieldCell.h"
 #include "editing/records/TableDrag.h"
 #include "editing/replace/VXFindReplaceWindowController.h"
 #include "editing/search/VXSearchField.h"

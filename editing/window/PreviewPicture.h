@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/VXDocument.h"
+#include "document/GlyphPreview.h"
 
 #include <QRectF>
 #include <memory>

@@ -1,5 +1,6 @@
 #include "scripting/classes/DocumentOperations.h"
 
+#include "document/GlyphPreview.h"
 #include "model/FieldTable.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/bridge/DirectText.h"

@@ -1,5 +1,6 @@
 // The text that shows what a record stands for, and the fonts chosen for it.
 #include "document/FontFile.h"
+#include "document/GlyphPreview.h"
 #include "document/VXDocument.h"
 #include "platform/defaults/UserDefaults.h"
 #include "tests/Files.h"
