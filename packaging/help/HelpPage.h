@@ -15,8 +15,8 @@ struct HelpSource {
 
 /// The whole page, in UTF-8 when written: a title, a list of contents with a link for each heading of the
 /// second and third level, and the text. Headings get the anchors that code hosts give them, so that links in
-/// the Markdown file hold in both. It looks for nothing outside itself and suits light and dark.
-/// Needs a QGuiApplication.
+/// the Markdown file hold in both. It looks for nothing outside itself and suits light and dark. Empty when
+/// cmark-gfm, which reads the Markdown, fails.
 QString helpPage(const HelpSource &source);
 
 /// The anchor of a heading with this text: small letters, digits, "-" and "_"; blanks become "-".

@@ -2,8 +2,8 @@
 /// Makes a page of the help from a Markdown file: runebook-make-help IN.md OUT.html [FILE.md=PAGE.html...]
 #include "packaging/help/HelpPage.h"
 
+#include <QCoreApplication>
 #include <QFile>
-#include <QGuiApplication>
 #include <QSaveFile>
 #include <cstdio>
 
@@ -11,9 +11,8 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
-    qputenv("QT_QPA_PLATFORM", "minimal"); // nothing is shown, and fonts of the machine play no part
-    const QGuiApplication application(argc, argv);
-    const QStringList arguments = QGuiApplication::arguments();
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() < 3) {
         std::fputs("usage: runebook-make-help IN.md OUT.html [FILE.md=PAGE.html...]\n", stderr);
         return 2;
@@ -29,8 +28,13 @@ int main(int argc, char *argv[])
     }
     source.markdown = QString::fromUtf8(in.readAll());
 
+    const QByteArray page = helpPage(source).toUtf8();
+    if (page.isEmpty()) {
+        std::fprintf(stderr, "%s: cmark-gfm makes no page of it\n", qPrintable(in.fileName()));
+        return 1;
+    }
     QSaveFile out(arguments.at(2));
-    if (!out.open(QIODevice::WriteOnly) || out.write(helpPage(source).toUtf8()) < 0 || !out.commit()) {
+    if (!out.open(QIODevice::WriteOnly) || out.write(page) < 0 || !out.commit()) {
         std::fprintf(stderr, "%s: %s\n", qPrintable(out.fileName()), qPrintable(out.errorString()));
         return 1;
     }
