@@ -3,36 +3,44 @@
 #include "platform/FileBytes.h"
 #include "platform/StandardFolders.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStringList>
+#include <gio/gdesktopappinfo.h>
 
 namespace runebook::DesktopApplication {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// The command of a desktop file, without the places for files.
 QStringList commandOf(const QString &desktopFile)
 {
     constexpr qint64 kLargestFile = 1 << 20;
-    const QByteArray text = bytesOfSmallFile(desktopFile, kLargestFile).value_or(QByteArray());
-    bool inEntry = false;
-    for (const QString &line : QString::fromUtf8(text).split(u'\n')) {
-        if (line.startsWith(u'['))
-            inEntry = line.trimmed() == "[Desktop Entry]"_L1;
-        if (!inEntry || !line.startsWith("Exec="_L1))
-            continue;
-        QStringList command = QProcess::splitCommand(line.mid(5).trimmed());
-        command.removeIf([](const QString &word) { return word.startsWith(u'%'); });
-        return command;
+    const QByteArray content = bytesOfSmallFile(desktopFile, kLargestFile).value_or(QByteArray());
+    g_autoptr(GKeyFile) file = g_key_file_new();
+    const auto size = static_cast<gsize>(content.size());
+    if (!g_key_file_load_from_data(file, content.constData(), size, G_KEY_FILE_NONE, nullptr))
+        return {};
+    g_autofree char *line =
+        g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC, nullptr);
+    g_auto(GStrv) words = nullptr;
+    if (!line || !g_shell_parse_argv(line, nullptr, &words, nullptr))
+        return {};
+    QStringList command;
+    for (char **each = words; *each; ++each) {
+        const QString word = QString::fromUtf8(*each);
+        const bool isPlace = word.size() == 2 && word[0] == u'%' && word[1] != u'%';
+        if (!isPlace)
+            command << QString(word).replace("%%"_L1, "%"_L1);
     }
-    return {};
+    return command;
 }
 
-} // namespace
+QString defaultFor(const QString &type)
+{
+    g_autoptr(GAppInfo) application = g_app_info_get_default_for_type(type.toUtf8().constData(), FALSE);
+    if (!G_IS_DESKTOP_APP_INFO(application))
+        return {};
+    return QString::fromUtf8(g_desktop_app_info_get_filename(G_DESKTOP_APP_INFO(application)));
+}
 
 QString desktopFile(const QString &id)
 {

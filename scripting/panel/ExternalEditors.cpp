@@ -1,12 +1,8 @@
 #include "scripting/panel/ExternalEditors.h"
 
-#include "platform/Background.h"
 #include "platform/DesktopApplication.h"
-#include "platform/FileBytes.h"
 
-#include <QCoreApplication>
 #include <QDesktopServices>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
@@ -18,21 +14,6 @@ namespace runebook::ExternalEditors {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// What a command of the desktop prints; nothing when it takes too long: nobody may wait for it for ever.
-QString answerOf(const QString &command, const QStringList &arguments)
-{
-    constexpr int kPatienceMs = 3'000;
-    QProcess process;
-    process.setProcessChannelMode(QProcess::SeparateChannels);
-    process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(command, arguments, QProcess::ReadOnly);
-    if (process.waitForFinished(kPatienceMs))
-        return QString::fromUtf8(process.readAllStandardOutput());
-    process.kill();
-    process.waitForFinished(kPatienceMs);
-    return {};
-}
 
 /// Starts a command that goes on by itself, with signals as a shell would leave them.
 bool startApart(const Command &command)
@@ -119,80 +100,6 @@ template <std::size_t size> const Editor *find(const Editor (&editors)[size], co
     return found == std::end(editors) ? nullptr : found;
 }
 
-/// The escapes that all values of desktop files may have.
-QString unescaped(const QString &value)
-{
-    QString text;
-    for (qsizetype i = 0; i < value.size(); ++i) {
-        if (value[i] != u'\\' || i + 1 == value.size()) {
-            text += value[i];
-            continue;
-        }
-        switch (value[++i].unicode()) {
-        case 's':
-            text += u' ';
-            break;
-        case 'n':
-            text += u'\n';
-            break;
-        case 't':
-            text += u'\t';
-            break;
-        case 'r':
-            text += u'\r';
-            break;
-        case '\\':
-            text += u'\\';
-            break;
-        default:
-            text += u'\\';
-            text += value[i];
-        }
-    }
-    return text;
-}
-
-/// The words of a command: blanks separate them unless they stand in double quotes, inside of which a
-/// backslash keeps the next character as it is. Places for files and the like are left out.
-QStringList wordsOf(const QString &command)
-{
-    QStringList words;
-    QString word;
-    bool isQuoted = false, hasWord = false;
-    for (qsizetype i = 0; i <= command.size(); ++i) {
-        const QChar character = i < command.size() ? command[i] : QChar(u' ');
-        if (character == u'"') {
-            isQuoted = !isQuoted;
-            hasWord = true;
-        } else if (isQuoted && character == u'\\' && i + 1 < command.size()) {
-            word += command[++i];
-        } else if (!isQuoted && character.isSpace()) {
-            if (hasWord && !(word.size() == 2 && word[0] == u'%' && word[1] != u'%'))
-                words << word.replace("%%"_L1, "%"_L1);
-            word.clear();
-            hasWord = false;
-        } else {
-            word += character;
-            hasWord = true;
-        }
-    }
-    return words;
-}
-
-QStringList commandOf(const QString &desktopFile)
-{
-    constexpr qint64 kLargestFile = 1 << 20;
-    const QByteArray text = bytesOfSmallFile(desktopFile, kLargestFile).value_or(QByteArray());
-    bool isInEntry = false;
-    for (const QString &line : QString::fromUtf8(text).split(u'\n')) {
-        if (line.startsWith(u'['))
-            isInEntry = line.trimmed() == "[Desktop Entry]"_L1;
-        else if (isInEntry && line.section(u'=', 0, 0).trimmed() == "Exec"_L1)
-            return wordsOf(unescaped(line.section(u'=', 1).trimmed()));
-    }
-    return {};
-}
-
 Command inTerminal(const QStringList &command)
 {
     for (const auto &[name, option] : kTerminals) {
@@ -218,14 +125,8 @@ Command forBundle(const QString &application, const QString &path, const QString
 
 QString defaultApplication()
 {
-    for (const auto type : {"text/x-python"_L1, "text/plain"_L1}) {
-        const QString answer = answerOf(u"xdg-mime"_s, {u"query"_s, u"default"_s, type});
-        const QString id = answer.section(u';', 0, 0).trimmed();
-        const QString file = DesktopApplication::desktopFile(id);
-        if (!file.isEmpty())
-            return file;
-    }
-    return {};
+    const QString forPython = DesktopApplication::defaultFor(u"text/x-python"_s);
+    return forPython.isEmpty() ? DesktopApplication::defaultFor(u"text/plain"_s) : forPython;
 }
 
 Command commandFor(const QString &application, const QString &path, const QString &line)
@@ -234,8 +135,8 @@ Command commandFor(const QString &application, const QString &path, const QStrin
         return {};
     if (application.endsWith(".app"_L1))
         return forBundle(application, path, line);
-    QStringList command =
-        application.endsWith(".desktop"_L1) ? commandOf(application) : QStringList {application};
+    QStringList command = application.endsWith(".desktop"_L1) ? DesktopApplication::commandOf(application)
+                                                              : QStringList {application};
     for (const QString &word : std::as_const(command)) {
         const QString name = word.section(u'/', -1);
         const bool needsTerminal = find(kTerminalCommands, name) != nullptr;
@@ -253,23 +154,14 @@ Command commandFor(const QString &application, const QString &path, const QStrin
 void open(const QString &path, const QString &line, QObject *context, std::function<void()> instead)
 {
     const QString absolutePath = QFileInfo(path).absoluteFilePath();
-    // The desktop may take its time, and a window would stand still.
-    const QPointer<QObject> safe(context);
-    runApart([absolutePath, line, safe, instead = std::move(instead)] {
-        const QString editor = defaultApplication();
-        const Command command = commandFor(editor, absolutePath, line);
-        if (!command.program.isEmpty()) {
-            startApart(command);
-            return;
-        }
-        const bool hasEditor = !editor.isEmpty();
-        runOnMainThread([absolutePath, safe, instead, hasEditor] {
-            if (hasEditor)
-                QDesktopServices::openUrl(QUrl::fromLocalFile(absolutePath));
-            else if (safe)
-                instead();
-        });
-    });
+    const QString editor = defaultApplication();
+    const Command command = commandFor(editor, absolutePath, line);
+    if (!command.program.isEmpty())
+        startApart(command);
+    else if (!editor.isEmpty())
+        QDesktopServices::openUrl(QUrl::fromLocalFile(absolutePath));
+    else
+        QMetaObject::invokeMethod(context, std::move(instead), Qt::QueuedConnection);
 }
 
 } // namespace runebook::ExternalEditors

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QPointer>
+#include <QObject>
 #include <QString>
 #include <QStringList>
 #include <functional>

@@ -22,13 +22,12 @@ private Q_SLOTS:
             "mv \"$SEEN.new\" \"$SEEN\"\n";
         for (const auto name : {"kate"_L1, "x-terminal-emulator"_L1})
             QVERIFY(!write("bin/"_L1 + name, tells, true).isEmpty());
-        QVERIFY(!write(u"bin/xdg-mime"_s, "#!/bin/sh\n[ \"$3\" = text/x-python ] && cat \"$ANSWER\"\n", true)
-                     .isEmpty());
         m_bin = m_folder.filePath(u"bin"_s);
         qputenv("PATH", m_bin.toUtf8() + ':' + qgetenv("PATH"));
         qputenv("SEEN", m_folder.filePath(u"seen"_s).toUtf8());
-        qputenv("ANSWER", m_folder.filePath(u"answer"_s).toUtf8());
-        qputenv("XDG_DATA_HOME", m_folder.filePath(u"data"_s).toUtf8());
+        // Nothing of the machine's own.
+        for (const char *place : {"XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
+            qputenv(place, m_folder.filePath(u"data"_s).toUtf8());
     }
 
     // output: null: none
@@ -110,11 +109,12 @@ private Q_SLOTS:
     void opensTheLineInTheDefaultEditor()
     {
         QCOMPARE(ExternalEditors::defaultApplication(), QString());
-        write(u"answer"_s, "org.kde.kate.desktop\n");
+        write(u"data/applications/mimeapps.list"_s,
+              "[Default Applications]\ntext/x-python=org.kde.kate.desktop\n");
         QCOMPARE(ExternalEditors::defaultApplication(), QString()); // not installed
-        const QString file =
-            write(u"data/applications/org.kde.kate.desktop"_s, "[Desktop Entry]\nExec=kate -b %U\n");
-        QCOMPARE(ExternalEditors::defaultApplication(), file);
+        const QString file = write(u"data/applications/org.kde.kate.desktop"_s,
+                                   "[Desktop Entry]\nType=Application\nName=Kate\nExec=kate -b %U\n");
+        QTRY_COMPARE(ExternalEditors::defaultApplication(), file);
         const QString script = write(u"it's; $(a) script.py"_s, "pass\n");
         int instead = 0;
         ExternalEditors::open(script, u"12"_s, this, [&instead] { ++instead; });
@@ -123,6 +123,7 @@ private Q_SLOTS:
                  m_bin + "/kate\n-b\n-l\n12\n"_L1 + script + u'\n');
         QCOMPARE(instead, 0);
         QVERIFY(QFile::remove(file)); // now no desktop has an editor
+        QTRY_COMPARE(ExternalEditors::defaultApplication(), QString());
         ExternalEditors::open(script, u"12"_s, this, [&instead] { ++instead; });
         QTRY_COMPARE(instead, 1);
     }
