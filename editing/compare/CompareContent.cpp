@@ -137,6 +137,23 @@ bool FieldContent::show(std::size_t side, const VXGlyphInfo &info)
     return !values.hasMore;
 }
 
+std::vector<FieldContent> contentOf(const InfoList &left, const InfoList &right)
+{
+    std::vector<FieldContent> fields;
+    for (const ComparedField &field : comparedFields()) {
+        fields.emplace_back(field.field, left, right);
+        fields.back().finish();
+    }
+    return fields;
+}
+
+bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field)
+{
+    FieldContent content(field, values, others);
+    content.finish();
+    return content.differs();
+}
+
 // CompareContent
 
 CompareContent::CompareContent(QStringList keys, CompareKey key, const InfoList *left, const InfoList *right)

@@ -30,7 +30,11 @@ public:
     GlyphField field() const { return m_field; }
     const Values &left() const { return m_values[0]; }
     const Values &right() const { return m_values[1]; }
+    /// Whether the distinct values over one list are others than over the other. A list without any value has
+    /// no set of them; two such lists do not differ.
     bool differs() const { return m_differs; }
+    /// Whether a side has no record at all.
+    bool isOneSided() const { return m_lists[0]->empty() || m_lists[1]->empty(); }
 
 private:
     enum class Step { ShownLeft, ShownRight, InTurn, LeftSet, RightSet, Done };
@@ -55,6 +59,11 @@ private:
     KeyCounts m_rightSet;
     bool m_differs = false;
 };
+
+/// What is shown of two lists, in the order of comparedFields(). The lists must stay as they are.
+std::vector<FieldContent> contentOf(const InfoList &left, const InfoList &right);
+/// FieldContent::differs() of one field.
+bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field);
 
 /// The records of very many selected keys and what is shown of them, found in slices. The lists must stay as
 /// they are until all is known.

@@ -49,7 +49,8 @@ void CompareField::setValue(const QString &text, const std::vector<TextPart> &ma
         if (from < to)
             m_marks.push_back({from - begin + lead.size(), to - from});
     }
-    if (shown != toPlainText()) {
+    if (shown != m_shown) {
+        m_shown = shown;
         setPlainText(shown);
         textHasNewLines();
     }

@@ -33,6 +33,7 @@ private:
     void textHasNewLines();
     void paintMarks();
 
+    QString m_shown; ///< as it was given: the widget gives back other blanks
     std::vector<TextPart> m_marks;
 };
 

@@ -119,17 +119,10 @@ const CompareSheet::Row &CompareSheet::rowOf(GlyphField field) const
 
 // Values
 
-void CompareSheet::setRecords(const InfoList &left, const InfoList &right)
+void CompareSheet::setContent(const FieldContent &content)
 {
-    for (const Row &row : m_rows) {
-        FieldContent content(row.field->field, left, right);
-        content.finish();
-        setContent(content, left.empty() || right.empty());
-    }
-}
-
-void CompareSheet::setContent(const FieldContent &content, bool isOneSided)
-{
+    if (content.field() != GlyphField::Unicodes)
+        setCaption(content.field(), content.differs());
     const Row &row = rowOf(content.field());
     if (isChoice(content.field())) {
         row.sides[Left].cells->setChosen(content.left().choices);
@@ -140,7 +133,7 @@ void CompareSheet::setContent(const FieldContent &content, bool isOneSided)
     const QString right = textOf(content.right());
     // Marks would say nothing where a side has no record at all.
     TextDifference difference;
-    if (!isOneSided && !content.left().hasMore && !content.right().hasMore)
+    if (!content.isOneSided() && !content.left().hasMore && !content.right().hasMore)
         difference = differenceOfTexts(left, right);
     row.sides[Left].value->setValue(left, difference.left);
     row.sides[Right].value->setValue(right, difference.right);
@@ -154,9 +147,10 @@ QWidget *CompareSheet::caption(Side side, GlyphField field) const
     return half.cells ? static_cast<QWidget *>(half.cells) : half.label;
 }
 
-void CompareSheet::setCaptionColor(GlyphField field, const QColor &color, bool differs)
+void CompareSheet::setCaption(GlyphField field, bool differs)
 {
     const Row &row = rowOf(field);
+    const QColor color = differs ? differentColor() : normalColor();
     for (const Side side : {Left, Right}) {
         const Half &half = row.sides[side];
         QPalette palette = half.label->palette();

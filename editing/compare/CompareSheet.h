@@ -23,15 +23,14 @@ public:
 
     explicit CompareSheet(QWidget *parent = nullptr);
 
-    /// Shows the values of the records; several distinct ones one below the other.
-    void setRecords(const InfoList &left, const InfoList &right);
-    /// The same for one field, of which all is known already.
-    void setContent(const FieldContent &content, bool isOneSided);
+    /// Shows one field, of which all is known: its values, several distinct ones one below the other, and by
+    /// the captions whether they differ. Code points differ where keys do, so their captions say nothing.
+    void setContent(const FieldContent &content);
 
     /// The caption of a field: a label, or for case and direction a row of cells.
     QWidget *caption(Side side, GlyphField field) const;
-    /// Colours both captions of a field.
-    void setCaptionColor(GlyphField field, const QColor &color, bool differs);
+    /// Says by both captions of a field whether its values differ.
+    void setCaption(GlyphField field, bool differs);
     /// The colour of a caption whose values agree.
     QColor normalColor() const;
     /// The colour of a caption whose values differ.

@@ -5,51 +5,10 @@
 
 #include <QCoreApplication>
 #include <algorithm>
-#include <unordered_set>
 
 namespace runebook {
 
 namespace {
-
-/// Lets texts be looked up by their bytes, so that a text is copied only when it is new.
-struct BytesHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-};
-
-using ValueSet = std::unordered_set<std::string, BytesHash, std::equal_to<>>;
-
-ValueSet distinctValues(const InfoList &infos, GlyphField field)
-{
-    ValueSet values;
-    std::string buffer;
-    for (const InfoPtr &info : infos) {
-        const std::optional<std::string_view> value = comparableValue(*info, field, buffer);
-        if (value && values.find(*value) == values.end())
-            values.emplace(*value);
-    }
-    return values;
-}
-
-bool hasValue(const InfoList &infos, GlyphField field)
-{
-    std::string buffer;
-    return std::any_of(infos.begin(), infos.end(), [&](const InfoPtr &info) {
-        return comparableValue(*info, field, buffer).has_value();
-    });
-}
-
-/// Whether the lists have the same values in the same order.
-bool agreeInTurn(const InfoList &values, const InfoList &others, GlyphField field)
-{
-    std::string buffer;
-    std::string otherBuffer;
-    return std::equal(values.begin(), values.end(), others.begin(), others.end(),
-                      [&](const InfoPtr &info, const InfoPtr &other) {
-                          return comparableValue(*info, field, buffer)
-                              == comparableValue(*other, field, otherBuffer);
-                      });
-}
 
 /// Texts are kept joined, lists may hold the separator inside an entry: only such a list needs another form.
 std::string_view comparableList(const QStringList &list, std::string &buffer)
@@ -90,27 +49,6 @@ std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphFi
     const std::string_view text =
         value.isList() ? comparableList(value.toList(info.sourceData()), buffer) : info.utf8(field, buffer);
     return text.empty() ? std::nullopt : std::optional(text);
-}
-
-bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field)
-{
-    // Very many records may be chosen at once: sets are made only where a look at the lists does not do.
-    if (values.empty() || others.empty())
-        return hasValue(values, field) || hasValue(others, field);
-    if (agreeInTurn(values, others, field))
-        return false;
-    const ValueSet ours = distinctValues(values, field);
-    ValueSet seen;
-    std::string buffer;
-    for (const InfoPtr &info : others) {
-        const std::optional<std::string_view> value = comparableValue(*info, field, buffer);
-        if (!value || seen.find(*value) != seen.end())
-            continue;
-        if (ours.find(*value) == ours.end())
-            return true;
-        seen.emplace(*value);
-    }
-    return seen.size() != ours.size();
 }
 
 std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, const VXGlyphInfo &right)

@@ -26,10 +26,6 @@ QString titleOf(const ComparedField &field);
 std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,
                                                 std::string &buffer);
 
-/// Whether the distinct values of \a field over one list are others than over the other. A list without any
-/// value has no set of them; two such lists do not differ.
-bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field);
-
 /// The fields in which two records differ, all of them: case, legacy code point and old sort name too. Empty
 /// and absent count as the same, as in files.
 std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, const VXGlyphInfo &right);

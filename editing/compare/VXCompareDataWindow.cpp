@@ -304,8 +304,8 @@ void VXCompareDataWindow::updateContent()
     };
     m_leftInfoList.setContent(recordsOf(left));
     m_rightInfoList.setContent(recordsOf(right));
-    m_sheet->setRecords(m_leftInfoList.infos(), m_rightInfoList.infos());
-    markDifferentValuesOthers(m_leftInfoList.infos(), m_rightInfoList.infos());
+    for (const FieldContent &field : contentOf(m_leftInfoList.infos(), m_rightInfoList.infos()))
+        m_sheet->setContent(field);
     showState();
 }
 
@@ -320,16 +320,10 @@ void VXCompareDataWindow::continueContent(std::chrono::milliseconds budget)
     }
     const std::unique_ptr<CompareContent> content = std::move(m_content);
     m_contentWorkTimer.stop();
+    for (const FieldContent &field : content->fields())
+        m_sheet->setContent(field);
     m_leftInfoList.setContent(content->takeLeft());
     m_rightInfoList.setContent(content->takeRight());
-    const bool isOneSided = m_leftInfoList.infos().empty() || m_rightInfoList.infos().empty();
-    for (const FieldContent &field : content->fields()) {
-        m_sheet->setContent(field, isOneSided);
-        if (field.field() != GlyphField::Unicodes)
-            m_sheet->setCaptionColor(field.field(),
-                                     field.differs() ? m_sheet->differentColor() : m_sheet->normalColor(),
-                                     field.differs());
-    }
     showState();
 }
 
@@ -352,11 +346,8 @@ QColor VXCompareDataWindow::colorForValuesOthersKey(const std::optional<InfoList
 void VXCompareDataWindow::markDifferentValuesOthers(const InfoList &values, const InfoList &others)
 {
     for (const ComparedField &field : comparedFields()) {
-        if (field.field == GlyphField::Unicodes)
-            continue;
-        const bool differ = valuesDiffer(values, others, field.field);
-        m_sheet->setCaptionColor(field.field, differ ? m_sheet->differentColor() : m_sheet->normalColor(),
-                                 differ);
+        if (field.field != GlyphField::Unicodes)
+            m_sheet->setCaption(field.field, valuesDiffer(values, others, field.field));
     }
 }
 

@@ -3,6 +3,7 @@
 #include "tests/editing/Windows.h"
 
 #include <QAbstractItemModelTester>
+#include <QSignalSpy>
 
 using namespace runebook;
 
@@ -477,6 +478,19 @@ private Q_SLOTS:
             QVERIFY2(label->textFormat() == Qt::PlainText || label->text().isEmpty()
                          || !label->text().contains(u'<'),
                      qPrintable(label->objectName()));
+    }
+
+    /// Blanks that only look alike are shown as what they are.
+    void keepsBlanksApart()
+    {
+        CompareField field;
+        for (const QString &text : {u"a\u00A0b"_s, u"a b"_s, u"a\u2028b"_s, u"a\u00A0b"_s}) {
+            field.setValue(text, {});
+            QCOMPARE(field.document()->toRawText(), text);
+        }
+        QSignalSpy changed(&field, &QPlainTextEdit::textChanged);
+        field.setValue(u"a\u00A0b"_s, {});
+        QCOMPARE(changed.size(), 0);
     }
 
     void longTexts()
