@@ -1,5 +1,6 @@
 #include "app/UnseenOutput.h"
 
+#include "editing/window/VXWindowController.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/panel/VXMacroWindowController.h"
 
@@ -75,13 +76,15 @@ void UnseenOutput::tell()
     const QString printed = firstLineIn(std::exchange(m_printed, {}));
     const QString error = lastLineIn(std::exchange(m_error, {}));
     const QList<Document *> &documents = DocumentController::shared().documentList();
-    QWidget *window = documents.isEmpty() ? nullptr : documents.front()->windowController();
+    auto *window = documents.isEmpty()
+        ? nullptr
+        : qobject_cast<VXWindowController *>(documents.front()->windowController());
     if (!window || (printed.isEmpty() && error.isEmpty()))
         return;
     const QString text = error.isEmpty()
         ? tr("A script printed “%1”. All of it stands in Window > Macro Panel.").arg(printed)
         : tr("A script failed: %1\nWhere, shows Window > Macro Panel.").arg(error);
-    QMetaObject::invokeMethod(window, "showMessage", Q_ARG(QString, text));
+    window->showMessage(text);
 }
 
 } // namespace runebook

@@ -200,7 +200,7 @@ QString VXDocument::autosavingFileType() const
 void VXDocument::makeWindowControllers()
 {
     if (DocumentController::shared().makeWindow(*this))
-        QMetaObject::invokeMethod(windowController(), "updateTitle");
+        Q_EMIT windowMade();
 }
 
 QString VXDocument::windowNibName() const
@@ -280,10 +280,9 @@ void VXDocument::setFileVersion(int version)
     noteSilentChange();
 }
 
-void VXDocument::elementHasChanged(const InfoPtr &)
+void VXDocument::elementHasChanged(const InfoPtr &info)
 {
-    if (windowController())
-        QMetaObject::invokeMethod(windowController(), "setActiveInfo");
+    Q_EMIT elementChanged(info);
 }
 
 void VXDocument::flushChanges()

@@ -67,11 +67,11 @@ public: // opening and saving
     bool readWorseThan(const runebook::Document &former) const override;
     bool isEmpty() const override { return m_infos.count() == 0; }
     std::unique_ptr<runebook::SlicedContent> slicedContent() const override;
-    /// What the records cannot keep of the file that was read.
     /// Saving takes the token when it begins. Once the file is written, the document counts as unchanged
     /// if nothing happened meanwhile. \a operation: 0 save, 1 save as, 2 save a copy.
     Q_INVOKABLE quint64 changeCountTokenForSaveOperation(int operation) const;
     Q_INVOKABLE void updateChangeCountWithTokenForSaveOperation(quint64 token, int operation);
+    /// What the records cannot keep of the file that was read.
     const runebook::ReadNotes &readNotes() const { return m_readNotes; }
     Q_INVOKABLE int fileVersion() const { return m_fileVersion; }
     /// No undo step, but the document is edited.
@@ -168,6 +168,10 @@ Q_SIGNALS:
     void infosReset();
     /// Fields of records have changed: once for each command, however many there were.
     void infosChanged(const std::vector<VXDocument::Change> &changes);
+    /// The window shows the document now.
+    void windowMade();
+    /// The record may look different where it is shown.
+    void elementChanged(const InfoPtr &info);
     /// The document's file was read again and readNotes() with it, besides what the signals above tell.
     void readNotesChanged();
 

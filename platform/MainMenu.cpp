@@ -69,6 +69,25 @@ bool MainMenu::commitEditing(QWidget &window)
     return isTaken;
 }
 
+QEvent::Type MainMenu::validationEvent()
+{
+    static const auto kType = static_cast<QEvent::Type>(QEvent::registerEventType());
+    return kType;
+}
+
+void MainMenu::validate(const QAction &item)
+{
+    for (const QObject *place : item.associatedObjects()) {
+        QWidget *widget =
+            qobject_cast<const QMenu *>(place) ? qobject_cast<QWidget *>(place->parent()) : nullptr;
+        while (qobject_cast<QMenu *>(widget))
+            widget = widget->parentWidget();
+        QEvent event(validationEvent());
+        if (widget)
+            QCoreApplication::sendEvent(widget->window(), &event);
+    }
+}
+
 QMenu *MainMenu::sharedMenu(Place place)
 {
     QPointer<QMenu> &menu = sharedMenus()[place];

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QEvent>
 #include <QString>
 #include <functional>
 
@@ -26,6 +27,12 @@ public:
     /// Has a window take what is being typed in it, through its operation commitEditing; false when a field
     /// refuses its text. A window without that operation has nothing to take.
     static bool commitEditing(QWidget &window);
+
+    /// A window that validates its menus in the next turn of the event loop does it now when it gets such an
+    /// event.
+    static QEvent::Type validationEvent();
+    /// Has the windows in whose menus \a item stands validate it now.
+    static void validate(const QAction &item);
 
     /// The menu at \a place that all windows show in their menu bars, for content there is one of; made empty
     /// and not visible on first call. Whoever fills it gives it a title and makes it visible.

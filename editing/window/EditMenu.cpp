@@ -6,6 +6,7 @@
 #include "editing/window/DetailPane.h"
 #include "editing/window/MenuText.h"
 #include "editing/window/RecordCommands.h"
+#include "editing/window/StateChange.h"
 #include "platform/UndoManager.h"
 
 #include <QAbstractItemView>
@@ -50,12 +51,12 @@ bool isReadOnly(QWidget *text)
 
 } // namespace
 
-EditMenu::EditMenu(const WindowParts &parts, RecordCommands &commands, QObject *parent)
-    : QObject(parent), m_parts(parts), m_recordCommands(commands)
+EditMenu::EditMenu(const WindowParts &parts, RecordCommands &commands, StateChange &state, QObject *parent)
+    : QObject(parent), m_parts(parts), m_recordCommands(commands), m_state(state)
 {
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget *, QWidget *now) { focusHasChanged(now); });
-    connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &EditMenu::validate);
+    connect(QApplication::clipboard(), &QClipboard::dataChanged, &m_state, &StateChange::note);
     focusHasChanged(parts.window.focusWidget());
 }
 
@@ -161,13 +162,14 @@ void EditMenu::focusHasChanged(QWidget *now)
     if (QWidget *edited = text()) {
         m_focus->installEventFilter(this);
         if (auto *line = qobject_cast<QLineEdit *>(edited))
-            m_textConnections = {connect(line, &QLineEdit::textChanged, this, &EditMenu::validate),
-                                 connect(line, &QLineEdit::selectionChanged, this, &EditMenu::validate)};
+            m_textConnections = {connect(line, &QLineEdit::textChanged, &m_state, &StateChange::note),
+                                 connect(line, &QLineEdit::selectionChanged, &m_state, &StateChange::note)};
         else if (auto *box = qobject_cast<QPlainTextEdit *>(edited))
-            m_textConnections = {connect(box, &QPlainTextEdit::textChanged, this, &EditMenu::validate),
-                                 connect(box, &QPlainTextEdit::selectionChanged, this, &EditMenu::validate)};
+            m_textConnections = {
+                connect(box, &QPlainTextEdit::textChanged, &m_state, &StateChange::note),
+                connect(box, &QPlainTextEdit::selectionChanged, &m_state, &StateChange::note)};
     }
-    validate();
+    m_state.note();
 }
 
 QWidget *EditMenu::text() const
@@ -287,7 +289,7 @@ void EditMenu::run(const char *textOperation, void (RecordCommands::*onRecords)(
         line->del();
     else
         QMetaObject::invokeMethod(edited ? edited : m_focus.data(), textOperation);
-    validate();
+    m_state.note();
 }
 
 void EditMenu::undo()
@@ -306,7 +308,7 @@ void EditMenu::undo()
         m_parts.table.cellDelegate().revertEditor();
     else
         m_parts.pane.revert(m_focus);
-    validate();
+    m_state.note();
 }
 
 void EditMenu::redo()
@@ -316,7 +318,7 @@ void EditMenu::redo()
     else if (!holdsTyping() && m_parts.commitEditing())
         m_parts.document.undoManager()->redo();
     m_parts.document.flushChanges();
-    validate();
+    m_state.note();
 }
 
 } // namespace runebook

@@ -14,6 +14,7 @@ class QMenu;
 namespace runebook {
 
 class RecordCommands;
+class StateChange;
 
 /// Undo, Redo, Cut, Copy, Paste, Delete and Select All of a document window. They act on the text that has
 /// the focus, and on records when the table has it; undo and redo act on the text while it holds typing that
@@ -22,7 +23,7 @@ class EditMenu : public QObject
 {
     Q_OBJECT
 public:
-    EditMenu(const WindowParts &parts, RecordCommands &commands, QObject *parent);
+    EditMenu(const WindowParts &parts, RecordCommands &commands, StateChange &state, QObject *parent);
 
     void addUndoCommands(QMenu &menu);
     void addClipboardCommands(QMenu &menu);
@@ -68,6 +69,7 @@ private:
 
     WindowParts m_parts;
     RecordCommands &m_recordCommands;
+    StateChange &m_state;
     QPointer<QWidget> m_focus;
     std::vector<QMetaObject::Connection> m_textConnections;
     QAction *m_undoAction = nullptr;

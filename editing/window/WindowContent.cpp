@@ -9,6 +9,7 @@
 #include "editing/window/EmptyNotices.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
+#include "editing/window/StateChange.h"
 #include "editing/window/VXMenuButton.h"
 #include "editing/window/VXSimpleSplitView.h"
 #include "editing/window/VXSplitViewWindowController.h"
@@ -19,6 +20,7 @@
 #include "editing/window/WindowState.h"
 #include "editing/window/WindowTitle.h"
 #include "platform/MessageBar.h"
+#include "platform/UndoManager.h"
 #include "platform/documents/DocumentController.h"
 
 #include <QStatusBar>
@@ -32,7 +34,7 @@ using namespace Qt::StringLiterals;
 
 WindowContent::WindowContent(VXSplitViewWindowController &window, VXDocument &document,
                              RSRTVArrayController &list)
-    : m_window(window), m_document(document), m_list(list)
+    : m_window(window), m_document(document), m_list(list), m_state(new StateChange(this))
 {
     buildView();
     buildFeatures();
@@ -83,10 +85,13 @@ void WindowContent::buildFeatures()
     m_search = new WindowSearch(*m_parts, this);
     m_problems = new WindowProblems(*m_parts, *m_split, this);
     m_replace = new ReplaceCommand(*m_parts, m_problems->problems(), this);
-    m_menus = new WindowMenus(m_window, *m_parts, {*m_commands, *m_search, *m_problems, *m_replace});
+    m_menus =
+        new WindowMenus(m_window, *m_parts, {*m_commands, *m_search, *m_problems, *m_replace}, *m_state);
     auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_problems, this);
-    connect(this, &WindowContent::stateChanged, m_menus, &WindowMenus::validate);
-    connect(this, &WindowContent::stateChanged, notices, &EmptyNotices::update);
+    connect(m_state, &StateChange::changed, m_title, &WindowTitle::synchronize);
+    connect(m_state, &StateChange::changed, m_menus, &WindowMenus::validate);
+    connect(m_state, &StateChange::changed, notices, &EmptyNotices::update);
+    connect(m_state, &StateChange::changed, this, &WindowContent::stateChanged);
 }
 
 void WindowContent::buildToolBar()
@@ -121,30 +126,29 @@ void WindowContent::buildStatusBar()
 
 void WindowContent::connectFeatures()
 {
-    connect(m_title, &WindowTitle::updated, this, &WindowContent::stateChanged);
     connect(m_search, &WindowSearch::applied, m_title, [this] {
         m_title->synchronize();
         m_title->showSubtitle(); // the progress stood there
     });
     connect(m_search, &WindowSearch::progressed, m_title, &WindowTitle::showProgress);
-    connect(m_search, &WindowSearch::finished, this, &WindowContent::stateChanged);
+    connect(m_search, &WindowSearch::finished, m_state, &StateChange::note);
     connect(m_search, &WindowSearch::allWanted, m_problems, &WindowProblems::showAll);
     connect(m_problems, &WindowProblems::showRequested, m_search, &WindowSearch::showInfo);
     connect(m_problems, &WindowProblems::conditionChanged, m_search, &WindowSearch::setCondition);
-    connect(m_problems, &WindowProblems::shownChanged, this, &WindowContent::stateChanged);
+    connect(m_problems, &WindowProblems::shownChanged, m_state, &StateChange::note);
     connect(m_pane, &DetailPane::showRequested, m_search, &WindowSearch::showInfo);
     connect(m_pane, &DetailPane::remarked, this,
             [this](const FieldRemark &remark) { m_parts->showRemark(remark); });
     connect(&m_list, &RSRTVArrayController::remarked, this,
             [this](const FieldRemark &remark) { m_parts->showRemark(remark); });
-    connect(&m_list, &RSRTVArrayController::arrangedObjectsChanged, this, &WindowContent::updateTitle);
+    connect(&m_list, &RSRTVArrayController::arrangedObjectsChanged, m_state, &StateChange::note);
     connect(m_searchField, &VXSearchField::goToTableRequested, m_table, qOverload<>(&QWidget::setFocus));
     m_table->setLeavingCondition([this] { return m_parts->commitEditing(); });
     connect(m_table, &GlyphTableView::dragRefused, this,
             [this](const QString &why) { m_parts->showMessage(why); });
-    connect(m_table, &GlyphTableView::sortChanged, this, &WindowContent::stateChanged);
+    connect(m_table, &GlyphTableView::sortChanged, m_state, &StateChange::note);
     connect(m_table, &GlyphTableView::deleteRequested, m_commands, &RecordCommands::deleteSelected);
-    connect(&m_window, &VXSplitViewWindowController::sidebarShownChanged, this, &WindowContent::stateChanged);
+    connect(&m_window, &VXSplitViewWindowController::sidebarShownChanged, m_state, &StateChange::note);
 }
 
 void WindowContent::connectDocument()
@@ -157,8 +161,11 @@ void WindowContent::connectDocument()
     });
     connect(&m_document, &VXDocument::infosReset, this, &WindowContent::showSelection);
     connect(&m_document, &Document::aboutToClose, &m_window, &QWidget::hide);
-    connect(&DocumentController::shared(), &DocumentController::documentsChanged, this,
-            &WindowContent::updateTitle);
+    connect(&m_document, &VXDocument::windowMade, m_state, &StateChange::note);
+    connect(&m_document, &VXDocument::elementChanged, this, &WindowContent::showSelection);
+    connect(m_document.undoManager(), &UndoManager::changed, m_state, &StateChange::note);
+    connect(&DocumentController::shared(), &DocumentController::documentsChanged, m_state,
+            &StateChange::note);
 }
 
 RestoredParts WindowContent::restoredParts() const
@@ -194,15 +201,12 @@ void WindowContent::selectionHasChanged()
 void WindowContent::showSelectedCount()
 {
     m_title->showSelectedCount();
-    // A filter tells of itself when it is done.
-    if (!m_search->isApplying())
-        Q_EMIT stateChanged();
+    m_state->note();
 }
 
 void WindowContent::updateTitle()
 {
-    if (!m_search->isApplying())
-        m_title->updateLater();
+    m_state->note();
 }
 
 void WindowContent::showReadError()

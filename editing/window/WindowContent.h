@@ -11,6 +11,7 @@ namespace runebook {
 
 class RecordCommands;
 class ReplaceCommand;
+class StateChange;
 struct RestoredParts;
 class WindowMenus;
 class WindowProblems;
@@ -48,7 +49,7 @@ public:
     void showReadError();
 
 Q_SIGNALS:
-    /// Anything that menus depend on may have changed.
+    /// Anything that menus depend on may have changed; once in a turn of the event loop.
     void stateChanged();
 
 private:
@@ -70,6 +71,7 @@ private:
     MessageBar *m_messages = nullptr;
     VXSearchField *m_searchField = nullptr;
     std::unique_ptr<const WindowParts> m_parts;
+    StateChange *m_state;
     WindowTitle *m_title = nullptr;
     RecordCommands *m_commands = nullptr;
     WindowSearch *m_search = nullptr;

@@ -10,6 +10,7 @@
 #include "editing/window/MenuText.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
+#include "editing/window/StateChange.h"
 #include "editing/window/VXMenuButton.h"
 #include "editing/window/VXSplitViewWindowController.h"
 #include "editing/window/WindowProblems.h"
@@ -39,13 +40,14 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 WindowMenus::WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts,
-                         const WindowFeatures &features)
+                         const WindowFeatures &features, StateChange &state)
     : QObject(&window),
       m_window(window),
       m_parts(parts),
       m_features(features),
+      m_state(state),
       m_focusRound(new FocusRound(this)),
-      m_editMenu(new EditMenu(parts, features.commands, this))
+      m_editMenu(new EditMenu(parts, features.commands, state, this))
 {
     buildFileMenu();
     buildEditMenu();
@@ -56,9 +58,17 @@ WindowMenus::WindowMenus(VXSplitViewWindowController &window, const WindowParts 
     buildHelpMenu();
     addAreas();
     connect(&parts.table, &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
-    connect(parts.document.undoManager(), &UndoManager::changed, this, &WindowMenus::validate);
-    window.installEventFilter(this);
+    followMenus();
     validate();
+}
+
+void WindowMenus::followMenus()
+{
+    m_window.installEventFilter(this);
+    for (const QAction *item : m_window.menuBar()->actions()) {
+        if (item->menu())
+            connect(item->menu(), &QMenu::aboutToShow, &m_state, &StateChange::tell);
+    }
 }
 
 QAction *WindowMenus::addCommand(QMenu *menu, const QString &text, const QKeySequence &shortcut,
@@ -86,6 +96,8 @@ bool WindowMenus::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::WindowActivate && m_isValidationDue)
         validate();
+    if (event->type() == QEvent::ShortcutOverride || event->type() == MainMenu::validationEvent())
+        m_state.tell();
     return QObject::eventFilter(watched, event);
 }
 
@@ -294,7 +306,7 @@ QAction *WindowMenus::onRows(QAction *command)
 void WindowMenus::showRowMenu(const QPoint &place)
 {
     m_parts.table.setFocus(Qt::OtherFocusReason);
-    validate();
+    m_state.tell();
     auto *menu = new QMenu(&m_window);
     menu->setObjectName(u"rowMenu"_s);
     menu->setAttribute(Qt::WA_DeleteOnClose);

@@ -19,6 +19,7 @@ class FocusRound;
 
 class RecordCommands;
 class ReplaceCommand;
+class StateChange;
 class WindowProblems;
 class WindowSearch;
 
@@ -35,8 +36,8 @@ class WindowMenus : public QObject
 {
     Q_OBJECT
 public:
-    WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts,
-                const WindowFeatures &features);
+    WindowMenus(VXSplitViewWindowController &window, const WindowParts &parts, const WindowFeatures &features,
+                StateChange &state);
 
     /// The actions that the toolbar shows too.
     QAction *addAction() const { return m_addAction; }
@@ -67,6 +68,8 @@ private:
     void fillHistory(QMenu *menu);
     void fillSelectSame(QMenu *menu);
     void fillAppearance(QMenu *menu);
+    /// Opening a menu and pressing a key find every command as it would act then.
+    void followMenus();
     void addAreas();
     /// Marks a command of the Edit or the Glyph menu as one that acts on the selected rows.
     QAction *onRows(QAction *command);
@@ -75,6 +78,7 @@ private:
     VXSplitViewWindowController &m_window;
     WindowParts m_parts;
     WindowFeatures m_features;
+    StateChange &m_state;
     bool m_isValidationDue = false;
     std::vector<std::pair<QAction *, Condition>> m_conditions;
     FocusRound

@@ -23,7 +23,6 @@ public:
     /// True while a filter is being built, applied or still searching.
     bool isFiltering() const;
     /// True while the rows are exchanged; what they tell of themselves meanwhile is told again by applied().
-    bool isApplying() const { return m_isApplying; }
     /// Shows only the records whose place in the document passes, besides the search; null: all.
     void setCondition(const std::function<bool(qsizetype place)> &condition);
     /// Puts the caret into the search field.

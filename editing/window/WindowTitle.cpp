@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QLocale>
 #include <QStatusBar>
-#include <QTimer>
 
 namespace runebook {
 
@@ -35,17 +34,6 @@ void WindowTitle::synchronize()
     m_parts.window.setWindowTitle(document.windowTitle().replace("[*]"_L1, "[*][*]"_L1) + "[*]"_L1);
     m_parts.window.setWindowModified(document.isDocumentEdited());
     m_parts.window.setWindowFilePath(document.fileURL());
-}
-
-void WindowTitle::updateLater()
-{
-    if (std::exchange(m_isPending, true))
-        return;
-    QTimer::singleShot(0, this, [this] {
-        m_isPending = false;
-        synchronize();
-        Q_EMIT updated();
-    });
 }
 
 QString WindowTitle::countText(const QString &shown, const QString &total) const

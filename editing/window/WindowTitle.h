@@ -24,8 +24,6 @@ public:
     /// Returns the name unchanged; sets the subtitle on the way.
     QString titleForDisplayName(const QString &displayName);
     void synchronize();
-    /// The same in the next turn of the event loop, once for several calls; then updated().
-    void updateLater();
     void showSelectedCount();
     /// \a done of a search, from 0 to 1, in the place of the subtitle.
     void showProgress(double done);
@@ -33,7 +31,6 @@ public:
 
 Q_SIGNALS:
     void subtitleChanged();
-    void updated();
 
 private:
     QString countText(const QString &shown, const QString &total) const;
@@ -43,7 +40,6 @@ private:
     QLabel *m_countLabel;
     QString m_title;
     QString m_subtitle;
-    bool m_isPending = false;
 };
 
 } // namespace runebook

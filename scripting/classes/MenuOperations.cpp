@@ -1,5 +1,6 @@
 #include "scripting/classes/MenuOperations.h"
 
+#include "platform/MainMenu.h"
 #include "scripting/bridge/BridgedClass.h"
 #include "scripting/classes/ScriptMenuItems.h"
 
@@ -182,11 +183,13 @@ bool MenuItemOperations::isSeparatorItem(QAction *item) const
 
 bool MenuItemOperations::isEnabled(QAction *item) const
 {
+    MainMenu::validate(*item);
     return item->isEnabled();
 }
 
 int MenuItemOperations::state(QAction *item) const
 {
+    MainMenu::validate(*item);
     return item->isChecked() ? 1 : 0;
 }
 

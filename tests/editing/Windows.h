@@ -7,6 +7,7 @@
 #include "editing/search/VXSearchField.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/VXWindowController.h"
+#include "platform/MainMenu.h"
 #include "platform/MessageBar.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
@@ -106,8 +107,10 @@ inline void makeDocumentsWithWindows()
 inline QStringList offersOf(const QWidget &menu)
 {
     QStringList texts;
-    for (const QAction *action : menu.actions())
+    for (const QAction *action : menu.actions()) {
+        MainMenu::validate(*action);
         texts << (action->isEnabled() ? plain(action->text()) : u'(' + plain(action->text()) + u')');
+    }
     return texts;
 }
 
@@ -186,9 +189,11 @@ protected:
         QTest::keyClick(table(), Qt::Key_F2);
         return table()->cellDelegate().editor();
     }
-    /// The command of a menu by its text, wherever it stands.
+    /// The command of a menu by its text, wherever it stands, as somebody finds it who opens the menu.
     QAction *command(const QString &text) const
     {
+        QEvent asked(MainMenu::validationEvent());
+        QCoreApplication::sendEvent(m_window.get(), &asked);
         const auto actions = m_window->findChildren<QAction *>();
         const auto it = std::find_if(actions.begin(), actions.end(),
                                      [&text](const QAction *each) { return plain(each->text()) == text; });
