@@ -76,6 +76,7 @@ private: // setting up
     void introduceToScripts();
     void followScripts();
     void presentErrors();
+    void showPendingErrors();
     void followSettings();
     void followSessionManager();
     void warnOfDamagedDefaults();
@@ -87,6 +88,7 @@ private: // setting up
     QPointer<VXPreferencesController> m_preferencesController;
     runebook::FileOpener *m_fileOpener;
     QList<QObject *> m_documentsBeforeRun; ///< to be compared, never to be used: some may be gone
+    QStringList m_pendingErrors; ///< to be shown in the next turn of the event loop
     bool m_isTerminating = false;
     bool m_isSessionKept = false;
 };

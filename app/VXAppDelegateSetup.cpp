@@ -197,23 +197,21 @@ void VXAppDelegate::contributeToMenus()
 void VXAppDelegate::presentErrors()
 {
     // Reports of a reading come in a row: they are gathered and shown in the front window's message bar.
-    auto *pending = new QStringList;
-    connect(this, &QObject::destroyed, [pending] { delete pending; });
-    connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, this, [pending, this](const Error &error) {
+    connect(&ErrorPresenter::shared(), &ErrorPresenter::presented, this, [this](const Error &error) {
         constexpr qsizetype kShown = 20;
-        if (pending->isEmpty()) {
-            QTimer::singleShot(0, this, [pending] {
-                const QStringList texts = std::exchange(*pending, {});
-                QObject *document = DocumentController::shared().currentDocument();
-                auto *current = qobject_cast<VXDocument *>(document);
-                if (current && current->windowController())
-                    QMetaObject::invokeMethod(current->windowController(), "showMessage",
-                                              Q_ARG(QString, texts.join(u'\n')));
-            });
-        }
-        if (pending->size() < kShown)
-            *pending << error.text();
+        if (m_pendingErrors.isEmpty())
+            QTimer::singleShot(0, this, &VXAppDelegate::showPendingErrors);
+        if (m_pendingErrors.size() < kShown)
+            m_pendingErrors << error.text();
     });
+}
+
+void VXAppDelegate::showPendingErrors()
+{
+    const QStringList texts = std::exchange(m_pendingErrors, {});
+    const auto *document = qobject_cast<VXDocument *>(DocumentController::shared().currentDocument());
+    if (auto *window = document ? qobject_cast<VXWindowController *>(document->windowController()) : nullptr)
+        window->showMessage(texts.join(u'\n'));
 }
 
 void VXAppDelegate::followSettings()

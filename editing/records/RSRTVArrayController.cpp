@@ -253,6 +253,7 @@ bool RSRTVArrayController::arrange(Filter filter, Error *error)
     m_document.flushChanges();
     const InfoList &infos = m_document.infos();
     const bool asksFilter = filter == Filter::Apply || !isFiltered();
+    const bool hadPredicate = m_predicate.has_value();
     std::optional<IndexSet> passing = asksFilter ? passingPlaces(error) : shownPlaces();
     if (passing && asksFilter && !m_added.empty()) {
         std::vector<qsizetype> added;
@@ -260,7 +261,7 @@ bool RSRTVArrayController::arrange(Filter filter, Error *error)
             added.push_back(m_document.placeOf(info));
         passing->unite(IndexSet(std::move(added)));
     }
-    const bool gaveUp = error && !error->domain.isEmpty();
+    const bool gaveUp = hadPredicate && !m_predicate;
     std::vector<VXGlyphInfo *> rows;
     rows.reserve(passing ? passing->size() : infos.size());
     if (m_sortColumn < 0) {

@@ -225,7 +225,10 @@ private:
     bool showsDocumentOrder() const { return m_sortColumn < 0 && !isFiltered(); }
     void rebuildRowNumbers() const;
 
+    static quint64 nextNumber();
+
     VXDocument &m_document;
+    const quint64 m_number = nextNumber(); ///< tells its drags from those of others
     std::vector<VXGlyphInfo *> m_rows; ///< owned by the document's list while they stand here
     mutable std::vector<qint32> m_rowOfPlace; ///< by place in the document's list; empty while not known
     std::vector<quint32> m_sortedPlaces; ///< empty in document order

@@ -6,6 +6,7 @@
 #include "editing/records/TableDrag.h"
 
 #include <QAbstractItemDelegate>
+#include <QCoreApplication>
 #include <QHeaderView>
 #include <QIODevice>
 #include <QMimeData>
@@ -137,27 +138,31 @@ QStringList RSRTVArrayController::mimeTypes() const
 
 namespace {
 
-/// The controller in the data tells its own drags from those of other windows of the program.
-QByteArray archivedRows(const IndexSet &rows, const void *controller)
+constexpr quint8 kArchiveVersion = 2;
+
+/// The process and the number of the controller tell its own drags from those of other windows.
+QByteArray archivedRows(const IndexSet &rows, quint64 controller)
 {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     stream.setVersion(QDataStream::Qt_6_4);
-    stream << quint8(1) << reinterpret_cast<quint64>(controller) << quint64(rows.size());
+    stream << kArchiveVersion << qint64(QCoreApplication::applicationPid()) << controller
+           << quint64(rows.size());
     for (const qsizetype row : rows)
         stream << qint64(row);
     return bytes;
 }
 
-IndexSet rowsOfArchive(const QByteArray &bytes, const void *controller)
+IndexSet rowsOfArchive(const QByteArray &bytes, quint64 controller)
 {
     QDataStream stream(bytes);
     stream.setVersion(QDataStream::Qt_6_4);
     quint8 version = 0;
+    qint64 process = 0;
     quint64 source = 0;
     quint64 count = 0;
-    stream >> version >> source >> count;
-    if (version != 1 || source != reinterpret_cast<quint64>(controller))
+    stream >> version >> process >> source >> count;
+    if (version != kArchiveVersion || process != QCoreApplication::applicationPid() || source != controller)
         return {};
     std::vector<qsizetype> rows;
     for (qint64 row = 0; count > 0 && stream.status() == QDataStream::Ok; --count) {
@@ -168,6 +173,12 @@ IndexSet rowsOfArchive(const QByteArray &bytes, const void *controller)
 }
 
 } // namespace
+
+quint64 RSRTVArrayController::nextNumber()
+{
+    static quint64 last = 0;
+    return ++last;
+}
 
 QMimeData *RSRTVArrayController::mimeData(const QModelIndexList &indexes) const
 {
@@ -182,7 +193,7 @@ QMimeData *RSRTVArrayController::mimeDataForRows(const IndexSet &rows) const
     if (!m_draggingEnabled || !showsDocumentOrder() || rows.empty())
         return nullptr;
     auto *data = new QMimeData;
-    data->setData(dragType(), archivedRows(rows, this));
+    data->setData(dragType(), archivedRows(rows, m_number));
     return data;
 }
 
@@ -190,7 +201,7 @@ bool RSRTVArrayController::canDropMimeData(const QMimeData *data, Qt::DropAction
                                            const QModelIndex &parent) const
 {
     return m_draggingEnabled && showsDocumentOrder() && !parent.isValid() && row >= 0
-        && !rowsOfArchive(data->data(dragType()), this).empty();
+        && !rowsOfArchive(data->data(dragType()), m_number).empty();
 }
 
 bool RSRTVArrayController::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
@@ -198,7 +209,7 @@ bool RSRTVArrayController::dropMimeData(const QMimeData *data, Qt::DropAction ac
 {
     if (!canDropMimeData(data, action, row, column, parent))
         return false;
-    acceptRows(rowsOfArchive(data->data(dragType()), this), action, row);
+    acceptRows(rowsOfArchive(data->data(dragType()), m_number), action, row);
     // The rows were moved here already; the view must not remove the dragged ones on top of that.
     return false;
 }
@@ -247,7 +258,8 @@ bool RSRTVArrayController::tableViewAcceptDropRowDropOperation(QObject *tableVie
     if (action == Qt::IgnoreAction)
         return false;
     const auto *drag = qobject_cast<TableDrag *>(info);
-    acceptRows(rowsOfArchive(drag->data()->data(dragType()), this), static_cast<Qt::DropAction>(action), row);
+    acceptRows(rowsOfArchive(drag->data()->data(dragType()), m_number), static_cast<Qt::DropAction>(action),
+               row);
     return true;
 }
 

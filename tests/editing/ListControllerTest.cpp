@@ -282,6 +282,21 @@ private Q_SLOTS:
         }
     }
 
+    /// Whether a filter gave up does not hang on what the caller passes for the error.
+    void aFilterThatGaveUpIsToldOf()
+    {
+        const auto document = documentOf(named(QString(60, u'a') + u'!'));
+        RSRTVArrayController controller(*document);
+        const QString hostile = u"name MATCHES \"(a+)+$\""_s;
+        QVERIFY(!controller.setFilterPredicate(hostile));
+        QVERIFY(controller.filterPredicate().isNull());
+        Error ofBefore {u"Before"_s, 1, {}, {}, {}};
+        QVERIFY(controller.setFilterPredicate(u"name contains \"a\""_s, &ofBefore));
+        QCOMPARE(ofBefore.domain, u"Before"_s);
+        QVERIFY(!controller.setFilterPredicate(hostile, &ofBefore));
+        QCOMPARE(ofBefore.code, int(Predicate::PatternGaveUp));
+    }
+
     void filterStaysInForceOverUndo()
     {
         const auto document = documentWith(u"a1 b1 a2 b2 a3 b3"_s);
