@@ -29,7 +29,8 @@ JSTDocument::JSTDocument(std::shared_ptr<TDTokenizer> tokenizer, QObject *parent
 {
     m_wholePass.setSingleShot(true);
     m_wholePass.setInterval(kPauseMs);
-    connect(&m_wholePass, &QTimer::timeout, this, [this] { colourText(false, {}, true); });
+    connect(&m_wholePass, &QTimer::timeout, this,
+            [this] { colourText(Scope::Changes, {}, Announce::ByItself); });
 }
 
 JSTDocument::~JSTDocument() = default;
@@ -142,7 +143,7 @@ void JSTDocument::textStorageDidProcessEditing(int from, int removed, int added)
     const TextRange edited = TextRange {from, added}.clampedTo(m_storage->length());
     if (!colourEdit(edited)) {
         m_wholePass.stop();
-        colourText(false, edited, false);
+        colourText(Scope::Changes, edited, Announce::WithTheEdit);
     }
 }
 
@@ -155,7 +156,7 @@ void JSTDocument::parseCode(bool force)
     if (!m_storage)
         return;
     if (force || m_sourceString.isNull() || m_sourceString != m_storage->string())
-        colourText(force, {}, true);
+        colourText(force ? Scope::Everything : Scope::Changes, {}, Announce::ByItself);
 }
 
 /// Colours what an edit that made \a edited changed, from the last token in front of it to the first that is
@@ -172,21 +173,20 @@ bool JSTDocument::colourEdit(TextRange edited)
     const QString inserted = m_storage->substringWithRange(edited);
     if (QStringView(m_sourceString).sliced(edited.location, removed) == inserted) {
         // The same text, but its blocks may be new ones: replaced by their like, or undone and redone.
-        paint(edited, false);
+        paint(edited, Announce::WithTheEdit);
         return true;
     }
     m_tokenizer->setString(QString()); // or the next line would copy the text
     m_sourceString.replace(edited.location, removed, inserted);
     m_tokenizer->setString(m_sourceString);
     const TextRange changed = m_runs.rescan(*m_tokenizer, m_formats, edited.location, removed, edited.length);
-    paint(changed.united(edited), false);
+    paint(changed.united(edited), Announce::WithTheEdit);
     m_wholePass.start();
     return true;
 }
 
-/// The whole pass. \a edited is what changed since the last one, as far as it is known; \a announce: the
-/// change of looks is not part of a change that the document is announcing anyway.
-void JSTDocument::colourText(bool everything, TextRange edited, bool announce)
+/// The whole pass. \a edited is what changed since the last one, as far as it is known.
+void JSTDocument::colourText(Scope scope, TextRange edited, Announce announce)
 {
     if (!m_storage)
         return;
@@ -199,8 +199,8 @@ void JSTDocument::colourText(bool everything, TextRange edited, bool announce)
     }
     m_tokenizer->setString(m_sourceString);
     m_tokenizer->setReader(TDReader());
-    if (refreshFormats() || m_runs.isEmpty() || m_postprocessingBlock)
-        everything = true;
+    const bool everything =
+        refreshFormats() || scope == Scope::Everything || m_runs.isEmpty() || m_postprocessingBlock;
     const TokenRuns before = std::exchange(m_runs, {});
     m_runs.scan(*m_tokenizer, m_formats, length);
     paint(everything ? TextRange {0, length} : edited, announce);
@@ -247,11 +247,11 @@ bool JSTDocument::refreshFormats()
     return true;
 }
 
-void JSTDocument::paint(TextRange range, bool announce)
+void JSTDocument::paint(TextRange range, Announce announce)
 {
     const TextRange touched =
         m_runs.applyTo(*m_storage, range.clampedTo(int(m_sourceString.size())), m_formats);
-    if (announce && touched.length > 0)
+    if (announce == Announce::ByItself && touched.length > 0)
         m_storage->markContentsDirty(touched.location, touched.length);
 }
 

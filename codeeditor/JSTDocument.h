@@ -97,12 +97,15 @@ protected:
 private:
     void textStorageDidProcessEditing(int from, int removed, int added);
     bool colourEdit(runebook::TextRange edited);
-    void colourText(bool everything, runebook::TextRange edited, bool announce);
+    enum class Scope { Changes, Everything };
+    /// A change of looks that is part of one that the document is announcing anyway is announced with it.
+    enum class Announce { WithTheEdit, ByItself };
+    void colourText(Scope scope, runebook::TextRange edited, Announce announce);
     bool refreshFormats();
     bool formatsAreFresh() const;
     bool showsBlanks() const;
     QVariantMap blankAttributes(int index, runebook::TextRange *range) const;
-    void paint(runebook::TextRange range, bool announce);
+    void paint(runebook::TextRange range, Announce announce);
     void applyParagraphStyle();
     JSTTextViewDelegate *delegateInterface() const;
     runebook::CompletionList wordsOfList(const QString &partial) const;

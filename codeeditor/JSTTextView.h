@@ -140,9 +140,11 @@ private:
     void deleteRange(runebook::TextRange range);
     bool selectionSpansLines() const;
     void setUpCompletions();
-    void updateCompletions(const QString &typed, bool erases);
+    enum class Typing { Adds, Erases };
+    void updateCompletions(const QString &typed, Typing typing);
     bool wantsNoCompletions(runebook::TextRange range, const QString &partial) const;
-    void showCompletions(bool onRequest);
+    enum class Completing { OnRequest, ByItself };
+    void showCompletions(Completing completing);
     void acceptCompletion(const QString &word);
     void placeLineNumberView();
     void dropRestOfScrolling();

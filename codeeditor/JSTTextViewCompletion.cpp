@@ -63,15 +63,15 @@ QStringList JSTTextView::completionsForPartialWordRange(TextRange range, int *se
 
 void JSTTextView::complete()
 {
-    showCompletions(true);
+    showCompletions(Completing::OnRequest);
 }
 
 /// After something was \a typed: a name brings the list up, or narrows it; anything else ends it.
-void JSTTextView::updateCompletions(const QString &typed, bool erases)
+void JSTTextView::updateCompletions(const QString &typed, Typing typing)
 {
     const bool types = !typed.isEmpty() && typed.back().isPrint();
-    if (m_completions->isOpen() ? (types || erases) : types)
-        showCompletions(false);
+    if (m_completions->isOpen() ? (types || typing == Typing::Erases) : types)
+        showCompletions(Completing::ByItself);
     else
         m_completions->end();
 }
@@ -84,8 +84,9 @@ bool JSTTextView::wantsNoCompletions(TextRange range, const QString &partial) co
         || (coloured && range.length > 0 && coloured->isInStringOrComment(range.end() - 1));
 }
 
-void JSTTextView::showCompletions(bool onRequest)
+void JSTTextView::showCompletions(Completing completing)
 {
+    const bool onRequest = completing == Completing::OnRequest;
     const TextRange range = rangeForUserCompletion();
     const QString partial = m_storage->substringWithRange(range);
     JSTTextViewDelegate *delegate = delegateInterface();

@@ -36,7 +36,7 @@ void JSTTextView::keyPressEvent(QKeyEvent *event)
         QPlainTextEdit::keyPressEvent(event);
     m_userEvent = UserEvent::None;
     if (event->key() != Qt::Key_Shift)
-        updateCompletions(event->text(), event->key() == Qt::Key_Backspace);
+        updateCompletions(event->text(), event->key() == Qt::Key_Backspace ? Typing::Erases : Typing::Adds);
 }
 
 void JSTTextView::inputMethodEvent(QInputMethodEvent *event)
@@ -45,7 +45,7 @@ void JSTTextView::inputMethodEvent(QInputMethodEvent *event)
     m_userEvent = committed.isEmpty() ? UserEvent::None : UserEvent::KeyDown;
     QPlainTextEdit::inputMethodEvent(event);
     m_userEvent = UserEvent::None;
-    updateCompletions(event->preeditString().isEmpty() ? committed : QString(), false);
+    updateCompletions(event->preeditString().isEmpty() ? committed : QString(), Typing::Adds);
 }
 
 bool JSTTextView::handleEditingKey(QKeyEvent *event)

@@ -122,7 +122,7 @@ qsizetype endOfString(QStringView text, qsizetype start)
     const char16_t *units = text.utf16();
     const char16_t quote = units[start];
     if (start + 2 < text.size() && units[start + 1] == quote && units[start + 2] == quote)
-        return endOfBlock(text, start, 3, text.sliced(start, 3), true);
+        return endOfBlock(text, start, 3, text.sliced(start, 3), Escapes::Yes);
     qsizetype index = start + 1;
     while (index < text.size() && !isLineEnd(units[index])) {
         if (units[index] == quote)
@@ -150,10 +150,11 @@ bool isInStringOrComment(QStringView line, qsizetype index)
     return at > index;
 }
 
-qsizetype endOfBlock(QStringView text, qsizetype start, qsizetype skip, QStringView terminator, bool escapes)
+qsizetype endOfBlock(QStringView text, qsizetype start, qsizetype skip, QStringView terminator,
+                     Escapes escapes)
 {
     qsizetype index = start + skip;
-    if (!escapes) {
+    if (escapes == Escapes::No) {
         const qsizetype found = text.indexOf(terminator, index);
         return found < 0 ? text.size() : found + terminator.size();
     }

@@ -24,7 +24,11 @@ qsizetype endOfString(QStringView text, qsizetype start);
 /// part of a string or a comment.
 bool isInStringOrComment(QStringView line, qsizetype index);
 
+/// Whether a backslash takes the next character along.
+enum class Escapes { No, Yes };
+
 /// A block from \a start (its first \a skip units are the opening) through \a terminator or to the end.
-qsizetype endOfBlock(QStringView text, qsizetype start, qsizetype skip, QStringView terminator, bool escapes);
+qsizetype endOfBlock(QStringView text, qsizetype start, qsizetype skip, QStringView terminator,
+                     Escapes escapes);
 
 } // namespace runebook::python

@@ -142,7 +142,8 @@ const TDToken *TDTokenizer::nextToken()
         if (const Comment *comment = commentAt(text, start)) {
             const qsizetype end = comment->end.isEmpty()
                 ? python::endOfLine(text, start)
-                : python::endOfBlock(text, start, comment->start.size(), comment->end, comment->escapes);
+                : python::endOfBlock(text, start, comment->start.size(), comment->end,
+                                     comment->escapes ? python::Escapes::Yes : python::Escapes::No);
             return take(Kind::Comment, std::max(end, start + comment->start.size()));
         }
     }

@@ -35,30 +35,31 @@ bool isToBeRead(const QString &key)
 TokenFormats::TokenFormats(const QVariantHash &table, int fontSize, const QPalette &palette, bool showsBlanks)
     : m_palette(palette), m_fontSize(fontSize), m_showsBlanks(showsBlanks), m_unshapedFormats {unshaped({})}
 {
-    m_quotedStringIndex = add({{foregroundColorAttributeName, quotedStringColor()}}, true);
-    m_numberIndex = add({{foregroundColorAttributeName, numberColor()}}, true);
+    m_quotedStringIndex = add({{foregroundColorAttributeName, quotedStringColor()}}, Use::ToBeRead);
+    m_numberIndex = add({{foregroundColorAttributeName, numberColor()}}, Use::ToBeRead);
     for (auto entry = table.cbegin(); entry != table.cend(); ++entry) {
         if (isDictionary(*entry))
-            m_words.insert(entry.key(), addEntry(entry->toMap(), isToBeRead(entry.key())));
+            m_words.insert(entry.key(),
+                           addEntry(entry->toMap(), isToBeRead(entry.key()) ? Use::ToBeRead : Use::Blanks));
     }
     m_entries.clear();
     m_commentIndex = m_words.find(commentAttributesKey);
     const QVariant defaultColor = table.value(defaultForegroundKey);
     if (defaultColor.typeId() == QMetaType::QColor)
-        m_defaultIndex = add({{foregroundColorAttributeName, defaultColor}}, true);
+        m_defaultIndex = add({{foregroundColorAttributeName, defaultColor}}, Use::ToBeRead);
 }
 
-int TokenFormats::addEntry(const QVariantMap &attributes, bool toBeRead)
+int TokenFormats::addEntry(const QVariantMap &attributes, Use use)
 {
     for (const Entry &known : std::as_const(m_entries)) {
-        if (known.toBeRead == toBeRead && known.attributes == attributes)
+        if (known.use == use && known.attributes == attributes)
             return known.index;
     }
-    m_entries.append({attributes, toBeRead, add(attributes, toBeRead)});
+    m_entries.append({attributes, use, add(attributes, use)});
     return m_entries.last().index;
 }
 
-int TokenFormats::add(const QVariantMap &attributes, bool toBeRead)
+int TokenFormats::add(const QVariantMap &attributes, Use use)
 {
     QVariantMap sized = attributes;
     QFont font = attributes.value(fontAttributeName).value<QFont>();
@@ -68,11 +69,11 @@ int TokenFormats::add(const QVariantMap &attributes, bool toBeRead)
         sized.insert(fontAttributeName, font);
     }
     QTextCharFormat format = formatFromAttributes(sized);
-    if (toBeRead && format.hasProperty(kGivenColorProperty))
+    if (use == Use::ToBeRead && format.hasProperty(kGivenColorProperty))
         format.setForeground(readableColor(format.foreground().color(), m_palette.color(QPalette::Base)));
     m_formats.append(format);
     m_unshapedFormats.append(unshaped(format));
-    m_invisible.append(!toBeRead && !m_showsBlanks && !attributes.contains(fontAttributeName));
+    m_invisible.append(use == Use::Blanks && !m_showsBlanks && !attributes.contains(fontAttributeName));
     return int(m_formats.size()) - 1;
 }
 

@@ -35,12 +35,13 @@ public:
     const QTextCharFormat &unshapedAt(int index) const { return m_unshapedFormats[index + 1]; }
 
 private:
-    int add(const QVariantMap &attributes, bool toBeRead);
-    int addEntry(const QVariantMap &attributes, bool toBeRead);
+    enum class Use { ToBeRead, Blanks };
+    int add(const QVariantMap &attributes, Use use);
+    int addEntry(const QVariantMap &attributes, Use use);
 
     struct Entry {
         QVariantMap attributes;
-        bool toBeRead;
+        Use use;
         int index;
     };
 
