@@ -7,10 +7,10 @@
 #include "scripting/menu/MenuSettings.h"
 #include "scripting/menu/SitePackages.h"
 #include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/python/PythonDiscovery.h"
 #include "scripting/python/PythonPlaces.h"
 #include "scripting/python/PythonProbe.h"
-#include "scripting/python/RunSettings.h"
 #include "scripting/python/ScriptConsole.h"
 #include "ui_PythonPane.h"
 

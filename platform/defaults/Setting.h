@@ -17,18 +17,19 @@ template <typename T> struct SettingRange {
     OutOfRange outside = OutOfRange::ReadsAsNearest;
 };
 
-/// One setting in the standard defaults: its key, what it is until the user has chosen, and which values count.
-/// Declared once, as an `inline const` of the namespace Settings, in the header of settings of the lowest folder
-/// that uses it; others include that header. T is bool, int, double, an enumeration (stored as its number), a
-/// text, a list, a map, bytes, or QVariant for what is stored as it stands. Nothing is read before somebody asks.
-/// Main thread only.
+/// One setting in the standard defaults: its key, what it is until the user has chosen, and which values
+/// count. Declared once, as an `inline const` of the namespace Settings, in the header of settings of the
+/// lowest folder that uses it; others include that header. T is bool, int, double, an enumeration (stored as
+/// its number), a text, a list, a map, bytes, or QVariant for what is stored as it stands. Nothing is read
+/// before somebody asks. Main thread only.
 template <typename T> class Setting
 {
 public: // making
     constexpr explicit Setting(const char *key, T fallback = {},
                                std::optional<SettingRange<T>> range = std::nullopt)
         : m_key(key), m_fallback(std::move(fallback)), m_range(std::move(range))
-    { }
+    {
+    }
 
 public: // reading
     QString key() const { return m_key; }

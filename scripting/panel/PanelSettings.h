@@ -11,9 +11,11 @@ inline const Setting<bool> kShowsMacroPanel("showMacroPanel");
 inline const Setting<QByteArray> kMacroPanelGeometry("VXMacroPanelGeometry");
 inline const Setting<QByteArray> kMacroPanelSplitter("VXMacroPanelSplitter");
 inline const Setting<QString> kDocumentationAddress("VXDocumentationURL");
+inline const Setting<int> kAfterFailedRun("VXAfterFailedRun"); ///< a RunQuestion::Answer
 
 // Tabs
-inline const Setting<QVariant> kMacroTabs("VXMacroViews"); ///< a list of maps; of another type before the first
+inline const Setting<QVariant>
+    kMacroTabs("VXMacroViews"); ///< a list of maps; of another type before the first
 inline const Setting<int> kSelectedMacroTab("VXSelectedMacroView");
 inline const Setting<QString>
     kFirstMacro("macroCode", QStringLiteral("# type your Python code here and press cmd+Return to run."));

@@ -5,9 +5,9 @@
 #include "platform/MessageBar.h"
 #include "platform/documents/Document.h"
 #include "platform/documents/DocumentController.h"
+#include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/RunSummary.h"
 #include "scripting/python/RunPump.h"
-#include "scripting/python/RunSettings.h"
 #include "scripting/python/RunSteps.h"
 
 #include <QBoxLayout>
