@@ -19,10 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("RunWatchWindow", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(RunWatchWindow)
+};
 
 /// Ends \a program and waits until it is gone: its locks and its place as the one program have to be free.
 void endProgram(pid_t program)
@@ -49,14 +48,15 @@ int showRunWatchWindow(const QString &sessionFile, const QString &name, const QS
     QMessageBox box;
     box.setWindowFlag(Qt::WindowStaysOnTopHint);
     box.setIcon(QMessageBox::Warning);
-    box.setWindowTitle(tr("Script Still Running"));
+    box.setWindowTitle(Texts::tr("Script Still Running"));
     setPlainTexts(
-        box, tr("“%1” has been running since %2, and Runebook cannot answer.").arg(name, since),
-        tr("It works inside of Python itself, where it cannot be stopped. You can wait for it, or end "
-           "Runebook and open it again with the same windows. What was unsaved before the script began "
-           "comes back; what the script has changed does not."));
-    QPushButton *end = box.addButton(tr("&End and Reopen"), QMessageBox::DestructiveRole);
-    QPushButton *wait = box.addButton(tr("&Wait"), QMessageBox::RejectRole);
+        box, Texts::tr("“%1” has been running since %2, and Runebook cannot answer.").arg(name, since),
+        Texts::tr(
+            "It works inside of Python itself, where it cannot be stopped. You can wait for it, or end "
+            "Runebook and open it again with the same windows. What was unsaved before the script began "
+            "comes back; what the script has changed does not."));
+    QPushButton *end = box.addButton(Texts::tr("&End and Reopen"), QMessageBox::DestructiveRole);
+    QPushButton *wait = box.addButton(Texts::tr("&Wait"), QMessageBox::RejectRole);
     box.setDefaultButton(wait);
     box.setEscapeButton(wait);
     // A program that has ended by itself needs no window any more.

@@ -23,19 +23,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("GlyphDataReader", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(GlyphDataReader)
+};
 
 Error readError(const QString &path, const QString &reason, const QString &suggestion = {})
 {
-    return {u"ReadError"_s, 1, tr("“%1” could not be read.").arg(shownPath(path)), reason, suggestion};
+    return {u"ReadError"_s, 1, Texts::tr("“%1” could not be read.").arg(shownPath(path)), reason, suggestion};
 }
 
 Error notEnoughMemory(const QString &path)
 {
-    Error error = readError(path, tr("There is not enough memory for it."));
+    Error error = readError(path, Texts::tr("There is not enough memory for it."));
     error.code = ENOMEM;
     return error;
 }
@@ -76,7 +75,7 @@ void reportUnknown(ReadNotes &notes)
             {u"User"_s,
              1,
              {},
-             tr("There are %1 unknown entries in the file, the first: %2 = %3")
+             Texts::tr("There are %1 unknown entries in the file, the first: %2 = %3")
                  .arg(QString::number(notes.count(ReadNotes::UnknownAttribute)), key, value.left(100)),
              {}});
         return;
@@ -137,7 +136,9 @@ std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
     }
     if (!file.isRegular()) {
         const bool isFolder = fileKind(path) == FileKind::Folder;
-        fail(error, readError(path, isFolder ? tr("It is a folder.") : tr("It is a device or a pipe.")));
+        fail(error,
+             readError(path,
+                       isFolder ? Texts::tr("It is a folder.") : Texts::tr("It is a device or a pipe.")));
         return {};
     }
     // Not in the middle of a save. Who keeps the file longer than any save locks it for reasons of their own.
@@ -156,8 +157,8 @@ std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
         }
         if (!isText) {
             fail(error,
-                 readError(path, tr("It is not UTF-8 text."),
-                           tr("Convert the file to UTF-8 in a text editor and open it again.")));
+                 readError(path, Texts::tr("It is not UTF-8 text."),
+                           Texts::tr("Convert the file to UTF-8 in a text editor and open it again.")));
             return {};
         }
         return bytes;

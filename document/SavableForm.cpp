@@ -12,10 +12,9 @@ namespace {
 
 using F = GlyphField;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SavableForm", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SavableForm)
+};
 
 QString quoted(const QString &text)
 {
@@ -93,14 +92,14 @@ QString sentenceOfLoss(const VXGlyphInfo &info, const RoundTrip::Loss &loss, con
 {
     const QString text = info.displayText(loss.field);
     if (loss.field == F::Unicodes && info.unicodes().size() > 2)
-        return tr("%1 has %2 code points, of which a file keeps two.")
+        return Texts::tr("%1 has %2 code points, of which a file keeps two.")
             .arg(fieldTitle, QString::number(info.unicodes().size()));
     if (RoundTrip::takesOthers(info, loss.field) || objectionToFileText(text) > FileTextObjection::Comment)
         return sentenceOfObjection(text, fieldTitle);
     if (loss.field == F::Name && text.isEmpty())
-        return tr("The record has no name; in a file it is called %1.").arg(quoted(loss.after));
-    return loss.after.isEmpty() ? tr("%1 would be lost.").arg(fieldTitle)
-                                : tr("%1 would become %2.").arg(fieldTitle, quoted(loss.after));
+        return Texts::tr("The record has no name; in a file it is called %1.").arg(quoted(loss.after));
+    return loss.after.isEmpty() ? Texts::tr("%1 would be lost.").arg(fieldTitle)
+                                : Texts::tr("%1 would become %2.").arg(fieldTitle, quoted(loss.after));
 }
 
 } // namespace runebook

@@ -7,6 +7,10 @@ namespace runebook {
 
 namespace {
 
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SavingChanges)
+};
+
 struct Sentence {
     ReadNotes::Kind kind;
     const char *one;
@@ -39,26 +43,27 @@ constexpr Sentence kSentences[] = {
 
 QStringList savingChanges(const ReadNotes &notes, int fileVersion)
 {
-    const auto tr = [](const char *text) { return QCoreApplication::translate("SavingChanges", text); };
     QStringList changes;
     for (const Sentence &sentence : kSentences) {
         const qsizetype count = notes.count(sentence.kind);
         if (count > 0)
-            changes << (count == 1 ? tr(sentence.one) : tr(sentence.many).arg(QLocale().toString(count)));
+            changes << (count == 1 ? Texts::tr(sentence.one)
+                                   : Texts::tr(sentence.many).arg(QLocale().toString(count)));
     }
     const qsizetype others = notes.otherForms[fileVersion == 1 ? 0 : 1];
     if (others > 0 && !notes.hasCarriageReturns)
-        changes << (others == 1 ? tr(
+        changes << (others == 1 ? Texts::tr(
                         "One line that nobody has edited is written anew: it is not in Runebook's own form.")
-                                : tr("%1 lines that nobody has edited are written anew: they are not in "
-                                     "Runebook's own form.")
+                                : Texts::tr(
+                                      "%1 lines that nobody has edited are written anew: they are not in "
+                                      "Runebook's own form.")
                                       .arg(QLocale().toString(others)));
     if (notes.hasCarriageReturns)
-        changes << tr("Lines will end with LF instead of CR LF.");
+        changes << Texts::tr("Lines will end with LF instead of CR LF.");
     if (notes.hasByteOrderMark)
-        changes << tr("The byte order mark at the beginning is left out.");
+        changes << Texts::tr("The byte order mark at the beginning is left out.");
     if (notes.hasForeignHeader)
-        changes << tr("The header is replaced by Runebook's own.");
+        changes << Texts::tr("The header is replaced by Runebook's own.");
     return changes;
 }
 

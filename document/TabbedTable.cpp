@@ -15,10 +15,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("TabbedTable", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(TabbedTable)
+};
 
 Error tableError(const QString &suggestion)
 {
@@ -151,9 +150,10 @@ std::optional<InfoList> TabbedReader::joined(std::vector<Rows> &parts, qsizetype
             fail(error,
                  {u"User"_s,
                   1,
-                  tr("Line %1 of the table has too few fields.").arg(lines + 1),
+                  Texts::tr("Line %1 of the table has too few fields.").arg(lines + 1),
                   {},
-                  tr("Every line needs a field for each of the %1 keys of the first line.").arg(columns)});
+                  Texts::tr("Every line needs a field for each of the %1 keys of the first line.")
+                      .arg(columns)});
             return {};
         }
         if (&rows != &parts.front())
@@ -167,7 +167,8 @@ std::optional<std::vector<TabbedReader::Column>> TabbedReader::columnsOf(std::st
 {
     if (header.find('\t') == header.npos) {
         fail(error,
-             tableError(tr("Please open a tab seperated file. The first line should contain the keys for "
+             tableError(
+                 Texts::tr("Please open a tab seperated file. The first line should contain the keys for "
                            "each column.")));
         return {};
     }
@@ -193,8 +194,8 @@ std::optional<std::vector<TabbedReader::Column>> TabbedReader::columnsOf(std::st
     if (invalid.isEmpty())
         return columns;
     fail(error,
-         tableError((invalid.size() == 1 ? tr("The tabbed file contains an invalid field: %1")
-                                         : tr("The tabbed file contains invalid fields: %1"))
+         tableError((invalid.size() == 1 ? Texts::tr("The tabbed file contains an invalid field: %1")
+                                         : Texts::tr("The tabbed file contains invalid fields: %1"))
                         .arg(invalid.join(kListSeparator))));
     return {};
 }
@@ -258,8 +259,9 @@ bool TabbedWriter::operator()(const BlockSink &sink, Error *error) const
         Error reason;
         const QString line = info->lineTabbed(keys, &reason);
         if (line.isNull()) {
-            reason.recoverySuggestion = tr("A table can only be exported from a document without glyph "
-                                           "infos. Save it as a glyph data file.");
+            reason.recoverySuggestion =
+                Texts::tr("A table can only be exported from a document without glyph "
+                          "infos. Save it as a glyph data file.");
             return fail(error, reason);
         }
         text += line.toStdString();

@@ -11,10 +11,9 @@ namespace {
 constexpr QLatin1StringView kCommentStart {"<!--"};
 constexpr QLatin1StringView kCommentEnd {"-->"};
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("FileText", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(FileText)
+};
 
 /// Whether the unit at \a place is half of a character that stands alone.
 bool isHalf(QStringView text, qsizetype place)
@@ -64,17 +63,19 @@ QString sentenceOfObjection(QStringView text, const QString &fieldTitle)
         break;
     case FileTextObjection::Comment:
         return (text.contains(kCommentStart)
-                    ? tr("%1 holds “<!--”, which begins a comment in a file and would hide other records.")
-                    : tr("%1 holds “-->”, which ends a comment in a file and would hide other records."))
+                    ? Texts::tr(
+                        "%1 holds “<!--”, which begins a comment in a file and would hide other records.")
+                    : Texts::tr(
+                        "%1 holds “-->”, which ends a comment in a file and would hide other records."))
             .arg(fieldTitle);
     case FileTextObjection::QuoteOrBreak:
-        return (text.contains(u'"') ? tr("%1 holds a double quote, which ends a value in a file.")
-                                    : tr("%1 holds a line break, which ends a record in a file."))
+        return (text.contains(u'"') ? Texts::tr("%1 holds a double quote, which ends a value in a file.")
+                                    : Texts::tr("%1 holds a line break, which ends a record in a file."))
             .arg(fieldTitle);
     case FileTextObjection::HalfCharacter:
-        return tr("%1 holds half of a character, which no file can hold.").arg(fieldTitle);
+        return Texts::tr("%1 holds half of a character, which no file can hold.").arg(fieldTitle);
     case FileTextObjection::LeadingBlank:
-        return tr("%1 begins with a blank, which a file does not keep.").arg(fieldTitle);
+        return Texts::tr("%1 begins with a blank, which a file does not keep.").arg(fieldTitle);
     }
     return {};
 }
@@ -85,12 +86,13 @@ QString offerFor(QStringView text)
     case FileTextObjection::None:
         return {};
     case FileTextObjection::Comment:
-        return text.contains(kCommentStart) ? tr("Write <! -- instead") : tr("Write -- > instead");
+        return text.contains(kCommentStart) ? Texts::tr("Write <! -- instead")
+                                            : Texts::tr("Write -- > instead");
     case FileTextObjection::QuoteOrBreak:
-        return text.contains(u'"') ? tr("Leave the quotes out") : tr("Write a blank instead");
+        return text.contains(u'"') ? Texts::tr("Leave the quotes out") : Texts::tr("Write a blank instead");
     case FileTextObjection::HalfCharacter:
     case FileTextObjection::LeadingBlank:
-        return tr("Leave it out");
+        return Texts::tr("Leave it out");
     }
     return {};
 }

@@ -11,10 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("VXGlyphInfo", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(VXGlyphInfo)
+};
 
 bool isSpace(QChar character)
 {
@@ -59,15 +58,15 @@ QString runebook::textOfObjection(NameObjection objection)
     case NameObjection::None:
         break;
     case NameObjection::Empty:
-        return tr("The glyph name should not be empty.");
+        return Texts::tr("The glyph name should not be empty.");
     case NameObjection::Space:
-        return tr("The glyph name should not contain any space character.");
+        return Texts::tr("The glyph name should not contain any space character.");
     case NameObjection::Character:
-        return tr(
+        return Texts::tr(
             "The name contains illegal characters.\nOnly a-z, A-Z, 0-9, underscore, hyphen, and period are "
             "allowed.");
     case NameObjection::Digit:
-        return tr("The name shouldn’t start with a number (0-9).");
+        return Texts::tr("The name shouldn’t start with a number (0-9).");
     }
     return {};
 }
@@ -78,7 +77,7 @@ bool VXGlyphInfo::validateName(const QString &name, Error *error) const
     if (objection.isNull() && m_document) {
         const InfoPtr first = m_document->infoForName(name);
         if (first && first.get() != this)
-            objection = tr("There is already an info with the same name: %1").arg(name);
+            objection = Texts::tr("There is already an info with the same name: %1").arg(name);
     }
     if (objection.isNull())
         return true;

@@ -19,6 +19,10 @@ namespace runebook {
 
 namespace {
 
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(CheckedFile)
+};
+
 constexpr std::size_t kBlock = 1 << 20;
 
 /// Calls \a call again as long as a signal interrupts it.
@@ -34,27 +38,26 @@ template <typename Call> auto uninterrupted(const Call &call)
 QString stepText(CheckedFile::Step step)
 {
     using Step = CheckedFile::Step;
-    const auto tr = [](const char *text) { return QCoreApplication::translate("CheckedFile", text); };
     switch (step) {
     case Step::None:
     case Step::Open:
-        return tr("Opening “%1” failed: %2");
+        return Texts::tr("Opening “%1” failed: %2");
     case Step::Lock:
-        return tr("Locking “%1” failed: %2");
+        return Texts::tr("Locking “%1” failed: %2");
     case Step::Reserve:
-        return tr("Finding room for “%1” failed: %2");
+        return Texts::tr("Finding room for “%1” failed: %2");
     case Step::Write:
-        return tr("Writing “%1” failed: %2");
+        return Texts::tr("Writing “%1” failed: %2");
     case Step::Truncate:
-        return tr("Setting the length of “%1” failed: %2");
+        return Texts::tr("Setting the length of “%1” failed: %2");
     case Step::Sync:
-        return tr("Waiting until “%1” is on the disk failed: %2");
+        return Texts::tr("Waiting until “%1” is on the disk failed: %2");
     case Step::Verify:
-        return tr("Checking what was written to “%1” failed: %2");
+        return Texts::tr("Checking what was written to “%1” failed: %2");
     case Step::Close:
-        return tr("Closing “%1” failed: %2");
+        return Texts::tr("Closing “%1” failed: %2");
     case Step::Rename:
-        return tr("Giving “%1” its name failed: %2");
+        return Texts::tr("Giving “%1” its name failed: %2");
     }
     return {};
 }

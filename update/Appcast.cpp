@@ -17,14 +17,14 @@ constexpr qsizetype kMaxText = 4'096;
 // rss, channel, item, then the fields of the item.
 constexpr qsizetype kItemDepth = 3;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("Appcast", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Appcast)
+};
 
 Error malformed(const QString &reason)
 {
-    return {u"UpdateError"_s, UpdateError::kMalformed, tr("The update feed cannot be used."), reason, {}};
+    return {
+        u"UpdateError"_s, UpdateError::kMalformed, Texts::tr("The update feed cannot be used."), reason, {}};
 }
 
 /// Whether an element could have more attributes than the reader compares in reasonable time: it looks at
@@ -55,7 +55,7 @@ public:
         while (m_problem.isEmpty() && !m_xml.atEnd())
             take(m_xml.readNext());
         if (m_problem.isEmpty() && m_xml.hasError())
-            m_problem = tr("Line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString().left(300));
+            m_problem = Texts::tr("Line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString().left(300));
         if (m_problem.isEmpty())
             return std::move(m_feed);
         fail(error, malformed(m_problem));
@@ -66,7 +66,7 @@ private:
     void take(QXmlStreamReader::TokenType token)
     {
         if (token == QXmlStreamReader::DTD || token == QXmlStreamReader::EntityReference)
-            m_problem = tr("It contains a document type declaration.");
+            m_problem = Texts::tr("It contains a document type declaration.");
         else if (token == QXmlStreamReader::StartElement)
             startElement();
         else if (token == QXmlStreamReader::Characters)
@@ -79,11 +79,11 @@ private:
     {
         const QString name = m_xml.name().toString();
         if (m_path.isEmpty() && name != "rss"_L1)
-            m_problem = tr("It is no RSS feed.");
+            m_problem = Texts::tr("It is no RSS feed.");
         else if (m_path.size() >= kMaxDepth)
-            m_problem = tr("Its elements are nested too deeply.");
+            m_problem = Texts::tr("Its elements are nested too deeply.");
         else if (m_feed->itemList().size() >= kMaxItems)
-            m_problem = tr("It lists more than %1 versions.").arg(kMaxItems);
+            m_problem = Texts::tr("It lists more than %1 versions.").arg(kMaxItems);
         m_path << name;
         if (m_path.size() == kItemDepth && name == "item"_L1)
             m_item = new SUAppcastItem(m_feed.get());
@@ -171,11 +171,11 @@ std::unique_ptr<SUAppcast> readAppcast(QByteArrayView bytes, Error *error)
     QStringDecoder decoder(QStringDecoder::Utf8);
     const QString text = decoder.decode(bytes);
     if (decoder.hasError()) {
-        fail(error, malformed(tr("It is not UTF-8.")));
+        fail(error, malformed(Texts::tr("It is not UTF-8.")));
         return nullptr;
     }
     if (hasTooManyAttributes(text)) {
-        fail(error, malformed(tr("An element has too many attributes.")));
+        fail(error, malformed(Texts::tr("An element has too many attributes.")));
         return nullptr;
     }
     return FeedReader(text).read(error);

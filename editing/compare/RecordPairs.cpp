@@ -120,10 +120,9 @@ std::vector<RecordPair> differingPairs(const InfoList &left, const InfoList &rig
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("RecordPairs", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(RecordPairs)
+};
 
 bool isTable(const QString &path)
 {
@@ -139,8 +138,8 @@ std::optional<QByteArray> readGlyphData(const QString &path, Error *error)
         fail(error,
              {u"ReadError"_s,
               2,
-              tr("“%1” could not be compared.").arg(path),
-              tr("It is no glyph data file."),
+              Texts::tr("“%1” could not be compared.").arg(path),
+              Texts::tr("It is no glyph data file."),
               {}});
         return {};
     }

@@ -9,6 +9,14 @@
 
 namespace runebook {
 
+namespace {
+
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(CodePointTokens)
+};
+
+} // namespace
+
 using namespace Qt::StringLiterals;
 
 QStringList normalizedCodePointTokens(const QStringList &tokens)
@@ -42,7 +50,6 @@ QString CodePointText::remark() const
 {
     constexpr qsizetype kQuoted = 5;
     constexpr qsizetype kLongest = 20;
-    const auto tr = [](const char *text) { return QCoreApplication::translate("CodePointTokens", text); };
     QStringList words;
     if (!leftOut.isEmpty()) {
         QStringList quoted;
@@ -50,10 +57,10 @@ QString CodePointText::remark() const
             quoted << u'“' + (token.size() > kLongest ? token.first(kLongest) + u'…' : token) + u'”';
         if (leftOut.size() > kQuoted)
             quoted << u"…"_s;
-        words << tr("Left out, for it is no code point: %1").arg(quoted.join(kListSeparator));
+        words << Texts::tr("Left out, for it is no code point: %1").arg(quoted.join(kListSeparator));
     }
     if (kept.size() > kCodePointsInFile)
-        words << tr("A file keeps two code points of a glyph. Saving will leave out: %1")
+        words << Texts::tr("A file keeps two code points of a glyph. Saving will leave out: %1")
                      .arg(kept.sliced(kCodePointsInFile).join(kListSeparator));
     return words.isEmpty() ? QString() : words.join(u'\n');
 }

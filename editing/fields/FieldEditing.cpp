@@ -17,10 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("FieldEditing", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(FieldEditing)
+};
 
 Error refusal(const QString &reason)
 {
@@ -46,8 +45,9 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
 
 QString nameOfChange(GlyphField field, const InfoList &changed)
 {
-    return editName(tr("Change %1").arg(fieldTitle(field)),
-                    tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)), std::ssize(changed));
+    return editName(Texts::tr("Change %1").arg(fieldTitle(field)),
+                    Texts::tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)),
+                    std::ssize(changed));
 }
 
 /// What the field would show after the text was stored.
@@ -74,23 +74,23 @@ Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphFi
     switch (field) {
     case GlyphField::Name:
         if (infos.size() > 1)
-            return refusal(tr("Several glyphs cannot have the same name."));
+            return refusal(Texts::tr("Several glyphs cannot have the same name."));
         if (!infos.empty())
             infos.front()->validateName(text, &error);
         return error;
     case GlyphField::AltNames:
         if (const QString name = repeatingName(document, text.split(kListSeparator)); !name.isNull())
-            return refusal(tr("Repeating name: %1").arg(name));
+            return refusal(Texts::tr("Repeating name: %1").arg(name));
         return {};
     case GlyphField::Case:
         if (!text.isEmpty() && VXGlyphInfo::stringFromCase(VXGlyphInfo::caseFromString(text)) != text
             && text != "other"_L1)
-            return refusal(tr("The case is one of upper, lower, smallCaps, minor, or empty."));
+            return refusal(Texts::tr("The case is one of upper, lower, smallCaps, minor, or empty."));
         return {};
     case GlyphField::Direction:
         if (!text.isEmpty()
             && VXGlyphInfo::stringFromDirection(VXGlyphInfo::directionFromString(text)) != text)
-            return refusal(tr("The direction is one of LTR, RTL, BIDI, VTL, VTR, or empty."));
+            return refusal(Texts::tr("The direction is one of LTR, RTL, BIDI, VTL, VTR, or empty."));
         return {};
     default:
         return {};

@@ -12,10 +12,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("PendingTexts", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(PendingTexts)
+};
 
 /// The places of the records as pairs of first and last.
 QJsonArray rangesOf(const VXDocument &document, const InfoList &infos)
@@ -115,12 +114,12 @@ QStringList takePendingTexts(VXDocument &document, const QJsonArray &texts)
         QString text = pending.value("text"_L1).toString();
         Error error;
         if (infos.empty())
-            error.description = tr("The record is not there.");
+            error.description = Texts::tr("The record is not there.");
         else if (pending.contains("edits"_L1) && !putInto(infos.front()->displayText(*field), pending, text))
-            error.description = tr("The text that it was typed into is another one.");
+            error.description = Texts::tr("The text that it was typed into is another one.");
         else if (setFieldFromText(document, infos, *field, text, &error))
             continue;
-        refused << tr("“%1” was being typed into “%2” of “%3” and could not be put there. %4")
+        refused << Texts::tr("“%1” was being typed into “%2” of “%3” and could not be put there. %4")
                        .arg(text, field ? fieldTitle(*field) : QString(), pending.value("name"_L1).toString(),
                             error.text());
     }

@@ -20,10 +20,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("CheckReport", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(CheckReport)
+};
 
 /// One problem as it is reported.
 struct Finding {
@@ -155,7 +154,7 @@ public:
     {
         m_file = terminalText(file);
         m_records = document.countOfInfos();
-        m_version = isTable ? tr("a table") : tr("version %1").arg(document.fileVersion());
+        m_version = isTable ? Texts::tr("a table") : Texts::tr("version %1").arg(document.fileVersion());
     }
     void add(const Finding &finding, qsizetype line) override
     {
@@ -172,7 +171,7 @@ public:
     void end(qsizetype findings) override
     {
         m_out << m_file << ": "
-              << tr("%1 records, %2, %3 problems").arg(m_records).arg(m_version).arg(findings) << '\n';
+              << Texts::tr("%1 records, %2, %3 problems").arg(m_records).arg(m_version).arg(findings) << '\n';
     }
     void unreadable(const QString &, const Error &) override { }
 
@@ -243,7 +242,11 @@ std::optional<QByteArray> bytesOf(const QString &file, QIODevice &input, Error *
     if (isUtf8(bytes))
         return bytes;
     fail(error,
-         {u"ReadError"_s, 1, tr("The standard input could not be read."), tr("It is not UTF-8 text."), {}});
+         {u"ReadError"_s,
+          1,
+          Texts::tr("The standard input could not be read."),
+          Texts::tr("It is not UTF-8 text."),
+          {}});
     return {};
 }
 

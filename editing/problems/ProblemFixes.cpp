@@ -17,10 +17,9 @@ namespace {
 
 using Fixes = std::vector<FieldFix>;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ProblemFixes", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ProblemFixes)
+};
 
 bool isUsable(const QString &name)
 {
@@ -121,16 +120,16 @@ QString ProblemFixes::titleFor(ProblemKind kind)
 {
     switch (kind) {
     case ProblemKind::InvalidName:
-        return tr("Trim and Split Names");
+        return Texts::tr("Trim and Split Names");
     case ProblemKind::InvalidCodePoint:
-        return tr("Correct Code Points");
+        return Texts::tr("Correct Code Points");
     case ProblemKind::DuplicateCodePoint:
     case ProblemKind::ManyCodePoints:
-        return tr("Remove Repeated Code Points");
+        return Texts::tr("Remove Repeated Code Points");
     case ProblemKind::QuoteOrBreak:
-        return tr("Remove Quotes and Line Breaks");
+        return Texts::tr("Remove Quotes and Line Breaks");
     case ProblemKind::LostValue:
-        return tr("Trim and Split Values");
+        return Texts::tr("Trim and Split Values");
     default:
         return {};
     }
@@ -161,7 +160,7 @@ qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> pro
             newNames.insert(first.value.first());
         }
         const QString own = titleFor(problem.kind);
-        title = title.isNull() || title == own ? own : tr("Fix Problems");
+        title = title.isNull() || title == own ? own : Texts::tr("Fix Problems");
         fixed.insert(problem.info.get());
         for (const FieldFix &fix : fixes)
             plan.emplace_back(problem.info, fix);
@@ -170,7 +169,7 @@ qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> pro
         return 0;
     const auto count = static_cast<qsizetype>(fixed.size());
     const UndoGroup group(document.undoManager(),
-                          tr("%1 (Records: %2)").arg(title, QLocale().toString(qlonglong(count))));
+                          Texts::tr("%1 (Records: %2)").arg(title, QLocale().toString(qlonglong(count))));
     for (const auto &[info, fix] : plan)
         storeEdited(*info, fix.field, fix.value);
     return count;

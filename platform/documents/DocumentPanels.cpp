@@ -19,10 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("DocumentPanels", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(DocumentPanels)
+};
 
 QString filterOf(const DocumentType &type)
 {
@@ -69,7 +68,7 @@ void trySaving(const Guarded &document, QWidget *parent, const Ended &ended,
 {
     Error error;
     const auto isSaved = [&] {
-        const TurningWindows turning(tr("Saving “%1”…").arg(document->displayName()), parent);
+        const TurningWindows turning(Texts::tr("Saving “%1”…").arg(document->displayName()), parent);
         return save(*document, &error);
     };
     if (isSaved()) {
@@ -122,7 +121,7 @@ void saveWithOutcome(Document &document, QWidget *parent, const Ended &ended)
 
 void saveAsWithOutcome(Document &document, QWidget *parent, const Ended &ended)
 {
-    auto *panel = new QFileDialog(parent, tr("Save As"));
+    auto *panel = new QFileDialog(parent, Texts::tr("Save As"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setNameFilters(allFilters());
@@ -186,12 +185,13 @@ void closeOneByOne(const std::function<void(bool)> &then)
 
 QString openingTitle(const QString &path)
 {
-    return tr("Opening “%1”…").arg(shownPath(QFileInfo(path).fileName()));
+    return Texts::tr("Opening “%1”…").arg(shownPath(QFileInfo(path).fileName()));
 }
 
 void present(const Error &error, QWidget *parent)
 {
-    const QString title = error.description.isEmpty() ? tr("Something went wrong.") : error.description;
+    const QString title =
+        error.description.isEmpty() ? Texts::tr("Something went wrong.") : error.description;
     QStringList more;
     for (const QString &sentence : {error.failureReason, error.recoverySuggestion}) {
         if (!sentence.isEmpty())
@@ -202,7 +202,7 @@ void present(const Error &error, QWidget *parent)
 
 void open(QWidget *parent)
 {
-    auto *panel = new QFileDialog(parent, tr("Open"));
+    auto *panel = new QFileDialog(parent, Texts::tr("Open"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setFileMode(QFileDialog::ExistingFiles);
     QStringList patterns;
@@ -210,7 +210,7 @@ void open(QWidget *parent)
         for (const QString &extension : type.extensions)
             patterns << "*."_L1 + extension;
     }
-    panel->setNameFilters(QStringList {tr("All documents") + " ("_L1 + patterns.join(u' ') + u')'}
+    panel->setNameFilters(QStringList {Texts::tr("All documents") + " ("_L1 + patterns.join(u' ') + u')'}
                           + allFilters());
     if (const QStringList recent = DocumentController::shared().recentFiles(); !recent.isEmpty())
         panel->setDirectory(QFileInfo(recent.front()).absolutePath());
@@ -225,12 +225,13 @@ void openFiles(const QStringList &paths, QWidget *parent)
     for (const QString &path : paths)
         openOne(path, failures);
     if (!failures.isEmpty())
-        present({{},
-                 0,
-                 tr("%n file(s) could not be opened.").replace("%n"_L1, QString::number(failures.size())),
-                 failures.mid(0, 8).join(u'\n'),
-                 {}},
-                parent);
+        present(
+            {{},
+             0,
+             Texts::tr("%n file(s) could not be opened.").replace("%n"_L1, QString::number(failures.size())),
+             failures.mid(0, 8).join(u'\n'),
+             {}},
+            parent);
 }
 
 void save(Document &document, QWidget *parent, std::function<void(bool)> then)
@@ -267,9 +268,9 @@ void revert(Document &document, QWidget *parent)
         return;
     }
     QMessageBox *box = SaveSheets::make(
-        QMessageBox::Question, tr("Go back to the saved version of “%1”?").arg(document.displayName()),
-        tr("What was changed since the last save will be lost."), parent);
-    QPushButton *revertButton = box->addButton(tr("Revert"), QMessageBox::DestructiveRole);
+        QMessageBox::Question, Texts::tr("Go back to the saved version of “%1”?").arg(document.displayName()),
+        Texts::tr("What was changed since the last save will be lost."), parent);
+    QPushButton *revertButton = box->addButton(Texts::tr("Revert"), QMessageBox::DestructiveRole);
     box->addButton(QMessageBox::Cancel);
     QObject::connect(revertButton, &QPushButton::clicked, box, reload);
     box->open();
@@ -286,14 +287,14 @@ void close(Document &document, std::function<void(bool)> then)
         finish(then, true);
         return;
     }
-    QMessageBox *box =
-        SaveSheets::make(QMessageBox::Warning, tr("Save the changes to “%1”?").arg(document.windowTitle()),
-                         tr("They will be lost if you do not save them."), document.windowController());
+    QMessageBox *box = SaveSheets::make(
+        QMessageBox::Warning, Texts::tr("Save the changes to “%1”?").arg(document.windowTitle()),
+        Texts::tr("They will be lost if you do not save them."), document.windowController());
     box->setStandardButtons(QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
     box->setDefaultButton(QMessageBox::Save);
     // The standard texts come without keys of their own.
-    box->button(QMessageBox::Save)->setText(tr("&Save"));
-    box->button(QMessageBox::Discard)->setText(tr("&Discard"));
+    box->button(QMessageBox::Save)->setText(Texts::tr("&Save"));
+    box->button(QMessageBox::Discard)->setText(Texts::tr("&Discard"));
     QPointer<Document> guarded(&document);
     QObject::connect(box, &QMessageBox::finished, box, [guarded, then](int answer) {
         if (!guarded || answer == QMessageBox::Cancel) {

@@ -18,10 +18,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("FileSaver", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(FileSaver)
+};
 
 QString reasonOf(int code)
 {
@@ -30,7 +29,8 @@ QString reasonOf(int code)
 
 Error saveError(const QString &path, int code, const QString &reason, const QString &suggestion)
 {
-    return {u"SaveError"_s, code, tr("“%1” could not be saved.").arg(shownPath(path)), reason, suggestion};
+    return {u"SaveError"_s, code, Texts::tr("“%1” could not be saved.").arg(shownPath(path)), reason,
+            suggestion};
 }
 
 Error saveError(const QString &path, const CheckedFile &file, const QString &suggestion)
@@ -40,18 +40,19 @@ Error saveError(const QString &path, const CheckedFile &file, const QString &sug
 
 QString untouched(const QString &path)
 {
-    return tr("The file “%1” was not touched. Your changes are still in the window.").arg(path);
+    return Texts::tr("The file “%1” was not touched. Your changes are still in the window.").arg(path);
 }
 
 QString notThere(const QString &path)
 {
-    return tr("There is no file “%1” yet. Your changes are still in the window.").arg(path);
+    return Texts::tr("There is no file “%1” yet. Your changes are still in the window.").arg(path);
 }
 
 QString rescued(const QString &path, const QString &rescue)
 {
-    return tr("The file “%1” may be damaged now; do not use it. The new text lies whole in the rescue file "
-              "“%2”, and your changes are still in the window.")
+    return Texts::tr(
+               "The file “%1” may be damaged now; do not use it. The new text lies whole in the rescue file "
+               "“%2”, and your changes are still in the window.")
         .arg(path, rescue);
 }
 
@@ -101,14 +102,15 @@ bool createNew(const QString &path, const ContentProducer &produce, Error *error
 {
     if (QFileInfo(path).isSymLink())
         return fail(error,
-                    saveError(path, ENOENT, tr("It is a link that leads to no file."),
-                              tr("Save it under another name.")));
+                    saveError(path, ENOENT, Texts::tr("It is a link that leads to no file."),
+                              Texts::tr("Save it under another name.")));
     const RescueFiles::Place place = RescueFiles::createInFolderOf(path);
     if (!place.file)
-        return fail(error,
-                    saveError(path, place.failure,
-                              tr("Making a file in its folder failed: %1").arg(reasonOf(place.failure)),
-                              tr("Choose another folder or make this one writable.")));
+        return fail(
+            error,
+            saveError(path, place.failure,
+                      Texts::tr("Making a file in its folder failed: %1").arg(reasonOf(place.failure)),
+                      Texts::tr("Choose another folder or make this one writable.")));
     CheckedFile &file = *place.file;
     Removal removal(file.path());
     if (!produceAndSettle(file, path, produce, notThere(path), error))
@@ -118,10 +120,11 @@ bool createNew(const QString &path, const ContentProducer &produce, Error *error
     removal.keepFile();
     saved->after = FileState::of(file.descriptor());
     if (const int code = syncFolderOf(path))
-        return fail(error,
-                    saveError(path, code,
-                              tr("Waiting until its name is on the disk failed: %1").arg(reasonOf(code)),
-                              tr("The file is there and whole, but may not outlast a power failure.")));
+        return fail(
+            error,
+            saveError(path, code,
+                      Texts::tr("Waiting until its name is on the disk failed: %1").arg(reasonOf(code)),
+                      Texts::tr("The file is there and whole, but may not outlast a power failure.")));
     return true;
 }
 
@@ -168,9 +171,10 @@ bool completeRescue(CheckedFile &rescue, const QString &name, const QString &pat
     if (const int code = syncFolderOf(name))
         return fail(
             error,
-            saveError(path, code,
-                      tr("Waiting until the rescue file is on the disk failed: %1").arg(reasonOf(code)),
-                      untouched(path)));
+            saveError(
+                path, code,
+                Texts::tr("Waiting until the rescue file is on the disk failed: %1").arg(reasonOf(code)),
+                untouched(path)));
     return true;
 }
 
@@ -185,10 +189,11 @@ bool writeOver(CheckedFile &target, bool isReadable, CheckedFile &rescue, Error 
         return true;
     const QString suggestion = rescued(path, rescue.path());
     const CheckedFile &failed = rescue.failure() ? rescue : target;
-    return fail(error,
-                failed.failure()
-                    ? saveError(path, failed, suggestion)
-                    : saveError(path, EIO, tr("Another program has written to it meanwhile."), suggestion));
+    return fail(
+        error,
+        failed.failure()
+            ? saveError(path, failed, suggestion)
+            : saveError(path, EIO, Texts::tr("Another program has written to it meanwhile."), suggestion));
 }
 
 bool overwrite(const QString &path, const ContentProducer &produce, Error *error, SavedState *saved)
@@ -196,19 +201,20 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
     bool isReadable = false;
     const std::unique_ptr<CheckedFile> target = openTarget(path, &isReadable);
     if (!target->isOpen())
-        return fail(
-            error,
-            saveError(path, *target,
-                      untouched(path) + u'\n' + tr("Save it under another name or change its permissions.")));
+        return fail(error,
+                    saveError(path, *target,
+                              untouched(path) + u'\n'
+                                  + Texts::tr("Save it under another name or change its permissions.")));
     if (!target->isRegular())
-        return fail(
-            error, saveError(path, EINVAL, tr("It is no file any more."), tr("Save it under another name.")));
+        return fail(error,
+                    saveError(path, EINVAL, Texts::tr("It is no file any more."),
+                              Texts::tr("Save it under another name.")));
     const FileState before = FileState::of(path);
     const RescueFiles::Place place = RescueFiles::create(path);
     if (!place.file)
         return fail(error,
                     saveError(path, place.failure,
-                              tr("No rescue file could be made: %1").arg(reasonOf(place.failure)),
+                              Texts::tr("No rescue file could be made: %1").arg(reasonOf(place.failure)),
                               untouched(path)));
     CheckedFile &rescue = *place.file;
     Removal noteRemoval(RescueFiles::note(path, place.name));
@@ -218,13 +224,15 @@ bool overwrite(const QString &path, const ContentProducer &produce, Error *error
     if (!isComplete)
         return false;
     if (!target->lock(CheckedFile::Lock::Whole, CheckedFile::kPatience))
-        return fail(error, saveError(path, EBUSY, tr("Another program is writing to it."), untouched(path)));
+        return fail(error,
+                    saveError(path, EBUSY, Texts::tr("Another program is writing to it."), untouched(path)));
     // What was made from an older state must not replace a newer one, and the file must be the one that is
     // locked.
     const FileState now = FileState::of(path);
     if (now != before || now != saved->before.value_or(now) || !target->isStillNamed())
-        return fail(error,
-                    saveError(path, EBUSY, tr("Another program has changed it meanwhile."), untouched(path)));
+        return fail(
+            error,
+            saveError(path, EBUSY, Texts::tr("Another program has changed it meanwhile."), untouched(path)));
     if (!target->reserve(rescue.size()))
         return fail(error, saveError(path, *target, untouched(path)));
     if (!writeOver(*target, isReadable, rescue, error, saved)) {
@@ -246,8 +254,9 @@ bool replaceBy(CheckedFile &file, const QString &path, FileSaver::Wait wait, Err
     if (!isSettled || !file.close())
         return fail(error, saveError(path, file, {}));
     if (::rename(from.constData(), nativePath(path).constData()) != 0)
-        return fail(error,
-                    saveError(path, errno, tr("Giving it its name failed: %1").arg(reasonOf(errno)), {}));
+        return fail(
+            error,
+            saveError(path, errno, Texts::tr("Giving it its name failed: %1").arg(reasonOf(errno)), {}));
     if (wait == FileSaver::Wait::UntilOnDisk)
         syncFolderOf(path);
     return true;
@@ -264,11 +273,11 @@ bool FileSaver::save(const QString &path, const ContentProducer &produce, Error 
         return createNew(QFileInfo(path).absoluteFilePath(), produce, error, saved ? saved : &any);
     const FileKind kind = fileKind(canonical);
     if (kind != FileKind::Regular)
-        return fail(
-            error,
-            saveError(path, EINVAL,
-                      kind == FileKind::Folder ? tr("It is a folder.") : tr("It is a device or a pipe."),
-                      tr("Save it under another name.")));
+        return fail(error,
+                    saveError(path, EINVAL,
+                              kind == FileKind::Folder ? Texts::tr("It is a folder.")
+                                                       : Texts::tr("It is a device or a pipe."),
+                              Texts::tr("Save it under another name.")));
     return overwrite(canonical, produce, error, saved ? saved : &any);
 }
 

@@ -21,30 +21,31 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("LossSheet", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(LossSheet)
+};
 
 enum Answer { Cancel, SaveAnyway, Fix, GoTo };
 
 QString headline(const QString &name, const SavingLosses &losses)
 {
     return losses.takingOthers > 0
-        ? tr("“%1” cannot be saved: values in it would take other records with them.").arg(name)
-        : tr("Saving “%1” does not keep all values.").arg(name);
+        ? Texts::tr("“%1” cannot be saved: values in it would take other records with them.").arg(name)
+        : Texts::tr("Saving “%1” does not keep all values.").arg(name);
 }
 
 QString explanation(const SavingLosses &losses)
 {
     const QString count =
-        tr("Records concerned: %1.").arg(QLocale().toString(static_cast<qlonglong>(losses.count)));
+        Texts::tr("Records concerned: %1.").arg(QLocale().toString(static_cast<qlonglong>(losses.count)));
     return count + u' '
         + (losses.takingOthers > 0
-               ? tr("“Fix” writes the marks of comments as “<! --” and “-- >”, and other values in the form "
-                    "that a file keeps; it can be undone.")
-               : tr("“Fix All” puts them into the form that a file keeps, where nothing has to be decided; "
-                    "it can be undone. “Save Anyway” keeps a copy of the file as it is now."));
+               ? Texts::tr(
+                   "“Fix” writes the marks of comments as “<! --” and “-- >”, and other values in the form "
+                   "that a file keeps; it can be undone.")
+               : Texts::tr(
+                   "“Fix All” puts them into the form that a file keeps, where nothing has to be decided; "
+                   "it can be undone. “Save Anyway” keeps a copy of the file as it is now."));
 }
 
 QLabel *wrappedLabel(const QString &text, QWidget *parent)
@@ -57,8 +58,8 @@ QLabel *wrappedLabel(const QString &text, QWidget *parent)
 QTreeWidget *listOf(const SavingLosses &losses, QWidget *parent)
 {
     auto *list = new QTreeWidget(parent);
-    list->setAccessibleName(tr("Values that are not kept"));
-    list->setHeaderLabels({tr("Record"), tr("Field"), tr("What would happen")});
+    list->setAccessibleName(Texts::tr("Values that are not kept"));
+    list->setHeaderLabels({Texts::tr("Record"), Texts::tr("Field"), Texts::tr("What would happen")});
     list->setRootIsDecorated(false);
     list->setUniformRowHeights(true);
     list->setAlternatingRowColors(true);
@@ -85,7 +86,7 @@ public:
         : QDialog(parent), m_losses(losses), m_list(listOf(losses, this))
     {
         setObjectName(u"savingLosses"_s);
-        setWindowTitle(tr("Save"));
+        setWindowTitle(Texts::tr("Save"));
         setAttribute(Qt::WA_DeleteOnClose);
         setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
         QLabel *title = wrappedLabel(headline(name, losses), this);
@@ -119,10 +120,11 @@ private:
             connect(button, &QPushButton::clicked, this, [this, answer] { done(answer); });
             return button;
         };
-        QPushButton *fix = add(isBarred ? tr("&Fix") : tr("&Fix All"), QDialogButtonBox::AcceptRole, Fix);
-        add(tr("&Go to"), QDialogButtonBox::ActionRole, GoTo);
+        QPushButton *fix =
+            add(isBarred ? Texts::tr("&Fix") : Texts::tr("&Fix All"), QDialogButtonBox::AcceptRole, Fix);
+        add(Texts::tr("&Go to"), QDialogButtonBox::ActionRole, GoTo);
         if (!isBarred)
-            add(tr("Save &Anyway"), QDialogButtonBox::DestructiveRole, SaveAnyway);
+            add(Texts::tr("Save &Anyway"), QDialogButtonBox::DestructiveRole, SaveAnyway);
         box->addButton(QDialogButtonBox::Cancel);
         connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
         fix->setDefault(true);
@@ -141,7 +143,7 @@ void ask(Document &document, const QString &type, QWidget *parent,
 {
     document.commitEditing();
     const auto look = [&] {
-        const TurningWindows turning(tr("Saving “%1”…").arg(document.displayName()), parent);
+        const TurningWindows turning(Texts::tr("Saving “%1”…").arg(document.displayName()), parent);
         return document.savingLosses(type);
     };
     const SavingLosses losses = look();
@@ -154,7 +156,7 @@ void ask(Document &document, const QString &type, QWidget *parent,
     QObject::connect(sheet, &QDialog::finished, sheet, [=](int answer) {
         if (!guarded)
             return;
-        const TurningWindows turning(tr("Saving “%1”…").arg(guarded->displayName()), parent);
+        const TurningWindows turning(Texts::tr("Saving “%1”…").arg(guarded->displayName()), parent);
         if (answer == SaveAnyway) {
             guarded->acceptSavingLosses();
             then(true);

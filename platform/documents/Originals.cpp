@@ -19,17 +19,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("Originals", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Originals)
+};
 
 Error copyError(const QString &path, const QString &reason)
 {
-    return {u"SaveError"_s, 4, tr("“%1” was not saved.").arg(path),
-            tr("Saving would leave out something that the file has, and no copy of it could be kept. ")
+    return {u"SaveError"_s, 4, Texts::tr("“%1” was not saved.").arg(path),
+            Texts::tr("Saving would leave out something that the file has, and no copy of it could be kept. ")
                 + reason,
-            tr("The file was not touched. Save under another name, or make room.")};
+            Texts::tr("The file was not touched. Save under another name, or make room.")};
 }
 
 /// "data 2026-05-04 10.20.30.xml", with a number behind the time where that is taken.
@@ -56,7 +55,7 @@ QString folder()
 QString keepCopy(const QString &path, Error *error)
 {
     if (folder().isEmpty()) {
-        fail(error, copyError(path, tr("There is no folder for it.")));
+        fail(error, copyError(path, Texts::tr("There is no folder for it.")));
         return {};
     }
     CheckedFile source(path, O_RDONLY);

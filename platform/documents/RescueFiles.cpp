@@ -23,10 +23,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("RescueFiles", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(RescueFiles)
+};
 
 constexpr auto kSuffix = ".runebook-rescue"_L1;
 constexpr auto kUnfinished = ".part"_L1;
@@ -256,11 +255,11 @@ bool areMet(const QStringList &files, Error *error)
                 fail(error,
                      {u"RescueError"_s,
                       1,
-                      tr("A save of “%1” did not end; its whole text lies in “%2”.")
+                      Texts::tr("A save of “%1” did not end; its whole text lies in “%2”.")
                           .arg(shownPath(file), shownPath(rescue)),
                       {},
-                      tr("Open the file in a window to restore or discard it, or go on with "
-                         "--ignore-rescue.")});
+                      Texts::tr("Open the file in a window to restore or discard it, or go on with "
+                                "--ignore-rescue.")});
                 return true;
             }
         }

@@ -11,10 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SaveSheets", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(SaveSheets)
+};
 
 struct Choice {
     QString text;
@@ -44,11 +43,11 @@ QString changeText(const Document &document)
     const QString name = document.displayName();
     switch (document.fileWatch().change()) {
     case FileWatch::Change::Emptied:
-        return tr("Another program has emptied “%1”.").arg(name);
+        return Texts::tr("Another program has emptied “%1”.").arg(name);
     case FileWatch::Change::Replaced:
-        return tr("Another program has put another file in the place of “%1”.").arg(name);
+        return Texts::tr("Another program has put another file in the place of “%1”.").arg(name);
     default:
-        return tr("Another program has changed “%1”.").arg(name);
+        return Texts::tr("Another program has changed “%1”.").arg(name);
     }
 }
 
@@ -66,13 +65,13 @@ void askAboutChanges(Document &document, QWidget *parent, const Then &then)
         then(Answer::Save);
         return;
     }
-    QMessageBox *box =
-        make(QMessageBox::Warning,
-             tr("Saving “%1” changes more in the file than you have edited.").arg(document.displayName()),
-             changes.join(u'\n') + "\n\n"_L1 + tr("A copy of the file as it is now will be kept."), parent);
+    QMessageBox *box = make(
+        QMessageBox::Warning,
+        Texts::tr("Saving “%1” changes more in the file than you have edited.").arg(document.displayName()),
+        changes.join(u'\n') + "\n\n"_L1 + Texts::tr("A copy of the file as it is now will be kept."), parent);
     ask(box,
-        {{tr("&Save"), QMessageBox::AcceptRole, Answer::Save},
-         {tr("Save &As…"), QMessageBox::ActionRole, Answer::SaveAs}},
+        {{Texts::tr("&Save"), QMessageBox::AcceptRole, Answer::Save},
+         {Texts::tr("Save &As…"), QMessageBox::ActionRole, Answer::SaveAs}},
         then);
 }
 
@@ -96,12 +95,13 @@ void askBeforeSaving(Document &document, QWidget *parent, const Then &then)
     }
     QMessageBox *box = make(
         QMessageBox::Warning, changeText(document),
-        tr("Saving writes over what is in the file now. What the other program has written will be lost."),
+        Texts::tr(
+            "Saving writes over what is in the file now. What the other program has written will be lost."),
         parent);
     const QPointer<Document> guarded(&document);
     ask(box,
-        {{tr("Save &As…"), QMessageBox::AcceptRole, Answer::SaveAs},
-         {tr("&Write Over It"), QMessageBox::DestructiveRole, Answer::Save}},
+        {{Texts::tr("Save &As…"), QMessageBox::AcceptRole, Answer::SaveAs},
+         {Texts::tr("&Write Over It"), QMessageBox::DestructiveRole, Answer::Save}},
         [guarded, parent, then](Answer answer) {
             if (!guarded)
                 return;
@@ -124,9 +124,9 @@ void showFailure(const Error &error, QWidget *parent, const Then &then)
     QMessageBox *box = make(QMessageBox::Critical, error.description, more.join("\n\n"_L1), parent);
     box->setObjectName(u"saveFailure"_s);
     ask(box,
-        {{tr("&Retry"), QMessageBox::AcceptRole, Answer::Save},
-         {tr("Save &As…"), QMessageBox::ActionRole, Answer::SaveAs},
-         {tr("&Discard Changes and Close"), QMessageBox::DestructiveRole, Answer::Discard}},
+        {{Texts::tr("&Retry"), QMessageBox::AcceptRole, Answer::Save},
+         {Texts::tr("Save &As…"), QMessageBox::ActionRole, Answer::SaveAs},
+         {Texts::tr("&Discard Changes and Close"), QMessageBox::DestructiveRole, Answer::Discard}},
         then);
 }
 

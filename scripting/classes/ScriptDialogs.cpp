@@ -34,15 +34,14 @@ namespace {
 constexpr qsizetype kMostAnswers = 500;
 constexpr qsizetype kLongestAnswer = 10'000;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ScriptDialogs", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ScriptDialogs)
+};
 
 QString title()
 {
     const QString name = ScriptRun::currentName();
-    return name.isEmpty() ? tr("Script") : name;
+    return name.isEmpty() ? Texts::tr("Script") : name;
 }
 
 QString answerKey(const QString &question, const QString &field = {})
@@ -278,7 +277,7 @@ QString askFile(const QString &prompt, bool isToSave, const QString &name, const
     QFileDialog dialog(windowBelow(), prompt.isEmpty() ? title() : prompt);
     dialog.setAcceptMode(isToSave ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(isToSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
-    dialog.setNameFilters(QStringList(filters) << tr("All files") + " (*)"_L1);
+    dialog.setNameFilters(QStringList(filters) << Texts::tr("All files") + " (*)"_L1);
     const QString last = lastAnswer(answerKey(prompt), {}).toString();
     if (!last.isEmpty())
         dialog.setDirectory(QFileInfo(last).absolutePath());

@@ -26,10 +26,9 @@ namespace {
 
 constexpr auto kPlatform = "QT_QPA_PLATFORM";
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("HeadlessRun", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(HeadlessRun)
+};
 
 /// Saves of the script that were refused, and of which it did not ask why.
 int refusedSaves = 0;
@@ -46,12 +45,13 @@ Document *open(const QString &path, Error *error)
 {
     DocumentController &controller = DocumentController::shared();
     if (fileKind(path) != FileKind::Regular) {
-        fail(error, {u"OpenError"_s, 1, tr("The file “%1” cannot be read.").arg(path), {}, {}});
+        fail(error, {u"OpenError"_s, 1, Texts::tr("The file “%1” cannot be read.").arg(path), {}, {}});
         return nullptr;
     }
     const QString type = controller.typeForURL(path);
     if (type.isEmpty()) {
-        fail(error, {u"OpenError"_s, 3, tr("“%1” is of no kind that can be opened.").arg(path), {}, {}});
+        fail(error,
+             {u"OpenError"_s, 3, Texts::tr("“%1” is of no kind that can be opened.").arg(path), {}, {}});
         return nullptr;
     }
     auto document = std::make_unique<VXDocument>();
@@ -76,7 +76,7 @@ std::optional<QList<QPointer<Document>>> openAll(const QStringList &files, Headl
         Error error;
         Document *document = open(QFileInfo(pathFromURL(*file)).absoluteFilePath(), &error);
         if (!document) {
-            complain(console, tr("%1: %2").arg(shownPath(*file), error.text()));
+            complain(console, Texts::tr("%1: %2").arg(shownPath(*file), error.text()));
             return {};
         }
         documents.prepend(document);
@@ -97,11 +97,12 @@ bool mayBeSaved(const QPointer<Document> &document, HeadlessConsole &console)
     for (const QString &line : losses.lines(kTold))
         complain(console, document->displayName() + ": "_L1 + line);
     if (losses.takingOthers > 0) {
-        complain(console, tr("Nothing was saved: these values would take other records with them."));
+        complain(console, Texts::tr("Nothing was saved: these values would take other records with them."));
         return false;
     }
     if (!Document::losesSilently())
-        complain(console, tr("Nothing was saved: these values would be lost. “--lossy” saves all the same."));
+        complain(console,
+                 Texts::tr("Nothing was saved: these values would be lost. “--lossy” saves all the same."));
     return Document::losesSilently();
 }
 
@@ -140,14 +141,14 @@ bool hasPython(HeadlessConsole &console)
         const Error &error = handler->startError();
         complain(console,
                  error.domain.isEmpty()
-                     ? tr("No suitable Python installed: versions 3.9 to 3.11 are supported.")
+                     ? Texts::tr("No suitable Python installed: versions 3.9 to 3.11 are supported.")
                      : error.text());
         return false;
     }
     const QString version =
         u"%1.%2"_s.arg(VXScriptingHandler::PythonMajorVersion).arg(VXScriptingHandler::PythonMinorVersion);
     if (!handler->isSupportedPythonVersion(version))
-        complain(console, tr("Python %1 is not supported; versions 3.9 to 3.11 are.").arg(version));
+        complain(console, Texts::tr("Python %1 is not supported; versions 3.9 to 3.11 are.").arg(version));
     return true;
 }
 
@@ -159,7 +160,7 @@ bool isNewEnough(const QString &required, HeadlessConsole &console)
     if (running >= std::pair(major, minor))
         return true;
     complain(console,
-             tr("Python %1 or newer is needed; %2.%3 is what runs.")
+             Texts::tr("Python %1 or newer is needed; %2.%3 is what runs.")
                  .arg(required)
                  .arg(running.first)
                  .arg(running.second));
@@ -196,7 +197,11 @@ void closeWhatWaits()
         const QString name =
             waiting->windowTitle().isEmpty() ? waiting->objectName() : waiting->windowTitle();
         ErrorPresenter::shared().present(
-            {u"VXTesselDomain"_s, 2, tr("“%1” would wait for an answer: it was closed.").arg(name), {}, {}});
+            {u"VXTesselDomain"_s,
+             2,
+             Texts::tr("“%1” would wait for an answer: it was closed.").arg(name),
+             {},
+             {}});
         if (auto *dialog = qobject_cast<QDialog *>(waiting))
             dialog->reject();
         else if (!waiting->close())
@@ -216,7 +221,7 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
             code = QString::fromUtf8(input.readAll());
     }
     if (!script.isEmpty() && (!QFileInfo(script).isFile() || !QFileInfo(script).isReadable())) {
-        complain(console, tr("The script “%1” cannot be read.").arg(options.script));
+        complain(console, Texts::tr("The script “%1” cannot be read.").arg(options.script));
         return HeadlessStatus::kWrongInput;
     }
     const auto documents = openAll(options.files, console);
@@ -247,7 +252,8 @@ int run(const HeadlessOptions &options, HeadlessConsole &console)
     if (status == HeadlessStatus::kSuccess && options.savesFiles && !saveAll(*documents, console))
         status = HeadlessStatus::kScriptFailed;
     if (console.failure()) {
-        complain(console, tr("The output could not be written: %1").arg(qt_error_string(console.failure())));
+        complain(console,
+                 Texts::tr("The output could not be written: %1").arg(qt_error_string(console.failure())));
         status = status == HeadlessStatus::kSuccess ? HeadlessStatus::kScriptFailed : status;
     }
     return status;

@@ -13,16 +13,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ScriptText", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ScriptText)
+};
 
 std::optional<QString> refuse(const QString &path, const QString &reason, Error *error)
 {
     if (error)
-        *error = {
-            u"ScriptError"_s, 1, tr("“%1” was not opened.").arg(QFileInfo(path).fileName()), reason, {}};
+        *error = {u"ScriptError"_s,
+                  1,
+                  Texts::tr("“%1” was not opened.").arg(QFileInfo(path).fileName()),
+                  reason,
+                  {}};
     return std::nullopt;
 }
 
@@ -32,17 +34,17 @@ std::optional<QString> read(const QString &path, Error *error)
 {
     const QFileInfo info(path);
     if (!info.exists())
-        return refuse(path, tr("There is no such file."), error);
+        return refuse(path, Texts::tr("There is no such file."), error);
     if (!info.isFile())
-        return refuse(path, tr("It is no plain file."), error);
+        return refuse(path, Texts::tr("It is no plain file."), error);
     if (info.size() > kLargest)
-        return refuse(path, tr("It is larger than 4 MB."), error);
+        return refuse(path, Texts::tr("It is larger than 4 MB."), error);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return refuse(path, file.errorString(), error);
     const QByteArray bytes = file.read(kLargest);
     if (!bytes.isValidUtf8())
-        return refuse(path, tr("It is not UTF-8."), error);
+        return refuse(path, Texts::tr("It is not UTF-8."), error);
     return QString::fromUtf8(bytes);
 }
 
@@ -75,7 +77,7 @@ QString fileNameFor(const QString &title)
         name.remove(0, 1);
     constexpr qsizetype kLongest = 80;
     name = name.left(kLongest).trimmed();
-    return (name.isEmpty() ? tr("Script") : name) + ".py"_L1;
+    return (name.isEmpty() ? Texts::tr("Script") : name) + ".py"_L1;
 }
 
 } // namespace runebook::ScriptText

@@ -29,10 +29,9 @@ namespace {
 int timeLimitMs = 20'000;
 constexpr qsizetype kKeptOutput = 4096;
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("PythonProbe", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(PythonProbe)
+};
 
 QString helper()
 {
@@ -153,8 +152,8 @@ bool comesUp(const QString &library, const QString &prefix, Error *error)
         return true;
     }
     return fail(error,
-                {u"PythonError"_s, 1, tr("The Python at “%1” cannot be started.").arg(library),
-                 QString::fromUtf8(output).trimmed().section(u'\n', -1), tr("Choose another one.")});
+                {u"PythonError"_s, 1, Texts::tr("The Python at “%1” cannot be started.").arg(library),
+                 QString::fromUtf8(output).trimmed().section(u'\n', -1), Texts::tr("Choose another one.")});
 }
 
 } // namespace runebook::PythonProbe

@@ -33,10 +33,9 @@ constexpr char kFilePrelude[] =
     "from MainApp import *\n"
     "Doc = NSApplication.sharedApplication().orderedDocuments().firstObject()\n";
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ScriptRun", text);
-}
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ScriptRun)
+};
 
 /// What escaped from the program's own objects while a script ran.
 void present(const char *reason)
@@ -112,7 +111,7 @@ void runStandardInput(const QString &code)
         return;
     try {
         const PythonLock lock;
-        const ScriptRun run(tr("Macro"));
+        const ScriptRun run(Texts::tr("Macro"));
         vxRun_SimpleString(kFilePrelude, "runMacroFile");
         runText(code, "<stdin>");
     } catch (const std::exception &exception) {
@@ -133,7 +132,7 @@ void runPanelCode(const QString &code, const QString &name)
         return;
     try {
         const PythonLock lock;
-        const ScriptRun run(name.isEmpty() ? tr("Macro") : name);
+        const ScriptRun run(name.isEmpty() ? Texts::tr("Macro") : name);
         if (run.isRefused())
             return;
         runPanelPrelude();
