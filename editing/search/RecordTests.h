@@ -11,7 +11,8 @@
 
 namespace runebook {
 
-/// The value that a record has under a key, as predicates see it.
+/// The value that a record has under a key, as predicates see it. Besides the fields, "accents" is the marks
+/// and "description" the desc, as searches have always called them.
 PredicateValue predicateValue(const VXGlyphInfo &info, SearchKey key);
 
 /// The tests for which a column of folded texts is no help: they ask one record after the other.

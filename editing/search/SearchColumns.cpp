@@ -22,11 +22,6 @@ std::size_t mostChangedRecords(std::size_t records)
 
 } // namespace
 
-PredicateValue InfoSubject::valueForKey(const QString &key) const
-{
-    return predicateValue(m_info, SearchKey::of(key));
-}
-
 /// The texts of all records, in list order, and over them those of records that changed since.
 struct SearchColumns::Column {
     Column(SearchKey key, Folding folding) : texts(key, folding), overlay(key, folding) { }

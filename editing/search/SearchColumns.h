@@ -73,16 +73,4 @@ private:
     int m_patternTimeLimitMs = 2000;
 };
 
-/// The value that a predicate sees under a key of a record. Besides the fields, "accents" is the marks and
-/// "description" the desc, as searches have always called them.
-class InfoSubject final : public PredicateSubject
-{
-public:
-    explicit InfoSubject(const VXGlyphInfo &info) : m_info(info) { }
-    PredicateValue valueForKey(const QString &key) const override;
-
-private:
-    const VXGlyphInfo &m_info;
-};
-
 } // namespace runebook

@@ -18,15 +18,6 @@ namespace runebook {
 /// What a predicate sees under a key: nothing, a text, several texts, or a number.
 using PredicateValue = std::variant<std::monostate, QString, QStringList, double>;
 
-/// Whatever a predicate can be asked about.
-class PredicateSubject
-{
-public:
-    virtual ~PredicateSubject() = default;
-    /// The value under \a key; nothing when there is no such key.
-    virtual PredicateValue valueForKey(const QString &key) const = 0;
-};
-
 /// A test of records, made from a text and kept with it. Copies are cheap; all of it is thread-safe.
 ///
 /// The language, keywords in either case:
@@ -68,10 +59,7 @@ public: // asking
     QString predicateFormat() const { return m_format; }
     /// The parsed tree; valid as long as a copy of this predicate is.
     const PredicateNode &root() const { return *m_root; }
-    /// Tests \a subject. GaveUp as soon as a regular expression takes too long to tell; then \a error says
-    /// which one and on what, and asking about further subjects would take as long each.
-    Verdict evaluate(const PredicateSubject &subject, Error *error = nullptr) const;
-    /// The error of \a test having given up on \a value, for those who walk the tree themselves.
+    /// The error of \a test having given up on \a value, for those who walk the tree.
     static Error gaveUpError(const PatternTest &test, QStringView value);
 
 private:

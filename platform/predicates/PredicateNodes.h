@@ -12,10 +12,10 @@
 
 namespace runebook {
 
-// The tree of a parsed predicate. Predicate::evaluate() walks it value by value; whoever keeps columns of
-// folded UTF-8 walks it column by column and asks the same accepts() functions, or looks for the text of a
-// TextTest in a whole column at once. Every test is about values that are there: an absent or empty text, an
-// empty list is accepted by none, not even by "!=", and must not be handed to accepts().
+// The tree of a parsed predicate. Whoever keeps columns of folded UTF-8 walks it column by column and asks
+// the accepts() functions, or looks for the text of a TextTest in a whole column at once. Every test is about
+// values that are there: an absent or empty text, an empty list is accepted by none, not even by "!=", and
+// must not be handed to accepts().
 
 /// Compares text: name contains[cd] "alt".
 struct TextTest {

@@ -1,9 +1,11 @@
 // Searching columns of texts answers as asking every record does, whatever happened to the records before.
 #include "editing/search/SearchColumns.h"
 
+#include "editing/search/RecordTests.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/editing/Records.h"
+#include "tests/platform/PredicateOracle.h"
 
 #include <QRandomGenerator>
 
@@ -11,6 +13,19 @@ using namespace runebook;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+class InfoSubject final : public PredicateSubject
+{
+public:
+    explicit InfoSubject(const VXGlyphInfo &info) : m_info(info) { }
+    PredicateValue valueForKey(const QString &key) const override
+    {
+        return predicateValue(m_info, SearchKey::of(key));
+    }
+
+private:
+    const VXGlyphInfo &m_info;
+};
 
 const QStringList &someTexts()
 {
@@ -214,7 +229,7 @@ public:
     {
         IndexSet places;
         for (qsizetype i = 0; i < document.countOfInfos(); ++i) {
-            if (predicate.evaluate(InfoSubject(*document.objectInInfosAtIndex(i))) == Verdict::Yes)
+            if (evaluate(predicate, InfoSubject(*document.objectInInfosAtIndex(i))) == Verdict::Yes)
                 places.push_back(i);
         }
         return places;
