@@ -191,21 +191,29 @@ private:
     std::deque<std::function<void()>> m_waiting;
 };
 
+/// Null without an application. Made before the first thread that asks for it, which then sees all of it.
+MainThreadWork *mainThreadWork()
+{
+    return QCoreApplication::instance() ? &MainThreadWork::shared() : nullptr;
+}
+
 } // namespace
 
 void runOnMainThread(std::function<void()> work)
 {
-    if (QCoreApplication::instance())
-        MainThreadWork::shared().add(std::move(work));
+    if (MainThreadWork *queue = mainThreadWork())
+        queue->add(std::move(work));
 }
 
 void runInBackground(std::function<void()> work)
 {
+    mainThreadWork();
     workers().add(std::move(work));
 }
 
 void runApart(std::function<void()> work)
 {
+    mainThreadWork();
     Apart::apart().add(std::move(work));
 }
 

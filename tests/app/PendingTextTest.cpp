@@ -3,6 +3,7 @@
 // code point, one that is taken and one that is refused.
 #include "editing/fields/ErrorBubble.h"
 #include "editing/fields/UnicodesTokenField.h"
+#include "platform/MainMenu.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ScriptRun.h"
 #include "tests/app/AppMain.h"
@@ -302,7 +303,9 @@ private Q_SLOTS:
             QTest::keyClick(m_window->focusWidget(), key, modifiers);
         };
         const auto undoText = [this] {
-            return plainText(*m_window->menuBar()->actions().at(1)->menu()->actions().at(0));
+            const QAction *undo = m_window->menuBar()->actions().at(1)->menu()->actions().at(0);
+            MainMenu::validate(*undo);
+            return plainText(*undo);
         };
         QLineEdit *name = lineOf(GlyphField::Name);
         for (const Qt::Key end : {Qt::Key_Return, Qt::Key_Tab}) {
@@ -350,9 +353,11 @@ private Q_SLOTS:
         remove->trigger();
         QCOMPARE(name->text(), QString());
         QCOMPARE(m_document->countOfInfos(), 3);
+        MainMenu::validate(*remove);
         QVERIFY(!remove->isEnabled());
         QTest::keyClick(name, Qt::Key_Escape);
         m_window->tableView()->setFocus();
+        MainMenu::validate(*remove);
         QCOMPARE(plainText(*remove), u"Delete"_s);
         remove->trigger();
         QCOMPARE(m_document->countOfInfos(), 2);
