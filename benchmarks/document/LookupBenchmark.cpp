@@ -1,5 +1,6 @@
 // Finding records by name and by code point, and the texts of previews, once the indexes are there.
 #include "benchmarks/BenchmarkSupport.h"
+#include "document/GlyphPreview.h"
 #include "document/VXDocument.h"
 
 #include <QHash>

@@ -15,7 +15,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-
 /// A comparison in the background works so long at a time, and the window stays alive.
 constexpr auto kBudget = 10ms;
 
