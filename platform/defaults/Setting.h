@@ -25,9 +25,12 @@ template <typename T> struct SettingRange {
 template <typename T> class Setting
 {
 public: // making
-    constexpr explicit Setting(const char *key, T fallback = {},
-                               std::optional<SettingRange<T>> range = std::nullopt)
-        : m_key(key), m_fallback(std::move(fallback)), m_range(std::move(range))
+    constexpr explicit Setting(const char *key, T fallback = {}) : m_key(key), m_fallback(std::move(fallback))
+    {
+    }
+    constexpr Setting(const char *key, T fallback,
+                      SettingRange<T> range) requires std::is_arithmetic_v<T> || std::is_enum_v<T>
+        : m_key(key), m_fallback(fallback), m_range(range)
     {
     }
 
