@@ -326,18 +326,21 @@ inline constexpr FieldRow kFieldTable[] {
     {.field = GlyphField::Unicode, .key = "unicode", .setter = FieldSetter::OwnRule},
 };
 
+/// The row of each field, by number: compilers with more checks compare no addresses beforehand.
 inline constexpr auto kRowsOfFields = [] {
-    std::array<const FieldRow *, kFieldCount> rows {};
-    for (const FieldRow &row : kFieldTable)
-        rows[static_cast<std::size_t>(row.field)] = &row;
+    std::array<std::size_t, kFieldCount> rows {};
+    rows.fill(kFieldCount);
+    for (std::size_t row = 0; row < std::size(kFieldTable); ++row)
+        rows[static_cast<std::size_t>(kFieldTable[row].field)] = row;
     return rows;
 }();
 static_assert(std::size(kFieldTable) == kFieldCount
-              && std::find(kRowsOfFields.begin(), kRowsOfFields.end(), nullptr) == kRowsOfFields.end());
+              && std::find(kRowsOfFields.begin(), kRowsOfFields.end(), std::size_t {kFieldCount})
+                  == kRowsOfFields.end());
 
 constexpr const FieldRow &rowOf(GlyphField field)
 {
-    return *kRowsOfFields[static_cast<std::size_t>(field)];
+    return kFieldTable[kRowsOfFields[static_cast<std::size_t>(field)]];
 }
 
 /// The fields for whose rows \a PlaceOf, a member or a function, gives another place than 0, in the order of

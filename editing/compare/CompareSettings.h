@@ -5,11 +5,11 @@
 
 namespace runebook::Settings {
 
-inline const Setting<CompareMode>
-    kCompareMode("FilterMode", CompareMode::OnlyRight,
-                 {{CompareMode::OnlyRight, CompareMode::Different, OutOfRange::ReadsAsFallback}});
-inline const Setting<CompareKey>
-    kCompareKey("FilterKey", CompareKey::Name,
-                {{CompareKey::Name, CompareKey::Production, OutOfRange::ReadsAsFallback}});
+inline const Setting<CompareMode> kCompareMode("FilterMode", CompareMode::OnlyRight,
+                                               {CompareMode::OnlyRight, CompareMode::Different,
+                                                OutOfRange::ReadsAsFallback});
+inline const Setting<CompareKey> kCompareKey("FilterKey", CompareKey::Name,
+                                             {CompareKey::Name, CompareKey::Production,
+                                              OutOfRange::ReadsAsFallback});
 
 } // namespace runebook::Settings

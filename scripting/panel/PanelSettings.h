@@ -24,13 +24,13 @@ inline const Setting<QString>
 inline const Setting<int> kMacroFontSize("MacroCodeFontSize", 13); ///< in points, of the console too
 inline const Setting<bool> kClosesBrackets("MacroClosesBrackets", true);
 /// A JSTTextView::Indentation.
-inline const Setting<int> kIndentation("MacroIndentation", 0, {{0, 2}});
+inline const Setting<int> kIndentation("MacroIndentation", 0, {0, 2});
 inline const Setting<int> kWrapColumn("MacroWrapColumn", 80);
 
 // The console
-inline const Setting<int>
-    kConsoleLineLimit("VXConsoleLineLimit", 100'000,
-                      {{1, std::numeric_limits<int>::max(), OutOfRange::ReadsAsFallback}});
+inline const Setting<int> kConsoleLineLimit("VXConsoleLineLimit", 100'000,
+                                            {1, std::numeric_limits<int>::max(),
+                                             OutOfRange::ReadsAsFallback});
 inline const Setting<QVariantList> kPromptHistory("VXPromptHistory"); ///< of texts, the latest at the end
 
 } // namespace runebook::Settings

@@ -86,7 +86,7 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         UserDefaults defaults(folder.filePath(u"d.ini"_s));
         defaults.registerDefaults({{u"size"_s, 13}, {u"code"_s, u"print()"_s}});
-        defaults.registerDefaults({{u"size"_s, 14}});
+        defaults.registerDefaults({u"size"_s, 14});
         QCOMPARE(defaults.integerForKey(u"size"_s), 14);
         QVERIFY(!defaults.isSet(u"size"_s));
         defaults.setObjectForKey(0, u"size"_s);
@@ -103,7 +103,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         UserDefaults defaults(folder.filePath(u"d.ini"_s));
-        defaults.registerDefaults({{u"a"_s, 1}});
+        defaults.registerDefaults({u"a"_s, 1});
         QSignalSpy changed(&defaults, &UserDefaults::changed);
         defaults.setObjectForKey(1, u"a"_s);
         QCOMPARE(changed.size(), 0);
@@ -134,9 +134,9 @@ private Q_SLOTS:
     {
         enum class Kind { None, First, Last };
         const Setting<int> any("s", 5);
-        const Setting<int> nearest("s", 5, {{1, 9}});
-        const Setting<int> known("s", 5, {{1, 9, OutOfRange::ReadsAsFallback}});
-        const Setting<Kind> kind("s", Kind::None, {{Kind::None, Kind::Last, OutOfRange::ReadsAsFallback}});
+        const Setting<int> nearest("s", 5, {1, 9});
+        const Setting<int> known("s", 5, {1, 9, OutOfRange::ReadsAsFallback});
+        const Setting<Kind> kind("s", Kind::None, {Kind::None, Kind::Last, OutOfRange::ReadsAsFallback});
         const Setting<bool> isOn("s", true);
         const Setting<QString> text("s", u"usual"_s);
         UserDefaults::standard().setObjectForKey(stored, u"s"_s);
