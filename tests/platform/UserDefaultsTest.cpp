@@ -86,7 +86,7 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         UserDefaults defaults(folder.filePath(u"d.ini"_s));
         defaults.registerDefaults({{u"size"_s, 13}, {u"code"_s, u"print()"_s}});
-        defaults.registerDefaults({u"size"_s, 14});
+        defaults.registerDefaults({{u"size"_s, 14}});
         QCOMPARE(defaults.integerForKey(u"size"_s), 14);
         QVERIFY(!defaults.isSet(u"size"_s));
         defaults.setObjectForKey(0, u"size"_s);
@@ -103,7 +103,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         UserDefaults defaults(folder.filePath(u"d.ini"_s));
-        defaults.registerDefaults({u"a"_s, 1});
+        defaults.registerDefaults({{u"a"_s, 1}});
         QSignalSpy changed(&defaults, &UserDefaults::changed);
         defaults.setObjectForKey(1, u"a"_s);
         QCOMPARE(changed.size(), 0);
