@@ -152,10 +152,12 @@ Apart &Apart::apart()
     return shared;
 }
 
-/// What other threads want done on the main thread. The work itself goes by a queue of its own, as the thread
-/// sanitizer cannot see the lock of the framework's events; the event only says that there is some.
+/// What other threads want done on the main thread. The thread sanitizer cannot see the lock of the
+/// framework's events, so the work itself goes by a queue of its own, and the event, which only says that
+/// there is some, is made and read by the framework.
 class MainThreadWork : public QObject
 {
+    Q_OBJECT
 public:
     static MainThreadWork &shared()
     {
@@ -169,11 +171,13 @@ public:
             const std::lock_guard lock(m_mutex);
             m_waiting.push_back(std::move(work));
         }
-        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+        QMetaObject::invokeMethod(this, "doNext", Qt::QueuedConnection);
     }
 
-protected:
-    void customEvent(QEvent *) override
+private:
+    MainThreadWork() { moveToThread(QCoreApplication::instance()->thread()); }
+
+    Q_INVOKABLE void doNext()
     {
         std::function<void()> work;
         {
@@ -184,36 +188,32 @@ protected:
         work();
     }
 
-private:
-    MainThreadWork() { moveToThread(QCoreApplication::instance()->thread()); }
-
     std::mutex m_mutex;
     std::deque<std::function<void()>> m_waiting;
 };
 
-/// Null without an application. Made before the first thread that asks for it, which then sees all of it.
-MainThreadWork *mainThreadWork()
+/// Before there is a thread that could ask for it, which then sees all of it.
+void makeMainThreadWork()
 {
-    return QCoreApplication::instance() ? &MainThreadWork::shared() : nullptr;
+    MainThreadWork::shared();
 }
+Q_COREAPP_STARTUP_FUNCTION(makeMainThreadWork)
 
 } // namespace
 
 void runOnMainThread(std::function<void()> work)
 {
-    if (MainThreadWork *queue = mainThreadWork())
-        queue->add(std::move(work));
+    if (QCoreApplication::instance())
+        MainThreadWork::shared().add(std::move(work));
 }
 
 void runInBackground(std::function<void()> work)
 {
-    mainThreadWork();
     workers().add(std::move(work));
 }
 
 void runApart(std::function<void()> work)
 {
-    mainThreadWork();
     Apart::apart().add(std::move(work));
 }
 
@@ -224,3 +224,5 @@ void waitForBackground()
 }
 
 } // namespace runebook
+
+#include "Background.moc"

@@ -1,5 +1,6 @@
 #include "scripting/python/RunPump.h"
 
+#include "platform/Background.h"
 #include "platform/CallLater.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/python/OperationScope.h"
@@ -154,8 +155,7 @@ bool RunPump::hasTurned()
     if (m_isHeartbeatAwaited)
         return false;
     m_isHeartbeatAwaited = true;
-    QMetaObject::invokeMethod(
-        this, [this] { m_isHeartbeatAwaited = false; }, Qt::QueuedConnection);
+    runOnMainThread([this] { m_isHeartbeatAwaited = false; });
     return true;
 }
 
