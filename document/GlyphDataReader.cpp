@@ -48,22 +48,6 @@ bool isForeignWithoutRecords(std::string_view text)
     return text.find_first_not_of(" \t\r\n") != text.npos && !isEmptyList(1) && !isEmptyList(2);
 }
 
-/// 0 when the header does not tell.
-quint8 versionOfHeader(std::string_view header)
-{
-    constexpr std::string_view kFormat = "format=\"";
-    if (const std::size_t format = header.find(kFormat); format != header.npos) {
-        const std::size_t digit = format + kFormat.size();
-        const bool isDigit = digit < header.size() && header[digit] >= '0' && header[digit] <= '9';
-        return isDigit ? static_cast<quint8>(header[digit] - '0') : 0;
-    }
-    const bool hasMarks = header.find("marks") != header.npos;
-    const bool hasAccents = header.find("accents") != header.npos;
-    if (hasMarks == hasAccents)
-        return 0;
-    return hasMarks ? 2 : 1;
-}
-
 /// Records tell of attributes that they do not know, each once in a run. A file that is full of them is told
 /// of once.
 void reportUnknown(ReadNotes &notes)
@@ -126,6 +110,21 @@ void noteUnkept(const InfoList &infos, int fileVersion, ReadNotes &notes)
 }
 
 } // namespace
+
+quint8 versionOfHeader(std::string_view header)
+{
+    constexpr std::string_view kFormat = "format=\"";
+    if (const std::size_t format = header.find(kFormat); format != header.npos) {
+        const std::size_t digit = format + kFormat.size();
+        const bool isDigit = digit < header.size() && header[digit] >= '0' && header[digit] <= '9';
+        return isDigit ? static_cast<quint8>(header[digit] - '0') : 0;
+    }
+    const bool hasMarks = header.find("marks") != header.npos;
+    const bool hasAccents = header.find("accents") != header.npos;
+    if (hasMarks == hasAccents)
+        return 0;
+    return hasMarks ? 2 : 1;
+}
 
 std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
 {

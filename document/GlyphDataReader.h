@@ -6,12 +6,16 @@
 
 #include <QIODevice>
 #include <optional>
+#include <string_view>
 
 namespace runebook {
 
 /// Reads the whole of a file, as UTF-8; null and an error when it cannot be read or is not UTF-8. Folders,
 /// devices and files that grow while being read are refused. The code is ENOMEM when memory ran out.
 std::optional<QByteArray> readUtf8File(const QString &path, Error *error);
+
+/// The version that the header of a glyph data file tells; 0 where it does not.
+quint8 versionOfHeader(std::string_view header);
 
 /// Reads glyph data files line by line. Damaged lines never stop the reading; what the records cannot keep
 /// is noted.

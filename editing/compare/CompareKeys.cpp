@@ -13,11 +13,6 @@ namespace {
 
 constexpr std::size_t kStep = 2048;
 
-GlyphField fieldOfKey(CompareKey key)
-{
-    return key == CompareKey::Production ? GlyphField::Production : GlyphField::Name;
-}
-
 quint32 hashOf(std::string_view key)
 {
     const std::size_t hash = std::hash<std::string_view>()(key);
@@ -32,24 +27,6 @@ std::string_view lineAsRead(const VXGlyphInfo &info)
 }
 
 } // namespace
-
-QString propertyOfKey(CompareKey key)
-{
-    switch (key) {
-    case CompareKey::Unicode:
-        return u"unicode"_s;
-    case CompareKey::Production:
-        return u"production"_s;
-    case CompareKey::Name:
-        break;
-    }
-    return u"name"_s;
-}
-
-std::string_view keyUtf8(const VXGlyphInfo &info, CompareKey key, std::string &buffer)
-{
-    return key == CompareKey::Unicode ? info.unicodeUtf8(buffer) : info.utf8(fieldOfKey(key), buffer);
-}
 
 // KeyIndex
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/VXGlyphInfo.h"
+#include "model/CompareKey.h"
 
 #include <QStringList>
 #include <chrono>
@@ -10,10 +10,6 @@
 
 namespace runebook {
 
-/// The property that identifies a glyph across two documents; the numbers are those of the default
-/// "FilterKey".
-enum class CompareKey { Name = 0, Unicode = 1, Production = 2 };
-
 /// Which keys are listed; the numbers are those of the default "FilterMode".
 enum class CompareMode {
     OnlyRight = 0, ///< missing on the left
@@ -22,11 +18,6 @@ enum class CompareMode {
 };
 
 inline constexpr int kCompareModeCount = 3;
-
-/// "name", "unicode" or "production".
-QString propertyOfKey(CompareKey key);
-/// The key of a record as UTF-8, empty when it has none. Valid as long as the record and \a buffer stay.
-std::string_view keyUtf8(const VXGlyphInfo &info, CompareKey key, std::string &buffer);
 
 /// Finds the records of a list by their key; of several with the same key the last counts. Refers to the
 /// list, which must not change meanwhile.

@@ -157,15 +157,6 @@ void writeJson(QTextStream &out, const FileDifference &difference, CompareKey ke
 
 } // namespace
 
-std::optional<CompareKey> compareKeyFromWord(QStringView word)
-{
-    for (const CompareKey key : {CompareKey::Name, CompareKey::Unicode, CompareKey::Production}) {
-        if (word == propertyOfKey(key))
-            return key;
-    }
-    return {};
-}
-
 CompareResult compareFiles(const QString &left, const QString &right, CompareKey key, ReportFormat format,
                            QTextStream &out, Error *error)
 {

@@ -5,7 +5,6 @@
 
 #include <QString>
 #include <QTextStream>
-#include <optional>
 
 namespace runebook {
 
@@ -16,9 +15,6 @@ enum class ReportFormat {
 
 /// How a comparison ended; also the exit status of the program.
 enum CompareResult : int { FilesEqual = 0, FilesDifferent = 1, FilesUnreadable = 2 };
-
-/// The key that a person means by "name", "unicode" or "production"; nothing for any other word.
-std::optional<CompareKey> compareKeyFromWord(QStringView word);
 
 /// Compares two files and writes to \a out which glyphs either lacks and which fields differ in those that
 /// both have. Records are told apart by \a key, those without it by their name; the order of the records

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/VXGlyphInfo.h"
+#include "model/ComparableValue.h"
 
 #include <QList>
 #include <optional>
@@ -19,12 +19,6 @@ struct ComparedField {
 /// All fields that a file keeps, in the order in which they are shown.
 const QList<ComparedField> &comparedFields();
 QString titleOf(const ComparedField &field);
-
-/// A value that is equal for equal texts, lists or numbers, and for no others; nothing for an absent or empty
-/// value.
-/// Valid as long as the record and \a buffer stay.
-std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,
-                                                std::string &buffer);
 
 /// The fields in which two records differ, all of them: case, legacy code point and old sort name too. Empty
 /// and absent count as the same, as in files.

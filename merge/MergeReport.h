@@ -1,0 +1,25 @@
+#pragma once
+
+#include "merge/ThreeWayMerge.h"
+
+#include <QTextStream>
+
+namespace runebook {
+
+/// Writes what a merge came to, for a person at a terminal: a line for each conflict with its key and field
+/// and the three values, a line for each record that may have been renamed, and one that sums up. \a path is
+/// what the merged file is called.
+void writeMergeReport(const ThreeWayMerge &merge, const QString &path, QTextStream &out);
+/// The same as one JSON object.
+void writeMergeJson(const ThreeWayMerge &merge, const QString &path, QTextStream &out);
+
+/// A record that one side removed while it added one of the same code points under another key.
+struct PossibleRename {
+    QString from;
+    QString to;
+    MergeSide side;
+    bool isInConflict; ///< the other side has edited the removed record
+};
+std::vector<PossibleRename> possibleRenames(const ThreeWayMerge &merge);
+
+} // namespace runebook
