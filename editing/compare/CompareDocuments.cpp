@@ -63,13 +63,10 @@ void setCompareWindowProvider(std::function<VXCompareDataWindow *()> provider)
 
 void compareDocuments(VXDocument &left, VXDocument &right, const QList<VXDocument *> &temporary)
 {
+    for (VXDocument *document : temporary)
+        setOnlyToCompare(*document);
     VXCompareDataWindow *window = compareWindow();
-    window->showWindow();
-    const auto choose = [](DocumentChoice *choice, VXDocument &document) {
-        choice->setSelectionIndex(static_cast<int>(choice->arrangedObjects().indexOf(&document)));
-    };
-    choose(window->leftDocList(), left);
-    choose(window->rightDocList(), right);
+    window->showDocuments(&left, &right);
     new TemporaryDocuments(window, temporary);
 }
 

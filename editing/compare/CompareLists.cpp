@@ -4,6 +4,22 @@
 
 namespace runebook {
 
+namespace {
+
+constexpr char kOnlyToCompare[] = "isOnlyToCompare";
+
+} // namespace
+
+void setOnlyToCompare(VXDocument &document)
+{
+    document.setProperty(kOnlyToCompare, true);
+}
+
+bool isOnlyToCompare(const VXDocument *document)
+{
+    return document && document->property(kOnlyToCompare).toBool() && !document->windowController();
+}
+
 // DocumentChoice
 
 QList<QObject *> DocumentChoice::arrangedObjects() const
@@ -56,7 +72,10 @@ QVariant DocumentChoice::data(const QModelIndex &index, int role) const
     if (!index.isValid() || role != Qt::DisplayRole)
         return {};
     const VXDocument *document = m_documents.value(index.row());
-    return document ? document->windowTitle() : tr("(closed)");
+    if (!document)
+        return tr("(closed)");
+    const QString title = document->windowTitle();
+    return isOnlyToCompare(document) ? tr("%1, read-only").arg(title) : title;
 }
 
 // KeyList
@@ -66,28 +85,34 @@ KeyList::KeyList(QObject *parent) : QAbstractListModel(parent), m_selection(this
     connect(&m_selection, &QItemSelectionModel::selectionChanged, this, &KeyList::selectionChanged);
 }
 
-void KeyList::setContent(const QStringList &keys)
+void KeyList::setContent(const QStringList &keys, std::optional<IndexSet> rows)
 {
-    const QStringList selected = selectedObjects();
-    const QSet<QString> wanted(selected.begin(), selected.end());
+    const QStringList selected = rows ? QStringList() : selectedObjects();
     {
         const QSignalBlocker silence(&m_selection);
         beginResetModel();
         m_keys = keys;
         endResetModel();
     }
-    IndexSet rows;
-    for (qsizetype row = 0; row < keys.size() && !wanted.isEmpty(); ++row) {
-        if (wanted.contains(keys.at(row)))
-            rows.push_back(row);
-    }
-    if (rows.empty() && !keys.isEmpty())
-        rows.push_back(0);
+    IndexSet wanted = rows ? std::move(*rows) : rowsOf(selected);
+    if (wanted.empty() && !keys.isEmpty())
+        wanted.push_back(0);
     {
         const QSignalBlocker silence(this);
-        select(rows);
+        select(wanted);
     }
     Q_EMIT selectionChanged();
+}
+
+IndexSet KeyList::rowsOf(const QStringList &keys) const
+{
+    const QSet<QString> wanted(keys.begin(), keys.end());
+    IndexSet rows;
+    for (qsizetype row = 0; row < m_keys.size() && !wanted.isEmpty(); ++row) {
+        if (wanted.contains(m_keys.at(row)))
+            rows.push_back(row);
+    }
+    return rows;
 }
 
 QStringList KeyList::selectedObjects() const

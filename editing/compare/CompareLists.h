@@ -5,8 +5,15 @@
 #include <QAbstractListModel>
 #include <QItemSelectionModel>
 #include <QPointer>
+#include <optional>
 
 namespace runebook {
+
+/// Marks a document that was opened for a comparison alone and has no window: what was copied into it would
+/// be lost, so the compare window only reads it.
+void setOnlyToCompare(VXDocument &document);
+/// Whether it is such a one. A window of its own makes it a document like any other.
+bool isOnlyToCompare(const VXDocument *document);
 
 /// The open documents of which a pop-up chooses one. Keeps the choice when its content is replaced.
 class DocumentChoice : public QAbstractListModel
@@ -47,8 +54,8 @@ public:
     explicit KeyList(QObject *parent = nullptr);
 
     Q_INVOKABLE QStringList arrangedObjects() const { return m_keys; }
-    /// Keeps those keys selected that are still there, else selects the first.
-    void setContent(const QStringList &keys);
+    /// Selects \a rows, or without them keeps those keys selected that are still there, else the first.
+    void setContent(const QStringList &keys, std::optional<IndexSet> rows = {});
     Q_INVOKABLE QStringList selectedObjects() const;
     qsizetype selectedCount() const;
     /// Ascending.
@@ -64,6 +71,7 @@ Q_SIGNALS:
     void selectionChanged();
 
 private:
+    IndexSet rowsOf(const QStringList &keys) const;
     void select(const IndexSet &rows);
 
     QStringList m_keys;

@@ -12,4 +12,7 @@ inline const Setting<CompareKey> kCompareKey("FilterKey", CompareKey::Name,
                                              {CompareKey::Name, CompareKey::Production,
                                               OutOfRange::ReadsAsFallback});
 
+/// Whether the compare window folds away the fields that are the same on both sides.
+inline const Setting<bool> kComparesOnlyDifferences("CompareOnlyDifferences", false);
+
 } // namespace runebook::Settings

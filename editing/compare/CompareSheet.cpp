@@ -3,8 +3,10 @@
 #include "platform/Appearance.h"
 #include "platform/PlainText.h"
 
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
+#include <QToolButton>
 
 namespace runebook {
 
@@ -55,7 +57,7 @@ CompareSheet::CompareSheet(QWidget *parent) : QWidget(parent)
     grid->setHorizontalSpacing(8);
     grid->setVerticalSpacing(5);
     grid->setColumnStretch(1, 1);
-    grid->setColumnMinimumWidth(2, 12);
+    grid->setColumnMinimumWidth(2, 52); // of the arrows, so that nothing moves when they come and go
     grid->setColumnStretch(4, 1);
     m_rows.reserve(static_cast<std::size_t>(comparedFields().size()));
     for (const ComparedField &field : comparedFields())
@@ -91,14 +93,54 @@ void CompareSheet::addRow(QGridLayout &grid, const ComparedField &field)
         Half &half = row.sides[side];
         half = makeHalf(side, field);
         grid.addWidget(half.label, line, side == Left ? 0 : 3);
+        row.arrows[side] = makeArrow(side, field);
         QWidget *value = half.value ? static_cast<QWidget *>(half.value) : half.cells;
         grid.addWidget(value, line, side == Left ? 1 : 4, Qt::AlignTop);
         if (half.value) {
             connect(half.value, &CompareField::wantedHeightChanged, this,
                     [this, field = field.field] { adjustHeight(rowOf(field)); });
         }
+        value->installEventFilter(this);
     }
+    auto *arrows = new QHBoxLayout;
+    arrows->setSpacing(2);
+    arrows->addWidget(row.arrows[Left]);
+    arrows->addWidget(row.arrows[Right]);
+    grid.addLayout(arrows, line, 2, Qt::AlignTop | Qt::AlignHCenter);
     m_rows.push_back(row);
+}
+
+QToolButton *CompareSheet::makeArrow(Side target, const ComparedField &field)
+{
+    auto *arrow = new QToolButton(this);
+    arrow->setIcon(QIcon(target == Left ? u":/icons/take-left.svg"_s : u":/icons/take-right.svg"_s));
+    arrow->setAutoRaise(true);
+    arrow->setFocusPolicy(Qt::StrongFocus);
+    const QString text = target == Left ? tr("Take %1 from the right").arg(titleOf(field))
+                                        : tr("Take %1 from the left").arg(titleOf(field));
+    arrow->setAccessibleName(text);
+    arrow->setToolTip(escapedToolTip(text));
+    arrow->hide();
+    arrow->installEventFilter(this);
+    connect(arrow, &QToolButton::clicked, this,
+            [this, target, field = field.field] { Q_EMIT takeRequested(target, field); });
+    return arrow;
+}
+
+/// Remembers which field the keys mean: a menu takes the focus away for a moment.
+bool CompareSheet::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FocusIn) {
+        for (const Row &row : m_rows) {
+            const auto has = [watched](const Half &half) {
+                return watched == half.value || watched == half.cells;
+            };
+            if (has(row.sides[Left]) || has(row.sides[Right]) || watched == row.arrows[Left]
+                || watched == row.arrows[Right])
+                m_focused = row.field->field;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void CompareSheet::adjustHeight(const Row &row)
@@ -109,12 +151,72 @@ void CompareSheet::adjustHeight(const Row &row)
         half.value->setFixedHeight(height);
 }
 
-const CompareSheet::Row &CompareSheet::rowOf(GlyphField field) const
+std::size_t CompareSheet::placeOf(GlyphField field) const
 {
     const auto found = std::find_if(m_rows.begin(), m_rows.end(),
                                     [field](const Row &row) { return row.field->field == field; });
     Q_ASSERT(found != m_rows.end());
-    return *found;
+    return static_cast<std::size_t>(found - m_rows.begin());
+}
+
+// What can be taken
+
+void CompareSheet::setWritable(bool left, bool right)
+{
+    m_isWritable = {left, right};
+    for (const Row &row : m_rows)
+        showRow(row);
+}
+
+void CompareSheet::setOnlyDifferent(bool onlyDifferent)
+{
+    m_onlyDifferent = onlyDifferent;
+    for (const Row &row : m_rows)
+        showRow(row);
+}
+
+void CompareSheet::showRow(const Row &row)
+{
+    const bool isFolded = m_onlyDifferent && !row.differs;
+    for (const Side side : {Left, Right}) {
+        const Half &half = row.sides[side];
+        half.label->setHidden(isFolded);
+        (half.value ? static_cast<QWidget *>(half.value) : half.cells)->setHidden(isFolded);
+        row.arrows[side]->setVisible(row.differs && row.hasBoth);
+        row.arrows[side]->setEnabled(m_isWritable[side]);
+    }
+}
+
+std::optional<GlyphField> CompareSheet::fieldToTake() const
+{
+    std::optional<GlyphField> first;
+    for (const Row &row : m_rows) {
+        if (!row.differs || !row.hasBoth)
+            continue;
+        if (row.field->field == m_focused)
+            return m_focused;
+        first = first ? first : row.field->field;
+    }
+    return first;
+}
+
+bool CompareSheet::focusNextTake(Side target, GlyphField taken)
+{
+    QToolButton *first = nullptr;
+    bool isBehind = false;
+    for (const Row &row : m_rows) {
+        isBehind |= row.field->field == taken;
+        if (row.arrows[target]->isHidden() || !row.arrows[target]->isEnabled())
+            continue;
+        first = first ? first : row.arrows[target];
+        if (isBehind) {
+            first = row.arrows[target];
+            break;
+        }
+    }
+    if (first)
+        first->setFocus(Qt::OtherFocusReason);
+    return first;
 }
 
 // Values
@@ -123,7 +225,10 @@ void CompareSheet::setContent(const FieldContent &content)
 {
     if (content.field() != GlyphField::Unicodes)
         setCaption(content.field(), content.differs());
-    const Row &row = rowOf(content.field());
+    Row &row = m_rows[placeOf(content.field())];
+    row.differs = content.differs();
+    row.hasBoth = !content.isOneSided();
+    showRow(row);
     if (isChoice(content.field())) {
         row.sides[Left].cells->setChosen(content.left().choices);
         row.sides[Right].cells->setChosen(content.right().choices);

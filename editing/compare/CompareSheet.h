@@ -7,10 +7,12 @@
 
 #include <QWidget>
 #include <array>
+#include <optional>
 #include <vector>
 
 class QGridLayout;
 class QLabel;
+class QToolButton;
 
 namespace runebook {
 
@@ -27,6 +29,16 @@ public:
     /// the captions whether they differ. Code points differ where keys do, so their captions say nothing.
     void setContent(const FieldContent &content);
 
+    /// Whether values can be taken into either side: where they can, arrows stand between differing fields.
+    void setWritable(bool left, bool right);
+    /// Folds away the fields that are the same on both sides.
+    void setOnlyDifferent(bool onlyDifferent);
+    /// The differing field that has the focus, else the first; nothing when none differs on two sides.
+    std::optional<GlyphField> fieldToTake() const;
+    /// Moves the focus from a field that was taken to the arrow of the next one, or of the first; false when
+    /// there is none.
+    bool focusNextTake(Side target, GlyphField taken);
+
     /// The caption of a field: a label, or for case and direction a row of cells.
     QWidget *caption(Side side, GlyphField field) const;
     /// Says by both captions of a field whether its values differ.
@@ -35,6 +47,13 @@ public:
     QColor normalColor() const;
     /// The colour of a caption whose values differ.
     QColor differentColor() const;
+
+Q_SIGNALS:
+    /// Somebody wants the value of \a field to be taken into the side \a target.
+    void takeRequested(runebook::CompareSheet::Side target, runebook::GlyphField field);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     struct Half {
@@ -45,14 +64,23 @@ private:
     struct Row {
         const ComparedField *field;
         std::array<Half, 2> sides;
+        std::array<QToolButton *, 2> arrows {}; ///< by the side into which they take
+        bool differs = false;
+        bool hasBoth = false; ///< a record on either side
     };
 
     void addRow(QGridLayout &grid, const ComparedField &field);
     Half makeHalf(Side side, const ComparedField &field);
-    const Row &rowOf(GlyphField field) const;
+    QToolButton *makeArrow(Side target, const ComparedField &field);
+    void showRow(const Row &row);
+    std::size_t placeOf(GlyphField field) const;
+    const Row &rowOf(GlyphField field) const { return m_rows[placeOf(field)]; }
     static void adjustHeight(const Row &row);
 
     std::vector<Row> m_rows;
+    std::array<bool, 2> m_isWritable {true, true};
+    bool m_onlyDifferent = false;
+    std::optional<GlyphField> m_focused;
 };
 
 } // namespace runebook

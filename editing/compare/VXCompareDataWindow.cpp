@@ -7,7 +7,7 @@
 #include "platform/documents/DocumentController.h"
 #include "ui_VXCompareDataWindow.h"
 
-#include <QApplication>
+#include <algorithm>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -59,8 +59,13 @@ void VXCompareDataWindow::awakeFromNib()
             &VXCompareDataWindow::documentsChosen);
     connect(&m_rightDocList, &DocumentChoice::selectionIndexChanged, this,
             &VXCompareDataWindow::documentsChosen);
-    connect(&m_filteredKeys, &KeyList::selectionChanged, this, &VXCompareDataWindow::updateContent);
+    connect(&m_filteredKeys, &KeyList::selectionChanged, this, [this] {
+        m_wrap = Wrap::None;
+        updateContent();
+    });
+    connect(&m_history, &CompareHistory::changed, this, &VXCompareDataWindow::showActions);
     const auto follow = [this] {
+        m_picksMode = false;
         showDefaults();
         updateFilters();
     };
@@ -141,7 +146,23 @@ QString VXCompareDataWindow::filterKey() const
 
 void VXCompareDataWindow::showWindow()
 {
+    showDocuments(nullptr, nullptr);
+}
+
+void VXCompareDataWindow::showDocuments(VXDocument *left, VXDocument *right)
+{
     DocumentController::shared().commitEditing();
+    m_picksMode = true;
+    chooseDocuments(left, right);
+    if (isMinimized())
+        showNormal();
+    show();
+    raise();
+    activateWindow();
+}
+
+void VXCompareDataWindow::chooseDocuments(VXDocument *left, VXDocument *right)
+{
     QList<VXDocument *> documents;
     for (Document *document : DocumentController::shared().documentList()) {
         if (auto *ours = qobject_cast<VXDocument *>(document))
@@ -150,16 +171,26 @@ void VXCompareDataWindow::showWindow()
     m_isChoosing = true;
     m_leftDocList.setContent(documents);
     m_rightDocList.setContent(documents);
+    if (left)
+        m_leftDocList.setSelectionIndex(static_cast<int>(documents.indexOf(left)));
     // No check against the end of the list: past it the choice stays.
-    if (documents.size() >= 2 && m_leftDocList.selectionIndex() == m_rightDocList.selectionIndex())
+    if (right)
+        m_rightDocList.setSelectionIndex(static_cast<int>(documents.indexOf(right)));
+    else if (documents.size() >= 2 && m_leftDocList.selectionIndex() == m_rightDocList.selectionIndex())
         m_rightDocList.setSelectionIndex(m_rightDocList.selectionIndex() + 1);
     m_isChoosing = false;
     documentsChosen();
-    if (isMinimized())
-        showNormal();
-    show();
-    raise();
-    activateWindow();
+}
+
+/// Once everything is known of documents that the window was opened for: a list that is empty is nothing to
+/// begin with.
+void VXCompareDataWindow::pickMode()
+{
+    if (!std::exchange(m_picksMode, false) || m_counts[static_cast<std::size_t>(mode())] != 0)
+        return;
+    const auto found = std::find_if(m_counts.begin(), m_counts.end(), [](qsizetype n) { return n > 0; });
+    if (found != m_counts.end())
+        Settings::kCompareMode.set(static_cast<CompareMode>(found - m_counts.begin()));
 }
 
 void VXCompareDataWindow::documentsChosen()
@@ -181,6 +212,7 @@ void VXCompareDataWindow::watchDocuments()
         VXDocument *chosen = document(side);
         if (!chosen)
             continue;
+        m_history.follow(chosen);
         const auto changed = &VXCompareDataWindow::documentHasChanged;
         m_watches << connect(chosen, &VXDocument::infosInserted, this, changed)
                   << connect(chosen, &VXDocument::infosRemoved, this, changed)
@@ -198,6 +230,8 @@ void VXCompareDataWindow::watchDocuments()
 void VXCompareDataWindow::documentHasChanged()
 {
     m_content.reset(); // it looks at the list as it was
+    if (m_isChanging)
+        return;
     if (m_comparison) {
         updateFilters();
         return;
@@ -251,6 +285,8 @@ void VXCompareDataWindow::continueComparison(std::chrono::milliseconds budget)
         showKeys(keys);
     else
         showState();
+    if (isDone)
+        pickMode();
 }
 
 void VXCompareDataWindow::cancelComparison()
@@ -263,12 +299,6 @@ void VXCompareDataWindow::cancelComparison()
     if (m_isCancelled)
         showKeys({});
     showState();
-}
-
-void VXCompareDataWindow::showKeys(const QStringList &keys)
-{
-    // Tells of its selection, whatever it is; the panes follow.
-    m_filteredKeys.setContent(keys);
 }
 
 qsizetype VXCompareDataWindow::countOfKeysInMode(int mode) const
@@ -356,31 +386,31 @@ void VXCompareDataWindow::copyLeft()
 {
     const InfoList &infos = rightInfoList()->infos();
     if (!infos.empty())
-        copyRecords({infos.front()}, document(CompareSheet::Left));
+        copyRecords({infos.front()}, CompareSheet::Left);
 }
 
 void VXCompareDataWindow::copyRight()
 {
     const InfoList &infos = leftInfoList()->infos();
     if (!infos.empty())
-        copyRecords({infos.front()}, document(CompareSheet::Right));
+        copyRecords({infos.front()}, CompareSheet::Right);
 }
 
 void VXCompareDataWindow::copyAllLeft()
 {
-    copyRecords(rightInfoList()->infos(), document(CompareSheet::Left));
+    copyRecords(rightInfoList()->infos(), CompareSheet::Left);
 }
 
 void VXCompareDataWindow::copyAllRight()
 {
-    copyRecords(leftInfoList()->infos(), document(CompareSheet::Right));
+    copyRecords(leftInfoList()->infos(), CompareSheet::Right);
 }
 
-void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)
+void VXCompareDataWindow::copyRecords(const InfoList &infos, CompareSheet::Side side)
 {
-    // What is being typed in a document window belongs to what is copied.
-    if (infos.empty() || !target || !DocumentController::shared().commitEditing())
+    if (infos.empty() || !mayChange(side))
         return;
+    VXDocument *target = document(side);
     InfoList copies;
     LeftOut leftOut;
     copies.reserve(infos.size());
@@ -392,9 +422,7 @@ void VXCompareDataWindow::copyRecords(const InfoList &infos, VXDocument *target)
             copies.push_back(std::move(copy));
     }
     if (leftOut.records > 0)
-        ErrorBubble::show(target == document(CompareSheet::Left) ? m_ui->copyLeftButton
-                                                                 : m_ui->copyRightButton,
-                          {u"Runebook"_s, 1, leftOut.text(), {}, {}});
+        ErrorBubble::show(buttonOf(side), {u"Runebook"_s, 1, leftOut.text(), {}, {}});
     if (copies.empty())
         return;
     const UndoGroup group(target->undoManager(),
@@ -413,13 +441,20 @@ void VXCompareDataWindow::moveSelection(int step)
 {
     const IndexSet rows = filteredKeys()->selectionIndexes();
     const qsizetype count = m_filteredKeys.rowCount();
+    if (count == 0)
+        return;
     qsizetype row = step > 0 ? 0 : count - 1;
     if (!rows.empty())
         row = step > 0 ? rows.back() + 1 : rows.front() - 1;
-    if (row < 0 || row >= count) {
-        QApplication::beep();
-        return;
-    }
+    const Wrap wrap = row < 0 ? Wrap::ToEnd : row >= count ? Wrap::ToTop : Wrap::None;
+    row = (row + count) % count;
     m_filteredKeys.setSelectionIndexes({row});
     m_ui->keyView->scrollTo(m_filteredKeys.index(static_cast<int>(row)));
+    m_wrap = wrap;
+    showState();
+}
+
+void VXCompareDataWindow::selectAllKeys()
+{
+    m_ui->keyView->selectAll();
 }

@@ -1,20 +1,27 @@
 #pragma once
 
+#include "editing/compare/CompareHistory.h"
 #include "editing/compare/CompareKeys.h"
 #include "editing/compare/CompareLists.h"
 #include "editing/compare/CompareSheet.h"
+#include "editing/compare/TakeAcross.h"
 
 #include <QMainWindow>
 #include <QTimer>
+#include <functional>
 #include <memory>
 
 namespace Ui {
 class VXCompareDataWindow;
 }
 
+namespace runebook {
+class CompareMenus;
+}
+
 /// Sets two open documents side by side: lists the glyphs that one lacks or that differ, shows the records of
-/// the chosen ones, tells the fields that disagree, and copies records over. One for the program, made on
-/// first use and kept. The defaults "FilterKey" and "FilterMode" are observed live.
+/// the chosen ones, tells the fields that disagree, and takes fields and records across. One for the program,
+/// made on first use and kept. The defaults "FilterKey" and "FilterMode" are observed live.
 class VXCompareDataWindow : public QMainWindow
 {
     Q_OBJECT
@@ -44,11 +51,18 @@ public: // outlets
 public: // comparing
     /// Takes in the documents that are open now, compares, and comes to the front.
     Q_INVOKABLE void showWindow();
+    /// The same with these documents chosen, which are open.
+    void showDocuments(VXDocument *left, VXDocument *right);
     /// The property by which glyphs are told apart.
     Q_INVOKABLE QString filterKey() const;
     /// Makes the key list anew. With very long lists it goes on in the background, to be cancelled, and the
     /// list appears later.
     Q_INVOKABLE void updateFilters();
+    Q_INVOKABLE void showOnlyRight();
+    Q_INVOKABLE void showOnlyLeft();
+    Q_INVOKABLE void showDifferent();
+    /// Folds fields that are the same on both sides away, or unfolds them; remembered.
+    Q_INVOKABLE void toggleOnlyDifferences();
     /// Shows the records of the selected keys and colours the captions. Those of very many keys are found in
     /// the background and appear later.
     Q_INVOKABLE void updateContent();
@@ -62,6 +76,28 @@ public: // comparing
     /// The number of keys in a mode; -1 while it is not known.
     Q_INVOKABLE qsizetype countOfKeysInMode(int mode) const;
 
+public: // taking: the target's records become like those of the other side, in place, as one undo step
+    /// Takes the records of the selected keys into the left document: every field of those that both have,
+    /// and what it lacks, behind the neighbour that it follows on the right. The next difference is selected.
+    Q_INVOKABLE void takeLeft();
+    Q_INVOKABLE void takeRight();
+    /// The same for all keys that are listed.
+    Q_INVOKABLE void takeAllLeft();
+    Q_INVOKABLE void takeAllRight();
+    /// Takes one field, named by its key, of the records of the selected keys into the left document.
+    Q_INVOKABLE void takeFieldLeft(const QString &key);
+    Q_INVOKABLE void takeFieldRight(const QString &key);
+    /// The same with the differing field that has the focus, or the first one.
+    void takeCurrentFieldLeft();
+    void takeCurrentFieldRight();
+    /// Removes the records of the selected keys that only one side has.
+    Q_INVOKABLE void removeShown();
+    /// Takes back what was done last in either document.
+    Q_INVOKABLE void undo();
+    Q_INVOKABLE void redo();
+    /// Saves both documents, if changed.
+    Q_INVOKABLE void saveDocuments();
+
 public: // copying: a copy is appended to the other document, nothing is replaced
     /// Copies the first record of the right pane into the left document.
     Q_INVOKABLE void copyLeft();
@@ -71,22 +107,49 @@ public: // copying: a copy is appended to the other document, nothing is replace
     Q_INVOKABLE void copyAllRight();
 
 public: // moving
+    /// Behind the last one comes the first again, and the window says so.
     Q_INVOKABLE void selectNextDifference() { moveSelection(1); }
     Q_INVOKABLE void selectPreviousDifference() { moveSelection(-1); }
+    void selectAllKeys();
+    /// Copies the text that is selected in a field.
+    void copyText();
+    void closeWindow() { close(); }
     /// Ends a comparison that goes on in the background.
     Q_INVOKABLE void cancelComparison();
     /// How long a comparison keeps its caller waiting before it goes on in the background.
     void setPatience(std::chrono::milliseconds patience) { m_patience = patience; }
 
 protected:
+    bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
+
+private:
+    enum class Scope { Selected, Listed };
+    /// Where the list goes on after a change.
+    enum class GoOn {
+        AtNext, ///< behind what was selected
+        OnceDone, ///< the same, unless that still differs
+        AtWhatCameBack
+    };
+    struct AfterChange {
+        GoOn goOn = GoOn::AtNext;
+        QStringList keys; ///< that were selected, or listed before something came back
+        QString nextKey; ///< null: none
+        qsizetype row = 0; ///< of that key
+        qsizetype formerCount = 0;
+    };
+    enum class Wrap { None, ToTop, ToEnd };
+    using Taking = std::function<runebook::TakeAcross::Outcome(runebook::TakeAcross &, const InfoList &,
+                                                               const InfoList &)>;
 
 private: // set-up
     void setUpLists();
     void setUpActions();
-    void setUpCopyButton(QAction *first, QAction *all, class QToolButton *button);
+    void setUpTakeButton(runebook::CompareSheet::Side side);
 
 private: // comparing
+    void chooseDocuments(VXDocument *left, VXDocument *right);
+    void pickMode();
     VXDocument *document(runebook::CompareSheet::Side side) const;
     runebook::CompareMode mode() const;
     runebook::CompareKey key() const;
@@ -98,14 +161,30 @@ private: // comparing
     void continueContent(std::chrono::milliseconds budget);
     void finishContent();
     void showKeys(const QStringList &keys);
-    void copyRecords(const InfoList &infos, VXDocument *target);
+    void copyRecords(const InfoList &infos, runebook::CompareSheet::Side side);
     void moveSelection(int step);
+
+private: // taking
+    bool isWritable(runebook::CompareSheet::Side side) const;
+    bool mayChange(runebook::CompareSheet::Side side);
+    QWidget *buttonOf(runebook::CompareSheet::Side side) const;
+    std::array<InfoList, 2> recordsIn(Scope scope);
+    void takeRecords(runebook::CompareSheet::Side target, Scope scope);
+    void takeField(runebook::CompareSheet::Side target, std::optional<runebook::GlyphField> field);
+    void change(runebook::CompareSheet::Side side, Scope scope, const Taking &take, GoOn goOn = GoOn::AtNext);
+    AfterChange placeAfter(Scope scope, GoOn goOn);
+    void listAnew(AfterChange after);
+    std::optional<runebook::IndexSet> rowsAfterChange(const AfterChange &after,
+                                                      const QStringList &keys) const;
+    void stepInHistory(VXDocument *target, void (runebook::UndoManager::*step)());
 
 private: // what is shown
     void showDefaults();
     void showCounts();
     void showState();
     void showActions();
+    void showTakeActions();
+    QString positionText() const;
     QString emptyText() const;
     QString note() const;
 
@@ -125,9 +204,12 @@ private: // what is shown
     QTimer m_contentTimer;
     QTimer m_contentWorkTimer;
     QList<QMetaObject::Connection> m_watches;
-    QList<QAction *> m_copyActions; ///< left, right, all left, all right
-    QAction *m_nextAction = nullptr;
-    QAction *m_previousAction = nullptr;
+    runebook::CompareHistory m_history;
+    runebook::CompareMenus *m_menus = nullptr;
+    std::optional<AfterChange> m_after; ///< until the list is there
+    Wrap m_wrap = Wrap::None; ///< how the selection came where it is
+    bool m_isChanging = false; ///< a document, by a command of this window
+    bool m_picksMode = false; ///< the window opens, on the first mode that has something
     bool m_isListed = false; ///< the key list is that of the running comparison
     bool m_isCancelled = false;
     bool m_isStale = false;

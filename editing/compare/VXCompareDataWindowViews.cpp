@@ -1,12 +1,18 @@
 // What the compare window looks like: its controls, its texts, what is enabled and when.
+#include "editing/compare/CompareMenus.h"
 #include "editing/compare/CompareSettings.h"
 #include "editing/compare/VXCompareDataWindow.h"
+#include "editing/fields/GlyphColumns.h"
+#include "platform/MainMenu.h"
+#include "platform/MenuText.h"
 #include "platform/PlainText.h"
 #include "ui_VXCompareDataWindow.h"
 
 #include <QEvent>
 #include <QLocale>
 #include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
 #include <QToolBar>
 
 using namespace runebook;
@@ -51,7 +57,7 @@ void VXCompareDataWindow::setUpLists()
         label->setTextFormat(Qt::PlainText);
     m_ui->splitter->setStretchFactor(0, 0);
     m_ui->splitter->setStretchFactor(1, 1);
-    m_ui->splitter->setSizes({260, 920});
+    m_ui->splitter->setSizes({260, 980});
     m_ui->leftDocuments->setModel(&m_leftDocList);
     m_ui->rightDocuments->setModel(&m_rightDocList);
     m_ui->keyView->setModel(&m_filteredKeys);
@@ -66,82 +72,39 @@ void VXCompareDataWindow::setUpLists()
     }
     connect(m_ui->keyChooser, &QComboBox::activated, this,
             [](int key) { Settings::kCompareKey.set(static_cast<CompareKey>(key)); });
+    connect(m_ui->onlyDifferencesBox, &QCheckBox::clicked, this, &VXCompareDataWindow::toggleOnlyDifferences);
     connect(m_ui->refreshButton, &QPushButton::clicked, this, &VXCompareDataWindow::updateFilters);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &VXCompareDataWindow::cancelComparison);
 }
 
 void VXCompareDataWindow::setUpActions()
 {
-    struct Command {
-        QString title;
-        QString icon;
-        QList<QKeySequence> keys;
-        void (VXCompareDataWindow::*perform)();
-    };
-    const auto add = [this](const Command &command) {
-        auto *action = new QAction(QIcon(command.icon), command.title, this);
-        action->setShortcuts(command.keys);
-        connect(action, &QAction::triggered, this, command.perform);
-        addAction(action);
-        const QString keys = command.keys.isEmpty()
-            ? QString()
-            : u" ("_s + command.keys.first().toString(QKeySequence::NativeText) + u')';
-        action->setToolTip(escapedToolTip(command.title + keys));
-        return action;
-    };
-    using Window = VXCompareDataWindow;
-    m_previousAction = add({tr("Previous Difference"),
-                            u":/icons/previous.svg"_s,
-                            {QKeySequence(Qt::SHIFT | Qt::Key_F8), QKeySequence(Qt::ALT | Qt::Key_Up)},
-                            &Window::selectPreviousDifference});
-    m_nextAction = add({tr("Next Difference"),
-                        u":/icons/next.svg"_s,
-                        {QKeySequence(Qt::Key_F8), QKeySequence(Qt::ALT | Qt::Key_Down)},
-                        &Window::selectNextDifference});
-    m_copyActions = {
-        add({tr("Copy to the Left"),
-             u":/icons/copy-left.svg"_s,
-             {QKeySequence(Qt::ALT | Qt::Key_Left)},
-             &Window::copyLeft}),
-        add({tr("Copy to the Right"),
-             u":/icons/copy-right.svg"_s,
-             {QKeySequence(Qt::ALT | Qt::Key_Right)},
-             &Window::copyRight}),
-        add({tr("Copy All Shown to the Left"),
-             {},
-             {QKeySequence(Qt::ALT | Qt::SHIFT | Qt::Key_Left)},
-             &Window::copyAllLeft}),
-        add({tr("Copy All Shown to the Right"),
-             {},
-             {QKeySequence(Qt::ALT | Qt::SHIFT | Qt::Key_Right)},
-             &Window::copyAllRight}),
-    };
-    add({tr("Compare Again"), {}, {QKeySequence(QKeySequence::Refresh)}, &Window::updateFilters});
-    auto *close = new QAction(tr("Close"), this);
-    close->setShortcut(QKeySequence::Close);
-    connect(close, &QAction::triggered, this, &QWidget::close);
-    addAction(close);
-
-    m_ui->previousButton->setDefaultAction(m_previousAction);
-    m_ui->nextButton->setDefaultAction(m_nextAction);
-    setUpCopyButton(m_copyActions.at(0), m_copyActions.at(2), m_ui->copyLeftButton);
-    setUpCopyButton(m_copyActions.at(1), m_copyActions.at(3), m_ui->copyRightButton);
+    m_menus = new CompareMenus(*this);
+    m_ui->previousButton->setDefaultAction(m_menus->action(CompareMenus::PreviousDifference));
+    m_ui->nextButton->setDefaultAction(m_menus->action(CompareMenus::NextDifference));
+    setUpTakeButton(CompareSheet::Left);
+    setUpTakeButton(CompareSheet::Right);
+    connect(m_sheet, &CompareSheet::takeRequested, this,
+            [this](CompareSheet::Side target, GlyphField field) { takeField(target, field); });
+    Settings::kComparesOnlyDifferences.onChange(this, [this] { showDefaults(); });
 }
 
-/// A button that copies the first record, with a menu to copy all.
-void VXCompareDataWindow::setUpCopyButton(QAction *first, QAction *all, QToolButton *button)
+/// A button that takes the shown records across, with a menu of what else can be done to that side.
+void VXCompareDataWindow::setUpTakeButton(CompareSheet::Side side)
 {
-    first->setToolTip(
-        first->toolTip()
-        + escapedToolTip(tr(". Appends a copy of the first record shown, without its description.")));
+    const bool isLeft = side == CompareSheet::Left;
+    QToolButton *button = isLeft ? m_ui->takeLeftButton : m_ui->takeRightButton;
     auto *menu = new QMenu(button);
-    menu->addAction(first);
-    menu->addAction(all);
-    button->setDefaultAction(first);
+    for (const CompareMenus::Command command :
+         {isLeft ? CompareMenus::TakeLeft : CompareMenus::TakeRight,
+          isLeft ? CompareMenus::TakeAllLeft : CompareMenus::TakeAllRight,
+          isLeft ? CompareMenus::CopyLeft : CompareMenus::CopyRight})
+        menu->addAction(m_menus->action(command));
+    button->setDefaultAction(m_menus->action(isLeft ? CompareMenus::TakeLeft : CompareMenus::TakeRight));
     button->setMenu(menu);
     button->setPopupMode(QToolButton::MenuButtonPopup);
     button->setFocusPolicy(Qt::StrongFocus);
-    button->setAccessibleName(first->text());
+    button->setAccessibleName(isLeft ? tr("Take to the Left") : tr("Take to the Right"));
 }
 
 // What is shown
@@ -151,6 +114,13 @@ void VXCompareDataWindow::showDefaults()
     const auto choosers = choosersOf(*m_ui);
     choosers[static_cast<std::size_t>(mode())].button->setChecked(true);
     m_ui->keyChooser->setCurrentIndex(static_cast<int>(key()));
+    constexpr CompareMenus::Command kModes[] {CompareMenus::ShowOnlyRight, CompareMenus::ShowOnlyLeft,
+                                              CompareMenus::ShowDifferent};
+    m_menus->action(kModes[static_cast<int>(mode())])->setChecked(true);
+    const bool isFolded = Settings::kComparesOnlyDifferences.value();
+    m_menus->action(CompareMenus::OnlyDifferences)->setChecked(isFolded);
+    m_ui->onlyDifferencesBox->setChecked(isFolded);
+    m_sheet->setOnlyDifferent(isFolded);
 }
 
 void VXCompareDataWindow::showCounts()
@@ -167,8 +137,6 @@ void VXCompareDataWindow::showCounts()
 
 void VXCompareDataWindow::showState()
 {
-    const qsizetype count = m_filteredKeys.rowCount();
-    const qsizetype selected = m_filteredKeys.selectedCount();
     const bool isWaiting = m_comparison && !m_isListed;
     m_ui->progressRow->setVisible(isWaiting);
     if (isWaiting)
@@ -176,15 +144,7 @@ void VXCompareDataWindow::showState()
             static_cast<int>(m_comparison->progress() * m_ui->progressBar->maximum()));
     m_ui->staleBar->setVisible(m_isStale);
 
-    if (selected == 1) {
-        const qsizetype row = m_filteredKeys.selectionIndexes().front();
-        m_ui->positionLabel->setText(tr("%1 of %2").arg(numberText(row + 1), numberText(count)));
-    } else if (selected > 1) {
-        const QString text = tr("%1 of %2 selected").arg(numberText(selected), numberText(count));
-        m_ui->positionLabel->setText(m_content ? text + u'…' : text);
-    } else {
-        m_ui->positionLabel->clear();
-    }
+    m_ui->positionLabel->setText(positionText());
 
     const bool showsRecords = !m_leftInfoList.infos().empty() || !m_rightInfoList.infos().empty();
     m_ui->pages->setCurrentWidget(showsRecords ? static_cast<QWidget *>(m_ui->detailArea) : m_ui->emptyPage);
@@ -196,17 +156,78 @@ void VXCompareDataWindow::showState()
     showActions();
 }
 
-void VXCompareDataWindow::showActions()
+QString VXCompareDataWindow::positionText() const
 {
     const qsizetype count = m_filteredKeys.rowCount();
-    m_nextAction->setEnabled(count > 0);
-    m_previousAction->setEnabled(count > 0);
-    const auto left = m_leftInfoList.infos().size();
-    const auto right = m_rightInfoList.infos().size();
-    m_copyActions.at(0)->setEnabled(right > 0 && document(CompareSheet::Left));
-    m_copyActions.at(1)->setEnabled(left > 0 && document(CompareSheet::Right));
-    m_copyActions.at(2)->setEnabled(right > 1 && document(CompareSheet::Left));
-    m_copyActions.at(3)->setEnabled(left > 1 && document(CompareSheet::Right));
+    const qsizetype selected = m_filteredKeys.selectedCount();
+    if (selected == 0)
+        return {};
+    if (selected > 1) {
+        const QString text = tr("%1 of %2 selected").arg(numberText(selected), numberText(count));
+        return m_content ? text + u'…' : text;
+    }
+    const qsizetype row = m_filteredKeys.selectionIndexes().front();
+    const QString text = tr("%1 of %2").arg(numberText(row + 1), numberText(count));
+    switch (m_wrap) {
+    case Wrap::ToTop:
+        return tr("%1, from the top again").arg(text);
+    case Wrap::ToEnd:
+        return tr("%1, from the end again").arg(text);
+    case Wrap::None:
+        break;
+    }
+    return text;
+}
+
+void VXCompareDataWindow::showActions()
+{
+    if (!m_menus)
+        return;
+    const auto enable = [this](CompareMenus::Command command, bool isEnabled) {
+        m_menus->action(command)->setEnabled(isEnabled);
+    };
+    enable(CompareMenus::NextDifference, m_filteredKeys.rowCount() > 0);
+    enable(CompareMenus::PreviousDifference, m_filteredKeys.rowCount() > 0);
+    VXDocument *left = document(CompareSheet::Left);
+    VXDocument *right = document(CompareSheet::Right);
+    const auto isUnsaved = [](const VXDocument *document) {
+        return document && document->isDocumentEdited() && !isOnlyToCompare(document);
+    };
+    enable(CompareMenus::Save, isUnsaved(left) || isUnsaved(right));
+    m_menus->showHistory(m_history.toUndo(left, right), m_history.toRedo(left, right));
+    showTakeActions();
+}
+
+void VXCompareDataWindow::showTakeActions()
+{
+    const bool writesLeft = isWritable(CompareSheet::Left);
+    const bool writesRight = isWritable(CompareSheet::Right);
+    m_sheet->setWritable(writesLeft, writesRight);
+    const bool isMode[] {mode() != CompareMode::OnlyLeft,
+                         mode() != CompareMode::OnlyRight}; // into left, right
+    const bool hasLeft = !m_leftInfoList.infos().empty();
+    const bool hasRight = !m_rightInfoList.infos().empty();
+    const auto show = [this](CompareMenus::Command command, bool isEnabled, const QString &text) {
+        m_menus->action(command)->setEnabled(isEnabled);
+        m_menus->action(command)->setText(text);
+    };
+    const bool hasList = m_filteredKeys.rowCount() > 0;
+    const auto field = m_sheet->fieldToTake();
+    const QString title = field ? menuText(fieldTitle(*field)) : tr("Field");
+    show(CompareMenus::TakeFieldLeft, field && writesLeft, tr("Take %1 to the Left").arg(title));
+    show(CompareMenus::TakeFieldRight, field && writesRight, tr("Take %1 to the Right").arg(title));
+    m_menus->action(CompareMenus::TakeLeft)->setEnabled(hasRight && writesLeft);
+    m_menus->action(CompareMenus::TakeRight)->setEnabled(hasLeft && writesRight);
+    m_menus->action(CompareMenus::TakeAllLeft)->setEnabled(hasList && writesLeft && isMode[0]);
+    m_menus->action(CompareMenus::TakeAllRight)->setEnabled(hasList && writesRight && isMode[1]);
+    m_menus->action(CompareMenus::CopyLeft)->setEnabled(hasRight && writesLeft);
+    m_menus->action(CompareMenus::CopyRight)->setEnabled(hasLeft && writesRight);
+    const bool removesLeft = hasLeft && !hasRight;
+    const bool removesRight = hasRight && !hasLeft;
+    show(CompareMenus::Remove, removesLeft ? writesLeft : removesRight && writesRight,
+         removesLeft        ? tr("Re&move from the Left")
+             : removesRight ? tr("Re&move from the Right")
+                            : tr("Re&move"));
 }
 
 /// What stands in place of the records when there are none: why, and what to do.
@@ -262,10 +283,47 @@ QString VXCompareDataWindow::note() const
         "count as different.");
 }
 
+bool VXCompareDataWindow::event(QEvent *event)
+{
+    // What has the focus decides what the commands on a field mean.
+    if (m_menus
+        && (event->type() == QEvent::ShortcutOverride || event->type() == MainMenu::validationEvent()))
+        showActions();
+    return QMainWindow::event(event);
+}
+
 void VXCompareDataWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
     // The captions carry colours of their own, which have to follow the appearance.
     if (event->type() == QEvent::PaletteChange && m_hasObservers)
         m_contentTimer.start(0);
+}
+
+// Commands of the view
+
+void VXCompareDataWindow::showOnlyRight()
+{
+    Settings::kCompareMode.set(CompareMode::OnlyRight);
+}
+
+void VXCompareDataWindow::showOnlyLeft()
+{
+    Settings::kCompareMode.set(CompareMode::OnlyLeft);
+}
+
+void VXCompareDataWindow::showDifferent()
+{
+    Settings::kCompareMode.set(CompareMode::Different);
+}
+
+void VXCompareDataWindow::toggleOnlyDifferences()
+{
+    Settings::kComparesOnlyDifferences.set(!Settings::kComparesOnlyDifferences.value());
+}
+
+void VXCompareDataWindow::copyText()
+{
+    if (auto *field = qobject_cast<QPlainTextEdit *>(focusWidget()))
+        field->copy();
 }

@@ -4,9 +4,9 @@
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
 #include "editing/window/DetailPane.h"
-#include "editing/window/MenuText.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/StateChange.h"
+#include "platform/MenuText.h"
 #include "platform/UndoManager.h"
 
 #include <QAbstractItemView>

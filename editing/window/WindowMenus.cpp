@@ -7,7 +7,6 @@
 #include "editing/window/DetailPane.h"
 #include "editing/window/EditMenu.h"
 #include "editing/window/FocusRound.h"
-#include "editing/window/MenuText.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
@@ -16,17 +15,13 @@
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
 #include "model/FieldTable.h"
-#include "platform/Appearance.h"
-#include "platform/FilePath.h"
 #include "platform/MainMenu.h"
-#include "platform/UndoManager.h"
+#include "platform/documents/CommonMenus.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
 
 #include <QAction>
-#include <QActionGroup>
 #include <QApplication>
-#include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -121,8 +116,7 @@ void WindowMenus::buildFileMenu()
     addCommand(menu, tr("&New"), QKeySequence::New,
                [] { DocumentController::shared().openUntitledDocumentAndDisplay(true); });
     addCommand(menu, tr("&Open…"), QKeySequence::Open, [this] { DocumentPanels::open(&m_window); });
-    QMenu *recent = menu->addMenu(tr("Open &Recent"));
-    connect(recent, &QMenu::aboutToShow, this, [this, recent] { fillRecentFiles(recent); });
+    CommonMenus::addRecentFiles(*menu, m_window);
     menu->addSeparator();
     addCommand(menu, tr("&Save"), QKeySequence::Save,
                [this, &document] { DocumentPanels::save(document, &m_window); });
@@ -144,7 +138,9 @@ void WindowMenus::buildEditMenu()
     const Condition hasSelection = [&list] { return list.selectedCount() > 0; };
     m_editMenu->addUndoCommands(*menu);
     QMenu *history = menu->addMenu(tr("&History"));
-    connect(history, &QMenu::aboutToShow, this, [this, history] { fillHistory(history); });
+    connect(history, &QMenu::aboutToShow, this, [this, history] {
+        CommonMenus::fillHistory(*history, m_window, *m_parts.document.undoManager());
+    });
     menu->addSeparator();
     const qsizetype before = menu->actions().size();
     m_editMenu->addClipboardCommands(*menu);
@@ -202,7 +198,7 @@ void WindowMenus::buildViewMenu()
     addCommand(menu, tr("&Actual Size"), QKeySequence(Qt::CTRL | Qt::Key_0), [table] { table->zoom(0); });
     addCommand(menu, tr("&Reset View Settings"), {}, [table] { table->resetViewSettings(); });
     menu->addSeparator();
-    fillAppearance(menu->addMenu(tr("A&ppearance")));
+    CommonMenus::addAppearance(*menu, m_window);
     MainMenu::contributeTo(MainMenu::View, *menu, m_window);
 }
 
@@ -269,24 +265,8 @@ void WindowMenus::buildWindowMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&Window"));
     MainMenu::contributeTo(MainMenu::Window, *menu, m_window);
-    QAction *documents = menu->addSeparator();
-    connect(menu, &QMenu::aboutToShow, this, [this, menu, documents] {
-        qDeleteAll(documents->findChildren<QActionGroup *>());
-        auto *group = new QActionGroup(documents);
-        const QList<QAction *> actions = menu->actions();
-        for (qsizetype i = actions.indexOf(documents) + 1; i < actions.size(); ++i)
-            delete actions.at(i);
-        for (Document *document : DocumentController::shared().documentList()) {
-            QAction *action = menu->addAction(menuText(document->windowTitle()));
-            action->setCheckable(true);
-            action->setActionGroup(group); // a dot, not a tick: one of many
-            action->setChecked(document == &m_parts.document);
-            setCommand(action, [document = QPointer<Document>(document)] {
-                if (document)
-                    DocumentController::shared().bringToFront(document);
-            });
-        }
-    });
+    CommonMenus::listDocuments(*menu, m_window,
+                               [this](const Document &document) { return &document == &m_parts.document; });
 }
 
 void WindowMenus::buildHelpMenu()
@@ -341,68 +321,12 @@ void WindowMenus::addAreas()
 
 // Menus that depend on what there is
 
-void WindowMenus::fillRecentFiles(QMenu *menu)
-{
-    menu->clear();
-    const QStringList files = DocumentController::shared().recentFiles();
-    for (const QString &path : files) {
-        QAction *action = menu->addAction(
-            menuText(shownPath(QFileInfo(path).fileName() + u" — "_s + QFileInfo(path).path())));
-        setCommand(action, [this, path] { DocumentPanels::openFiles({path}, &m_window); });
-    }
-    menu->addSeparator();
-    QAction *clear = menu->addAction(tr("Clear Menu"));
-    clear->setEnabled(!files.isEmpty());
-    setCommand(clear, [] { DocumentController::shared().clearRecentFiles(); });
-}
-
-void WindowMenus::fillHistory(QMenu *menu)
-{
-    constexpr int kShownSteps = 40;
-    menu->clear();
-    delete menu->findChild<QActionGroup *>();
-    auto *group = new QActionGroup(menu); // a dot, not a tick: one of many
-    m_parts.commitEditing(); // a step of its own in the list
-    UndoManager *undo = m_parts.document.undoManager();
-    const QUndoStack *stack = undo->stack();
-    const auto addStep = [&](int count, const QString &text) {
-        QAction *action = menu->addAction(menuText(text));
-        action->setCheckable(true);
-        action->setActionGroup(group);
-        action->setChecked(count == stack->index());
-        setCommand(action, [undo, count] { undo->goToStep(count); });
-    };
-    for (int i = qMin(stack->count(), stack->index() + kShownSteps / 2);
-         i > qMax(0, stack->index() - kShownSteps); --i) {
-        const QString name = stack->text(i - 1);
-        addStep(i, name.isEmpty() ? tr("Change") : name);
-    }
-    addStep(qMax(0, stack->index() - kShownSteps),
-            stack->index() > kShownSteps ? tr("Earlier…") : tr("As Opened"));
-}
-
 void WindowMenus::fillSelectSame(QMenu *menu)
 {
     for (const GlyphField field : fieldsBy<&FieldRow::samePlace>()) {
         QAction *action = menu->addAction(fieldTitle(field));
         setCommand(action, [this, field] { m_features.commands.selectSame(field); });
     }
-}
-
-void WindowMenus::fillAppearance(QMenu *menu)
-{
-    auto *group = new QActionGroup(menu);
-    const auto addChoice = [&](const QString &text, Appearance::Choice choice) {
-        QAction *action = menu->addAction(text);
-        action->setCheckable(true);
-        action->setActionGroup(group);
-        setCommand(action, [choice] { Appearance::shared().setChoice(choice); });
-        connect(menu, &QMenu::aboutToShow, action,
-                [action, choice] { action->setChecked(Appearance::shared().choice() == choice); });
-    };
-    addChoice(tr("As the &System"), Appearance::System);
-    addChoice(tr("&Light"), Appearance::Light);
-    addChoice(tr("&Dark"), Appearance::Dark);
 }
 
 } // namespace runebook

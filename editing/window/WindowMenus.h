@@ -64,10 +64,7 @@ private:
     void buildScriptsMenu();
     void buildWindowMenu();
     void buildHelpMenu();
-    void fillRecentFiles(QMenu *menu);
-    void fillHistory(QMenu *menu);
     void fillSelectSame(QMenu *menu);
-    void fillAppearance(QMenu *menu);
     /// Opening a menu and pressing a key find every command as it would act then.
     void followMenus();
     void addAreas();

@@ -1,11 +1,13 @@
 #include "editing/compare/CompareContent.h"
 #include "editing/compare/CompareKeys.h"
+#include "editing/compare/TakeAcross.h"
 #include "editing/compare/TextDifference.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/editing/Records.h"
 
 #include <QHash>
+#include <QMap>
 #include <random>
 
 using namespace runebook;
@@ -87,6 +89,26 @@ public:
 private:
     std::mt19937 m_random;
 };
+
+QStringList linesOf(const VXDocument &document)
+{
+    QStringList lines;
+    for (const InfoPtr &info : document.infos())
+        lines << info->lineXMLFormatVersion(2);
+    return lines;
+}
+
+/// The names of \a ours after what only \a theirs has was put behind the neighbour that it follows there.
+QStringList namesWithMissing(QStringList ours, const QStringList &theirs)
+{
+    QString neighbour;
+    for (const QString &name : theirs) {
+        if (!ours.contains(name))
+            ours.insert(ours.indexOf(neighbour) + 1, name);
+        neighbour = name;
+    }
+    return ours;
+}
 
 /// The text with its parts in brackets.
 QString bracketed(const QString &text, const std::vector<TextPart> &parts)
@@ -202,6 +224,84 @@ private Q_SLOTS:
                  {CompareMode::OnlyRight, CompareMode::OnlyLeft, CompareMode::Different})
                 QCOMPARE(keysOf(left, right, key, mode), keysByRule(left, right, key, mode));
         }
+    }
+
+    /// Taking everything of one kind across leaves nothing of that kind, puts each record where a person
+    /// would, and comes back by one undo step.
+    TABLE(takesAcross, (int seed), {
+        for (int seed = 1; seed <= 60; ++seed)
+            row(u"seed %1"_s.arg(seed), seed);
+    })
+    {
+        Dice dice(static_cast<unsigned>(seed));
+        QMap<QString, QString> unique; // each name and code point once, all with a description
+        for (int i = dice.roll(50); i >= 0; --i)
+            unique.insert(u"g%1"_s.arg(dice.roll(60)), dice.line());
+        const auto lines = [&](bool isChanged) {
+            QStringList all;
+            for (auto it = unique.cbegin(); it != unique.cend(); ++it) {
+                const QString own = isChanged && dice.roll(3) == 0 ? dice.line() : it.value();
+                const QString kept = own.mid(own.indexOf(u"category"_s)).section(u"description"_s, 0, 0);
+                const QString line = u"unicode=\"%1\" name=\"%2\" %3 description=\"d%4\""_s
+                                         .arg(it.key().mid(1).toInt() + 0x100, 4, 16, QChar(u'0'))
+                                         .arg(it.key(), kept)
+                                         .arg(isChanged ? dice.roll(2) : 0);
+                if (dice.roll(5))
+                    all.insert(dice.roll(4) ? all.size() : dice.roll(static_cast<int>(all.size()) + 1), line);
+            }
+            return all.join(u'\n');
+        };
+        const auto left = documentOf(recordsOf(lines(false)));
+        const auto right = documentOf(recordsOf(lines(true)));
+        const QStringList names = namesOf(right->infos()).split(u' ', Qt::SkipEmptyParts);
+        const QStringList theirs = namesOf(left->infos()).split(u' ', Qt::SkipEmptyParts);
+        const QStringList before = linesOf(*right);
+        const CompareKey key = dice.roll(2) ? CompareKey::Name : CompareKey::Unicode;
+        TakeAcross across(*left, *right, key);
+        for (const CompareMode mode :
+             {CompareMode::Different, CompareMode::OnlyLeft, CompareMode::OnlyRight}) {
+            const QStringList keys = keysOf(left->infos(), right->infos(), key, mode);
+            const InfoList ours = recordsWithKeys(right->infos(), key, keys);
+            const InfoList taken = recordsWithKeys(left->infos(), key, keys);
+            const TakeAcross::Outcome outcome = mode == CompareMode::OnlyRight
+                ? across.removeMissing(taken, ours)
+                : across.takeRecords(taken, ours);
+            QCOMPARE(outcome.changed + outcome.inserted + outcome.removed, keys.size());
+            QCOMPARE(keysOf(left->infos(), right->infos(), key, mode), QStringList());
+            if (mode == CompareMode::Different)
+                QCOMPARE(namesOf(right->infos()).split(u' ', Qt::SkipEmptyParts), names);
+            if (mode == CompareMode::OnlyLeft)
+                QCOMPARE(namesOf(right->infos()).split(u' '), namesWithMissing(names, theirs));
+        }
+        QStringList sorted[] = {linesOf(*left), linesOf(*right)};
+        for (QStringList &each : sorted)
+            each.sort();
+        QCOMPARE(sorted[1], sorted[0]);
+        const QStringList after = linesOf(*right);
+        const int steps = right->undoManager()->stack()->count();
+        QVERIFY(steps <= 3);
+        right->undoManager()->goToStep(0);
+        QCOMPARE(linesOf(*right), before);
+        right->undoManager()->goToStep(steps);
+        QCOMPARE(linesOf(*right), after);
+    }
+
+    /// Equal records of one key find each other, the others pair up in order; what no save would write is
+    /// left out; one field alone brings nothing new.
+    void takesWhatFits()
+    {
+        const auto left = documentOf(recordsOf(u"name=\"A\" category=\"x\"\nname=\"A\" script=\"s\"\n"
+                                               "name=\"A\" script=\"t\"\nname=\"B\" marks=\"m\""_s));
+        const auto right = documentOf(recordsOf(u"name=\"A\" script=\"s\"\nname=\"A\""_s));
+        left->infos()[3]->setSortName(u"x <!-- y"_s);
+        TakeAcross across(*left, *right, CompareKey::Name);
+        QVERIFY(!across.takeField(GlyphField::Script, left->infos(), right->infos()).hasDone());
+        const TakeAcross::Outcome outcome = across.takeRecords(left->infos(), right->infos());
+        QCOMPARE(outcome.changed, 1);
+        QCOMPARE(outcome.inserted, 1);
+        QCOMPARE(outcome.leftOut.records, 1);
+        QCOMPARE(right->infos()[0]->script(), u"s"_s);
+        QCOMPARE(right->infos()[1]->category() + right->infos()[2]->script(), u"xt"_s);
     }
 
     /// A comparison that is done a bit at a time tells how far it is and comes to the same end.

@@ -85,6 +85,24 @@ class CompareWindowTest : public QObject
         }
         return red.join(u' ');
     }
+    QAction *menuItem(const QString &menu, const QString &start)
+    {
+        for (const QAction *title : m_window->menuBar()->actions()) {
+            for (QAction *item : title->menu()->actions()) {
+                MainMenu::validate(*item);
+                if (plain(title->text()) == menu && plain(item->text()).startsWith(start))
+                    return item;
+            }
+        }
+        return nullptr;
+    }
+    static QString linesOf(const VXDocument &document)
+    {
+        QString lines;
+        for (const InfoPtr &info : document.infos())
+            lines += info->lineXMLFormatVersion(2);
+        return lines;
+    }
     QString valueOf(CompareSheet::Side side, const QString &title)
     {
         const QString name = side == CompareSheet::Left ? u", left"_s : u", right"_s;
@@ -353,7 +371,7 @@ private Q_SLOTS:
         show({kLeft, kRight});
         QCOMPARE(selected(), u"D"_s);
         VXDocument *left = m_documents.at(0);
-        QTest::mouseClick(find<QToolButton>("copyLeftButton"), Qt::LeftButton, {}, QPoint(6, 6));
+        typeKeys(find<QListView>("keyView"), u"<Ctrl+Shift+D>"_s);
         QCOMPARE(namesOf(left->infos()), u"A B C D"_s);
         QVERIFY(left->infos().back() != m_documents.at(1)->infos().back());
         QCOMPARE(left->infos().back()->desc(), QString());
@@ -394,7 +412,7 @@ private Q_SLOTS:
     void copyDoesNotReplace()
     {
         show({kLeft, kRight}, 2);
-        QTest::keyClick(m_window.get(), Qt::Key_Right, Qt::AltModifier);
+        QTest::keyClick(m_window.get(), Qt::Key_D, Qt::ControlModifier);
         QCOMPARE(namesOf(m_documents.at(1)->infos()), u"A B D B"_s);
         QCOMPARE(m_documents.at(1)->infos().back()->category(), u"Letter"_s);
     }
@@ -402,7 +420,7 @@ private Q_SLOTS:
     void copyAll()
     {
         show({u"name=\"A\""_s, letters(5, u"category=\"x\""_s)});
-        typeKeys(find<QListView>("keyView"), u"<Ctrl+A><Alt+Shift+Left>"_s);
+        typeKeys(find<QListView>("keyView"), u"<Ctrl+A><Ctrl+Shift+D>"_s);
         VXDocument *left = m_documents.at(0);
         QCOMPARE(left->countOfInfos(), 6);
         QCOMPARE(left->undoManager()->stack()->undoText(), u"Copy 5 Records"_s);
@@ -415,6 +433,161 @@ private Q_SLOTS:
         left->undoManager()->undo();
         m_window->copyLeft();
         QCOMPARE(namesOf(left->infos()), u"A g0"_s);
+    }
+
+    /// Field by field with keys and arrows, then back again, by the window's own menus.
+    void takesFields()
+    {
+        show({kLeft, kRight}, 2);
+        const VXDocument *right = m_documents.at(1);
+        const QString before = linesOf(*right);
+        typeKeys(m_window.get(), u"<Alt+.>"_s); // the first field that differs
+        QCOMPARE(right->infos().at(1)->category(), u"Letter"_s);
+        QCOMPARE(selected(), u"B"_s);
+        QCOMPARE(redCaptions(), u"Accents"_s);
+        QCOMPARE(plain(menuItem(u"Edit"_s, u"Undo"_s)->text()), u"Undo Take Category in b.xml"_s);
+        auto *arrow = button<QToolButton>(m_window.get(), u"Take Accents from the left"_s);
+        QVERIFY(arrow && arrow->isVisible());
+        QVERIFY(!button<QToolButton>(m_window.get(), u"Take Name from the left"_s));
+        QTest::mouseClick(arrow, Qt::LeftButton);
+        QCOMPARE(right->infos().at(1)->marks(), u"acute, grave"_s);
+        QCOMPARE(keys(), QString());
+        typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
+        QCOMPARE(selected(), u"B"_s);
+        QCOMPARE(redCaptions(), u"Accents"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
+        QCOMPARE(linesOf(*right), before);
+        QVERIFY(!right->isDocumentEdited());
+        typeKeys(m_window.get(), u"<Ctrl+Shift+Z><Ctrl+Shift+Z>"_s);
+        QCOMPARE(keys(), QString());
+        QVERIFY(!m_documents.at(0)->isDocumentEdited());
+    }
+
+    /// What one side lacks comes behind its neighbour, or goes; the step taken last is undone first, in
+    /// whichever document it was.
+    void takesRecords()
+    {
+        show({kLeft, kRight});
+        VXDocument *left = m_documents.at(0);
+        VXDocument *right = m_documents.at(1);
+        typeKeys(m_window.get(), u"<Alt+Left>"_s);
+        QCOMPARE(namesOf(left->infos()), u"A B D C"_s);
+        QCOMPARE(left->infos().at(2)->desc(), u"d"_s);
+        typeKeys(m_window.get(), u"<Ctrl+2>"_s);
+        QCOMPARE(selected(), u"C"_s);
+        QTest::mouseClick(find<QToolButton>("takeRightButton"), Qt::LeftButton, {}, QPoint(6, 6));
+        QCOMPARE(namesOf(right->infos()), u"A B D C"_s);
+        typeKeys(m_window.get(), u"<Ctrl+3>"_s);
+        m_window->takeAllLeft();
+        QCOMPARE(left->infos().at(1)->category(), u"Mark"_s);
+        for (const int mode : {0, 1, 2})
+            QCOMPARE(m_window->countOfKeysInMode(mode), 0);
+        typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
+        QCOMPARE(left->infos().at(1)->category(), u"Letter"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
+        QCOMPARE(namesOf(right->infos()), u"A B D"_s);
+        QCOMPARE(namesOf(left->infos()), u"A B D C"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
+        QCOMPARE(namesOf(left->infos()), u"A B C"_s);
+        QVERIFY(!menuItem(u"Edit"_s, u"Undo"_s)->isEnabled());
+        typeKeys(m_window.get(), u"<Ctrl+1><Ctrl+Backspace>"_s);
+        QCOMPARE(namesOf(right->infos()), u"A B"_s);
+        QCOMPARE(right->undoManager()->stack()->undoText(), u"Remove “D”"_s);
+    }
+
+    /// The list goes on behind what was taken, and from the top behind the last one.
+    void goesOnInList()
+    {
+        show({letters(5, u"category=\"x\" description=\"d\""_s),
+              letters(5, u"category=\"y\" description=\"d\""_s)},
+             2);
+        m_window->filteredKeys()->setSelectionIndexes({1, 2});
+        typeKeys(m_window.get(), u"<Alt+Right>"_s);
+        QCOMPARE(keys(), u"g0 g3 g4"_s);
+        QCOMPARE(selected(), u"g3"_s);
+        QCOMPARE(m_documents.at(1)->undoManager()->stack()->undoText(), u"Take 2 Records"_s);
+        typeKeys(m_window.get(), u"<F8><Alt+Right>"_s);
+        QCOMPARE(selected(), u"g0"_s);
+        QCOMPARE(find<QLabel>("positionLabel")->text(), u"1 of 2, from the top again"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Z><Ctrl+Z>"_s);
+        QCOMPARE(selected(), u"g1 g2"_s);
+    }
+
+    void menus()
+    {
+        show({kLeft, kRight}, 2);
+        QStringList titles;
+        QStringList keys;
+        for (const QAction *menu : m_window->menuBar()->actions()) {
+            titles << plain(menu->text());
+            for (const QAction *item : menu->menu()->actions()) {
+                for (const QKeySequence &key : item->shortcuts())
+                    keys << key.toString();
+                const bool isCommand = !item->isSeparator() && !item->menu();
+                QVERIFY2(titles.last() != u"Compare"_s || !isCommand || !item->shortcuts().isEmpty(),
+                         qPrintable(item->text()));
+            }
+        }
+        QCOMPARE(titles.join(u' '), u"File Edit View Compare Window Help"_s);
+        QVERIFY(keys.contains(u"Alt+Right"_s) && !keys.contains(u"Alt+Shift+Right"_s));
+        QCOMPARE(keys.removeDuplicates(), 0);
+        // The history of either side leads anywhere.
+        m_window->takeRight();
+        QCOMPARE(this->keys(), QString());
+        QMenu *history = menuItem(u"Edit"_s, u"History of the Right"_s)->menu();
+        Q_EMIT history->aboutToShow();
+        QCOMPARE(offersOf(*history).join(u'|'), u"Take “B”|As Opened"_s);
+        history->actions().last()->trigger();
+        QTRY_COMPARE(this->keys(), u"B"_s);
+        QVERIFY(!m_documents.at(1)->isDocumentEdited());
+    }
+
+    /// What was opened for the comparison alone is only read.
+    void readOnlySide()
+    {
+        open({kLeft, kRight});
+        setOnlyToCompare(*m_documents.at(1));
+        setMode(2);
+        m_window->showWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QCOMPARE(find<QComboBox>("rightDocuments")->currentText(), u"b.xml, read-only"_s);
+        QVERIFY(!button<QToolButton>(m_window.get(), u"Take Category from the left"_s)->isEnabled());
+        QVERIFY(button<QToolButton>(m_window.get(), u"Take Category from the right"_s)->isEnabled());
+        typeKeys(m_window.get(), u"<Alt+.><Alt+Right><Ctrl+Shift+R><Ctrl+D>"_s);
+        m_window->copyRight();
+        QVERIFY(m_window->findChild<ErrorBubble *>()->text().startsWith(u"“b.xml” is read-only"_s));
+        m_window->takeAllRight();
+        m_window->takeFieldRight(u"category"_s);
+        QVERIFY(!m_documents.at(1)->isDocumentEdited());
+        m_window->takeFieldLeft(u"category"_s);
+        QCOMPARE(m_documents.at(0)->infos().at(1)->category(), u"Mark"_s);
+    }
+
+    void onlyWhatDiffers()
+    {
+        show({kLeft, kRight}, 2);
+        QVERIFY(m_window->outlet(u"leftLableName"_s)->isVisible());
+        typeKeys(m_window.get(), u"<Ctrl+Shift+O>"_s);
+        QVERIFY(find<QCheckBox>("onlyDifferencesBox")->isChecked());
+        QStringList seen;
+        for (const ComparedField &field : comparedFields()) {
+            const QString name = QString::fromLatin1(field.name);
+            if (m_window->outlet(u"rightLable"_s + name)->isVisible())
+                seen << name;
+        }
+        QCOMPARE(seen.join(u' '), u"Category Accents"_s);
+        QTest::mouseClick(find<QCheckBox>("onlyDifferencesBox"), Qt::LeftButton, {}, QPoint(8, 8));
+        QVERIFY(m_window->outlet(u"leftLableName"_s)->isVisible());
+    }
+
+    /// It opens on differences of a kind that there is; what is chosen later stays, empty or not.
+    void opensWhereSomethingIs()
+    {
+        show({kLeft, kLeft + u"\nname=\"Z\""_s}, 2);
+        QCOMPARE(UserDefaults::standard().integerForKey(u"FilterMode"_s), 0);
+        QCOMPARE(keys(), u"Z"_s);
+        setMode(1);
+        QCOMPARE(keys(), QString());
     }
 
     void stepping()
@@ -430,7 +603,11 @@ private Q_SLOTS:
         QTest::keyClick(m_window.get(), Qt::Key_Up, Qt::AltModifier);
         QCOMPARE(selected(), u"g0"_s);
         QTest::keyClick(m_window.get(), Qt::Key_F8, Qt::ShiftModifier);
+        QCOMPARE(selected(), u"g3"_s);
+        QCOMPARE(find<QLabel>("positionLabel")->text(), u"4 of 4, from the end again"_s);
+        QTest::keyClick(m_window.get(), Qt::Key_F8);
         QCOMPARE(selected(), u"g0"_s);
+        QCOMPARE(find<QLabel>("positionLabel")->text(), u"1 of 4, from the top again"_s);
         QVERIFY(m_window->filteredKeys()->setSelectionIndexes({1, 2}));
         QTest::mouseClick(find<QToolButton>("nextButton"), Qt::LeftButton);
         QCOMPARE(selected(), u"g3"_s);
