@@ -1,5 +1,7 @@
 #pragma once
 
+#include "merge/MergeCommand.h"
+
 #include <QHash>
 #include <QStringList>
 
@@ -7,12 +9,26 @@ namespace runebook {
 
 /// What the user asked for on the command line.
 struct CommandLine {
-    enum class Mode { Windows, WatchRun, Compare, Script, Check, Help, Version, Wrong };
+    enum class Mode {
+        Windows,
+        WatchRun,
+        Compare,
+        Merge,
+        TextConversion,
+        GitSetup,
+        Script,
+        Check,
+        Help,
+        Version,
+        Wrong
+    };
 
     Mode mode = Mode::Windows;
     QStringList files;
     QString compareKey; ///< "name", "unicode" or "production"
     bool asJson = false;
+    MergeRequest merge;
+    bool isForUser = false; ///< the set-up of git: not of one repository alone
     QString script; ///< path of a script file, "-" for the standard input; or
     QString code; ///< code to run
     QStringList scriptArguments; ///< what stands behind "--"

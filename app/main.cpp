@@ -10,6 +10,8 @@
 #include "editing/compare/CompareReport.h"
 #include "editing/problems/CheckReport.h"
 #include "editing/window/WindowSettings.h"
+#include "merge/GitSetup.h"
+#include "merge/TextConversion.h"
 #include "platform/FilePath.h"
 #include "platform/TurningWindows.h"
 #include "platform/defaults/UserDefaults.h"
@@ -74,6 +76,38 @@ int check(const CommandLine &line)
     return static_cast<int>(checkFiles(line.files, format, output, errors, input));
 }
 
+int merge(const CommandLine &line)
+{
+    if (!areWhole(line))
+        return kWrongUse;
+    QTextStream output(stdout);
+    QTextStream errors(stderr);
+    return static_cast<int>(mergeFiles(line.merge, output, errors));
+}
+
+int convertToText(const CommandLine &line)
+{
+    QFile output;
+    Error error;
+    if (output.open(stdout, QIODevice::WriteOnly) && convertFileToText(line.files.at(0), output, &error)
+        && output.flush())
+        return 0;
+    QTextStream(stderr) << "runebook: " << error.text() << '\n';
+    return kWrongUse;
+}
+
+int setUpGit(const CommandLine &line)
+{
+    Error error;
+    const GitScope scope = line.isForUser ? GitScope::User : GitScope::Repository;
+    if (!setUpGit(QCoreApplication::applicationFilePath(), scope, &error)) {
+        QTextStream(stderr) << "runebook: " << error.text() << '\n';
+        return kWrongUse;
+    }
+    QTextStream(stdout) << gitAttributeLines();
+    return 0;
+}
+
 int withoutWindows(const CommandLine &line)
 {
     switch (line.mode) {
@@ -85,6 +119,12 @@ int withoutWindows(const CommandLine &line)
         return compare(line);
     case CommandLine::Mode::Check:
         return check(line);
+    case CommandLine::Mode::Merge:
+        return merge(line);
+    case CommandLine::Mode::TextConversion:
+        return convertToText(line);
+    case CommandLine::Mode::GitSetup:
+        return setUpGit(line);
     default:
         QTextStream(stderr) << line.message << '\n';
         return kWrongUse;

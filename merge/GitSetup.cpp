@@ -35,7 +35,7 @@ QList<std::pair<QString, QString>> settings(const QString &program)
         {u"merge.runebook.recursive"_s, u"binary"_s},
         {u"diff.runebook.textconv"_s, word + " --textconv"_L1},
         // The record that a change stands in.
-        {u"diff.runebook.xfuncname"_s, u"^[^ <\\t].*$"_s},
+        {u"diff.runebook.xfuncname"_s, u"^[^ <].*$"_s},
     };
 }
 

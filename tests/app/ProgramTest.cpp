@@ -60,6 +60,14 @@ private Q_SLOTS:
               row("unknown key", {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s}, 2, "", "--key");
               row("files that are not there", {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s}, 2, "",
                   "/no/a.xml");
+              row("two files to merge", {u"--merge"_s, u"a"_s, u"b"_s}, 2, "", "three files");
+              row("a side that is none", {u"--merge"_s, u"a"_s, u"b"_s, u"c"_s, u"--prefer"_s, u"base"_s}, 2,
+                  "", "--prefer");
+              row("a short marker", {u"--merge"_s, u"a"_s, u"b"_s, u"c"_s, u"--marker-size"_s, u"3"_s}, 2, "",
+                  "--marker-size");
+              row("nothing to merge", {u"--merge"_s, u"/no/a.xml"_s, u"/no/b.xml"_s, u"/no/c.xml"_s}, 2, "",
+                  "/no/a.xml");
+              row("nothing to convert", {u"--textconv"_s, u"/no/a.xml"_s}, 2, "", "/no/a.xml");
               row("a window", {}, 1, "", "No display");
           })
     {
@@ -85,6 +93,47 @@ private Q_SLOTS:
         QVERIFY(QJsonDocument::fromJson(json.output.toUtf8()).array().size() >= 1);
     }
 
+    TABLE(mergesThreeFiles,
+          (const QStringList &options, const QByteArray &theirs, int status, const QByteArray &result,
+           const QString &output, const QString &errors),
+          {
+              const QByteArray other = "name=\"b\" category=\"T\"";
+              row("nothing in conflict", {}, other, 0, "category=\"T\"", "1 from ours, 1 from theirs", "");
+              row("a conflict", {}, "name=\"a\" category=\"T\"", 1,
+                  "<<<<<<< ours: ", "a.category: ours O, base (none), theirs T", "");
+              row("long markers", {u"--marker-size=9"_s, u"--path=g.xml"_s}, "name=\"a\" category=\"T\"", 1,
+                  "\n>>>>>>>>> theirs: g.xml\n", "g.xml: ", "");
+              row("ours preferred", {u"--prefer=ours"_s}, "name=\"a\" category=\"T\"", 0,
+                  "name=\"a\" category=\"O\"", "0 conflicts", "");
+              row("theirs preferred", {u"--prefer=theirs"_s}, "name=\"a\" category=\"T\"", 0,
+                  "name=\"a\" category=\"T\"", "0 conflicts", "");
+              row("as JSON", {u"--json"_s}, "name=\"a\" category=\"T\"", 1,
+                  "=======", "\"field\":\"category\",\"key\":\"a\"", "");
+              row("no text", {}, "name=\"b\" category=\"\xFF\"", 2, "\xFF", "", "not UTF-8");
+          })
+    {
+        const QTemporaryDir folder;
+        const QByteArray base = "<glyphData>\n\t<glyph name=\"a\" />\n\t<glyph name=\"b\" />\n</glyphData>\n";
+        QByteArray ourText = base, theirText = base;
+        ourText.replace("name=\"a\"", "name=\"a\" category=\"O\"");
+        theirText.replace(theirs.first(8), theirs);
+        const QString ours = fileIn(folder, u"ours.xml"_s, ourText);
+        const QStringList files {fileIn(folder, u"base.xml"_s, base), ours,
+                                 fileIn(folder, u"theirs.xml"_s, theirText)};
+        const QString out = folder.filePath(u"out.xml"_s);
+        const Outcome elsewhere = run(QStringList {u"--merge"_s, u"--output"_s, out} + options + files);
+        QCOMPARE(elsewhere.status, status);
+        QVERIFY2(elsewhere.output.contains(output), qPrintable(elsewhere.output));
+        QVERIFY2(elsewhere.errors.contains(errors), qPrintable(elsewhere.errors));
+        const QByteArray merged = contentOf(out);
+        QVERIFY2(merged.contains(result)
+                     && merged.contains("category=\"O\"") == !options.contains(u"--prefer=theirs"_s),
+                 merged.constData());
+        QCOMPARE(contentOf(ours), ourText);
+        QCOMPARE(run(QStringList {u"--merge"_s} + options + files).status, status);
+        QCOMPARE(contentOf(ours), merged);
+    }
+
     // isBeside: or in the user's data folder
     // isSame: a save that had ended all but for this file
     TABLE(stopsAtRescueFiles, (QStringList mode, bool isBeside, bool isSame), {
@@ -98,6 +147,7 @@ private Q_SLOTS:
         row("check", {u"--check"_s}, true, false);
         row("check, in the data folder", {u"--check"_s, u"--json"_s}, false, false);
         row("compare", {u"--compare"_s, u"SAMPLE"_s}, true, false);
+        row("merge", {u"--merge"_s, u"SAMPLE"_s, u"SAMPLE"_s}, true, false);
         row("compare, in the data folder", {u"--compare"_s, u"SAMPLE"_s}, false, false);
     })
     {
