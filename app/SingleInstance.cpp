@@ -38,7 +38,7 @@ bool isSocketOrNothing(const QString &path)
 /// A folder that belongs to the user alone.
 QString privateFolder()
 {
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     if (const QFileInfo info(runtime); !runtime.isEmpty() && info.isDir() && info.isWritable())
         return runtime;
     const QString cache =

@@ -57,7 +57,7 @@ FormatRanges aroundPreedit(const FormatRanges &formats, const Preedit &preedit, 
 FormatRanges overlayOf(const QTextBlock &block)
 {
     const QTextLayout &layout = *block.layout();
-    const FormatRanges formats = layout.formats();
+    FormatRanges formats = layout.formats();
     const Preedit preedit(layout);
     if (preedit.length == 0)
         return formats;

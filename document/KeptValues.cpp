@@ -170,7 +170,7 @@ QStringList readTexts(QDataStream &stream)
 
 InfoPtr infoFrom(QDataStream &stream)
 {
-    const InfoPtr info = VXGlyphInfo::init();
+    InfoPtr info = VXGlyphInfo::init();
     for (const F field : kTexts)
         info->editText(field, readText(stream));
     const QStringList codePoints = readTexts(stream);

@@ -15,6 +15,7 @@ namespace {
 struct Mark {
     std::size_t hash;
     std::size_t place;
+    // NOLINTNEXTLINE(modernize-use-nullptr): what the compiler makes of it
     auto operator<=>(const Mark &) const = default;
 };
 

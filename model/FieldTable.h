@@ -48,7 +48,7 @@ enum class SearchHabit : quint8 {
 };
 
 /// What is known about one field. A place of 0 is none; places only tell what stands before what.
-struct FieldRow {
+struct FieldRow { // NOLINT(clang-analyzer-optin.performance.Padding): in the order of reading; a few rows
     GlyphField field;
     std::string_view key; ///< for scripts, tables and predicates
     const char *title = nullptr; ///< in English; null for a field that no window shows

@@ -193,6 +193,7 @@ bool CommonWalk::giveUpRest(GlyphLineStream &stream, LineList &list)
 struct HashedLine {
     std::size_t hash;
     std::size_t place;
+    // NOLINTNEXTLINE(modernize-use-nullptr): what the compiler makes of it
     friend auto operator<=>(const HashedLine &, const HashedLine &) = default;
 };
 

@@ -21,7 +21,8 @@ void runPromptCode(const QString &code)
     const ScriptRun run(QCoreApplication::translate("ScriptRun", "Macro"));
     if (run.isRefused())
         return;
-    runPanelPrelude();
+    if (!runPanelPrelude())
+        return;
     if (code.contains(QChar(0))) {
         py.PyErr_SetString(*py.PyExc_ValueError, "source code string cannot contain null bytes");
         ScriptRun::reportPendingError();

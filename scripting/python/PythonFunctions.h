@@ -50,7 +50,7 @@
     SLOT(int, PyFrame_GetLineNumber, (PyObject *))
 
 // vxPy_GetVersion, vxPyArg_ParseTuple and so on.
-#define RUNEBOOK_DECLARE_SLOT(result, name, arguments) extern result(*vx##name) arguments;
+#define RUNEBOOK_DECLARE_SLOT(result, name, arguments) extern result(*vx##name) arguments; // NOLINT: types
 RUNEBOOK_PYTHON_SLOTS(RUNEBOOK_DECLARE_SLOT)
 #undef RUNEBOOK_DECLARE_SLOT
 
@@ -143,7 +143,7 @@ namespace runebook {
 
 /// The second table. Filled together with the first; used only when it is complete.
 struct PythonBridgeFunctions {
-#define RUNEBOOK_MEMBER(result, name, arguments) result(*name) arguments = nullptr;
+#define RUNEBOOK_MEMBER(result, name, arguments) result(*name) arguments = nullptr; // NOLINT: types
     RUNEBOOK_PYTHON_BRIDGE_FUNCTIONS(RUNEBOOK_MEMBER)
     RUNEBOOK_PYTHON_OPTIONAL_FUNCTIONS(RUNEBOOK_MEMBER)
 #undef RUNEBOOK_MEMBER

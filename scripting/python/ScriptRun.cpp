@@ -383,6 +383,7 @@ void ScriptRun::reportPendingError()
         return;
     }
     lastOutcome.hasFailed = true;
+    lastOutcome.wasInterrupted = py.PyErr_ExceptionMatches(*py.PyExc_KeyboardInterrupt);
     ErrorReport report;
     if (ErrorReport::isUpToScript()) {
         const int before = interrupts;

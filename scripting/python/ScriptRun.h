@@ -22,6 +22,7 @@ class UndoManager;
 /// How a run ended.
 struct ScriptOutcome {
     bool hasFailed = false; ///< an uncaught error was printed
+    bool wasInterrupted = false; ///< and the last one of them was an interrupt
     std::optional<int> exitStatus; ///< the script ended itself with sys.exit
 
     /// The exit status of a process that did nothing else.
@@ -114,8 +115,9 @@ private:
     std::vector<std::pair<QPointer<UndoManager>, int>> m_groups;
 };
 
-/// What the macro panel runs before the user's code. The lock must be held.
-void runPanelPrelude();
+/// What the macro panel runs before the user's code. False when it was interrupted: then nobody wants the
+/// rest. The lock must be held.
+bool runPanelPrelude();
 /// Runs \a code as the macro panel does: its prelude, then the code under the label "macro panel". Its undo
 /// step is called \a name, "Macro" without one. Does nothing without an interpreter.
 void runPanelCode(const QString &code, const QString &name = {});

@@ -92,6 +92,12 @@ void runOpenFile(std::FILE *file, const QByteArray &path)
 
 } // namespace
 
+/// What is run before the user's code. False when it was interrupted: then nobody wants the rest.
+static bool runBefore(const char *code, const char *label)
+{
+    return vxRun_SimpleString(code, label) || !ScriptRun::outcome().wasInterrupted;
+}
+
 static void runText(const QString &code, const char *label)
 {
     if (code.contains(QChar(0))) {
@@ -112,8 +118,8 @@ void runStandardInput(const QString &code)
     try {
         const PythonLock lock;
         const ScriptRun run(Texts::tr("Macro"));
-        vxRun_SimpleString(kFilePrelude, "runMacroFile");
-        runText(code, "<stdin>");
+        if (runBefore(kFilePrelude, "runMacroFile"))
+            runText(code, "<stdin>");
     } catch (const std::exception &exception) {
         present(exception.what());
     } catch (...) {
@@ -121,9 +127,9 @@ void runStandardInput(const QString &code)
     }
 }
 
-void runPanelPrelude()
+bool runPanelPrelude()
 {
-    vxRun_SimpleString(kPanelPrelude, "<internal>");
+    return runBefore(kPanelPrelude, "<internal>");
 }
 
 void runPanelCode(const QString &code, const QString &name)
@@ -135,8 +141,8 @@ void runPanelCode(const QString &code, const QString &name)
         const ScriptRun run(name.isEmpty() ? Texts::tr("Macro") : name);
         if (run.isRefused())
             return;
-        runPanelPrelude();
-        runText(code, kPanelLabel);
+        if (runPanelPrelude())
+            runText(code, kPanelLabel);
     } catch (const std::exception &exception) {
         present(exception.what());
     } catch (...) {
@@ -157,10 +163,10 @@ void runScriptFile(const QString &path)
         if (run.isRefused())
             return;
         addToSearchPath(folder);
-        vxRun_SimpleString(kFilePrelude, "runMacroFile");
         // The folder as it stands: one with a double quote in its name makes this line fail, not the script.
-        vxRun_SimpleString(QByteArray("os.chdir(\"" + folder + "\")\n").constData(), "NULL");
-        runOpenFile(file.get(), encodedPath);
+        const QByteArray change = "os.chdir(\"" + folder + "\")\n";
+        if (runBefore(kFilePrelude, "runMacroFile") && runBefore(change.constData(), "NULL"))
+            runOpenFile(file.get(), encodedPath);
     } catch (const std::exception &exception) {
         present(exception.what());
     } catch (...) {

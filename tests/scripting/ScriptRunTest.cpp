@@ -5,6 +5,7 @@
 #include "platform/documents/DocumentController.h"
 #include "scripting/bridge/Selectors.h"
 #include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/python/PromptRun.h"
 #include "scripting/python/ScriptConsole.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
@@ -41,6 +42,9 @@ private Q_SLOTS:
         m_handler = VXScriptingHandler::sharedHandler();
         QVERIFY(VXScriptingHandler::isPythonRunning());
         m_handler->setMacroPanelController(&m_console);
+        // What every run begins with takes long only once; afterwards it is the test's own code that is
+        // interrupted.
+        m_handler->runMacroString(u"pass"_s);
     }
 
     void init()
@@ -174,6 +178,23 @@ private Q_SLOTS:
         m_handler->runMacroString(u"print('runs')"_s);
         QCOMPARE(m_console.output, u"runs\n"_s);
         QCOMPARE(m_console.errors, QString());
+    }
+
+    /// What runs before the user's code may be what is interrupted.
+    void runsNothingOnceInterrupted()
+    {
+        struct Impatient : RunObserver {
+            void scriptStarted() override { ScriptRun::interrupt(); }
+            void scriptEnded() override { }
+        } impatient;
+        const QString script = write(u"scripts/runs.py"_s, u"print('runs')\n"_s);
+        ScriptRun::setObserver(&impatient);
+        m_handler->runMacroString(u"print('runs')"_s);
+        m_handler->runMacroFile(script);
+        runPromptCode(u"print('runs')"_s);
+        ScriptRun::setObserver(nullptr);
+        QCOMPARE(m_console.output, u">>> print('runs')\n"_s);
+        QCOMPARE(m_console.errors.count(u"KeyboardInterrupt\n"_s), 3);
     }
 
     void takesTextOfThreadsLater()
