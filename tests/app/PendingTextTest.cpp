@@ -7,7 +7,6 @@
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ScriptRun.h"
 #include "tests/app/AppMain.h"
-#include "tests/editing/Windows.h"
 
 using namespace runebook;
 
@@ -46,14 +45,6 @@ void collect(QMenu &menu, const QString &path, QStringList &paths)
             collect(*action->menu(), path + " > "_L1 + plainText(*action), paths);
     }
 }
-
-/// Takes what would go to other programs.
-class UrlTaker : public QObject
-{
-    Q_OBJECT
-public Q_SLOTS:
-    void take(const QUrl &) { }
-};
 
 QAction *find(const QList<QAction *> &actions, const QStringList &path)
 {
@@ -94,8 +85,6 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(scripts));
         QVERIFY(
             writeFile(scripts + "/note.py"_L1, "# MenuTitle: Set Script\nDoc.infos[0].script = 'latin'\n"));
-        for (const auto scheme : {"file"_L1, "https"_L1})
-            QDesktopServices::setUrlHandler(scheme, &m_urlTaker, "take");
         UserDefaults::standard().setObjectForKey(u"no.such.application"_s, u"VXUnicodeCheckerApplication"_s);
         UserDefaults::standard().setObjectForKey(false, u"ProblemsPaneShown"_s);
         // In the program's own form, so that no save has anything to ask.
@@ -147,8 +136,6 @@ private Q_SLOTS:
 
     void cleanupTestCase()
     {
-        for (const auto scheme : {"file"_L1, "https"_L1})
-            QDesktopServices::unsetUrlHandler(scheme);
         finishScripts(); // as the program ends; they may hold records
     }
 
@@ -482,7 +469,7 @@ private:
 
     VXAppDelegate &m_delegate;
     const QTemporaryDir m_folder; // one for all rows: the list of recent files names it
-    UrlTaker m_urlTaker;
+    const UrlTaker m_urlTaker {{u"file"_s, u"https"_s}};
     QTimer m_dismissal;
     QByteArray m_bytes;
     QPointer<VXDocument> m_document;

@@ -5,7 +5,6 @@
 #include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/PythonPlaces.h"
 #include "tests/app/AppMain.h"
-#include "tests/editing/Windows.h"
 
 using namespace runebook;
 
@@ -15,9 +14,6 @@ class PreferencesTest : public QObject
     Q_OBJECT
 public:
     explicit PreferencesTest(VXAppDelegate &delegate) : m_delegate(delegate) { }
-
-public Q_SLOTS:
-    void openUrl(const QUrl &url) { m_opened = url; }
 
 private Q_SLOTS:
     void init()
@@ -215,6 +211,8 @@ private Q_SLOTS:
         list->setFocus();
         QTest::keyClick(list, Qt::Key_Down);
         QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
+        const auto *status = pane->findChild<QLabel *>(u"status"_s);
+        QVERIFY(status->text().contains("next start"_L1));
         QTest::keyClick(list, Qt::Key_Up);
         QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
 
@@ -224,7 +222,7 @@ private Q_SLOTS:
         QVERIFY(tried.at(0).at(0).toBool());
         QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
         QCOMPARE(list->currentRow(), 1);
-        QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("next start"_L1));
+        QVERIFY(status->text().contains("next start"_L1));
     }
 
     void installsPackages()
@@ -269,13 +267,12 @@ private Q_SLOTS:
         VXScriptingHandler::sharedHandler()->runMacroString(
             u"import runebook_trial; print(runebook_trial.there + 1)"_s);
         QTRY_VERIFY(panel->write().endsWith(u"6\n"_s));
-        QDesktopServices::setUrlHandler(u"file"_s, this, "openUrl");
+        const UrlTaker opened({u"file"_s});
         QTest::mouseClick(pane->findChild<QPushButton *>(u"openFolder"_s), Qt::LeftButton);
-        QVERIFY(QFile::exists(m_opened.toLocalFile() + u"/runebook_trial.py"_s));
+        QVERIFY(QFile::exists(opened.urls.last().toLocalFile() + u"/runebook_trial.py"_s));
         find<QPushButton>("showOriginals")->click();
-        QDesktopServices::unsetUrlHandler(u"file"_s);
-        QVERIFY(m_opened.path().endsWith(u"/runebook/Originals"_s)
-                && QFileInfo(m_opened.toLocalFile()).isDir());
+        QVERIFY(opened.urls.last().path().endsWith(u"/runebook/Originals"_s)
+                && QFileInfo(opened.urls.last().toLocalFile()).isDir());
     }
 
     void refusesWhatIsNoPython()
@@ -305,7 +302,6 @@ private:
     QStringList identifiers() const { return m_window->toolbarSelectableItemIdentifiers(); }
 
     VXAppDelegate &m_delegate;
-    QUrl m_opened;
     std::unique_ptr<VXPreferencesController> m_window;
 };
 

@@ -1,15 +1,12 @@
 #include "app/CommandLine.h"
+#include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
-#include "tests/editing/Records.h"
 
 #include <QCryptographicHash>
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QTemporaryDir>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -37,13 +34,6 @@ Outcome run(const QStringList &arguments, const QStringList &withoutVariables = 
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-QString fileIn(const QTemporaryDir &folder, const QString &name, const QByteArray &bytes)
-{
-    if (!writeFile(folder.filePath(name), bytes))
-        qFatal("cannot write %s", qPrintable(name));
-    return folder.filePath(name);
-}
-
 } // namespace
 
 /// The program as it is started from a terminal or a Makefile.
@@ -58,6 +48,7 @@ private Q_SLOTS:
               row("unknown option", {u"--colour"_s}, 2, "", "--help");
               row("one file to compare", {u"--compare"_s, u"a.xml"_s}, 2, "", "two files");
               row("unknown key", {u"--compare"_s, u"a"_s, u"b"_s, u"--key"_s, u"colour"_s}, 2, "", "--key");
+              row("a version", {u"--eval"_s, u"1"_s, u"--require-python"_s, u"3.x"_s}, 2, "", "3.10");
               row("files that are not there", {u"--compare"_s, u"/no/a.xml"_s, u"/no/b.xml"_s}, 2, "",
                   "/no/a.xml");
               row("two files to merge", {u"--merge"_s, u"a"_s, u"b"_s}, 2, "", "three files");
@@ -83,7 +74,7 @@ private Q_SLOTS:
         const QString sample = QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml");
         const QByteArray changed =
             contentOf(sample).replace("name=\"A\" ", "name=\"A\" sortName=\"changed\" ");
-        const QString copy = fileIn(folder, u"copy.xml"_s, changed);
+        const QString copy = write(folder.filePath(u"copy.xml"_s), changed);
         QCOMPARE(run({u"--compare"_s, sample, sample}).status, 0);
         const Outcome different = run({u"--compare"_s, sample, copy});
         QCOMPARE(different.status, 1);
@@ -117,9 +108,9 @@ private Q_SLOTS:
         QByteArray ourText = base, theirText = base;
         ourText.replace("name=\"a\"", "name=\"a\" category=\"O\"");
         theirText.replace(theirs.first(8), theirs);
-        const QString ours = fileIn(folder, u"ours.xml"_s, ourText);
-        const QStringList files {fileIn(folder, u"base.xml"_s, base), ours,
-                                 fileIn(folder, u"theirs.xml"_s, theirText)};
+        const QString ours = write(folder.filePath(u"ours.xml"_s), ourText);
+        const QStringList files {write(folder.filePath(u"base.xml"_s), base), ours,
+                                 write(folder.filePath(u"theirs.xml"_s), theirText)};
         const QString out = folder.filePath(u"out.xml"_s);
         const Outcome elsewhere = run(QStringList {u"--merge"_s, u"--output"_s, out} + options + files);
         QCOMPARE(elsewhere.status, status);
@@ -152,13 +143,11 @@ private Q_SLOTS:
     })
     {
         const QTemporaryDir folder;
-        const auto write = [&folder](const QString &name, const QByteArray &bytes) {
-            return fileIn(folder, name, bytes);
-        };
         const QByteArray text = "<glyphData>\n\t<glyph name=\"a\" />\n</glyphData>\n";
-        const QString file = write(u"a.xml"_s, text);
-        mode.replaceInStrings(u"SCRIPT"_s, write(u"s.py"_s, "Doc.infos()[0].setName_('x')\n"));
-        mode.replaceInStrings(u"SAMPLE"_s, write(u"b.xml"_s, text));
+        const QString file = write(folder.filePath(u"a.xml"_s), text);
+        mode.replaceInStrings(u"SCRIPT"_s,
+                              write(folder.filePath(u"s.py"_s), "Doc.infos()[0].setName_('x')\n"));
+        mode.replaceInStrings(u"SAMPLE"_s, write(folder.filePath(u"b.xml"_s), text));
         QString rescue = folder.filePath(u".a.xml.runebook-rescue"_s);
         if (!isBeside) {
             const QByteArray hash =
@@ -167,7 +156,7 @@ private Q_SLOTS:
             rescue = folder.filePath(
                 u"data/runebook/Rescue/a.xml-%1.runebook-rescue"_s.arg(QString::fromLatin1(hash)));
         }
-        QVERIFY(writeFile(rescue, isSame ? text : text + text));
+        write(rescue, isSame ? text : text + text);
         const QByteArray dataBefore = qgetenv("XDG_DATA_HOME");
         qputenv("XDG_DATA_HOME", QFile::encodeName(folder.filePath(u"data"_s)));
         const Outcome met = run(mode + QStringList {file});
@@ -192,20 +181,17 @@ private Q_SLOTS:
     void checksFiles()
     {
         const QTemporaryDir folder;
-        const auto write = [&folder](const QString &name, const QByteArray &bytes) {
-            return fileIn(folder, name, bytes);
-        };
         const QByteArray own = contentOf(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml"));
         const QByteArray header = own.left(own.indexOf("\t<glyph "));
-        const QString clean =
-            write(u"clean.xml"_s, header + "\t<glyph unicode=\"0041\" name=\"A\" />\n</glyphData>\n");
-        const QString bad = write(u"bad.xml"_s,
+        const QString clean = write(folder.filePath(u"clean.xml"_s),
+                                    header + "\t<glyph unicode=\"0041\" name=\"A\" />\n</glyphData>\n");
+        const QString bad = write(folder.filePath(u"bad.xml"_s),
                                   header
                                       + "\t<glyph unicode=\"0041\" name=\"A\" />\n<!-- note -->\n"
                                         "\t<glyph unicode=\"41\" name=\"A\" weight=\"1\" />\n"
                                         "\t<glyph name='q' />\n</glyphData>\n");
-        const QString table = write(u"table.txt"_s, "name\tdesc\nA\tx\nB\ta \"b\" c\n");
-        const QString binary = write(u"binary.xml"_s, "\xFF\x00");
+        const QString table = write(folder.filePath(u"table.txt"_s), "name\tdesc\nA\tx\nB\ta \"b\" c\n");
+        const QString binary = write(folder.filePath(u"binary.xml"_s), "\xFF\x00");
         const int first = int(header.count('\n')) + 1;
         const auto at = [&](const QString &file, int line, const char *rest) {
             return u"%1:%2: %3"_s.arg(file).arg(line).arg(QString::fromLatin1(rest));
@@ -314,7 +300,7 @@ private Q_SLOTS:
     void startsWithFilesAndDamagedOnes()
     {
         const QTemporaryDir folder;
-        const QString broken = fileIn(folder, u"broken.xml"_s, "\xff\xfe<glyph ");
+        const QString broken = write(folder.filePath(u"broken.xml"_s), "\xff\xfe<glyph ");
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"),

@@ -179,27 +179,9 @@ private Q_SLOTS:
 
     void tokensAddUpToTheText()
     {
-        const QStringList pieces = {u"'"_s,
-                                    u"\""_s,
-                                    u"'''"_s,
-                                    u"\\"_s,
-                                    u"\n"_s,
-                                    u"\r\n"_s,
-                                    u"\u2028"_s,
-                                    u"\u2029"_s,
-                                    u"#"_s,
-                                    u"0x"_s,
-                                    u"1_"_s,
-                                    u"e"_s,
-                                    u"."_s,
-                                    u"é"_s,
-                                    u"\u00A0"_s,
-                                    u" "_s,
-                                    u"[ ]"_s,
-                                    u"😀"_s,
-                                    QString(QChar(0xD83D)),
-                                    QString(QChar(0)),
-                                    u"if"_s};
+        const QStringList pieces =
+            u"'|\"|'''|\\|\n|\r\n|\u2028|\u2029|#|0x|1_|e|.|é|\u00A0| |[ ]|😀|if"_s.split(u'|')
+            << QChar(0xD83D) << QChar(0);
         QRandomGenerator random(20240611);
         TDTokenizer tokenizer = panelTokenizer();
         for (int round = 0; round < rounds(3000); ++round) {

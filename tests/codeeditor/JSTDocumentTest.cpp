@@ -117,6 +117,8 @@ private Q_SLOTS:
         editor.select(1);
         editor.view.insertText(u"2"_s);
         QCOMPARE(editor.colorAt(0), numberColor());
+        QTest::keyClick(&editor.view, Qt::Key_Backspace);
+        QCOMPARE(editor.colorAt(0), editor.view.palette().color(QPalette::Text));
     }
 
     void convertsFontsToTheFontSize()
@@ -190,6 +192,13 @@ private Q_SLOTS:
                                     u"0x"_s,  u"_"_s,      u"len"_s, u" "_s,   u"é"_s,
                                     u"x"_s,   u"\u2028"_s, u"."_s,   u"("_s,   u"if a:\n\tprint('b') # c\n"_s,
                                     u""_s};
+        QString copy; // kept by what is told of the edits
+        connect(editor.view.textStorage(), &VXCodeTextStorage::edited, &editor.view,
+                [&](VXCodeTextStorage::EditKind, TextRange range, int change) {
+                    QVERIFY(range.end() <= copy.size());
+                    copy.replace(range.location, range.length,
+                                 editor.view.string().sliced(range.location, range.length + change));
+                });
         editor.view.setString(u"for x in y:\n\tprint('''a''', 1.5e+3)\n# end\n"_s);
         for (int round = 0; round < rounds(1500); ++round) {
             const int length = editor.view.textStorage()->length();
@@ -201,10 +210,14 @@ private Q_SLOTS:
             case 1:
                 editor.view.redo();
                 break;
+            case 2:
+                random.bounded(40) ? editor.view.commentSelection() : editor.view.setString(u"new"_s);
+                break;
             default:
                 editor.select(from, random.bounded(length > 300 ? 80 : 4));
                 editor.view.insertText(pieces[random.bounded(int(pieces.size()))]);
             }
+            QCOMPARE(copy, editor.view.string());
             fresh.view.setString(editor.view.string());
             QCOMPARE(editor.document.sourceString(), editor.view.string());
             if (editor.view.textStorage()->length() > 1)
@@ -295,18 +308,6 @@ private Q_SLOTS:
         QCOMPARE(editor.colorAt(6), quotedStringColor());
     }
 
-    void oneCharacterHasNoColour()
-    {
-        EditorFixture editor;
-        editor.view.setString(u"12"_s);
-        const QColor plain = editor.view.palette().color(QPalette::Text);
-        QVERIFY(editor.colorAt(0) != plain);
-        editor.select(2);
-        QTest::keyClick(&editor.view, Qt::Key_Backspace);
-        QCOMPARE(editor.view.string(), u"1"_s);
-        QCOMPARE(editor.colorAt(0), plain);
-    }
-
     void setFontSizeRecolours()
     {
         EditorFixture editor;
@@ -317,19 +318,12 @@ private Q_SLOTS:
         editor.document.setFontSize(3);
         QCOMPARE(editor.document.fontSize(), 6); // not smaller while colouring
         QCOMPARE(editor.fontAt(0).pointSize(), 6);
-    }
-
-    void smallSizesAreClampedAlike()
-    {
-        EditorFixture after;
-        after.document.setFontSize(3);
         JSTTextView view;
         JSTDocument before;
         before.setFontSize(3);
         before.setSourceText(&view);
         QCOMPARE(before.fontSize(), 6);
-        QCOMPARE(after.document.fontSize(), 6);
-        QCOMPARE(view.font().pointSize(), after.view.font().pointSize());
+        QCOMPARE(view.font().pointSize(), editor.view.font().pointSize());
     }
 
     /// Edits of random places, beside a list with one number for each character.
@@ -360,37 +354,15 @@ private Q_SLOTS:
                 for (int at = 0; at < text.size(); ++at) {
                     if (text[at] == u'\n')
                         continue; // a break has no looks
+                    TextRange range;
                     const QFont font =
-                        one->attributesAtIndexEffectiveRange(at, nullptr).value(u"NSFont"_s).value<QFont>();
+                        one->attributesAtIndexEffectiveRange(at, &range).value(u"NSFont"_s).value<QFont>();
                     QCOMPARE(font.family() == u"Nobody's"_s ? font.pointSize() : 0, sizes[at]);
+                    QVERIFY(range.location <= at && at < range.end());
+                    QCOMPARE(sizes.mid(range.location, range.length).count(sizes[at]), range.length);
                 }
             }
         }
-    }
-
-    void editsTellTheirLengths()
-    {
-        EditorFixture editor;
-        QString copy;
-        connect(editor.view.textStorage(), &VXCodeTextStorage::edited, &editor.view,
-                [&](VXCodeTextStorage::EditKind, TextRange range, int change) {
-                    QVERIFY(range.end() <= copy.size());
-                    copy.replace(range.location, range.length,
-                                 editor.view.string().sliced(range.location, range.length + change));
-                });
-        editor.view.setString(u"if a:\n\tb = 'c'\n"_s);
-        QCOMPARE(copy, editor.view.string());
-        editor.select(3, 8);
-        QTest::keyClicks(&editor.view, u"x'"_s);
-        QTest::keyClick(&editor.view, Qt::Key_Return);
-        editor.view.undo();
-        QCOMPARE(copy, editor.view.string());
-        editor.view.selectAll();
-        editor.view.commentSelection();
-        editor.view.setString(u"new"_s);
-        QCOMPARE(copy, editor.view.string());
-        editor.view.setString(QString());
-        QCOMPARE(copy, QString());
     }
 
     TABLE(completes, (const QString &text, const QStringList &words), {

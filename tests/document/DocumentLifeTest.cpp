@@ -454,22 +454,6 @@ private Q_SLOTS:
         QVERIFY(autosaveFiles().isEmpty());
     }
 
-    void needsAFolderToAutosave()
-    {
-        VXDocument *document = newDocument();
-        document->addInfo(VXGlyphInfo::init());
-        const QByteArray folder = qgetenv("XDG_DATA_HOME");
-        qputenv("XDG_DATA_HOME", "/dev/null/none");
-        Error error;
-        const bool isSaved = document->autosave(&error);
-        qputenv("XDG_DATA_HOME", folder);
-        QVERIFY(!isSaved);
-        QVERIFY(!error.description.isEmpty());
-        QVERIFY(document->autosavedContentsURL().isEmpty());
-        QVERIFY(document->autosave());
-        QCOMPARE(autosaveFiles().size(), 1);
-    }
-
     void forgetsWhatAnotherFileLost()
     {
         const QString folder = QStringLiteral(RUNEBOOK_TEST_DATA "/");

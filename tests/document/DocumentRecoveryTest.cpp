@@ -263,6 +263,7 @@ private Q_SLOTS:
         QCOMPARE(document->fileWatch().check(), FileWatch::Change::Removed);
         QVERIFY(document->isDocumentEdited());
         QTRY_COMPARE(autosavedFile(document->autosavedContentsURL()), kFile);
+        QVERIFY(document->saveDocument()); // nothing there to be lost
         controller().setAutosavingDelay(delay);
     }
 
@@ -500,6 +501,9 @@ private Q_SLOTS:
         }
         QCOMPARE(told.size(), 1);
         QCOMPARE(told.first().first().value<Error>().domain, u"AutosaveError"_s);
+        Error error;
+        QVERIFY(!document->autosave(&error) && !error.description.isEmpty()
+                && document->autosavedContentsURL().isEmpty());
         qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data"_s)));
         document->autosaver().start();
         QTRY_COMPARE(finished.size(), 4);
@@ -518,6 +522,10 @@ private Q_SLOTS:
         row("byte order mark", "\xEF\xBB\xBF" + kFile, "byte order mark|header");
         row("unknown attribute", with("category=", "weight="), "2 unknown attributes");
         row("code points", with("name=\"a\"", "name=\"a\" unicodes=\"1,2,3\""), "two code points");
+        row("code points, version 1",
+            with("name=\"a\"", "name=\"a\" unicodes=\"1,2,3\"")
+                .replace(0, qsizetype(GlyphDataWriter::header(2).size()), GlyphDataWriter::header(1).c_str()),
+            "two code points");
         row("other lines", with("\t<glyph name=\"b\"", "note\n\t<glyph name=\"b\""), "no glyph");
         row("other header", with("<!ELEMENT glyph EMPTY>\n", ""), "header");
         row("not UTF-8", with("\"a\"", "\"\xFF\""), "could not be read");
@@ -530,6 +538,7 @@ private Q_SLOTS:
         QCOMPARE(sentences.size(), words.size());
         for (qsizetype i = 0; i < words.size(); ++i)
             QVERIFY2(sentences.at(i).contains(words.at(i)), qPrintable(sentences.at(i)));
+        QVERIFY(!told.contains(u"header"_s) || !document->readNotes().isEmpty());
         // What is told is true: whenever nothing is, the file comes out as it was.
         QVERIFY(document->saveDocument());
         QCOMPARE(contentOf(path(u"a.xml"_s)) == content, told.isEmpty());

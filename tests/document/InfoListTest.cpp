@@ -274,20 +274,13 @@ private Q_SLOTS:
         }
     }
 
-    void followsRunsOfEdits_data()
-    {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<bool>("isShared");
-        for (quint32 seed = 1; seed <= 8; ++seed)
-            QTest::addRow("seed %u%s", seed, seed % 4 ? "" : ", shared") << seed << (seed % 4 == 0);
-    }
-
     /// One edit after the other near one place, as loops of scripts make them, and places asked for between
     /// them, which must not need the list as a whole.
-    void followsRunsOfEdits()
+    TABLE(followsRunsOfEdits, (quint32 seed, bool isShared), {
+        for (quint32 seed = 1; seed <= 8; ++seed)
+            row(QString::asprintf("seed %u", seed), seed, seed % 4 == 0);
+    })
     {
-        QFETCH(const quint32, seed);
-        QFETCH(const bool, isShared);
         QRandomGenerator random(seed);
         InfoList plain(900);
         std::generate(plain.begin(), plain.end(), [] { return VXGlyphInfo::init(); });

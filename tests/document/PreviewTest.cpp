@@ -247,8 +247,8 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"mine.ttf"_s);
         const auto tableOfFile = [&path] { return QRawFont(path, 16).fontTable("glyf"); };
-        const auto tableDrawn = [] {
-            const std::optional<QFont> font = VXDocument::fontForScriptSize(u"latin"_s, 20);
+        const auto tableDrawn = [](const QString &script = u"latin"_s) {
+            const std::optional<QFont> font = VXDocument::fontForScriptSize(script, 20);
             return font ? QRawFont::fromFont(*font).fontTable("glyf") : QByteArray();
         };
         QVERIFY(QFile::copy(kFontFolder + u"DejaVuSerif.ttf"_s, path));
@@ -260,7 +260,9 @@ private Q_SLOTS:
         const QByteArray renamed =
             fontWithFamily(contentOf(kFontFolder + u"DejaVuSansMono.ttf"_s), u"DejaVu Serif"_s);
         write(path, renamed);
-        QVERIFY(tableOfFile() != serif);
+        QVERIFY(!renamed.isEmpty() && tableOfFile() != serif);
+        VXDocument::registerPreviewFontForScript(kFontFolder + u"DejaVuSerif.ttf"_s, u"greek"_s);
+        QVERIFY(tableDrawn(u"greek"_s) == serif);
         QTRY_VERIFY(tableDrawn() == tableOfFile());
         for (const qsizetype size : {0, 3, 11, 40, 300}) // damaged, it is no font
             QVERIFY(fontWithFamily(renamed.left(size), u"x"_s).isEmpty());

@@ -173,40 +173,6 @@ private Q_SLOTS:
         QCOMPARE(added->unicodes(), stored);
     }
 
-    void undoesManyEditsInOrder()
-    {
-        RecordingOwner owner;
-        const InfoPtr a = owner.add();
-        const InfoPtr b = owner.add();
-        {
-            const UndoGroup group(&owner.manager);
-            for (int i = 0; i < 100; ++i) {
-                (i % 2 ? a : b)->setName(QString::number(i));
-                a->setUnicode(QString::number(i));
-                if (i % 10 == 0)
-                    owner.manager.registerUndo([] {}); // something else in between
-            }
-        }
-        QCOMPARE(owner.manager.stack()->count(), 1);
-        owner.manager.undo();
-        QCOMPARE(a->name() + b->name(), u"unknownunknown"_s);
-        QVERIFY(a->unicodes().isEmpty());
-        owner.manager.redo();
-        QCOMPARE(a->name() + b->name() + a->unicode(), u"999899"_s);
-        owner.manager.undo();
-        QCOMPARE(a->name() + b->name(), u"unknownunknown"_s);
-    }
-
-    void changesWithoutADocument()
-    {
-        const InfoPtr info = VXGlyphInfo::init();
-        fill(*info);
-        QCOMPARE(info->desc(), u"old desc"_s);
-        info->setDocument(nullptr);
-        info->generateUniName();
-        QVERIFY(info->validateName(u"a"_s));
-    }
-
     void copies()
     {
         RecordingOwner owner;

@@ -385,6 +385,7 @@ private Q_SLOTS:
         QCOMPARE(transformer.transformedValue(value).toInt(), index);
         QCOMPARE(transformer.reverseTransformedValue(value).toInt(), valueOfIndex);
         QVERIFY(transformer.allowsReverseTransformation());
+        QCOMPARE(transformer.transformedValue({}), QVariant(0)); // nothing is selected
     }
 
     void knowsTransformersByName()

@@ -290,8 +290,8 @@ private Q_SLOTS:
               row("place in quotation marks", "a == \"%@\" || a == '%@\\'%@' || a == %@",
                   QVariantList {u"x"_s}, "a == \"%@\" || a == '%@\\'%@' || a == \"x\"");
               row("key", "%K == %@", QVariantList {u"subCategory"_s, u"x"_s}, "subCategory == \"x\"");
-              row("numbers", "a > %@ && b == %@ && c < %@", QVariantList {-3, 2.5, 1e15},
-                  "a > -3 && b == 2.5 && c < 1000000000000000");
+              row("numbers", "a > %@ && b == %@ && c < %@ && d < %@", QVariantList {-3, 2.5, 1e15, 1e19},
+                  "a > -3 && b == 2.5 && c < 1000000000000000 && d < 10000000000000000000");
               row("list of texts", "a IN %@", QVariantList {QStringList {u"x"_s, u"\""_s}},
                   "a IN {\"x\", \"\\\"\"}");
               row("mixed list", "a IN %@", QVariantList {QVariantList {u"x"_s, 2}}, "a IN {\"x\", 2}");

@@ -188,9 +188,11 @@ private Q_SLOTS:
         panel.items.first()->setTitle(u"A much longer title than before"_s);
         QCOMPARE(panel.bar->cells().first()->title(), u"A much longer title than before"_s);
         QVERIFY(panel.bar->cells().first()->frame().width() > before);
+        panel.items.first()->setProperty("icon", QIcon(QPixmap(8, 8)));
         panel.items.first()->setTitle(u"two\nlines\u2028and\u2029more"_s + QString(1'000'000, u'x'));
         const QString shown = panel.bar->cells().first()->displayTitle();
         QVERIFY(shown.startsWith(u"two lines and more"_s) && shown.size() <= 200);
+        QVERIFY(!panel.bar->cells().first()->icon().isNull());
     }
 
     /// A list and a selected item are all there is to know of a bar.

@@ -171,17 +171,6 @@ private Q_SLOTS:
         QCOMPARE(shownTabs(places, 5, kept), expected);
     }
 
-    TABLE(selectionAfterClosing, (uint selection, uint closed, uint expected), {
-        row("[A] B, closing A", 0U, 0U, 0U);
-        row("[A] B, closing B", 0U, 1U, 0U);
-        row("A [B] C, closing C", 1U, 2U, 1U);
-        row("A [B] C, closing B", 1U, 1U, 0U);
-        row("A B [C], closing A", 2U, 0U, 1U);
-    })
-    {
-        QCOMPARE(indexAfterClosing(selection, closed), expected);
-    }
-
     /// Titles are legible, and each state has to show: no two of them may look the same.
     TABLE(paintsEveryState, (const QString &style, bool dark, bool active), {
         for (const QString &style : {u"Yosemite"_s, u"BigSur"_s}) {

@@ -72,6 +72,9 @@ struct NewestFirst : SUUpdaterDelegate {
 class UpdaterTest : public QObject
 {
     Q_OBJECT
+public Q_SLOTS:
+    void openUrl(const QUrl &url) { m_opened = url; }
+
 private Q_SLOTS:
     void init()
     {
@@ -111,7 +114,7 @@ private Q_SLOTS:
         row("nested without end", feed(QByteArray("<a>").repeated(15'000)), "error 6");
         QByteArray attributes;
         for (int i = 0; i < 5'000; ++i)
-            attributes += " a" + QByteArray::number(i) + "=''";
+            attributes += " a" + QByteArray::number(i) + "= '>'";
         row("thousands of attributes", feed("<item" + attributes + "/>"), "error 6");
         row("thousands of entries", feed(QByteArray("<item/>").repeated(3'000)), "error 6");
         row("huge notes", feed(item("2.1", QByteArray(60'000, 'n'))), "new 2.1");
@@ -199,12 +202,15 @@ private Q_SLOTS:
         Error error;
         const auto appcast =
             readAppcast(feed(item("2.1", "<p>A &amp; B</p>")
-                             + "<item><u:shortVersionString>three</u:shortVersionString></item>"),
+                             + "<item><u:shortVersionString>three</u:shortVersionString>"
+                               "<releaseNotesLink>https://example.org/all</releaseNotesLink></item>"),
                         &error);
         QVERIFY2(appcast, qPrintable(error.text()));
         QCOMPARE(appcast->items().size(), 2);
         const SUAppcastItem *first = appcast->itemList().first();
-        QCOMPARE(appcast->itemList().last()->displayVersionString, u"three"_s);
+        const SUAppcastItem *last = appcast->itemList().last();
+        QCOMPARE(last->versionString + last->displayVersionString, u"three"_s);
+        QCOMPARE(last->releaseNotesURL, QUrl(u"https://example.org/all"_s));
         QCOMPARE(first->title, u"Runebook 2.1"_s);
         QCOMPARE(first->versionString, u"2.1"_s);
         QCOMPARE(first->displayVersionString, u"v2.1"_s);
@@ -272,17 +278,32 @@ private Q_SLOTS:
         QWidget *window = shown(u"updateWindow"_s);
         QVERIFY(window);
         QVERIFY(!shown(u"updateMessage"_s));
-        const auto *heading = window->findChild<QLabel *>();
+        const QList<QLabel *> labels = window->findChildren<QLabel *>();
+        QVERIFY(std::ranges::any_of(labels,
+                                    [](auto *label) { return label->text() == u"You have version 2.0."; }));
+        const QLabel *heading = labels.first();
         QCOMPARE(heading->text(), u"Version v2.1 <img src='/dev/zero'> is available"_s);
-        QCOMPARE(heading->textFormat(), Qt::PlainText);
+        QVERIFY(
+            std::ranges::all_of(labels, [](auto *label) { return label->textFormat() == Qt::PlainText; }));
         QCOMPARE(window->findChild<PageView *>()->toPlainText(), u"New"_s);
 
-        for (QPushButton *button : window->findChildren<QPushButton *>()) {
-            if (button->text().contains("Skip"_L1))
-                QTest::mouseClick(button, Qt::LeftButton);
-        }
-
+        const auto press = [&](const QString &text) {
+            for (QPushButton *button : window->findChildren<QPushButton *>()) {
+                if (button->text().remove(u'&').startsWith(text))
+                    return QTest::mouseClick(button, Qt::LeftButton), true;
+            }
+            return false;
+        };
+        QVERIFY(!press(u"All Notes"_s)); // it has none elsewhere
+        QVERIFY(press(u"Skip"_s));
         QCOMPARE(m_updater->skippedVersion(), u"2.1"_s);
+        QVERIFY(!shown(u"updateWindow"_s));
+        QCOMPARE(outcomeOf(*m_updater), u"new 2.1"_s);
+        window = shown(u"updateWindow"_s);
+        QDesktopServices::setUrlHandler(u"https"_s, this, "openUrl");
+        QVERIFY(press(u"Open Download Page"_s));
+        QDesktopServices::unsetUrlHandler(u"https"_s);
+        QCOMPARE(m_opened, QUrl(u"https://example.org/get"_s));
         QVERIFY(!shown(u"updateWindow"_s));
     }
 
@@ -293,7 +314,8 @@ private Q_SLOTS:
         row("style", "<style>@import '/dev/zero'</style>b", "b");
         row("unfinished script", "a<script>b", "a");
         row("picture", "a<img src=/dev/zero onerror=x>b", "ab");
-        row("events and styles", "<p onclick='x()' style='background:url(/dev/zero)'>a</p>", "<p>a</p>");
+        row("events and styles", "<p onclick='x()' href='https://a/' style='background:url(/dev/zero)'>a</p>",
+            "<p>a</p>");
         row("link", "<a href=\"https://example.org/?a=1&amp;b=2\">x</a>",
             "<a href=\"https://example.org/?a=1&amp;b=2\">x</a>");
         row("link within", "<h2 id=\"new-1\">a</h2><a href='#new-1'>x</a>",
@@ -302,10 +324,11 @@ private Q_SLOTS:
         row("hidden script link", "<a href=' java&#115;cript:x()'>x</a>", "<a>x</a>");
         row("file link", "<a href='file:///etc/passwd'>x</a>", "<a>x</a>");
         row("quote in a link", "<a href='https://a/\"onclick=x'>x</a>", "<a>x</a>");
+        row("quote in an anchor", "<h2 id='a\"onclick=x'>a</h2>", "<h2>a</h2>");
         row("contents list", "<nav><a href='#a'>A</a></nav><p>b", "<p>b</p>");
         row("comment", "a<!-- <b> -->b", "ab");
         row("declarations", "<!DOCTYPE html><?php x ?>b", "b");
-        row("upper case", "<B>x</B>", "<b>x</b>");
+        row("upper case", "<B>x</B><ZZ>", "<b>x</b>");
         row("wrong order", "<b><i>x</b></i>", "<b><i>x</i></b>");
         row("table", "<table><tr><td>a<td>b</table>", "<br> a b");
         row("unfinished", "a<b", "a<b></b>");
@@ -353,12 +376,12 @@ private Q_SLOTS:
         PageView view;
         QSignalSpy opened(&view, &PageView::linkOpened);
         view.resize(300, 200);
-        view.setPage(u"<a href='mailto:me@example.org'>link link link</a>"_s);
+        view.setPage(u"<a href='https://example.org/a#b'>link link link</a>"_s);
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, QPoint(30, 22));
         QCOMPARE(opened.size(), 1);
-        QCOMPARE(opened.at(0).at(0).toUrl(), QUrl(u"mailto:me@example.org"_s));
+        QCOMPARE(opened.at(0).at(0).toUrl(), QUrl(u"https://example.org/a#b"_s));
         QVERIFY(view.toPlainText().contains("link link"_L1)); // the page itself stays
         Q_EMIT view.anchorClicked(QUrl(u"file:///etc/passwd"_s));
         QCOMPARE(opened.size(), 1);
@@ -413,6 +436,7 @@ private Q_SLOTS:
 private:
     FeedServer m_server;
     std::unique_ptr<SUUpdater> m_updater;
+    QUrl m_opened;
 };
 
 RUNEBOOK_TEST_MAIN(UpdaterTest)
