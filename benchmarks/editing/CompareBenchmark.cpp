@@ -119,6 +119,66 @@ void chooseKey(benchmark::State &state, int records)
     }
 }
 
+/// A window over two versions of which 10,000 records differ, all of them listed, and nothing going on.
+std::unique_ptr<VXCompareDataWindow> windowWithDifferences(int records)
+{
+    constexpr std::size_t kDifferences = 10'000;
+    static QHash<int, VXDocument *> changed;
+    const Pair pair = openPair(records);
+    if (!changed.contains(records)) {
+        auto *document = new VXDocument;
+        document->readFromURLOfType(corpusFile(records, u"xml"_s), u"public.xml"_s);
+        document->undoManager()->setRegistrationEnabled(false);
+        const std::size_t step = document->infos().size() / kDifferences;
+        for (std::size_t i = 0; i < kDifferences; ++i) {
+            document->infos()[i * step]->setCategory(u"Changed"_s);
+            document->infos()[i * step]->setDesc(u"changed"_s);
+        }
+        document->undoManager()->setRegistrationEnabled(true);
+        DocumentController::shared().addDocument(document);
+        changed.insert(records, document);
+    }
+    Settings::kCompareMode.set(CompareMode::Different);
+    auto window = std::make_unique<VXCompareDataWindow>();
+    window->showDocuments(changed.value(records), pair.left);
+    window->filteredKeys();
+    while (window->countOfKeysInMode(0) < 0)
+        QCoreApplication::processEvents();
+    return window;
+}
+
+/// All records listed taken across, and the list made anew.
+void takeAll(benchmark::State &state, int records)
+{
+    const auto window = windowWithDifferences(records);
+    const auto *document = window->rightDocList()->document();
+    for ([[maybe_unused]] auto _ : state) {
+        state.SetIterationTime(secondsFor([&] {
+            window->takeAllRight();
+            window->filteredKeys();
+        }));
+        if (!document->isDocumentEdited())
+            state.SkipWithError("nothing was taken");
+        window->undo();
+    }
+}
+
+/// The same taken back.
+void undoTakeAll(benchmark::State &state, int records)
+{
+    const auto window = windowWithDifferences(records);
+    const auto *document = window->rightDocList()->document();
+    for ([[maybe_unused]] auto _ : state) {
+        window->takeAllRight();
+        state.SetIterationTime(secondsFor([&] {
+            window->undo();
+            window->filteredKeys();
+        }));
+        if (document->isDocumentEdited())
+            state.SkipWithError("it was not taken back");
+    }
+}
+
 /// All keys chosen: the longest time that the window is held until all of their records are shown. Records
 /// without descriptions always differ, so here each has a key in the list.
 void chooseAll(benchmark::State &state, int records)
@@ -163,6 +223,10 @@ void registerAll()
         addTimed(files, compareFilesOnDisk, records);
         addTimed(files + ":peer"_L1, diff, records);
         addRepeated(u"compare-key/%1"_s.arg(records), chooseKey, records);
+        addTimed(u"compare-take/%1"_s.arg(records), takeAll, records);
+        const QString undo = u"compare-take-undo/%1"_s.arg(records);
+        addTimed(undo, undoTakeAll, records);
+        addTimed(undo + ":peer"_L1, takeAll, records);
     }
     // Last, as it changes the documents.
     for (const int records : {150'000, 1'000'000})

@@ -25,8 +25,9 @@ bool isChoice(GlyphField field)
 
 // FieldContent
 
-FieldContent::FieldContent(GlyphField field, const InfoList &left, const InfoList &right)
-    : m_field(field), m_lists {&left, &right}
+FieldContent::FieldContent(GlyphField field, const InfoList &left, const InfoList &right,
+                           const CompareOptions &options)
+    : m_field(field), m_lists {&left, &right}, m_options(options)
 {
 }
 
@@ -97,16 +98,16 @@ void FieldContent::lookAt(std::size_t place)
             goTo(Step::InTurn);
         break;
     case Step::InTurn:
-        if (comparableValue(info, m_field, m_buffer)
-            != comparableValue(*(*m_lists[1])[place], m_field, m_otherBuffer))
+        if (comparableValue(info, m_field, m_buffer, m_options)
+            != comparableValue(*(*m_lists[1])[place], m_field, m_otherBuffer, m_options))
             goTo(Step::LeftSet);
         break;
     case Step::LeftSet:
-        if (const auto value = comparableValue(info, m_field, m_buffer))
+        if (const auto value = comparableValue(info, m_field, m_buffer, m_options))
             m_leftSet.add(hashOf(*value));
         break;
     default:
-        if (const auto value = comparableValue(info, m_field, m_buffer)) {
+        if (const auto value = comparableValue(info, m_field, m_buffer, m_options)) {
             m_rightSet.add(hashOf(*value));
             if (m_leftSet.count(hashOf(*value)) == 0)
                 conclude(true);
@@ -137,11 +138,12 @@ bool FieldContent::show(std::size_t side, const VXGlyphInfo &info)
     return !values.hasMore;
 }
 
-std::vector<FieldContent> contentOf(const InfoList &left, const InfoList &right)
+std::vector<FieldContent> contentOf(const InfoList &left, const InfoList &right,
+                                    const CompareOptions &options)
 {
     std::vector<FieldContent> fields;
     for (const ComparedField &field : comparedFields()) {
-        fields.emplace_back(field.field, left, right);
+        fields.emplace_back(field.field, left, right, options);
         fields.back().finish();
     }
     return fields;
@@ -156,8 +158,9 @@ bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField fie
 
 // CompareContent
 
-CompareContent::CompareContent(QStringList keys, CompareKey key, const InfoList *left, const InfoList *right)
-    : m_keys(std::move(keys)), m_key(key), m_lists {left, right}
+CompareContent::CompareContent(QStringList keys, CompareKey key, const InfoList *left, const InfoList *right,
+                               const CompareOptions &options)
+    : m_keys(std::move(keys)), m_key(key), m_lists {left, right}, m_options(options)
 {
 }
 
@@ -186,7 +189,7 @@ bool CompareContent::advance(std::size_t count)
         return false;
     if (m_fields.empty()) {
         for (const ComparedField &field : comparedFields())
-            m_fields.emplace_back(field.field, m_found[0], m_found[1]);
+            m_fields.emplace_back(field.field, m_found[0], m_found[1], m_options);
     }
     for (FieldContent &field : m_fields) {
         if (!field.advance(0))

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editing/compare/CompareKeys.h"
-#include "editing/compare/ComparedFields.h"
+#include "editing/compare/CompareOptions.h"
 #include "editing/compare/KeyCounts.h"
 
 #include <QSet>
@@ -22,7 +22,8 @@ public:
         bool hasMore = false;
     };
 
-    FieldContent(GlyphField field, const InfoList &left, const InfoList &right);
+    FieldContent(GlyphField field, const InfoList &left, const InfoList &right,
+                 const CompareOptions &options = {});
 
     /// Looks at about \a count further records; true when everything is known.
     bool advance(std::size_t count);
@@ -30,8 +31,8 @@ public:
     GlyphField field() const { return m_field; }
     const Values &left() const { return m_values[0]; }
     const Values &right() const { return m_values[1]; }
-    /// Whether the distinct values over one list are others than over the other. A list without any value has
-    /// no set of them; two such lists do not differ.
+    /// Whether the distinct values over one list are others than over the other, whatever is overlooked left
+    /// out. A list without any value has no set of them; two such lists do not differ.
     bool differs() const { return m_differs; }
     /// Whether a side has no record at all.
     bool isOneSided() const { return m_lists[0]->empty() || m_lists[1]->empty(); }
@@ -47,6 +48,7 @@ private:
 
     GlyphField m_field;
     std::array<const InfoList *, 2> m_lists;
+    CompareOptions m_options;
     std::array<Values, 2> m_values;
     Step m_step = Step::ShownLeft;
     std::size_t m_next = 0;
@@ -61,7 +63,8 @@ private:
 };
 
 /// What is shown of two lists, in the order of comparedFields(). The lists must stay as they are.
-std::vector<FieldContent> contentOf(const InfoList &left, const InfoList &right);
+std::vector<FieldContent> contentOf(const InfoList &left, const InfoList &right,
+                                    const CompareOptions &options = {});
 /// FieldContent::differs() of one field.
 bool valuesDiffer(const InfoList &values, const InfoList &others, GlyphField field);
 
@@ -71,7 +74,8 @@ class CompareContent
 {
 public:
     /// A side without a document has no list.
-    CompareContent(QStringList keys, CompareKey key, const InfoList *left, const InfoList *right);
+    CompareContent(QStringList keys, CompareKey key, const InfoList *left, const InfoList *right,
+                   const CompareOptions &options = {});
 
     /// Works for about so long; true when everything is known.
     bool runFor(std::chrono::milliseconds budget);
@@ -91,6 +95,7 @@ private:
     QStringList m_keys;
     CompareKey m_key;
     std::array<const InfoList *, 2> m_lists;
+    CompareOptions m_options;
     KeyTable m_places; ///< by the hash of a key its place in the list, from 1
     qsizetype m_entered = 0;
     std::array<std::size_t, 2> m_next {};

@@ -101,8 +101,8 @@ quint32 KeyIndex::find(std::string_view key) const
 
 // KeyPass
 
-KeyPass::KeyPass(const InfoList &source, const InfoList &other, CompareKey key)
-    : m_source(source), m_other(other), m_key(key), m_index(other, key)
+KeyPass::KeyPass(const InfoList &source, const InfoList &other, CompareKey key, const CompareOptions &options)
+    : m_source(source), m_other(other), m_key(key), m_index(other, key), m_options(options)
 {
 }
 
@@ -126,17 +126,24 @@ bool KeyPass::isEqualAsRead(const VXGlyphInfo &info) const
     return !line.empty() && line == lineAsRead(*m_other[m_expected]);
 }
 
+void KeyPass::addDifferent(const InfoPtr &info, const InfoPtr &other, std::string_view key)
+{
+    m_different += QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
+    if (m_wantsFields)
+        m_fields.push_back(differingBits(*info, *other, m_options));
+}
+
 void KeyPass::compare(const InfoPtr &compared)
 {
     const VXGlyphInfo &info = *compared;
     if (isEqualAsRead(info)) {
-        ++m_expected;
+        const InfoPtr &other = m_other[m_expected++];
         // Records without description never count as equal.
-        if (!info.stored(GlyphField::Desc).isAbsent())
+        if (!info.stored(GlyphField::Desc).isAbsent() || countAsEqual(compared, other, m_options))
             return;
         const std::string_view key = keyUtf8(info, m_key, m_buffer);
         if (!key.empty())
-            m_different += QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
+            addDifferent(compared, other, key);
         return;
     }
     const std::string_view key = keyUtf8(info, m_key, m_buffer);
@@ -150,15 +157,17 @@ void KeyPass::compare(const InfoPtr &compared)
         return;
     }
     m_expected = place + 1;
-    if (!countAsEqual(compared, m_other[place]))
-        m_different += QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
+    if (!countAsEqual(compared, m_other[place], m_options))
+        addDifferent(compared, m_other[place], key);
 }
 
 // KeyComparison
 
-KeyComparison::KeyComparison(const InfoList &left, const InfoList &right, CompareKey key, CompareMode first)
-    : m_passes {{right, left, key}, {left, right, key}}, m_firstIsForward(isForward(first))
+KeyComparison::KeyComparison(const InfoList &left, const InfoList &right, CompareKey key, CompareMode first,
+                             const CompareOptions &options)
+    : m_passes {{right, left, key, options}, {left, right, key, options}}, m_firstIsForward(isForward(first))
 {
+    m_passes[1].wantFields();
 }
 
 bool KeyComparison::advance()

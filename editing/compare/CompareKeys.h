@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editing/compare/CompareOptions.h"
 #include "model/CompareKey.h"
 
 #include <QStringList>
@@ -57,7 +58,10 @@ private:
 class KeyPass
 {
 public:
-    KeyPass(const InfoList &source, const InfoList &other, CompareKey key);
+    KeyPass(const InfoList &source, const InfoList &other, CompareKey key,
+            const CompareOptions &options = {});
+    /// Has it find out which fields differ as well.
+    void wantFields() { m_wantsFields = true; }
 
     /// Looks at up to \a count further records. True once all were seen.
     bool advance(std::size_t count);
@@ -68,9 +72,12 @@ public:
     /// In the order of the source, repetitions kept.
     const QStringList &missing() const { return m_missing; }
     const QStringList &different() const { return m_different; }
+    /// Of each key in different() the fields that differ; none without wantFields().
+    const std::vector<FieldBits> &differentFields() const { return m_fields; }
 
 private:
     void compare(const InfoPtr &compared);
+    void addDifferent(const InfoPtr &info, const InfoPtr &other, std::string_view key);
     bool isEqualAsRead(const VXGlyphInfo &info) const;
 
     const InfoList &m_source;
@@ -81,6 +88,9 @@ private:
     std::size_t m_expected = 0; ///< where the next record should stand in the other list
     QStringList m_missing;
     QStringList m_different;
+    std::vector<FieldBits> m_fields;
+    CompareOptions m_options;
+    bool m_wantsFields = false;
     std::string m_buffer;
     std::string m_otherBuffer;
 };
@@ -90,7 +100,8 @@ class KeyComparison
 {
 public:
     /// Refers to both lists, which must not change before everything is done.
-    KeyComparison(const InfoList &left, const InfoList &right, CompareKey key, CompareMode first);
+    KeyComparison(const InfoList &left, const InfoList &right, CompareKey key, CompareMode first,
+                  const CompareOptions &options = {});
 
     /// Works until \a budget is used up or everything is done. True when it is.
     bool runFor(std::chrono::milliseconds budget);
@@ -100,6 +111,8 @@ public:
     bool isDone(CompareMode mode) const { return m_isDone[isForward(mode)]; }
     /// The keys of a mode that is done.
     const QStringList &keys(CompareMode mode) const;
+    /// Of each key of the mode Different, when it is done, the fields that differ.
+    const std::vector<FieldBits> &differentFields() const { return m_passes[1].differentFields(); }
     /// How far the first mode is, from 0 to 1.
     double progress() const;
 

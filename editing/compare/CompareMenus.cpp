@@ -62,6 +62,34 @@ const std::vector<CommandRow> &commandRows()
          QT_TR_NOOP("Only &What Differs"),
          {Qt::CTRL | Qt::SHIFT | Qt::Key_O},
          &Window::toggleOnlyDifferences},
+        {CompareMenus::IgnoreCase,
+         QT_TR_NOOP("Ignore &Case"),
+         {Qt::CTRL | Qt::Key_I},
+         &Window::toggleIgnoreCase},
+        {CompareMenus::IgnoreSpaces,
+         QT_TR_NOOP("Ignore &Spaces"),
+         {Qt::CTRL | Qt::SHIFT | Qt::Key_I},
+         &Window::toggleIgnoreSpaces},
+        {CompareMenus::CopyReport,
+         QT_TR_NOOP("Copy &Report"),
+         {Qt::CTRL | Qt::SHIFT | Qt::Key_T},
+         &Window::copyReport},
+        {CompareMenus::CopyReportOfSelected,
+         QT_TR_NOOP("Copy Report of Se&lected"),
+         {Qt::CTRL | Qt::Key_T},
+         &Window::copyReportOfSelected},
+        {CompareMenus::SaveReport,
+         QT_TR_NOOP("Save &Report…"),
+         {Qt::CTRL | Qt::SHIFT | Qt::Key_S},
+         &Window::askToSaveReport},
+        {CompareMenus::SaveReportOfSelected,
+         QT_TR_NOOP("Save Report of Se&lected…"),
+         {Qt::CTRL | Qt::SHIFT | Qt::Key_E},
+         &Window::askToSaveReportOfSelected},
+        {CompareMenus::JsonReports,
+         QT_TR_NOOP("Reports as &JSON"),
+         {Qt::CTRL | Qt::Key_J},
+         &Window::toggleJsonReports},
         {CompareMenus::NextDifference,
          QT_TR_NOOP("&Next Difference"),
          {QKeySequence(Qt::Key_F8), QKeySequence(Qt::ALT | Qt::Key_Down)},
@@ -133,7 +161,8 @@ CompareMenus::CompareMenus(VXCompareDataWindow &window) : QObject(&window), m_wi
         m_actions[command]->setCheckable(true);
         modes->addAction(m_actions[command]);
     }
-    m_actions[OnlyDifferences]->setCheckable(true);
+    for (const Command command : {OnlyDifferences, IgnoreCase, IgnoreSpaces, JsonReports})
+        m_actions[command]->setCheckable(true);
     buildFileMenu();
     buildEditMenu();
     buildViewMenu();
@@ -165,6 +194,9 @@ void CompareMenus::buildFileMenu()
     menu->addSeparator();
     add(menu, Save);
     menu->addSeparator();
+    for (const Command command : {SaveReport, SaveReportOfSelected, JsonReports})
+        add(menu, command);
+    menu->addSeparator();
     add(menu, Close);
     MainMenu::contributeTo(MainMenu::File, *menu, m_window);
 }
@@ -179,6 +211,9 @@ void CompareMenus::buildEditMenu()
     menu->addSeparator();
     add(menu, CopyText);
     add(menu, SelectAll);
+    menu->addSeparator();
+    add(menu, CopyReport);
+    add(menu, CopyReportOfSelected);
     MainMenu::contributeTo(MainMenu::Edit, *menu, m_window);
 }
 
@@ -206,8 +241,27 @@ void CompareMenus::buildViewMenu()
     menu->addSeparator();
     add(menu, OnlyDifferences);
     menu->addSeparator();
+    add(menu, IgnoreCase);
+    add(menu, IgnoreSpaces);
+    addIgnoredFields(menu);
+    menu->addSeparator();
     CommonMenus::addAppearance(*menu, m_window);
     MainMenu::contributeTo(MainMenu::View, *menu, m_window);
+}
+
+void CompareMenus::addIgnoredFields(QMenu *menu)
+{
+    QMenu *fields = menu->addMenu(tr("Ignore &Fields"));
+    for (const ComparedField &field : comparedFields()) {
+        QAction *action = fields->addAction(titleOf(field));
+        action->setCheckable(true);
+        const QString key = keyOfField(field.field);
+        connect(action, &QAction::triggered, &m_window,
+                [this, key](bool isChecked) { m_window.setFieldIgnored(key, isChecked); });
+        connect(fields, &QMenu::aboutToShow, action, [this, action, field = field.field] {
+            action->setChecked(m_window.options().ignores(field));
+        });
+    }
 }
 
 void CompareMenus::buildCompareMenu()

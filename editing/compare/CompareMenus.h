@@ -27,6 +27,13 @@ public:
         ShowOnlyLeft,
         ShowDifferent,
         OnlyDifferences,
+        IgnoreCase,
+        IgnoreSpaces,
+        CopyReport,
+        CopyReportOfSelected,
+        SaveReport,
+        SaveReportOfSelected,
+        JsonReports,
         NextDifference,
         PreviousDifference,
         TakeFieldLeft,
@@ -57,6 +64,7 @@ private:
     void buildEditMenu();
     void addHistory(QMenu *menu, bool isLeft);
     void buildViewMenu();
+    void addIgnoredFields(QMenu *menu);
     void buildCompareMenu();
     void buildWindowMenu();
 

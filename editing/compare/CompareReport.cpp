@@ -157,16 +157,22 @@ void writeJson(QTextStream &out, const FileDifference &difference, CompareKey ke
 
 } // namespace
 
+void writeReport(QTextStream &out, const QString &left, const QString &right,
+                 const FileDifference &difference, CompareKey key, ReportFormat format)
+{
+    if (format == ReportFormat::Json)
+        writeJson(out, difference, key);
+    else
+        TextReport(out, key).write(left, right, difference);
+}
+
 CompareResult compareFiles(const QString &left, const QString &right, CompareKey key, ReportFormat format,
                            QTextStream &out, Error *error)
 {
     const std::optional<FileDifference> difference = differenceOfFiles(left, right, key, error);
     if (!difference)
         return FilesUnreadable;
-    if (format == ReportFormat::Json)
-        writeJson(out, *difference, key);
-    else
-        TextReport(out, key).write(left, right, *difference);
+    writeReport(out, left, right, *difference, key, format);
     return difference->pairs.empty() ? FilesEqual : FilesDifferent;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/compare/CompareKeys.h"
+#include "editing/compare/RecordPairs.h"
 #include "platform/Error.h"
 
 #include <QString>
@@ -22,5 +23,9 @@ enum CompareResult : int { FilesEqual = 0, FilesDifferent = 1, FilesUnreadable =
 /// read.
 CompareResult compareFiles(const QString &left, const QString &right, CompareKey key, ReportFormat format,
                            QTextStream &out, Error *error = nullptr);
+
+/// Writes the same of records that are open; \a left and \a right stand where the paths do otherwise.
+void writeReport(QTextStream &out, const QString &left, const QString &right,
+                 const FileDifference &difference, CompareKey key, ReportFormat format);
 
 } // namespace runebook

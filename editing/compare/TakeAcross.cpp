@@ -1,6 +1,5 @@
 #include "editing/compare/TakeAcross.h"
 
-#include "editing/compare/ComparedFields.h"
 #include "editing/compare/RecordPairs.h"
 #include "model/FieldTable.h"
 #include "platform/UndoManager.h"
@@ -34,8 +33,9 @@ InfoPtr wholeCopyOf(const VXGlyphInfo &info)
 
 } // namespace
 
-TakeAcross::TakeAcross(const VXDocument &source, VXDocument &target, CompareKey key)
-    : m_source(source), m_target(target), m_key(key)
+TakeAcross::TakeAcross(const VXDocument &source, VXDocument &target, CompareKey key,
+                       const CompareOptions &options)
+    : m_source(source), m_target(target), m_key(key), m_options(options)
 {
 }
 
@@ -53,8 +53,11 @@ TakeAcross::Outcome TakeAcross::takeRecords(const InfoList &theirs, const InfoLi
         if (!pair.left || !pair.right)
             continue;
         bool isChanged = false;
-        for (const ComparedField *field : differingFields(*pair.left, *pair.right))
-            isChanged |= setField(*pair.right, *pair.left, field->field, outcome);
+        const FieldBits differing = differingBits(*pair.left, *pair.right, m_options);
+        for (const ComparedField &field : comparedFields()) {
+            if (differing & bitOf(field.field))
+                isChanged |= setField(*pair.right, *pair.left, field.field, outcome);
+        }
         outcome.changed += isChanged;
     }
     // In the order of the source: pairs come in that of the records given, which may be another one.
@@ -77,10 +80,8 @@ TakeAcross::Outcome TakeAcross::takeField(GlyphField field, const InfoList &thei
     for (const RecordPair &pair : differingPairs(theirs, ours, m_key)) {
         if (!pair.left || !pair.right)
             continue;
-        const auto differing = differingFields(*pair.left, *pair.right);
-        const bool differs = std::any_of(differing.begin(), differing.end(),
-                                         [field](const ComparedField *each) { return each->field == field; });
-        if (differs && setField(*pair.right, *pair.left, field, outcome))
+        const FieldBits differing = differingBits(*pair.left, *pair.right, m_options);
+        if ((differing & bitOf(field)) && setField(*pair.right, *pair.left, field, outcome))
             ++outcome.changed;
     }
     return outcome;

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "document/VXDocument.h"
-#include "editing/compare/CompareKeys.h"
+#include "editing/compare/CompareOptions.h"
+#include "model/CompareKey.h"
 #include "model/EditedValue.h"
 
 #include <vector>
@@ -24,11 +25,13 @@ public:
     };
 
     /// Both must stay as long as this.
-    TakeAcross(const VXDocument &source, VXDocument &target, CompareKey key);
+    TakeAcross(const VXDocument &source, VXDocument &target, CompareKey key,
+               const CompareOptions &options = {});
 
-    /// Takes every field of \a theirs, records of the source, into their counterparts among \a ours, records
-    /// of the target. Of several with the same key those that agree find each other first, the others pair up
-    /// in order. What has no counterpart is inserted behind the neighbour that it follows in the source.
+    /// Takes every field that differs of \a theirs, records of the source, into their counterparts among \a
+    /// ours, records of the target. Of several with the same key those that agree find each other first, the
+    /// others pair up in order. What has no counterpart is inserted behind the neighbour that it follows in
+    /// the source.
     Outcome takeRecords(const InfoList &theirs, const InfoList &ours);
     /// Takes one field, and inserts nothing.
     Outcome takeField(GlyphField field, const InfoList &theirs, const InfoList &ours);
@@ -48,6 +51,7 @@ private:
     const VXDocument &m_source;
     VXDocument &m_target;
     CompareKey m_key;
+    CompareOptions m_options; ///< what is overlooked is left as it is
 };
 
 /// The records whose key is one of \a keys, in the order of the list. Linear in both.

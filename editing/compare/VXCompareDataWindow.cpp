@@ -71,6 +71,10 @@ void VXCompareDataWindow::awakeFromNib()
     };
     Settings::kCompareKey.onChange(this, follow);
     Settings::kCompareMode.onChange(this, follow);
+    Settings::kComparesWithoutCase.onChange(this, follow);
+    Settings::kComparesWithoutSpaces.onChange(this, follow);
+    Settings::kComparesWithoutFields.onChange(this, follow);
+    Settings::kReportsComparisonsAsJson.onChange(this, [this] { showDefaults(); });
     m_workTimer.setSingleShot(true);
     connect(&m_workTimer, &QTimer::timeout, this, [this] { continueComparison(kBudget); });
     m_contentTimer.setSingleShot(true);
@@ -249,7 +253,10 @@ void VXCompareDataWindow::updateFilters()
     m_isListed = m_isCancelled = m_isStale = false;
     VXDocument *left = document(CompareSheet::Left);
     VXDocument *right = document(CompareSheet::Right);
+    m_foundKeys.clear();
+    m_differentFields.clear();
     if (!left || !right || left == right) {
+        showFieldCounts();
         showKeys({});
         showCounts();
         return;
@@ -259,7 +266,8 @@ void VXCompareDataWindow::updateFilters()
     right->flushChanges();
     m_isStale = false;
     m_comparedMode = mode();
-    m_comparison = std::make_unique<KeyComparison>(left->infos(), right->infos(), key(), m_comparedMode);
+    m_comparison =
+        std::make_unique<KeyComparison>(left->infos(), right->infos(), key(), m_comparedMode, options());
     continueComparison(m_patience);
 }
 
@@ -273,18 +281,23 @@ void VXCompareDataWindow::continueComparison(std::chrono::milliseconds budget)
             m_counts[static_cast<std::size_t>(each)] = m_comparison->keys(each).size();
     }
     showCounts();
-    const QStringList keys =
-        m_comparison->isDone(m_comparedMode) ? m_comparison->keys(m_comparedMode) : QStringList();
     const bool isNew = !m_isListed && m_comparison->isDone(m_comparedMode);
+    if (isNew) {
+        m_foundKeys = m_comparison->keys(m_comparedMode);
+        if (m_comparedMode == CompareMode::Different)
+            m_differentFields = m_comparison->differentFields();
+    }
     m_isListed |= isNew;
     if (isDone)
         m_comparison.reset();
     else
         m_workTimer.start(0);
-    if (isNew)
-        showKeys(keys);
-    else
+    if (isNew) {
+        showFieldCounts();
+        showKeys(keysToList());
+    } else {
         showState();
+    }
     if (isDone)
         pickMode();
 }
@@ -324,7 +337,7 @@ void VXCompareDataWindow::updateContent()
     const VXDocument *right = document(CompareSheet::Right);
     if (keys.size() > kManyKeys) {
         m_content = std::make_unique<CompareContent>(keys, key(), left ? &left->infos() : nullptr,
-                                                     right ? &right->infos() : nullptr);
+                                                     right ? &right->infos() : nullptr, options());
         continueContent(kBudget);
         return;
     }
@@ -333,7 +346,7 @@ void VXCompareDataWindow::updateContent()
     };
     m_leftInfoList.setContent(recordsOf(left));
     m_rightInfoList.setContent(recordsOf(right));
-    for (const FieldContent &field : contentOf(m_leftInfoList.infos(), m_rightInfoList.infos()))
+    for (const FieldContent &field : contentOf(m_leftInfoList.infos(), m_rightInfoList.infos(), options()))
         m_sheet->setContent(field);
     showState();
 }

@@ -63,6 +63,14 @@ public: // comparing
     Q_INVOKABLE void showDifferent();
     /// Folds fields that are the same on both sides away, or unfolds them; remembered.
     Q_INVOKABLE void toggleOnlyDifferences();
+    /// What is overlooked where records are compared; remembered.
+    runebook::CompareOptions options() const;
+    Q_INVOKABLE void toggleIgnoreCase();
+    Q_INVOKABLE void toggleIgnoreSpaces();
+    /// The field is named by its key.
+    Q_INVOKABLE void setFieldIgnored(const QString &key, bool isIgnored);
+    /// Lists only records that differ in a field, named by its key; in any for an empty text.
+    Q_INVOKABLE void filterByField(const QString &key);
     /// Shows the records of the selected keys and colours the captions. Those of very many keys are found in
     /// the background and appear later.
     Q_INVOKABLE void updateContent();
@@ -97,6 +105,18 @@ public: // taking: the target's records become like those of the other side, in 
     Q_INVOKABLE void redo();
     /// Saves both documents, if changed.
     Q_INVOKABLE void saveDocuments();
+
+public: // reports, as `runebook --compare` prints them
+    /// \a scope is "all" or "selected", \a format "text" or "json". Every field counts, whatever is
+    /// overlooked.
+    Q_INVOKABLE QString reportOfFormat(const QString &scope, const QString &format);
+    /// False, and the reason shown, when it cannot be written.
+    Q_INVOKABLE bool saveReportOfFormat(const QString &path, const QString &scope, const QString &format);
+    void toggleJsonReports();
+    void copyReport();
+    void copyReportOfSelected();
+    void askToSaveReport();
+    void askToSaveReportOfSelected();
 
 public: // copying: a copy is appended to the other document, nothing is replaced
     /// Copies the first record of the right pane into the left document.
@@ -176,6 +196,11 @@ private: // taking
     void listAnew(AfterChange after);
     std::optional<runebook::IndexSet> rowsAfterChange(const AfterChange &after,
                                                       const QStringList &keys) const;
+    QString overlooked() const;
+    std::optional<runebook::GlyphField> filteredField() const;
+    QStringList keysToList() const;
+    void showFieldCounts();
+    void askWhereToSave(const QString &scope);
     void stepInHistory(VXDocument *target, void (runebook::UndoManager::*step)());
 
 private: // what is shown
@@ -198,6 +223,8 @@ private: // what is shown
     std::unique_ptr<runebook::KeyComparison> m_comparison; ///< while it goes on
     std::unique_ptr<runebook::CompareContent> m_content; ///< while records of very many keys are found
     runebook::CompareMode m_comparedMode = runebook::CompareMode::OnlyRight;
+    QStringList m_foundKeys; ///< of the compared mode, listed or not
+    std::vector<runebook::FieldBits> m_differentFields; ///< of these keys
     std::array<qsizetype, runebook::kCompareModeCount> m_counts;
     std::chrono::milliseconds m_patience {60};
     QTimer m_workTimer;

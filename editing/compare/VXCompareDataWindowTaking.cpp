@@ -152,7 +152,7 @@ void VXCompareDataWindow::change(CompareSheet::Side side, Scope scope, const Tak
     const AfterChange after = placeAfter(scope, goOn);
     {
         const QScopedValueRollback working(m_isChanging, true);
-        TakeAcross across(*source, *target, key());
+        TakeAcross across(*source, *target, key(), options());
         outcome = take(across, records[otherSide(side)], records[side]);
         target->flushChanges();
     }

@@ -52,8 +52,9 @@ void VXCompareDataWindow::setUpLists()
     setUnifiedTitleAndToolBarOnMac(true);
     setContextMenuPolicy(Qt::NoContextMenu);
 
-    for (QLabel *label : {m_ui->onlyRightCount, m_ui->onlyLeftCount, m_ui->differentCount,
-                          m_ui->positionLabel, m_ui->staleLabel, m_ui->emptyLabel, m_ui->noteLabel})
+    for (QLabel *label :
+         {m_ui->onlyRightCount, m_ui->onlyLeftCount, m_ui->differentCount, m_ui->positionLabel,
+          m_ui->staleLabel, m_ui->emptyLabel, m_ui->noteLabel, m_ui->overlookedLabel})
         label->setTextFormat(Qt::PlainText);
     m_ui->splitter->setStretchFactor(0, 0);
     m_ui->splitter->setStretchFactor(1, 1);
@@ -72,6 +73,7 @@ void VXCompareDataWindow::setUpLists()
     }
     connect(m_ui->keyChooser, &QComboBox::activated, this,
             [](int key) { Settings::kCompareKey.set(static_cast<CompareKey>(key)); });
+    connect(m_ui->fieldFilter, &QComboBox::activated, this, [this] { showKeys(keysToList()); });
     connect(m_ui->onlyDifferencesBox, &QCheckBox::clicked, this, &VXCompareDataWindow::toggleOnlyDifferences);
     connect(m_ui->refreshButton, &QPushButton::clicked, this, &VXCompareDataWindow::updateFilters);
     connect(m_ui->cancelButton, &QPushButton::clicked, this, &VXCompareDataWindow::cancelComparison);
@@ -121,6 +123,11 @@ void VXCompareDataWindow::showDefaults()
     m_menus->action(CompareMenus::OnlyDifferences)->setChecked(isFolded);
     m_ui->onlyDifferencesBox->setChecked(isFolded);
     m_sheet->setOnlyDifferent(isFolded);
+    m_menus->action(CompareMenus::IgnoreCase)->setChecked(Settings::kComparesWithoutCase.value());
+    m_menus->action(CompareMenus::IgnoreSpaces)->setChecked(Settings::kComparesWithoutSpaces.value());
+    m_menus->action(CompareMenus::JsonReports)->setChecked(Settings::kReportsComparisonsAsJson.value());
+    m_ui->overlookedLabel->setText(overlooked());
+    m_ui->overlookedLabel->setVisible(!m_ui->overlookedLabel->text().isEmpty());
 }
 
 void VXCompareDataWindow::showCounts()
@@ -193,6 +200,13 @@ void VXCompareDataWindow::showActions()
     const auto isUnsaved = [](const VXDocument *document) {
         return document && document->isDocumentEdited() && !isOnlyToCompare(document);
     };
+    const bool isCompared = left && right && left != right;
+    const bool hasRecords = !m_leftInfoList.infos().empty() || !m_rightInfoList.infos().empty();
+    for (const CompareMenus::Command command : {CompareMenus::CopyReport, CompareMenus::SaveReport})
+        enable(command, isCompared);
+    for (const CompareMenus::Command command :
+         {CompareMenus::CopyReportOfSelected, CompareMenus::SaveReportOfSelected})
+        enable(command, isCompared && hasRecords);
     enable(CompareMenus::Save, isUnsaved(left) || isUnsaved(right));
     m_menus->showHistory(m_history.toUndo(left, right), m_history.toRedo(left, right));
     showTakeActions();
@@ -274,9 +288,9 @@ QString VXCompareDataWindow::note() const
     const InfoList &right = m_rightInfoList.infos();
     if (mode() != CompareMode::Different || left.size() != 1 || right.size() != 1)
         return {};
-    if (!differingFields(*left.front(), *right.front()).empty())
+    if (differingBits(*left.front(), *right.front(), options()) != 0)
         return {};
-    if (countAsEqual(left.front(), right.front()))
+    if (countAsEqual(left.front(), right.front(), options()))
         return tr("These records are equal now.");
     return tr(
         "These records agree in every field. They are listed because records without a description always "

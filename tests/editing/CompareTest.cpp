@@ -42,11 +42,31 @@ QStringList keysByRule(const InfoList &left, const InfoList &right, CompareKey k
     return keys;
 }
 
-QStringList keysOf(const InfoList &left, const InfoList &right, CompareKey key, CompareMode mode)
+QStringList keysOf(const InfoList &left, const InfoList &right, CompareKey key, CompareMode mode,
+                   const CompareOptions &options = {})
 {
-    KeyComparison comparison(left, right, key, mode);
+    KeyComparison comparison(left, right, key, mode, options);
     comparison.finish(mode);
     return comparison.keys(mode);
+}
+
+/// The records as they are when what is overlooked has been taken out of them.
+InfoList withoutOverlooked(const InfoList &infos, const CompareOptions &options)
+{
+    const auto seen = [&options](const QString &text, GlyphField field) {
+        QString rest = options.ignores(field) ? u"same"_s : text;
+        if (options.ignoresSpaces)
+            rest.remove(u' ');
+        return options.ignoresCase ? rest.toCaseFolded() : rest;
+    };
+    InfoList rest;
+    for (const InfoPtr &info : infos) {
+        rest.push_back(VXGlyphInfo::init());
+        rest.back()->takeValuesOf(*info);
+        rest.back()->setCategory(seen(info->category(), GlyphField::Category));
+        rest.back()->setDesc(seen(info->desc(), GlyphField::Desc));
+    }
+    return rest;
 }
 
 /// Makes lists that differ in every way two files can: records left out, added, repeated, edited, moved, with
@@ -62,7 +82,8 @@ public:
         QString line = u"name=\"g%1\" "_s.arg(roll(60));
         if (roll(3))
             line.prepend(u"unicode=\"%1\" "_s.arg(0x41 + roll(40), 4, 16, QChar(u'0')).toUpper());
-        line += u"category=\"%1\" "_s.arg(roll(2) ? u"Letter"_s : u"Mark"_s);
+        const QStringList categories {u"Letter"_s, u"letter"_s, u"Let ter"_s, u"Mark"_s};
+        line += u"category=\"%1\" "_s.arg(categories.at(roll(4)));
         if (roll(3) == 0)
             line += u"production=\"uni%1\" "_s.arg(roll(30));
         if (roll(4))
@@ -223,6 +244,15 @@ private Q_SLOTS:
             for (const CompareMode mode :
                  {CompareMode::OnlyRight, CompareMode::OnlyLeft, CompareMode::Different})
                 QCOMPARE(keysOf(left, right, key, mode), keysByRule(left, right, key, mode));
+        }
+        for (int overlooked = 1; overlooked < 16; ++overlooked) {
+            CompareOptions options {.ignoresCase = (overlooked & 1) != 0,
+                                    .ignoresSpaces = (overlooked & 2) != 0};
+            options.ignoredFields = (overlooked & 4 ? bitOf(GlyphField::Category) : 0)
+                | (overlooked & 8 ? bitOf(GlyphField::Desc) : 0);
+            QCOMPARE(keysOf(left, right, CompareKey::Name, CompareMode::Different, options),
+                     keysByRule(withoutOverlooked(left, options), withoutOverlooked(right, options),
+                                CompareKey::Name, CompareMode::Different));
         }
     }
 

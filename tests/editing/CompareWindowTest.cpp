@@ -1,3 +1,4 @@
+#include "editing/compare/CompareReport.h"
 #include "editing/compare/VXCompareDataWindow.h"
 #include "editing/fields/ErrorBubble.h"
 #include "tests/editing/Windows.h"
@@ -118,6 +119,8 @@ private Q_SLOTS:
     {
         setMode(0);
         setKey(0);
+        forget({"CompareOnlyDifferences", "CompareIgnoreCase", "CompareIgnoreSpaces", "CompareIgnoreFields",
+                "CompareReportJson"});
         m_window = std::make_unique<VXCompareDataWindow>();
     }
 
@@ -578,6 +581,99 @@ private Q_SLOTS:
         QCOMPARE(seen.join(u' '), u"Category Accents"_s);
         QTest::mouseClick(find<QCheckBox>("onlyDifferencesBox"), Qt::LeftButton, {}, QPoint(8, 8));
         QVERIFY(m_window->outlet(u"leftLableName"_s)->isVisible());
+    }
+
+    /// What is overlooked is not listed, not marked, and not taken; it is remembered, and the window says so.
+    void overlooks()
+    {
+        show({u"name=\"A\" category=\"Letter\" description=\"d\"\n"
+              "name=\"B\" category=\"x\" description=\"a b\"\nname=\"C\" script=\"s\" description=\"c\""_s,
+              u"name=\"A\" category=\"letter\" description=\"d\"\n"
+              "name=\"B\" category=\"X\" description=\"ab\"\nname=\"C\" script=\"t\" description=\"C\""_s},
+             2);
+        QCOMPARE(keys(), u"A B C"_s);
+        typeKeys(m_window.get(), u"<Ctrl+I>"_s);
+        QCOMPARE(keys(), u"B C"_s);
+        QCOMPARE(redCaptions(), u"Description"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Shift+I>"_s);
+        QCOMPARE(keys(), u"C"_s);
+        QMenu *fields = menuItem(u"View"_s, u"Ignore Fields"_s)->menu();
+        for (QAction *field : fields->actions()) {
+            if (field->text() == u"Script"_s)
+                field->trigger();
+        }
+        QCOMPARE(keys(), QString());
+        QCOMPARE(find<QLabel>("overlookedLabel")->text(), u"Overlooked: case, spaces, Script"_s);
+        QVERIFY(menuItem(u"View"_s, u"Ignore Case"_s)->isChecked());
+        const VXCompareDataWindow later;
+        QVERIFY(later.options() == m_window->options());
+        m_window->setFieldIgnored(u"script"_s, false);
+        m_window->takeRight();
+        QCOMPARE(m_documents.at(1)->infos().at(2)->script() + m_documents.at(1)->infos().at(2)->desc(),
+                 u"sC"_s);
+    }
+
+    /// How many records differ in each field, and only these.
+    void countsFields()
+    {
+        show({letters(4, u"category=\"x\" script=\"s\" description=\"d\""_s),
+              letters(3, u"category=\"y\" script=\"s\" description=\"d\""_s)
+                  + u"name=\"g3\" category=\"y\" script=\"t\" description=\"d\""_s},
+             2);
+        auto *filter = find<QComboBox>("fieldFilter");
+        const auto offers = [filter] {
+            QStringList texts;
+            for (int i = 0; i < filter->count(); ++i)
+                texts << filter->itemText(i);
+            return texts.join(u'|');
+        };
+        QCOMPARE(offers(), u"Any Field|Category  4|Script  1"_s);
+        filter->setFocus();
+        typeKeys(filter, u"<Down><Down>"_s);
+        QCOMPARE(keys(), u"g3"_s);
+        typeKeys(m_window.get(), u"<Alt+,>"_s);
+        QCOMPARE(m_documents.at(0)->infos().at(3)->category(), u"y"_s);
+        QCOMPARE(keys(), u"g3"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Shift+L>"_s);
+        QCOMPARE(offers(), u"Any Field|Category  3"_s);
+        QCOMPARE(keys(), u"g0 g1 g2"_s);
+        setMode(0);
+        QVERIFY(!find<QWidget>("fieldFilterRow")->isVisible());
+    }
+
+    /// Reports are what the command line prints.
+    void reports()
+    {
+        const QTemporaryDir folder;
+        open({kLeft, kRight});
+        for (VXDocument *document : std::as_const(m_documents)) {
+            const QString path = folder.filePath(document->displayName());
+            QVERIFY(document->saveToURLOfType(path, u"public.xml"_s));
+        }
+        setMode(2);
+        m_window->showWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        for (const QString &format : {u"text"_s, u"json"_s}) {
+            QString printed;
+            QTextStream out(&printed);
+            compareFiles(m_documents.at(0)->fileURL(), m_documents.at(1)->fileURL(), CompareKey::Name,
+                         format == u"json"_s ? ReportFormat::Json : ReportFormat::Text, out);
+            QVERIFY(printed.contains(u"breve"_s));
+            QCOMPARE(m_window->reportOfFormat(u"all"_s, format), printed);
+            typeKeys(m_window.get(), u"<Ctrl+Shift+T>"_s);
+            QCOMPARE(QApplication::clipboard()->text(), printed);
+            typeKeys(m_window.get(), u"<Ctrl+T>"_s);
+            QVERIFY(!QApplication::clipboard()->text().contains(QRegularExpression(u"Only|missing"_s)));
+            QVERIFY(QApplication::clipboard()->text().contains(u"breve"_s));
+            const QString path = folder.filePath(format);
+            QVERIFY(m_window->saveReportOfFormat(path, u"all"_s, format));
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(QString::fromUtf8(file.readAll()), printed);
+            typeKeys(m_window.get(), u"<Ctrl+J>"_s);
+        }
+        QVERIFY(!m_window->saveReportOfFormat(folder.filePath(u"none/report"_s), u"all"_s, u"text"_s));
+        answer(u"OK"_s);
     }
 
     /// It opens on differences of a kind that there is; what is chosen later stays, empty or not.
