@@ -1,5 +1,6 @@
 #include "document/GlyphDataReader.h"
 
+#include "document/ConflictMarkers.h"
 #include "document/GlyphDataWriter.h"
 #include "document/GlyphLines.h"
 #include "model/RoundTrip.h"
@@ -12,6 +13,7 @@
 
 #include <QCoreApplication>
 #include <QSet>
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <new>
@@ -67,6 +69,46 @@ void reportUnknown(ReadNotes &notes)
     VXGlyphInfo info;
     for (const auto &[key, value] : unknown)
         info.setValueForUndefinedKey(value, key);
+}
+
+/// Adds a note for each conflict that begins at one of the places \a markers, and one for each other line
+/// there that belongs to none.
+void noteConflicts(std::string_view text, const std::vector<qsizetype> &markers, const InfoList &infos,
+                   ReadNotes &notes)
+{
+    const std::vector<Conflict> conflicts = conflictsIn(text);
+    const auto isWithin = [&](const char *place) {
+        const auto next = std::upper_bound(
+            conflicts.begin(), conflicts.end(), place,
+            [](const char *at, const Conflict &conflict) { return at < conflict.whole.data(); });
+        return next != conflicts.begin()
+            && place < std::prev(next)->whole.data() + std::prev(next)->whole.size();
+    };
+    for (const qsizetype marker : markers) {
+        const std::string_view line =
+            text.substr(std::size_t(marker), text.find('\n', std::size_t(marker)) - std::size_t(marker));
+        const bool isBeginning = conflictMarker(line) == ConflictMarker::Ours;
+        if (!isBeginning && isWithin(line.data()))
+            continue;
+        const auto next = std::partition_point(infos.begin(), infos.end(), [marker](const InfoPtr &info) {
+            return info->lineOffset() < marker;
+        });
+        notes.add(isBeginning ? ReadNotes::Conflict : ReadNotes::ForeignLine, next - infos.begin(),
+                  FieldValue::textOfUtf8(line).trimmed(), marker);
+    }
+}
+
+/// Where lines of \a text begin that mark conflicts.
+std::vector<qsizetype> markersIn(std::string_view text)
+{
+    std::vector<qsizetype> markers;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t feed = std::min(text.find('\n', begin), text.size());
+        if (conflictMarker(text.substr(begin, feed - begin)) != ConflictMarker::None)
+            markers.push_back(qsizetype(begin));
+        begin = feed + 1;
+    }
+    return markers;
 }
 
 /// Adds a note for each record whose line is not in the program's form and would not come back as it is now
@@ -191,6 +233,8 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
     const std::size_t body = text.find("<glyph ");
     if (body == text.npos) {
         m_notes.hasForeignHeader = isForeignWithoutRecords(text);
+        if (hasConflictMarker(text))
+            noteConflicts(text, markersIn(text), {}, m_notes);
         return {};
     }
     const std::string_view header = text.substr(0, body);
@@ -204,6 +248,10 @@ InfoList GlyphDataReader::read(const QByteArray &utf8)
     });
     reportUnknown(lines.notes);
     m_notes.append(lines.notes, 0);
+    std::vector<qsizetype> markers = markersIn(header);
+    markers.insert(markers.end(), lines.markers.begin(), lines.markers.end());
+    if (!markers.empty())
+        noteConflicts(text, markers, lines.infos, m_notes);
     m_fileVersion = headerVersion ? headerVersion : lines.versionHint ? lines.versionHint : 2;
     doApart(utf8.size(), [&] { noteUnkept(lines.infos, m_fileVersion, m_notes); });
     std::string_view plainHeader = header;

@@ -1,5 +1,6 @@
 #include "document/GlyphLines.h"
 
+#include "document/ConflictMarkers.h"
 #include "model/GlyphLineReader.h"
 #include "platform/ParallelParts.h"
 
@@ -30,6 +31,7 @@ public:
 
     InfoList infos;
     ReadNotes notes;
+    std::vector<qsizetype> markers;
     bool endsInComment = false;
 
 private:
@@ -68,7 +70,9 @@ void Stretch::readLine(qsizetype begin, qsizetype end)
             infos.reserve(static_cast<std::size_t>((m_end - begin) / (end + 1 - begin)) + 16);
         infos.push_back(std::move(info));
     } else if (const std::string_view foreign = m_reader.lastPiece();
-               !foreign.empty() && foreign != kEndOfList) {
+               conflictMarker(foreign) != ConflictMarker::None) {
+        markers.push_back(foreign.data() - m_source->data());
+    } else if (!foreign.empty() && foreign != kEndOfList) {
         notes.add(ReadNotes::ForeignLine, static_cast<qsizetype>(infos.size()),
                   QString::fromUtf8(foreign.data(), qMin<qsizetype>(std::ssize(foreign), 400)), begin);
     }
@@ -103,6 +107,7 @@ GlyphLines joined(const Stretches &stretches)
     for (const auto &stretch : stretches) {
         lines.notes.append(stretch->notes, static_cast<qsizetype>(lines.infos.size()));
         std::move(stretch->infos.begin(), stretch->infos.end(), std::back_inserter(lines.infos));
+        lines.markers.insert(lines.markers.end(), stretch->markers.begin(), stretch->markers.end());
         if (stretch->versionHint())
             lines.versionHint = stretch->versionHint();
     }

@@ -12,6 +12,8 @@ struct GlyphLines {
     InfoList infos;
     ReadNotes notes;
     quint8 versionHint = 0; ///< as GlyphLineReader tells it
+    /// Where lines begin that mark conflicts, or look as if they did; they are not among the notes.
+    std::vector<qsizetype> markers;
 };
 
 /// Reads the lines of \a utf8 from \a begin on; a large file is read by several threads at the same time.

@@ -19,6 +19,13 @@ struct Sentence {
 
 // The kinds in the order in which their loss hurts.
 constexpr Sentence kSentences[] = {
+    {ReadNotes::Conflict,
+     QT_TRANSLATE_NOOP(
+         "SavingChanges",
+         "One conflict is not resolved: its markers are left out, and all its sides stay as records."),
+     QT_TRANSLATE_NOOP(
+         "SavingChanges",
+         "%1 conflicts are not resolved: their markers are left out, and all sides stay as records.")},
     {ReadNotes::ForeignLine,
      QT_TRANSLATE_NOOP("SavingChanges", "One line that is no glyph, such as a comment, is left out."),
      QT_TRANSLATE_NOOP("SavingChanges", "%1 lines that are no glyphs, such as comments, are left out.")},

@@ -18,6 +18,7 @@ struct ReadNotes {
         ForeignLine, ///< a line that is no glyph line
         OtherMeaning, ///< a line that an XML reader takes for something else than what a save will print for
                       ///< it
+        Conflict, ///< what two sides did differently, between markers; both sides are records
         KindCount
     };
     struct Note {

@@ -70,6 +70,10 @@ constexpr std::array<Words, kProblemKindCount> kWords {{
      QT_TRANSLATE_NOOP("Problems",
                        "Lines that other programs take for something else than what is read here and written "
                        "when the file is saved.")},
+    {"conflict", QT_TRANSLATE_NOOP("Problems", "Unresolved conflicts"),
+     QT_TRANSLATE_NOOP(
+         "Problems",
+         "What two sides of a merge did differently. All sides are records until one is chosen.")},
     {"file-form", QT_TRANSLATE_NOOP("Problems", "The file itself"),
      QT_TRANSLATE_NOOP("Problems", "What saving changes in the file as a whole.")},
 }};

@@ -33,6 +33,7 @@ enum class ProblemKind : quint8 {
     DroppedAttribute,
     ForeignLine,
     OtherMeaning, ///< a line that another program takes for something else
+    Conflict, ///< what two sides did differently, not yet resolved
     FileForm, ///< the file as a whole
 };
 

@@ -32,6 +32,8 @@ std::optional<ProblemKind> kindOfNote(ReadNotes::Kind kind)
         return ProblemKind::ForeignLine;
     case ReadNotes::OtherMeaning:
         return ProblemKind::OtherMeaning;
+    case ReadNotes::Conflict:
+        return ProblemKind::Conflict;
     case ReadNotes::CodePoints:
     case ReadNotes::KindCount:
         break;

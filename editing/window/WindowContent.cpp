@@ -23,6 +23,7 @@
 #include "platform/UndoManager.h"
 #include "platform/documents/DocumentController.h"
 
+#include <QLocale>
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolBar>
@@ -212,6 +213,15 @@ void WindowContent::updateTitle()
 void WindowContent::showReadError()
 {
     const Error &error = m_document.readError();
+    const qsizetype conflicts = m_document.readNotes().count(ReadNotes::Conflict);
+    if (conflicts > 0) {
+        const QString number = QLocale().toString(conflicts);
+        m_messages->showMessage(
+            conflicts == 1
+                ? tr("This file has one unresolved conflict. All its sides are records here.")
+                : tr("This file has %1 unresolved conflicts. All their sides are records here.").arg(number),
+            MessageBar::Stay::UntilClosed);
+    }
     if (error.domain.isEmpty())
         return;
     m_messages->showMessage(tr("The file could not be read, so the document is empty.") + u'\n'

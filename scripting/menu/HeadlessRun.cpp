@@ -60,6 +60,11 @@ Document *open(const QString &path, Error *error)
             *error = document->readError();
         return nullptr;
     }
+    if (const qsizetype conflicts = document->readNotes().count(ReadNotes::Conflict); conflicts > 0) {
+        fail(error,
+             {u"OpenError"_s, 4, Texts::tr("It has unresolved conflicts: %1.").arg(conflicts), {}, {}});
+        return nullptr;
+    }
     document->setFileType(type);
     document->setFileURL(path);
     document->noteFileRead(document->readState());

@@ -125,6 +125,26 @@ private Q_SLOTS:
         QCOMPARE(contentOf(ours), merged);
     }
 
+    void conflictsStopWhatHasNoWindow()
+    {
+        const QTemporaryDir folder;
+        const QByteArray text = "<glyphData format=\"2\">\n\t<glyph name=\"a\" />\n<<<<<<< ours: a.xml\n"
+                                "\t<glyph name=\"b\" />\n=======\n\t<glyph name=\"c\" />\n"
+                                ">>>>>>> theirs: a.xml\n</glyphData>\n";
+        const QString file = write(folder.filePath(u"a.xml"_s), text);
+        const Outcome checked = run({u"--check"_s, file});
+        QCOMPARE(checked.status, 1);
+        QVERIFY2(checked.output.contains(file + ":3: conflict: b: "_L1)
+                     && !checked.output.contains("foreign-line"_L1),
+                 qPrintable(checked.output));
+        const Outcome merged = run({u"--merge"_s, file, file, file});
+        QCOMPARE(merged.status, 2);
+        const Outcome script = run({u"--eval"_s, u"Doc.infos()[0].setName_('x')"_s, u"--save"_s, file});
+        QCOMPARE(script.status, 2);
+        QVERIFY2(script.errors.contains("conflicts"_L1), qPrintable(script.errors));
+        QCOMPARE(contentOf(file), text);
+    }
+
     // isBeside: or in the user's data folder
     // isSame: a save that had ended all but for this file
     TABLE(stopsAtRescueFiles, (QStringList mode, bool isBeside, bool isSame), {

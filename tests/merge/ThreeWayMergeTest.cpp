@@ -2,6 +2,8 @@
 #include "document/ConflictMarkers.h"
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
+#include "document/VXDocument.h"
+#include "merge/ConflictBlocks.h"
 #include "merge/LineMerge.h"
 #include "merge/MergeReport.h"
 #include "merge/MergedText.h"
@@ -216,19 +218,6 @@ QStringList conflictsOf(const ThreeWayMerge &merge)
     return conflicts;
 }
 
-/// Every conflict of a text replaced by what our side has.
-QByteArray withOurSides(const QByteArray &text)
-{
-    QByteArray resolved;
-    const char *next = text.constData();
-    for (const Conflict &conflict : conflictsIn({text.constData(), std::size_t(text.size())})) {
-        resolved.append(next, conflict.whole.data() - next);
-        resolved.append(conflict.ours.data(), qsizetype(conflict.ours.size()));
-        next = conflict.whole.data() + conflict.whole.size();
-    }
-    return resolved + QByteArray(next, text.constData() + text.size() - next);
-}
-
 QSet<QString> entriesOf(const Model::Record &record, const QString &key)
 {
     const QStringList entries = record.value(key).split(kListSeparator, Qt::SkipEmptyParts);
@@ -242,8 +231,12 @@ QString objection(const Model &base, const Model &ours, const Model &theirs)
     MergeOptions preferring;
     preferring.prefer = MergeSide::Ours;
     const QByteArray text = merged(base.file(), ours.file(), theirs.file(), preferring);
-    if (withOurSides(textOf(*merge)) != text)
+    const QByteArray marked = textOf(*merge);
+    const auto sides = sidesOfConflicts(marked);
+    if (sides[1] != text)
         return u"our sides are not what is preferred"_s;
+    if (merged(sides[0], sides[1], sides[2]) != marked)
+        return u"the sides of the conflicts do not give them again"_s;
     const Model result = readBack(text);
     const QStringList conflicts = conflictsOf(*merge);
     QStringList expected;
@@ -407,6 +400,47 @@ private Q_SLOTS:
     {
         QCOMPARE(QString::fromUtf8(merged(fileOf(u"A"_s), fileOf(u"A=x"_s), theirs)),
                  "refused: "_L1 + reason);
+    }
+
+    /// notes: the lines that readers tell of, and what they take them for
+    TABLE(readersTellOfConflicts, (const QString &lines, const QString &records, const QString &notes), {
+        row("none", "A|B", "A B", "");
+        row("one", "A|<<<<<<< ours: x|B|||||||| base: x|B|=======|B|>>>>>>> theirs: x|C", "A B B B C",
+            "conflict 1");
+        row("at the beginning", "<<<<<<< ours|A|=======|>>>>>>> theirs|B", "A B", "conflict 0");
+        row("without records", "<<<<<<< ours|=======|>>>>>>> theirs", "", "conflict 0");
+        row("two", "<<<<<<<|A|=======|B|>>>>>>>|C|<<<<<<<|=======|D|>>>>>>>", "A B C D",
+            "conflict 0, conflict 3");
+        row("long markers", "<<<<<<<<<|A|=======|=========|B|>>>>>>>>>", "A B", "conflict 0");
+        row("without an end", "A|<<<<<<< ours|B|=======|C", "A B C", "conflict 1, line 2");
+        row("without a beginning", "A|=======|B|>>>>>>> theirs", "A B", "line 1, line 2");
+        row("in a comment", "A|<!--|<<<<<<< ours|B|=======|>>>>>>> theirs|-->|C", "A C", "line 1");
+    })
+    {
+        QByteArray text = "<glyphData format=\"2\">\n";
+        QString all = lines;
+        all.replace("||||||||"_L1, "|BASE"_L1);
+        for (const QString &line : all.split(u'|')) {
+            const bool isRecord = line.size() == 1;
+            text += isRecord ? "\t<glyph name=\"" + line.toUtf8() + "\" />\n"
+                             : line.toUtf8().replace("BASE", "|||||||") + '\n';
+        }
+        GlyphDataReader reader;
+        QStringList names;
+        for (const InfoPtr &info : reader.read(text + "</glyphData>\n"))
+            names << info->name();
+        QCOMPARE(names.join(u' '), records);
+        QStringList told;
+        for (const ReadNotes::Note &note : reader.notes().notes) {
+            told << (note.kind == ReadNotes::Conflict ? u"conflict %1"_s : u"line %1"_s).arg(note.record);
+            QVERIFY(text.mid(note.offset).startsWith(note.text.toUtf8()));
+        }
+        QCOMPARE(told.join(", "_L1), notes);
+        QCOMPARE(reader.notes().count(ReadNotes::Conflict), told.filter(u"conflict"_s).size());
+        // Whoever is asked before a save hears of it first.
+        VXDocument document;
+        QVERIFY(document.readFromData(text + "</glyphData>\n", u"public.xml"_s));
+        QCOMPARE(document.savingWillChange().value(0).contains("conflict"_L1), notes.contains("conflict"_L1));
     }
 
     void linesThatHoldMoreAreNeverTakenApart()
