@@ -16,7 +16,8 @@ std::function<void()> takeOffer(VXDocument &document, const InfoList &infos, Gly
         if (!guarded)
             return;
         for (const InfoPtr &info : infos) {
-            if (info->document() == guarded)
+            // One that was taken out knows its document still, for undoing.
+            if (info->document() == guarded && info->listings() > 0)
                 setFieldFromText(*guarded, {info}, field, form(*info));
         }
         guarded->flushChanges();

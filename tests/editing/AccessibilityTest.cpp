@@ -151,15 +151,6 @@ private Q_SLOTS:
         QCOMPARE(spoken(), u"Case"_s);
     }
 
-    void findAndReplace()
-    {
-        VXFindReplaceWindowController panel;
-        panel.setSelectedInfos(m_left.infos());
-        panel.show();
-        QVERIFY(QTest::qWaitForWindowActive(&panel));
-        QCOMPARE(faultsOf(panel).join(u'\n'), QString());
-    }
-
     void compareWindow()
     {
         controller().addDocument(&m_left);

@@ -200,15 +200,6 @@ private Q_SLOTS:
             FailingDevice broken(bytes, good);
             QVERIFY(!linesNotInCommon(whole, broken));
         }
-        QBuffer one;
-        QBuffer other;
-        one.setData(bytes);
-        other.setData(bytes);
-        one.open(QIODevice::ReadOnly);
-        other.open(QIODevice::ReadOnly);
-        const auto lines20000 = linesNotInCommon(one, other);
-        QVERIFY(lines20000);
-        QCOMPARE(lines20000->common, 20'000);
     }
 
     void tables()
@@ -235,17 +226,19 @@ private Q_SLOTS:
         const QString right =
             write(u"right.xml"_s,
                   fileOf({glyph(u"name=\"A\" category=\"Mark\" description=\"%1\""_s.arg(QString(60, u'e'))),
-                          glyph(u"name=\"same\""_s), glyph(u"name=\"new\u001B[31m\u202E\""_s)}));
+                          glyph(u"name=\"same\""_s), glyph(u"name=\"new\u001B[31m\u202E\""_s),
+                          glyph(u"name=\"more\""_s)}));
         QString text;
         QCOMPARE(report(left, right, &text), 1);
         QString expected = u"- LEFT  (3 glyphs)\n"
-                           "+ RIGHT  (3 glyphs)\n"
+                           "+ RIGHT  (4 glyphs)\n"
                            "\n"
                            "Only left:\n"
                            "  - gone\n"
                            "\n"
                            "Only right:\n"
                            "  + new\\u{001b}[31m\\u{202e}\n"
+                           "  + more\n"
                            "\n"
                            "Different:\n"
                            "  A\n"
@@ -254,7 +247,7 @@ private Q_SLOTS:
                            "        - DDD\n"
                            "        + EEE\n"
                            "\n"
-                           "1 only left, 1 only right, 1 different\n"_s;
+                           "1 only left, 2 only right, 1 different\n"_s;
         expected.replace(u"LEFT"_s, left).replace(u"RIGHT"_s, right);
         expected.replace(u"DDD"_s, QString(60, u'd')).replace(u"EEE"_s, QString(60, u'e'));
         QCOMPARE(text, expected);

@@ -177,8 +177,6 @@ private Q_SLOTS:
                   {u"A"_s, u"A"_s});
               row("without the key: skipped", a + u"unicode=\"0042\" name=\"B\" description=\"d\""_s, b, 1,
                   none, {u"0042"_s}, none);
-              row("by production", "name=\"A\" production=\"x\" description=\"d\"",
-                  "name=\"A\" production=\"y\" description=\"d\"", 2, {u"y"_s}, {u"x"_s}, none);
           })
     {
         const InfoList leftInfos = recordsOf(left);
@@ -187,25 +185,6 @@ private Q_SLOTS:
         QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::OnlyRight), onlyRight);
         QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::OnlyLeft), onlyLeft);
         QCOMPARE(keysOf(leftInfos, rightInfos, compareKey, CompareMode::Different), different);
-    }
-
-    void recordsOfKeys()
-    {
-        const InfoList infos =
-            recordsOf(u"unicode=\"0041\" name=\"A\"\nname=\"B\"\nunicode=\"0042\" name=\"C\"\n"
-                      "unicode=\"0041\" name=\"D\""_s);
-        const auto names = [&](CompareKey key, const QStringList &keys) {
-            QString joined;
-            CompareContent content(keys, key, nullptr, &infos);
-            while (!content.runFor(std::chrono::milliseconds(0))) { }
-            for (const InfoPtr &info : content.right())
-                joined += info->name();
-            return joined;
-        };
-        QCOMPARE(names(CompareKey::Name, {}), QString());
-        QCOMPARE(names(CompareKey::Name, {u"C"_s, u"A"_s, u"X"_s, u"A"_s}), u"AC"_s);
-        QCOMPARE(names(CompareKey::Unicode, {u"0041"_s}), u"AD"_s);
-        QCOMPARE(names(CompareKey::Production, {u"A"_s}), QString());
     }
 
     /// What was read and then edited is compared by its fields, not by the line that it once was.
@@ -334,36 +313,6 @@ private Q_SLOTS:
         QCOMPARE(right->infos()[1]->category() + right->infos()[2]->script(), u"xt"_s);
     }
 
-    /// A comparison that is done a bit at a time tells how far it is and comes to the same end.
-    void inSteps()
-    {
-        QStringList lines;
-        for (int i = 0; i < 20'000; ++i)
-            lines << u"name=\"g%1\" description=\"d\""_s.arg(i);
-        const InfoList left = recordsOf(lines.join(u'\n'));
-        lines[10'000] = u"name=\"g10000\" description=\"e\""_s;
-        lines[10'001] = u"name=\"new\" description=\"d\""_s;
-        const InfoList right = recordsOf(lines.join(u'\n'));
-
-        KeyComparison comparison(left, right, CompareKey::Name, CompareMode::Different);
-        QCOMPARE(comparison.progress(), 0.0);
-        int steps = 0;
-        double last = 0;
-        while (!comparison.isDone(CompareMode::Different)) {
-            QVERIFY(!comparison.isDone(CompareMode::OnlyRight));
-            comparison.runFor(std::chrono::milliseconds(0));
-            QVERIFY(comparison.progress() > last);
-            last = comparison.progress();
-            ++steps;
-        }
-        QVERIFY(steps > 5);
-        QCOMPARE(last, 1.0);
-        QCOMPARE(comparison.keys(CompareMode::Different), QStringList(u"g10000"_s));
-        while (!comparison.runFor(std::chrono::milliseconds(0))) { }
-        QCOMPARE(comparison.keys(CompareMode::OnlyRight), QStringList(u"new"_s));
-        QCOMPARE(comparison.keys(CompareMode::OnlyLeft), QStringList(u"g10001"_s));
-    }
-
     TABLE(parts, (const QString &left, const QString &right), {
         row("equal", "acute, grave", "acute, grave");
         row("both empty", "", "");
@@ -405,39 +354,6 @@ private Q_SLOTS:
             if (left == right)
                 QVERIFY(difference.left.empty() && difference.right.empty());
         }
-    }
-
-    TABLE(valueSets, (const QString &left, const QString &right, const QString &key, bool differ), {
-        const QString none;
-        row("both missing", none, none, "name", false);
-        row("left missing", none, "name=\"A\"", "name", true);
-        row("right missing", "name=\"A\"", none, "name", true);
-        row("right missing, left without value", "name=\"A\"", none, "script", false);
-        row("equal", "name=\"A\"", "name=\"A\"", "name", false);
-        row("different", "name=\"A\"", "name=\"B\"", "name", true);
-        row("absent against present", "name=\"A\"", "name=\"A\" script=\"latin\"", "script", true);
-        row("absent against empty", "name=\"A\"", "name=\"A\" script=\"\"", "script", false);
-        row("sets in another order", "name=\"A\"\nname=\"B\"", "name=\"B\"\nname=\"A\"", "name", false);
-        row("how often does not count", "name=\"A\"\nname=\"A\"", "name=\"A\"", "name", false);
-        row("one more on the left", "name=\"A\"\nname=\"B\"", "name=\"A\"", "name", true);
-        row("one more on the right", "name=\"A\"", "name=\"A\"\nname=\"B\"", "name", true);
-        row("lists", "name=\"A\" altNames=\"a, b\"", "name=\"A\" altNames=\"b, a\"", "altNames", true);
-        row("case", "name=\"A\" case=\"upper\"", "name=\"A\"", "case", true);
-        row("direction", "name=\"A\" direction=\"RTL\"", "name=\"A\" direction=\"RTL\"", "direction", false);
-    })
-    {
-        QCOMPARE(valuesDiffer(recordsOf(left), recordsOf(right), *fieldForKey(key)), differ);
-    }
-
-    /// Lists count by their entries, however they came to be kept.
-    void lists()
-    {
-        const InfoPtr read = recordsOf(u"name=\"A\" altNames=\"a, b\""_s).front();
-        const InfoPtr set = VXGlyphInfo::init();
-        set->setAltNames(QStringList {u"a"_s, u"b"_s});
-        QVERIFY(!valuesDiffer({read}, {set}, GlyphField::AltNames));
-        set->setAltNames(QStringList {u"a, b"_s});
-        QVERIFY(valuesDiffer({read}, {set}, GlyphField::AltNames));
     }
 
     /// Every field that files keep, the ones that the records' own equality overlooks included.

@@ -4,7 +4,6 @@
 #include "tests/editing/Windows.h"
 
 #include <QAbstractItemModelTester>
-#include <QSignalSpy>
 
 using namespace runebook;
 
@@ -134,42 +133,11 @@ private Q_SLOTS:
         QCOMPARE(controller().documentList().size(), 0);
     }
 
-    void outlets()
-    {
-        QCOMPARE(m_window->windowTitle(), u"Compare"_s);
-        QVERIFY(m_window->hasObservers());
-        for (const ComparedField &field : comparedFields()) {
-            for (const QString &side : {u"leftLable"_s, u"rightLable"_s})
-                QVERIFY2(m_window->outlet(side + QString::fromLatin1(field.name)), field.name);
-        }
-        auto *cells = qobject_cast<ChoiceCells *>(m_window->outlet(u"leftLableCase"_s));
-        QVERIFY(cells);
-        QCOMPARE(cells->titles().size(), 6);
-        QCOMPARE(qobject_cast<ChoiceCells *>(m_window->outlet(u"rightLableDirection"_s))->titles().size(), 6);
-        // Reached by name, as scripts do.
-        QObject *list = nullptr;
-        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "showWindow"));
-        runebook::DocumentChoice *choice = nullptr;
-        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "leftDocList",
-                                          Q_RETURN_ARG(runebook::DocumentChoice *, choice)));
-        list = choice;
-        QCOMPARE(list->property("selectionIndex").toInt(), -1);
-    }
-
-    void listModels()
-    {
-        open({kLeft, kRight});
-        const QAbstractItemModelTester left(m_window->leftDocList());
-        const QAbstractItemModelTester keyTester(m_window->filteredKeys());
-        m_window->showWindow();
-        setMode(2);
-        setMode(1);
-        QCOMPARE(keys(), u"C"_s);
-    }
-
     void modesAndKeys()
     {
         show({kLeft, kRight});
+        const QAbstractItemModelTester documents(m_window->leftDocList()),
+            shownKeys(m_window->filteredKeys());
         QCOMPARE(m_window->leftDocList()->selectionIndex(), 0);
         QCOMPARE(m_window->rightDocList()->selectionIndex(), 1);
         QCOMPARE(keys(), u"D"_s);
@@ -335,22 +303,6 @@ private Q_SLOTS:
         QCOMPARE(m_window->rightInfoList()->arrangedObjects(), m_documents.at(1)->infos());
         QCOMPARE(valueOf(CompareSheet::Left, u"Name"_s), u"g0\ng1\ng2\ng3\ng4\n… and more"_s);
         QCOMPARE(valueOf(CompareSheet::Right, u"Category"_s), u"y"_s);
-        QCOMPARE(redCaptions(), u"Category"_s);
-    }
-
-    void colours()
-    {
-        const InfoList a = recordsOf(u"name=\"A\" category=\"Letter\""_s);
-        const InfoList b = recordsOf(u"name=\"A\" category=\"Mark\""_s);
-        const QColor normal = m_window->colorForValuesOthersKey(a, b, u"name"_s);
-        const QColor red = m_window->colorForValuesOthersKey(a, b, u"category"_s);
-        QCOMPARE(normal, m_window->palette().color(QPalette::WindowText));
-        QVERIFY(red.red() > 150 && red.green() < 120 && red.blue() < 120);
-        QCOMPARE(m_window->colorForValuesOthersKey({}, {}, u"name"_s), normal);
-        QCOMPARE(m_window->colorForValuesOthersKey(a, {}, u"name"_s), red);
-        // The pairing of the accents' captions with the marks: "accents" names no field.
-        QCOMPARE(m_window->colorForValuesOthersKey(a, b, u"accents"_s), normal);
-        m_window->markDifferentValuesOthers(a, b);
         QCOMPARE(redCaptions(), u"Category"_s);
     }
 
@@ -842,13 +794,6 @@ private Q_SLOTS:
         QCOMPARE(order,
                  QStringList({u"leftDocuments"_s, u"rightDocuments"_s, u"onlyRightButton"_s, u"keyChooser"_s,
                               u"keyView"_s}));
-        for (QWidget *widget : m_window->findChildren<QWidget *>()) {
-            const bool isReached = widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus);
-            const bool isNamed =
-                !widget->accessibleName().isEmpty() || qobject_cast<QAbstractButton *>(widget);
-            QVERIFY2(!isReached || isNamed || widget->objectName() == u"keyChooser"_s,
-                     qPrintable(widget->objectName()));
-        }
     }
 };
 

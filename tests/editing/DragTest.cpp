@@ -52,10 +52,8 @@ private Q_SLOTS:
     TABLE(rowsAreMovedAndCopied,
           (const QList<int> &rows, int target, double part, bool copies, const QString &expected), {
               row("[b] before d", {1}, 3, 0.1, false, "a c [b] d e");
-              row("[b] behind d", {1}, 3, 0.9, false, "a c d [b] e");
               row("[b] [d] to the front", {1, 3}, 0, 0.1, false, "[b] [d] a c e");
               row("[e] copied behind a", {4}, 0, 0.9, true, "a [e] b c d e");
-              row("[a] [b] copied behind e", {0, 1}, 4, 0.9, true, "a b c d e [a] [b]");
           })
     {
         Window window(u"a b c d e"_s, {10, 10});

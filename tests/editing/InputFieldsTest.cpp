@@ -99,17 +99,6 @@ class InputFieldsTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void formatterShowsValues()
-    {
-        const VXUnicodeFormatter formatter;
-        QCOMPARE(formatter.stringForObjectValue(u"00e9"_s), u"00E9"_s);
-        QCOMPARE(formatter.stringForObjectValue(QStringList {u"e9"_s, u"1f600"_s}), u"E9, 1F600"_s);
-        QCOMPARE(formatter.stringForObjectValue(QVariantList {u"e9"_s, u"41"_s}), u"E9, 41"_s);
-        QCOMPARE(formatter.stringForObjectValue(12), u"12"_s);
-        QVariant value;
-        QVERIFY(formatter.getObjectValueForStringErrorDescription(&value, u"xyz"_s));
-        QCOMPARE(value.toString(), u"xyz"_s);
-    }
 
     TABLE(formatterRefusesKeys, (const QString &typed, const QString &kept, const QString &message), {
         const QString digits = u"Only Numbers from 0–9 and letters from A-F are allowed"_s;
@@ -304,16 +293,6 @@ private Q_SLOTS:
         QVERIFY(completer && completer->popup()->isVisible());
         typeKeys(completer->popup(), u"<Down><Return>"_s);
         QCOMPARE(stage.field->text(), u"x, abc.alt"_s);
-    }
-
-    TABLE(normalizesTokens, (const QStringList &tokens, const QStringList &kept), {
-        row("short ones get zeros", {u"e9"_s, u"9"_s, u"abc"_s}, {u"00E9"_s, u"0009"_s, u"0ABC"_s});
-        row("long ones stay long", {u"1f600"_s, u"0000041"_s}, {u"1F600"_s, u"0000041"_s});
-        row("no digits", {u"00g1"_s, u"41"_s, u"U+41"_s, u"é"_s}, {u"0041"_s});
-        row("empty passes", {u""_s}, {u""_s});
-    })
-    {
-        QCOMPARE(normalizedCodePointTokens(tokens), kept);
     }
 
     // committed: "-": nothing

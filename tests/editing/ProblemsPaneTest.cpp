@@ -144,6 +144,11 @@ private Q_SLOTS:
         undo();
         QCOMPARE(info(4)->unicode(), u"45"_s);
         QVERIFY(!m_document->isDocumentEdited());
+        pane()->kinds()->setCurrentItem(pane()->kinds()->topLevelItem(0)); // of several kinds at once
+        QTRY_COMPARE(pane()->table()->model()->rowCount(), 6);
+        pane()->table()->selectAll();
+        QTest::mouseClick(button(pane(), u"Fix Selected"_s), Qt::LeftButton);
+        QCOMPARE(m_document->undoManager()->stack()->undoText(), u"Fix Problems (Records: 2)"_s);
     }
 
     void paneAndItsHeightAreRemembered()

@@ -62,9 +62,11 @@ private Q_SLOTS:
         const auto choose = [list](const QString &name) {
             list->setCurrentItem(list->findItems(name, Qt::MatchExactly).value(0));
         };
+        QVERIFY(list->selectedItems().size() <= 1);
         choose(u"Untitled"_s);
         QVERIFY(!button(&panel, u"Compare with File"_s)->isEnabled());
         choose(u"a.xml"_s);
+        QVERIFY(list->currentItem()->toolTip(0).contains("a.xml"_L1));
         button(&panel, u"Compare with File"_s)->click();
         QCOMPARE(controller().documentList().size(), 2);
         VXCompareDataWindow *compare = nullptr;

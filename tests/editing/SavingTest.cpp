@@ -402,6 +402,13 @@ private Q_SLOTS:
                 document->undoManager()->undo();
             document->flushChanges();
         }
+        if (offer.isEmpty())
+            return;
+        auto &model = *window->infolistController();
+        model.setData(model.index(0, columnOfField(GlyphField::SortName)), typed, Qt::EditRole);
+        document->removeInfo(info); // an offer for what is gone
+        QTest::mouseClick(button(window->findChild<MessageBar *>(), offer), Qt::LeftButton);
+        QCOMPARE(info->sortName(), kept);
     }
 
     void tellsOfAThirdCodePointOnce()

@@ -298,6 +298,8 @@ private Q_SLOTS:
         int slices = 1;
         for (; !searched.columns.prepare(*predicate, 0); ++slices) {
             QVERIFY(slices < 1000);
+            if (slices == 2) // in front of what is prepared already
+                searched.document.insertObjectInInfosAtIndex(randomInfo(dice), 0);
             searched.document.objectInInfosAtIndex(slices)->setName(u"alpha"_s);
             searched.document.objectInInfosAtIndex(2999 - slices)->setName(u"beta"_s);
             searched.document.flushChanges();

@@ -99,27 +99,29 @@ private Q_SLOTS:
     }
     void cleanup() { m_window.reset(); }
 
-    void tellsOfEveryKeystroke()
+    // searches: how often the window is told; keysLeft: what it gets itself
+    TABLE(tellsOfEveryKeystroke,
+          (const QString &keys, const QString &text, int searches, const QString &keysLeft), {
+              row("characters like others", "ab?", "ab?", 3, "");
+              row("Backspace", "ab<Backspace><Left>", "a", 3, "");
+              row("Escape clears", "ab<Esc>", "", 3, "");
+              row("the window may want the second", "ab<Esc><Esc>", "", 3, "\x1b");
+              row("down to the table", "ab<Down>", "ab", 2, "");
+          })
     {
-        QTest::keyClicks(field(), u"ab?"_s); // which is a character like others
-        QCOMPARE(m_window->searches.size(), 3);
-        QVERIFY(!m_window->sheet());
-        QTest::keyClick(field(), Qt::Key_Backspace);
-        QCOMPARE(m_window->searches.size(), 4);
-        QCOMPARE(field()->stringValue(), u"ab"_s);
-        QTest::keyClick(field(), Qt::Key_Left);
-        QCOMPARE(m_window->searches.size(), 4);
-        QCOMPARE(m_window->settings.size(), 0);
-    }
-
-    void settingTheValueTellsNothing()
-    {
-        field()->setStringValue(u"ab"_s);
-        QCOMPARE(m_window->searches.size(), 0);
-        QCOMPARE(field()->stringValue(), u"ab"_s);
+        field()->setStringValue(u"set"_s);
         field()->setProperty("stringValue", u"?"_s);
         QCOMPARE(field()->text(), u"?"_s);
-        QVERIFY(!m_window->sheet());
+        field()->setStringValue({});
+        QVERIFY(m_window->searches.isEmpty() && !m_window->sheet()); // what is set is known
+        typeKeys(field(), keys);
+        QCOMPARE(field()->stringValue(), text);
+        QCOMPARE(m_window->searches.size(), searches);
+        QCOMPARE(m_window->keysLeft, keysLeft);
+        QCOMPARE(m_window->settings.size(), 0);
+        QCOMPARE(m_window->leaves.size(), keys.endsWith("<Down>"_L1) ? 1 : 0);
+        if (keys.endsWith("<Down>"_L1))
+            QCOMPARE(RecentSearches::texts(), QStringList {u"ab"_s});
     }
 
     void cutsACarelessPaste()
@@ -129,18 +131,6 @@ private Q_SLOTS:
         QCOMPARE(field()->stringValue().size(), 10'000);
         QCOMPARE(m_window->searches.size(), 1);
         QApplication::clipboard()->clear();
-    }
-
-    void escapeClears()
-    {
-        QTest::keyClicks(field(), u"ab"_s);
-        QTest::keyClick(field(), Qt::Key_Escape);
-        QCOMPARE(field()->text(), QString());
-        QCOMPARE(m_window->searches.size(), 3);
-        QCOMPARE(m_window->keysLeft, QString());
-        QTest::keyClick(field(), Qt::Key_Escape);
-        QCOMPARE(m_window->searches.size(), 3);
-        QCOMPARE(m_window->keysLeft, u"\x1b"_s); // the window may want it
     }
 
     void clearButton()
@@ -154,14 +144,6 @@ private Q_SLOTS:
         QCOMPARE(m_window->searches.size(), 3);
         QVERIFY(!m_window->button(u"Clear search"_s));
         QVERIFY(field()->hasFocus());
-    }
-
-    void arrowDownGoesToTheTable()
-    {
-        QTest::keyClicks(field(), u"ab"_s);
-        QTest::keyClick(field(), Qt::Key_Down);
-        QCOMPARE(m_window->leaves.size(), 1);
-        QCOMPARE(RecentSearches::texts(), QStringList {u"ab"_s});
     }
 
     void menuItems()
@@ -214,18 +196,6 @@ private Q_SLOTS:
         QTest::mouseClick(menu, Qt::LeftButton, {}, place.center());
         QVERIFY(SearchSettings::current().matchCase);
         QCOMPARE(m_window->searches.size(), 1);
-    }
-
-    void menuUnderRegex()
-    {
-        field()->searchMode(4);
-        field()->searchMode(SearchMenu::kRegexTag);
-        QCOMPARE(field()->placeholderText(), u"Search Name by Regex"_s);
-        QVERIFY(!field()->validateMenuItem(m_window->item(u"Category"_s)));
-        QVERIFY(m_window->item(u"Category"_s)->isChecked());
-        QVERIFY(!field()->validateMenuItem(m_window->item(u"Match Case"_s)));
-        QVERIFY(field()->validateMenuItem(m_window->item(u"Regex"_s)));
-        QVERIFY(m_window->item(u"Regex"_s)->isChecked());
     }
 
     void recentSearches()
@@ -298,6 +268,7 @@ private Q_SLOTS:
                                          {SearchMenu::kRegexTag, u"Name, Regex"_s}}) {
             field()->searchMode(tag);
             QCOMPARE(chip->text(), words);
+            QCOMPARE(field()->placeholderText().contains("by Regex"_L1), words.endsWith("Regex"_L1));
             QVERIFY(chip->isVisible() && chip->accessibleName().contains(words));
             // Beside the text, which begins behind it.
             QVERIFY(field()->rect().contains(chip->geometry()));

@@ -181,17 +181,6 @@ private Q_SLOTS:
         controller().setWindowMaker({});
     }
 
-    void subtitleTellsOfUnsavedChanges()
-    {
-        info(0)->setCategory(u"Mark"_s);
-        QTRY_COMPARE(m_window->subtitle(), u"5 infos - Edited"_s);
-        search(u"gra"_s);
-        QCOMPARE(m_window->subtitle(), u"1/5 infos - Edited"_s);
-        undo();
-        QTRY_COMPARE(m_window->subtitle(), u"1/5 infos"_s);
-        QVERIFY(!m_window->isWindowModified());
-    }
-
     void invalidSearchShowsAllAndSaysWhy()
     {
         UserDefaults::standard().setObjectForKey(true, u"SearchStateRegex"_s);

@@ -3,12 +3,10 @@
 
 import copy
 import os
-import re
 import subprocess
 import sys
 import tempfile
 import unittest
-import xml.dom.minidom
 from pathlib import Path
 
 RESOURCES = Path(__file__).resolve().parents[2] / "resources"
@@ -19,18 +17,7 @@ from samplelib.checks import REFUSED_MARKS, flaws  # noqa: E402
 from samplelib.glyph import Glyph  # noqa: E402
 from samplelib.sources import Sources  # noqa: E402
 
-LINE = re.compile(r'\t<glyph ((?:\w+="[^"]+" )+)/>$')
-ORDER = ["unicode", "unicode2", "unicode3", "unicodeLegacy", "name", "sortName", "sortNameOld", "sortNameKeep",
-         "decompose", "category", "subCategory", "case", "script", "production", "direction", "altNames",
-         "description", "anchors", "marks"]
 PACKAGES = Path("/usr/share/aglfn/aglfn.txt"), Path("/usr/share/unicode/UnicodeData.txt")
-
-
-def read_sample():
-    """The attributes of each glyph line, told apart without the program that wrote them."""
-    lines = (RESOURCES / "sample.xml").read_text(encoding="ascii").split("\n")
-    first = next(i for i, line in enumerate(lines) if "<glyph " in line)
-    return lines[:first], lines[first:-2], lines[-2:]
 
 
 def read_glyph_list():
@@ -50,12 +37,6 @@ class GlyphListTest(unittest.TestCase):
         self.rows = read_glyph_list()
         self.code = {name: code for code, name, _ in self.rows}
 
-    def test_rows_have_the_published_form(self):
-        for row in self.rows:
-            self.assertRegex(";".join(row), r"^[0-9A-F]{4};[A-Za-z0-9]+;[A-Z0-9 -]+$")
-        names = [name for _, name, _ in self.rows]
-        self.assertEqual(names, sorted(set(names)))
-
     def test_mappings_of_this_version(self):
         for name, code in (("Delta", "0394"), ("Omega", "03A9"), ("mu", "03BC"), ("A", "0041"), ("afii10017", "0410"),
                            ("afii57929", "02BC"), ("Gcommaaccent", "0122"), ("tcommaaccent", "0163"),
@@ -65,31 +46,10 @@ class GlyphListTest(unittest.TestCase):
         for code in ("2206", "2126", "00B5"):       # what the Greek letters had before and again later
             self.assertNotIn(code, codes)
 
-    def test_nothing_private_or_doubled(self):
-        codes = [int(code, 16) for code, _, _ in self.rows]
-        self.assertEqual(len(codes), len(set(codes)))
-        self.assertFalse([code for code in codes if 0xE000 <= code < 0xF900])
-
 
 class SampleTest(unittest.TestCase):
-    def setUp(self):
-        self.head, self.body, self.foot = read_sample()
-
-    def test_every_line_is_as_it_would_be_saved(self):
-        self.assertEqual(self.head[-1], '<glyphData format="2">')
-        self.assertEqual(self.foot, ["</glyphData>", ""])
-        for line in self.body:
-            match = LINE.match(line)
-            self.assertTrue(match, line)
-            keys = re.findall(r'(\w+)="', match.group(1))
-            self.assertEqual(keys, sorted(set(keys), key=ORDER.index), line)
-
-    def test_other_programs_can_read_it(self):
-        tree = xml.dom.minidom.parse(str(RESOURCES / "sample.xml"))
-        self.assertEqual(len(tree.getElementsByTagName("glyph")), len(self.body))
-
     def test_scripts_and_kinds_are_there(self):
-        text = "\n".join(self.body)
+        text = (RESOURCES / "sample.xml").read_text(encoding="ascii")
         for wanted in ('script="latin"', 'script="greek"', 'script="cyrillic"', 'script="arabic"',
                        'script="devanagari"', 'script="hangul"', 'direction="RTL"', 'case="smallCaps"',
                        'subCategory="Jamo"', 'subCategory="Syllable"', 'subCategory="Halfform"', "unicode2=",

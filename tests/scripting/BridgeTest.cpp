@@ -3,10 +3,10 @@
 #include "scripting/bridge/BridgedClass.h"
 #include "scripting/classes/ScriptApplication.h"
 #include "scripting/menu/VXScriptingHandler.h"
-#include "scripting/python/ScriptConsole.h"
 #include "scripting/python/ScriptRun.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/KeptConsole.h"
 
 #include <stdexcept>
 
@@ -50,6 +50,9 @@ public:
     Q_INVOKABLE QByteArray bytes(const QByteArray &value) { return value + "!"; }
     Q_INVOKABLE QObject *child(const QString &name) { return findChild<QObject *>(name); }
     Q_INVOKABLE QString nameOf(QObject *object) { return object ? object->objectName() : u"none"_s; }
+    Q_INVOKABLE QString titleOf(Panel *panel) { return panel->m_title; }
+    Q_INVOKABLE int sizeOf(const QVariantList &values) { return int(values.size()); }
+    Q_INVOKABLE int countOf(const QList<QObject *> &objects) { return int(objects.size()); }
     Q_INVOKABLE void delete_() { ++m_deletes; }
     Q_INVOKABLE int deletes() const { return m_deletes; }
     Q_INVOKABLE quint8 small(quint8 number) { return number; }
@@ -59,14 +62,6 @@ private:
     QString m_title = u"Panel"_s;
     Side m_side = Left;
     int m_deletes = 0;
-};
-
-class KeepingConsole final : public ScriptConsole
-{
-public:
-    void setWrite(const QString &text) override { output += text; }
-    void setWriteError(const QString &text) override { output += text; }
-    QString output;
 };
 
 class BridgeTest : public QObject
@@ -136,6 +131,11 @@ private Q_SLOTS:
         row("p.nameOf_(None)", "'none'");
         row("p.nameOf_(newInfo('x'))", "TypeError");
         row("p.nameOf_('x')", "TypeError");
+        row("p.titleOf_(p)", "'Panel'");
+        row("p.titleOf_(p.child_('kid'))", "TypeError");
+        row("p.sizeOf_((1, 'a')), p.countOf_([p])", "(2, 1)");
+        row("p.sizeOf_({'a': 1})", "TypeError");
+        row("p.countOf_({p: 1})", "TypeError");
         row("p.delete_(None) or p.delete_() or p.deletes()", "2");
         row("p.deleteLater()", "AttributeError");
         row("p.destroyed()", "AttributeError");
@@ -152,19 +152,19 @@ private Q_SLOTS:
         auto *kid = new QObject(&panel);
         kid->setObjectName(u"kid"_s);
         ScriptApplication::shared().setDelegate(&panel);
-        KeepingConsole console;
+        KeptConsole console;
         setScriptConsole(&console);
         runPanelCode(
             u"p = NSApplication.sharedApplication().delegate()\nPanel = type(p)\n"
             "try: print(repr((%1)), end='')\n"
             "except Exception as problem: print(type(problem).__name__, end='')\n"_s.arg(expression));
         setScriptConsole(nullptr);
-        QCOMPARE(console.output, answer);
+        QCOMPARE(console.output + console.errors, answer);
     }
 
     void keepsObjectsApartFromTheirAddresses()
     {
-        KeepingConsole console;
+        KeptConsole console;
         setScriptConsole(&console);
         auto panel = std::make_unique<Panel>();
         ScriptApplication::shared().setDelegate(panel.get());

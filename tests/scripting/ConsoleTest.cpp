@@ -7,18 +7,8 @@
 #include "tests/TestMain.h"
 #include "tests/scripting/Interpreters.h"
 
-#include <QClipboard>
-#include <QContextMenuEvent>
-#include <QLabel>
-#include <QMenu>
-#include <QProcess>
-#include <QRandomGenerator>
-#include <QScrollBar>
 #include <QSignalSpy>
-#include <QTextBlock>
-#include <QTimer>
-#include <QToolTip>
-#include <QWheelEvent>
+#include <QtWidgets>
 
 using namespace Qt::StringLiterals;
 using namespace runebook;
@@ -185,28 +175,6 @@ private Q_SLOTS:
         }
         QCOMPARE(zoomed, (QList<QVariantList> {{1}, {-2}}));
         QCOMPARE(m_console->font(), before);
-    }
-
-    TABLE(keepsTheNewestLines, (const QStringList &writes, const QString &kept), {
-        row("few", QStringList {u"1\n2\n"_s}, "1\n2\n");
-        row("one write", QStringList {u"1\n2\n3\n4\n5\n"_s}, "3\n4\n5\n");
-        row("several", QStringList {u"1\n"_s, u"2\n3"_s, u"\n4\n5"_s}, "2\n3\n4\n5");
-        row("a long line counts once", QStringList {u"1\n2\n"_s, QString(10'000, u'x'), u"\n4\n"_s},
-            u"2\n"_s + QString(10'000, u'x') + u"\n4\n"_s);
-        row("half of a long line is no line", QStringList {QString(10'000, u'x'), u"\n2\n3\n4\n"_s},
-            "2\n3\n4\n");
-    })
-    {
-        m_console->setLineLimit(3);
-        for (const bool atOnce : {true, false}) {
-            m_console->clearText();
-            for (const QString &text : writes) {
-                m_console->append(text, Kind::Output);
-                if (!atOnce)
-                    m_console->showPending();
-            }
-            QCOMPARE(m_console->string(), kept);
-        }
     }
 
     void readsItsLimitFromTheDefaults()
@@ -497,16 +465,6 @@ private Q_SLOTS:
         expected.replaceInStrings("SCRIPT"_L1, path).replaceInStrings("BESIDE"_L1, beside);
         QCOMPARE(links(), expected);
         QVERIFY(!m_console->string().contains(u"<module>"_s));
-    }
-
-    TABLE(cleansUpMessages, (const QString &message, const QString &cleaned), {
-        row("once", "File \"a\", line 1, in <module>\n", "File \"a\", line 1\n");
-        row("the first only", ", in <module>, in <module>", ", in <module>");
-        row("functions stay", "line 1, in f", "line 1, in f");
-        row("empty", "", "");
-    })
-    {
-        QCOMPARE(cleanupErrorMessage(message), cleaned);
     }
 
     TABLE(marksErrors, (const QString &output, const QString &marked), {

@@ -117,7 +117,8 @@ private Q_SLOTS:
         QTRY_COMPARE(ExternalEditors::defaultApplication(), file);
         const QString script = write(u"it's; $(a) script.py"_s, "pass\n");
         int instead = 0;
-        ExternalEditors::open(script, u"12"_s, this, [&instead] { ++instead; });
+        QDir::setCurrent(m_folder.path()); // editors have a folder of their own
+        ExternalEditors::open(QFileInfo(script).fileName(), u"12"_s, this, [&instead] { ++instead; });
         QTRY_VERIFY(QFile::exists(m_folder.filePath(u"seen"_s)));
         QCOMPARE(QString::fromUtf8(runebook::contentOf(m_folder.filePath(u"seen"_s))),
                  m_bin + "/kate\n-b\n-l\n12\n"_L1 + script + u'\n');

@@ -1,3 +1,4 @@
+#include "scripting/panel/RunIndicator.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptRun.h"
 #include "tests/Files.h"
@@ -5,9 +6,7 @@
 #include "tests/TestMain.h"
 #include "tests/scripting/PanelFixture.h"
 
-#include <QInputDialog>
-#include <QLineEdit>
-#include <QTimer>
+#include <QtWidgets>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -115,19 +114,6 @@ private Q_SLOTS:
             QCOMPARE(QApplication::focusWidget(), pane);
         }
         QVERIFY(!panel.controller.window()->parts().findBar->isVisible());
-    }
-
-    void editsLines()
-    {
-        Panel panel;
-        panel.type(u"a\nb\nc"_s);
-        panel.press(Qt::Key_A);
-        panel.press(Qt::Key_Slash);
-        QCOMPARE(panel.editor().string(), u"# a\nb\n# c"_s);
-        panel.press(Qt::Key_BracketRight);
-        QCOMPARE(panel.editor().string(), u"\t# a\n\tb\n# c"_s);
-        panel.press(Qt::Key_BracketLeft);
-        QCOMPARE(panel.editor().string(), u"# a\nb\n# c"_s);
     }
 
     void replacesText()
@@ -302,11 +288,13 @@ private Q_SLOTS:
         const Ui::VXMacroWindow_11 &parts = panel.controller.window()->parts();
         QVERIFY(!parts.stopAction->isEnabled() && parts.runAction->isEnabled());
         bool wasRunning = false;
+        const auto *indicator = panel.controller.window()->findChild<RunIndicator *>();
         bool hadOutput = false;
         const auto connection = connect(&RunPump::shared(), &RunPump::pumped, this, [&] {
             if (hadOutput)
                 return; // once: a second Stop would be one with force
-            wasRunning = parts.stopAction->isEnabled() && !parts.runAction->isEnabled();
+            wasRunning = parts.stopAction->isEnabled() && !parts.runAction->isEnabled()
+                && indicator->isVisible() && indicator->text().contains(u"Macro 1"_s);
             hadOutput = panel.console().toPlainText().contains(u"begun"_s);
             if (hadOutput)
                 parts.stopAction->trigger();

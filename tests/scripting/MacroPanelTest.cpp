@@ -4,18 +4,11 @@
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/KeptConsole.h"
 #include "tests/scripting/PanelFixture.h"
 
-#include <QDropEvent>
-#include <QFileDialog>
-#include <QHelpEvent>
-#include <QLineEdit>
-#include <QMenu>
-#include <QMimeData>
-#include <QPushButton>
 #include <QSignalSpy>
-#include <QTextBlock>
-#include <QToolTip>
+#include <QtWidgets>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -232,16 +225,8 @@ private Q_SLOTS:
     {
         defaults().setObjectForKey(saved, u"VXMacroViews"_s);
         defaults().setObjectForKey(selected, u"VXSelectedMacroView"_s);
-        VXMacroWindowController controller;
-        controller.showPanel();
-        QVERIFY(QTest::qWaitForWindowActive(controller.window()));
-        QStringList texts;
-        for (QObject *item : controller.tabBarControl()->tabItems()) {
-            const auto *tab = qobject_cast<VXMacroViewController *>(item);
-            const QString text = tab->title() + ": "_L1 + tab->code();
-            texts << (item == controller.activeMacroController() ? u'[' + text + u']' : text);
-        }
-        QCOMPARE(texts.join(" | "_L1), tabs);
+        Panel panel;
+        QCOMPARE(panel.tabs(), tabs);
     }
 
     void keepsTabsOverARestart()
@@ -399,7 +384,7 @@ private Q_SLOTS:
         row("p.setWrite_('text') or p.write()", "'text'");
         row("p.setWriteError_('a, in <module>b') or p.write()", "'ab'");
         row("p.setWrite_('text') or p.clearConsole_(None) or p.write()", "''");
-        row("p.cleanupErrorMessage_('x, in <module>')", "'x'");
+        row("p.cleanupErrorMessage_('x, in <module>, in <module>, in f')", "'x, in <module>, in f'");
         row("p.addFileLinks_attributesString_('File \"<string>\", line 4', None)['string']",
             "'File \"<macro>\", line 4'");
         row("p.consoleText().string()", "''");
@@ -419,13 +404,7 @@ private Q_SLOTS:
     })
     {
         QVERIFY(VXScriptingHandler::isPythonRunning());
-        class Output final : public ScriptConsole
-        {
-        public:
-            void setWrite(const QString &text) override { output += text; }
-            void setWriteError(const QString &text) override { output += text; }
-            QString output;
-        } console;
+        KeptConsole console;
         VXMacroWindowController panel;
         Delegate delegate(&panel);
         ScriptApplication::shared().setDelegate(&delegate);
@@ -433,7 +412,7 @@ private Q_SLOTS:
         runPanelCode(u"p = NSApplication.sharedApplication().delegate().macroPanelController()\n"
                      "print(repr((%1)), end='')\n"_s.arg(expression));
         setScriptConsole(nullptr);
-        QCOMPARE(console.output, answer);
+        QCOMPARE(console.output + console.errors, answer);
     }
 };
 

@@ -1,18 +1,12 @@
 #include "scripting/panel/MacroSnippets.h"
-#include "codeeditor/JSTTextView.h"
-#include "document/VXDocument.h"
-#include "platform/StandardFolders.h"
-#include "platform/documents/DocumentController.h"
-#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/SnippetsPopup.h"
-#include "scripting/panel/VXMacroViewController.h"
-#include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/ScriptConsole.h"
 #include "scripting/python/ScriptRun.h"
 #include "tests/Files.h"
 #include "tests/Oddities.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/PanelFixture.h"
 
 #include <QMenu>
 
@@ -63,11 +57,7 @@ class MacroSnippetsTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
-    {
-        StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
-        VXScriptingHandler::sharedHandler();
-    }
+    void initTestCase() { startPanels(); }
 
     TABLE(reads, (const QByteArray &file, const QString &titles), {
         row("title", xml("<array>" + snippet("x = 1", "Set x") + "</array>"), "Set x");

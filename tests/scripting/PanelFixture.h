@@ -1,7 +1,6 @@
 #pragma once
 
 #include "codeeditor/JSTTextView.h"
-#include "document/VXDocument.h"
 #include "platform/StandardFolders.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
@@ -11,6 +10,7 @@
 #include "scripting/panel/VXMacroWindow.h"
 #include "scripting/panel/VXMacroWindowController.h"
 #include "tabbar/VXTabBarControl.h"
+#include "tests/editing/Records.h"
 #include "ui_VXMacroWindow_11.h"
 
 #include <QTest>
@@ -90,11 +90,7 @@ inline VXDocument *makeDocument()
 {
     auto *document = new VXDocument;
     DocumentController::shared().addDocument(document);
-    for (const QString &name : {u"A"_s, u"B"_s}) {
-        auto info = std::make_shared<VXGlyphInfo>();
-        info->setName(name);
-        document->addInfo(info);
-    }
+    document->addInfos(named(u"A B"_s));
     QCoreApplication::processEvents();
     return document;
 }

@@ -7,11 +7,6 @@
 #include "tests/TestMain.h"
 #include "tests/scripting/RunFixture.h"
 
-#include <QMessageBox>
-#include <QProgressDialog>
-#include <QRegularExpression>
-#include <QScreen>
-#include <QTimer>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -84,7 +79,8 @@ private Q_SLOTS:
             seen << dialog->windowTitle() + (line ? u": "_s + line->text() : QString());
             if (line && !entry.isNull())
                 line->setText(entry);
-            if (auto *box = qobject_cast<QMessageBox *>(dialog))
+            const auto *box = qobject_cast<QMessageBox *>(dialog);
+            if (box && box->button(QMessageBox::No))
                 box->button(QMessageBox::No)->click();
             else
                 dialog->accept();
@@ -103,6 +99,8 @@ private Q_SLOTS:
         run(u"message('line\\n' * 500); askFields('Many', **{'f%d' % i: 'x' for i in range(200)})\n"
             "askYesNo('line\\n' * 500)"_s);
         QCOMPARE(seen.size(), 8);
+        run(u"message('Done')"_s);
+        QCOMPARE(seen.value(8), u"Macro"_s);
         QVERIFY(tallest < QGuiApplication::primaryScreen()->availableSize().height());
     }
 
@@ -139,7 +137,7 @@ private Q_SLOTS:
             PromptLine prompt;
             for (const auto line : {"first = 1"_L1, "second = 2"_L1, "second = 2"_L1}) {
                 QTest::keyClicks(&prompt, line);
-                QTest::keyClick(&prompt, Qt::Key_Return);
+                QTest::keyClick(&prompt, Qt::Key_Enter, Qt::KeypadModifier);
             }
         }
         PromptLine prompt; // as after a restart

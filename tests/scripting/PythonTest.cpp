@@ -7,6 +7,9 @@
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/KeptConsole.h"
+
+#include <QMenu>
 
 using namespace Qt::StringLiterals;
 using namespace runebook;
@@ -243,6 +246,18 @@ private Q_SLOTS:
         QDir().mkpath(shown);
         VXScriptingHandler::linkScriptFolder();
         QCOMPARE(QFileInfo(searched).canonicalFilePath(), QFileInfo(shown).canonicalFilePath());
+    }
+
+    void menuTellsThatThereIsNoPython()
+    {
+        KeptConsole panel;
+        VXScriptingHandler handler({});
+        handler.setMacroPanelController(&panel);
+        handler.setupScriptMenu();
+        const QAction *only = handler.scriptMenu()->actions().value(0);
+        QVERIFY(only && !only->isEnabled());
+        QCOMPARE(only->text(), u"No suitable Python installed"_s);
+        handler.setMacroPanelController(nullptr);
     }
 
     void initTestCase()

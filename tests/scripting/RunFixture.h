@@ -9,11 +9,8 @@
 #include "scripting/python/ScriptConsole.h"
 #include "tests/scripting/EndlessLoop.h"
 
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTest>
-#include <QVBoxLayout>
-#include <QWindow>
+#include <QtWidgets>
 
 // Events as the window system hands them over.
 QT_BEGIN_NAMESPACE

@@ -1,23 +1,13 @@
 // What the panel says of a run that is over, and whether its changes stay when it failed.
-#include "document/VXDocument.h"
 #include "platform/MessageBar.h"
-#include "platform/StandardFolders.h"
-#include "platform/defaults/UserDefaults.h"
-#include "platform/documents/DocumentController.h"
-#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/RunQuestion.h"
-#include "scripting/panel/VXMacroWindow.h"
-#include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptRun.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/PanelFixture.h"
 
-#include <QMainWindow>
-#include <QPushButton>
-#include <QRegularExpression>
-#include <QStatusBar>
-#include <QVBoxLayout>
+#include <QtWidgets>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -55,8 +45,7 @@ class RunResultsTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
-        VXScriptingHandler::sharedHandler();
+        startPanels();
         QVERIFY(VXScriptingHandler::isPythonRunning());
         DocumentController::shared().setDocumentFactory([] { return new VXDocument; });
         DocumentController::shared().setWindowMaker(makeWindow);
@@ -197,16 +186,8 @@ private Q_SLOTS:
 private:
     VXDocument *addDocument()
     {
-        auto *document = new VXDocument;
-        for (const QString &name : {u"a"_s, u"b"_s, u"c"_s}) {
-            const auto info = std::make_shared<VXGlyphInfo>();
-            info->setName(name);
-            document->addInfo(info);
-        }
-        document->flushChanges();
+        VXDocument *document = documentOf(named(u"a b c"_s)).release();
         DocumentController::shared().addDocument(document);
-        QCoreApplication::processEvents();
-        document->undoManager()->setClean();
         return document;
     }
 
@@ -222,11 +203,8 @@ private:
     {
         QStringList texts;
         for (VXDocument *document : m_documents) {
-            QString names;
-            for (const InfoPtr &info : document->infos())
-                names += info->name() + u' ';
             const UndoManager &history = *document->undoManager();
-            texts << names + (history.isClean() ? "clean"_L1 : "edited"_L1)
+            texts << namesOf(document->infos()) + u' ' + (history.isClean() ? "clean"_L1 : "edited"_L1)
                     + (history.canRedo() ? " redo"_L1 : ""_L1);
         }
         return texts.join(u'|');

@@ -1,34 +1,17 @@
 #include "scripting/python/ScriptRun.h"
-#include "document/VXDocument.h"
-#include "platform/NotificationCenter.h"
 #include "platform/StandardFolders.h"
 #include "platform/documents/DocumentController.h"
 #include "scripting/bridge/Selectors.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/PromptRun.h"
-#include "scripting/python/ScriptConsole.h"
-#include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
-#include "tests/scripting/EndlessLoop.h"
-
-#include <QSignalSpy>
-
-#include <thread>
+#include "tests/editing/Records.h"
+#include "tests/scripting/KeptConsole.h"
 
 using namespace Qt::StringLiterals;
 using namespace runebook::bridge;
 using namespace runebook;
-
-/// Keeps what scripts write, as the macro panel does.
-class KeepingConsole final : public QObject, public ScriptConsole
-{
-public:
-    void setWrite(const QString &text) override { output += text; }
-    void setWriteError(const QString &text) override { errors += text; }
-    QString output;
-    QString errors;
-};
 
 /// Runs in the interpreter of this very process, as in the program with windows; and how selectors are
 /// written.
@@ -66,13 +49,6 @@ private Q_SLOTS:
         QCOMPARE(m_handler->macroPanelController(), nullptr);
     }
 
-    void keepsNamesBetweenRuns()
-    {
-        m_handler->runMacroString(u"kept = 5"_s);
-        m_handler->runMacroString(u"print(kept, Doc)"_s);
-        QCOMPARE(m_console.output, u"5 None\n"_s);
-    }
-
     void makesOneUndoStepOfARun()
     {
         VXDocument &document = addDocument();
@@ -92,17 +68,6 @@ private Q_SLOTS:
             one->undoManager()->redo();
             QCOMPARE(one->infos().back()->name(), u"new"_s);
         }
-    }
-
-    void undoesInsideOfARun()
-    {
-        VXDocument &document = addDocument();
-        m_handler->runMacroString(u"Doc[0].name = 'x'\nDoc.undoManager().undo()\nprint(Doc[0].name)\n"
-                                  "Doc[1].name = 'y'"_s);
-        QCOMPARE(m_console.output, u"a\n"_s);
-        QCOMPARE(document.undoManager()->stack()->count(), 1);
-        document.undoManager()->undo();
-        QCOMPARE(document.infos()[1]->name(), u"b"_s);
     }
 
     void takesWhatIsBeingTyped()
@@ -149,29 +114,6 @@ private Q_SLOTS:
         QCOMPARE(ScriptRun::outcome().processStatus(), 1);
     }
 
-    TABLE(interruptsFromAnotherThread, (const QString &code), {
-        row("loop", kEndlessLoop);
-        row("sleep", "import time; time.sleep(60)");
-        row("lock", "import threading; l = threading.Lock(); l.acquire(); l.acquire()");
-        row("regular expression", "import re; re.match('(a+)+$', 'a' * 60 + 'b')");
-        row("input and output", "while True: print(end='')");
-    })
-    {
-        SKIP_WITHOUT_SIGNALS(code);
-        std::atomic<bool> isDone = false;
-        std::thread user([&isDone] {
-            while (!isDone) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(100));
-                VXScriptingHandler::interruptRun();
-            }
-        });
-        m_handler->runMacroString(code);
-        isDone = true;
-        user.join();
-        QVERIFY2(m_console.errors.contains(u"File \"macro panel\", line 1"_s), qPrintable(m_console.errors));
-        QVERIFY(m_console.errors.endsWith(u"KeyboardInterrupt\n"_s));
-    }
-
     void forgetsLateInterrupts()
     {
         VXScriptingHandler::interruptRun();
@@ -210,25 +152,6 @@ private Q_SLOTS:
             QCOMPARE(lines[i].toInt(), i);
     }
 
-    void refusesWrongWrites()
-    {
-        m_handler->runMacroString(
-            u"for call in (lambda: sys.stdout.write(5), lambda: sys.stdout.write(),\n"
-            "             lambda: sys.stdout.write('a', 'b')):\n"
-            "    try: call()\n"
-            "    except TypeError: print('refused')\n"
-            "import TesselOut as o, TesselErr as e\n"
-            "print(repr(o.write('x')), repr(e.flush()), o.__doc__, sys.stdout.write('y'))"_s);
-        QCOMPARE(m_console.output, u"refused\nrefused\nrefused\nxy'' '' doc for TesselOut 1\n"_s);
-    }
-
-    void tellsOfMenuReloads()
-    {
-        QSignalSpy asked(m_handler, &VXScriptingHandler::scriptMenuReloadRequested);
-        NotificationCenter::defaultCenter().postNotificationNameObject(u"VXReloadScriptMenu"_s, nullptr);
-        QCOMPARE(asked.count(), 1);
-    }
-
     void ignoresFilesThatAreNotThere()
     {
         m_handler->runMacroFile(m_folder.filePath(u"gone.py"_s));
@@ -252,33 +175,10 @@ private Q_SLOTS:
         QCOMPARE(names.join(u' '), all);
     }
 
-    TABLE(joinsBackToTheName, (const QByteArray &written, const QByteArray &name, int arguments), {
-        row("insertObject_inInfosAtIndex_", "insertObjectInInfosAtIndex", 2);
-        row("insertObjects_inInfosAtIndexes_", "insertObjectsInInfosAtIndexes", 2);
-        row("replaceObjectInInfosAtIndex_withObject_", "replaceObjectInInfosAtIndexWithObject", 2);
-        row("infoForKey_values_", "infoForKeyValues", 2);
-        row("readTabbedFromURL_error_", "readTabbedFromURL", 1);
-        row("readFromURL_ofType_error_", "readFromURLOfType", 2);
-        row("initWithLineXML_fileVersion_", "initWithLineXMLFileVersion", 2);
-        row("isVersion_greaterThanVersion_", "isVersionGreaterThanVersion", 2);
-        row("openDocumentWithContentsOfURL_display_error_", "openDocumentWithContentsOfURLDisplay", 2);
-        row("filterString_forKey_search_", "filterStringForKeySearch", 3);
-    })
-    {
-        const QList<Selector> all = selectorsOf(name, arguments, true);
-        QVERIFY(std::any_of(all.begin(), all.end(),
-                            [&](const Selector &selector) { return selector.name == written; }));
-    }
-
 private:
     VXDocument &addDocument()
     {
-        auto *document = new VXDocument;
-        for (const auto name : {"a"_L1, "b"_L1, "c"_L1}) {
-            const InfoPtr info = VXGlyphInfo::init();
-            info->setName(name);
-            document->addInfo(info);
-        }
+        VXDocument *document = documentOf(named(u"a b c"_s)).release();
         document->undoManager()->removeAllActions();
         DocumentController::shared().addDocument(document);
         return *document;
@@ -289,7 +189,7 @@ private:
         return runebook::write(m_folder.filePath(name), text.toUtf8());
     }
 
-    KeepingConsole m_console;
+    KeptConsole m_console;
     VXScriptingHandler *m_handler = nullptr;
     QTemporaryDir m_folder;
 };

@@ -8,38 +8,18 @@
 #include "scripting/menu/ScriptFile.h"
 #include "scripting/menu/ScriptFolderWatcher.h"
 #include "scripting/menu/VXScriptingHandler.h"
-#include "scripting/python/ScriptConsole.h"
 #include "tests/Files.h"
 #include "tests/Oddities.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/scripting/KeptConsole.h"
 
-#include <QElapsedTimer>
-#include <QMainWindow>
-#include <QMenu>
-#include <QMenuBar>
-#include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QtWidgets>
 #include <sys/stat.h>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
-
-/// Stands for the macro panel: keeps what is written and counts how often it is cleared.
-class Panel final : public QObject, public ScriptConsole
-{
-public:
-    void setWrite(const QString &text) override { output += text; }
-    void setWriteError(const QString &text) override { errors += text; }
-    void clearConsole(QObject *) override
-    {
-        ++clearings;
-        output.clear();
-    }
-    QString output;
-    QString errors;
-    int clearings = 0;
-};
 
 class ScriptsMenuTest : public QObject
 {
@@ -167,7 +147,8 @@ private Q_SLOTS:
         m_handler->reloadScriptMenu();
         const QString &told = m_panel.output;
         QCOMPARE(told.count(u'\n'), 3);
-        QVERIFY2(told.contains(m_scripts + u"/untitled.py: it has no line “# MenuTitle: …”"_s)
+        QVERIFY2(told.count(u"\n  /"_s) == 2
+                     && told.contains(m_scripts + u"/untitled.py: it has no line “# MenuTitle: …”"_s)
                      && told.contains(m_scripts + u"/latin.py: it is not UTF-8"_s),
                  qPrintable(told));
     }
@@ -330,8 +311,10 @@ private Q_SLOTS:
         m_handler->reloadScriptMenu();
         item(u"Tidy"_s)->trigger();
         QCOMPARE(m_panel.clearings, 1);
+        QSignalSpy told(m_handler, &VXScriptingHandler::scriptMenuReloadRequested);
         NotificationCenter::defaultCenter().postNotificationNameObject(u"VXReloadScriptMenu"_s, nullptr, {});
         QCOMPARE(m_panel.clearings, 2);
+        QCOMPARE(told.size(), 1);
         QVERIFY(UserDefaults::standard().isSet(u"runAgainScriptName"_s));
         QVERIFY(QFile::remove(m_scripts + "/tidy.py"_L1));
         m_handler->reloadScriptMenu();
@@ -347,7 +330,7 @@ private Q_SLOTS:
         m_handler->reloadScriptMenu();
         QCOMPARE(shown(), QString());
         {
-            Panel other;
+            KeptConsole other;
             m_handler->setMacroPanelController(&other);
             QCOMPARE(VXScriptingHandler::globalMacroPanelController(), &other);
             m_handler->runMacroString(u"print('there')"_s);
@@ -371,7 +354,7 @@ private Q_SLOTS:
     /// A run without windows writes to the process's output, but has a panel as well.
     void keepsOwnOutputApartFromThePanel()
     {
-        Panel output;
+        KeptConsole output;
         setScriptConsole(&output);
         m_handler->runMacroString(u"print('out')"_s);
         m_handler->reloadScriptMenu();
@@ -489,7 +472,7 @@ private:
 
     VXScriptingHandler *m_handler = nullptr;
     QString m_scripts;
-    Panel m_panel;
+    KeptConsole m_panel;
 };
 
 RUNEBOOK_TEST_MAIN(ScriptsMenuTest)

@@ -4,20 +4,11 @@
 #include "codeeditor/CompletionSession.h"
 #include "codeeditor/FindIndicator.h"
 #include "codeeditor/LineEditing.h"
-#include "platform/StandardFolders.h"
-#include "platform/defaults/UserDefaults.h"
-#include "scripting/menu/VXScriptingHandler.h"
-#include "scripting/panel/VXMacroViewController.h"
-#include "scripting/panel/VXMacroWindow.h"
-#include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/ScriptRun.h"
-#include "tabbar/VXTabBarControl.h"
 #include "tests/codeeditor/FreshRendering.h"
-#include "ui_VXMacroWindow_11.h"
+#include "tests/scripting/PanelFixture.h"
 
-#include <QClipboard>
-#include <QElapsedTimer>
-#include <QRandomGenerator>
+#include <QtWidgets>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -351,11 +342,7 @@ class TypistTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
-    {
-        StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
-        VXScriptingHandler::sharedHandler();
-    }
+    void initTestCase() { startPanels(); }
 
     void typesAtRandom()
     {

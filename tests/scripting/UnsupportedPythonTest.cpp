@@ -2,28 +2,16 @@
 #include "platform/defaults/UserDefaults.h"
 #include "scripting/menu/StartWarning.h"
 #include "scripting/menu/VXScriptingHandler.h"
-#include "scripting/python/ScriptConsole.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/Interpreters.h"
 
 #include <QSignalSpy>
 #include <QTimer>
-#include <chrono>
-#include <thread>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class KeepingConsole final : public QObject, public ScriptConsole
-{
-public:
-    void setWrite(const QString &text) override { output += text; }
-    void setWriteError(const QString &text) override { errors += text; }
-    QString output;
-    QString errors;
-};
 
 /// The library of an interpreter that is not supported, the newest first; empty when there is none.
 QString unsupportedLibrary()
@@ -51,7 +39,6 @@ private Q_SLOTS:
         StandardFolders::setProgramData(QStringLiteral(RUNEBOOK_BUILD_DIR "/share/runebook"));
         UserDefaults::standard().setObjectForKey(library, u"VXPythonFrameworkPath"_s);
         VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
-        handler->setMacroPanelController(&m_console);
         QVERIFY2(VXScriptingHandler::isPythonRunning(), qPrintable(handler->startError().text()));
         QCOMPARE(handler->currentPythonPath(), library);
         QVERIFY(!handler->isSupportedPythonVersion(u"3.%1"_s.arg(VXScriptingHandler::PythonMinorVersion)));
@@ -77,30 +64,6 @@ private Q_SLOTS:
         QVERIFY(isLater.wait());
         QCOMPARE(warned.size(), 1);
     }
-
-    void runs()
-    {
-        VXScriptingHandler::sharedHandler()->runMacroString(
-            u"import math, json\nprint(newInfo('x').name, json.dumps(math.floor(2.5)))\n1/0"_s);
-        QCOMPARE(m_console.output, u"x 2\n"_s);
-        QVERIFY2(m_console.errors.endsWith(u"ZeroDivisionError: division by zero\n"_s),
-                 qPrintable(m_console.errors));
-    }
-
-    void stops()
-    {
-        m_console.errors.clear();
-        std::thread stopper([] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            VXScriptingHandler::interruptRun();
-        });
-        VXScriptingHandler::sharedHandler()->runMacroString(u"while True: pass"_s);
-        stopper.join();
-        QVERIFY2(m_console.errors.contains(u"KeyboardInterrupt"_s), qPrintable(m_console.errors));
-    }
-
-private:
-    KeepingConsole m_console;
 };
 
 RUNEBOOK_TEST_MAIN(UnsupportedPythonTest)

@@ -202,12 +202,10 @@ class Values(unittest.TestCase):
 
 class Editing(unittest.TestCase):
     def test_undo_inside_of_a_run(self):
-        manager = doc().undoManager()
-        name = doc()[0].name
+        manager, name = doc().undoManager(), doc()[0].name
         doc()[0].name = "changed"
-        self.assertTrue(manager.canUndo())
         manager.undo()
-        self.assertEqual(doc()[0].name, name)
+        self.assertEqual((doc()[0].name, manager.canRedo()), (name, True))
         manager.redo()
         self.assertEqual(doc()[0].name, "changed")
         manager.undo()

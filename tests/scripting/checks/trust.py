@@ -171,11 +171,6 @@ class Values(unittest.TestCase):
         with self.assertRaises(Exception):
             tokenizer.setKeywords_({"VXForegroundColorXYZ": "no colour"})
 
-    def test_operations_of_classes(self):
-        self.assertIs(NSClassFromString("VXArrayToStringTransformator").allowsReverseTransformation(), False)
-        self.assertIs(
-            NSClassFromString("VXDirectionToIndexValueTransformer").allowsReverseTransformation(), True)
-
 
 class Callbacks(unittest.TestCase):
     def test_a_menu_that_asks_itself(self):
