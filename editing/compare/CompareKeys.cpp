@@ -129,8 +129,10 @@ bool KeyPass::isEqualAsRead(const VXGlyphInfo &info) const
 void KeyPass::addDifferent(const InfoPtr &info, const InfoPtr &other, std::string_view key)
 {
     m_different += QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
-    if (m_wantsFields)
-        m_fields.push_back(differingBits(*info, *other, m_options));
+    if (!m_wantsFields)
+        return;
+    m_fields.push_back(differingBits(*info, *other, m_options));
+    m_places.push_back(static_cast<quint32>(m_next - 1));
 }
 
 void KeyPass::compare(const InfoPtr &compared)

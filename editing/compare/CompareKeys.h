@@ -60,7 +60,7 @@ class KeyPass
 public:
     KeyPass(const InfoList &source, const InfoList &other, CompareKey key,
             const CompareOptions &options = {});
-    /// Has it find out which fields differ as well.
+    /// Has it find out which fields differ as well, and where.
     void wantFields() { m_wantsFields = true; }
 
     /// Looks at up to \a count further records. True once all were seen.
@@ -74,6 +74,8 @@ public:
     const QStringList &different() const { return m_different; }
     /// Of each key in different() the fields that differ; none without wantFields().
     const std::vector<FieldBits> &differentFields() const { return m_fields; }
+    /// The places in the source of their records.
+    const std::vector<quint32> &differentPlaces() const { return m_places; }
 
 private:
     void compare(const InfoPtr &compared);
@@ -89,6 +91,7 @@ private:
     QStringList m_missing;
     QStringList m_different;
     std::vector<FieldBits> m_fields;
+    std::vector<quint32> m_places;
     CompareOptions m_options;
     bool m_wantsFields = false;
     std::string m_buffer;
@@ -113,6 +116,8 @@ public:
     const QStringList &keys(CompareMode mode) const;
     /// Of each key of the mode Different, when it is done, the fields that differ.
     const std::vector<FieldBits> &differentFields() const { return m_passes[1].differentFields(); }
+    /// The same for where the left record stands.
+    const std::vector<quint32> &differentPlaces() const { return m_passes[1].differentPlaces(); }
     /// How far the first mode is, from 0 to 1.
     double progress() const;
 

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QLocale>
 #include <algorithm>
+#include <bit>
 #include <unordered_set>
 
 namespace runebook {
@@ -108,7 +109,7 @@ bool TakeAcross::setField(VXGlyphInfo &target, const VXGlyphInfo &source, GlyphF
         return false;
     }
     // As it stands on the other side: what a setter makes of it would differ again.
-    if (source.displayText(field).isEmpty())
+    if (std::all_of(value.begin(), value.end(), [](const QString &part) { return part.isEmpty(); }))
         target.clear(field);
     else
         target.editValue(field, isList ? FieldValue::list(value) : FieldValue::text(value.first()));
@@ -187,15 +188,22 @@ TakeAcross::Outcome TakeAcross::removeMissing(const InfoList &theirs, const Info
 
 InfoList recordsWithKeys(const InfoList &infos, CompareKey key, const QStringList &keys)
 {
+    // Most records are none of them, which a look at one bit tells.
+    const std::hash<std::string_view> hash;
+    std::vector<bool> mayBeWanted(std::bit_ceil(static_cast<std::size_t>(keys.size()) * 16 + 64));
     std::unordered_set<std::string> wanted;
     wanted.reserve(static_cast<std::size_t>(keys.size()));
-    for (const QString &each : keys)
-        wanted.insert(each.toStdString());
+    for (const QString &each : keys) {
+        std::string text = each.toStdString();
+        mayBeWanted[hash(text) & (mayBeWanted.size() - 1)] = true;
+        wanted.insert(std::move(text));
+    }
     InfoList found;
     std::string buffer;
     for (const InfoPtr &info : infos) {
         const std::string_view text = keyUtf8(*info, key, buffer);
-        if (!text.empty() && wanted.contains(std::string(text)))
+        if (!text.empty() && mayBeWanted[hash(text) & (mayBeWanted.size() - 1)]
+            && wanted.contains(std::string(text)))
             found.push_back(info);
     }
     return found;

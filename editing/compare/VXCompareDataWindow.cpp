@@ -253,8 +253,8 @@ void VXCompareDataWindow::updateFilters()
     m_isListed = m_isCancelled = m_isStale = false;
     VXDocument *left = document(CompareSheet::Left);
     VXDocument *right = document(CompareSheet::Right);
-    m_foundKeys.clear();
-    m_differentFields.clear();
+    m_found = {};
+    m_comparedAgain = {};
     if (!left || !right || left == right) {
         showFieldCounts();
         showKeys({});
@@ -283,9 +283,7 @@ void VXCompareDataWindow::continueComparison(std::chrono::milliseconds budget)
     showCounts();
     const bool isNew = !m_isListed && m_comparison->isDone(m_comparedMode);
     if (isNew) {
-        m_foundKeys = m_comparison->keys(m_comparedMode);
-        if (m_comparedMode == CompareMode::Different)
-            m_differentFields = m_comparison->differentFields();
+        m_found = FoundKeys::of(*m_comparison, m_comparedMode);
     }
     m_isListed |= isNew;
     if (isDone)

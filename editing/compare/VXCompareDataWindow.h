@@ -4,6 +4,7 @@
 #include "editing/compare/CompareKeys.h"
 #include "editing/compare/CompareLists.h"
 #include "editing/compare/CompareSheet.h"
+#include "editing/compare/FoundKeys.h"
 #include "editing/compare/TakeAcross.h"
 
 #include <QMainWindow>
@@ -194,6 +195,8 @@ private: // taking
     void change(runebook::CompareSheet::Side side, Scope scope, const Taking &take, GoOn goOn = GoOn::AtNext);
     AfterChange placeAfter(Scope scope, GoOn goOn);
     void listAnew(AfterChange after);
+    bool isUpToDate();
+    void listAgain(AfterChange after);
     std::optional<runebook::IndexSet> rowsAfterChange(const AfterChange &after,
                                                       const QStringList &keys) const;
     QString overlooked() const;
@@ -223,8 +226,7 @@ private: // what is shown
     std::unique_ptr<runebook::KeyComparison> m_comparison; ///< while it goes on
     std::unique_ptr<runebook::CompareContent> m_content; ///< while records of very many keys are found
     runebook::CompareMode m_comparedMode = runebook::CompareMode::OnlyRight;
-    QStringList m_foundKeys; ///< of the compared mode, listed or not
-    std::vector<runebook::FieldBits> m_differentFields; ///< of these keys
+    runebook::FoundKeys m_found; ///< of the compared mode, listed or not
     std::array<qsizetype, runebook::kCompareModeCount> m_counts;
     std::chrono::milliseconds m_patience {60};
     QTimer m_workTimer;
@@ -233,6 +235,7 @@ private: // what is shown
     QList<QMetaObject::Connection> m_watches;
     runebook::CompareHistory m_history;
     runebook::CompareMenus *m_menus = nullptr;
+    std::array<InfoList, 2> m_comparedAgain; ///< all records of some keys, on either side
     std::optional<AfterChange> m_after; ///< until the list is there
     Wrap m_wrap = Wrap::None; ///< how the selection came where it is
     bool m_isChanging = false; ///< a document, by a command of this window

@@ -80,7 +80,7 @@ void VXCompareDataWindow::showFieldCounts()
 {
     const QString chosen = m_ui->fieldFilter->currentData().toString();
     std::array<qsizetype, 32> counts {};
-    for (const FieldBits bits : m_differentFields) {
+    for (const FieldBits bits : m_found.fields) {
         for (FieldBits rest = bits; rest != 0; rest &= rest - 1)
             ++counts.at(static_cast<std::size_t>(std::countr_zero(rest)));
     }
@@ -104,12 +104,12 @@ QStringList VXCompareDataWindow::keysToList() const
 {
     const std::optional<GlyphField> field = filteredField();
     if (!field || m_comparedMode != CompareMode::Different)
-        return m_foundKeys;
+        return m_found.keys;
     QStringList keys;
     const FieldBits bit = bitOf(*field);
-    for (std::size_t i = 0; i < m_differentFields.size(); ++i) {
-        if (m_differentFields[i] & bit)
-            keys << m_foundKeys.at(static_cast<qsizetype>(i));
+    for (std::size_t i = 0; i < m_found.fields.size(); ++i) {
+        if (m_found.fields[i] & bit)
+            keys << m_found.keys.at(static_cast<qsizetype>(i));
     }
     return keys;
 }

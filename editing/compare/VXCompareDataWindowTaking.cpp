@@ -25,6 +25,56 @@ CompareSheet::Side otherSide(CompareSheet::Side side)
     return side == CompareSheet::Left ? CompareSheet::Right : CompareSheet::Left;
 }
 
+/// Which records change, as long as it lives, and whether nothing else does.
+class ChangedRecords : public QObject
+{
+public:
+    ChangedRecords(VXDocument &document, CompareKey key) : m_key(key)
+    {
+        const auto moved = [this] { m_areKeptInPlace = false; };
+        connect(&document, &VXDocument::infosInserted, this, moved);
+        connect(&document, &VXDocument::infosRemoved, this, moved);
+        connect(&document, &VXDocument::infoReplaced, this, moved);
+        connect(&document, &VXDocument::infosReset, this, moved);
+        connect(&document, &VXDocument::infosChanged, this, &ChangedRecords::note);
+    }
+
+    /// Whether all of them stand where they stood, under the key that they had.
+    bool areKeptInPlace() const { return m_areKeptInPlace; }
+    QStringList keys() const
+    {
+        QStringList keys;
+        std::string buffer;
+        for (const InfoPtr &info : m_infos) {
+            const std::string_view key = keyUtf8(*info, m_key, buffer);
+            keys += QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
+        }
+        return keys;
+    }
+    bool areAllAmong(InfoList infos)
+    {
+        std::sort(infos.begin(), infos.end());
+        std::sort(m_infos.begin(), m_infos.end());
+        m_infos.erase(std::unique(m_infos.begin(), m_infos.end()), m_infos.end());
+        return std::includes(infos.begin(), infos.end(), m_infos.begin(), m_infos.end());
+    }
+
+private:
+    void note(const std::vector<VXDocument::Change> &changes)
+    {
+        constexpr GlyphField kFields[] {GlyphField::Name, GlyphField::Unicodes, GlyphField::Production};
+        for (const VXDocument::Change &change : changes) {
+            m_areKeptInPlace &= change.field != kFields[static_cast<int>(m_key)];
+            if (m_infos.empty() || m_infos.back() != change.info)
+                m_infos.push_back(change.info);
+        }
+    }
+
+    CompareKey m_key;
+    InfoList m_infos;
+    bool m_areKeptInPlace = true;
+};
+
 } // namespace
 
 // Taking
@@ -149,15 +199,20 @@ void VXCompareDataWindow::change(CompareSheet::Side side, Scope scope, const Tak
         return;
     const std::array<InfoList, 2> records = recordsIn(scope);
     TakeAcross::Outcome outcome;
-    const AfterChange after = placeAfter(scope, goOn);
+    AfterChange after = placeAfter(scope, goOn);
+    const bool wasUpToDate = isUpToDate();
     {
         const QScopedValueRollback working(m_isChanging, true);
         TakeAcross across(*source, *target, key(), options());
         outcome = take(across, records[otherSide(side)], records[side]);
         target->flushChanges();
     }
-    if (outcome.hasDone())
-        listAnew(after);
+    if (wasUpToDate && outcome.changed > 0 && outcome.inserted + outcome.removed == 0) {
+        m_comparedAgain = records;
+        listAgain(std::move(after));
+    } else if (outcome.hasDone()) {
+        listAnew(std::move(after));
+    }
     if (outcome.leftOut.records > 0)
         ErrorBubble::show(buttonOf(side), {u"Runebook"_s, 1, outcome.leftOut.text(), {}, {}});
 }
@@ -179,6 +234,32 @@ VXCompareDataWindow::AfterChange VXCompareDataWindow::placeAfter(Scope scope, Go
     if (after.row < after.formerCount)
         after.nextKey = m_filteredKeys.index(static_cast<int>(after.row)).data().toString();
     return after;
+}
+
+/// Whether the list is that of the documents as they are, so that only what a command changes has to be
+/// compared again.
+bool VXCompareDataWindow::isUpToDate()
+{
+    // What was changed before and is still to be announced makes it stale.
+    for (const CompareSheet::Side side : {CompareSheet::Left, CompareSheet::Right})
+        document(side)->flushChanges();
+    return m_isListed && !m_comparison && !m_isStale && m_comparedMode == CompareMode::Different;
+}
+
+/// Lists what is found now that some keys have changed records, all of which are in m_comparedAgain.
+void VXCompareDataWindow::listAgain(AfterChange after)
+{
+    const std::array<InfoList, 2> &records = m_comparedAgain;
+    std::vector<quint32> places;
+    places.reserve(records[CompareSheet::Left].size());
+    for (const InfoPtr &info : records[CompareSheet::Left])
+        places.push_back(static_cast<quint32>(document(CompareSheet::Left)->placeOf(info.get())));
+    m_found.compareAgain(records[CompareSheet::Left], places, records[CompareSheet::Right], key(), options());
+    m_counts[static_cast<std::size_t>(CompareMode::Different)] = m_found.keys.size();
+    m_after = std::move(after);
+    showCounts();
+    showFieldCounts();
+    showKeys(keysToList());
 }
 
 void VXCompareDataWindow::listAnew(AfterChange after)
@@ -248,12 +329,24 @@ void VXCompareDataWindow::stepInHistory(VXDocument *target, void (UndoManager::*
     AfterChange after;
     after.goOn = GoOn::AtWhatCameBack;
     after.keys = filteredKeys()->arrangedObjects();
+    const bool wasUpToDate = document(CompareSheet::Left) && document(CompareSheet::Right) && isUpToDate();
+    ChangedRecords changed(*target, key());
     {
         const QScopedValueRollback working(m_isChanging, true);
         (target->undoManager()->*step)();
         target->flushChanges();
     }
-    listAnew(after);
+    if (!wasUpToDate || !changed.areKeptInPlace()) {
+        listAnew(std::move(after));
+        return;
+    }
+    // Mostly it is what was compared again last.
+    if (!changed.areAllAmong(m_comparedAgain[target == document(CompareSheet::Right)])) {
+        const QStringList keys = changed.keys();
+        for (const CompareSheet::Side side : {CompareSheet::Left, CompareSheet::Right})
+            m_comparedAgain[side] = recordsWithKeys(document(side)->infos(), key(), keys);
+    }
+    listAgain(std::move(after));
 }
 
 void VXCompareDataWindow::saveDocuments()

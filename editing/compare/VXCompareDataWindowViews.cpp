@@ -195,6 +195,8 @@ void VXCompareDataWindow::showActions()
     };
     enable(CompareMenus::NextDifference, m_filteredKeys.rowCount() > 0);
     enable(CompareMenus::PreviousDifference, m_filteredKeys.rowCount() > 0);
+    const auto *field = qobject_cast<QPlainTextEdit *>(focusWidget());
+    enable(CompareMenus::CopyText, field && field->textCursor().hasSelection());
     VXDocument *left = document(CompareSheet::Left);
     VXDocument *right = document(CompareSheet::Right);
     const auto isUnsaved = [](const VXDocument *document) {

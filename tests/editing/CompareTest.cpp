@@ -1,5 +1,5 @@
 #include "editing/compare/CompareContent.h"
-#include "editing/compare/CompareKeys.h"
+#include "editing/compare/FoundKeys.h"
 #include "editing/compare/TakeAcross.h"
 #include "editing/compare/TextDifference.h"
 #include "tests/Table.h"
@@ -224,6 +224,28 @@ private Q_SLOTS:
                  {CompareMode::OnlyRight, CompareMode::OnlyLeft, CompareMode::Different})
                 QCOMPARE(keysOf(left, right, key, mode), keysByRule(left, right, key, mode));
         }
+        // After edits of some records a look at those is enough.
+        const auto foundNow = [&] {
+            KeyComparison comparison(left, right, CompareKey::Name, CompareMode::Different);
+            comparison.finish(CompareMode::Different);
+            return FoundKeys::of(comparison, CompareMode::Different);
+        };
+        FoundKeys found = foundNow();
+        QStringList edited;
+        for (const InfoPtr &info : right) {
+            if (dice.roll(4) == 0)
+                edited << info->name();
+            if (edited.contains(info->name()) && dice.roll(2))
+                info->setDesc(u"d%1"_s.arg(dice.roll(3)));
+        }
+        const InfoList some = recordsWithKeys(left, CompareKey::Name, edited);
+        std::vector<quint32> places;
+        for (const InfoPtr &info : some)
+            places.push_back(static_cast<quint32>(std::find(left.begin(), left.end(), info) - left.begin()));
+        found.compareAgain(some, places, recordsWithKeys(right, CompareKey::Name, edited), CompareKey::Name,
+                           {});
+        QCOMPARE(found.keys, foundNow().keys);
+        QVERIFY(found.fields == foundNow().fields && found.places == foundNow().places);
         for (int overlooked = 1; overlooked < 16; ++overlooked) {
             CompareOptions options {.ignoresCase = (overlooked & 1) != 0,
                                     .ignoresSpaces = (overlooked & 2) != 0};

@@ -413,7 +413,15 @@ private Q_SLOTS:
         typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
         QCOMPARE(linesOf(*right), before);
         QVERIFY(!right->isDocumentEdited());
-        typeKeys(m_window.get(), u"<Ctrl+Shift+Z><Ctrl+Shift+Z>"_s);
+        // By keyboard alone: the focus goes from arrow to arrow, and to the list at the end.
+        QWidget *first = button<QToolButton>(m_window.get(), u"Take Category from the left"_s);
+        first->setFocus();
+        typeKeys(first, u"<Space>"_s);
+        QCOMPARE(m_window->focusWidget()->accessibleName(), u"Take Accents from the left"_s);
+        typeKeys(m_window->focusWidget(), u"<Space>"_s);
+        QCOMPARE(m_window->focusWidget(), find<QListView>("keyView"));
+        QCOMPARE(keys(), QString());
+        typeKeys(m_window.get(), u"<Ctrl+Z><Ctrl+Z><Ctrl+Shift+Z><Ctrl+Shift+Z>"_s);
         QCOMPARE(keys(), QString());
         QVERIFY(!m_documents.at(0)->isDocumentEdited());
     }
