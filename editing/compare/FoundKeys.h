@@ -14,8 +14,8 @@ struct FoundKeys {
     /// The same for a mode that is done.
     static FoundKeys of(const KeyComparison &comparison, CompareMode mode);
 
-    /// Compares some records again, in the mode Different, when nothing but fields has changed since and no key
-    /// has. \a left and \a right are all records of some keys, \a leftPlaces where the left ones stand,
+    /// Compares some records again, in the mode Different, when nothing but fields has changed since and no
+    /// key has. \a left and \a right are all records of some keys, \a leftPlaces where the left ones stand,
     /// ascending.
     void compareAgain(const InfoList &left, const std::vector<quint32> &leftPlaces, const InfoList &right,
                       CompareKey key, const CompareOptions &options);

@@ -4,6 +4,7 @@
 #include "editing/fields/ErrorBubble.h"
 #include "model/EditedValue.h"
 #include "model/RoundTrip.h"
+#include "platform/WindowPlacement.h"
 #include "platform/documents/DocumentController.h"
 #include "ui_VXCompareDataWindow.h"
 
@@ -158,6 +159,8 @@ void VXCompareDataWindow::showDocuments(VXDocument *left, VXDocument *right)
     DocumentController::shared().commitEditing();
     m_picksMode = true;
     chooseDocuments(left, right);
+    if (!isVisible())
+        WindowPlacement::fitIntoScreen(*this);
     if (isMinimized())
         showNormal();
     show();
