@@ -411,6 +411,25 @@ private Q_SLOTS:
         QCOMPARE(info->sortName(), kept);
     }
 
+    void tellsOfConflictsAndAsks()
+    {
+        const QByteArray conflict = "<<<<<<< ours\n" + kLines + "=======\n>>>>>>> theirs\n";
+        const QByteArray file = "<glyphData>\n" + conflict + conflict + "</glyphData>\n";
+        write(file);
+        VXDocument *document = open();
+        const auto *bar = windowOf(document)->findChild<MessageBar *>();
+        QVERIFY(bar->isVisible());
+        QVERIFY2(bar->text().contains(u"2 unresolved conflicts"_s), qPrintable(bar->text()));
+        document->objectInInfosAtIndex(0)->setScript(u"latin"_s);
+        DocumentPanels::save(*document, windowOf(document));
+        QTRY_VERIFY(shownWindow<QMessageBox>());
+        const auto *question = shownWindow<QMessageBox>();
+        QVERIFY2(question->informativeText().contains(u"2 conflicts"_s),
+                 qPrintable(question->informativeText()));
+        answer(u"Cancel"_s);
+        QCOMPARE(content(), file);
+    }
+
     void tellsOfAThirdCodePointOnce()
     {
         VXDocument *document = open();
