@@ -38,36 +38,10 @@ public:
     int below(int end) { return m_random.bounded(end); }
     QString text()
     {
-        static const QStringList pieces {u"a"_s,
-                                         u"B7"_s,
-                                         u" "_s,
-                                         u"\""_s,
-                                         u"\n"_s,
-                                         u"\r"_s,
-                                         u"\t"_s,
-                                         QString(QChar(0)),
-                                         u"\x1B"_s,
-                                         u"é"_s,
-                                         u"字"_s,
-                                         u"𝔸"_s,
-                                         u"e\u0301"_s,
-                                         QString(QChar(0xD835)),
-                                         QString(QChar(0xDC38)),
-                                         u"<!--"_s,
-                                         u"-->"_s,
-                                         u"<"_s,
-                                         u"/>"_s,
-                                         u"&amp;"_s,
-                                         u"'"_s,
-                                         u"="_s,
-                                         u", "_s,
-                                         u"\u2028"_s,
-                                         u"\u0085"_s,
-                                         u"\uFEFF"_s,
-                                         u"\u00A0"_s,
-                                         QString(40, u'字'),
-                                         u"\n\t<glyph name=\"x\" />"_s,
-                                         u"0041"_s};
+        static const QStringList pieces = u"a|B7| |\"|\n|\r|\t|\x1B|é|字|𝔸|e\u0301|<!--|-->|<|/>|&amp;|'|=|, "
+                                          u"|\u2028|\u0085|\uFEFF|\u00A0|0041"
+                                          "|\n\t<glyph name=\"x\" />"_s.split(u'|')
+            << QChar(0) << QChar(0xD835) << QChar(0xDC38) << QString(40, u'字');
         QString made;
         for (int i = below(4); i > 0; --i) // mostly harmless ones, so that all outcomes occur
             made += pieces.at(below(3) ? below(3) : below(int(pieces.size())));

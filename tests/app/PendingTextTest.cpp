@@ -139,23 +139,6 @@ private Q_SLOTS:
         finishScripts(); // as the program ends; they may hold records
     }
 
-    void walksTheMenusOfTheProgram()
-    {
-        const QStringList all = commandsWhile(u"cell"_s, false);
-        const char *const wanted[] {"File > Open Recent > b.xml", "File > Quit",
-                                    "Edit > Preferences…",        "Edit > History > As Opened",
-                                    "Scripts > Set Script",       "Scripts > Show Scripts Folder",
-                                    "Scripts > Reload Scripts",   "Window > Macro Panel",
-                                    "Window > Compare Data",      "Window > a.xml",
-                                    "Help > Check for Updates…",  "Help > About Runebook"};
-        for (const char *each : wanted) {
-            const QString expected = QString::fromUtf8(each);
-            QVERIFY2(std::any_of(all.begin(), all.end(),
-                                 [&](const QString &path) { return path.startsWith(expected); }),
-                     qPrintable(expected + " is missing in\n"_L1 + all.join(u'\n')));
-        }
-    }
-
     TABLE(noCommandLosesText, (const QString &where, const QString &path), {
         addRows(row, {u"cell"_s, u"pane"_s, u"token"_s}, false);
     })

@@ -311,9 +311,11 @@ private Q_SLOTS:
                              "    item.versionString = version\n"
                              "    feed.addItem_(item)\n"
                              "best = NSApp().bestValidUpdateInAppcast_forUpdater_(feed, updater)\n"
-                             "print(best.versionString, len(feed.items()))\n"_s;
-        const Outcome outcome = run({u"--eval"_s, code}, {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s});
-        QCOMPARE(outcome.output, u"Runebook False\ncode\nchangelog.html\n2 2\n"_s);
+                             "print(best.versionString, len(feed.items()))\n"
+                             "print(askString('Which?', key='name'))\n"_s;
+        const Outcome outcome = run({u"--eval"_s, code, u"--answer"_s, u"name=A=b"_s},
+                                    {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s});
+        QCOMPARE(outcome.output, u"Runebook False\ncode\nchangelog.html\n2 2\nA=b\n"_s);
         QCOMPARE(outcome.status, 0);
     }
 

@@ -63,11 +63,12 @@ private Q_SLOTS:
         row("two", {u"a.xml"_s, u"b.xml"_s}, {u"b.xml"_s, u"a.xml"_s});
         row("one twice", {u"a.xml"_s, u"a.xml"_s}, {u"a.xml"_s});
         row("a missing one", {u"no.xml"_s}, {QString()});
+        row("a table", {u"c.txt"_s}, {u"c.txt"_s});
     })
     {
         const QTemporaryDir folder;
-        tinyFile(folder, u"a.xml"_s);
-        tinyFile(folder, u"b.xml"_s);
+        for (const QString &name : {u"a.xml"_s, u"b.xml"_s, u"c.txt"_s})
+            tinyFile(folder, name);
         QStringList paths;
         for (const QString &name : given)
             paths << folder.filePath(name);

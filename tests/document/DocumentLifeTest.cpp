@@ -1,17 +1,14 @@
 // A document from opening to closing: its name, its unsaved changes, its autosave file, and files that are
 // none.
-#include "document/VXDocument.h"
 #include "platform/StandardFolders.h"
 #include "platform/documents/AutosaveFolder.h"
-#include "platform/documents/DocumentController.h"
-#include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
+#include "tests/document/DocumentFiles.h"
 
 #include <QJsonArray>
 #include <QPointer>
 #include <QRandomGenerator>
-#include <QSignalSpy>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -19,49 +16,17 @@ using namespace runebook;
 
 namespace {
 
-DocumentController &controller()
-{
-    return DocumentController::shared();
-}
-
 QStringList autosaveFiles()
 {
     return QDir(AutosaveFolder::own()).entryList({u"*.xml"_s}, QDir::Files);
 }
 
-VXDocument *openDocument(const QString &path, Error *error = nullptr)
-{
-    return qobject_cast<VXDocument *>(controller().openDocumentWithContentsOfURLDisplay(path, false, error));
-}
-
-VXDocument *newDocument()
-{
-    return qobject_cast<VXDocument *>(controller().openUntitledDocumentAndDisplay(false));
-}
-
 } // namespace
 
-class DocumentLifeTest : public QObject
+class DocumentLifeTest : public DocumentFiles
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
-    {
-        controller().setDocumentFactory([] { return new VXDocument; });
-        controller().addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data"_s});
-        controller().addType({u"public.plain-text"_s, {u"txt"_s}, u"Table"_s});
-    }
-
-    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
-
-    void cleanup()
-    {
-        for (Document *document : QList<Document *>(controller().documentList()))
-            document->close();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(controller().documentList().isEmpty());
-    }
-
     void opensAndSaves()
     {
         write(path(u"a.xml"_s), contentOf(QStringLiteral(RUNEBOOK_TEST_DATA "/glyphdata/version2.xml")));
@@ -499,10 +464,6 @@ private Q_SLOTS:
         info->setName(u"later"_s);
         QCOMPARE(info->name(), u"later"_s);
     }
-
-private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
-    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 RUNEBOOK_TEST_MAIN(DocumentLifeTest)

@@ -2,24 +2,21 @@
 // before they lose something.
 #include "document/AutosaveForm.h"
 #include "document/GlyphDataWriter.h"
-#include "document/VXDocument.h"
 #include "platform/Background.h"
 #include "platform/StandardFolders.h"
 #include "platform/documents/AutosaveFolder.h"
 #include "platform/documents/Autosaver.h"
-#include "platform/documents/DocumentController.h"
 #include "platform/documents/Originals.h"
 #include "platform/documents/Recovery.h"
 #include "platform/documents/RescueFiles.h"
-#include "tests/Files.h"
 #include "tests/Oddities.h"
 #include "tests/OtherProcess.h"
 #include "tests/Table.h"
+#include "tests/document/DocumentFiles.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSemaphore>
-#include <QSignalSpy>
 #include <QUuid>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -36,11 +33,6 @@ const QByteArray kFile = GlyphDataWriter::header(2).c_str()
     + QByteArray("\t<glyph name=\"a\" category=\"Letter\" />\n\t<glyph name=\"b\" category=\"Letter\" />\n")
     + "</glyphData>\n";
 
-DocumentController &controller()
-{
-    return DocumentController::shared();
-}
-
 /// The glyph data file that an autosaved content begins with.
 QByteArray autosavedFile(const QString &path)
 {
@@ -48,24 +40,10 @@ QByteArray autosavedFile(const QString &path)
     return content.left(content.lastIndexOf("<!-- runebook autosave"));
 }
 
-VXDocument *openDocument(const QString &path)
-{
-    return qobject_cast<VXDocument *>(controller().openDocumentWithContentsOfURLDisplay(path, false));
-}
-
-void setUpController()
-{
-    controller().setDocumentFactory([] { return new VXDocument; });
-    controller().addType({u"public.xml"_s, {u"xml"_s}, u"Glyph data"_s});
-    controller().addType({u"public.plain-text"_s, {u"txt"_s}, u"Table"_s});
-}
-
 /// Opens the file, or makes a new document without one, renames the first record and autosaves.
 void editAndAutosave(const QString &path)
 {
-    auto *document = path.isEmpty()
-        ? qobject_cast<VXDocument *>(controller().openUntitledDocumentAndDisplay(false))
-        : openDocument(path);
+    auto *document = path.isEmpty() ? newDocument() : openDocument(path);
     if (path.isEmpty())
         document->addInfo(VXGlyphInfo::init());
     document->objectInInfosAtIndex(0)->setName(u"recovered"_s);
@@ -102,25 +80,16 @@ QStringList contentsIn(const QString &folder, const QString &pattern)
 
 } // namespace
 
-class DocumentRecoveryTest : public QObject
+class DocumentRecoveryTest : public DocumentFiles
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { setUpController(); }
-
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
+        DocumentFiles::init();
         qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data"_s)));
         write(path(u"a.xml"_s), kFile);
         write(path(u"a.txt"_s), "name\tunicode\nA\t41\n");
-    }
-
-    void cleanup()
-    {
-        for (Document *document : QList<Document *>(controller().documentList()))
-            document->close();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     // the first: nothing was freed yet in which a large block would fit
@@ -643,14 +612,6 @@ private Q_SLOTS:
         QCOMPARE(document->countOfInfos(), 1);
         QCOMPARE(document->fileWatch().check(), FileWatch::Change::None);
     }
-
-private:
-    QString path(const QString &name) const
-    {
-        return m_folder->filePath(name);
-    }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 RUNEBOOK_TEST_MAIN_WITH(DocumentRecoveryTest, kWorks)

@@ -157,8 +157,9 @@ private Q_SLOTS:
         QRandomGenerator random(5);
         QByteArray bytes = "<glyphData>\n";
         while (bytes.size() < 9'000'000) {
-            bytes += "\t<glyph unicode=\"" + QByteArray::number(random.bounded(65536), 16).toUpper()
-                + "\" name=\"n" + QByteArray::number(bytes.size()) + '"';
+            bytes += (random.bounded(500) ? "\t" : "\u0085") + "<glyph unicode=\""_ba
+                + QByteArray::number(random.bounded(65536), 16).toUpper() + "\" name=\"n"
+                + QByteArray::number(bytes.size()) + '"';
             if (random.bounded(8) == 0)
                 bytes += " description=\"é" + QByteArray(random.bounded(300), 'd') + "\"";
             if (random.bounded(2'000) == 0)

@@ -489,29 +489,6 @@ private Q_SLOTS:
         QCOMPARE(matches(Predicate::all({})), matches(Predicate()));
         QCOMPARE(Predicate::all({}).predicateFormat(), u"TRUEPREDICATE"_s);
     }
-
-    void theTreeCanBeRead()
-    {
-        const Predicate predicate =
-            *Predicate::parse(u"name contains[cd] \"Straße\" && (unicode IN HEXRANGE(41, 43) && !a > 1)"_s);
-        const auto &group = std::get<PredicateGroup>(predicate.root().test);
-        QVERIFY(group.kind == PredicateGroup::Kind::All);
-        QCOMPARE(group.members.size(), size_t(2));
-
-        const auto &text = std::get<TextTest>(group.members[0].test);
-        QCOMPARE(text.key, u"name"_s);
-        QVERIFY(text.relation == TextTest::Relation::Contains);
-        QCOMPARE(text.folding, Fold::Case | Fold::Diacritics);
-        QCOMPARE(QByteArray::fromStdString(text.text), QByteArray("strasse"));
-        QVERIFY(text.accepts("hauptstrasse"));
-        QVERIFY(!text.acceptsElement("hauptstrasse"));
-
-        const auto &inner = std::get<PredicateGroup>(group.members[1].test);
-        QVERIFY((std::get<HexRangeTest>(inner.members[0].test).range == HexRange {0x41, 0x43}));
-        const auto &negation = std::get<PredicateGroup>(inner.members[1].test);
-        QVERIFY(negation.kind == PredicateGroup::Kind::None);
-        QCOMPARE(std::get<NumberTest>(negation.members[0].test).number, 1.0);
-    }
 };
 
 RUNEBOOK_TEST_MAIN(PredicateTest)

@@ -215,17 +215,6 @@ private Q_SLOTS:
         }
     }
 
-    void foldingTwiceIsFoldingOnce()
-    {
-        for (const Folding folding : kEveryFolding) {
-            for (char32_t point = 0; point <= QChar::LastValidCodePoint; ++point) {
-                const QString once = foldForSearch(fromPoint(point), folding);
-                if (foldForSearch(once, folding) != once)
-                    QFAIL(qPrintable(u"U+%1 under %2"_s.arg(point, 4, 16).arg(folding.toInt())));
-            }
-        }
-    }
-
     void randomTextsFollowTheModel()
     {
         const SlowFolding model;

@@ -304,16 +304,26 @@ private Q_SLOTS:
         Panel panel(3);
         panel.bar->setTearOffStyle(VXTabBarControl::TearOffMiniature);
         show(panel);
-        const auto dragWindows = [&panel] {
-            const auto children = panel.bar->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
-            return std::ranges::count_if(children, [](const QWidget *child) {
-                return child->inherits("PSMTabDragWindow") && child->isVisible();
-            });
+        QWidget *torn = nullptr;
+        const auto dragWindows = [&panel, &torn] {
+            int count = 0;
+            for (QWidget *child : panel.bar->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+                if (child->inherits("PSMTabDragWindow") && child->isVisible())
+                    torn = child, ++count;
+            }
+            return count;
         };
         const QPointF start = middleOf(panel.cell(u"A"_s));
         carry(panel, u"A"_s, {QPointF(20, 0), QPointF(40, 90)});
         QVERIFY(panel.cell(u"A"_s)->is(PSMTabBarCell::TornOff));
         QCOMPARE(dragWindows(), 1);
+        // What the tab holds hangs below it.
+        const QImage picture = torn->grab().toImage();
+        const int top = panel.bar->height() + 2;
+        const QImage content = picture.copy(2, top, picture.width() - 4, picture.height() - top - 2);
+        QImage blank = content;
+        blank.fill(content.pixelColor(0, 0));
+        QVERIFY(content != blank);
         send(panel.bar, QEvent::MouseMove, start + QPointF(5, 0), Qt::NoButton, Qt::LeftButton);
         QVERIFY(!panel.cell(u"A"_s)->is(PSMTabBarCell::TornOff));
         QCOMPARE(dragWindows(), 0);
