@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "platform/defaults/UserDefaults.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
@@ -313,8 +314,8 @@ private Q_SLOTS:
                              "best = NSApp().bestValidUpdateInAppcast_forUpdater_(feed, updater)\n"
                              "print(best.versionString, len(feed.items()))\n"
                              "print(askString('Which?', key='name'))\n"_s;
-        const Outcome outcome = run({u"--eval"_s, code, u"--answer"_s, u"name=A=b"_s},
-                                    {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s});
+        const Outcome outcome =
+            run({u"--eval"_s, code, u"--answer"_s, u"name=A=b"_s}, {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s});
         QCOMPARE(outcome.output, u"Runebook False\ncode\nchangelog.html\n2 2\nA=b\n"_s);
         QCOMPARE(outcome.status, 0);
     }
@@ -333,6 +334,9 @@ private Q_SLOTS:
         QVERIFY(!process.waitForFinished(1500));
         process.terminate();
         QVERIFY(process.waitForFinished(20'000));
+        // What was open is kept for the next start.
+        const UserDefaults defaults(qEnvironmentVariable("RUNEBOOK_DEFAULTS"));
+        QVERIFY(!defaults.arrayForKey(u"VXOpenWindows"_s).isEmpty());
     }
 };
 
