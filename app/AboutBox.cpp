@@ -1,6 +1,6 @@
 #include "app/AboutBox.h"
 
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/PythonFunctions.h"
 

@@ -3,6 +3,7 @@
 #include "platform/TurningWindows.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
+#include "platform/documents/DocumentWindows.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -16,12 +17,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype kShownFailures = 8;
-
-QWidget *frontWindow()
-{
-    const QList<Document *> &documents = DocumentController::shared().documentList();
-    return documents.isEmpty() ? nullptr : documents.front()->windowController();
-}
 
 } // namespace
 
@@ -49,7 +44,7 @@ void FileOpener::openNext()
         return;
     const QString path = m_paths.takeFirst();
     Error error;
-    const TurningWindows turning(DocumentPanels::openingTitle(path), frontWindow());
+    const TurningWindows turning(DocumentPanels::openingTitle(path), DocumentWindows::front());
     if (!DocumentController::shared().openDocumentWithContentsOfURLDisplay(path, true, &error)
         && ++m_failureCount <= kShownFailures)
         m_failures << error.text();
@@ -66,7 +61,7 @@ void FileOpener::openBehind()
     if (m_paths.isEmpty() || m_progress)
         return;
     m_openingMany.emplace();
-    m_progress = new QProgressDialog(frontWindow());
+    m_progress = new QProgressDialog(DocumentWindows::front());
     m_progress->setObjectName(u"openingFiles"_s);
     m_progress->setAttribute(Qt::WA_DeleteOnClose);
     m_progress->setAttribute(Qt::WA_ShowWithoutActivating);
@@ -116,7 +111,7 @@ void FileOpener::finish()
     const QString text = count == 1
         ? tr("A file could not be opened.")
         : tr("%1 files could not be opened.").arg(QLocale().toString(static_cast<qlonglong>(count)));
-    DocumentPanels::present({{}, 0, text, failures.join(u'\n'), {}}, frontWindow());
+    DocumentPanels::present({{}, 0, text, failures.join(u'\n'), {}}, DocumentWindows::front());
 }
 
 } // namespace runebook

@@ -1,7 +1,7 @@
 #include "app/RunWatchWindow.h"
 
 #include "platform/Appearance.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QApplication>
 #include <QFile>

@@ -15,6 +15,7 @@
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
+#include "platform/documents/DocumentWindows.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/RunIndicator.h"
@@ -34,12 +35,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kUpdateDelayMs = 3'000;
-
-QWidget *frontWindow()
-{
-    const QList<Document *> &documents = DocumentController::shared().documentList();
-    return documents.isEmpty() ? nullptr : documents.front()->windowController();
-}
 
 } // namespace
 
@@ -125,7 +120,7 @@ void VXAppDelegate::terminate()
 void VXAppDelegate::openFromElsewhere(const QStringList &paths)
 {
     m_fileOpener->open(paths);
-    if (QWidget *window = frontWindow()) {
+    if (QWidget *window = DocumentWindows::front()) {
         window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
         window->raise();
         window->activateWindow();
@@ -208,7 +203,7 @@ void VXAppDelegate::showScriptingDocu()
         QDesktopServices::openUrl(QUrl::fromLocalFile(page));
     else
         DocumentPanels::present({u"HelpError"_s, 1, tr("The documentation is not installed."), page, {}},
-                                frontWindow());
+                                DocumentWindows::front());
 }
 
 QString VXAppDelegate::changeLogURL()

@@ -16,12 +16,14 @@
 #include "model/VXDirectionToIndexValueTransformer.h"
 #include "platform/Appearance.h"
 #include "platform/CallLater.h"
+#include "platform/Curtain.h"
 #include "platform/MainMenu.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "platform/WindowPlacement.h"
 #include "platform/defaults/DefaultsProblem.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
+#include "platform/documents/DocumentWindows.h"
 #include "scripting/bridge/BridgedClass.h"
 #include "scripting/classes/ScriptApplication.h"
 #include "scripting/panel/RunIndicator.h"
@@ -52,7 +54,7 @@ void place(QWidget &window, const Document &document)
     QList<QWidget *> others;
     const Document *front = nullptr;
     for (const Document *other : DocumentController::shared().documentList()) {
-        QWidget *otherWindow = other == &document ? nullptr : other->windowController();
+        QWidget *otherWindow = other == &document ? nullptr : DocumentWindows::of(*other);
         if (others.size() == kLookedAt)
             break;
         if (!otherWindow || !otherWindow->isVisible() || otherWindow->isMinimized())
@@ -67,7 +69,7 @@ void place(QWidget &window, const Document &document)
     WindowPlacement::fitIntoScreen(window);
 }
 
-QWidget *makeWindow(Document &document)
+QObject *makeWindow(Document &document)
 {
     auto *window = new VXWindowController(static_cast<VXDocument &>(document));
     window->setAttribute(Qt::WA_DeleteOnClose, false);
@@ -93,6 +95,7 @@ VXAppDelegate::VXAppDelegate(QObject *parent)
 {
     initialize();
     Appearance::shared().apply();
+    Curtain::hang();
     registerDocuments();
     contributeToMenus();
     presentErrors();
@@ -247,8 +250,7 @@ void VXAppDelegate::warnOfDamagedDefaults()
     const DefaultsProblem problem = takeDefaultsProblem();
     if (!problem.isThere)
         return;
-    const QList<Document *> &documents = DocumentController::shared().documentList();
-    QWidget *window = documents.isEmpty() ? nullptr : documents.front()->windowController();
+    QWidget *window = DocumentWindows::front();
     const QString text =
         problem.keptAt.isEmpty() ? tr("Your settings cannot be read.") : tr("Your settings were damaged.");
     const QString more = problem.keptAt.isEmpty()

@@ -1,6 +1,5 @@
 // The headers that nearly every source takes: compiled once, with the library that all others stand on.
 #pragma once
-#include <QApplication>
 #include <QHash>
 #include <QList>
 #include <QObject>
@@ -9,7 +8,6 @@
 #include <QStringList>
 #include <QTimer>
 #include <QVariant>
-#include <QWidget>
 #include <algorithm>
 #include <functional>
 #include <memory>

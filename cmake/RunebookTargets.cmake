@@ -27,19 +27,32 @@ target_compile_options(runebook_options INTERFACE
     $<$<BOOL:${RUNEBOOK_WERROR}>:-Werror>)
 target_include_directories(runebook_options INTERFACE "${PROJECT_SOURCE_DIR}")
 
-# runebook_add_library(NAME SOURCES file... [DEPENDS target...]): the static library of one folder or room,
-# known to others as runebook::NAME. DEPENDS spells the architecture.
+# The headers that nearly all sources take, of target NAME: made once by the lowest library that is built with
+# widgets, and once by the lowest that is not.
+function(runebook_precompile name is_without_widgets)
+    if(is_without_widgets)
+        set(maker runebook_platform)
+        set(headers Precompiled.h)
+    else()
+        set(maker runebook_platform_widgets)
+        set(headers PrecompiledWidgets.h)
+    endif()
+    if(name STREQUAL maker)
+        target_precompile_headers(${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/${headers}")
+    else()
+        target_precompile_headers(${name} REUSE_FROM ${maker})
+    endif()
+endfunction()
+
+# runebook_add_library(NAME [WITHOUT_WIDGETS] SOURCES file... [DEPENDS target...]): the static library of one folder
+# or room, or of its rules, known to others as runebook::NAME. DEPENDS spells the architecture. What is declared
+# WITHOUT_WIDGETS links none, nor do its tests; tools/check sees to it.
 function(runebook_add_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    cmake_parse_arguments(ARG "WITHOUT_WIDGETS" "" "SOURCES;DEPENDS" ${ARGN})
     add_library(runebook_${name} STATIC ${ARG_SOURCES})
     add_library(runebook::${name} ALIAS runebook_${name})
     target_link_libraries(runebook_${name} PUBLIC runebook_options ${ARG_DEPENDS})
-    # Made once, by the library that all others stand on.
-    if(name STREQUAL "platform")
-        target_precompile_headers(runebook_${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
-    else()
-        target_precompile_headers(runebook_${name} REUSE_FROM runebook_platform)
-    endif()
+    runebook_precompile(runebook_${name} ${ARG_WITHOUT_WIDGETS})
 endfunction()
 
 set(RUNEBOOK_SANITIZER_OPTIONS
@@ -50,17 +63,17 @@ if(CMAKE_CXX_FLAGS_DEBUG MATCHES "sanitize=thread")
     list(APPEND RUNEBOOK_SANITIZER_OPTIONS "QT_NO_GLIB=1")
 endif()
 
-# runebook_add_test(NAME SOURCES file... DEPENDS target...): one Qt Test program. It finds the files of its
-# folder under RUNEBOOK_TEST_DATA and brings its own defaults and data folders (tests/TestMain.h).
+# runebook_add_test(NAME [WITHOUT_WIDGETS] SOURCES file... DEPENDS target...): one Qt Test program. It finds the
+# files of its folder under RUNEBOOK_TEST_DATA and brings its own defaults and data folders (tests/TestMain.h).
 function(runebook_add_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    cmake_parse_arguments(ARG "WITHOUT_WIDGETS" "" "SOURCES;DEPENDS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE runebook_options ${ARG_DEPENDS} Qt6::Test)
     target_compile_definitions(${name} PRIVATE
         RUNEBOOK_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
         RUNEBOOK_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
         RUNEBOOK_BUILD_DIR="${PROJECT_BINARY_DIR}")
-    target_precompile_headers(${name} REUSE_FROM runebook_platform)
+    runebook_precompile(${name} ${ARG_WITHOUT_WIDGETS})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 300

@@ -1,7 +1,7 @@
 #include "codeeditor/CompletionPopup.h"
 
 #include "codeeditor/CodeColors.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>

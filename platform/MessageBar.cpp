@@ -1,6 +1,6 @@
 #include "platform/MessageBar.h"
 
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "platform/ShownText.h"
 
 #include <QAccessible>

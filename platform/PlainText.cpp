@@ -2,20 +2,9 @@
 
 #include "platform/ShownText.h"
 
-#include <QLabel>
-#include <QMessageBox>
-
 namespace runebook {
 
 using namespace Qt::StringLiterals;
-
-QLabel *plainLabel(const QString &text, QWidget *parent)
-{
-    auto *label = new QLabel(parent);
-    label->setTextFormat(Qt::PlainText);
-    label->setText(text);
-    return label;
-}
 
 QString messageText(const QString &text)
 {
@@ -27,14 +16,6 @@ QString messageText(const QString &text)
             return shownText(text, kMostInMessage);
     }
     return shownText(text.first(end) + u"\n…"_s, kMostInMessage);
-}
-
-void setPlainTexts(QMessageBox &box, const QString &text, const QString &informativeText)
-{
-    box.setTextFormat(Qt::PlainText);
-    box.setText(messageText(text));
-    // The informative text guesses for itself what it is given.
-    box.setInformativeText(messageText(informativeText).toHtmlEscaped().replace(u'\n', u"<br>"_s));
 }
 
 QString escapedToolTip(const QString &text)

@@ -1,22 +1,15 @@
 #include "platform/TurningWindows.h"
 
 #include "platform/Background.h"
-#include "platform/PlainText.h"
 #include "platform/Unattended.h"
 
-#include <QApplication>
-#include <QDialog>
+#include <QCoreApplication>
 #include <QEventLoop>
-#include <QLabel>
-#include <QProgressBar>
 #include <QThread>
-#include <QVBoxLayout>
 #include <chrono>
 #include <future>
 
 namespace runebook {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -30,37 +23,17 @@ bool isMainThread()
     return QCoreApplication::instance() && QThread::currentThread() == QCoreApplication::instance()->thread();
 }
 
-/// Stays until the work is done, whatever is pressed.
-class Curtain : public QDialog
+TurningWindows::CurtainMaker &curtainMaker()
 {
-public:
-    Curtain(const QString &title, QWidget *parent) : QDialog(parent)
-    {
-        constexpr int kWidth = 320;
-        setObjectName(u"workApart"_s);
-        setWindowTitle(QCoreApplication::translate("TurningWindows", "Please wait"));
-        setWindowModality(Qt::ApplicationModal);
-        setAttribute(Qt::WA_QuitOnClose, false);
-        setWindowFlag(Qt::WindowCloseButtonHint, false);
-        auto *layout = new QVBoxLayout(this);
-        auto *label = plainLabel(title, this);
-        label->setWordWrap(true);
-        auto *bar = new QProgressBar(this);
-        bar->setRange(0, 0); // how far a disk has come, nobody can tell
-        bar->setTextVisible(false);
-        bar->setAccessibleName(title);
-        bar->setMinimumWidth(kWidth);
-        layout->addWidget(label);
-        layout->addWidget(bar);
-    }
-    void reject() override { }
-};
+    static TurningWindows::CurtainMaker maker;
+    return maker;
+}
 
 } // namespace
 
-TurningWindows::TurningWindows(const QString &title, QWidget *parent) : m_title(title), m_parent(parent)
+TurningWindows::TurningWindows(const QString &title, QObject *window) : m_title(title), m_window(window)
 {
-    if (!current && !isUnattended() && qobject_cast<QApplication *>(QCoreApplication::instance()))
+    if (!current && !isUnattended() && curtainMaker())
         current = this;
 }
 
@@ -68,6 +41,11 @@ TurningWindows::~TurningWindows()
 {
     if (current == this)
         current = nullptr;
+}
+
+void TurningWindows::setCurtainMaker(CurtainMaker maker)
+{
+    curtainMaker() = std::move(maker);
 }
 
 bool TurningWindows::areTurning()
@@ -84,8 +62,7 @@ void TurningWindows::waitForWork()
 
 void TurningWindows::turnUntilDone(const std::function<void()> &work)
 {
-    Curtain curtain(m_title, m_parent);
-    curtain.show();
+    const std::unique_ptr<QObject> curtain = curtainMaker()(m_title, m_window);
     QEventLoop loop;
     const auto promise = std::make_shared<std::promise<void>>();
     workApart = promise->get_future().share();

@@ -47,7 +47,7 @@ public:
     {
         if (argc < 4 || qstrcmp(argv[1], kOption) != 0)
             return;
-        const QApplication app(argc, argv);
+        const TestApplication app(argc, argv);
         for (const Work &work : works) {
             if (qstrcmp(argv[2], work.name) == 0) {
                 work.run(QString::fromLocal8Bit(argv[3]));
@@ -74,7 +74,7 @@ private:
         runebook::OtherProcess::runIfMeant(argc, argv, works);                                               \
         static const QTemporaryDir home; /* static: see TestMain.h */                                        \
         runebook::useTestHome(home.path());                                                                  \
-        QApplication app(argc, argv);                                                                        \
+        runebook::TestApplication app(argc, argv);                                                           \
         TestClass test;                                                                                      \
         return QTest::qExec(&test, argc, argv);                                                              \
     }

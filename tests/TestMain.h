@@ -1,9 +1,13 @@
 #pragma once
 
-#include <QApplication>
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
+#ifdef QT_WIDGETS_LIB
+#include <QApplication>
+#else
+#include <QGuiApplication>
+#endif
 
 /// The main function of a test program: offscreen, and with folders of its own for defaults, data and
 /// settings, so that tests run in parallel and never touch what belongs to the user.
@@ -12,12 +16,18 @@
     {                                                                                                        \
         static const QTemporaryDir home; /* goes after the settings, which write a last time as they go */   \
         runebook::useTestHome(home.path());                                                                  \
-        QApplication app(argc, argv);                                                                        \
+        runebook::TestApplication app(argc, argv);                                                           \
         TestClass test;                                                                                      \
         return QTest::qExec(&test, argc, argv);                                                              \
     }
 
 namespace runebook {
+
+#ifdef QT_WIDGETS_LIB
+using TestApplication = QApplication;
+#else
+using TestApplication = QGuiApplication; ///< of the tests of rules
+#endif
 
 /// Points every place where the program keeps something of the user's into the folder \a path.
 inline void useTestHome(const QString &path)

@@ -1,6 +1,7 @@
 #include "update/UpdateWindow.h"
 
 #include "platform/Error.h"
+#include "platform/PlainLabel.h"
 #include "platform/PlainText.h"
 #include "platform/Unattended.h"
 #include "update/PageView.h"

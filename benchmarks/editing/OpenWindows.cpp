@@ -2,6 +2,7 @@
 
 #include "benchmarks/BenchmarkSupport.h"
 #include "document/VXDocument.h"
+#include "platform/Curtain.h"
 
 #include <QApplication>
 #include <map>
@@ -37,6 +38,7 @@ VXWindowController &windowOf(int records)
         open.document->readFromURLOfType(corpusFile(records, u"xml"_s), u"public.xml"_s);
         open.window = std::make_unique<VXWindowController>(*open.document);
         open.window->show();
+        Curtain::hang();
         QApplication::processEvents();
     }
     return *open.window;

@@ -3,7 +3,6 @@
 #include "editing/compare/VXCompareDataWindow.h"
 #include "platform/MainMenu.h"
 #include "platform/MenuText.h"
-#include "platform/PlainText.h"
 #include "platform/UndoManager.h"
 #include "platform/documents/CommonMenus.h"
 #include "platform/documents/DocumentController.h"

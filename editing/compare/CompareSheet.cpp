@@ -1,6 +1,7 @@
 #include "editing/compare/CompareSheet.h"
 
 #include "platform/Appearance.h"
+#include "platform/PlainLabel.h"
 #include "platform/PlainText.h"
 
 #include <QEvent>

@@ -5,7 +5,6 @@
 #include "editing/fields/GlyphColumns.h"
 #include "platform/MainMenu.h"
 #include "platform/MenuText.h"
-#include "platform/PlainText.h"
 #include "ui_VXCompareDataWindow.h"
 
 #include <QEvent>

@@ -6,7 +6,7 @@
 #include "editing/fields/PendingTexts.h"
 #include "editing/fields/TextBox.h"
 #include "platform/Background.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "platform/ShownText.h"
 
 #include <QDialogButtonBox>

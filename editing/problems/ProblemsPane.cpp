@@ -1,7 +1,7 @@
 #include "editing/problems/ProblemsPane.h"
 
 #include "editing/problems/ProblemFixes.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -2,7 +2,7 @@
 
 #include "editing/compare/CompareDocuments.h"
 #include "editing/window/WindowSettings.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "platform/documents/DocumentPanels.h"
 #include "platform/documents/Recovery.h"
 

@@ -1,6 +1,6 @@
 #include "editing/window/EmptyTable.h"
 
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QEvent>
 #include <QGridLayout>

@@ -1,7 +1,7 @@
 #include "editing/window/GoToPanel.h"
 
 #include "editing/window/EditCommands.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

@@ -8,7 +8,7 @@
 #include "editing/fields/VXValidatingTextField.h"
 #include "editing/fields/VocabularyComboBox.h"
 #include "model/FieldTable.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QGridLayout>
 #include <QKeyEvent>

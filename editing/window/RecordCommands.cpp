@@ -13,7 +13,7 @@
 #include "model/StringHelpers.h"
 #include "platform/DesktopApplication.h"
 #include "platform/MemoryRoom.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "platform/TurningWindows.h"
 
 #include <QApplication>

@@ -1,6 +1,7 @@
 #include "editing/window/RecoveryPanel.h"
 
 #include "editing/compare/CompareDocuments.h"
+#include "platform/PlainLabel.h"
 #include "platform/PlainText.h"
 #include "platform/documents/DocumentController.h"
 

@@ -22,6 +22,7 @@
 #include "platform/MessageBar.h"
 #include "platform/UndoManager.h"
 #include "platform/documents/DocumentController.h"
+#include "platform/documents/DocumentWindows.h"
 
 #include <QLocale>
 #include <QStatusBar>
@@ -162,6 +163,8 @@ void WindowContent::connectDocument()
     });
     connect(&m_document, &VXDocument::infosReset, this, &WindowContent::showSelection);
     connect(&m_document, &Document::aboutToClose, &m_window, &QWidget::hide);
+    connect(&m_document, &Document::frontRequested, &m_window,
+            [this] { DocumentWindows::bringToFront(m_window); });
     connect(&m_document, &VXDocument::windowMade, m_state, &StateChange::note);
     connect(&m_document, &VXDocument::elementChanged, this, &WindowContent::showSelection);
     connect(m_document.undoManager(), &UndoManager::changed, m_state, &StateChange::note);

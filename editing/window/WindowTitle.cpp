@@ -2,7 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "editing/records/RSRTVArrayController.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QLabel>
 #include <QLocale>

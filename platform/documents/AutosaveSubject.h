@@ -6,8 +6,6 @@
 #include <QJsonArray>
 #include <memory>
 
-class QWidget;
-
 namespace runebook {
 
 /// What an autosave keeps, and how it is asked for it. It is another thing than what a save writes: it holds
@@ -21,7 +19,7 @@ public:
     /// What it is called when autosaving has to tell of it.
     virtual QString displayName() const = 0;
     /// The window that shows it, or null.
-    virtual QWidget *windowController() const = 0;
+    virtual QObject *windowController() const = 0;
     /// Where it belongs.
     virtual AutosaveNote autosaveNote() = 0;
     /// Prints the content as autosaving keeps it, a little at a time; null when it can only be written at

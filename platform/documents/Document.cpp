@@ -10,7 +10,6 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QScopedValueRollback>
-#include <QWidget>
 
 namespace runebook {
 
@@ -346,12 +345,12 @@ bool Document::hasUnsavedWork() const
     return isDocumentEdited() || !pendingTexts().isEmpty();
 }
 
-QWidget *Document::windowController() const
+QObject *Document::windowController() const
 {
     return m_window;
 }
 
-void Document::setWindowController(QWidget *window)
+void Document::setWindowController(QObject *window)
 {
     m_window = window;
 }
@@ -380,10 +379,8 @@ void Document::close()
     m_fileWatch.watch({}, {});
     removeAutosave();
     Q_EMIT aboutToClose(this);
-    if (m_window) {
-        m_window->hide();
+    if (m_window)
         m_window->deleteLater();
-    }
     m_window.clear();
     if (OpenDocuments *others = OpenDocuments::current())
         others->removeDocument(this);

@@ -14,8 +14,6 @@
 #include <memory>
 #include <vector>
 
-class QWidget;
-
 namespace runebook {
 
 class Autosaver;
@@ -143,9 +141,10 @@ public: // what stands in editors and was not handed over yet
     bool hasUnsavedWork() const override;
 
 public: // window and life
+    // DocumentWindows has it as a widget.
     /// The main window, or null: a document without one works all the same.
-    Q_INVOKABLE QWidget *windowController() const override;
-    void setWindowController(QWidget *window);
+    Q_INVOKABLE QObject *windowController() const override;
+    void setWindowController(QObject *window);
     /// Forgets the document without asking; its window closes, records that others hold stay valid.
     Q_INVOKABLE void close();
 
@@ -169,7 +168,10 @@ public: // autosave
 Q_SIGNALS:
     void editedChanged(bool edited);
     void displayNameChanged();
+    /// Its window hides itself, and is deleted later.
     void aboutToClose(runebook::Document *document);
+    /// Asks the window to come up in front of the others.
+    void frontRequested();
     /// Asks the window to show what stands at \a place of the document.
     void showPlaceRequested(qsizetype place);
     /// Asks every pane to hand over what is being typed. Who cannot fills \a refusal.
@@ -200,7 +202,7 @@ private:
     FileState m_readState;
     SavedState *m_savedState = nullptr;
     std::unique_ptr<Autosaver> m_autosaver;
-    QPointer<QWidget> m_window;
+    QPointer<QObject> m_window;
     bool m_isPlaceholder = false;
     mutable std::vector<std::pair<QPointer<QObject>, PendingTexts>> m_pendingTexts;
     QString m_canonicalPath; ///< of the file, when it became this document's

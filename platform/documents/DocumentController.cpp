@@ -5,7 +5,6 @@
 #include "platform/documents/Autosaver.h"
 
 #include <QFileInfo>
-#include <QWidget>
 
 namespace runebook {
 
@@ -42,7 +41,7 @@ QString DocumentController::typeForURL(const QString &url) const
     return {};
 }
 
-QWidget *DocumentController::makeWindow(Document &document)
+QObject *DocumentController::makeWindow(Document &document)
 {
     if (!document.windowController() && m_windowMaker)
         document.setWindowController(m_windowMaker(document));
@@ -171,13 +170,8 @@ void DocumentController::bringToFront(Document *document)
         m_documents.move(place, 0);
         announceDocuments();
     }
-    // Windows tell when they become active, late at times: one that is active already must not ask again, or
-    // two of them take turns for ever.
-    QWidget *window = isOpeningMany() ? nullptr : document->windowController();
-    if (window && !window->isActiveWindow()) {
-        window->raise();
-        window->activateWindow();
-    }
+    if (!isOpeningMany())
+        Q_EMIT document->frontRequested();
 }
 
 void DocumentController::announceDocuments()

@@ -32,10 +32,10 @@ public: // set-up by the program
     /// A document that is not among the open ones yet; null without a factory.
     std::unique_ptr<Document> makeDocument() const override;
     /// Makes and shows the window of a document; without one documents are opened unseen.
-    using WindowMaker = std::function<QWidget *(Document &)>;
+    using WindowMaker = std::function<QObject *(Document &)>;
     void setWindowMaker(WindowMaker maker) { m_windowMaker = std::move(maker); }
     /// The window of \a document, made on first call; null in a program without windows.
-    QWidget *makeWindow(Document &document);
+    QObject *makeWindow(Document &document);
     /// Takes texts that were pending in a document's editors when it was autosaved, and answers what became
     /// of those that it refuses: sentences for the user.
     using PendingTextTaker = std::function<QStringList(Document &, const QJsonArray &)>;

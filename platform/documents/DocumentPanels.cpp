@@ -3,6 +3,7 @@
 #include "platform/FilePath.h"
 #include "platform/TurningWindows.h"
 #include "platform/documents/DocumentController.h"
+#include "platform/documents/DocumentWindows.h"
 #include "platform/documents/LossSheet.h"
 #include "platform/documents/SaveSheets.h"
 #include "platform/documents/UnsavedPanel.h"
@@ -158,7 +159,7 @@ void saveAllThenClose(QList<Guarded> documents, const std::function<void(bool)> 
         return;
     }
     Document &next = *documents.takeFirst();
-    saveWithOutcome(next, next.windowController(), [documents, then](Outcome outcome) {
+    saveWithOutcome(next, DocumentWindows::of(next), [documents, then](Outcome outcome) {
         if (outcome == Outcome::Kept)
             finish(then, false);
         else
@@ -289,7 +290,7 @@ void close(Document &document, std::function<void(bool)> then)
     }
     QMessageBox *box = SaveSheets::make(
         QMessageBox::Warning, Texts::tr("Save the changes to “%1”?").arg(document.windowTitle()),
-        Texts::tr("They will be lost if you do not save them."), document.windowController());
+        Texts::tr("They will be lost if you do not save them."), DocumentWindows::of(document));
     box->setStandardButtons(QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
     box->setDefaultButton(QMessageBox::Save);
     // The standard texts come without keys of their own.
@@ -303,7 +304,7 @@ void close(Document &document, std::function<void(bool)> then)
             guarded->close();
             finish(then, true);
         } else if (answer == QMessageBox::Save) {
-            saveWithOutcome(*guarded, guarded->windowController(), [guarded, then](Outcome outcome) {
+            saveWithOutcome(*guarded, DocumentWindows::of(*guarded), [guarded, then](Outcome outcome) {
                 if (outcome == Outcome::Saved && guarded)
                     guarded->close();
                 finish(then, outcome != Outcome::Kept);
@@ -331,7 +332,7 @@ void closeAll(std::function<void(bool)> then)
         closeOneByOne(then);
         return;
     }
-    auto *panel = new UnsavedPanel(edited, edited.front()->windowController());
+    auto *panel = new UnsavedPanel(edited, DocumentWindows::of(*edited.front()));
     const auto answered = std::make_shared<bool>(false);
     QObject::connect(panel, &UnsavedPanel::decided, qApp, [answered, then](const QList<Document *> &chosen) {
         *answered = true;

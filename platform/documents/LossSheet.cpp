@@ -1,5 +1,6 @@
 #include "platform/documents/LossSheet.h"
 
+#include "platform/PlainLabel.h"
 #include "platform/PlainText.h"
 #include "platform/TurningWindows.h"
 

@@ -1,6 +1,6 @@
 #include "platform/documents/SaveSheets.h"
 
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QCoreApplication>
 #include <QPushButton>

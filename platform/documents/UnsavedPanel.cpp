@@ -1,6 +1,6 @@
 #include "platform/documents/UnsavedPanel.h"
 
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QDialogButtonBox>
 #include <QFileInfo>

@@ -69,7 +69,8 @@ _KNOWN = {
 }
 
 # Results that the program's own types do not tell.
-_RESULTS = {("VXDocument", "undoManager"): "UndoManager"}
+_RESULTS = {("VXDocument", "undoManager"): "UndoManager",
+            ("Document", "windowController"): "VXWindowController"}
 
 
 def _meet_classes():

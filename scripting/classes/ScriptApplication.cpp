@@ -2,6 +2,7 @@
 
 #include "platform/documents/Document.h"
 #include "platform/documents/DocumentController.h"
+#include "platform/documents/DocumentWindows.h"
 
 #include <QApplication>
 #include <QMenuBar>
@@ -48,7 +49,7 @@ QObject *ScriptApplication::mainMenu() const
 {
     QList<QWidget *> windows {QApplication::activeWindow()};
     for (Document *document : DocumentController::shared().documentList())
-        windows << document->windowController();
+        windows << DocumentWindows::of(*document);
     for (const QWidget *window : windows) {
         auto *bar = window ? window->findChild<QMenuBar *>(QString(), Qt::FindDirectChildrenOnly) : nullptr;
         if (bar)

@@ -1,5 +1,6 @@
 #include "scripting/classes/ScriptDialogs.h"
 
+#include "platform/PlainLabel.h"
 #include "platform/PlainText.h"
 #include "scripting/classes/DialogSettings.h"
 #include "scripting/python/ScriptRun.h"

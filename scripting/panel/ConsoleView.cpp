@@ -2,7 +2,7 @@
 
 #include "codeeditor/CodeColors.h"
 #include "platform/Appearance.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "scripting/panel/ConsoleFormats.h"
 #include "scripting/panel/PanelSettings.h"
 

@@ -1,7 +1,7 @@
 #include "scripting/panel/FindBar.h"
 
 #include "codeeditor/JSTTextView.h"
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 
 #include <QApplication>
 #include <QGridLayout>

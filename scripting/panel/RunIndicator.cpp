@@ -1,6 +1,6 @@
 #include "scripting/panel/RunIndicator.h"
 
-#include "platform/PlainText.h"
+#include "platform/PlainLabel.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptRun.h"
 

@@ -2,6 +2,7 @@
 #include "editing/compare/CompareDocuments.h"
 #include "platform/Appearance.h"
 #include "platform/ValueTransformer.h"
+#include "platform/documents/DocumentWindows.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/RunIndicator.h"
 #include "scripting/panel/VXMacroWindow.h"
@@ -254,7 +255,7 @@ private Q_SLOTS:
         RunPump::shared().end();
         QCOMPARE(controller().documentList().size(), 3);
         for (const Document *document : controller().documentList())
-            QTRY_VERIFY(document->windowController() && document->windowController()->isVisible());
+            QTRY_VERIFY(document->windowController() && DocumentWindows::of(*document)->isVisible());
     }
 
     void stopsFromTheCompareWindow()

@@ -2,6 +2,7 @@
 #include "app/LastWindow.h"
 #include "platform/Background.h"
 #include "platform/UndoManager.h"
+#include "platform/documents/DocumentWindows.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "tests/app/AppMain.h"
 
@@ -109,11 +110,11 @@ private Q_SLOTS:
         QCOMPARE(progress->windowTitle(), u"Opening Files"_s);
         // A window that is there has nothing to do for each of those that come after it.
         QTRY_VERIFY(controller().documentList().size() > 12);
-        EventCount ofOne(*controller().documentList()[10]->windowController());
+        EventCount ofOne(*DocumentWindows::of(*controller().documentList()[10]));
         QTRY_COMPARE_WITH_TIMEOUT(controller().documentList().size(), kFiles, 60'000);
         QTRY_VERIFY(!shownWindow<QProgressDialog>());
         for (const Document *document : controller().documentList()) // shown again they come to the front
-            QVERIFY(!document->windowController()->testAttribute(Qt::WA_ShowWithoutActivating));
+            QVERIFY(!DocumentWindows::of(*document)->testAttribute(Qt::WA_ShowWithoutActivating));
         // Nobody had to hear of each of them.
         QVERIFY2(announced.size() < 10, qPrintable(QString::number(announced.size())));
         QVERIFY2(ofOne.busiest() < kFiles / 4, qPrintable(QString::number(ofOne.busiest())));

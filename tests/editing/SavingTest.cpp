@@ -2,6 +2,7 @@
 #include "editing/window/ChangedOnDisk.h"
 #include "platform/WindowPlacement.h"
 #include "platform/documents/DocumentPanels.h"
+#include "platform/documents/DocumentWindows.h"
 #include "platform/documents/UnsavedPanel.h"
 #include "tests/editing/Windows.h"
 
@@ -158,7 +159,7 @@ private Q_SLOTS:
         WindowPlacement::fitIntoScreen(large);
         large.show();
         QVERIFY(room.contains(large.frameGeometry()));
-        const QSize least = open()->windowController()->minimumSizeHint();
+        const QSize least = DocumentWindows::of(*open())->minimumSizeHint();
         QVERIFY2(least.width() <= 780 && least.height() <= 440, qPrintable(QString::number(least.width())));
     }
 
@@ -183,7 +184,7 @@ private Q_SLOTS:
         if (quits)
             DocumentPanels::closeAll([&outcome](bool all) { outcome = all; });
         else
-            document->windowController()->close();
+            DocumentWindows::of(*document)->close();
         QVERIFY(document && !outcome && !content().contains("edited"));
         for (const QString &words : answers) {
             const bool isKey = words == u"Return" || words == u"Alt+D";
@@ -196,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(!document, isClosed);
         QCOMPARE(content().contains("edited"), isSaved);
         if (document)
-            QVERIFY(document->isDocumentEdited() && document->windowController()->isVisible());
+            QVERIFY(document->isDocumentEdited() && DocumentWindows::of(*document)->isVisible());
     }
 
     /// What has no suffix gets that of the first type, and what has the suffix of a type is of that one.
@@ -209,7 +210,7 @@ private Q_SLOTS:
         auto *document = qobject_cast<VXDocument *>(controller().openUntitledDocumentAndDisplay(true));
         document->addInfo(infoNamed(u"a"_s));
         std::optional<bool> outcome;
-        DocumentPanels::saveAs(*document, document->windowController(),
+        DocumentPanels::saveAs(*document, DocumentWindows::of(*document),
                                [&outcome](bool saved) { outcome = saved; });
         auto *panel = document->windowController()->findChild<QFileDialog *>();
         QCOMPARE(panel->nameFilters().value(0), u"Glyph data (*.xml)"_s);
@@ -287,7 +288,7 @@ private Q_SLOTS:
             write(QByteArray(given).replace("\"a\"", '"' + outside + '"'));
         const QByteArray before = content();
         std::optional<bool> outcome;
-        DocumentPanels::save(*document, document->windowController(),
+        DocumentPanels::save(*document, DocumentWindows::of(*document),
                              [&outcome](bool saved) { outcome = saved; });
         for (const QString &words : answers) {
             QVERIFY(!outcome);
@@ -528,7 +529,7 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(path()) && QDir(m_folder->path()).mkdir(u"a.xml"_s));
         document->keepMine();
         std::optional<bool> outcome;
-        DocumentPanels::save(*document, document->windowController(),
+        DocumentPanels::save(*document, DocumentWindows::of(*document),
                              [&outcome](bool saved) { outcome = saved; });
         QTRY_VERIFY(shownWindow<QMessageBox>());
         QVERIFY(shownWindow<QMessageBox>()->text().contains(path()));

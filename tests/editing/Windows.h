@@ -7,6 +7,7 @@
 #include "editing/search/VXSearchField.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/VXWindowController.h"
+#include "platform/Curtain.h"
 #include "platform/MainMenu.h"
 #include "platform/MessageBar.h"
 #include "platform/defaults/UserDefaults.h"
@@ -101,6 +102,7 @@ inline void makeDocumentsWithWindows()
         window->show();
         return window;
     });
+    Curtain::hang();
 }
 
 /// What a menu offers, disabled ones in parentheses.

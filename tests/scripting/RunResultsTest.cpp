@@ -17,7 +17,7 @@ namespace {
 constexpr auto kAfterFailedRun = "VXAfterFailedRun"_L1;
 
 /// As the windows of documents are made: a column with a bar.
-QWidget *makeWindow(Document &)
+QObject *makeWindow(Document &)
 {
     auto *window = new QMainWindow;
     window->setCentralWidget(new QWidget);
@@ -167,7 +167,7 @@ private Q_SLOTS:
     void asksWhereTheRunWasStarted()
     {
         const QString code = u"documents()[1][0].name = 'x'\n1/0"_s;
-        QWidget *window = DocumentController::shared().makeWindow(*m_documents.first());
+        auto *window = qobject_cast<QWidget *>(DocumentController::shared().makeWindow(*m_documents.first()));
         window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window));
         run(code);
