@@ -47,7 +47,8 @@ void MarkedTextDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     QTextOption lineOption;
     lineOption.setWrapMode(QTextOption::NoWrap);
     layout.setTextOption(lineOption);
-    layout.setFormats(formatsFor(index.data(RangesRole).value<std::vector<UnitRange>>(), shown.size(), mark));
+    layout.setFormats(
+        formatsFor(index.data(MarkedText::RangesRole).value<std::vector<UnitRange>>(), shown.size(), mark));
     layout.beginLayout();
     QTextLine line = layout.createLine();
     line.setLineWidth(area.width());

@@ -1,18 +1,10 @@
 #pragma once
 
-#include "model/StringHelpers.h"
+#include "editing/fields/MarkedText.h"
 
-#include <QMetaType>
 #include <QStyledItemDelegate>
-#include <vector>
 
 namespace runebook {
-
-/// A text and the parts of it that stand out.
-struct MarkedText {
-    QString text;
-    std::vector<UnitRange> ranges;
-};
 
 /// Draws one line of plain text with marked parts: on a tint, and struck out where text goes, so that the
 /// difference does not hang on the colour alone.
@@ -20,8 +12,6 @@ class MarkedTextDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
 public:
-    /// The marked parts of the text under Qt::DisplayRole, as a std::vector<UnitRange>.
-    static constexpr int RangesRole = Qt::UserRole + 1;
     enum class Mark { Removed, Inserted };
 
     explicit MarkedTextDelegate(Mark mark, QObject *parent = nullptr)
@@ -37,5 +27,3 @@ private:
 };
 
 } // namespace runebook
-
-Q_DECLARE_METATYPE(std::vector<runebook::UnitRange>)

@@ -57,7 +57,7 @@ GlyphCellDelegate::GlyphCellDelegate(RSRTVArrayController &controller, QObject *
 bool GlyphCellDelegate::paintAsAsked(QPainter *painter, const QStyleOptionViewItem &option,
                                      const QModelIndex &index) const
 {
-    QTableView *table = m_controller.oTableView();
+    auto *table = qobject_cast<QTableView *>(m_controller.oTableView());
     const int column = index.column();
     const int row = index.row();
     QObject *cell = m_controller.tableColumnInTableViewDataCellForRow(column, table, row);
@@ -74,7 +74,7 @@ bool GlyphCellDelegate::paintAsAsked(QPainter *painter, const QStyleOptionViewIt
 
 void GlyphCellDelegate::showViewAsAsked(const QModelIndex &index) const
 {
-    QTableView *table = m_controller.oTableView();
+    auto *table = qobject_cast<QTableView *>(m_controller.oTableView());
     auto *view = qobject_cast<QWidget *>(
         m_controller.viewAtColumnRowMakeIfNecessary(index.column(), index.row(), true));
     if (!view || !table || table->indexWidget(index) == view)
@@ -151,7 +151,7 @@ bool GlyphCellDelegate::editElsewhere(const QModelIndex &index) const
 {
     const GlyphField field = fieldOfColumn(index.column());
     const InfoPtr info = m_controller.arrangedObjectAtIndex(index.row());
-    QTableView *table = m_controller.oTableView();
+    auto *table = qobject_cast<QTableView *>(m_controller.oTableView());
     if (!info || !table || !isLongValue(*info, field))
         return false;
     // Not in the middle of the key or click that asked for it.

@@ -59,7 +59,11 @@ GlyphTableView::GlyphTableView(RSRTVArrayController &controller, QWidget *parent
     setDropIndicatorShown(false); // the line of the base class spans a cell; this one draws its own
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    m_controller.setOTableView(this);
+    setModel(&m_controller);
+    setSelectionModel(m_controller.selectionModel());
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this] { m_controller.tableViewColumnDidResize(this); });
+    m_controller.setOTableView(*this);
     // A header asks of every column, each time it is painted, whether all of its cells are selected, row by
     // row. It shows no selection here, so it gets one of its own that stays empty.
     horizontalHeader()->setSelectionModel(new QItemSelectionModel(model(), horizontalHeader()));
@@ -305,6 +309,12 @@ void GlyphTableView::zoom(int steps)
     applyFontSize(size);
     restorePlace();
     Settings::kTableFontSize.set(size);
+}
+
+void GlyphTableView::repaintCorner()
+{
+    if (QWidget *corner = cornerWidget())
+        corner->update();
 }
 
 bool GlyphTableView::event(QEvent *event)

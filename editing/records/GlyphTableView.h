@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editing/records/ListTable.h"
 #include "model/VXGlyphInfo.h"
 
 #include <QTableView>
@@ -16,7 +17,7 @@ class GlyphCellDelegate;
 
 /// The table of records in a document window: columns that can be moved, sized, hidden and sorted and are
 /// remembered, in-place editing, zoom, and a place that is kept whatever happens to the rows.
-class GlyphTableView : public QTableView
+class GlyphTableView : public QTableView, public ListTable
 {
     Q_OBJECT
 public:
@@ -42,6 +43,12 @@ public:
     /// Asked before a key or a click of the user chooses something else, here or in the header; nothing
     /// happens when it answers false.
     void setLeavingCondition(std::function<bool()> condition) { m_mayLeave = std::move(condition); }
+
+public: // as the list controller sees it
+    QObject *object() override { return this; }
+    QObject *cellAt(const QModelIndex &index) const override { return itemDelegateForIndex(index); }
+    void repaintCells() override { viewport()->update(); }
+    void repaintCorner() override;
 
 Q_SIGNALS:
     void sortChanged();

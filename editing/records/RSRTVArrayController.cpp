@@ -4,13 +4,13 @@
 #include "editing/fields/EditNames.h"
 #include "editing/fields/FieldEditing.h"
 #include "editing/fields/GlyphColumns.h"
+#include "editing/records/ListTable.h"
 #include "editing/records/SortOrder.h"
 #include "editing/search/SearchColumns.h"
 #include "editing/search/SlicedFilter.h"
 #include "platform/CallLater.h"
 
 #include <QItemSelection>
-#include <QTableView>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -403,7 +403,7 @@ void RSRTVArrayController::select(const IndexSet &rows)
     }
     m_place.reset();
     if (m_tableView)
-        m_tableView->viewport()->update();
+        m_table->repaintCells();
     m_selection->select(selectionOf(*this, rows), QItemSelectionModel::Select);
 }
 

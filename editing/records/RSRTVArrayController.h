@@ -8,12 +8,12 @@
 #include <QElapsedTimer>
 #include <QItemSelectionModel>
 #include <QPointer>
-#include <QTableView>
 #include <functional>
 #include <memory>
 #include <unordered_set>
 
 namespace runebook {
+class ListTable;
 class SearchColumns;
 } // namespace runebook
 
@@ -103,8 +103,9 @@ public: // edits
                                                                     qsizetype row);
 
 public: // reordering by drag
-    Q_INVOKABLE QTableView *oTableView() const { return m_tableView; }
-    void setOTableView(QTableView *tableView);
+    Q_INVOKABLE QObject *oTableView() const { return m_tableView; }
+    /// Not owned; rows can be dragged in it from now on.
+    void setOTableView(runebook::ListTable &table);
     /// Part of giving the controller its table: rows can be dragged from now on.
     Q_INVOKABLE void awakeFromNib() { m_draggingEnabled = true; }
     Q_INVOKABLE bool draggingEnabled() const { return m_draggingEnabled; }
@@ -252,7 +253,8 @@ private:
     bool m_hasListChanged = false; ///< since a place was remembered
     bool m_isListReplaced = false;
     QElapsedTimer m_sinceCaughtUp;
-    QPointer<QTableView> m_tableView;
+    QPointer<QObject> m_tableView;
+    runebook::ListTable *m_table = nullptr; ///< as long as there is the object
     QPointer<QObject> m_delegate;
     int m_sortColumn = -1;
     Qt::SortOrder m_sortDirection = Qt::AscendingOrder;

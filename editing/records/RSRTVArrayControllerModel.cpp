@@ -2,15 +2,13 @@
 #include "editing/fields/DelegateOperation.h"
 #include "editing/fields/FieldEditing.h"
 #include "editing/fields/GlyphColumns.h"
+#include "editing/records/ListTable.h"
 #include "editing/records/RSRTVArrayController.h"
 #include "editing/records/TableDrag.h"
 
-#include <QAbstractItemDelegate>
 #include <QCoreApplication>
-#include <QHeaderView>
 #include <QIODevice>
 #include <QMimeData>
-#include <QTableView>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -91,13 +89,10 @@ QString RSRTVArrayController::dragType()
     return u"org.runebook.RSRTVArrayController"_s;
 }
 
-void RSRTVArrayController::setOTableView(QTableView *tableView)
+void RSRTVArrayController::setOTableView(ListTable &table)
 {
-    m_tableView = tableView;
-    tableView->setModel(this);
-    tableView->setSelectionModel(m_selection);
-    connect(tableView->horizontalHeader(), &QHeaderView::sectionResized, this,
-            [this] { tableViewColumnDidResize(m_tableView); });
+    m_tableView = table.object();
+    m_table = &table;
     awakeFromNib();
 }
 
@@ -295,7 +290,7 @@ QObject *RSRTVArrayController::tableViewDataCellForTableColumnRow(QObject *table
                                    nullptr, tableView, column, row);
     if (cell || !m_tableView)
         return cell;
-    return m_tableView->itemDelegateForIndex(index(row, column));
+    return m_table->cellAt(index(row, column));
 }
 
 void RSRTVArrayController::tableViewWillDisplayCellForTableColumnRow(QObject *tableView, QObject *cell,
@@ -329,7 +324,6 @@ bool RSRTVArrayController::tableViewShouldShowCellExpansionForTableColumnRow(QOb
 
 void RSRTVArrayController::tableViewColumnDidResize(QObject *tableView) const
 {
-    const auto *table = qobject_cast<QTableView *>(tableView);
-    if (QWidget *corner = table ? table->cornerWidget() : nullptr)
-        corner->update();
+    if (auto *table = dynamic_cast<ListTable *>(tableView))
+        table->repaintCorner();
 }

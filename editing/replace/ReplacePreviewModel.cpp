@@ -1,6 +1,6 @@
 #include "editing/replace/ReplacePreviewModel.h"
 
-#include "editing/fields/MarkedTextDelegate.h"
+#include "editing/fields/MarkedText.h"
 
 #include <algorithm>
 
@@ -54,7 +54,7 @@ int ReplacePreviewModel::columnCount(const QModelIndex &parent) const
 
 QVariant ReplacePreviewModel::data(const QModelIndex &index, int role) const
 {
-    if (!index.isValid() || (role != Qt::DisplayRole && role != MarkedTextDelegate::RangesRole))
+    if (!index.isValid() || (role != Qt::DisplayRole && role != MarkedText::RangesRole))
         return {};
     const ReplacePreview &preview = m_previews[static_cast<std::size_t>(index.row())];
     if (index.column() == NameColumn)
