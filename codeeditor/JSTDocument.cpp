@@ -70,7 +70,7 @@ void JSTDocument::setSourceText(JSTTextView *sourceText)
     option.setTextDirection(Qt::LeftToRight);
     m_storage->setDefaultTextOption(option);
     applyParagraphStyle();
-    parseCode(true);
+    colour(Pass::Always);
 }
 
 void JSTDocument::setDelegate(QObject *delegate)
@@ -90,7 +90,7 @@ void JSTDocument::setTokenizer(const std::shared_ptr<TDTokenizer> &tokenizer)
     m_tokenizer = tokenizer;
     m_formatsRevision = -1;
     m_runs.clear();
-    parseCode(true);
+    colour(Pass::Always);
 }
 
 void JSTDocument::addPostProcessing(const PostProcessing &block)
@@ -116,7 +116,7 @@ void JSTDocument::setFontSize(int fontSize)
         return;
     m_fontSize = fontSize;
     m_font.reset();
-    parseCode(true);
+    colour(Pass::Always);
     applyParagraphStyle();
 }
 
@@ -147,7 +147,7 @@ void JSTDocument::textStorageDidProcessEditing(int from, int removed, int added)
     }
 }
 
-void JSTDocument::parseCode(bool force)
+void JSTDocument::colour(Pass pass)
 {
     if (m_fontSize < kMinimumFontSize) {
         m_fontSize = kMinimumFontSize;
@@ -155,8 +155,10 @@ void JSTDocument::parseCode(bool force)
     }
     if (!m_storage)
         return;
-    if (force || m_sourceString.isNull() || m_sourceString != m_storage->string())
-        colourText(force ? Scope::Everything : Scope::Changes, {}, Announce::ByItself);
+    if (pass == Pass::Always)
+        colourText(Scope::Everything, {}, Announce::ByItself);
+    else if (m_sourceString.isNull() || m_sourceString != m_storage->string())
+        colourText(Scope::Changes, {}, Announce::ByItself);
 }
 
 /// Colours what an edit that made \a edited changed, from the last token in front of it to the first that is
@@ -264,7 +266,7 @@ bool JSTDocument::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange && watched == m_sourceText) {
         m_formatsRevision = -1; // what can be read depends on the background
-        parseCode(true);
+        colour(Pass::Always);
     }
     return QObject::eventFilter(watched, event);
 }

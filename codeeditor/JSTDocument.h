@@ -46,7 +46,13 @@ public: // what it works on
 public: // colouring
     /// Colours the text unless it is the one coloured last; always when \a force is set. Text shorter than
     /// two characters keeps what it has; behind 500,000 characters only the default colour remains.
-    Q_INVOKABLE void parseCode(bool force);
+    Q_INVOKABLE void parseCode(bool force) { colour(force ? Pass::Always : Pass::WhenChanged); }
+    enum class Pass {
+        WhenChanged, ///< not of the text that was coloured last
+        Always
+    };
+    /// The same for those who write C++.
+    void colour(Pass pass);
     /// The text as it was coloured last; null before the first pass.
     Q_INVOKABLE QString sourceString() const { return m_sourceString; }
     /// Runs after each pass, on the same text; an empty function removes it.

@@ -346,7 +346,7 @@ void JSTTextView::deleteWordForward()
     const QString rest = block.text().sliced(caret - block.position());
     const auto spaces = std::find_if(rest.cbegin(), rest.cend(), [](QChar c) { return c != u' '; });
     const int count = int(spaces - rest.cbegin());
-    const int end = count > 0 ? caret + count : m_storage->nextWordFromIndexForward(caret, true);
+    const int end = count > 0 ? caret + count : m_storage->nextWord(caret, VXCodeTextStorage::Way::Forward);
     if (end > caret)
         deleteRange({caret, end - caret});
 }
@@ -354,8 +354,9 @@ void JSTTextView::deleteWordForward()
 void JSTTextView::deleteWordBackward()
 {
     const TextRange selection = selectedRange();
-    const int start = selection.length > 0 ? selection.location
-                                           : m_storage->nextWordFromIndexForward(selection.location, false);
+    const int start = selection.length > 0
+        ? selection.location
+        : m_storage->nextWord(selection.location, VXCodeTextStorage::Way::Backward);
     if (start < selection.end())
         deleteRange({start, selection.end() - start});
 }

@@ -136,7 +136,7 @@ private:
     void flashOpeningBrace(int closingBrace);
     bool handleEditingKey(QKeyEvent *event);
     bool handleWordKey(QKeyEvent *event);
-    void moveByWord(bool forward, QTextCursor::MoveMode mode);
+    void moveByWord(QTextCursor::MoveOperation operation, QTextCursor::MoveMode mode);
     void deleteRange(runebook::TextRange range);
     bool selectionSpansLines() const;
     void setUpCompletions();

@@ -84,13 +84,13 @@ bool JSTTextView::handleEditingKey(QKeyEvent *event)
 bool JSTTextView::handleWordKey(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::MoveToNextWord))
-        moveByWord(true, QTextCursor::MoveAnchor);
+        moveByWord(QTextCursor::NextWord, QTextCursor::MoveAnchor);
     else if (event->matches(QKeySequence::MoveToPreviousWord))
-        moveByWord(false, QTextCursor::MoveAnchor);
+        moveByWord(QTextCursor::PreviousWord, QTextCursor::MoveAnchor);
     else if (event->matches(QKeySequence::SelectNextWord))
-        moveByWord(true, QTextCursor::KeepAnchor);
+        moveByWord(QTextCursor::NextWord, QTextCursor::KeepAnchor);
     else if (event->matches(QKeySequence::SelectPreviousWord))
-        moveByWord(false, QTextCursor::KeepAnchor);
+        moveByWord(QTextCursor::PreviousWord, QTextCursor::KeepAnchor);
     else if (event->matches(QKeySequence::DeleteEndOfWord))
         deleteWordForward();
     else if (event->matches(QKeySequence::DeleteStartOfWord))
@@ -101,10 +101,12 @@ bool JSTTextView::handleWordKey(QKeyEvent *event)
     return true;
 }
 
-void JSTTextView::moveByWord(bool forward, QTextCursor::MoveMode mode)
+void JSTTextView::moveByWord(QTextCursor::MoveOperation operation, QTextCursor::MoveMode mode)
 {
     QTextCursor cursor = textCursor();
-    cursor.setPosition(m_storage->nextWordFromIndexForward(cursor.position(), forward), mode);
+    const auto way = operation == QTextCursor::NextWord ? VXCodeTextStorage::Way::Forward
+                                                        : VXCodeTextStorage::Way::Backward;
+    cursor.setPosition(m_storage->nextWord(cursor.position(), way), mode);
     setTextCursor(cursor);
     ensureCursorVisible();
 }

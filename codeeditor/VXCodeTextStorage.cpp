@@ -205,11 +205,11 @@ TextRange VXCodeTextStorage::doubleClickAtIndex(int index) const
     return range;
 }
 
-int VXCodeTextStorage::nextWordFromIndexForward(int index, bool forward) const
+int VXCodeTextStorage::nextWord(int index, Way way) const
 {
     const int from = std::clamp(index, 0, length());
     int start = 0;
-    if (forward) {
+    if (way == Way::Forward) {
         const QString paragraph = paragraphAt(*this, from, &start);
         return start + nextComponent(paragraph, from - start);
     }

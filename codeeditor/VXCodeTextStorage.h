@@ -61,7 +61,13 @@ public: // words
     Q_INVOKABLE runebook::TextRange doubleClickAtIndex(int index) const;
     /// Where the caret goes from \a index by one word: to the next dot inside a dotted name, else to the next
     /// word's start; backward likewise.
-    Q_INVOKABLE int nextWordFromIndexForward(int index, bool forward) const;
+    Q_INVOKABLE int nextWordFromIndexForward(int index, bool forward) const
+    {
+        return nextWord(index, forward ? Way::Forward : Way::Backward);
+    }
+    enum class Way { Backward, Forward };
+    /// The same for those who write C++.
+    int nextWord(int index, Way way) const;
 
 public:
     runebook::CodeLayout &codeLayout() const { return *m_layout; }

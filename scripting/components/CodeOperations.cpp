@@ -172,7 +172,7 @@ QVariantMap CodeDocumentOperations::encodeWithCoder(JSTDocument *) const
 
 void CodeDocumentOperations::textStorageDidProcessEditing(JSTDocument *document, const QVariant &) const
 {
-    document->parseCode(false);
+    document->colour(JSTDocument::Pass::WhenChanged);
 }
 
 NewObject CodeStorageOperations::initWithAttributedString(VXCodeTextStorage *, const QVariant &contents) const

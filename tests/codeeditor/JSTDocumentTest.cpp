@@ -131,10 +131,10 @@ private Q_SLOTS:
         };
         editor.view.setString(u"def x"_s);
         editor.document.tokenizer()->setKeywords(tableWith(12));
-        editor.document.parseCode(true);
+        editor.document.colour(JSTDocument::Pass::Always);
         QCOMPARE(editor.fontAt(0).pointSizeF(), 13.0);
         editor.document.tokenizer()->setKeywords(tableWith(12.6));
-        editor.document.parseCode(true);
+        editor.document.colour(JSTDocument::Pass::Always);
         QCOMPARE(editor.fontAt(0).pointSizeF(), 12.6);
     }
 
@@ -273,10 +273,10 @@ private Q_SLOTS:
         QCOMPARE(calls, 1);
         QCOMPARE(editor.colorAt(0), QColor(Qt::magenta));
         QCOMPARE(editor.colorAt(1), keywordColor());
-        editor.document.parseCode(false); // nothing changed
+        editor.document.colour(JSTDocument::Pass::WhenChanged); // nothing changed
         QCOMPARE(calls, 1);
         editor.document.addPostProcessing({});
-        editor.document.parseCode(true);
+        editor.document.colour(JSTDocument::Pass::Always);
         QCOMPARE(editor.colorAt(0), keywordColor());
     }
 
