@@ -6,15 +6,12 @@
 #include "editing/fields/WholeValueDialog.h"
 #include "editing/records/RSRTVArrayController.h"
 #include "editing/window/CommonValues.h"
+#include "editing/window/PaneForm.h"
 #include "editing/window/PaneRow.h"
 #include "editing/window/PreviewLabel.h"
-#include "model/FieldTable.h"
 #include "platform/CallLater.h"
 
-#include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
-#include <QScrollArea>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -22,49 +19,20 @@ namespace runebook {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr int kLeastPreview = 84;
-constexpr int kMostPreview = 170;
-
-} // namespace
-
 DetailPane::DetailPane(VXDocument &document, const RSRTVArrayController &list, QWidget *parent)
     : QWidget(parent),
       m_document(document),
       m_list(list),
       m_values(new CommonValues(this)),
-      m_previewLabel(new PreviewLabel(this)),
-      m_emptyLabel(new QLabel(tr("Select a record to see and edit its fields."), this)),
-      m_form(new QWidget)
+      m_form(new PaneForm(this))
 {
     setAccessibleName(tr("Fields of the selected records"));
-    m_emptyLabel->setAlignment(Qt::AlignCenter);
-    m_emptyLabel->setWordWrap(true);
-    auto *grid = new QGridLayout(m_form);
-    grid->setContentsMargins(12, 4, 12, 12);
-    grid->setHorizontalSpacing(8);
-    grid->setVerticalSpacing(4);
-    grid->setColumnStretch(1, 1);
-    buildRows();
-    auto *scroll = new QScrollArea(this);
-    scroll->setWidget(m_form);
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setFocusPolicy(Qt::NoFocus);
-    auto *preview = new QVBoxLayout;
-    preview->setContentsMargins(12, 12, 12, 8);
-    preview->addWidget(m_previewLabel);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addLayout(preview);
-    layout->addWidget(m_emptyLabel, 1);
-    layout->addWidget(scroll, 1);
-    setMinimumWidth(240);
+    layout->addWidget(m_form);
+    for (PaneRow *row : m_form->rows())
+        connectRow(*row);
     connect(m_values, &CommonValues::foundMixed, this, &DetailPane::showMixed);
-    m_scrollArea = scroll;
     m_document.addPendingTexts(this, [this] { return pendingTexts(); });
     connect(&m_document, &VXDocument::infosChanged, this, &DetailPane::validateFields);
     connect(&m_document, &VXDocument::infosInserted, this, &DetailPane::validateFields);
@@ -74,22 +42,8 @@ DetailPane::DetailPane(VXDocument &document, const RSRTVArrayController &list, Q
 DetailPane::~DetailPane()
 {
     // The rows outlive what they would speak to.
-    for (const PaneRow *row : m_rows)
+    for (const PaneRow *row : m_form->rows())
         row->disconnect(this);
-}
-
-// Building
-
-void DetailPane::buildRows()
-{
-    constexpr auto kFields = fieldsBy<[](const FieldRow &row) { return row.editor != FieldEditor::None; }>();
-    auto &grid = static_cast<QGridLayout &>(*m_form->layout());
-    for (const GlyphField field : kFields) {
-        m_rows.push_back(new PaneRow(field, grid, static_cast<int>(m_rows.size()), this));
-        connectRow(*m_rows.back());
-    }
-    // The last one takes what room there is.
-    grid.setRowStretch(PaneRow::kGridLines * static_cast<int>(m_rows.size() - 1), 1);
 }
 
 void DetailPane::connectRow(PaneRow &row)
@@ -107,22 +61,6 @@ void DetailPane::connectRow(PaneRow &row)
         const QString name = repeatingName(m_document, row.text().split(kListSeparator));
         Q_EMIT showRequested(m_document.infoForName(name));
     });
-    connect(&row, &PaneRow::remarkChanged, this, &DetailPane::fitPreview, Qt::QueuedConnection);
-}
-
-/// The fields first; the preview takes what they leave, so that none of them is under the fold of a small
-/// window.
-void DetailPane::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-    fitPreview();
-}
-
-void DetailPane::fitPreview()
-{
-    const QMargins margins = layout()->itemAt(0)->layout()->contentsMargins();
-    const int left = height() - margins.top() - margins.bottom() - m_form->minimumSizeHint().height();
-    m_previewLabel->setFixedHeight(qBound(kLeastPreview, left, kMostPreview));
 }
 
 // Showing
@@ -139,17 +77,16 @@ void DetailPane::showSelection()
         if (!commitEditing())
             takeBackRefused();
         m_values->setInfos(std::move(selected));
-        for (PaneRow *row : m_rows)
+        for (PaneRow *row : m_form->rows())
             showRow(*row);
     } else {
         // The same records, changed from elsewhere: what is being typed stays.
-        for (PaneRow *row : m_rows) {
+        for (PaneRow *row : m_form->rows()) {
             if (!row->isChanged())
                 showRow(*row);
         }
     }
-    m_emptyLabel->setVisible(shownInfos().empty());
-    m_scrollArea->setVisible(!shownInfos().empty());
+    m_form->setRowsShown(!shownInfos().empty());
     validateFields();
     showPreview();
 }
@@ -170,7 +107,7 @@ void DetailPane::showValue(PaneRow &row, const CommonValue &value)
 
 void DetailPane::showMixed(GlyphField field)
 {
-    if (PaneRow *row = rowOf(field); row && !row->isChanged())
+    if (PaneRow *row = m_form->rowOf(field); row && !row->isChanged())
         showValue(*row, {{}, 0, true});
 }
 
@@ -185,9 +122,9 @@ WholeValueDialog *DetailPane::editWhole(GlyphField field)
 void DetailPane::showPreview()
 {
     if (shownInfos().size() == 1)
-        m_previewLabel->setFormattedText(m_document.formatStringFromInfo(shownInfos().front()));
+        previewLabel()->setFormattedText(m_document.formatStringFromInfo(shownInfos().front()));
     else
-        m_previewLabel->clear();
+        previewLabel()->clear();
 }
 
 void DetailPane::editName()
@@ -198,40 +135,27 @@ void DetailPane::editName()
     }
 }
 
+PreviewLabel *DetailPane::previewLabel() const
+{
+    return m_form->previewLabel();
+}
+
 QWidget *DetailPane::editorOf(GlyphField field) const
 {
-    const PaneRow *row = rowOf(field);
+    const PaneRow *row = m_form->rowOf(field);
     return row ? row->editor() : nullptr;
 }
 
 QWidget *DetailPane::firstEditor() const
 {
-    const auto isUsable = [](const PaneRow *row) {
-        return row->editor()->isVisible() && row->editor()->isEnabled();
-    };
-    const auto row = std::find_if(m_rows.begin(), m_rows.end(), isUsable);
-    return row == m_rows.end() ? nullptr : (*row)->editor();
-}
-
-PaneRow *DetailPane::rowOf(const QObject *editor) const
-{
-    const auto row = std::find_if(m_rows.begin(), m_rows.end(),
-                                  [editor](const PaneRow *each) { return each->editor() == editor; });
-    return row == m_rows.end() ? nullptr : *row;
-}
-
-PaneRow *DetailPane::rowOf(GlyphField field) const
-{
-    const auto row = std::find_if(m_rows.begin(), m_rows.end(),
-                                  [field](const PaneRow *each) { return each->field() == field; });
-    return row == m_rows.end() ? nullptr : *row;
+    return m_form->firstEditor();
 }
 
 // Editing
 
 void DetailPane::setFieldDelegate(QObject *delegate)
 {
-    for (const PaneRow *row : m_rows) {
+    for (const PaneRow *row : m_form->rows()) {
         if (VXValidatingTextField *field = row->validatingField())
             field->setDelegate(delegate);
     }
@@ -246,7 +170,7 @@ void DetailPane::noteTyping()
 QJsonArray DetailPane::pendingTexts() const
 {
     QJsonArray texts;
-    for (const PaneRow *row : m_rows) {
+    for (const PaneRow *row : m_form->rows()) {
         if (!shownInfos().empty() && row->isChanged())
             texts << pendingText(m_document, shownInfos(), row->field(), row->text());
     }
@@ -255,7 +179,7 @@ QJsonArray DetailPane::pendingTexts() const
 
 bool DetailPane::commitEditing(Error *refusal)
 {
-    return std::all_of(m_rows.begin(), m_rows.end(),
+    return std::all_of(m_form->rows().begin(), m_form->rows().end(),
                        [&](PaneRow *row) { return commitRow(*row, Stay::HoldsFocus, refusal); });
 }
 
@@ -295,7 +219,7 @@ void DetailPane::sayRefusal(PaneRow &row, const Error &reason, Stay stay)
         Q_EMIT remarked(remark);
     }
     if (stay == Stay::HoldsFocus) {
-        m_scrollArea->ensureWidgetVisible(row.editor());
+        m_form->scrollTo(*row.editor());
         row.editor()->setFocus();
         ErrorBubble::show(row.editor(), reason);
         return;
@@ -309,7 +233,7 @@ void DetailPane::sayRefusal(PaneRow &row, const Error &reason, Stay stay)
 /// Where the records are another program's or script's choice, a refused text has no place to stay.
 void DetailPane::takeBackRefused()
 {
-    for (PaneRow *row : m_rows) {
+    for (PaneRow *row : m_form->rows()) {
         if (!row->isChanged())
             continue;
         const Error reason = objectionToText(m_document, shownInfos(), row->field(), row->text());
@@ -320,13 +244,13 @@ void DetailPane::takeBackRefused()
 
 bool DetailPane::hasPendingText(const QObject *editor) const
 {
-    const PaneRow *row = rowOf(editor);
+    const PaneRow *row = m_form->rowOf(editor);
     return row && !shownInfos().empty() && row->hasPendingText();
 }
 
 void DetailPane::revert(const QObject *editor)
 {
-    if (PaneRow *row = rowOf(editor))
+    if (PaneRow *row = m_form->rowOf(editor))
         takeBack(*row);
 }
 
@@ -339,7 +263,7 @@ void DetailPane::takeBack(PaneRow &row)
 /// What may stand in a field depends on all records, so it is asked again whenever one has changed.
 void DetailPane::validateFields()
 {
-    for (const PaneRow *row : m_rows) {
+    for (const PaneRow *row : m_form->rows()) {
         if (VXValidatingTextField *field = row->validatingField())
             field->validateAgain();
     }
@@ -347,7 +271,7 @@ void DetailPane::validateFields()
 
 bool DetailPane::textFieldHasValidContent(QObject *object)
 {
-    const PaneRow *row = rowOf(object);
+    const PaneRow *row = m_form->rowOf(object);
     VXValidatingTextField *field = row ? row->validatingField() : nullptr;
     if (!field)
         return true;

@@ -4,15 +4,13 @@
 #include "editing/fields/FieldRemarks.h"
 
 #include <QWidget>
-#include <vector>
 
-class QLabel;
-class QScrollArea;
 class RSRTVArrayController;
 
 namespace runebook {
 
 class CommonValues;
+class PaneForm;
 class PaneRow;
 class PreviewLabel;
 class WholeValueDialog;
@@ -47,7 +45,7 @@ public:
     /// Whether the content of a field may stay; sets its error hint and shows or hides its extra button.
     bool textFieldHasValidContent(QObject *field);
 
-    PreviewLabel *previewLabel() const { return m_previewLabel; }
+    PreviewLabel *previewLabel() const;
     const InfoList &shownInfos() const;
     /// The editor of a field; null for fields that the pane does not show.
     QWidget *editorOf(GlyphField field) const;
@@ -60,15 +58,10 @@ Q_SIGNALS:
     /// Another record is to be shown.
     void showRequested(const InfoPtr &info);
 
-protected:
-    void resizeEvent(QResizeEvent *event) override;
-
 private:
     enum class Stay { Leaving, HoldsFocus };
 
-    void buildRows();
     void connectRow(PaneRow &row);
-    void fitPreview();
     void showRow(PaneRow &row);
     void showValue(PaneRow &row, const CommonValue &value);
     void showMixed(GlyphField field);
@@ -78,19 +71,13 @@ private:
     void takeBackRefused();
     void takeBack(PaneRow &row);
     void validateFields();
-    PaneRow *rowOf(const QObject *editor) const;
-    PaneRow *rowOf(GlyphField field) const;
     void noteTyping();
     QJsonArray pendingTexts() const;
 
     VXDocument &m_document;
     const RSRTVArrayController &m_list;
     CommonValues *m_values; ///< of the shown records
-    PreviewLabel *m_previewLabel;
-    QLabel *m_emptyLabel;
-    QWidget *m_form;
-    QScrollArea *m_scrollArea = nullptr; ///< around the form
-    std::vector<PaneRow *> m_rows;
+    PaneForm *m_form;
     bool m_isShowing = false;
 };
 
