@@ -225,7 +225,7 @@ private Q_SLOTS:
 
     TABLE(startsWithoutAHome, (const QString &home), {
         row("none", "");
-        row("missing", "/no/such/folder");
+        row("missing", "no such/folder"); // in the test's own folder
         row("cannot be written", "/proc/self");
         row("a file", "/dev/null");
     })
@@ -236,7 +236,7 @@ private Q_SLOTS:
                                      "RUNEBOOK_DEFAULTS", "HOME"})
             environment.remove(QString::fromLatin1(variable));
         if (!home.isEmpty())
-            environment.insert(u"HOME"_s, home);
+            environment.insert(u"HOME"_s, QDir(m_folder->path()).filePath(home));
         environment.insert(u"RUNEBOOK_QUIT_AFTER_START"_s, u"1"_s);
         process.setProcessEnvironment(environment);
         process.setProcessChannelMode(QProcess::MergedChannels);
