@@ -8,6 +8,7 @@
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptConsole.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 
 #include <QApplication>
 #include <QFile>

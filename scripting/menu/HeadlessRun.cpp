@@ -10,6 +10,7 @@
 #include "scripting/python/PythonFunctions.h"
 #include "scripting/python/PythonValue.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>

@@ -9,6 +9,7 @@
 #include "scripting/python/PythonProbe.h"
 #include "scripting/python/ScriptConsole.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -10,6 +10,7 @@
 #include "scripting/panel/LiveCompletion.h"
 #include "scripting/panel/PanelSettings.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 #include "ui_VXMacroView.h"
 
 #include <QFontDatabase>

@@ -4,6 +4,7 @@
 #include "scripting/python/PythonFunctions.h"
 #include "scripting/python/ScriptConsole.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 
 #include <QCoreApplication>
 

@@ -1,3 +1,5 @@
+#include "scripting/python/ScriptRunEntries.h"
+
 #include "platform/Error.h"
 #include "scripting/python/ErrorReport.h"
 #include "scripting/python/OutputModules.h"

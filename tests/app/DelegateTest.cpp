@@ -9,6 +9,7 @@
 #include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 #include "tests/app/AppMain.h"
 #include "update/PageView.h"
 

@@ -4,6 +4,7 @@
 #include "scripting/classes/ScriptApplication.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/KeptConsole.h"

@@ -1,6 +1,7 @@
 #include "scripting/panel/RunIndicator.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 #include "tests/Files.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"

@@ -7,6 +7,7 @@
 #include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptConsole.h"
+#include "scripting/python/ScriptRunEntries.h"
 #include "tests/scripting/EndlessLoop.h"
 
 #include <QTest>

@@ -3,6 +3,7 @@
 #include "scripting/panel/RunQuestion.h"
 #include "scripting/python/RunPump.h"
 #include "scripting/python/ScriptRun.h"
+#include "scripting/python/ScriptRunEntries.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/PanelFixture.h"
