@@ -35,6 +35,10 @@ constexpr Option kOptions[] {
      QT_TRANSLATE_NOOP(
          "CommandLine",
          "Merge three files, BASE OURS THEIRS, into OURS: 0 merged, 1 conflicts, 2 unreadable.")},
+    {"mergetool",
+     QT_TRANSLATE_NOOP("CommandLine",
+                       "Resolve the conflicts of BASE OURS THEIRS in a window and save OUT: 0 saved without "
+                       "conflicts, 1 otherwise.")},
     {"key",
      QT_TRANSLATE_NOOP("CommandLine",
                        "With --compare and --merge: what tells glyphs apart, name, unicode or production."),
@@ -200,6 +204,23 @@ QString takeMerge(const QCommandLineParser &parser, CommandLine &line)
     return {};
 }
 
+QString takeMergeTool(const QCommandLineParser &, CommandLine &line)
+{
+    if (line.files.size() != 4)
+        return Texts::tr("--mergetool takes four files: BASE OURS THEIRS OUT.");
+    const auto key = compareKeyFromWord(line.compareKey);
+    if (!key)
+        return Texts::tr("--key takes name, unicode or production.");
+    line.merge = {.base = line.files.at(0),
+                  .ours = line.files.at(1),
+                  .theirs = line.files.at(2),
+                  .output = line.files.at(3),
+                  .path = {},
+                  .key = *key,
+                  .prefer = {}};
+    return {};
+}
+
 QString takeTextConversion(const QCommandLineParser &, CommandLine &line)
 {
     return line.files.size() == 1 ? QString() : Texts::tr("--textconv takes one file.");
@@ -226,6 +247,7 @@ constexpr struct {
     {"python-stubs", CommandLine::Mode::Script, &takeStubs},
     {"compare", CommandLine::Mode::Compare, &takeCompare},
     {"merge", CommandLine::Mode::Merge, &takeMerge},
+    {"mergetool", CommandLine::Mode::MergeTool, &takeMergeTool},
     {"textconv", CommandLine::Mode::TextConversion, &takeTextConversion},
     {"git-setup", CommandLine::Mode::GitSetup, &takeGitSetup},
 };

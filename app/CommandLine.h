@@ -14,6 +14,7 @@ struct CommandLine {
         WatchRun,
         Compare,
         Merge,
+        MergeTool,
         TextConversion,
         GitSetup,
         Script,

@@ -9,6 +9,7 @@
 #include "app/VXPreferencesController.h"
 #include "editing/compare/CompareDocuments.h"
 #include "editing/compare/VXCompareDataWindow.h"
+#include "editing/merge/MergeDialog.h"
 #include "editing/problems/Problems.h"
 #include "editing/window/RecoveryPanel.h"
 #include "platform/StandardFolders.h"
@@ -109,8 +110,7 @@ void VXAppDelegate::terminate()
         m_isTerminating = false;
         if (!closed)
             return;
-        Session::store(windows);
-        m_isSessionKept = true;
+        storeSession(windows);
         if (m_macroPanelController->isWindowLoaded())
             m_macroPanelController->saveMacroTabs();
         QApplication::quit();
@@ -127,10 +127,22 @@ void VXAppDelegate::openFromElsewhere(const QStringList &paths)
     }
 }
 
+void VXAppDelegate::leaveSessionAlone()
+{
+    m_storesSession = false;
+    m_isSessionKept = true;
+}
+
+void VXAppDelegate::storeSession(const QVariantList &windows)
+{
+    if (m_storesSession)
+        Session::store(windows);
+    m_isSessionKept = true;
+}
+
 bool VXAppDelegate::keepForNextStart()
 {
-    Session::store(Session::capture());
-    m_isSessionKept = true;
+    storeSession(Session::capture());
     bool isKept = true;
     for (Document *document : DocumentController::shared().documentList()) {
         // What is being typed is kept as it stands: some of it would be refused and lost.
@@ -194,6 +206,11 @@ void VXAppDelegate::showCompareWindow()
 {
     compareWindow();
     m_compareWindow->showWindow();
+}
+
+void VXAppDelegate::showMergeDialog()
+{
+    MergeDialog::open(QApplication::activeWindow());
 }
 
 void VXAppDelegate::showScriptingDocu()

@@ -46,6 +46,8 @@ public: // start and end
     /// Keeps the session and all unsaved changes for the next start; called when the desktop ends. Never
     /// asks. False when some changes could not be kept.
     Q_INVOKABLE bool keepForNextStart();
+    /// What is open in this process is not what the next start opens.
+    void leaveSessionAlone();
 
 public: // windows
     /// Hides the panel when it can be seen and has the keyboard, brings it to the front otherwise.
@@ -55,6 +57,8 @@ public: // windows
     /// concerned), "index" (-1 likewise), "name" and "text".
     Q_INVOKABLE QVariantList problemsOfDocument(VXDocument *document) const;
     Q_INVOKABLE void showCompareWindow();
+    /// Asks what is to be merged.
+    Q_INVOKABLE void showMergeDialog();
     /// The one compare window, made on first use.
     Q_INVOKABLE QObject *compareWindow();
     /// Opens the page "index.html" of the program in the user's browser.
@@ -75,6 +79,7 @@ private: // setting up
     void contributeToMenus();
     void introduceToScripts();
     void followScripts();
+    void storeSession(const QVariantList &windows);
     void presentErrors();
     void showPendingErrors();
     void followSettings();
@@ -91,4 +96,5 @@ private: // setting up
     QStringList m_pendingErrors; ///< to be shown in the next turn of the event loop
     bool m_isTerminating = false;
     bool m_isSessionKept = false;
+    bool m_storesSession = true;
 };

@@ -177,6 +177,7 @@ void VXAppDelegate::contributeToMenus()
             action->setMenuRole(role);
         });
     };
+    add(MainMenu::File, tr("Mer&ge…"), Qt::CTRL | Qt::SHIFT | Qt::Key_G, &VXAppDelegate::showMergeDialog);
     add(MainMenu::File, tr("&Quit"), Qt::CTRL | Qt::Key_Q, &VXAppDelegate::terminate, QAction::QuitRole);
     MainMenu::addContribution(MainMenu::Edit, [](QMenu &menu, QWidget &) { menu.addSeparator(); });
     add(MainMenu::Edit, tr("Prefere&nces…"), Qt::CTRL | Qt::Key_Comma, &VXAppDelegate::showMainPreferences,

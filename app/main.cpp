@@ -8,11 +8,13 @@
 #include "app/VXAppDelegate.h"
 #include "app/VXApplication.h"
 #include "editing/compare/CompareReport.h"
+#include "editing/merge/MergeOpening.h"
 #include "editing/problems/CheckReport.h"
 #include "editing/window/WindowSettings.h"
 #include "merge/GitSetup.h"
 #include "merge/TextConversion.h"
 #include "platform/FilePath.h"
+#include "platform/PlainText.h"
 #include "platform/TurningWindows.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/RescueFiles.h"
@@ -226,6 +228,37 @@ int showWindows(const CommandLine &line)
     return status;
 }
 
+/// A window for one merge, on its own: neither session nor running program have to do with it.
+int resolveInWindow(const CommandLine &line)
+{
+    if (!areWhole(line))
+        return kWrongUse;
+    QApplication::setWindowIcon(QIcon(u":/icons/runebook.svg"_s));
+    VXAppDelegate delegate;
+    delegate.leaveSessionAlone();
+    const LastWindow lastWindow;
+    const MergeRequest &request = line.merge;
+    // Of what both sides added version control has no base.
+    const bool hasBase = QFileInfo::exists(request.base);
+    const MergeSources sources {MergeSource {{}, hasBase ? request.base : QString()},
+                                MergeSource {{}, request.ours}, MergeSource {{}, request.theirs}};
+    MergeTitles titles;
+    for (std::size_t side = 0; side < titles.size(); ++side)
+        titles[side] = QFileInfo(line.files.at(qsizetype(side))).fileName();
+    Error error;
+    PreparedMerge prepared = prepareMerge(sources, request.key);
+    MergeWindow *window = showMergeInto(std::move(prepared), titles, request.output, &error);
+    if (!window) {
+        QTextStream(stderr) << "runebook: " << terminalText(error.text()) << '\n';
+        return 1;
+    }
+    int status = 1;
+    QObject::connect(window->resolution().document(), &Document::saved, window,
+                     [&status, window] { status = window->resolution().openCount() > 0; });
+    QApplication::exec();
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -247,7 +280,7 @@ int main(int argc, char *argv[])
         const QApplication app(argc, argv);
         return showRunWatchWindow(line.sessionFile, line.files.at(0), line.files.at(1));
     }
-    if (line.mode != CommandLine::Mode::Windows) {
+    if (line.mode != CommandLine::Mode::Windows && line.mode != CommandLine::Mode::MergeTool) {
         const QCoreApplication app(argc, argv);
         return withoutWindows(line);
     }
@@ -260,7 +293,7 @@ int main(int argc, char *argv[])
     }
     try {
         const VXApplication app(argc, argv);
-        return showWindows(line);
+        return line.mode == CommandLine::Mode::MergeTool ? resolveInWindow(line) : showWindows(line);
     } catch (const std::exception &exception) {
         std::fprintf(stderr, "exception %s\n", exception.what());
         return 0;

@@ -5,6 +5,7 @@
 #include "document/AutosaveForm.h"
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
+#include "document/OpenConflicts.h"
 #include "document/SavableForm.h"
 #include "document/SavingChanges.h"
 #include "document/TabbedTable.h"
@@ -206,7 +207,13 @@ QStringList VXDocument::savingWillChange() const
 {
     if (m_isFileUnreadable)
         return {tr("The file could not be read; saving replaces all that is in it.")};
-    return m_fileNotes ? savingChanges(*m_fileNotes, m_fileVersion) : QStringList();
+    QStringList changes = m_fileNotes ? savingChanges(*m_fileNotes, m_fileVersion) : QStringList();
+    if (const qsizetype open = openConflicts(*this); open > 0)
+        changes.prepend(open == 1
+                            ? tr("One conflict of a merge is not resolved: what ours has is saved for it.")
+                            : tr("%1 conflicts of a merge are not resolved: what ours has is saved for them.")
+                                  .arg(QLocale().toString(qlonglong(open))));
+    return changes;
 }
 
 void VXDocument::takeSavedForm(const QString &type)

@@ -33,6 +33,8 @@ QList<std::pair<QString, QString>> settings(const QString &program)
         {u"merge.runebook.driver"_s, word + " --merge %O %A %B --output %A --marker-size %L --path %P"_L1},
         // An ancestor that git makes up itself must be one that can be read.
         {u"merge.runebook.recursive"_s, u"binary"_s},
+        {u"mergetool.runebook.cmd"_s, word + R"( --mergetool "$BASE" "$LOCAL" "$REMOTE" "$MERGED")"_L1},
+        {u"mergetool.runebook.trustExitCode"_s, u"true"_s},
         {u"diff.runebook.textconv"_s, word + " --textconv"_L1},
         // The record that a change stands in.
         {u"diff.runebook.xfuncname"_s, u"^[^ <].*$"_s},

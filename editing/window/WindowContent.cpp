@@ -1,6 +1,7 @@
 #include "editing/window/WindowContent.h"
 
 #include "document/VXDocument.h"
+#include "editing/merge/MergeOpening.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
 #include "editing/search/VXSearchField.h"
@@ -213,18 +214,32 @@ void WindowContent::updateTitle()
     m_state->note();
 }
 
+void WindowContent::offerToResolve(const QString &refusal)
+{
+    const qsizetype conflicts = m_document.readNotes().count(ReadNotes::Conflict);
+    if (conflicts == 0)
+        return;
+    QString text = conflicts == 1
+        ? tr("This file has one unresolved conflict. All its sides are records here.")
+        : tr("This file has %1 unresolved conflicts. All their sides are records here.")
+              .arg(QLocale().toString(conflicts));
+    if (!refusal.isEmpty())
+        text += u'\n' + refusal;
+    // What it says stands, also where something else is said later.
+    m_messages->showMessage(text, MessageBar::Stay::UntilClosed);
+    m_messages->ask(text, {{tr("&Resolve…"), [this] {
+                                Error error;
+                                if (resolveConflicts(m_document, &error))
+                                    m_messages->hide();
+                                else
+                                    offerToResolve(error.text());
+                            }}});
+}
+
 void WindowContent::showReadError()
 {
     const Error &error = m_document.readError();
-    const qsizetype conflicts = m_document.readNotes().count(ReadNotes::Conflict);
-    if (conflicts > 0) {
-        const QString number = QLocale().toString(conflicts);
-        m_messages->showMessage(
-            conflicts == 1
-                ? tr("This file has one unresolved conflict. All its sides are records here.")
-                : tr("This file has %1 unresolved conflicts. All their sides are records here.").arg(number),
-            MessageBar::Stay::UntilClosed);
-    }
+    offerToResolve();
     if (error.domain.isEmpty())
         return;
     m_messages->showMessage(tr("The file could not be read, so the document is empty.") + u'\n'

@@ -59,6 +59,8 @@ private:
     void buildStatusBar();
     void connectFeatures();
     void connectDocument();
+    /// Says how many conflicts the file has, and why they could not be resolved when that was asked for.
+    void offerToResolve(const QString &refusal = {});
     void showSelectedCount();
 
     VXSplitViewWindowController &m_window;

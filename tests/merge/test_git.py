@@ -11,7 +11,11 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools/torture"))
+from keyboard import Screen  # noqa: E402
 
 BASE = ["A", "B", "C", "D", "E"]
 
@@ -28,6 +32,16 @@ def table(*records):
         name, _, attributes = record.partition(" ")
         return f'\t<glyph name="{name}" {attributes + " " if attributes else ""}/>\n'
     return '<glyphData format="2">\n' + "".join(map(line, records)) + "</glyphData>\n"
+
+
+def own_tables(folder, program):
+    """The same with the header that the program writes, so that a save has nothing to ask."""
+    file = folder / "own.xml"
+    file.write_text(table("A"), encoding="utf-8")
+    run(program, "--save", "--lossy", "--eval", "Doc.infos()[0].setScript_('a')", file)
+    header = file.read_text(encoding="utf-8").partition("\t<glyph ")[0]
+    assert header.endswith('<glyphData format="2">\n'), header
+    return lambda *records: table(*records).replace('<glyphData format="2">\n', header)
 
 
 class Repository:
@@ -93,6 +107,34 @@ def conflicts_are_marked(folder, program):
     repository.git("checkout", "-q", "ours")
     repository.git("merge", "later", status=1)
     assert 'category="z"' in repository.text() and 'category="y"' in repository.text()
+
+
+def conflicts_are_resolved_in_the_window(folder, program, screen):
+    """With the keys that a person presses; the file tells when they have arrived."""
+    def end(repository, *keys, is_done):
+        tool = subprocess.Popen(["git", "mergetool", "-y", "-t", "runebook"], cwd=repository.folder,
+                                env={**os.environ, "DISPLAY": screen.name, "QT_QPA_PLATFORM": "xcb"},
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        finish = time.monotonic() + 120
+        while tool.poll() is None and time.monotonic() < finish:
+            if screen.focus("Merge into", seconds=5):
+                for key in keys if not is_done() else [("Control_L", "w")]:
+                    screen.key(*key)
+        if tool.poll() is None:
+            tool.terminate()
+        return tool.wait(), tool.stdout.read()
+
+    own_table = own_tables(folder, program)
+    repository = Repository(folder / "window", program)
+    repository.git("checkout", "-q", "main")
+    repository.commit(own_table(*BASE))
+    repository.branches(own_table('A category="x"', 'B script="t"', *BASE[2:]), own_table('A category="y"', "B", 'C script="o"', *BASE[3:]))
+    repository.git("merge", "theirs", status=1)
+    take_theirs, save = ("Control_L", "Shift_L", "r"), ("Control_L", "s")
+    status, output = end(repository, take_theirs, save, is_done=lambda: "<<<<" not in repository.text())
+    assert status == 0, output
+    assert repository.text() == own_table('A category="x"', 'B script="t"', 'C script="o"', *BASE[3:]), repository.text()
+    assert repository.git("status", "--short", "--untracked-files=no").startswith("M "), repository.git("status", "--short")
 
 
 def nothing_is_lost(folder, program):
@@ -166,6 +208,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", required=True)
     parser.add_argument("--docs", required=True, type=Path)
+    parser.add_argument("--window", action="store_true", help="also what needs a screen with a keyboard")
     options = parser.parse_args()
     with tempfile.TemporaryDirectory() as name:
         home = Path(name)
@@ -182,6 +225,12 @@ def main():
         other_files_merge_by_lines(home, options.program)
         example_comes_out_as_printed(home, options.program, options.docs)
         set_up_is_repeatable(home, options.program)
+        if options.window:
+            screen = Screen()
+            try:
+                conflicts_are_resolved_in_the_window(home, options.program, screen)
+            finally:
+                screen.close()
     return 0
 
 

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "editing/merge/MergeRecords.h"
+#include "editing/merge/MergeSheet.h"
+
+#include <QMainWindow>
+#include <QTimer>
+
+class QAction;
+class QLabel;
+class QListView;
+class QMenu;
+class QTabBar;
+class QToolButton;
+
+namespace runebook {
+
+/// What the sides of a merge are called: base, ours, theirs.
+using MergeTitles = std::array<QString, 3>;
+
+/// Shows a merge: the records that conflict, and those taken from either side; of each the fields that
+/// differ, ours, base and theirs side by side. Conflicts are resolved in the result, an open document, as
+/// steps of its history. Deletes itself when it is closed, and closes with the document.
+class MergeWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    enum Command {
+        Save,
+        SaveAs,
+        Close,
+        Undo,
+        Redo,
+        CopyText,
+        ShowConflicts,
+        ShowFromTheirs,
+        ShowFromOurs,
+        ShowBoth,
+        NextConflict,
+        PreviousConflict,
+        TakeFieldOurs,
+        TakeFieldTheirs,
+        TakeOurs,
+        TakeTheirs,
+        TakeAllOurs,
+        TakeAllTheirs,
+        CommandCount
+    };
+
+    MergeWindow(std::unique_ptr<MergeResolution> resolution, const MergeTitles &titles,
+                QWidget *parent = nullptr);
+    ~MergeWindow() override;
+
+    const MergeResolution &resolution() const { return *m_resolution; }
+    QAction *action(Command command) const { return m_actions[command]; }
+    MergeSheet *sheet() const { return m_sheet; }
+    QListView *list() const { return m_list; }
+    /// Hands over what is being typed; false when it is refused.
+    Q_INVOKABLE bool commitEditing() { return m_sheet->commit(); }
+
+public: // commands
+    void saveDocument();
+    void saveDocumentAs();
+    void closeWindow() { close(); }
+    void undo();
+    void redo();
+    void copyText();
+    void showMode(MergeMode mode);
+    /// Behind the last conflict comes the first again.
+    void goToNextConflict() { goToConflict(1); }
+    void goToPreviousConflict() { goToConflict(-1); }
+    /// Takes the record that is shown, of all that conflicts in it; the next conflict is shown.
+    void takeRecord(MergeSide side);
+    /// Takes the field that has the focus, or the first open one.
+    void takeField(MergeSide side);
+    void takeAll(MergeSide side);
+
+Q_SIGNALS:
+    void closed();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildContent();
+    QWidget *buildDetails();
+    void buildActions();
+    void buildMenus();
+    QMenu *addMenu(const QString &title, const QList<QList<Command>> &groups);
+    void watchDocument();
+
+    qsizetype currentNumber() const;
+    void showRow(int row);
+    void goToConflict(int step);
+    void goOn();
+    void showRecord();
+    void showState();
+    void refresh();
+    std::vector<MergeSheet::Row> rowsOf(std::size_t number, const RecordSides &sides) const;
+    QString explanation(const RecordMerge &record) const;
+    QString stateText() const;
+
+    std::unique_ptr<MergeResolution> m_resolution;
+    MergeTitles m_titles;
+    std::array<QAction *, CommandCount> m_actions {};
+    MergeRecords *m_records;
+    QTabBar *m_modes = nullptr;
+    QListView *m_list = nullptr;
+    QLabel *m_name = nullptr;
+    QLabel *m_explanation = nullptr;
+    QToolButton *m_takeOurs = nullptr;
+    QToolButton *m_takeTheirs = nullptr;
+    MergeSheet *m_sheet = nullptr;
+    QLabel *m_state = nullptr;
+    QTimer m_refresh;
+    qsizetype m_shown = -1; ///< the record that the sheet shows
+    int m_firstStep = 0; ///< of the document's history that this window may undo
+    bool m_closesOpen = false;
+};
+
+} // namespace runebook

@@ -1,0 +1,263 @@
+#include "document/OpenConflicts.h"
+#include "editing/fields/FieldEditing.h"
+#include "editing/merge/MergeDialog.h"
+#include "merge/MergedText.h"
+#include "tests/editing/Windows.h"
+
+using namespace runebook;
+
+namespace {
+
+using Row = std::map<GlyphField, QString>;
+using Table = std::map<QString, Row>; // by name, in the order of names
+
+const std::vector<GlyphField> kFields {GlyphField::Category, GlyphField::Script, GlyphField::Desc};
+
+QByteArray textOfTable(const Table &table)
+{
+    VXDocument document;
+    InfoList infos;
+    for (const auto &[name, row] : table) {
+        infos.push_back(infoNamed(name));
+        for (const auto &[field, value] : row)
+            setFieldFromText(document, {infos.back()}, field, value);
+    }
+    document.setInfos(infos);
+    return textOfDocument(document);
+}
+
+} // namespace
+
+class MergeWindowTest : public FilesFixture
+{
+    Q_OBJECT
+    QPointer<MergeWindow> m_window;
+    QRandomGenerator m_random {1};
+
+    int upTo(int count) { return int(m_random.bounded(count)); }
+    QString anyValue()
+    {
+        return QStringList {u""_s, u"Letter"_s, u"Mark"_s, u"Number"_s, u"été"_s}.at(upTo(5));
+    }
+    /// Random edits of one side.
+    Table edited(Table table)
+    {
+        for (auto each = table.begin(); each != table.end();) {
+            const int what = upTo(8);
+            for (int edit = 0; edit < what - 4; ++edit)
+                each->second[kFields[std::size_t(upTo(3))]] = anyValue();
+            each = what == 0 ? table.erase(each) : std::next(each);
+        }
+        table[u"new%1"_s.arg(upTo(4))][kFields[0]] = anyValue();
+        return table;
+    }
+    std::array<QByteArray, 3> sides(int records)
+    {
+        Table base;
+        for (int i = 0; i < records; ++i) {
+            for (const GlyphField field : kFields)
+                base[u"g%1"_s.arg(i, 3, 10, QChar(u'0'))][field] = anyValue();
+        }
+        const Table ours = edited(base);
+        const Table theirs = edited(base);
+        return {textOfTable(base), textOfTable(ours), textOfTable(theirs)};
+    }
+    static QByteArray merged(const std::array<QByteArray, 3> &sides, MergeSide prefer)
+    {
+        MergeOptions options;
+        options.prefer = prefer;
+        return textOf(*ThreeWayMerge::of(sides[0], sides[1], sides[2], options));
+    }
+    void show(const std::array<QByteArray, 3> &sides)
+    {
+        m_window = showMerge(PreparedMerge::of(sides, CompareKey::Name), {u"base"_s, u"ours"_s, u"theirs"_s},
+                             u"merged"_s);
+        QVERIFY(m_window);
+        QVERIFY(QTest::qWaitForWindowActive(m_window));
+    }
+    VXDocument *document() { return m_window->resolution().document(); }
+    QByteArray text() { return textOfDocument(*document()); }
+    qsizetype openCount() { return m_window->resolution().openCount(); }
+    void press(const QString &keys) { typeKeys(m_window, keys); }
+    std::size_t shownNumber()
+    {
+        return recordsOfMode(m_window->resolution().merge(),
+                             MergeMode::Conflicts)[std::size_t(m_window->list()->currentIndex().row())];
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        makeFolder();
+        m_random.seed(19);
+    }
+    void cleanup()
+    {
+        if (m_window)
+            document()->close();
+        closeAll();
+    }
+
+    /// Whatever is decided, by whichever means, the document holds it, and undo goes back to the letter.
+    void resolves_data()
+    {
+        QTest::addColumn<int>("seed");
+        for (int seed = 0; seed < rounds(4); ++seed)
+            QTest::addRow("%d", seed) << seed;
+    }
+    void resolves()
+    {
+        QFETCH(int, seed);
+        constexpr int kRecords = 120;
+        m_random.seed(quint32(seed));
+        const auto texts = sides(kRecords);
+        show(texts);
+        const MergeResolution &resolution = m_window->resolution();
+        const qsizetype all = resolution.conflictCount();
+        QVERIFY(all > 1);
+        const QByteArray ours = merged(texts, MergeSide::Ours);
+        QCOMPARE(text(), ours);
+        press(u"<Ctrl+Shift+R>"_s);
+        QCOMPARE(openCount(), 0);
+        QCOMPARE(text(), merged(texts, MergeSide::Theirs));
+        press(u"<Ctrl+Z>"_s);
+        QCOMPARE(openCount(), all);
+        press(u"<Ctrl+Shift+L>"_s);
+        QCOMPARE(openCount(), 0);
+        QCOMPARE(text(), ours);
+        press(u"<Ctrl+Z>"_s);
+        QCOMPARE(openCount(), all);
+
+        std::vector<std::pair<QByteArray, qsizetype>> states {{text(), openCount()}};
+        for (int step = 0; openCount() > 0 && step < 200; ++step) {
+            if (resolution.isResolved(shownNumber()))
+                press(u"<F8>"_s);
+            const std::size_t number = shownNumber();
+            QVERIFY(!resolution.isResolved(number));
+            const std::optional<GlyphField> field = m_window->sheet()->currentField();
+            const RecordSides sides = resolution.merge().sidesOf(resolution.record(number));
+            const bool takesOurs = upTo(2);
+            const InfoPtr source = takesOurs ? sides.ours : sides.theirs;
+            switch (field ? upTo(4) : 0) {
+            case 0:
+                press(takesOurs ? u"<Alt+Left>"_s : u"<Alt+Right>"_s);
+                QVERIFY(resolution.isResolved(number));
+                QCOMPARE(bool(resolution.resultOf(number)), bool(source));
+                break;
+            case 1:
+                press(takesOurs ? u"<Alt+,>"_s : u"<Alt+.>"_s);
+                QCOMPARE(resolution.resultOf(number)->displayText(*field), source->displayText(*field));
+                break;
+            case 2: {
+                auto *take = button(
+                    m_window->sheet(),
+                    (takesOurs ? u"Take %1 from ours"_s : u"Take %1 from theirs"_s).arg(fieldTitle(*field)));
+                QVERIFY(take && take->isVisible());
+                QTest::mouseClick(take, Qt::LeftButton);
+                QCOMPARE(resolution.resultOf(number)->displayText(*field), source->displayText(*field));
+                break;
+            }
+            default:
+                QLineEdit *editor = m_window->sheet()->editor(*field);
+                editor->setFocus();
+                typeKeys(editor, u"<Ctrl+A>typed%1<Return>"_s.arg(step));
+                QCOMPARE(resolution.resultOf(number)->displayText(*field), u"typed%1"_s.arg(step));
+            }
+            if (field && !resolution.isResolved(number))
+                QVERIFY(resolution.isChosen(number, *field));
+            states.emplace_back(text(), openCount());
+        }
+        QCOMPARE(openCount(), 0);
+        QCOMPARE(openConflicts(*document()), 0);
+        for (const int way : {-1, 1}) {
+            for (std::size_t i = 1; i < states.size(); ++i) {
+                press(way < 0 ? u"<Ctrl+Z>"_s : u"<Ctrl+Shift+Z>"_s);
+                const auto &[was, count] = states[way < 0 ? states.size() - 1 - i : i];
+                QCOMPARE(text(), was);
+                QCOMPARE(openCount(), count);
+            }
+        }
+    }
+
+    void asksBeforeSavingAndClosing()
+    {
+        show({"<glyphData format=\"2\">\n<glyph name=\"a\" category=\"Letter\" />\n</glyphData>\n",
+              "<glyphData format=\"2\">\n<glyph name=\"a\" category=\"Mark\" />\n</glyphData>\n",
+              "<glyphData format=\"2\">\n<glyph name=\"a\" category=\"Number\" />\n</glyphData>\n"});
+        QVERIFY(document()->savingWillChange().value(0).contains(u"One conflict"_s));
+        m_window->close();
+        answer(u"Cancel"_s);
+        QVERIFY(m_window && m_window->isVisible());
+        QLineEdit *editor = m_window->sheet()->editor(GlyphField::Category);
+        editor->setFocus();
+        typeKeys(editor, u"<Ctrl+A>a\"b"_s);
+        const QString refused = editor->text();
+        typeKeys(editor, u"<Return>"_s);
+        QCOMPARE(
+            openCount(),
+            objectionToText(*document(), document()->infos(), GlyphField::Category, refused).domain.isEmpty()
+                ? 0
+                : 1);
+        typeKeys(editor, u"<Ctrl+A>Symbol<Return>"_s);
+        QCOMPARE(openCount(), 0);
+        QVERIFY(!document()->savingWillChange().join(u' ').contains(u"conflict"_s));
+        const QPointer<VXDocument> kept = document();
+        m_window->close();
+        sendDeferredDeletes();
+        QVERIFY(!m_window);
+        QCOMPARE(kept->infos().front()->category(), u"Symbol"_s);
+    }
+
+    void mergesWhatTheDialogNames()
+    {
+        const auto texts = sides(20);
+        write(texts[0], u"base.xml"_s);
+        write(texts[1], u"ours.xml"_s);
+        write(texts[2], u"theirs.xml"_s);
+        write("no table", u"other.xml"_s);
+        open(u"ours.xml"_s);
+        MergeDialog *dialog = MergeDialog::open(nullptr);
+        QPushButton *go = button<QPushButton>(dialog, u"Merge"_s);
+        QVERIFY(!go->isEnabled());
+        dialog->setFile(MergeSide::Base, path(u"base.xml"_s));
+        dialog->chooser(MergeSide::Ours)->setCurrentIndex(0);
+        dialog->setFile(MergeSide::Theirs, path(u"other.xml"_s));
+        QTest::mouseClick(go, Qt::LeftButton);
+        QTRY_VERIFY(!dialog->errorText().isEmpty());
+        dialog->setFile(MergeSide::Theirs, path(u"theirs.xml"_s));
+        QSignalSpy merged(dialog, &MergeDialog::merged);
+        QTest::mouseClick(go, Qt::LeftButton);
+        QTRY_COMPARE(merged.size(), 1);
+        m_window = merged.first().first().value<MergeWindow *>();
+        QCOMPARE(text(), MergeWindowTest::merged(texts, MergeSide::Ours));
+        QVERIFY(windowOf(document()));
+    }
+
+    void resolvesTheConflictsOfAFile()
+    {
+        const auto texts = sides(20);
+        write(textOf(*ThreeWayMerge::of(texts[0], texts[1], texts[2], {})), u"both.xml"_s);
+        VXDocument *opened = open(u"both.xml"_s);
+        const QByteArray before = textOfDocument(*opened);
+        QPushButton *resolve = button<QPushButton>(windowOf(opened), u"Resolve…"_s);
+        QVERIFY(resolve);
+        QTest::mouseClick(resolve, Qt::LeftButton);
+        m_window = shownWindow<MergeWindow>();
+        QVERIFY(m_window);
+        QCOMPARE(document(), opened);
+        QVERIFY(openCount() > 0);
+        QCOMPARE(text(), merged(texts, MergeSide::Ours));
+        QVERIFY(QTest::qWaitForWindowActive(m_window));
+        press(u"<Ctrl+Shift+R>"_s);
+        QVERIFY(opened->savingWillChange().isEmpty());
+        press(u"<Ctrl+S>"_s);
+        QTRY_VERIFY(!opened->isDocumentEdited());
+        QCOMPARE(content(u"both.xml"_s), merged(texts, MergeSide::Theirs));
+        while (opened->undoManager()->canUndo())
+            opened->undoManager()->undo();
+        QCOMPARE(textOfDocument(*opened), before);
+    }
+};
+
+RUNEBOOK_TEST_MAIN(MergeWindowTest)
+#include "MergeWindowTest.moc"
