@@ -43,7 +43,7 @@ MessageBar::MessageBar(QWidget *parent)
     close->setAutoRaise(true);
     close->setAccessibleName(tr("Close the message"));
     connect(close, &QToolButton::clicked, this, [this] {
-        m_standing.clear();
+        forgetStanding();
         leave();
     });
     m_layout->setContentsMargins(10, 4, 6, 4);
@@ -69,12 +69,13 @@ void MessageBar::showMessage(const QString &text, Stay stay)
         m_timer->start(kShortTimeMs);
     else
         m_standing = this->text();
+    addButtons(m_standingAnswers);
 }
 
 QString MessageBar::belowStanding(const QString &text)
 {
     if (isHidden())
-        m_standing.clear(); // somebody else has closed it
+        forgetStanding(); // somebody else has closed it
     if (m_standing.isEmpty() || text == m_standing)
         return text;
     return m_standing.contains(text) ? m_standing : m_standing + u'\n' + text;
@@ -99,17 +100,36 @@ void MessageBar::leave()
         hide();
     else
         showText(m_standing);
+    addButtons(m_standingAnswers);
 }
 
-void MessageBar::ask(const QString &text, const QList<Answer> &answers)
+void MessageBar::forgetStanding()
+{
+    m_standing.clear();
+    m_standingAnswers.clear();
+}
+
+void MessageBar::ask(const QString &text, const QList<Answer> &answers, Stay stay)
 {
     removeButtons();
     showText(belowStanding(shownText(text, kMostInMessage)));
+    if (stay == Stay::UntilClosed) {
+        m_standing = this->text();
+        m_standingAnswers = answers;
+    }
+    addButtons(stay == Stay::UntilClosed ? m_standingAnswers : answers);
+}
+
+void MessageBar::addButtons(const QList<Answer> &answers)
+{
     for (const Answer &answer : answers) {
         auto *button = new QPushButton(answer.text, this);
         button->setAutoDefault(false);
         button->setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard where it is
-        connect(button, &QPushButton::clicked, this, [this, act = answer.act] {
+        const bool isStanding = &answers == &m_standingAnswers;
+        connect(button, &QPushButton::clicked, this, [this, act = answer.act, isStanding] {
+            if (isStanding)
+                forgetStanding();
             leave();
             act();
         });
@@ -133,7 +153,7 @@ void MessageBar::keyPressEvent(QKeyEvent *event)
         QFrame::keyPressEvent(event);
         return;
     }
-    m_standing.clear();
+    forgetStanding();
     leave();
 }
 

@@ -27,8 +27,9 @@ public:
         QString text; ///< of the button
         std::function<void()> act;
     };
-    /// The same with a button for each of \a answers; the bar closes, then the answer acts.
-    void ask(const QString &text, const QList<Answer> &answers);
+    /// The same with a button for each of \a answers; the bar closes, then the answer acts. A question that
+    /// stays keeps its buttons while something else is shown below it.
+    void ask(const QString &text, const QList<Answer> &answers, Stay stay = Stay::ShortTime);
     QString text() const;
 
 protected:
@@ -38,13 +39,16 @@ private:
     QString belowStanding(const QString &text);
     void showText(const QString &text);
     void leave();
+    void addButtons(const QList<Answer> &answers);
     void removeButtons();
+    void forgetStanding();
 
     QHBoxLayout *m_layout;
     QList<QPushButton *> m_buttons; // owned as children
     QLabel *m_label;
     QTimer *m_timer;
     QString m_standing; ///< stays until it is closed
+    QList<Answer> m_standingAnswers; ///< to what stays
 };
 
 } // namespace runebook

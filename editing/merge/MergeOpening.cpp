@@ -2,6 +2,7 @@
 
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
+#include "document/OpenConflicts.h"
 #include "merge/ConflictBlocks.h"
 #include "platform/Background.h"
 #include "platform/documents/DocumentController.h"
@@ -26,6 +27,16 @@ Error refusal(int code, const QString &sentence)
     return {u"MergeError"_s, code, sentence, {}, {}};
 }
 
+/// As a part of an undo step.
+void changeOpenConflicts(VXDocument &document, qsizetype count)
+{
+    document.undoManager()->registerUndo([guard = QPointer(&document), before = openConflicts(document)] {
+        if (guard)
+            changeOpenConflicts(*guard, before);
+    });
+    setOpenConflicts(document, count);
+}
+
 MergeWindow *openWindow(PreparedMerge prepared, const MergeTitles &titles, VXDocument &document, Error *error)
 {
     std::unique_ptr<MergeResolution> resolution = MergeResolution::of(std::move(prepared), document);
@@ -47,8 +58,7 @@ std::unique_ptr<VXDocument> documentOf(const PreparedMerge &prepared, Error *err
     if (prepared.error.domain.isEmpty() && document && document->readFromData(prepared.text, kType, error)) {
         document->setFileType(kType);
         document->updateChangeCount(Document::ChangeDone);
-        made.release();
-        return std::unique_ptr<VXDocument>(document);
+        return std::unique_ptr<VXDocument>(static_cast<VXDocument *>(made.release()));
     }
     if (!prepared.error.domain.isEmpty())
         fail(error, prepared.error);
@@ -144,6 +154,7 @@ MergeWindow *resolveConflicts(VXDocument &document, Error *error)
     {
         const UndoGroup group(document.undoManager(), Texts::tr("Resolve Conflicts"));
         document.takeContentOf(*result);
+        changeOpenConflicts(document, prepared.merge->count(MergeState::Conflict));
     }
     const QString name = document.displayName();
     return openWindow(std::move(prepared), {name, name, name}, document, error);

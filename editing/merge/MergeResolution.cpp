@@ -141,7 +141,7 @@ void MergeResolution::take(std::size_t number, MergeSide side)
     const UndoGroup group(m_document->undoManager(),
                           (side == MergeSide::Ours ? tr("Take “%1” from Ours") : tr("Take “%1” from Theirs"))
                               .arg(nameOf(number)));
-    takeRecord(number, side);
+    takeRecord(number, side, m_fields[number]);
     m_document->flushChanges();
 }
 
@@ -154,12 +154,12 @@ void MergeResolution::takeAll(MergeSide side)
     const UndoGroup group(m_document->undoManager(), name.arg(QLocale().toString(m_openCount)));
     for (std::size_t number = 0; number < m_states.size(); ++number) {
         if (!isResolved(number))
-            takeRecord(number, side);
+            takeRecord(number, side, m_fields[number] & ~m_states[number].chosen);
     }
     m_document->flushChanges();
 }
 
-void MergeResolution::takeRecord(std::size_t number, MergeSide side)
+void MergeResolution::takeRecord(std::size_t number, MergeSide side, FieldBits fields)
 {
     const RecordMerge &merge = record(number);
     const RecordSides sides = m_merge.sidesOf(merge);
@@ -175,8 +175,7 @@ void MergeResolution::takeRecord(std::size_t number, MergeSide side)
             m_document->insertObjectInInfosAtIndex(info, placeFor(m_items[number]));
         }
         for (const GlyphField field : mergedFields()) {
-            // A single field that was decided already stays as it is where the rest is taken at once.
-            if (isInConflict(number, field))
+            if (fields & bitOf(field))
                 takeValue(*info, field, *source);
         }
     }

@@ -49,7 +49,7 @@ public: // deciding, each as one undo step
     void takeField(std::size_t number, GlyphField field, MergeSide side);
     /// Takes a value that somebody has typed; false, and an error, when the field refuses it.
     bool takeText(std::size_t number, GlyphField field, const QString &text, Error *error = nullptr);
-    /// The same for every conflict that is open.
+    /// The same for every conflict that is open; fields that are decided already stay.
     void takeAll(MergeSide side);
 
 Q_SIGNALS:
@@ -68,7 +68,7 @@ private:
     bool findRecords();
     FieldBits conflictingFields(const RecordMerge &record) const;
     QString nameOf(std::size_t number) const;
-    void takeRecord(std::size_t number, MergeSide side);
+    void takeRecord(std::size_t number, MergeSide side, FieldBits fields);
     static void takeValue(VXGlyphInfo &info, GlyphField field, const VXGlyphInfo &source);
     qsizetype placeFor(std::size_t item) const;
     void setState(std::size_t number, State state);

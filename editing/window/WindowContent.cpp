@@ -225,15 +225,12 @@ void WindowContent::offerToResolve(const QString &refusal)
               .arg(QLocale().toString(conflicts));
     if (!refusal.isEmpty())
         text += u'\n' + refusal;
-    // What it says stands, also where something else is said later.
-    m_messages->showMessage(text, MessageBar::Stay::UntilClosed);
-    m_messages->ask(text, {{tr("&Resolve…"), [this] {
-                                Error error;
-                                if (resolveConflicts(m_document, &error))
-                                    m_messages->hide();
-                                else
-                                    offerToResolve(error.text());
-                            }}});
+    const auto resolve = [this] {
+        Error error;
+        if (!resolveConflicts(m_document, &error))
+            offerToResolve(error.text());
+    };
+    m_messages->ask(text, {{tr("&Resolve…"), resolve}}, MessageBar::Stay::UntilClosed);
 }
 
 void WindowContent::showReadError()

@@ -179,6 +179,19 @@ private Q_SLOTS:
         }
     }
 
+    void leavesWhatIsDecided()
+    {
+        const auto side = [](const QByteArray &word) {
+            return "<glyphData format=\"2\">\n<glyph name=\"a\" category=\"" + word + "\" script=\"" + word
+                + "\" />\n</glyphData>\n";
+        };
+        show({side("base"), side("ours"), side("theirs")});
+        press(u"<Alt+,><Ctrl+Shift+R>"_s); // the category from ours, then all that is open from theirs
+        QCOMPARE(openCount(), 0);
+        const InfoPtr info = document()->infos().at(0);
+        QCOMPARE(info->category() + info->script(), u"ourstheirs"_s);
+    }
+
     void asksBeforeSavingAndClosing()
     {
         show({"<glyphData format=\"2\">\n<glyph name=\"a\" category=\"Letter\" />\n</glyphData>\n",
@@ -239,6 +252,9 @@ private Q_SLOTS:
         write(textOf(*ThreeWayMerge::of(texts[0], texts[1], texts[2], {})), u"both.xml"_s);
         VXDocument *opened = open(u"both.xml"_s);
         const QByteArray before = textOfDocument(*opened);
+        // What is said in passing does not take the button away.
+        windowOf(opened)->findChild<MessageBar *>()->showMessage(u"In passing"_s,
+                                                                 MessageBar::Stay::ShortTime);
         QPushButton *resolve = button<QPushButton>(windowOf(opened), u"Resolve…"_s);
         QVERIFY(resolve);
         QTest::mouseClick(resolve, Qt::LeftButton);
@@ -256,6 +272,7 @@ private Q_SLOTS:
         while (opened->undoManager()->canUndo())
             opened->undoManager()->undo();
         QCOMPARE(textOfDocument(*opened), before);
+        QCOMPARE(openConflicts(*opened), 0);
     }
 };
 
