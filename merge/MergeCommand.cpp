@@ -34,10 +34,10 @@ public:
           m_out(out),
           m_errors(errors)
     {
-        constexpr const char *kNames[] {"base", "ours", "theirs"};
+        constexpr std::array kNames {"base"_L1, "ours"_L1, "theirs"_L1};
         for (std::size_t side = 0; side < m_labels.size(); ++side) {
-            m_labels[side] = QLatin1StringView(kNames[side]) + ": "_L1
-                + (request.path.isEmpty() ? m_paths[side] : request.path).simplified();
+            m_labels[side] =
+                kNames[side] + ": "_L1 + (request.path.isEmpty() ? m_paths[side] : request.path).simplified();
         }
         m_name = request.path.isEmpty() ? outputPath() : request.path;
     }

@@ -115,18 +115,17 @@ RecordMerge mergeRecord(const MergeTables &tables, const MergedPlaces &places)
         merge.state = state;
         merge.result = result;
     };
+    const auto isAsBase = [&tables, base = base](MergeSide side, MergePlace place) {
+        return base == kNoPlace || place == kNoPlace ? base == place
+                                                     : tables[side].line(place) == tables.base().line(base);
+    };
     if (ours == kNoPlace && theirs == kNoPlace)
         take(MergeState::Both, Result::Nothing);
-    else if (base == kNoPlace && theirs == kNoPlace)
-        take(MergeState::Ours, Result::OursLine);
-    else if (base == kNoPlace && ours == kNoPlace)
-        take(MergeState::Theirs, Result::TheirsLine);
-    else if (ours == kNoPlace || theirs == kNoPlace)
+    else if (base != kNoPlace && (ours == kNoPlace || theirs == kNoPlace))
         mergeRemoved(tables, merge);
-    else if (base != kNoPlace && tables.theirs().line(theirs) == tables.base().line(base))
-        take(tables.ours().line(ours) == tables.base().line(base) ? MergeState::Unchanged : MergeState::Ours,
-             Result::OursLine);
-    else if (base != kNoPlace && tables.ours().line(ours) == tables.base().line(base))
+    else if (isAsBase(MergeSide::Theirs, theirs))
+        take(isAsBase(MergeSide::Ours, ours) ? MergeState::Unchanged : MergeState::Ours, Result::OursLine);
+    else if (isAsBase(MergeSide::Ours, ours))
         take(MergeState::Theirs, Result::TheirsLine);
     else if (tables.ours().line(ours) == tables.theirs().line(theirs))
         take(MergeState::Both, Result::OursLine);

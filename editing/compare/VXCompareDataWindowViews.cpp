@@ -169,11 +169,11 @@ QString VXCompareDataWindow::positionText() const
     if (selected == 0)
         return {};
     if (selected > 1) {
-        const QString text = tr("%1 of %2 selected").arg(numberText(selected), numberText(count));
+        QString text = tr("%1 of %2 selected").arg(numberText(selected), numberText(count));
         return m_content ? text + u'…' : text;
     }
     const qsizetype row = m_filteredKeys.selectionIndexes().front();
-    const QString text = tr("%1 of %2").arg(numberText(row + 1), numberText(count));
+    QString text = tr("%1 of %2").arg(numberText(row + 1), numberText(count));
     switch (m_wrap) {
     case Wrap::ToTop:
         return tr("%1, from the top again").arg(text);
