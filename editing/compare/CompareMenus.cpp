@@ -1,5 +1,6 @@
 #include "editing/compare/CompareMenus.h"
 
+#include "editing/compare/CommandRow.h"
 #include "editing/compare/VXCompareDataWindow.h"
 #include "platform/MainMenu.h"
 #include "platform/MenuText.h"
@@ -10,7 +11,6 @@
 
 #include <QAction>
 #include <QActionGroup>
-#include <QIcon>
 #include <QMenu>
 #include <QMenuBar>
 
@@ -22,28 +22,18 @@ namespace {
 
 using Window = VXCompareDataWindow;
 
-struct CommandRow {
-    CompareMenus::Command command;
-    const char *text;
-    QList<QKeySequence> keys; ///< none that window managers take for themselves
-    void (Window::*perform)();
-    const char *icon = nullptr;
-};
+using Row = CommandRow<Window, CompareMenus::Command>;
 
-QList<QKeySequence> standard(QKeySequence::StandardKey key)
+const std::vector<Row> &commandRows()
 {
-    return QKeySequence::keyBindings(key);
-}
-
-const std::vector<CommandRow> &commandRows()
-{
-    static const std::vector<CommandRow> rows {
-        {CompareMenus::Save, QT_TR_NOOP("&Save"), standard(QKeySequence::Save), &Window::saveDocuments},
-        {CompareMenus::Close, QT_TR_NOOP("&Close"), standard(QKeySequence::Close), &Window::closeWindow},
-        {CompareMenus::Undo, QT_TR_NOOP("&Undo"), standard(QKeySequence::Undo), &Window::undo},
-        {CompareMenus::Redo, QT_TR_NOOP("&Redo"), standard(QKeySequence::Redo), &Window::redo},
-        {CompareMenus::CopyText, QT_TR_NOOP("&Copy Text"), standard(QKeySequence::Copy), &Window::copyText},
-        {CompareMenus::SelectAll, QT_TR_NOOP("Select &All Glyphs"), standard(QKeySequence::SelectAll),
+    static const std::vector<Row> rows {
+        {CompareMenus::Save, QT_TR_NOOP("&Save"), standardKeys(QKeySequence::Save), &Window::saveDocuments},
+        {CompareMenus::Close, QT_TR_NOOP("&Close"), standardKeys(QKeySequence::Close), &Window::closeWindow},
+        {CompareMenus::Undo, QT_TR_NOOP("&Undo"), standardKeys(QKeySequence::Undo), &Window::undo},
+        {CompareMenus::Redo, QT_TR_NOOP("&Redo"), standardKeys(QKeySequence::Redo), &Window::redo},
+        {CompareMenus::CopyText, QT_TR_NOOP("&Copy Text"), standardKeys(QKeySequence::Copy),
+         &Window::copyText},
+        {CompareMenus::SelectAll, QT_TR_NOOP("Select &All Glyphs"), standardKeys(QKeySequence::SelectAll),
          &Window::selectAllKeys},
         {CompareMenus::ShowOnlyRight,
          QT_TR_NOOP("Only on the &Right"),
@@ -145,15 +135,8 @@ const std::vector<CommandRow> &commandRows()
 
 CompareMenus::CompareMenus(VXCompareDataWindow &window) : QObject(&window), m_window(window)
 {
-    for (const CommandRow &row : commandRows()) {
-        auto *action = new QAction(tr(row.text), this);
-        action->setShortcuts(row.keys);
-        if (row.icon) {
-            action->setIcon(QIcon(QString::fromLatin1(row.icon)));
-            action->setIconVisibleInMenu(false);
-        }
-        connect(action, &QAction::triggered, &window, row.perform);
-        m_actions[row.command] = action;
+    for (const Row &row : commandRows()) {
+        m_actions[row.command] = row.makeAction(tr(row.text), window, this);
     }
     auto *modes = new QActionGroup(this);
     for (const Command command : {ShowOnlyRight, ShowOnlyLeft, ShowDifferent}) {

@@ -1,10 +1,10 @@
+#include "editing/compare/CommandRow.h"
 #include "editing/merge/MergeWindow.h"
 #include "platform/MainMenu.h"
 #include "platform/documents/CommonMenus.h"
 
 #include <QAction>
 #include <QActionGroup>
-#include <QIcon>
 #include <QMenu>
 #include <QMenuBar>
 
@@ -18,36 +18,25 @@ namespace {
 
 using Window = MergeWindow;
 
-struct CommandRow {
-    Window::Command command;
-    const char *text;
-    QList<QKeySequence> keys; ///< none that window managers take for themselves
-    std::function<void(Window &)> perform;
-    const char *icon = nullptr;
-};
+using Row = CommandRow<Window, Window::Command>;
 
-QList<QKeySequence> standard(QKeySequence::StandardKey key)
+const std::vector<Row> &commandRows()
 {
-    return QKeySequence::keyBindings(key);
-}
-
-const std::vector<CommandRow> &commandRows()
-{
-    static const std::vector<CommandRow> rows {
-        {Window::Save, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Save"), standard(QKeySequence::Save),
+    static const std::vector<Row> rows {
+        {Window::Save, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Save"), standardKeys(QKeySequence::Save),
          &Window::saveDocument},
         {Window::SaveAs,
          QT_TRANSLATE_NOOP("runebook::MergeWindow", "Save &As…"),
          {Qt::CTRL | Qt::SHIFT | Qt::Key_S},
          &Window::saveDocumentAs},
-        {Window::Close, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Close"), standard(QKeySequence::Close),
-         &Window::closeWindow},
-        {Window::Undo, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Undo"), standard(QKeySequence::Undo),
+        {Window::Close, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Close"),
+         standardKeys(QKeySequence::Close), &Window::closeWindow},
+        {Window::Undo, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Undo"), standardKeys(QKeySequence::Undo),
          &Window::undo},
-        {Window::Redo, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Redo"), standard(QKeySequence::Redo),
+        {Window::Redo, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Redo"), standardKeys(QKeySequence::Redo),
          &Window::redo},
         {Window::CopyText, QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Copy Text"),
-         standard(QKeySequence::Copy), &Window::copyText},
+         standardKeys(QKeySequence::Copy), &Window::copyText},
         {Window::ShowConflicts,
          QT_TRANSLATE_NOOP("runebook::MergeWindow", "&Conflicts"),
          {Qt::CTRL | Qt::Key_1},
@@ -106,15 +95,8 @@ const std::vector<CommandRow> &commandRows()
 
 void MergeWindow::buildActions()
 {
-    for (const CommandRow &row : commandRows()) {
-        auto *action = new QAction(tr(row.text), this);
-        action->setShortcuts(row.keys);
-        if (row.icon) {
-            action->setIcon(QIcon(QString::fromLatin1(row.icon)));
-            action->setIconVisibleInMenu(false);
-        }
-        connect(action, &QAction::triggered, this, [this, &row] { row.perform(*this); });
-        m_actions[row.command] = action;
+    for (const Row &row : commandRows()) {
+        m_actions[row.command] = row.makeAction(tr(row.text), *this, this);
     }
     auto *modes = new QActionGroup(this);
     for (const Command command : {ShowConflicts, ShowFromTheirs, ShowFromOurs, ShowBoth}) {

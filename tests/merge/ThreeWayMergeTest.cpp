@@ -526,7 +526,7 @@ private Q_SLOTS:
                 std::string lines = all.substr(0, begin).append(side);
                 return QByteArray::fromStdString(lines + all.substr(begin + conflicts[0].whole.size()));
             };
-            const auto ended = [](QByteArray lines) {
+            const auto ended = [](const QByteArray &lines) {
                 return lines.endsWith('\n') || lines.isEmpty() ? lines : lines + '\n';
             };
             QCOMPARE(ended(whole(conflicts[0].ours)), ended(ours));
