@@ -183,7 +183,7 @@ private Q_SLOTS:
             "live = liveClass(); slotted = Slotted(); slotted.held = 'a'; glyph = newInfo('a'); liar = "
             "Liar()\n"
             "ran.clear()"_s);
-        QCOMPARE(liveCompletions(partial), found);
+        QTRY_COMPARE(liveCompletions(partial), found); // it gives up where the machine leaves it no time
         run(u"print(ran)"_s);
         QCOMPARE(m_panel->console->string(), u"[]\n"_s);
     }
@@ -195,7 +195,7 @@ private Q_SLOTS:
                 [&found] { found = liveCompletions(u"prin"_s); });
         run(u"import time; time.sleep(0.2)"_s);
         QCOMPARE(found, QStringList());
-        QCOMPARE(liveCompletions(u"prin"_s), QStringList {u"print"_s});
+        QTRY_COMPARE(liveCompletions(u"prin"_s), QStringList {u"print"_s});
     }
 
     TABLE(knowsWhatTheTextBinds, (const QString &code, const QString &has, const QString &hasNot), {
