@@ -1,8 +1,4 @@
-// A file that was read again becomes the content of its document: records that are still there stay the same
-// objects, so that whoever points to them (a selection, an undo step, a script) goes on doing so.
 #include "document/ReloadedContent.h"
-
-#include "document/VXDocument.h"
 
 #include <algorithm>
 #include <functional>
@@ -77,8 +73,9 @@ void findBy(const Text &text, const InfoList &former, const InfoList &fresh, std
     }
 }
 
-} // namespace
-
+/// For each of \a fresh the record of \a former that it is a newer state of, or null: the one with its name
+/// (of several of one name the first with the first, and so on), else the only one with its code point. None
+/// of \a former twice. Linear.
 InfoList formerRecords(const InfoList &former, const InfoList &fresh)
 {
     InfoList found(fresh.size());
@@ -107,48 +104,19 @@ InfoList formerRecords(const InfoList &former, const InfoList &fresh)
     return found;
 }
 
-} // namespace runebook
+} // namespace
 
-using namespace runebook;
-
-void VXDocument::restoreFileVersion(int version)
+void takeReloaded(InfoList &fresh, const InfoList &former, int fileVersion)
 {
-    undoManager()->registerUndo([this, old = fileVersion()] { restoreFileVersion(old); });
-    ++m_revision;
-    setFileVersion(version);
-}
-
-bool VXDocument::takeContentOf(Document &other)
-{
-    auto *theirs = dynamic_cast<VXDocument *>(&other);
-    if (!theirs)
-        return false;
-    InfoList content = theirs->infos();
-    theirs->setInfos({}); // and so without a document
-    const InfoList former = formerRecords(infos(), content);
-    if (theirs->fileVersion() != fileVersion())
-        restoreFileVersion(theirs->fileVersion());
-    for (std::size_t i = 0; i < content.size(); ++i) {
-        if (!former[i])
+    const InfoList known = formerRecords(former, fresh);
+    for (std::size_t i = 0; i < fresh.size(); ++i) {
+        if (!known[i])
             continue;
-        const std::string_view line = former[i]->unchangedLine(fileVersion());
-        if (line.empty() || line != content[i]->unchangedLine(fileVersion()))
-            former[i]->takeValuesOf(*content[i]);
-        content[i] = former[i];
+        const std::string_view line = known[i]->unchangedLine(fileVersion);
+        if (line.empty() || line != fresh[i]->unchangedLine(fileVersion))
+            known[i]->takeValuesOf(*fresh[i]);
+        fresh[i] = known[i];
     }
-    flushChanges();
-    if (content != infos())
-        reorderInfos(content);
-    m_readError = {};
-    m_isFileUnreadable = false;
-    m_readNotes = theirs->m_readNotes;
-    m_fileNotes = m_readNotes;
-    m_readVersion = m_fileVersion;
-    Q_EMIT readNotesChanged();
-    return true;
 }
 
-bool VXDocument::readWorseThan(const Document &former) const
-{
-    return m_readNotes.isCutOff || Document::readWorseThan(former);
-}
+} // namespace runebook

@@ -4,9 +4,9 @@
 
 namespace runebook {
 
-/// For each of \a fresh the record of \a former that it is a newer state of, or null: the one with its name
-/// (of several of one name the first with the first, and so on), else the only one with its code point. None
-/// of \a former twice. Linear.
-InfoList formerRecords(const InfoList &former, const InfoList &fresh);
+/// Puts into \a fresh the records of \a former that it has newer states of, with the new values: so whoever
+/// points to them (a selection, an undo step, a script) goes on doing so. A record is the same one by its
+/// name (of several of one name the first is the first, and so on), else by its only code point. Linear.
+void takeReloaded(InfoList &fresh, const InfoList &former, int fileVersion);
 
 } // namespace runebook

@@ -1,13 +1,19 @@
 #include "document/VXDocument.h"
 
+#include "document/AutosaveForm.h"
 #include "document/DocumentSettings.h"
+#include "document/FileFormats.h"
 #include "document/GlyphDataReader.h"
+#include "document/OpenConflicts.h"
+#include "document/ReloadedContent.h"
+#include "document/SavingChanges.h"
 #include "document/TabbedTable.h"
 #include "model/FieldRepeats.h"
 #include "platform/CallLater.h"
 #include "platform/CheckedFile.h"
 #include "platform/FilePath.h"
 #include "platform/MemoryRoom.h"
+#include "platform/TurningWindows.h"
 #include "platform/documents/DocumentController.h"
 
 #include <QFileInfo>
@@ -21,8 +27,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::size_t kFewChanges = 2000; // that an index follows in no time
-constexpr auto kXMLType = "public.xml"_L1;
-constexpr auto kTableType = "public.plain-text"_L1;
 
 InfoIndex::Key keyOf(GlyphField field)
 {
@@ -61,10 +65,7 @@ VXDocument::VXDocument(QObject *parent)
 {
     DocumentController::shared().setAutosavingDelay(usualAutosavingDelay());
     GlyphInfoOwner::ownerlessHasChanged = [](VXGlyphInfo &info) { tellSharers(info, nullptr); };
-    connect(this, &Document::saved, this, [this] {
-        m_fileNotes.reset();
-        m_isFileUnreadable = false;
-    });
+    connect(this, &Document::saved, this, [this] { m_fileForm.setSaved(); });
 }
 
 VXDocument::~VXDocument()
@@ -94,9 +95,17 @@ void VXDocument::updateChangeCountWithTokenForSaveOperation(quint64 token, int o
         updateChangeCount(ChangeCleared);
 }
 
+InfoList VXDocument::takeForm(FileContent content)
+{
+    m_fileVersion = content.fileVersion.value_or(m_fileVersion);
+    m_readNotes = std::move(content.notes);
+    return std::move(content.infos);
+}
+
 bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Error *error)
 {
-    if (type != kXMLType && type != kTableType)
+    const FileFormat *format = formatOfType(type);
+    if (!format)
         return false;
     Error reason;
     // Nobody saves the file between the look at its state and the reading.
@@ -107,14 +116,13 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     ReadNotes notes = std::exchange(m_readNotes, {});
     const quint8 version = m_fileVersion;
     try {
-        std::optional<InfoList> infos =
-            type == kXMLType ? readXML(url, &reason) : readTabbedFromURL(url, &reason);
+        std::optional<FileContent> content = format->readFile(pathFromURL(url), &reason);
         // Lenient towards files, but what the machine lacks is no property of the file.
-        if (!infos && reason.code == ENOMEM)
+        if (!content && reason.code == ENOMEM)
             throw std::bad_alloc();
         constexpr std::size_t kForEachRow = 64; // what those keep who show the list
-        ensureRoom(infos ? infos->size() * kForEachRow : 0);
-        install(std::move(infos).value_or(InfoList()));
+        ensureRoom(content ? content->infos.size() * kForEachRow : 0);
+        install(content ? takeForm(std::move(*content)) : InfoList());
     } catch (const std::bad_alloc &) {
         m_readNotes = std::move(notes);
         m_fileVersion = version;
@@ -122,9 +130,8 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     }
     setReadState(state);
     m_readError = reason;
-    m_isFileUnreadable = !reason.domain.isEmpty();
-    m_fileNotes = m_readNotes;
-    m_readVersion = m_fileVersion;
+    m_fileForm.setUnreadable(!reason.domain.isEmpty());
+    m_fileForm.setRead(m_readNotes, m_fileVersion);
     // Something else than the document's own file.
     if (!fileURL().isEmpty() && QFileInfo(pathFromURL(url)) != QFileInfo(fileURL()))
         noteSilentChange();
@@ -133,22 +140,13 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
 
 bool VXDocument::readFromData(const QByteArray &utf8, const QString &type, Error *error)
 {
-    m_readNotes = {};
-    std::optional<InfoList> infos;
-    if (type == kTableType) {
-        infos = TabbedReader().read(utf8, error);
-    } else {
-        GlyphDataReader reader;
-        reader.keepAllNotes();
-        infos = reader.read(utf8);
-        m_fileVersion = reader.fileVersion();
-        m_readNotes = reader.notes();
-    }
-    if (!infos)
+    const FileFormat *format = formatOfType(type);
+    std::optional<FileContent> content = format ? format->readData(utf8, error) : std::nullopt;
+    if (!content)
         return false;
-    m_readVersion = m_fileVersion;
-    m_fileNotes = m_readNotes;
-    install(std::move(*infos));
+    InfoList infos = takeForm(std::move(*content));
+    m_fileForm.setRead(m_readNotes, m_fileVersion);
+    install(std::move(infos));
     return true;
 }
 
@@ -164,27 +162,158 @@ std::optional<InfoList> VXDocument::readFromURL(const QString &url, Error *error
 
 std::optional<InfoList> VXDocument::readXMLFromURL(const QString &url, Error *error)
 {
+    std::optional<FileContent> content = formatOfType(kGlyphDataType)->readFile(pathFromURL(url), error);
+    if (!content)
+        return {};
     const quint8 before = m_fileVersion;
-    std::optional<InfoList> infos = readXML(url, error);
+    InfoList infos = takeForm(std::move(*content));
     if (m_fileVersion != before)
         noteSilentChange();
-    return infos;
-}
-
-std::optional<InfoList> VXDocument::readXML(const QString &url, Error *error)
-{
-    GlyphDataReader reader;
-    std::optional<InfoList> infos = reader.read(pathFromURL(url), error);
-    if (!infos)
-        return {};
-    m_fileVersion = reader.fileVersion();
-    m_readNotes = reader.notes();
     return infos;
 }
 
 std::optional<InfoList> VXDocument::readTabbedFromURL(const QString &url, Error *error)
 {
     return TabbedReader().read(pathFromURL(url), error);
+}
+
+bool VXDocument::readAutosavedContents(const QString &path, bool *isWhole, Error *error)
+{
+    *isWhole = true;
+    const std::optional<QByteArray> bytes = readUtf8File(path, error);
+    if (!bytes)
+        return false;
+    AutosavedContent content = readAutosavedContent(*bytes);
+    *isWhole = content.isWhole;
+    // They are not in the file of the document: whoever restores them compares both.
+    for (const InfoPtr &info : content.infos)
+        info->setNotAsRead();
+    InfoList infos = takeForm({std::move(content.infos), content.fileVersion, std::move(content.notes)});
+    m_fileForm.setRead(m_readNotes, m_fileVersion);
+    install(std::move(infos));
+    return true;
+}
+
+void VXDocument::restoreFileVersion(int version)
+{
+    undoManager()->registerUndo([this, old = fileVersion()] { restoreFileVersion(old); });
+    ++m_revision;
+    setFileVersion(version);
+}
+
+bool VXDocument::takeContentOf(Document &other)
+{
+    auto *theirs = dynamic_cast<VXDocument *>(&other);
+    if (!theirs)
+        return false;
+    InfoList content = theirs->infos();
+    theirs->setInfos({}); // and so without a document
+    if (theirs->fileVersion() != fileVersion())
+        restoreFileVersion(theirs->fileVersion());
+    takeReloaded(content, infos(), fileVersion());
+    flushChanges();
+    if (content != infos())
+        reorderInfos(content);
+    m_readError = {};
+    m_readNotes = theirs->m_readNotes;
+    m_fileForm.setUnreadable(false);
+    m_fileForm.setRead(m_readNotes, m_fileVersion);
+    Q_EMIT readNotesChanged();
+    return true;
+}
+
+bool VXDocument::readWorseThan(const Document &former) const
+{
+    return m_readNotes.isCutOff || Document::readWorseThan(former);
+}
+
+UnkeptValues::Content VXDocument::savedContent() const
+{
+    return {infos(), m_fileVersion, m_fileForm.readVersion(), m_revision};
+}
+
+SavingLosses VXDocument::savingLosses(const QString &type) const
+{
+    return type == kGlyphDataType ? m_unkept.losses(savedContent()) : SavingLosses();
+}
+
+void VXDocument::noteAcceptedLosses()
+{
+    m_unkept.accept(savedContent());
+}
+
+qsizetype VXDocument::fixSavingLosses()
+{
+    const std::vector<UnkeptValues::Fix> plan = m_unkept.fixes(savedContent());
+    const UndoGroup group(undoManager(), tr("Fix Values"));
+    for (const auto &[info, fixes] : plan) {
+        for (const FieldFix &fix : fixes)
+            storeEdited(*info, fix.field, fix.value);
+    }
+    flushChanges();
+    return static_cast<qsizetype>(plan.size());
+}
+
+bool VXDocument::mayWrite(const QString &url, Error *notice, Error *error)
+{
+    if (m_unkept.takesOthers(savedContent())) {
+        const Error refusal = UnkeptValues::refusal(url, savingLosses(kGlyphDataType));
+        // A script that does not ask for the reason is told all the same.
+        if (!error)
+            ErrorPresenter::shared().present(refusal);
+        return fail(error, refusal);
+    }
+    // A save has asked before. Who writes otherwise, as scripts do, is told.
+    const SavingLosses lost = savedState() ? SavingLosses() : savingLosses(kGlyphDataType);
+    if (!lost.isEmpty())
+        *notice = UnkeptValues::notice(url, lost, losesSilently() ? u"Notice"_s : u"SavingLossesError"_s);
+    return true;
+}
+
+bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error *error)
+{
+    const FileFormat *format = formatOfType(type);
+    Error notice;
+    if (!format || (type == kGlyphDataType && !mayWrite(url, &notice, error)))
+        return false;
+    const ContentProducer produce = format->writer(infos(), m_fileVersion);
+    bool isSaved = false;
+    doApart(GlyphDataWriter::sizeOf(infos(), m_fileVersion),
+            [&] { isSaved = FileSaver::save(pathFromURL(url), produce, error, savedState()); });
+    if (!isSaved)
+        return false;
+    if (!notice.domain.isEmpty())
+        ErrorPresenter::shared().present(notice);
+    return true;
+}
+
+QStringList VXDocument::savingWillChange() const
+{
+    return m_fileForm.savingWillChange(m_fileVersion, openConflicts(*this));
+}
+
+void VXDocument::takeSavedForm(const QString &type)
+{
+    const std::vector<LostCodePoints> lost =
+        type == kGlyphDataType ? lostCodePoints(infos(), m_fileVersion) : std::vector<LostCodePoints>();
+    if (lost.empty())
+        return;
+    const UndoGroup group(undoManager(), tr("Save"));
+    for (const LostCodePoints &each : lost)
+        each.info->setUnicodes(each.kept);
+}
+
+void VXDocument::learnFormOf(const QString &original)
+{
+    m_fileForm.setUnreadable(false);
+    if (fileKind(original) == FileKind::Regular && fileType() == kGlyphDataType)
+        m_fileForm.learnFrom(original);
+}
+
+std::unique_ptr<SlicedContent> VXDocument::slicedContent() const
+{
+    return std::make_unique<AutosaveSlices>(infos(), m_fileVersion,
+                                            [this, revision = m_revision] { return m_revision == revision; });
 }
 
 double VXDocument::usualAutosavingDelay()
@@ -194,7 +323,7 @@ double VXDocument::usualAutosavingDelay()
 
 QString VXDocument::autosavingFileType() const
 {
-    return kXMLType;
+    return kGlyphDataType;
 }
 
 void VXDocument::makeWindowControllers()

@@ -1,19 +1,21 @@
 #pragma once
 
+#include "document/FileForm.h"
 #include "document/InfoIndex.h"
 #include "document/InfoSequence.h"
+#include "document/UnkeptValues.h"
 #include "model/GlyphInfoOwner.h"
 #include "model/ReadNotes.h"
 #include "model/VXGlyphInfo.h"
 #include "platform/documents/Document.h"
 
-#include <QSet>
 #include <optional>
 #include <unordered_set>
 
 class QFont;
 
 namespace runebook {
+struct FileContent;
 struct FormattedText;
 } // namespace runebook
 
@@ -180,20 +182,13 @@ protected:
 
 private:
     enum class Notice { Observers, Quiet };
-    /// The records that a save would not keep as they are.
-    struct Unkept {
-        struct Record {
-            qsizetype place;
-            bool takesOthers;
-        };
-        std::vector<Record> records;
-        quint64 revision = 0;
-    };
 
     /// Makes \a infos the list, without undo step or notice to the edited state.
     void install(InfoList infos);
-    std::optional<InfoList> readXML(const QString &url, runebook::Error *error);
-    const Unkept &unkept() const;
+    /// Takes over what a reading told besides the records, which it answers.
+    InfoList takeForm(runebook::FileContent content);
+    runebook::UnkeptValues::Content savedContent() const;
+    bool mayWrite(const QString &url, runebook::Error *notice, runebook::Error *error);
     /// Tells the documents that list records of others that \a info has changed.
     static void tellSharers(const VXGlyphInfo &info, const VXDocument *except);
     void noteSharing();
@@ -221,13 +216,8 @@ private:
     quint8 m_fileVersion = 2;
     runebook::Error m_readError;
     runebook::ReadNotes m_readNotes;
-    /// What the file was like that the next save writes over; nothing after it was saved.
-    std::optional<runebook::ReadNotes> m_fileNotes;
-    bool m_isFileUnreadable = false;
-    quint8 m_readVersion = 2; ///< of the file that was read
-    /// What saves would not keep, as it was found last; and what of it was accepted, by its values.
-    mutable std::optional<Unkept> m_unkept;
-    QSet<size_t> m_acceptedLosses;
+    runebook::FileForm m_fileForm;
+    mutable runebook::UnkeptValues m_unkept;
     quint64 m_revision = 0; ///< counts changes of any kind
     std::vector<Change> m_changes;
     std::size_t m_nextChangesCleaning = 0;
