@@ -168,7 +168,11 @@ quint8 versionOfHeader(std::string_view header)
     return hasMarks ? 2 : 1;
 }
 
-std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
+namespace {
+
+enum class Text : quint8 { Any, Utf8 };
+
+std::optional<QByteArray> readFile(const QString &path, Text text, Error *error)
 {
     CheckedFile file(path, O_RDONLY);
     if (!file.isOpen()) {
@@ -190,7 +194,7 @@ std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
         bool isText = false;
         doApart(FileState::of(file.descriptor()).size, [&] {
             bytes = bytesOfFile(file, &reason);
-            isText = bytes && isUtf8(*bytes);
+            isText = bytes && (text == Text::Any || isUtf8(*bytes));
         });
         if (!bytes) {
             fail(error, readError(path, reason));
@@ -207,6 +211,18 @@ std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
         fail(error, notEnoughMemory(path));
         return {};
     }
+}
+
+} // namespace
+
+std::optional<QByteArray> readWholeFile(const QString &path, Error *error)
+{
+    return readFile(path, Text::Any, error);
+}
+
+std::optional<QByteArray> readUtf8File(const QString &path, Error *error)
+{
+    return readFile(path, Text::Utf8, error);
 }
 
 std::optional<InfoList> GlyphDataReader::read(const QString &path, Error *error)

@@ -10,8 +10,10 @@
 
 namespace runebook {
 
-/// Reads the whole of a file, as UTF-8; null and an error when it cannot be read or is not UTF-8. Folders,
-/// devices and files that grow while being read are refused. The code is ENOMEM when memory ran out.
+/// Reads the whole of a file; null and an error when it cannot be read. Folders, devices and files that grow
+/// while being read are refused. The code is ENOMEM when memory ran out.
+std::optional<QByteArray> readWholeFile(const QString &path, Error *error);
+/// The same for a file that must be UTF-8; null and an error when it is not.
 std::optional<QByteArray> readUtf8File(const QString &path, Error *error);
 
 /// The version that the header of a glyph data file tells; 0 where it does not.
