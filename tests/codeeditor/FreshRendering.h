@@ -56,9 +56,10 @@ public:
     }
 
 private:
-    /// Bars come and go with the painting.
+    /// Bars come and go with the painting, which waits for the screen where the window was just shown.
     static JSTTextView &painted(JSTTextView &shown)
     {
+        (void)QTest::qWaitForWindowExposed(&shown);
         letPaint();
         return shown;
     }

@@ -67,7 +67,9 @@ private Q_SLOTS:
             0, "False 1 none\n", "");
         row("at the end",
             "import atexit, threading, time\natexit.register(print, 'last')\n"
-            "threading.Thread(target=lambda: (time.sleep(.1), print('thread'))).start()\nprint('first')",
+            "said = threading.Event()\n"
+            "threading.Thread(target=lambda: (said.wait(), time.sleep(.1), print('thread'))).start()\n"
+            "print('first')\nsaid.set()",
             0, "first\nthread\nlast\n", "");
     })
     {
