@@ -1,75 +1,52 @@
 #pragma once
 
-#include <QObject>
-#include <array>
+#include "editing/compare/ComparedDocuments.h"
 
 class QAction;
+class QMainWindow;
 class QMenu;
-class VXCompareDataWindow;
-class VXDocument;
 
 namespace runebook {
 
-/// The menu bar of the compare window: every command with its text and its key. What a command does is an
-/// operation of the window, which also knows when it can act.
+class CompareEditing;
+class CompareModes;
+class DifferenceSteps;
+class OverlookCommands;
+class ReportCommands;
+class TakeCommands;
+
+/// The features of the compare window whose commands stand in its menus.
+struct CompareFeatures {
+    CompareModes &modes;
+    OverlookCommands &overlooking;
+    DifferenceSteps &steps;
+    TakeCommands &taking;
+    CompareEditing &editing;
+    ReportCommands &reports;
+};
+
+/// The menu bar of the compare window. The commands are those of its features, which also know when they can
+/// act.
 class CompareMenus : public QObject
 {
     Q_OBJECT
 public:
-    enum Command {
-        Save,
-        Close,
-        Undo,
-        Redo,
-        CopyText,
-        SelectAll,
-        ShowOnlyRight,
-        ShowOnlyLeft,
-        ShowDifferent,
-        OnlyDifferences,
-        IgnoreCase,
-        IgnoreSpaces,
-        CopyReport,
-        CopyReportOfSelected,
-        SaveReport,
-        SaveReportOfSelected,
-        JsonReports,
-        NextDifference,
-        PreviousDifference,
-        TakeFieldLeft,
-        TakeFieldRight,
-        TakeLeft,
-        TakeRight,
-        TakeAllLeft,
-        TakeAllRight,
-        Remove,
-        CopyLeft,
-        CopyRight,
-        CompareAgain,
-        CommandCount
-    };
+    CompareMenus(QMainWindow &window, ComparedDocuments &documents, const CompareFeatures &features);
 
-    explicit CompareMenus(VXCompareDataWindow &window);
-
-    QAction *action(Command command) const { return m_actions[command]; }
-    /// Names the steps that Undo and Redo would take, in the documents that they are steps of.
-    void showHistory(VXDocument *toUndo, VXDocument *toRedo);
+Q_SIGNALS:
+    void compareAgainRequested();
 
 private:
-    using Operation = void (VXCompareDataWindow::*)();
-
     QMenu *addMenu(const QString &title);
-    void add(QMenu *menu, Command command);
     void buildFileMenu();
     void buildEditMenu();
-    void addHistory(QMenu *menu, bool isLeft);
     void buildViewMenu();
-    void addIgnoredFields(QMenu *menu);
     void buildCompareMenu();
     void buildWindowMenu();
 
-    VXCompareDataWindow &m_window;
-    std::array<QAction *, CommandCount> m_actions {};
+    QMainWindow &m_window;
+    ComparedDocuments &m_documents;
+    CompareFeatures m_features;
 };
 
 } // namespace runebook

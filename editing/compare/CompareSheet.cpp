@@ -245,6 +245,18 @@ void CompareSheet::setContent(const FieldContent &content)
     row.sides[Right].value->setValue(right, difference.right);
 }
 
+void CompareSheet::showFields(const std::vector<FieldContent> &fields)
+{
+    for (const FieldContent &field : fields)
+        setContent(field);
+}
+
+QPlainTextEdit *CompareSheet::focusedText() const
+{
+    auto *text = qobject_cast<QPlainTextEdit *>(window()->focusWidget());
+    return isAncestorOf(text) ? text : nullptr;
+}
+
 // Captions
 
 QWidget *CompareSheet::caption(Side side, GlyphField field) const
@@ -256,7 +268,7 @@ QWidget *CompareSheet::caption(Side side, GlyphField field) const
 void CompareSheet::setCaption(GlyphField field, bool differs)
 {
     const Row &row = rowOf(field);
-    const QColor color = differs ? differentColor() : normalColor();
+    const QColor color = captionColor(differs);
     for (const Side side : {Left, Right}) {
         const Half &half = row.sides[side];
         QPalette palette = half.label->palette();
@@ -269,13 +281,24 @@ void CompareSheet::setCaption(GlyphField field, bool differs)
     }
 }
 
-QColor CompareSheet::normalColor() const
+void CompareSheet::setCaptions(const InfoList &left, const InfoList &right)
 {
-    return palette().color(QPalette::WindowText);
+    for (const Row &row : m_rows) {
+        if (row.field->field != GlyphField::Unicodes)
+            setCaption(row.field->field, valuesDiffer(left, right, row.field->field));
+    }
 }
 
-QColor CompareSheet::differentColor() const
+QColor CompareSheet::colorFor(const InfoList &left, const InfoList &right,
+                              std::optional<GlyphField> field) const
 {
+    return captionColor(field && valuesDiffer(left, right, *field));
+}
+
+QColor CompareSheet::captionColor(bool differs) const
+{
+    if (!differs)
+        return palette().color(QPalette::WindowText);
     return isDarkMode(palette()) ? QColor(0xFF, 0x6B, 0x61) : QColor(0xC4, 0x16, 0x1C);
 }
 

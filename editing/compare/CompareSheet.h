@@ -2,6 +2,7 @@
 
 #include "editing/compare/CompareContent.h"
 #include "editing/compare/CompareField.h"
+#include "editing/compare/ComparedDocuments.h"
 #include "editing/compare/ComparedFields.h"
 #include "editing/records/ChoiceCells.h"
 
@@ -21,13 +22,16 @@ class CompareSheet : public QWidget
 {
     Q_OBJECT
 public:
-    enum Side { Left, Right };
+    using Side = ComparedDocuments::Side;
+    using enum ComparedDocuments::Side;
 
     explicit CompareSheet(QWidget *parent = nullptr);
 
     /// Shows one field, of which all is known: its values, several distinct ones one below the other, and by
     /// the captions whether they differ. Code points differ where keys do, so their captions say nothing.
     void setContent(const FieldContent &content);
+    /// The same for several.
+    void showFields(const std::vector<FieldContent> &fields);
 
     /// Whether values can be taken into either side: where they can, arrows stand between differing fields.
     void setWritable(bool left, bool right);
@@ -38,15 +42,17 @@ public:
     /// Moves the focus from a field that was taken to the arrow of the next one, or of the first; false when
     /// there is none.
     bool focusNextTake(Side target, GlyphField taken);
+    /// The value that has the focus; null when none has it.
+    QPlainTextEdit *focusedText() const;
 
     /// The caption of a field: a label, or for case and direction a row of cells.
     QWidget *caption(Side side, GlyphField field) const;
     /// Says by both captions of a field whether its values differ.
     void setCaption(GlyphField field, bool differs);
-    /// The colour of a caption whose values agree.
-    QColor normalColor() const;
-    /// The colour of a caption whose values differ.
-    QColor differentColor() const;
+    /// The same by the values of records, for all fields but code points.
+    void setCaptions(const InfoList &left, const InfoList &right);
+    /// The colour of a caption; nothing is no field, whose values agree.
+    QColor colorFor(const InfoList &left, const InfoList &right, std::optional<GlyphField> field) const;
 
 Q_SIGNALS:
     /// Somebody wants the value of \a field to be taken into the side \a target.
@@ -69,6 +75,7 @@ private:
         bool hasBoth = false; ///< a record on either side
     };
 
+    QColor captionColor(bool differs) const;
     void addRow(QGridLayout &grid, const ComparedField &field);
     Half makeHalf(Side side, const ComparedField &field);
     QToolButton *makeArrow(Side target, const ComparedField &field);

@@ -1,28 +1,18 @@
 #pragma once
 
-#include "editing/compare/CompareHistory.h"
-#include "editing/compare/CompareKeys.h"
-#include "editing/compare/CompareLists.h"
-#include "editing/compare/CompareSheet.h"
-#include "editing/compare/FoundKeys.h"
-#include "editing/compare/TakeAcross.h"
+#include "editing/compare/ShownRecords.h"
 
 #include <QMainWindow>
-#include <QTimer>
-#include <functional>
-#include <memory>
-
-namespace Ui {
-class VXCompareDataWindow;
-}
 
 namespace runebook {
-class CompareMenus;
+class CompareWindowContent;
 }
 
 /// Sets two open documents side by side: lists the glyphs that one lacks or that differ, shows the records of
 /// the chosen ones, tells the fields that disagree, and takes fields and records across. One for the program,
 /// made on first use and kept. The defaults "FilterKey" and "FilterMode" are observed live.
+///
+/// It is a list of features, and has the names by which scripts and other classes know what they do.
 class VXCompareDataWindow : public QMainWindow
 {
     Q_OBJECT
@@ -32,8 +22,8 @@ public:
 
 public: // outlets
     Q_INVOKABLE QObject *documentsController() const;
-    Q_INVOKABLE runebook::DocumentChoice *leftDocList() { return &m_leftDocList; }
-    Q_INVOKABLE runebook::DocumentChoice *rightDocList() { return &m_rightDocList; }
+    Q_INVOKABLE runebook::DocumentChoice *leftDocList();
+    Q_INVOKABLE runebook::DocumentChoice *rightDocList();
     /// The keys of the chosen mode; finishes a comparison that is still going on.
     Q_INVOKABLE runebook::KeyList *filteredKeys();
     Q_INVOKABLE runebook::InfoChoice *leftInfoList();
@@ -96,9 +86,6 @@ public: // taking: the target's records become like those of the other side, in 
     /// Takes one field, named by its key, of the records of the selected keys into the left document.
     Q_INVOKABLE void takeFieldLeft(const QString &key);
     Q_INVOKABLE void takeFieldRight(const QString &key);
-    /// The same with the differing field that has the focus, or the first one.
-    void takeCurrentFieldLeft();
-    void takeCurrentFieldRight();
     /// Removes the records of the selected keys that only one side has.
     Q_INVOKABLE void removeShown();
     /// Takes back what was done last in either document.
@@ -113,11 +100,6 @@ public: // reports, as `runebook --compare` prints them
     Q_INVOKABLE QString reportOfFormat(const QString &scope, const QString &format);
     /// False, and the reason shown, when it cannot be written.
     Q_INVOKABLE bool saveReportOfFormat(const QString &path, const QString &scope, const QString &format);
-    void toggleJsonReports();
-    void copyReport();
-    void copyReportOfSelected();
-    void askToSaveReport();
-    void askToSaveReportOfSelected();
 
 public: // copying: a copy is appended to the other document, nothing is replaced
     /// Copies the first record of the right pane into the left document.
@@ -129,120 +111,18 @@ public: // copying: a copy is appended to the other document, nothing is replace
 
 public: // moving
     /// Behind the last one comes the first again, and the window says so.
-    Q_INVOKABLE void selectNextDifference() { moveSelection(1); }
-    Q_INVOKABLE void selectPreviousDifference() { moveSelection(-1); }
-    void selectAllKeys();
-    /// Copies the text that is selected in a field.
-    void copyText();
-    void closeWindow() { close(); }
+    Q_INVOKABLE void selectNextDifference();
+    Q_INVOKABLE void selectPreviousDifference();
     /// Ends a comparison that goes on in the background.
     Q_INVOKABLE void cancelComparison();
     /// How long a comparison keeps its caller waiting before it goes on in the background.
-    void setPatience(std::chrono::milliseconds patience) { m_patience = patience; }
+    void setPatience(std::chrono::milliseconds patience);
 
 protected:
     bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
-    enum class Scope { Selected, Listed };
-    /// Where the list goes on after a change.
-    enum class GoOn {
-        AtNext, ///< behind what was selected
-        OnceDone, ///< the same, unless that still differs
-        AtWhatCameBack
-    };
-    struct AfterChange {
-        GoOn goOn = GoOn::AtNext;
-        QStringList keys; ///< that were selected, or listed before something came back
-        QString nextKey; ///< null: none
-        qsizetype row = 0; ///< of that key
-        qsizetype formerCount = 0;
-    };
-    enum class Wrap { None, ToTop, ToEnd };
-    using Taking = std::function<runebook::TakeAcross::Outcome(runebook::TakeAcross &, const InfoList &,
-                                                               const InfoList &)>;
-
-private: // set-up
-    void setUpLists();
-    void setUpActions();
-    void setUpTakeButton(runebook::CompareSheet::Side side);
-
-private: // comparing
-    void chooseDocuments(VXDocument *left, VXDocument *right);
-    void pickMode();
-    VXDocument *document(runebook::CompareSheet::Side side) const;
-    runebook::CompareMode mode() const;
-    runebook::CompareKey key() const;
-    InfoList recordsForKeys(const VXDocument &document, const QStringList &keys) const;
-    void documentsChosen();
-    void watchDocuments();
-    void documentHasChanged();
-    void continueComparison(std::chrono::milliseconds budget);
-    void continueContent(std::chrono::milliseconds budget);
-    void finishContent();
-    void showKeys(const QStringList &keys);
-    void copyRecords(const InfoList &infos, runebook::CompareSheet::Side side);
-    void moveSelection(int step);
-
-private: // taking
-    bool isWritable(runebook::CompareSheet::Side side) const;
-    bool mayChange(runebook::CompareSheet::Side side);
-    QWidget *buttonOf(runebook::CompareSheet::Side side) const;
-    std::array<InfoList, 2> recordsIn(Scope scope);
-    void takeRecords(runebook::CompareSheet::Side target, Scope scope);
-    void takeField(runebook::CompareSheet::Side target, std::optional<runebook::GlyphField> field);
-    void change(runebook::CompareSheet::Side side, Scope scope, const Taking &take, GoOn goOn = GoOn::AtNext);
-    AfterChange placeAfter(Scope scope, GoOn goOn);
-    void listAnew(AfterChange after);
-    bool isUpToDate();
-    void listAgain(AfterChange after);
-    std::optional<runebook::IndexSet> rowsAfterChange(const AfterChange &after,
-                                                      const QStringList &keys) const;
-    QString overlooked() const;
-    std::optional<runebook::GlyphField> filteredField() const;
-    QStringList keysToList() const;
-    void showFieldCounts();
-    void askWhereToSave(const QString &scope);
-    void stepInHistory(VXDocument *target, void (runebook::UndoManager::*step)());
-
-private: // what is shown
-    void showDefaults();
-    void showCounts();
-    void showState();
-    void showActions();
-    void showTakeActions();
-    QString positionText() const;
-    QString emptyText() const;
-    QString note() const;
-
-    std::unique_ptr<Ui::VXCompareDataWindow> m_ui;
-    runebook::CompareSheet *m_sheet;
-    runebook::DocumentChoice m_leftDocList;
-    runebook::DocumentChoice m_rightDocList;
-    runebook::KeyList m_filteredKeys;
-    runebook::InfoChoice m_leftInfoList;
-    runebook::InfoChoice m_rightInfoList;
-    std::unique_ptr<runebook::KeyComparison> m_comparison; ///< while it goes on
-    std::unique_ptr<runebook::CompareContent> m_content; ///< while records of very many keys are found
-    runebook::CompareMode m_comparedMode = runebook::CompareMode::OnlyRight;
-    runebook::FoundKeys m_found; ///< of the compared mode, listed or not
-    std::array<qsizetype, runebook::kCompareModeCount> m_counts;
-    std::chrono::milliseconds m_patience {60};
-    QTimer m_workTimer;
-    QTimer m_contentTimer;
-    QTimer m_contentWorkTimer;
-    QList<QMetaObject::Connection> m_watches;
-    runebook::CompareHistory m_history;
-    runebook::CompareMenus *m_menus = nullptr;
-    std::array<InfoList, 2> m_comparedAgain; ///< all records of some keys, on either side
-    std::optional<AfterChange> m_after; ///< until the list is there
-    Wrap m_wrap = Wrap::None; ///< how the selection came where it is
-    bool m_isChanging = false; ///< a document, by a command of this window
-    bool m_picksMode = false; ///< the window opens, on the first mode that has something
-    bool m_isListed = false; ///< the key list is that of the running comparison
-    bool m_isCancelled = false;
-    bool m_isStale = false;
-    bool m_isChoosing = false;
+    std::unique_ptr<runebook::CompareWindowContent> m_content;
     bool m_hasObservers = false;
 };

@@ -1,14 +1,11 @@
 #pragma once
 
+#include "editing/window/FocusedText.h"
 #include "editing/window/WindowParts.h"
 
-#include <QObject>
-#include <QPointer>
-#include <QWidget>
 #include <vector>
 
 class QAction;
-class QKeyEvent;
 class QMenu;
 
 namespace runebook {
@@ -31,9 +28,6 @@ public:
     /// Enables and names the commands as they would act now.
     void validate();
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     /// One command on what has the focus.
     struct Command {
@@ -41,7 +35,7 @@ private:
         const char *textOperation; ///< of a text or list with the focus
         QString recordTitle;
         QString textTitle;
-        bool (EditMenu::*canChangeText)() const;
+        bool (FocusedText::*canChangeText)() const;
         bool (EditMenu::*canChangeRecords)() const;
     };
 
@@ -50,28 +44,17 @@ private:
     void run(const char *textOperation, void (RecordCommands::*onRecords)());
     void undo();
     void redo();
-    void focusHasChanged(QWidget *now);
-    // What has the focus; the menus, which take it for a moment, do not count.
-    QWidget *text() const;
     bool isTableFocused() const;
-    // What can be done to it.
     bool holdsTyping() const;
     bool canUndoText() const;
-    bool canRedoText() const;
-    bool canCopyText() const;
-    bool canCutText() const;
-    bool canDeleteText() const;
     bool canPaste() const;
-    bool canSelectText() const;
     bool hasSelectedRecords() const;
     bool hasRecords() const;
-    static bool isEditKey(QKeyEvent &event);
 
     WindowParts m_parts;
     RecordCommands &m_recordCommands;
     StateChange &m_state;
-    QPointer<QWidget> m_focus;
-    std::vector<QMetaObject::Connection> m_textConnections;
+    FocusedText m_focus;
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;
     std::vector<Command> m_commands;

@@ -10,7 +10,6 @@
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
-#include "editing/window/VXMenuButton.h"
 #include "editing/window/VXSplitViewWindowController.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
@@ -24,9 +23,6 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMimeData>
-#include <QPlainTextEdit>
-#include <QPointer>
 #include <QTableView>
 #include <QTreeWidget>
 
@@ -42,6 +38,7 @@ WindowMenus::WindowMenus(VXSplitViewWindowController &window, const WindowParts 
       m_features(features),
       m_state(state),
       m_focusRound(new FocusRound(this)),
+      m_rowMenu(parts, state),
       m_editMenu(new EditMenu(parts, features.commands, state, this))
 {
     buildFileMenu();
@@ -52,7 +49,6 @@ WindowMenus::WindowMenus(VXSplitViewWindowController &window, const WindowParts 
     buildWindowMenu();
     buildHelpMenu();
     addAreas();
-    connect(&parts.table, &GlyphTableView::rowMenuRequested, this, &WindowMenus::showRowMenu);
     followMenus();
     validate();
 }
@@ -145,19 +141,19 @@ void WindowMenus::buildEditMenu()
     const qsizetype before = menu->actions().size();
     m_editMenu->addClipboardCommands(*menu);
     for (QAction *action : menu->actions().sliced(before))
-        onRows(action);
-    onRows(addCommand(
+        m_rowMenu.add(action);
+    m_rowMenu.add(addCommand(
         menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [&commands] { commands.duplicate(); },
         hasSelection));
     m_editMenu->addSelectAllCommand(*menu);
     QMenu *same = menu->addMenu(tr("Select Records with the Sa&me"));
     fillSelectSame(same);
     m_conditions.emplace_back(same->menuAction(), hasSelection);
-    m_rowActions << nullptr;
-    onRows(same->menuAction());
+    m_rowMenu.addSeparator();
+    m_rowMenu.add(same->menuAction());
     menu->addSeparator();
     addCommand(menu, tr("&Find"), QKeySequence::Find, [this] { m_features.search.focusField(); });
-    onRows(addCommand(
+    m_rowMenu.add(addCommand(
         menu, tr("Find and R&eplace…"), QKeySequence(Qt::CTRL | Qt::Key_H),
         [this] { m_features.replace.run(); }, [&list] { return list.countOfArrangedObjects() > 0; }));
     addCommand(menu, tr("&Go to Name or Code Point…"), QKeySequence(Qt::CTRL | Qt::Key_L),
@@ -205,54 +201,40 @@ void WindowMenus::buildViewMenu()
 void WindowMenus::buildGlyphMenu()
 {
     QMenu *menu = m_glyphMenu = m_window.menuBar()->addMenu(tr("&Glyph"));
-    m_rowActions << nullptr;
+    m_rowMenu.addSeparator();
     RecordCommands &commands = m_features.commands;
     RSRTVArrayController *list = &m_parts.list;
     const Condition hasSelection = [list] { return list->selectedCount() > 0; };
     m_addAction = addCommand(menu, tr("&Add Glyph"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
                              [&commands] { commands.add(); });
+    m_rowMenu.setCommandWithoutRows(m_addAction);
     m_addAction->setIcon(QIcon(u":/icons/add.svg"_s));
-    m_removeAction = onRows(addCommand(
+    m_removeAction = m_rowMenu.add(addCommand(
         menu, tr("&Remove…"), QKeySequence(Qt::CTRL | Qt::Key_Backspace), [&commands] { commands.remove(); },
         hasSelection));
     m_removeAction->setIcon(QIcon(u":/icons/remove.svg"_s));
     menu->addSeparator();
-    onRows(addCommand(
+    m_rowMenu.add(addCommand(
         menu, tr("&Name to Alternate Names"), {}, [&commands] { commands.moveNamesToAltNames(); },
         hasSelection));
-    onRows(addCommand(
+    m_rowMenu.add(addCommand(
         menu, tr("Make &Legacy Name"), {}, [&commands] { commands.makeLegacyName(); }, hasSelection));
-    onRows(addCommand(
+    m_rowMenu.add(addCommand(
         menu, tr("Number &Sort Names…"), {}, [&commands] { commands.numberSortNames(); }, hasSelection));
     addCommand(
         menu, tr("&Write Shown Order to the Document"), {}, [&commands] { commands.writeShownOrder(); },
         [list] { return list->sortColumn() >= 0 && !list->isFiltered(); });
     menu->addSeparator();
-    onRows(addCommand(
+    m_rowMenu.add(addCommand(
         menu, tr("Show &Code Point in Character Application"), {},
         [&commands] { commands.showInCharacterApplication(); },
         [list] { return list->selectedCount() == 1; }));
     MainMenu::contributeTo(MainMenu::Glyph, *menu, m_window);
 }
 
-VXMenuButton *WindowMenus::makeGlyphButton(QWidget *parent)
+VXMenuButton *WindowMenus::makeGlyphButton(QWidget *parent) const
 {
-    auto *button = new VXMenuButton(parent);
-    button->setIcon(QIcon(u":/icons/more.svg"_s));
-    button->setToolTip(tr("Commands on the selected glyphs"));
-    button->setAccessibleName(button->toolTip());
-    for (QAction *action : m_glyphMenu->actions()) {
-        if (action->isSeparator() || action == m_addAction || action == m_removeAction)
-            continue;
-        QAction *item = button->addItemWithTitle(action->text());
-        item->setEnabled(action->isEnabled());
-        connect(action, &QAction::changed, item, [action, item] { item->setEnabled(action->isEnabled()); });
-        connect(button, &VXMenuButton::itemChosen, action, [action, item](const QAction *chosen) {
-            if (chosen == item)
-                action->trigger();
-        });
-    }
-    return button;
+    return RowMenu::makeButton(*m_glyphMenu, {m_addAction, m_removeAction}, parent);
 }
 
 void WindowMenus::buildScriptsMenu()
@@ -275,31 +257,7 @@ void WindowMenus::buildHelpMenu()
     MainMenu::contributeTo(MainMenu::Help, *menu, m_window);
 }
 
-// Rows and areas
-
-QAction *WindowMenus::onRows(QAction *command)
-{
-    m_rowActions << command;
-    return command;
-}
-
-void WindowMenus::showRowMenu(const QPoint &place)
-{
-    m_parts.table.setFocus(Qt::OtherFocusReason);
-    m_state.tell();
-    auto *menu = new QMenu(&m_window);
-    menu->setObjectName(u"rowMenu"_s);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    for (QAction *command : m_rowActions) {
-        if (!command)
-            menu->addSeparator(); // those beside each other or at an end are not shown
-        else if (command->isEnabled())
-            menu->addAction(command);
-    }
-    if (m_parts.list.selectedCount() == 0)
-        menu->insertAction(menu->actions().value(0), m_addAction);
-    menu->popup(place);
-}
+// Areas
 
 /// The areas of the window in the order in which F6 goes round.
 void WindowMenus::addAreas()

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "editing/window/WindowParts.h"
+#include "editing/window/RowMenu.h"
 
-#include <QPointer>
 #include <functional>
 #include <vector>
 
@@ -43,7 +42,7 @@ public:
     QAction *addAction() const { return m_addAction; }
     QAction *removeAction() const { return m_removeAction; }
     /// A button for the toolbar with the commands on the selected glyphs.
-    VXMenuButton *makeGlyphButton(QWidget *parent);
+    VXMenuButton *makeGlyphButton(QWidget *parent) const;
 
     /// Enables each command that can act now, and names the steps that undo and redo would take. A window
     /// that comes up behind the others has time for it until it becomes active.
@@ -68,9 +67,6 @@ private:
     /// Opening a menu and pressing a key find every command as it would act then.
     void followMenus();
     void addAreas();
-    /// Marks a command of the Edit or the Glyph menu as one that acts on the selected rows.
-    QAction *onRows(QAction *command);
-    void showRowMenu(const QPoint &place);
 
     VXSplitViewWindowController &m_window;
     WindowParts m_parts;
@@ -80,7 +76,7 @@ private:
     std::vector<std::pair<QAction *, Condition>> m_conditions;
     FocusRound
         *m_focusRound; ///< asks the window for its parts, so it goes with this, while the window is whole
-    QList<QPointer<QAction>> m_rowActions; ///< in their order; null between groups
+    RowMenu m_rowMenu; ///< of commands of the Edit and the Glyph menu
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;
     EditMenu *m_editMenu;

@@ -1,4 +1,5 @@
 #include "editing/compare/CompareReport.h"
+#include "editing/compare/CompareSheet.h"
 #include "editing/compare/VXCompareDataWindow.h"
 #include "editing/fields/ErrorBubble.h"
 #include "tests/editing/Windows.h"
