@@ -1,10 +1,9 @@
 #pragma once
 
-#include "model/VXGlyphInfo.h"
+#include "document/GlyphLookups.h"
 
 #include <QFont>
 #include <QTextLayout>
-#include <optional>
 
 namespace runebook {
 
@@ -13,17 +12,6 @@ struct FormattedText {
     QString text;
     QList<QTextLayout::FormatRange> formats;
     Qt::Alignment alignment = Qt::AlignHCenter;
-};
-
-/// Where a preview finds the records that another one is composed of.
-class GlyphLookups
-{
-public:
-    virtual InfoPtr infoForName(const QString &name) const = 0;
-    virtual std::optional<InfoList> baseInfosForUniName(const QString &name) const = 0;
-
-protected:
-    ~GlyphLookups() = default;
 };
 
 /// The text that shows what a record stands for: its character, or the characters that compose it.

@@ -30,7 +30,7 @@ const InfoList &InfoSequence::list() const
     return m_infos.closed();
 }
 
-qsizetype InfoSequence::placeOf(const VXGlyphInfo &info, bool isShared) const
+qsizetype InfoSequence::placeOf(const VXGlyphInfo &info) const
 {
     if (info.listings() == 0)
         return -1;
@@ -39,7 +39,7 @@ qsizetype InfoSequence::placeOf(const VXGlyphInfo &info, bool isShared) const
         // What stands only once has no other place; edits near by have moved it a little.
         if (findNearHint(slots, info))
             return static_cast<qsizetype>(m_infos.placeOfSlot(info.placeHint()));
-    } else if (isShared) {
+    } else if (m_isShared) {
         return searchedPlace(info); // the hint may be that of another list
     }
     if (!m_placesAreValid)
@@ -47,7 +47,7 @@ qsizetype InfoSequence::placeOf(const VXGlyphInfo &info, bool isShared) const
     const std::size_t slot = info.placeHint();
     if (slot < slots.size() && slots[slot].get() == &info)
         return static_cast<qsizetype>(m_infos.placeOfSlot(slot));
-    return isShared ? searchedPlace(info) : -1; // another list may have set its hint since
+    return m_isShared ? searchedPlace(info) : -1; // another list may have set its hint since
 }
 
 qsizetype InfoSequence::searchedPlace(const VXGlyphInfo &info) const

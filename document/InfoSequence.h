@@ -8,7 +8,7 @@ namespace runebook {
 
 /// The records of a document in their order. Edited one by one it costs no more than what lies between two
 /// edits; whoever asks for all of it as a list has the gap closed that edits left. It knows where each record
-/// stands as well, as long as the records stand in no other list: they carry hints for that.
+/// stands as well; records carry hints for that, which are its own as long as they stand in no other list.
 class InfoSequence
 {
 public:
@@ -18,8 +18,15 @@ public:
     const InfoList &list() const;
     /// Whether \a infos is what list() answers.
     bool isItself(const InfoList &infos) const { return &infos == &m_infos.slots(); }
-    /// The first place of \a info, or -1. \a isShared: the records may stand in other lists, too.
-    qsizetype placeOf(const VXGlyphInfo &info, bool isShared) const;
+    /// The first place of \a info, or -1.
+    qsizetype placeOf(const VXGlyphInfo &info) const;
+    bool lists(const VXGlyphInfo &info) const
+    {
+        return m_isShared ? placeOf(info) >= 0 : info.listings() > 0;
+    }
+    /// Whether its records may stand in other lists, too.
+    bool isShared() const { return m_isShared; }
+    void setShared() { m_isShared = true; }
 
     // The records' listings are to be counted before they are inserted or replaced, or erased.
     /// Makes \a infos the list and answers the former one.
@@ -37,6 +44,7 @@ private:
 
     mutable GapVector<InfoPtr> m_infos; ///< the hints of records are its slots
     mutable bool m_placesAreValid = false; ///< all hints are those of this list
+    bool m_isShared = false;
 };
 
 } // namespace runebook

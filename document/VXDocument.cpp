@@ -4,11 +4,13 @@
 #include "document/DocumentSettings.h"
 #include "document/FileFormats.h"
 #include "document/GlyphDataReader.h"
+#include "document/GlyphDataWriter.h"
+#include "document/GlyphPreview.h"
 #include "document/OpenConflicts.h"
+#include "document/PreviewFonts.h"
 #include "document/ReloadedContent.h"
 #include "document/SavingChanges.h"
 #include "document/TabbedTable.h"
-#include "model/FieldRepeats.h"
 #include "platform/CallLater.h"
 #include "platform/CheckedFile.h"
 #include "platform/FilePath.h"
@@ -25,13 +27,6 @@ using namespace runebook;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr std::size_t kFewChanges = 2000; // that an index follows in no time
-
-InfoIndex::Key keyOf(GlyphField field)
-{
-    return [field](const VXGlyphInfo &info, std::string &buffer) { return info.utf8(field, buffer); };
-}
 
 /// How many last parts of the path \a own it takes to tell it from \a other.
 qsizetype differingParts(QStringView own, QStringView other)
@@ -57,28 +52,27 @@ Error notEnoughMemory(const QString &url)
 
 } // namespace
 
-VXDocument::VXDocument(QObject *parent)
-    : Document(parent),
-      m_byName(keyOf(GlyphField::Name)),
-      m_byUnicode([](const VXGlyphInfo &info, std::string &buffer) { return info.unicodeUtf8(buffer); }),
-      m_byProduction(keyOf(GlyphField::Production))
+VXDocument::VXDocument(QObject *parent) : Document(parent), m_infos(*this, *Document::undoManager())
 {
     DocumentController::shared().setAutosavingDelay(usualAutosavingDelay());
-    GlyphInfoOwner::ownerlessHasChanged = [](VXGlyphInfo &info) { tellSharers(info, nullptr); };
     connect(this, &Document::saved, this, [this] { m_fileForm.setSaved(); });
+    connect(&m_infos, &DocumentInfos::revised, this, [this] { ++m_revision; });
+    connect(&m_infos, &DocumentInfos::changedSilently, this, &Document::noteSilentChange);
+    connect(&m_infos, &DocumentInfos::didChangeInfos, this, &VXDocument::didChangeInfos);
+    connect(&m_infos, &DocumentInfos::inserted, this, &VXDocument::infosInserted);
+    connect(&m_infos, &DocumentInfos::removed, this, &VXDocument::infosRemoved);
+    connect(&m_infos, &DocumentInfos::replaced, this, &VXDocument::infoReplaced);
+    connect(&m_infos, &DocumentInfos::reset, this, &VXDocument::infosReset);
 }
 
-VXDocument::~VXDocument()
+VXDocument::~VXDocument() = default;
+
+void VXDocument::setInfos(InfoList infos)
 {
-    leaveSharers();
-    for (const InfoPtr &info : infos()) {
-        leave(info);
-        release(info);
-    }
-    for (const std::weak_ptr<VXGlyphInfo> &stray : m_strays) {
-        if (const InfoPtr info = stray.lock())
-            release(info);
-    }
+    for (const InfoPtr &info : infos)
+        info->setNotAsRead();
+    install(std::move(infos));
+    noteSilentChange();
 }
 
 // Opening and saving
@@ -356,48 +350,69 @@ QString VXDocument::displayName() const
     return fewest == 0 ? Document::displayName() : fileURL().section(u'/', -fewest);
 }
 
+// Previews
+
+QString VXDocument::stringForInfo(const InfoPtr &info) const
+{
+    return GlyphPreview::text(m_infos.lookups(), info);
+}
+
+QString VXDocument::baseStringForInfo(const InfoPtr &info) const
+{
+    return GlyphPreview::baseText(m_infos.lookups(), info);
+}
+
+FormattedText VXDocument::formatStringFromInfo(const InfoPtr &info) const
+{
+    return GlyphPreview::formatted(m_infos.lookups(), info);
+}
+
+FormattedText VXDocument::formatInfoStringFont(const QString &text, const QFont &font)
+{
+    return GlyphPreview::formatted(text, font);
+}
+
+std::optional<QFont> VXDocument::fontForScriptSize(const QString &script, double size)
+{
+    return PreviewFonts::fontForScript(script, size);
+}
+
+QString VXDocument::previewFontForScript(const QString &script)
+{
+    return PreviewFonts::pathForScript(script);
+}
+
+void VXDocument::registerPreviewFontForScript(const QString &path, const QString &script)
+{
+    PreviewFonts::choose(path, script);
+}
+
+void VXDocument::removePreviewFontForScript(const QString &script)
+{
+    PreviewFonts::remove(script);
+}
+
+void VXDocument::setNeedsUpdateScriptToFontCache()
+{
+    PreviewFonts::setNeedUpdate();
+}
+
 // Called by records
 
 void VXDocument::infoHasChanged(VXGlyphInfo &info, GlyphField field, const FieldValue &old)
 {
     ++m_revision;
-    if (info.listings() > 0)
-        ++m_heardChanges;
-    InfoIndex *index = indexForField(field);
-    // A command that has changed a good part of the list leaves the index to be made anew. Only once: it may
-    // look something up between its changes, and then the index is kept in step.
-    const std::size_t goodPart =
-        std::max<std::size_t>(kFewChanges, static_cast<std::size_t>(countOfInfos()) / 16);
-    if (index && m_changes.size() == goodPart)
-        index->drop();
-    // How often a record of several lists stands in this one, nobody knows.
-    if (index && m_sharesRecords && info.listings() > 1)
-        index->drop();
-    if (index && index->isBuilt() && isListedHere(info)) {
-        std::string buffer;
-        std::string_view text = old.utf8(info.sourceData(), buffer);
-        if (field == GlyphField::Unicodes && !old.isPiece())
-            text = buffer = old.toList(info.sourceData()).value(0).toStdString();
-        for (int i = 0; i < info.listings(); ++i)
-            index->remove(info, text);
-        for (int i = 0; i < info.listings(); ++i)
-            index->insert(info);
-    }
-    tellSharers(info, this);
-    if (m_changes.empty())
+    m_infos.fieldHasChanged(info, field, old, m_changes.count());
+    if (m_changes.isEmpty())
         callLater(this, [this] { flushChanges(); });
-    // A command that has come so far goes on to the end as a rule.
-    if (m_changes.size() == kFewChanges)
-        m_changes.reserve(static_cast<std::size_t>(countOfInfos()));
-    m_changes.push_back({info.shared_from_this(), field});
-    dropRepeats(m_changes, m_nextChangesCleaning);
+    m_changes.add(info, field, countOfInfos());
 }
 
 void VXDocument::contentHasChanged(VXGlyphInfo &info)
 {
     ++m_revision;
     noteSilentChange();
-    tellSharers(info, this);
+    InfoOwnership::tellSharers(info, &m_infos.ownership());
 }
 
 void VXDocument::setFileVersion(int version)
@@ -416,10 +431,9 @@ void VXDocument::elementHasChanged(const InfoPtr &info)
 
 void VXDocument::flushChanges()
 {
-    if (m_changes.empty())
+    if (m_changes.isEmpty())
         return;
-    const std::vector<Change> changes = std::exchange(m_changes, {});
-    m_nextChangesCleaning = 0;
+    const std::vector<Change> changes = m_changes.take();
     Q_EMIT infosChanged(changes);
     elementHasChanged(changes.front().info);
 }

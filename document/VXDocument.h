@@ -1,16 +1,14 @@
 #pragma once
 
+#include "document/DocumentInfos.h"
+#include "document/FieldChanges.h"
 #include "document/FileForm.h"
-#include "document/InfoIndex.h"
-#include "document/InfoSequence.h"
 #include "document/UnkeptValues.h"
-#include "model/GlyphInfoOwner.h"
 #include "model/ReadNotes.h"
 #include "model/VXGlyphInfo.h"
 #include "platform/documents/Document.h"
 
 #include <optional>
-#include <unordered_set>
 
 class QFont;
 
@@ -19,12 +17,9 @@ struct FileContent;
 struct FormattedText;
 } // namespace runebook
 
-Q_DECLARE_METATYPE(InfoList)
-Q_DECLARE_METATYPE(runebook::IndexSet)
-
 /// One open glyph data file: its info list, the file version it was read with, its undo history. Every
 /// change of the list registers its inverse before it is made and is announced after it. Main thread only.
-class VXDocument : public runebook::Document, public runebook::GlyphInfoOwner
+class VXDocument : public runebook::Document, public runebook::SharingOwner
 {
     Q_OBJECT
     Q_PROPERTY(InfoList infos READ infos WRITE setInfos)
@@ -87,43 +82,69 @@ public: // the info list
     Q_INVOKABLE void setInfos(InfoList infos);
     Q_INVOKABLE qsizetype countOfInfos() const { return m_infos.count(); }
     /// Null for an index outside the list.
-    Q_INVOKABLE InfoPtr objectInInfosAtIndex(qsizetype index) const;
+    Q_INVOKABLE InfoPtr objectInInfosAtIndex(qsizetype index) const { return m_infos.at(index); }
     /// The first place of the record, or -1.
-    Q_INVOKABLE qsizetype indexOfObjectInInfos(const InfoPtr &info) const;
+    Q_INVOKABLE qsizetype indexOfObjectInInfos(const InfoPtr &info) const { return placeOf(info.get()); }
     /// The same for those who hold no share of the record.
-    qsizetype placeOf(const VXGlyphInfo *info) const;
+    qsizetype placeOf(const VXGlyphInfo *info) const { return m_infos.placeOf(info); }
     /// The records that infosRemoved tells of, while it does; some may stand elsewhere in the list.
-    const InfoList &leavingInfos() const { return m_leaving; }
+    const InfoList &leavingInfos() const { return m_infos.leaving(); }
     /// Appends. Undo: removeInfo.
-    Q_INVOKABLE void addInfo(const InfoPtr &info);
-    Q_INVOKABLE void addInfos(const InfoList &infos);
+    Q_INVOKABLE void addInfo(const InfoPtr &info) { m_infos.add(info); }
+    Q_INVOKABLE void addInfos(const InfoList &infos) { m_infos.add(infos); }
     /// Makes \a document, which may be null, the one that \a info belongs to, as records of its list do.
-    static void setDocumentOf(const InfoPtr &info, VXDocument *document);
+    static void setDocumentOf(const InfoPtr &info, VXDocument *document)
+    {
+        runebook::InfoOwnership::give(info, document);
+    }
     /// Removes every occurrence. Undo appends again, at the end of the list.
-    Q_INVOKABLE void removeInfo(const InfoPtr &info);
-    Q_INVOKABLE void removeInfos(const InfoList &infos);
-    Q_INVOKABLE void insertObjectInInfosAtIndex(const InfoPtr &info, qsizetype index);
+    Q_INVOKABLE void removeInfo(const InfoPtr &info) { m_infos.remove(info); }
+    Q_INVOKABLE void removeInfos(const InfoList &infos) { m_infos.remove(infos); }
+    Q_INVOKABLE void insertObjectInInfosAtIndex(const InfoPtr &info, qsizetype index)
+    {
+        m_infos.insertAt(info, index);
+    }
     /// Inserts the records so that each stands at its index afterwards; the first at the lowest.
-    Q_INVOKABLE void insertObjectsInInfosAtIndexes(const InfoList &infos, const runebook::IndexSet &indexes);
+    Q_INVOKABLE void insertObjectsInInfosAtIndexes(const InfoList &infos, const runebook::IndexSet &indexes)
+    {
+        m_infos.insertAt(infos, indexes);
+    }
     /// The record loses its document.
-    Q_INVOKABLE void removeObjectFromInfosAtIndex(qsizetype index);
+    Q_INVOKABLE void removeObjectFromInfosAtIndex(qsizetype index) { m_infos.removeAt(index); }
     /// The records keep their document.
-    Q_INVOKABLE void removeObjectsFromInfosAtIndexes(const runebook::IndexSet &indexes);
+    Q_INVOKABLE void removeObjectsFromInfosAtIndexes(const runebook::IndexSet &indexes)
+    {
+        m_infos.removeAt(indexes);
+    }
     /// No undo step, but the document is edited.
-    Q_INVOKABLE void replaceObjectInInfosAtIndexWithObject(qsizetype index, const InfoPtr &info);
+    Q_INVOKABLE void replaceObjectInInfosAtIndexWithObject(qsizetype index, const InfoPtr &info)
+    {
+        m_infos.replaceAt(index, info);
+    }
     /// Puts the records into another order: the list's own records, each once. Undo restores the old order.
-    Q_INVOKABLE void reorderInfos(const InfoList &infos);
+    Q_INVOKABLE void reorderInfos(const InfoList &infos) { m_infos.reorder(infos); }
 
 public: // look-ups: the first record in list order wins
-    Q_INVOKABLE InfoPtr infoForName(const QString &name) const override;
-    Q_INVOKABLE InfoPtr infoForUnicode(const QString &unicode) const;
+    Q_INVOKABLE InfoPtr infoForName(const QString &name) const override
+    {
+        return m_infos.lookups().infoForName(name);
+    }
+    Q_INVOKABLE InfoPtr infoForUnicode(const QString &unicode) const
+    {
+        return m_infos.lookups().infoForUnicode(unicode);
+    }
     /// All records whose value for \a key is one of \a values, in list order; nothing when there is none or
     /// the key names no field.
-    Q_INVOKABLE std::optional<InfoList> infoForKeyValues(const QString &key,
-                                                         const QVariantList &values) const;
+    Q_INVOKABLE std::optional<InfoList> infoForKeyValues(const QString &key, const QVariantList &values) const
+    {
+        return m_infos.lookups().infosForKeyValues(key, values);
+    }
     /// The records that a name like "uni00410042" or "u1F600" stands for; free ones are made for code points
     /// that the list does not have. Nothing for other names.
-    Q_INVOKABLE std::optional<InfoList> baseInfosForUniName(const QString &name) const;
+    Q_INVOKABLE std::optional<InfoList> baseInfosForUniName(const QString &name) const
+    {
+        return m_infos.lookups().baseInfosForUniName(name);
+    }
     Q_INVOKABLE static QStringList categories() { return VXGlyphInfo::categories(); }
     Q_INVOKABLE static QStringList subCategories() { return VXGlyphInfo::subCategories(); }
     Q_INVOKABLE static QStringList scripts() { return VXGlyphInfo::scripts(); }
@@ -145,17 +166,14 @@ public: // called by records
                         const runebook::FieldValue &old) override;
     void contentHasChanged(VXGlyphInfo &info) override;
     QObject *asObject() override { return this; }
+    runebook::InfoOwnership &ownership() override { return m_infos.ownership(); }
     /// Tells the window that the record it shows may look different.
     Q_INVOKABLE void elementHasChanged(const InfoPtr &info);
     /// Announces now what would be announced when control returns to the event loop.
     void flushChanges();
 
 public:
-    /// A changed field of a record; the record may have left the list since.
-    struct Change {
-        InfoPtr info;
-        runebook::GlyphField field;
-    };
+    using Change = runebook::FieldChange;
 
 Q_SIGNALS:
     /// After every change of the list as seen by observers of the key "infos"; taking records out with
@@ -181,58 +199,20 @@ protected:
     void noteAcceptedLosses() override;
 
 private:
-    enum class Notice { Observers, Quiet };
-
     /// Makes \a infos the list, without undo step or notice to the edited state.
-    void install(InfoList infos);
+    void install(InfoList infos) { m_infos.install(std::move(infos)); }
     /// Takes over what a reading told besides the records, which it answers.
     InfoList takeForm(runebook::FileContent content);
     runebook::UnkeptValues::Content savedContent() const;
     bool mayWrite(const QString &url, runebook::Error *notice, runebook::Error *error);
-    /// Tells the documents that list records of others that \a info has changed.
-    static void tellSharers(const VXGlyphInfo &info, const VXDocument *except);
-    void noteSharing();
-    void leaveSharers();
     void restoreFileVersion(int version);
 
-    void adopt(const InfoPtr &info);
-    void leave(const InfoPtr &info);
-    void addStray(const InfoPtr &info);
-    template <typename Visit> void forEachBuiltIndex(Visit visit);
-    bool isListedHere(const VXGlyphInfo &info) const;
-    void release(const InfoPtr &info);
-    void insertAt(const InfoList &infos, const runebook::IndexSet &indexes, Notice notice);
-    void removeAt(const runebook::IndexSet &indexes, Notice notice);
-    void listChanged(Notice notice);
-    void dropIndexes();
-    runebook::IndexSet placesOf(const InfoList &infos) const;
-    const runebook::InfoIndex &ready(runebook::InfoIndex &index) const;
-    InfoPtr firstFound(runebook::InfoIndex &index, const QString &text) const;
-    /// The records found by one of the texts, in list order; nothing when only a scan can tell.
-    std::optional<InfoList> indexedInfos(runebook::GlyphField field, const QVariantList &values) const;
-    runebook::InfoIndex *indexForField(runebook::GlyphField field) const;
-
-    runebook::InfoSequence m_infos;
+    runebook::DocumentInfos m_infos;
     quint8 m_fileVersion = 2;
     runebook::Error m_readError;
     runebook::ReadNotes m_readNotes;
     runebook::FileForm m_fileForm;
     mutable runebook::UnkeptValues m_unkept;
     quint64 m_revision = 0; ///< counts changes of any kind
-    std::vector<Change> m_changes;
-    std::size_t m_nextChangesCleaning = 0;
-    InfoList m_leaving;
-    /// Records that left the list and still point here; their reference ends with the document.
-    std::vector<std::weak_ptr<VXGlyphInfo>> m_strays;
-    std::size_t m_nextStraysCleaning = 0;
-    quint64 m_heardChanges = 0; ///< of listed records
-    mutable runebook::InfoIndex m_byName;
-    mutable runebook::InfoIndex m_byUnicode;
-    mutable runebook::InfoIndex m_byProduction;
-    /// Records of the list have another document, or none: they change unheard, so indexes last until any
-    /// record changes that this document did not hear of.
-    bool m_sharesRecords = false;
-    /// Of a document that shares: the records of its list, as long as the list stays the same.
-    mutable std::unordered_set<const VXGlyphInfo *> m_listed;
-    mutable quint64 m_unheardChanges = 0; ///< when the indexes were made
+    runebook::FieldChanges m_changes;
 };
