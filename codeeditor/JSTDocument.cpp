@@ -290,3 +290,33 @@ bool JSTDocument::textView_ShouldChangeTextInRangeReplacementString(JSTTextView 
     return std::all_of(replacement.cbegin(), replacement.cend(),
                        [](QChar c) { return c.unicode() < 0x00FF; });
 }
+
+QStringList JSTDocument::textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                                   const QStringList &words,
+                                                                                   TextRange range,
+                                                                                   int *selectedIndex)
+{
+    QStringList result;
+    for (const Completion &word : m_offeredWords.fitting(view->textStorage()->substringWithRange(range)))
+        result.append(word.text);
+    if (JSTTextViewDelegate *delegate = delegateInterface())
+        result += delegate->textViewCompletionsForPartialWordRangeIndexOfSelectedItem(view, words, range,
+                                                                                      selectedIndex);
+    return result;
+}
+
+CompletionList JSTDocument::textViewCompletionsToShow(JSTTextView *view, TextRange range)
+{
+    const auto liveNames = [this, view](const QString &path, const QString &start) {
+        JSTTextViewDelegate *delegate = delegateInterface();
+        return delegate ? delegate->textViewNamesAtPath(view, path, start) : KnownNames();
+    };
+    return m_offeredWords.offered(view->string(), range.location, range.end(), liveNames,
+                                  [this](int index) { return isInStringOrComment(index); });
+}
+
+void JSTDocument::textViewDescribeCompletion(JSTTextView *view, TextRange range, Completion &one)
+{
+    if (JSTTextViewDelegate *delegate = delegateInterface())
+        delegate->textViewDescribeCompletion(view, range, one);
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codeeditor/JSTTextViewDelegate.h"
+#include "codeeditor/OfferedWords.h"
 #include "codeeditor/TDTokenizer.h"
 #include "codeeditor/TokenRuns.h"
 
@@ -69,8 +70,8 @@ public: // font
     Q_INVOKABLE void setFontSize(int fontSize);
 
 public: // completion
-    const QStringList &autocompleteKeywords() const { return m_autocompleteKeywords; }
-    Q_INVOKABLE void setAutocompleteKeywords(const QStringList &words) { m_autocompleteKeywords = words; }
+    const QStringList &autocompleteKeywords() const { return m_offeredWords.words(); }
+    Q_INVOKABLE void setAutocompleteKeywords(const QStringList &words) { m_offeredWords.setWords(words); }
 
 public: // kept for the console of the panel; nothing here reads it
     Q_INVOKABLE QVariantMap previousOutputTypingAttributes() const
@@ -85,6 +86,7 @@ public: // kept for the console of the panel; nothing here reads it
 public: // called by the text view
     Q_INVOKABLE void textDidChange(JSTTextView *view) override;
     Q_INVOKABLE void textViewDidChangeSelection(JSTTextView *view) override;
+    bool textViewIsInStringOrComment(int index) const override { return isInStringOrComment(index); }
     Q_INVOKABLE QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(
         JSTTextView *view, const QStringList &words, runebook::TextRange range, int *selectedIndex) override;
     runebook::CompletionList textViewCompletionsToShow(JSTTextView *view, runebook::TextRange range) override;
@@ -114,7 +116,6 @@ private:
     void paint(runebook::TextRange range, Announce announce);
     void applyParagraphStyle();
     JSTTextViewDelegate *delegateInterface() const;
-    runebook::CompletionList wordsOfList(const QString &partial) const;
 
     std::shared_ptr<TDTokenizer> m_tokenizer;
     QPointer<JSTTextView> m_sourceText;
@@ -123,7 +124,7 @@ private:
     QString m_sourceString;
     PostProcessing m_postprocessingBlock;
     QVariantMap m_previousOutputTypingAttributes;
-    QStringList m_autocompleteKeywords;
+    runebook::OfferedWords m_offeredWords;
     mutable std::optional<QFont> m_font;
     int m_fontSize = 13;
 

@@ -1,8 +1,9 @@
 #include "codeeditor/JSTTextView.h"
 
+#include "codeeditor/BraceMarks.h"
 #include "codeeditor/BraceMatching.h"
+#include "codeeditor/CodeCompleter.h"
 #include "codeeditor/CodeLayout.h"
-#include "codeeditor/CompletionSession.h"
 #include "codeeditor/EditGroup.h"
 #include "codeeditor/FindIndicator.h"
 #include "codeeditor/JSTTextViewDelegate.h"
@@ -11,7 +12,9 @@
 #include "codeeditor/VXCodeTextStorage.h"
 #include "codeeditor/VXLineNumberView.h"
 
+#include <QKeyEvent>
 #include <QMimeData>
+#include <QPainter>
 #include <QTextBlock>
 
 using namespace Qt::StringLiterals;
@@ -24,7 +27,11 @@ constexpr int kLineNumberLeftMargin = 12;
 } // namespace
 
 JSTTextView::JSTTextView(QWidget *parent)
-    : QPlainTextEdit(parent), m_storage(new VXCodeTextStorage(document(), this))
+    : QPlainTextEdit(parent),
+      m_storage(new VXCodeTextStorage(document(), this)),
+      m_lines(*this),
+      m_words(*this),
+      m_pairs(*this)
 {
     setDocument(m_storage);
     setLineWrapMode(QPlainTextEdit::WidgetWidth);
@@ -40,8 +47,17 @@ JSTTextView::JSTTextView(QWidget *parent)
         if (dy != 0)
             dropRestOfScrolling();
     });
-    setUpCompletions();
-    followBraces();
+    m_completer = new CodeCompleter(this, *this);
+    m_completer->setSource({[this](TextRange range) {
+                                JSTTextViewDelegate *delegate = delegateInterface();
+                                return delegate ? delegate->textViewCompletionsToShow(this, range)
+                                                : CompletionList();
+                            },
+                            [this](TextRange range, Completion &one) {
+                                if (JSTTextViewDelegate *delegate = delegateInterface())
+                                    delegate->textViewDescribeCompletion(this, range, one);
+                            }});
+    m_braces = new BraceMarks(this, m_storage);
 }
 
 JSTTextView::~JSTTextView()
@@ -75,14 +91,6 @@ void JSTTextView::setSelectedRange(TextRange range)
     setTextCursor(cursor);
 }
 
-void JSTTextView::insertText(const QString &text)
-{
-    if (!shouldChangeTextInRangeReplacementString(selectedRange(), text))
-        return;
-    textCursor().insertText(text);
-    ensureCursorVisible();
-}
-
 bool JSTTextView::shouldChangeTextInRangeReplacementString(TextRange range, const QString &replacement)
 {
     if (isReadOnly())
@@ -104,6 +112,12 @@ void JSTTextView::setDelegate(QObject *delegate)
 JSTTextViewDelegate *JSTTextView::delegateInterface() const
 {
     return qobject_cast<JSTTextViewDelegate *>(m_delegate.data());
+}
+
+bool JSTTextView::isInStringOrComment(int index) const
+{
+    JSTTextViewDelegate *delegate = delegateInterface();
+    return delegate && delegate->textViewIsInStringOrComment(index);
 }
 
 void JSTTextView::setHeadIndent(qreal headIndent)
@@ -155,7 +169,7 @@ void JSTTextView::resizeEvent(QResizeEvent *event)
     m_storage->codeLayout().setWrapWidth(lineWrapMode() == WidgetWidth ? viewport()->width() : 0);
     QPlainTextEdit::resizeEvent(event);
     placeLineNumberView();
-    m_completions->end();
+    m_completer->end();
 }
 
 /// The base shifts what is painted by whole pixels and carries the rest on from scroll to scroll, as it
@@ -204,12 +218,12 @@ void JSTTextView::textViewDidChangeSelection()
 {
     const TextRange selection = selectedRange();
     const TextRange old = std::exchange(m_lastSelection, selection);
-    markBraces();
+    m_braces->update();
     if (old == selection)
         return;
     if (JSTTextViewDelegate *delegate = delegateInterface())
         delegate->textViewDidChangeSelection(this);
-    if (m_userEvent == UserEvent::KeyDown && selection.length == 0 && old.location == selection.location - 1)
+    if (m_isTyping && selection.length == 0 && old.location == selection.location - 1)
         flashOpeningBrace(old.location);
 }
 
@@ -217,7 +231,7 @@ void JSTTextView::flashOpeningBrace(int closingBrace)
 {
     if (!TE_isClosingBrace(m_storage->characterAt(closingBrace).unicode()))
         return;
-    if (const auto match = matchingBrace(closingBrace, wholeText()))
+    if (const auto match = m_braces->partnerOf(closingBrace))
         showFindIndicatorForRange(*match);
 }
 
@@ -226,7 +240,7 @@ void JSTTextView::selectBracePair()
     const TextRange selection = selectedRange();
     if (selection.length != 1)
         return;
-    const auto match = matchingBrace(selection.location, wholeText());
+    const auto match = m_braces->partnerOf(selection.location);
     if (!match)
         return;
     // The caret goes to the end where the match is, so that keeping it visible shows the match.
@@ -261,7 +275,7 @@ void JSTTextView::mouseDoubleClickEvent(QMouseEvent *event)
     if (event->button() != Qt::LeftButton)
         return;
     // The base moves the caret into an empty line and tells nobody.
-    m_completions->end();
+    m_completer->end();
     textViewDidChangeSelection();
     m_doubleClicked = true;
     // The position between two characters; the one under the mouse stands before it in its right half.
@@ -322,47 +336,125 @@ void JSTTextView::insertNewline()
     ensureCursorVisible();
 }
 
-void JSTTextView::deleteRange(TextRange range)
+// ---- completions
+
+TextRange JSTTextView::rangeForUserCompletion() const
 {
-    if (!shouldChangeTextInRangeReplacementString(range, QString()))
-        return;
-    QTextCursor cursor = textCursor();
-    cursor.setPosition(range.location);
-    cursor.setPosition(range.end(), QTextCursor::KeepAnchor);
-    cursor.removeSelectedText();
-    setTextCursor(cursor);
-    ensureCursorVisible();
+    return m_completer->partialWord();
 }
 
-void JSTTextView::deleteWordForward()
+QStringList JSTTextView::completionsForPartialWordRange(TextRange range, int *selectedIndex)
 {
-    const TextRange selection = selectedRange();
-    if (selection.length > 0) {
-        deleteRange(selection);
+    JSTTextViewDelegate *delegate = delegateInterface();
+    if (!delegate)
+        return {};
+    QStringList words =
+        delegate->textViewCompletionsForPartialWordRangeIndexOfSelectedItem(this, {}, range, selectedIndex);
+    words.removeDuplicates();
+    return words;
+}
+
+void JSTTextView::complete()
+{
+    m_completer->complete();
+}
+
+// ---- keys
+
+bool JSTTextView::event(QEvent *event)
+{
+    // Escape dismisses the completions before any shortcut of the window sees it.
+    if (event->type() == QEvent::ShortcutOverride && m_completer->isOpen()
+        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
+    return QPlainTextEdit::event(event);
+}
+
+void JSTTextView::keyPressEvent(QKeyEvent *event)
+{
+    if (m_completer->handleKey(*event) || handleEditingKey(event)) {
+        event->accept();
         return;
     }
-    const int caret = selection.location;
-    const QTextBlock block = m_storage->findBlock(caret);
-    const QString rest = block.text().sliced(caret - block.position());
-    const auto spaces = std::find_if(rest.cbegin(), rest.cend(), [](QChar c) { return c != u' '; });
-    const int count = int(spaces - rest.cbegin());
-    const int end = count > 0 ? caret + count : m_storage->nextWord(caret, VXCodeTextStorage::Way::Forward);
-    if (end > caret)
-        deleteRange({caret, end - caret});
+    m_isTyping = true;
+    const bool isBackspace = event->key() == Qt::Key_Backspace && event->modifiers() == Qt::NoModifier;
+    const bool isDone = isBackspace ? m_pairs.deletePair() || m_lines.deleteIndent()
+                                    : event->text().size() == 1 && m_pairs.type(event->text().front());
+    if (isDone)
+        event->accept();
+    else
+        QPlainTextEdit::keyPressEvent(event);
+    m_isTyping = false;
+    if (event->key() != Qt::Key_Shift)
+        m_completer->noteTyped(event->text(),
+                               event->key() == Qt::Key_Backspace ? CodeCompleter::Typing::Erases
+                                                                 : CodeCompleter::Typing::Adds);
 }
 
-void JSTTextView::deleteWordBackward()
+void JSTTextView::inputMethodEvent(QInputMethodEvent *event)
 {
-    const TextRange selection = selectedRange();
-    const int start = selection.length > 0
-        ? selection.location
-        : m_storage->nextWord(selection.location, VXCodeTextStorage::Way::Backward);
-    if (start < selection.end())
-        deleteRange({start, selection.end() - start});
+    const QString committed = event->commitString(); // a text is typed, whatever wrote it
+    m_isTyping = !committed.isEmpty();
+    QPlainTextEdit::inputMethodEvent(event);
+    m_isTyping = false;
+    m_completer->noteTyped(event->preeditString().isEmpty() ? committed : QString(),
+                           CodeCompleter::Typing::Adds);
 }
 
-bool JSTTextView::selectionSpansLines() const
+bool JSTTextView::handleEditingKey(QKeyEvent *event)
 {
-    const QTextCursor cursor = textCursor();
-    return m_storage->findBlock(cursor.selectionStart()) != m_storage->findBlock(cursor.selectionEnd());
+    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    const bool plain = modifiers == Qt::NoModifier;
+    const bool shifted = modifiers == Qt::ShiftModifier;
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (!plain && !shifted) // with Shift too: a line separator is nothing Python knows
+            return false;
+        m_completer->end();
+        insertNewline();
+        return true;
+    case Qt::Key_Space:
+        if (modifiers != Qt::ControlModifier)
+            return false;
+        complete();
+        return true;
+    case Qt::Key_Tab:
+        if (!plain)
+            return false;
+        if (!m_lines.selectionSpansLines())
+            return m_lines.insertIndent();
+        shiftSelectedLinesRight();
+        return true;
+    case Qt::Key_Backtab:
+        shiftSelectedLinesLeft();
+        return true;
+    default:
+        if (!m_words.handleKey(*event))
+            return false;
+        m_completer->end();
+        return true;
+    }
+}
+
+// ---- the line at the wrap column
+
+void JSTTextView::setWrapColumn(int column)
+{
+    m_wrapColumn = std::max(0, column);
+    viewport()->update();
+}
+
+void JSTTextView::paintEvent(QPaintEvent *event)
+{
+    if (m_wrapColumn > 0) {
+        const qreal letter = QFontMetricsF(font()).horizontalAdvance(u'0');
+        const int x = qRound(contentOffset().x() + document()->documentMargin() + letter * m_wrapColumn);
+        QColor line = palette().color(QPalette::Text);
+        line.setAlphaF(0.12F);
+        QPainter(viewport()).fillRect(QRect(x, event->rect().top(), 1, event->rect().height()), line);
+    }
+    QPlainTextEdit::paintEvent(event);
 }

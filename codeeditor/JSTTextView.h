@@ -1,27 +1,31 @@
 #pragma once
 
+#include "codeeditor/ClosingPairs.h"
+#include "codeeditor/EditableCode.h"
+#include "codeeditor/LineCommands.h"
 #include "codeeditor/TextRange.h"
+#include "codeeditor/WordCommands.h"
 
 #include <QPlainTextEdit>
 #include <QPointer>
-#include <optional>
 
 class JSTTextViewDelegate;
 class VXCodeTextStorage;
 class VXLineNumberView;
 
 namespace runebook {
-class CompletionSession;
-struct LineEdit;
+class BraceMarks;
+class CodeCompleter;
 } // namespace runebook
 
 Q_MOC_INCLUDE("codeeditor/VXCodeTextStorage.h")
 Q_MOC_INCLUDE("codeeditor/VXLineNumberView.h")
 
 /// The view in which Python code is edited: indents new lines, comments and shifts lines, moves by the parts
-/// of dotted names, matches braces, completes words and shows line numbers. Positions and ranges are UTF-16
-/// units of string(). Main thread only.
-class JSTTextView : public QPlainTextEdit
+/// of dotted names, matches braces, completes words and shows line numbers. Each of these is a part of its
+/// own that asks of the view what EditableCode says. Positions and ranges are UTF-16 units of string(). Main
+/// thread only.
+class JSTTextView : public QPlainTextEdit, private runebook::EditableCode
 {
     Q_OBJECT
     Q_PROPERTY(qreal headIndent READ headIndent WRITE setHeadIndent NOTIFY headIndentChanged)
@@ -33,15 +37,15 @@ public: // the text
     Q_INVOKABLE QString string() const;
     /// Replaces everything, as no undoable step.
     Q_INVOKABLE void setString(const QString &text);
-    Q_INVOKABLE runebook::TextRange selectedRange() const;
+    Q_INVOKABLE runebook::TextRange selectedRange() const override;
     /// Clamped to the text.
-    Q_INVOKABLE void setSelectedRange(runebook::TextRange range);
+    Q_INVOKABLE void setSelectedRange(runebook::TextRange range) override;
     /// Replaces the selection as if \a text had been typed: undoable, and only if the delegate agrees.
-    Q_INVOKABLE void insertText(const QString &text);
+    Q_INVOKABLE void insertText(const QString &text) { EditableCode::insertText(text); }
     /// True when the view can be edited and the delegate has nothing against the change.
     Q_INVOKABLE bool shouldChangeTextInRangeReplacementString(runebook::TextRange range,
-                                                              const QString &replacement);
-    Q_INVOKABLE VXCodeTextStorage *textStorage() const;
+                                                              const QString &replacement) override;
+    Q_INVOKABLE VXCodeTextStorage *textStorage() const override;
 
 public: // delegate and line numbers
     /// Told of changes, asked for completions (JSTTextViewDelegate). Not owned; may go.
@@ -65,11 +69,10 @@ public: // looks
 
 public: // typing
     /// What the Tab key writes, and Backspace takes away at once.
-    enum class Indentation { AsTheText, Tab, Blanks };
-    Q_ENUM(Indentation)
-    void setIndentation(Indentation indentation) { m_indentation = indentation; }
+    using Indentation = runebook::LineCommands::Indentation;
+    void setIndentation(Indentation indentation) { m_lines.setIndentation(indentation); }
     /// Whether brackets and quotes bring their other half along, which is typed over then.
-    Q_INVOKABLE void setClosesBrackets(bool closes) { m_closesBrackets = closes; }
+    Q_INVOKABLE void setClosesBrackets(bool closes) { m_pairs.setEnabled(closes); }
 
 public: // completion
     /// The name before the caret, with the dotted names in front of it; empty at the caret when there is
@@ -84,16 +87,16 @@ public:
 public Q_SLOTS: // editing actions
     void copy();
     void insertNewline();
-    void deleteWordForward();
-    void deleteWordBackward();
-    void commentSelection();
-    void shiftSelectedLinesRight();
-    void shiftSelectedLinesLeft();
-    void duplicateSelectedLines();
-    void moveSelectedLinesUp();
-    void moveSelectedLinesDown();
+    Q_INVOKABLE void deleteWordForward() { m_words.deleteForward(); }
+    Q_INVOKABLE void deleteWordBackward() { m_words.deleteBackward(); }
+    void commentSelection() { m_lines.comment(); }
+    void shiftSelectedLinesRight() { m_lines.shiftRight(); }
+    void shiftSelectedLinesLeft() { m_lines.shiftLeft(); }
+    void duplicateSelectedLines() { m_lines.duplicate(); }
+    void moveSelectedLinesUp() { m_lines.moveUp(); }
+    void moveSelectedLinesDown() { m_lines.moveDown(); }
     /// Of one line and the next where no more are selected.
-    void joinSelectedLines();
+    void joinSelectedLines() { m_lines.join(); }
     /// Offers completions for the name before the caret.
     void complete();
 
@@ -116,36 +119,17 @@ protected:
     void insertFromMimeData(const QMimeData *source) override;
 
 private:
-    /// What the user is doing while the selection changes.
-    enum class UserEvent { None, KeyDown, DoubleClickUp };
+    QTextCursor caret() const override { return textCursor(); }
+    void setCaret(const QTextCursor &caret) override { setTextCursor(caret); }
+    void showCaret() override { ensureCursorVisible(); }
+    bool mayBeEdited() const override { return !isReadOnly(); }
+    bool isTyping() const override { return m_isTyping; }
+    bool isInStringOrComment(int index) const override;
 
     void textViewDidChangeSelection();
-    /// The brace in \a searched that belongs to the one at \a index; the text is read piece by piece.
-    std::optional<runebook::TextRange> matchingBrace(int index, runebook::TextRange searched) const;
-    runebook::TextRange wholeText() const;
-    void followBraces();
-    void markBraces();
-    bool typePair(QChar typed);
-    bool deletePair();
-    void forgetClosers();
-    void apply(const runebook::LineEdit &change);
-    QString indentStep() const;
-    bool insertIndent();
-    bool deleteIndent();
     void selectBracePair();
     void flashOpeningBrace(int closingBrace);
     bool handleEditingKey(QKeyEvent *event);
-    bool handleWordKey(QKeyEvent *event);
-    void moveByWord(QTextCursor::MoveOperation operation, QTextCursor::MoveMode mode);
-    void deleteRange(runebook::TextRange range);
-    bool selectionSpansLines() const;
-    void setUpCompletions();
-    enum class Typing { Adds, Erases };
-    void updateCompletions(const QString &typed, Typing typing);
-    bool wantsNoCompletions(runebook::TextRange range, const QString &partial) const;
-    enum class Completing { OnRequest, ByItself };
-    void showCompletions(Completing completing);
-    void acceptCompletion(const QString &word);
     void placeLineNumberView();
     void dropRestOfScrolling();
     JSTTextViewDelegate *delegateInterface() const;
@@ -153,17 +137,15 @@ private:
     VXCodeTextStorage *m_storage;
     QPointer<QObject> m_delegate;
     VXLineNumberView *m_lineNumberView = nullptr; // owned as a child
-    runebook::CompletionSession *m_completions; // owned as a child
+    runebook::CodeCompleter *m_completer; // owned as a child
+    runebook::BraceMarks *m_braces; // owned as a child
+    runebook::LineCommands m_lines;
+    runebook::WordCommands m_words;
+    runebook::ClosingPairs m_pairs;
     runebook::TextRange m_lastSelection;
-    runebook::TextRange m_markedSelection; ///< the one that the marked braces belong to
-    runebook::TextRange m_completedRange;
-    QString m_partialWord; // what stood there
-    UserEvent m_userEvent = UserEvent::None;
+    bool m_isTyping = false;
     bool m_doubleClicked = false;
     bool m_showsLineNumbers = false;
     qreal m_headIndent = 0;
     int m_wrapColumn = 0;
-    Indentation m_indentation = Indentation::AsTheText;
-    bool m_closesBrackets = false;
-    QList<QTextCursor> m_closers; // those that came by themselves and were not reached yet, outermost first
 };

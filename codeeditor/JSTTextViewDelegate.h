@@ -23,6 +23,12 @@ public:
     {
         return true;
     }
+    /// Whether the text is coloured there as a string or a comment.
+    virtual bool textViewIsInStringOrComment(int index) const
+    {
+        Q_UNUSED(index)
+        return false;
+    }
     /// Completions for the partial word at \a range; \a words are those found so far, \a selectedIndex may be
     /// set to the one to offer first.
     virtual QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *,

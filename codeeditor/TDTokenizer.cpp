@@ -7,12 +7,6 @@
 
 using namespace runebook;
 
-const TDToken *TDToken::EOFToken()
-{
-    static const TDToken end;
-    return &end;
-}
-
 TDTokenizer::TDTokenizer()
 {
     for (char16_t c = 0; c < 256; ++c) {

@@ -1,0 +1,7 @@
+#include "codeeditor/TDToken.h"
+
+const TDToken *TDToken::EOFToken()
+{
+    static const TDToken end;
+    return &end;
+}
