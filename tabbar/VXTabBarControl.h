@@ -1,23 +1,28 @@
 #pragma once
 
 #include "tabbar/TabBarDelegate.h"
+#include "tabbar/TabContent.h"
+#include "tabbar/TabNotifications.h"
 #include "tabbar/TabStrip.h"
 #include "tabbar/TabWidths.h"
 
 #include <QPointer>
-#include <QVariantAnimation>
 #include <QWidget>
 #include <limits>
 
 class PSMOverflowPopUpButton;
 class QMenu;
-class QLineEdit;
 class QMimeData;
 class QToolButton;
 
 namespace runebook {
+class TabArrangement;
+class TabBarFolding;
+class TabBarKeys;
 class TabBarMouse;
 class TabResizeHandle;
+class TabTitleEditor;
+struct TabBarMeasures;
 } // namespace runebook
 
 /// A bar of tabs, one for each item: draws them, lets the user select, close, reorder and reach the ones that
@@ -70,8 +75,6 @@ public:
 
     /// The index of nothing: larger than any index there is.
     static constexpr uint NotFound = std::numeric_limits<uint>::max();
-    /// The type of what is dragged when a tab is: "VXTabBarControlItemPBType".
-    static QString itemPasteboardType();
 
     explicit VXTabBarControl(QWidget *parent = nullptr);
     ~VXTabBarControl() override;
@@ -110,7 +113,7 @@ public: // layout; these hide the repainting operation of the same name on purpo
     Q_INVOKABLE void setDisableUpdates(bool disable);
     /// Folds the bar away or back; the partner view takes or gives the room where no layout does.
     Q_INVOKABLE void hideTabBarAnimate(bool hide, bool animate);
-    bool isTabBarHidden() const override { return m_isTabBarHidden; }
+    bool isTabBarHidden() const override;
     PSMTabBarCell *cellForTabItem(const QObject *item) const override;
     /// The cell of a shown tab under \a point, in the bar's coordinates.
     PSMTabBarCell *cellAtPoint(const QPointF &point) const override;
@@ -169,20 +172,26 @@ public: // settings; every setter lays out anew
     QString styleName() const { return m_style->name(); }
     /// "Yosemite" or "BigSur"; another name changes nothing.
     Q_INVOKABLE void setStyleNamed(const QString &name);
-    QWidget *partnerView() const { return m_partnerView; }
-    void setPartnerView(QWidget *view) { assign(m_partnerView, QPointer<QWidget>(view)); }
-    QWidget *contentView() const { return m_contentView; }
+    QWidget *partnerView() const;
+    void setPartnerView(QWidget *view);
+    QWidget *contentView() const { return m_content.view(); }
     void setContentView(QWidget *view);
     /// Not owned; see runebook::TabBarDelegate for the operations it may have.
     QObject *delegate() const { return m_delegate.object(); }
     void setDelegate(QObject *delegate);
 
 public: // observers of the notifications
-    using Observer = std::function<void(const QString &name, QObject *item)>;
+    using Observer = runebook::TabNotifications::Observer;
     /// Calls \a observer for each notification as long as \a context lives. What it throws is logged.
-    void addObserver(QObject *context, Observer observer);
+    void addObserver(QObject *context, Observer observer)
+    {
+        m_notifications.addObserver(context, std::move(observer));
+    }
     /// The same for all bars, to the end of the process: a later one takes the place.
-    static void setSharedObserver(Observer observer);
+    static void setSharedObserver(Observer observer)
+    {
+        runebook::TabNotifications::setSharedObserver(std::move(observer));
+    }
 
 public: // dragging between bars
     /// What is dragged when \a item is. Only bars of this process can take it.
@@ -229,7 +238,7 @@ protected:
 
 private:
     QWidget &widget() override { return *this; }
-    QList<int> shownCells() const override { return m_shown; }
+    QList<int> shownCells() const override;
     bool carriesMiniatures() const override { return m_tearOffStyle == TearOffMiniature; }
     void moveQuietly(QObject *item, uint index) override;
     void slide() override { update(true); }
@@ -241,37 +250,21 @@ private:
         field = value;
         update();
     }
-    void makeButtons();
-    void makeShortcuts();
+    void makeParts();
     void insertCell(QObject *item, qsizetype index);
     void itemDestroyed(QObject *item);
     void postNotification(const QString &name, QObject *item);
     void showSelectedView();
     void setSelectionIndex(uint index);
-    void selectNeighbour(int step);
-    void moveSelectedTab(int step);
 
     void refreshCloseButtons();
     void layoutCells(bool animate);
-    bool pointerIsOverTabs() const;
-    void computeSlots();
-    QList<qreal> slotExtents(bool withOverflowButton) const;
-    qreal availableWidth(bool withOverflowButton) const;
-    QList<QRectF> slotFrames(const QList<int> &shown) const;
-    void placeCells(bool animate);
+    runebook::TabBarMeasures measures() const;
     void placeButtons();
-    void slideCells(bool animate);
-    void tellOverflowChanges(const QList<PSMTabBarCell *> &changed);
-    void foldTo(qreal shownPart);
-    void finishFolding();
-    void applyThickness(int thickness);
     int fullThickness() const;
     PSMTabBarState barState() const;
     bool mayAnimate() const;
     bool showToolTip(const QPoint &point);
-    void addOverflowEntry(QMenu *menu, PSMTabBarCell *cell);
-    void addOverflowSearch(QMenu *menu);
-    void placeTitleField();
 
     VXTabBarControl *const m_self = this; ///< what the delegate's operations are given
     QList<PSMTabBarCell *> m_cells;
@@ -295,31 +288,19 @@ private:
     runebook::TabWidthRules m_widthRules;
     std::unique_ptr<PSMTabStyle> m_style;
     runebook::TabBarDelegate m_delegate;
-    QPointer<QWidget> m_partnerView;
-    QPointer<QWidget> m_contentView;
-    PSMOverflowPopUpButton *m_overflowButton = nullptr;
-    QToolButton *m_addTabButton = nullptr;
-    runebook::TabResizeHandle *m_resizeHandle = nullptr;
+    runebook::TabContent m_content;
+    runebook::TabNotifications m_notifications;
     std::unique_ptr<runebook::TabBarMouse> m_mouse;
-    std::vector<std::pair<QPointer<QObject>, Observer>> m_observers;
+    std::unique_ptr<runebook::TabBarKeys> m_keys;
+    // Children of the bar:
+    runebook::TabArrangement *m_arrangement;
+    runebook::TabBarFolding *m_folding;
+    runebook::TabTitleEditor *m_titleEditor;
+    PSMOverflowPopUpButton *m_overflowButton;
+    QToolButton *m_addTabButton;
+    runebook::TabResizeHandle *m_resizeHandle;
 
-    /// The places for tabs that the last computation found, and for what it found them.
-    struct Slots {
-        QList<qreal> extents;
-        runebook::TabWidthRules rules;
-        QSize barSize;
-        bool withAddButton = false;
-        bool overflows = false;
-    };
-    Slots m_slots;
-    QList<int> m_shown; // indexes of the cells that have a place, in the order of the places
-    QVariantAnimation m_slide;
-    QVariantAnimation m_fold;
-    QPointer<QLineEdit> m_titleField; // while a title is being typed
-    QPointer<QObject> m_titledItem;
-    int m_wheelDelta = 0; // of what is no whole notch yet
     int m_disabledUpdates = 0; // so many calls want it
-    bool m_isTabBarHidden = false;
     bool m_hideRequested = false;
     bool m_isResizing = false;
     bool m_isAwake = false;
