@@ -2,27 +2,27 @@
 
 #include "scripting/bridge/BridgedClass.h"
 #include "scripting/classes/BridgeModule.h"
+#include "scripting/menu/InterpreterStart.h"
 
 namespace runebook {
 
 using namespace Qt::StringLiterals;
 using bridge::BridgedClass;
 
-QVariant HandlerOperations::pythonLibForPath(VXScriptingHandler *handler, const QString &path) const
+QVariant HandlerOperations::pythonLibForPath(VXScriptingHandler *, const QString &path) const
 {
-    void *library = handler->pythonLibForPath(path);
+    void *library = InterpreterStart::openLibrary(path);
     return library ? QVariant::fromValue(reinterpret_cast<quint64>(library)) : QVariant();
 }
 
-void registerHandlerOperations()
+void registerHandlerOperations(const QMetaObject &handlerClass, QObject *(*sharedHandler)())
 {
     static HandlerOperations handlers;
-    BridgedClass::registerExtension(VXScriptingHandler::staticMetaObject, &handlers);
-    BridgedClass::registerClass(VXScriptingHandler::staticMetaObject, [] {
-        return bridge::Instance {nullptr, VXScriptingHandler::sharedHandler()};
+    BridgedClass::registerExtension(handlerClass, &handlers);
+    BridgedClass::registerClass(handlerClass, [sharedHandler] {
+        return bridge::Instance {nullptr, sharedHandler()};
     });
-    registerSharedObject(u"scriptingHandler"_s,
-                         []() -> QObject * { return VXScriptingHandler::sharedHandler(); });
+    registerSharedObject(u"scriptingHandler"_s, sharedHandler);
 }
 
 } // namespace runebook

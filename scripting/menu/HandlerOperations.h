@@ -1,6 +1,11 @@
 #pragma once
 
-#include "scripting/menu/VXScriptingHandler.h"
+#include <QObject>
+#include <QVariant>
+
+class VXScriptingHandler;
+
+Q_MOC_INCLUDE("scripting/menu/VXScriptingHandler.h")
 
 namespace runebook {
 
@@ -13,7 +18,7 @@ public:
     Q_INVOKABLE QVariant pythonLibForPath(VXScriptingHandler *handler, const QString &path) const;
 };
 
-/// Makes them known to the bridge, with the class and the one object of it.
-void registerHandlerOperations();
+/// Makes them known to the bridge, with \a handlerClass and the one object of it.
+void registerHandlerOperations(const QMetaObject &handlerClass, QObject *(*sharedHandler)());
 
 } // namespace runebook

@@ -4,17 +4,14 @@
 #include "scripting/python/PythonPlaces.h"
 
 #include <QObject>
-#include <QPointer>
 #include <QStringList>
 #include <QVariantMap>
-#include <memory>
 
 class QAction;
 class QMenu;
 
 namespace runebook {
-class ScriptConsole;
-class ScriptFolderWatcher;
+class ScriptMenu;
 } // namespace runebook
 
 Q_MOC_INCLUDE(<QAction>)
@@ -133,17 +130,11 @@ Q_SIGNALS:
 private:
     bool isUsable(const QString &path);
     void startInterpreter(const QString &path);
-    void setUpInterpreter(bool replacesStreams);
     void warnWhenUnsupported();
-    void makeScriptMenu();
-    void tellOmissions(runebook::ScriptConsole &console) const;
-    void validateScriptMenu();
-    void showReloadState();
 
     runebook::PythonPlaces m_places;
     QList<QVariantMap> m_pythonFrameworks;
     runebook::Error m_startError;
     QObject *m_macroPanelController = nullptr;
-    QPointer<QMenu> m_scriptMenu; // the application's: widgets end with it, the handler does not
-    std::unique_ptr<runebook::ScriptFolderWatcher> m_folderWatcher;
+    runebook::ScriptMenu *m_menu; // owned as a child
 };

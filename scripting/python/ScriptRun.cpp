@@ -4,7 +4,9 @@
 #include "platform/documents/DocumentController.h"
 #include "scripting/python/ErrorReport.h"
 #include "scripting/python/ForkedProcess.h"
+#include "scripting/python/OutputModules.h"
 #include "scripting/python/PythonFunctions.h"
+#include "scripting/python/ScriptsEnd.h"
 
 #include <atomic>
 #include <csignal>
@@ -209,6 +211,36 @@ int statusOfSystemExit()
 }
 
 } // namespace
+
+/// Runs code of the program's own with names that no script can reach.
+static void runApart(const char *code)
+{
+    PyObject *names = vxPyDict_New();
+    PyObject *builtins = names ? vxPyImport_ImportModule("builtins") : nullptr;
+    if (builtins)
+        py.PyDict_SetItemString(names, "__builtins__", builtins);
+    PyObject *compiled =
+        builtins ? vxPy_CompileStringFlags(code, "<internal>", python::kFileInput, nullptr) : nullptr;
+    PyObject *result = compiled ? vxPyEval_EvalCode(compiled, names, names) : nullptr;
+    if (!result)
+        ScriptRun::reportPendingError();
+    for (PyObject *object : {result, compiled, builtins, names}) {
+        if (object)
+            vxPy_DecRef(object);
+    }
+}
+
+void finishScripts()
+{
+    if (!vxPyGILState_Ensure)
+        return;
+    {
+        const PythonLock lock;
+        for (const char *part : codeOfScriptsEnd())
+            runApart(part);
+    }
+    deliverPendingOutput();
+}
 
 /// Where the script of a forked process ends, the process does: saving, windows and whatever else comes after
 /// a script are up to the process that it was copied from.

@@ -1,9 +1,4 @@
-#include "scripting/python/OutputModules.h"
-#include "scripting/python/PythonFunctions.h"
-#include "scripting/python/ScriptRun.h"
-
-// The interpreter is not finalised: extension modules that script authors install, and threads that still
-// run, are known to crash programs in which it is. What scripts can see of its end happens all the same.
+#include "scripting/python/ScriptsEnd.h"
 
 namespace runebook {
 
@@ -66,36 +61,11 @@ gc.collect()
     kWriteOut,
 };
 
-/// Runs code of the program's own with names that no script can reach.
-void runApart(const char *code)
-{
-    PyObject *names = vxPyDict_New();
-    PyObject *builtins = names ? vxPyImport_ImportModule("builtins") : nullptr;
-    if (builtins)
-        py.PyDict_SetItemString(names, "__builtins__", builtins);
-    PyObject *compiled =
-        builtins ? vxPy_CompileStringFlags(code, "<internal>", python::kFileInput, nullptr) : nullptr;
-    PyObject *result = compiled ? vxPyEval_EvalCode(compiled, names, names) : nullptr;
-    if (!result)
-        ScriptRun::reportPendingError();
-    for (PyObject *object : {result, compiled, builtins, names}) {
-        if (object)
-            vxPy_DecRef(object);
-    }
-}
-
 } // namespace
 
-void finishScripts()
+std::span<const char *const> codeOfScriptsEnd()
 {
-    if (!vxPyGILState_Ensure)
-        return;
-    {
-        const PythonLock lock;
-        for (const char *part : kParts)
-            runApart(part);
-    }
-    deliverPendingOutput();
+    return kParts;
 }
 
 } // namespace runebook

@@ -1,3 +1,5 @@
+#include "scripting/menu/ScriptMenu.h"
+
 #include "platform/MainMenu.h"
 #include "platform/StandardFolders.h"
 #include "platform/documents/DocumentController.h"
@@ -5,21 +7,15 @@
 #include "scripting/menu/MenuSettings.h"
 #include "scripting/menu/ScriptFile.h"
 #include "scripting/menu/ScriptFolderWatcher.h"
-#include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/python/ScriptConsole.h"
 
 #include <QCollator>
-#include <QDesktopServices>
-#include <QDir>
 #include <QFileInfo>
 #include <QHash>
-#include <QUrl>
-#include <functional>
 
-using namespace runebook;
 using namespace Qt::StringLiterals;
 
-// The Scripts menu: the generated entries stand above the first separator, the fixed ones below it.
+namespace runebook {
 
 namespace {
 
@@ -126,98 +122,93 @@ void removeGeneratedItems(QMenu &menu)
 
 } // namespace
 
+ScriptMenu::ScriptMenu(QObject *parent) : QObject(parent) { }
+
+ScriptMenu::~ScriptMenu() = default;
+
 // Making the menu
 
-QMenu *VXScriptingHandler::scriptMenu()
+QMenu *ScriptMenu::menu()
 {
-    if (!m_scriptMenu)
-        makeScriptMenu();
-    return m_scriptMenu;
+    if (!m_menu)
+        make();
+    return m_menu;
 }
 
-QAction *VXScriptingHandler::runAgainMenuItem()
+QAction *ScriptMenu::runAgainItem()
 {
-    return MenuItem::withTag(scriptMenu()->actions(), kRunAgainTag);
+    return MenuItem::withTag(menu()->actions(), kRunAgainTag);
 }
 
-void VXScriptingHandler::makeScriptMenu()
+void ScriptMenu::make()
 {
-    QMenu *menu = m_scriptMenu = MainMenu::sharedMenu(MainMenu::Scripts);
-    menu->setTitle(tr("&Scripts"));
-    menu->setToolTipsVisible(true);
-    menu->menuAction()->setVisible(true);
-    MenuItem::setTag(*menu->menuAction(), kMenuTag);
-    menu->addSeparator();
-    const auto addFixed = [menu](const QString &text, int tag) {
-        QAction *item = menu->addAction(text);
+    QMenu *made = m_menu = MainMenu::sharedMenu(MainMenu::Scripts);
+    made->setTitle(tr("&Scripts"));
+    made->setToolTipsVisible(true);
+    made->menuAction()->setVisible(true);
+    MenuItem::setTag(*made->menuAction(), kMenuTag);
+    made->addSeparator();
+    const auto addFixed = [made](const QString &text, int tag) {
+        QAction *item = made->addAction(text);
         MenuItem::setTag(*item, tag);
         return item;
     };
     addFixed(tr("Run Last Script"), kRunAgainTag)->setShortcut(Qt::CTRL | Qt::ALT | Qt::Key_R);
     addFixed(tr("Show Scripts &Folder"), kShowFolderTag);
     addFixed(tr("Re&load Scripts"), kReloadTag);
-    connect(menu, &QMenu::aboutToShow, this, &VXScriptingHandler::validateScriptMenu);
-    validateScriptMenu();
+    connect(made, &QMenu::aboutToShow, this, &ScriptMenu::validateAll);
+    validateAll();
 }
 
-void VXScriptingHandler::setupScriptMenu()
+void ScriptMenu::wire()
 {
-    const QList<QAction *> items = scriptMenu()->actions();
-    const auto wire = [&](int tag, auto operation) {
+    const QList<QAction *> items = menu()->actions();
+    const auto wireItem = [&](int tag, auto operation) {
         if (QAction *item = MenuItem::withTag(items, tag)) {
             item->disconnect(this);
-            connect(item, &QAction::triggered, this, [this, operation] {
+            connect(item, &QAction::triggered, this, [operation] {
                 // Like every command of a window, these do nothing while a field refuses its text.
                 if (DocumentController::shared().commitEditing())
-                    std::invoke(operation, this);
+                    operation();
             });
         }
     };
-    wire(kRunAgainTag,
-         [](VXScriptingHandler *handler) { handler->runScriptMenu(handler->runAgainMenuItem()); });
-    wire(kShowFolderTag, &VXScriptingHandler::showScriptFolder);
-    wire(kReloadTag, &VXScriptingHandler::reloadScriptMenu);
-    reloadScriptMenu();
+    wireItem(kRunAgainTag, [this] { choose(runAgainItem()); });
+    wireItem(kShowFolderTag, [this] { Q_EMIT folderRequested(); });
+    wireItem(kReloadTag, [this] { Q_EMIT reloadRequested(); });
 }
 
 // Filling it
 
-void VXScriptingHandler::reloadScriptMenu()
+void ScriptMenu::reload(const QStringList &folders, ScriptConsole &console)
 {
-    auto *panel = dynamic_cast<ScriptConsole *>(globalMacroPanelController());
-    if (!panel)
-        return;
-    panel->clearConsole(this);
-    const bool isFirst = m_folderWatcher == nullptr;
-    QMenu *menu = scriptMenu();
-    removeGeneratedItems(*menu);
+    const bool isFirst = m_watcher == nullptr;
+    removeGeneratedItems(*menu());
     contents() = {};
-    if (!m_folderWatcher) {
-        m_folderWatcher = std::make_unique<ScriptFolderWatcher>(this);
-        connect(m_folderWatcher.get(), &ScriptFolderWatcher::changed, this,
-                &VXScriptingHandler::showReloadState);
+    if (!m_watcher) {
+        m_watcher = std::make_unique<ScriptFolderWatcher>(this);
+        connect(m_watcher.get(), &ScriptFolderWatcher::changed, this, &ScriptMenu::showReloadState);
     }
-    m_folderWatcher->clear();
-    const QStringList folders = scriptPaths();
+    m_watcher->clear();
     if (folders.isEmpty()) {
-        auto *item = new QAction(menu);
+        auto *item = new QAction(menu());
         MenuItem::setTitle(*item, tr("No suitable Python installed"));
         item->setEnabled(false);
-        insertOnTop(*menu, item);
+        insertOnTop(*menu(), item);
     }
     for (const QString &folder : folders)
-        addScriptsFromFolderSubFolder(folder, u""_s);
-    m_folderWatcher->start();
+        addFolder(folder, u""_s);
+    m_watcher->start();
     const QString again = Settings::kLastScript.value();
     if (!folders.isEmpty() && !again.isNull() && !contents().pathsByKey.contains(again))
         Settings::kLastScript.reset();
-    validateScriptMenu();
+    validateAll();
     if (!isFirst)
-        tellOmissions(*panel);
+        tellOmissions(console);
 }
 
 /// After a reload somebody looks for a script that is not there.
-void VXScriptingHandler::tellOmissions(ScriptConsole &console) const
+void ScriptMenu::tellOmissions(ScriptConsole &console) const
 {
     const QStringList &told = contents().omissions;
     if (told.isEmpty())
@@ -230,7 +221,7 @@ void VXScriptingHandler::tellOmissions(ScriptConsole &console) const
     console.setWrite(text);
 }
 
-void VXScriptingHandler::addScriptsFromFolderSubFolder(const QString &folder, const QString &subFolder)
+void ScriptMenu::addFolder(const QString &folder, const QString &subFolder)
 {
     const QString resolved = QFileInfo(folder).canonicalFilePath();
     QStringList &way = contents().way;
@@ -241,24 +232,24 @@ void VXScriptingHandler::addScriptsFromFolderSubFolder(const QString &folder, co
     ++contents().folders;
     way << resolved;
     QStringList names = ScriptFolderWatcher::namesIn(folder);
-    if (m_folderWatcher)
-        m_folderWatcher->addFolder(folder, names);
+    if (m_watcher)
+        m_watcher->addFolder(folder, names);
     sortNames(names);
     for (auto name = names.crbegin(); name != names.crend(); ++name) {
         if (!ScriptFolderWatcher::matters(*name))
             continue;
         if (name->endsWith(".py"_L1)) {
-            addScriptMenuItemWithBasePathSubFolder(*name, folder, subFolder);
+            addScript(*name, folder, subFolder);
             continue;
         }
         const QString inner = QFileInfo(folder + u'/' + *name).canonicalFilePath();
         if (!inner.isEmpty() && QFileInfo(inner).isDir())
-            addScriptsFromFolderSubFolder(inner, subFolder.isEmpty() ? *name : subFolder + u'/' + *name);
+            addFolder(inner, subFolder.isEmpty() ? *name : subFolder + u'/' + *name);
     }
     way.removeLast();
 }
 
-void VXScriptingHandler::addScriptMenuItemWithBasePathSubFolder(const QString &fileName,
+void ScriptMenu::addScript(const QString &fileName,
                                                                 const QString &basePath,
                                                                 const QString &subFolder)
 {
@@ -280,26 +271,26 @@ void VXScriptingHandler::addScriptMenuItemWithBasePathSubFolder(const QString &f
     // Scripts of one folder come in a row.
     if (!contents().lastMenu || contents().lastFolders != parts) {
         contents().lastFolders = parts;
-        contents().lastMenu = scriptMenu();
+        contents().lastMenu = menu();
         for (const QString &part : parts)
             contents().lastMenu = submenu(*contents().lastMenu, part);
     }
-    QMenu *menu = contents().lastMenu;
+    QMenu *folder = contents().lastMenu;
     const QString key = (parts.isEmpty() ? QString() : parts.last()) + u'/' + script->title;
     contents().pathsByKey.insert(key, script->path);
-    if (m_folderWatcher)
-        m_folderWatcher->addScript(*script);
+    if (m_watcher)
+        m_watcher->addScript(*script);
 
-    auto *item = new QAction(menu);
+    auto *item = new QAction(folder);
     MenuItem::setTitle(*item, script->title);
     MenuItem::setRepresentedObject(*item, key);
     if (!script->toolTip.isNull())
         MenuItem::setToolTip(*item, script->toolTip);
-    connect(item, &QAction::triggered, this, [this, item] { runScriptMenu(item); });
-    insertOnTop(*menu, item);
+    connect(item, &QAction::triggered, this, [this, item] { choose(item); });
+    insertOnTop(*folder, item);
 }
 
-QVariantMap VXScriptingHandler::scriptPathDict()
+QVariantMap ScriptMenu::paths()
 {
     QVariantMap paths;
     for (auto entry = contents().pathsByKey.cbegin(); entry != contents().pathsByKey.cend(); ++entry)
@@ -307,29 +298,29 @@ QVariantMap VXScriptingHandler::scriptPathDict()
     return paths;
 }
 
-bool VXScriptingHandler::isScriptMenuOutdated() const
+bool ScriptMenu::isOutdated() const
 {
-    return m_folderWatcher && m_folderWatcher->hasChanged();
+    return m_watcher && m_watcher->hasChanged();
 }
 
 // Choosing from it
 
-void VXScriptingHandler::runScriptMenu(QAction *item)
+void ScriptMenu::choose(QAction *item)
 {
     if (!item)
         return;
     const QString key = MenuItem::representedObject(*item).toString();
-    if (item != runAgainMenuItem())
+    if (item != runAgainItem())
         Settings::kLastScript.set(key);
-    validateScriptMenu();
+    validateAll();
     const QFileInfo script(contents().pathsByKey.value(key));
     if (script.isFile() && script.isReadable())
-        runMacroFile(script.filePath());
+        Q_EMIT scriptChosen(script.filePath());
 }
 
-bool VXScriptingHandler::setupRunAgainMenuItem()
+bool ScriptMenu::setUpRunAgain()
 {
-    QAction *item = runAgainMenuItem();
+    QAction *item = runAgainItem();
     const QString key = Settings::kLastScript.value();
     MenuItem::setRepresentedObject(*item, key.isNull() ? QVariant() : QVariant(key));
     MenuItem::setTitle(*item,
@@ -337,29 +328,23 @@ bool VXScriptingHandler::setupRunAgainMenuItem()
     return !key.isNull();
 }
 
-bool VXScriptingHandler::validateMenuItem(QAction *item)
+bool ScriptMenu::validate(QAction *item)
 {
-    return item && item == runAgainMenuItem() ? setupRunAgainMenuItem() : true;
+    return item && item == runAgainItem() ? setUpRunAgain() : true;
 }
 
 /// Also outside of showing: the shortcut of an item works only while the item is enabled.
-void VXScriptingHandler::validateScriptMenu()
+void ScriptMenu::validateAll()
 {
-    QAction *item = runAgainMenuItem();
-    item->setEnabled(validateMenuItem(item));
+    QAction *item = runAgainItem();
+    item->setEnabled(validate(item));
     showReloadState();
 }
 
-void VXScriptingHandler::showReloadState()
+void ScriptMenu::showReloadState()
 {
-    if (QAction *item = MenuItem::withTag(scriptMenu()->actions(), kReloadTag))
-        item->setText(isScriptMenuOutdated() ? tr("Re&load Changed Scripts") : tr("Re&load Scripts"));
+    if (QAction *item = MenuItem::withTag(menu()->actions(), kReloadTag))
+        item->setText(isOutdated() ? tr("Re&load Changed Scripts") : tr("Re&load Scripts"));
 }
 
-void VXScriptingHandler::showScriptFolder()
-{
-    const QString folder = applicationSupportFolder() + "/Scripts"_L1;
-    QDir().mkpath(folder);
-    linkScriptFolder();
-    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
-}
+} // namespace runebook
