@@ -28,15 +28,17 @@ void CompareHistory::follow(VXDocument *document)
     track->document = document;
     track->index = document->undoManager()->stack()->index();
     connect(document->undoManager(), &UndoManager::changed, this, [this, document] {
-        for (const std::unique_ptr<Track> &each : m_tracks) {
-            if (each->document == document)
-                note(*each);
-        }
+        if (Track *followed = trackOf(document))
+            note(*followed);
         Q_EMIT changed();
     });
+    const auto touched = [this, document] { noteChange(document); };
+    connect(document, &VXDocument::infosChanged, this, touched);
+    connect(document, &VXDocument::infosInserted, this, touched);
+    connect(document, &VXDocument::infosRemoved, this, touched);
 }
 
-const CompareHistory::Track *CompareHistory::trackOf(const VXDocument *document) const
+CompareHistory::Track *CompareHistory::trackOf(const VXDocument *document) const
 {
     const auto found = std::find_if(m_tracks.begin(), m_tracks.end(),
                                     [document](const auto &track) { return track->document == document; });
@@ -50,13 +52,23 @@ void CompareHistory::note(Track &track)
     const auto size = static_cast<std::size_t>(std::max({index, track.index, manager->stack()->count()}));
     track.done.resize(size);
     track.undone.resize(size);
+    const bool isNew = track.open > 0; // one that was undone is none that begins
     for (int i = track.index; i < index; ++i)
-        track.done[static_cast<std::size_t>(i)] = ++m_clock;
+        track.done[static_cast<std::size_t>(i)] = isNew ? track.open : ++m_clock;
+    if (isNew && index > track.index)
+        track.newest = track.open;
     for (int i = track.index; i > index; --i)
         track.undone[static_cast<std::size_t>(i - 1)] = ++m_clock;
-    if (manager->lastOperation())
-        track.open = ++m_clock;
+    track.open = manager->lastOperation() ? ++m_clock : 0;
     track.index = index;
+}
+
+/// A script's run is one step in each document, be the first of its changes long ago.
+void CompareHistory::noteChange(const VXDocument *document)
+{
+    Track *track = trackOf(document);
+    if (track && track->open > 0)
+        track->open = ++m_clock;
 }
 
 quint64 CompareHistory::lastDone(const VXDocument &document) const
@@ -77,6 +89,12 @@ quint64 CompareHistory::lastUndone(const VXDocument &document) const
     return track && index < track->undone.size() ? track->undone[index] : 0;
 }
 
+quint64 CompareHistory::newestIn(const VXDocument *document) const
+{
+    const Track *track = trackOf(document);
+    return track ? std::max(track->newest, track->open) : 0;
+}
+
 VXDocument *CompareHistory::toUndo(VXDocument *left, VXDocument *right) const
 {
     const bool ofLeft = left && left->undoManager()->canUndo();
@@ -90,8 +108,12 @@ VXDocument *CompareHistory::toUndo(VXDocument *left, VXDocument *right) const
 
 VXDocument *CompareHistory::toRedo(VXDocument *left, VXDocument *right) const
 {
-    const bool ofLeft = left && left->undoManager()->canRedo();
-    const bool ofRight = right && right->undoManager()->canRedo();
+    const quint64 newest = std::max(newestIn(left), newestIn(right));
+    const auto isOffered = [this, newest](VXDocument *document) {
+        return document && document->undoManager()->canRedo() && lastUndone(*document) >= newest;
+    };
+    const bool ofLeft = isOffered(left);
+    const bool ofRight = isOffered(right);
     if (!ofLeft || !ofRight)
         return ofLeft ? left : ofRight ? right : nullptr;
     const quint64 a = lastUndone(*left);

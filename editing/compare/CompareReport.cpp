@@ -22,15 +22,19 @@ class TextReport
 {
     Q_DECLARE_TR_FUNCTIONS(CompareReport)
 public:
-    TextReport(QTextStream &out, CompareKey key) : m_out(out), m_key(key) { }
+    TextReport(QTextStream &out, CompareKey key, const WorkProgress &progress, std::size_t pairs)
+        : m_out(out), m_key(key), m_work(progress, 3 * pairs)
+    {
+    }
 
-    void write(const QString &left, const QString &right, const FileDifference &difference)
+    /// False when it was stopped.
+    bool write(const QString &left, const QString &right, const FileDifference &difference)
     {
         m_out << u"- %1\n"_s.arg(source(left, difference.leftCount));
         m_out << u"+ %1\n"_s.arg(source(right, difference.rightCount));
         if (difference.pairs.empty()) {
             m_out << '\n' << tr("No differences.") << '\n';
-            return;
+            return true;
         }
         const qsizetype onlyLeft = writeMissing(difference, Side::Left);
         const qsizetype onlyRight = writeMissing(difference, Side::Right);
@@ -38,6 +42,7 @@ public:
         m_out << '\n'
               << tr("%1 only left, %2 only right, %3 different").arg(onlyLeft).arg(onlyRight).arg(different)
               << '\n';
+        return !m_work.isStopped();
     }
 
 private:
@@ -60,6 +65,8 @@ private:
     {
         qsizetype count = 0;
         for (const RecordPair &pair : difference.pairs) {
+            if (!m_work.goOn())
+                break;
             if (pair.left && pair.right)
                 continue;
             const VXGlyphInfo *info = side == Side::Left ? pair.left.get() : pair.right.get();
@@ -76,6 +83,8 @@ private:
     {
         qsizetype count = 0;
         for (const RecordPair &pair : difference.pairs) {
+            if (!m_work.goOn())
+                break;
             if (!pair.left || !pair.right)
                 continue;
             if (count++ == 0)
@@ -105,6 +114,7 @@ private:
 
     QTextStream &m_out;
     CompareKey m_key;
+    CountedWork m_work;
 };
 
 QJsonValue jsonValue(const VXGlyphInfo &info, GlyphField field)
@@ -144,26 +154,31 @@ QJsonObject jsonPair(const RecordPair &pair, CompareKey key)
     return object;
 }
 
-void writeJson(QTextStream &out, const FileDifference &difference, CompareKey key)
+bool writeJson(QTextStream &out, const FileDifference &difference, CompareKey key,
+               const WorkProgress &progress)
 {
+    CountedWork work(progress, difference.pairs.size());
     const char *separator = "[\n";
     for (const RecordPair &pair : difference.pairs) {
+        if (!work.goOn())
+            return false;
         out << separator
             << QString::fromUtf8(QJsonDocument(jsonPair(pair, key)).toJson(QJsonDocument::Compact));
         separator = ",\n";
     }
     out << (difference.pairs.empty() ? "[]\n" : "\n]\n");
+    return true;
 }
 
 } // namespace
 
-void writeReport(QTextStream &out, const QString &left, const QString &right,
-                 const FileDifference &difference, CompareKey key, ReportFormat format)
+bool writeReport(QTextStream &out, const QString &left, const QString &right,
+                 const FileDifference &difference, CompareKey key, ReportFormat format,
+                 const WorkProgress &progress)
 {
     if (format == ReportFormat::Json)
-        writeJson(out, difference, key);
-    else
-        TextReport(out, key).write(left, right, difference);
+        return writeJson(out, difference, key, progress);
+    return TextReport(out, key, progress, difference.pairs.size()).write(left, right, difference);
 }
 
 CompareResult compareFiles(const QString &left, const QString &right, CompareKey key, ReportFormat format,

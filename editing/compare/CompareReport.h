@@ -24,8 +24,10 @@ enum CompareResult : int { FilesEqual = 0, FilesDifferent = 1, FilesUnreadable =
 CompareResult compareFiles(const QString &left, const QString &right, CompareKey key, ReportFormat format,
                            QTextStream &out, Error *error = nullptr);
 
-/// Writes the same of records that are open; \a left and \a right stand where the paths do otherwise.
-void writeReport(QTextStream &out, const QString &left, const QString &right,
-                 const FileDifference &difference, CompareKey key, ReportFormat format);
+/// Writes the same of records that are open; \a left and \a right stand where the paths do otherwise. False
+/// when \a progress stops it, part of it being written.
+bool writeReport(QTextStream &out, const QString &left, const QString &right,
+                 const FileDifference &difference, CompareKey key, ReportFormat format,
+                 const WorkProgress &progress = {});
 
 } // namespace runebook

@@ -81,39 +81,93 @@ QString pairingText(const VXGlyphInfo &info, CompareKey key)
     return text.isEmpty() ? info.name() : text;
 }
 
-std::vector<RecordPair> differingPairs(const InfoList &left, const InfoList &right, CompareKey key)
-{
-    std::unordered_map<std::string, Group> groups;
-    for (std::size_t i = 0; i < left.size(); ++i)
-        groups[groupText(*left[i], key)].left.push_back(i);
-    for (std::size_t i = 0; i < right.size(); ++i)
-        groups[groupText(*right[i], key)].right.push_back(i);
+namespace {
 
-    constexpr std::size_t kNone = ~std::size_t(0);
-    std::vector<std::size_t> partner(left.size(), kNone);
-    std::vector<bool> isListed(left.size());
-    std::vector<bool> isMissing(right.size());
-    for (auto &[text, group] : groups) {
-        removeEqual(left, right, group);
+/// Pairs the records of two lists; see differingPairs().
+class Pairing
+{
+public:
+    Pairing(const InfoList &left, const InfoList &right, CompareKey key, const WorkProgress &progress)
+        : m_left(left),
+          m_right(right),
+          m_key(key),
+          m_work(progress, 2 * (left.size() + right.size())),
+          m_partner(left.size(), kNone),
+          m_isListed(left.size()),
+          m_isMissing(right.size())
+    {
+    }
+
+    std::optional<std::vector<RecordPair>> run()
+    {
+        group(m_left, &Group::left);
+        group(m_right, &Group::right);
+        for (auto &[text, group] : m_groups) {
+            if (!m_work.goOn())
+                break;
+            pair(group);
+        }
+        if (m_work.isStopped())
+            return {};
+        return inOrder();
+    }
+
+private:
+    static constexpr std::size_t kNone = ~std::size_t(0);
+
+    void group(const InfoList &infos, Places Group::*places)
+    {
+        for (std::size_t i = 0; i < infos.size() && m_work.goOn(); ++i)
+            (m_groups[groupText(*infos[i], m_key)].*places).push_back(i);
+    }
+
+    void pair(Group &group)
+    {
+        removeEqual(m_left, m_right, group);
         for (std::size_t i = 0; i < group.left.size(); ++i) {
-            isListed[group.left[i]] = true;
+            m_isListed[group.left[i]] = true;
             if (i < group.right.size())
-                partner[group.left[i]] = group.right[i];
+                m_partner[group.left[i]] = group.right[i];
         }
         for (std::size_t i = group.left.size(); i < group.right.size(); ++i)
-            isMissing[group.right[i]] = true;
+            m_isMissing[group.right[i]] = true;
     }
 
-    std::vector<RecordPair> pairs;
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        if (isListed[i])
-            pairs.push_back({left[i], partner[i] == kNone ? nullptr : right[partner[i]]});
+    std::vector<RecordPair> inOrder() const
+    {
+        std::vector<RecordPair> pairs;
+        for (std::size_t i = 0; i < m_left.size(); ++i) {
+            if (m_isListed[i])
+                pairs.push_back({m_left[i], m_partner[i] == kNone ? nullptr : m_right[m_partner[i]]});
+        }
+        for (std::size_t i = 0; i < m_right.size(); ++i) {
+            if (m_isMissing[i])
+                pairs.push_back({nullptr, m_right[i]});
+        }
+        return pairs;
     }
-    for (std::size_t i = 0; i < right.size(); ++i) {
-        if (isMissing[i])
-            pairs.push_back({nullptr, right[i]});
-    }
-    return pairs;
+
+    const InfoList &m_left;
+    const InfoList &m_right;
+    CompareKey m_key;
+    CountedWork m_work;
+    std::unordered_map<std::string, Group> m_groups;
+    std::vector<std::size_t> m_partner; ///< of the left records, in the right list
+    std::vector<bool> m_isListed; ///< of the left records
+    std::vector<bool> m_isMissing; ///< of the right records, on the left
+};
+
+} // namespace
+
+std::optional<std::vector<RecordPair>> differingPairs(const InfoList &left, const InfoList &right,
+                                                      CompareKey key, const WorkProgress &progress)
+{
+    return Pairing(left, right, key, progress).run();
+}
+
+std::vector<RecordPair> differingPairs(const InfoList &left, const InfoList &right, CompareKey key)
+{
+    return *differingPairs(left, right, key, {});
 }
 
 // Files

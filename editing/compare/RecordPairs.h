@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/compare/CompareKeys.h"
+#include "editing/compare/CountedWork.h"
 #include "platform/Error.h"
 
 #include <QString>
@@ -21,7 +22,10 @@ QString pairingText(const VXGlyphInfo &info, CompareKey key);
 
 /// Pairs the records of two lists and leaves out the pairs that agree in every field, wherever they stand.
 /// Of several records with the same key those that agree find each other first, the others pair up in
-/// order. In the order of the left list, then what only the right one has.
+/// order. In the order of the left list, then what only the right one has; nothing when \a progress stops it.
+std::optional<std::vector<RecordPair>> differingPairs(const InfoList &left, const InfoList &right,
+                                                      CompareKey key, const WorkProgress &progress);
+/// The same at once.
 std::vector<RecordPair> differingPairs(const InfoList &left, const InfoList &right, CompareKey key);
 
 /// What two files do not have in common.

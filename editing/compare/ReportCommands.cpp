@@ -4,6 +4,8 @@
 #include "editing/compare/CompareReport.h"
 #include "editing/compare/CompareSettings.h"
 #include "platform/CheckedFile.h"
+#include "platform/LongWork.h"
+#include "platform/TurningWindows.h"
 #include "platform/documents/DocumentPanels.h"
 
 #include <QClipboard>
@@ -54,6 +56,9 @@ ReportFormat chosenFormat()
     return Settings::kReportsComparisonsAsJson.value() ? ReportFormat::Json : ReportFormat::Text;
 }
 
+/// Of the whole time; the rest goes into the text.
+constexpr double kPartOfPairing = 0.3;
+
 QString nameOf(const VXDocument &document)
 {
     return document.fileURL().isEmpty() ? document.displayName() : document.fileURL();
@@ -83,7 +88,7 @@ void ReportCommands::validate()
         m_actions[command]->setEnabled(areTwo && m_records.hasAny());
 }
 
-QString ReportCommands::report(Scope scope, ReportFormat format)
+QString ReportCommands::report(Scope scope, ReportFormat format, const WorkProgress &progress)
 {
     const VXDocument *left = m_documents.document(ComparedDocuments::Left);
     const VXDocument *right = m_documents.document(ComparedDocuments::Right);
@@ -92,24 +97,46 @@ QString ReportCommands::report(Scope scope, ReportFormat format)
     if (scope == Scope::Selected)
         m_records.finish();
     const bool isAll = scope == Scope::All;
-    const InfoList &leftInfos = isAll ? left->infos() : m_records.infos(ComparedDocuments::Left);
-    const InfoList &rightInfos = isAll ? right->infos() : m_records.infos(ComparedDocuments::Right);
+    // Copies: while progress is shown, files may be read again.
+    const InfoList leftInfos = isAll ? left->infos() : m_records.infos(ComparedDocuments::Left);
+    const InfoList rightInfos = isAll ? right->infos() : m_records.infos(ComparedDocuments::Right);
+    const QString leftName = nameOf(*left);
+    const QString rightName = nameOf(*right);
+    const CompareKey key = Settings::kCompareKey.value();
+    const auto inPart = [&progress](double from, double to) -> WorkProgress {
+        if (!progress)
+            return {};
+        return [&progress, from, to](double part) { return progress(from + part * (to - from)); };
+    };
     FileDifference difference;
     difference.leftCount = std::ssize(leftInfos);
     difference.rightCount = std::ssize(rightInfos);
-    difference.pairs = differingPairs(leftInfos, rightInfos, Settings::kCompareKey.value());
+    std::optional<std::vector<RecordPair>> pairs =
+        differingPairs(leftInfos, rightInfos, key, inPart(0, kPartOfPairing));
+    if (!pairs)
+        return {};
+    difference.pairs = std::move(*pairs);
     QString text;
     QTextStream out(&text);
-    writeReport(out, nameOf(*left), nameOf(*right), difference, Settings::kCompareKey.value(), format);
-    return text;
+    const bool isWhole =
+        writeReport(out, leftName, rightName, difference, key, format, inPart(kPartOfPairing, 1));
+    return isWhole ? text : QString();
 }
 
 bool ReportCommands::save(const QString &path, Scope scope, ReportFormat format)
 {
+    return write(path, report(scope, format));
+}
+
+bool ReportCommands::write(const QString &path, const QString &report)
+{
     CheckedFile file(path, O_WRONLY | O_CREAT | O_TRUNC);
-    file.write(report(scope, format).toStdString());
-    file.settle();
-    file.close();
+    const TurningWindows turning(tr("Saving the report…"), &m_window);
+    doApart(report.size(), [&file, &report] {
+        file.write(report.toStdString());
+        file.settle();
+        file.close();
+    });
     if (file.failure() != 0)
         DocumentPanels::present({u"WriteError"_s, 1, file.failureText(), {}, {}}, &m_window);
     return file.failure() == 0;
@@ -117,7 +144,16 @@ bool ReportCommands::save(const QString &path, Scope scope, ReportFormat format)
 
 void ReportCommands::copy(Scope scope)
 {
-    QGuiApplication::clipboard()->setText(report(scope, chosenFormat()));
+    const QString text = reportWithProgress(scope, tr("Copying the report…"));
+    if (!text.isNull())
+        QGuiApplication::clipboard()->setText(text);
+}
+
+/// Null when somebody has stopped it.
+QString ReportCommands::reportWithProgress(Scope scope, const QString &title)
+{
+    LongWork work(title, &m_window);
+    return report(scope, chosenFormat(), [&work](double part) { return work.goOn(part); });
 }
 
 void ReportCommands::askWhereToSave(Scope scope)
@@ -129,8 +165,11 @@ void ReportCommands::askWhereToSave(Scope scope)
     panel->setNameFilters({isJson ? tr("JSON (*.json)") : tr("Text (*.txt)")});
     panel->setDefaultSuffix(isJson ? u"json"_s : u"txt"_s);
     panel->selectFile(isJson ? tr("Differences.json") : tr("Differences.txt"));
-    connect(panel, &QFileDialog::fileSelected, this,
-            [this, scope](const QString &path) { save(path, scope, chosenFormat()); });
+    connect(panel, &QFileDialog::fileSelected, this, [this, scope](const QString &path) {
+        const QString text = reportWithProgress(scope, tr("Making the report…"));
+        if (!text.isNull())
+            write(path, text);
+    });
     panel->open();
 }
 

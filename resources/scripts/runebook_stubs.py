@@ -70,7 +70,8 @@ _KNOWN = {
 
 # Results that the program's own types do not tell.
 _RESULTS = {("VXDocument", "undoManager"): "UndoManager",
-            ("Document", "windowController"): "VXWindowController"}
+            ("Document", "windowController"): "VXWindowController",
+            ("VXAppDelegate", "compareWindow"): "VXCompareDataWindow"}
 
 
 def _meet_classes():

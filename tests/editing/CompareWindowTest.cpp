@@ -454,7 +454,15 @@ private Q_SLOTS:
         typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
         QCOMPARE(namesOf(left->infos()), u"A B C"_s);
         QVERIFY(!menuItem(u"Edit"_s, u"Undo"_s)->isEnabled());
+        typeKeys(m_window.get(), u"<Ctrl+Shift+Z><Ctrl+Shift+Z>"_s);
+        QCOMPARE(namesOf(left->infos()) + u'|' + namesOf(right->infos()), u"A B D C|A B D C"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
+        QCOMPARE(plain(menuItem(u"Edit"_s, u"Redo"_s)->text()), u"Redo Take “C” in b.xml"_s);
+        typeKeys(m_window.get(), u"<Ctrl+Z>"_s);
+        // A new step in one document is the end of what was undone in the other too.
         typeKeys(m_window.get(), u"<Ctrl+1><Ctrl+Backspace>"_s);
+        QVERIFY(left->undoManager()->canRedo());
+        QVERIFY(!menuItem(u"Edit"_s, u"Redo"_s)->isEnabled());
         QCOMPARE(namesOf(right->infos()), u"A B"_s);
         QCOMPARE(right->undoManager()->stack()->undoText(), u"Remove “D”"_s);
     }
@@ -635,6 +643,30 @@ private Q_SLOTS:
         }
         QVERIFY(!m_window->saveReportOfFormat(folder.filePath(u"none/report"_s), u"all"_s, u"text"_s));
         answer(u"OK"_s);
+    }
+
+    /// A report of very much shows how far it is; Esc leaves the clipboard as it was.
+    void longReport()
+    {
+        show({letters(100'000, u"category=\"x\" description=\"d\""_s),
+              letters(100'000, u"category=\"y\" description=\"d\""_s)},
+             2);
+        m_window->filteredKeys();
+        typeKeys(m_window.get(), u"<Ctrl+J>"_s);
+        for (const bool isStopped : {true, false}) {
+            QApplication::clipboard()->setText(u"before"_s);
+            QTimer watch;
+            watch.callOnTimeout([isStopped] {
+                auto *progress = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget());
+                if (isStopped && progress && progress->isActiveWindow())
+                    QTest::keyClick(progress, Qt::Key_Escape);
+            });
+            watch.start(0);
+            menuItem(u"Edit"_s, u"Copy Report"_s)->trigger();
+            const QString copied = QApplication::clipboard()->text();
+            QCOMPARE(copied == u"before"_s, isStopped);
+            QCOMPARE(copied.count(u'\n'), isStopped ? 0 : 100'002);
+        }
     }
 
     /// It opens on differences of a kind that there is; what is chosen later stays, empty or not.

@@ -62,8 +62,10 @@ private Q_SLOTS:
             add(content(example.filePath()));
         static const QRegularExpression block(u"```python\n(.*?)```"_s,
                                               QRegularExpression::DotMatchesEverythingOption);
-        for (auto found = block.globalMatch(content(source(u"docs/scripting.md"_s))); found.hasNext();)
-            add(found.next().captured(1));
+        for (const QString &guide : {u"docs/scripting.md"_s, u"docs/comparing.md"_s}) {
+            for (auto found = block.globalMatch(content(source(guide))); found.hasNext();)
+                add(found.next().captured(1));
+        }
         add(u"Doc.noSuchOperation_(1)\n"_s);
         add(u"Doc.insertObject_inInfosAtIndex_('x', 3)\n"_s);
         add(u"Doc['A'].name = 3\n"_s);

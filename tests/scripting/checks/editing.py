@@ -1,6 +1,9 @@
 """The commands of the editing windows, driven by selector as a script drives them."""
 
+import json
+import os
 import sys
+import tempfile
 import time
 import unittest
 
@@ -346,6 +349,69 @@ class Compare(EditingTest):
         self.window.copyRight_(None)
         self.window.copyAllRight_(None)
         self.assertEqual(names(self.right), "b c d d c c")
+
+    def listed(self):
+        return " ".join(self.window.filteredKeys().arrangedObjects())
+
+    def test_taking(self):
+        for info in (*self.left, *self.right):
+            info.desc = "same"
+        b, c = self.right["b"], self.right["c"]
+        b.category = c.category = c.script = "new"
+        self.assertEqual(self.keys(2), "b c")
+        for key, expected in (("script", "c"), ("category", "b c"), ("", "b c")):
+            self.window.filterByField_(key)
+            self.assertEqual(self.listed(), expected)
+        self.window.filteredKeys().setSelectionIndexes_([0])
+        self.window.takeFieldLeft_("category")
+        self.assertEqual((self.left["b"].category, self.left["c"].category, self.listed()), ("new", None, "c"))
+        self.window.takeLeft()
+        self.assertEqual((self.left["c"].category, self.left["c"].script, self.listed()), ("new", "new", ""))
+        for step, expected in (("undo", "b c"), ("redo", "")):  # a run of a script is one step in each document
+            getattr(self.window, step)()
+            self.assertEqual((self.left["c"].script, self.listed()), (None if step == "undo" else "new", expected))
+        b.category = c.category = c.script = "more"
+        self.assertEqual(self.keys(2), "b c")
+        self.window.filteredKeys().setSelectionIndexes_([0])
+        self.window.takeRight()
+        self.assertEqual((b.category, c.category, self.listed()), ("new", "more", "c"))
+        self.window.takeFieldRight_("script")
+        self.assertEqual((c.category, c.script, self.listed()), ("more", "new", "c"))
+        self.window.takeAllRight()
+        self.assertEqual((c.category, self.listed()), ("new", ""))
+        self.assertEqual(self.keys(0), "d d")
+        self.window.takeAllLeft()
+        self.assertEqual((names(self.left), self.listed()), ("a b c d d", ""))
+        self.assertEqual(self.keys(1), "a")
+        self.window.removeShown()
+        self.assertEqual((names(self.left), self.listed()), ("b c d d", ""))
+
+    def test_stepping_and_reports(self):
+        self.assertEqual(self.keys(0), "d d")
+        self.window.filteredKeys().setSelectionIndexes_([0])
+        for step, expected in (("Next", [1]), ("Next", [0]), ("Previous", [1])):
+            getattr(self.window, "select%sDifference" % step)()
+            self.assertEqual(list(self.window.filteredKeys().selectionIndexes()), expected)
+        self.assertEqual([self.window.countOfKeysInMode_(mode) for mode in (0, 1, 2)], [2, 1, 2])
+        found = json.loads(self.window.reportOf_format_("all", "json"))
+        self.assertEqual([(each["name"], each["missing"]) for each in found],
+                         [("a", "right"), ("d", "left"), ("d", "left")])
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "report.txt")
+            self.assertTrue(self.window.saveReport_of_format_(path, "selected", "text"))
+            with open(path, encoding="utf-8") as file:
+                self.assertEqual(file.read(), self.window.reportOf_format_("selected", "text"))
+
+    def test_overlooking(self):
+        for doc, category in ((self.left, "mark"), (self.right, "Ma rk")):
+            doc["b"].category, doc["b"].desc, doc["c"].desc = category, "b", category
+        self.window.setField_ignored_("desc", True)
+        self.assertEqual(self.keys(2), "b")
+        for toggle, expected in (("Case", "b"), ("Spaces", ""), ("Case", "b"), ("Spaces", "b")):
+            getattr(self.window, "toggleIgnore" + toggle)()
+            self.assertEqual(self.listed(), expected)
+        self.window.setField_ignored_("desc", False)
+        self.assertEqual(self.listed(), "b c")
 
 
 class CodePoints(unittest.TestCase):
