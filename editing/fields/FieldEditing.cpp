@@ -65,23 +65,17 @@ Error objectionToLongText(GlyphField field, QStringView text)
     return {u"EditError"_s, 2, sentenceOfObjection(text, titleOfField(field)), {}, {}};
 }
 
-Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
-                      const QString &text)
+Error objectionToText(GlyphField field, const QString &text)
 {
-    Error error;
     if (const QString sentence = refusalOfEdited(field, {text}); !sentence.isNull())
         return {u"EditError"_s, 2, sentence, {}, {}};
     switch (field) {
-    case GlyphField::Name:
-        if (infos.size() > 1)
-            return refusal(Texts::tr("Several glyphs cannot have the same name."));
-        if (!infos.empty())
-            infos.front()->validateName(text, &error);
+    case GlyphField::Name: {
+        static const VXGlyphInfo kOfNoDocument;
+        Error error;
+        kOfNoDocument.validateName(text, &error);
         return error;
-    case GlyphField::AltNames:
-        if (const QString name = repeatingName(document, text.split(kListSeparator)); !name.isNull())
-            return refusal(Texts::tr("Repeating name: %1").arg(name));
-        return {};
+    }
     case GlyphField::Case:
         if (!text.isEmpty() && VXGlyphInfo::stringFromCase(VXGlyphInfo::caseFromString(text)) != text
             && text != "other"_L1)
@@ -95,6 +89,23 @@ Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphFi
     default:
         return {};
     }
+}
+
+Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
+                      const QString &text)
+{
+    Error error = objectionToText(field, text);
+    const bool canBeSaved = error.domain != "EditError"_L1;
+    if (field == GlyphField::Name && canBeSaved) {
+        if (infos.size() > 1)
+            return refusal(Texts::tr("Several glyphs cannot have the same name."));
+        if (!infos.empty())
+            infos.front()->validateName(text, &error);
+    } else if (field == GlyphField::AltNames && canBeSaved) {
+        if (const QString name = repeatingName(document, text.split(kListSeparator)); !name.isNull())
+            return refusal(Texts::tr("Repeating name: %1").arg(name));
+    }
+    return error;
 }
 
 QStringList vocabularyOf(GlyphField field)

@@ -11,6 +11,9 @@ namespace runebook {
 Error objectionToText(const VXDocument &document, const InfoList &infos, GlyphField field,
                       const QString &text);
 
+/// The same as far as it does not depend on other records. Any thread.
+Error objectionToText(GlyphField field, const QString &text);
+
 /// The same for a field that is one text other than a name, of a text of any length. Any thread.
 Error objectionToLongText(GlyphField field, QStringView text);
 

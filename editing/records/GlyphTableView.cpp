@@ -460,7 +460,47 @@ void GlyphTableView::restorePlace()
     restoreAnchor(m_top);
 }
 
+std::vector<GlyphField> GlyphTableView::shownFields() const
+{
+    std::vector<GlyphField> fields;
+    for (int place = 0; place < horizontalHeader()->count(); ++place) {
+        const int column = horizontalHeader()->logicalIndex(place);
+        if (!isColumnHidden(column) && isEditableColumn(column))
+            fields.push_back(glyphColumns()[static_cast<std::size_t>(column)].field);
+    }
+    return fields;
+}
+
 // Dragging rows
+
+namespace {
+
+/// While rows are dragged, the program's own fields do not take them as text.
+class OnlyForOthers : public QObject
+{
+public:
+    explicit OnlyForOthers(QWidget &source) : m_source(source) { qApp->installEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const bool isDrag = event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove;
+        const auto *widget = qobject_cast<QWidget *>(watched);
+        if (!isDrag || !widget || qobject_cast<const GlyphTableView *>(widget)
+            || qobject_cast<const GlyphTableView *>(widget->parentWidget()))
+            return false;
+        auto *drag = static_cast<QDragMoveEvent *>(event);
+        if (drag->source() != &m_source)
+            return false;
+        drag->ignore();
+        return true;
+    }
+
+private:
+    QWidget &m_source;
+};
+
+} // namespace
 
 void GlyphTableView::startDrag(Qt::DropActions supportedActions)
 {
@@ -474,8 +514,14 @@ void GlyphTableView::startDrag(Qt::DropActions supportedActions)
                                     "Document Order first."));
         return;
     }
+    if (m_dragData) {
+        std::unique_ptr<QMimeData> offered = m_dragData();
+        offered->setData(RSRTVArrayController::dragType(), dragged->data(RSRTVArrayController::dragType()));
+        delete std::exchange(dragged, offered.release());
+    }
     auto *drag = new QDrag(this);
     drag->setMimeData(dragged);
+    const OnlyForOthers onlyForOthers(*this);
     const qsizetype count = m_controller.selectedCount();
     const QString text = count == 1
         ? cellDisplayText(*m_controller.selectedObjects().front(), GlyphField::Name)

@@ -7,8 +7,10 @@
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <vector>
 
 class QMenu;
+class QMimeData;
 class RSRTVArrayController;
 
 namespace runebook {
@@ -32,6 +34,8 @@ public:
     /// Shows the document's order in the header.
     void resetSortIndicator();
     void setColumnShown(int column, bool isShown);
+    /// The fields of the columns that are shown, as they stand; the picture of the glyph is none.
+    std::vector<GlyphField> shownFields() const;
     /// Adds an item for each column, ticked where it is shown.
     void fillColumnMenu(QMenu &menu);
     /// Steps of one point; 0 goes back to the size at the start.
@@ -43,6 +47,8 @@ public:
     /// Asked before a key or a click of the user chooses something else, here or in the header; nothing
     /// happens when it answers false.
     void setLeavingCondition(std::function<bool()> condition) { m_mayLeave = std::move(condition); }
+    /// Makes what a drag of the selected rows offers to other programs.
+    void setDragData(std::function<std::unique_ptr<QMimeData>()> maker) { m_dragData = std::move(maker); }
 
 public: // as the list controller sees it
     QObject *object() override { return this; }
@@ -103,6 +109,7 @@ private:
     RSRTVArrayController &m_controller;
     GlyphCellDelegate *m_cellDelegate;
     std::function<bool()> m_mayLeave = [] { return true; };
+    std::function<std::unique_ptr<QMimeData>()> m_dragData;
     QTimer m_storeTimer;
     Anchor m_current;
     Anchor m_top;

@@ -3,13 +3,17 @@
 #include "editing/records/GlyphCellDelegate.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
+#include "editing/tables/TableClipboard.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/StateChange.h"
 #include "platform/MenuText.h"
 #include "platform/UndoManager.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QMenu>
+#include <QMimeData>
 
 namespace runebook {
 
@@ -140,7 +144,8 @@ bool EditMenu::canUndoText() const
 
 bool EditMenu::canPaste() const
 {
-    return m_focus.canPaste();
+    const QMimeData *clipboard = QApplication::clipboard()->mimeData();
+    return clipboard && (clipboard->hasText() || mayHoldTable(*clipboard));
 }
 
 bool EditMenu::hasSelectedRecords() const

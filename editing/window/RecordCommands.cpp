@@ -84,9 +84,16 @@ void RecordCommands::cut()
 
 void RecordCommands::paste()
 {
+    if (m_parts.commitEditing() && !pasteRecords())
+        Q_EMIT foreignPasteRequested();
+}
+
+/// False when there are none on the clipboard.
+bool RecordCommands::pasteRecords()
+{
     const QMimeData *clipboard = QApplication::clipboard()->mimeData();
-    if (!clipboard || !clipboard->hasText() || !m_parts.commitEditing())
-        return;
+    if (!clipboard || !clipboard->hasText())
+        return false;
     InfoList pasted;
     LeftOut leftOut;
     const TurningWindows turning(tr("Pasting…"), QApplication::activeWindow());
@@ -95,17 +102,19 @@ void RecordCommands::paste()
     } catch (const std::bad_alloc &) {
         m_parts.showMessage(
             tr("There is not enough memory for what is on the clipboard. Nothing was pasted."));
+        return true;
     }
     if (leftOut.records > 0)
         m_parts.showMessage(leftOut.text());
     if (pasted.empty())
-        return;
+        return leftOut.records > 0;
     try {
         m_parts.list.setSelectedObjects(pasted);
         revealRow(m_parts.list.rowOfObject(pasted.front()));
     } catch (const std::bad_alloc &) {
         // They are there; only to select them takes more than is left.
     }
+    return true;
 }
 
 void RecordCommands::deleteSelected()

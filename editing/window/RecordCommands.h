@@ -40,7 +40,12 @@ public:
     /// The order that is shown becomes the document's.
     void writeShownOrder();
 
+Q_SIGNALS:
+    /// The clipboard, which was to be pasted, holds no records.
+    void foreignPasteRequested();
+
 private:
+    bool pasteRecords();
     QString removalText() const;
     void revealRow(qsizetype row);
 

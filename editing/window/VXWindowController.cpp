@@ -12,6 +12,7 @@
 #include "editing/window/PreviewLabel.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
+#include "editing/window/TableCommands.h"
 #include "editing/window/WindowContent.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
@@ -147,6 +148,10 @@ void VXWindowController::windowDidDecodeRestorableState(const QVariantMap &state
 bool VXWindowController::commitEditing() { return commitEditing(nullptr); }
 bool VXWindowController::commitEditing(Error *refusal) { return m_content->parts().commitEditing(refusal); }
 void VXWindowController::copy() { m_content->commands().copy(); }
+void VXWindowController::copyAsTable() { m_content->tables().copyAsTable(); }
+QString VXWindowController::pasteTable(const QString &text, Error *error) { return m_content->tables().pasteText(text, error); }
+void VXWindowController::exportTable() { m_content->tables().exportTable(); }
+bool VXWindowController::exportTableToURLFieldsRecords(const QString &url, const QStringList &fields, const QString &records, Error *error) { return m_content->tables().exportTable(url, fields, records, error); }
 void VXWindowController::cut() { m_content->commands().cut(); }
 void VXWindowController::paste() { m_content->commands().paste(); }
 void VXWindowController::delete_() { m_content->commands().deleteSelected(); }

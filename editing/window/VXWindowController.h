@@ -77,6 +77,8 @@ public: // commands on the selected records
     Q_INVOKABLE bool commitEditing();
     bool commitEditing(runebook::Error *refusal);
     Q_INVOKABLE void copy();
+    /// The selected records, or all that are shown, as cells for a spreadsheet.
+    Q_INVOKABLE void copyAsTable();
     Q_INVOKABLE void cut();
     Q_INVOKABLE void paste();
     /// Removes the selected records without asking ("delete" is taken by the language).
@@ -101,6 +103,16 @@ public: // commands on the selected records
     /// Selects one record and scrolls to it, taking away a filter that hides it.
     Q_INVOKABLE void showInfo(const InfoPtr &info);
     Q_INVOKABLE void writeShownOrder();
+    /// Pastes the cells of a text as a table is pasted when nobody answers: columns by their headings, rows
+    /// by name, code point or production name, else onto the selected records, else as new ones. What was
+    /// done, in words; an error for what would have to be asked.
+    Q_INVOKABLE QString pasteTable(const QString &text, runebook::Error *error = nullptr);
+    /// Opens the dialog that exports records as a table.
+    Q_INVOKABLE void exportTable();
+    /// Writes a table of \a fields (none: all) of "all", "shown" or "selected" records, separated by commas
+    /// in a .csv file, else by tabs.
+    Q_INVOKABLE bool exportTableToURLFieldsRecords(const QString &url, const QStringList &fields,
+                                                   const QString &records, runebook::Error *error = nullptr);
 
 public: // search
     Q_INVOKABLE void setUpSearchMenu();

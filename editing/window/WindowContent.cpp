@@ -11,6 +11,7 @@
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
+#include "editing/window/TableCommands.h"
 #include "editing/window/VXMenuButton.h"
 #include "editing/window/VXSimpleSplitView.h"
 #include "editing/window/VXSplitViewWindowController.h"
@@ -88,8 +89,9 @@ void WindowContent::buildFeatures()
     m_search = new WindowSearch(*m_parts, this);
     m_problems = new WindowProblems(*m_parts, *m_split, this);
     m_replace = new ReplaceCommand(*m_parts, m_problems->problems(), this);
-    m_menus =
-        new WindowMenus(m_window, *m_parts, {*m_commands, *m_search, *m_problems, *m_replace}, *m_state);
+    m_tables = new TableCommands(*m_parts, this);
+    m_menus = new WindowMenus(m_window, *m_parts,
+                              {*m_commands, *m_search, *m_problems, *m_replace, *m_tables}, *m_state);
     auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_problems, this);
     connect(m_state, &StateChange::changed, m_title, &WindowTitle::synchronize);
     connect(m_state, &StateChange::changed, m_menus, &WindowMenus::validate);
@@ -136,6 +138,7 @@ void WindowContent::connectFeatures()
     connect(m_search, &WindowSearch::progressed, m_title, &WindowTitle::showProgress);
     connect(m_search, &WindowSearch::finished, m_state, &StateChange::note);
     connect(m_search, &WindowSearch::allWanted, m_problems, &WindowProblems::showAll);
+    connect(m_commands, &RecordCommands::foreignPasteRequested, m_tables, &TableCommands::pasteCells);
     connect(m_problems, &WindowProblems::showRequested, m_search, &WindowSearch::showInfo);
     connect(m_problems, &WindowProblems::conditionChanged, m_search, &WindowSearch::setCondition);
     connect(m_problems, &WindowProblems::shownChanged, m_state, &StateChange::note);

@@ -12,6 +12,7 @@ namespace runebook {
 class RecordCommands;
 class ReplaceCommand;
 class StateChange;
+class TableCommands;
 struct RestoredParts;
 class WindowMenus;
 class WindowProblems;
@@ -37,6 +38,7 @@ public:
     WindowSearch &search() const { return *m_search; }
     WindowProblems &problems() const { return *m_problems; }
     ReplaceCommand &replace() const { return *m_replace; }
+    TableCommands &tables() const { return *m_tables; }
     RestoredParts restoredParts() const;
 
     /// Shows the selection in the preview and the detail pane.
@@ -79,6 +81,7 @@ private:
     WindowSearch *m_search = nullptr;
     WindowProblems *m_problems = nullptr;
     ReplaceCommand *m_replace = nullptr;
+    TableCommands *m_tables = nullptr;
     WindowMenus *m_menus = nullptr;
     bool m_isSelectionPending = false;
 };

@@ -10,6 +10,7 @@
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
+#include "editing/window/TableCommands.h"
 #include "editing/window/VXSplitViewWindowController.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
@@ -121,6 +122,8 @@ void WindowMenus::buildFileMenu()
     addCommand(
         menu, tr("Re&vert to Saved"), {}, [this, &document] { DocumentPanels::revert(document, &m_window); },
         [&document] { return !document.fileURL().isEmpty(); });
+    addCommand(menu, tr("&Export Table…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
+               [this] { m_features.tables.exportTable(); });
     menu->addSeparator();
     addCommand(menu, tr("&Close"), QKeySequence::Close, [this] { m_window.close(); });
     MainMenu::contributeTo(MainMenu::File, *menu, m_window);
@@ -142,6 +145,9 @@ void WindowMenus::buildEditMenu()
     m_editMenu->addClipboardCommands(*menu);
     for (QAction *action : menu->actions().sliced(before))
         m_rowMenu.add(action);
+    m_rowMenu.add(addCommand(
+        menu, tr("Copy as Ta&ble"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
+        [this] { m_features.tables.copyAsTable(); }, [&list] { return list.countOfArrangedObjects() > 0; }));
     m_rowMenu.add(addCommand(
         menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [&commands] { commands.duplicate(); },
         hasSelection));

@@ -19,6 +19,7 @@ class FocusRound;
 class RecordCommands;
 class ReplaceCommand;
 class StateChange;
+class TableCommands;
 class WindowProblems;
 class WindowSearch;
 
@@ -28,6 +29,7 @@ struct WindowFeatures {
     WindowSearch &search;
     WindowProblems &problems;
     ReplaceCommand &replace;
+    TableCommands &tables;
 };
 
 /// The menu bar of a document window: every command with its text, its shortcut, and when it can act.

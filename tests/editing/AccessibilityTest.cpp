@@ -1,6 +1,8 @@
 #include "editing/compare/VXCompareDataWindow.h"
 #include "editing/records/ChoiceCells.h"
 #include "editing/replace/VXFindReplaceWindowController.h"
+#include "editing/tables/ExportDialog.h"
+#include "editing/tables/PasteSheet.h"
 #include "tests/editing/Windows.h"
 
 using namespace runebook;
@@ -149,6 +151,27 @@ private Q_SLOTS:
         QCOMPARE(spoken(), u"Case: Upper, Lower"_s);
         cells.setChosen({});
         QCOMPARE(spoken(), u"Case"_s);
+    }
+
+    void tableDialogs()
+    {
+        PastedTable table;
+        table.rows = {{u"name"_s, u"direction"_s}, {u"A"_s, u"up"_s}, {u"B"_s, u"RTL"_s}};
+        table.columns = 2;
+        PasteSheet sheet(table, {}, {m_left, {m_left.infos().front()}, m_left.infos()});
+        sheet.show();
+        QVERIFY(QTest::qWaitForWindowActive(&sheet));
+        QCOMPARE(faultsOf(sheet).join(u'\n'), QString());
+        const QAbstractItemModel *model = sheet.findChild<QTableView *>()->model();
+        const int last = model->columnCount() - 1;
+        QCOMPARE(model->index(0, last).data(Qt::AccessibleTextRole).toString(),
+                 u"Direction: up is left out. “up” is no direction"_s);
+        QCOMPARE(model->index(1, last).data(Qt::AccessibleTextRole).toString(),
+                 u"Direction: LTR becomes RTL"_s);
+        ExportDialog dialog({m_left.infos(), m_left.infos(), {}}, {});
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        QCOMPARE(faultsOf(dialog).join(u'\n'), QString());
     }
 
     void compareWindow()

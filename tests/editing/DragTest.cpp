@@ -134,6 +134,30 @@ private Q_SLOTS:
         QVERIFY(!window.document.isDocumentEdited());
     }
 
+    /// Other programs are offered cells; the program's own fields do not take them.
+    void rowsAreOfferedAsATable()
+    {
+        const Window window(u"a b c"_s, {10, 10});
+        window.controller->resize(900, 420);
+        window.controller->infolistController()->setSelectionIndexes({0, 2});
+        QStringList offered;
+        const auto look = [&] {
+            if (const auto *drag = window.table()->findChild<QDrag *>(); drag && offered.isEmpty())
+                offered =
+                    QStringList {drag->mimeData()->text().section(u'\t', 0, 0),
+                                 QString::fromUtf8(drag->mimeData()->data(u"text/csv"_s)).section(u'\n', 1)};
+            return !offered.isEmpty();
+        };
+        QWidget *field = window.controller->searchField();
+        drag(window, 0, window, field->mapTo(window.controller.get(), field->rect().center()), Qt::NoModifier,
+             look);
+        QCOMPARE(offered.value(0), u"name"_s);
+        QVERIFY2(offered.value(1).startsWith(u"a,"_s) && offered.value(1).contains(u"\nc,"_s),
+                 qPrintable(offered.value(1)));
+        QCOMPARE(window.controller->searchField()->stringValue(), QString());
+        QVERIFY(!window.document.isDocumentEdited());
+    }
+
 private:
     /// Presses the button on a row of \a source, moves to \a place in \a target and lets go there, as soon as
     /// \a isReady or after some seconds.
