@@ -2,8 +2,13 @@
 
 #include "app/AboutBox.h"
 #include "app/AppSettings.h"
+#include "app/DocumentKinds.h"
 #include "app/FileOpener.h"
+#include "app/PresentedErrors.h"
 #include "app/Session.h"
+#include "app/StartWarnings.h"
+#include "app/UnseenDocuments.h"
+#include "app/UnseenOutput.h"
 #include "app/VXApplication.h"
 #include "app/VXChangeLogWindowController.h"
 #include "app/VXPreferencesController.h"
@@ -11,12 +16,21 @@
 #include "editing/compare/VXCompareDataWindow.h"
 #include "editing/merge/MergeDialog.h"
 #include "editing/problems/Problems.h"
+#include "editing/window/ChangedOnDisk.h"
+#include "editing/window/EditingClasses.h"
 #include "editing/window/RecoveryPanel.h"
+#include "model/VXArrayToStringTransformator.h"
+#include "model/VXDirectionToIndexValueTransformer.h"
+#include "platform/Appearance.h"
+#include "platform/Curtain.h"
+#include "platform/MainMenu.h"
 #include "platform/StandardFolders.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
 #include "platform/documents/DocumentWindows.h"
+#include "scripting/bridge/BridgedClass.h"
+#include "scripting/classes/ScriptApplication.h"
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/PanelSettings.h"
 #include "scripting/panel/RunIndicator.h"
@@ -26,18 +40,113 @@
 #include <QBoxLayout>
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QMenu>
+#include <QSessionManager>
 #include <QUrl>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
-
-// What the delegate does for the user; how it is set up stands in VXAppDelegateSetup.cpp.
 
 namespace {
 
 constexpr int kUpdateDelayMs = 3'000;
 
 } // namespace
+
+VXAppDelegate::VXAppDelegate(QObject *parent)
+    : QObject(parent),
+      m_macroPanelController(new VXMacroWindowController(this)),
+      m_fileOpener(new FileOpener(this))
+{
+    initialize();
+    Appearance::shared().apply();
+    Curtain::hang();
+    registerDocumentKinds();
+    contributeToMenus();
+    new PresentedErrors(this);
+    new UnseenOutput(*m_macroPanelController, this);
+    introduceToScripts();
+    new UnseenDocuments(this);
+    // Closing the last window by hand leaves nothing to come back to.
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        if (!m_isSessionKept)
+            Session::store({});
+    });
+    followSessionManager();
+}
+
+void VXAppDelegate::initialize()
+{
+    static const bool once = [] {
+        ValueTransformer::setForName(u"arrayToStringTransformator"_s,
+                                     std::make_unique<VXArrayToStringTransformator>());
+        ValueTransformer::setForName(u"directionToIndexTransformer"_s,
+                                     std::make_unique<VXDirectionToIndexValueTransformer>());
+        ChangedOnDisk::registerDefaults();
+        return true;
+    }();
+    Q_UNUSED(once)
+}
+
+void VXAppDelegate::introduceToScripts()
+{
+    ScriptApplication::shared().setDelegate(this);
+    // Known by name before a script has met the first one.
+    registerEditingClasses();
+    bridge::BridgedClass::registerClass(VXPreferencesController::staticMetaObject);
+    bridge::BridgedClass::registerClass(VXChangeLogWindowController::staticMetaObject);
+}
+
+void VXAppDelegate::contributeToMenus()
+{
+    using Command = void (VXAppDelegate::*)();
+    const auto add = [this](MainMenu::Place place, const QString &text, const QKeySequence &shortcut,
+                            Command command, QAction::MenuRole role = QAction::NoRole) {
+        MainMenu::addContribution(place, [this, text, shortcut, command, role](QMenu &menu, QWidget &window) {
+            QAction *action =
+                MainMenu::addCommand(menu, window, text, [this, command] { (this->*command)(); });
+            action->setShortcut(shortcut);
+            action->setMenuRole(role);
+        });
+    };
+    add(MainMenu::File, tr("Mer&ge…"), Qt::CTRL | Qt::SHIFT | Qt::Key_G, &VXAppDelegate::showMergeDialog);
+    add(MainMenu::File, tr("&Quit"), Qt::CTRL | Qt::Key_Q, &VXAppDelegate::terminate, QAction::QuitRole);
+    MainMenu::addContribution(MainMenu::Edit, [](QMenu &menu, QWidget &) { menu.addSeparator(); });
+    add(MainMenu::Edit, tr("Prefere&nces…"), Qt::CTRL | Qt::Key_Comma, &VXAppDelegate::showMainPreferences,
+        QAction::PreferencesRole);
+    add(MainMenu::Window, tr("&Macro Panel"), Qt::CTRL | Qt::ALT | Qt::Key_M, &VXAppDelegate::showMacroPanel);
+    add(MainMenu::Window, tr("&Compare Data"), Qt::CTRL | Qt::SHIFT | Qt::Key_C,
+        &VXAppDelegate::showCompareWindow);
+    add(MainMenu::Help, tr("&Scripting Documentation"), QKeySequence::HelpContents,
+        &VXAppDelegate::showScriptingDocu);
+    add(MainMenu::Help, tr("Change &Log"), {}, &VXAppDelegate::showChangeLogWindow);
+    add(MainMenu::Help, tr("Check for &Updates…"), {}, &VXAppDelegate::checkForUpdates,
+        QAction::ApplicationSpecificRole);
+    MainMenu::addContribution(MainMenu::Help, [this](QMenu &menu, QWidget &window) {
+        menu.addSeparator();
+        QAction *about = MainMenu::addCommand(menu, window, tr("&About Runebook"),
+                                              [this, &window] { showAbout(&window); });
+        about->setMenuRole(QAction::AboutRole);
+    });
+}
+
+void VXAppDelegate::followSessionManager()
+{
+    // What is unsaved goes into the autosave files, which the next start offers: nothing has to be asked, so
+    // nobody's logout waits for this program.
+    const auto keep = [this](QSessionManager &) { keepForNextStart(); };
+    connect(qApp, &QGuiApplication::commitDataRequest, this, keep, Qt::DirectConnection);
+    connect(
+        qApp, &QGuiApplication::saveStateRequest, this,
+        [this](QSessionManager &manager) {
+            keepForNextStart();
+            QStringList restart {QCoreApplication::applicationFilePath()};
+            for (const QVariant &window : Session::capture())
+                restart << window.toMap().value(u"path"_s).toString();
+            manager.setRestartCommand(restart);
+        },
+        Qt::DirectConnection);
+}
 
 VXAppDelegate::~VXAppDelegate()
 {
@@ -64,7 +173,7 @@ void VXAppDelegate::openAtStart(const QStringList &paths)
     m_fileOpener->open(paths);
     if (!m_fileOpener->isOpening() && controller.documentList().isEmpty())
         controller.openUntitledDocumentAndDisplay(true)->setPlaceholder(true);
-    warnOfDamagedDefaults();
+    StartWarnings::warnOfDamagedDefaults();
 }
 
 void VXAppDelegate::reopen(const QVariantList &windows, qint64 process)
@@ -73,15 +182,15 @@ void VXAppDelegate::reopen(const QVariantList &windows, qint64 process)
     RecoveryPanel::offer()->restoreFrom(process);
     if (DocumentController::shared().documentList().isEmpty())
         DocumentController::shared().openUntitledDocumentAndDisplay(true);
-    warnOfDamagedDefaults();
+    StartWarnings::warnOfDamagedDefaults();
 }
 
 void VXAppDelegate::startScripting()
 {
     VXScriptingHandler *handler = VXScriptingHandler::sharedHandler();
     handler->setMacroPanelController(m_macroPanelController);
-    connect(handler, &VXScriptingHandler::unsupportedPythonStarted, this, &VXAppDelegate::showPythonWarning,
-            Qt::UniqueConnection);
+    disconnect(handler, &VXScriptingHandler::unsupportedPythonStarted, this, nullptr);
+    connect(handler, &VXScriptingHandler::unsupportedPythonStarted, this, &StartWarnings::showPythonWarning);
 }
 
 void VXAppDelegate::applicationDidFinishLaunching()

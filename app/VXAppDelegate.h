@@ -75,25 +75,16 @@ public: // windows
     Q_INVOKABLE void showAbout(QWidget *window = nullptr);
 
 private: // setting up
-    void registerDocuments();
     void contributeToMenus();
     void introduceToScripts();
-    void followScripts();
     void storeSession(const QVariantList &windows);
-    void presentErrors();
-    void showPendingErrors();
-    void followSettings();
     void followSessionManager();
-    void warnOfDamagedDefaults();
-    void showPythonWarning(const QString &message, const QString &advice);
 
     VXMacroWindowController *m_macroPanelController;
     QPointer<VXCompareDataWindow> m_compareWindow;
     QPointer<VXChangeLogWindowController> m_changeLogWindow;
     QPointer<VXPreferencesController> m_preferencesController;
     runebook::FileOpener *m_fileOpener;
-    QList<QObject *> m_documentsBeforeRun; ///< to be compared, never to be used: some may be gone
-    QStringList m_pendingErrors; ///< to be shown in the next turn of the event loop
     bool m_isTerminating = false;
     bool m_isSessionKept = false;
     bool m_storesSession = true;

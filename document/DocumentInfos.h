@@ -12,8 +12,8 @@ Q_DECLARE_METATYPE(runebook::IndexSet)
 
 namespace runebook {
 
-/// The info list of a document. Every change of it registers its inverse before it is made, keeps the look-ups
-/// in step, and is announced after it; VXDocument tells what each operation means. Main thread only.
+/// The info list of a document. Every change of it registers its inverse before it is made, keeps the
+/// look-ups in step, and is announced after it; VXDocument tells what each operation means. Main thread only.
 class DocumentInfos : public QObject
 {
     Q_OBJECT

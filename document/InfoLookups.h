@@ -10,9 +10,9 @@
 
 namespace runebook {
 
-/// Finds records of a list by their values, as a scan from its top would: the first in list order wins. Has an
-/// index for each of the fields that are asked for often, which is made when somebody asks and then kept in
-/// step by whoever keeps the list.
+/// Finds records of a list by their values, as a scan from its top would: the first in list order wins. Has
+/// an index for each of the fields that are asked for often, which is made when somebody asks and then kept
+/// in step by whoever keeps the list.
 class InfoLookups final : public GlyphLookups
 {
 public:

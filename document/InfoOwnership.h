@@ -22,9 +22,9 @@ protected:
     ~SharingOwner() = default;
 };
 
-/// What a document is to records. Those in its list belong to it, and so do some that have left the list: they
-/// lose it when it ends. A record may stand in the lists of several documents and belongs to one of them; the
-/// others do not hear of its changes from the record, and are told here.
+/// What a document is to records. Those in its list belong to it, and so do some that have left the list:
+/// they lose it when it ends. A record may stand in the lists of several documents and belongs to one of
+/// them; the others do not hear of its changes from the record, and are told here.
 class InfoOwnership
 {
 public:
