@@ -3,8 +3,8 @@
 #include <QStringList>
 #include <functional>
 
-/// Starts the interpreter whose functions are loaded, and makes it the program's: with its own output streams, the
-/// modules of the bridge, and the folders of scripts in its search path.
+/// Starts the interpreter whose functions are loaded, and makes it the program's: with its own output
+/// streams, the modules of the bridge, and the folders of scripts in its search path.
 namespace runebook::InterpreterStart {
 
 /// An open library, never to be closed; null when there is none at \a path.

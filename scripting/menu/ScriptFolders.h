@@ -13,8 +13,8 @@ QString applicationSupportPath();
 QString shown();
 /// When shown() exists and the one that is searched does not, makes the latter a link to the former.
 void link();
-/// The folders that hold scripts for Python \a major . \a minor, the program's own among them, as they are now;
-/// those of the user are linked first.
+/// The folders that hold scripts for Python \a major . \a minor, the program's own among them, as they are
+/// now; those of the user are linked first.
 QStringList present(int major, int minor);
 
 } // namespace runebook::ScriptFolders

@@ -249,9 +249,7 @@ void ScriptMenu::addFolder(const QString &folder, const QString &subFolder)
     way.removeLast();
 }
 
-void ScriptMenu::addScript(const QString &fileName,
-                                                                const QString &basePath,
-                                                                const QString &subFolder)
+void ScriptMenu::addScript(const QString &fileName, const QString &basePath, const QString &subFolder)
 {
     if (fileName.section(u'/', -1).startsWith("__"_L1))
         return;

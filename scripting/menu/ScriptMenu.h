@@ -14,8 +14,8 @@ namespace runebook {
 class ScriptConsole;
 class ScriptFolderWatcher;
 
-/// The Scripts menu, one for the program: the scripts that folders hold stand above its first separator, fixed
-/// items below. VXScriptingHandler says what each operation is for.
+/// The Scripts menu, one for the program: the scripts that folders hold stand above its first separator,
+/// fixed items below. VXScriptingHandler says what each operation is for.
 class ScriptMenu : public QObject
 {
     Q_OBJECT

@@ -3,16 +3,24 @@
 #include "codeeditor/CodeColors.h"
 #include "platform/Appearance.h"
 #include "platform/PlainLabel.h"
+#include "platform/PlainText.h"
 #include "scripting/panel/ConsoleFormats.h"
+#include "scripting/panel/FoldedLines.h"
 #include "scripting/panel/PanelSettings.h"
 
+#include <QContextMenuEvent>
 #include <QElapsedTimer>
+#include <QHelpEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMimeData>
-#include <QRegularExpression>
+#include <QMouseEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QToolTip>
+#include <QWheelEvent>
 #include <algorithm>
 #include <malloc.h>
 
@@ -43,7 +51,15 @@ ConsoleView::ConsoleView(QWidget *parent)
     : QPlainTextEdit(parent),
       m_storage(new ConsoleTextStorage(*this)),
       m_droppedNote(plainLabel({}, this)),
-      m_classScan(document())
+      m_textLines(document()),
+      m_links(this,
+              [this](const QTextBlock &block) {
+                  return blockBoundingGeometry(block).translated(contentOffset());
+              }),
+      m_marks(this),
+      m_folds(new FoldedLines(this, m_textLines, [this](const QTextBlock &block) {
+          return blockBoundingGeometry(block).translated(contentOffset());
+      }))
 {
     setReadOnly(true);
     setUndoRedoEnabled(false);
@@ -61,7 +77,6 @@ ConsoleView::ConsoleView(QWidget *parent)
     m_droppedNote->setIndent(kInsetWidth);
     m_droppedNote->hide();
 
-    m_classScan.setKeepPositionOnInsert(true);
     m_frame.setSingleShot(true);
     m_frame.setInterval(kFrameMs);
     connect(&m_frame, &QTimer::timeout, this, &ConsoleView::showPending);
@@ -159,7 +174,7 @@ void ConsoleView::insert(QTextCursor &cursor, const ConsoleText &text)
         const FileLink *link;
     };
     QList<Mark> marks;
-    if (m_emphasisFont) {
+    if (m_marks.marksErrors()) {
         for (const UnitRange &range : text.emphasised)
             marks << Mark {range, nullptr};
     }
@@ -174,47 +189,17 @@ void ConsoleView::insert(QTextCursor &cursor, const ConsoleText &text)
             continue; // the name of an error in the text of a link
         insertRun(cursor, all.sliced(place, mark.range.location - place), {});
         insertRun(cursor, all.sliced(mark.range.location, mark.range.length),
-                  mark.link ? linkFormat(*mark.link) : emphasisFormat());
+                  mark.link ? m_marks.linkFormat(*mark.link) : m_marks.errorFormat());
         place = mark.range.location + mark.range.length;
     }
     insertRun(cursor, all.sliced(place), {});
-    markErrorClasses(text.text);
-}
-
-/// Marks the class at the end of a traceback, which may be anybody's, by its place: the first line that is
-/// not indented. Interpreters write such a line in pieces, so only the document has all of it.
-void ConsoleView::markErrorClasses(QStringView newText)
-{
-    constexpr auto kTraceback = "Traceback (most recent call last):"_L1;
-    if (!m_isInTraceback && !newText.contains(kTraceback)) {
-        m_classScan.movePosition(QTextCursor::End);
-        return;
-    }
-    static const QRegularExpression className(u"^(?:\\w+\\.)*([^\\W\\d]\\w*)(?=:|$)"_s,
-                                              QRegularExpression::UseUnicodePropertiesOption);
-    QTextBlock block = m_classScan.block();
-    for (; block.next().isValid(); block = block.next()) {
-        const QString line = block.text();
-        if (line.contains(kTraceback)) {
-            m_isInTraceback = true;
-        } else if (m_isInTraceback && !line.startsWith("  "_L1)) {
-            m_isInTraceback = false;
-            const QRegularExpressionMatch found = className.match(line);
-            if (!found.hasMatch() || !m_emphasisFont)
-                continue;
-            QTextCursor name(block);
-            name.setPosition(block.position() + static_cast<int>(found.capturedStart(1)));
-            name.setPosition(block.position() + static_cast<int>(found.capturedEnd(1)),
-                             QTextCursor::KeepAnchor);
-            name.setCharFormat(emphasisFormat());
-        }
-    }
-    m_classScan.setPosition(block.position());
+    m_marks.follow(text.text);
 }
 
 /// Inserts as much at once as the document ends its blocks by itself.
 void ConsoleView::insertRun(QTextCursor &cursor, QStringView text, const QTextCharFormat &format)
 {
+    using End = ConsoleLines::End;
     qsizetype begin = 0;
     qsizetype column = cursor.positionInBlock();
     const auto flush = [&](qsizetype end) {
@@ -222,7 +207,7 @@ void ConsoleView::insertRun(QTextCursor &cursor, QStringView text, const QTextCh
         if (end > begin)
             cursor.insertText(text.sliced(begin, end - begin).toString(), format);
         if (!block.isVisible())
-            hideBlock(block); // its layout counts its lines again
+            ConsoleLines::hide(block); // its layout counts its lines again
         begin = end;
     };
     for (qsizetype i = 0; i < text.size(); ++i) {
@@ -235,7 +220,7 @@ void ConsoleView::insertRun(QTextCursor &cursor, QStringView text, const QTextCh
             continue;
         }
         if (std::exchange(m_isReturned, false) && !isPair && character != u'\n') {
-            beginLineAnew(cursor);
+            ConsoleLines::beginAnew(cursor);
             column = 0;
         }
         if (character == u'\n') {
@@ -243,43 +228,18 @@ void ConsoleView::insertRun(QTextCursor &cursor, QStringView text, const QTextCh
             column = 0;
         } else if (endsBlock(character)) {
             flush(i);
-            endBlock(cursor, isPair ? BlockEnd::ReturnLineFeed : BlockEnd::ParagraphSeparator);
+            m_textLines.endBlock(cursor, isPair ? End::ReturnLineFeed : End::ParagraphSeparator);
+            ++m_lines;
             i += isPair ? 1 : 0;
             begin = i + 1;
             column = 0;
         } else if (++column > kLongestBlock && !character.isLowSurrogate()) {
             flush(i);
-            endBlock(cursor, BlockEnd::Cut);
+            m_textLines.endBlock(cursor, End::Cut);
             column = 1;
         }
     }
     flush(text.size());
-}
-
-void ConsoleView::endBlock(QTextCursor &cursor, BlockEnd end)
-{
-    m_hasOddEnds = true;
-    if (end != BlockEnd::Cut)
-        ++m_lines;
-    cursor.insertBlock({}, {});
-    QTextBlock before = cursor.block().previous();
-    before.setUserState(static_cast<int>(end));
-    cursor.block().setUserState(static_cast<int>(BlockEnd::LineFeed));
-    // A long line is folded at its first cut; whoever has it shown sees what comes, too.
-    if (end == BlockEnd::Cut && (lineStart(before) == before || !before.isVisible()))
-        hideBlock(cursor.block());
-    else
-        cursor.block().setVisible(true);
-}
-
-void ConsoleView::beginLineAnew(QTextCursor &cursor)
-{
-    QTextBlock line = lineStart(cursor.block());
-    cursor.setPosition(line.position(), QTextCursor::KeepAnchor);
-    cursor.removeSelectedText();
-    line = cursor.block();
-    line.setUserState(static_cast<int>(BlockEnd::LineFeed));
-    line.setVisible(true);
 }
 
 /// Removes what is too much from the top; answers how many blocks that were.
@@ -290,7 +250,7 @@ int ConsoleView::dropOldest()
     int blocks = 0;
     const qsizetype linesBefore = m_lines;
     while (block.next().isValid() && (m_lines > m_limits.lines || units > m_limits.units)) {
-        if (block.userState() != static_cast<int>(BlockEnd::Cut))
+        if (!ConsoleLines::isCut(block))
             --m_lines;
         units -= block.length();
         block = block.next();
@@ -340,9 +300,10 @@ void ConsoleView::clearText()
     clear();
     m_lines = 0;
     m_dropped = 0;
-    m_isReturned = m_isInTraceback = m_hasOddEnds = false;
+    m_isReturned = false;
+    m_textLines.forget();
     m_escapes = {};
-    m_classScan.movePosition(QTextCursor::Start);
+    m_marks.forget();
     if (!m_droppedNote->isHidden()) {
         m_droppedNote->hide();
         setViewportMargins(kInsetWidth - kInsetHeight, 0, kInsetWidth - kInsetHeight, 0);
@@ -375,86 +336,28 @@ void ConsoleView::readLineLimit()
 QString ConsoleView::string()
 {
     showPendingFor(kNoBudget);
-    return textBetween(0, document()->characterCount() - 1);
+    return m_textLines.textBetween(0, document()->characterCount() - 1);
 }
 
 int ConsoleView::length()
 {
     showPendingFor(kNoBudget);
-    return indexOfPosition(document()->characterCount() - 1);
-}
-
-/// The text between two positions of the document as it was written.
-QString ConsoleView::textBetween(int from, int to) const
-{
-    QString text;
-    text.reserve(to - from);
-    for (QTextBlock block = document()->findBlock(from); block.isValid() && block.position() <= to;
-         block = block.next()) {
-        const QString line = block.text();
-        const int begin = std::max(0, from - block.position());
-        const int end = std::min<int>(static_cast<int>(line.size()), to - block.position());
-        text += QStringView(line).sliced(begin, std::max(0, end - begin));
-        if (to <= block.position() + line.size())
-            break;
-        switch (static_cast<BlockEnd>(block.userState())) {
-        case BlockEnd::Cut:
-            break;
-        case BlockEnd::ReturnLineFeed:
-            text += "\r\n"_L1;
-            break;
-        case BlockEnd::ParagraphSeparator:
-            text += QChar(QChar::ParagraphSeparator);
-            break;
-        case BlockEnd::LineFeed:
-            text += u'\n';
-        }
-    }
-    return text;
-}
-
-/// How much longer the end of a block is in the text than the one unit it has in the document.
-static int extraLength(const QTextBlock &block)
-{
-    constexpr int kCut = 0, kReturnLineFeed = 1;
-    return block.userState() == kCut ? -1 : block.userState() == kReturnLineFeed ? 1 : 0;
-}
-
-int ConsoleView::indexOfPosition(int position) const
-{
-    int index = position;
-    if (m_hasOddEnds) {
-        for (QTextBlock block = document()->begin();
-             block.isValid() && block.position() + block.length() <= position; block = block.next())
-            index += extraLength(block);
-    }
-    return index;
-}
-
-int ConsoleView::positionOfIndex(int index) const
-{
-    int position = index;
-    if (m_hasOddEnds) {
-        for (QTextBlock block = document()->begin();
-             block.isValid() && block.position() + block.length() <= position; block = block.next())
-            position -= extraLength(block);
-    }
-    return std::clamp(position, 0, document()->characterCount() - 1);
+    return m_textLines.indexOfPosition(document()->characterCount() - 1);
 }
 
 TextRange ConsoleView::selectedRange()
 {
     const QTextCursor cursor = textCursor();
-    const int start = indexOfPosition(cursor.selectionStart());
-    return {start, indexOfPosition(cursor.selectionEnd()) - start};
+    const int start = m_textLines.indexOfPosition(cursor.selectionStart());
+    return {start, m_textLines.indexOfPosition(cursor.selectionEnd()) - start};
 }
 
 void ConsoleView::setSelectedRange(TextRange range)
 {
     const TextRange inside = range.clampedTo(length());
     QTextCursor cursor = textCursor();
-    cursor.setPosition(positionOfIndex(inside.location));
-    cursor.setPosition(positionOfIndex(inside.end()), QTextCursor::KeepAnchor);
+    cursor.setPosition(m_textLines.positionOfIndex(inside.location));
+    cursor.setPosition(m_textLines.positionOfIndex(inside.end()), QTextCursor::KeepAnchor);
     setTextCursor(cursor);
 }
 
@@ -462,7 +365,7 @@ QVariantMap ConsoleView::attributesAtIndex(int index, TextRange *effectiveRange)
 {
     if (index < 0 || index >= length())
         return {};
-    const int position = positionOfIndex(index);
+    const int position = m_textLines.positionOfIndex(index);
     const QTextBlock block = document()->findBlock(position);
     QTextCharFormat format;
     TextRange range {index, 1};
@@ -471,7 +374,7 @@ QVariantMap ConsoleView::attributesAtIndex(int index, TextRange *effectiveRange)
         if (!fragment.contains(position))
             continue;
         format = fragment.charFormat();
-        range = {indexOfPosition(fragment.position()), fragment.length()};
+        range = {m_textLines.indexOfPosition(fragment.position()), fragment.length()};
     }
     if (effectiveRange)
         *effectiveRange = range;
@@ -487,64 +390,133 @@ QMimeData *ConsoleView::createMimeDataFromSelection() const
 {
     const QTextCursor cursor = textCursor();
     auto *mime = new QMimeData;
-    mime->setText(textBetween(cursor.selectionStart(), cursor.selectionEnd()));
+    mime->setText(m_textLines.textBetween(cursor.selectionStart(), cursor.selectionEnd()));
     return mime;
 }
 
 // Looks
 
-QTextCharFormat ConsoleView::emphasisFormat() const
-{
-    return console::emphasisFormat(*m_emphasisFont, palette());
-}
-
-QTextCharFormat ConsoleView::linkFormat(const FileLink &link) const
-{
-    return console::linkFormat(link, palette());
-}
-
 void ConsoleView::setEmphasisFont(const std::optional<QFont> &font)
 {
-    if (font == m_emphasisFont)
-        return;
-    m_emphasisFont = font;
-    restyle();
+    if (m_marks.setFont(font))
+        m_marks.restyle();
 }
 
 void ConsoleView::changeEvent(QEvent *event)
 {
     QPlainTextEdit::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
-        restyle();
+        m_marks.restyle();
 }
 
-/// Gives what is marked already the colours and the font of today.
-void ConsoleView::restyle()
+// Links and folded lines
+
+bool ConsoleView::selectLink(bool forward)
 {
-    struct Styled {
-        int position;
-        int length;
-        QTextCharFormat format;
-    };
-    QList<Styled> styled;
-    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
-        for (auto piece = block.begin(); !piece.atEnd(); ++piece) {
-            const QTextFragment fragment = piece.fragment();
-            const QTextCharFormat format = fragment.charFormat();
-            if (const auto link = console::linkOf(format))
-                styled << Styled {fragment.position(), fragment.length(), linkFormat(*link)};
-            else if (console::isEmphasis(format) && m_emphasisFont)
-                styled << Styled {fragment.position(), fragment.length(), emphasisFormat()};
-        }
+    return m_links.select(forward ? ConsoleLinks::Way::Forward : ConsoleLinks::Way::Backward);
+}
+
+bool ConsoleView::activateLink()
+{
+    const std::optional<FileLink> link = m_links.atCaret();
+    if (link)
+        follow(*link);
+    return link.has_value();
+}
+
+void ConsoleView::paintEvent(QPaintEvent *event)
+{
+    QPlainTextEdit::paintEvent(event);
+    QPainter painter(viewport());
+    painter.setFont(font());
+    m_folds->paint(painter, firstVisibleBlock());
+}
+
+bool ConsoleView::focusNextPrevChild(bool next)
+{
+    return selectLink(next) || QPlainTextEdit::focusNextPrevChild(next);
+}
+
+void ConsoleView::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier && activateLink())
+        return;
+    QPlainTextEdit::keyPressEvent(event);
+}
+
+void ConsoleView::mouseMoveEvent(QMouseEvent *event)
+{
+    QPlainTextEdit::mouseMoveEvent(event);
+    const QPoint position = event->position().toPoint();
+    const bool isOnHand = m_folds->isOnCommand(position) || m_links.at(position).has_value();
+    viewport()->setCursor(isOnHand ? Qt::PointingHandCursor : Qt::IBeamCursor);
+}
+
+void ConsoleView::mousePressEvent(QMouseEvent *event)
+{
+    const QPoint position = event->position().toPoint();
+    const bool isLeft = event->button() == Qt::LeftButton;
+    if (isLeft && m_folds->click(position))
+        return;
+    if (isLeft)
+        m_links.press(position);
+    else
+        m_links.forgetPress();
+    QPlainTextEdit::mousePressEvent(event);
+}
+
+void ConsoleView::mouseReleaseEvent(QMouseEvent *event)
+{
+    QPlainTextEdit::mouseReleaseEvent(event);
+    const std::optional<FileLink> clicked = m_links.release(event->position().toPoint());
+    if (clicked && event->button() == Qt::LeftButton)
+        follow(*clicked);
+}
+
+void ConsoleView::wheelEvent(QWheelEvent *event)
+{
+    if (!event->modifiers().testFlag(Qt::ControlModifier)) {
+        QPlainTextEdit::wheelEvent(event);
+        return;
     }
-    QTextCursor cursor(document());
-    cursor.beginEditBlock();
-    for (const Styled &piece : std::as_const(styled)) {
-        cursor.setPosition(piece.position);
-        cursor.setPosition(piece.position + piece.length, QTextCursor::KeepAnchor);
-        cursor.setCharFormat(piece.format);
+    // The view's own way makes this text larger and no other, and forgets it.
+    if (const int steps = m_wheel.take(*event))
+        Q_EMIT zoomRequested(steps);
+    event->accept();
+}
+
+bool ConsoleView::viewportEvent(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QPlainTextEdit::viewportEvent(event);
+    const auto *help = static_cast<QHelpEvent *>(event);
+    if (const std::optional<FileLink> link = m_links.at(help->pos()))
+        QToolTip::showText(help->globalPos(), escapedToolTip(link->path), this);
+    else
+        QToolTip::hideText();
+    return true;
+}
+
+void ConsoleView::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu menu(this);
+    if (const std::optional<FileLink> link = m_links.at(event->pos())) {
+        menu.addAction(tr("Open Link"), this, [this, link] { follow(*link); });
+        menu.addSeparator();
     }
-    cursor.endEditBlock();
+    const QTextBlock line = m_folds->lineAt(event->pos());
+    if (line.isValid()) {
+        menu.addAction(tr("Show Whole Line"), this, [this, line] { m_folds->showWhole(line); });
+        menu.addAction(tr("Copy Whole Line"), this, [this, line] { m_folds->copyWhole(line); });
+        menu.addSeparator();
+    }
+    QAction *copyAction = menu.addAction(tr("Copy"), QKeySequence::Copy, this, &ConsoleView::copy);
+    copyAction->setEnabled(textCursor().hasSelection());
+    menu.addAction(tr("Select All"), QKeySequence::SelectAll, this, &ConsoleView::selectAll);
+    menu.addSeparator();
+    menu.addAction(tr("Clear Console"), this, &ConsoleView::clearText);
+    menu.exec(event->globalPos());
 }
 
 } // namespace runebook

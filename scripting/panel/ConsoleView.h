@@ -3,6 +3,9 @@
 #include "codeeditor/TextRange.h"
 #include "platform/WheelSteps.h"
 #include "scripting/panel/ConsoleBuffer.h"
+#include "scripting/panel/ConsoleLines.h"
+#include "scripting/panel/ConsoleLinks.h"
+#include "scripting/panel/ErrorMarks.h"
 #include "scripting/panel/EscapeFilter.h"
 
 #include <QPlainTextEdit>
@@ -17,6 +20,7 @@ class QLabel;
 namespace runebook {
 
 class ConsoleTextStorage;
+class FoldedLines;
 
 /// What scripts print: read-only, wrapped, references to lines of files as links. Output appears within a
 /// frame of being written, however often it is written, and never takes the view away from someone who has
@@ -65,8 +69,6 @@ public: // looks
     void setLineLimit(int lines);
 
 public: // links
-    /// Path and line of the link whose text lies under \a position (in the viewport); empty beside it.
-    QStringList linkAt(const QPoint &position) const;
     /// Moves to the next link, or the one before, and selects it; false when there is none.
     bool selectLink(bool forward);
     /// Follows the link at the caret; false when there is none.
@@ -93,43 +95,16 @@ protected:
     QMimeData *createMimeDataFromSelection() const override;
 
 private:
-    /// What ends a block of the document. Long lines are cut into several blocks, since the layout of one
-    /// line of a megabyte takes seconds.
-    enum class BlockEnd { LineFeed = -1, Cut = 0, ReturnLineFeed, ParagraphSeparator };
-
-    /// What stands at the end of a folded line, in the viewport.
-    struct Fold {
-        QString text;
-        QRect label, show, copy;
-    };
-
     void showSoon();
     void showPendingFor(qint64 milliseconds);
     void insert(QTextCursor &cursor, const ConsoleText &text);
     void insertRun(QTextCursor &cursor, QStringView text, const QTextCharFormat &format);
-    void endBlock(QTextCursor &cursor, BlockEnd end);
-    void beginLineAnew(QTextCursor &cursor);
     int dropOldest();
     void noteDropped(qsizetype lines);
     void placeDroppedNote();
-    void markErrorClasses(QStringView newText);
     void giveBackMemory();
     void readLineLimit();
-    QTextCharFormat emphasisFormat() const;
-    QTextCharFormat linkFormat(const FileLink &link) const;
-    void restyle();
-    static bool isFolded(const QTextBlock &block);
-    static QTextBlock lineStart(QTextBlock block);
-    static void hideBlock(QTextBlock block);
-    void showWholeLine(const QTextBlock &head);
-    void measureShownLine(QTextCursor from);
-    void copyWholeLine(const QTextBlock &head) const;
-    Fold foldOf(const QTextBlock &head) const;
-    QTextBlock foldedBlockAt(const QPoint &position) const;
-    bool clickFold(const QPoint &position);
-    QString textBetween(int from, int to) const;
-    int indexOfPosition(int position) const;
-    int positionOfIndex(int index) const;
+    void follow(const FileLink &link) { Q_EMIT linkActivated(link.path, link.line); }
 
     ConsoleTextStorage *m_storage; // owned as a child
     QLabel *m_droppedNote; // owned as a child
@@ -137,16 +112,15 @@ private:
     ConsoleBuffer m_pending;
     ConsoleLimits m_limits;
     QTimer m_frame;
-    std::optional<QFont> m_emphasisFont;
+    ConsoleLines m_textLines;
+    ConsoleLinks m_links;
+    ErrorMarks m_marks;
+    FoldedLines *m_folds; // owned as a child
     qsizetype m_lines = 0; ///< line ends in the document
     qsizetype m_unitsWritten = 0; ///< since memory was given back
     qsizetype m_dropped = 0; ///< lines, since the console was emptied
     bool m_isReturned = false; ///< the next text begins the last line anew
-    bool m_isInTraceback = false;
-    QTextCursor m_classScan; ///< up to where classes of errors have been looked for
     WheelSteps m_wheel;
-    bool m_hasOddEnds = false; ///< some block does not end in a plain line feed
-    QStringList m_pressedLink;
 };
 
 /// The text of a console for scripts.

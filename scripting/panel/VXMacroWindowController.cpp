@@ -1,14 +1,18 @@
 #include "scripting/panel/VXMacroWindowController.h"
 
 #include "codeeditor/JSTTextView.h"
-#include "platform/MessageBar.h"
-#include "platform/documents/DocumentController.h"
+#include "platform/StandardFolders.h"
 #include "scripting/bridge/BridgedClass.h"
-#include "scripting/classes/ScriptApplication.h"
+#include "scripting/classes/ScriptMenuItems.h"
 #include "scripting/menu/VXScriptingHandler.h"
+#include "scripting/panel/ConsoleFont.h"
+#include "scripting/panel/ConsoleText.h"
+#include "scripting/panel/ExternalEditors.h"
+#include "scripting/panel/KeptMacroTabs.h"
+#include "scripting/panel/LineDialog.h"
+#include "scripting/panel/MacroSnippets.h"
+#include "scripting/panel/PanelRuns.h"
 #include "scripting/panel/PanelSettings.h"
-#include "scripting/panel/RunQuestion.h"
-#include "scripting/panel/RunSummary.h"
 #include "scripting/panel/ScriptFiles.h"
 #include "scripting/panel/SnippetsPopup.h"
 #include "scripting/panel/VXMacroViewController.h"
@@ -18,51 +22,45 @@
 #include "ui_VXMacroWindow_11.h"
 
 #include <QApplication>
+#include <QDesktopServices>
+#include <QMenu>
 #include <QMouseEvent>
-#include <QStatusBar>
-#include <QToolButton>
+#include <QUrl>
 #include <QWindow>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
-/// How long after the last edit the tabs are written, should the program never come to its proper end.
-constexpr auto kSaveDelay = 3s;
-/// The same after the first edit, when one comes after the other: the text is to be on the disk by the bound
-/// that documents have.
-std::chrono::milliseconds latestSave()
+constexpr auto kSnippetsFile = "MacroSnippets.plist"_L1;
+constexpr auto kMacroPath = "<string>"_L1;
+constexpr auto kPromptPath = "<prompt>"_L1;
+
+QVariantList asList(UnitRange range)
 {
-    constexpr double kShare = 0.7;
-    return std::chrono::milliseconds(qint64(DocumentController::shared().autosavingBound() * 1000 * kShare));
+    return {qlonglong(range.location), qlonglong(range.length)};
 }
 
-/// The preferences are the program's, which is known here by the names of its operations alone.
-void showPythonPreferences()
+/// Selects a tab that was asked for; whoever asks wants to type in it, wherever the focus was. A window that
+/// is not shown gives the focus when it is, and makes no editor before.
+void showToType(VXMacroViewController *tab, VXTabBarControl &bar)
 {
-    QObject *program = ScriptApplication::shared().delegate();
-    QObject *preferences = nullptr;
-    if (program)
-        QMetaObject::invokeMethod(program, "preferencesController", Q_RETURN_ARG(QObject *, preferences));
-    if (!preferences)
-        return;
-    QMetaObject::invokeMethod(preferences, "showPrefpaneWithIdentifier", Q_ARG(QString, u"python"_s));
-    QMetaObject::invokeMethod(preferences, "showWindow");
+    bar.selectTabItem(tab);
+    if (bar.window()->isVisible())
+        tab->macroText()->setFocus(Qt::OtherFocusReason);
 }
 
 } // namespace
 
-VXMacroWindowController::VXMacroWindowController(QObject *parent) : QObject(parent)
+VXMacroWindowController::VXMacroWindowController(QObject *parent)
+    : QObject(parent),
+      m_keptTabs(new KeptMacroTabs(*this, this)),
+      m_consoleFont(new ConsoleFont(this)),
+      m_runs(new PanelRuns(this))
 {
     initialize();
-    m_saveTimer.setSingleShot(true);
-    m_saveTimer.setInterval(kSaveDelay);
-    m_latestSaveTimer.setSingleShot(true);
-    for (QTimer *timer : {&m_saveTimer, &m_latestSaveTimer})
-        connect(timer, &QTimer::timeout, this, &VXMacroWindowController::saveMacroTabs);
-    followRuns();
+    connect(m_runs, &PanelRuns::summedUp, this, &VXMacroWindowController::summedUp);
 }
 
 VXMacroWindowController::~VXMacroWindowController() = default;
@@ -96,7 +94,7 @@ void VXMacroWindowController::loadWindow()
     setUpConsole();
     restoreMacroTabs();
     m_scriptFiles = new ScriptFiles(*this, *m_window->parts().fileMenu, this);
-    setUpRuns();
+    followRuns();
     connectCommands();
     connect(m_window.get(), &VXMacroWindow::becameKey, this, &VXMacroWindowController::windowDidBecomeKey);
     connect(m_window.get(), &VXMacroWindow::closing, this, &VXMacroWindowController::windowShouldClose);
@@ -156,40 +154,13 @@ void VXMacroWindowController::connectCommands()
     }
 }
 
-void VXMacroWindowController::setUpRuns()
-{
-    RunPump &pump = RunPump::shared();
-    for (QObject *control : m_window->parts().stopAction->associatedObjects()) {
-        if (auto *button = qobject_cast<QToolButton *>(control))
-            pump.addStopControl(button);
-    }
-    connect(&pump, &RunPump::runStarted, m_window.get(), [this] {
-        saveBeforeRun();
-        m_window->setRunning(true);
-    });
-    connect(&pump, &RunPump::pumped, m_window.get(), [this] { saveWhatIsDue(); });
-    connect(m_window->parts().prompt, &PromptLine::aboutToRun, this,
-            &VXMacroWindowController::tellOfMissingPython);
-    connect(&pump, &RunPump::pumped, m_window->parts().consoleText, &ConsoleView::showPending);
-    m_runQuestion->setPanel(m_window.get());
-    connect(this, &VXMacroWindowController::summedUp, m_window->statusBar(),
-            [bar = m_window->statusBar()](const QString &line) { bar->showMessage(line); });
-    connect(&pump, &RunPump::runEnded, m_window.get(), [this] { m_window->setRunning(false); });
-}
-
-/// Scripts of the Scripts menu run without the panel's window as well.
+/// Whatever runs may be the end of the program.
 void VXMacroWindowController::followRuns()
 {
-    auto *summary = new RunSummary(this);
-    m_runQuestion = new RunQuestion(*summary, this);
     const RunPump &pump = RunPump::shared();
-    connect(&pump, &RunPump::runStarted, summary, &RunSummary::begin);
-    connect(&pump, &RunPump::runStarted, m_runQuestion, &RunQuestion::begin);
-    connect(&pump, &RunPump::runEnded, summary, [this, summary] {
-        Q_EMIT summedUp(summary->end());
-        m_runQuestion->end();
-    });
-    connect(m_runQuestion, &RunQuestion::tookBack, this, &VXMacroWindowController::summedUp);
+    connect(&pump, &RunPump::runStarted, m_window.get(), [this] { m_keptTabs->saveBeforeRun(); });
+    connect(&pump, &RunPump::pumped, m_window.get(), [this] { m_keptTabs->saveWhatIsDue(); });
+    m_runs->showIn(*m_window);
 }
 
 VXTabBarControl *VXMacroWindowController::tabBarControl()
@@ -305,18 +276,10 @@ bool VXMacroWindowController::eventFilter(QObject *watched, QEvent *event)
 void VXMacroWindowController::run(void (VXMacroViewController::*command)())
 {
     saveMacroTabs();
-    tellOfMissingPython();
+    PanelRuns::tellOfMissingPython(*m_window);
     m_lastRun = activeMacroController();
     if (m_lastRun)
         (m_lastRun->*command)();
-}
-
-/// A run without an interpreter does nothing; somebody has to say so.
-void VXMacroWindowController::tellOfMissingPython()
-{
-    const QString text = VXScriptingHandler::sharedHandler()->missingPythonText();
-    if (!text.isEmpty())
-        m_window->messageBar()->ask(text, {{tr("Python &Preferences…"), [] { showPythonPreferences(); }}});
 }
 
 void VXMacroWindowController::runMacro()
@@ -329,31 +292,320 @@ void VXMacroWindowController::runSelection()
     run(&VXMacroViewController::runSelection);
 }
 
-void VXMacroWindowController::noteEdit()
-{
-    m_saveTimer.start();
-    if (m_latestSaveTimer.isActive())
-        return; // started anew at every edit it would never end
-    m_latestSaveTimer.start(latestSave());
-    m_sinceEdit.start();
-}
-
-/// Whatever runs may be the end of the program.
-void VXMacroWindowController::saveBeforeRun()
-{
-    if (m_latestSaveTimer.isActive())
-        saveMacroTabs();
-    UserDefaults::standard().synchronize();
-}
-
-/// A script can edit the tabs as well.
-void VXMacroWindowController::saveWhatIsDue()
-{
-    if (m_latestSaveTimer.isActive() && m_sinceEdit.hasExpired(latestSave().count()))
-        saveBeforeRun();
-}
-
 void VXMacroWindowController::stopMacro()
 {
     RunPump::shared().stop();
+}
+
+// The console
+
+void VXMacroWindowController::setUpConsole()
+{
+    m_consoleFont->followSetting();
+    useConsoleFont();
+    connect(m_consoleFont, &ConsoleFont::changed, this, &VXMacroWindowController::useConsoleFont);
+    connect(&console(), &ConsoleView::linkActivated, this, [this](const QString &path, const QString &line) {
+        textViewClickedOnLinkAtIndex(&console(), {path, line}, 0);
+    });
+    connect(&console(), &ConsoleView::zoomRequested, this, &VXMacroViewController::zoomBySteps);
+}
+
+void VXMacroWindowController::useConsoleFont()
+{
+    const QFont &font = m_consoleFont->font();
+    console().setConsoleFont(font);
+    for (QWidget *widget : {static_cast<QWidget *>(m_window->parts().prompt),
+                            static_cast<QWidget *>(m_window->parts().promptLabel)})
+        widget->setFont(font);
+    setUpEmphasis();
+}
+
+void VXMacroWindowController::setUpEmphasis()
+{
+    if (VXMacroViewController *tab = activeMacroController())
+        console().setEmphasisFont(tab->macroFontBold());
+}
+
+int VXMacroWindowController::macroFontSize()
+{
+    window();
+    return m_consoleFont->size();
+}
+
+void VXMacroWindowController::setMacroFontSize(int size)
+{
+    m_consoleFont->setSize(size);
+}
+
+QFont VXMacroWindowController::macroFont()
+{
+    window();
+    return m_consoleFont->font();
+}
+
+QVariantMap VXMacroWindowController::messageAttributes()
+{
+    return {{u"NSFont"_s, macroFont()}, {u"NSColor"_s, console().palette().color(QPalette::Text)}};
+}
+
+QWidget *VXMacroWindowController::consoleText()
+{
+    return &console();
+}
+
+ConsoleView &VXMacroWindowController::console()
+{
+    return *window()->parts().consoleText;
+}
+
+void VXMacroWindowController::setWrite(const QString &text)
+{
+    if (text.isEmpty())
+        return;
+    console().append(text, ConsoleView::Kind::Output);
+    Q_EMIT wrote(text);
+}
+
+void VXMacroWindowController::continueWrite(const QString &text)
+{
+    console().continueWrite(text);
+}
+
+void VXMacroWindowController::setWriteError(const QString &text)
+{
+    console().append(text, ConsoleView::Kind::Error);
+    Q_EMIT wroteError(text);
+}
+
+QString VXMacroWindowController::write()
+{
+    return console().string();
+}
+
+void VXMacroWindowController::clearConsole()
+{
+    QMetaObject::invokeMethod(
+        this, [this] { clearConsole(this); }, Qt::QueuedConnection);
+}
+
+void VXMacroWindowController::clearConsole(QObject *)
+{
+    if (m_window)
+        console().clearText();
+}
+
+QString VXMacroWindowController::cleanupErrorMessage(const QString &text)
+{
+    return runebook::cleanupErrorMessage(text);
+}
+
+void VXMacroWindowController::addFileLinksAttributesString(const QString &text, QVariantMap *styled)
+{
+    const ConsoleText console = ConsoleText::fromOutput(text);
+    QVariantList emphasised;
+    for (const UnitRange &range : console.emphasised)
+        emphasised << QVariant(asList(range));
+    QVariantList links;
+    for (const FileLink &link : console.links)
+        links << QVariantMap {
+            {u"range"_s, asList(link.range)}, {u"path"_s, link.path}, {u"line"_s, link.line}};
+    *styled = {{u"string"_s, console.text}, {u"emphasised"_s, emphasised}, {u"links"_s, links}};
+}
+
+bool VXMacroWindowController::textViewClickedOnLinkAtIndex(QObject *textView, const QVariantList &link, int)
+{
+    if (textView != consoleText())
+        return false;
+    const QString path = link.value(0).toString();
+    const QString line = link.value(1).toString();
+    if (path == kMacroPath) {
+        // The tab that ran last, if it is still there: its lines are meant.
+        if (m_lastRun)
+            tabBarControl()->selectTabItem(m_lastRun);
+        if (VXMacroViewController *tab = activeMacroController()) {
+            tab->selectTextForLine(line.toInt());
+            tab->macroText()->setFocus(Qt::OtherFocusReason);
+        }
+    } else if (path == kPromptPath) {
+        m_window->parts().prompt->recallLast();
+    } else {
+        ExternalEditors::open(path, line, this, [this, path, line] { openScript(path, line.toInt()); });
+    }
+    return true;
+}
+
+// Zoom
+
+void VXMacroWindowController::zoomIn()
+{
+    VXMacroViewController::zoomIn();
+}
+
+void VXMacroWindowController::zoomOut()
+{
+    VXMacroViewController::zoomOut();
+}
+
+void VXMacroWindowController::zoomFitInWindow()
+{
+    VXMacroViewController::zoomFitInWindow();
+}
+
+// Snippets
+
+void VXMacroWindowController::loadSnippets()
+{
+    SnippetsPopup *popup = snippetsPopup();
+    popup->removeAllItems();
+    addSnippets(snippetsOfFile(StandardFolders::resource(kSnippetsFile)));
+    const QString folder = VXScriptingHandler::applicationSupportFolder();
+    addSnippets(snippetsOfFile(folder + u'/' + kSnippetsFile));
+    popup->show();
+}
+
+void VXMacroWindowController::addSnippets(const QVariantList &snippets)
+{
+    for (const QVariant &each : snippets) {
+        const QVariantMap snippet = each.toMap();
+        if (const QString title = titleOfSnippet(snippet); !title.isEmpty())
+            snippetsPopup()->addSnippet(title, snippet.value(u"code"_s).toString());
+    }
+}
+
+void VXMacroWindowController::snippedClicked(QObject *sender)
+{
+    VXMacroViewController *tab = activeMacroController();
+    const auto *item = qobject_cast<QAction *>(sender);
+    if (!tab || !item)
+        return;
+    tab->macroText()->insertText(MenuItem::representedObject(*item).toString());
+    tab->macroText()->setFocus(Qt::OtherFocusReason);
+}
+
+// Help
+
+void VXMacroWindowController::showHelp()
+{
+    const QUrl address(Settings::kDocumentationAddress.value());
+    const QString shipped = StandardFolders::resource(u"doc/index.html"_s);
+    QDesktopServices::openUrl(address.scheme() == "https"_L1 ? address : QUrl::fromLocalFile(shipped));
+}
+
+// Tabs
+
+VXMacroViewController *VXMacroWindowController::activeMacroController()
+{
+    return qobject_cast<VXMacroViewController *>(tabBarControl()->selectedTabItem());
+}
+
+void VXMacroWindowController::newTab()
+{
+    const QString title = tr("Macro %1").arg(tabBarControl()->countOfTabItems() + 1);
+    showToType(addMacroTitle(u"# add code here"_s, title), *tabBarControl());
+    saveMacroTabs();
+}
+
+VXMacroViewController *VXMacroWindowController::addMacroTitle(const QString &code, const QString &title)
+{
+    auto *tab = new VXMacroViewController(this);
+    tab->setTitle(title);
+    if (!code.isNull())
+        tab->setCode(code);
+    connect(tab, &VXMacroViewController::restorableStateChanged, m_keptTabs, &KeptMacroTabs::noteEdit);
+    tabBarControl()->addTabItem(tab);
+    return tab;
+}
+
+void VXMacroWindowController::closeTab()
+{
+    if (tabBarControl()->countOfTabItems() > 1)
+        tabBarControl()->closeTabItem(tabBarControl()->selectedTabItem());
+    else
+        window()->close();
+}
+
+void VXMacroWindowController::reopenTab()
+{
+    if (VXMacroViewController *tab = m_keptTabs->reopenLast()) {
+        showToType(tab, *tabBarControl());
+        saveMacroTabs();
+    }
+}
+
+void VXMacroWindowController::renameTab()
+{
+    rename(activeMacroController());
+}
+
+void VXMacroWindowController::rename(VXMacroViewController *tab)
+{
+    tabBarControl()->hideTabBarAnimate(false, false);
+    tabBarControl()->editTitleOfTabItem(tab);
+}
+
+void VXMacroWindowController::takeTitle(QObject *item, const QString &title)
+{
+    if (auto *tab = qobject_cast<VXMacroViewController *>(item)) {
+        tab->setTitle(title);
+        saveMacroTabs();
+    }
+    if (QApplication::focusWidget() == tabBarControl() || !QApplication::focusWidget())
+        activeMacroController()->macroText()->setFocus(Qt::OtherFocusReason);
+}
+
+/// The title and where the code begins.
+QString VXMacroWindowController::tabBarToolTipForTabItem(VXTabBarControl *, QObject *item) const
+{
+    constexpr qsizetype kLongest = 100;
+    const auto *tab = qobject_cast<const VXMacroViewController *>(item);
+    if (!tab)
+        return {};
+    const QString line = tab->code().trimmed().section(u'\n', 0, 0).left(kLongest);
+    return line.isEmpty() ? tab->title() : tab->title() + u'\n' + line;
+}
+
+void VXMacroWindowController::goToLine()
+{
+    if (VXMacroViewController *tab = activeMacroController())
+        askForLine(*tab, window());
+}
+
+void VXMacroWindowController::saveMacroTabs()
+{
+    m_keptTabs->save();
+}
+
+void VXMacroWindowController::restoreMacroTabs()
+{
+    m_keptTabs->restore();
+}
+
+void VXMacroWindowController::tabBarDidSelectTabItem(VXTabBarControl *, QObject *)
+{
+    setUpEmphasis();
+    saveMacroTabs();
+}
+
+void VXMacroWindowController::tabBarWillCloseTabItem(VXTabBarControl *, QObject *item)
+{
+    if (const auto *tab = qobject_cast<VXMacroViewController *>(item))
+        m_keptTabs->keepClosed(*tab);
+}
+
+void VXMacroWindowController::tabBarDidCloseTabItem(VXTabBarControl *, QObject *item)
+{
+    saveMacroTabs();
+    if (qobject_cast<VXMacroViewController *>(item))
+        item->deleteLater();
+}
+
+QMenu *VXMacroWindowController::tabViewMenuForTabItem(VXTabBarControl *, QObject *item)
+{
+    tabBarControl()->selectTabItem(item); // its commands mean the selected tab
+    if (!m_tabMenu) {
+        const Ui::VXMacroWindow_11 &parts = m_window->parts();
+        m_tabMenu = new QMenu(m_window.get());
+        m_tabMenu->addActions({parts.newTabAction, parts.renameTabAction, parts.closeTabAction});
+    }
+    return m_tabMenu;
 }

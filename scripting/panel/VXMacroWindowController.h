@@ -3,18 +3,17 @@
 #include "scripting/panel/MacroTabs.h"
 #include "scripting/python/ScriptConsole.h"
 
-#include <QElapsedTimer>
 #include <QFont>
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
 #include <QVariantMap>
 #include <memory>
-#include <optional>
 
 namespace runebook {
+class ConsoleFont;
 class ConsoleView;
-class RunQuestion;
+class KeptMacroTabs;
+class PanelRuns;
 class ScriptFiles;
 class SnippetsPopup;
 } // namespace runebook
@@ -124,7 +123,7 @@ public: // the console
 
 public: // fonts; sizes in points
     int macroFontSize();
-    void setMacroFontSize(int size) { m_macroFontSize = size; }
+    void setMacroFontSize(int size);
     /// The font of the console, made when it is first asked for.
     QFont macroFont();
     /// "NSFont" and "NSColor" of the console's texts; those of errors are the same.
@@ -160,35 +159,24 @@ protected:
 private:
     void loadWindow();
     void setUpTabBar();
-    VXMacroViewController *addTab(const QVariantMap &record, const QString &title);
     void connectCommands();
     runebook::ConsoleView &console();
     void setUpConsole();
-    void setUpConsoleFont();
-    void setUpEmphasis();
-    void setUpRuns();
+    void useConsoleFont();
     void followRuns();
-    void tellOfMissingPython();
-    void fontSizeChanged();
+    void setUpEmphasis();
     void saveAll();
-    void noteEdit();
-    void saveWhatIsDue();
-    void saveBeforeRun();
     void giveFocus();
     void rename(VXMacroViewController *tab);
     void takeTitle(QObject *item, const QString &title);
     void run(void (VXMacroViewController::*command)());
 
     std::unique_ptr<VXMacroWindow> m_window;
-    QTimer m_saveTimer; ///< after the last edit
-    QTimer m_latestSaveTimer; ///< from the first edit on that is not saved
-    QElapsedTimer m_sinceEdit; ///< the same, for runs, in which timers wait
-    int m_macroFontSize = 0;
-    std::optional<QFont> m_macroFont;
     QPointer<VXMacroViewController> m_lastRun; ///< whose lines "<macro>" means
-    QList<QVariantMap> m_closedTabs; ///< the last one closed last
     QMenu *m_tabMenu = nullptr; // the window's
-    runebook::RunQuestion *m_runQuestion = nullptr; // owned as a child
+    runebook::KeptMacroTabs *m_keptTabs; // owned as a child
+    runebook::ConsoleFont *m_consoleFont; // owned as a child
+    runebook::PanelRuns *m_runs; // owned as a child
     runebook::ScriptFiles *m_scriptFiles = nullptr; // owned as a child
     bool m_isQuitting = false;
 };
