@@ -1,10 +1,10 @@
-// Which names a record may have, and how the production name follows from the first code point.
 #include "model/NameRules.h"
 
-#include "model/GlyphInfoOwner.h"
-#include "model/VXGlyphInfo.h"
+#include "model/FieldValue.h"
+#include "model/GlyphList.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct Texts {
-    Q_DECLARE_TR_FUNCTIONS(VXGlyphInfo)
+    Q_DECLARE_TR_FUNCTIONS(NameRules)
 };
 
 bool isSpace(QChar character)
@@ -71,36 +71,20 @@ QString runebook::textOfObjection(NameObjection objection)
     return {};
 }
 
-bool VXGlyphInfo::validateName(const QString &name, Error *error) const
+QString runebook::textOfTakenName(const QString &name)
 {
-    QString objection = textOfObjection(objectionToName(QStringView(name)));
-    if (objection.isNull() && m_document) {
-        const InfoPtr first = m_document->infoForName(name);
-        if (first && first.get() != this)
-            objection = Texts::tr("There is already an info with the same name: %1").arg(name);
-    }
-    if (objection.isNull())
-        return true;
-    return fail(error, {u"TesselErrorDomain"_s, 125, objection, {}, {}});
+    return Texts::tr("There is already an info with the same name: %1").arg(name);
 }
 
-void VXGlyphInfo::generateUniName()
+QString runebook::productionNameFor(const QString &name, const QString &codePoint)
 {
-    const QString ownName = name();
-    if (ownName == "CR"_L1 || ownName == "DEL"_L1)
-        return;
-    const QString codePoint = unicode();
-    if (codePoint.isNull())
-        return;
-    const QString listed = aglfn().value(codePoint);
+    if (name == "CR"_L1 || name == "DEL"_L1 || codePoint.isNull())
+        return {};
+    const QString listed = GlyphList::names().value(codePoint);
     if (!listed.isEmpty() && !listed.startsWith("afii"_L1) && !listed.startsWith("SF"_L1)
-        && !isIgnoredGlyphListName(listed)) {
-        if (listed != ownName)
-            setProduction(listed);
-        return;
-    }
+        && !GlyphList::isIgnored(listed))
+        return listed != name ? listed : QString();
     if (codePoint.size() == 4)
-        setProduction("uni"_L1 + codePoint);
-    else if (codePoint.size() == 5)
-        setProduction(u'u' + codePoint);
+        return "uni"_L1 + codePoint;
+    return codePoint.size() == 5 ? u'u' + codePoint : QString();
 }

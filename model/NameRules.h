@@ -20,5 +20,9 @@ NameObjection objectionToName(QStringView name);
 NameObjection objectionToName(std::string_view utf8);
 /// The sentence that tells a person; null for None.
 QString textOfObjection(NameObjection objection);
+/// What is said about a name that another record has.
+QString textOfTakenName(const QString &name);
+/// The production name that a record called \a name gets from its first code point; null when it gets none.
+QString productionNameFor(const QString &name, const QString &codePoint);
 
 } // namespace runebook

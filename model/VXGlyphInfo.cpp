@@ -3,6 +3,7 @@
 #include "model/FieldTable.h"
 #include "model/GlyphInfoOwner.h"
 #include "model/InfoFieldUndo.h"
+#include "model/NameRules.h"
 #include "model/StringHelpers.h"
 
 #include <QCoreApplication>
@@ -577,4 +578,23 @@ QString VXGlyphInfo::lineTabbed(const QStringList &keys, Error *error) const
     }
     // Joined, a single empty value would be a null text, which means failure here.
     return values.join(u'\t') + u""_s;
+}
+
+bool VXGlyphInfo::validateName(const QString &name, Error *error) const
+{
+    QString objection = textOfObjection(objectionToName(QStringView(name)));
+    if (objection.isNull() && m_document) {
+        const InfoPtr first = m_document->infoForName(name);
+        if (first && first.get() != this)
+            objection = textOfTakenName(name);
+    }
+    if (objection.isNull())
+        return true;
+    return fail(error, {u"TesselErrorDomain"_s, 125, objection, {}, {}});
+}
+
+void VXGlyphInfo::generateUniName()
+{
+    if (const QString production = productionNameFor(name(), unicode()); !production.isNull())
+        setProduction(production);
 }
