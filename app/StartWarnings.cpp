@@ -26,12 +26,13 @@ void StartWarnings::warnOfDamagedDefaults()
     if (!problem.isThere)
         return;
     QWidget *window = DocumentWindows::front();
-    const QString text =
-        problem.keptAt.isEmpty() ? Texts::tr("Your settings cannot be read.") : Texts::tr("Your settings were damaged.");
+    const QString text = problem.keptAt.isEmpty() ? Texts::tr("Your settings cannot be read.")
+                                                  : Texts::tr("Your settings were damaged.");
     const QString more = problem.keptAt.isEmpty()
         ? Texts::tr("The file “%1” is not readable; changes to the settings last until the program ends.")
               .arg(problem.file)
-        : Texts::tr("The program starts with fresh ones; the damaged file was kept as “%1”.").arg(problem.keptAt);
+        : Texts::tr("The program starts with fresh ones; the damaged file was kept as “%1”.")
+              .arg(problem.keptAt);
     DocumentPanels::present({u"DefaultsError"_s, 1, text, more, {}}, window);
 }
 

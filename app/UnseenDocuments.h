@@ -5,8 +5,8 @@
 
 namespace runebook {
 
-/// Documents that a script has opened unseen get a window when it ends: nobody could save or close them, and Quit
-/// would ask about files that were never shown.
+/// Documents that a script has opened unseen get a window when it ends: nobody could save or close them, and
+/// Quit would ask about files that were never shown.
 class UnseenDocuments : public QObject
 {
     Q_OBJECT

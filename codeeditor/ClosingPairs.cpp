@@ -62,9 +62,8 @@ bool ClosingPairs::deletePair()
     forgetClosers();
     const int caret = m_code.selectedRange().location;
     const VXCodeTextStorage *storage = m_code.textStorage();
-    if (m_code.selectedRange().length > 0 || m_closers.isEmpty()
-        || m_closers.last().selectionStart() != caret || caret == 0
-        || closerOf(storage->characterAt(caret - 1)) != storage->characterAt(caret))
+    if (m_code.selectedRange().length > 0 || m_closers.isEmpty() || m_closers.last().selectionStart() != caret
+        || caret == 0 || closerOf(storage->characterAt(caret - 1)) != storage->characterAt(caret))
         return false;
     m_closers.removeLast();
     m_code.deleteRange({caret - 1, 2});

@@ -27,7 +27,8 @@ public:
     };
     void setSource(Source source) { m_source = std::move(source); }
 
-    /// The name before the caret, with the dotted names in front of it; empty at the caret when there is none.
+    /// The name before the caret, with the dotted names in front of it; empty at the caret when there is
+    /// none.
     TextRange partialWord() const;
     /// Offers completions for it.
     void complete() { show(Completing::OnRequest); }

@@ -8,8 +8,8 @@
 
 namespace runebook {
 
-/// What is offered for a partial word: what is near in the text and alive in the interpreter, and the words of
-/// a list.
+/// What is offered for a partial word: what is near in the text and alive in the interpreter, and the words
+/// of a list.
 class OfferedWords
 {
     Q_DECLARE_TR_FUNCTIONS(OfferedWords)

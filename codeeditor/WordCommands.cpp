@@ -37,9 +37,8 @@ bool WordCommands::handleKey(const QKeyEvent &event)
 
 int WordCommands::nextWord(int from, Way way) const
 {
-    return m_code.textStorage()->nextWord(from,
-                                          way == Way::Forward ? VXCodeTextStorage::Way::Forward
-                                                              : VXCodeTextStorage::Way::Backward);
+    return m_code.textStorage()->nextWord(
+        from, way == Way::Forward ? VXCodeTextStorage::Way::Forward : VXCodeTextStorage::Way::Backward);
 }
 
 void WordCommands::move(Way way, Anchor anchor)
@@ -71,8 +70,7 @@ void WordCommands::deleteForward()
 void WordCommands::deleteBackward()
 {
     const TextRange selection = m_code.selectedRange();
-    const int start =
-        selection.length > 0 ? selection.location : nextWord(selection.location, Way::Backward);
+    const int start = selection.length > 0 ? selection.location : nextWord(selection.location, Way::Backward);
     if (start < selection.end())
         m_code.deleteRange({start, selection.end() - start});
 }

@@ -89,7 +89,8 @@ QStringList TabArchive::keys()
             u"PSMalwaysShowActiveTab"_s};
 }
 
-QVariantMap TabArchive::archived(const QWidget &bar, const QList<PSMTabBarCell *> &cells, const Moment &moment)
+QVariantMap TabArchive::archived(const QWidget &bar, const QList<PSMTabBarCell *> &cells,
+                                 const Moment &moment)
 {
     QVariantMap archive;
     QVariantList records;

@@ -8,8 +8,8 @@
 class PSMTabBarCell;
 class QWidget;
 
-/// The settings of a tab bar, which are its properties, as a record under given keys. Views and delegate stand
-/// in it by their object names.
+/// The settings of a tab bar, which are its properties, as a record under given keys. Views and delegate
+/// stand in it by their object names.
 namespace runebook::TabArchive {
 
 /// In the order in which they are written.

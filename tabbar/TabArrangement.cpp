@@ -24,8 +24,7 @@ TabArrangement::TabArrangement(TabStrip &bar) : QObject(&bar.widget()), m_bar(ba
 bool TabArrangement::pointerIsOverTabs() const
 {
     const QWidget &bar = m_bar.widget();
-    return bar.isVisible()
-        && bar.rect().adjusted(10, 2, -10, -2).contains(bar.mapFromGlobal(QCursor::pos()));
+    return bar.isVisible() && bar.rect().adjusted(10, 2, -10, -2).contains(bar.mapFromGlobal(QCursor::pos()));
 }
 
 void TabArrangement::layOut(const TabBarMeasures &bar, qsizetype kept, Way way)

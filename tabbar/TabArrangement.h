@@ -18,8 +18,8 @@ public:
 
     enum class Way { AtOnce, Slide };
     /// While the pointer is over the tabs the places stay, so that closing several in a row brings the next
-    /// close button under it; another bar, other rules or more tabs than places are no such case. \a kept: the
-    /// index of the tab that gets a place in any case, or -1.
+    /// close button under it; another bar, other rules or more tabs than places are no such case. \a kept:
+    /// the index of the tab that gets a place in any case, or -1.
     void layOut(const TabBarMeasures &bar, qsizetype kept, Way way);
     /// The places are computed anew by the next layout.
     void forgetPlaces() { m_places.forget(); }

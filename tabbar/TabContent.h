@@ -22,8 +22,7 @@ public:
     class FocusKeeper
     {
     public:
-        explicit FocusKeeper(const TabContent &content)
-            : m_content(content.m_view), m_hadFocus(holdsFocus())
+        explicit FocusKeeper(const TabContent &content) : m_content(content.m_view), m_hadFocus(holdsFocus())
         {
         }
         ~FocusKeeper();

@@ -20,8 +20,8 @@ QList<qreal> extentsFor(const TabBarMeasures &bar, const QList<PSMTabBarCell *> 
     const qreal available = length - bar.style->leftMargin() - after - bar.compensation;
     if (bar.orientation == Qt::Vertical) {
         const qreal cellHeight = bar.thickness();
-        return QList<qreal>(
-            verticalTabCount(cells.size(), available, cellHeight, bar.rules.useOverflowMenu), cellHeight);
+        return QList<qreal>(verticalTabCount(cells.size(), available, cellHeight, bar.rules.useOverflowMenu),
+                            cellHeight);
     }
     QList<qreal> desired(cells.size(), 0);
     if (bar.rules.sizeCellsToFit || bar.rules.useFullWidth)
