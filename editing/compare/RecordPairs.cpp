@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QVarLengthArray>
 #include <unordered_map>
 
 namespace runebook {
@@ -16,7 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Places = std::vector<std::size_t>;
+/// Mostly one.
+using Places = QVarLengthArray<std::size_t, 1>;
 
 /// The records of one key, by their places in either list.
 struct Group {
@@ -45,21 +47,32 @@ std::string groupText(const VXGlyphInfo &info, CompareKey key)
     return 'n' + std::string(keyUtf8(info, CompareKey::Name, buffer));
 }
 
+bool agreeInAllFields(const VXGlyphInfo &left, const VXGlyphInfo &right)
+{
+    std::string leftBuffer;
+    std::string rightBuffer;
+    const QList<ComparedField> &fields = comparedFields();
+    return std::all_of(fields.begin(), fields.end(), [&](const ComparedField &field) {
+        return comparableValue(left, field.field, leftBuffer).value_or("")
+            == comparableValue(right, field.field, rightBuffer).value_or("");
+    });
+}
+
 /// Takes out of both lists the records that have an equal on the other side.
 void removeEqual(const InfoList &leftInfos, const InfoList &rightInfos, Group &group)
 {
     if (group.left.size() == 1 && group.right.size() == 1) {
-        if (differingFields(*leftInfos[group.left[0]], *rightInfos[group.right[0]]).empty())
+        if (agreeInAllFields(*leftInfos[group.left[0]], *rightInfos[group.right[0]]))
             group = {};
         return;
     }
     std::unordered_map<std::string, Places> byFields;
     for (const std::size_t place : group.right)
         byFields[allFields(*rightInfos[place])].push_back(place);
-    Places matched;
+    std::vector<std::size_t> matched;
     for (auto &[fields, places] : byFields)
         std::reverse(places.begin(), places.end());
-    std::erase_if(group.left, [&](std::size_t place) {
+    erase_if(group.left, [&](std::size_t place) {
         const auto found = byFields.find(allFields(*leftInfos[place]));
         if (found == byFields.end() || found->second.empty())
             return false;
@@ -68,9 +81,8 @@ void removeEqual(const InfoList &leftInfos, const InfoList &rightInfos, Group &g
         return true;
     });
     std::sort(matched.begin(), matched.end());
-    std::erase_if(group.right, [&](std::size_t place) {
-        return std::binary_search(matched.begin(), matched.end(), place);
-    });
+    erase_if(group.right,
+             [&](std::size_t place) { return std::binary_search(matched.begin(), matched.end(), place); });
 }
 
 } // namespace
@@ -100,6 +112,7 @@ public:
 
     std::optional<std::vector<RecordPair>> run()
     {
+        m_groups.reserve(m_left.size());
         group(m_left, &Group::left);
         group(m_right, &Group::right);
         for (auto &[text, group] : m_groups) {
@@ -124,12 +137,12 @@ private:
     void pair(Group &group)
     {
         removeEqual(m_left, m_right, group);
-        for (std::size_t i = 0; i < group.left.size(); ++i) {
+        for (qsizetype i = 0; i < group.left.size(); ++i) {
             m_isListed[group.left[i]] = true;
             if (i < group.right.size())
                 m_partner[group.left[i]] = group.right[i];
         }
-        for (std::size_t i = group.left.size(); i < group.right.size(); ++i)
+        for (qsizetype i = group.left.size(); i < group.right.size(); ++i)
             m_isMissing[group.right[i]] = true;
     }
 

@@ -54,7 +54,9 @@ void ShownRecords::update()
         m_content = std::make_unique<CompareContent>(keys, Settings::kCompareKey.value(),
                                                      left ? &left->infos() : nullptr,
                                                      right ? &right->infos() : nullptr, overlookedOptions());
-        goOn(kBudget);
+        // Not at once: whoever undoes what concerns many waits for the list alone.
+        m_workTimer.start(0);
+        Q_EMIT stateChanged();
         return;
     }
     m_choices[ComparedDocuments::Left].setContent(recordsFor(left, keys));
