@@ -1,5 +1,6 @@
 #include "editing/problems/Problems.h"
 
+#include "editing/problems/ProblemTexts.h"
 #include "model/CodePointRules.h"
 #include "model/NameRules.h"
 
@@ -131,17 +132,17 @@ Problems::Problems(VXDocument &document, QObject *parent)
     connect(&document, &VXDocument::infosReset, this, &Problems::reset);
     connect(&document, &VXDocument::infosChanged, this, &Problems::noteChanges);
     connect(&document, &VXDocument::readNotesChanged, this, [this] {
-        bindNotes();
+        takeWhatWasRead();
         announce();
     });
     connect(&document, &Document::saved, this, [this] {
         // The file is now what the records are.
-        m_notes.clear();
-        std::fill(m_counts.begin() + static_cast<int>(kFirstReadProblem), m_counts.end(), 0);
+        m_read.clear();
+        countWhatWasRead();
         announce();
     });
     connect(&m_timer, &QTimer::timeout, this, &Problems::runSlice);
-    bindNotes();
+    takeWhatWasRead();
     start();
     m_timer.start(kFirstDelay);
 }
@@ -556,8 +557,8 @@ void Problems::replace(qsizetype place)
 void Problems::reset()
 {
     start();
-    if (!isSameList())
-        bindNotes();
+    if (!m_read.areOfSameList())
+        takeWhatWasRead();
     schedule();
     announce();
 }
@@ -689,6 +690,28 @@ void Problems::append(std::optional<ProblemKind> kind, qsizetype first, qsizetyp
                 appendKind(each, place);
         }
     }
+}
+
+// What was read
+
+void Problems::takeWhatWasRead()
+{
+    m_read.take(m_document);
+    countWhatWasRead();
+}
+
+void Problems::countWhatWasRead()
+{
+    std::copy(m_read.counts().begin() + static_cast<int>(kFirstReadProblem), m_read.counts().end(),
+              m_counts.begin() + static_cast<int>(kFirstReadProblem));
+}
+
+// In words
+
+QString Problems::explanation(const Problem &problem) const
+{
+    return problem.kind >= kFirstReadProblem ? m_read.textOf(problem)
+                                             : textOfProblem(problem, {m_document, m_names, m_codes});
 }
 
 } // namespace runebook

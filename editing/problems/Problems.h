@@ -2,7 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "editing/compare/KeyCounts.h"
-#include "editing/problems/ProblemKinds.h"
+#include "editing/problems/ReadProblems.h"
 #include "model/RoundTrip.h"
 
 #include <QTimer>
@@ -11,14 +11,6 @@
 #include <span>
 
 namespace runebook {
-
-/// One thing that is wrong: a kind, the record concerned, and which of its parts.
-struct Problem {
-    ProblemKind kind = ProblemKind::MissingName;
-    InfoPtr info; ///< null where no record is concerned, or it has gone
-    int part = 0; ///< of DuplicateCodePoint, RepeatingAltName and MissingComponent the place in the record;
-                  ///< of what was read the number of the note
-};
 
 /// Follows a document and knows what is wrong with it. The first look goes through all records in short
 /// slices of idle time; after that only what changes is looked at. Knows no widget. Main thread only.
@@ -51,10 +43,13 @@ public: // asking: about what was looked at so far
     void append(std::optional<ProblemKind> kind, qsizetype first, qsizetype last,
                 std::vector<Problem> &problems) const;
     /// The same for what was met when the file was read. Of very many only the first are kept.
-    void appendRead(std::optional<ProblemKind> kind, std::vector<Problem> &problems) const;
+    void appendRead(std::optional<ProblemKind> kind, std::vector<Problem> &problems) const
+    {
+        m_read.append(kind, problems);
+    }
     /// Where the line of something that was met when the file was read begins in its bytes; -1 for the file
     /// as a whole.
-    qint64 offsetOf(const Problem &problem) const;
+    qint64 offsetOf(const Problem &problem) const { return m_read.offsetOf(problem); }
     /// What is wrong, in words.
     QString explanation(const Problem &problem) const;
 
@@ -65,12 +60,6 @@ Q_SIGNALS:
     void completed();
 
 private:
-    struct ReadNote {
-        ProblemKind kind;
-        std::weak_ptr<VXGlyphInfo> info;
-        QString text;
-        qint64 offset = -1;
-    };
     using Flags = quint32;
 
     void start();
@@ -101,12 +90,8 @@ private:
     // Names come and go: whoever is composed with them is told at once.
     void addName(quint64 key);
     void removeName(quint64 key);
-    // What was read.
-    void bindNotes();
-    void addFileNotes(const ReadNotes &notes);
-    bool isSameList() const;
-    QString codePointExplanation(const VXGlyphInfo &info) const;
-    QString lossExplanation(const VXGlyphInfo &info, ProblemKind kind) const;
+    void takeWhatWasRead();
+    void countWhatWasRead();
 
     VXDocument &m_document;
     // By place in the document's list: what was found, and under what it was counted.
@@ -135,8 +120,7 @@ private:
     RoundTrip m_roundTrip;
     int m_fileVersion;
     std::vector<RoundTrip::Outcome> m_outcomes;
-    std::vector<ReadNote> m_notes;
-    std::array<std::weak_ptr<VXGlyphInfo>, 2> m_ends; ///< of the list to which the notes belong
+    ReadProblems m_read;
     QTimer m_timer;
     bool m_isBehind = true;
 };

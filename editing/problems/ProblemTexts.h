@@ -1,0 +1,19 @@
+#pragma once
+
+#include "document/VXDocument.h"
+#include "editing/compare/KeyCounts.h"
+#include "editing/problems/Problem.h"
+
+namespace runebook {
+
+/// What the texts on problems ask of the list. Refers to all.
+struct ProblemContext {
+    const VXDocument &document;
+    const KeyCounts &names; ///< by the hash of a name
+    const KeyCounts &codes; ///< by one more than a code point
+};
+
+/// What is wrong with a record, in words, where it follows from the records as they are now.
+QString textOfProblem(const Problem &problem, const ProblemContext &context);
+
+} // namespace runebook
