@@ -4,6 +4,7 @@
 #include "editing/fields/SignalColors.h"
 #include "platform/LongWork.h"
 #include "platform/PlainLabel.h"
+#include "platform/WindowPlacement.h"
 #include "platform/documents/DocumentPanels.h"
 
 #include <QCheckBox>
@@ -73,6 +74,7 @@ ExportDialog::ExportDialog(std::array<InfoList, 3> records, QString ownFile, QWi
     connect(&m_lossTimer, &QTimer::timeout, this, &ExportDialog::countLosses);
     fillForm(TableChoices::remembered());
     resize(fontMetrics().averageCharWidth() * 95, fontMetrics().height() * 28);
+    WindowPlacement::fitIntoScreen(*this);
     refresh();
     m_fields->setFocus();
 }

@@ -63,11 +63,31 @@ QString keyOfRecord(CompareKey key, const VXGlyphInfo &info)
     return key == CompareKey::Unicode ? info.unicode().toUpper() : info.stringValue(fieldOfKey(key));
 }
 
+bool isChoice(GlyphField field)
+{
+    return rowOf(field).kind == FieldKind::Choice;
+}
+
+/// Whether the record has the value of a cell. Most cells of a table that comes back say what is there
+/// already.
+bool isSame(const VXGlyphInfo &info, GlyphField field, const QString &cell)
+{
+    if (rowOf(field).kind == FieldKind::Text) {
+        std::string buffer;
+        const std::string_view value = info.utf8(field, buffer);
+        if (QAnyStringView(QUtf8StringView(value.data(), std::ssize(value))) == QAnyStringView(cell))
+            return true;
+    }
+    // A word that is none would count as the one for nothing there.
+    return isCellOf(info, field, cell.toStdString())
+        && (!isChoice(field) || objectionToCell(field, cell).isNull());
+}
+
 /// Why \a cell cannot stand in \a field, whatever other records there are; null when it can.
 QString objectionTo(GlyphField field, const QString &cell)
 {
-    if (const QString objection = objectionToCell(field, cell); !objection.isNull())
-        return objection;
+    if (isChoice(field))
+        return objectionToCell(field, cell);
     if (field == GlyphField::Unicodes) {
         const QStringList leftOut = codePointsOfText(cell).leftOut;
         if (!leftOut.isEmpty())
@@ -249,12 +269,12 @@ void PastePlan::lookAt(quint32 number)
         const QString &cell = cells.at(column);
         if (cell.isEmpty() && (!row.info || !m_choices.takesEmpty))
             continue;
-        if (row.info && isCellOf(*row.info, field, cell.toStdString())
-            && objectionToCell(field, cell).isNull())
+        if (row.info && isSame(*row.info, field, cell))
             continue; // even if nobody may type it
         if (const QString objection = objectionTo(field, cell); !objection.isEmpty())
             refuse(number, field, objection);
-        else if (!row.info || row.info->displayText(field) != shownOfCell(field, cell))
+        else if (!row.info || field != GlyphField::Unicodes
+                 || row.info->displayText(field) != shownOfCell(field, cell))
             row.changed |= bitOf(field);
     }
     if (row.state == State::Refused)

@@ -6,6 +6,7 @@
 #include "editing/tables/PastePreviewModel.h"
 #include "platform/PlainLabel.h"
 #include "platform/ShownText.h"
+#include "platform/WindowPlacement.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -87,6 +88,7 @@ PasteSheet::PasteSheet(PastedTable table, std::vector<GlyphField> columns, Paste
     layout->addWidget(m_summary);
     layout->addWidget(buttons);
     resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 30);
+    WindowPlacement::fitIntoScreen(*this);
     makeColumns();
     refresh();
     fitColumns();
