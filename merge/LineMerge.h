@@ -12,13 +12,13 @@ struct LineMerge {
     bool hasConflicts = false;
 };
 
-/// Merges three texts as version control does by itself, where git is at hand; else what both sides have in
-/// common at the beginning and the end, and between markers all of both sides between that. \a labels: base,
-/// ours, theirs.
+/// Merges three texts as version control does by itself, where git is at hand; else as mergeByCommonLines().
+/// \a labels: base, ours, theirs.
 LineMerge mergeByLines(const std::array<QByteArray, 3> &texts, int markerSize,
                        const std::array<QString, 3> &labels);
-/// The second way alone.
-LineMerge bothBetweenMarkers(const QByteArray &ours, const QByteArray &theirs, int markerSize,
+/// Lines that each text has once, in the same order, hold the texts together; of what stands between two of
+/// them the side is taken that changed it, and between markers all sides where both did.
+LineMerge mergeByCommonLines(const std::array<QByteArray, 3> &texts, int markerSize,
                              const std::array<QString, 3> &labels);
 
 } // namespace runebook

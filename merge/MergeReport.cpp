@@ -1,10 +1,10 @@
 #include "merge/MergeReport.h"
 
+#include "merge/PossibleRenames.h"
 #include "platform/PlainText.h"
 #include "platform/ShownText.h"
 
 #include <QCoreApplication>
-#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -93,51 +93,17 @@ QString wordOf(ConflictKind kind)
     }
 }
 
+QString keyAt(const ThreeWayMerge &merge, std::size_t number)
+{
+    return merge.keyOf(merge.records()[number]);
+}
+
 QString wordOf(MergeSide side)
 {
     return side == MergeSide::Ours ? u"ours"_s : u"theirs"_s;
 }
 
-/// The records that a side removed, or added, by their code points.
-using ByCodePoints = QHash<QString, QList<const RecordMerge *>>;
-
-void addRenames(const ThreeWayMerge &merge, MergeSide side, const ByCodePoints &removed,
-                const ByCodePoints &added, std::vector<PossibleRename> &renames)
-{
-    for (auto each = removed.cbegin(); each != removed.cend(); ++each) {
-        const auto news = added.value(each.key());
-        if (each.key().isEmpty() || each.value().size() != 1 || news.size() != 1)
-            continue;
-        const RecordMerge &record = *each.value().front();
-        renames.push_back({merge.keyOf(record), merge.keyOf(*news.front()), side,
-                           record.result == RecordMerge::Result::Conflict});
-    }
-}
-
 } // namespace
-
-std::vector<PossibleRename> possibleRenames(const ThreeWayMerge &merge)
-{
-    std::vector<PossibleRename> renames;
-    for (const MergeSide side : {MergeSide::Ours, MergeSide::Theirs}) {
-        ByCodePoints removed;
-        ByCodePoints added;
-        for (const RecordMerge &record : merge.records()) {
-            const MergePlace place = side == MergeSide::Ours ? record.places.ours : record.places.theirs;
-            const bool isRemoved = place == kNoPlace && record.places.base != kNoPlace;
-            const bool isAdded = place != kNoPlace && record.places.base == kNoPlace;
-            if (!isRemoved && !isAdded)
-                continue;
-            const InfoPtr info = merge.tables().read(isRemoved ? MergeSide::Base : side,
-                                                     isRemoved ? record.places.base : place);
-            (isRemoved ? removed : added)[info->displayText(GlyphField::Unicodes)] << &record;
-        }
-        addRenames(merge, side, removed, added, renames);
-    }
-    std::sort(renames.begin(), renames.end(),
-              [](const auto &one, const auto &other) { return one.from < other.from; });
-    return renames;
-}
 
 void writeMergeReport(const ThreeWayMerge &merge, const QString &path, QTextStream &out)
 {
@@ -157,7 +123,8 @@ void writeMergeReport(const ThreeWayMerge &merge, const QString &path, QTextStre
     for (const PossibleRename &rename : possibleRenames(merge)) {
         out << file << ": "
             << Texts::tr("renamed by %1? %2 is gone, %3 has its code points")
-                   .arg(wordOf(rename.side), terminalText(rename.from), terminalText(rename.to))
+                   .arg(wordOf(rename.side), terminalText(keyAt(merge, rename.from)),
+                        terminalText(keyAt(merge, rename.to)))
             << '\n';
     }
     out << file << ": "
@@ -185,8 +152,8 @@ void writeMergeJson(const ThreeWayMerge &merge, const QString &path, QTextStream
     }
     QJsonArray renames;
     for (const PossibleRename &rename : possibleRenames(merge)) {
-        renames << QJsonObject {{u"from"_s, rename.from},
-                                {u"to"_s, rename.to},
+        renames << QJsonObject {{u"from"_s, keyAt(merge, rename.from)},
+                                {u"to"_s, keyAt(merge, rename.to)},
                                 {u"side"_s, wordOf(rename.side)},
                                 {u"conflict"_s, rename.isInConflict}};
     }

@@ -13,13 +13,4 @@ void writeMergeReport(const ThreeWayMerge &merge, const QString &path, QTextStre
 /// The same as one JSON object.
 void writeMergeJson(const ThreeWayMerge &merge, const QString &path, QTextStream &out);
 
-/// A record that one side removed while it added one of the same code points under another key.
-struct PossibleRename {
-    QString from;
-    QString to;
-    MergeSide side;
-    bool isInConflict; ///< the other side has edited the removed record
-};
-std::vector<PossibleRename> possibleRenames(const ThreeWayMerge &merge);
-
 } // namespace runebook

@@ -2,6 +2,7 @@
 
 #include "document/ConflictMarkers.h"
 #include "document/GlyphDataReader.h"
+#include "merge/MergeProgress.h"
 #include "model/GlyphLineReader.h"
 
 #include <QCoreApplication>
@@ -98,7 +99,10 @@ bool isKeptAsItIs(CompareKey key, std::string_view value)
 class MergeTable::Scan
 {
 public:
-    Scan(MergeTable &table, CompareKey key) : m_table(table), m_text(table.m_text), m_key(key) { }
+    Scan(MergeTable &table, CompareKey key, MergeProgress *progress, double share)
+        : m_table(table), m_text(table.m_text), m_key(key), m_progress(progress), m_share(share)
+    {
+    }
 
     bool run(Error *error);
 
@@ -110,10 +114,14 @@ private:
     bool isRecord(std::size_t begin, std::size_t end, std::size_t &glyph) const;
     bool hasCommentIn(std::size_t begin, std::size_t end);
     bool refuse(const QString &reason, std::size_t offset);
+    bool goesOn(std::size_t at);
 
     MergeTable &m_table;
     std::string_view m_text;
     CompareKey m_key;
+    MergeProgress *m_progress;
+    double m_share;
+    std::size_t m_told = 0; ///< as far as the progress has heard of it
     std::size_t m_nextMark = 0; ///< the next exclamation mark, without which there is no comment
     bool m_isInComment = false;
     QString m_reason;
@@ -125,6 +133,17 @@ bool MergeTable::Scan::refuse(const QString &reason, std::size_t offset)
     m_reason = reason;
     m_refused = offset;
     return false;
+}
+
+/// Tells how far it has come, from time to time; false when that is far enough.
+bool MergeTable::Scan::goesOn(std::size_t at)
+{
+    constexpr std::size_t kStep = 1 << 20;
+    if (!m_progress || at < m_told + kStep)
+        return true;
+    m_progress->advance(m_share * double(at - m_told) / double(m_text.size()));
+    m_told = at;
+    return !m_progress->isCancelled();
 }
 
 bool MergeTable::Scan::run(Error *error)
@@ -151,7 +170,7 @@ bool MergeTable::Scan::run(Error *error)
     while (isGood && begin < m_text.size()) {
         const std::size_t feed = m_text.find('\n', begin);
         const std::size_t end = feed == m_text.npos ? m_text.size() : feed;
-        isGood = takeLine(begin, end);
+        isGood = takeLine(begin, end) && (goesOn(end) || refuse(Texts::tr("It was cancelled."), 0));
         begin = end + 1;
     }
     if (isGood && m_isInComment)
@@ -277,7 +296,8 @@ void MergeTable::Scan::setReadKey(Line &line)
     m_table.m_ownKeys.push_back(std::move(key));
 }
 
-std::optional<MergeTable> MergeTable::of(const QByteArray &utf8, CompareKey key, Error *error)
+std::optional<MergeTable> MergeTable::of(const QByteArray &utf8, CompareKey key, Error *error,
+                                         MergeProgress *progress, double share)
 {
     MergeTable table;
     table.m_bytes = utf8;
@@ -285,7 +305,7 @@ std::optional<MergeTable> MergeTable::of(const QByteArray &utf8, CompareKey key,
     const std::size_t feed = table.m_text.find('\n');
     if (feed != std::string_view::npos)
         table.m_lineEnd = feed > 0 && table.m_text[feed - 1] == '\r' ? "\r\n" : "\n";
-    if (!Scan(table, key).run(error))
+    if (!Scan(table, key, progress, share).run(error))
         return {};
     table.indexKeys();
     return table;

@@ -14,6 +14,8 @@
 
 namespace runebook {
 
+class MergeProgress;
+
 /// A place among the records of a table.
 using MergePlace = quint32;
 inline constexpr MergePlace kNoPlace = ~MergePlace(0);
@@ -27,7 +29,9 @@ public: // making
     /// Takes the text of a file apart; a blank one is a table without records. Nothing and an error (domain
     /// "MergeError") for a text whose lines cannot be merged one by one: no glyph data, one with unresolved
     /// conflicts, a comment that goes on behind a glyph, a glyph that does not stand on a line of its own.
-    static std::optional<MergeTable> of(const QByteArray &utf8, CompareKey key, Error *error = nullptr);
+    /// \a share is what \a progress advances by until the end; where that is cancelled, there is nothing.
+    static std::optional<MergeTable> of(const QByteArray &utf8, CompareKey key, Error *error = nullptr,
+                                        MergeProgress *progress = nullptr, double share = 0);
 
 public: // asking for records
     MergePlace count() const { return MergePlace(m_lines.size()); }

@@ -15,18 +15,19 @@ constexpr std::size_t kOwnBlock = 1 << 16;
 
 } // namespace
 
-QByteArray textOf(const ThreeWayMerge &merge)
+QByteArray textOf(const ThreeWayMerge &merge, std::optional<MergeSide> conflicts)
 {
     QByteArray text;
     const BlockSink sink = [&text](std::string_view block) {
         text.append(block.data(), qsizetype(block.size()));
         return true;
     };
-    MergedText(merge, sink).write();
+    MergedText(merge, sink, conflicts).write();
     return text;
 }
 
-MergedText::MergedText(const ThreeWayMerge &merge, const BlockSink &sink) : m_merge(merge), m_sink(sink)
+MergedText::MergedText(const ThreeWayMerge &merge, const BlockSink &sink, std::optional<MergeSide> conflicts)
+    : m_merge(merge), m_sink(sink), m_conflicts(conflicts)
 {
     for (const MergeSide side : {MergeSide::Ours, MergeSide::Theirs, MergeSide::Base}) {
         if (m_lineEnd.empty())
@@ -72,6 +73,10 @@ void MergedText::writeHeader()
         return;
     }
     const MergeTables &tables = m_merge.tables();
+    if (m_conflicts) {
+        addLines(tables[*m_conflicts].header());
+        return;
+    }
     addMarker('<', MergeSide::Ours);
     addLines(tables.ours().header());
     addMarker('|', MergeSide::Base);
@@ -119,6 +124,10 @@ void MergedText::writeRecord(const RecordMerge &merge)
 
 void MergedText::writeConflict(const RecordMerge &merge)
 {
+    if (m_conflicts) {
+        addSide(merge, *m_conflicts);
+        return;
+    }
     addMarker('<', MergeSide::Ours);
     addSide(merge, MergeSide::Ours);
     addMarker('|', MergeSide::Base);

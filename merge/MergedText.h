@@ -5,8 +5,8 @@
 
 namespace runebook {
 
-/// The text of a merge as a whole.
-QByteArray textOf(const ThreeWayMerge &merge);
+/// The text of a merge as a whole; with \a conflicts, what that side has stands for conflicts that are open.
+QByteArray textOf(const ThreeWayMerge &merge, std::optional<MergeSide> conflicts = {});
 
 /// Writes the text of a merge: stretches of our bytes as they stand, in between what is taken from their
 /// side, put together, or in conflict. Every line that is not ours gets our line ends;
@@ -15,7 +15,7 @@ class MergedText
 {
 public:
     /// Both must stay.
-    MergedText(const ThreeWayMerge &merge, const BlockSink &sink);
+    MergedText(const ThreeWayMerge &merge, const BlockSink &sink, std::optional<MergeSide> conflicts = {});
     /// Always has something to say; stops, and answers false, when the sink refuses a block.
     bool write();
 
@@ -43,6 +43,7 @@ private:
 
     const ThreeWayMerge &m_merge;
     const BlockSink &m_sink;
+    std::optional<MergeSide> m_conflicts; ///< who is right in them
     std::string_view m_lineEnd;
     std::string_view m_stretch; ///< of our side, not yet written
     std::string m_block;

@@ -100,6 +100,29 @@ InfoPtr MergeTables::read(MergeSide side, MergePlace place, bool *isWhole) const
     return info;
 }
 
+InfoPtr MergeTables::readWithLine(MergeSide side, MergePlace place) const
+{
+    const InfoPtr info = read(side, place);
+    if (!info)
+        return nullptr;
+    constexpr quint8 kAllVersions = 3;
+    const std::string_view line = (*this)[side].line(place);
+    const SourcePtr source(new SourceBytes(QByteArray(line.data(), qsizetype(line.size())) + '\n'));
+    VXGlyphInfo::Reading kept(source);
+    for (const GlyphField field : mergedFields()) {
+        if (field == GlyphField::Case)
+            kept.setCase(info->caseValue());
+        else if (field == GlyphField::Direction)
+            kept.setDirection(info->direction());
+        else
+            kept.setValue(field, ownValue(field, *info));
+    }
+    if (!kept.info().stored(GlyphField::Unicodes).isAbsent())
+        kept.updateUnicodeChar();
+    kept.setLine(0, quint64(source->size()), kAllVersions);
+    return kept.take();
+}
+
 RecordSides MergeTables::read(const MergedPlaces &places, bool *areWhole) const
 {
     return {read(MergeSide::Base, places.base, areWhole), read(MergeSide::Ours, places.ours, areWhole),

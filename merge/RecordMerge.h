@@ -66,6 +66,9 @@ public:
     /// something that the record does not.
     InfoPtr read(MergeSide side, MergePlace place, bool *isWhole = nullptr) const;
     RecordSides read(const MergedPlaces &places, bool *areWhole = nullptr) const;
+    /// A new record of the line that writers print as that line, to the last byte, as long as nobody edits
+    /// it: also where the line holds more than the record.
+    InfoPtr readWithLine(MergeSide side, MergePlace place) const;
 
 private:
     std::array<MergeTable, 3> m_tables;

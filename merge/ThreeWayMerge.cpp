@@ -1,5 +1,6 @@
 #include "merge/ThreeWayMerge.h"
 
+#include "merge/MergeProgress.h"
 #include "merge/OtherLines.h"
 #include "platform/ParallelParts.h"
 
@@ -17,6 +18,11 @@ struct Texts {
 };
 
 constexpr std::size_t kSides = 3;
+
+// Of the time that all takes, about.
+constexpr double kShareOfTables = 0.4;
+constexpr double kShareOfMatching = 0.2;
+constexpr double kShareOfRecords = 0.2;
 
 QString nameOfSide(std::size_t side)
 {
@@ -50,7 +56,8 @@ std::optional<ThreeWayMerge> ThreeWayMerge::of(const QByteArray &base, const QBy
     std::array<Error, kSides> errors;
     inParallel(kSides, [&](qsizetype side) {
         const auto i = std::size_t(side);
-        tables[i] = MergeTable::of(*texts[i], options.key, &errors[i]);
+        tables[i] = MergeTable::of(*texts[i], options.key, &errors[i], options.progress,
+                                   kShareOfTables / double(kSides));
     });
     for (std::size_t side = 0; side < kSides; ++side) {
         if (tables[side])
@@ -66,8 +73,13 @@ std::optional<ThreeWayMerge> ThreeWayMerge::of(const QByteArray &base, const QBy
     merge.m_matching = MergeMatching::of(*merge.m_tables, error);
     if (!merge.m_matching)
         return {};
+    if (options.progress)
+        options.progress->advance(kShareOfMatching);
     merge.mergeHeader();
-    merge.mergeRecords();
+    if (!merge.mergeRecords()) {
+        fail(error, {u"MergeError"_s, 5, Texts::tr("The merge was cancelled."), {}, {}});
+        return {};
+    }
     return merge;
 }
 
@@ -113,12 +125,18 @@ std::vector<quint8> ThreeWayMerge::plainRecords() const
     return isPlain;
 }
 
-void ThreeWayMerge::mergeRecords()
+bool ThreeWayMerge::mergeRecords()
 {
+    constexpr std::size_t kStep = 1 << 14;
     const std::vector<quint8> isPlain = plainRecords();
     const std::vector<OrderedRecord> order = mergedOrder(*m_tables, *m_matching);
     m_items.reserve(order.size());
     for (const OrderedRecord &record : order) {
+        if (m_options.progress && m_items.size() % kStep == kStep - 1) {
+            m_options.progress->advance(kShareOfRecords * double(kStep) / double(order.size()));
+            if (m_options.progress->isCancelled())
+                return false;
+        }
         if (record.isOurs && isPlain[record.place]) {
             m_items.push_back({record, kNoPlace});
             continue;
@@ -128,6 +146,7 @@ void ThreeWayMerge::mergeRecords()
         if (isOpen(m_records.back()) && m_options.prefer)
             resolve(m_records.size() - 1, *m_options.prefer);
     }
+    return true;
 }
 
 QString ThreeWayMerge::keyOf(const RecordMerge &record) const

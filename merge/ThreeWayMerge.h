@@ -1,9 +1,12 @@
 #pragma once
 
 #include "merge/MergeOrder.h"
+
 #include <memory>
 
 namespace runebook {
+
+class MergeProgress;
 
 /// What a merge is asked for.
 struct MergeOptions {
@@ -11,6 +14,7 @@ struct MergeOptions {
     std::optional<MergeSide> prefer; ///< the side that is right where both are in conflict
     int markerSize = 7;
     std::array<QString, 3> labels; ///< behind the markers of conflicts: base, ours, theirs
+    MergeProgress *progress = nullptr; ///< hears of the making, and may end it
 };
 
 /// One record in the order of the result.
@@ -68,7 +72,7 @@ public: // for who writes it
 
 private:
     ThreeWayMerge() = default;
-    void mergeRecords();
+    bool mergeRecords();
     void mergeHeader();
     std::vector<quint8> plainRecords() const;
 

@@ -5,8 +5,10 @@
 #include "document/VXDocument.h"
 #include "merge/ConflictBlocks.h"
 #include "merge/LineMerge.h"
+#include "merge/MergeProgress.h"
 #include "merge/MergeReport.h"
 #include "merge/MergedText.h"
+#include "merge/PossibleRenames.h"
 #include "merge/TextConversion.h"
 #include "tests/Rounds.h"
 #include "tests/Table.h"
@@ -478,8 +480,31 @@ private Q_SLOTS:
                                              fileOf(u"Alpha=x,,,0041"_s), {});
         const auto renames = possibleRenames(*merge);
         QCOMPARE(renames.size(), std::size_t(1));
-        QCOMPARE(renames.front().from + renames.front().to, u"AAlpha"_s);
-        QVERIFY(renames.front().isInConflict);
+        const PossibleRename &rename = renames.front();
+        QCOMPARE(merge->keyOf(merge->records()[rename.from]) + merge->keyOf(merge->records()[rename.to]),
+                 u"AAlpha"_s);
+        QVERIFY(rename.isInConflict);
+        // As one record it has the edits of both sides.
+        const RecordMerge whole = mergeRecord(merge->tables(), placesOfRename(*merge, rename));
+        const InfoPtr renamed = mergedRecord(merge->tables(), whole, MergeSide::Ours);
+        QCOMPARE(renamed->name() + renamed->category(), u"Alphay"_s);
+        QVERIFY(possibleRenames(*merge, 1).empty()); // of too many
+    }
+
+    void tellsHowFarItIsAndEnds()
+    {
+        QByteArray text = "<glyphData format=\"2\">\n";
+        for (int record = 0; record < 40'000; ++record)
+            text += "\t<glyph name=\"g" + QByteArray::number(record) + "\" category=\"Letter\" />\n";
+        MergeProgress progress;
+        MergeOptions options;
+        options.progress = &progress;
+        QVERIFY(ThreeWayMerge::of(text, text, text, options));
+        QVERIFY(progress.percent() > 50 && progress.percent() <= 100);
+        progress.cancel();
+        Error error;
+        QVERIFY(!ThreeWayMerge::of(text, text, text, options, &error));
+        QCOMPARE(error.domain, u"MergeError"_s);
     }
 
     void everyLawHoldsForRandomTables()
@@ -503,34 +528,38 @@ private Q_SLOTS:
         }
     }
 
-    void linesBetweenMarkersHoldBothSides()
+    /// Without version control at hand.
+    void linesMergeByThoseInCommon()
     {
+        const std::array<QString, 3> labels {u"b"_s, u"o"_s, u"t"_s};
+        const auto merged = [&labels](const QByteArray &base, const QByteArray &ours,
+                                      const QByteArray &theirs) {
+            return mergeByCommonLines({base, ours, theirs}, 7, labels);
+        };
+        QCOMPARE(merged("a\nb\nc\nd\ne", "A\nb\nc\nd\ne", "a\nb\nc\nD\nx\ne").text, "A\nb\nc\nD\nx\ne");
+        QCOMPARE(merged("a\nb\nc", "a\nB\nc", "a\nbb\nc").text,
+                 "a\n<<<<<<< o\nB\n||||||| b\nb\n=======\nbb\n>>>>>>> t\nc");
         for (quint32 seed = 1; seed <= 500; ++seed) {
             QRandomGenerator random(seed);
             const auto text = [&random] {
                 QByteArray lines;
-                for (int i = random.bounded(6); i > 0; --i)
-                    lines += "abc"[random.bounded(3)] + QByteArray(random.bounded(5) ? "\n" : "");
+                for (int i = random.bounded(8); i > 0; --i)
+                    lines += "abcdef"[random.bounded(6)] + QByteArray(random.bounded(7) ? "\n" : "");
                 return lines;
             };
-            const QByteArray ours = text(), theirs = text();
-            const LineMerge merge = bothBetweenMarkers(ours, theirs, 7, {u"b"_s, u"o"_s, u"t"_s});
-            const std::string all = merge.text.toStdString();
-            const auto conflicts = conflictsIn(all);
-            QCOMPARE(merge.hasConflicts, ours != theirs);
-            QCOMPARE(std::ssize(conflicts), qsizetype(merge.hasConflicts));
-            if (!merge.hasConflicts)
-                continue;
-            const auto whole = [&](std::string_view side) {
-                const std::size_t begin = std::size_t(conflicts[0].whole.data() - all.data());
-                std::string lines = all.substr(0, begin).append(side);
-                return QByteArray::fromStdString(lines + all.substr(begin + conflicts[0].whole.size()));
-            };
-            const auto ended = [](const QByteArray &lines) {
-                return lines.endsWith('\n') || lines.isEmpty() ? lines : lines + '\n';
-            };
-            QCOMPARE(ended(whole(conflicts[0].ours)), ended(ours));
-            QCOMPARE(ended(whole(conflicts[0].theirs)), ended(theirs));
+            const QByteArray base = text(), ours = text(), theirs = text();
+            QCOMPARE(merged(base, ours, base).text, ours);
+            QCOMPARE(merged(base, base, theirs).text, theirs);
+            QCOMPARE(merged(base, ours, ours).text, ours);
+            const LineMerge merge = merged(base, ours, theirs);
+            QCOMPARE(!conflictsIn(std::string_view(merge.text.constData(), std::size_t(merge.text.size())))
+                          .empty(),
+                     merge.hasConflicts);
+            for (const QByteArray &side : {ours, theirs}) {
+                for (const QByteArray &line : side.split('\n'))
+                    QVERIFY2(base.split('\n').contains(line) || merge.text.split('\n').contains(line),
+                             (base + "|" + ours + "|" + theirs + "|" + merge.text).constData());
+            }
         }
     }
 
