@@ -156,6 +156,12 @@ int runScript(const CommandLine &line)
     return runHeadless(options);
 }
 
+/// Whether the program only shows how long a start takes.
+bool isMeasured()
+{
+    return qEnvironmentVariableIsSet("RUNEBOOK_QUIT_AFTER_START");
+}
+
 /// Tells when the first window is painted, or soon after it should have been.
 class FirstPaint : public QObject
 {
@@ -213,8 +219,7 @@ int showWindows(const CommandLine &line)
     const RunWatch runWatch(&Session::capture);
     const FirstPaint starting([&delegate] {
         delegate.applicationDidFinishLaunching();
-        // For measuring how long a start takes.
-        if (qEnvironmentVariableIsSet("RUNEBOOK_QUIT_AFTER_START"))
+        if (isMeasured())
             QMetaObject::invokeMethod(
                 qApp, [] { QApplication::quit(); }, Qt::QueuedConnection);
     });
@@ -255,6 +260,12 @@ int resolveInWindow(const CommandLine &line)
     int status = 1;
     QObject::connect(window->resolution().document(), &Document::saved, window,
                      [&status, window] { status = window->resolution().openCount() > 0; });
+    std::optional<FirstPaint> measured;
+    if (isMeasured())
+        measured.emplace([&status] {
+            status = 0;
+            QCoreApplication::exit();
+        });
     QApplication::exec();
     return status;
 }

@@ -6,7 +6,6 @@
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
 #include "document/GlyphPreview.h"
-#include "document/OpenConflicts.h"
 #include "document/PreviewFonts.h"
 #include "document/ReloadedContent.h"
 #include "document/SavingChanges.h"
@@ -138,10 +137,15 @@ bool VXDocument::readFromData(const QByteArray &utf8, const QString &type, Error
     std::optional<FileContent> content = format ? format->readData(utf8, error) : std::nullopt;
     if (!content)
         return false;
-    InfoList infos = takeForm(std::move(*content));
+    takeContentRead(std::move(*content));
+    return true;
+}
+
+void VXDocument::takeContentRead(FileContent content)
+{
+    InfoList infos = takeForm(std::move(content));
     m_fileForm.setRead(m_readNotes, m_fileVersion);
     install(std::move(infos));
-    return true;
 }
 
 std::optional<InfoList> VXDocument::readFromURL(const QString &url, Error *error)
@@ -283,7 +287,7 @@ bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error
 
 QStringList VXDocument::savingWillChange() const
 {
-    return m_fileForm.savingWillChange(m_fileVersion, openConflicts(*this));
+    return m_fileForm.savingWillChange(m_fileVersion, m_openConflicts);
 }
 
 void VXDocument::takeSavedForm(const QString &type)

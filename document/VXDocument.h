@@ -60,6 +60,8 @@ public: // opening and saving
     /// The content of a file from its bytes, with every note of the reading. False, and an error, when they
     /// are not such a file.
     bool readFromData(const QByteArray &utf8, const QString &type, runebook::Error *error = nullptr);
+    /// Takes what was read elsewhere, with every note of the reading, as the content.
+    void takeContentRead(runebook::FileContent content);
     bool takeContentOf(runebook::Document &other) override;
     bool readWorseThan(const runebook::Document &former) const override;
     bool isEmpty() const override { return m_infos.count() == 0; }
@@ -70,6 +72,10 @@ public: // opening and saving
     Q_INVOKABLE void updateChangeCountWithTokenForSaveOperation(quint64 token, int operation);
     /// What the records cannot keep of the file that was read.
     const runebook::ReadNotes &readNotes() const { return m_readNotes; }
+    /// How many conflicts of a merge are open here, for which the document holds our side: a save asks.
+    qsizetype openConflicts() const { return m_openConflicts; }
+    /// No undo step, and none that was saved otherwise.
+    void setOpenConflicts(qsizetype count) { m_openConflicts = count; }
     Q_INVOKABLE int fileVersion() const { return m_fileVersion; }
     /// No undo step, but the document is edited.
     Q_INVOKABLE void setFileVersion(int version);
@@ -213,6 +219,7 @@ private:
     runebook::ReadNotes m_readNotes;
     runebook::FileForm m_fileForm;
     mutable runebook::UnkeptValues m_unkept;
+    qsizetype m_openConflicts = 0;
     quint64 m_revision = 0; ///< counts changes of any kind
     runebook::FieldChanges m_changes;
 };

@@ -8,8 +8,6 @@
 #include "editing/compare/TakeCommands.h"
 #include "platform/MainMenu.h"
 #include "platform/documents/CommonMenus.h"
-#include "platform/documents/DocumentController.h"
-#include "platform/documents/DocumentPanels.h"
 
 #include <QMainWindow>
 #include <QMenu>
@@ -49,13 +47,7 @@ QMenu *CompareMenus::addMenu(const QString &title)
 void CompareMenus::buildFileMenu()
 {
     QMenu *menu = addMenu(tr("&File"));
-    MainMenu::addCommand(*menu, m_window, tr("&New"), [] {
-        DocumentController::shared().openUntitledDocumentAndDisplay(true);
-    })->setShortcut(QKeySequence::New);
-    MainMenu::addCommand(*menu, m_window, tr("&Open…"), [this] {
-        DocumentPanels::open(&m_window);
-    })->setShortcut(QKeySequence::Open);
-    CommonMenus::addRecentFiles(*menu, m_window);
+    CommonMenus::addNewAndOpen(*menu, m_window);
     menu->addSeparator();
     addGroup(*menu, m_features.editing, {CompareEditing::Save});
     addGroup(*menu, m_features.reports,

@@ -79,9 +79,12 @@ MergeDialog::MergeDialog(QWidget *parent)
     colors.setColor(QPalette::WindowText, SignalColors::warningText(palette()));
     m_error->setPalette(colors);
     m_error->hide();
-    m_progress->setRange(0, 0);
+    m_progress->setRange(0, 100);
     m_progress->setAccessibleName(tr("Merging…"));
     m_progress->hide();
+    constexpr int kLookMs = 50;
+    m_look.setInterval(kLookMs);
+    connect(&m_look, &QTimer::timeout, this, [this] { m_progress->setValue(m_merging->percent()); });
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
     m_merge = buttons->addButton(tr("&Merge"), QDialogButtonBox::AcceptRole);
     m_merge->setDefault(true);
@@ -93,6 +96,12 @@ MergeDialog::MergeDialog(QWidget *parent)
     layout->addWidget(m_progress);
     layout->addWidget(buttons);
     showReady();
+}
+
+MergeDialog::~MergeDialog()
+{
+    if (m_merging)
+        m_merging->cancel();
 }
 
 void MergeDialog::fill(QComboBox &chooser)
@@ -151,6 +160,7 @@ void MergeDialog::showError(const QString &text)
 {
     m_form->setEnabled(true);
     m_progress->hide();
+    m_look.stop();
     showReady();
     m_error->setText(text);
     m_error->setAccessibleName(text);
@@ -194,8 +204,11 @@ void MergeDialog::merge()
     m_error->hide();
     m_form->setEnabled(false);
     m_merge->setEnabled(false);
+    m_merging = std::make_shared<MergeProgress>();
+    m_progress->setValue(0);
     m_progress->show();
-    prepareMergeApart(std::move(sources), CompareKey(m_key->currentIndex()), this,
+    m_look.start();
+    prepareMergeApart(std::move(sources), CompareKey(m_key->currentIndex()), m_merging, this,
                       [this, titles](PreparedMerge prepared) {
                           if (isVisible())
                               finish(std::move(prepared), titles);

@@ -3,6 +3,7 @@
 #include "editing/merge/MergeOpening.h"
 
 #include <QDialog>
+#include <QTimer>
 
 class QComboBox;
 class QLabel;
@@ -21,6 +22,7 @@ public:
     static MergeDialog *open(QWidget *parent);
 
     explicit MergeDialog(QWidget *parent = nullptr);
+    ~MergeDialog() override;
 
     /// Chooses a file for a side.
     void setFile(MergeSide side, const QString &path);
@@ -43,6 +45,8 @@ private:
     QComboBox *m_key;
     QLabel *m_error;
     QProgressBar *m_progress;
+    std::shared_ptr<MergeProgress> m_merging; ///< what goes on; ends with the dialog
+    QTimer m_look;
     QPushButton *m_merge;
     QWidget *m_form;
 };

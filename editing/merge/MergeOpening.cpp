@@ -2,7 +2,6 @@
 
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
-#include "document/OpenConflicts.h"
 #include "merge/ConflictBlocks.h"
 #include "platform/Background.h"
 #include "platform/documents/DocumentController.h"
@@ -20,8 +19,6 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(MergeOpening)
 };
 
-constexpr auto kType = "public.xml"_L1;
-
 Error refusal(int code, const QString &sentence)
 {
     return {u"MergeError"_s, code, sentence, {}, {}};
@@ -30,16 +27,15 @@ Error refusal(int code, const QString &sentence)
 /// As a part of an undo step.
 void changeOpenConflicts(VXDocument &document, qsizetype count)
 {
-    document.undoManager()->registerUndo([guard = QPointer(&document), before = openConflicts(document)] {
+    document.undoManager()->registerUndo([guard = QPointer(&document), before = document.openConflicts()] {
         if (guard)
             changeOpenConflicts(*guard, before);
     });
-    setOpenConflicts(document, count);
+    document.setOpenConflicts(count);
 }
 
-MergeWindow *openWindow(PreparedMerge prepared, const MergeTitles &titles, VXDocument &document, Error *error)
+MergeWindow *openWindow(std::unique_ptr<MergeResolution> resolution, const MergeTitles &titles, Error *error)
 {
-    std::unique_ptr<MergeResolution> resolution = MergeResolution::of(std::move(prepared), document);
     if (!resolution) {
         fail(error, refusal(20, Texts::tr("The records of the result are not those of the merge.")));
         return nullptr;
@@ -51,23 +47,26 @@ MergeWindow *openWindow(PreparedMerge prepared, const MergeTitles &titles, VXDoc
     return window;
 }
 
-std::unique_ptr<VXDocument> documentOf(const PreparedMerge &prepared, Error *error)
+/// With the records of \a prepared, which has them no more.
+std::unique_ptr<VXDocument> documentOf(PreparedMerge &prepared, Error *error)
 {
+    if (!prepared.merge) {
+        fail(error, prepared.error);
+        return nullptr;
+    }
     std::unique_ptr<Document> made = DocumentController::shared().makeDocument();
     auto *document = qobject_cast<VXDocument *>(made.get());
-    if (prepared.error.domain.isEmpty() && document && document->readFromData(prepared.text, kType, error)) {
-        document->setFileType(kType);
-        document->updateChangeCount(Document::ChangeDone);
-        return std::unique_ptr<VXDocument>(static_cast<VXDocument *>(made.release()));
-    }
-    if (!prepared.error.domain.isEmpty())
-        fail(error, prepared.error);
-    return nullptr;
+    if (!document)
+        return nullptr;
+    document->takeContentRead(std::exchange(prepared.content, {}));
+    document->setFileType(kGlyphDataType);
+    document->updateChangeCount(Document::ChangeDone);
+    return std::unique_ptr<VXDocument>(static_cast<VXDocument *>(made.release()));
 }
 
 } // namespace
 
-PreparedMerge prepareMerge(const MergeSources &sources, CompareKey key)
+PreparedMerge prepareMerge(const MergeSources &sources, CompareKey key, MergeProgress *progress)
 {
     std::array<QByteArray, 3> texts;
     for (std::size_t side = 0; side < texts.size(); ++side) {
@@ -79,14 +78,15 @@ PreparedMerge prepareMerge(const MergeSources &sources, CompareKey key)
             return unread;
         texts[side] = *bytes;
     }
-    return PreparedMerge::of(texts, key);
+    return PreparedMerge::of(texts, key, progress);
 }
 
-void prepareMergeApart(MergeSources sources, CompareKey key, QObject *context,
-                       std::function<void(PreparedMerge)> then)
+void prepareMergeApart(MergeSources sources, CompareKey key, std::shared_ptr<MergeProgress> progress,
+                       QObject *context, std::function<void(PreparedMerge)> then)
 {
-    runInBackground([sources = std::move(sources), key, guard = QPointer(context), then = std::move(then)] {
-        auto prepared = std::make_shared<PreparedMerge>(prepareMerge(sources, key));
+    runInBackground([sources = std::move(sources), key, progress = std::move(progress),
+                     guard = QPointer(context), then = std::move(then)] {
+        auto prepared = std::make_shared<PreparedMerge>(prepareMerge(sources, key, progress.get()));
         runOnMainThread([prepared, guard, then] {
             if (guard)
                 then(std::move(*prepared));
@@ -114,7 +114,7 @@ MergeWindow *showMerge(PreparedMerge prepared, const MergeTitles &titles, const 
     document->setUntitledName(name);
     DocumentController::shared().addDocument(document);
     document->makeWindowControllers();
-    MergeWindow *window = openWindow(std::move(prepared), titles, *document, error);
+    MergeWindow *window = openWindow(MergeResolution::of(std::move(prepared), *document), titles, error);
     if (!window)
         document->close();
     return window;
@@ -130,7 +130,7 @@ MergeWindow *showMergeInto(PreparedMerge prepared, const MergeTitles &titles, co
     document->setFileURL(QFileInfo(path).absoluteFilePath());
     document->keepMine(); // what stands there is what is being resolved
     DocumentController::shared().addDocument(document);
-    MergeWindow *window = openWindow(std::move(prepared), titles, *document, error);
+    MergeWindow *window = openWindow(MergeResolution::of(std::move(prepared), *document), titles, error);
     if (!window)
         document->close();
     return window;
@@ -151,13 +151,19 @@ MergeWindow *resolveConflicts(VXDocument &document, Error *error)
     std::unique_ptr<VXDocument> result = documentOf(prepared, error);
     if (!result)
         return nullptr;
+    std::unique_ptr<MergeResolution> resolution;
     {
         const UndoGroup group(document.undoManager(), Texts::tr("Resolve Conflicts"));
         document.takeContentOf(*result);
-        changeOpenConflicts(document, prepared.merge->count(MergeState::Conflict));
+        changeOpenConflicts(document, prepared.merge->openConflicts());
+        resolution = MergeResolution::of(std::move(prepared), document);
+        if (resolution)
+            resolution->endWithUndo();
+        else
+            document.undoManager()->abandonGroup();
     }
     const QString name = document.displayName();
-    return openWindow(std::move(prepared), {name, name, name}, document, error);
+    return openWindow(std::move(resolution), {name, name, name}, error);
 }
 
 } // namespace runebook

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/merge/MergeWindow.h"
+#include "merge/MergeProgress.h"
 
 namespace runebook {
 
@@ -14,10 +15,10 @@ struct MergeSource {
 using MergeSources = std::array<MergeSource, 3>;
 
 /// Reads the files among \a sources and merges. Any thread.
-PreparedMerge prepareMerge(const MergeSources &sources, CompareKey key);
+PreparedMerge prepareMerge(const MergeSources &sources, CompareKey key, MergeProgress *progress = nullptr);
 /// Does that on another thread; \a then is called on the main thread, unless \a context has gone.
-void prepareMergeApart(MergeSources sources, CompareKey key, QObject *context,
-                       std::function<void(PreparedMerge)> then);
+void prepareMergeApart(MergeSources sources, CompareKey key, std::shared_ptr<MergeProgress> progress,
+                       QObject *context, std::function<void(PreparedMerge)> then);
 
 /// The text that a save of the document would write as glyph data.
 QByteArray textOfDocument(const VXDocument &document);

@@ -20,6 +20,8 @@ std::vector<quint32> recordsOfMode(const ThreeWayMerge &merge, MergeMode mode)
         return false;
     };
     std::vector<quint32> numbers;
+    if (mode == MergeMode::Conflicts && merge.isHeaderInConflict())
+        numbers.push_back(quint32(merge.records().size()));
     for (std::size_t i = 0; i < merge.records().size(); ++i) {
         if (isListed(merge.records()[i].state))
             numbers.push_back(quint32(i));
@@ -75,9 +77,8 @@ QVariant MergeRecords::data(const QModelIndex &index, int role) const
     if (number < 0 || (role != Qt::DisplayRole && role != Qt::AccessibleTextRole))
         return {};
     constexpr qsizetype kLongest = 200;
-    const RecordMerge &record = m_resolution.record(std::size_t(number));
-    const QString key = m_resolution.merge().keyOf(record).left(kLongest);
-    if (record.conflict == ConflictKind::None)
+    const QString key = m_resolution.keyOf(std::size_t(number)).left(kLongest);
+    if (m_mode != MergeMode::Conflicts)
         return key;
     const bool isResolved = m_resolution.isResolved(std::size_t(number));
     if (role == Qt::AccessibleTextRole)

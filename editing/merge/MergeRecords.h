@@ -10,7 +10,8 @@ namespace runebook {
 enum class MergeMode { Conflicts, FromTheirs, FromOurs, Both };
 inline constexpr int kMergeModeCount = 4;
 
-/// The numbers of the records that \a mode lists.
+/// The numbers of the records that \a mode lists; a header in conflict comes first, with the number behind
+/// all records.
 std::vector<quint32> recordsOfMode(const ThreeWayMerge &merge, MergeMode mode);
 
 /// The keys of the records of one mode; conflicts that are resolved have a mark.

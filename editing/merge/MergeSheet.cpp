@@ -25,7 +25,7 @@ namespace {
 enum Column { Ours, Base, Theirs };
 
 /// What became of a field, in words.
-QString stateText(const MergeSheet::Row &row)
+QString stateText(const MergeRow &row)
 {
     if (row.isInConflict)
         return row.isChosen ? MergeSheet::tr("resolved") : MergeSheet::tr("conflict");
@@ -75,10 +75,37 @@ MergeSheet::MergeSheet(QWidget *parent) : QWidget(parent)
     grid->setVerticalSpacing(4);
     for (std::size_t column = 0; column < kSides; ++column)
         grid->setColumnStretch(int(column), 1);
+    addWholeLines(*grid);
     m_lines.reserve(mergedFields().size());
     for (const GlyphField field : mergedFields())
         addLine(*grid, field);
     grid->setRowStretch(grid->rowCount(), 1);
+}
+
+MergeSheet::Values MergeSheet::addValues(QGridLayout &grid, int row, const std::array<QString, kSides> &names)
+{
+    Values values {};
+    for (std::size_t column = 0; column < kSides; ++column) {
+        auto *value = new CompareField(this);
+        value->setAccessibleName(names[column]);
+        value->installEventFilter(this);
+        grid.addWidget(value, row, int(column), Qt::AlignTop);
+        values[column] = value;
+    }
+    for (const CompareField *value : values)
+        connect(value, &CompareField::wantedHeightChanged, this, [values] { adjustHeight(values); });
+    return values;
+}
+
+void MergeSheet::addWholeLines(QGridLayout &grid)
+{
+    const int row = grid.rowCount();
+    m_wholeCaption = plainLabel({}, this);
+    m_wholeCaption->setContentsMargins(0, 6, 0, 0);
+    grid.addWidget(m_wholeCaption, row, 0, 1, int(kSides));
+    m_wholeLines = addValues(grid, row + 1,
+                             {tr("Whole lines, ours"), tr("Whole lines, base"), tr("Whole lines, theirs")});
+    m_wholeLines[Theirs]->setObjectName(u"wholeLinesTheirs"_s);
 }
 
 void MergeSheet::addLine(QGridLayout &grid, GlyphField field)
@@ -89,14 +116,8 @@ void MergeSheet::addLine(QGridLayout &grid, GlyphField field)
     line.caption = plainLabel({}, this);
     line.caption->setContentsMargins(0, 6, 0, 0);
     grid.addWidget(line.caption, row, 0, 1, int(kSides));
-    for (std::size_t column = 0; column < kSides; ++column) {
-        auto *value = new CompareField(this);
-        value->setAccessibleName(spokenName(field, int(column)));
-        value->installEventFilter(this);
-        grid.addWidget(value, row + 1, int(column), Qt::AlignTop);
-        connect(value, &CompareField::wantedHeightChanged, this, [this, number] { adjustHeight(number); });
-        line.values[column] = value;
-    }
+    line.values = addValues(grid, row + 1,
+                            {spokenName(field, Ours), spokenName(field, Base), spokenName(field, Theirs)});
     line.ours = makeButton(field, MergeSide::Ours);
     line.theirs = makeButton(field, MergeSide::Theirs);
     line.result = new MergeResultEdit(this);
@@ -131,33 +152,61 @@ QPushButton *MergeSheet::makeButton(GlyphField field, MergeSide side)
     return button;
 }
 
-void MergeSheet::adjustHeight(std::size_t number)
+void MergeSheet::adjustHeight(const Values &values)
 {
-    if (number >= m_lines.size())
-        return;
     int height = 0;
-    for (const CompareField *value : m_lines[number].values)
+    for (const CompareField *value : values)
         height = std::max(height, value->wantedHeight());
-    for (CompareField *value : m_lines[number].values)
+    for (CompareField *value : values)
         value->setFixedHeight(height);
 }
 
 // Content
 
-void MergeSheet::setContent(const RecordSides &sides, const InfoPtr &result, const std::vector<Row> &rows,
-                            bool isSameRecord)
+void MergeSheet::setContent(const Content &content, bool isSameRecord)
 {
     if (!isSameRecord)
         m_focused.reset();
+    showWholeLines(content.lines);
     for (Line &line : m_lines) {
-        const auto row = std::find_if(rows.begin(), rows.end(),
-                                      [&line](const Row &each) { return each.field == line.field; });
-        showLine(line, row == rows.end() ? nullptr : &*row, sides, result, isSameRecord);
+        const auto row = std::find_if(content.rows.begin(), content.rows.end(),
+                                      [&line](const MergeRow &each) { return each.field == line.field; });
+        showLine(line, row == content.rows.end() ? nullptr : &*row, content, isSameRecord);
     }
 }
 
-void MergeSheet::showLine(Line &line, const Row *row, const RecordSides &sides, const InfoPtr &result,
-                          bool isSameRecord)
+void MergeSheet::showWholeLines(const std::optional<std::array<QString, 3>> &lines)
+{
+    m_wholeCaption->setVisible(lines.has_value());
+    for (CompareField *value : m_wholeLines)
+        value->setVisible(lines.has_value());
+    if (!lines)
+        return;
+    const auto &[base, ours, theirs] = *lines;
+    m_wholeCaption->setText(tr("Whole lines"));
+    showValues(m_wholeLines, {ours, base, theirs}, {!ours.isEmpty(), !base.isEmpty(), !theirs.isEmpty()});
+}
+
+/// With marks at what each side has changed; where there was nothing, where they disagree.
+void MergeSheet::showValues(const Values &values, const std::array<QString, kSides> &texts,
+                            const std::array<bool, kSides> &areThere)
+{
+    std::array<std::vector<TextPart>, kSides> marks;
+    if (areThere[Base] && areThere[Ours] && areThere[Theirs]) {
+        marks[Ours] = differenceOfTexts(texts[Base], texts[Ours]).right;
+        marks[Theirs] = differenceOfTexts(texts[Base], texts[Theirs]).right;
+    } else if (areThere[Ours] && areThere[Theirs]) {
+        const TextDifference difference = differenceOfTexts(texts[Ours], texts[Theirs]);
+        marks[Ours] = difference.left;
+        marks[Theirs] = difference.right;
+    }
+    for (std::size_t column = 0; column < kSides; ++column) {
+        values[column]->setPlaceholderText(areThere[column] ? tr("Empty") : tr("No record"));
+        values[column]->setValue(texts[column], marks[column]);
+    }
+}
+
+void MergeSheet::showLine(Line &line, const MergeRow *row, const Content &content, bool isSameRecord)
 {
     line.isShown = row;
     line.isInConflict = row && row->isInConflict;
@@ -187,23 +236,10 @@ void MergeSheet::showLine(Line &line, const Row *row, const RecordSides &sides, 
     const auto textOf = [&line](const InfoPtr &info) {
         return info ? info->displayText(line.field) : QString();
     };
-    const std::array<InfoPtr, kSides> infos {sides.ours, sides.base, sides.theirs};
-    std::array<QString, kSides> texts;
-    std::transform(infos.begin(), infos.end(), texts.begin(), textOf);
-    // What each side has changed; where there was nothing, where they disagree.
-    std::array<std::vector<TextPart>, kSides> marks;
-    if (infos[Base] && infos[Ours] && infos[Theirs]) {
-        marks[Ours] = differenceOfTexts(texts[Base], texts[Ours]).right;
-        marks[Theirs] = differenceOfTexts(texts[Base], texts[Theirs]).right;
-    } else if (infos[Ours] && infos[Theirs]) {
-        const TextDifference difference = differenceOfTexts(texts[Ours], texts[Theirs]);
-        marks[Ours] = difference.left;
-        marks[Theirs] = difference.right;
-    }
-    for (std::size_t column = 0; column < kSides; ++column) {
-        line.values[column]->setPlaceholderText(infos[column] ? tr("Empty") : tr("No record"));
-        line.values[column]->setValue(texts[column], marks[column]);
-    }
+    const RecordSides &sides = content.sides;
+    const InfoPtr &result = content.result;
+    showValues(line.values, {textOf(sides.ours), textOf(sides.base), textOf(sides.theirs)},
+               {bool(sides.ours), bool(sides.base), bool(sides.theirs)});
     line.result->setPlaceholderText(result ? tr("Empty") : tr("No record"));
     const QString value = textOf(result);
     const bool isWhole = value.size() <= kMostInField && !value.contains(u'\n');

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editing/compare/CompareField.h"
-#include "merge/RecordMerge.h"
+#include "editing/merge/MergeRows.h"
 
 #include <QLineEdit>
 #include <functional>
@@ -31,11 +31,12 @@ class MergeSheet : public QWidget
 {
     Q_OBJECT
 public:
-    struct Row {
-        GlyphField field;
-        MergeState state;
-        bool isInConflict; ///< and can be decided by itself
-        bool isChosen;
+    struct Content {
+        RecordSides sides;
+        InfoPtr result; ///< null where no record comes out
+        std::vector<MergeRow> rows;
+        /// Base, ours and theirs of what can only be taken as a whole.
+        std::optional<std::array<QString, 3>> lines;
     };
     /// Stores what was typed; false, and an error, when the field refuses it.
     using Taker = std::function<bool(GlyphField field, const QString &text, Error *error)>;
@@ -43,10 +44,8 @@ public:
     explicit MergeSheet(QWidget *parent = nullptr);
 
     void setTaker(Taker taker) { m_taker = std::move(taker); }
-    /// Shows these fields, \a result being null where no record comes out. What is being typed stays when the
-    /// record is the same.
-    void setContent(const RecordSides &sides, const InfoPtr &result, const std::vector<Row> &rows,
-                    bool isSameRecord);
+    /// What is being typed stays when the record is the same.
+    void setContent(const Content &content, bool isSameRecord);
     /// Gives away what is being typed; false when it is refused, and the field says why.
     bool commit();
     /// The conflicting field that has the focus, else the first open one, else the first one.
@@ -62,10 +61,11 @@ protected:
 
 private:
     static constexpr std::size_t kSides = 3; // in the order of columns: ours, base, theirs
+    using Values = std::array<CompareField *, kSides>;
     struct Line {
         GlyphField field;
         QLabel *caption = nullptr;
-        std::array<CompareField *, kSides> values {};
+        Values values {};
         QPushButton *ours = nullptr;
         QPushButton *theirs = nullptr;
         QLabel *resultCaption = nullptr;
@@ -75,13 +75,19 @@ private:
         bool isInConflict = false;
     };
 
+    void addWholeLines(QGridLayout &grid);
+    Values addValues(QGridLayout &grid, int row, const std::array<QString, kSides> &names);
     void addLine(QGridLayout &grid, GlyphField field);
     QPushButton *makeButton(GlyphField field, MergeSide side);
-    void showLine(Line &line, const Row *row, const RecordSides &sides, const InfoPtr &result,
-                  bool isSameRecord);
-    void adjustHeight(std::size_t line);
+    void showWholeLines(const std::optional<std::array<QString, 3>> &lines);
+    void showLine(Line &line, const MergeRow *row, const Content &content, bool isSameRecord);
+    static void showValues(const Values &values, const std::array<QString, kSides> &texts,
+                           const std::array<bool, kSides> &areThere);
+    static void adjustHeight(const Values &values);
     bool commit(Line &line);
 
+    QLabel *m_wholeCaption = nullptr;
+    Values m_wholeLines {};
     std::vector<Line> m_lines;
     Taker m_taker;
     std::optional<GlyphField> m_focused;

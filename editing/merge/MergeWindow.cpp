@@ -45,15 +45,15 @@ MergeWindow::MergeWindow(std::unique_ptr<MergeResolution> resolution, const Merg
     : QMainWindow(parent),
       m_resolution(std::move(resolution)),
       m_titles(titles),
+      m_menus(new MergeMenus(*this, *m_resolution->document())),
       m_records(new MergeRecords(*m_resolution, this)),
       m_firstStep(m_resolution->document()->undoManager()->stack()->index())
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(u"mergeWindow"_s);
     setContextMenuPolicy(Qt::NoContextMenu);
-    buildActions();
     buildContent();
-    buildMenus();
+    connect(m_menus, &MergeMenus::chosen, this, &MergeWindow::perform);
     watchDocument();
     constexpr QSize kUsualSize {1040, 680};
     resize(kUsualSize);
@@ -101,11 +101,10 @@ void MergeWindow::buildContent()
     m_state->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto *lower = new QHBoxLayout;
     lower->addWidget(m_state, 1);
-    for (const Command command : {PreviousConflict, NextConflict}) {
-        auto *button = new QToolButton(this);
-        button->setDefaultAction(m_actions[command]);
-        button->setFocusPolicy(Qt::StrongFocus);
-        button->setAccessibleName(plainTextOf(m_actions[command]->text()));
+    for (const auto command : {MergeMenus::PreviousConflict, MergeMenus::NextConflict}) {
+        auto *button = makeButton(command, this);
+        button->setToolButtonStyle(Qt::ToolButtonIconOnly);
+        button->setAccessibleName(plainTextOf(action(command)->text()));
         lower->addWidget(button);
     }
     auto *center = new QWidget(this);
@@ -114,6 +113,15 @@ void MergeWindow::buildContent()
     layout->addWidget(splitter, 1);
     layout->addLayout(lower);
     setCentralWidget(center);
+}
+
+QToolButton *MergeWindow::makeButton(MergeMenus::Command command, QWidget *parent)
+{
+    auto *button = new QToolButton(parent);
+    button->setDefaultAction(action(command));
+    button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    button->setFocusPolicy(Qt::StrongFocus);
+    return button;
 }
 
 QWidget *MergeWindow::buildDetails()
@@ -129,33 +137,18 @@ QWidget *MergeWindow::buildDetails()
     m_name->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_explanation = plainLabel({}, details);
     m_explanation->setWordWrap(true);
-    const auto makeButton = [this, details](Command command) {
-        auto *button = new QToolButton(details);
-        button->setDefaultAction(m_actions[command]);
-        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
-        button->setFocusPolicy(Qt::StrongFocus);
-        return button;
-    };
-    m_takeOurs = makeButton(TakeOurs);
-    m_takeTheirs = makeButton(TakeTheirs);
+    m_takeOurs = makeButton(MergeMenus::TakeOurs, details);
+    m_takeTheirs = makeButton(MergeMenus::TakeTheirs, details);
+    m_takeRename = makeButton(MergeMenus::TakeRename, details);
+    m_takeRename->setAccessibleName(plainTextOf(m_takeRename->text()));
     auto *upper = new QHBoxLayout;
     upper->addWidget(m_name, 1);
+    upper->addWidget(m_takeRename);
     upper->addWidget(m_takeOurs);
     upper->addWidget(m_takeTheirs);
     layout->addLayout(upper);
     layout->addWidget(m_explanation);
-    auto *headings = new QHBoxLayout;
-    for (const MergeSide side : {MergeSide::Ours, MergeSide::Base, MergeSide::Theirs}) {
-        const QString &title = m_titles[std::size_t(side)];
-        const QString words = side == MergeSide::Ours ? tr("Ours: %1")
-            : side == MergeSide::Base                 ? tr("Base: %1")
-                                                      : tr("Theirs: %1");
-        QLabel *label = plainLabel(words.arg(title), details);
-        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        label->setToolTip(escapedToolTip(title));
-        headings->addWidget(label, 1);
-    }
-    layout->addLayout(headings);
+    layout->addWidget(new MergeHeadings(m_titles, details));
     m_sheet = new MergeSheet;
     m_sheet->setTaker([this](GlyphField field, const QString &text, Error *error) {
         return m_shown >= 0 && m_resolution->takeText(std::size_t(m_shown), field, text, error);
@@ -165,13 +158,13 @@ QWidget *MergeWindow::buildDetails()
             m_resolution->takeField(std::size_t(m_shown), field, side);
         refresh();
     });
-    auto *area = new QScrollArea(details);
-    area->setWidgetResizable(true);
-    area->setFrameShape(QFrame::NoFrame);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    area->setFocusPolicy(Qt::NoFocus);
-    area->setWidget(m_sheet);
-    layout->addWidget(area, 1);
+    m_area = new QScrollArea(details);
+    m_area->setWidgetResizable(true);
+    m_area->setFrameShape(QFrame::NoFrame);
+    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_area->setFocusPolicy(Qt::NoFocus);
+    m_area->setWidget(m_sheet);
+    layout->addWidget(m_area, 1);
     return details;
 }
 
@@ -215,7 +208,7 @@ void MergeWindow::showMode(MergeMode mode)
         m_records->setMode(mode);
         showRow(mode == MergeMode::Conflicts ? std::max(0, m_records->openRow(-1, 1)) : 0);
     }
-    m_actions[ShowConflicts + int(mode)]->setChecked(true);
+    action(MergeMenus::Command(MergeMenus::ShowConflicts + int(mode)))->setChecked(true);
     refresh();
 }
 
@@ -237,7 +230,7 @@ void MergeWindow::goToConflict(int step)
         return;
     showRow(next);
     if (step > 0 ? next <= row : next >= row)
-        m_state->setText(stateText() + u"  "_s
+        m_state->setText(mergeStateText(*m_resolution) + u"  "_s
                          + (step > 0 ? tr("Again from the first one.") : tr("Again from the last one.")));
 }
 
@@ -252,88 +245,44 @@ void MergeWindow::goOn()
 
 void MergeWindow::showRecord()
 {
-    const qsizetype number = currentNumber();
+    const qsizetype number = m_resolution->isInForce() ? currentNumber() : -1;
     const bool isSame = number == m_shown;
     if (!isSame)
         m_sheet->commit();
     m_shown = number;
-    if (number < 0) {
-        m_name->clear();
-        m_explanation->setText(tr("There are none."));
-        m_sheet->setContent({}, nullptr, {}, false);
-        showState();
-        return;
+    if (!m_resolution->isInForce())
+        showNothing(tr("“Resolve Conflicts” was undone: the document holds all sides of the conflicts again. "
+                       "With Redo they come back here."));
+    else if (number < 0)
+        showNothing(tr("There are none."));
+    if (number >= 0) {
+        const auto at = std::size_t(number);
+        m_name->setText(m_resolution->keyOf(at));
+        m_explanation->setText(mergeExplanation(*m_resolution, at));
+        MergeSheet::Content content {
+            m_resolution->sidesOf(at), m_resolution->resultOf(at), mergeRows(*m_resolution, at), {}};
+        if (m_resolution->isOfLines(at))
+            content.lines = m_resolution->linesOf(at);
+        m_sheet->setContent(content, isSame);
+        makeRoom();
     }
-    const auto at = std::size_t(number);
-    const RecordMerge &record = m_resolution->record(at);
-    const RecordSides sides = m_resolution->merge().sidesOf(record);
-    m_name->setText(m_resolution->merge().keyOf(record));
-    m_explanation->setText(explanation(record));
-    m_sheet->setContent(sides, m_resolution->resultOf(at), rowsOf(at, sides), isSame);
     showState();
 }
 
-/// The fields that a side has changed; all that there are where the record came or went as a whole.
-std::vector<MergeSheet::Row> MergeWindow::rowsOf(std::size_t number, const RecordSides &sides) const
+/// In a narrow window the list gives way, so that the three columns are seen.
+void MergeWindow::makeRoom()
 {
-    const RecordMerge &record = m_resolution->record(number);
-    const auto isChanged = [&](GlyphField field, const InfoPtr &side) {
-        return side && !haveSameValue(field, side.get(), sides.base.get());
-    };
-    const auto isThere = [](GlyphField field, const InfoPtr &side) {
-        return !haveSameValue(field, side.get(), nullptr);
-    };
-    std::vector<MergeSheet::Row> rows;
-    std::vector<MergeSheet::Row> all;
-    for (const GlyphField field : mergedFields()) {
-        const bool isInConflict = m_resolution->isInConflict(number, field);
-        const auto merged = std::find_if(record.fields.begin(), record.fields.end(),
-                                         [field](const FieldMerge &each) { return each.field == field; });
-        const MergeSheet::Row row {field, merged == record.fields.end() ? record.state : merged->state,
-                                   isInConflict, m_resolution->isChosen(number, field)};
-        if (isInConflict || isChanged(field, sides.ours) || isChanged(field, sides.theirs))
-            rows.push_back(row);
-        if (isThere(field, sides.base) || isThere(field, sides.ours) || isThere(field, sides.theirs))
-            all.push_back(row);
-    }
-    return rows.empty() ? all : rows;
+    constexpr int kMost = 440;
+    const int wanted = m_sheet->minimumSizeHint().width()
+        + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, m_area);
+    m_area->setMinimumWidth(std::min(wanted, kMost));
 }
 
-QString MergeWindow::explanation(const RecordMerge &record) const
+void MergeWindow::showNothing(const QString &reason)
 {
-    const auto [base, ours, theirs] = record.places;
-    switch (record.conflict) {
-    case ConflictKind::RemovedByUs:
-        return tr("Ours removed this record, theirs edited it.") + u' '
-            + (m_resolution->resultOf(std::size_t(m_shown)) ? tr("It is kept.") : tr("It is removed."));
-    case ConflictKind::RemovedByThem:
-        return tr("Theirs removed this record, ours edited it.") + u' '
-            + (m_resolution->resultOf(std::size_t(m_shown)) ? tr("It is kept.") : tr("It is removed."));
-    case ConflictKind::Line:
-        return tr("Both changed this record, whose line holds more than the known fields.");
-    case ConflictKind::Fields:
-        return base == kNoPlace ? tr("Both added this record.") : tr("Both changed the same fields.");
-    case ConflictKind::None:
-        break;
-    }
-    if (base == kNoPlace)
-        return theirs == kNoPlace ? tr("Ours added this record.")
-            : ours == kNoPlace    ? tr("Theirs added this record.")
-                                  : tr("Both added this record.");
-    if (ours == kNoPlace || theirs == kNoPlace)
-        return tr("This record was removed.");
-    return {};
-}
-
-QString MergeWindow::stateText() const
-{
-    const qsizetype all = m_resolution->conflictCount();
-    const qsizetype open = m_resolution->openCount();
-    if (all == 0)
-        return tr("There are no conflicts.");
-    if (open == 0)
-        return tr("All conflicts are resolved.");
-    return tr("%1 of %2 conflicts remain.").arg(numberText(open), numberText(all));
+    m_name->clear();
+    m_explanation->setText(reason);
+    m_sheet->setContent({}, false);
 }
 
 void MergeWindow::refresh()
@@ -352,38 +301,72 @@ void MergeWindow::showState()
         return;
     setWindowTitle(tr("Merge into %1[*]").arg(document->displayName()));
     setWindowModified(document->isDocumentEdited());
-    m_state->setText(stateText());
-    const bool isConflict =
-        m_shown >= 0 && m_resolution->record(std::size_t(m_shown)).conflict != ConflictKind::None;
-    const bool hasField = isConflict && m_sheet->currentField().has_value();
-    const bool removes = isConflict && m_resolution->record(std::size_t(m_shown)).fields.empty()
-        && m_resolution->record(std::size_t(m_shown)).conflict != ConflictKind::Line;
-    const bool byUs =
-        isConflict && m_resolution->record(std::size_t(m_shown)).conflict == ConflictKind::RemovedByUs;
-    m_actions[TakeOurs]->setText(!removes   ? tr("Take &Ours")
-                                     : byUs ? tr("Rem&ove, as Ours")
-                                            : tr("Keep, as &Ours"));
-    m_actions[TakeTheirs]->setText(!removes   ? tr("Take &Theirs")
-                                       : byUs ? tr("Keep, as &Theirs")
-                                              : tr("Remove, as &Theirs"));
+    const bool isInForce = m_resolution->isInForce();
+    m_state->setText(isInForce ? mergeStateText(*m_resolution) : QString());
+    m_modes->setEnabled(isInForce);
+    m_list->setEnabled(isInForce);
+    nameTaking();
+    const auto at = std::size_t(std::max(m_shown, qsizetype(0)));
+    const bool isConflict = m_shown >= 0 && m_resolution->record(at).conflict != ConflictKind::None;
+    const bool mayBeRenamed = m_shown >= 0 && m_resolution->renameOf(at) && !m_resolution->isRenamed(at);
     m_takeOurs->setVisible(isConflict);
     m_takeTheirs->setVisible(isConflict);
-    m_takeOurs->setAccessibleName(plainTextOf(m_actions[TakeOurs]->text()));
-    m_takeTheirs->setAccessibleName(plainTextOf(m_actions[TakeTheirs]->text()));
-    for (const Command command : {TakeOurs, TakeTheirs})
-        m_actions[command]->setEnabled(isConflict);
-    for (const Command command : {TakeFieldOurs, TakeFieldTheirs})
-        m_actions[command]->setEnabled(hasField);
-    for (const Command command : {TakeAllOurs, TakeAllTheirs, NextConflict, PreviousConflict})
-        m_actions[command]->setEnabled(m_resolution->openCount() > 0);
+    m_takeRename->setVisible(mayBeRenamed);
+    m_menus->enable({MergeMenus::TakeOurs, MergeMenus::TakeTheirs}, isConflict);
+    m_menus->enable({MergeMenus::TakeRename}, mayBeRenamed);
+    m_menus->enable({MergeMenus::TakeFieldOurs, MergeMenus::TakeFieldTheirs},
+                    isConflict && m_sheet->currentField().has_value());
+    m_menus->enable({MergeMenus::TakeAllOurs, MergeMenus::TakeAllTheirs, MergeMenus::NextConflict,
+                     MergeMenus::PreviousConflict},
+                    isInForce && m_resolution->openCount() > 0);
     UndoManager &undo = *document->undoManager();
-    m_actions[Undo]->setEnabled(undo.canUndo()
-                                && (undo.lastOperation() || undo.stack()->index() > m_firstStep));
-    m_actions[Redo]->setEnabled(undo.canRedo());
-    m_actions[Save]->setEnabled(document->isDocumentEdited() || document->fileURL().isEmpty());
+    m_menus->showHistory(undo, isInForce && (undo.lastOperation() || undo.stack()->index() > m_firstStep));
+    m_menus->enable({MergeMenus::Save}, document->isDocumentEdited() || document->fileURL().isEmpty());
+}
+
+/// What it means to take a side of the record that is shown.
+void MergeWindow::nameTaking()
+{
+    const ConflictKind kind =
+        m_shown >= 0 ? m_resolution->record(std::size_t(m_shown)).conflict : ConflictKind::None;
+    const bool byUs = kind == ConflictKind::RemovedByUs;
+    const bool removes = byUs || kind == ConflictKind::RemovedByThem;
+    QAction *ours = action(MergeMenus::TakeOurs);
+    QAction *theirs = action(MergeMenus::TakeTheirs);
+    ours->setText(!removes ? tr("Take &Ours") : byUs ? tr("Rem&ove, as Ours") : tr("Keep, as &Ours"));
+    theirs->setText(!removes ? tr("Take &Theirs") : byUs ? tr("Keep, as &Theirs") : tr("Remove, as &Theirs"));
+    m_takeOurs->setAccessibleName(plainTextOf(ours->text()));
+    m_takeTheirs->setAccessibleName(plainTextOf(theirs->text()));
 }
 
 // Commands
+
+void MergeWindow::perform(MergeMenus::Command command)
+{
+    using Window = MergeWindow;
+    static const std::array<std::function<void(Window &)>, MergeMenus::CommandCount> operations {
+        &Window::saveDocument,
+        &Window::saveDocumentAs,
+        &Window::close,
+        &Window::undo,
+        &Window::redo,
+        &Window::copyText,
+        [](Window &window) { window.showMode(MergeMode::Conflicts); },
+        [](Window &window) { window.showMode(MergeMode::FromTheirs); },
+        [](Window &window) { window.showMode(MergeMode::FromOurs); },
+        [](Window &window) { window.showMode(MergeMode::Both); },
+        &Window::goToNextConflict,
+        &Window::goToPreviousConflict,
+        [](Window &window) { window.takeField(MergeSide::Ours); },
+        [](Window &window) { window.takeField(MergeSide::Theirs); },
+        [](Window &window) { window.takeRecord(MergeSide::Ours); },
+        [](Window &window) { window.takeRecord(MergeSide::Theirs); },
+        &Window::takeRename,
+        [](Window &window) { window.takeAll(MergeSide::Ours); },
+        [](Window &window) { window.takeAll(MergeSide::Theirs); },
+    };
+    operations[command](*this);
+}
 
 void MergeWindow::takeRecord(MergeSide side)
 {
@@ -402,6 +385,14 @@ void MergeWindow::takeField(MergeSide side)
     refresh();
 }
 
+void MergeWindow::takeRename()
+{
+    if (m_shown < 0 || !m_sheet->commit())
+        return;
+    m_resolution->takeRename(std::size_t(m_shown));
+    goOn();
+}
+
 void MergeWindow::takeAll(MergeSide side)
 {
     if (!m_sheet->commit())
@@ -413,7 +404,7 @@ void MergeWindow::takeAll(MergeSide side)
 void MergeWindow::undo()
 {
     VXDocument *document = m_resolution->document();
-    if (!m_sheet->commit() || !document || !m_actions[Undo]->isEnabled())
+    if (!m_sheet->commit() || !document || !action(MergeMenus::Undo)->isEnabled())
         return;
     document->undoManager()->undo();
     refresh();
@@ -451,7 +442,7 @@ void MergeWindow::saveDocumentAs()
 void MergeWindow::closeEvent(QCloseEvent *event)
 {
     VXDocument *document = m_resolution->document();
-    const qsizetype open = m_resolution->openCount();
+    const qsizetype open = m_resolution->isInForce() ? m_resolution->openCount() : 0;
     const bool isAlone = document && !document->windowController(); // the document goes with this window
     if (m_closesOpen || !document || (open == 0 && !isAlone)) {
         event->accept();
@@ -470,12 +461,19 @@ void MergeWindow::closeEvent(QCloseEvent *event)
         document->close();
         return;
     }
+    askToClose(open, isAlone);
+}
+
+void MergeWindow::askToClose(qsizetype open, bool isAlone)
+{
+    const VXDocument *document = m_resolution->document();
     auto *box = new QMessageBox(this);
     box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowTitle(tr("Unresolved Conflicts"));
     box->setIcon(QMessageBox::Warning);
     setPlainTexts(*box,
                   open == 1 ? tr("One conflict is not resolved.")
-                            : tr("%1 conflicts are not resolved.").arg(numberText(open)),
+                            : tr("%1 conflicts are not resolved.").arg(QLocale().toString(qlonglong(open))),
                   !isAlone ? tr("The document keeps what ours has for them.")
                       : document->isDocumentEdited()
                       ? tr("What was resolved since the last save will be lost.")

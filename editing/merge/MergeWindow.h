@@ -1,22 +1,20 @@
 #pragma once
 
+#include "editing/merge/MergeHeadings.h"
+#include "editing/merge/MergeMenus.h"
 #include "editing/merge/MergeRecords.h"
 #include "editing/merge/MergeSheet.h"
 
 #include <QMainWindow>
 #include <QTimer>
 
-class QAction;
 class QLabel;
 class QListView;
-class QMenu;
+class QScrollArea;
 class QTabBar;
 class QToolButton;
 
 namespace runebook {
-
-/// What the sides of a merge are called: base, ours, theirs.
-using MergeTitles = std::array<QString, 3>;
 
 /// Shows a merge: the records that conflict, and those taken from either side; of each the fields that
 /// differ, ours, base and theirs side by side. Conflicts are resolved in the result, an open document, as
@@ -25,34 +23,12 @@ class MergeWindow : public QMainWindow
 {
     Q_OBJECT
 public:
-    enum Command {
-        Save,
-        SaveAs,
-        Close,
-        Undo,
-        Redo,
-        CopyText,
-        ShowConflicts,
-        ShowFromTheirs,
-        ShowFromOurs,
-        ShowBoth,
-        NextConflict,
-        PreviousConflict,
-        TakeFieldOurs,
-        TakeFieldTheirs,
-        TakeOurs,
-        TakeTheirs,
-        TakeAllOurs,
-        TakeAllTheirs,
-        CommandCount
-    };
-
     MergeWindow(std::unique_ptr<MergeResolution> resolution, const MergeTitles &titles,
                 QWidget *parent = nullptr);
     ~MergeWindow() override;
 
     const MergeResolution &resolution() const { return *m_resolution; }
-    QAction *action(Command command) const { return m_actions[command]; }
+    QAction *action(MergeMenus::Command command) const { return m_menus->action(command); }
     MergeSheet *sheet() const { return m_sheet; }
     QListView *list() const { return m_list; }
     /// Hands over what is being typed; false when it is refused.
@@ -61,7 +37,6 @@ public:
 public: // commands
     void saveDocument();
     void saveDocumentAs();
-    void closeWindow() { close(); }
     void undo();
     void redo();
     void copyText();
@@ -73,6 +48,8 @@ public: // commands
     void takeRecord(MergeSide side);
     /// Takes the field that has the focus, or the first open one.
     void takeField(MergeSide side);
+    /// Takes the record that is shown as renamed by the side that seems to have removed it.
+    void takeRename();
     void takeAll(MergeSide side);
 
 Q_SIGNALS:
@@ -84,9 +61,8 @@ protected:
 private:
     void buildContent();
     QWidget *buildDetails();
-    void buildActions();
-    void buildMenus();
-    QMenu *addMenu(const QString &title, const QList<QList<Command>> &groups);
+    void perform(MergeMenus::Command command);
+    QToolButton *makeButton(MergeMenus::Command command, QWidget *parent);
     void watchDocument();
 
     qsizetype currentNumber() const;
@@ -94,15 +70,16 @@ private:
     void goToConflict(int step);
     void goOn();
     void showRecord();
+    void showNothing(const QString &reason);
+    void makeRoom();
     void showState();
+    void nameTaking();
     void refresh();
-    std::vector<MergeSheet::Row> rowsOf(std::size_t number, const RecordSides &sides) const;
-    QString explanation(const RecordMerge &record) const;
-    QString stateText() const;
+    void askToClose(qsizetype open, bool isAlone);
 
     std::unique_ptr<MergeResolution> m_resolution;
     MergeTitles m_titles;
-    std::array<QAction *, CommandCount> m_actions {};
+    MergeMenus *m_menus;
     MergeRecords *m_records;
     QTabBar *m_modes = nullptr;
     QListView *m_list = nullptr;
@@ -110,7 +87,9 @@ private:
     QLabel *m_explanation = nullptr;
     QToolButton *m_takeOurs = nullptr;
     QToolButton *m_takeTheirs = nullptr;
+    QToolButton *m_takeRename = nullptr;
     MergeSheet *m_sheet = nullptr;
+    QScrollArea *m_area = nullptr; ///< of the sheet
     QLabel *m_state = nullptr;
     QTimer m_refresh;
     qsizetype m_shown = -1; ///< the record that the sheet shows

@@ -42,6 +42,17 @@ void fillRecentFiles(QMenu &menu, QWidget &window)
 
 } // namespace
 
+void addNewAndOpen(QMenu &fileMenu, QWidget &window)
+{
+    MainMenu::addCommand(fileMenu, window, Texts::tr("&New"), [] {
+        DocumentController::shared().openUntitledDocumentAndDisplay(true);
+    })->setShortcut(QKeySequence::New);
+    MainMenu::addCommand(fileMenu, window, Texts::tr("&Open…"), [&window] {
+        DocumentPanels::open(&window);
+    })->setShortcut(QKeySequence::Open);
+    addRecentFiles(fileMenu, window);
+}
+
 void addRecentFiles(QMenu &fileMenu, QWidget &window)
 {
     QMenu *menu = fileMenu.addMenu(Texts::tr("Open &Recent"));

@@ -14,6 +14,8 @@ class UndoManager;
 /// being typed in it, as MainMenu::addCommand() does.
 namespace CommonMenus {
 
+/// Adds the commands that make and open documents, and the menu of recently opened files.
+void addNewAndOpen(QMenu &fileMenu, QWidget &window);
 /// Adds the menu of recently opened files.
 void addRecentFiles(QMenu &fileMenu, QWidget &window);
 /// Fills \a menu with the steps of a history, the state that holds marked; choosing one goes there.

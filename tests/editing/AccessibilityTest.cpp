@@ -1,4 +1,5 @@
 #include "editing/compare/VXCompareDataWindow.h"
+#include "editing/merge/MergeDialog.h"
 #include "editing/records/ChoiceCells.h"
 #include "editing/replace/VXFindReplaceWindowController.h"
 #include "editing/tables/ExportDialog.h"
@@ -183,6 +184,29 @@ private Q_SLOTS:
         window.filteredKeys()->setSelectionIndexes({0});
         QVERIFY(QTest::qWaitForWindowActive(&window));
         QCOMPARE(faultsOf(window).join(u'\n'), QString());
+    }
+
+    void mergeWindow()
+    {
+        makeDocumentsWithWindows();
+        const auto side = [](const QByteArray &word) {
+            return "<!-- " + word + " -->\n<glyphData format=\"2\">\n<glyph name=\"a\" category=\"" + word
+                + "\" />\n</glyphData>\n";
+        };
+        MergeWindow *window =
+            showMerge(PreparedMerge::of({side("base"), side("ours"), side("theirs")}, CompareKey::Name),
+                      {u"base"_s, u"ours"_s, u"theirs"_s}, u"merged"_s);
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        for (int conflict = 0; conflict < 2; ++conflict) { // the header, then the record
+            QCOMPARE(faultsOf(*window).join(u'\n'), QString());
+            window->goToNextConflict();
+        }
+        MergeDialog dialog;
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        QCOMPARE(faultsOf(dialog).join(u'\n'), QString());
+        window->resolution().document()->close();
+        sendDeferredDeletes();
     }
 
 private:

@@ -1,4 +1,3 @@
-#include "document/OpenConflicts.h"
 #include "editing/fields/FieldEditing.h"
 #include "editing/merge/MergeDialog.h"
 #include "merge/MergedText.h"
@@ -78,6 +77,14 @@ class MergeWindowTest : public FilesFixture
     VXDocument *document() { return m_window->resolution().document(); }
     QByteArray text() { return textOfDocument(*document()); }
     qsizetype openCount() { return m_window->resolution().openCount(); }
+    QMenu *menu(const QString &title)
+    {
+        for (QMenu *each : m_window->findChildren<QMenu *>()) {
+            if (plain(each->title()) == title)
+                return each;
+        }
+        return nullptr;
+    }
     void press(const QString &keys) { typeKeys(m_window, keys); }
     std::size_t shownNumber()
     {
@@ -168,7 +175,7 @@ private Q_SLOTS:
             states.emplace_back(text(), openCount());
         }
         QCOMPARE(openCount(), 0);
-        QCOMPARE(openConflicts(*document()), 0);
+        QCOMPARE(document()->openConflicts(), 0);
         for (const int way : {-1, 1}) {
             for (std::size_t i = 1; i < states.size(); ++i) {
                 press(way < 0 ? u"<Ctrl+Z>"_s : u"<Ctrl+Shift+Z>"_s);
@@ -190,6 +197,97 @@ private Q_SLOTS:
         QCOMPARE(openCount(), 0);
         const InfoPtr info = document()->infos().at(0);
         QCOMPARE(info->category() + info->script(), u"ourstheirs"_s);
+        // Steps are told by their names, and can be chosen.
+        QCOMPARE(plain(m_window->action(MergeMenus::Undo)->text()), u"Undo Take 1 Conflicts from Theirs"_s);
+        QMenu *history = menu(u"History"_s);
+        Q_EMIT history->aboutToShow();
+        QCOMPARE(offersOf(*history).size(), 3);
+        history->actions().constLast()->trigger();
+        QCOMPARE(openCount(), 1);
+        QTRY_COMPARE(plain(m_window->action(MergeMenus::Redo)->text()),
+                     u"Redo Take Category of “a” from Ours"_s);
+        QCOMPARE(offersOf(*menu(u"File"_s)).first(3), (QStringList {u"New"_s, u"Open…"_s, u"Open Recent"_s}));
+    }
+
+    /// The header, and lines with more than fields: the line that was chosen is the one that a save writes.
+    void decidesWholeLines()
+    {
+        const auto side = [](const QByteArray &word) {
+            return "<!-- " + word + " -->\n<glyphData format=\"2\">\n<glyph name=\"a\" category=\"" + word
+                + "\" other=\"" + word + "\" /> <!-- " + word + " -->\n</glyphData>\n";
+        };
+        const QByteArray line = "<glyph name=\"a\" category=\"theirs\" other=\"theirs\" /> <!-- theirs -->\n";
+        show({side("base"), side("ours"), side("theirs")});
+        QCOMPARE(openCount(), 2);
+        const auto shown = [this] {
+            return m_window->findChild<QWidget *>(u"wholeLinesTheirs"_s)->property("plainText").toString();
+        };
+        QVERIFY(shown().startsWith(u"<!-- theirs"_s));
+        press(u"<Alt+Left>"_s);
+        QCOMPARE(openCount(), 1);
+        QCOMPARE(shown(), QString::fromUtf8(line).trimmed());
+        QVERIFY(!m_window->action(MergeMenus::TakeFieldOurs)->isEnabled());
+        const QByteArray before = text();
+        press(u"<Alt+Right>"_s);
+        QCOMPARE(openCount(), 0);
+        QVERIFY(text().contains('\n' + line));
+        QCOMPARE(document()->infos().at(0)->category(), u"theirs"_s);
+        press(u"<Ctrl+Z>"_s);
+        QCOMPARE(text(), before);
+        QCOMPARE(openCount(), 1);
+        press(u"<Ctrl+Shift+Z>"_s);
+        QVERIFY(text().contains('\n' + line));
+        document()->infos().at(0)->setScript(u"latin"_s); // what is edited is printed anew
+        QVERIFY(text().contains("\t<glyph name=\"a\" category=\"theirs\" script=\"latin\" />\n"));
+    }
+
+    void takesRenamesAsOneRecord_data()
+    {
+        QTest::addColumn<bool>("byUs");
+        QTest::addColumn<bool>("inConflict");
+        for (const bool byUs : {false, true}) {
+            for (const bool inConflict : {false, true})
+                QTest::addRow("by %s, %s", byUs ? "us" : "them",
+                              inConflict ? "one field by both" : "two fields")
+                    << byUs << inConflict;
+        }
+    }
+    void takesRenamesAsOneRecord()
+    {
+        QFETCH(bool, byUs);
+        QFETCH(bool, inConflict);
+        const auto side = [](const QByteArray &name, const QByteArray &category, const QByteArray &script) {
+            return "<glyphData format=\"2\">\n<glyph unicode=\"0041\" name=\"" + name + "\" category=\""
+                + category + "\" script=\"" + script + "\" />\n<glyph name=\"b\" />\n</glyphData>\n";
+        };
+        const QByteArray edited = side("a", "edited", "base");
+        const QByteArray renamed = side("a.alt", inConflict ? "renamed" : "base", "renamed");
+        show({side("a", "base", "base"), byUs ? renamed : edited, byUs ? edited : renamed});
+        QCOMPARE(openCount(), 1);
+        const QByteArray before = text();
+        auto *take = button(m_window, u"Take as Renamed"_s);
+        QVERIFY(take && take->isVisible());
+        QTest::mouseClick(take, Qt::LeftButton);
+        QVERIFY(!take->isVisible());
+        QCOMPARE(namesOf(document()->infos()), u"a.alt b"_s);
+        const auto values = [this] {
+            const InfoPtr info = document()->infos().at(0);
+            return info->category() + u' ' + info->script();
+        };
+        QCOMPARE(values(), inConflict && byUs ? u"renamed renamed"_s : u"edited renamed"_s);
+        QCOMPARE(openCount(), inConflict ? 1 : 0);
+        if (inConflict) {
+            QCOMPARE(m_window->sheet()->currentField(), GlyphField::Category);
+            press(u"<Alt+.>"_s);
+            QCOMPARE(values(), byUs ? u"edited renamed"_s : u"renamed renamed"_s);
+            QCOMPARE(openCount(), 0);
+            press(u"<Ctrl+Z>"_s);
+        }
+        press(u"<Ctrl+Z>"_s);
+        QCOMPARE(text(), before);
+        QCOMPARE(openCount(), 1);
+        press(u"<Ctrl+R>"_s);
+        QCOMPARE(namesOf(document()->infos()), u"a.alt b"_s);
     }
 
     void asksBeforeSavingAndClosing()
@@ -272,7 +370,17 @@ private Q_SLOTS:
         while (opened->undoManager()->canUndo())
             opened->undoManager()->undo();
         QCOMPARE(textOfDocument(*opened), before);
-        QCOMPARE(openConflicts(*opened), 0);
+        QCOMPARE(opened->openConflicts(), 0);
+        // The window has nothing to resolve then, and says so, until the conflicts come back.
+        const auto isUsable = [this] { return m_window->action(MergeMenus::TakeOurs)->isEnabled(); };
+        QTRY_VERIFY(!isUsable());
+        press(u"<Ctrl+Shift+Z>"_s);
+        QVERIFY(isUsable());
+        QCOMPARE(opened->openConflicts(), openCount());
+        opened->undoManager()->undo();
+        m_window->close();
+        sendDeferredDeletes();
+        QVERIFY(!m_window && !shownWindow<QMessageBox>());
     }
 };
 
