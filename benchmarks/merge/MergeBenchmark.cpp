@@ -1,5 +1,6 @@
 // Three versions of a glyph data file, 2 % of the records changed on each side: `runebook --merge`, start and
-// end of the process included, against `git merge-file` of the same files; and the memory that it takes.
+// end of the process included, against `git merge-file` of the same files; the memory that it takes; and from
+// the start of the process until the first conflict is seen in the window.
 #include "benchmarks/BenchmarkSupport.h"
 
 #include <QFile>
@@ -135,6 +136,20 @@ void mergeMemory(benchmark::State &state, int records)
     }
 }
 
+void firstConflict(benchmark::State &state, int records)
+{
+    const auto [base, ours, theirs] = versions(records);
+    qputenv("RUNEBOOK_QUIT_AFTER_START", "1");
+    const QString program = QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook");
+    const QStringList arguments {u"--mergetool"_s, base, ours, theirs, scratchFile(u"resolved.xml"_s)};
+    if (!runProgram(program, arguments)) { // also for the notes that the first start of all leaves
+        state.SkipWithError("the window was not shown");
+        return;
+    }
+    for ([[maybe_unused]] auto _ : state)
+        state.SetIterationTime(secondsFor([&] { benchmark::DoNotOptimize(runProgram(program, arguments)); }));
+}
+
 void sizeOfFiles(benchmark::State &state, int records)
 {
     qint64 size = 0;
@@ -156,6 +171,7 @@ void registerAll()
         addTimed(memory, mergeMemory, records);
         addTimed(memory + ":peer"_L1, sizeOfFiles, records);
     }
+    addTimed(u"merge-window/150000"_s, firstConflict, 150'000);
 }
 
 } // namespace

@@ -137,6 +137,57 @@ def conflicts_are_resolved_in_the_window(folder, program, screen):
     assert repository.git("status", "--short", "--untracked-files=no").startswith("M "), repository.git("status", "--short")
 
 
+def conflicts_left_in_the_window_are_told(folder, program, screen):
+    """Who closes it leaves the output as it is, whatever was decided, and the caller learns of it."""
+    files = [folder / f"left-{side}.xml" for side in ("base", "ours", "theirs", "out")]
+    for file, category in zip(files, "botu"):
+        file.write_text(table(f'A category="{category}"', f'B category="{category}"'), encoding="utf-8")
+    before = files[3].read_bytes()
+    tool = subprocess.Popen([str(part) for part in (program, "--mergetool", *files)], stdin=subprocess.DEVNULL,
+                            env={**os.environ, "DISPLAY": screen.name, "QT_QPA_PLATFORM": "xcb"})
+    assert screen.focus("Merge into")
+    screen.key("Alt_L", "Right")  # one of the two
+    finish = time.monotonic() + 120
+    while tool.poll() is None and time.monotonic() < finish:
+        if screen.focus("Merge into", seconds=5):
+            screen.key("Control_L", "w")
+        if screen.focus("Unresolved Conflicts", seconds=5):
+            screen.key("Alt_L", "c")
+    if tool.poll() is None:
+        tool.terminate()
+    assert tool.wait() == 1, tool.returncode
+    assert files[3].read_bytes() == before
+
+
+def criss_cross_branches_merge(folder, program):
+    """Each branch has taken the other in once: the base is a merge itself, with its conflicts."""
+    repository = Repository(folder / "crossed", program)
+    repository.branches(table("A", 'B category="t"', *BASE[2:]), table('A category="o"', *BASE[1:]))
+    repository.git("branch", "first")
+    repository.git("merge", "-q", "theirs")
+    repository.commit(table('A category="o"', 'B category="t"', 'C script="o"', "D", "E"))
+    repository.git("checkout", "-q", "theirs")
+    repository.git("merge", "-q", "first")
+    repository.commit(table('A category="o" script="t"', 'B category="t"', 'C script="t"', "D", "E"))
+    repository.git("merge", "ours", status=1)
+    assert len(repository.git("merge-base", "--all", "ours", "theirs").split()) == 2
+    text = repository.text()
+    assert text.startswith(table('A category="o" script="t"', 'B category="t"').removesuffix("</glyphData>\n")), text
+    assert text.count("<<<<<<<") == 1 and 'script="o"' in text and 'script="t"' in text, text
+    # The same with bases whose own merge conflicts.
+    repository = Repository(folder / "crossed-over", program)
+    repository.branches(table('A category="t"', *BASE[1:]), table('A category="o"', *BASE[1:]))
+    repository.git("branch", "first")
+    for branch, other, category in (("ours", "theirs", "o2"), ("theirs", "first", "t2")):
+        repository.git("checkout", "-q", branch)
+        repository.git("merge", other, status=1)
+        repository.commit(table(f'A category="{category}"', *BASE[1:4], f'E script="{category}"'))
+    repository.git("merge", "ours", status=1)
+    text = repository.text()
+    assert all(f'category="{category}"' in text and f'script="{category}"' in text for category in ("o2", "t2")), text
+    assert text.splitlines()[-1] == "</glyphData>" and text.count('name="B"') >= 1, text
+
+
 def nothing_is_lost(folder, program):
     repository = Repository(folder / "unreadable", program)
     repository.branches(table(*BASE).encode() + b"<!-- \xff\xfe theirs -->\n", table(*BASE) + "<!-- ours -->\n")
@@ -221,6 +272,7 @@ def main():
             run("git", "config", "--global", key, value)
         neighbours_merge(home, options.program)
         conflicts_are_marked(home, options.program)
+        criss_cross_branches_merge(home, options.program)
         nothing_is_lost(home, options.program)
         other_files_merge_by_lines(home, options.program)
         example_comes_out_as_printed(home, options.program, options.docs)
@@ -229,6 +281,7 @@ def main():
             screen = Screen()
             try:
                 conflicts_are_resolved_in_the_window(home, options.program, screen)
+                conflicts_left_in_the_window_are_told(home, options.program, screen)
             finally:
                 screen.close()
     return 0
