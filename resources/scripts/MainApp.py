@@ -32,13 +32,10 @@ VXDocument = _objc.lookUpClass("VXDocument")
 VXVersionComparator = _objc.lookUpClass("VXVersionComparator")
 VXScriptingHandler = _objc.lookUpClass("VXScriptingHandler")
 
-#: The fields of a record, in the order of a record's listing.
-FIELDS = ("name", "category", "subCategory", "marks", "anchors",
-          "unicodeLegacy", "unicodes", "script", "production", "direction",
-          "sortName", "sortNameKeep", "sortNameOld", "case", "altNames",
-          "desc", "decompose")
-
 _helpers = _runebook.sharedObject("helpers")
+
+#: The fields of a record, in the order of a record's listing.
+FIELDS = tuple(str(key) for key in _helpers.fieldKeys())
 
 
 # Documents are lists of records, records are mappings of fields.

@@ -1,6 +1,8 @@
 #include "scripting/classes/ScriptHelpers.h"
 
+#include "model/FieldTable.h"
 #include "model/StringHelpers.h"
+#include "model/VXGlyphInfo.h"
 #include "platform/FilePath.h"
 #include "platform/Unattended.h"
 #include "scripting/classes/ScriptDialogs.h"
@@ -9,6 +11,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QMetaProperty>
 #include <QMimeData>
 #include <QProgressDialog>
 #include <QUrl>
@@ -141,6 +144,19 @@ void ScriptHelpers::setClipboardText(const QString &text)
 void ScriptHelpers::clearClipboard()
 {
     QGuiApplication::clipboard()->clear();
+}
+
+QStringList ScriptHelpers::fieldKeys() const
+{
+    QStringList keys;
+    const QMetaObject &record = VXGlyphInfo::staticMetaObject;
+    for (int i = 0; i < record.propertyCount(); ++i) {
+        const QString key = QString::fromLatin1(record.property(i).name());
+        const std::optional<GlyphField> field = fieldForKey(key);
+        if (field && rowOf(*field).filePlace != 0)
+            keys << key;
+    }
+    return keys;
 }
 
 quint32 ScriptHelpers::hexStringToInt(const QString &text) const

@@ -50,6 +50,10 @@ public: // the desktop
     Q_INVOKABLE void setClipboardText(const QString &text);
     Q_INVOKABLE void clearClipboard();
 
+public: // records
+    /// The keys of the fields that files hold, in the order in which a record lists its fields.
+    Q_INVOKABLE QStringList fieldKeys() const;
+
 public: // texts
     Q_INVOKABLE quint32 hexStringToInt(const QString &text) const;
     Q_INVOKABLE QString hexStringFromInt(qint64 number) const;
