@@ -27,7 +27,7 @@ QString oneLine(const QString &title)
 
 PSMTabBarCell::PSMTabBarCell(QObject *item, QObject *parent) : QObject(parent), m_item(item)
 {
-    const QMetaMethod reader = metaObject()->method(metaObject()->indexOfSlot("readItem()"));
+    const QMetaMethod reader = staticMetaObject.method(staticMetaObject.indexOfSlot("readItem()"));
     for (const char *name : {"title", "icon"}) {
         const QMetaObject *itemType = item->metaObject();
         const QMetaProperty property = itemType->property(itemType->indexOfProperty(name));

@@ -5,7 +5,7 @@
 PSMTabDragView::PSMTabDragView(const QPixmap &tab, const QPixmap &miniature, QWidget *parent)
     : QWidget(parent), m_tab(tab), m_miniature(miniature)
 {
-    resize(sizeHint());
+    resize(PSMTabDragView::sizeHint());
 }
 
 QSize PSMTabDragView::sizeHint() const

@@ -117,7 +117,7 @@ bool VXScriptingHandler::isSupportedPythonVersion(const QString &version) const
 
 QString VXScriptingHandler::currentPythonPath() const
 {
-    const QString chosen = Settings::kPythonLibrary.value();
+    QString chosen = Settings::kPythonLibrary.value();
     if (!chosen.isEmpty())
         return chosen;
     return m_pythonFrameworks.isEmpty() ? QString() : m_pythonFrameworks.last()[u"fullPath"_s].toString();
