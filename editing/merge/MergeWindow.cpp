@@ -1,8 +1,6 @@
 #include "editing/merge/MergeWindow.h"
 
-#include "editing/fields/SignalColors.h"
 #include "platform/PlainLabel.h"
-#include "platform/PlainText.h"
 #include "platform/WindowPlacement.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
@@ -17,7 +15,6 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QSplitter>
 #include <QTabBar>
 #include <QToolButton>
@@ -33,26 +30,22 @@ QString numberText(qsizetype number)
     return QLocale().toString(qlonglong(number));
 }
 
-QString plainTextOf(QString actionText)
-{
-    return actionText.remove(u'&');
-}
-
 } // namespace
 
 MergeWindow::MergeWindow(std::unique_ptr<MergeResolution> resolution, const MergeTitles &titles,
                          QWidget *parent)
     : QMainWindow(parent),
       m_resolution(std::move(resolution)),
-      m_titles(titles),
       m_menus(new MergeMenus(*this, *m_resolution->document())),
       m_records(new MergeRecords(*m_resolution, this)),
+      m_details(new MergeDetails(*m_resolution, *m_menus, titles, this)),
       m_firstStep(m_resolution->document()->undoManager()->stack()->index())
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(u"mergeWindow"_s);
     setContextMenuPolicy(Qt::NoContextMenu);
     buildContent();
+    connect(m_details, &MergeDetails::taken, this, &MergeWindow::refresh);
     connect(m_menus, &MergeMenus::chosen, this, &MergeWindow::perform);
     watchDocument();
     constexpr QSize kUsualSize {1040, 680};
@@ -66,7 +59,10 @@ MergeWindow::MergeWindow(std::unique_ptr<MergeResolution> resolution, const Merg
     m_list->setFocus();
 }
 
-MergeWindow::~MergeWindow() = default;
+MergeWindow::~MergeWindow()
+{
+    sheet()->setTaker({}); // what is typed in it outlives the resolution
+}
 
 // What is in it
 
@@ -92,7 +88,7 @@ void MergeWindow::buildContent()
 
     auto *splitter = new QSplitter(this);
     splitter->addWidget(m_list);
-    splitter->addWidget(buildDetails());
+    splitter->addWidget(m_details);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({230, 810});
     splitter->setChildrenCollapsible(false);
@@ -102,9 +98,10 @@ void MergeWindow::buildContent()
     auto *lower = new QHBoxLayout;
     lower->addWidget(m_state, 1);
     for (const auto command : {MergeMenus::PreviousConflict, MergeMenus::NextConflict}) {
-        auto *button = makeButton(command, this);
-        button->setToolButtonStyle(Qt::ToolButtonIconOnly);
-        button->setAccessibleName(plainTextOf(action(command)->text()));
+        auto *button = new QToolButton(this);
+        button->setDefaultAction(action(command));
+        button->setFocusPolicy(Qt::StrongFocus);
+        button->setAccessibleName(action(command)->text().remove(u'&'));
         lower->addWidget(button);
     }
     auto *center = new QWidget(this);
@@ -113,59 +110,6 @@ void MergeWindow::buildContent()
     layout->addWidget(splitter, 1);
     layout->addLayout(lower);
     setCentralWidget(center);
-}
-
-QToolButton *MergeWindow::makeButton(MergeMenus::Command command, QWidget *parent)
-{
-    auto *button = new QToolButton(parent);
-    button->setDefaultAction(action(command));
-    button->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    button->setFocusPolicy(Qt::StrongFocus);
-    return button;
-}
-
-QWidget *MergeWindow::buildDetails()
-{
-    auto *details = new QWidget(this);
-    auto *layout = new QVBoxLayout(details);
-    layout->setContentsMargins(6, 0, 0, 0);
-    m_name = plainLabel({}, details);
-    QFont font = m_name->font();
-    font.setBold(true);
-    m_name->setFont(font);
-    m_name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_name->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_explanation = plainLabel({}, details);
-    m_explanation->setWordWrap(true);
-    m_takeOurs = makeButton(MergeMenus::TakeOurs, details);
-    m_takeTheirs = makeButton(MergeMenus::TakeTheirs, details);
-    m_takeRename = makeButton(MergeMenus::TakeRename, details);
-    m_takeRename->setAccessibleName(plainTextOf(m_takeRename->text()));
-    auto *upper = new QHBoxLayout;
-    upper->addWidget(m_name, 1);
-    upper->addWidget(m_takeRename);
-    upper->addWidget(m_takeOurs);
-    upper->addWidget(m_takeTheirs);
-    layout->addLayout(upper);
-    layout->addWidget(m_explanation);
-    layout->addWidget(new MergeHeadings(m_titles, details));
-    m_sheet = new MergeSheet;
-    m_sheet->setTaker([this](GlyphField field, const QString &text, Error *error) {
-        return m_shown >= 0 && m_resolution->takeText(std::size_t(m_shown), field, text, error);
-    });
-    connect(m_sheet, &MergeSheet::takeRequested, this, [this](GlyphField field, MergeSide side) {
-        if (m_shown >= 0)
-            m_resolution->takeField(std::size_t(m_shown), field, side);
-        refresh();
-    });
-    m_area = new QScrollArea(details);
-    m_area->setWidgetResizable(true);
-    m_area->setFrameShape(QFrame::NoFrame);
-    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    m_area->setFocusPolicy(Qt::NoFocus);
-    m_area->setWidget(m_sheet);
-    layout->addWidget(m_area, 1);
-    return details;
 }
 
 void MergeWindow::watchDocument()
@@ -188,7 +132,7 @@ void MergeWindow::watchDocument()
         close();
     });
     connect(document, &Document::commitEditingRequested, this, [this](Error *refusal) {
-        if (!m_sheet->commit() && refusal)
+        if (!sheet()->commit() && refusal)
             *refusal = {u"EditError"_s, 1, tr("A value in the window of the merge is refused."), {}, {}};
     });
 }
@@ -202,7 +146,7 @@ qsizetype MergeWindow::currentNumber() const
 
 void MergeWindow::showMode(MergeMode mode)
 {
-    m_sheet->commit();
+    sheet()->commit();
     m_modes->setCurrentIndex(int(mode));
     if (mode != m_records->mode() || !m_list->currentIndex().isValid()) {
         m_records->setMode(mode);
@@ -221,7 +165,7 @@ void MergeWindow::showRow(int row)
 
 void MergeWindow::goToConflict(int step)
 {
-    m_sheet->commit();
+    sheet()->commit();
     if (m_records->mode() != MergeMode::Conflicts)
         showMode(MergeMode::Conflicts);
     const int row = m_list->currentIndex().row();
@@ -245,44 +189,8 @@ void MergeWindow::goOn()
 
 void MergeWindow::showRecord()
 {
-    const qsizetype number = m_resolution->isInForce() ? currentNumber() : -1;
-    const bool isSame = number == m_shown;
-    if (!isSame)
-        m_sheet->commit();
-    m_shown = number;
-    if (!m_resolution->isInForce())
-        showNothing(tr("“Resolve Conflicts” was undone: the document holds all sides of the conflicts again. "
-                       "With Redo they come back here."));
-    else if (number < 0)
-        showNothing(tr("There are none."));
-    if (number >= 0) {
-        const auto at = std::size_t(number);
-        m_name->setText(m_resolution->keyOf(at));
-        m_explanation->setText(mergeExplanation(*m_resolution, at));
-        MergeSheet::Content content {
-            m_resolution->sidesOf(at), m_resolution->resultOf(at), mergeRows(*m_resolution, at), {}};
-        if (m_resolution->isOfLines(at))
-            content.lines = m_resolution->linesOf(at);
-        m_sheet->setContent(content, isSame);
-        makeRoom();
-    }
+    m_details->showRecord(m_resolution->isInForce() ? currentNumber() : -1);
     showState();
-}
-
-/// In a narrow window the list gives way, so that the three columns are seen.
-void MergeWindow::makeRoom()
-{
-    constexpr int kMost = 440;
-    const int wanted = m_sheet->minimumSizeHint().width()
-        + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, m_area);
-    m_area->setMinimumWidth(std::min(wanted, kMost));
-}
-
-void MergeWindow::showNothing(const QString &reason)
-{
-    m_name->clear();
-    m_explanation->setText(reason);
-    m_sheet->setContent({}, false);
 }
 
 void MergeWindow::refresh()
@@ -305,38 +213,12 @@ void MergeWindow::showState()
     m_state->setText(isInForce ? mergeStateText(*m_resolution) : QString());
     m_modes->setEnabled(isInForce);
     m_list->setEnabled(isInForce);
-    nameTaking();
-    const auto at = std::size_t(std::max(m_shown, qsizetype(0)));
-    const bool isConflict = m_shown >= 0 && m_resolution->record(at).conflict != ConflictKind::None;
-    const bool mayBeRenamed = m_shown >= 0 && m_resolution->renameOf(at) && !m_resolution->isRenamed(at);
-    m_takeOurs->setVisible(isConflict);
-    m_takeTheirs->setVisible(isConflict);
-    m_takeRename->setVisible(mayBeRenamed);
-    m_menus->enable({MergeMenus::TakeOurs, MergeMenus::TakeTheirs}, isConflict);
-    m_menus->enable({MergeMenus::TakeRename}, mayBeRenamed);
-    m_menus->enable({MergeMenus::TakeFieldOurs, MergeMenus::TakeFieldTheirs},
-                    isConflict && m_sheet->currentField().has_value());
     m_menus->enable({MergeMenus::TakeAllOurs, MergeMenus::TakeAllTheirs, MergeMenus::NextConflict,
                      MergeMenus::PreviousConflict},
                     isInForce && m_resolution->openCount() > 0);
     UndoManager &undo = *document->undoManager();
     m_menus->showHistory(undo, isInForce && (undo.lastOperation() || undo.stack()->index() > m_firstStep));
     m_menus->enable({MergeMenus::Save}, document->isDocumentEdited() || document->fileURL().isEmpty());
-}
-
-/// What it means to take a side of the record that is shown.
-void MergeWindow::nameTaking()
-{
-    const ConflictKind kind =
-        m_shown >= 0 ? m_resolution->record(std::size_t(m_shown)).conflict : ConflictKind::None;
-    const bool byUs = kind == ConflictKind::RemovedByUs;
-    const bool removes = byUs || kind == ConflictKind::RemovedByThem;
-    QAction *ours = action(MergeMenus::TakeOurs);
-    QAction *theirs = action(MergeMenus::TakeTheirs);
-    ours->setText(!removes ? tr("Take &Ours") : byUs ? tr("Rem&ove, as Ours") : tr("Keep, as &Ours"));
-    theirs->setText(!removes ? tr("Take &Theirs") : byUs ? tr("Keep, as &Theirs") : tr("Remove, as &Theirs"));
-    m_takeOurs->setAccessibleName(plainTextOf(ours->text()));
-    m_takeTheirs->setAccessibleName(plainTextOf(theirs->text()));
 }
 
 // Commands
@@ -370,32 +252,32 @@ void MergeWindow::perform(MergeMenus::Command command)
 
 void MergeWindow::takeRecord(MergeSide side)
 {
-    if (m_shown < 0 || !m_sheet->commit())
+    if (m_details->shown() < 0 || !sheet()->commit())
         return;
-    m_resolution->take(std::size_t(m_shown), side);
+    m_resolution->take(std::size_t(m_details->shown()), side);
     goOn();
 }
 
 void MergeWindow::takeField(MergeSide side)
 {
-    const std::optional<GlyphField> field = m_sheet->currentField();
-    if (m_shown < 0 || !field)
+    const std::optional<GlyphField> field = sheet()->currentField();
+    if (m_details->shown() < 0 || !field)
         return;
-    m_resolution->takeField(std::size_t(m_shown), *field, side);
+    m_resolution->takeField(std::size_t(m_details->shown()), *field, side);
     refresh();
 }
 
 void MergeWindow::takeRename()
 {
-    if (m_shown < 0 || !m_sheet->commit())
+    if (m_details->shown() < 0 || !sheet()->commit())
         return;
-    m_resolution->takeRename(std::size_t(m_shown));
+    m_resolution->takeRename(std::size_t(m_details->shown()));
     goOn();
 }
 
 void MergeWindow::takeAll(MergeSide side)
 {
-    if (!m_sheet->commit())
+    if (!sheet()->commit())
         return;
     m_resolution->takeAll(side);
     refresh();
@@ -404,7 +286,7 @@ void MergeWindow::takeAll(MergeSide side)
 void MergeWindow::undo()
 {
     VXDocument *document = m_resolution->document();
-    if (!m_sheet->commit() || !document || !action(MergeMenus::Undo)->isEnabled())
+    if (!sheet()->commit() || !document || !action(MergeMenus::Undo)->isEnabled())
         return;
     document->undoManager()->undo();
     refresh();
@@ -413,7 +295,7 @@ void MergeWindow::undo()
 void MergeWindow::redo()
 {
     VXDocument *document = m_resolution->document();
-    if (!m_sheet->commit() || !document)
+    if (!sheet()->commit() || !document)
         return;
     document->undoManager()->redo();
     refresh();
@@ -429,13 +311,13 @@ void MergeWindow::copyText()
 
 void MergeWindow::saveDocument()
 {
-    if (VXDocument *document = m_resolution->document(); document && m_sheet->commit())
+    if (VXDocument *document = m_resolution->document(); document && sheet()->commit())
         DocumentPanels::save(*document, this);
 }
 
 void MergeWindow::saveDocumentAs()
 {
-    if (VXDocument *document = m_resolution->document(); document && m_sheet->commit())
+    if (VXDocument *document = m_resolution->document(); document && sheet()->commit())
         DocumentPanels::saveAs(*document, this);
 }
 

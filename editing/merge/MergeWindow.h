@@ -1,18 +1,14 @@
 #pragma once
 
-#include "editing/merge/MergeHeadings.h"
-#include "editing/merge/MergeMenus.h"
+#include "editing/merge/MergeDetails.h"
 #include "editing/merge/MergeRecords.h"
-#include "editing/merge/MergeSheet.h"
 
 #include <QMainWindow>
 #include <QTimer>
 
 class QLabel;
 class QListView;
-class QScrollArea;
 class QTabBar;
-class QToolButton;
 
 namespace runebook {
 
@@ -29,10 +25,10 @@ public:
 
     const MergeResolution &resolution() const { return *m_resolution; }
     QAction *action(MergeMenus::Command command) const { return m_menus->action(command); }
-    MergeSheet *sheet() const { return m_sheet; }
+    MergeSheet *sheet() const { return m_details->sheet(); }
     QListView *list() const { return m_list; }
     /// Hands over what is being typed; false when it is refused.
-    Q_INVOKABLE bool commitEditing() { return m_sheet->commit(); }
+    Q_INVOKABLE bool commitEditing() { return sheet()->commit(); }
 
 public: // commands
     void saveDocument();
@@ -60,9 +56,7 @@ protected:
 
 private:
     void buildContent();
-    QWidget *buildDetails();
     void perform(MergeMenus::Command command);
-    QToolButton *makeButton(MergeMenus::Command command, QWidget *parent);
     void watchDocument();
 
     qsizetype currentNumber() const;
@@ -70,29 +64,18 @@ private:
     void goToConflict(int step);
     void goOn();
     void showRecord();
-    void showNothing(const QString &reason);
-    void makeRoom();
     void showState();
-    void nameTaking();
     void refresh();
     void askToClose(qsizetype open, bool isAlone);
 
     std::unique_ptr<MergeResolution> m_resolution;
-    MergeTitles m_titles;
     MergeMenus *m_menus;
     MergeRecords *m_records;
+    MergeDetails *m_details;
     QTabBar *m_modes = nullptr;
     QListView *m_list = nullptr;
-    QLabel *m_name = nullptr;
-    QLabel *m_explanation = nullptr;
-    QToolButton *m_takeOurs = nullptr;
-    QToolButton *m_takeTheirs = nullptr;
-    QToolButton *m_takeRename = nullptr;
-    MergeSheet *m_sheet = nullptr;
-    QScrollArea *m_area = nullptr; ///< of the sheet
     QLabel *m_state = nullptr;
     QTimer m_refresh;
-    qsizetype m_shown = -1; ///< the record that the sheet shows
     int m_firstStep = 0; ///< of the document's history that this window may undo
     bool m_closesOpen = false;
 };
