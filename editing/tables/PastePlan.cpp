@@ -7,6 +7,7 @@
 #include "model/EditedValue.h"
 #include "model/FieldTable.h"
 #include "model/GlyphReading.h"
+#include "platform/TurningWindows.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -173,6 +174,16 @@ PastePlan::PastePlan(const PastedTable &table, const PasteChoices &choices, cons
         lookAt(row);
     resolveNames(target.document);
     count();
+}
+
+PastePlan PastePlan::madeApart(const PastedTable &table, const PasteChoices &choices,
+                               const PasteTarget &target)
+{
+    constexpr qint64 kUsualRow = 150; // bytes, of a record as of a row
+    const qint64 bytes = (std::ssize(target.document.infos()) + std::ssize(table.rows)) * kUsualRow;
+    PastePlan plan;
+    doApart(bytes, [&] { plan = PastePlan(table, choices, target); });
+    return plan;
 }
 
 void PastePlan::addRow(quint32 tableRow, InfoPtr info, State state)
@@ -426,6 +437,9 @@ QString PastePlan::summary() const
     if (!m_refusals.empty())
         parts << counted(std::ssize(m_refusals), Texts::tr("one value is invalid"),
                          Texts::tr("%1 values are invalid"));
+    if (m_table && m_table->faultyRows > 0)
+        parts << counted(m_table->faultyRows, Texts::tr("one row cannot be read for its quotes"),
+                         Texts::tr("%1 rows cannot be read for their quotes"));
     if (parts.isEmpty())
         return Texts::tr("Nothing changes.");
     QString sentence = parts.join(u", "_s);

@@ -76,6 +76,9 @@ public:
 
     PastePlan() = default;
     PastePlan(const PastedTable &table, const PasteChoices &choices, const PasteTarget &target);
+    /// The same, made apart while windows turn where there is very much: see TurningWindows.
+    static PastePlan madeApart(const PastedTable &table, const PasteChoices &choices,
+                               const PasteTarget &target);
 
     const std::vector<Row> &rows() const { return m_rows; }
     const std::vector<Refusal> &refusals() const { return m_refusals; }

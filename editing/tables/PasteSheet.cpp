@@ -6,6 +6,7 @@
 #include "editing/tables/PastePreviewModel.h"
 #include "platform/PlainLabel.h"
 #include "platform/ShownText.h"
+#include "platform/TurningWindows.h"
 #include "platform/WindowPlacement.h"
 
 #include <QCheckBox>
@@ -291,7 +292,10 @@ void PasteSheet::takeRows()
 void PasteSheet::refresh()
 {
     m_preview->setPlan(nullptr, nullptr, {});
-    m_plan = PastePlan(m_table, m_choices, m_target);
+    {
+        const TurningWindows turning(tr("Looking what changes…"), isVisible() ? this : parentWidget());
+        m_plan = PastePlan::madeApart(m_table, m_choices, m_target);
+    }
     m_preview->setPlan(&m_plan, &m_table, m_choices);
     const QString obstacle = m_plan.obstacle();
     m_summary->setText(obstacle.isNull() || obstacle == m_plan.summary()

@@ -23,12 +23,18 @@ constexpr Form kTabs {"text/tab-separated-values"_L1, '\t'};
 constexpr Form kCommas {"text/csv"_L1, ','};
 constexpr std::array kForms {kPlain, kTabs, kCommas};
 
-QByteArray tableBytes(const InfoList &infos, const std::vector<GlyphField> &fields, char separator)
+TableChoices choicesFor(const std::vector<GlyphField> &fields)
 {
     TableChoices choices = TableChoices::remembered();
     choices.fields = fields;
-    choices.separator = separator;
     choices.hasByteOrderMark = false;
+    return choices;
+}
+
+/// Any thread.
+QByteArray tableBytes(const InfoList &infos, TableChoices choices, char separator)
+{
+    choices.separator = separator;
     QByteArray bytes;
     const BlockSink sink = [&bytes](std::string_view block) {
         bytes.append(block.data(), std::ssize(block));
@@ -65,7 +71,7 @@ protected:
             return QMimeData::retrieveData(type, preferred);
         QByteArray &bytes = m_bytes[form->separator == '\t' ? 0 : 1];
         if (bytes.isEmpty())
-            bytes = tableBytes(m_infos, m_fields, form->separator);
+            bytes = tableBytes(m_infos, choicesFor(m_fields), form->separator);
         return bytes;
     }
 
@@ -91,12 +97,15 @@ std::unique_ptr<QMimeData> tableData(const InfoList &infos, const std::vector<Gl
     if (infos.empty() || fields.empty())
         return nullptr;
     constexpr qsizetype kUsualRow = 200; // bytes
+    const TableChoices choices = choicesFor(fields);
     std::array<QByteArray, 2> bytes;
+    QString text;
     doApart(std::ssize(infos) * kUsualRow, [&] {
-        bytes = {tableBytes(infos, fields, kTabs.separator), tableBytes(infos, fields, kCommas.separator)};
+        bytes = {tableBytes(infos, choices, kTabs.separator), tableBytes(infos, choices, kCommas.separator)};
+        text = QString::fromUtf8(bytes[0]);
     });
     auto data = std::make_unique<QMimeData>();
-    data->setText(QString::fromUtf8(bytes[0]));
+    data->setText(text);
     data->setData(kTabs.type, bytes[0]);
     data->setData(kCommas.type, bytes[1]);
     return data;

@@ -169,11 +169,17 @@ QString TableCommands::pasteText(const QString &text, Error *error)
     return paste(table, usualChoices(table, columnsFromCurrent(), target()), error);
 }
 
+PastePlan TableCommands::planned(const PastedTable &table, const PasteChoices &choices) const
+{
+    const TurningWindows turning(tr("Pasting…"), QApplication::activeWindow());
+    return PastePlan::madeApart(table, choices, target());
+}
+
 /// Null without an error when the user has stopped it.
 QString TableCommands::paste(const PastedTable &table, const PasteChoices &choices, Error *error)
 {
     try {
-        const PastePlan plan(table, choices, target());
+        const PastePlan plan = planned(table, choices);
         if (const QString obstacle = plan.obstacle(); !obstacle.isNull())
             return fail(error, refusal(obstacle)), QString();
         constexpr std::size_t kForEachChange = 64;

@@ -36,6 +36,7 @@ private:
     InfoList infosOf(TableRecords which) const;
     bool askAboutOneCell(const PastedTable &table);
     void openSheet(PastedTable table);
+    PastePlan planned(const PastedTable &table, const PasteChoices &choices) const;
     QString paste(const PastedTable &table, const PasteChoices &choices, Error *error);
 
     WindowParts m_parts;

@@ -146,7 +146,7 @@ void WindowMenus::buildEditMenu()
     for (QAction *action : menu->actions().sliced(before))
         m_rowMenu.add(action);
     m_rowMenu.add(addCommand(
-        menu, tr("Copy as Ta&ble"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
+        menu, tr("Copy as Ta&ble"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T),
         [this] { m_features.tables.copyAsTable(); }, [&list] { return list.countOfArrangedObjects() > 0; }));
     m_rowMenu.add(addCommand(
         menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [&commands] { commands.duplicate(); },

@@ -52,6 +52,21 @@ private Q_SLOTS:
         QVERIFY(offers->actions().at(item)->text().contains(u'&')); // a key for it
     }
 
+    /// Of two commands with the same key neither would act.
+    void everyKeyBelongsToOneCommand()
+    {
+        m_delegate.openAtStart({});
+        QHash<QString, QString> owners;
+        for (const QAction *action : frontWindow()->menuBar()->findChildren<QAction *>()) {
+            for (const QKeySequence &key : action->shortcuts()) {
+                QVERIFY2(!owners.contains(key.toString()),
+                         qPrintable(key.toString() + u' ' + action->text() + owners.value(key.toString())));
+                owners.insert(key.toString(), action->text());
+            }
+        }
+        QVERIFY(owners.contains(u"Ctrl+Shift+T"_s) && owners.contains(u"Ctrl+Shift+C"_s));
+    }
+
     void togglesTheMacroPanel()
     {
         m_delegate.openAtStart({});
