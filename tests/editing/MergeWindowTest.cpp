@@ -235,6 +235,7 @@ private Q_SLOTS:
         press(u"<Ctrl+Z>"_s);
         QCOMPARE(text(), before);
         QCOMPARE(openCount(), 1);
+        QVERIFY(m_window->resolution().resultOf(0));
         press(u"<Ctrl+Shift+Z>"_s);
         QVERIFY(text().contains('\n' + line));
         document()->infos().at(0)->setScript(u"latin"_s); // what is edited is printed anew
