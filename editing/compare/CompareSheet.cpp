@@ -15,6 +15,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int kArrowsWidth = 52;
+constexpr int kSpacing = 8;
+constexpr int kRightMargin = 6;
+/// With less for its values captions stand above them.
+constexpr int kValueWidth = 160;
+
 bool isChoice(GlyphField field)
 {
     return field == GlyphField::Case || field == GlyphField::Direction;
@@ -51,19 +57,19 @@ QString spokenName(CompareSheet::Side side, const ComparedField &field, bool dif
 
 } // namespace
 
-CompareSheet::CompareSheet(QWidget *parent) : QWidget(parent)
+CompareSheet::CompareSheet(QWidget *parent) : QWidget(parent), m_grid(new QGridLayout(this))
 {
-    auto *grid = new QGridLayout(this);
-    grid->setContentsMargins(0, 4, 6, 8);
-    grid->setHorizontalSpacing(8);
-    grid->setVerticalSpacing(5);
-    grid->setColumnStretch(1, 1);
-    grid->setColumnMinimumWidth(2, 52); // of the arrows, so that nothing moves when they come and go
-    grid->setColumnStretch(4, 1);
+    m_grid->setContentsMargins(0, 4, kRightMargin, 8);
+    m_grid->setHorizontalSpacing(kSpacing);
+    m_grid->setVerticalSpacing(5);
+    m_grid->setColumnStretch(1, 1);
+    m_grid->setColumnMinimumWidth(2, kArrowsWidth); // so that nothing moves when they come and go
+    m_grid->setColumnStretch(4, 1);
     m_rows.reserve(static_cast<std::size_t>(comparedFields().size()));
     for (const ComparedField &field : comparedFields())
-        addRow(*grid, field);
-    grid->setRowStretch(grid->rowCount(), 1);
+        addRow(field);
+    m_grid->setRowStretch(2 * static_cast<int>(m_rows.size()), 1);
+    layOut(false);
 }
 
 CompareSheet::Half CompareSheet::makeHalf(Side side, const ComparedField &field)
@@ -72,8 +78,6 @@ CompareSheet::Half CompareSheet::makeHalf(Side side, const ComparedField &field)
         (side == Left ? u"leftLable"_s : u"rightLable"_s) + QString::fromLatin1(field.name);
     Half half;
     half.label = plainLabel(titleOf(field), this);
-    half.label->setAlignment(Qt::AlignRight | Qt::AlignTop);
-    half.label->setContentsMargins(0, 3, 0, 0);
     if (isChoice(field.field)) {
         half.cells = new ChoiceCells(titleOf(field), choicesOf(field.field), this);
         half.cells->setObjectName(outlet);
@@ -86,30 +90,83 @@ CompareSheet::Half CompareSheet::makeHalf(Side side, const ComparedField &field)
     return half;
 }
 
-void CompareSheet::addRow(QGridLayout &grid, const ComparedField &field)
+void CompareSheet::addRow(const ComparedField &field)
 {
-    const int line = grid.rowCount();
     Row row {&field, {}};
+    row.arrowBox = new QWidget(this);
     for (const Side side : {Left, Right}) {
         Half &half = row.sides[side];
         half = makeHalf(side, field);
-        grid.addWidget(half.label, line, side == Left ? 0 : 3);
         row.arrows[side] = makeArrow(side, field);
-        QWidget *value = half.value ? static_cast<QWidget *>(half.value) : half.cells;
-        grid.addWidget(value, line, side == Left ? 1 : 4, Qt::AlignTop);
         if (half.value) {
             connect(half.value, &CompareField::wantedHeightChanged, this,
                     [this, field = field.field] { adjustHeight(rowOf(field)); });
         }
-        value->installEventFilter(this);
+        half.field()->installEventFilter(this);
     }
-    auto *arrows = new QHBoxLayout;
+    auto *arrows = new QHBoxLayout(row.arrowBox);
+    arrows->setContentsMargins(0, 0, 0, 0);
     arrows->setSpacing(2);
     arrows->addWidget(row.arrows[Left]);
     arrows->addWidget(row.arrows[Right]);
-    grid.addLayout(arrows, line, 2, Qt::AlignTop | Qt::AlignHCenter);
     m_rows.push_back(row);
 }
+
+// Where it stands
+
+/// The least width with which captions stand beside the values.
+int CompareSheet::widthBesideCaptions() const
+{
+    int captions = 0;
+    for (const Row &row : m_rows) {
+        for (const Half &half : row.sides)
+            captions = std::max(captions, half.label->sizeHint().width());
+    }
+    return 2 * (captions + kValueWidth) + kArrowsWidth + 4 * kSpacing + kRightMargin;
+}
+
+QSize CompareSheet::minimumSizeHint() const
+{
+    int values = 0;
+    for (const Row &row : m_rows) {
+        for (const Half &half : row.sides)
+            values = std::max(values, half.field()->minimumSizeHint().width());
+    }
+    return {2 * values + kArrowsWidth + 2 * kSpacing + kRightMargin, QWidget::minimumSizeHint().height()};
+}
+
+void CompareSheet::layOut(bool isNarrow)
+{
+    m_isNarrow = isNarrow;
+    for (std::size_t i = 0; i < m_rows.size(); ++i)
+        place(m_rows[i], 2 * static_cast<int>(i));
+}
+
+void CompareSheet::place(const Row &row, int line)
+{
+    for (const Side side : {Left, Right}) {
+        const Half &half = row.sides[side];
+        const int column = side == Left ? 0 : 3;
+        half.label->setAlignment(m_isNarrow ? Qt::AlignLeft | Qt::AlignBottom
+                                            : Qt::AlignRight | Qt::AlignTop);
+        half.label->setContentsMargins(0, m_isNarrow ? 0 : 3, 0, 0);
+        m_grid->removeWidget(half.label);
+        m_grid->removeWidget(half.field());
+        m_grid->addWidget(half.label, line, m_isNarrow ? column + 1 : column);
+        m_grid->addWidget(half.field(), line + m_isNarrow, column + 1, Qt::AlignTop);
+    }
+    m_grid->removeWidget(row.arrowBox);
+    m_grid->addWidget(row.arrowBox, line + m_isNarrow, 2, Qt::AlignTop | Qt::AlignHCenter);
+}
+
+bool CompareSheet::event(QEvent *event)
+{
+    if (event->type() == QEvent::Resize && (width() < widthBesideCaptions()) != m_isNarrow)
+        layOut(!m_isNarrow);
+    return QWidget::event(event);
+}
+
+// Fields
 
 QToolButton *CompareSheet::makeArrow(Side target, const ComparedField &field)
 {
@@ -179,10 +236,11 @@ void CompareSheet::setOnlyDifferent(bool onlyDifferent)
 void CompareSheet::showRow(const Row &row)
 {
     const bool isFolded = m_onlyDifferent && !row.differs;
+    row.arrowBox->setHidden(isFolded);
     for (const Side side : {Left, Right}) {
         const Half &half = row.sides[side];
         half.label->setHidden(isFolded);
-        (half.value ? static_cast<QWidget *>(half.value) : half.cells)->setHidden(isFolded);
+        half.field()->setHidden(isFolded);
         row.arrows[side]->setVisible(row.differs && row.hasBoth);
         row.arrows[side]->setEnabled(m_isWritable[side]);
     }

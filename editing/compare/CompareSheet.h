@@ -18,6 +18,7 @@ class QToolButton;
 namespace runebook {
 
 /// The two detail panes of the compare window side by side, field beside field, so that they scroll as one.
+/// Where there is little room the captions stand above the values.
 class CompareSheet : public QWidget
 {
     Q_OBJECT
@@ -26,6 +27,7 @@ public:
     using enum ComparedDocuments::Side;
 
     explicit CompareSheet(QWidget *parent = nullptr);
+    QSize minimumSizeHint() const override;
 
     /// Shows one field, of which all is known: its values, several distinct ones one below the other, and by
     /// the captions whether they differ. Code points differ where keys do, so their captions say nothing.
@@ -59,6 +61,7 @@ Q_SIGNALS:
     void takeRequested(runebook::CompareSheet::Side target, runebook::GlyphField field);
 
 protected:
+    bool event(QEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -66,17 +69,23 @@ private:
         QLabel *label = nullptr;
         CompareField *value = nullptr; ///< null for choices
         ChoiceCells *cells = nullptr; ///< null for texts
+
+        QWidget *field() const { return value ? static_cast<QWidget *>(value) : cells; }
     };
     struct Row {
         const ComparedField *field;
         std::array<Half, 2> sides;
         std::array<QToolButton *, 2> arrows {}; ///< by the side into which they take
+        QWidget *arrowBox = nullptr;
         bool differs = false;
         bool hasBoth = false; ///< a record on either side
     };
 
     QColor captionColor(bool differs) const;
-    void addRow(QGridLayout &grid, const ComparedField &field);
+    void addRow(const ComparedField &field);
+    int widthBesideCaptions() const;
+    void layOut(bool isNarrow);
+    void place(const Row &row, int line);
     Half makeHalf(Side side, const ComparedField &field);
     QToolButton *makeArrow(Side target, const ComparedField &field);
     void showRow(const Row &row);
@@ -84,6 +93,8 @@ private:
     const Row &rowOf(GlyphField field) const { return m_rows[placeOf(field)]; }
     static void adjustHeight(const Row &row);
 
+    QGridLayout *m_grid;
+    bool m_isNarrow = false;
     std::vector<Row> m_rows;
     std::array<bool, 2> m_isWritable {true, true};
     bool m_onlyDifferent = false;

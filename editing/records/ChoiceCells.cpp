@@ -1,8 +1,9 @@
 #include "editing/records/ChoiceCells.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
+#include <QLayout>
 #include <QPainter>
+#include <QStyle>
 
 namespace runebook {
 
@@ -40,22 +41,89 @@ private:
     bool m_isLit = false;
 };
 
+/// Lays widgets out beside each other, in as many lines as they need.
+class LinesLayout : public QLayout
+{
+public:
+    explicit LinesLayout(QWidget *parent) : QLayout(parent)
+    {
+        setContentsMargins(0, 0, 0, 0);
+        setSpacing(1);
+    }
+    ~LinesLayout() override { qDeleteAll(m_items); }
+    Q_DISABLE_COPY_MOVE(LinesLayout)
+
+    void addItem(QLayoutItem *item) override { m_items << item; }
+    int count() const override { return static_cast<int>(m_items.size()); }
+    QLayoutItem *itemAt(int index) const override { return m_items.value(index); }
+    QLayoutItem *takeAt(int index) override
+    {
+        return index >= 0 && index < count() ? m_items.takeAt(index) : nullptr;
+    }
+    QSize sizeHint() const override
+    {
+        QSize all;
+        for (const QLayoutItem *item : m_items)
+            all = {all.width() + item->sizeHint().width() + spacing(),
+                   qMax(all.height(), item->sizeHint().height())};
+        return all;
+    }
+    QSize minimumSize() const override
+    {
+        QSize widest;
+        for (const QLayoutItem *item : m_items)
+            widest = widest.expandedTo(item->sizeHint());
+        return widest;
+    }
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override
+    {
+        return layOut({0, 0, width, 0}, [](auto &&...) {});
+    }
+    void setGeometry(const QRect &area) override
+    {
+        QLayout::setGeometry(area);
+        const Qt::LayoutDirection direction = parentWidget()->layoutDirection();
+        layOut(area, [&](QLayoutItem &item, const QRect &place) {
+            item.setGeometry(QStyle::visualRect(direction, area, place));
+        });
+    }
+
+private:
+    /// Tells \a put the place of each item; the height of all.
+    template <typename Put> int layOut(const QRect &area, Put put) const
+    {
+        QPoint next = area.topLeft();
+        int lineHeight = 0;
+        for (QLayoutItem *item : m_items) {
+            const QSize size = item->sizeHint();
+            if (next.x() > area.x() && next.x() + size.width() > area.x() + area.width()) {
+                next = {area.x(), next.y() + lineHeight + spacing()};
+                lineHeight = 0;
+            }
+            put(*item, QRect(next, size));
+            next.rx() += size.width() + spacing();
+            lineHeight = qMax(lineHeight, size.height());
+        }
+        return next.y() + lineHeight - area.y();
+    }
+
+    QList<QLayoutItem *> m_items;
+};
+
 } // namespace
 
 ChoiceCells::ChoiceCells(const QString &title, const QList<Choice> &choices, QWidget *parent)
     : QWidget(parent), m_title(title), m_choices(choices)
 {
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(1);
+    auto *lines = new LinesLayout(this);
     for (const Choice &choice : choices) {
         auto *cell = new Cell(choice.title, this);
         cell->setTextFormat(Qt::PlainText);
         cell->setContentsMargins(6, 2, 6, 2);
-        row->addWidget(cell);
+        lines->addWidget(cell);
         m_cells << cell;
     }
-    row->addStretch();
     setChosen({});
 }
 
