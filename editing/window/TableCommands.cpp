@@ -20,6 +20,7 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 #include <new>
 
 namespace runebook {
@@ -203,8 +204,11 @@ QString TableCommands::paste(const PastedTable &table, const PasteChoices &choic
         }
         if (!progress.added.empty()) {
             m_parts.list.setSelectedObjects(progress.added);
-            m_parts.table.scrollTo(
-                m_parts.list.index(int(m_parts.list.rowOfObject(progress.added.front())), 0));
+            // The message takes the place of the last rows.
+            QTimer::singleShot(0, this, [this, first = progress.added.front()] {
+                const qsizetype row = m_parts.list.rowOfObject(first);
+                m_parts.table.scrollTo(m_parts.list.index(static_cast<int>(row), 0));
+            });
         }
         m_parts.showMessage(plan.summary());
         return plan.summary();
