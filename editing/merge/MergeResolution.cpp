@@ -235,9 +235,12 @@ void MergeResolution::takeAll(MergeSide side)
 {
     if (!m_document || m_openCount == 0)
         return;
-    const QString name =
-        side == MergeSide::Ours ? tr("Take %1 Conflicts from Ours") : tr("Take %1 Conflicts from Theirs");
-    const UndoGroup group(m_document->undoManager(), name.arg(QLocale().toString(m_openCount)));
+    const bool fromUs = side == MergeSide::Ours;
+    const QString name = m_openCount == 1
+        ? (fromUs ? tr("Take One Conflict from Ours") : tr("Take One Conflict from Theirs"))
+        : (fromUs ? tr("Take %1 Conflicts from Ours") : tr("Take %1 Conflicts from Theirs"))
+              .arg(QLocale().toString(m_openCount));
+    const UndoGroup group(m_document->undoManager(), name);
     for (std::size_t number = 0; number < m_states.size(); ++number) {
         if (!isResolved(number))
             takeRecord(number, side, fieldsOf(number) & ~m_states[number].chosen);

@@ -198,7 +198,7 @@ private Q_SLOTS:
         const InfoPtr info = document()->infos().at(0);
         QCOMPARE(info->category() + info->script(), u"ourstheirs"_s);
         // Steps are told by their names, and can be chosen.
-        QCOMPARE(plain(m_window->action(MergeMenus::Undo)->text()), u"Undo Take 1 Conflicts from Theirs"_s);
+        QCOMPARE(plain(m_window->action(MergeMenus::Undo)->text()), u"Undo Take One Conflict from Theirs"_s);
         QMenu *history = menu(u"History"_s);
         Q_EMIT history->aboutToShow();
         QCOMPARE(offersOf(*history).size(), 3);
