@@ -656,6 +656,7 @@ void RSRTVArrayController::removeRows(const IndexSet &gone)
         replaceRows(std::move(rows));
         return;
     }
+    const InfoList currents = currentAndNeighbours();
     Q_EMIT arrangedObjectsAboutToChange();
     m_isRestoring = true;
     for (auto row = gone.rbegin(); row != gone.rend(); ++row) {
@@ -663,8 +664,9 @@ void RSRTVArrayController::removeRows(const IndexSet &gone)
         m_rows.erase(m_rows.begin() + *row);
         endRemoveRows();
     }
-    m_isRestoring = false;
     m_rowOfPlace.clear();
+    restoreCurrent(currents, [](const InfoPtr &info) { return info; });
+    m_isRestoring = false;
     Q_EMIT arrangedObjectsChanged();
     Q_EMIT selectionChanged();
 }

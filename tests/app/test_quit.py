@@ -3,8 +3,9 @@
 
     test_quit.py --program PATH
 
-On a screen of its own: by Ctrl+Q in a document, and by the system's request to end. What scripts wrote is in
-their files when it was quit; the system does not wait for that, as it does not for Python's own program.
+On a screen of its own: by Ctrl+Q in a document, and by the system's request to end, in the middle of a script as
+well. What scripts wrote is in their files when it was quit; the system does not wait for that, as it does not for
+Python's own program. What was typed into the document before is kept for the next start.
 """
 import argparse
 import os
@@ -15,7 +16,7 @@ import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, os.pardir, "tools", "torture"))
 from keyboard import Screen  # noqa: E402
-from program_torture import Files, Place, text_of  # noqa: E402
+from program_torture import Files, Place, Typist, text_of  # noqa: E402
 
 CODE = ("import atexit, threading\\n"
         "f = open('open.csv', 'w')\\nf.write('hello')\\n"
@@ -23,6 +24,7 @@ CODE = ("import atexit, threading\\n"
         "threading.Thread(target=lambda: (threading.Event().wait(1), open('thread.csv', 'w').write('joined'))).start()\\n"
         "NSApplication.sharedApplication().checkForUpdates_(None)\\n"
         "open('ran', 'w').close()\\n")
+ENDLESS = "Doc[5].name = 'half'\\nopen('ran', 'w').close()\\nwhile True: pass\\n"
 
 
 def press_until(press, is_done, seconds=30):
@@ -44,6 +46,35 @@ def quit_document(screen, program):
 
 def ask_to_end(screen, program):
     program.send_signal(signal.SIGTERM)
+
+
+def end_a_run(program, screen, text):
+    """Asked to end while a script runs, the program does so at once, and nothing typed is lost."""
+    place = Place(text)
+    with open(place.settings, "w", encoding="utf-8") as settings:
+        settings.write(f'[General]\nshowMacroPanel=true\nmacroCode="{ENDLESS}"\n')
+    running = subprocess.Popen([program, "--new-instance", place.file], cwd=place.folder,
+                               env=place.environment(screen.name), stdout=subprocess.DEVNULL)
+    try:
+        assert screen.focus("Macro") and screen.focus("data.xml"), "no windows"
+        typist = Typist(screen)
+        for key in ("Down", "Right", "F2"):
+            typist.press(key)
+        typist.word()
+        typist.press("Return")
+        assert screen.focus("Macro")
+        ran = os.path.join(place.folder, "ran")
+        press_until(lambda: screen.key("Control_L", "Return"), lambda: os.path.exists(ran))
+        assert place.kept_words() == {1}, "what the script finds is not kept while it runs"
+        ask_to_end(screen, running)
+        assert running.wait(30) == -signal.SIGTERM
+        kept = "".join(map(text_of, place.autosaves()))
+        assert 'name="half"' in kept, "nor what the script has done"
+        assert place.kept_words() == {1} and text_of(place.file) == text
+    finally:
+        running.kill()
+        running.wait()
+        place.remove()
 
 
 def test(program, screen, text, leave):
@@ -83,6 +114,7 @@ def main():
         for leave in (quit_document, ask_to_end):
             print(leave.__name__, flush=True)
             test(program, screen, text, leave)
+        end_a_run(program, screen, text)
     finally:
         screen.close()
 

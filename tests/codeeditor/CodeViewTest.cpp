@@ -21,15 +21,28 @@ using namespace runebook;
 
 namespace {
 
-class RefusingDelegate : public QObject, public JSTTextViewDelegate
+/// Allows every edit or none, and works out for itself what it would lead to.
+class JudgingDelegate : public QObject, public JSTTextViewDelegate
 {
     Q_OBJECT
     Q_INTERFACES(JSTTextViewDelegate)
 public:
-    bool textViewShouldChangeTextInRangeReplacementString(JSTTextView *, TextRange, const QString &) override
+    bool textViewShouldChangeTextInRangeReplacementString(JSTTextView *view, TextRange range,
+                                                          const QString &text) override
     {
-        return false;
+        outcome = view->string().replace(range.location, range.length, text);
+        return allows;
     }
+    QStringList textViewCompletionsForPartialWordRangeIndexOfSelectedItem(JSTTextView *view,
+                                                                          const QStringList &words,
+                                                                          TextRange range,
+                                                                          int *index) override
+    {
+        return document->textViewCompletionsForPartialWordRangeIndexOfSelectedItem(view, words, range, index);
+    }
+    JSTDocument *document = nullptr; ///< which everything else is left to
+    bool allows = false;
+    QString outcome;
 };
 
 /// Shows the text with "|" for the caret.
@@ -247,29 +260,42 @@ private Q_SLOTS:
         QCOMPARE(editor.view.string(), u"a\t\nb\n"_s);
     }
 
-    void refusedEditsChangeNothing()
+    void editsAreAskedAbout()
     {
-        RefusingDelegate delegate;
+        JudgingDelegate judge;
+        const QString text = u"\tfo   b\n"_s;
         for (const bool isReadOnly : {false, true}) {
-            EditorFixture editor;
-            editor.view.setString(u"\tfo   b\n"_s);
-            isReadOnly ? editor.view.setReadOnly(true) : editor.view.setDelegate(&delegate);
-            editor.view.setSelectedRange({3, 0});
-            for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backspace, Qt::Key_X}) {
-                if (isReadOnly) // the delegate is not asked about single keys
-                    QTest::keyClick(&editor.view, key);
+            for (const bool isAllowed : {false, true}) {
+                EditorFixture editor;
+                JSTTextView &view = editor.view;
+                isReadOnly ? view.setReadOnly(true) : view.setDelegate(&judge);
+                judge.allows = isAllowed;
+                judge.document = &editor.document;
+                // A delegate is not asked about single keys.
+                const QList<std::function<void()>> edits {
+                    [&] { view.insertText(u"x"_s); },
+                    [&] { QTest::keyClick(&view, Qt::Key_Return); },
+                    [&] { QTest::keyClick(&view, Qt::Key_Delete, Qt::ControlModifier); },
+                    [&] { view.commentSelection(); },
+                    [&] { view.shiftSelectedLinesRight(); },
+                    [&] { isReadOnly ? QTest::keyClicks(&view, u"x\t\b"_s) : void(); },
+                };
+                for (const auto &edit : edits) {
+                    view.setString(text);
+                    view.setSelectedRange({3, 0});
+                    judge.outcome = text;
+                    edit();
+                    QCOMPARE(view.string(), isAllowed ? judge.outcome : text);
+                    QCOMPARE(judge.outcome != text, !isReadOnly && &edit != &edits.last());
+                }
+                view.setString(text);
+                view.setSelectedRange({3, 0});
+                QTest::keyClick(&view, Qt::Key_Space, Qt::ControlModifier);
+                QCOMPARE(offeredWords(view).isEmpty(), isReadOnly);
+                QCOMPARE(view.testAttribute(Qt::WA_InputMethodEnabled), !isReadOnly); // or none is asked
+                view.shiftSelectedLinesLeft(); // works on the characters and asks no delegate
+                QCOMPARE(view.string(), isReadOnly ? text : u"fo   b\n"_s);
             }
-            editor.view.insertText(u"x"_s);
-            QTest::keyClick(&editor.view, Qt::Key_Return);
-            QTest::keyClick(&editor.view, Qt::Key_Delete, Qt::ControlModifier);
-            editor.view.commentSelection();
-            editor.view.shiftSelectedLinesRight();
-            QCOMPARE(editor.view.string(), u"\tfo   b\n"_s);
-            QTest::keyClick(&editor.view, Qt::Key_Space, Qt::ControlModifier);
-            QCOMPARE(offeredWords(editor.view), QStringList());
-            QCOMPARE(editor.view.testAttribute(Qt::WA_InputMethodEnabled), !isReadOnly); // or none is asked
-            editor.view.shiftSelectedLinesLeft(); // works on the characters and asks no delegate
-            QCOMPARE(editor.view.string(), isReadOnly ? u"\tfo   b\n"_s : u"fo   b\n"_s);
         }
     }
 

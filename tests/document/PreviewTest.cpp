@@ -11,6 +11,7 @@
 #include <QFontInfo>
 #include <QRawFont>
 #include <QRegularExpression>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 using namespace runebook;
@@ -264,8 +265,14 @@ private Q_SLOTS:
         VXDocument::registerPreviewFontForScript(kFontFolder + u"DejaVuSerif.ttf"_s, u"greek"_s);
         QVERIFY(tableDrawn(u"greek"_s) == serif);
         QTRY_VERIFY(tableDrawn() == tableOfFile());
-        for (const qsizetype size : {0, 3, 11, 40, 300}) // damaged, it is no font
+        const auto number = [&](qsizetype at) { return qFromBigEndian<quint32>(renamed.constData() + at); };
+        const int tables = number(4) >> 16;
+        qsizetype end = 0; // of the last table; what follows fills up
+        for (qsizetype entry = 12; entry < 12 + 16 * tables; entry += 16)
+            end = std::max(end, qsizetype(number(entry + 8)) + number(entry + 12));
+        for (const qsizetype size : QList<qsizetype> {0, 3, 11, 40, 300, end - 1}) // damaged, it is no font
             QVERIFY(fontWithFamily(renamed.left(size), u"x"_s).isEmpty());
+        QVERIFY(!fontWithFamily(renamed.left(end), u"x"_s).isEmpty());
         VXDocument::removePreviewFontForScript(u"latin"_s);
     }
 

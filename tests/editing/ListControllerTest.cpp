@@ -86,6 +86,42 @@ struct ExpectedRows {
     }
 };
 
+/// The selection by scans: what was chosen stays so while it is listed, whether it is seen or not; the next
+/// row, else the one before, follows on a current one that is gone.
+struct ExpectedSelection {
+    const RSRTVArrayController &controller;
+    std::set<InfoPtr> chosen;
+    InfoPtr current;
+    InfoList former; ///< the rows before the step
+    bool isKnown;
+
+    void take()
+    {
+        isKnown = true;
+        const InfoList selected = controller.selectedObjects();
+        chosen = {selected.begin(), selected.end()};
+        current = shownCurrent();
+    }
+    void follow()
+    {
+        const auto isListed = [](const InfoPtr &info) { return info->listings() > 0; };
+        std::erase_if(chosen, [&](const InfoPtr &info) { return !isListed(info); });
+        if (!current || isListed(current))
+            return;
+        const auto gone = std::ranges::find(former, current);
+        const auto next = std::find_if(gone, former.end(), isListed);
+        const auto before = std::find_if(std::make_reverse_iterator(gone), former.rend(), isListed);
+        current = next != former.end()                        ? *next
+            : gone != former.end() && before != former.rend() ? *before
+                                                              : nullptr;
+    }
+    InfoPtr shownCurrent() const
+    {
+        const QModelIndex index = controller.selectionModel()->currentIndex();
+        return index.isValid() ? controller.arrangedObjectAtIndex(index.row()) : nullptr;
+    }
+};
+
 } // namespace
 
 class ListControllerTest : public QObject
@@ -144,17 +180,8 @@ private Q_SLOTS:
     }
 
     TABLE(selectionSurvives, (const QString &step, const QString &expected), {
-        row("filter that keeps b", "filter b", "[b] ab");
-        row("filter that hides b", "filter c", "c");
-        row("filter and clear", "filter c;clear", "a [b] c ab");
-        row("two filters and clear", "filter c;filter a;clear", "a [b] c ab");
         row("another is chosen under a filter", "filter c;select 0;clear", "a b [c] ab");
-        row("sort down", "sort", "c [b] ab a");
-        row("sort and back", "sort;unsort", "a [b] c ab");
-        row("a record is added", "add", "a [b] c ab new");
-        row("another is removed", "remove 0", "[b] c ab");
         row("removed and undone", "remove 1;undo", "a [b] c ab");
-        row("renamed", "rename", "a [renamed] c ab");
     })
     {
         const auto document = documentWith(u"a b c ab"_s);
@@ -162,7 +189,6 @@ private Q_SLOTS:
         const QAbstractItemModelTester tester(&controller,
                                               QAbstractItemModelTester::FailureReportingMode::QtTest);
         controller.setSelectionIndexes({1});
-        const int nameColumn = columnOfField(GlyphField::Name);
         for (const QString &command : step.split(u';')) {
             if (command.startsWith("filter "_L1))
                 QVERIFY(controller.setFilterPredicate(u"name contains \"%1\""_s.arg(command.mid(7))));
@@ -170,18 +196,10 @@ private Q_SLOTS:
                 controller.setSelectionIndexes(rowsOf(command.mid(7)));
             else if (command == "clear"_L1)
                 QVERIFY(controller.setFilterPredicate(QString()));
-            else if (command == "sort"_L1)
-                controller.sort(nameColumn, Qt::DescendingOrder);
-            else if (command == "unsort"_L1)
-                controller.sort(-1);
-            else if (command == "add"_L1)
-                document->addInfo(infoNamed(u"new"_s));
             else if (command.startsWith("remove "_L1))
                 document->removeObjectFromInfosAtIndex(command.mid(7).toInt());
             else if (command == "undo"_L1)
                 document->undoManager()->undo();
-            else if (command == "rename"_L1)
-                document->objectInInfosAtIndex(1)->setName(u"renamed"_s);
             document->flushChanges();
         }
         QCOMPARE(picture(controller), expected);
@@ -196,6 +214,7 @@ private Q_SLOTS:
         QRandomGenerator random(20);
         ExpectedRows expected {*document, {}, false, {}, {}};
         expected.arrange(true);
+        ExpectedSelection selection {controller, {}, {}, {}, true};
         QSignalSpy inserted(document.get(), &VXDocument::infosInserted);
         const auto randomName = [&random] {
             return QChar(u'a' + random.bounded(4)) + QString::number(random.bounded(30));
@@ -204,6 +223,7 @@ private Q_SLOTS:
             const int count = static_cast<int>(document->countOfInfos());
             const InfoList before = document->infos();
             inserted.clear();
+            selection.former = expected.rows;
             const int what = random.bounded(10);
             switch (what) {
             case 0:
@@ -279,7 +299,52 @@ private Q_SLOTS:
             QCOMPARE(namesOf(controller.arrangedObjects()), namesOf(expected.rows));
             for (qsizetype row = 0; row < controller.countOfArrangedObjects(); ++row)
                 QCOMPARE(controller.rowOfObject(controller.arrangedObjectAtIndex(row)), row);
+            // Undo brings back places, and what is put for another record stands in its place.
+            selection.isKnown &= what != 3 && what != 4 && what != 8;
+            if (selection.isKnown) {
+                selection.follow();
+                InfoList chosen = expected.rows;
+                std::erase_if(chosen, [&](const InfoPtr &info) { return !selection.chosen.count(info); });
+                QCOMPARE(namesOf(controller.selectedObjects()), namesOf(chosen));
+                const bool isSeen = std::ranges::count(expected.rows, selection.current) > 0;
+                QCOMPARE(selection.shownCurrent(), isSeen ? selection.current : nullptr);
+                if (random.bounded(3))
+                    continue;
+            }
+            IndexSet rows;
+            for (int row = random.bounded(4); row < int(expected.rows.size()); row += 1 + random.bounded(9))
+                rows.push_back(row);
+            if (controller.selectionIndexes() == rows)
+                continue;
+            controller.setSelectionIndexes(rows);
+            selection.take();
         }
+    }
+
+    void aRecordListedTwiceStandsInTwoRows()
+    {
+        const auto document = documentWith(u"a b c"_s);
+        RSRTVArrayController controller(*document);
+        const InfoPtr twice = document->objectInInfosAtIndex(0);
+        document->insertObjectInInfosAtIndex(twice, 2);
+        QCOMPARE(picture(controller), u"a b a c"_s);
+        QVERIFY(controller.setFilterPredicate(u"name contains \"a\""_s));
+        QCOMPARE(picture(controller), u"a a"_s);
+        QCoreApplication::processEvents(); // ends the undo step
+        document->removeObjectFromInfosAtIndex(0);
+        document->flushChanges();
+        QCOMPARE(picture(controller), u"a"_s);
+        controller.setFilterPredicate(QString());
+        QCOMPARE(picture(controller), u"b a c"_s);
+        document->undoManager()->undo();
+        twice->setName(u"z"_s);
+        document->flushChanges();
+        QCOMPARE(picture(controller), u"z b z c"_s);
+        QCOMPARE(document->infoForName(u"z"_s), twice);
+        document->removeObjectFromInfosAtIndex(2);
+        document->flushChanges();
+        QCOMPARE(picture(controller), u"z b c"_s);
+        QCOMPARE(document->infoForName(u"z"_s), twice);
     }
 
     /// Whether a filter gave up does not hang on what the caller passes for the error.

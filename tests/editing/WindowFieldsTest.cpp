@@ -620,8 +620,15 @@ private Q_SLOTS:
         QVERIFY(sheet);
         QVERIFY(sheet->edit()->toPlainText().size() <= kMostInField);
         sheet->edit()->moveCursor(QTextCursor::End);
+        QVERIFY(m_document->autosave());
+        const QScopedValueRollback delay(AutosaveTimes::shared().delay, 0.001);
+        const auto kept = [this] {
+            return QFileInfo(m_document->autosavedContentsURL().replace(u".xml"_s, u".typed"_s)).size();
+        };
+        const qint64 once = kept();
         sheet->edit()->paste(); // once more, in the middle of the text
         QVERIFY(sheet->edit()->toPlainText().size() <= kMostInField);
+        QTRY_VERIFY(kept() > once + pasted.size() / 2); // without another key
         sheet->accept();
         QCOMPARE(info(0)->desc().size(), 2 * pasted.size() + 2);
         QVERIFY(info(0)->desc().startsWith(u"a0123"_s));

@@ -238,6 +238,8 @@ private Q_SLOTS:
         row("non-ASCII at the end, without blank", u"<glyph name=\"A\" description=\"ℵℵℵℵ\"/>", {});
         row("non-ASCII before more", u"<glyph description=\"ℵℵℵℵℵℵℵℵℵℵ\" name=\"A\" />", {N::UnreadRest});
         row("comment", u"<glyph name=\"A\" /><!-- c -->", {N::Comment});
+        row("long comment", u"<glyph name=\"A\" /><!-- %1 -->"_s.arg(QString(999, u'c')),
+            QList<int> {N::Comment});
         row("unknown", u"<glyph name=\"A\" zoo2=\"x\" />", {N::UnknownAttribute});
         row("behind the end", u"<glyph name=\"A\" /> script=\"x\"", {N::UnreadRest});
         row("repeated", u"<glyph name=\"A\" name=\"B\" />", {N::DroppedAttribute});
@@ -255,6 +257,8 @@ private Q_SLOTS:
         for (const ReadNotes::Note &note : notes.notes) {
             noted << note.kind;
             QCOMPARE(note.record, 0);
+            QVERIFY2(line.contains(note.text), qPrintable(note.text));
+            QCOMPARE(note.text.size() == 200, line.size() > 900); // enough to know it by
         }
         QCOMPARE(noted, kinds);
         QCOMPARE(notes.isEmpty(), kinds.isEmpty());

@@ -4,6 +4,8 @@
 #include "model/VXGlyphInfo.h"
 #include "platform/UndoManager.h"
 
+#include <algorithm>
+
 /// A document of records that writes down what it hears of them.
 class RecordingOwner : public QObject, public runebook::GlyphInfoOwner
 {
@@ -27,11 +29,11 @@ public:
     }
     InfoPtr infoForName(const QString &name) const override
     {
-        for (const InfoPtr &info : records) {
-            if (info->name() == name)
-                return info;
-        }
-        return nullptr;
+        // As in a document an absent name is nobody's, and an empty one is another thing.
+        const auto found = std::ranges::find_if(records, [&](const InfoPtr &info) {
+            return !name.isNull() && info->name() == name && !info->name().isNull();
+        });
+        return found == records.end() ? nullptr : *found;
     }
     QObject *asObject() override { return this; }
 

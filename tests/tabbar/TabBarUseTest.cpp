@@ -466,6 +466,28 @@ private Q_SLOTS:
         QCOMPARE(panel.selectedTitle(), u"B"_s);
     }
 
+    void tabsSlideButNotWhileTheWindowIsSized()
+    {
+        Panel panel(4, 700);
+        panel.bar->setAutomaticallyAnimates(true);
+        show(panel);
+        const auto isRight = [&] {
+            return std::ranges::all_of(panel.bar->cells(), [](const PSMTabBarCell *cell) {
+                return cell->frame() == cell->targetFrame();
+            });
+        };
+        panel.bar->removeTabItem(panel.item(u"A"_s));
+        QVERIFY(!isRight());
+        QTRY_VERIFY(isRight());
+        panel.bar->removeTabItem(panel.item(u"B"_s));
+        QVERIFY(!isRight());
+        panel.window.resize(500, 200);
+        QVERIFY(isRight());
+        panel.bar->setAutomaticallyAnimates(false);
+        panel.bar->removeTabItem(panel.item(u"C"_s));
+        QVERIFY(isRight());
+    }
+
     void foldingFeedsThePartner()
     {
         QWidget window;

@@ -41,9 +41,10 @@ public:
 private:
     void take(QTcpSocket *socket)
     {
-        const QByteArray request = socket->readAll();
+        const QByteArray request = socket->peek(socket->bytesAvailable());
         if (!request.contains("\r\n\r\n"))
-            return;
+            return; // the rest of its head is on the way
+        socket->readAll();
         ++m_requests;
         m_lastRequest = request;
         QByteArray head = m_head + "\r\n";
