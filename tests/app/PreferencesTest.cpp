@@ -5,6 +5,7 @@
 #include "scripting/menu/VXScriptingHandler.h"
 #include "scripting/panel/VXMacroWindowController.h"
 #include "scripting/python/PythonPlaces.h"
+#include "tests/ShownTexts.h"
 #include "tests/app/AppMain.h"
 
 using namespace runebook;
@@ -59,6 +60,8 @@ private Q_SLOTS:
             QCOMPARE(m_window->tabView()->currentWidget()->objectName(), pane);
             QCOMPARE(m_window->tabView()->tabText(m_window->tabView()->currentIndex()), item->text());
             QCOMPARE(m_window->selectedItemIdentifier(), pane);
+            if (pane != "python"_L1) // which tells what it finds on the machine
+                COMPARE_TEXTS(u"preferences-"_s + pane, *m_window);
         }
         m_window->showPrefpaneWithIdentifier(u"python"_s);
         QCOMPARE(m_window->selectedItemIdentifier(), u"python"_s);

@@ -4,6 +4,7 @@
 #include "editing/replace/VXFindReplaceWindowController.h"
 #include "editing/tables/ExportDialog.h"
 #include "editing/tables/PasteSheet.h"
+#include "tests/ShownTexts.h"
 #include "tests/editing/Windows.h"
 
 using namespace runebook;
@@ -106,6 +107,7 @@ private Q_SLOTS:
         window.problemsPane()->showKind(ProblemKind::InvalidName);
         QVERIFY(QTest::qWaitForWindowActive(&window));
         QCOMPARE(faultsOf(window).join(u'\n'), QString());
+        COMPARE_TEXTS(u"document"_s, window);
 
         for (const QLabel *caption : window.detailPane()->findChildren<QLabel *>()) {
             if (caption->objectName().startsWith("infoLable"_L1))

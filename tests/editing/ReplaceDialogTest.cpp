@@ -3,6 +3,7 @@
 #include "editing/records/SortNumbering.h"
 #include "editing/replace/ReplacePreviewModel.h"
 #include "editing/replace/VXFindReplaceWindowController.h"
+#include "tests/ShownTexts.h"
 #include "tests/editing/Windows.h"
 
 #include <QAbstractItemModelTester>
@@ -150,6 +151,7 @@ private Q_SLOTS:
         QVERIFY(!dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->isEnabled());
         enter(dialog, u"one"_s, u"1"_s);
         QTRY_COMPARE(warning->text(), u"Names that become invalid: 1."_s);
+        COMPARE_TEXTS(u"replace"_s, dialog);
 
         QSignalSpy replaced(&dialog, &VXFindReplaceWindowController::replaced);
         dialog.doReplace();
@@ -271,6 +273,7 @@ private Q_SLOTS:
         dialog.show();
         QVERIFY(QTest::qWaitForWindowActive(&dialog));
         QSignalSpy finished(&dialog, &QDialog::finished);
+        COMPARE_TEXTS(u"sort-names"_s, dialog);
         typeKeys(&dialog, u"x<Tab>10<Tab>-5<Tab>2"_s);
         QCOMPARE(dialog.example(), u"x10, x05, x00"_s);
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);

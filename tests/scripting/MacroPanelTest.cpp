@@ -3,6 +3,7 @@
 #include "scripting/python/ScriptRun.h"
 #include "scripting/python/ScriptRunEntries.h"
 #include "tests/Files.h"
+#include "tests/ShownTexts.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/KeptConsole.h"
@@ -86,6 +87,7 @@ private Q_SLOTS:
         panel.controller.window()->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(panel.controller.window()));
         QCOMPARE(told.size(), 1);
+        COMPARE_TEXTS(u"macro-panel"_s, *panel.controller.window());
     }
 
     void editsScriptFiles()

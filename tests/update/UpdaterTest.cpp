@@ -1,4 +1,5 @@
 #include "platform/defaults/UserDefaults.h"
+#include "tests/ShownTexts.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/update/FeedServer.h"
@@ -46,7 +47,9 @@ QString outcomeOf(SUUpdater &updater)
         QObject::connect(&updater, &SUUpdater::foundNothingNewer, &updater,
                          [&](SUAppcastItem *found) { outcome = "old "_L1 + found->versionString; }),
         QObject::connect(&updater, &SUUpdater::failed, &updater, [&](const Error &error) {
-            outcome = u"error %1 %2"_s.arg(error.code).arg(error.text());
+            outcome = (error.domain == "UpdateError"_L1 ? u"error %1 %2"_s : error.domain)
+                          .arg(error.code)
+                          .arg(error.text());
         })};
     updater.checkForUpdates();
     const bool hasAnswered = QTest::qWaitFor([&] { return !outcome.isEmpty(); }, 20'000);
@@ -275,6 +278,7 @@ private Q_SLOTS:
         QWidget *window = shown(u"updateWindow"_s);
         QVERIFY(window);
         QVERIFY(!shown(u"updateMessage"_s));
+        COMPARE_TEXTS(u"update"_s, *window);
         const QList<QLabel *> labels = window->findChildren<QLabel *>();
         QVERIFY(std::ranges::any_of(labels,
                                     [](auto *label) { return label->text() == u"You have version 2.0."; }));
