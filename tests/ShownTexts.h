@@ -1,9 +1,9 @@
 #pragma once
 
+#include "tests/KeptTexts.h"
+
 #include <QAbstractButton>
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -11,16 +11,10 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTabBar>
-#include <QTest>
 #include <QTextEdit>
 
-/// Compares all that \a window says, shown or spoken, with tests/data/texts/NAME.txt, which is written anew where
-/// RUNEBOOK_WRITE_TEXTS is set: somebody reads what has changed in it before it is committed.
-#define COMPARE_TEXTS(name, window)                                                                          \
-    do {                                                                                                     \
-        const QString wrong = runebook::differenceFromTexts(name, runebook::textsOf(window)); \
-        QVERIFY2(wrong.isEmpty(), qPrintable(wrong));                                                        \
-    } while (false)
+/// Compares all that \a window says, shown or spoken, with a file (KeptTexts.h).
+#define COMPARE_TEXTS(name, window) COMPARE_LINES(name, runebook::textsOf(window))
 
 namespace runebook {
 
@@ -30,9 +24,11 @@ inline void appendTexts(const QMenu &menu, const QString &indent, QStringList &l
         if (action->isSeparator() || !action->isVisible())
             continue;
         QStringList parts {action->text(), action->shortcut().toString(), action->statusTip(),
-                           action->toolTip() == QString(action->text()).remove(u'&') ? QString() : action->toolTip()};
+                           action->toolTip() == QString(action->text()).remove(u'&') ? QString()
+                                                                                     : action->toolTip()};
         parts.removeAll(QString());
-        lines << indent + parts.join(QStringLiteral(" | ")) + (action->isEnabled() ? QString() : QStringLiteral(" (off)"))
+        lines << indent + parts.join(QStringLiteral(" | "))
+                + (action->isEnabled() ? QString() : QStringLiteral(" (off)"))
                 + (action->isChecked() ? QStringLiteral(" (on)") : QString());
         if (action->menu())
             appendTexts(*action->menu(), indent + QStringLiteral("  "), lines);
@@ -100,24 +96,6 @@ inline QStringList textsOf(const QMenu &menu)
     QStringList lines;
     appendTexts(menu, {}, lines);
     return lines;
-}
-
-inline QString differenceFromTexts(const QString &name, const QStringList &lines)
-{
-    QFile file(QStringLiteral(RUNEBOOK_TEST_DATA "/texts/%1.txt").arg(name));
-    if (qEnvironmentVariableIsSet("RUNEBOOK_WRITE_TEXTS")) {
-        QDir().mkpath(QStringLiteral(RUNEBOOK_TEST_DATA "/texts"));
-        return file.open(QIODevice::WriteOnly) && file.write(lines.join(u'\n').toUtf8() + '\n') > 0
-            ? QString()
-            : file.fileName() + QStringLiteral(" cannot be written");
-    }
-    const QStringList expected =
-        file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).split(u'\n') : QStringList();
-    for (qsizetype i = 0; i < std::max(lines.size() + 1, expected.size()); ++i) {
-        if (lines.value(i) != expected.value(i))
-            return QStringLiteral("%1.txt:%2: “%3”\n   is now “%4”").arg(name).arg(i + 1).arg(expected.value(i), lines.value(i));
-    }
-    return {};
 }
 
 } // namespace runebook

@@ -4,6 +4,7 @@
 #include "platform/documents/DocumentPanels.h"
 #include "platform/documents/DocumentWindows.h"
 #include "platform/documents/UnsavedPanel.h"
+#include "tests/ShownTexts.h"
 #include "tests/editing/Windows.h"
 
 using namespace runebook;
@@ -24,6 +25,7 @@ private Q_SLOTS:
               row("keep, clean", "Keep Mine", false, "a", true);
               row("keep, edited", "Keep Mine", true, "edited", true);
               row("save again", "Save Again", true, "edited", false);
+              row("keep, emptied", "Keep Mine", false, "a", true);
           })
     {
         VXDocument *document = open();
@@ -33,10 +35,16 @@ private Q_SLOTS:
             document->objectInInfosAtIndex(0)->setName(u"edited"_s);
         if (button == u"Save Again")
             QVERIFY(QFile::remove(path()));
+        else if (qstrcmp(QTest::currentDataTag(), "keep, emptied") == 0)
+            write(QByteArray());
         else
             write(content().replace("\"a\"", "\"x\""));
         QTRY_VERIFY(bar->isVisible());
-        QVERIFY(!bar->text().isEmpty());
+        const QString what = QFileInfo(path()).size() > 0 ? u"saved"_s
+            : QFile::exists(path())                       ? u"emptied"_s
+                                                          : u"deleted"_s;
+        QVERIFY(isAmongTexts(u"changed-on-disk"_s,
+                             what + (isEdited ? u", edited: "_s : u": "_s) + textsOf(*bar).join(u'/')));
         runebook::button(bar, button)->click();
         QVERIFY(!bar->isVisible());
         QCOMPARE(document->objectInInfosAtIndex(0)->name(), firstName);

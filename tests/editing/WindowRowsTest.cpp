@@ -489,6 +489,9 @@ private Q_SLOTS:
             reopenWindow();
         };
         reopened(folder.filePath(u"one.xml"_s));
+        table()->horizontalHeader()->setSortIndicator(columnOfField(GlyphField::Name), Qt::DescendingOrder);
+        reopened(folder.filePath(u"one.xml"_s));
+        QCOMPARE(list()->sortDirection(), Qt::DescendingOrder);
         table()->horizontalHeader()->setSortIndicator(columnOfField(GlyphField::Name), Qt::AscendingOrder);
         QCOMPARE(namesOf(shown()), u"a b"_s);
         reopened(folder.filePath(u"two.xml"_s));
@@ -506,8 +509,17 @@ private Q_SLOTS:
         const int hidden = columnOfField(GlyphField::Production);
         table()->setColumnShown(hidden, false);
         table()->horizontalHeader()->resizeSection(columnOfField(GlyphField::Name), 222);
-        table()->zoom(3);
-        const double size = table()->font().pointSizeF();
+        const double usual = table()->font().pointSizeF();
+        const auto turnWheel = [this](int angle) {
+            const QPointF place(50, 50);
+            QWheelEvent event(place, table()->viewport()->mapToGlobal(place), {}, {0, angle}, Qt::NoButton,
+                              Qt::ControlModifier, Qt::NoScrollPhase, false);
+            QApplication::sendEvent(table()->viewport(), &event);
+            return table()->font().pointSizeF();
+        };
+        const double size = turnWheel(120);
+        QVERIFY(size > usual);
+        QVERIFY(turnWheel(0) == size && turnWheel(-120) == usual && turnWheel(120) == size);
         m_window->resize(1111, 666);
         reopenWindow();
         QCOMPARE(m_window->size(), QSize(1111, 666));

@@ -266,6 +266,8 @@ private Q_SLOTS:
         row("not by one letter", "u", {Qt::Key_Down}, "u");
         row("not in a string", "'unmis", {Qt::Key_Down}, "'unmis");
         row("behind a string", "'\\'' + unmis", {Qt::Key_Tab}, "'\\'' + unmistakable");
+        row("Shift by itself", "unmistakable.spl", {Qt::Key_Shift, Qt::Key_Down, Qt::Key_Tab},
+            "unmistakable.splitlines");
         row("not for a name that is whole", "print", {Qt::Key_Down}, "print");
         row("typing on", "unm", {Qt::Key_I, Qt::Key_Backspace, Qt::Key_Tab}, "unmistakable");
         row("not behind a caret that went", "unm", {Qt::Key_Left, Qt::Key_Down}, "unm");

@@ -79,8 +79,10 @@ private Q_SLOTS:
     {
         Panel panel(3);
         QSignalSpy restorable(panel.bar, &VXTabBarControl::restorableStateChanged);
+        QSignalSpy selected(panel.bar, &VXTabBarControl::selectionChanged);
         panel.bar->selectTabItemAtIndex(1);
         QCOMPARE(panel.delegate.takeCalls(), (QStringList {u"will unselect A"_s, u"did select B"_s}));
+        QCOMPARE(selected.takeLast().first().toInt(), 1);
         QCOMPARE(panel.bar->previousTabItem(), panel.item(u"A"_s));
         QCOMPARE(restorable.size(), 1);
         panel.bar->selectTabItemAtIndex(1);

@@ -204,6 +204,12 @@ private Q_SLOTS:
                 : cell->is(PSMTabBarCell::Hovered)                  ? colors.hoveredTab
                                                                     : colors.bar;
             QCOMPARE(picture.pixelColor(12, picture.height() / 2).name(), ground.name());
+            double best = 0; // of what is written there
+            for (int x = 30; x < picture.width() - 4; ++x) {
+                for (int y = 4; y < picture.height() - 4; ++y)
+                    best = std::max(best, contrast(picture.pixelColor(x, y), ground));
+            }
+            QVERIFY(best > 3);
         };
         take();
         cell->setState(PSMTabBarCell::Hovered, true);
