@@ -4,8 +4,8 @@
 #include <QFile>
 #include <QTest>
 
-/// Compares \a lines with tests/data/texts/NAME.txt, which is written anew where RUNEBOOK_WRITE_TEXTS is set: somebody
-/// reads what has changed in it before it is committed.
+/// Compares \a lines with tests/data/texts/NAME.txt, which is written anew where RUNEBOOK_WRITE_TEXTS is set:
+/// somebody reads what has changed in it before it is committed.
 #define COMPARE_LINES(name, lines)                                                                           \
     do {                                                                                                     \
         const QString wrong = runebook::differenceFromTexts(name, lines);                                    \

@@ -10,8 +10,11 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRegularExpression>
 #include <QTabBar>
 #include <QTextEdit>
+#include <algorithm>
 
 /// Compares all that \a window says, shown or spoken, with a file (KeptTexts.h).
 #define COMPARE_TEXTS(name, window) COMPARE_LINES(name, runebook::textsOf(window))
@@ -42,11 +45,15 @@ inline QStringList ownTexts(const QWidget &widget)
     if (const auto *label = qobject_cast<const QLabel *>(&widget))
         texts << label->text();
     else if (const auto *button = qobject_cast<const QAbstractButton *>(&widget))
-        texts << button->text() << (button->isChecked() ? QStringLiteral("(on)") : QString());
+        texts << button->text() << (button->isChecked() ? QStringLiteral("(on)") : QString())
+              << (qobject_cast<const QPushButton *>(button)
+                          && static_cast<const QPushButton *>(button)->isDefault()
+                      ? QStringLiteral("(default)")
+                      : QString());
     else if (const auto *group = qobject_cast<const QGroupBox *>(&widget))
         texts << group->title();
     else if (const auto *line = qobject_cast<const QLineEdit *>(&widget))
-        texts << line->text() << line->placeholderText();
+        texts << line->placeholderText(); // what stands in it is nothing that the window says
     else if (const auto *plain = qobject_cast<const QPlainTextEdit *>(&widget))
         texts << plain->placeholderText();
     else if (const auto *rich = qobject_cast<const QTextEdit *>(&widget))
@@ -91,11 +98,19 @@ inline QStringList textsOf(const QWidget &window)
     return lines;
 }
 
-inline QStringList textsOf(const QMenu &menu)
+/// \a line without what is quoted, paths and numbers, for what comes in many forms (isAmongTexts()).
+inline QString withoutNames(QString line)
 {
-    QStringList lines;
-    appendTexts(menu, {}, lines);
-    return lines;
+    line.replace(u'\n', u' ')
+        .replace(QRegularExpression(QStringLiteral("“[^”]*”|/[\\w./-]*/[\\w.-]+")), QStringLiteral("“…”"));
+    return line.replace(QRegularExpression(QStringLiteral("\\d+(,\\d+)*")), QStringLiteral("0"));
+}
+
+inline bool isSaidAmongTexts(const QString &name, const QWidget &window)
+{
+    return std::ranges::all_of(textsOf(window), [&name](const QString &line) {
+        return isAmongTexts(name, withoutNames(line.trimmed()));
+    });
 }
 
 } // namespace runebook

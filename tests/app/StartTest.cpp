@@ -141,7 +141,7 @@ private Q_SLOTS:
         QTRY_VERIFY(shownBox());
         const QMessageBox *box = shownBox();
         QVERIFY(box->text().contains(u'3'));
-        QVERIFY(box->informativeText().contains("is a folder"_L1));
+        QVERIFY(isSaidAmongTexts(u"questions"_s, *box));
         QCOMPARE(openPaths(), QStringList {u"a.xml"_s});
         QCOMPARE(box->parentWidget(), frontWindow());
     }
@@ -155,7 +155,7 @@ private Q_SLOTS:
         m_delegate.openAtStart({});
         const QMessageBox *box = shownBox();
         QVERIFY(box);
-        QVERIFY(box->text().contains("damaged"_L1));
+        QVERIFY(isSaidAmongTexts(u"questions"_s, *box));
         QVERIFY(box->informativeText().contains((file + ".damaged"_L1).toHtmlEscaped()));
         delete box;
         m_delegate.openAtStart({});

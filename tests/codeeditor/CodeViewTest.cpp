@@ -182,6 +182,8 @@ private Q_SLOTS:
         };
         QCOMPARE(doubleClickAt(1), (TextRange {1, 3}));
         QCOMPARE(editor.view.textCursor().position(), 4); // the partner's end, so that it is in sight
+        QCOMPARE(editor.view.tabStopDistance(),
+                 QFontMetricsF(editor.view.font()).horizontalAdvance(u"0000"_s));
         QCOMPARE(doubleClickAt(3), (TextRange {1, 3}));
         QCOMPARE(editor.view.textCursor().position(), 1);
         QCOMPARE(doubleClickAt(5), (TextRange {5, 7}));

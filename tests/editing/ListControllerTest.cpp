@@ -345,6 +345,9 @@ private Q_SLOTS:
         document->flushChanges();
         QCOMPARE(picture(controller), u"z b c"_s);
         QCOMPARE(document->infoForName(u"z"_s), twice);
+        document->insertObjectsInInfosAtIndexes(document->infos(), {3, 4, 5}); // its own list
+        document->flushChanges();
+        QCOMPARE(picture(controller), u"z b c z b c"_s);
     }
 
     /// Whether a filter gave up does not hang on what the caller passes for the error.

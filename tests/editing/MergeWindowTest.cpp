@@ -172,6 +172,7 @@ private Q_SLOTS:
             }
             if (field && !resolution.isResolved(number))
                 QVERIFY(resolution.isChosen(number, *field));
+            QVERIFY(isSaidAmongTexts(u"merge-window"_s, *m_window));
             states.emplace_back(text(), openCount());
         }
         QCOMPARE(openCount(), 0);
@@ -314,7 +315,9 @@ private Q_SLOTS:
         QCOMPARE(openCount(), 0);
         QVERIFY(!document()->savingWillChange().join(u' ').contains(u"conflict"_s));
         const QPointer<VXDocument> kept = document();
+        QSignalSpy closed(m_window, &MergeWindow::closed);
         m_window->close();
+        QCOMPARE(closed.size(), 1);
         sendDeferredDeletes();
         QVERIFY(!m_window);
         QCOMPARE(kept->infos().front()->category(), u"Symbol"_s);

@@ -12,6 +12,7 @@
 #include "platform/MessageBar.h"
 #include "platform/defaults/UserDefaults.h"
 #include "platform/documents/DocumentController.h"
+#include "tests/ShownTexts.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/editing/Records.h"
@@ -80,6 +81,7 @@ inline void answer(const QString &words)
     QTRY_VERIFY(shownWindow<QMessageBox>());
     auto *box = shownWindow<QMessageBox>();
     QVERIFY2(button(box, words), qPrintable(words));
+    QVERIFY(isSaidAmongTexts(QStringLiteral("questions"), *box));
     button(box, words)->click();
 }
 

@@ -58,6 +58,8 @@ class Selectors(unittest.TestCase):
                 (lambda: doc().insertObject_inInfosAtIndex_(None, 3), TypeError),
                 (lambda: doc().insertObject_inInfosAtIndex_("x", 3), TypeError),
                 (lambda: doc().addInfos_([info, None]), TypeError),
+                (lambda: VXGlyphInfo(name="x"), TypeError),
+                (lambda: NSClassFromString(5), TypeError),
                 (lambda: doc().addInfos_(5), TypeError),
                 (lambda: doc().objectInInfosAtIndex_(1 << 80), OverflowError),
                 (lambda: doc().removeObjectsFromInfosAtIndexes_([-1]), IndexError),
