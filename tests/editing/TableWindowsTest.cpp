@@ -315,6 +315,12 @@ private Q_SLOTS:
         Error error;
         QVERIFY(!m_window->exportTableToURLFieldsRecords(own, {u"colour"_s}, u"all"_s, &error));
         QVERIFY(error.text().contains(u"colour"_s));
+        // Esc stops it: nothing was written, and nothing is said.
+        QVERIFY(!exportTable(
+            m_document->infos(), dialog->choices(), folder.filePath(u"stopped.tsv"_s),
+            [](double) { return false; }, &error));
+        QVERIFY(error.domain.isEmpty());
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList {u"own.xml"_s});
         const QString path = folder.filePath(u"t.tsv"_s);
         QVERIFY(m_window->exportTableToURLFieldsRecords(path, {u"name"_s, u"case"_s}, u"shown"_s, &error));
         QCOMPARE(contentOf(path), QByteArray("name\tcase\n\"\"\t\nB\t\na.sc\t\none\t\ngravecomb\t\n"));
