@@ -101,7 +101,7 @@ bool FoldedLines::isOnCommand(const QPoint &position) const
     return QRect(fold.show.topLeft(), fold.copy.bottomRight()).contains(position);
 }
 
-void FoldedLines::paint(QPainter &painter, QTextBlock first) const
+void FoldedLines::paint(QPainter &painter, const QTextBlock &first) const
 {
     for (QTextBlock block = first; block.isValid(); block = block.next()) {
         if (!block.isVisible())

@@ -26,7 +26,7 @@ public:
     FoldedLines(QPlainTextEdit *view, const ConsoleLines &lines, PlaceOf placeOf);
 
     /// Draws what stands at the end of folded lines, from the block \a first down.
-    void paint(QPainter &painter, QTextBlock first) const;
+    void paint(QPainter &painter, const QTextBlock &first) const;
     /// The line under \a position; not valid where none is folded.
     QTextBlock lineAt(const QPoint &position) const;
     /// Whether a click there shows or copies a line.
