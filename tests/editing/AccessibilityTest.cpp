@@ -165,6 +165,7 @@ private Q_SLOTS:
         sheet.show();
         QVERIFY(QTest::qWaitForWindowActive(&sheet));
         QCOMPARE(faultsOf(sheet).join(u'\n'), QString());
+        COMPARE_TEXTS(u"paste-table"_s, sheet);
         const QAbstractItemModel *model = sheet.findChild<QTableView *>()->model();
         const int last = model->columnCount() - 1;
         QCOMPARE(model->index(0, last).data(Qt::AccessibleTextRole).toString(),
@@ -175,6 +176,7 @@ private Q_SLOTS:
         dialog.show();
         QVERIFY(QTest::qWaitForWindowActive(&dialog));
         QCOMPARE(faultsOf(dialog).join(u'\n'), QString());
+        COMPARE_TEXTS(u"export-table"_s, dialog);
     }
 
     void compareWindow()
