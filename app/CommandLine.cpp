@@ -52,6 +52,17 @@ constexpr Option kOptions[] {
      "number", "7"},
     {"path", QT_TRANSLATE_NOOP("CommandLine", "With --merge: what reports and markers call the file."),
      "path"},
+    {"convert",
+     QT_TRANSLATE_NOOP(
+         "CommandLine",
+         "Write the file IN as OUT (- is the standard output): glyph data (.xml) or a table (.txt, "
+         ".tsv, .csv), as the suffixes tell: 0 written, 1 something would be lost, 2 wrong input.")},
+    {"fields",
+     QT_TRANSLATE_NOOP("CommandLine", "With --convert: the columns of the table, such as name,unicode."),
+     "fields"},
+    {"only",
+     QT_TRANSLATE_NOOP("CommandLine", "With --convert: the records that a search finds, as in the window."),
+     "search"},
     {"textconv", QT_TRANSLATE_NOOP("CommandLine", "Print a file with one field a line, for git diff.")},
     {"git-setup",
      QT_TRANSLATE_NOOP(
@@ -75,7 +86,7 @@ constexpr Option kOptions[] {
     {"lossy",
      QT_TRANSLATE_NOOP("CommandLine",
                        "With --save: write files even where they cannot hold all values; a copy of the file "
-                       "as it was is kept.")},
+                       "as it was is kept. With --convert: write the file although something is lost.")},
     {"answer",
      QT_TRANSLATE_NOOP("CommandLine",
                        "With --run and --eval: what the script gets when it asks for KEY; may be repeated."),
@@ -221,6 +232,20 @@ QString takeMergeTool(const QCommandLineParser &, CommandLine &line)
     return {};
 }
 
+QString takeConversion(const QCommandLineParser &parser, CommandLine &line)
+{
+    if (line.files.size() != 2)
+        return Texts::tr("--convert takes two files: IN OUT.");
+    line.conversion = {.input = line.files.at(0),
+                       .output = line.files.at(1),
+                       .fields = parser.value(u"fields"_s).split(u',', Qt::SkipEmptyParts),
+                       .search = parser.isSet(u"only"_s) ? parser.value(u"only"_s) : QString(),
+                       .losesValues = line.losesValues};
+    if (parser.isSet(u"fields"_s) && line.conversion.fields.isEmpty())
+        return Texts::tr("--fields takes fields, such as name,unicode.");
+    return {};
+}
+
 QString takeTextConversion(const QCommandLineParser &, CommandLine &line)
 {
     return line.files.size() == 1 ? QString() : Texts::tr("--textconv takes one file.");
@@ -248,6 +273,7 @@ constexpr struct {
     {"compare", CommandLine::Mode::Compare, &takeCompare},
     {"merge", CommandLine::Mode::Merge, &takeMerge},
     {"mergetool", CommandLine::Mode::MergeTool, &takeMergeTool},
+    {"convert", CommandLine::Mode::Conversion, &takeConversion},
     {"textconv", CommandLine::Mode::TextConversion, &takeTextConversion},
     {"git-setup", CommandLine::Mode::GitSetup, &takeGitSetup},
 };
@@ -276,7 +302,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
     const qsizetype end = endOfOptions(arguments);
     QCommandLineParser parser;
     parser.setApplicationDescription(Texts::tr("An editor for glyph data files."));
-    parser.addPositionalArgument(u"file"_s, Texts::tr("Glyph data files (.xml) and tables (.txt) to open."),
+    parser.addPositionalArgument(u"file"_s,
+                                 Texts::tr("Glyph data files (.xml) and tables (.txt, .tsv, .csv) to open."),
                                  u"[file...]"_s);
     for (const Option &option : kOptions)
         parser.addOption(optionOf(option));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/FileConversion.h"
 #include "merge/MergeCommand.h"
 
 #include <QHash>
@@ -16,6 +17,7 @@ struct CommandLine {
         Merge,
         MergeTool,
         TextConversion,
+        Conversion,
         GitSetup,
         Script,
         Check,
@@ -29,6 +31,7 @@ struct CommandLine {
     QString compareKey; ///< "name", "unicode" or "production"
     bool asJson = false;
     MergeRequest merge;
+    FileConversion conversion;
     bool isForUser = false; ///< the set-up of git: not of one repository alone
     QString script; ///< path of a script file, "-" for the standard input; or
     QString code; ///< code to run

@@ -74,7 +74,8 @@ void registerDocumentKinds()
     DocumentController &controller = DocumentController::shared();
     if (controller.types().isEmpty()) {
         controller.addType({kGlyphDataType, {u"xml"_s}, Texts::tr("Glyph data files")});
-        controller.addType({kTableType, {u"txt"_s}, Texts::tr("Tab-separated tables")});
+        controller.addType({kTableType, {u"txt"_s, u"tsv"_s}, Texts::tr("Tab-separated tables")});
+        controller.addType({kCommaTableType, {u"csv"_s}, Texts::tr("Comma-separated tables")});
     }
     controller.setDocumentFactory([] {
         auto *document = new VXDocument;

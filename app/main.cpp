@@ -87,6 +87,18 @@ int merge(const CommandLine &line)
     return static_cast<int>(mergeFiles(line.merge, output, errors));
 }
 
+int convert(const CommandLine &line)
+{
+    if (!areWhole(line))
+        return kWrongUse;
+    QFile output;
+    QTextStream errors(stderr);
+    if (!output.open(stdout, QIODevice::WriteOnly))
+        return kWrongUse;
+    const FileConversion::Outcome outcome = line.conversion.run(output, errors);
+    return output.flush() ? static_cast<int>(outcome) : kWrongUse;
+}
+
 int convertToText(const CommandLine &line)
 {
     QFile output;
@@ -123,6 +135,8 @@ int withoutWindows(const CommandLine &line)
         return check(line);
     case CommandLine::Mode::Merge:
         return merge(line);
+    case CommandLine::Mode::Conversion:
+        return convert(line);
     case CommandLine::Mode::TextConversion:
         return convertToText(line);
     case CommandLine::Mode::GitSetup:

@@ -59,9 +59,9 @@ std::optional<Encoding> utf16Of(std::string_view bytes)
 
 QStringConverter::Encoding qtEncoding(Encoding encoding)
 {
-    return encoding == Encoding::Utf16LittleEndian  ? QStringConverter::Utf16LE
-        : encoding == Encoding::Utf16BigEndian ? QStringConverter::Utf16BE
-                                                  : QStringConverter::Utf8;
+    return encoding == Encoding::Utf16LittleEndian ? QStringConverter::Utf16LE
+        : encoding == Encoding::Utf16BigEndian     ? QStringConverter::Utf16BE
+                                                   : QStringConverter::Utf8;
 }
 
 void failAtLine(qsizetype line, const QString &why, Error *error)
@@ -97,8 +97,8 @@ std::optional<DelimitedText> decodedUtf16(const QByteArray &bytes, Encoding enco
     decoded.encoding = encoding;
     decoded.hasByteOrderMark = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF");
     const QByteArrayView body = QByteArrayView(bytes).sliced(decoded.hasByteOrderMark ? 2 : 0);
-    QStringDecoder decoder(qtEncoding(encoding), QStringDecoder::Flag::Stateless
-                                                     | QStringDecoder::Flag::ConvertInitialBom);
+    QStringDecoder decoder(qtEncoding(encoding),
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
     const QString text = decoder.decode(body);
     if (const qsizetype half = firstHalfCharacter(text); half < text.size()) {
         const QByteArray before = text.first(half).toUtf8();
@@ -161,19 +161,18 @@ void appendEncoded(std::string_view utf8, Encoding encoding, std::string &output
     output += viewOf(bytes);
 }
 
-std::size_t DelimitedRows::endOfCell(std::size_t begin, DelimitedRow::Fault &fault) const
+std::size_t DelimitedRows::endOfLine(std::size_t begin) const
 {
-    const auto endOfPlain = [this](std::size_t place) {
-        while (place < m_rest.size()) {
-            const char c = m_rest[place];
-            if (kIsSpecial[static_cast<unsigned char>(c)] && (c == m_separator || c == '\n' || c == '\r'))
-                break;
-            ++place;
-        }
-        return place;
-    };
-    if (begin >= m_rest.size() || m_rest[begin] != kQuote)
-        return endOfPlain(begin);
+    constexpr std::size_t kUsualLength = 4096; // looking further for a feed could read a file over and over
+    const std::string_view usual = m_rest.substr(begin, kUsualLength);
+    const std::size_t feed = usual.find('\n');
+    if (feed == usual.npos)
+        return std::min(m_rest.find_first_of("\r\n", begin), m_rest.size());
+    return begin + std::min(usual.substr(0, feed).find('\r'), feed);
+}
+
+std::size_t DelimitedRows::endOfQuotes(std::size_t begin, DelimitedRow::Fault &fault) const
+{
     std::size_t quote = m_rest.find(kQuote, begin + 1);
     while (quote != m_rest.npos && quote + 1 < m_rest.size() && m_rest[quote + 1] == kQuote)
         quote = m_rest.find(kQuote, quote + 2);
@@ -182,10 +181,8 @@ std::size_t DelimitedRows::endOfCell(std::size_t begin, DelimitedRow::Fault &fau
         return begin;
     }
     const std::size_t end = quote + 1;
-    if (end < m_rest.size() && m_rest[end] != m_separator && !lineEndAt(m_rest, end)) {
+    if (end < m_rest.size() && m_rest[end] != m_separator && !lineEndAt(m_rest, end))
         fault = DelimitedRow::Fault::TextBehindQuotes;
-        return begin;
-    }
     return end;
 }
 
@@ -195,15 +192,24 @@ bool DelimitedRows::next(DelimitedRow &row)
     row.fault = DelimitedRow::Fault::None;
     if (m_rest.empty())
         return false;
+    std::size_t lineEnd = endOfLine(0); // of the line in which the cell begins
     std::size_t end = 0;
     for (std::size_t begin = 0;; begin = end + 1) {
-        end = endOfCell(begin, row.fault);
-        if (row.fault != DelimitedRow::Fault::None) {
-            end = std::min(m_rest.find_first_of("\r\n", begin), m_rest.size());
-            break;
+        if (begin < lineEnd && m_rest[begin] == kQuote) {
+            end = endOfQuotes(begin, row.fault);
+            if (row.fault != DelimitedRow::Fault::None) {
+                end = lineEnd;
+                break;
+            }
+            if (end > lineEnd)
+                lineEnd = endOfLine(end);
+        } else if (begin < lineEnd && m_rest[begin] == m_separator) {
+            end = begin; // most cells are empty
+        } else {
+            end = begin + std::min(m_rest.substr(begin, lineEnd - begin).find(m_separator), lineEnd - begin);
         }
         row.cells.push_back(m_rest.substr(begin, end - begin));
-        if (end >= m_rest.size() || m_rest[end] != m_separator)
+        if (end == lineEnd)
             break;
     }
     row.line = m_rest.substr(0, end);

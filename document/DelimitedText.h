@@ -74,7 +74,8 @@ public:
     std::string_view rest() const { return m_rest; }
 
 private:
-    std::size_t endOfCell(std::size_t begin, DelimitedRow::Fault &fault) const;
+    std::size_t endOfLine(std::size_t begin) const;
+    std::size_t endOfQuotes(std::size_t begin, DelimitedRow::Fault &fault) const;
 
     std::string_view m_rest;
     char m_separator;

@@ -7,8 +7,9 @@
 
 namespace runebook {
 
-void FileForm::setRead(const ReadNotes &notes, quint8 fileVersion)
+void FileForm::setRead(const ReadNotes &notes, quint8 fileVersion, const TableFormPtr &table)
 {
+    m_table = table;
     m_notes = notes;
     m_readVersion = fileVersion;
 }

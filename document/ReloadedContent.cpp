@@ -73,9 +73,8 @@ void findBy(const Text &text, const InfoList &former, const InfoList &fresh, std
     }
 }
 
-/// For each of \a fresh the record of \a former that it is a newer state of, or null: the one with its name
-/// (of several of one name the first with the first, and so on), else the only one with its code point. None
-/// of \a former twice. Linear.
+} // namespace
+
 InfoList formerRecords(const InfoList &former, const InfoList &fresh)
 {
     InfoList found(fresh.size());
@@ -103,8 +102,6 @@ InfoList formerRecords(const InfoList &former, const InfoList &fresh)
            fresh, isTaken, found);
     return found;
 }
-
-} // namespace
 
 void takeReloaded(InfoList &fresh, const InfoList &former, int fileVersion)
 {

@@ -3,7 +3,6 @@
 #include "model/EditedValue.h"
 #include "model/FieldTable.h"
 #include "model/GlyphLineWriter.h"
-#include "model/StringHelpers.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -29,14 +28,18 @@ constexpr std::string_view kOtherCase = "other"; // files get no word for it, ta
 
 /// Names under which imports and files have known a field.
 constexpr std::pair<QLatin1StringView, F> kOtherNames[] {
-    {"unicode"_L1, F::Unicodes}, {"description"_L1, F::Desc}, {"unicodeLegecy"_L1, F::UnicodeLegacy},
+    {"unicode"_L1, F::Unicodes},
+    {"description"_L1, F::Desc},
+    {"unicodeLegecy"_L1, F::UnicodeLegacy},
     {"accents"_L1, F::Marks},
 };
 
 bool isHexadecimal(std::string_view text)
 {
-    return !text.empty()
-        && std::all_of(text.begin(), text.end(), [](char c) { return isHexDigit(QLatin1Char(c)); });
+    const auto isDigit = [](char c) {
+        return (c >= '0' && c <= '9') || ((c | 0x20) >= 'a' && (c | 0x20) <= 'f');
+    };
+    return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
 }
 
 bool isPlainUpper(std::string_view text)
@@ -237,9 +240,7 @@ QString headingOfField(GlyphField field)
 std::optional<GlyphField> fieldOfHeading(QStringView heading)
 {
     heading = heading.trimmed();
-    const auto isIt = [heading](const auto &name) {
-        return heading.compare(name, Qt::CaseInsensitive) == 0;
-    };
+    const auto isIt = [heading](const auto &name) { return heading.compare(name, Qt::CaseInsensitive) == 0; };
     for (const GlyphField field : kTableFields) {
         if (isIt(keyOfField(field)))
             return field;

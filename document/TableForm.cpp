@@ -18,7 +18,7 @@ template <typename Visit> void forEachLoss(const VXGlyphInfo &info, const TableF
 {
     for (const GlyphField field : tableFields()) {
         if (!form.columnOf(field)) {
-            if (hasTableValue(info, field) && !visit(TableLoss {field, false, {}}))
+            if (!form.isChoice && hasTableValue(info, field) && !visit(TableLoss {field, false, {}}))
                 return;
         } else if (const auto change = changeInTable(info, field)) {
             if (!visit(TableLoss {field, true, change->after}))
@@ -36,6 +36,35 @@ TableForm TableForm::of(std::span<const GlyphField> fields, const DelimitedForma
     for (const GlyphField field : fields)
         form.columns.push_back({headingOfField(field), field, -1});
     return form;
+}
+
+TableForm TableForm::inFormat(const DelimitedFormat &other) const
+{
+    TableForm form = *this;
+    form.keepsLines = keepsLines && other == format;
+    form.format = other;
+    return form;
+}
+
+TableForm TableForm::withColumns(std::vector<TableColumn> chosen) const
+{
+    TableForm form = *this;
+    form.keepsLines = keepsLines && chosen == columns;
+    form.columns = std::move(chosen);
+    form.isChoice = true;
+    return form;
+}
+
+void TableForm::adoptRow(const InfoPtr &info, const VXGlyphInfo &read)
+{
+    if (hasRowOf(read))
+        adopted[info.get()] = {info, read.lineOffset(), read.lineOffset() + read.lineLength()};
+}
+
+bool TableForm::hasText(const Aside &aside) const
+{
+    return std::any_of(source.begin() + aside.begin, source.begin() + aside.end,
+                       [this](char c) { return c != '\r' && c != '\n' && c != '"' && c != sourceSeparator; });
 }
 
 const TableColumn *TableForm::columnOf(GlyphField field) const

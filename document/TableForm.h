@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <memory>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 namespace runebook {
@@ -25,6 +26,7 @@ struct TableForm {
     DelimitedFormat format;
     std::vector<TableColumn> columns;
     std::string codePointPrefix {kCodePointPrefix};
+    bool isChoice = false; ///< somebody has chosen the columns: fields without one are no loss
 
 public: // of a table that was read
     /// Lines that are no records (blank ones, rows that could not be read): written where they stood.
@@ -38,11 +40,24 @@ public: // of a table that was read
     char sourceSeparator = '\t';
     qsizetype headEnd = 0; ///< behind the headings
     std::vector<Aside> asides; ///< in the order of the file
+    /// The rows of records that were not read from the source but stand in it: of those that were there when
+    /// the file was read again, or restored.
+    struct Row {
+        InfoPtr info; ///< so that no other record takes its address
+        qsizetype begin;
+        qsizetype end;
+    };
+    std::unordered_map<const VXGlyphInfo *, Row> adopted;
     bool keepsLines = false; ///< columns and format are those of the source
 
 public:
     /// A new table with those columns, called by their keys.
     static TableForm of(std::span<const GlyphField> fields, const DelimitedFormat &format = {});
+
+    /// The same table in another format. Unknown columns stay.
+    TableForm inFormat(const DelimitedFormat &other) const;
+    /// The same table with columns that somebody has chosen.
+    TableForm withColumns(std::vector<TableColumn> chosen) const;
 
     /// The column of a field; null for none.
     const TableColumn *columnOf(GlyphField field) const;
@@ -51,6 +66,15 @@ public:
     {
         return !source.isEmpty() && info.sourceData() == source.constData() && info.lineLength() > 0;
     }
+    /// Whether \a info will be written as it stands in the source.
+    bool keepsLineOf(const VXGlyphInfo &info) const
+    {
+        return keepsLines && hasRowOf(info) && info.isAsRead();
+    }
+    /// Makes the row that \a read was read from the one of \a info.
+    void adoptRow(const InfoPtr &info, const VXGlyphInfo &read);
+    /// Whether more than separators stands there.
+    bool hasText(const Aside &aside) const;
 };
 
 using TableFormPtr = std::shared_ptr<const TableForm>;

@@ -100,13 +100,13 @@ private:
             return false;
         }
         // Spreadsheets write rows of separators for lines in which nothing stands.
-        if (std::all_of(m_row.cells.begin(), m_row.cells.end(),
-                        [](std::string_view cell) { return cell.empty(); }))
+        if (m_row.line.size() < m_row.cells.size())
             return false;
         if (cells < columns) {
-            tell(cells,
-                 Texts::tr("the row has %1 of %2 cells").arg(QString::number(cells), QString::number(columns)),
-                 TableProblem::Left::Row);
+            tell(
+                cells,
+                Texts::tr("the row has %1 of %2 cells").arg(QString::number(cells), QString::number(columns)),
+                TableProblem::Left::Row);
             return false;
         }
         return true;
@@ -117,7 +117,7 @@ private:
         VXGlyphInfo::Reading glyph(m_source);
         glyph.setDirection(VXGlyphInfo::DirectionNotSet);
         for (std::size_t i = 0; i < m_fields.size(); ++i) {
-            if (m_fields[i])
+            if (!m_row.cells[i].empty() && m_fields[i])
                 readOne(glyph, i);
         }
         if (glyph.info().stored(GlyphField::Name).isAbsent())
@@ -137,10 +137,7 @@ private:
     void readOne(VXGlyphInfo::Reading &glyph, std::size_t i)
     {
         const GlyphField field = *m_fields[i];
-        const std::string_view cell = m_row.cells[i];
-        if (cell.empty())
-            return;
-        const std::string_view text = textOfCell(cell, m_buffer);
+        const std::string_view text = textOfCell(m_row.cells[i], m_buffer);
         if (!readCell(glyph, field, text, text.data() != m_buffer.data()))
             tell(qsizetype(i), objectionToCell(field, FieldValue::textOfUtf8(text)),
                  TableProblem::Left::Value);
@@ -222,6 +219,7 @@ TableReading joined(std::vector<Part> &parts, TableForm form, std::vector<TableP
             line += lineAt(between, between.size()) - 1;
             counted = met.place;
             met.problem.line = line;
+            met.problem.offset = met.place - form.source.constData();
             met.problem.record += before;
             reading.problems.push_back(std::move(met.problem));
         }
@@ -258,8 +256,8 @@ public:
         std::string buffer;
         for (const std::string_view cell : row.cells)
             addColumn(FieldValue::textOfUtf8(textOfCell(cell, buffer)));
-        m_form.format.quotesEverything =
-            std::all_of(row.cells.begin(), row.cells.end(), [](std::string_view cell) { return cell.starts_with('"'); });
+        m_form.format.quotesEverything = std::all_of(
+            row.cells.begin(), row.cells.end(), [](std::string_view cell) { return cell.starts_with('"'); });
         return isTable(error);
     }
     std::vector<TableProblem> takeProblems() { return std::move(m_problems); }
@@ -272,8 +270,7 @@ private:
             const QString reason = former->heading == heading
                 ? Texts::tr("another column has the same heading")
                 : Texts::tr("the column “%1” stands for the same field").arg(former->heading);
-            m_problems.push_back(
-                {1, column.place + 1, heading, reason, TableProblem::Left::Column});
+            m_problems.push_back({1, column.place + 1, heading, reason, TableProblem::Left::Column});
             column.field.reset();
         }
         // What records have, but no table: a key that takes no text.
@@ -288,15 +285,16 @@ private:
         const bool isStrict = m_bad == TableReader::Bad::Fails;
         if (isStrict && m_form.columns.size() < 2)
             return fail(error,
-                        tableError({}, Texts::tr("Please open a tab seperated file. The first line should "
-                                                 "contain the keys for each column.")));
-        if (isStrict && !m_invalid.isEmpty())
-            return fail(error,
                         tableError({},
-                                   (m_invalid.size() == 1
-                                        ? Texts::tr("The tabbed file contains an invalid field: %1")
-                                        : Texts::tr("The tabbed file contains invalid fields: %1"))
-                                       .arg(m_invalid.join(kListSeparator))));
+                                   Texts::tr("Please open a tab seperated file. The first line should "
+                                             "contain the keys for each column.")));
+        if (isStrict && !m_invalid.isEmpty())
+            return fail(
+                error,
+                tableError({},
+                           (m_invalid.size() == 1 ? Texts::tr("The tabbed file contains an invalid field: %1")
+                                                  : Texts::tr("The tabbed file contains invalid fields: %1"))
+                               .arg(m_invalid.join(kListSeparator))));
         const bool isKnown = std::any_of(m_form.columns.begin(), m_form.columns.end(),
                                          [](const TableColumn &column) { return column.field.has_value(); });
         if (!isKnown)
@@ -374,9 +372,9 @@ std::optional<TableReading> TableReader::read(const QByteArray &bytes, Error *er
                [&](qsizetype part) { RowReader(form, parts[static_cast<std::size_t>(part)]).read(); });
     TableReading reading = joined(parts, std::move(form), headReader.takeProblems());
     if (m_options.bad == Bad::Fails) {
-        const auto fatal = std::find_if(reading.problems.begin(), reading.problems.end(), [](const auto &each) {
-            return each.left != TableProblem::Left::Value;
-        });
+        const auto fatal =
+            std::find_if(reading.problems.begin(), reading.problems.end(),
+                         [](const auto &each) { return each.left != TableProblem::Left::Value; });
         if (fatal != reading.problems.end()) {
             fail(error, tableError(fatal->sentence()));
             return {};
@@ -392,7 +390,7 @@ char separatorOfSuffix(const QString &path)
 
 bool isTablePath(const QString &path)
 {
-    constexpr QLatin1StringView kSuffixes[] {"txt"_L1, "tsv"_L1, "tab"_L1, "csv"_L1};
+    constexpr QLatin1StringView kSuffixes[] {"txt"_L1, "tsv"_L1, "csv"_L1};
     const QString suffix = QFileInfo(path).suffix();
     return std::any_of(std::begin(kSuffixes), std::end(kSuffixes), [&](QLatin1StringView each) {
         return suffix.compare(each, Qt::CaseInsensitive) == 0;

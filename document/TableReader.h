@@ -19,6 +19,7 @@ struct TableProblem {
     QString reason; ///< without a subject: "“up” is no case"
     Left left = Left::Row;
     qsizetype record = 0; ///< the place of the record, or of the one that follows
+    qsizetype offset = -1; ///< of the row in the source of the form
 
     /// "Line 3, column 2 (case): “up” is no case."
     QString sentence() const;
@@ -33,9 +34,9 @@ struct TableReading {
     qsizetype rowsLeftOut = 0;
 };
 
-/// Reads tables as people and spreadsheets write them: cells between tabs, commas or semicolons, quotes, every
-/// field by its key or its title, in UTF-8 or UTF-16. What is wrong is told; the rest is read. Columns that
-/// are no field, and rows that are no record, are kept aside and written back. A large table is read by
+/// Reads tables as people and spreadsheets write them: cells between tabs, commas or semicolons, quotes,
+/// every field by its key or its title, in UTF-8 or UTF-16. What is wrong is told; the rest is read. Columns
+/// that are no field, and rows that are no record, are kept aside and written back. A large table is read by
 /// several threads at the same time.
 class TableReader
 {
@@ -63,7 +64,7 @@ private:
 
 /// The separator that files with the suffix of \a path have as a rule.
 char separatorOfSuffix(const QString &path);
-/// Whether \a path has a suffix of tables: txt, tsv, tab, csv.
+/// Whether \a path has a suffix of tables: txt, tsv, csv.
 bool isTablePath(const QString &path);
 
 } // namespace runebook

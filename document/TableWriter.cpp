@@ -18,8 +18,7 @@ public:
     void appendHead(std::string &output)
     {
         const DelimitedFormat &format = m_form.format;
-        const bool isMarkInSource =
-            m_form.keepsLines && format.encoding == DelimitedFormat::Encoding::Utf8;
+        const bool isMarkInSource = m_form.keepsLines && format.encoding == DelimitedFormat::Encoding::Utf8;
         if (format.hasByteOrderMark && !isMarkInSource)
             output += "\xEF\xBB\xBF";
         if (m_form.keepsLines) {
@@ -40,13 +39,13 @@ public:
     void append(const VXGlyphInfo &info, std::string &output)
     {
         endLine(output);
-        if (!m_form.hasRowOf(info)) {
+        const std::string_view line = rowOf(info);
+        if (line.empty()) {
             m_row.cells.clear();
             appendRow(info, output);
             return;
         }
-        const std::string_view line = sourceText(info.lineOffset(), info.lineOffset() + info.lineLength());
-        if (m_form.keepsLines && info.isAsRead()) {
+        if (m_form.keepsLineOf(info)) {
             output += line;
             noteEnd(line);
         } else {
@@ -57,13 +56,13 @@ public:
                 noteEnd(m_row.lineEnd);
             }
         }
-        appendAsides(info.lineOffset(), output);
+        appendAsides(line.data() - m_form.source.constData(), output);
     }
 
     void appendFoot(std::string &output)
     {
         for (std::size_t i = 0; i < m_form.asides.size(); ++i) {
-            if (m_form.keepsLines && !m_isWritten[i] && hasText(m_form.asides[i]))
+            if (m_form.keepsLines && !m_isWritten[i] && m_form.hasText(m_form.asides[i]))
                 appendAside(i, output);
         }
         if (m_isOpen && m_isOwn && m_form.format.endsWithLineEnd)
@@ -76,13 +75,14 @@ private:
         return {m_form.source.constData() + begin, static_cast<std::size_t>(end - begin)};
     }
 
-    /// Whether more than separators stands there.
-    bool hasText(const TableForm::Aside &aside) const
+    /// The row of the record in the table that was read; empty for one that is not there.
+    std::string_view rowOf(const VXGlyphInfo &info) const
     {
-        const std::string_view text = sourceText(aside.begin, aside.end);
-        return std::any_of(text.begin(), text.end(), [this](char c) {
-            return c != '\r' && c != '\n' && c != '"' && c != m_form.sourceSeparator;
-        });
+        if (m_form.hasRowOf(info))
+            return sourceText(info.lineOffset(), info.lineOffset() + info.lineLength());
+        const auto found = m_form.adopted.empty() ? m_form.adopted.end() : m_form.adopted.find(&info);
+        return found == m_form.adopted.end() ? std::string_view()
+                                             : sourceText(found->second.begin, found->second.end);
     }
 
     /// Lines of the table itself were written, as they stand there.

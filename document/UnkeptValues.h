@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/SavableForm.h"
+#include "document/TableForm.h"
 #include "model/VXGlyphInfo.h"
 #include "platform/Error.h"
 #include "platform/documents/SavingLosses.h"
@@ -12,8 +13,8 @@
 
 namespace runebook {
 
-/// The values of a document that a glyph data file would not keep, and which of them were accepted to be lost.
-/// Looks at the records again only when they have changed.
+/// The values of a document that a file would not keep, and which of them were accepted to be lost. Looks at
+/// the records again only when they have changed, or the form of the file is another one.
 class UnkeptValues
 {
     Q_DECLARE_TR_FUNCTIONS(UnkeptValues)
@@ -24,6 +25,8 @@ public:
         quint8 fileVersion;
         quint8 readVersion; ///< of the file that the records were read from
         quint64 revision; ///< another one after every change
+        TableFormPtr table = {}; ///< the table that a save would write; null for glyph data
+        TableFormPtr readTable = {}; ///< the one that the records were read from; null for none
     };
     struct Fix {
         InfoPtr info;
@@ -49,9 +52,14 @@ private:
     };
 
     const std::vector<Record> &unkept(const Content &content);
+    void findInTable(const Content &content, std::vector<Record> &found) const;
+    void findInGlyphData(const Content &content, std::vector<Record> &found) const;
+    void addAsides(const Content &content, SavingLosses &losses) const;
 
     std::vector<Record> m_records;
     std::optional<quint64> m_revision; ///< at which they were found
+    bool m_isOfTable = false;
+    std::vector<TableColumn> m_columns; ///< of the table for which they were found
     QSet<size_t> m_accepted; ///< by the values of the record
 };
 

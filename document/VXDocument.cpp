@@ -49,6 +49,19 @@ Error notEnoughMemory(const QString &url)
             {}};
 }
 
+/// The table \a form, where each of \a infos stands in the row of the one that was read in its place.
+TableFormPtr withRowsOf(const TableFormPtr &form, const InfoList &infos, const InfoList &read)
+{
+    if (!form)
+        return {};
+    TableForm adopting = *form;
+    for (std::size_t i = 0; i < infos.size(); ++i) {
+        if (infos[i] && infos[i] != read[i])
+            adopting.adoptRow(infos[i], *read[i]);
+    }
+    return std::make_shared<const TableForm>(std::move(adopting));
+}
+
 } // namespace
 
 VXDocument::VXDocument(QObject *parent) : Document(parent), m_infos(*this, *Document::undoManager())
@@ -92,6 +105,7 @@ InfoList VXDocument::takeForm(FileContent content)
 {
     m_fileVersion = content.fileVersion.value_or(m_fileVersion);
     m_readNotes = std::move(content.notes);
+    m_fileForm.setRead(m_readNotes, m_fileVersion, content.table);
     return std::move(content.infos);
 }
 
@@ -108,6 +122,8 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     const FileState state = FileState::of(file.descriptor());
     ReadNotes notes = std::exchange(m_readNotes, {});
     const quint8 version = m_fileVersion;
+    const FileForm form = m_fileForm;
+    m_fileForm.setRead({}, m_fileVersion);
     try {
         std::optional<FileContent> content = format->readFile(pathFromURL(url), &reason);
         // Lenient towards files, but what the machine lacks is no property of the file.
@@ -119,22 +135,37 @@ bool VXDocument::readFromURLOfType(const QString &url, const QString &type, Erro
     } catch (const std::bad_alloc &) {
         m_readNotes = std::move(notes);
         m_fileVersion = version;
+        m_fileForm = form;
         return fail(error, notEnoughMemory(url));
     }
     setReadState(state);
     m_readError = reason;
     m_fileForm.setUnreadable(!reason.domain.isEmpty());
-    m_fileForm.setRead(m_readNotes, m_fileVersion);
     // Something else than the document's own file.
     if (!fileURL().isEmpty() && QFileInfo(pathFromURL(url)) != QFileInfo(fileURL()))
         noteSilentChange();
     return true;
 }
 
-bool VXDocument::readFromData(const QByteArray &utf8, const QString &type, Error *error)
+bool VXDocument::readWhatCanBeRead(Error *error)
+{
+    const FileState state = FileState::of(fileURL());
+    std::optional<FileContent> content = readTableLeniently(fileURL(), error);
+    if (!content)
+        return false;
+    install(takeForm(std::move(*content)));
+    setReadState(state);
+    noteFileRead(state);
+    m_readError = {};
+    m_fileForm.setUnreadable(false);
+    Q_EMIT readNotesChanged();
+    return true;
+}
+
+bool VXDocument::readFromData(const QByteArray &bytes, const QString &type, Error *error)
 {
     const FileFormat *format = formatOfType(type);
-    std::optional<FileContent> content = format ? format->readData(utf8, error) : std::nullopt;
+    std::optional<FileContent> content = format ? format->readData(bytes, error) : std::nullopt;
     if (!content)
         return false;
     takeContentRead(std::move(*content));
@@ -143,9 +174,7 @@ bool VXDocument::readFromData(const QByteArray &utf8, const QString &type, Error
 
 void VXDocument::takeContentRead(FileContent content)
 {
-    InfoList infos = takeForm(std::move(content));
-    m_fileForm.setRead(m_readNotes, m_fileVersion);
-    install(std::move(infos));
+    install(takeForm(std::move(content)));
 }
 
 std::optional<InfoList> VXDocument::readFromURL(const QString &url, Error *error)
@@ -164,7 +193,9 @@ std::optional<InfoList> VXDocument::readXMLFromURL(const QString &url, Error *er
     if (!content)
         return {};
     const quint8 before = m_fileVersion;
-    InfoList infos = takeForm(std::move(*content));
+    m_fileVersion = content->fileVersion.value_or(m_fileVersion);
+    m_readNotes = std::move(content->notes);
+    InfoList infos = std::move(content->infos);
     if (m_fileVersion != before)
         noteSilentChange();
     return infos;
@@ -186,9 +217,7 @@ bool VXDocument::readAutosavedContents(const QString &path, bool *isWhole, Error
     // They are not in the file of the document: whoever restores them compares both.
     for (const InfoPtr &info : content.infos)
         info->setNotAsRead();
-    InfoList infos = takeForm({std::move(content.infos), content.fileVersion, std::move(content.notes)});
-    m_fileForm.setRead(m_readNotes, m_fileVersion);
-    install(std::move(infos));
+    install(takeForm({std::move(content.infos), content.fileVersion, std::move(content.notes)}));
     return true;
 }
 
@@ -205,6 +234,7 @@ bool VXDocument::takeContentOf(Document &other)
     if (!theirs)
         return false;
     InfoList content = theirs->infos();
+    const InfoList read = content;
     theirs->setInfos({}); // and so without a document
     if (theirs->fileVersion() != fileVersion())
         restoreFileVersion(theirs->fileVersion());
@@ -215,7 +245,7 @@ bool VXDocument::takeContentOf(Document &other)
     m_readError = {};
     m_readNotes = theirs->m_readNotes;
     m_fileForm.setUnreadable(false);
-    m_fileForm.setRead(m_readNotes, m_fileVersion);
+    m_fileForm.setRead(m_readNotes, m_fileVersion, withRowsOf(theirs->tableForm(), content, read));
     Q_EMIT readNotesChanged();
     return true;
 }
@@ -225,24 +255,41 @@ bool VXDocument::readWorseThan(const Document &former) const
     return m_readNotes.isCutOff || Document::readWorseThan(former);
 }
 
-UnkeptValues::Content VXDocument::savedContent() const
+TableFormPtr VXDocument::tableFormFor(const QString &type) const
 {
-    return {infos(), m_fileVersion, m_fileForm.readVersion(), m_revision};
+    const FileFormat *format = formatOfType(type);
+    const TableFormPtr &own = m_fileForm.table();
+    if (!format || !format->separator)
+        return {};
+    // The separator that the table has, whatever its suffix.
+    if (own && (type == fileType() || own->format.separator == format->separator))
+        return own;
+    DelimitedFormat written = own ? own->format : DelimitedFormat();
+    written.separator = format->separator;
+    return std::make_shared<const TableForm>(own ? own->inFormat(written)
+                                                 : TableForm::of(tableFields(), written));
+}
+
+UnkeptValues::Content VXDocument::savedContent(const QString &type) const
+{
+    return {infos(),    m_fileVersion,      m_fileForm.readVersion(),
+            m_revision, tableFormFor(type), m_fileForm.table()};
 }
 
 SavingLosses VXDocument::savingLosses(const QString &type) const
 {
-    return type == kGlyphDataType ? m_unkept.losses(savedContent()) : SavingLosses();
+    m_lossyType = type;
+    return formatOfType(type) ? m_unkept.losses(savedContent(type)) : SavingLosses();
 }
 
 void VXDocument::noteAcceptedLosses()
 {
-    m_unkept.accept(savedContent());
+    m_unkept.accept(savedContent(m_lossyType));
 }
 
 qsizetype VXDocument::fixSavingLosses()
 {
-    const std::vector<UnkeptValues::Fix> plan = m_unkept.fixes(savedContent());
+    const std::vector<UnkeptValues::Fix> plan = m_unkept.fixes(savedContent(m_lossyType));
     const UndoGroup group(undoManager(), tr("Fix Values"));
     for (const auto &[info, fixes] : plan) {
         for (const FieldFix &fix : fixes)
@@ -252,17 +299,17 @@ qsizetype VXDocument::fixSavingLosses()
     return static_cast<qsizetype>(plan.size());
 }
 
-bool VXDocument::mayWrite(const QString &url, Error *notice, Error *error)
+bool VXDocument::mayWrite(const QString &url, const QString &type, Error *notice, Error *error)
 {
-    if (m_unkept.takesOthers(savedContent())) {
-        const Error refusal = UnkeptValues::refusal(url, savingLosses(kGlyphDataType));
+    if (type == kGlyphDataType && m_unkept.takesOthers(savedContent(type))) {
+        const Error refusal = UnkeptValues::refusal(url, savingLosses(type));
         // A script that does not ask for the reason is told all the same.
         if (!error)
             ErrorPresenter::shared().present(refusal);
         return fail(error, refusal);
     }
     // A save has asked before. Who writes otherwise, as scripts do, is told.
-    const SavingLosses lost = savedState() ? SavingLosses() : savingLosses(kGlyphDataType);
+    const SavingLosses lost = savedState() ? SavingLosses() : savingLosses(type);
     if (!lost.isEmpty())
         *notice = UnkeptValues::notice(url, lost, losesSilently() ? u"Notice"_s : u"SavingLossesError"_s);
     return true;
@@ -271,10 +318,13 @@ bool VXDocument::mayWrite(const QString &url, Error *notice, Error *error)
 bool VXDocument::writeToURLOfType(const QString &url, const QString &type, Error *error)
 {
     const FileFormat *format = formatOfType(type);
+    // Saving a table writes all that it can hold. The operation alone, as scripts call it, is the export.
+    const bool isExport = type == kTableType && !savedState();
     Error notice;
-    if (!format || (type == kGlyphDataType && !mayWrite(url, &notice, error)))
+    if (!format || (!isExport && !mayWrite(url, type, &notice, error)))
         return false;
-    const ContentProducer produce = format->writer(infos(), m_fileVersion);
+    const ContentProducer produce = isExport ? ContentProducer(TabbedWriter(infos()))
+                                             : format->writer(infos(), {m_fileVersion, tableFormFor(type)});
     bool isSaved = false;
     doApart(GlyphDataWriter::sizeOf(infos(), m_fileVersion),
             [&] { isSaved = FileSaver::save(pathFromURL(url), produce, error, savedState()); });
@@ -292,6 +342,8 @@ QStringList VXDocument::savingWillChange() const
 
 void VXDocument::takeSavedForm(const QString &type)
 {
+    if (isTableType(type))
+        m_fileForm.setTable(tableFormFor(type));
     const std::vector<LostCodePoints> lost =
         type == kGlyphDataType ? lostCodePoints(infos(), m_fileVersion) : std::vector<LostCodePoints>();
     if (lost.empty())
@@ -304,8 +356,21 @@ void VXDocument::takeSavedForm(const QString &type)
 void VXDocument::learnFormOf(const QString &original)
 {
     m_fileForm.setUnreadable(false);
-    if (fileKind(original) == FileKind::Regular && fileType() == kGlyphDataType)
+    if (fileKind(original) != FileKind::Regular)
+        return;
+    if (fileType() == kGlyphDataType)
         m_fileForm.learnFrom(original);
+    else if (isTableType(fileType()))
+        adoptTable(original);
+}
+
+void VXDocument::adoptTable(const QString &original)
+{
+    const std::optional<FileContent> content = readTableLeniently(original, nullptr);
+    m_fileForm.setUnreadable(!content);
+    if (content)
+        m_fileForm.setTable(
+            withRowsOf(content->table, formerRecords(infos(), content->infos), content->infos));
 }
 
 std::unique_ptr<SlicedContent> VXDocument::slicedContent() const

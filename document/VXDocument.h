@@ -57,9 +57,16 @@ public: // opening and saving
     runebook::SavingLosses savingLosses(const QString &type) const override;
     qsizetype fixSavingLosses() override;
     bool readAutosavedContents(const QString &path, bool *isWhole, runebook::Error *error) override;
+    /// Reads what can be read of a table that opened empty: rows that are no record are noted, and written
+    /// back as they stand. False, and an error, where nothing can be read.
+    Q_INVOKABLE bool readWhatCanBeRead(runebook::Error *error = nullptr);
+    /// The table that the content was read from or saved as; null for glyph data.
+    const runebook::TableFormPtr &tableForm() const { return m_fileForm.table(); }
+    /// What a save as a table of \a type would write: its own columns, else one for each field.
+    runebook::TableFormPtr tableFormFor(const QString &type) const;
     /// The content of a file from its bytes, with every note of the reading. False, and an error, when they
     /// are not such a file.
-    bool readFromData(const QByteArray &utf8, const QString &type, runebook::Error *error = nullptr);
+    bool readFromData(const QByteArray &bytes, const QString &type, runebook::Error *error = nullptr);
     /// Takes what was read elsewhere, with every note of the reading, as the content.
     void takeContentRead(runebook::FileContent content);
     bool takeContentOf(runebook::Document &other) override;
@@ -209,8 +216,9 @@ private:
     void install(InfoList infos) { m_infos.install(std::move(infos)); }
     /// Takes over what a reading told besides the records, which it answers.
     InfoList takeForm(runebook::FileContent content);
-    runebook::UnkeptValues::Content savedContent() const;
-    bool mayWrite(const QString &url, runebook::Error *notice, runebook::Error *error);
+    void adoptTable(const QString &original);
+    runebook::UnkeptValues::Content savedContent(const QString &type) const;
+    bool mayWrite(const QString &url, const QString &type, runebook::Error *notice, runebook::Error *error);
     void restoreFileVersion(int version);
 
     runebook::DocumentInfos m_infos;
@@ -220,6 +228,7 @@ private:
     runebook::FileForm m_fileForm;
     mutable runebook::UnkeptValues m_unkept;
     qsizetype m_openConflicts = 0;
+    mutable QString m_lossyType; ///< whose losses were asked for last
     quint64 m_revision = 0; ///< counts changes of any kind
     runebook::FieldChanges m_changes;
 };

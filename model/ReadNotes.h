@@ -19,6 +19,7 @@ struct ReadNotes {
         OtherMeaning, ///< a line that an XML reader takes for something else than what a save will print for
                       ///< it
         Conflict, ///< what two sides did differently, between markers; both sides are records
+        TableProblem, ///< a row of a table that is no record, or a cell that is no value: kept as it stands
         KindCount
     };
     struct Note {

@@ -1,5 +1,7 @@
-// Saving a document over its file, synced, against a plain synced copy of the same bytes.
+// Saving a document over its file, synced, against a plain synced copy of the same bytes; as a table, against
+// a table tool that writes the same one.
 #include "benchmarks/BenchmarkSupport.h"
+#include "document/FileFormats.h"
 #include "document/VXDocument.h"
 
 #include <QFile>
@@ -71,8 +73,40 @@ void copySynced(benchmark::State &state, int records, Edited edited)
     }
 }
 
+/// The document with a column for each field, over the table that is there, synced.
+void exportTable(benchmark::State &state, int records)
+{
+    Opened &exported = opened(records, Edited::None);
+    const QString path = scratchFile(u"exported-%1.csv"_s.arg(records));
+    const auto save = [&] { return exported.document.writeToURLOfType(path, kCommaTableType); };
+    exported.isReady &= save();
+    for ([[maybe_unused]] auto _ : state) {
+        ::sync();
+        bool wasSaved = false;
+        state.SetIterationTime(secondsFor([&] { wasSaved = save(); }));
+        if (!wasSaved || !exported.isReady)
+            state.SkipWithError("the table was not written");
+    }
+}
+
+void exportWithMiller(benchmark::State &state, int records)
+{
+    const QString path = scratchFile(u"exported-%1.csv"_s.arg(records));
+    if (!opened(records, Edited::None).document.writeToURLOfType(path, kCommaTableType))
+        state.SkipWithError("there is no table");
+    for ([[maybe_unused]] auto _ : state) {
+        bool wasWritten = false;
+        const auto run = [&] { return runProgram(u"mlr"_s, {u"--csv"_s, u"cat"_s, path}); };
+        state.SetIterationTime(secondsFor([&] { wasWritten = run(); }));
+        if (!wasWritten)
+            state.SkipWithError("mlr did not write the table");
+    }
+}
+
 void registerAll()
 {
+    addTimed(u"export-table/150000"_s, exportTable, 150'000);
+    addTimed(u"export-table/150000:peer"_s, exportWithMiller, 150'000);
     for (const int records : {150'000, 1'000'000}) {
         const QString edited = u"save-edited/%1"_s.arg(records);
         addTimed(edited, saveDocument, records, Edited::Tenth);

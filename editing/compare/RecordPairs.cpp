@@ -1,7 +1,7 @@
 #include "editing/compare/RecordPairs.h"
 
 #include "document/GlyphDataReader.h"
-#include "document/TabbedTable.h"
+#include "document/TableReader.h"
 #include "editing/compare/CommonLines.h"
 #include "editing/compare/ComparedFields.h"
 
@@ -191,11 +191,6 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(RecordPairs)
 };
 
-bool isTable(const QString &path)
-{
-    return path.endsWith(".txt"_L1, Qt::CaseInsensitive);
-}
-
 /// The text of a glyph data file; a text that shows no sign of being one is an error, for two such files
 /// would count as equal.
 std::optional<QByteArray> readGlyphData(const QString &path, Error *error)
@@ -215,8 +210,12 @@ std::optional<QByteArray> readGlyphData(const QString &path, Error *error)
 
 std::optional<InfoList> readRecords(const QString &path, Error *error)
 {
-    if (isTable(path))
-        return TabbedReader().read(path, error);
+    if (isTablePath(path)) {
+        const TableReader reader(
+            {.separator = {}, .likelySeparator = separatorOfSuffix(path), .bad = TableReader::Bad::Fails});
+        std::optional<TableReading> table = reader.read(path, error);
+        return table ? std::optional(std::move(table->infos)) : std::nullopt;
+    }
     std::optional<QByteArray> bytes = readGlyphData(path, error);
     if (!bytes)
         return {};
@@ -229,7 +228,7 @@ std::optional<OtherLines> otherLines(const QString &left, const QString &right)
     QFile files[] = {QFile(left), QFile(right)};
     for (QFile &file : files) {
         const QString path = file.fileName();
-        if (isTable(path) || !QFileInfo(path).isFile()
+        if (isTablePath(path) || !QFileInfo(path).isFile()
             || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             return {};
     }

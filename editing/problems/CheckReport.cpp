@@ -1,7 +1,9 @@
 #include "editing/problems/CheckReport.h"
 
+#include "document/FileFormats.h"
 #include "document/GlyphDataReader.h"
 #include "document/SavableForm.h"
+#include "document/TableReader.h"
 #include "editing/problems/Problems.h"
 #include "platform/FileBytes.h"
 #include "platform/FilePath.h"
@@ -236,6 +238,8 @@ private:
 
 std::optional<QByteArray> bytesOf(const QString &file, QIODevice &input, Error *error)
 {
+    if (file != "-"_L1 && isTablePath(file)) // UTF-16, too
+        return readWholeFile(pathFromURL(file), error);
     if (file != "-"_L1)
         return readUtf8File(pathFromURL(file), error);
     QByteArray bytes = input.readAll();
@@ -253,9 +257,8 @@ std::optional<QByteArray> bytesOf(const QString &file, QIODevice &input, Error *
 /// By the name where that tells, otherwise by what is in it.
 bool isTable(const QString &file, const QByteArray &bytes)
 {
-    const QString suffix = QFileInfo(file).suffix().toLower();
-    if (suffix == "txt"_L1 || suffix == "xml"_L1)
-        return suffix == "txt"_L1;
+    if (isTablePath(file) || QFileInfo(file).suffix().compare("xml"_L1, Qt::CaseInsensitive) == 0)
+        return isTablePath(file);
     return !bytes.contains("<glyph") && bytes.left(bytes.indexOf('\n')).contains('\t');
 }
 
@@ -265,7 +268,9 @@ CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, 
     VXDocument document;
     const std::optional<QByteArray> bytes = bytesOf(file, input, &error);
     const bool isTabbed = bytes && isTable(file, *bytes);
-    const QString type = isTabbed ? u"public.plain-text"_s : u"public.xml"_s;
+    const QString type = isTabbed && isTablePath(file) ? typeOfPath(file)
+        : isTabbed                                     ? kTableType
+                                                       : kGlyphDataType;
     if (!bytes || !document.readFromData(*bytes, type, &error)) {
         errors << terminalText(u"runebook: %1: %2\n"_s.arg(file, error.text().replace(u'\n', u' ')).trimmed())
                << '\n';
@@ -273,7 +278,8 @@ CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, 
         return CheckResult::Unreadable;
     }
     const Findings findings(document);
-    LineNumbers lines(*bytes);
+    // The places in a table are those in its text, which may have stood in another encoding.
+    LineNumbers lines(document.tableForm() ? document.tableForm()->source : *bytes);
     report.begin(file, document, isTabbed);
     for (const Finding &finding : findings.all())
         report.add(finding, lines.at(finding.offset));

@@ -74,6 +74,11 @@ constexpr std::array<Words, kProblemKindCount> kWords {{
      QT_TRANSLATE_NOOP(
          "Problems",
          "What two sides of a merge did differently. All sides are records until one is chosen.")},
+    {"table-problem", QT_TRANSLATE_NOOP("Problems", "Rows and cells not read"),
+     QT_TRANSLATE_NOOP(
+         "Problems",
+         "Rows of a table that are no record, and cells that are no value of their column. They "
+         "stay in the table as they are.")},
     {"file-form", QT_TRANSLATE_NOOP("Problems", "The file itself"),
      QT_TRANSLATE_NOOP("Problems", "What saving changes in the file as a whole.")},
 }};

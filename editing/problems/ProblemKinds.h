@@ -34,6 +34,7 @@ enum class ProblemKind : quint8 {
     ForeignLine,
     OtherMeaning, ///< a line that another program takes for something else
     Conflict, ///< what two sides did differently, not yet resolved
+    TableProblem, ///< a row of a table that is no record, or a cell that is no value
     FileForm, ///< the file as a whole
 };
 

@@ -31,6 +31,8 @@ std::optional<ProblemKind> kindOfNote(ReadNotes::Kind kind)
         return ProblemKind::OtherMeaning;
     case ReadNotes::Conflict:
         return ProblemKind::Conflict;
+    case ReadNotes::TableProblem:
+        return ProblemKind::TableProblem;
     case ReadNotes::CodePoints:
     case ReadNotes::KindCount:
         break;

@@ -1,5 +1,6 @@
 #include "editing/window/WindowContent.h"
 
+#include "document/FileFormats.h"
 #include "document/VXDocument.h"
 #include "editing/merge/MergeOpening.h"
 #include "editing/records/GlyphTableView.h"
@@ -242,9 +243,28 @@ void WindowContent::showReadError()
     offerToResolve();
     if (error.domain.isEmpty())
         return;
-    m_messages->showMessage(tr("The file could not be read, so the document is empty.") + u'\n'
-                                + error.text(),
-                            MessageBar::Stay::UntilClosed);
+    const QString text = tr("The file could not be read, so the document is empty.") + u'\n' + error.text();
+    if (isTableType(typeOfPath(m_document.fileURL())))
+        m_messages->ask(text, {{tr("&Retry: Open What Can Be Read"), [this] { readWhatCanBeRead(); }}},
+                        MessageBar::Stay::UntilClosed);
+    else
+        m_messages->showMessage(text, MessageBar::Stay::UntilClosed);
+}
+
+void WindowContent::readWhatCanBeRead()
+{
+    Error error;
+    if (!m_document.readWhatCanBeRead(&error)) {
+        m_messages->showMessage(tr("Nothing in the file can be read.") + u'\n' + error.text(),
+                                MessageBar::Stay::UntilClosed);
+        return;
+    }
+    const qsizetype count = m_document.readNotes().count(ReadNotes::TableProblem);
+    m_messages->showMessage(
+        (count == 1 ? tr("One row or cell could not be read.")
+                    : tr("%1 rows and cells could not be read.").arg(QLocale().toString(count)))
+            + u' ' + tr("The list of problems has them; a save leaves them in the file as they are."),
+        MessageBar::Stay::UntilClosed);
 }
 
 } // namespace runebook

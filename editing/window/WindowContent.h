@@ -49,6 +49,7 @@ public:
     void updateTitle();
     /// Says why the file of the document could not be read, if so.
     void showReadError();
+    void readWhatCanBeRead();
 
 Q_SIGNALS:
     /// Anything that menus depend on may have changed; once in a turn of the event loop.

@@ -129,6 +129,12 @@ void saveAsWithOutcome(Document &document, QWidget *parent, const Ended &ended)
     const DocumentController &controller = DocumentController::shared();
     if (!controller.types().isEmpty())
         panel->setDefaultSuffix(controller.types().front().extensions.value(0));
+    // A name without suffix gets that of the kind that was chosen.
+    QObject::connect(panel, &QFileDialog::filterSelected, panel, [panel](const QString &filter) {
+        const QStringList filters = allFilters();
+        if (const qsizetype chosen = filters.indexOf(filter); chosen >= 0)
+            panel->setDefaultSuffix(DocumentController::shared().types().at(chosen).extensions.value(0));
+    });
     panel->selectFile(document.fileURL().isEmpty() ? document.displayName() : document.fileURL());
     const Guarded guarded(&document);
     QObject::connect(panel, &QFileDialog::finished, panel, [=](int result) {

@@ -39,6 +39,10 @@ QString explanation(const SavingLosses &losses)
 {
     const QString count =
         Texts::tr("Records concerned: %1.").arg(QLocale().toString(static_cast<qlonglong>(losses.count)));
+    if (!losses.isFixable)
+        return count + u' '
+            + Texts::tr("“Save Anyway” keeps a copy of the file as it is now. Saved as glyph data, the "
+                        "document keeps what a table has no place for.");
     return count + u' '
         + (losses.takingOthers > 0
                ? Texts::tr(
@@ -121,15 +125,18 @@ private:
             connect(button, &QPushButton::clicked, this, [this, answer] { done(answer); });
             return button;
         };
-        QPushButton *fix =
-            add(isBarred ? Texts::tr("&Fix") : Texts::tr("&Fix All"), QDialogButtonBox::AcceptRole, Fix);
+        QPushButton *first = nullptr;
+        if (m_losses.isFixable)
+            first =
+                add(isBarred ? Texts::tr("&Fix") : Texts::tr("&Fix All"), QDialogButtonBox::AcceptRole, Fix);
         add(Texts::tr("&Go to"), QDialogButtonBox::ActionRole, GoTo);
         if (!isBarred)
             add(Texts::tr("Save &Anyway"), QDialogButtonBox::DestructiveRole, SaveAnyway);
-        box->addButton(QDialogButtonBox::Cancel);
+        QPushButton *cancel = box->addButton(QDialogButtonBox::Cancel);
         connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
-        fix->setDefault(true);
-        fix->setFocus();
+        first = first ? first : cancel;
+        first->setDefault(true);
+        first->setFocus();
         return box;
     }
 

@@ -20,6 +20,7 @@ struct SavingLosses {
     QList<SavingLoss> listed;
     qsizetype count = 0; ///< records concerned
     qsizetype takingOthers = 0; ///< among them those that no save writes
+    bool isFixable = true; ///< by Document::fixSavingLosses
 
     bool isEmpty() const { return count == 0; }
     /// One line for each that is listed, at most \a most, and one that counts the others.

@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
+#include <QStandardPaths>
 
 using namespace runebook;
 using namespace Qt::StringLiterals;
@@ -59,6 +60,8 @@ private Q_SLOTS:
                   "--marker-size");
               row("nothing to merge", {u"--merge"_s, u"/no/a.xml"_s, u"/no/b.xml"_s, u"/no/c.xml"_s}, 2, "",
                   "/no/a.xml");
+              row("one file to convert", {u"--convert"_s, u"a.xml"_s}, 2, "", "two files");
+              row("no file to convert", {u"--convert"_s, u"/no/a.csv"_s, u"-"_s}, 2, "", "/no/a.csv");
               row("nothing to convert", {u"--textconv"_s, u"/no/a.xml"_s}, 2, "", "/no/a.xml");
               row("a window", {}, 1, "", "No display");
           })
@@ -267,6 +270,84 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(piped.readAllStandardOutput()), u"-: 1 records, a table, 0 problems\n"_s);
         QCOMPARE(piped.exitCode(), 0);
         QCOMPARE(run({u"--check"_s}).status, 2);
+    }
+
+    // arguments: "in" and "out" are files of the test
+    TABLE(convertsFiles,
+          (const QByteArray &in, const QStringList &arguments, int status, const QByteArray &out,
+           const QString &errors),
+          {
+              const QByteArray xml =
+                  "<glyphData>\n\t<glyph unicode=\"0041\" name=\"A\" script=\"latin\" />\n"
+                  "\t<glyph name=\"B\" altNames=\"b, c\" direction=\"RTL\" />\n</glyphData>\n";
+              const QByteArray csv = "name,note,unicode\nA,\"x \"\"y\"\"\",0041\nB,,\n";
+              row("glyph data as a table", xml,
+                  {u"in.xml"_s, u"out.csv"_s, u"--fields"_s, u"Name,unicode,altNames"_s}, 0,
+                  "name,unicode,altNames\nA,0x0041,\nB,,\"b, c\"\n", "");
+              row("all fields", xml, {u"in.xml"_s, u"out.tsv"_s}, 0,
+                  "name\tunicode\tcategory\tsubCategory\tcase\tscript\tdirection\tproduction\tsortName\tsortN"
+                  "ameKeep"
+                  "\tsortNameOld\tdecompose\tanchors\tmarks\taltNames\tunicodeLegacy\tdesc\n"
+                  "A\t0x0041\t\t\t\tlatin\t\t\t\t\t\t\t\t\t\t\t\nB\t\t\t\t\t\tRTL\t\t\t\t\t\t\t\tb, c\t\t\n",
+                  "");
+              row("only what a search finds", xml,
+                  {u"in.xml"_s, u"-"_s, u"--only"_s, u"B"_s, u"--fields"_s, u"name"_s}, 0, "name\nB\n", "");
+              row("a table as another", csv, {u"in.csv"_s, u"out.txt"_s}, 0,
+                  "name\tnote\tunicode\nA\t\"x \"\"y\"\"\"\t0041\nB\t\t\n", "");
+              row("its columns in another order", csv, {u"in.csv"_s, u"-"_s, u"--fields=note,name"_s}, 0,
+                  "note\tname\n\"x \"\"y\"\"\"\tA\n\tB\n", "");
+              row("an unknown column", csv, {u"in.csv"_s, u"out.xml"_s}, 1, "(unreadable)",
+                  "The column “note” is left out");
+              row("lossy", csv, {u"in.csv"_s, u"-"_s, u"--lossy"_s}, 0,
+                  "<glyph unicode=\"0041\" name=\"A\" />", "The column “note” is left out");
+              row("a bad row", csv + "C\n", {u"in.csv"_s, u"out.txt"_s}, 1, "(unreadable)",
+                  "Line 4, column 2 (note): the row has 1 of 3 cells.");
+              row("a comment", "<!-- x -->\n" + xml, {u"in.xml"_s, u"out.xml"_s}, 0, "name=\"B\"", "");
+              row("no such field", xml, {u"in.xml"_s, u"out.csv"_s, u"--fields=colour"_s}, 2, "(unreadable)",
+                  "colour");
+              row("fields of glyph data", csv, {u"in.csv"_s, u"out.xml"_s, u"--fields=name"_s}, 2,
+                  "(unreadable)", "--fields");
+              row("no glyph data", "<html>", {u"in.xml"_s, u"out.csv"_s}, 2, "(unreadable)", "no glyph data");
+              row("no table", "a,b\n", {u"in.csv"_s, u"out.xml"_s}, 2, "(unreadable)", "No column");
+          })
+    {
+        const QTemporaryDir folder;
+        QStringList words {u"--convert"_s};
+        for (const QString &argument : arguments)
+            words << (argument.startsWith(u"in."_s) || argument.startsWith(u"out."_s)
+                          ? folder.filePath(argument)
+                          : argument);
+        write(words.at(1), in);
+        const Outcome outcome = run(words, {u"DISPLAY"_s, u"QT_QPA_PLATFORM"_s});
+        QVERIFY2(outcome.status == status, qPrintable(outcome.errors));
+        const QByteArray written = words.at(2) == u"-" ? outcome.output.toUtf8() : contentOf(words.at(2));
+        QVERIFY2(words.at(2) == u"-" || words.at(2).endsWith(u"xml") ? written.contains(out) : written == out,
+                 written.constData());
+        QVERIFY2(outcome.errors.contains(errors), qPrintable(outcome.errors));
+        QCOMPARE(outcome.errors.isEmpty(), errors.isEmpty());
+    }
+
+    /// A real spreadsheet takes what is written, and what it writes is read.
+    void goesThroughASpreadsheet()
+    {
+        const QString program = QStandardPaths::findExecutable(u"ssconvert"_s);
+        if (program.isEmpty())
+            QSKIP("spreadsheet: no ssconvert of gnumeric here");
+        const QTemporaryDir folder;
+        const QByteArray lines =
+            "\t<glyph unicode=\"0041\" unicode2=\"1E10\" name=\"A\" description=\"a; b, 'c'\" />\n"
+            "\t<glyph unicode=\"1E10\" name=\"alef-ar\" altNames=\"\u05D0, b\" direction=\"RTL\" />\n"
+            "\t<glyph unicode=\"0030\" name=\"zero\" case=\"smallCaps\" script=\"latin\" />\n";
+        const QString xml =
+            write(folder.filePath(u"a.xml"_s), "<glyphData format=\"2\">\n" + lines + "</glyphData>\n");
+        const auto step = [&folder](const QString &name) { return folder.filePath(name); };
+        QCOMPARE(run({u"--convert"_s, xml, step(u"b.csv"_s)}).status, 0);
+        QCOMPARE(QProcess::execute(program, {step(u"b.csv"_s), step(u"c.ods"_s)}), 0);
+        QCOMPARE(QProcess::execute(program, {step(u"c.ods"_s), step(u"d.csv"_s)}), 0);
+        const Outcome back = run({u"--convert"_s, step(u"d.csv"_s), step(u"e.xml"_s)});
+        QVERIFY2(back.status == 0, qPrintable(back.errors));
+        const Outcome compared = run({u"--compare"_s, xml, step(u"e.xml"_s)});
+        QVERIFY2(compared.status == 0, qPrintable(compared.output));
     }
 
     void scriptsDriveWindowsWithoutADisplay()

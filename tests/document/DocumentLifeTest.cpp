@@ -395,7 +395,7 @@ private Q_SLOTS:
         document->objectInInfosAtIndex(0)->setName(u"B"_s);
         Error error;
         QVERIFY2(document->autosave(&error), qPrintable(error.text()));
-        QVERIFY(contentOf(document->autosavedContentsURL()).contains("unicode=\"41\" name=\"B\""));
+        QVERIFY(contentOf(document->autosavedContentsURL()).contains("unicode=\"0041\" name=\"B\""));
         QCOMPARE(contentOf(path(u"a.txt"_s)), QByteArray("name\tunicode\nA\t41\n"));
     }
 

@@ -241,10 +241,12 @@ private Q_SLOTS:
         VXDocument document;
         document.addInfo(VXGlyphInfo::init());
         document.setFileVersion(1); // which a table leaves
-        QVERIFY(document.readFromURLOfType(kTables + u"invalid-key.txt"_s, u"public.plain-text"_s));
+        const QTemporaryDir folder;
+        const QString invalid = write(folder.filePath(u"a.txt"_s), "name\tindex\nA\t1\n");
+        QVERIFY(document.readFromURLOfType(invalid, u"public.plain-text"_s));
         QCOMPARE(document.countOfInfos(), 0);
         QCOMPARE(document.readError().recoverySuggestion,
-                 u"The tabbed file contains an invalid field: direction"_s);
+                 u"The tabbed file contains an invalid field: index"_s);
         QVERIFY(document.readFromURLOfType(kTables + u"usual.txt"_s, u"public.plain-text"_s));
         QCOMPARE(document.countOfInfos(), 2);
         QCOMPARE(document.fileVersion(), 1);
@@ -318,9 +320,7 @@ private Q_SLOTS:
             QVERIFY(!document.writeToURLOfType(path, u"public.plain-text"_s, &error));
             QVERIFY2(error.description.contains(u"accents"_s), qPrintable(error.description));
             QCOMPARE(contentOf(path), isThere ? QByteArray("old") : QByteArray("(unreadable)"));
-            QVERIFY(!document.saveToURLOfType(path, u"public.plain-text"_s, &error));
             QVERIFY(document.isDocumentEdited());
-            QVERIFY(document.fileURL().isEmpty());
         }
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList {u"a.txt"_s});
     }

@@ -49,9 +49,11 @@ QString textOf(const TableReading &reading)
 /// A cell in one of the ways in which programs write it.
 QByteArray randomCell(Dice &dice, char separator)
 {
-    static const QByteArrayList values {"",      "a",       "B7",    "0041", "0x00e9", "U+1F600", "1E10", "é",
-                                        "a, b",  "say \"x", "x\ty",  "x;y",  "two\nlines", " lead", "\xD7\x90",
-                                        "upper", "RTL",     "Uo",    "0x0041, 0x0042", "\xEF\xBB\xBF", "x\r\ny"};
+    static const QByteArrayList values {"",        "a",    "B7",         "0041",           "0x00e9",
+                                        "U+1F600", "1E10", "é",          "a, b",           "say \"x",
+                                        "x\ty",    "x;y",  "two\nlines", " lead",          "\xD7\x90",
+                                        "upper",   "RTL",  "Uo",         "0x0041, 0x0042", "\xEF\xBB\xBF",
+                                        "x\r\ny"};
     QByteArray value = values.at(dice.below(int(values.size())));
     const bool isPlain = !value.contains(separator) && !value.contains('\n') && !value.contains('\r')
         && !value.startsWith('"');
@@ -65,8 +67,9 @@ struct RandomTable {
 
 RandomTable randomTable(Dice &dice)
 {
-    static const QByteArrayList headings {"name",  "Unicode", "CATEGORY", "Sort Name", "case", "direction", "note",
-                                          "id #",  "altNames", "desc",    "unicodeLegacy", "marks"};
+    static const QByteArrayList headings {"name",     "Unicode",   "CATEGORY",      "Sort Name",
+                                          "case",     "direction", "note",          "id #",
+                                          "altNames", "desc",      "unicodeLegacy", "marks"};
     RandomTable table {{}, "\t,;"[dice.below(3)]};
     const int columns = 1 + dice.below(int(headings.size()));
     const QByteArray lineEnd = QByteArrayList {"\n", "\r\n", "\r"}.at(dice.below(3));
@@ -136,8 +139,9 @@ private Q_SLOTS:
                 told += int(losses.size());
                 const VXGlyphInfo &read = *reading->infos[i];
                 for (const GlyphField field : tableFields()) {
-                    const auto loss = std::find_if(losses.begin(), losses.end(),
-                                                   [field](const TableLoss &each) { return each.field == field; });
+                    const auto loss =
+                        std::find_if(losses.begin(), losses.end(),
+                                     [field](const TableLoss &each) { return each.field == field; });
                     if (!form->columnOf(field) && field != GlyphField::Name)
                         QVERIFY(loss != losses.end() || !hasTableValue(*infos[i], field));
                     else if (loss != losses.end() && loss->hasColumn)
@@ -176,7 +180,8 @@ private Q_SLOTS:
                 continue;
             const auto place = std::size_t(dice.below(int(reading->infos.size())));
             VXGlyphInfo &info = *reading->infos[place];
-            const auto &column = reading->form->columns[std::size_t(dice.below(int(reading->form->columns.size())))];
+            const auto &column =
+                reading->form->columns[std::size_t(dice.below(int(reading->form->columns.size())))];
             if (!column.field || !storeCell(info, *column.field, dice.below(2) ? u"lower"_s : u"RTL"_s))
                 continue;
             ++edits;
@@ -185,7 +190,8 @@ private Q_SLOTS:
             QVERIFY2(written, qPrintable(error.text()));
             const QByteArray before = form->source.first(info.lineOffset());
             const QByteArray behind = form->source.mid(info.lineOffset() + info.lineLength());
-            QVERIFY2(written->utf8.startsWith(before) && written->utf8.endsWith(behind), written->utf8.constData());
+            QVERIFY2(written->utf8.startsWith(before) && written->utf8.endsWith(behind),
+                     written->utf8.constData());
             const auto again = TableReader({.separator = table.separator}).read(written->utf8, &error);
             QVERIFY2(again, qPrintable(error.text()));
             QCOMPARE(again->infos.size(), reading->infos.size());
@@ -231,12 +237,14 @@ private Q_SLOTS:
         row("code points", "unicode,name\n0x41,a\n41,b\nU+1f600,c\n\"0041; 0x42 U+43\",d\n1E10,e\n",
             u"name=a unicode=41\nname=b unicode=0041\nname=c unicode=1F600\nname=d unicode=0041, 42, 43\n"
             "name=e unicode=1E10"_s);
-        row("texts stay texts", "name,desc\n0041,1E10\n0xyz,'=1'\n", u"name=0041 desc=1E10\nname=0xyz desc='=1'"_s);
+        row("texts stay texts", "name,desc\n0041,1E10\n0xyz,'=1'\n",
+            u"name=0041 desc=1E10\nname=0xyz desc='=1'"_s);
         row("unset direction", "name\tdirection\tcase\nb\t\t\na\tltr\tUPPER\n",
             u"name=b\nname=a case=upper direction=LTR"_s);
-        row("wrong words", "name,case\n\na,up\n", u"name=a"_s, u"Line 3, column 2 (case): “up” is no case."_s);
-        row("too few cells", "name,case,script\na,upper\nb,lower,latin\n", u"name=b case=lower script=latin"_s,
-            u"Line 2, column 3 (script): the row has 2 of 3 cells."_s);
+        row("wrong words", "name,case\n\na,up\n", u"name=a"_s,
+            u"Line 3, column 2 (case): “up” is no case."_s);
+        row("too few cells", "name,case,script\na,upper\nb,lower,latin\n",
+            u"name=b case=lower script=latin"_s, u"Line 2, column 3 (script): the row has 2 of 3 cells."_s);
         row("open quotes", "name,desc\r\na,\"x\r\nb,y\r\n", u"name=b desc=y"_s,
             u"Line 2, column 2 (desc): the quotes that begin the cell do not end."_s);
         row("text behind quotes", "name,desc\n\"a\nb\",\"x\"y\nc,z\n", u"name=c desc=z"_s,

@@ -208,12 +208,15 @@ private Q_SLOTS:
             QVERIFY(document->isDocumentEdited() && DocumentWindows::of(*document)->isVisible());
     }
 
-    /// What has no suffix gets that of the first type, and what has the suffix of a type is of that one.
-    TABLE(savesUnderTheNameTyped, (const QString &typed, const QString &name, const QString &type), {
-        row("no suffix", "new", "new.xml", "public.xml");
-        row("a table, whose export refuses records", "new.txt", "", "");
-        row("another suffix", "new.glyphs", "new.glyphs", "public.xml");
-    })
+    /// What has no suffix gets that of the kind that was chosen, and what has the suffix of a type is of that
+    /// one.
+    TABLE(savesUnderTheNameTyped,
+          (const QString &typed, bool choosesTables, const QString &name, const QString &type), {
+              row("no suffix", "new", false, "new.xml", "public.xml");
+              row("no suffix, tables chosen", "new", true, "new.txt", "public.plain-text");
+              row("a table", "new.txt", false, "new.txt", "public.plain-text");
+              row("another suffix", "new.glyphs", false, "new.glyphs", "public.xml");
+          })
     {
         auto *document = qobject_cast<VXDocument *>(controller().openUntitledDocumentAndDisplay(true));
         document->addInfo(infoNamed(u"a"_s));
@@ -226,17 +229,13 @@ private Q_SLOTS:
         QCOMPARE(line->text(), document->displayName());
         panel->setDirectory(m_folder->path());
         line->setText(typed);
+        if (choosesTables)
+            QTest::keyClick(panel->findChild<QComboBox *>(u"fileTypeCombo"_s), Qt::Key_Down);
         static_cast<QDialog *>(panel)->accept();
-        if (name.isEmpty()) {
-            answer(u"Cancel"_s);
-            QCOMPARE(outcome, std::optional(false));
-            QVERIFY(!QFile::exists(path(typed)) && document->fileURL().isEmpty());
-            return;
-        }
         QTRY_COMPARE(outcome, std::optional(true));
         QCOMPARE(document->fileURL(), path(name));
         QCOMPARE(document->fileType(), type);
-        QVERIFY(content(name).contains("<glyph "));
+        QVERIFY(content(name).contains(type == u"public.xml" ? "<glyph " : "\na\t"));
     }
 
     // keys: what is pressed in the panel
@@ -437,6 +436,31 @@ private Q_SLOTS:
                  qPrintable(question->informativeText()));
         answer(u"Cancel"_s);
         QCOMPARE(content(), file);
+    }
+
+    /// A table with a bad row: empty with a bar, the other rows when that is asked for, and a sheet that
+    /// offers no fixes about a value that the table has no column for.
+    void opensAndSavesTables()
+    {
+        const QByteArray table = "name\tnote\nA\tx\nB\nC\tz\n";
+        write(table, u"t.txt"_s);
+        VXDocument *document = open(u"t.txt"_s);
+        VXWindowController *window = windowOf(document);
+        auto *bar = window->findChild<MessageBar *>();
+        QVERIFY2(bar->isVisible() && bar->text().contains(u"Line 3, column 2 (note)"_s),
+                 qPrintable(bar->text()));
+        QTest::mouseClick(button(bar, u"Retry: Open What Can Be Read"_s), Qt::LeftButton);
+        QTRY_COMPARE(window->infolistController()->rowCount(), 2);
+        QVERIFY2(bar->isVisible() && bar->text().startsWith(u"One row"_s), qPrintable(bar->text()));
+        document->objectInInfosAtIndex(1)->setScript(u"latin"_s);
+        std::optional<bool> isSaved;
+        DocumentPanels::save(*document, window, [&isSaved](bool saved) { isSaved = saved; });
+        auto *sheet = window->findChild<QDialog *>(u"savingLosses"_s);
+        QTRY_VERIFY(sheet && sheet->isVisible());
+        QVERIFY(!button(sheet, u"Fix All"_s));
+        QTest::mouseClick(button(sheet, u"Save Anyway"_s), Qt::LeftButton);
+        QTRY_COMPARE(isSaved, std::optional(true));
+        QCOMPARE(content(u"t.txt"_s), table);
     }
 
     void tellsOfAThirdCodePointOnce()
