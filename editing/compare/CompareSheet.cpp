@@ -1,7 +1,6 @@
 #include "editing/compare/CompareSheet.h"
 
 #include "platform/Appearance.h"
-#include "platform/PlainLabel.h"
 #include "platform/PlainText.h"
 
 #include <QEvent>
@@ -21,38 +20,10 @@ constexpr int kRightMargin = 6;
 /// With less for its values captions stand above them.
 constexpr int kValueWidth = 160;
 
-bool isChoice(GlyphField field)
-{
-    return field == GlyphField::Case || field == GlyphField::Direction;
-}
-
-QList<ChoiceCells::Choice> choicesOf(GlyphField field)
-{
-    const auto tr = [](const char *text) { return CompareSheet::tr(text); };
-    if (field == GlyphField::Case) {
-        return {{VXGlyphInfo::noCase, tr("No case")}, {VXGlyphInfo::upper, tr("Upper")},
-                {VXGlyphInfo::lower, tr("Lower")},    {VXGlyphInfo::smallCaps, tr("Small caps")},
-                {VXGlyphInfo::minor, tr("Minor")},    {VXGlyphInfo::other, tr("Other")}};
-    }
-    QList<ChoiceCells::Choice> choices {{VXGlyphInfo::DirectionNotSet, tr("Not set")}};
-    for (int direction = VXGlyphInfo::BIDI; direction <= VXGlyphInfo::VTR; ++direction)
-        choices.append({direction, VXGlyphInfo::stringFromDirection(direction)});
-    return choices;
-}
-
 QString textOf(const FieldContent::Values &values)
 {
     const QString text = values.texts.join(u'\n');
     return values.hasMore ? text + u'\n' + CompareSheet::tr("… and more") : text;
-}
-
-/// What a person hears when coming to a field.
-QString spokenName(CompareSheet::Side side, const ComparedField &field, bool differs)
-{
-    const QString title = titleOf(field);
-    const QString place = side == CompareSheet::Left ? CompareSheet::tr("%1, left").arg(title)
-                                                     : CompareSheet::tr("%1, right").arg(title);
-    return differs ? CompareSheet::tr("%1, different").arg(place) : place;
 }
 
 } // namespace
@@ -72,37 +43,19 @@ CompareSheet::CompareSheet(QWidget *parent) : QWidget(parent), m_grid(new QGridL
     layOut(false);
 }
 
-CompareSheet::Half CompareSheet::makeHalf(Side side, const ComparedField &field)
-{
-    const QString outlet =
-        (side == Left ? u"leftLable"_s : u"rightLable"_s) + QString::fromLatin1(field.name);
-    Half half;
-    half.label = plainLabel(titleOf(field), this);
-    if (isChoice(field.field)) {
-        half.cells = new ChoiceCells(titleOf(field), choicesOf(field.field), this);
-        half.cells->setObjectName(outlet);
-    } else {
-        half.value = new CompareField(this);
-        half.value->setAccessibleName(spokenName(side, field, false));
-        half.label->setObjectName(outlet);
-        half.label->setBuddy(half.value);
-    }
-    return half;
-}
-
 void CompareSheet::addRow(const ComparedField &field)
 {
-    Row row {&field, {}};
+    CompareRow row {&field, {}};
     row.arrowBox = new QWidget(this);
     for (const Side side : {Left, Right}) {
-        Half &half = row.sides[side];
-        half = makeHalf(side, field);
+        CompareHalf &half = row.sides[side];
+        half = CompareHalf::make(side, field, this);
         row.arrows[side] = makeArrow(side, field);
         if (half.value) {
             connect(half.value, &CompareField::wantedHeightChanged, this,
-                    [this, field = field.field] { adjustHeight(rowOf(field)); });
+                    [this, field = field.field] { rowOf(field).adjustHeight(); });
         }
-        half.field()->installEventFilter(this);
+        half.shown()->installEventFilter(this);
     }
     auto *arrows = new QHBoxLayout(row.arrowBox);
     arrows->setContentsMargins(0, 0, 0, 0);
@@ -118,20 +71,16 @@ void CompareSheet::addRow(const ComparedField &field)
 int CompareSheet::widthBesideCaptions() const
 {
     int captions = 0;
-    for (const Row &row : m_rows) {
-        for (const Half &half : row.sides)
-            captions = std::max(captions, half.label->sizeHint().width());
-    }
+    for (const CompareRow &row : m_rows)
+        captions = std::max(captions, row.captionWidth());
     return 2 * (captions + kValueWidth) + kArrowsWidth + 4 * kSpacing + kRightMargin;
 }
 
 QSize CompareSheet::minimumSizeHint() const
 {
     int values = 0;
-    for (const Row &row : m_rows) {
-        for (const Half &half : row.sides)
-            values = std::max(values, half.field()->minimumSizeHint().width());
-    }
+    for (const CompareRow &row : m_rows)
+        values = std::max(values, row.leastValueWidth());
     return {2 * values + kArrowsWidth + 2 * kSpacing + kRightMargin, QWidget::minimumSizeHint().height()};
 }
 
@@ -139,24 +88,7 @@ void CompareSheet::layOut(bool isNarrow)
 {
     m_isNarrow = isNarrow;
     for (std::size_t i = 0; i < m_rows.size(); ++i)
-        place(m_rows[i], 2 * static_cast<int>(i));
-}
-
-void CompareSheet::place(const Row &row, int line)
-{
-    for (const Side side : {Left, Right}) {
-        const Half &half = row.sides[side];
-        const int column = side == Left ? 0 : 3;
-        half.label->setAlignment(m_isNarrow ? Qt::AlignLeft | Qt::AlignBottom
-                                            : Qt::AlignRight | Qt::AlignTop);
-        half.label->setContentsMargins(0, m_isNarrow ? 0 : 3, 0, 0);
-        m_grid->removeWidget(half.label);
-        m_grid->removeWidget(half.field());
-        m_grid->addWidget(half.label, line, m_isNarrow ? column + 1 : column);
-        m_grid->addWidget(half.field(), line + m_isNarrow, column + 1, Qt::AlignTop);
-    }
-    m_grid->removeWidget(row.arrowBox);
-    m_grid->addWidget(row.arrowBox, line + m_isNarrow, 2, Qt::AlignTop | Qt::AlignHCenter);
+        m_rows[i].place(*m_grid, 2 * static_cast<int>(i), isNarrow);
 }
 
 bool CompareSheet::event(QEvent *event)
@@ -189,8 +121,8 @@ QToolButton *CompareSheet::makeArrow(Side target, const ComparedField &field)
 bool CompareSheet::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::FocusIn) {
-        for (const Row &row : m_rows) {
-            const auto has = [watched](const Half &half) {
+        for (const CompareRow &row : m_rows) {
+            const auto has = [watched](const CompareHalf &half) {
                 return watched == half.value || watched == half.cells;
             };
             if (has(row.sides[Left]) || has(row.sides[Right]) || watched == row.arrows[Left]
@@ -201,18 +133,10 @@ bool CompareSheet::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
-void CompareSheet::adjustHeight(const Row &row)
-{
-    const int height =
-        std::max(row.sides[Left].value->wantedHeight(), row.sides[Right].value->wantedHeight());
-    for (const Half &half : row.sides)
-        half.value->setFixedHeight(height);
-}
-
 std::size_t CompareSheet::placeOf(GlyphField field) const
 {
     const auto found = std::find_if(m_rows.begin(), m_rows.end(),
-                                    [field](const Row &row) { return row.field->field == field; });
+                                    [field](const CompareRow &row) { return row.field->field == field; });
     Q_ASSERT(found != m_rows.end());
     return static_cast<std::size_t>(found - m_rows.begin());
 }
@@ -222,25 +146,25 @@ std::size_t CompareSheet::placeOf(GlyphField field) const
 void CompareSheet::setWritable(bool left, bool right)
 {
     m_isWritable = {left, right};
-    for (const Row &row : m_rows)
+    for (const CompareRow &row : m_rows)
         showRow(row);
 }
 
 void CompareSheet::setOnlyDifferent(bool onlyDifferent)
 {
     m_onlyDifferent = onlyDifferent;
-    for (const Row &row : m_rows)
+    for (const CompareRow &row : m_rows)
         showRow(row);
 }
 
-void CompareSheet::showRow(const Row &row)
+void CompareSheet::showRow(const CompareRow &row)
 {
     const bool isFolded = m_onlyDifferent && !row.differs;
     row.arrowBox->setHidden(isFolded);
     for (const Side side : {Left, Right}) {
-        const Half &half = row.sides[side];
+        const CompareHalf &half = row.sides[side];
         half.label->setHidden(isFolded);
-        half.field()->setHidden(isFolded);
+        half.shown()->setHidden(isFolded);
         row.arrows[side]->setVisible(row.differs && row.hasBoth);
         row.arrows[side]->setEnabled(m_isWritable[side]);
     }
@@ -249,7 +173,7 @@ void CompareSheet::showRow(const Row &row)
 std::optional<GlyphField> CompareSheet::fieldToTake() const
 {
     std::optional<GlyphField> first;
-    for (const Row &row : m_rows) {
+    for (const CompareRow &row : m_rows) {
         if (!row.differs || !row.hasBoth)
             continue;
         if (row.field->field == m_focused)
@@ -263,7 +187,7 @@ bool CompareSheet::focusNextTake(Side target, GlyphField taken)
 {
     QToolButton *first = nullptr;
     bool isBehind = false;
-    for (const Row &row : m_rows) {
+    for (const CompareRow &row : m_rows) {
         isBehind |= row.field->field == taken;
         if (row.arrows[target]->isHidden() || !row.arrows[target]->isEnabled())
             continue;
@@ -284,7 +208,7 @@ void CompareSheet::setContent(const FieldContent &content)
 {
     if (content.field() != GlyphField::Unicodes)
         setCaption(content.field(), content.differs());
-    Row &row = m_rows[placeOf(content.field())];
+    CompareRow &row = m_rows[placeOf(content.field())];
     row.differs = content.differs();
     row.hasBoth = !content.isOneSided();
     showRow(row);
@@ -319,29 +243,18 @@ QPlainTextEdit *CompareSheet::focusedText() const
 
 QWidget *CompareSheet::caption(Side side, GlyphField field) const
 {
-    const Half &half = rowOf(field).sides[side];
+    const CompareHalf &half = rowOf(field).sides[side];
     return half.cells ? static_cast<QWidget *>(half.cells) : half.label;
 }
 
 void CompareSheet::setCaption(GlyphField field, bool differs)
 {
-    const Row &row = rowOf(field);
-    const QColor color = captionColor(differs);
-    for (const Side side : {Left, Right}) {
-        const Half &half = row.sides[side];
-        QPalette palette = half.label->palette();
-        palette.setColor(QPalette::WindowText, color);
-        half.label->setPalette(palette);
-        if (half.cells)
-            half.cells->setTitleColor(color);
-        else
-            half.value->setAccessibleName(spokenName(side, *row.field, differs));
-    }
+    rowOf(field).setCaptions(differs, captionColor(differs));
 }
 
 void CompareSheet::setCaptions(const InfoList &left, const InfoList &right)
 {
-    for (const Row &row : m_rows) {
+    for (const CompareRow &row : m_rows) {
         if (row.field->field != GlyphField::Unicodes)
             setCaption(row.field->field, valuesDiffer(left, right, row.field->field));
     }

@@ -1,10 +1,7 @@
 #pragma once
 
 #include "editing/compare/CompareContent.h"
-#include "editing/compare/CompareField.h"
-#include "editing/compare/ComparedDocuments.h"
-#include "editing/compare/ComparedFields.h"
-#include "editing/records/ChoiceCells.h"
+#include "editing/compare/CompareRow.h"
 
 #include <QWidget>
 #include <array>
@@ -12,7 +9,6 @@
 #include <vector>
 
 class QGridLayout;
-class QLabel;
 class QToolButton;
 
 namespace runebook {
@@ -65,37 +61,18 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    struct Half {
-        QLabel *label = nullptr;
-        CompareField *value = nullptr; ///< null for choices
-        ChoiceCells *cells = nullptr; ///< null for texts
-
-        QWidget *field() const { return value ? static_cast<QWidget *>(value) : cells; }
-    };
-    struct Row {
-        const ComparedField *field;
-        std::array<Half, 2> sides;
-        std::array<QToolButton *, 2> arrows {}; ///< by the side into which they take
-        QWidget *arrowBox = nullptr;
-        bool differs = false;
-        bool hasBoth = false; ///< a record on either side
-    };
-
     QColor captionColor(bool differs) const;
     void addRow(const ComparedField &field);
     int widthBesideCaptions() const;
     void layOut(bool isNarrow);
-    void place(const Row &row, int line);
-    Half makeHalf(Side side, const ComparedField &field);
     QToolButton *makeArrow(Side target, const ComparedField &field);
-    void showRow(const Row &row);
+    void showRow(const CompareRow &row);
     std::size_t placeOf(GlyphField field) const;
-    const Row &rowOf(GlyphField field) const { return m_rows[placeOf(field)]; }
-    static void adjustHeight(const Row &row);
+    const CompareRow &rowOf(GlyphField field) const { return m_rows[placeOf(field)]; }
 
     QGridLayout *m_grid;
     bool m_isNarrow = false;
-    std::vector<Row> m_rows;
+    std::vector<CompareRow> m_rows;
     std::array<bool, 2> m_isWritable {true, true};
     bool m_onlyDifferent = false;
     std::optional<GlyphField> m_focused;

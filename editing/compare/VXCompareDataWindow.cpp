@@ -119,8 +119,6 @@ QWidget *VXCompareDataWindow::outlet(const QString &name) const
     return name.isEmpty() ? nullptr : findChild<QWidget *>(name);
 }
 
-// Comparing
-
 void VXCompareDataWindow::showWindow()
 {
     showDocuments(nullptr, nullptr);
@@ -224,8 +222,6 @@ void VXCompareDataWindow::markDifferentValuesOthers(const InfoList &values, cons
     m_content->sheet().setCaptions(values, others);
 }
 
-// Taking, copying, moving
-
 void VXCompareDataWindow::takeLeft()
 {
     m_content->taking().takeSelected(kLeft);
@@ -310,8 +306,6 @@ void VXCompareDataWindow::selectPreviousDifference()
 {
     m_content->steps().go(-1);
 }
-
-// Reports
 
 QString VXCompareDataWindow::reportOfFormat(const QString &scope, const QString &format)
 {
