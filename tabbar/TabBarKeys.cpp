@@ -11,17 +11,17 @@ namespace runebook {
 TabBarKeys::TabBarKeys(TabStrip &bar) : m_bar(bar)
 {
     struct Entry {
-        QKeyCombination key;
         void (TabBarKeys::*command)(int);
+        QKeyCombination key;
         int step;
     };
     const Entry entries[] = {
-        {Qt::CTRL | Qt::Key_Tab, &TabBarKeys::selectNeighbour, 1},
-        {Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, &TabBarKeys::selectNeighbour, -1},
-        {Qt::CTRL | Qt::Key_PageDown, &TabBarKeys::selectNeighbour, 1},
-        {Qt::CTRL | Qt::Key_PageUp, &TabBarKeys::selectNeighbour, -1},
-        {Qt::CTRL | Qt::SHIFT | Qt::Key_PageDown, &TabBarKeys::moveSelected, 1},
-        {Qt::CTRL | Qt::SHIFT | Qt::Key_PageUp, &TabBarKeys::moveSelected, -1},
+        {&TabBarKeys::selectNeighbour, Qt::CTRL | Qt::Key_Tab, 1},
+        {&TabBarKeys::selectNeighbour, Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, -1},
+        {&TabBarKeys::selectNeighbour, Qt::CTRL | Qt::Key_PageDown, 1},
+        {&TabBarKeys::selectNeighbour, Qt::CTRL | Qt::Key_PageUp, -1},
+        {&TabBarKeys::moveSelected, Qt::CTRL | Qt::SHIFT | Qt::Key_PageDown, 1},
+        {&TabBarKeys::moveSelected, Qt::CTRL | Qt::SHIFT | Qt::Key_PageUp, -1},
     };
     for (const Entry &entry : entries) {
         auto *shortcut = new QShortcut(QKeySequence(entry.key), &bar.widget());
