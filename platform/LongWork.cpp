@@ -22,6 +22,9 @@ LongWork::LongWork(const QString &title, QWidget *parent)
     m_dialog->setMinimumDuration(kPatienceMs);
     m_dialog->setMaximum(kSteps);
     m_dialog->setValue(0);
+    // Esc before the window has the keyboard's attention only hides it otherwise, and the work goes on
+    // unseen.
+    QObject::connect(m_dialog.get(), &QDialog::rejected, m_dialog.get(), &QProgressDialog::cancel);
 }
 
 bool LongWork::goOn(double part)

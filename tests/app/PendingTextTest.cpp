@@ -62,6 +62,8 @@ QAction *find(const QList<QAction *> &actions, const QStringList &path)
 /// The commands that act on the text itself, whatever words they wear at the moment.
 bool actsOnText(const QString &path)
 {
+    if (path == "Edit > Copy as Table"_L1)
+        return false; // of records
     for (const auto word :
          {"Undo"_L1, "Redo"_L1, "Cut"_L1, "Copy"_L1, "Paste"_L1, "Delete"_L1, "Select All"_L1}) {
         if (path.startsWith("Edit > "_L1 + word))

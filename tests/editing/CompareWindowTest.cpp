@@ -658,7 +658,7 @@ private Q_SLOTS:
             QTimer watch;
             watch.callOnTimeout([isStopped] {
                 auto *progress = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget());
-                if (isStopped && progress && progress->isActiveWindow())
+                if (isStopped && progress)
                     QTest::keyClick(progress, Qt::Key_Escape);
             });
             watch.start(0);
