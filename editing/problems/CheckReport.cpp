@@ -92,7 +92,7 @@ private:
         if (problem.kind >= kFirstReadProblem && problem.kind != ProblemKind::FileForm) {
             if (problem.kind == ProblemKind::UnknownAttribute)
                 field = sentence;
-            sentence = meaningOfProblemKind(problem.kind) + " “"_L1 + sentence + u'”';
+            sentence = meaningOfProblemKind(problem.kind) + u" “"_s + sentence + u'”';
         }
         const qint64 offset =
             problem.kind >= kFirstReadProblem ? m_problems.offsetOf(problem) : problem.info->lineOffset();

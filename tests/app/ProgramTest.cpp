@@ -228,6 +228,7 @@ private Q_SLOTS:
         outcome = run({u"--check"_s, bad});
         QCOMPARE(outcome.status, 1);
         const QStringList lines = outcome.output.split(u'\n');
+        QVERIFY2(outcome.output.contains(u" “weight”\n"_s), qPrintable(outcome.output));
         for (const QString &start :
              {at(bad, first, "duplicate-name: A.name: "), at(bad, first, "duplicate-code-point: A.unicode: "),
               at(bad, first + 1, "foreign-line: "), at(bad, first + 2, "invalid-code-point: A.unicode: "),
