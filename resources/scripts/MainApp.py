@@ -23,7 +23,7 @@ __all__ = ["VXGlyphInfo", "VXDocument", "VXVersionComparator",
            "openDocument", "newDocument", "newInfo", "undoGroup", "progress",
            "canAsk", "message", "askString", "askChoice",
            "askFields", "askFile", "askYesNo", "processEvents", "hexStringToInt",
-           "hexStringFromInt", "stringWithChar", "character32AtIndex",
+           "hexStringFromInt", "stringWithChar", "character32AtIndex", "unicodeData",
            "rangeOfLine", "UUID", "initBraces", "TE_isOpeningBrace",
            "TE_isClosingBrace", "TE_findMatchingBraceForRangeInString", "FIELDS"]
 
@@ -340,6 +340,28 @@ def hexStringFromInt(number):
 def stringWithChar(codePoint):
     """The character of a code point; None beyond U+10FFFF."""
     return _helpers.stringWithChar(codePoint)
+
+
+def unicodeData(codePoint):
+    """What Unicode says about a character, as a dictionary; None for what it does not assign.
+
+    codePoint is a number or a text such as "00E9".  Keys: name and aliases, category ("Ll"), block, script
+    ("Latin"), direction (the bidirectional class, "L"), combining (its class), mirrored; upper, lower and title,
+    code points that are the character's own where it has no other; decomposition, a list of code points, and
+    decompositionTag ("<super>", None for a canonical one).
+    """
+    if not isinstance(codePoint, int):
+        codePoint = int(str(codePoint), 16)
+    if not 0 <= codePoint <= 0x10FFFF:
+        raise ValueError("no code point: %X" % codePoint)
+    found = dict(_helpers.unicodeData(codePoint))
+    if not found:
+        return None
+    for key in ("name", "block", "decompositionTag"):
+        found[key] = found[key] or None
+    found["aliases"] = [str(alias) for alias in found["aliases"]]
+    found["decomposition"] = list(found["decomposition"])
+    return found
 
 
 def character32AtIndex(text, index):

@@ -222,6 +222,7 @@ _MODULE_RESULTS = {
     "documents": "NSArray[VXDocument]", "currentDocument": "Any", "openDocument": "VXDocument",
     "newDocument": "VXDocument", "newInfo": "VXGlyphInfo", "canAsk": "bool", "message": "None",
     "hexStringToInt": "int", "hexStringFromInt": "str", "stringWithChar": "str", "UUID": "str",
+    "unicodeData": "Optional[Dict[str, Any]]",
     "processEvents": "None", "undoGroup": "ContextManager[None]",
     "progress": "Iterator[_Item]", "__call__": "Any",
 }

@@ -2,6 +2,7 @@
 
 #include "model/FieldTable.h"
 #include "model/StringHelpers.h"
+#include "model/UnicodeData.h"
 #include "model/VXGlyphInfo.h"
 #include "platform/FilePath.h"
 #include "platform/Unattended.h"
@@ -167,6 +168,31 @@ quint32 ScriptHelpers::hexStringToInt(const QString &text) const
 QString ScriptHelpers::hexStringFromInt(qint64 number) const
 {
     return runebook::hexStringFromInt(number);
+}
+
+QVariantMap ScriptHelpers::unicodeData(quint32 codePoint) const
+{
+    using namespace Qt::StringLiterals;
+    const UnicodeData &data = UnicodeData::shared();
+    if (!data.isAssigned(codePoint))
+        return {};
+    const UnicodeData::Decomposition decomposition = data.decomposition(codePoint);
+    QVariantList parts;
+    for (const char32_t part : decomposition.parts)
+        parts += qint64(part);
+    return {{u"name"_s, data.name(codePoint)},
+            {u"aliases"_s, data.aliases(codePoint)},
+            {u"category"_s, data.category(codePoint)},
+            {u"block"_s, data.block(codePoint)},
+            {u"script"_s, data.script(codePoint)},
+            {u"direction"_s, data.bidiClass(codePoint)},
+            {u"combining"_s, data.combiningClass(codePoint)},
+            {u"mirrored"_s, data.isMirrored(codePoint)},
+            {u"upper"_s, qint64(data.upper(codePoint))},
+            {u"lower"_s, qint64(data.lower(codePoint))},
+            {u"title"_s, qint64(data.title(codePoint))},
+            {u"decomposition"_s, parts},
+            {u"decompositionTag"_s, decomposition.tag}};
 }
 
 QString ScriptHelpers::stringWithChar(quint32 codePoint) const

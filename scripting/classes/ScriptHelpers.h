@@ -57,6 +57,8 @@ public: // records
 public: // texts
     Q_INVOKABLE quint32 hexStringToInt(const QString &text) const;
     Q_INVOKABLE QString hexStringFromInt(qint64 number) const;
+    /// What Unicode says about a character, by key; empty for what it does not assign.
+    Q_INVOKABLE QVariantMap unicodeData(quint32 codePoint) const;
     Q_INVOKABLE QString stringWithChar(quint32 codePoint) const;
     /// The code point at a place counted in UTF-16 units, and the place of its last unit.
     Q_INVOKABLE QVariantList character32AtIndex(const QString &text, qint64 index) const;

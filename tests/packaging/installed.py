@@ -19,7 +19,7 @@ def expected_files():
     """The paths below the prefix that every installation has. More data files are no fault, fewer are."""
     data = "share/runebook/"
     files = {"bin/runebook", "libexec/runebook/runebook-python-probe",
-             data + "aglfn1.6.txt", data + "sample.xml", data + "MacroKeywords.plist",
+             data + "aglfn1.6.txt", data + "unicode.dat", data + "sample.xml", data + "MacroKeywords.plist",
              data + "doc/index.html", data + "doc/changelog.html",
              f"share/applications/{ID}.desktop", f"share/mime/packages/{ID}.xml",
              f"share/metainfo/{ID}.metainfo.xml", "share/man/man1/runebook.1.gz", "share/doc/runebook/NOTICE"}

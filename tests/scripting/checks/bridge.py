@@ -185,6 +185,15 @@ class Values(unittest.TestCase):
         self.assertEqual(character32AtIndex("a\U0001F600", 1), (0x1F600, 2))
         self.assertRaises(IndexError, character32AtIndex, "a", 5)
         self.assertEqual(rangeOfLine("a\nbc", 2), (2, 2))
+        data = unicodeData("00E9")
+        self.assertEqual(data, unicodeData(0xE9))
+        self.assertEqual((data["name"], data["category"], data["block"], data["script"], data["upper"], data["mirrored"],
+                          data["decomposition"], data["decompositionTag"]),
+                         ("LATIN SMALL LETTER E WITH ACUTE", "Ll", "Latin-1 Supplement", "Latin", 0xC9, False,
+                          [0x65, 0x301], None))
+        self.assertEqual(unicodeData(10)["aliases"][0], "LINE FEED")
+        self.assertIsNone(unicodeData(0x378))
+        self.assertRaises(ValueError, unicodeData, 0x110000)
         self.assertEqual(len(UUID()), 36)
         self.assertRaises(RuntimeError, askString, "Name?")
 
