@@ -10,17 +10,6 @@ namespace runebook {
 
 namespace {
 
-/// The texts of a value; the list may have empty ones, which pass no test.
-QStringList textsOf(const PredicateValue &value)
-{
-    if (const QString *text = std::get_if<QString>(&value))
-        return {*text};
-    if (const double *number = std::get_if<double>(&value))
-        return {PredicateFormat::decimal(*number)};
-    const QStringList *list = std::get_if<QStringList>(&value);
-    return list ? *list : QStringList();
-}
-
 bool accepts(const NumberTest &test, const PredicateValue &value)
 {
     if (const double *number = std::get_if<double>(&value))
@@ -38,21 +27,6 @@ bool accepts(const NumberTest &test, const PredicateValue &value)
 }
 
 } // namespace
-
-PredicateValue predicateValue(const VXGlyphInfo &info, SearchKey key)
-{
-    switch (key.kind) {
-    case SearchKey::Kind::Text:
-        return key.field == GlyphField::Unicode ? info.unicode() : info.stringValue(key.field);
-    case SearchKey::Kind::List:
-        return info.entriesOf(key.field);
-    case SearchKey::Kind::Number:
-        return info.valueForKey(keyOfField(key.field)).toDouble();
-    case SearchKey::Kind::Unknown:
-        break;
-    }
-    return {};
-}
 
 RecordBits RecordTests::passing(const NumberTest &test, const RecordBits &asked) const
 {

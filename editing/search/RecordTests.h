@@ -2,7 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "editing/search/RecordBits.h"
-#include "editing/search/SearchTexts.h"
+#include "editing/search/SearchKey.h"
 #include "platform/predicates/Predicate.h"
 
 #include <QCoreApplication>
@@ -10,10 +10,6 @@
 #include <optional>
 
 namespace runebook {
-
-/// The value that a record has under a key, as predicates see it. Besides the fields, "accents" is the marks
-/// and "description" the desc, as searches have always called them.
-PredicateValue predicateValue(const VXGlyphInfo &info, SearchKey key);
 
 /// The tests for which a column of folded texts is no help: they ask one record after the other.
 class RecordTests

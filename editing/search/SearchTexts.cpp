@@ -1,7 +1,6 @@
 #include "editing/search/SearchTexts.h"
 
 #include "editing/search/ByteSearch.h"
-#include "model/FieldTable.h"
 #include "platform/predicates/PredicateFormat.h"
 
 namespace runebook {
@@ -9,24 +8,6 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr char kSeparator = '\xFF';
-
-SearchKey::Kind kindOf(GlyphField field)
-{
-    switch (rowOf(field).kind) {
-    case FieldKind::Text:
-        return SearchKey::Kind::Text;
-    case FieldKind::List:
-        return SearchKey::Kind::List;
-    case FieldKind::Choice:
-    case FieldKind::Number:
-        return SearchKey::Kind::Number;
-    case FieldKind::Object:
-        break;
-    }
-    return SearchKey::Kind::Unknown;
-}
 
 /// Calls \a take with each part of \a text between the separators of lists.
 template <typename Take> void forEachEntry(std::string_view text, Take take)
@@ -42,22 +23,6 @@ template <typename Take> void forEachEntry(std::string_view text, Take take)
 }
 
 } // namespace
-
-SearchKey SearchKey::of(QStringView key)
-{
-    if (key == "accents"_L1)
-        return {Kind::Text, GlyphField::Marks};
-    if (key == "description"_L1)
-        return {Kind::Text, GlyphField::Desc};
-    const std::optional<GlyphField> field = fieldForKey(key);
-    return field ? SearchKey {kindOf(*field), *field} : SearchKey {};
-}
-
-bool SearchKey::isAnnounced() const
-{
-    // Numbers are quick to read and seldom compared as texts.
-    return (kind == Kind::Text || kind == Kind::List) && rowOf(field).setter != FieldSetter::Silent;
-}
 
 SearchTexts::SearchTexts(SearchKey key, Folding folding) : m_key(key), m_folding(folding)
 {
@@ -95,8 +60,7 @@ bool SearchTexts::areLong(const VXGlyphInfo &info) const
 {
     constexpr qsizetype kLong = 1 << 20;
     constexpr qsizetype kManyEntries = 1 << 15;
-    const bool isKept = m_key.kind == SearchKey::Kind::Text || m_key.kind == SearchKey::Kind::List;
-    if (!isKept || !isStored(m_key.field))
+    if (!m_key.isKept())
         return false; // the first code point, for one
     const FieldValue &value = info.stored(m_key.field);
     if (m_key.field == GlyphField::Unicodes && !value.isList())
@@ -205,7 +169,11 @@ void SearchTexts::appendValue(const VXGlyphInfo &info)
     if (m_key.kind == SearchKey::Kind::Unknown)
         return;
     if (m_key.kind == SearchKey::Kind::Number) {
-        appendText(PredicateFormat::decimal(info.valueForKey(keyOfField(m_key.field)).toDouble()));
+        appendText(PredicateFormat::decimal(m_key.numberOf(info)));
+        return;
+    }
+    if (m_key.isWorkedOut()) {
+        appendText(m_key.textOf(info));
         return;
     }
     const bool isCodePoint = m_key.field == GlyphField::Unicode || m_key.field == GlyphField::Unicodes;
@@ -320,20 +288,24 @@ template <typename Accepts> RecordBits SearchTexts::recordsWithAny(Accepts accep
 {
     RecordBits bits(count());
     for (std::size_t i = 0; i < count(); ++i) {
-        for (std::size_t at = m_starts[i]; at < m_starts[i + 1];) {
-            const std::size_t end = m_bytes.find(kSeparator, at);
-            if (accepts(std::string_view(m_bytes).substr(at, end - at))) {
+        forEachText(i, [&](std::string_view text) {
+            if (accepts(text))
                 bits.set(i);
-                break;
-            }
-            at = end + 1;
-        }
+        });
     }
     return bits;
 }
 
 RecordBits SearchTexts::passing(const ListTest &test) const
 {
+    // One run through the bytes for each is quicker than a look at every text, as long as they are few.
+    constexpr std::size_t kFew = 4;
+    if (test.texts.size() <= kFew) {
+        RecordBits found(count());
+        for (const std::string &text : test.texts)
+            found |= recordsWith(kSeparator + text + kSeparator, 1);
+        return found;
+    }
     return recordsWithAny([&test](std::string_view text) { return test.accepts(text); });
 }
 

@@ -2,6 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "editing/search/RecordBits.h"
+#include "editing/search/SearchKey.h"
 #include "platform/TextFolding.h"
 #include "platform/predicates/PredicateNodes.h"
 
@@ -10,20 +11,6 @@
 #include <vector>
 
 namespace runebook {
-
-/// What the key of a test stands for in a record.
-struct SearchKey {
-    enum class Kind : quint8 { Unknown, Text, List, Number };
-
-    Kind kind = Kind::Unknown;
-    GlyphField field = GlyphField::Name;
-
-    /// The fields by their keys; besides, "accents" is the marks and "description" the desc.
-    static SearchKey of(QStringView key);
-    /// Whether documents tell of every change of it.
-    bool isAnnounced() const;
-    friend bool operator==(const SearchKey &, const SearchKey &) = default;
-};
 
 /// The texts that a number of records have under one key, folded alike, in one run of bytes: each text is
 /// followed by a byte that UTF-8 does not have, so that a search through the run never finds something across
@@ -58,12 +45,23 @@ public: // asking
     Folding folding() const { return m_folding; }
     /// How many records were appended.
     std::size_t count() const { return m_starts.size() - 1; }
+    /// Calls \a visit with each text of the record at a place, folded.
+    template <typename Visit> void forEachText(std::size_t record, Visit visit) const
+    {
+        for (std::size_t at = m_starts[record]; at < m_starts[record + 1];) {
+            const std::size_t end = m_bytes.find(kSeparator, at);
+            visit(std::string_view(m_bytes).substr(at, end - at));
+            at = end + 1;
+        }
+    }
     /// The records that pass. The folding of the test must be the same; a range needs none.
     RecordBits passing(const TextTest &test) const;
     RecordBits passing(const ListTest &test) const;
     RecordBits passing(const HexRangeTest &test) const;
 
 private:
+    static constexpr char kSeparator = '\xFF';
+
     void appendText(std::string_view utf8);
     void appendText(const QString &text);
     void appendValue(const VXGlyphInfo &info);

@@ -5,6 +5,7 @@
 
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -25,6 +26,7 @@ struct TextTest {
     Relation relation = Relation::Equal;
     Folding folding;
     std::string text; ///< folded UTF-8. Empty, as a text of nothing but marks is, it occurs nowhere
+    QString spelled = {}; ///< the same before folding, for those who show it
 
     /// For one text, as UTF-8 folded with the test's folding.
     bool accepts(std::string_view folded) const;
@@ -48,6 +50,7 @@ struct ListTest {
     QString key;
     Folding folding;
     std::vector<std::string> texts; ///< folded UTF-8, ascending, each once
+    QStringList spelled = {}; ///< the same as they were written, for those who show them
 
     /// For one text, as UTF-8 folded with the test's folding.
     bool accepts(std::string_view folded) const;

@@ -190,7 +190,7 @@ bool PredicateParser::readTextTest(PredicateNode &node, const QString &key, Kind
     QString text;
     if (!readLiteral(text))
         return false;
-    node.test = TextTest {key, *textRelation(relation), folding, foldedUtf8(text, folding)};
+    node.test = TextTest {key, *textRelation(relation), folding, foldedUtf8(text, folding), text};
     return true;
 }
 
@@ -238,6 +238,7 @@ bool PredicateParser::readList(ListTest &test)
         std::string folded = foldedUtf8(text, test.folding);
         if (!folded.empty())
             test.texts.push_back(std::move(folded));
+        test.spelled += text;
         if (m_token.kind == Kind::Comma)
             advance();
         else if (m_token.kind != Kind::RightBrace)
