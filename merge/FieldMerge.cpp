@@ -172,10 +172,7 @@ bool haveSameValue(GlyphField field, const VXGlyphInfo *one, const VXGlyphInfo *
         };
         return numberOf(one) == numberOf(other);
     }
-    std::string oneBuffer;
-    std::string otherBuffer;
-    return comparableValue(one ? *one : none, field, oneBuffer).value_or("")
-        == comparableValue(other ? *other : none, field, otherBuffer).value_or("");
+    return haveEqualValues(one ? *one : none, other ? *other : none, field);
 }
 
 FieldValue ownValue(GlyphField field, const VXGlyphInfo &info)

@@ -31,4 +31,21 @@ std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphFi
     return text.empty() ? std::nullopt : std::optional(text);
 }
 
+bool haveEqualValues(const VXGlyphInfo &left, const VXGlyphInfo &right, GlyphField field)
+{
+    if (field == GlyphField::Case)
+        return left.caseValue() == right.caseValue();
+    if (field == GlyphField::Direction)
+        return left.direction() == right.direction();
+    const FieldValue &one = left.stored(field);
+    const FieldValue &other = right.stored(field);
+    if (one.isPiece() && other.isPiece())
+        return one.bytes(left.sourceData()) == other.bytes(right.sourceData());
+    if (one.isAbsent() && other.isAbsent())
+        return true;
+    std::string leftBuffer;
+    std::string rightBuffer;
+    return comparableValue(left, field, leftBuffer) == comparableValue(right, field, rightBuffer);
+}
+
 } // namespace runebook

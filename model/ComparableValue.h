@@ -14,4 +14,8 @@ namespace runebook {
 std::optional<std::string_view> comparableValue(const VXGlyphInfo &info, GlyphField field,
                                                 std::string &buffer);
 
+/// Whether two records have the same comparable value in a field, or none. Mostly told without making it: the
+/// values of two files are the same bytes.
+bool haveEqualValues(const VXGlyphInfo &left, const VXGlyphInfo &right, GlyphField field);
+
 } // namespace runebook

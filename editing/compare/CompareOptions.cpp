@@ -27,6 +27,10 @@ void removeSpaces(std::string &utf8)
 bool areAlike(const VXGlyphInfo &left, const VXGlyphInfo &right, GlyphField field,
               const CompareOptions &options)
 {
+    if (options.ignores(field) || haveEqualValues(left, right, field))
+        return true;
+    if (!options.ignoresCase && !options.ignoresSpaces)
+        return false;
     std::string leftBuffer;
     std::string rightBuffer;
     return comparableValue(left, field, leftBuffer, options)

@@ -27,12 +27,8 @@ QString titleOf(const ComparedField &field)
 std::vector<const ComparedField *> differingFields(const VXGlyphInfo &left, const VXGlyphInfo &right)
 {
     std::vector<const ComparedField *> differing;
-    std::string leftBuffer;
-    std::string rightBuffer;
     for (const ComparedField &field : comparedFields()) {
-        const std::string_view a = comparableValue(left, field.field, leftBuffer).value_or("");
-        const std::string_view b = comparableValue(right, field.field, rightBuffer).value_or("");
-        if (a != b)
+        if (!haveEqualValues(left, right, field.field))
             differing.push_back(&field);
     }
     return differing;
@@ -42,11 +38,7 @@ bool countAsEqual(const InfoPtr &left, const InfoPtr &right)
 {
     if (left->isEqualToInfo(right))
         return true;
-    std::string leftBuffer;
-    std::string rightBuffer;
-    const auto isEqual = [&](GlyphField field) {
-        return comparableValue(*left, field, leftBuffer) == comparableValue(*right, field, rightBuffer);
-    };
+    const auto isEqual = [&](GlyphField field) { return haveEqualValues(*left, *right, field); };
     // The name first, as that is where most differ.
     constexpr auto kFields = fieldsBy<[](const FieldRow &row) {
         const bool isAsked = row.isEquality && row.field != GlyphField::Desc;

@@ -5,6 +5,7 @@
 #include "platform/UndoManager.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace runebook {
 
@@ -36,12 +37,13 @@ public:
         }
         return keys;
     }
-    bool areAllAmong(InfoList infos)
+    bool areAllAmong(const InfoList &infos) const
     {
-        std::sort(infos.begin(), infos.end());
-        std::sort(m_infos.begin(), m_infos.end());
-        m_infos.erase(std::unique(m_infos.begin(), m_infos.end()), m_infos.end());
-        return std::includes(infos.begin(), infos.end(), m_infos.begin(), m_infos.end());
+        std::unordered_set<const VXGlyphInfo *> known(static_cast<std::size_t>(infos.size()));
+        for (const InfoPtr &info : infos)
+            known.insert(info.get());
+        return std::all_of(m_infos.begin(), m_infos.end(),
+                           [&known](const InfoPtr &info) { return known.contains(info.get()); });
     }
 
 private:

@@ -49,13 +49,9 @@ std::string groupText(const VXGlyphInfo &info, CompareKey key)
 
 bool agreeInAllFields(const VXGlyphInfo &left, const VXGlyphInfo &right)
 {
-    std::string leftBuffer;
-    std::string rightBuffer;
     const QList<ComparedField> &fields = comparedFields();
-    return std::all_of(fields.begin(), fields.end(), [&](const ComparedField &field) {
-        return comparableValue(left, field.field, leftBuffer).value_or("")
-            == comparableValue(right, field.field, rightBuffer).value_or("");
-    });
+    return std::all_of(fields.begin(), fields.end(),
+                       [&](const ComparedField &field) { return haveEqualValues(left, right, field.field); });
 }
 
 /// Takes out of both lists the records that have an equal on the other side.
