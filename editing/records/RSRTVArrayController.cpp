@@ -176,6 +176,12 @@ bool RSRTVArrayController::isFilteredAtOnce(const Predicate &predicate)
     return m_columns->prepareUpToLong(predicate);
 }
 
+KnownBits RSRTVArrayController::answersOf(const Predicate &predicate)
+{
+    m_document.flushChanges();
+    return m_columns->answersOf(predicate);
+}
+
 std::optional<qsizetype> RSRTVArrayController::countPassing(const Predicate &predicate, int milliseconds)
 {
     if (!m_columns->prepare(predicate, milliseconds))

@@ -2,6 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "editing/fields/FieldRemarks.h"
+#include "editing/search/RecordTests.h"
 #include "platform/predicates/Predicate.h"
 
 #include <QAbstractTableModel>
@@ -58,6 +59,8 @@ public: // filter
     /// Whether a filter like \a predicate is answered at once, as no very long value is in its way; otherwise
     /// prepareFilter() is to be called first, until it is ready.
     bool isFilteredAtOnce(const runebook::Predicate &predicate);
+    /// What is known about the tests of \a predicate once it is ready; see SearchColumns::answersOf().
+    runebook::KnownBits answersOf(const runebook::Predicate &predicate);
     /// How many records of the document pass \a predicate. Nothing while that is not ready after about
     /// \a milliseconds: to be asked again in idle time.
     std::optional<qsizetype> countPassing(const runebook::Predicate &predicate, int milliseconds);

@@ -266,6 +266,16 @@ int RecordFilter::countOfConditions() const
     return count;
 }
 
+void RecordFilter::setOff(bool isOff)
+{
+    for (Member &member : m_members) {
+        if (auto *condition = std::get_if<FieldCondition>(&member))
+            condition->isOff = isOff;
+        else
+            std::get<RecordFilter>(member).setOff(isOff);
+    }
+}
+
 void RecordFilter::add(const FieldCondition &condition)
 {
     if ((m_join == Join::Any && m_members.size() > 1) || m_isNegated) {

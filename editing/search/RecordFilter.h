@@ -44,6 +44,8 @@ public: // asking
     friend bool operator==(const RecordFilter &, const RecordFilter &) = default;
 
 public: // changing
+    /// Switches all conditions off or on.
+    void setOff(bool isOff);
     void setNegated(bool negated) { m_isNegated = negated; }
     std::vector<Member> &members() { return m_members; }
     /// From now on \a condition has to be met, too.

@@ -86,21 +86,46 @@ Verdict RecordTests::verdict(const PatternTest &test, const PredicateValue &valu
     return Verdict::No;
 }
 
-std::optional<std::size_t> RecordTests::passingFrom(const PatternTest &test, std::size_t first,
-                                                    const QDeadlineTimer &deadline, RecordBits &passed,
-                                                    Error *error) const
+Verdict RecordTests::verdict(const PredicateNode &node, const KnownBits &known, std::size_t place,
+                             Error *error) const
+{
+    const auto answer = [](bool passes) { return passes ? Verdict::Yes : Verdict::No; };
+    if (const auto *group = std::get_if<PredicateGroup>(&node.test)) {
+        const bool isAny = group->kind == PredicateGroup::Kind::Any;
+        const Verdict settling = group->kind == PredicateGroup::Kind::All ? Verdict::No : Verdict::Yes;
+        for (const PredicateNode &member : group->members) {
+            const Verdict found = verdict(member, known, place, error);
+            if (found == Verdict::GaveUp)
+                return found;
+            if (found == settling)
+                return answer(isAny);
+        }
+        return answer(!isAny);
+    }
+    if (const auto *pattern = std::get_if<PatternTest>(&node.test)) {
+        QString text;
+        const PredicateValue value = predicateValue(*m_infos[place], SearchKey::of(pattern->key));
+        const Verdict found = verdict(*pattern, value, text);
+        if (found == Verdict::GaveUp)
+            fail(error, Predicate::gaveUpError(*pattern, text));
+        return found;
+    }
+    if (const auto *number = std::get_if<NumberTest>(&node.test))
+        return answer(accepts(*number, predicateValue(*m_infos[place], SearchKey::of(number->key))));
+    return answer(known.at(&node).test(place));
+}
+
+std::optional<std::size_t> RecordTests::passingFrom(const PredicateNode &node, const KnownBits &known,
+                                                    std::size_t first, const QDeadlineTimer &deadline,
+                                                    RecordBits &passed, Error *error) const
 {
     constexpr std::size_t kRecordsBetweenLooks = 64;
-    const SearchKey key = SearchKey::of(test.key);
-    QString text;
     for (std::size_t place = first; place < m_infos.size(); ++place) {
         if (place % kRecordsBetweenLooks == 0 && place > first && deadline.hasExpired())
             return place;
-        const Verdict found = verdict(test, predicateValue(*m_infos[place], key), text);
-        if (found == Verdict::GaveUp) {
-            fail(error, Predicate::gaveUpError(test, text));
+        const Verdict found = verdict(node, known, place, error);
+        if (found == Verdict::GaveUp)
             return std::nullopt;
-        }
         if (found == Verdict::Yes)
             passed.set(place);
     }

@@ -8,8 +8,12 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <optional>
+#include <unordered_map>
 
 namespace runebook {
+
+/// Which records pass each of some tests of a tree.
+using KnownBits = std::unordered_map<const PredicateNode *, RecordBits>;
 
 /// The tests for which a column of folded texts is no help: they ask one record after the other.
 class RecordTests
@@ -29,13 +33,16 @@ public:
     std::optional<RecordBits> passing(const PatternTest &test, const RecordBits &asked, Error *error) const;
 
     /// Asks the records from \a first on until \a deadline, at least one, and sets the bits of those that
-    /// pass. The first one not asked; nothing and an error when the expression gave up.
-    std::optional<std::size_t> passingFrom(const PatternTest &test, std::size_t first,
-                                           const QDeadlineTimer &deadline, RecordBits &passed,
-                                           Error *error) const;
+    /// pass \a node, of whose tests \a known has answers for all but numbers and expressions. The first
+    /// record not asked; nothing and an error when an expression gave up.
+    std::optional<std::size_t> passingFrom(const PredicateNode &node, const KnownBits &known,
+                                           std::size_t first, const QDeadlineTimer &deadline,
+                                           RecordBits &passed, Error *error) const;
 
 private:
     static Verdict verdict(const PatternTest &test, const PredicateValue &value, QString &text);
+    /// Asks a group's members only until they have settled it.
+    Verdict verdict(const PredicateNode &node, const KnownBits &known, std::size_t place, Error *error) const;
 
     const InfoList &m_infos;
     int m_patternTimeLimitMs;

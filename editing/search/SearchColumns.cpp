@@ -220,14 +220,38 @@ bool SearchColumns::ask(const PredicateNode &node, const RecordBits &asked, Reco
     }
     if (const auto *number = std::get_if<NumberTest>(&node.test))
         passed = oneByOne.passing(*number, asked);
-    else if (const auto *text = std::get_if<TextTest>(&node.test))
-        passed = askColumn(*text, text->folding);
-    else if (const auto *list = std::get_if<ListTest>(&node.test))
-        passed = askColumn(*list, list->folding);
     else
-        passed = askColumn(std::get<HexRangeTest>(node.test), {});
+        passed = *columnAnswer(node);
     passed &= asked;
     return true;
+}
+
+std::optional<RecordBits> SearchColumns::columnAnswer(const PredicateNode &test)
+{
+    if (const auto *text = std::get_if<TextTest>(&test.test))
+        return askColumn(*text, text->folding);
+    if (const auto *list = std::get_if<ListTest>(&test.test))
+        return askColumn(*list, list->folding);
+    if (const auto *range = std::get_if<HexRangeTest>(&test.test))
+        return askColumn(*range, {});
+    return std::nullopt;
+}
+
+KnownBits SearchColumns::answersOf(const Predicate &predicate)
+{
+    KnownBits known;
+    addAnswers(predicate.root(), known);
+    return known;
+}
+
+void SearchColumns::addAnswers(const PredicateNode &node, KnownBits &known)
+{
+    if (const auto *group = std::get_if<PredicateGroup>(&node.test)) {
+        for (const PredicateNode &member : group->members)
+            addAnswers(member, known);
+    } else if (std::optional<RecordBits> answer = columnAnswer(node)) {
+        known.emplace(&node, *std::move(answer));
+    }
 }
 
 /// Asks each member only about the records that the members before it left open, as one asks about a single

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "document/VXDocument.h"
-#include "editing/search/RecordBits.h"
+#include "editing/search/RecordTests.h"
 #include "platform/predicates/Predicate.h"
 
 #include <QDeadlineTimer>
@@ -39,6 +39,9 @@ public: // asking
     std::optional<std::vector<bool>> evaluate(const Predicate &predicate, Error *error = nullptr);
     /// The same as the places of the records that pass.
     std::optional<IndexSet> placesPassing(const Predicate &predicate, Error *error = nullptr);
+    /// Which records pass each test of \a predicate that a column answers; numbers and regular expressions
+    /// are left out.
+    KnownBits answersOf(const Predicate &predicate);
     /// Makes the columns that \a predicate will ask for, for at most about \a milliseconds. True when they
     /// are ready; otherwise it wants to be called again when the program is idle. Any search text will do:
     /// prepare(*SearchFilter(SearchSettings::current()).result(u"a"_s).predicate).
@@ -66,6 +69,9 @@ private:
     bool ask(const PredicateNode &node, const RecordBits &asked, RecordBits &passed, Error *error);
     bool ask(const PredicateGroup &group, const RecordBits &asked, RecordBits &passed, Error *error);
     template <typename Test> RecordBits askColumn(const Test &test, Folding folding);
+    /// The answer of a column; nothing for a test that none answers.
+    std::optional<RecordBits> columnAnswer(const PredicateNode &test);
+    void addAnswers(const PredicateNode &node, KnownBits &known);
     std::optional<RecordBits> bitsPassing(const Predicate &predicate, Error *error);
 
     const VXDocument &m_document;

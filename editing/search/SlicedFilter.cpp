@@ -1,8 +1,7 @@
 #include "editing/search/SlicedFilter.h"
 
-#include "editing/search/RecordTests.h"
-
 #include <QDeadlineTimer>
+#include <algorithm>
 #include <utility>
 
 namespace runebook {
@@ -11,15 +10,17 @@ namespace {
 
 constexpr int kSliceMs = 6;
 
-const PatternTest *patternOf(const Predicate &predicate)
+bool hasPattern(const PredicateNode &node)
 {
-    return std::get_if<PatternTest>(&predicate.root().test);
+    const auto *group = std::get_if<PredicateGroup>(&node.test);
+    return group ? std::any_of(group->members.begin(), group->members.end(), hasPattern)
+                 : std::holds_alternative<PatternTest>(node.test);
 }
 
 } // namespace
 
-SlicedFilter::SlicedFilter(const VXDocument &document, Prepare prepare, QObject *parent)
-    : QObject(parent), m_document(document), m_prepare(std::move(prepare))
+SlicedFilter::SlicedFilter(const VXDocument &document, Prepare prepare, Ask ask, QObject *parent)
+    : QObject(parent), m_document(document), m_prepare(std::move(prepare)), m_ask(std::move(ask))
 {
     m_timer.setInterval(0);
     connect(&m_timer, &QTimer::timeout, this, &SlicedFilter::runSlice);
@@ -32,7 +33,7 @@ SlicedFilter::SlicedFilter(const VXDocument &document, Prepare prepare, QObject 
 
 bool SlicedFilter::isFor(const Predicate &predicate)
 {
-    return patternOf(predicate);
+    return hasPattern(predicate.root());
 }
 
 void SlicedFilter::start(const Predicate &predicate)
@@ -47,6 +48,7 @@ void SlicedFilter::startAnew()
     if (!m_predicate)
         return;
     m_passed = RecordBits(static_cast<std::size_t>(m_document.countOfInfos()));
+    m_known.reset();
     m_next = 0;
     m_preparedShare = 0;
     m_timer.start();
@@ -55,6 +57,7 @@ void SlicedFilter::startAnew()
 void SlicedFilter::cancel()
 {
     m_predicate.reset();
+    m_known.reset();
     m_timer.stop();
 }
 
@@ -67,22 +70,37 @@ double SlicedFilter::progress() const
 
 void SlicedFilter::runSlice()
 {
-    if (!isFor(*m_predicate)) {
-        if (const std::optional<double> share = m_prepare(*m_predicate, kSliceMs)) {
-            m_preparedShare = *share;
-            Q_EMIT progressed();
-            return;
-        }
-        const Predicate ready = *m_predicate;
-        cancel();
-        Q_EMIT prepared(ready);
+    if (!m_known && !isPrepared()) {
+        Q_EMIT progressed();
         return;
     }
+    if (isFor(*m_predicate)) {
+        runPatternSlice();
+        return;
+    }
+    const Predicate ready = *m_predicate;
+    cancel();
+    Q_EMIT prepared(ready);
+}
+
+bool SlicedFilter::isPrepared()
+{
+    if (const std::optional<double> share = m_prepare(*m_predicate, kSliceMs)) {
+        m_preparedShare = *share;
+        return false;
+    }
+    if (isFor(*m_predicate))
+        m_known = m_ask(*m_predicate);
+    return true;
+}
+
+void SlicedFilter::runPatternSlice()
+{
     constexpr int kNoLimit = -1;
     Error error;
     const auto next =
         RecordTests(m_document.infos(), kNoLimit)
-            .passingFrom(*patternOf(*m_predicate), m_next, QDeadlineTimer(kSliceMs), m_passed, &error);
+            .passingFrom(m_predicate->root(), *m_known, m_next, QDeadlineTimer(kSliceMs), m_passed, &error);
     if (!next) {
         cancel();
         Q_EMIT gaveUp(error);
@@ -93,8 +111,8 @@ void SlicedFilter::runSlice()
         Q_EMIT progressed();
         return;
     }
-    m_timer.stop();
-    const Predicate predicate = *std::exchange(m_predicate, std::nullopt);
+    const Predicate predicate = *m_predicate;
+    cancel();
     IndexSet passing;
     passing.reserve(m_passed.count());
     m_passed.forEachWhile([&passing](std::size_t place) {

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "document/VXDocument.h"
-#include "editing/search/RecordBits.h"
-#include "platform/predicates/Predicate.h"
+#include "editing/search/RecordTests.h"
 
 #include <QTimer>
 #include <functional>
@@ -19,9 +18,11 @@ public:
     /// Works for about so many milliseconds on what answers a predicate; how far that has come, from 0 to 1,
     /// and nothing when it is ready.
     using Prepare = std::function<std::optional<double>(const Predicate &predicate, int milliseconds)>;
-    SlicedFilter(const VXDocument &document, Prepare prepare, QObject *parent = nullptr);
+    /// What is known of the tests of such a predicate then.
+    using Ask = std::function<KnownBits(const Predicate &predicate)>;
+    SlicedFilter(const VXDocument &document, Prepare prepare, Ask ask, QObject *parent = nullptr);
 
-    /// Whether \a predicate is a single regular expression; others are answered faster than a slice takes,
+    /// Whether there is a regular expression in \a predicate; others are answered faster than a slice takes,
     /// but for very long values.
     static bool isFor(const Predicate &predicate);
     /// Begins the search, with its first slice. It takes the place of one that is running.
@@ -42,10 +43,15 @@ Q_SIGNALS:
 private:
     void startAnew();
     void runSlice();
+    /// Whether all but regular expressions can be answered at once by now.
+    bool isPrepared();
+    void runPatternSlice();
 
     const VXDocument &m_document;
     const Prepare m_prepare;
+    const Ask m_ask;
     std::optional<Predicate> m_predicate;
+    std::optional<KnownBits> m_known; ///< since it is prepared
     RecordBits m_passed;
     std::size_t m_next = 0;
     double m_preparedShare = 0;

@@ -5,6 +5,7 @@
 #include "editing/merge/MergeOpening.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
+#include "editing/search/CurrentFilter.h"
 #include "editing/search/VXSearchField.h"
 #include "editing/window/ChangedOnDisk.h"
 #include "editing/window/DetailPane.h"
@@ -83,8 +84,9 @@ void WindowContent::buildView()
 
 void WindowContent::buildFeatures()
 {
-    m_parts = std::make_unique<const WindowParts>(
-        WindowParts {m_window, m_document, m_list, *m_table, *m_pane, *m_searchField, *m_messages});
+    m_parts = std::make_unique<const WindowParts>(WindowParts {m_window, m_document, m_list, *m_table,
+                                                               *m_pane, *m_searchField, *m_messages,
+                                                               *new CurrentFilter(this)});
     m_title = new WindowTitle(*m_parts, this);
     m_commands = new RecordCommands(*m_parts, this);
     m_search = new WindowSearch(*m_parts, this);

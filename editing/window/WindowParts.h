@@ -10,6 +10,7 @@ class VXSearchField;
 
 namespace runebook {
 
+class CurrentFilter;
 class DetailPane;
 class GlyphTableView;
 class MessageBar;
@@ -24,6 +25,7 @@ struct WindowParts {
     DetailPane &pane;
     VXSearchField &searchField;
     MessageBar &messages;
+    CurrentFilter &filter; ///< what rows have to meet besides the search
 
     /// Gives what is being typed in the table and the pane to the records. False, with the reason, when a
     /// field refuses its text: it keeps it, with the focus, and says why.

@@ -2,6 +2,7 @@
 
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
+#include "editing/search/CurrentFilter.h"
 #include "editing/search/SearchFilter.h"
 #include "editing/search/SlicedFilter.h"
 #include "editing/search/VXSearchField.h"
@@ -17,6 +18,7 @@ WindowSearch::WindowSearch(const WindowParts &parts, QObject *parent) : QObject(
 {
     buildSlicedFilter();
     connect(&m_parts.searchField, &VXSearchField::searchChanged, this, &WindowSearch::filterInfos);
+    connect(&m_parts.filter, &CurrentFilter::changed, this, &WindowSearch::filterInfos);
     connect(&m_parts.searchField, &VXSearchField::settingsChanged, this, [this] { m_idleTimer.start(); });
     connect(&m_parts.document, &VXDocument::infosReset, this, [this] { m_idleTimer.start(); });
     connect(&m_idleTimer, &QTimer::timeout, this, &WindowSearch::prepare);
@@ -32,7 +34,8 @@ void WindowSearch::buildSlicedFilter()
             return {};
         return m_parts.list.preparedShare(predicate);
     };
-    m_slicedFilter = new SlicedFilter(m_parts.document, prepare, this);
+    const auto ask = [this](const Predicate &predicate) { return m_parts.list.answersOf(predicate); };
+    m_slicedFilter = new SlicedFilter(m_parts.document, prepare, ask, this);
     connect(m_slicedFilter, &SlicedFilter::prepared, this, [this](const Predicate &predicate) {
         apply([&]() -> std::optional<Error> {
             m_parts.list.setFilterPredicate(predicate);
@@ -69,8 +72,7 @@ void WindowSearch::filterInfos()
     if (m_isApplying || !m_parts.commitEditing())
         return;
     m_slicedFilter->cancel();
-    const auto [predicate, problem] =
-        SearchFilter(SearchSettings::current()).result(m_parts.searchField.stringValue());
+    const auto [predicate, problem] = wanted();
     // A script, which runs in one step of undoing, goes on with the rows as soon as it has set the filter.
     const bool isInScript = m_parts.document.undoManager()->groupingLevel() > 0;
     if (predicate && !isInScript
@@ -84,6 +86,18 @@ void WindowSearch::filterInfos()
             return gaveUp;
         return problem;
     });
+}
+
+/// What the search field and the conditions ask together.
+SearchResult WindowSearch::wanted() const
+{
+    SearchResult result = SearchFilter(SearchSettings::current()).result(m_parts.searchField.stringValue());
+    Error tooLong;
+    if (const std::optional<Predicate> conditions = m_parts.filter.filter().predicate(&tooLong))
+        result.predicate = result.predicate ? Predicate::all({*result.predicate, *conditions}) : *conditions;
+    else if (!tooLong.domain.isEmpty())
+        result.problem = tooLong;
+    return result;
 }
 
 void WindowSearch::apply(const std::function<std::optional<Error>()> &setFilter)
@@ -130,6 +144,9 @@ void WindowSearch::showInfo(const InfoPtr &info)
     if (m_parts.list.rowOfObject(info) < 0) {
         m_parts.searchField.setStringValue(u""_s);
         Q_EMIT allWanted();
+        RecordFilter filter = m_parts.filter.filter();
+        filter.setOff(true);
+        m_parts.filter.setFilter(filter);
         filterInfos();
     }
     m_parts.table.goToRow(static_cast<int>(m_parts.list.rowOfObject(info)));

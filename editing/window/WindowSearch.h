@@ -9,6 +9,7 @@
 namespace runebook {
 
 class SlicedFilter;
+struct SearchResult;
 
 /// The search of a document window: what is typed filters the rows; what takes longer than a frame is
 /// searched in slices, while the rows stay as they are. Also the ways to a single record.
@@ -18,7 +19,7 @@ class WindowSearch : public QObject
 public:
     WindowSearch(const WindowParts &parts, QObject *parent);
 
-    /// Filters by what stands in the search field.
+    /// Filters by what stands in the search field, and by the conditions besides.
     void filterInfos();
     /// True while a filter is being built, applied or still searching.
     bool isFiltering() const;
@@ -45,6 +46,7 @@ Q_SIGNALS:
 private:
     /// Exchanges the rows by what \a setFilter does, which answers with the problem of the search.
     void apply(const std::function<std::optional<Error>()> &setFilter);
+    SearchResult wanted() const;
     void buildSlicedFilter();
     /// Makes ready in idle time what the first search would have to wait for.
     void prepare();
