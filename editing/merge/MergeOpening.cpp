@@ -24,16 +24,6 @@ Error refusal(int code, const QString &sentence)
     return {u"MergeError"_s, code, sentence, {}, {}};
 }
 
-/// As a part of an undo step.
-void changeOpenConflicts(VXDocument &document, qsizetype count)
-{
-    document.undoManager()->registerUndo([guard = QPointer(&document), before = document.openConflicts()] {
-        if (guard)
-            changeOpenConflicts(*guard, before);
-    });
-    document.setOpenConflicts(count);
-}
-
 MergeWindow *openWindow(std::unique_ptr<MergeResolution> resolution, const MergeTitles &titles, Error *error)
 {
     if (!resolution) {

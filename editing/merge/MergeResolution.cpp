@@ -54,6 +54,15 @@ PreparedMerge PreparedMerge::of(const std::array<QByteArray, 3> &sides, CompareK
     return prepared;
 }
 
+void changeOpenConflicts(VXDocument &document, qsizetype count)
+{
+    document.undoManager()->registerUndo([guard = QPointer(&document), before = document.openConflicts()] {
+        if (guard)
+            changeOpenConflicts(*guard, before);
+    });
+    document.setOpenConflicts(count);
+}
+
 // Making
 
 std::unique_ptr<MergeResolution> MergeResolution::of(PreparedMerge prepared, VXDocument &document)
@@ -385,17 +394,24 @@ void MergeResolution::setInfo(std::size_t item, const InfoPtr &info)
     m_infos[item] = info;
 }
 
+/// The document goes on to know how many are open when nobody resolves them any more and steps are taken
+/// back.
 void MergeResolution::setState(std::size_t number, State state)
+{
+    applyState(number, state);
+    changeOpenConflicts(*m_document, m_openCount);
+}
+
+void MergeResolution::applyState(std::size_t number, State state)
 {
     const State old = m_states[number];
     m_document->undoManager()->registerUndo([guard = QPointer(this), number, old] {
         if (guard)
-            guard->setState(number, old);
+            guard->applyState(number, old);
     });
     m_openCount += isResolved(number);
     m_states[number] = state;
     m_openCount -= isResolved(number);
-    m_document->setOpenConflicts(m_openCount);
     Q_EMIT changed();
 }
 

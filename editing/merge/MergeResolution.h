@@ -24,6 +24,9 @@ struct PreparedMerge {
                             MergeProgress *progress = nullptr);
 };
 
+/// Says how many conflicts of \a document are open from now on, as a part of the undo step that is open.
+void changeOpenConflicts(VXDocument &document, qsizetype count);
+
 /// What somebody decides about the conflicts of a merge. The result is a document that begins with our side
 /// of every conflict; each decision is an undo step of it, and with the step goes what counts as resolved.
 /// The document knows how many conflicts are open.
@@ -104,6 +107,7 @@ private:
     static void takeValue(VXGlyphInfo &info, GlyphField field, const VXGlyphInfo &source);
     qsizetype placeFor(std::size_t item) const;
     void setState(std::size_t number, State state);
+    void applyState(std::size_t number, State state);
 
     /// A rename as it was merged, as one record.
     struct Rename {
