@@ -1,13 +1,12 @@
 #include "editing/records/RSRTVArrayController.h"
 
-#include "editing/fields/DelegateOperation.h"
 #include "editing/fields/EditNames.h"
 #include "editing/fields/FieldEditing.h"
 #include "editing/fields/GlyphColumns.h"
 #include "editing/records/ListTable.h"
+#include "editing/records/RowFilter.h"
 #include "editing/records/SortOrder.h"
-#include "editing/search/SearchColumns.h"
-#include "editing/search/SlicedFilter.h"
+#include "editing/records/TableDrag.h"
 #include "platform/CallLater.h"
 
 #include <QItemSelection>
@@ -42,7 +41,7 @@ QItemSelection selectionOf(const QAbstractItemModel &model, const IndexSet &rows
 RSRTVArrayController::RSRTVArrayController(VXDocument &document, QObject *parent)
     : QAbstractTableModel(parent),
       m_document(document),
-      m_columns(std::make_unique<SearchColumns>(document)),
+      m_filter(std::make_unique<RowFilter>(document)),
       m_selection(new QItemSelectionModel(this, this))
 {
     connect(&document, &VXDocument::infosInserted, this, &RSRTVArrayController::applyInsertion);
@@ -129,15 +128,29 @@ qsizetype RSRTVArrayController::rowOfObject(const InfoPtr &info) const
 
 // Filter and order
 
+const std::optional<Predicate> &RSRTVArrayController::predicate() const
+{
+    return m_filter->predicate();
+}
+
+bool RSRTVArrayController::isFiltered() const
+{
+    return m_filter->isSet();
+}
+
+bool RSRTVArrayController::showsDocumentOrder() const
+{
+    return m_sortColumn < 0 && !isFiltered();
+}
+
 QString RSRTVArrayController::filterPredicate() const
 {
-    return m_predicate ? m_predicate->predicateFormat() : QString();
+    return predicate() ? predicate()->predicateFormat() : QString();
 }
 
 bool RSRTVArrayController::setFilterPredicate(const std::optional<Predicate> &predicate, Error *error)
 {
-    m_predicate = predicate;
-    m_passing.reset();
+    m_filter->setPredicate(predicate);
     m_added.clear();
     return arrange(Filter::Apply, error);
 }
@@ -145,8 +158,7 @@ bool RSRTVArrayController::setFilterPredicate(const std::optional<Predicate> &pr
 void RSRTVArrayController::setFilterPredicate(const Predicate &predicate, IndexSet passing)
 {
     m_document.flushChanges();
-    m_predicate = predicate;
-    m_passing = std::move(passing);
+    m_filter->setPredicate(predicate, std::move(passing));
     m_added.clear();
     arrange();
 }
@@ -162,39 +174,36 @@ bool RSRTVArrayController::setFilterPredicate(const QString &text, Error *error)
 bool RSRTVArrayController::prepareFilter(const Predicate &predicate, int milliseconds)
 {
     m_document.flushChanges();
-    return m_columns->prepare(predicate, milliseconds);
+    return m_filter->columns().prepare(predicate, milliseconds);
 }
 
 double RSRTVArrayController::preparedShare(const Predicate &predicate) const
 {
-    return m_columns->preparedShare(predicate);
+    return m_filter->columns().preparedShare(predicate);
 }
 
 bool RSRTVArrayController::isFilteredAtOnce(const Predicate &predicate)
 {
     m_document.flushChanges();
-    return m_columns->prepareUpToLong(predicate);
+    return m_filter->columns().prepareUpToLong(predicate);
 }
 
 KnownBits RSRTVArrayController::answersOf(const Predicate &predicate)
 {
     m_document.flushChanges();
-    return m_columns->answersOf(predicate);
+    return m_filter->columns().answersOf(predicate);
 }
 
 std::optional<qsizetype> RSRTVArrayController::countPassing(const Predicate &predicate, int milliseconds)
 {
-    if (!m_columns->prepare(predicate, milliseconds))
-        return {};
-    const std::optional<IndexSet> passing = m_columns->placesPassing(predicate);
-    return passing ? std::ssize(*passing) : 0;
+    return m_filter->countPassing(predicate, milliseconds);
 }
 
 void RSRTVArrayController::setCondition(std::function<bool(qsizetype place)> condition)
 {
-    if (!condition && !m_condition)
+    if (!condition && !m_filter->hasCondition())
         return;
-    m_condition = std::move(condition);
+    m_filter->setCondition(std::move(condition));
     arrange();
 }
 
@@ -211,32 +220,6 @@ void RSRTVArrayController::sort(int column, Qt::SortOrder order)
     m_sortDirection = order;
     m_sortedPlaces.clear();
     arrange();
-}
-
-std::optional<IndexSet> RSRTVArrayController::passingPlaces(Error *error)
-{
-    std::optional<IndexSet> passing;
-    if (m_predicate && m_passing) {
-        passing = m_passing;
-    } else if (m_predicate) {
-        passing = m_columns->placesPassing(*m_predicate, error);
-        if (!passing)
-            m_predicate.reset();
-        else if (SlicedFilter::isFor(*m_predicate))
-            m_passing = passing;
-    }
-    if (!m_condition)
-        return passing;
-    if (passing) {
-        passing->removeIf([this](qsizetype place) { return !m_condition(place); });
-        return passing;
-    }
-    passing.emplace();
-    for (qsizetype place = 0; place < m_document.countOfInfos(); ++place) {
-        if (m_condition(place))
-            passing->push_back(place);
-    }
-    return passing;
 }
 
 IndexSet RSRTVArrayController::shownPlaces() const
@@ -259,15 +242,15 @@ bool RSRTVArrayController::arrange(Filter filter, Error *error)
     m_document.flushChanges();
     const InfoList &infos = m_document.infos();
     const bool asksFilter = filter == Filter::Apply || !isFiltered();
-    const bool hadPredicate = m_predicate.has_value();
-    std::optional<IndexSet> passing = asksFilter ? passingPlaces(error) : shownPlaces();
+    const bool hadPredicate = predicate().has_value();
+    std::optional<IndexSet> passing = asksFilter ? m_filter->passingPlaces(error) : shownPlaces();
     if (passing && asksFilter && !m_added.empty()) {
         std::vector<qsizetype> added;
         for (const VXGlyphInfo *info : m_added)
             added.push_back(m_document.placeOf(info));
         passing->unite(IndexSet(std::move(added)));
     }
-    const bool gaveUp = hadPredicate && !m_predicate;
+    const bool gaveUp = hadPredicate && !predicate();
     std::vector<VXGlyphInfo *> rows;
     rows.reserve(passing ? passing->size() : infos.size());
     if (m_sortColumn < 0) {
@@ -547,7 +530,7 @@ bool RSRTVArrayController::isInHistory() const
 bool RSRTVArrayController::canApplyNow()
 {
     m_sortedPlaces.clear();
-    m_passing.reset();
+    m_filter->forgetPassing();
     m_rowOfPlace.clear();
     m_hasListChanged |= isInHistory();
     if (m_listChanges++ == 0) {
@@ -557,7 +540,7 @@ bool RSRTVArrayController::canApplyNow()
         });
     }
     if (m_listChanges > kMostAtOnce)
-        m_columns->reset(); // made anew sooner than kept in step with thousands of changes
+        m_filter->columns().reset(); // made anew sooner than kept in step with thousands of changes
     const bool waitsForStep = isInHistory() && (isFiltered() || m_sortColumn >= 0);
     return !m_isBehind && !waitsForStep && m_listChanges <= kMostAtOnce;
 }
@@ -583,7 +566,7 @@ void RSRTVArrayController::catchUp() const
 
 void RSRTVArrayController::applyInsertion(const IndexSet &places)
 {
-    m_columns->noteInsertion(places);
+    m_filter->columns().noteInsertion(places);
     const bool isNow = canApplyNow();
     if (isFiltered() && !isInHistory()) {
         for (const qsizetype place : places)
@@ -628,7 +611,7 @@ IndexSet RSRTVArrayController::rowsOfLeaving(const IndexSet &places) const
 
 void RSRTVArrayController::applyRemoval(const IndexSet &places)
 {
-    m_columns->noteRemoval(places);
+    m_filter->columns().noteRemoval(places);
     const bool isNow = canApplyNow();
     const InfoList &leaving = m_document.leavingInfos();
     bool standElsewhere = false;
@@ -679,7 +662,7 @@ void RSRTVArrayController::removeRows(const IndexSet &gone)
 
 void RSRTVArrayController::applyReplacement(qsizetype place, const InfoPtr &former)
 {
-    m_columns->noteReplacement(place);
+    m_filter->columns().noteReplacement(place);
     const bool isNow = canApplyNow();
     VXGlyphInfo *info = m_document.objectInInfosAtIndex(place).get();
     m_added.erase(former.get());
@@ -703,9 +686,9 @@ void RSRTVArrayController::applyReplacement(qsizetype place, const InfoPtr &form
 
 void RSRTVArrayController::applyReset()
 {
-    m_columns->reset();
+    m_filter->columns().reset();
     m_sortedPlaces.clear();
-    m_passing.reset();
+    m_filter->forgetPassing();
     m_hasListChanged |= isInHistory();
     std::erase_if(m_added, [](const VXGlyphInfo *info) { return info->listings() == 0; });
     m_isListReplaced = true;
@@ -716,9 +699,9 @@ void RSRTVArrayController::applyReset()
 void RSRTVArrayController::applyChanges(const std::vector<VXDocument::Change> &changes)
 {
     const int lastColumn = columnCount() - 1;
-    m_passing.reset();
+    m_filter->forgetPassing();
     for (const VXDocument::Change &change : changes) {
-        m_columns->noteChange(change);
+        m_filter->columns().noteChange(change);
         if (m_sortColumn >= 0)
             m_sortedPlaces.clear();
     }
@@ -812,9 +795,245 @@ void RSRTVArrayController::copyObjectsInArrangedObjectsFromIndexesToIndex(const 
     const UndoGroup group(m_document.undoManager(),
                           editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
     m_document.insertObjectsInInfosAtIndexes(copies, IndexSet::run(first, copies.size()));
-    const QMetaMethod told =
-        delegateOperation(m_delegate, "arrayControllerDidCopyObjectCopy(QObject*,InfoPtr,InfoPtr)");
-    for (std::size_t i = copies.size(); told.isValid() && i-- > 0;)
-        told.invoke(m_delegate, Qt::DirectConnection, Q_ARG(QObject *, this), Q_ARG(InfoPtr, sources[i]),
-                    Q_ARG(InfoPtr, copies[i]));
+    for (std::size_t i = copies.size(); i-- > 0;)
+        m_questions.tellOfCopy(this, sources[i], copies[i]);
+}
+
+// The item model
+
+int RSRTVArrayController::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+int RSRTVArrayController::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(glyphColumns().size());
+}
+
+QVariant RSRTVArrayController::data(const QModelIndex &index, int role) const
+{
+    // Views ask this in the middle of their work: no rows change here.
+    const InfoPtr info = infoOfRow(index.row());
+    if (!info || !index.isValid())
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+        return cellDisplayText(m_document, info, index.column());
+    case Qt::EditRole:
+        return cellText(m_document, info, index.column());
+    case Qt::TextAlignmentRole:
+        return isEditableColumn(index.column()) ? QVariant() : QVariant(Qt::AlignCenter);
+    case Qt::AccessibleTextRole:
+        return columnTitle(index.column()) + u": "_s + cellDisplayText(m_document, info, index.column());
+    default:
+        return {};
+    }
+}
+
+bool RSRTVArrayController::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    const InfoPtr info = arrangedObjectAtIndex(index.row());
+    if (!info || role != Qt::EditRole || !isEditableColumn(index.column()))
+        return false;
+    const GlyphField field = glyphColumns()[static_cast<std::size_t>(index.column())].field;
+    const QString text = value.toString();
+    Error error;
+    if (setFieldFromText(m_document, {info}, field, text, &error)) {
+        if (const std::optional<FieldRemark> remark = remarkOnValue(m_document, {info}, field))
+            Q_EMIT remarked(*remark);
+        return true;
+    }
+    Q_EMIT remarked(remarkOnRefusal(m_document, {info}, field, text, error));
+    return false;
+}
+
+QVariant RSRTVArrayController::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section < columnCount())
+        return columnTitle(section);
+    return {};
+}
+
+Qt::ItemFlags RSRTVArrayController::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return m_draggingEnabled && showsDocumentOrder() ? Qt::ItemIsDropEnabled : Qt::NoItemFlags;
+    Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
+    if (isEditableColumn(index.column())
+        && tableViewShouldEditTableColumnRow(m_tableView, index.column(), index.row()))
+        flags |= Qt::ItemIsEditable;
+    // Also where rows cannot be moved now: the view says why when somebody tries.
+    if (m_draggingEnabled || isFiltered())
+        flags |= Qt::ItemIsDragEnabled;
+    return flags;
+}
+
+// Rows that are dragged
+
+void RSRTVArrayController::setOTableView(ListTable &table)
+{
+    m_tableView = table.object();
+    m_table = &table;
+    awakeFromNib();
+}
+
+bool RSRTVArrayController::tableObjectsSupportCopying() const
+{
+    // Every record can be copied; an empty table has no object to ask.
+    return !m_rows.empty();
+}
+
+int RSRTVArrayController::rowsAboveRowInIndexSet(qsizetype row, const IndexSet &rows) const
+{
+    return static_cast<int>(
+        std::count_if(rows.begin(), rows.end(), [row](qsizetype dragged) { return dragged < row; }));
+}
+
+IndexSet RSRTVArrayController::indexSetFromRows(const QVariantList &rows) const
+{
+    std::vector<qsizetype> places;
+    for (const QVariant &row : rows)
+        places.push_back(row.toLongLong());
+    return IndexSet(std::move(places));
+}
+
+Qt::DropActions RSRTVArrayController::supportedDragActions() const
+{
+    return Qt::MoveAction | Qt::CopyAction;
+}
+
+Qt::DropActions RSRTVArrayController::supportedDropActions() const
+{
+    return Qt::MoveAction | Qt::CopyAction;
+}
+
+QStringList RSRTVArrayController::mimeTypes() const
+{
+    return {dragType()};
+}
+
+QMimeData *RSRTVArrayController::mimeData(const QModelIndexList &indexes) const
+{
+    std::vector<qsizetype> rows;
+    for (const QModelIndex &index : indexes)
+        rows.push_back(index.row());
+    return mimeDataForRows(IndexSet(std::move(rows)));
+}
+
+QMimeData *RSRTVArrayController::mimeDataForRows(const IndexSet &rows) const
+{
+    if (!m_draggingEnabled || !showsDocumentOrder() || rows.empty())
+        return nullptr;
+    return m_drag.dataOf(rows).release();
+}
+
+bool RSRTVArrayController::canDropMimeData(const QMimeData *data, Qt::DropAction, int row, int,
+                                           const QModelIndex &parent) const
+{
+    return m_draggingEnabled && showsDocumentOrder() && !parent.isValid() && row >= 0
+        && !m_drag.rowsOf(*data).empty();
+}
+
+bool RSRTVArrayController::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+                                        const QModelIndex &parent)
+{
+    if (!canDropMimeData(data, action, row, column, parent))
+        return false;
+    acceptRows(m_drag.rowsOf(*data), action, row);
+    // The rows were moved here already; the view must not remove the dragged ones on top of that.
+    return false;
+}
+
+void RSRTVArrayController::acceptRows(const IndexSet &rows, Qt::DropAction action, qsizetype row)
+{
+    const qsizetype target = qMax<qsizetype>(0, row);
+    qsizetype first = target;
+    if (action == Qt::CopyAction && tableObjectsSupportCopying()) {
+        copyObjectsInArrangedObjectsFromIndexesToIndex(rows, target);
+    } else {
+        first = target - rowsAboveRowInIndexSet(target, rows);
+        moveObjectsInArrangedObjectsFromIndexesToIndex(rows, target);
+    }
+    setSelectionIndexes(IndexSet::run(first, rows.size()));
+}
+
+// Dragging without a mouse
+
+bool RSRTVArrayController::tableViewWriteRowsWithIndexesToPasteboard(QObject *, const IndexSet &rows,
+                                                                     QObject *pasteboard) const
+{
+    auto *drag = qobject_cast<TableDrag *>(pasteboard);
+    std::unique_ptr<QMimeData> data(mimeDataForRows(rows));
+    if (!drag || !data)
+        return false;
+    drag->setData(std::move(data));
+    return true;
+}
+
+int RSRTVArrayController::tableViewValidateDropProposedRowProposedDropOperation(QObject *, QObject *info,
+                                                                                int row, int) const
+{
+    const auto *drag = qobject_cast<TableDrag *>(info);
+    if (!drag || !drag->data()
+        || !canDropMimeData(drag->data(), Qt::MoveAction, qMax(0, row), 0, QModelIndex()))
+        return Qt::IgnoreAction;
+    const bool copies = drag->draggingSourceOperationMask() == Qt::CopyAction && tableObjectsSupportCopying();
+    return copies ? Qt::CopyAction : Qt::MoveAction;
+}
+
+bool RSRTVArrayController::tableViewAcceptDropRowDropOperation(QObject *tableView, QObject *info, int row,
+                                                               int operation)
+{
+    const int action = tableViewValidateDropProposedRowProposedDropOperation(tableView, info, row, operation);
+    if (action == Qt::IgnoreAction)
+        return false;
+    const auto *drag = qobject_cast<TableDrag *>(info);
+    acceptRows(m_drag.rowsOf(*drag->data()), static_cast<Qt::DropAction>(action), row);
+    return true;
+}
+
+// Questions of the table
+
+QObject *RSRTVArrayController::tableColumnInTableViewDataCellForRow(int column, QObject *tableView,
+                                                                    int row) const
+{
+    return m_questions.columnDataCell(column, tableView, row);
+}
+
+QObject *RSRTVArrayController::tableViewDataCellForTableColumnRow(QObject *tableView, int column,
+                                                                  int row) const
+{
+    QObject *cell = m_questions.dataCell(tableView, column, row);
+    if (cell || !m_tableView)
+        return cell;
+    return m_table->cellAt(index(row, column));
+}
+
+void RSRTVArrayController::tableViewWillDisplayCellForTableColumnRow(QObject *tableView, QObject *cell,
+                                                                     int column, int row) const
+{
+    m_questions.willDisplayCell(tableView, cell, column, row);
+}
+
+bool RSRTVArrayController::tableViewShouldEditTableColumnRow(QObject *tableView, int column, int row) const
+{
+    return m_questions.shouldEdit(tableView, column, row);
+}
+
+QObject *RSRTVArrayController::viewAtColumnRowMakeIfNecessary(int column, int row, bool isMade) const
+{
+    return m_questions.viewAt(column, row, isMade);
+}
+
+bool RSRTVArrayController::tableViewShouldShowCellExpansionForTableColumnRow(QObject *tableView, int column,
+                                                                             int row) const
+{
+    return m_questions.shouldShowExpansion(tableView, column, row);
+}
+
+void RSRTVArrayController::tableViewColumnDidResize(QObject *tableView) const
+{
+    if (auto *table = dynamic_cast<ListTable *>(tableView))
+        table->repaintCorner();
 }

@@ -2,6 +2,8 @@
 
 #include "document/VXDocument.h"
 #include "editing/fields/FieldRemarks.h"
+#include "editing/records/RowDrag.h"
+#include "editing/records/TableQuestions.h"
 #include "editing/search/RecordTests.h"
 #include "platform/predicates/Predicate.h"
 
@@ -15,7 +17,7 @@
 
 namespace runebook {
 class ListTable;
-class SearchColumns;
+class RowFilter;
 } // namespace runebook
 
 /// The list controller of a document window: the info list arranged (filtered, sorted) as the rows of a
@@ -41,7 +43,7 @@ public: // content
 
 public: // filter
     /// Null: everything is shown.
-    const std::optional<runebook::Predicate> &predicate() const { return m_predicate; }
+    const std::optional<runebook::Predicate> &predicate() const;
     /// The text of the filter; null when there is none.
     Q_INVOKABLE QString filterPredicate() const;
     /// False and an error when the filter gave up (a regular expression without end); then all is shown.
@@ -68,7 +70,7 @@ public: // filter
     /// condition. It is asked whenever the rows are arranged.
     void setCondition(std::function<bool(qsizetype place)> condition);
     /// Whether a filter or a condition may hide records.
-    bool isFiltered() const { return m_predicate || m_condition; }
+    bool isFiltered() const;
     Q_INVOKABLE void rearrangeObjects();
 
 public: // sorting: of the rows only, the document keeps its order
@@ -119,10 +121,10 @@ public: // reordering by drag
     Q_INVOKABLE runebook::IndexSet indexSetFromRows(const QVariantList &rows) const;
     /// The object asked by the table's questions and told of copies; it answers those that it implements as
     /// invokable operations. Not owned.
-    Q_INVOKABLE void setDelegate(QObject *delegate) { m_delegate = delegate; }
-    Q_INVOKABLE QObject *delegate() const { return m_delegate; }
+    Q_INVOKABLE void setDelegate(QObject *delegate) { m_questions.setDelegate(delegate); }
+    Q_INVOKABLE QObject *delegate() const { return m_questions.delegate(); }
     /// The private type of dragged rows; its data never leave the table.
-    static QString dragType();
+    static QString dragType() { return runebook::RowDrag::type(); }
     /// The data of a drag of these rows, to be owned by the drag; null when rows cannot be dragged now.
     QMimeData *mimeDataForRows(const runebook::IndexSet &rows) const;
 
@@ -178,8 +180,6 @@ Q_SIGNALS:
     void selectionChanged();
     /// The selection of before a step, or behind it, was given back with undo or redo.
     void placeGivenBack();
-    /// A value typed into a cell was refused.
-    void editRefused(const QString &reason);
     /// The user should hear of what was typed into a cell: that it was refused, or that a file does not keep
     /// it.
     void remarked(const runebook::FieldRemark &remark);
@@ -216,8 +216,6 @@ private:
     runebook::IndexSet rowsOfObjects(const InfoList &infos) const;
     /// Where in the document's list something goes that is inserted at a row.
     qsizetype placeForRow(qsizetype row) const;
-    /// The places that pass filter and condition; nothing: all.
-    std::optional<runebook::IndexSet> passingPlaces(runebook::Error *error);
     /// The places that pass (nothing: all) in the order of the sorted column.
     std::vector<quint32> placesInOrder(const std::optional<runebook::IndexSet> &passing);
     void replaceRows(std::vector<VXGlyphInfo *> rows);
@@ -226,21 +224,16 @@ private:
     void restoreCurrent(InfoList infos, const std::function<InfoPtr(const InfoPtr &)> &orSuccessor);
     InfoPtr currentInfo() const;
     InfoList currentAndNeighbours() const;
-    bool showsDocumentOrder() const { return m_sortColumn < 0 && !isFiltered(); }
+    bool showsDocumentOrder() const;
     void rebuildRowNumbers() const;
 
-    static quint64 nextNumber();
-
     VXDocument &m_document;
-    const quint64 m_number = nextNumber(); ///< tells its drags from those of others
+    const std::unique_ptr<runebook::RowFilter> m_filter;
+    const runebook::RowDrag m_drag;
+    runebook::TableQuestions m_questions;
     std::vector<VXGlyphInfo *> m_rows; ///< owned by the document's list while they stand here
     mutable std::vector<qint32> m_rowOfPlace; ///< by place in the document's list; empty while not known
     std::vector<quint32> m_sortedPlaces; ///< empty in document order
-    std::optional<runebook::Predicate> m_predicate;
-    /// What passes the predicate of a regular expression, until a record changes: such a one takes long.
-    std::optional<runebook::IndexSet> m_passing;
-    std::function<bool(qsizetype place)> m_condition;
-    std::unique_ptr<runebook::SearchColumns> m_columns;
     QItemSelectionModel *m_selection;
     InfoList m_hiddenSelection; ///< selected before the filter hid them; they come back with it
     InfoPtr m_hiddenCurrent; ///< the same for the current record
@@ -258,7 +251,6 @@ private:
     QElapsedTimer m_sinceCaughtUp;
     QPointer<QObject> m_tableView;
     runebook::ListTable *m_table = nullptr; ///< as long as there is the object
-    QPointer<QObject> m_delegate;
     int m_sortColumn = -1;
     Qt::SortOrder m_sortDirection = Qt::AscendingOrder;
     bool m_draggingEnabled = true;

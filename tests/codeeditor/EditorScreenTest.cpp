@@ -168,7 +168,7 @@ private Q_SLOTS:
         for (int turn = 0; turn < 3; ++turn) {
             QTest::keyClicks(&editor.view, u"fo"_s);
             auto *popup = editor.view.findChild<CompletionPopup *>();
-            QVERIFY(popup && popup->isVisible());
+            QVERIFY(popup && popup->isVisible() && QTest::qWaitForWindowExposed(popup));
             letPaint();
             const QImage shown = popup->screen()->grabWindow(0).toImage().copy(popup->geometry());
             const QImage wanted = popup->grab().toImage().convertToFormat(QImage::Format_RGB32);
