@@ -274,17 +274,22 @@ private Q_SLOTS:
     })
     {
         run(u"unmistakable = 'text'"_s);
-        PromptLine prompt;
-        prompt.show();
-        prompt.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&prompt));
-        QTest::keyClicks(&prompt, typed);
-        for (const int key : keys)
-            QTest::keyClick(&prompt, Qt::Key(key & ~Qt::CTRL),
-                            key & Qt::CTRL ? Qt::ControlModifier : Qt::NoModifier);
+        const auto textAfterKeys = [&] {
+            PromptLine prompt;
+            prompt.show();
+            prompt.activateWindow();
+            if (!QTest::qWaitForWindowActive(&prompt))
+                return u"not active"_s;
+            QTest::keyClicks(&prompt, typed);
+            for (const int key : keys)
+                QTest::keyClick(&prompt, Qt::Key(key & ~Qt::CTRL),
+                                key & Qt::CTRL ? Qt::ControlModifier : Qt::NoModifier);
+            return prompt.text();
+        };
+        // Typed again where the machine left the interpreter no time to answer before the list was given up.
+        QTRY_COMPARE(textAfterKeys(), text == "ran"_L1 ? QString() : text);
         if (text == "ran"_L1)
             QVERIFY(m_panel->console->string().endsWith(u"\nran\n"_s));
-        QCOMPARE(prompt.text(), text == "ran"_L1 ? QString() : text);
     }
 };
 
