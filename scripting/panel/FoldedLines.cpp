@@ -9,7 +9,9 @@
 #include <QPainter>
 #include <QPlainTextDocumentLayout>
 #include <QPlainTextEdit>
+#include <QTextLayout>
 #include <QTimer>
+#include <algorithm>
 
 namespace runebook {
 
@@ -30,7 +32,8 @@ void FoldedLines::showWhole(const QTextBlock &head)
     while (ConsoleLines::isCut(block) && block.next().isValid()) {
         block = block.next();
         block.setVisible(true);
-        block.setLineCount(1);
+        // Painting lays out what is hidden, too; what is laid out is not measured again.
+        block.setLineCount(std::max(1, block.layout()->lineCount()));
     }
     measureShownLine(QTextCursor(head.next()));
     m_view->viewport()->update();

@@ -3,6 +3,7 @@
 #include "scripting/panel/ConsoleView.h"
 #include "tests/Files.h"
 #include "tests/Fingerprint.h"
+#include "tests/PaintedTexts.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/Interpreters.h"
@@ -132,13 +133,31 @@ private Q_SLOTS:
         QWidget *view = m_console->viewport();
         const int bottom =
             qRound(m_console->document()->documentMargin() + head.layout()->boundingRect().height());
-        const int y = bottom - m_console->fontMetrics().height() / 2;
         const int letter = m_console->fontMetrics().horizontalAdvance(u'm');
+        // In words how much is hidden, and as a link what can be done; where each is painted it can be
+        // clicked.
+        const PaintedText note = painted(*view, u"… 45,904 more characters"_s);
+        QCOMPARE(note.color, view->palette().color(QPalette::Text));
+        const auto wordAt = [&](const QString &word) {
+            const PaintedText link = painted(*view, word);
+            return link.color == view->palette().color(QPalette::Link) ? link.place.toPoint() : QPoint();
+        };
+        const auto cursorAt = [view](QPoint place) {
+            QTest::mouseMove(view, place);
+            return view->cursor().shape();
+        };
+        const QPoint copy = wordAt(u"Copy"_s) + QPoint(letter, -2),
+                     show = wordAt(u"Show"_s) + QPoint(letter, -2);
+        QVERIFY(copy.y() <= bottom && show.x() < copy.x() && note.place.x() < show.x());
+        QCOMPARE(cursorAt(copy), Qt::PointingHandCursor);
+        QCOMPARE(cursorAt(note.place.toPoint()), Qt::IBeamCursor);
+        QCOMPARE(cursorAt(show), Qt::PointingHandCursor);
         QGuiApplication::clipboard()->clear();
-        QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(view->width() - letter - 4, y));
+        QTest::mouseClick(view, Qt::LeftButton, {}, note.place.toPoint());
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString());
+        QTest::mouseClick(view, Qt::LeftButton, {}, copy);
         QCOMPARE(QGuiApplication::clipboard()->text(), line);
-        const int copyWidth = m_console->fontMetrics().horizontalAdvance(u"Copy"_s);
-        QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(view->width() - 2 * letter - copyWidth - 4, y));
+        QTest::mouseClick(view, Qt::LeftButton, {}, show);
         QCOMPARE(shown(), 50'000 + 3 + 4096);
         QTRY_VERIFY(m_console->verticalScrollBar()->maximum() > 50'000 / 4096 * rows - 50);
         m_console->append(line, Kind::Output); // of the second line, which stays folded
