@@ -42,8 +42,12 @@ inline void appendTexts(const QMenu &menu, const QString &indent, QStringList &l
 inline QStringList ownTexts(const QWidget &widget)
 {
     QStringList texts;
+    static const QRegularExpression key(QStringLiteral("&\\w(?!\\w*;)"));
     if (const auto *label = qobject_cast<const QLabel *>(&widget))
-        texts << label->text();
+        texts << label->text()
+              << (label->textFormat() != Qt::PlainText && !label->buddy() && label->text().contains(key)
+                      ? QStringLiteral("(a key for nothing)")
+                      : QString());
     else if (const auto *button = qobject_cast<const QAbstractButton *>(&widget))
         texts << button->text() << (button->isChecked() ? QStringLiteral("(on)") : QString())
               << (qobject_cast<const QPushButton *>(button)

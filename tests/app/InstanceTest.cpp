@@ -207,6 +207,17 @@ private Q_SLOTS:
                 .contains(added);
         };
         QVERIFY(QTest::qWaitFor(isOpen, 20'000));
+        // With settings of its own a program is another one.
+        QProcessEnvironment others = QProcessEnvironment::systemEnvironment();
+        others.insert(u"RUNEBOOK_DEFAULTS"_s, m_folder->filePath(u"others.conf"_s));
+        others.insert(u"RUNEBOOK_QUIT_AFTER_START"_s, u"1"_s);
+        QProcess other;
+        other.setProcessEnvironment(others);
+        other.start(program(), {added});
+        QVERIFY(other.waitForFinished(20'000));
+        QCOMPARE(
+            UserDefaults(m_folder->filePath(u"others.conf"_s)).objectForKey(u"RecentFiles"_s).toStringList(),
+            QStringList {added});
         QProcess own;
         own.start(program(), {u"--new-instance"_s, sample});
         QVERIFY(!own.waitForFinished(1'500));

@@ -142,8 +142,16 @@ private Q_SLOTS:
                 m_window->showPrefpaneWithIdentifier(pane);
         }
         QVERIFY(!UserDefaults::standard().isSet(key));
-        if (typed.isEmpty()) {
+        const auto click = [widget] {
             QTest::mouseClick(widget, Qt::LeftButton, {}, QPoint(8, widget->height() / 2));
+        };
+        if (typed.isEmpty()) {
+            click();
+            if (qobject_cast<QCheckBox *>(widget)) { // and there and back
+                click();
+                QCOMPARE(UserDefaults::standard().objectForKey(key), QVariant(!stored.toBool()));
+                click();
+            }
         } else {
             widget->setFocus();
             typeKeys(widget,
@@ -201,15 +209,20 @@ private Q_SLOTS:
         list->setCurrentItem(items.front());
         const QString font = u"/usr/share/fonts/truetype/dejavu/DejaVuSerif.ttf"_s;
         QVERIFY(QFile::exists(font));
-        QVERIFY(pane->useFontFile(font));
+        m_window->showPrefpaneWithIdentifier(u"fonts"_s);
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_Return);
+        QCOMPARE(chooseInPanel(pane, font), u"Fonts (*.otf *.ttf *.otc *.ttc *.pfb)|All files (*)"_s);
         QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
+        QTest::mouseClick(pane->findChild<QPushButton *>(u"choose"_s), Qt::LeftButton);
+        QCOMPARE(pane->findChild<QFileDialog *>()->directory().path(), QFileInfo(font).path());
+        chooseInPanel(pane, font);
         QCOMPARE(items.front()->text(1), u"DejaVuSerif.ttf"_s);
         QVERIFY(pane->findChild<QLabel *>(u"sample"_s)->font().family().startsWith(u"DejaVu Serif"_s));
         // What is no font changes nothing.
         QVERIFY(!pane->useFontFile(QStringLiteral(RUNEBOOK_SOURCE_DIR "/resources/sample.xml")));
         QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), font);
         QVERIFY(pane->findChild<QLabel *>(u"status"_s)->text().contains("no font"_L1));
-        m_window->showPrefpaneWithIdentifier(u"fonts"_s);
         QTest::mouseClick(pane->findChild<QPushButton *>(u"remove"_s), Qt::LeftButton);
         QCOMPARE(VXDocument::previewFontForScript(u"greek"_s), QString());
         QVERIFY(!pane->findChild<QPushButton *>(u"remove"_s)->isEnabled());
@@ -236,12 +249,29 @@ private Q_SLOTS:
         QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
 
         const QSignalSpy tried(pane, &PythonPane::tried);
-        pane->addInstallation(newest);
+        QTest::mouseClick(pane->findChild<QPushButton *>(u"add"_s), Qt::LeftButton);
+        QCOMPARE(chooseInPanel(pane, newest),
+                 u"Shared libraries of Python (libpython3*.so*)|All files (*)"_s);
         QTRY_COMPARE_WITH_TIMEOUT(tried.size(), 1, 30'000);
         QVERIFY(tried.at(0).at(0).toBool());
         QCOMPARE(UserDefaults::standard().stringForKey(u"VXPythonFrameworkPath"_s), newest);
         QCOMPARE(list->currentRow(), 1);
         QVERIFY(status->text().contains("next start"_L1));
+    }
+
+    /// What was added by hand stands in the list, and can go again.
+    void goesBackToTheNewestPython()
+    {
+        UserDefaults::standard().setObjectForKey(u"/opt/libpython3.8.so.1.0"_s, u"VXPythonFrameworkPath"_s);
+        m_window = std::make_unique<VXPreferencesController>();
+        m_window->showWindow();
+        m_window->showPrefpaneWithIdentifier(u"python"_s);
+        const auto *list = find<QListWidget>("installations");
+        QCOMPARE(list->currentItem()->text(), u"3.8 (manually) — /opt/libpython3.8.so.1.0"_s);
+        QTest::mouseClick(m_window->findChild<PythonPane *>()->findChild<QAbstractButton *>(u"remove"_s),
+                          Qt::LeftButton);
+        QCOMPARE(list->currentRow(), 0);
+        QVERIFY(!UserDefaults::standard().isSet(u"VXPythonFrameworkPath"_s));
     }
 
     void installsPackages()
@@ -323,6 +353,18 @@ private Q_SLOTS:
     }
 
 private:
+    /// Names a file in the panel that \a pane has opened; what that offers besides.
+    static QString chooseInPanel(QWidget *pane, const QString &path)
+    {
+        auto *panel = pane->findChild<QFileDialog *>();
+        if (!panel)
+            return u"no panel"_s;
+        const QString offered = panel->nameFilters().join(u'|');
+        panel->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
+        static_cast<QDialog *>(panel)->accept();
+        QCoreApplication::sendPostedEvents(panel, QEvent::DeferredDelete);
+        return offered;
+    }
     template <typename Widget> Widget *find(const char *name)
     {
         return m_window->findChild<Widget *>(QString::fromLatin1(name));

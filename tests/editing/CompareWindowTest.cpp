@@ -254,6 +254,7 @@ private Q_SLOTS:
         QCOMPARE(valueOf(CompareSheet::Left, u"Category"_s), u"Letter"_s);
         QCOMPARE(valueOf(CompareSheet::Right, u"Category"_s), u"Mark"_s);
         QCOMPARE(redCaptions(), u"Category Accents"_s);
+        COMPARE_TEXTS(u"compare"_s, *m_window);
         for (const CompareField *field : m_window->findChildren<CompareField *>()) {
             if (field->accessibleName().startsWith(u"Accents, right, different"_s)) {
                 QCOMPARE(field->markedParts(), (std::vector<TextPart> {{7, 7}}));
@@ -489,9 +490,11 @@ private Q_SLOTS:
     {
         show({kLeft, kRight}, 2);
         QStringList titles;
-        QStringList keys;
+        QStringList keys, words;
         for (const QAction *menu : m_window->menuBar()->actions()) {
             titles << plain(menu->text());
+            if (titles.last() == u"Compare"_s)
+                appendTexts(*menu->menu(), {}, words);
             for (const QAction *item : menu->menu()->actions()) {
                 for (const QKeySequence &key : item->shortcuts())
                     keys << key.toString();
@@ -501,6 +504,7 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(titles.join(u' '), u"File Edit View Compare Window Help"_s);
+        COMPARE_LINES(u"compare-menu"_s, words);
         QVERIFY(keys.contains(u"Alt+Right"_s) && !keys.contains(u"Alt+Shift+Right"_s));
         QCOMPARE(keys.removeDuplicates(), 0);
         // The history of either side leads anywhere.

@@ -18,7 +18,7 @@ struct Window {
         [this] { QVERIFY(QTest::qWaitForWindowExposed(controller.get())); }();
     }
     GlyphTableView *table() const { return controller->tableView(); }
-    /// A place over a row: its middle, or with \a part near its upper (0.1) or lower (0.9) edge.
+    /// A place over a row: its middle, or with \a part in its upper (0.4) or lower (0.6) half or below it.
     QPoint at(int row, double part = 0.5) const
     {
         const int y = table()->rowViewportPosition(row) + static_cast<int>(table()->rowHeight(row) * part);
@@ -51,9 +51,10 @@ private Q_SLOTS:
 
     TABLE(rowsAreMovedAndCopied,
           (const QList<int> &rows, int target, double part, bool copies, const QString &expected), {
-              row("[b] before d", {1}, 3, 0.1, false, "a c [b] d e");
+              row("[b] before d", {1}, 3, 0.4, false, "a c [b] d e");
               row("[b] [d] to the front", {1, 3}, 0, 0.1, false, "[b] [d] a c e");
-              row("[e] copied behind a", {4}, 0, 0.9, true, "a [e] b c d e");
+              row("[e] copied behind a", {4}, 0, 0.6, true, "a [e] b c d e");
+              row("[a] below all rows", {0}, 4, 1.5, false, "b c d e [a]");
           })
     {
         Window window(u"a b c d e"_s, {10, 10});

@@ -1,6 +1,7 @@
 #include "editing/fields/FieldEditing.h"
 #include "editing/merge/MergeDialog.h"
 #include "merge/MergedText.h"
+#include "tests/PaintedTexts.h"
 #include "tests/editing/Windows.h"
 
 using namespace runebook;
@@ -194,10 +195,28 @@ private Q_SLOTS:
                 + "\" />\n</glyphData>\n";
         };
         show({side("base"), side("ours"), side("theirs")});
+        COMPARE_TEXTS(u"merge-fields"_s, *m_window);
+        const auto spoken = [this] {
+            return m_window->list()->model()->index(0, 0).data(Qt::AccessibleTextRole).toString();
+        };
+        QCOMPARE(spoken(), u"a, conflict"_s);
+        press(u"<F8>"_s); // there is no other one
+        QVERIFY(textsOf(*m_window).join(u'/').contains(u"Again from the first one."_s));
         press(u"<Alt+,><Ctrl+Shift+R>"_s); // the category from ours, then all that is open from theirs
         QCOMPARE(openCount(), 0);
+        QCOMPARE(spoken(), u"a, resolved"_s);
         const InfoPtr info = document()->infos().at(0);
         QCOMPARE(info->category() + info->script(), u"ourstheirs"_s);
+        // In a field where nothing was typed the keys of Undo are the window's.
+        QLineEdit *editor = m_window->sheet()->editor(GlyphField::Script);
+        editor->setFocus();
+        typeKeys(editor, u"<Ctrl+Z>"_s);
+        QCOMPARE(openCount(), 1);
+        typeKeys(editor, u"<Ctrl+Shift+Z>"_s);
+        QCOMPARE(openCount(), 0);
+        typeKeys(editor, u"<Ctrl+A>x<Ctrl+Z>"_s); // and else the field's
+        QCOMPARE(editor->text(), u"theirs"_s);
+        QCOMPARE(openCount(), 0);
         // Steps are told by their names, and can be chosen.
         QCOMPARE(plain(m_window->action(MergeMenus::Undo)->text()), u"Undo Take One Conflict from Theirs"_s);
         QMenu *history = menu(u"History"_s);
@@ -220,6 +239,7 @@ private Q_SLOTS:
         const QByteArray line = "<glyph name=\"a\" category=\"theirs\" other=\"theirs\" /> <!-- theirs -->\n";
         show({side("base"), side("ours"), side("theirs")});
         QCOMPARE(openCount(), 2);
+        COMPARE_TEXTS(u"merge-lines"_s, *m_window);
         const auto shown = [this] {
             return m_window->findChild<QWidget *>(u"wholeLinesTheirs"_s)->property("plainText").toString();
         };
@@ -330,13 +350,22 @@ private Q_SLOTS:
         write(texts[1], u"ours.xml"_s);
         write(texts[2], u"theirs.xml"_s);
         write("no table", u"other.xml"_s);
+        write(texts[2], u"closed.xml"_s);
         open(u"ours.xml"_s);
+        VXDocument *toBeClosed = open(u"closed.xml"_s);
+        open(u"base.xml"_s); // in front, and not what is chosen
         MergeDialog *dialog = MergeDialog::open(nullptr);
+        COMPARE_TEXTS(u"merge-dialog"_s, *dialog);
         QPushButton *go = button<QPushButton>(dialog, u"Merge"_s);
         QVERIFY(!go->isEnabled());
         dialog->setFile(MergeSide::Base, path(u"base.xml"_s));
-        dialog->chooser(MergeSide::Ours)->setCurrentIndex(0);
+        dialog->chooser(MergeSide::Ours)->setCurrentText(u"ours.xml"_s);
+        dialog->chooser(MergeSide::Theirs)->setCurrentText(u"closed.xml"_s);
+        toBeClosed->close();
+        QTest::mouseClick(go, Qt::LeftButton);
+        QCOMPARE(dialog->errorText(), u"“closed.xml” is not open any more."_s);
         dialog->setFile(MergeSide::Theirs, path(u"other.xml"_s));
+        QCOMPARE(dialog->errorText(), QString());
         QTest::mouseClick(go, Qt::LeftButton);
         QTRY_VERIFY(!dialog->errorText().isEmpty());
         dialog->setFile(MergeSide::Theirs, path(u"theirs.xml"_s));
@@ -346,6 +375,14 @@ private Q_SLOTS:
         m_window = merged.first().first().value<MergeWindow *>();
         QCOMPARE(text(), MergeWindowTest::merged(texts, MergeSide::Ours));
         QVERIFY(windowOf(document()));
+        // Which side is which stands above them, to be read.
+        for (const QString &side : {u"Base: base.xml"_s, u"Ours: ours.xml"_s, u"Theirs: theirs.xml"_s}) {
+            const QList<QLabel *> labels = m_window->findChildren<QLabel *>();
+            const auto heading = std::ranges::find_if(
+                labels, [&side](const QLabel *each) { return each->accessibleName() == side; });
+            QVERIFY(heading != labels.end());
+            QCOMPARE(painted(**heading, side).color, m_window->palette().color(QPalette::WindowText));
+        }
     }
 
     void resolvesTheConflictsOfAFile()

@@ -1,3 +1,4 @@
+#include "editing/compare/VXCompareDataWindow.h"
 #include "editing/fields/ErrorBubble.h"
 #include "editing/window/ChangedOnDisk.h"
 #include "platform/WindowPlacement.h"
@@ -51,6 +52,31 @@ private Q_SLOTS:
         QCOMPARE(document->isDocumentEdited(), isEditedAfterwards);
         QVERIFY(document->saveDocument()); // whatever the answer, it was one
         QVERIFY(content().contains(firstName.toUtf8()));
+    }
+
+    void comparesWithTheFileOnDisk()
+    {
+        VXDocument *document = open();
+        document->objectInInfosAtIndex(0)->setName(u"edited"_s);
+        write(content().replace("\"a\"", "\"x\""));
+        auto *bar = document->windowController()->findChild<ChangedOnDisk *>();
+        QTRY_VERIFY(bar->isVisible());
+        button(bar, u"Compare"_s)->click();
+        auto *window = shownWindow<VXCompareDataWindow>();
+        QVERIFY(window);
+        QCOMPARE(namesOf(window->leftDocList()->document()->infos()), u"edited b"_s);
+        QCOMPARE(namesOf(window->rightDocList()->document()->infos()), u"x b"_s);
+        QCOMPARE(window->rightDocList()->document()->displayName(), u"a.xml (on disk)"_s);
+        QVERIFY(bar->isVisible()); // still to be answered
+        window->close();
+        QCOMPARE(controller().documentList(), QList<Document *> {document});
+        QVERIFY(document->isDocumentEdited());
+        // What cannot be read is told in the window.
+        QVERIFY(QFile::remove(path()) && QDir().mkdir(path()));
+        button(bar, u"Compare"_s)->click();
+        QVERIFY(!shownWindow<VXCompareDataWindow>());
+        QVERIFY2(windowOf(document)->findChild<MessageBar *>()->text().contains("a.xml"_L1),
+                 qPrintable(windowOf(document)->findChild<MessageBar *>()->text()));
     }
 
     void reloadsByItself()
@@ -236,6 +262,24 @@ private Q_SLOTS:
         QCOMPARE(document->fileURL(), path(name));
         QCOMPARE(document->fileType(), type);
         QVERIFY(content(name).contains(type == u"public.xml" ? "<glyph " : "\na\t"));
+    }
+
+    void opensWhatWasChosen()
+    {
+        const VXDocument *document = open();
+        for (const QString &name : {u"b.xml"_s, u"c.xml"_s})
+            makeOwnFile(name);
+        DocumentPanels::open(windowOf(document));
+        auto *panel = document->windowController()->findChild<QFileDialog *>();
+        QCOMPARE(panel->nameFilters().join(u'|'),
+                 u"All documents (*.xml *.txt)|Glyph data (*.xml)|Tables (*.txt)"_s);
+        QCOMPARE(panel->directory().path(), m_folder->path()); // where one was last
+        panel->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(u"\"b.xml\" \"c.xml\""_s);
+        static_cast<QDialog *>(panel)->accept();
+        QStringList names;
+        for (const Document *each : controller().documentList())
+            names << each->displayName();
+        QCOMPARE(names.join(u' '), u"c.xml b.xml a.xml"_s);
     }
 
     // keys: what is pressed in the panel

@@ -3,6 +3,7 @@
 #include "scripting/python/ScriptRun.h"
 #include "scripting/python/ScriptRunEntries.h"
 #include "tests/Files.h"
+#include "tests/PaintedTexts.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
 #include "tests/scripting/PanelFixture.h"
@@ -77,7 +78,12 @@ private Q_SLOTS:
         QCOMPARE(panel.controller.macroFontSize(), 13);
         QCOMPARE(panel.controller.macroFont().pointSize(), 13);
         QCOMPARE(panel.controller.activeMacroController()->macroFontSize(), 46);
-        QVERIFY(panel.controller.activeMacroController()->macroFontBold().bold());
+        // Keywords and comments, as one sees them.
+        panel.controller.activeMacroController()->setCode(u"def f(): # why"_s);
+        QTRY_VERIFY(painted(*panel.editor().viewport(), u"def"_s).font.bold());
+        const QFont comment = painted(*panel.editor().viewport(), u"# why"_s).font;
+        QVERIFY(comment.italic() && !comment.bold());
+        QCOMPARE(comment.pointSize(), 46);
         for (const int size : {-1, 0, 100'000'000}) {
             defaults().setObjectForKey(size, u"MacroCodeFontSize"_s);
             QCOMPARE(panel.controller.macroFontSize(), 13);
@@ -115,6 +121,75 @@ private Q_SLOTS:
             QCOMPARE(QApplication::focusWidget(), pane);
         }
         QVERIFY(!panel.controller.window()->parts().findBar->isVisible());
+    }
+
+    /// By its keys and by its buttons, which Tab leads to, as a plain search in the text.
+    void findsLikeAPlainSearch()
+    {
+        Panel panel;
+        FindBar &bar = *panel.controller.window()->parts().findBar;
+        QRandomGenerator random(5);
+        QString text;
+        for (int i = 0; i < 300; ++i)
+            text += u"abABn \n"_s.at(random.bounded(7));
+        panel.controller.activeMacroController()->setCode(text);
+        panel.press(Qt::Key_F);
+        auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+        TextRange selected = panel.editor().selectedRange();
+        bool matchesCase = false;
+        QString note;
+        const auto find = [&](const QString &wanted, bool backward, int from) {
+            const auto sensitivity = matchesCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
+            const auto at = [&](qsizetype begin) {
+                return backward ? begin > 0 ? text.lastIndexOf(wanted, begin - 1, sensitivity) : -1
+                                : text.indexOf(wanted, begin, sensitivity);
+            };
+            qsizetype found = at(from);
+            const bool hasWrapped = found < 0;
+            if (hasWrapped)
+                found = at(backward ? text.size() : 0);
+            note = u"Not found"_s;
+            if (found < 0)
+                return;
+            selected = {int(found), int(wanted.size())};
+            note = u"%1%2 of %3"_s.arg(hasWrapped ? u"Wrapped, "_s : QString())
+                       .arg(text.first(found + wanted.size()).split(wanted, {}, sensitivity).size() - 1)
+                       .arg(text.split(wanted, {}, sensitivity).size() - 1);
+        };
+        const auto pressButton = [&](int tabs) {
+            field->setFocus();
+            for (int tab = 0; tab < tabs; ++tab)
+                panel.press(Qt::Key_Tab, Qt::NoModifier);
+            panel.press(Qt::Key_Space, Qt::NoModifier);
+            field->setFocus();
+        };
+        for (int step = 0; step < 300; ++step) {
+            const QString before = field->text();
+            const int what = before.isEmpty() ? 0 : random.bounded(6);
+            if (what == 0) {
+                const QString wanted =
+                    QStringList {u"a"_s, u"Ab"_s, u"bN"_s, u"b a"_s, u"nn"_s, u"abn"_s}.at(random.bounded(6));
+                field->selectAll();
+                QTest::keyClicks(field, wanted);
+                for (qsizetype size = 1; size <= wanted.size(); ++size)
+                    find(wanted.first(size), false, selected.location);
+            } else if (what == 1) {
+                matchesCase = !matchesCase;
+                pressButton(1);
+                find(before, false, selected.location);
+            } else {
+                const bool backward = what % 2;
+                if (what < 4)
+                    panel.press(Qt::Key_Return, backward ? Qt::ShiftModifier : Qt::NoModifier);
+                else
+                    pressButton(backward ? 2 : 3);
+                find(before, backward, backward ? selected.location : selected.end());
+            }
+            QCOMPARE(panel.editor().selectedRange(), selected);
+            QCOMPARE(bar.findChild<QLabel *>()->text(), note);
+        }
+        pressButton(4);
+        QVERIFY(!bar.isVisible());
     }
 
     void replacesText()

@@ -75,6 +75,11 @@ private Q_SLOTS:
             "Changed 2 glyphs, added 1 glyph, one undo step");
         row("Doc.removeObjectFromInfosAtIndex_(0)", "Removed 1 glyph, one undo step");
         row("print(len(Doc))", "Changed nothing");
+        row("for d in documents(): d[0].name = 'x'",
+            "Renamed 2 glyphs, one undo step in each of 2 documents");
+        row("a = documents()[1]; newDocument(); a.addInfo_(newInfo('n'))", "Added 1 glyph, one undo step");
+        row("d = newDocument(); d.addInfos_([newInfo('n'), newInfo('o')])", "Added 2 glyphs, one undo step");
+        row("Doc.setInfos_(list(Doc.infos)[:2])", "Rearranged the glyphs, one undo step");
         row("Doc[0].name = 'x'\n1/0", "Ended by an error. Renamed 1 glyph, one undo step");
     })
     {
@@ -179,9 +184,22 @@ private Q_SLOTS:
         run(code.chopped(4) + u"\n1/0"_s);
         QCOMPARE(questionIn(*window), QString());
         QVERIFY(!questionIn(*m_panel->window()).isEmpty());
+        // Nobody looks at a window that is minimized; where nothing else is seen, nobody is asked.
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        window->showMinimized();
+        run(code);
+        QVERIFY(!questionIn(*m_panel->window()).isEmpty());
+        window->showNormal();
         m_panel->hidePanel();
         run(code);
         QVERIFY(!questionIn(*window).isEmpty());
+        // It asks below the window's own bar, and always in the one place.
+        const auto *column = qobject_cast<QMainWindow *>(window)->centralWidget()->layout();
+        run(code);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(column->count(), 2);
+        QVERIFY(column->itemAt(0)->widget()->isHidden() && !column->itemAt(1)->widget()->isHidden());
     }
 
 private:
