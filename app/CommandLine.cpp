@@ -61,8 +61,10 @@ constexpr Option kOptions[] {
      QT_TRANSLATE_NOOP("CommandLine", "With --convert: the columns of the table, such as name,unicode."),
      "fields"},
     {"only",
-     QT_TRANSLATE_NOOP("CommandLine", "With --convert: the records that a search finds, as in the window."),
-     "search"},
+     QT_TRANSLATE_NOOP("CommandLine",
+                       "With --convert: the records that meet a filter, such as 'script == \"latin\"', "
+                       "the name of a saved one, or that a search finds, as in the window."),
+     "filter"},
     {"textconv", QT_TRANSLATE_NOOP("CommandLine", "Print a file with one field a line, for git diff.")},
     {"git-setup",
      QT_TRANSLATE_NOOP(

@@ -5,8 +5,8 @@
 #include "document/TableReader.h"
 #include "document/UnkeptValues.h"
 #include "document/VXDocument.h"
+#include "editing/search/OnlyRecords.h"
 #include "editing/search/SearchColumns.h"
-#include "editing/search/SearchFilter.h"
 #include "platform/FilePath.h"
 #include "platform/PlainText.h"
 
@@ -99,18 +99,16 @@ private:
                 {}};
     }
 
-    /// The records that the search finds, in the order of the file.
+    /// The records that are asked for, in the order of the file.
     bool select(Error *error)
     {
         m_infos = m_document.infos();
         if (m_request.search.isNull())
             return true;
-        const SearchResult search = SearchFilter(SearchSettings()).result(m_request.search);
-        if (search.problem)
-            return fail(error, *search.problem);
-        if (!search.predicate)
-            return true;
-        const auto passing = SearchColumns(m_document).evaluate(*search.predicate, error);
+        const std::optional<OnlyRecords> only = OnlyRecords::of(m_request.search, error);
+        if (!only || !only->predicate)
+            return only.has_value();
+        const auto passing = SearchColumns(m_document).evaluate(*only->predicate, error);
         if (!passing)
             return false;
         m_infos.clear();

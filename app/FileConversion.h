@@ -12,7 +12,7 @@ struct FileConversion {
     QString input;
     QString output; ///< "-": standard output, a table of glyph data and glyph data of a table
     QStringList fields; ///< of a table: its columns, by key, title or heading; none: all
-    QString search; ///< as in the search field: the records that it finds; null: all
+    QString search; ///< as OnlyRecords takes it: the records that it finds; null: all
     bool losesValues = false; ///< writes even what cannot hold all values
 
     enum class Outcome {

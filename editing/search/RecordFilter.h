@@ -39,11 +39,14 @@ public: // asking
     /// The only condition on top that is about \a aspect and one of isOneOf() and isNoneOf(), when all
     /// conditions must be met; null when there is none.
     const FieldCondition *listCondition(const FieldAspect &aspect, bool isNegated) const;
+    /// Whether it asks anything: not all of it is switched off.
+    bool isAsking() const { return !text().isEmpty(); }
     /// How many conditions there are, those in groups too.
     int countOfConditions() const;
     friend bool operator==(const RecordFilter &, const RecordFilter &) = default;
 
 public: // changing
+    void setJoin(Join join) { m_join = join; }
     /// Switches all conditions off or on.
     void setOff(bool isOff);
     void setNegated(bool negated) { m_isNegated = negated; }

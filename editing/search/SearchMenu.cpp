@@ -70,8 +70,8 @@ QList<SearchMenu::Item> SearchMenu::items()
                {tr("Match Case"), kMatchCaseTag,
                 tr("Tells upper from lower case in names, subcategories and compositions.")},
                {tr("Regex"), kRegexTag,
-                tr("Takes the text as a regular expression that matches the whole name, with regard to "
-                   "case.")},
+                tr("Looks at whole names only: takes the text as a regular expression for the name from its "
+                   "first to its last character, with regard to case.")},
                separator,
                {{}, kRecentsTitleTag, {}},
                {tr("Recent Searches"), kRecentsTitleTag, {}},
@@ -127,7 +127,7 @@ QString SearchMenu::prompt(const SearchSettings &settings)
         return candidate.tag == tag && !candidate.isSeparator();
     });
     const QString field = item == all.end() ? tr("Nothing") : item->title;
-    return settings.regex ? tr("Search %1 by Regex").arg(field) : tr("Search %1").arg(field);
+    return settings.regex ? tr("Search Whole Names by Regex") : tr("Search %1").arg(field);
 }
 
 QStringList RecentSearches::texts()

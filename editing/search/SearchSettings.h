@@ -43,6 +43,7 @@ namespace Settings {
 inline const Setting<int> kSearchState("SearchState"); ///< SearchSettings::state
 inline const Setting<bool> kSearchMatchesCase("SearchStateMatchCase");
 inline const Setting<bool> kSearchIsRegex("SearchStateRegex");
+inline const Setting<QVariantMap> kSavedFilters("SavedFilters"); ///< RecordFilter::text() by name
 inline const Setting<QStringList> kRecentSearches("RecentSearches"); ///< the latest first
 
 } // namespace Settings

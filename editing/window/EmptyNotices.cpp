@@ -6,6 +6,7 @@
 #include "editing/search/SearchMenu.h"
 #include "editing/search/VXSearchField.h"
 #include "editing/window/RecordCommands.h"
+#include "editing/window/WindowFilters.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
 #include "platform/StandardFolders.h"
@@ -19,11 +20,12 @@ namespace runebook {
 using namespace Qt::StringLiterals;
 
 EmptyNotices::EmptyNotices(const WindowParts &parts, RecordCommands &commands, WindowSearch &search,
-                           WindowProblems &problems, QObject *parent)
+                           WindowFilters &filters, WindowProblems &problems, QObject *parent)
     : QObject(parent),
       m_parts(parts),
       m_commands(commands),
       m_search(search),
+      m_filters(filters),
       m_problems(problems),
       m_table(new EmptyTable(parts.table.viewport())),
       m_offers(parts.list)
@@ -43,6 +45,8 @@ void EmptyNotices::update()
             notice = forEmptyDocument();
         else if (isSearch)
             notice = forSearch();
+        else if (m_filters.isOn())
+            notice = forFilter();
         else
             notice = {
                 tr("No glyph has such a problem"), {}, {{tr("Show &All"), [this] { m_problems.showAll(); }}}};
@@ -80,6 +84,13 @@ EmptyTable::Notice EmptyNotices::forSearch()
     if (searched != text)
         notice.hint =
             tr("A character that no name begins with is searched by its code point, %1.").arg(searched);
+    if (settings.regex)
+        addPatternHelp(notice, text);
+    if (m_filters.isOn()) {
+        notice.hint += (notice.hint.isEmpty() ? QString() : u"\n"_s)
+            + tr("Only records that meet the conditions above the table are shown.");
+        notice.offers << filterOffers();
+    }
     if (!m_offers.offers().isEmpty())
         notice.hint += (notice.hint.isEmpty() ? QString() : u"\n"_s) + tr("Found elsewhere:");
     for (const SearchOffers::Offer &offer : m_offers.offers())
@@ -90,6 +101,31 @@ EmptyTable::Notice EmptyNotices::forSearch()
                   << EmptyTable::Offer {tr("&How to Search (F1)"),
                                         [this] { m_parts.searchField.showHelp(); }};
     return notice;
+}
+
+void EmptyNotices::addPatternHelp(EmptyTable::Notice &notice, const QString &text)
+{
+    notice.hint += (notice.hint.isEmpty() ? QString() : u"\n"_s)
+        + tr("Regex looks at whole names only, with regard to case: .*alt.* finds “alt” anywhere in a name.");
+    const QString anywhere = ".*"_L1 + text + ".*"_L1;
+    if (!text.startsWith(".*"_L1) && !text.startsWith(u'^'))
+        notice.offers << EmptyTable::Offer {tr("&Anywhere in the Name"), [this, anywhere] {
+                                                m_parts.searchField.setStringValue(anywhere);
+                                                m_search.filterInfos();
+                                            }};
+    notice.offers << EmptyTable::Offer {tr("&Pattern for Another Field…"),
+                                        [this, text] { m_filters.addPattern(text); }};
+}
+
+QList<EmptyTable::Offer> EmptyNotices::filterOffers()
+{
+    return {{tr("&Switch Filter Off"), [this] { m_filters.setOn(false); }},
+            {tr("C&lear Filter"), [this] { m_filters.clear(); }}};
+}
+
+EmptyTable::Notice EmptyNotices::forFilter()
+{
+    return {tr("No glyph meets the conditions"), {}, filterOffers()};
 }
 
 void EmptyNotices::searchElsewhere(const SearchSettings &settings)

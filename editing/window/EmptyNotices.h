@@ -9,6 +9,7 @@
 namespace runebook {
 
 class RecordCommands;
+class WindowFilters;
 class WindowProblems;
 class WindowSearch;
 
@@ -19,19 +20,25 @@ class EmptyNotices : public QObject
     Q_OBJECT
 public:
     EmptyNotices(const WindowParts &parts, RecordCommands &commands, WindowSearch &search,
-                 WindowProblems &problems, QObject *parent);
+                 WindowFilters &filters, WindowProblems &problems, QObject *parent);
     /// To be called when what the table shows may have changed.
     void update();
 
 private:
     EmptyTable::Notice forEmptyDocument();
     EmptyTable::Notice forSearch();
+    EmptyTable::Notice forFilter();
+    /// What can be done about conditions that are in force.
+    QList<EmptyTable::Offer> filterOffers();
+    /// What regular expressions look at, and how to look elsewhere with them.
+    void addPatternHelp(EmptyTable::Notice &notice, const QString &text);
     void searchElsewhere(const SearchSettings &settings);
     void openSample();
 
     WindowParts m_parts;
     RecordCommands &m_commands;
     WindowSearch &m_search;
+    WindowFilters &m_filters;
     WindowProblems &m_problems;
     QPointer<EmptyTable> m_table; ///< the table's
     SearchOffers m_offers;

@@ -5,6 +5,7 @@
 #include "editing/fields/VXValidatingTextField.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/SortNameDialog.h"
+#include "editing/search/SavedFilters.h"
 #include "editing/search/SearchFilter.h"
 #include "editing/search/VXSearchField.h"
 #include "editing/window/DetailPane.h"
@@ -14,6 +15,7 @@
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/TableCommands.h"
 #include "editing/window/WindowContent.h"
+#include "editing/window/WindowFilters.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
 #include "editing/window/WindowSettings.h"
@@ -169,6 +171,9 @@ void VXWindowController::showInfo(const InfoPtr &info) { m_content->search().sho
 void VXWindowController::setUpSearchMenu() { searchField()->setUpSearchMenu(); }
 void VXWindowController::searchMode(int tag) { searchField()->searchMode(tag); }
 void VXWindowController::filterInfos() { m_content->search().filterInfos(); }
+bool VXWindowController::setFilter(const QString &filter, Error *error) { return m_content->filters().setText(filter, error); }
+QString VXWindowController::filter() const { return m_content->filters().text(); }
+QStringList VXWindowController::savedFilters() const { return SavedFilters::names(); }
 bool VXWindowController::isFiltering() const { return m_content->search().isFiltering(); }
 QString VXWindowController::filterStringForKeySearch(bool matchCase, const QString &key, const QString &text) const { return SearchFilter::filterStringForKeySearch(matchCase, key, text); }
 QString VXWindowController::windowTitleForDocumentDisplayName(const QString &displayName) { return m_content->title().titleForDisplayName(displayName); }

@@ -121,6 +121,13 @@ public: // search
     /// other menus always can.
     Q_INVOKABLE bool validateMenuItem(QAction *item) const;
     Q_INVOKABLE void filterInfos();
+    /// The conditions that rows have to meet besides the search, as a filter is typed, or the name of a saved
+    /// one; an empty text takes all away. False and an error for what is neither.
+    Q_INVOKABLE bool setFilter(const QString &filter, runebook::Error *error = nullptr);
+    /// What is asked now; empty when nothing is.
+    Q_INVOKABLE QString filter() const;
+    /// The names of the filters that the user has saved.
+    Q_INVOKABLE QStringList savedFilters() const;
     /// True while a filter is being built and applied.
     Q_INVOKABLE bool isFiltering() const;
     Q_INVOKABLE QString filterStringForKeySearch(bool matchCase, const QString &key,

@@ -18,6 +18,7 @@
 #include "editing/window/VXSimpleSplitView.h"
 #include "editing/window/VXSplitViewWindowController.h"
 #include "editing/window/VXWhiteView.h"
+#include "editing/window/WindowFilters.h"
 #include "editing/window/WindowMenus.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
@@ -90,12 +91,14 @@ void WindowContent::buildFeatures()
     m_title = new WindowTitle(*m_parts, this);
     m_commands = new RecordCommands(*m_parts, this);
     m_search = new WindowSearch(*m_parts, this);
+    m_filters = new WindowFilters(*m_parts, *static_cast<QVBoxLayout *>(m_view->layout()), this);
     m_problems = new WindowProblems(*m_parts, *m_split, this);
     m_replace = new ReplaceCommand(*m_parts, m_problems->problems(), this);
     m_tables = new TableCommands(*m_parts, this);
-    m_menus = new WindowMenus(m_window, *m_parts,
-                              {*m_commands, *m_search, *m_problems, *m_replace, *m_tables}, *m_state);
-    auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_problems, this);
+    m_menus =
+        new WindowMenus(m_window, *m_parts,
+                        {*m_commands, *m_search, *m_filters, *m_problems, *m_replace, *m_tables}, *m_state);
+    auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_filters, *m_problems, this);
     connect(m_state, &StateChange::changed, m_title, &WindowTitle::synchronize);
     connect(m_state, &StateChange::changed, m_menus, &WindowMenus::validate);
     connect(m_state, &StateChange::changed, notices, &EmptyNotices::update);
@@ -118,6 +121,7 @@ void WindowContent::buildToolBar()
     auto *space = new QWidget(bar);
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     bar->addWidget(space);
+    bar->addAction(m_menus->addConditionAction());
     m_searchField->setMinimumWidth(220);
     m_searchField->setMaximumWidth(420);
     bar->addWidget(m_searchField);
@@ -140,6 +144,7 @@ void WindowContent::connectFeatures()
     });
     connect(m_search, &WindowSearch::progressed, m_title, &WindowTitle::showProgress);
     connect(m_search, &WindowSearch::finished, m_state, &StateChange::note);
+    connect(&m_parts->filter, &CurrentFilter::changed, m_state, &StateChange::note);
     connect(m_search, &WindowSearch::allWanted, m_problems, &WindowProblems::showAll);
     connect(m_commands, &RecordCommands::foreignPasteRequested, m_tables, &TableCommands::pasteCells);
     connect(m_problems, &WindowProblems::showRequested, m_search, &WindowSearch::showInfo);

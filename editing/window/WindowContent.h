@@ -14,6 +14,7 @@ class ReplaceCommand;
 class StateChange;
 class TableCommands;
 struct RestoredParts;
+class WindowFilters;
 class WindowMenus;
 class WindowProblems;
 class WindowSearch;
@@ -36,6 +37,7 @@ public:
     WindowTitle &title() const { return *m_title; }
     RecordCommands &commands() const { return *m_commands; }
     WindowSearch &search() const { return *m_search; }
+    WindowFilters &filters() const { return *m_filters; }
     WindowProblems &problems() const { return *m_problems; }
     ReplaceCommand &replace() const { return *m_replace; }
     TableCommands &tables() const { return *m_tables; }
@@ -80,6 +82,7 @@ private:
     WindowTitle *m_title = nullptr;
     RecordCommands *m_commands = nullptr;
     WindowSearch *m_search = nullptr;
+    WindowFilters *m_filters = nullptr;
     WindowProblems *m_problems = nullptr;
     ReplaceCommand *m_replace = nullptr;
     TableCommands *m_tables = nullptr;

@@ -3,6 +3,7 @@
 #include "editing/fields/GlyphColumns.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
+#include "editing/search/FilterBar.h"
 #include "editing/search/VXSearchField.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/EditMenu.h"
@@ -12,6 +13,7 @@
 #include "editing/window/StateChange.h"
 #include "editing/window/TableCommands.h"
 #include "editing/window/VXSplitViewWindowController.h"
+#include "editing/window/WindowFilters.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
 #include "model/FieldTable.h"
@@ -104,6 +106,7 @@ void WindowMenus::validate()
     m_editMenu->validate();
     m_sidebarAction->setChecked(m_window.isSidebarShown());
     m_problemsAction->setChecked(m_features.problems.isShown());
+    m_filterOnAction->setChecked(m_features.filters.isOn());
 }
 
 void WindowMenus::buildFileMenu()
@@ -181,6 +184,7 @@ void WindowMenus::buildViewMenu()
     addCommand(menu, tr("&Next Problem"), QKeySequence(Qt::Key_F8), [&problems] { problems.goTo(1); });
     addCommand(menu, tr("Pre&vious Problem"), QKeySequence(Qt::SHIFT | Qt::Key_F8),
                [&problems] { problems.goTo(-1); });
+    buildFiltersMenu(*menu);
     menu->addSeparator();
     addCommand(menu, tr("Next A&rea"), QKeySequence(Qt::Key_F6), [this] { m_focusRound->go(1); });
     addCommand(menu, tr("Previous Ar&ea"), QKeySequence(Qt::SHIFT | Qt::Key_F6),
@@ -202,6 +206,37 @@ void WindowMenus::buildViewMenu()
     menu->addSeparator();
     CommonMenus::addAppearance(*menu, m_window);
     MainMenu::contributeTo(MainMenu::View, *menu, m_window);
+}
+
+void WindowMenus::buildFiltersMenu(QMenu &view)
+{
+    QMenu *menu = view.addMenu(tr("&Filters"));
+    WindowFilters &filters = m_features.filters;
+    const Condition hasConditions = [&filters] { return filters.hasConditions(); };
+    m_addConditionAction =
+        addCommand(menu, tr("&Add Condition…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F),
+                   [&filters] { filters.addCondition(); });
+    m_addConditionAction->setIcon(QIcon(u":/icons/filter.svg"_s));
+    m_filterOnAction = addCommand(
+        menu, tr("Filter &On"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
+        [&filters] { filters.setOn(!filters.isOn()); }, hasConditions);
+    m_filterOnAction->setCheckable(true);
+    addCommand(
+        menu, tr("&Clear Filter"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X),
+        [&filters] { filters.clear(); }, hasConditions);
+    addCommand(
+        menu, tr("&Bring Back Last Filter"), {}, [&filters] { filters.bringBack(); },
+        [&filters] { return filters.canBringBack(); });
+    menu->addSeparator();
+    addCommand(
+        menu, tr("&Save Filter…"), {}, [&filters] { filters.save(); }, [&filters] { return filters.isOn(); });
+    addCommand(menu, tr("Saved &Filters…"), {}, [&filters] { filters.manage(); });
+    const QAction *end = menu->addSeparator();
+    connect(menu, &QMenu::aboutToShow, this, [&filters, menu, end] {
+        while (menu->actions().last() != end)
+            delete menu->actions().last();
+        filters.listSaved(*menu);
+    });
 }
 
 void WindowMenus::buildGlyphMenu()
@@ -273,6 +308,9 @@ void WindowMenus::addAreas()
     DetailPane *pane = &m_parts.pane;
     const WindowProblems &problems = m_features.problems;
     m_focusRound->add([searchField] { return searchField; }, [searchField] { return searchField; });
+    const WindowFilters &filters = m_features.filters;
+    m_focusRound->add([&filters] { return filters.bar(); },
+                      [&filters] { return filters.bar()->firstStop(); });
     m_focusRound->add([table] { return table; }, [table] { return table; });
     m_focusRound->add([pane] { return pane; }, [pane] { return pane->firstEditor(); });
     m_focusRound->add([&problems] { return problems.pane(); },

@@ -20,6 +20,7 @@ class RecordCommands;
 class ReplaceCommand;
 class StateChange;
 class TableCommands;
+class WindowFilters;
 class WindowProblems;
 class WindowSearch;
 
@@ -27,6 +28,7 @@ class WindowSearch;
 struct WindowFeatures {
     RecordCommands &commands;
     WindowSearch &search;
+    WindowFilters &filters;
     WindowProblems &problems;
     ReplaceCommand &replace;
     TableCommands &tables;
@@ -43,6 +45,7 @@ public:
     /// The actions that the toolbar shows too.
     QAction *addAction() const { return m_addAction; }
     QAction *removeAction() const { return m_removeAction; }
+    QAction *addConditionAction() const { return m_addConditionAction; }
     /// A button for the toolbar with the commands on the selected glyphs.
     VXMenuButton *makeGlyphButton(QWidget *parent) const;
 
@@ -61,6 +64,7 @@ private:
     void buildFileMenu();
     void buildEditMenu();
     void buildViewMenu();
+    void buildFiltersMenu(QMenu &view);
     void buildGlyphMenu();
     void buildScriptsMenu();
     void buildWindowMenu();
@@ -85,6 +89,8 @@ private:
     QMenu *m_glyphMenu = nullptr;
     QAction *m_addAction = nullptr;
     QAction *m_removeAction = nullptr;
+    QAction *m_addConditionAction = nullptr;
+    QAction *m_filterOnAction = nullptr;
     QAction *m_sidebarAction = nullptr;
     QAction *m_problemsAction = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
+#include "editing/search/CurrentFilter.h"
 #include "editing/search/VXSearchField.h"
 #include "editing/window/VXSimpleSplitView.h"
 #include "editing/window/VXSplitViewWindowController.h"
@@ -20,6 +21,7 @@ QVariantMap encodedState(const RestoredParts &restored)
         rows << row;
     return {{u"selectedInfos"_s, rows},
             {u"searchField"_s, parts.searchField.stringValue()},
+            {u"filter"_s, parts.filter.filter().text()},
             {u"columns"_s, parts.table.columnState()},
             {u"topRow"_s, parts.table.rowAt(0)},
             {u"geometry"_s, window.saveGeometry()},
@@ -46,6 +48,8 @@ void restoreState(const RestoredParts &restored, const QVariantMap &state)
     }
     if (state.contains(u"columns"_s))
         parts.table.restoreColumnState(state.value(u"columns"_s).toByteArray());
+    if (const std::optional<RecordFilter> filter = RecordFilter::parse(state.value(u"filter"_s).toString()))
+        parts.filter.setFilter(*filter);
     if (const QString text = state.value(u"searchField"_s).toString(); !text.isEmpty()) {
         parts.searchField.setStringValue(text);
         search.filterInfos();

@@ -293,6 +293,12 @@ private Q_SLOTS:
                   "");
               row("only what a search finds", xml,
                   {u"in.xml"_s, u"-"_s, u"--only"_s, u"B"_s, u"--fields"_s, u"name"_s}, 0, "name\nB\n", "");
+              row("only what passes a filter", xml,
+                  {u"in.xml"_s, u"-"_s, u"--only"_s, u"writingDirection == 'RTL' && !(script != '')"_s,
+                   u"--fields"_s, u"name"_s},
+                  0, "name\nB\n", "");
+              row("a filter that is none", xml, {u"in.xml"_s, u"out.csv"_s, u"--only"_s, u"script = latin"_s}, 2,
+                  "(unreadable)", "a text stands in quotation marks");
               row("a table as another", csv, {u"in.csv"_s, u"out.txt"_s}, 0,
                   "name\tnote\tunicode\nA\t\"x \"\"y\"\"\"\t0041\nB\t\t\n", "");
               row("its columns in another order", csv, {u"in.csv"_s, u"-"_s, u"--fields=note,name"_s}, 0,

@@ -1,6 +1,9 @@
 // Filters of conditions answer as asking every record plainly does, and are what they were when read back.
 #include "editing/search/RecordFilter.h"
 
+#include "editing/search/FilterTokens.h"
+#include "editing/search/OnlyRecords.h"
+#include "editing/search/SavedFilters.h"
 #include "editing/search/SearchColumns.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
@@ -211,6 +214,24 @@ RecordFilter randomFilter(Dice &dice, int depth = 0)
     return filter;
 }
 
+/// What the row of a filter shows, as a filter is typed.
+QString shownAsText(const RecordFilter &filter)
+{
+    using Kind = FilterToken::Kind;
+    QString text;
+    for (const FilterToken &token : tokensOf(filter)) {
+        text += token.kind == Kind::Condition ? conditionAt(filter, token.number).text()
+            : token.kind == Kind::Open        ? u"("_s
+            : token.kind == Kind::NotOpen     ? u"!("_s
+            : token.kind == Kind::Close       ? u")"_s
+            : token.kind == Kind::Everything  ? u"TRUEPREDICATE"_s
+            : token.kind == Kind::Nothing     ? u"FALSEPREDICATE"_s
+            : token.join == Join::All         ? u" && "_s
+                                              : u" || "_s;
+    }
+    return text;
+}
+
 } // namespace
 
 class RecordFilterTest : public QObject
@@ -257,6 +278,68 @@ private Q_SLOTS:
             const std::optional<RecordFilter> third = RecordFilter::parse(again->text());
             QVERIFY2(third && *third == *again, qPrintable(text));
         }
+    }
+
+    void rowsShowWhatIsAsked()
+    {
+        Dice dice(11);
+        for (int i = 0; i < rounds(300); ++i) {
+            RecordFilter filter = randomFilter(dice);
+            filter.setOff(false);
+            for (int steps = dice.below(4); steps >= 0; --steps) {
+                const std::optional<RecordFilter> read = RecordFilter::parse(shownAsText(filter));
+                QVERIFY2(read, qPrintable(shownAsText(filter)));
+                QCOMPARE(read->text(), RecordFilter::parse(filter.text())->text());
+                const int count = filter.countOfConditions();
+                if (count == 0)
+                    break;
+                const int number = dice.below(count);
+                const FieldCondition other = randomCondition(dice);
+                if (steps % 3 == 0) {
+                    setConditionAt(filter, number, other);
+                    QCOMPARE(conditionAt(filter, number), other);
+                    filter.setOff(false);
+                } else {
+                    steps % 3 == 1 ? removeConditionAt(filter, number) : toggleJoinAfter(filter, number);
+                    QCOMPARE(filter.countOfConditions(), count - steps % 3 % 2);
+                }
+            }
+        }
+    }
+
+    TABLE(joins, (const QString &text, int number, const QString &toggled), {
+        row("x == \"1\" && x == \"2\"", "suffix == \"1\" && suffix == \"2\"", 0,
+            "suffix == \"1\" || suffix == \"2\"");
+        row("two of three", "name == \"1\" && name == \"2\" && name == \"3\"", 0,
+            "(name == \"1\" || name == \"2\") && name == \"3\"");
+        row("and back", "(name == \"1\" || name == \"2\") && name == \"3\"", 0,
+            "name == \"1\" && name == \"2\" && name == \"3\"");
+        row("of the whole", "(name == \"1\" || name == \"2\") && name == \"3\"", 1,
+            "name == \"1\" || name == \"2\" || name == \"3\"");
+    })
+    {
+        RecordFilter filter = *RecordFilter::parse(text);
+        toggleJoinAfter(filter, number);
+        QCOMPARE(filter.text(), toggled);
+    }
+
+    // asked: null: refused
+    TABLE(onlyTakesNamesFiltersAndSearches, (const QString &text, const QString &asked), {
+        row("a saved filter", "my letters", "category == \"Letter\"");
+        row("a filter", "!(suffix = '.sc')", "!(suffix == \".sc\")");
+        row("a search", "name",
+            "(name contains[cd] \"name\") || (unicode contains[cd] \"name\") || "
+            "(production contains[cd] \"name\")");
+        row("a filter that is none", "script = latin", "");
+        row("a filter of another field", "script == 'a' && x == 'b'", "");
+    })
+    {
+        SavedFilters::save(u"my letters"_s, u"category == \"Letter\""_s);
+        Error error;
+        const std::optional<OnlyRecords> only = OnlyRecords::of(text, &error);
+        QCOMPARE(only ? only->predicate->predicateFormat() : QString(), asked);
+        QCOMPARE(error.domain.isEmpty(), only.has_value());
+        SavedFilters::remove(u"my letters"_s);
     }
 
     void aspectsGiveTheirValues()

@@ -121,6 +121,22 @@ class Search(EditingTest):
         self.assertTrue(self.list.setFilterPredicate_("name == 'a'"))
         self.assertEqual(names(self.list.arrangedObjects()), "a")
 
+    def test_conditions(self):
+        self.assertTrue(self.window.setFilter_('suffix == ".b" || nameLength == 1'))
+        self.assertEqual(names(self.list.arrangedObjects()), self.found(""))
+        self.assertEqual(self.window.filter(), 'suffix == ".b" || nameLength == 1')
+        self.assertEqual(self.found("b"), "_part.b")
+        done, error = self.window.setFilter_error_("script = latin", None)
+        self.assertFalse(done)
+        self.assertIn("quotation marks", error.localizedFailureReason())
+        defaults().setObject_forKey_({"one letter": "nameLength == 1"}, "SavedFilters")
+        self.assertEqual(list(self.window.savedFilters()), ["one letter"])
+        self.assertTrue(self.window.setFilter_("one letter"))
+        self.assertEqual(self.window.filter(), "nameLength == 1")
+        self.assertTrue(self.window.setFilter_(""))
+        self.assertEqual(self.window.subtitle(), "2/5 infos")
+        defaults().removeObjectForKey_("SavedFilters")
+
 
 class Commands(EditingTest):
     def test_outlets(self):
