@@ -152,10 +152,11 @@ void ConditionEditor::followRelation()
     const FieldCondition shown = condition();
     m_value->setEnabled(shown.hasValue());
     m_matchesCase->setVisible(shown.comparesTexts());
-    m_value->setPlaceholderText(shown.relation == Relation::In        ? tr("latin, greek")
+    m_value->setPlaceholderText(shown.relation == Relation::In            ? tr("latin, greek")
                                     : shown.relation == Relation::InRange ? tr("0041-005A")
-                                    : shown.relation == Relation::Matches ? tr("Regular expression: .*alt[0-9]")
-                                                                          : QString());
+                                    : shown.relation == Relation::Matches
+                                    ? tr("Regular expression: .*alt[0-9]")
+                                    : QString());
     m_objection->hide();
     offerValues();
 }
@@ -168,8 +169,8 @@ void ConditionEditor::offerValues()
         m_value->setCompleter(nullptr);
         return;
     }
-    QCompleter *completer = shown.relation == Relation::In ? new LastEntryCompleter(m_value)
-                                                           : new QCompleter(m_value);
+    QCompleter *completer =
+        shown.relation == Relation::In ? new LastEntryCompleter(m_value) : new QCompleter(m_value);
     completer->setModel(new QStringListModel(m_offers(*looked), completer));
     completer->setCaseSensitivity(Qt::CaseInsensitive);
     completer->setFilterMode(Qt::MatchContains);

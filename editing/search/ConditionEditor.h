@@ -13,8 +13,8 @@ class QToolButton;
 
 namespace runebook {
 
-/// A line in which a condition is made or changed: field, relation, value with what the field is usually filled
-/// with. Return takes it when it can be asked, and says why else; Escape leaves.
+/// A line in which a condition is made or changed: field, relation, value with what the field is usually
+/// filled with. Return takes it when it can be asked, and says why else; Escape leaves.
 class ConditionEditor : public QWidget
 {
     Q_OBJECT

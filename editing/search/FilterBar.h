@@ -14,9 +14,9 @@ class CurrentFilter;
 class FilterChip;
 class FlowLayout;
 
-/// The row of conditions above a table: a chip for each, what joins them between, and the line in which one is
-/// made or changed. Arrow keys go along the row; Escape takes all conditions away. It is seen while there are
-/// conditions or one is being made.
+/// The row of conditions above a table: a chip for each, what joins them between, and the line in which one
+/// is made or changed. Arrow keys go along the row; Escape takes all conditions away. It is seen while there
+/// are conditions or one is being made.
 class FilterBar : public QWidget
 {
     Q_OBJECT

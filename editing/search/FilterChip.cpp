@@ -67,7 +67,8 @@ void FilterChip::paintEvent(QPaintEvent *)
                                   : rect().adjusted(kPadding + kCrossWidth, 0, -kPadding, 0);
     painter.drawText(room, Qt::AlignVCenter | Qt::TextSingleLine,
                      fontMetrics().elidedText(text(), Qt::ElideMiddle, room.width()));
-    const QPointF middle(isFromLeft ? width() - kPadding - kCrossSize : kPadding + kCrossSize, height() / 2.0);
+    const QPointF middle(isFromLeft ? width() - kPadding - kCrossSize : kPadding + kCrossSize,
+                         height() / 2.0);
     painter.setPen(QPen(palette().color(QPalette::Text), 1.2));
     painter.drawLine(middle + QPointF(-kCrossSize, -kCrossSize), middle + QPointF(kCrossSize, kCrossSize));
     painter.drawLine(middle + QPointF(-kCrossSize, kCrossSize), middle + QPointF(kCrossSize, -kCrossSize));
@@ -123,9 +124,9 @@ void FilterChip::contextMenuEvent(QContextMenuEvent *event)
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(tr("&Edit…"), this, [this] { Q_EMIT editRequested(m_number); });
-    menu->addAction(tr("&Turn Round: %1")
-                        .arg(FieldCondition::titleOf(m_condition.relation, !m_condition.isNegated)),
-                    this, &FilterChip::negate);
+    menu->addAction(
+        tr("&Turn Round: %1").arg(FieldCondition::titleOf(m_condition.relation, !m_condition.isNegated)),
+        this, &FilterChip::negate);
     menu->addAction(m_condition.isOff ? tr("&Switch On") : tr("&Switch Off"), this, &FilterChip::switchOver);
     menu->addAction(tr("&Remove"), this, [this] { Q_EMIT removeRequested(m_number); });
     menu->popup(event->reason() == QContextMenuEvent::Mouse ? event->globalPos()

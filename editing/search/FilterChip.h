@@ -6,8 +6,8 @@
 
 namespace runebook {
 
-/// One condition in the row above a table. Pressing it edits the condition, its cross or Delete takes it away,
-/// Ctrl+Space switches it off and on, "-" turns it round; its menu offers the same.
+/// One condition in the row above a table. Pressing it edits the condition, its cross or Delete takes it
+/// away, Ctrl+Space switches it off and on, "-" turns it round; its menu offers the same.
 class FilterChip : public QToolButton
 {
     Q_OBJECT

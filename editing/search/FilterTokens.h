@@ -6,7 +6,8 @@
 
 namespace runebook {
 
-/// One thing of a filter as it is shown in a row: a condition, what joins it with the next one, a parenthesis.
+/// One thing of a filter as it is shown in a row: a condition, what joins it with the next one, a
+/// parenthesis.
 struct FilterToken {
     enum class Kind : quint8 { Open, NotOpen, Close, Condition, Join, Everything, Nothing };
 

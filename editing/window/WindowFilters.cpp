@@ -1,5 +1,6 @@
 #include "editing/window/WindowFilters.h"
 
+#include "document/VXDocument.h"
 #include "editing/fields/GlyphColumns.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/search/CurrentFilter.h"
@@ -7,7 +8,6 @@
 #include "editing/search/SavedFilters.h"
 #include "editing/search/SavedFiltersSheet.h"
 #include "editing/search/VXSearchField.h"
-#include "document/VXDocument.h"
 
 #include <QAction>
 #include <QDeadlineTimer>

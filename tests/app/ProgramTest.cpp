@@ -297,8 +297,8 @@ private Q_SLOTS:
                   {u"in.xml"_s, u"-"_s, u"--only"_s, u"writingDirection == 'RTL' && !(script != '')"_s,
                    u"--fields"_s, u"name"_s},
                   0, "name\nB\n", "");
-              row("a filter that is none", xml, {u"in.xml"_s, u"out.csv"_s, u"--only"_s, u"script = latin"_s}, 2,
-                  "(unreadable)", "a text stands in quotation marks");
+              row("a filter that is none", xml, {u"in.xml"_s, u"out.csv"_s, u"--only"_s, u"script = latin"_s},
+                  2, "(unreadable)", "a text stands in quotation marks");
               row("a table as another", csv, {u"in.csv"_s, u"out.txt"_s}, 0,
                   "name\tnote\tunicode\nA\t\"x \"\"y\"\"\"\t0041\nB\t\t\n", "");
               row("its columns in another order", csv, {u"in.csv"_s, u"-"_s, u"--fields=note,name"_s}, 0,

@@ -1,5 +1,5 @@
-#include "editing/search/CurrentFilter.h"
 #include "editing/search/FilterBar.h"
+#include "editing/search/CurrentFilter.h"
 #include "editing/search/FilterChip.h"
 #include "editing/search/SavedFilters.h"
 #include "editing/search/SavedFiltersSheet.h"
@@ -25,8 +25,9 @@ private:
     QComboBox *box(const QString &name) const
     {
         const auto boxes = bar()->findChildren<QComboBox *>();
-        const auto found = std::find_if(boxes.begin(), boxes.end(),
-                                        [&](const QComboBox *each) { return each->accessibleName() == name; });
+        const auto found = std::find_if(boxes.begin(), boxes.end(), [&](const QComboBox *each) {
+            return each->accessibleName() == name;
+        });
         return found == boxes.end() ? nullptr : *found;
     }
     void press(const QString &keys) { typeKeys(m_window.get(), keys); }
