@@ -170,9 +170,12 @@ private Q_SLOTS:
             auto *popup = editor.view.findChild<CompletionPopup *>();
             QVERIFY(popup && popup->isVisible() && QTest::qWaitForWindowExposed(popup));
             letPaint();
-            const QImage shown = popup->screen()->grabWindow(0).toImage().copy(popup->geometry());
             const QImage wanted = popup->grab().toImage().convertToFormat(QImage::Format_RGB32);
-            QCOMPARE(differenceOf(shown.convertToFormat(QImage::Format_RGB32), wanted), QRect());
+            const auto differing = [&] {
+                const QImage shown = popup->screen()->grabWindow(0).toImage().copy(popup->geometry());
+                return differenceOf(shown.convertToFormat(QImage::Format_RGB32), wanted);
+            };
+            QTRY_COMPARE(differing(), QRect());
             // Another tab comes in front, and goes again.
             editor.view.hide();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
