@@ -61,9 +61,10 @@ constexpr Option kOptions[] {
      QT_TRANSLATE_NOOP("CommandLine", "With --convert: the columns of the table, such as name,unicode."),
      "fields"},
     {"only",
-     QT_TRANSLATE_NOOP("CommandLine",
-                       "With --convert: the records that meet a filter, such as 'script == \"latin\"', "
-                       "the name of a saved one, or that a search finds, as in the window."),
+     QT_TRANSLATE_NOOP(
+         "CommandLine",
+         "With --convert and --check: the records that meet a filter, such as 'script == \"latin\"', "
+         "the name of a saved one, or that a search finds, as in the window."),
      "filter"},
     {"textconv", QT_TRANSLATE_NOOP("CommandLine", "Print a file with one field a line, for git diff.")},
     {"git-setup",
@@ -241,7 +242,7 @@ QString takeConversion(const QCommandLineParser &parser, CommandLine &line)
     line.conversion = {.input = line.files.at(0),
                        .output = line.files.at(1),
                        .fields = parser.value(u"fields"_s).split(u',', Qt::SkipEmptyParts),
-                       .search = parser.isSet(u"only"_s) ? parser.value(u"only"_s) : QString(),
+                       .search = line.only,
                        .losesValues = line.losesValues};
     if (parser.isSet(u"fields"_s) && line.conversion.fields.isEmpty())
         return Texts::tr("--fields takes fields, such as name,unicode.");
@@ -316,6 +317,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
     line.files = parser.positionalArguments();
     line.compareKey = parser.value(u"key"_s);
     line.asJson = parser.isSet(u"json"_s);
+    if (parser.isSet(u"only"_s))
+        line.only = parser.value(u"only"_s);
     line.ignoresRescue = parser.isSet(u"ignore-rescue"_s);
     line.losesValues = parser.isSet(u"lossy"_s);
     line.startsNewInstance = parser.isSet(u"new-instance"_s);

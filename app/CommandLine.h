@@ -30,6 +30,7 @@ struct CommandLine {
     QStringList files;
     QString compareKey; ///< "name", "unicode" or "production"
     bool asJson = false;
+    QString only; ///< as OnlyRecords takes it; null: all records
     MergeRequest merge;
     FileConversion conversion;
     bool isForUser = false; ///< the set-up of git: not of one repository alone

@@ -10,6 +10,8 @@
 #include "editing/compare/CompareReport.h"
 #include "editing/merge/MergeOpening.h"
 #include "editing/problems/CheckReport.h"
+#include "editing/search/OnlyRecords.h"
+#include "editing/search/SearchColumns.h"
 #include "editing/window/WindowSettings.h"
 #include "merge/GitSetup.h"
 #include "merge/TextConversion.h"
@@ -74,8 +76,19 @@ int check(const CommandLine &line)
     QFile input;
     if (!input.open(stdin, QIODevice::ReadOnly))
         return kWrongUse;
+    Error error;
+    const std::optional<OnlyRecords> only = OnlyRecords::of(line.only, &error);
+    if (!only) {
+        errors << "runebook: " << terminalText(error.text().replace(u'\n', u' ')) << '\n';
+        return kWrongUse;
+    }
+    RecordChoice choice;
+    if (only->predicate)
+        choice = [&only](const VXDocument &document, Error *reason) {
+            return SearchColumns(document).evaluate(*only->predicate, reason);
+        };
     const ReportFormat format = line.asJson ? ReportFormat::Json : ReportFormat::Text;
-    return static_cast<int>(checkFiles(line.files, format, output, errors, input));
+    return static_cast<int>(checkFiles(line.files, format, output, errors, input, choice));
 }
 
 int merge(const CommandLine &line)

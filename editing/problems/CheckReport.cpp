@@ -65,12 +65,19 @@ QString fieldOf(ProblemKind kind)
 class Findings
 {
 public:
-    explicit Findings(VXDocument &document) : m_document(document), m_problems(document)
+    /// Of the records that \a isAsked has; without it of all, and of the file.
+    Findings(VXDocument &document, const std::optional<std::vector<bool>> &isAsked)
+        : m_document(document), m_problems(document)
     {
         m_problems.finish();
         std::vector<Problem> problems;
         m_problems.append({}, 0, document.countOfInfos(), problems);
         m_problems.appendRead({}, problems);
+        if (isAsked)
+            std::erase_if(problems, [&](const Problem &problem) {
+                const qsizetype place = problem.info ? document.indexOfObjectInInfos(problem.info) : -1;
+                return place < 0 || !(*isAsked)[static_cast<std::size_t>(place)];
+            });
         for (const Problem &problem : problems) {
             const bool isLoss =
                 problem.kind == ProblemKind::QuoteOrBreak || problem.kind == ProblemKind::LostValue;
@@ -262,7 +269,8 @@ bool isTable(const QString &file, const QByteArray &bytes)
     return !bytes.contains("<glyph") && bytes.left(bytes.indexOf('\n')).contains('\t');
 }
 
-CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, QIODevice &input)
+CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, QIODevice &input,
+                      const RecordChoice &choice)
 {
     Error error;
     VXDocument document;
@@ -271,13 +279,15 @@ CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, 
     const QString type = isTabbed && isTablePath(file) ? typeOfPath(file)
         : isTabbed                                     ? kTableType
                                                        : kGlyphDataType;
-    if (!bytes || !document.readFromData(*bytes, type, &error)) {
+    std::optional<std::vector<bool>> isAsked;
+    const auto choose = [&] { return !choice || (isAsked = choice(document, &error)).has_value(); };
+    if (!bytes || !document.readFromData(*bytes, type, &error) || !choose()) {
         errors << terminalText(u"runebook: %1: %2\n"_s.arg(file, error.text().replace(u'\n', u' ')).trimmed())
                << '\n';
         report.unreadable(file, error);
         return CheckResult::Unreadable;
     }
-    const Findings findings(document);
+    const Findings findings(document, isAsked);
     // The places in a table are those in its text, which may have stood in another encoding.
     LineNumbers lines(document.tableForm() ? document.tableForm()->source : *bytes);
     report.begin(file, document, isTabbed);
@@ -290,7 +300,7 @@ CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, 
 } // namespace
 
 CheckResult checkFiles(const QStringList &files, ReportFormat format, QTextStream &out, QTextStream &errors,
-                       QIODevice &input)
+                       QIODevice &input, const RecordChoice &choice)
 {
     std::unique_ptr<Report> report;
     if (format == ReportFormat::Json)
@@ -299,7 +309,7 @@ CheckResult checkFiles(const QStringList &files, ReportFormat format, QTextStrea
         report = std::make_unique<TextReport>(out);
     CheckResult worst = CheckResult::Clean;
     for (const QString &file : files)
-        worst = std::max(worst, checkFile(file, *report, errors, input));
+        worst = std::max(worst, checkFile(file, *report, errors, input, choice));
     report->finish();
     return worst;
 }

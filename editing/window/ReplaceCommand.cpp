@@ -1,10 +1,13 @@
 #include "editing/window/ReplaceCommand.h"
 
 #include "document/VXDocument.h"
+#include "editing/fields/GlyphColumns.h"
 #include "editing/problems/Problems.h"
+#include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
 #include "editing/replace/FindReplace.h"
 #include "editing/replace/VXFindReplaceWindowController.h"
+#include "model/FieldTable.h"
 #include "platform/MessageBar.h"
 
 #include <QLocale>
@@ -21,6 +24,12 @@ QString lines(const QString &happened, const QString &leftOut)
     return (happened + u'\n' + leftOut).trimmed();
 }
 
+/// Of the field that a column shows; 0 for one in which nothing is replaced.
+int replaceTagOf(int column)
+{
+    return rowOf(glyphColumns()[static_cast<std::size_t>(column)].field).replaceTag;
+}
+
 } // namespace
 
 ReplaceCommand::ReplaceCommand(const WindowParts &parts, Problems &problems, QObject *parent)
@@ -34,6 +43,9 @@ void ReplaceCommand::run()
         return;
     auto *panel = new VXFindReplaceWindowController;
     connect(panel, &VXFindReplaceWindowController::ended, panel, &QObject::deleteLater);
+    const int column = m_parts.table.currentIndex().column();
+    if (const int tag = column < 0 ? 0 : replaceTagOf(column); tag != 0)
+        panel->selectItemWithTag(tag);
     if (m_parts.list.selectedCount() > 0)
         panel->setSelectedInfos(m_parts.list.selectedObjects());
     else

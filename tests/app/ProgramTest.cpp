@@ -244,6 +244,11 @@ private Q_SLOTS:
         QVERIFY2(outcome.output.startsWith(at(table, 3, "quote-or-line-break: B.desc: ")),
                  qPrintable(outcome.output));
 
+        outcome = run({u"--check"_s, u"--only"_s, u"name == 'A'"_s, table});
+        QCOMPARE(outcome.output, table + u": 2 records, a table, 0 problems\n"_s);
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(run({u"--check"_s, u"--only"_s, u"script = a"_s, table}).status, 2);
+
         outcome = run({u"--check"_s, u"--json"_s, clean, bad, binary, u"/no/such.xml"_s});
         QCOMPARE(outcome.status, 2);
         QVERIFY(outcome.errors.contains(u"binary.xml"_s) && outcome.errors.contains(u"such.xml"_s));

@@ -98,6 +98,16 @@ private Q_SLOTS:
         QVERIFY(faults.first().startsWith("no name"_L1) && faults.last().startsWith("no key"_L1));
     }
 
+    void documentWindowWithConditions()
+    {
+        VXWindowController window(m_left);
+        window.show();
+        QVERIFY(window.setFilter(u"(name contains \"a\" || !(script != \"\")) && nameLength < 9"_s));
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(faultsOf(window).join(u'\n'), QString());
+    }
+
     void documentWindowWithProblems()
     {
         VXWindowController window(m_left);

@@ -223,6 +223,24 @@ private Q_SLOTS:
         }
     }
 
+    void replacesInTheCurrentColumnFirst()
+    {
+        for (const auto &[field, tag] : {std::pair(GlyphField::Production, FindReplace::Production),
+                                         {GlyphField::Name, FindReplace::Name},
+                                         {GlyphField::Category, FindReplace::Name}}) { // as it was last
+            table()->setCurrentIndex(cell(1, field));
+            int begins = 0;
+            QTimer::singleShot(0, this, [this, &begins] {
+                auto *panel = m_window->findChild<VXFindReplaceWindowController *>();
+                begins = panel->selectedTag();
+                panel->doReplace();
+            });
+            m_window->performFindPanelAction(12);
+            QTRY_COMPARE(begins, int(tag));
+            QTRY_VERIFY(!m_window->findChild<VXFindReplaceWindowController *>());
+        }
+    }
+
     void undoAndRedoNameTheirSteps()
     {
         select({0});
