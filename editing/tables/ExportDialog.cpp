@@ -4,6 +4,7 @@
 #include "editing/fields/SignalColors.h"
 #include "platform/LongWork.h"
 #include "platform/PlainLabel.h"
+#include "platform/ScrolledForm.h"
 #include "platform/WindowPlacement.h"
 #include "platform/documents/DocumentPanels.h"
 
@@ -20,8 +21,6 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace runebook {
@@ -127,14 +126,7 @@ QWidget *ExportDialog::makeForm()
     m_mark->setToolTip(tr("Some spreadsheets read a file as UTF-8 only with it."));
     connect(m_mark, &QCheckBox::toggled, this, &ExportDialog::choicesHaveChanged);
     form->addRow(m_mark);
-    auto *scroller = new QScrollArea(this);
-    scroller->setWidget(inner);
-    scroller->setWidgetResizable(true);
-    scroller->setFrameShape(QFrame::NoFrame);
-    scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroller->setMinimumWidth(inner->minimumSizeHint().width()
-                              + scroller->verticalScrollBar()->sizeHint().width());
-    return scroller;
+    return new ScrolledForm(inner, this);
 }
 
 QComboBox *ExportDialog::addChoice(QFormLayout &form, const QString &label, const QString &name)

@@ -40,10 +40,12 @@ int PastePreviewModel::columnOf(std::optional<GlyphField> field) const
     return it == m_fields.end() ? int(RowColumn) : FirstFieldColumn + static_cast<int>(it - m_fields.begin());
 }
 
-PastePreviewModel::Mark PastePreviewModel::markOf(const PastePlan::Row &row, GlyphField field)
+PreviewMark::Kind PastePreviewModel::markOf(const PastePlan::Row &row, GlyphField field)
 {
     const quint32 bit = PastePlan::bitOf(field);
-    return row.refused & bit ? Mark::Refused : row.changed & bit ? Mark::Changed : Mark::None;
+    return row.refused & bit ? PreviewMark::Refused
+        : row.changed & bit  ? PreviewMark::Changed
+                             : PreviewMark::None;
 }
 
 QString PastePreviewModel::cellOf(const PastePlan::Row &row, GlyphField field) const
@@ -55,13 +57,13 @@ QString PastePreviewModel::fieldText(const PastePlan::Row &row, GlyphField field
 {
     const QString before = row.info ? cellDisplayText(*row.info, field) : QString();
     switch (markOf(row, field)) {
-    case Mark::Refused:
+    case PreviewMark::Refused:
         return u"✗ "_s + cellDisplayText(cellOf(row, field));
-    case Mark::Changed: {
+    case PreviewMark::Changed: {
         const QString after = cellDisplayText(m_plan->valueAfter(row, field));
         return row.info ? before + u" → "_s + after : after;
     }
-    case Mark::None:
+    case PreviewMark::None:
         break;
     }
     return row.info ? before : cellDisplayText(cellOf(row, field));
@@ -111,13 +113,13 @@ QString PastePreviewModel::spokenText(const QModelIndex &index) const
         return title + u": "_s + textOf(row, index.column());
     const GlyphField field = fieldAt(index.column());
     switch (markOf(row, field)) {
-    case Mark::Changed:
+    case PreviewMark::Changed:
         return tr("%1: %2 becomes %3")
             .arg(title, row.info ? cellDisplayText(*row.info, field) : QString(),
                  cellDisplayText(m_plan->valueAfter(row, field)));
-    case Mark::Refused:
+    case PreviewMark::Refused:
         return tr("%1: %2 is left out. %3").arg(title, cellDisplayText(cellOf(row, field)), reasonAt(index));
-    case Mark::None:
+    case PreviewMark::None:
         break;
     }
     return title + u": "_s + fieldText(row, field);
@@ -137,11 +139,11 @@ QVariant PastePreviewModel::data(const QModelIndex &index, int role) const
     }
     case Qt::AccessibleTextRole:
         return spokenText(index);
-    case MarkRole: {
+    case PreviewMark::kRole: {
         const bool isOut = index.column() == StateColumn && row.state == PastePlan::State::Refused;
-        return QVariant::fromValue(index.column() >= FirstFieldColumn ? markOf(row, fieldAt(index.column()))
-                                       : isOut                        ? Mark::Refused
-                                                                      : Mark::None);
+        return int(index.column() >= FirstFieldColumn ? markOf(row, fieldAt(index.column()))
+                       : isOut                        ? PreviewMark::Refused
+                                                      : PreviewMark::None);
     }
     default:
         return {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editing/fields/PreviewMark.h"
 #include "editing/tables/PastePlan.h"
 
 #include <QAbstractTableModel>
@@ -13,9 +14,6 @@ class PastePreviewModel : public QAbstractTableModel
     Q_OBJECT
 public:
     enum Column { RowColumn, StateColumn, RecordColumn, FirstFieldColumn };
-    /// What becomes of the value in a cell, under MarkRole.
-    enum class Mark : quint8 { None, Changed, Refused };
-    static constexpr int MarkRole = Qt::UserRole + 1;
 
     explicit PastePreviewModel(QObject *parent = nullptr) : QAbstractTableModel(parent) { }
     void setPlan(const PastePlan *plan, const PastedTable *table, const PasteChoices &choices);
@@ -32,7 +30,7 @@ private:
     {
         return m_fields[static_cast<std::size_t>(column - FirstFieldColumn)];
     }
-    static Mark markOf(const PastePlan::Row &row, GlyphField field);
+    static PreviewMark::Kind markOf(const PastePlan::Row &row, GlyphField field);
     QString textOf(const PastePlan::Row &row, int column) const;
     QString fieldText(const PastePlan::Row &row, GlyphField field) const;
     QString cellOf(const PastePlan::Row &row, GlyphField field) const;

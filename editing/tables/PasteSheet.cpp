@@ -2,9 +2,10 @@
 
 #include "document/TableFields.h"
 #include "editing/fields/GlyphColumns.h"
-#include "editing/fields/SignalColors.h"
+#include "editing/fields/PreviewTable.h"
 #include "editing/tables/PastePreviewModel.h"
 #include "platform/PlainLabel.h"
+#include "platform/ScrolledForm.h"
 #include "platform/ShownText.h"
 #include "platform/TurningWindows.h"
 #include "platform/WindowPlacement.h"
@@ -13,15 +14,10 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QSplitter>
-#include <QStyledItemDelegate>
-#include <QTableView>
 #include <QVBoxLayout>
 
 namespace runebook {
@@ -32,26 +28,6 @@ namespace {
 
 constexpr qsizetype kMostInName = 24; // characters of a heading or a sample
 constexpr int kRefusalsShown = 200;
-
-/// Values that change stand on a tint and in bold, those left out on another.
-class ChangeDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-protected:
-    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
-    {
-        QStyledItemDelegate::initStyleOption(option, index);
-        const auto mark = index.data(PastePreviewModel::MarkRole).value<PastePreviewModel::Mark>();
-        if (mark == PastePreviewModel::Mark::None)
-            return;
-        const bool isChange = mark == PastePreviewModel::Mark::Changed;
-        option->font.setBold(isChange);
-        option->backgroundBrush =
-            isChange ? SignalColors::inserted(option->palette) : SignalColors::removed(option->palette);
-    }
-};
 
 QString shortened(const QString &text)
 {
@@ -92,7 +68,7 @@ PasteSheet::PasteSheet(PastedTable table, std::vector<GlyphField> columns, Paste
     WindowPlacement::fitIntoScreen(*this);
     makeColumns();
     refresh();
-    fitColumns();
+    m_view->fitColumns();
     m_paste->setFocus();
 }
 
@@ -141,14 +117,7 @@ QWidget *PasteSheet::makeOptions()
     m_columnsForm->setContentsMargins({});
     m_columnsForm->setRowWrapPolicy(QFormLayout::WrapLongRows);
     form->addRow(columns);
-    auto *scroller = new QScrollArea(this);
-    scroller->setWidget(inner);
-    scroller->setWidgetResizable(true);
-    scroller->setFrameShape(QFrame::NoFrame);
-    scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroller->setMinimumWidth(inner->minimumSizeHint().width()
-                              + scroller->verticalScrollBar()->sizeHint().width());
-    return scroller;
+    return new ScrolledForm(inner, this);
 }
 
 QCheckBox *PasteSheet::addOption(QFormLayout &form, const QString &text, bool PasteChoices::*option,
@@ -168,19 +137,8 @@ QWidget *PasteSheet::makePreview()
 {
     auto *side = new QSplitter(Qt::Vertical, this);
     side->setChildrenCollapsible(false);
-    m_view = new QTableView(side);
-    m_view->setAccessibleName(tr("Preview"));
+    m_view = new PreviewTable(side);
     m_view->setModel(m_preview);
-    m_view->setItemDelegate(new ChangeDelegate(m_view));
-    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_view->setTabKeyNavigation(false);
-    m_view->setWordWrap(false);
-    m_view->setShowGrid(false);
-    m_view->setAlternatingRowColors(true);
-    m_view->verticalHeader()->hide();
-    m_view->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
-    m_view->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_refusals = new QListWidget(side);
     m_refusals->setAccessibleName(tr("Invalid values"));
     m_refusals->setWordWrap(true);
@@ -270,7 +228,7 @@ void PasteSheet::setField(qsizetype column, std::optional<GlyphField> field)
         m_fields[static_cast<std::size_t>(other)]->setCurrentIndex(0);
     }
     refresh();
-    fitColumns();
+    m_view->fitColumns();
 }
 
 void PasteSheet::takeHeadings(bool hasHeadings)
@@ -351,14 +309,6 @@ void PasteSheet::showRefusals()
         m_refusals->addItem(m_plan.sentence(refusal));
     }
     m_refusals->setVisible(!refusals.empty());
-}
-
-void PasteSheet::fitColumns()
-{
-    const int most = fontMetrics().averageCharWidth() * 36;
-    m_view->resizeColumnsToContents();
-    for (int column = 0; column < m_preview->columnCount(); ++column)
-        m_view->setColumnWidth(column, qMin(m_view->columnWidth(column), most));
 }
 
 } // namespace runebook

@@ -10,11 +10,11 @@ class QFormLayout;
 class QLabel;
 class QListWidget;
 class QPushButton;
-class QTableView;
 
 namespace runebook {
 
 class PastePreviewModel;
+class PreviewTable;
 
 /// Shows what pasting a table would do, and lets columns and rows be matched otherwise before it is done.
 class PasteSheet : public QDialog
@@ -45,7 +45,6 @@ private:
     void refresh();
     void showSizes();
     void showRefusals();
-    void fitColumns();
 
     PastedTable m_table;
     std::vector<GlyphField> m_shownColumns;
@@ -60,7 +59,7 @@ private:
     QComboBox *m_sizes = nullptr;
     QCheckBox *m_addsUnmatched = nullptr;
     std::vector<QComboBox *> m_fields; ///< by column
-    QTableView *m_view = nullptr;
+    PreviewTable *m_view = nullptr;
     QLabel *m_summary = nullptr;
     QListWidget *m_refusals = nullptr;
     QPushButton *m_paste = nullptr;

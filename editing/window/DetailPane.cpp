@@ -57,6 +57,7 @@ void DetailPane::connectRow(PaneRow &row)
         if (!shownInfos().empty())
             editWhole(row.field())->setText(text, caret);
     });
+    connect(&row, &PaneRow::entriesRequested, this, [this, &row] { Q_EMIT entriesRequested(row.field()); });
     connect(&row, &PaneRow::recordRequested, this, [this, &row] {
         const QString name = repeatingName(m_document, row.text().split(kListSeparator));
         Q_EMIT showRequested(m_document.infoForName(name));
@@ -100,6 +101,7 @@ void DetailPane::showValue(PaneRow &row, const CommonValue &value)
 {
     m_isShowing = true;
     row.show(value);
+    row.offerEntries(shownInfos().size() > 1);
     // One name for several records cannot be.
     row.editor()->setEnabled(row.field() != GlyphField::Name || shownInfos().size() == 1);
     m_isShowing = false;

@@ -55,6 +55,8 @@ public:
 Q_SIGNALS:
     /// Something about a field should be said, perhaps with what may be done about it.
     void remarked(const runebook::FieldRemark &remark);
+    /// Entries of a list are to be added to, or removed from, all the records.
+    void entriesRequested(runebook::GlyphField field);
     /// Another record is to be shown.
     void showRequested(const InfoPtr &info);
 

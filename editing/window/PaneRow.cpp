@@ -7,6 +7,7 @@
 #include "editing/fields/VXUnicodeFormatter.h"
 #include "editing/fields/VXValidatingTextField.h"
 #include "editing/fields/VocabularyComboBox.h"
+#include "editing/many/ListEntries.h"
 #include "model/FieldTable.h"
 #include "platform/PlainLabel.h"
 
@@ -55,7 +56,7 @@ PaneRow::PaneRow(GlyphField field, QGridLayout &grid, int place, QObject *parent
     m_editor->installEventFilter(this);
     const bool isHigh = rowOf(field).editor == FieldEditor::Paragraphs;
     grid.addWidget(caption, m_firstLine, 0, isHigh ? Qt::AlignTop : Qt::Alignment());
-    grid.addWidget(m_editor, m_firstLine, 1);
+    grid.addWidget(m_editor, m_firstLine, 1, 1, hasEntries(field) ? 1 : 2);
 }
 
 // Editors
@@ -206,6 +207,25 @@ void PaneRow::show(const CommonValue &value)
     m_loaded = text();
     setReadOnly(m_isCut);
     offerWhole(value.length);
+}
+
+void PaneRow::offerEntries(bool areSeveral)
+{
+    if (!hasEntries(m_field) || (!areSeveral && !m_entries))
+        return;
+    if (!m_entries) {
+        m_entries = new QToolButton(m_grid.parentWidget());
+        m_entries->setObjectName(m_editor->objectName() + u"Entries"_s);
+        m_entries->setText(u"±"_s);
+        m_entries->setAutoRaise(true);
+        m_entries->setToolTip(tr("Add to all or remove from all…"));
+        m_entries->setAccessibleName(tr("%1: %2").arg(fieldTitle(m_field), m_entries->toolTip()));
+        m_entries->setFocusPolicy(Qt::TabFocus);
+        m_grid.addWidget(m_entries, m_firstLine, 2);
+        QWidget::setTabOrder(m_editor, m_entries);
+        connect(m_entries, &QToolButton::clicked, this, &PaneRow::entriesRequested);
+    }
+    m_entries->setVisible(areSeveral);
 }
 
 /// Whether the editor takes typing; a list of words can be chosen from all the same.

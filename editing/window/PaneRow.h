@@ -8,6 +8,7 @@
 class QGridLayout;
 class QLineEdit;
 class QPushButton;
+class QToolButton;
 class VXValidatingTextField;
 
 namespace runebook {
@@ -42,6 +43,8 @@ public:
 
     /// Of a value that is too long for the editor the beginning is shown, and cannot be edited.
     void show(const CommonValue &value);
+    /// Has a button beside a list that adds entries to all records and removes some; it is there for several.
+    void offerEntries(bool areSeveral);
     bool isCut() const { return m_isCut; }
 
 Q_SIGNALS:
@@ -56,6 +59,8 @@ Q_SIGNALS:
     void wholeRequested();
     /// The whole is to be edited as this text, with the cursor there.
     void wholePasted(const QString &text, qsizetype caret);
+    /// Entries are to be added to the lists of all records, or removed.
+    void entriesRequested();
     /// The record that has the name in the editor is to be shown.
     void recordRequested();
     /// The row is as high as its remark wants now.
@@ -80,6 +85,7 @@ private:
     std::function<QString()> m_text;
     std::function<void(const CommonValue &)> m_show;
     QWidget *m_editor;
+    QToolButton *m_entries = nullptr; ///< beside a list; made when it is needed
     QPushButton *m_whole = nullptr; ///< shows the rest; made when it is needed
     QString m_loaded; ///< what the editor held after show()
     bool m_isCut = false;

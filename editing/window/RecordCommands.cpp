@@ -175,22 +175,6 @@ void RecordCommands::add()
     m_parts.pane.editName();
 }
 
-void RecordCommands::duplicate()
-{
-    const InfoList selected = selectedInfos();
-    if (selected.empty() || !m_parts.commitEditing())
-        return;
-    InfoList copies;
-    for (const InfoPtr &info : selected)
-        copies.push_back(info->copy());
-    const qsizetype first = m_parts.document.indexOfObjectInInfos(selected.back()) + 1;
-    const UndoGroup group(m_parts.document.undoManager(),
-                          editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
-    m_parts.document.insertObjectsInInfosAtIndexes(copies, IndexSet::run(first, copies.size()));
-    m_parts.list.setSelectedObjects(copies);
-    revealRow(m_parts.list.rowOfObject(copies.front()));
-}
-
 void RecordCommands::moveNamesToAltNames()
 {
     if (!m_parts.commitEditing())

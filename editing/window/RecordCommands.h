@@ -26,7 +26,6 @@ public:
     void remove();
     void selectAll();
     void add();
-    void duplicate();
     void moveNamesToAltNames();
     /// The first selected record gets its production name from its code point.
     void makeLegacyName();

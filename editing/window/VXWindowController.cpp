@@ -10,6 +10,7 @@
 #include "editing/search/VXSearchField.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/FileDrop.h"
+#include "editing/window/ManyCommands.h"
 #include "editing/window/PreviewLabel.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
@@ -159,7 +160,16 @@ void VXWindowController::paste() { m_content->commands().paste(); }
 void VXWindowController::delete_() { m_content->commands().deleteSelected(); }
 void VXWindowController::removeSelectedInfos() { m_content->commands().remove(); }
 void VXWindowController::addInfo() { m_content->commands().add(); }
-void VXWindowController::duplicateSelectedInfos() { m_content->commands().duplicate(); }
+void VXWindowController::duplicateSelectedInfos() { m_content->many().duplicate(); }
+void VXWindowController::editEntries() { m_content->many().editEntries(); }
+qsizetype VXWindowController::addEntriesToField(const QStringList &entries, const QString &key, Error *error) { return m_content->many().changeEntries(key, entries, {}, error); }
+qsizetype VXWindowController::removeEntriesFromField(const QStringList &entries, const QString &key, Error *error) { return m_content->many().changeEntries(key, {}, entries, error); }
+void VXWindowController::addVariants() { m_content->many().addVariants(); }
+InfoList VXWindowController::addVariantsWithSuffixesFields(const QStringList &suffixes, const QStringList &fields, Error *error) { return m_content->many().addVariants(suffixes, fields, error); }
+void VXWindowController::addCharacters() { m_content->many().addCharacters(); }
+InfoList VXWindowController::addCharactersInText(const QString &text, Error *error) { return m_content->many().addCharacters(text, error); }
+void VXWindowController::fillProductionNames() { m_content->many().fillProductionNames(); }
+qsizetype VXWindowController::fillProductionNamesByRuleOnlyEmpty(const QString &rule, bool onlyEmpty, Error *error) { return m_content->many().fillProductionNames(rule, onlyEmpty, error); }
 void VXWindowController::moveNameToAltName() { m_content->commands().moveNamesToAltNames(); }
 void VXWindowController::makeLegacyName() { m_content->commands().makeLegacyName(); }
 void VXWindowController::setSortName() { m_content->commands().numberSortNames(); }

@@ -86,7 +86,33 @@ public: // commands on the selected records
     /// Asks first.
     Q_INVOKABLE void removeSelectedInfos();
     Q_INVOKABLE void addInfo();
+    /// Behind each selected record one with a free name, every other field, and no code point.
     Q_INVOKABLE void duplicateSelectedInfos();
+    /// Opens the sheet for entries of list fields of the selected records.
+    Q_INVOKABLE void editEntries();
+    /// Adds entries to the list field \a key of the selected records, or removes some, without a sheet: the
+    /// number of records that have changed; -1, an error and no change where one refuses it.
+    Q_INVOKABLE qsizetype addEntriesToField(const QStringList &entries, const QString &key,
+                                            runebook::Error *error = nullptr);
+    Q_INVOKABLE qsizetype removeEntriesFromField(const QStringList &entries, const QString &key,
+                                                 runebook::Error *error = nullptr);
+    /// Opens the sheet that adds variants of the selected records.
+    Q_INVOKABLE void addVariants();
+    /// Adds them without a sheet, with the values of \a fields, and gives them back; names that are there
+    /// already are left out.
+    Q_INVOKABLE InfoList addVariantsWithSuffixesFields(const QStringList &suffixes, const QStringList &fields,
+                                                       runebook::Error *error = nullptr);
+    /// Opens the sheet that adds records for characters.
+    Q_INVOKABLE void addCharacters();
+    /// Adds records for ranges ("U+0400-04FF"), the name of a block, or the characters of \a text, without a
+    /// sheet, behind the one selected record or at the end, and gives them back.
+    Q_INVOKABLE InfoList addCharactersInText(const QString &text, runebook::Error *error = nullptr);
+    /// Opens the sheet that fills in production names of the selected records, or all that are shown.
+    Q_INVOKABLE void fillProductionNames();
+    /// Fills them in without a sheet, by "list", "codepoint" or "parts": the number of names that have
+    /// changed.
+    Q_INVOKABLE qsizetype fillProductionNamesByRuleOnlyEmpty(const QString &rule, bool onlyEmpty,
+                                                             runebook::Error *error = nullptr);
     Q_INVOKABLE void moveNameToAltName();
     /// The first selected record gets its production name from its code point.
     Q_INVOKABLE void makeLegacyName();

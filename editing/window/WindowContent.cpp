@@ -10,6 +10,7 @@
 #include "editing/window/ChangedOnDisk.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/EmptyNotices.h"
+#include "editing/window/ManyCommands.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
@@ -95,9 +96,10 @@ void WindowContent::buildFeatures()
     m_problems = new WindowProblems(*m_parts, *m_split, this);
     m_replace = new ReplaceCommand(*m_parts, m_problems->problems(), this);
     m_tables = new TableCommands(*m_parts, this);
-    m_menus =
-        new WindowMenus(m_window, *m_parts,
-                        {*m_commands, *m_search, *m_filters, *m_problems, *m_replace, *m_tables}, *m_state);
+    m_many = new ManyCommands(*m_parts, this);
+    m_menus = new WindowMenus(
+        m_window, *m_parts, {*m_commands, *m_search, *m_filters, *m_problems, *m_replace, *m_tables, *m_many},
+        *m_state);
     auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_filters, *m_problems, this);
     connect(m_state, &StateChange::changed, m_title, &WindowTitle::synchronize);
     connect(m_state, &StateChange::changed, m_menus, &WindowMenus::validate);
@@ -151,6 +153,8 @@ void WindowContent::connectFeatures()
     connect(m_problems, &WindowProblems::conditionChanged, m_search, &WindowSearch::setCondition);
     connect(m_problems, &WindowProblems::shownChanged, m_state, &StateChange::note);
     connect(m_pane, &DetailPane::showRequested, m_search, &WindowSearch::showInfo);
+    connect(m_pane, &DetailPane::entriesRequested, m_many,
+            [this](GlyphField field) { m_many->editEntries(field); });
     connect(m_pane, &DetailPane::remarked, this,
             [this](const FieldRemark &remark) { m_parts->showRemark(remark); });
     connect(&m_list, &RSRTVArrayController::remarked, this,

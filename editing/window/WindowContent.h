@@ -10,6 +10,7 @@ class VXSplitViewWindowController;
 namespace runebook {
 
 class RecordCommands;
+class ManyCommands;
 class ReplaceCommand;
 class StateChange;
 class TableCommands;
@@ -41,6 +42,7 @@ public:
     WindowProblems &problems() const { return *m_problems; }
     ReplaceCommand &replace() const { return *m_replace; }
     TableCommands &tables() const { return *m_tables; }
+    ManyCommands &many() const { return *m_many; }
     RestoredParts restoredParts() const;
 
     /// Shows the selection in the preview and the detail pane.
@@ -86,6 +88,7 @@ private:
     WindowProblems *m_problems = nullptr;
     ReplaceCommand *m_replace = nullptr;
     TableCommands *m_tables = nullptr;
+    ManyCommands *m_many = nullptr;
     WindowMenus *m_menus = nullptr;
     bool m_isSelectionPending = false;
 };

@@ -8,6 +8,7 @@
 #include "editing/window/DetailPane.h"
 #include "editing/window/EditMenu.h"
 #include "editing/window/FocusRound.h"
+#include "editing/window/ManyCommands.h"
 #include "editing/window/RecordCommands.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
@@ -135,7 +136,6 @@ void WindowMenus::buildFileMenu()
 void WindowMenus::buildEditMenu()
 {
     QMenu *menu = m_window.menuBar()->addMenu(tr("&Edit"));
-    RecordCommands &commands = m_features.commands;
     RSRTVArrayController &list = m_parts.list;
     const Condition hasSelection = [&list] { return list.selectedCount() > 0; };
     m_editMenu->addUndoCommands(*menu);
@@ -152,7 +152,7 @@ void WindowMenus::buildEditMenu()
         menu, tr("Copy as Ta&ble"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T),
         [this] { m_features.tables.copyAsTable(); }, [&list] { return list.countOfArrangedObjects() > 0; }));
     m_rowMenu.add(addCommand(
-        menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [&commands] { commands.duplicate(); },
+        menu, tr("Du&plicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [this] { m_features.many.duplicate(); },
         hasSelection));
     m_editMenu->addSelectAllCommand(*menu);
     QMenu *same = menu->addMenu(tr("Select Records with the Sa&me"));
@@ -255,6 +255,7 @@ void WindowMenus::buildGlyphMenu()
         hasSelection));
     m_removeAction->setIcon(QIcon(u":/icons/remove.svg"_s));
     menu->addSeparator();
+    buildManyCommands(*menu, hasSelection);
     m_rowMenu.add(addCommand(
         menu, tr("&Name to Alternate Names"), {}, [&commands] { commands.moveNamesToAltNames(); },
         hasSelection));
@@ -271,6 +272,24 @@ void WindowMenus::buildGlyphMenu()
         [&commands] { commands.showInCharacterApplication(); },
         [list] { return list->selectedCount() == 1; }));
     MainMenu::contributeTo(MainMenu::Glyph, *menu, m_window);
+}
+
+void WindowMenus::buildManyCommands(QMenu &menu, const Condition &hasSelection)
+{
+    ManyCommands &many = m_features.many;
+    m_rowMenu.add(addCommand(
+        &menu, tr("Add &Variants…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D),
+        [&many] { many.addVariants(); }, hasSelection));
+    addCommand(&menu, tr("Add Charac&ters…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I),
+               [&many] { many.addCharacters(); });
+    m_rowMenu.add(addCommand(
+        &menu, tr("Add or Remove &Entries…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A),
+        [&many] { many.editEntries(); }, hasSelection));
+    m_rowMenu.add(addCommand(
+        &menu, tr("Fill &Production Names…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P),
+        [&many] { many.fillProductionNames(); },
+        [this] { return m_parts.list.countOfArrangedObjects() > 0; }));
+    menu.addSeparator();
 }
 
 VXMenuButton *WindowMenus::makeGlyphButton(QWidget *parent) const

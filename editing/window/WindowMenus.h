@@ -15,6 +15,7 @@ namespace runebook {
 
 class EditMenu;
 class FocusRound;
+class ManyCommands;
 
 class RecordCommands;
 class ReplaceCommand;
@@ -32,6 +33,7 @@ struct WindowFeatures {
     WindowProblems &problems;
     ReplaceCommand &replace;
     TableCommands &tables;
+    ManyCommands &many;
 };
 
 /// The menu bar of a document window: every command with its text, its shortcut, and when it can act.
@@ -66,6 +68,7 @@ private:
     void buildViewMenu();
     void buildFiltersMenu(QMenu &view);
     void buildGlyphMenu();
+    void buildManyCommands(QMenu &menu, const Condition &hasSelection);
     void buildScriptsMenu();
     void buildWindowMenu();
     void buildHelpMenu();

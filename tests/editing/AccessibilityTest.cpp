@@ -1,4 +1,8 @@
 #include "editing/compare/VXCompareDataWindow.h"
+#include "editing/many/CharactersSheet.h"
+#include "editing/many/EntriesSheet.h"
+#include "editing/many/ProductionSheet.h"
+#include "editing/many/VariantsSheet.h"
 #include "editing/merge/MergeDialog.h"
 #include "editing/records/ChoiceCells.h"
 #include "editing/replace/VXFindReplaceWindowController.h"
@@ -182,6 +186,20 @@ private Q_SLOTS:
                  u"Direction: up is left out. “up” is no direction"_s);
         QCOMPARE(model->index(1, last).data(Qt::AccessibleTextRole).toString(),
                  u"Direction: LTR becomes RTL"_s);
+        EntriesSheet entries(m_left, m_left.infos(), GlyphField::Anchors, nullptr);
+        VariantsSheet variants(m_left, m_left.infos(), nullptr);
+        ProductionSheet production(m_left, m_left.infos(), nullptr);
+        CharactersSheet characters(m_left, nullptr, nullptr);
+        const QList<std::pair<QString, QDialog *>> ofMany {{u"characters"_s, &characters},
+                                                           {u"entries"_s, &entries},
+                                                           {u"variants"_s, &variants},
+                                                           {u"production-names"_s, &production}};
+        for (const auto &[name, many] : ofMany) {
+            many->show();
+            QVERIFY(QTest::qWaitForWindowActive(many));
+            QCOMPARE(faultsOf(*many).join(u'\n'), QString());
+            COMPARE_TEXTS(name, *many);
+        }
         ExportDialog dialog({m_left.infos(), m_left.infos(), {}}, {});
         dialog.show();
         QVERIFY(QTest::qWaitForWindowActive(&dialog));

@@ -191,7 +191,7 @@ class Commands(EditingTest):
         self.window.copy_(None)
         copied = pasteboard()
         self.assertEqual((copied.count("\t<glyph "), copied[-1]), (2, "\n"))
-        for command, expected in (("cut_", "c d"), ("delete_", "c d"), ("duplicateSelectedInfos_", "a b a b c d"),
+        for command, expected in (("cut_", "c d"), ("delete_", "c d"), ("duplicateSelectedInfos_", "a a.001 b b.001 c d"),
                                   ("removeSelectedInfos_", "c d")):
             with self.subTest(command=command):
                 self.select(0, 1)
@@ -215,6 +215,7 @@ class Commands(EditingTest):
             self.assertTrue(self.window.exportTableToURL_fields_records_error_(path, ["name", "case"], "all", None)[0])
             with open(path, encoding="utf-8") as file:
                 self.assertEqual(file.read(), "name,case\na,\nb,\nc,\nd,\n")
+        self.check_many()
         self.select(3)
         set_pasteboard(copied.replace('"b"', '"x"'))
         self.window.paste_(None)
@@ -225,6 +226,42 @@ class Commands(EditingTest):
         self.select(5)
         self.window.makeLegacyName_(None)
         self.assertEqual(self.doc[5].production, "uniE000")
+
+    def check_many(self):
+        self.select(0, 1)
+        self.assertEqual(self.window.addEntries_toField_error_(["top", "_x"], "anchors", None)[0], 2)
+        self.assertEqual(self.window.removeEntries_fromField_error_(["_x"], "anchors", None)[0], 2)
+        self.assertEqual([info.anchors for info in self.doc], ["top", "top", None, None])
+        for entries, key, reason in ((["c"], "altNames", "a: Repeating name: c"), (["x"], "name", "“name” is no field")):
+            count, error = self.window.addEntries_toField_error_(entries, key, None)
+            self.assertEqual(count, -1)
+            self.assertIn(reason, error.localizedDescription())
+        made, error = self.window.addVariantsWithSuffixes_fields_error_([".sc", "alt"], ["anchors"], None)
+        self.assertEqual(names(made), "a.sc a.alt b.sc b.alt")
+        self.assertEqual((names(self.doc), made[0].anchors), ("a a.sc a.alt b b.sc b.alt c d", "top"))
+        self.assertIn("“x” is no field", self.window.addVariantsWithSuffixes_fields_error_([".y"], ["x"], None)[1]
+                      .localizedDescription())
+        self.assertEqual(self.undone(), "a b c d")
+        self.doc[0].unicodes = ["E001"]
+        self.select(0, 1)
+        self.assertEqual(self.window.fillProductionNamesByRule_onlyEmpty_error_("codepoint", True, None)[0], 1)
+        self.assertEqual(self.doc[0].production, "uniE001")
+        self.assertIn("none of list", self.window.fillProductionNamesByRule_onlyEmpty_error_("x", True, None)[1]
+                      .localizedDescription())
+        made, error = self.window.addCharactersInText_error_("U+0430-0431, U+0451", None)
+        self.assertEqual([info.unicode for info in made], ["0430", "0431", "0451"])
+        self.assertEqual((made[0].script, self.doc[-1].unicode), ("cyrillic", "0451"))
+        self.assertEqual(self.window.addCharactersInText_error_("бa", None)[0][0].unicode, "0061")
+        self.assertIn("type a range", self.window.addCharactersInText_error_(" ", None)[1].localizedDescription())
+        self.assertEqual(len(self.doc), 8)
+        self.doc.removeInfos_(self.doc.infos()[4:])
+        self.select(0, 1)
+        for sheet in ("editEntries_", "addCharacters_", "addVariants_", "fillProductionNames_"):
+            getattr(self.window, sheet)(None)
+            self.window.attachedSheet().buttonWithTitle_("Cancel").performClick_(None)
+        for info in self.doc:
+            info.production = info.anchors = None
+            info.unicodes = []
 
     def test_sort_names(self):
         self.open("A", "B", "C", sortName="old")
@@ -279,7 +316,7 @@ class Commands(EditingTest):
         item = bar.itemWithTitle_("Edit").submenu().itemWithTitle_("Duplicate")
         self.assertTrue(item.isEnabled())
         item.trigger()
-        self.assertEqual(names(self.doc), "a a")
+        self.assertEqual(names(self.doc), "a a.001")
 
 
 class FindAndReplace(EditingTest):
