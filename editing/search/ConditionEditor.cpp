@@ -3,6 +3,7 @@
 #include "editing/fields/SignalColors.h"
 #include "platform/PlainLabel.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
@@ -202,6 +203,8 @@ void ConditionEditor::accept()
     const FieldCondition wanted = condition();
     const QString objection = wanted.objection();
     if (objection.isNull()) {
+        if (m_value->completer())
+            m_value->completer()->popup()->hide(); // it would outlive the line
         Q_EMIT accepted(wanted);
         return;
     }

@@ -5,6 +5,7 @@
 #include "editing/search/FlowLayout.h"
 #include "platform/PlainLabel.h"
 
+#include <QApplication>
 #include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
@@ -56,7 +57,7 @@ void FilterBar::build()
     m_add->setAccessibleName(tr("Add a condition"));
     m_clear->setToolTip(tr("Take all conditions away (Esc)"));
     m_clear->setAccessibleName(tr("Take all conditions away"));
-    connect(m_add, &QToolButton::clicked, this, [this] { addCondition(); });
+    connect(m_add, &QToolButton::clicked, this, &FilterBar::addRequested);
     connect(m_clear, &QToolButton::clicked, this, [this] {
         m_filter.setFilter({});
         Q_EMIT left();
@@ -71,6 +72,9 @@ void FilterBar::build()
 
 void FilterBar::showFilter()
 {
+    // The chip that has the keyboard goes; it must not fall to the button that takes all away.
+    if (hasKeyboard() && !isEditing())
+        setFocus(Qt::NoFocusReason);
     for (QWidget *each : m_shown) {
         each->hide();
         each->deleteLater(); // it may be the one whose key is being handled
@@ -178,12 +182,12 @@ bool FilterBar::isEditing() const
     return m_editor && !m_editor->isHidden();
 }
 
-void FilterBar::addCondition()
+void FilterBar::addCondition(const std::optional<FieldAspect> &aspect)
 {
+    const std::optional<FieldAspect> first = aspect ? aspect : FieldAspect::of(m_lastKey);
     FieldCondition condition;
-    condition.key = m_lastKey.isEmpty() ? u"name"_s : m_lastKey;
-    if (const std::optional<FieldAspect> known = FieldAspect::of(condition.key))
-        condition.relation = FieldCondition::relationsFor(*known).first();
+    condition.key = first ? first->id() : u"name"_s;
+    condition.relation = first ? FieldCondition::relationsFor(*first).first() : condition.relation;
     condition.folding = Fold::Case | Fold::Diacritics;
     addCondition(condition);
 }
@@ -213,25 +217,30 @@ void FilterBar::accept(const FieldCondition &condition)
     const int number = m_editedNumber;
     const bool isThere = number >= 0 && number < m_filter.filter().countOfConditions();
     m_lastKey = condition.key;
+    Q_EMIT left(); // first, or the keyboard would fall to a button of the row
     m_editor->hide();
     change([&](RecordFilter &filter) {
         isThere ? setConditionAt(filter, number, condition) : filter.add(condition);
     });
     setVisible(!m_filter.filter().isEmpty());
-    Q_EMIT left();
 }
 
 void FilterBar::closeEditor()
 {
-    m_editor->hide();
-    setVisible(!m_filter.filter().isEmpty());
     if (m_editedNumber >= 0)
         focusNumber(m_editedNumber);
     else
         Q_EMIT left();
+    m_editor->hide();
+    setVisible(!m_filter.filter().isEmpty());
 }
 
 // The keyboard
+
+bool FilterBar::hasKeyboard() const
+{
+    return isAncestorOf(QApplication::focusWidget());
+}
 
 QWidgetList FilterBar::inRow() const
 {
@@ -262,6 +271,12 @@ void FilterBar::focusNumber(int number)
 QWidget *FilterBar::firstStop() const
 {
     return isEditing() ? m_editor->valueField() : stops().first();
+}
+
+void FilterBar::focusInEvent(QFocusEvent *event)
+{
+    if (event->reason() != Qt::NoFocusReason)
+        firstStop()->setFocus(event->reason());
 }
 
 void FilterBar::keyPressEvent(QKeyEvent *event)

@@ -23,8 +23,8 @@ class FilterBar : public QWidget
 public:
     FilterBar(CurrentFilter &filter, ConditionEditor::Offers offers, QWidget *parent);
 
-    /// Opens the line for a new condition, which begins with the field used last.
-    void addCondition();
+    /// Opens the line for a new condition, which begins with \a aspect; with nothing, the field used last.
+    void addCondition(const std::optional<FieldAspect> &aspect);
     /// The same, beginning with \a condition.
     void addCondition(const FieldCondition &condition);
     void editCondition(int number);
@@ -33,10 +33,14 @@ public:
     bool isEditing() const;
 
 Q_SIGNALS:
+    /// Somebody wants another condition.
+    void addRequested();
     /// The keyboard is to go back to the table.
     void left();
 
 protected:
+    /// The row itself hands the keyboard on.
+    void focusInEvent(QFocusEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
@@ -49,6 +53,7 @@ private:
     void accept(const FieldCondition &condition);
     void closeEditor();
     void focusNumber(int number);
+    bool hasKeyboard() const;
     QWidgetList inRow() const;
     /// Of these, where the keyboard can be.
     QWidgetList stops() const;

@@ -16,6 +16,7 @@
 #include <QMenu>
 #include <QSet>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 namespace runebook {
@@ -44,13 +45,25 @@ void WindowFilters::show()
         m_parts.filter, [this](const FieldAspect &aspect) { return offersFor(aspect); },
         m_layout.parentWidget());
     m_layout.insertWidget(m_layout.count() - 1, m_bar);
+    connect(m_bar, &FilterBar::addRequested, this, &WindowFilters::addCondition);
     connect(m_bar, &FilterBar::left, &m_parts.table, qOverload<>(&QWidget::setFocus));
 }
 
 void WindowFilters::addCondition()
 {
     show();
-    m_bar->addCondition();
+    // The column in which somebody is comes first, as in finding and replacing.
+    const int column = m_parts.table.currentIndex().column();
+    if (column < 0) {
+        m_bar->addCondition(std::nullopt);
+        return;
+    }
+    const GlyphField field = glyphColumns()[static_cast<std::size_t>(column)].field;
+    const QList<FieldAspect> &all = FieldAspect::all();
+    const auto aspect = std::find_if(all.begin(), all.end(), [field](const FieldAspect &each) {
+        return each.isField() && each.field() == field;
+    });
+    m_bar->addCondition(aspect == all.end() ? std::nullopt : std::optional(*aspect));
 }
 
 void WindowFilters::addPattern(const QString &pattern)
@@ -136,10 +149,14 @@ void WindowFilters::manage()
 
 void WindowFilters::listSaved(QMenu &menu)
 {
+    constexpr int kMostKeys = 9;
     const QString now = text();
+    int number = 0;
     for (const QString &name : SavedFilters::names()) {
-        QString title = cellDisplayText(name);
-        QAction *item = menu.addAction(title.replace(u'&', QStringLiteral("&&")));
+        QString title = cellDisplayText(name).replace(u'&', QStringLiteral("&&"));
+        if (++number <= kMostKeys)
+            title = u'&' + QString::number(number) + u' ' + title;
+        QAction *item = menu.addAction(title);
         item->setCheckable(true);
         item->setChecked(!now.isEmpty() && SavedFilters::textOf(name) == now);
         connect(item, &QAction::triggered, this, [this, name] {

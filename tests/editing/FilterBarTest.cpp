@@ -67,7 +67,8 @@ private Q_SLOTS:
         QCOMPARE(m_window->filter(), u"name contains[cd] \"A\" && category ==[cd] \"number\""_s);
         QCOMPARE(shown().size(), 0u);
         QTRY_VERIFY(m_window->findChild<EmptyTable *>()->isVisible());
-        button(bar(), u"and: both have to be met"_s)->click();
+        table()->setFocus();
+        press(u"<Shift+F6><Right><Space>"_s); // to the first chip, and behind it
         QCOMPARE(namesOf(shown()), u"A a.sc one gravecomb"_s);
         QVERIFY(chip(0)->hasFocus());
         typeKeys(chip(0), u"-"_s);
@@ -169,7 +170,7 @@ private Q_SLOTS:
         QVERIFY(m_window->setFilter({}));
         auto *menu = qobject_cast<QMenu *>(command(u"Clear Filter"_s)->associatedObjects().value(0));
         Q_EMIT menu->aboutToShow();
-        QCOMPARE(menu->actions().last()->text(), u"only letters"_s);
+        QCOMPARE(menu->actions().last()->text(), u"&1 only letters"_s);
         menu->actions().last()->trigger();
         QCOMPARE(m_window->filter(), u"category == \"Letter\""_s);
 
@@ -221,6 +222,12 @@ private Q_SLOTS:
         QVERIFY(bar()->isEditing());
         press(u"<Esc>"_s);
         QVERIFY(!bar()->isEditing() && chip(0)->hasFocus());
+        table()->setCurrentIndex(cell(0, GlyphField::Case));
+        press(u"<Ctrl+Shift+F>"_s);
+        QCOMPARE(box(u"Field"_s)->currentText(), u"Case"_s);
+        press(u"<Esc>"_s);
+        m_window->searchField()->setFocus();
+        press(u"<F6>"_s);
         press(u"<F6>"_s);
         QVERIFY(table()->hasFocus());
     }
