@@ -235,10 +235,14 @@ private Q_SLOTS:
     {
         m_delegate.openAtStart({});
         m_delegate.startScripting();
-        m_delegate.showAbout(frontWindow());
+        for (QAction *action : frontWindow()->findChildren<QAction *>()) {
+            if (plain(action->text()) == u"About Runebook"_s)
+                action->trigger();
+        }
         m_delegate.showAbout(frontWindow());
         const QMessageBox *about = shownBox(u"aboutBox"_s);
         QVERIFY(about);
+        QCOMPARE(about->parentWidget(), frontWindow()); // over the window that was asked
         QVERIFY(about->text().contains(QStringLiteral(RUNEBOOK_VERSION)));
         QVERIFY(about->informativeText().contains(QString::fromLatin1(qVersion())));
         QVERIFY(about->informativeText().contains("Python 3."_L1));

@@ -70,6 +70,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.status, status);
         QVERIFY2(outcome.output.contains(output), qPrintable(outcome.output));
         QVERIFY2(outcome.errors.contains(errors), qPrintable(outcome.errors));
+        QVERIFY(!outcome.output.contains("--watch-run"_L1)); // what the program says to itself
     }
 
     void comparesTwoFiles()

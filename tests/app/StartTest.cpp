@@ -1,5 +1,6 @@
 // How the program starts with files and with what it kept, and how it ends.
 #include "app/LastWindow.h"
+#include "app/RunWatch.h"
 #include "platform/Background.h"
 #include "platform/UndoManager.h"
 #include "platform/documents/DocumentWindows.h"
@@ -204,6 +205,21 @@ private Q_SLOTS:
         }
     }
 
+    /// What a program that was ended by hand leaves for the next one, whole or not at all.
+    void takesOnlyWholeSessionsOver()
+    {
+        const QByteArray bytes = ReopenedSession {7, {QVariantMap {{u"path"_s, u"/a.xml"_s}}}}.toBytes();
+        const auto whole = ReopenedSession::fromBytes(bytes);
+        QVERIFY(whole && whole->process == 7 && whole->windows.size() == 1);
+        for (qsizetype size = 0; size < bytes.size(); ++size)
+            QVERIFY2(!ReopenedSession::fromBytes(bytes.first(size)), qPrintable(QString::number(size)));
+        for (int place = 0; place < 4; ++place) { // another format
+            QByteArray other = bytes;
+            other[place] = char(other[place] + 1);
+            QVERIFY(!ReopenedSession::fromBytes(other));
+        }
+    }
+
     void keepsEverythingWhenTheDesktopEnds()
     {
         const QTemporaryDir folder;
@@ -348,6 +364,18 @@ private Q_SLOTS:
         QVERIFY2(grown < kNothing, qPrintable(u"%1 bytes more"_s.arg(grown)));
         // Of those before, some may have been on their way out.
         QTRY_VERIFY2(descriptors() <= descriptorsBefore, qPrintable(QString::number(descriptors())));
+    }
+
+    /// Last, as it holds for the rest of a run: a merge that version control asks for is no session.
+    void aMergeLeavesTheSessionAlone()
+    {
+        const QTemporaryDir folder;
+        m_delegate.openAtStart({tinyFile(folder, u"a.xml"_s)});
+        const QVariantList before {u"as it was left"_s};
+        UserDefaults::standard().setObjectForKey(before, u"VXOpenWindows"_s);
+        m_delegate.leaveSessionAlone();
+        QVERIFY(m_delegate.keepForNextStart());
+        QCOMPARE(UserDefaults::standard().arrayForKey(u"VXOpenWindows"_s), before);
     }
 
 private:

@@ -1,3 +1,4 @@
+#include "editing/compare/CompareField.h"
 #include "editing/fields/FieldEditing.h"
 #include "editing/merge/MergeDialog.h"
 #include "merge/MergedText.h"
@@ -214,9 +215,6 @@ private Q_SLOTS:
         QCOMPARE(openCount(), 1);
         typeKeys(editor, u"<Ctrl+Shift+Z>"_s);
         QCOMPARE(openCount(), 0);
-        typeKeys(editor, u"<Ctrl+A>x<Ctrl+Z>"_s); // and else the field's
-        QCOMPARE(editor->text(), u"theirs"_s);
-        QCOMPARE(openCount(), 0);
         // Steps are told by their names, and can be chosen.
         QCOMPARE(plain(m_window->action(MergeMenus::Undo)->text()), u"Undo Take One Conflict from Theirs"_s);
         QMenu *history = menu(u"History"_s);
@@ -227,6 +225,36 @@ private Q_SLOTS:
         QTRY_COMPARE(plain(m_window->action(MergeMenus::Redo)->text()),
                      u"Redo Take Category of “a” from Ours"_s);
         QCOMPARE(offersOf(*menu(u"File"_s)).first(3), (QStringList {u"New"_s, u"Open…"_s, u"Open Recent"_s}));
+        // Where something was typed they are the field's. What it refuses stays, and no command acts behind
+        // it.
+        const QByteArray before = text();
+        editor->setFocus();
+        typeKeys(editor, u"<Ctrl+A>x<Ctrl+Z>"_s);
+        QCOMPARE(text(), before);
+        QTest::keyClicks(editor, u"x <!-- y"_s);
+        const QString refused = editor->text();
+        m_window->action(MergeMenus::Undo)->trigger();
+        QCOMPARE(editor->text(), refused);
+        QCOMPARE(text(), before);
+    }
+
+    /// Of each side what differs from the base; of what has no base, from the other side.
+    void marksWhatEachSideChanged()
+    {
+        const auto side = [](const QByteArray &word) {
+            return "<glyphData format=\"2\">\n<glyph name=\"a\" category=\"" + word + "\" />\n</glyphData>\n";
+        };
+        const auto marks = [this](const QString &words) {
+            QStringList parts;
+            for (const CompareField *field : m_window->findChildren<CompareField *>()) {
+                if (field->accessibleName().startsWith("Category, "_L1 + words))
+                    for (const TextPart &part : field->markedParts())
+                        parts << field->toPlainText().mid(part.begin, part.length);
+            }
+            return parts.join(u'|');
+        };
+        show({side("abc"), side("abXc"), side("Yabc")});
+        QCOMPARE(marks(u"ours"_s) + u' ' + marks(u"base"_s) + u' ' + marks(u"theirs"_s), u"X  Y"_s);
     }
 
     /// The header, and lines with more than fields: the line that was chosen is the one that a save writes.
@@ -383,6 +411,21 @@ private Q_SLOTS:
             QVERIFY(heading != labels.end());
             QCOMPARE(painted(**heading, side).color, m_window->palette().color(QPalette::WindowText));
         }
+    }
+
+    /// Closed with open conflicts, the window alone goes: the document has another one.
+    void leavesTheDocumentOpen()
+    {
+        const auto texts = sides(20);
+        write(textOf(*ThreeWayMerge::of(texts[0], texts[1], texts[2], {})), u"both.xml"_s);
+        VXDocument *opened = open(u"both.xml"_s);
+        QTest::mouseClick(button<QPushButton>(windowOf(opened), u"Resolve…"_s), Qt::LeftButton);
+        m_window = shownWindow<MergeWindow>();
+        QVERIFY(m_window && openCount() > 0);
+        m_window->close();
+        answer(u"Close"_s);
+        sendDeferredDeletes();
+        QVERIFY(!m_window && controller().documentList().contains(opened));
     }
 
     void resolvesTheConflictsOfAFile()

@@ -353,6 +353,24 @@ private Q_SLOTS:
         QVERIFY(!shownWindow<QMessageBox>());
     }
 
+    /// A text that its field refuses stops the save, and whoever waits for it hears so.
+    void savesNothingBesideARefusedText()
+    {
+        VXDocument *document = open();
+        VXWindowController *window = windowOf(document);
+        window->infolistController()->setSelectionIndexes({0});
+        auto *script = qobject_cast<QLineEdit *>(window->detailPane()->editorOf(GlyphField::Script));
+        script->setFocus();
+        QTest::keyClicks(script, u"x <!-- y"_s);
+        const QByteArray before = content();
+        std::optional<bool> outcome;
+        DocumentPanels::save(*document, window, [&outcome](bool saved) { outcome = saved; });
+        QCOMPARE(outcome, std::optional(false));
+        QCOMPARE(content(), before);
+        QCOMPARE(script->text(), u"x <!-- y"_s);
+        script->clear();
+    }
+
     // buttons: of the sheet, Cancel apart
     // saved: a part of the file afterwards; empty: as it was
     TABLE(asksAboutLosses,

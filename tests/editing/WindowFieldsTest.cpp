@@ -496,6 +496,20 @@ private Q_SLOTS:
         m_document->updateChangeCount(Document::ChangeCleared);
     }
 
+    /// What an autosave keeps of a code point that is being typed.
+    void aHalfTypedCodePointIsPending()
+    {
+        select({0});
+        QVERIFY(m_document->pendingTexts().isEmpty());
+        QWidget *tokens = m_window->detailPane()->editorOf(GlyphField::Unicodes);
+        tokens->setFocus();
+        typeKeys(tokens, u"7"_s);
+        QCOMPARE(m_document->pendingTexts().size(), 1);
+        const QByteArray kept = QJsonDocument(m_document->pendingTexts()).toJson(QJsonDocument::Compact);
+        QVERIFY2(kept.contains("\"text\":\"00417\""), kept.constData());
+        typeKeys(tokens, u"<Esc>"_s);
+    }
+
     TABLE(isShownAndEditedInParts, (const QString &key, const QString &value), {
         row("500 code points", "unicode", codePoints(500));
         row("5,000 code points", "unicode", codePoints(5'000));

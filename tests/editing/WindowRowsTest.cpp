@@ -2,6 +2,7 @@
 #include "model/GlyphLineWriter.h"
 #include "platform/Background.h"
 #include "platform/PlainText.h"
+#include "tests/PaintedTexts.h"
 #include "tests/RandomValues.h"
 #include "tests/editing/Windows.h"
 
@@ -531,6 +532,32 @@ private Q_SLOTS:
         QVERIFY(table()->font().pointSizeF() < size);
     }
 
+    /// What is edited stands at the left, signs that are looked at in the middle; what is chosen stands out.
+    void cellsAreWrittenAsTheyAreMeant()
+    {
+        select({0});
+        QWidget &view = *table()->viewport();
+        const QPalette colors = table()->palette();
+        QCOMPARE(painted(view, u"A"_s).color, colors.color(QPalette::HighlightedText));
+        const QString other = info(1)->name();
+        QCOMPARE(painted(view, other).color, colors.color(QPalette::Text));
+        const QRect name = table()->visualRect(cell(1, GlyphField::Name));
+        QVERIFY(painted(view, other).place.x() < name.left() + 12);
+        for (int column = 0; column < list()->columnCount(); ++column) {
+            const QRect place = table()->visualRect(list()->index(1, column));
+            if (isEditableColumn(column) || !view.rect().contains(place))
+                continue;
+            const QString text = list()->index(1, column).data().toString();
+            const PaintedText sign = painted(view, text);
+            if (text.isEmpty() || place.width() < 40)
+                continue;
+            const double middle = sign.place.x() + QFontMetricsF(sign.font).horizontalAdvance(text) / 2;
+            QVERIFY2(std::abs(middle - place.center().x()) < 3, qPrintable(text));
+        }
+        search(u"nothing is called this"_s);
+        QVERIFY(!command(u"Copy as Table"_s)->isEnabled());
+    }
+
     void aCutCellShowsItsTextInATip()
     {
         const QString text = u"<b>very</b> long description "_s.repeated(20);
@@ -545,7 +572,7 @@ private Q_SLOTS:
             return QToolTip::isVisible() ? QToolTip::text() : QString();
         };
         QVERIFY(tipAt(0, GlyphField::Desc).contains(u"&lt;b&gt;very"_s));
-        QToolTip::hideText();
+        tipAt(0, GlyphField::Name); // where there is none the last one goes
         QTRY_VERIFY(!QToolTip::isVisible());
         QCOMPARE(tipAt(0, GlyphField::Name), QString());
     }

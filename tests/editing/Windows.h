@@ -81,6 +81,7 @@ inline void answer(const QString &words)
     QTRY_VERIFY(shownWindow<QMessageBox>());
     auto *box = shownWindow<QMessageBox>();
     QVERIFY2(button(box, words), qPrintable(words));
+    QVERIFY(!box->parentWidget() || box->windowModality() == Qt::WindowModal); // other windows go on
     QVERIFY(isSaidAmongTexts(QStringLiteral("questions"), *box));
     button(box, words)->click();
 }

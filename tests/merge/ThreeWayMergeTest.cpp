@@ -10,6 +10,7 @@
 #include "merge/MergedText.h"
 #include "merge/PossibleRenames.h"
 #include "merge/TextConversion.h"
+#include "tests/KeptTexts.h"
 #include "tests/Rounds.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
@@ -395,6 +396,7 @@ private Q_SLOTS:
               row("replace and remove", "a b", "x b", "b", "-", "-");
               row("the same addition at two places", "m", "a m", "m a", "-", "-");
               row("an entry twice", "a", "a a", "a b", "-", "-");
+              row("the same additions in another order", "m", "a b m", "b a m", "-", "-");
           })
     {
         const auto listOf = [](const QString &words) { return words.split(u' ', Qt::SkipEmptyParts); };
@@ -481,9 +483,9 @@ private Q_SLOTS:
 
     void versionsMerge()
     {
-        const QByteArray text = merged(fileOf(u"A=,,m B"_s, "\n", 1), fileOf(u"A=,,m B=x"_s, "\n", 1),
+        const QByteArray text = merged(fileOf(u"A=,,m B"_s, "\n", 1), fileOf(u"A=,,m B=x,,n"_s, "\n", 1),
                                        fileOf(u"A=,,m B C"_s, "\n", 2));
-        QCOMPARE(text, fileOf(u"A=,,m B=x C"_s));
+        QCOMPARE(text, fileOf(u"A=,,m B=x,,n C"_s)); // what only we have changed as well
         QCOMPARE(merged(fileOf(u"A=,,m B"_s), fileOf(u"A=,,m B=x"_s), fileOf(u"A=,,m B"_s, "\n", 1)),
                  fileOf(u"A=,,m B=x"_s));
     }
@@ -508,6 +510,35 @@ private Q_SLOTS:
         const InfoPtr renamed = mergedRecord(merge->tables(), whole, MergeSide::Ours);
         QCOMPARE(renamed->name() + renamed->category(), u"Alphay"_s);
         QVERIFY(possibleRenames(*merge, 1).empty()); // of too many
+    }
+
+    /// Every kind of conflict, several renames, and what each side did: in words and for programs.
+    void reportsAllThatHappened()
+    {
+        const auto side = [](const QByteArray &comment, const QByteArray &records) {
+            QByteArray lines = records;
+            lines.replace("{", "\t<glyph name=\"").replace("}", " />\n").replace("'", "\"");
+            return "<!-- " + comment + " -->\n<glyphData format=\"2\">\n" + lines + "</glyphData>\n";
+        };
+        const QByteArray base = side("base",
+                                     "{A' category='x'}{B' category='x'}{C' category='x'}{D'}{F' "
+                                     "unicode='0046'}{E' unicode='0045'}{G'}{H'}{I'}{L' mine='1'}");
+        const QByteArray ours = side("ours",
+                                     "{A' category='y'}{B' category='y'}{D' category='s'}{F' "
+                                     "unicode='0046'}{E' unicode='0045'}{G' script='o'}{H'}{I' "
+                                     "script='o'}{L' mine='2'}{N' category='o'}");
+        const QByteArray theirs = side("theirs",
+                                       "{A' category='z'}{C' category='z'}{D' category='s'}{F.alt' "
+                                       "unicode='0046'}{E.alt' unicode='0045'}{G'}{H' "
+                                       "script='t'}{I' category='t'}{L' mine='3'}{N' "
+                                       "category='t'}");
+        const auto merge = ThreeWayMerge::of(base, ours, theirs, {});
+        QVERIFY(merge);
+        QString report;
+        QTextStream out(&report);
+        writeMergeReport(*merge, u"a.xml"_s, out);
+        writeMergeJson(*merge, u"a.xml"_s, out);
+        COMPARE_LINES(u"merge-report"_s, report.replace("},{"_L1, "},\n{"_L1).trimmed().split(u'\n'));
     }
 
     void tellsHowFarItIsAndEnds()
@@ -576,6 +607,18 @@ private Q_SLOTS:
                 QVERIFY2(text.contains("header " + QByteArray::number(headers[isOurs ? 1 : 2])), text);
             }
         }
+    }
+
+    /// Whatever stands between the records, and however a file ends.
+    void linesOfTheirsStandAlone()
+    {
+        const QByteArray head = "<glyphData format=\"2\">\n", end = "</glyphData>";
+        const QByteArray ours = head + "<!-- o -->\n" + end + "\n<!-- ours -->";
+        const QByteArray theirs = head + "<!-- t -->\n" + end + "\n<!-- theirs -->";
+        const QByteArray text = merged(head + end, ours, theirs);
+        for (const char *line :
+             {"<!-- o -->", "<!-- t -->", "</glyphData>", "<!-- ours -->", "<!-- theirs -->"})
+            QVERIFY2(text.split('\n').count(line) == 1, text);
     }
 
     /// Without version control at hand.

@@ -116,6 +116,17 @@ private Q_SLOTS:
         }
     }
 
+    void oneFileMayHaveManyNames()
+    {
+        const QTemporaryDir folder;
+        const QString file = write(folder.filePath(u"a"_s), "x"), link = folder.filePath(u"link"_s);
+        const QString other = write(folder.filePath(u"b"_s), "x"), none = folder.filePath(u"none"_s);
+        QVERIFY(QFile::link(file, link));
+        QVERIFY(isSameFile(file, link) && isSameFile(file, folder.filePath(u"./x/../a"_s)));
+        QVERIFY(!isSameFile(file, other) && !isSameFile(file, none));
+        QVERIFY(isSameFile(none, none) && !isSameFile(none, folder.filePath(u"nothing"_s)));
+    }
+
     TABLE(onlyPlainFilesAreRead, (const QString &kind), {
         for (const char *kind : {"pipe", "device", "folder", "link"})
             row(kind, kind);

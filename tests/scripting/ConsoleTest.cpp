@@ -181,6 +181,17 @@ private Q_SLOTS:
         const qsizetype name = text.indexOf("Trouble"_L1);
         QVERIFY(isMarked(name) && isMarked(name + 6));
         QVERIFY(!isMarked(name - 1) && !isMarked(name + 7) && !isMarked(text.lastIndexOf("Trouble"_L1)));
+        // Each that is known, in a text with no other word; nothing that a cleared console began.
+        for (const QString &known : errorNames()) {
+            m_console->clearText();
+            m_console->append(known + u'\n', Kind::Output);
+            QVERIFY2(m_console->string().size() > 0 && isMarked(0), qPrintable(known));
+        }
+        m_console->append(u"Traceback (most recent call last):\n"_s, Kind::Error);
+        m_console->string();
+        m_console->clearText();
+        m_console->append(u"my.tools.Trouble: why\n"_s, Kind::Error);
+        QVERIFY(!m_console->string().isEmpty() && !isMarked(m_console->string().indexOf("Trouble"_L1)));
     }
 
     void asksForZoom()
@@ -241,6 +252,9 @@ private Q_SLOTS:
             const auto *note = m_console->findChild<QLabel *>();
             QCOMPARE(note->isHidden(), dropped == 0);
             QCOMPARE(m_console->viewport()->y() == top, dropped == 0); // it has room of its own
+            QVERIFY(dropped == 0
+                    || (note->height() >= note->fontMetrics().height()
+                        && note->geometry().bottom() <= m_console->viewport()->y()));
             QVERIFY2(dropped == 0
                          || note->text().contains(u' ' + m_console->locale().toString(dropped) + u' '),
                      qPrintable(note->text()));
@@ -298,7 +312,8 @@ private Q_SLOTS:
         QVERIFY(error.value(u"NSFont"_s).value<QFont>().bold());
         QVERIFY(error.value(u"NSColor"_s).value<QColor>().red() > 200);
         QCOMPARE(links(), QStringList {u"File \"<macro>\", line 4 -> <string>:4"_s});
-        QVERIFY(m_console->textStorage()->attributesAtIndexEffectiveRange(1000, &range).isEmpty());
+        for (const int none : {-1, m_console->length(), 1000})
+            QVERIFY(m_console->textStorage()->attributesAtIndexEffectiveRange(none, &range).isEmpty());
     }
 
     void marksNothingWithoutABoldFont()
@@ -374,6 +389,15 @@ private Q_SLOTS:
             QCOMPARE(m_console->viewport()->cursor().shape(),
                      click.opens ? Qt::PointingHandCursor : Qt::IBeamCursor);
         }
+        // Nor in front of one that begins a line.
+        m_console->append(u"File \"<string>\", line 3\n"_s, Kind::Error);
+        showAll();
+        const QPoint first = pointAt(end + 6 + 1);
+        opened.clear();
+        QTest::mouseClick(m_console->viewport(), Qt::LeftButton, {}, {1, first.y()});
+        QCOMPARE(opened.size(), 0);
+        QTest::mouseClick(m_console->viewport(), Qt::LeftButton, {}, first);
+        QCOMPARE(opened.size(), 1);
         QTest::mouseClick(m_console->viewport(), Qt::LeftButton, {}, pointAt(5));
         QCOMPARE(opened.last(), (QVariantList {u"<string>"_s, u"12"_s}));
         for (const int position : {5, 1}) { // told where it leads, and no longer beside it

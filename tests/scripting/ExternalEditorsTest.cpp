@@ -97,6 +97,7 @@ private Q_SLOTS:
             "/opt/my \"b\"/kate|-l|7|/c.py");
         row("other group first", "[Desktop Action new]\nExec=gimp\n[Desktop Entry]\nExec=kate\n", kate);
         row("behind another command", "[Desktop Entry]\nExec=env A=1 kate %F\n", "env|A=1|kate|-l|7|/c.py");
+        row("per cents", "[Desktop Entry]\nExec=env A=100%% %% kate %F\n", "env|A=100%|%|kate|-l|7|/c.py");
         row("no command", "[Desktop Entry]\nName=Kate\n", QString());
         row("empty", QByteArray(), QString());
         row("open quote, no text", QByteArray("[Desktop Entry]\nExec=\"kate\xff\\\n"), QString());

@@ -232,6 +232,24 @@ private Q_SLOTS:
         QVERIFY2(tookMs < 5000, qPrintable(QString::number(tookMs)));
     }
 
+    /// A key that is held, or has another key with it, is none that stops.
+    void goesOnAtOtherKeys()
+    {
+        SKIP_WITHOUT_SIGNALS(QString());
+        std::thread user([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(150));
+            for (int time = 0; time < 3; ++time)
+                press(Qt::Key_Escape, Qt::NoModifier, {}, time > 0);
+            press(Qt::Key_Escape, Qt::ShiftModifier);
+            press(Qt::Key_Period, Qt::ControlModifier | Qt::AltModifier);
+            press(Qt::Key_Period);
+        });
+        run(u"import time\nfor step in range(40): time.sleep(0.02); print(step)\nprint('done')"_s);
+        user.join();
+        QVERIFY2(m_panel->console->string().endsWith(u"39\ndone\n"_s),
+                 qPrintable(m_panel->console->string().right(300)));
+    }
+
     TABLE(stopsScriptsThatRefuse, (const QString &code), {
         row("bare except", "import time\nwhile True:\n    try: time.sleep(60)\n    except: pass");
         row("except that works",
@@ -409,11 +427,12 @@ private Q_SLOTS:
 
 private:
     /// Presses a key as soon as the event loop turns. On any thread.
-    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString &text = {})
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString &text = {},
+               bool isHeld = false)
     {
         runOnMainThread([=, this] {
             for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease})
-                qt_handleKeyEvent(m_panel->windowHandle(), type, key, modifiers, text, false, 1);
+                qt_handleKeyEvent(m_panel->windowHandle(), type, key, modifiers, text, isHeld, 1);
         });
     }
 };

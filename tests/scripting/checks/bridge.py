@@ -75,6 +75,19 @@ class Selectors(unittest.TestCase):
             with self.subTest(kind=kind.__name__), self.assertRaises(kind):
                 call()
 
+    def test_says_what_is_wrong_with_a_call(self):
+        handler = __import__("_runebook").sharedObject("scriptingHandler")
+        for call, words in [
+                (lambda: doc().insertObject_inInfosAtIndex_(newInfo("x")), "takes 2 arguments, not 1"),
+                (lambda: doc().readXMLFromURL_error_(PATH), "takes 2 arguments, not 1"),
+                (lambda: newInfo("x").setName_("a", "b"), "takes 1 arguments, not 2"),
+                (lambda: handler.isSupportedPythonVersion_(), "takes 2 or 1 arguments, not 0"),
+                (lambda: handler.setPythonFrameworks_([5]), "dict"),
+                (lambda: __import__("_runebook").selectors(3), "a class is needed")]:
+            with self.assertRaises(TypeError) as raised:
+                call()
+            self.assertIn(words, str(raised.exception))
+
     def test_operations_of_classes(self):
         compare = VXVersionComparator.isVersion_greaterThanVersion_
         self.assertTrue(compare("3.10", "3.9"))

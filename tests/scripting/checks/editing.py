@@ -336,6 +336,10 @@ class FindAndReplace(EditingTest):
         self.assertEqual([item.tag() for item in popup.itemArray()], list(range(2, 10)))
         self.assertEqual((popup.itemTitles().count(), popup.selectItemWithTag_(99)), (8, False))
         self.assertTrue(popup.selectItemWithTitle_(popup.itemTitles()[0]))
+        self.assertFalse(popup.selectItemWithTitle_("no such item"))
+        for wrong in ((), ("a", "b")):
+            with self.assertRaises(TypeError):
+                dialog.setWindowTitle_(*wrong)
         self.assertEqual((dialog.selectedTag(), names(dialog.selectedInfos())), (2, "ant"))
         dialog.cancel_(None)
         processEvents()

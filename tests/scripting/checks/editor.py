@@ -31,6 +31,9 @@ class TextViews(unittest.TestCase):
     def test_text_and_selection(self):
         view = self.view
         self.assertEqual(view.string(), "if a:\n    b.c = 'é'\n")
+        for wrong in ((), ("a", "b")):
+            with self.assertRaises(TypeError):
+                view.setString_(*wrong)
         view.setSelectedRange_((3, 1))
         self.assertEqual(view.selectedRange(), (3, 1))
         view.insertText_("ab")

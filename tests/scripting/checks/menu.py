@@ -31,14 +31,17 @@ assert NSUserDefaults.standardUserDefaults().stringForKey_("runAgainScriptName")
 
 # A delegate fills the menu before it is shown.
 class Filler(NSObject):
+    shown = ()
+
     def menuNeedsUpdate_(self, shown):
-        self.shown = shown
+        self.shown += (shown,)
 
 filler = Filler.alloc().init()
 menu.setDelegate_(filler)
+menu.setDelegate_(filler) # which is still one
 assert menu.delegate() == filler
 menu.itemArray()
-assert filler.shown == menu
+assert filler.shown == (menu,), filler.shown
 menu.setDelegate_(None)
 
 tidy.setRepresentedObject_("another")
