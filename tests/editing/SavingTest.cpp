@@ -359,16 +359,16 @@ private Q_SLOTS:
         VXDocument *document = open();
         VXWindowController *window = windowOf(document);
         window->infolistController()->setSelectionIndexes({0});
-        auto *script = qobject_cast<QLineEdit *>(window->detailPane()->editorOf(GlyphField::Script));
-        script->setFocus();
-        QTest::keyClicks(script, u"x <!-- y"_s);
+        auto *sortName = qobject_cast<QLineEdit *>(window->detailPane()->editorOf(GlyphField::SortName));
+        sortName->setFocus();
+        QTest::keyClicks(sortName, u"x <!-- y"_s);
         const QByteArray before = content();
         std::optional<bool> outcome;
         DocumentPanels::save(*document, window, [&outcome](bool saved) { outcome = saved; });
         QCOMPARE(outcome, std::optional(false));
         QCOMPARE(content(), before);
-        QCOMPARE(script->text(), u"x <!-- y"_s);
-        script->clear();
+        QCOMPARE(sortName->text(), u"x <!-- y"_s);
+        sortName->clear();
     }
 
     // buttons: of the sheet, Cancel apart
