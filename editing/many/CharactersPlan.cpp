@@ -111,10 +111,26 @@ CharactersPlan::CharactersPlan(VXDocument &document, TypedCharacters characters,
 
 // Finding out
 
+InfoPtr CharactersPlan::recordWith(char32_t codePoint) const
+{
+    const InfoPtr first = document().infoForUnicode(hexStringFromInt(codePoint));
+    return first ? first : m_further.value(codePoint);
+}
+
+/// The document looks up names and first code points alone.
+void CharactersPlan::noteFurther(const InfoPtr &info)
+{
+    const QStringList codePoints = info->unicodes();
+    for (qsizetype i = 1; i < codePoints.size(); ++i)
+        m_further.insert(hexStringToInt(codePoints.at(i)), info);
+    for (const QString &name : info->altNames())
+        m_altNames.insert(name);
+}
+
 /// The record that a character has, or will have, goes by that name.
 QString CharactersPlan::nameOf(char32_t codePoint) const
 {
-    if (const InfoPtr info = document().infoForUnicode(hexStringFromInt(codePoint)))
+    if (const InfoPtr info = recordWith(codePoint))
         return info->name();
     const qsizetype row = m_rowsByCharacter.value(codePoint, -1);
     return row >= 0 && isTaken(row) ? m_rows[std::size_t(row)].name : QString();
@@ -125,7 +141,8 @@ QString CharactersPlan::newNameOf(char32_t codePoint) const
 {
     const QString name = proposedName(codePoint, [this](char32_t other) { return nameOf(other); });
     const InfoPtr namesake = document().infoForName(name);
-    const bool isAnothers = m_names.isGiven(name) || (namesake && !namesake->unicodes().isEmpty());
+    const bool isAnothers =
+        m_names.isGiven(name) || m_altNames.contains(name) || (namesake && !namesake->unicodes().isEmpty());
     return isAnothers ? nameOfCodePoint(hexStringFromInt(codePoint)) : name;
 }
 
@@ -136,7 +153,7 @@ void CharactersPlan::lookAt(char32_t codePoint)
         return;
     }
     Row row {codePoint, newNameOf(codePoint), {}};
-    if (const InfoPtr info = document().infoForUnicode(hexStringFromInt(codePoint))) {
+    if (const InfoPtr info = recordWith(codePoint)) {
         ++m_present;
         row.name = info->name();
         row.objection = Texts::tr("Is there already");
@@ -151,6 +168,11 @@ void CharactersPlan::lookAt(char32_t codePoint)
 
 bool CharactersPlan::planMore(const QDeadlineTimer &deadline)
 {
+    while (m_noted < document().countOfInfos() && !m_characters.ranges.empty()) {
+        noteFurther(document().objectInInfosAtIndex(m_noted));
+        if (isPause(std::size_t(++m_noted), deadline))
+            return false;
+    }
     while (m_range < m_characters.ranges.size()) {
         const auto &[first, last] = m_characters.ranges[m_range];
         lookAt(first + m_inRange);
@@ -166,8 +188,8 @@ bool CharactersPlan::planMore(const QDeadlineTimer &deadline)
 
 double CharactersPlan::planned() const
 {
-    const qsizetype count = m_characters.count();
-    return count > 0 ? double(m_lookedAt) / double(count) : 1;
+    const double all = double(m_characters.count()) + double(document().countOfInfos());
+    return all > 0 ? (double(m_lookedAt) + double(m_noted)) / all : 1;
 }
 
 // Showing

@@ -50,6 +50,8 @@ private:
         QString name;
         QString objection; ///< null for a row that can be done
     };
+    InfoPtr recordWith(char32_t codePoint) const;
+    void noteFurther(const InfoPtr &info);
     void lookAt(char32_t codePoint);
     const ProposedFields &fieldsOf(qsizetype row) const;
     QString nameOf(char32_t codePoint) const;
@@ -61,6 +63,9 @@ private:
     NewNames m_names;
     std::vector<Row> m_rows;
     QHash<char32_t, qsizetype> m_rowsByCharacter; ///< of those that can be done
+    QHash<char32_t, InfoPtr> m_further; ///< records by code points behind their first
+    QSet<QString> m_altNames;
+    qsizetype m_noted = 0; ///< records that are in both
     std::size_t m_range = 0;
     char32_t m_inRange = 0; ///< so many of it were looked at
     qsizetype m_lookedAt = 0;

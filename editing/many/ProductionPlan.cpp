@@ -2,12 +2,14 @@
 
 #include "editing/fields/EditNames.h"
 #include "editing/fields/GlyphColumns.h"
+#include "editing/many/ListEntries.h"
 #include "editing/many/NewRecords.h"
 #include "model/EditedValue.h"
 #include "model/GlyphList.h"
 #include "model/NameRules.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <algorithm>
 
 namespace runebook {
@@ -33,6 +35,13 @@ bool isWellKnown(const QString &name)
     return listed.contains(name) || nameOfCodePoint(name.sliced(prefix)) == name;
 }
 
+/// A name without its suffix.
+QString baseOfName(const QString &name)
+{
+    const qsizetype dot = name.indexOf(u'.', 1);
+    return dot < 0 ? name : name.first(dot);
+}
+
 /// What a font calls the part of a name that is the name of a record; null when nobody knows.
 QString nameOfPart(const VXDocument &document, const QString &part)
 {
@@ -44,25 +53,55 @@ QString nameOfPart(const VXDocument &document, const QString &part)
     return isWellKnown(part) ? part : QString();
 }
 
-/// "ka_ssa-deva.half" from "ka-deva" and "ssa-deva": what stands behind a hyphen belongs to every part.
-QString nameOfParts(const VXDocument &document, const VXGlyphInfo &info)
+/// The records that stand for the parts of a name without its suffix: what stands behind a hyphen, as in
+/// "lam_alef-ar", belongs to every part.
+QStringList partsOf(const VXDocument &document, const QString &base)
 {
-    const QString name = info.name();
-    const qsizetype dot = name.indexOf(u'.', 1);
-    const QString base = dot < 0 ? name : name.first(dot);
     const qsizetype hyphen = base.indexOf(u'-', 1);
     const QString script = hyphen < 0 ? QString() : base.sliced(hyphen);
     QStringList parts;
     for (const QString &part : base.split(u'_', Qt::SkipEmptyParts)) {
-        QString made = part.endsWith(script) ? QString() : nameOfPart(document, part + script);
-        if (made.isNull())
-            made = nameOfPart(document, part);
-        if (made.isNull())
-            return {};
-        parts << made;
+        const bool isWhole = part.endsWith(script) || nameOfPart(document, part + script).isNull();
+        parts << (isWhole ? part : part + script);
     }
-    const QString whole = parts.join(u'_') + name.sliced(base.size());
-    return parts.isEmpty() || whole == name ? QString() : whole;
+    return parts;
+}
+
+/// The letters of which a ligature is composed, where they are its parts with something between: a conjunct
+/// is named after its consonants, and has a virama.
+QStringList lettersOf(const VXGlyphInfo &info, const QStringList &parts)
+{
+    QStringList letters;
+    auto part = parts.begin();
+    for (const QString &component : entriesIn(info, GlyphField::Decompose)) {
+        letters << baseOfName(component);
+        if (part != parts.end() && *part == letters.back())
+            ++part;
+    }
+    return part == parts.end() && parts.size() > 1 ? letters : parts;
+}
+
+/// "uni06440627" for two of four digits each, "f_uni0627" for others.
+QString joined(const QStringList &names)
+{
+    static const QRegularExpression kDigits(u"^uni(?:[0-9A-F]{4})+$"_s);
+    const bool areDigits = std::all_of(names.begin(), names.end(),
+                                       [](const QString &name) { return kDigits.match(name).hasMatch(); });
+    return areDigits ? u"uni"_s + names.join(u'_').remove(u"uni"_s).remove(u'_') : names.join(u'_');
+}
+
+QString nameOfParts(const VXDocument &document, const VXGlyphInfo &info)
+{
+    const QString name = info.name();
+    const QString base = baseOfName(name);
+    QStringList made;
+    for (const QString &letter : lettersOf(info, partsOf(document, base))) {
+        made << nameOfPart(document, letter);
+        if (made.back().isNull())
+            return {};
+    }
+    const QString whole = joined(made) + name.sliced(base.size());
+    return made.isEmpty() || whole == name ? QString() : whole;
 }
 
 } // namespace

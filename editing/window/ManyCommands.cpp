@@ -9,11 +9,13 @@
 #include "editing/records/GlyphTableView.h"
 #include "editing/records/RSRTVArrayController.h"
 #include "model/FieldTable.h"
+#include "platform/CallLater.h"
 #include "platform/LongWork.h"
 #include "platform/UndoManager.h"
 
 #include <QTimer>
 #include <algorithm>
+#include <memory>
 
 namespace runebook {
 
@@ -51,6 +53,15 @@ void ManyCommands::select(const InfoList &infos)
     });
 }
 
+/// Once the sheet is closed: long work turns the event loop, which may delete the sheet in the middle of it.
+template <class Plan> void ManyCommands::carryOutLater(std::shared_ptr<Plan> plan)
+{
+    callLater(this, [this, plan] {
+        if (carryOut(*plan))
+            m_parts.showMessage(plan->summary());
+    });
+}
+
 // By hand
 
 void ManyCommands::duplicate()
@@ -72,22 +83,16 @@ void ManyCommands::editEntries(std::optional<GlyphField> field)
         return;
     auto *sheet = new EntriesSheet(m_parts.document, m_parts.list.selectedObjects(), field, &m_parts.window);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
-    connect(sheet, &QDialog::accepted, this, [this, sheet] {
-        const std::unique_ptr<EntryPlan> plan = sheet->takePlan();
-        if (carryOut(*plan))
-            m_parts.showMessage(plan->summary());
-    });
+    connect(sheet, &QDialog::accepted, this,
+            [this, sheet] { carryOutLater(std::shared_ptr(sheet->takePlan())); });
     sheet->open();
 }
 
 void ManyCommands::open(PlanSheet *sheet)
 {
     sheet->setAttribute(Qt::WA_DeleteOnClose);
-    connect(sheet, &QDialog::accepted, this, [this, sheet] {
-        const std::unique_ptr<RecordPlan> plan = sheet->takePlan();
-        if (carryOut(*plan))
-            m_parts.showMessage(plan->summary());
-    });
+    connect(sheet, &QDialog::accepted, this,
+            [this, sheet] { carryOutLater(std::shared_ptr(sheet->takePlan())); });
     sheet->open();
 }
 

@@ -6,6 +6,7 @@
 #include <QDeadlineTimer>
 #include <QObject>
 #include <functional>
+#include <memory>
 
 namespace runebook {
 
@@ -52,6 +53,7 @@ private:
     void open(PlanSheet *sheet);
     /// Makes and carries out at once; false, and an error, where something is in the way.
     bool carryOutAll(RecordPlan &plan, Error *error);
+    template <class Plan> void carryOutLater(std::shared_ptr<Plan> plan);
     /// False when the user has stopped it; nothing has changed then.
     bool carryOut(RecordPlan &plan);
     bool carryOut(EntryPlan &plan);

@@ -210,6 +210,15 @@ private Q_SLOTS:
         QCOMPARE(stack().undoText(), u"Add 256 Characters"_s);
         undo();
         QCOMPARE(m_document->countOfInfos(), 5);
+        // So many that the event loop turns meanwhile.
+        sheet = sheetBy<CharactersSheet>(u"<Ctrl+Shift+I>"_s);
+        typeKeys(sheet, u"U+20000-2FFFF"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(summaryOf(*sheet).contains(u"are new"_s), 60'000);
+        const qsizetype before = m_document->countOfInfos();
+        typeKeys(sheet, u"<Return>"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(m_document->countOfInfos() > 50'000, 60'000);
+        undo();
+        QCOMPARE(m_document->countOfInfos(), before);
         // Esc leaves all as it was.
         typeKeys(sheetBy<CharactersSheet>(u"<Ctrl+Shift+I>"_s), u"Z<Esc>"_s);
         QCOMPARE(m_document->countOfInfos(), 5);
