@@ -8,6 +8,7 @@
 #include "editing/tables/ExportDialog.h"
 #include "editing/tables/PasteSheet.h"
 #include "editing/tables/TableClipboard.h"
+#include "platform/CallLater.h"
 #include "platform/LongWork.h"
 #include "platform/MemoryRoom.h"
 #include "platform/PlainLabel.h"
@@ -154,10 +155,14 @@ void TableCommands::openSheet(PastedTable table)
 {
     auto *sheet = new PasteSheet(std::move(table), columnsFromCurrent(), target(), &m_parts.window);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
+    // Once the sheet is closed: long work turns the event loop, which may delete the sheet in the middle of
+    // it.
     connect(sheet, &QDialog::accepted, this, [this, sheet] {
-        Error error;
-        if (paste(sheet->table(), sheet->choices(), &error).isNull() && !error.domain.isEmpty())
-            m_parts.showMessage(error.text());
+        callLater(this, [this, pasted = sheet->table(), choices = sheet->choices()] {
+            Error error;
+            if (paste(pasted, choices, &error).isNull() && !error.domain.isEmpty())
+                m_parts.showMessage(error.text());
+        });
     });
     sheet->open();
 }

@@ -203,11 +203,14 @@ private Q_SLOTS:
         QVERIFY(summaryOf(*sheet).contains(u"do not fit"_s));
         combo(*sheet, u"When there are other than so many rows"_s)->setCurrentText(answer);
         button(sheet, u"Paste"_s)->click();
-        QTRY_VERIFY(!shownWindow<PasteSheet>());
-        QStringList words;
-        for (const InfoPtr &info : m_document->infos())
-            words << info->category();
-        QCOMPARE(words.join(u' '), categories);
+        const auto words = [this] {
+            QStringList all;
+            for (const InfoPtr &info : m_document->infos())
+                all << info->category();
+            return all.join(u' ');
+        };
+        QTRY_COMPARE(words(), categories);
+        QVERIFY(!shownWindow<PasteSheet>());
     }
 
     /// One value goes to all selected records, after a question with their number.
