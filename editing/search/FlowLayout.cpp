@@ -54,7 +54,9 @@ int FlowLayout::place(const QRect &room, bool isMoving) const
     const QRect inner = room.marginsRemoved(contentsMargins());
     int x = inner.x();
     int y = inner.y();
-    int lineHeight = 0;
+    int lineHeight = 0; // of all lines: what stands beside each other has its middle in common
+    for (const auto &item : m_items)
+        lineHeight = item->isEmpty() ? lineHeight : qMax(lineHeight, item->sizeHint().height());
     for (const auto &item : m_items) {
         if (item->isEmpty())
             continue;
@@ -62,14 +64,13 @@ int FlowLayout::place(const QRect &room, bool isMoving) const
         if (x > inner.x() && x + size.width() > inner.right() + 1) {
             x = inner.x();
             y += lineHeight + spacing();
-            lineHeight = 0;
         }
         if (isMoving) {
             const auto direction = parentWidget() ? parentWidget()->layoutDirection() : Qt::LeftToRight;
-            item->setGeometry(QStyle::visualRect(direction, inner, QRect(QPoint(x, y), size)));
+            item->setGeometry(QStyle::visualRect(
+                direction, inner, QRect(QPoint(x, y + (lineHeight - size.height()) / 2), size)));
         }
         x += size.width() + spacing();
-        lineHeight = qMax(lineHeight, size.height());
     }
     return y + lineHeight - room.y() + contentsMargins().bottom();
 }
