@@ -329,6 +329,12 @@ CommandLine parseCommandLine(const QStringList &arguments)
         if (!parser.isSet(QString::fromUtf8(each.option)))
             continue;
         line.mode = each.mode;
+        // Whoever thinks that a script is given only some records must hear that it is not.
+        using enum CommandLine::Mode;
+        const bool takesOnly =
+            each.mode == Check || each.mode == Conversion || each.mode == Help || each.mode == Version;
+        if (!line.only.isNull() && !takesOnly)
+            return wrong(Texts::tr("--only goes with --convert and --check; a script filters by itself."));
         const QString objection = each.take(parser, line);
         return objection.isNull() ? line : wrong(objection);
     }

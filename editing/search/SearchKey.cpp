@@ -78,6 +78,8 @@ QString suffixOfName(const VXGlyphInfo &info)
 
 SearchKey SearchKey::of(QStringView key)
 {
+    if (const std::optional<GlyphField> field = fieldForKey(key))
+        return {kindOf(*field), *field};
     for (const auto &row : kOtherNames) {
         if (key == row.key)
             return {kindOf(row.field), row.field};
@@ -86,8 +88,7 @@ SearchKey SearchKey::of(QStringView key)
         if (key == row.key)
             return row.meaning;
     }
-    const std::optional<GlyphField> field = fieldForKey(key);
-    return field ? SearchKey {kindOf(*field), *field} : SearchKey {};
+    return {};
 }
 
 bool SearchKey::isAnnounced() const

@@ -276,6 +276,7 @@ private Q_SLOTS:
         QVERIFY(piped.waitForFinished(60'000));
         QCOMPARE(QString::fromUtf8(piped.readAllStandardOutput()), u"-: 1 records, a table, 0 problems\n"_s);
         QCOMPARE(piped.exitCode(), 0);
+        QCOMPARE(run({u"--eval"_s, u"1"_s, u"--only"_s, u"A"_s, clean}).status, 2);
         QCOMPARE(run({u"--check"_s}).status, 2);
     }
 
