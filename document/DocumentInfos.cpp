@@ -18,6 +18,7 @@ DocumentInfos::DocumentInfos(GlyphInfoOwner &owner, UndoManager &undoManager)
 
 void DocumentInfos::install(InfoList infos)
 {
+    ++m_number;
     m_ownership.dismissAll();
     // Kept until all have heard: who shows the list still has its rows when it is told.
     const InfoList former = m_infos.exchange(std::move(infos));
@@ -29,9 +30,14 @@ void DocumentInfos::install(InfoList infos)
     Q_EMIT reset();
 }
 
+void DocumentInfos::registerUndo(ListUndo kind, Undo::How how, const InfoList &infos, const IndexSet &places)
+{
+    m_undoManager.registerOperation(std::make_unique<Undo>(*this, kind, how, infos, places));
+}
+
 void DocumentInfos::add(const InfoPtr &info)
 {
-    m_undoManager.registerUndo([this, info] { remove(info); });
+    registerUndo(ListUndo::Remove, Undo::How::One, {info}, {count()});
     putIn({info}, {count()}, Notice::Observers);
 }
 
@@ -39,26 +45,29 @@ void DocumentInfos::add(const InfoList &infos)
 {
     // What cannot be had fails before anything is changed.
     m_infos.makeRoomFor(infos.size());
-    m_undoManager.registerUndo([this, infos] { remove(infos); });
-    putIn(infos, IndexSet::run(count(), infos.size()), Notice::Observers);
+    const IndexSet places = IndexSet::run(count(), infos.size());
+    registerUndo(ListUndo::Remove, Undo::How::Several, infos, places);
+    putIn(infos, places, Notice::Observers);
 }
 
 void DocumentInfos::remove(const InfoPtr &info)
 {
-    m_undoManager.registerUndo([this, info] { add(info); });
-    takeOut(placesOf({info}), Notice::Quiet);
+    const IndexSet places = placesOf({info});
+    registerUndo(ListUndo::Append, Undo::How::One, {info}, places);
+    takeOut(places, Notice::Quiet);
 }
 
 void DocumentInfos::remove(const InfoList &infos)
 {
-    m_undoManager.registerUndo([this, infos] { add(infos); });
-    takeOut(placesOf(infos), Notice::Quiet);
+    const IndexSet places = placesOf(infos);
+    registerUndo(ListUndo::Append, Undo::How::Several, infos, places);
+    takeOut(places, Notice::Quiet);
 }
 
 void DocumentInfos::insertAt(const InfoPtr &info, qsizetype index)
 {
     const qsizetype place = qBound<qsizetype>(0, index, count());
-    m_undoManager.registerUndo([this, place] { removeAt(place); });
+    registerUndo(ListUndo::RemoveAt, Undo::How::One, {info}, {place});
     putIn({info}, {place}, Notice::Observers);
 }
 
@@ -74,7 +83,7 @@ void DocumentInfos::insertAt(const InfoList &infos, const IndexSet &indexes)
         const auto before = static_cast<qsizetype>(places.size());
         places.push_back(qBound(before, index, count() + before));
     }
-    m_undoManager.registerUndo([this, places] { removeAt(places); });
+    registerUndo(ListUndo::RemoveAt, Undo::How::Several, infos, places);
     putIn(infos, places, Notice::Observers);
 }
 
@@ -83,7 +92,7 @@ void DocumentInfos::removeAt(qsizetype index)
     const InfoPtr info = at(index);
     if (!info)
         return;
-    m_undoManager.registerUndo([this, info, index] { insertAt(info, index); });
+    registerUndo(ListUndo::InsertAt, Undo::How::One, {info}, {index});
     takeOut({index}, Notice::Observers);
     m_ownership.dismiss(info);
 }
@@ -100,7 +109,7 @@ void DocumentInfos::removeAt(const IndexSet &indexes)
     }
     if (present.empty())
         return;
-    m_undoManager.registerUndo([this, infos, present] { insertAt(infos, present); });
+    registerUndo(ListUndo::InsertAt, Undo::How::Several, infos, present);
     takeOut(present, Notice::Observers);
 }
 
@@ -109,6 +118,7 @@ void DocumentInfos::replaceAt(qsizetype index, const InfoPtr &info)
     const InfoPtr former = at(index);
     if (!former || !info)
         return;
+    ++m_number;
     m_lookups.remove(*former);
     InfoOwnership::leave(former);
     m_ownership.keepOutside(former);
@@ -123,7 +133,7 @@ void DocumentInfos::replaceAt(qsizetype index, const InfoPtr &info)
 void DocumentInfos::reorder(const InfoList &infos)
 {
     const InfoList old = m_infos.exchange(infos);
-    m_undoManager.registerUndo([this, old] { reorder(old); });
+    m_undoManager.registerOperation(Undo::ofReordering(*this, old, infos));
     bool areTheSame = old.size() == infos.size();
     for (const InfoPtr &info : old) {
         areTheSame &= info->listings() == 1;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/InfoListUndo.h"
 #include "document/InfoLookups.h"
 #include "document/InfoOwnership.h"
 #include "document/InfoSequence.h"
@@ -29,6 +30,10 @@ public: // asking
     qsizetype placeOf(const VXGlyphInfo *info) const { return info ? m_infos.placeOf(*info) : -1; }
     /// The records that removed() tells of, while it does.
     const InfoList &leaving() const { return m_leaving; }
+    /// Where the records stand, each as often as it does.
+    IndexSet placesOf(const InfoList &infos) const;
+    /// Another one after every change of the list that is no step.
+    quint64 number() const { return m_number; }
     const InfoLookups &lookups() const { return m_lookups; }
     InfoOwnership &ownership() { return m_ownership; }
 
@@ -68,13 +73,15 @@ private:
     void putIn(const InfoList &infos, const IndexSet &indexes, Notice notice);
     void takeOut(const IndexSet &indexes, Notice notice);
     void listChanged(Notice notice);
-    IndexSet placesOf(const InfoList &infos) const;
+    using Undo = InfoListUndo<DocumentInfos>;
+    void registerUndo(ListUndo kind, Undo::How how, const InfoList &infos, const IndexSet &places);
 
     UndoManager &m_undoManager;
     InfoSequence m_infos;
     InfoOwnership m_ownership;
     InfoLookups m_lookups;
     InfoList m_leaving;
+    quint64 m_number = 0;
 };
 
 } // namespace runebook

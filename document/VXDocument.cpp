@@ -6,10 +6,12 @@
 #include "document/GlyphDataReader.h"
 #include "document/GlyphDataWriter.h"
 #include "document/GlyphPreview.h"
+#include "document/NameUses.h"
 #include "document/PreviewFonts.h"
 #include "document/ReloadedContent.h"
 #include "document/SavingChanges.h"
 #include "document/TabbedTable.h"
+#include "document/UndoOnly.h"
 #include "platform/CallLater.h"
 #include "platform/CheckedFile.h"
 #include "platform/FilePath.h"
@@ -417,6 +419,38 @@ QString VXDocument::displayName() const
             break;
     }
     return fewest == 0 ? Document::displayName() : fileURL().section(u'/', -fewest);
+}
+
+bool VXDocument::undoOnlyStep(int step, Error *error)
+{
+    const bool isDone = undoOnly(*undoManager(), step, error);
+    flushChanges();
+    return isDone;
+}
+
+// Names in other records
+
+InfoList VXDocument::infosUsingName(const QString &name) const
+{
+    InfoList found;
+    const InfoPtr nameBearer = VXGlyphInfo::init();
+    nameBearer->setName(name);
+    NameUses uses = NameUses::of(infos(), *this, {nameBearer});
+    uses.finish();
+    for (const NameUse &use : uses.uses()) {
+        const bool isKnown = !found.empty() && found.back() == use.info;
+        if (use.field != GlyphField::Name && !isKnown)
+            found.push_back(use.info);
+    }
+    return found;
+}
+
+qsizetype VXDocument::renameInfoToReferences(const InfoPtr &info, const QString &name, bool references,
+                                             Error *error)
+{
+    const std::optional<qsizetype> others = renameInfo(infos(), *this, info, name, references, error);
+    flushChanges();
+    return others.value_or(0);
 }
 
 // Previews

@@ -137,6 +137,11 @@ public: // the info list
     /// Puts the records into another order: the list's own records, each once. Undo restores the old order.
     Q_INVOKABLE void reorderInfos(const InfoList &infos) { m_infos.reorder(infos); }
 
+public: // history
+    /// Takes back the step of that number, from 0, and leaves all behind it as they are; that is a new step.
+    /// False, and an error that says what is in the way, where a later one changed the same.
+    Q_INVOKABLE bool undoOnlyStep(int step, runebook::Error *error = nullptr);
+
 public: // look-ups: the first record in list order wins
     Q_INVOKABLE InfoPtr infoForName(const QString &name) const override
     {
@@ -161,6 +166,15 @@ public: // look-ups: the first record in list order wins
     Q_INVOKABLE static QStringList categories() { return VXGlyphInfo::categories(); }
     Q_INVOKABLE static QStringList subCategories() { return VXGlyphInfo::subCategories(); }
     Q_INVOKABLE static QStringList scripts() { return VXGlyphInfo::scripts(); }
+
+public: // names in other records: decompositions, marks, alternate names; see Renaming.h
+    /// The records that name \a name there, in list order.
+    Q_INVOKABLE InfoList infosUsingName(const QString &name) const;
+    /// Gives the record another name and, with \a references, writes it wherever others name it, and in the
+    /// names that are built on it, as one step. How many other records that changed; an error where the name
+    /// cannot be.
+    Q_INVOKABLE qsizetype renameInfoToReferences(const InfoPtr &info, const QString &name, bool references,
+                                                 runebook::Error *error = nullptr);
 
 public: // previews, by the names that scripts know; see GlyphPreview.h and PreviewFonts.h
     Q_INVOKABLE QString stringForInfo(const InfoPtr &info) const;

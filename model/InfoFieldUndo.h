@@ -12,7 +12,7 @@ namespace runebook {
 
 /// The old values of changed fields of one undo step, in the order of the changes. Undoing swaps them with
 /// what the records hold, so a step over 100,000 records costs their old values and nothing more. Of a record
-/// it needs to know currentValue(), exchange() and notifyChanged().
+/// it needs to know currentValue(), exchange() and notifyChanged(), and listings().
 template <typename Record, typename Field, typename Value> class InfoFieldUndo final : public UndoOperation
 {
 public:
@@ -37,6 +37,31 @@ public:
             entry.info->notifyChanged(entry.field, entry.old);
         }
         manager.registerOperation(std::move(inverse));
+    }
+
+    /// Calls \a visit with the record, the field and the old value of each change, in their order.
+    template <typename Visit> void forEach(Visit visit) const
+    {
+        for (const Entry &entry : m_entries)
+            visit(entry.info, entry.field, entry.old);
+    }
+
+    bool appendTouched(std::vector<UndoTouch> &touched) const override
+    {
+        for (const Entry &entry : m_entries)
+            touched.push_back({entry.info.get(), static_cast<int>(entry.field)});
+        return true;
+    }
+
+    std::unique_ptr<UndoOperation> duplicate() const override
+    {
+        // Taking back what nobody sees would be a step that does nothing.
+        const auto isListed = [](const Entry &entry) { return entry.info->listings() > 0; };
+        if (!std::all_of(m_entries.begin(), m_entries.end(), isListed))
+            return nullptr;
+        auto second = std::make_unique<InfoFieldUndo>();
+        second->m_entries = m_entries;
+        return second;
     }
 
 private:

@@ -3,6 +3,8 @@
 #include "platform/CallLater.h"
 
 #include <QUndoCommand>
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace runebook {
@@ -26,12 +28,27 @@ private:
 class UndoManager::Step final : public QUndoCommand
 {
 public:
-    Step(UndoManager &manager, Operations operations, const QString &name, std::shared_ptr<const void> before)
+    Step(UndoManager &manager, Operations operations, const QString &name, std::shared_ptr<const void> before,
+         bool joins)
         : QUndoCommand(name),
           m_manager(manager),
           m_operations(std::move(operations)),
-          m_before(std::move(before))
+          m_before(std::move(before)),
+          m_joins(joins)
     {
+    }
+
+    int id() const override { return 1; } // so that the stack asks each whether it takes the next one in
+
+    bool mergeWith(const QUndoCommand *next) override
+    {
+        auto *step = static_cast<Step *>(const_cast<QUndoCommand *>(next)); // NOLINT: it goes afterwards
+        if (!step->m_joins)
+            return false;
+        std::move(step->m_operations.begin(), step->m_operations.end(), std::back_inserter(m_operations));
+        if (!step->text().isEmpty())
+            setText(step->text());
+        return true;
     }
 
     void undo() override
@@ -51,12 +68,15 @@ public:
         m_manager.giveBack(m_after);
     }
 
+    const Operations &operations() const { return m_operations; }
+
 private:
     UndoManager &m_manager;
     Operations m_operations;
     std::shared_ptr<const void> m_before;
     std::shared_ptr<const void> m_after;
     bool m_isNew = true;
+    bool m_joins = false;
 };
 
 /// Seldom more than a few. Never destroyed: documents that are open to the end leave it then.
@@ -157,9 +177,11 @@ void UndoManager::closeGroup()
     Operations operations = std::exchange(m_open, {});
     const QString name = std::exchange(m_openName, {});
     std::shared_ptr<const void> place = std::exchange(m_openPlace, {});
+    const bool joins = std::exchange(m_joinsLast, false);
     if (operations.empty())
         return;
-    m_stack.push(new Step(*this, std::move(operations), name, std::move(place)));
+    m_stack.push(new Step(*this, std::move(operations), name, std::move(place), joins));
+    Q_EMIT recorded();
 }
 
 std::shared_ptr<const void> UndoManager::currentPlace() const
@@ -234,6 +256,119 @@ void UndoManager::removeAllActions()
         m_stack.resetClean();
     m_holdsNotice = false;
     noteCleanChange();
+}
+
+QStringList UndoManager::stepNames() const
+{
+    QStringList names;
+    for (int i = 0; i < m_stack.count(); ++i)
+        names << m_stack.text(i);
+    return names;
+}
+
+// One step alone
+
+namespace {
+
+/// What a step touches, to be asked for what others touch.
+class Touched
+{
+public:
+    /// False where nobody can tell.
+    bool add(const UndoOperation &operation) { return operation.appendTouched(m_touches); }
+    void settle()
+    {
+        std::sort(m_touches.begin(), m_touches.end());
+        m_touches.erase(std::unique(m_touches.begin(), m_touches.end()), m_touches.end());
+    }
+    const std::vector<UndoTouch> &all() const { return m_touches; }
+    bool meets(const UndoTouch &other) const
+    {
+        // The whole of a thing comes before its parts.
+        auto found =
+            std::lower_bound(m_touches.begin(), m_touches.end(), UndoTouch {other.thing, UndoTouch::kWhole});
+        const auto isOfThing = [&] { return found != m_touches.end() && found->thing == other.thing; };
+        if (!isOfThing())
+            return false;
+        if (other.part == UndoTouch::kWhole || found->part == UndoTouch::kWhole)
+            return true;
+        return std::binary_search(found, m_touches.end(), other);
+    }
+
+private:
+    std::vector<UndoTouch> m_touches;
+};
+
+} // namespace
+
+const UndoManager::Step &UndoManager::stepAt(int step) const
+{
+    return *static_cast<const Step *>(m_stack.command(step));
+}
+
+UndoOperation::Span UndoManager::operationsOf(int step) const
+{
+    return stepAt(step).operations();
+}
+
+/// The first step behind \a step that touches what it touches.
+std::optional<UndoManager::Obstacle> UndoManager::laterObstacle(int step) const
+{
+    Touched touched;
+    for (const auto &operation : stepAt(step).operations()) {
+        if (!touched.add(*operation))
+            return Obstacle {Obstacle::Unknown, step, {}};
+    }
+    touched.settle();
+    for (int i = step + 1; i < m_stack.index(); ++i) {
+        std::vector<UndoTouch> later;
+        for (const auto &operation : stepAt(i).operations()) {
+            if (!operation->appendTouched(later))
+                return Obstacle {Obstacle::Unknown, i, {}};
+        }
+        const auto same = std::find_if(later.begin(), later.end(),
+                                       [&touched](const UndoTouch &touch) { return touched.meets(touch); });
+        if (same != later.end())
+            return Obstacle {Obstacle::SameThing, i, *same};
+    }
+    return {};
+}
+
+/// Has \a operations, those of \a step, happen behind all steps that are done.
+std::optional<UndoManager::Obstacle> UndoManager::adaptToLater(Operations &operations, int step) const
+{
+    for (int i = step + 1; i < m_stack.index(); ++i) {
+        for (const auto &later : stepAt(i).operations()) {
+            for (const auto &operation : operations) {
+                if (!operation->passBehind(*later, operations))
+                    return Obstacle {Obstacle::SamePlaces, i, {}};
+            }
+        }
+    }
+    return {};
+}
+
+std::optional<UndoManager::Obstacle> UndoManager::undoOnly(int step, const QString &name)
+{
+    if (m_state != State::Recording)
+        return Obstacle {Obstacle::Unknown, step, {}};
+    closeGroup();
+    if (step < 0 || step >= m_stack.index())
+        return Obstacle {Obstacle::Gone, step, {}};
+    if (const std::optional<Obstacle> obstacle = laterObstacle(step))
+        return obstacle;
+    Operations operations;
+    for (const auto &operation : stepAt(step).operations()) {
+        operations.push_back(operation->duplicate());
+        if (!operations.back())
+            return Obstacle {Obstacle::Gone, step, {}};
+    }
+    if (const std::optional<Obstacle> obstacle = adaptToLater(operations, step))
+        return obstacle;
+    const UndoGroup group(this, name);
+    for (auto operation = operations.rbegin(); operation != operations.rend(); ++operation)
+        (*operation)->perform(*this);
+    return {};
 }
 
 UndoManager::Operations UndoManager::performAll(Operations operations, State state)

@@ -2,14 +2,26 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QUndoStack>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <vector>
 
 namespace runebook {
 
 class UndoManager;
+
+/// What a change touches: one part of a thing (a field of a record, by its number) or all of it. Things are
+/// told apart by their addresses.
+struct UndoTouch {
+    static constexpr int kWhole = -1;
+    const void *thing = nullptr;
+    int part = kWhole;
+    auto operator<=>(const UndoTouch &) const = default;
+};
 
 /// The inverse of one change. An edit registers it before it acts; performing it must register the inverse
 /// of the inverse with \a manager, which makes the redo.
@@ -18,6 +30,22 @@ class UndoOperation
 public:
     virtual ~UndoOperation() = default;
     virtual void perform(UndoManager &manager) = 0;
+
+public: // for taking back one step without those behind it; what says nothing of itself stands in the way
+    /// Appends what the change touches; false where nobody can tell.
+    virtual bool appendTouched(std::vector<UndoTouch> &) const { return false; }
+    /// Another one that does the same, to be performed now though other steps came behind; null where that
+    /// cannot be.
+    virtual std::unique_ptr<UndoOperation> duplicate() const { return nullptr; }
+    using Span = std::span<const std::unique_ptr<UndoOperation>>;
+    /// Makes of itself what it has to be once \a later has happened as well: places in a list are others
+    /// then. \a together: all operations of its own step. False where both touch the same places.
+    virtual bool passBehind(const UndoOperation &later, Span together)
+    {
+        Q_UNUSED(later)
+        Q_UNUSED(together)
+        return true;
+    }
 };
 
 /// The undo history of one document, kept in a QUndoStack: a step for each user command or script run,
@@ -75,6 +103,8 @@ public: // history
     void goToStep(int count);
     /// The same for going back, as if the steps behind those had never been: none of them can be redone.
     void takeBackToStep(int count);
+    /// The names of all steps, those that were undone last.
+    Q_INVOKABLE QStringList stepNames() const;
     bool isUndoing() const { return m_state == State::Undoing; }
     bool isRedoing() const { return m_state == State::Redoing; }
     /// True when the document is as it was saved: the clean index of the stack, nothing pending.
@@ -87,13 +117,44 @@ public: // history
     /// The stack, for menus and history lists. Do not push onto it.
     QUndoStack *stack() { return &m_stack; }
 
+public: // what is about steps
+    /// The inverses that lead to the other side of a step, from 0; valid until the next change.
+    UndoOperation::Span operationsOf(int step) const;
+    /// Makes the group that is open a part of the step before it, under its own name if it has one; a step
+    /// apart all the same where the document was saved between them. To be called in the group.
+    void joinLastStep() { m_joinsLast = m_level > 0; }
+
+public: // one step alone
+    /// What keeps a step from being taken back without those behind it.
+    struct Obstacle {
+        enum Reason : quint8 {
+            Unknown, ///< nobody can tell what that step touches
+            SameThing, ///< it touches what the other one does
+            SamePlaces, ///< the same for places in a list
+            Gone, ///< what the step itself has changed is there no more
+        };
+        Reason reason = Unknown;
+        int step = 0; ///< from 0; the step itself where no later one is to blame
+        UndoTouch touch;
+    };
+    /// Takes back the step of that number, from 0, as a new step called \a name, and leaves all others as
+    /// they are. Nothing happens where that cannot be: the answer says why, for steps that are not done as
+    /// well.
+    [[nodiscard]] std::optional<Obstacle> undoOnly(int step, const QString &name);
+
 Q_SIGNALS:
     void cleanChanged(bool clean);
     /// A step has begun, was closed, undone or redone.
     void changed();
+    /// A step was closed and is the last of the stack now; not said of those that are redone.
+    void recorded();
 
 private:
     class Step;
+    const Step &stepAt(int step) const;
+    std::optional<Obstacle> laterObstacle(int step) const;
+    std::optional<Obstacle> adaptToLater(std::vector<std::unique_ptr<UndoOperation>> &operations,
+                                         int step) const;
     enum class State { Recording, Undoing, Redoing };
     using Operations = std::vector<std::unique_ptr<UndoOperation>>;
 
@@ -115,6 +176,7 @@ private:
     bool m_wasClean = true;
     bool m_holdsNotice = false;
     bool m_forgetsUndone = false;
+    bool m_joinsLast = false;
 };
 
 /// One undo step in one scope: opens a group, and closes it when it goes.

@@ -23,6 +23,7 @@ GeneralPane::GeneralPane(QWidget *parent) : QWidget(parent), m_ui(std::make_uniq
     m_ui->setupUi(this);
     SettingBinding::bind(m_ui->restoreWindows, Settings::kRestoresWindows);
     SettingBinding::bind(m_ui->reloadChangedFiles, Settings::kReloadsChangedFiles);
+    SettingBinding::bind(m_ui->renamesElsewhere, Settings::kRenamesElsewhere);
     SettingBinding::bind(m_ui->autosaveDelay, Settings::kAutosaveDelay);
     connect(m_ui->showOriginals, &QPushButton::clicked, this, &GeneralPane::showOriginals);
     connect(m_ui->resetColumns, &QPushButton::clicked, this, &GeneralPane::resetColumns);

@@ -45,9 +45,7 @@ void setField(VXGlyphInfo &info, GlyphField field, const QString &text)
 
 QString nameOfChange(GlyphField field, const InfoList &changed)
 {
-    return editName(Texts::tr("Change %1").arg(fieldTitle(field)),
-                    Texts::tr("Change %2 of %1 Records").replace(u"%2"_s, fieldTitle(field)),
-                    std::ssize(changed));
+    return editNameOf(Texts::tr("Change %2 of %1").replace(u"%2"_s, fieldTitle(field)), changed);
 }
 
 /// What the field would show after the text was stored.

@@ -26,7 +26,6 @@ namespace runebook {
 
 namespace {
 
-constexpr int kMargin = 4; // as the header has it
 constexpr char kTextAtStart[] = "textAtStart";
 
 GlyphField fieldOfColumn(int column)

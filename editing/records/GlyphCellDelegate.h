@@ -18,6 +18,8 @@ class GlyphCellDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
 public:
+    static constexpr int kMargin = 4; ///< left and right of the text, as the header has it
+
     GlyphCellDelegate(RSRTVArrayController &controller, QObject *parent);
 
     /// The editor of the cell that is being edited, or null.

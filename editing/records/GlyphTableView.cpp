@@ -412,8 +412,8 @@ void GlyphTableView::goToEnd(Qt::Key key, Qt::KeyboardModifiers modifiers)
 
 void GlyphTableView::goToRow(int row)
 {
-    m_controller.setSelectionIndexes({row});
     setCurrentIndex(model()->index(row, qMax(0, currentIndex().column())));
+    m_controller.setSelectionIndexes({row}); // afterwards: while Ctrl is held the above deselects
     scrollTo(model()->index(row, 0), PositionAtCenter);
 }
 

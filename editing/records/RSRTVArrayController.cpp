@@ -772,8 +772,7 @@ void RSRTVArrayController::moveObjectsInArrangedObjectsFromIndexesToIndex(const 
     if (moved.empty() || moved.size() != rows.size())
         return;
     const qsizetype target = row - rowsAboveRowInIndexSet(row, rows);
-    const UndoGroup group(m_document.undoManager(),
-                          editName(tr("Move"), tr("Move %1 Records"), std::ssize(moved)));
+    const UndoGroup group(m_document.undoManager(), editNameOf(tr("Move %1"), moved));
     removeObjectsAtArrangedObjectIndexes(rows);
     m_document.insertObjectsInInfosAtIndexes(moved, IndexSet::run(target, moved.size()));
 }
@@ -792,8 +791,7 @@ void RSRTVArrayController::copyObjectsInArrangedObjectsFromIndexesToIndex(const 
         sources.push_back(source);
         copies.push_back(source->copy());
     }
-    const UndoGroup group(m_document.undoManager(),
-                          editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
+    const UndoGroup group(m_document.undoManager(), editNameOf(tr("Duplicate %1"), sources));
     m_document.insertObjectsInInfosAtIndexes(copies, IndexSet::run(first, copies.size()));
     for (std::size_t i = copies.size(); i-- > 0;)
         m_questions.tellOfCopy(this, sources[i], copies[i]);

@@ -99,9 +99,7 @@ LeftOut moveNamesToAltNames(VXDocument &document, const InfoList &infos)
 {
     const UndoGroup group(
         document.undoManager(),
-        editName(QCoreApplication::translate("EditCommands", "Name to Alternate Names"),
-                 QCoreApplication::translate("EditCommands", "Names to Alternate Names of %1 Records"),
-                 std::ssize(infos)));
+        editNameOf(QCoreApplication::translate("EditCommands", "Name to Alternate Names of %1"), infos));
     LeftOut leftOut;
     for (const InfoPtr &info : infos) {
         QStringList names = info->altNames();

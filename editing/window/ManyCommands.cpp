@@ -70,10 +70,10 @@ void ManyCommands::duplicate()
         return;
     FreeNames names(m_parts.document);
     std::vector<NewRecord> copies;
-    for (const InfoPtr &info : m_parts.list.selectedObjects())
+    const InfoList selected = m_parts.list.selectedObjects();
+    for (const InfoPtr &info : selected)
         copies.push_back({duplicateOf(*info, names.nameFor(info->name())), info});
-    const UndoGroup group(m_parts.document.undoManager(),
-                          editName(tr("Duplicate"), tr("Duplicate %1 Records"), std::ssize(copies)));
+    const UndoGroup group(m_parts.document.undoManager(), editNameOf(tr("Duplicate %1"), selected));
     select(insertBehind(m_parts.document, std::move(copies)));
 }
 

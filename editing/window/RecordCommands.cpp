@@ -9,6 +9,7 @@
 #include "editing/records/SortNumbering.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/EditCommands.h"
+#include "editing/window/NameCommands.h"
 #include "editing/window/WindowSettings.h"
 #include "model/StringHelpers.h"
 #include "platform/DesktopApplication.h"
@@ -41,9 +42,7 @@ InfoList pasteInto(VXDocument &document, const InfoList &selected, const QMimeDa
     constexpr std::size_t kForEachRow = 64;
     constexpr std::size_t kForEachPasted = 896;
     ensureRoom(document.infos().size() * kForEachRow + pasted.size() * kForEachPasted);
-    const UndoGroup group(
-        document.undoManager(),
-        editName(RecordCommands::tr("Paste"), RecordCommands::tr("Paste %1 Records"), std::ssize(pasted)));
+    const UndoGroup group(document.undoManager(), editNameOf(RecordCommands::tr("Paste %1"), pasted));
     if (selected.size() != 1) {
         document.addInfos(pasted);
         return pasted;
@@ -77,8 +76,7 @@ void RecordCommands::cut()
     if (!m_parts.commitEditing())
         return;
     copy();
-    const UndoGroup group(m_parts.document.undoManager(),
-                          editName(tr("Cut"), tr("Cut %1 Records"), m_parts.list.selectedCount()));
+    const UndoGroup group(m_parts.document.undoManager(), editNameOf(tr("Cut %1"), selectedInfos()));
     deleteSelected();
 }
 
@@ -121,8 +119,7 @@ void RecordCommands::deleteSelected()
 {
     if (m_parts.list.selectedCount() == 0 || !m_parts.commitEditing())
         return;
-    const UndoGroup group(m_parts.document.undoManager(),
-                          editName(tr("Delete"), tr("Delete %1 Records"), m_parts.list.selectedCount()));
+    const UndoGroup group(m_parts.document.undoManager(), editNameOf(tr("Delete %1"), selectedInfos()));
     m_parts.list.remove();
 }
 
@@ -153,13 +150,13 @@ void RecordCommands::remove()
     box->setWindowModality(Qt::WindowModal);
     box->setIcon(QMessageBox::Warning);
     setPlainTexts(*box, tr("Do you really want to remove all selected entries?"), removalText());
+    NameCommands::tellOfUses(*box, m_parts.document, selectedInfos());
     QPushButton *remove = box->addButton(tr("Remove"), QMessageBox::AcceptRole);
     QPushButton *cancel = box->addButton(tr("Cancel"), QMessageBox::RejectRole);
     box->setDefaultButton(remove);
     box->setEscapeButton(cancel);
     connect(remove, &QPushButton::clicked, this, [this] {
-        const UndoGroup group(m_parts.document.undoManager(),
-                              editName(tr("Remove"), tr("Remove %1 Records"), m_parts.list.selectedCount()));
+        const UndoGroup group(m_parts.document.undoManager(), editNameOf(tr("Remove %1"), selectedInfos()));
         m_parts.list.remove();
     });
     box->open();
@@ -191,7 +188,8 @@ void RecordCommands::makeLegacyName()
     const InfoList selected = selectedInfos();
     if (selected.empty())
         return;
-    const UndoGroup group(m_parts.document.undoManager(), tr("Make Legacy Name"));
+    const UndoGroup group(m_parts.document.undoManager(),
+                          editNameOf(tr("Make Legacy Name of %1"), {selected.front()}));
     selected.front()->generateUniName();
 }
 
@@ -212,8 +210,7 @@ void RecordCommands::numberSortNames()
             return;
         }
         const UndoGroup group(m_parts.document.undoManager(),
-                              editName(tr("Number Sort Names"), tr("Number Sort Names of %1 Records"),
-                                       m_parts.list.selectedCount()));
+                              editNameOf(tr("Number Sort Names of %1"), selectedInfos()));
         numbering.apply(selectedInfos());
     });
     m_sortNameDialog->open();

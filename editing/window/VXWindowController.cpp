@@ -8,13 +8,17 @@
 #include "editing/search/SavedFilters.h"
 #include "editing/search/SearchFilter.h"
 #include "editing/search/VXSearchField.h"
+#include "editing/window/ComponentLinks.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/FileDrop.h"
 #include "editing/window/ManyCommands.h"
+#include "editing/window/NameCommands.h"
 #include "editing/window/PreviewLabel.h"
 #include "editing/window/RecordCommands.h"
+#include "editing/window/RenameOffer.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/TableCommands.h"
+#include "editing/window/VisitedPlaces.h"
 #include "editing/window/WindowContent.h"
 #include "editing/window/WindowFilters.h"
 #include "editing/window/WindowProblems.h"
@@ -176,6 +180,11 @@ void VXWindowController::setSortName() { m_content->commands().numberSortNames()
 void VXWindowController::showInUnicodeChecker() { m_content->commands().showInCharacterApplication(); }
 void VXWindowController::selectAll() { m_content->commands().selectAll(); }
 void VXWindowController::writeShownOrder() { m_content->commands().writeShownOrder(); }
+void VXWindowController::showUses() { m_content->names().showUses(); }
+void VXWindowController::renameInOtherRecords() { m_content->names().renaming().showList(); }
+void VXWindowController::goToComponent() { m_content->names().links().goToComponent(); }
+void VXWindowController::goBack() { m_content->names().places().go(-1); }
+void VXWindowController::goForward() { m_content->names().places().go(1); }
 void VXWindowController::goToInfo() { m_content->search().goToInfo(); }
 void VXWindowController::showInfo(const InfoPtr &info) { m_content->search().showInfo(info); }
 void VXWindowController::setUpSearchMenu() { searchField()->setUpSearchMenu(); }

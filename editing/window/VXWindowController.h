@@ -129,6 +129,15 @@ public: // commands on the selected records
     /// Selects one record and scrolls to it, taking away a filter that hides it.
     Q_INVOKABLE void showInfo(const InfoPtr &info);
     Q_INVOKABLE void writeShownOrder();
+    /// Lists who uses the selected records: in decompositions, marks, alternate names and names.
+    Q_INVOKABLE void showUses();
+    /// Lists where records that were renamed still have their former names, to be renamed there too.
+    Q_INVOKABLE void renameInOtherRecords();
+    /// Goes to a record that the selected one names, or offers all of them.
+    Q_INVOKABLE void goToComponent();
+    /// The records that were gone to before, and those after them.
+    Q_INVOKABLE void goBack();
+    Q_INVOKABLE void goForward();
     /// Pastes the cells of a text as a table is pasted when nobody answers: columns by their headings, rows
     /// by name, code point or production name, else onto the selected records, else as new ones. What was
     /// done, in words; an error for what would have to be asked.

@@ -11,7 +11,9 @@
 #include "editing/window/DetailPane.h"
 #include "editing/window/EmptyNotices.h"
 #include "editing/window/ManyCommands.h"
+#include "editing/window/NameCommands.h"
 #include "editing/window/RecordCommands.h"
+#include "editing/window/RenameOffer.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
 #include "editing/window/TableCommands.h"
@@ -94,11 +96,13 @@ void WindowContent::buildFeatures()
     m_search = new WindowSearch(*m_parts, this);
     m_filters = new WindowFilters(*m_parts, *static_cast<QVBoxLayout *>(m_view->layout()), this);
     m_problems = new WindowProblems(*m_parts, *m_split, this);
+    m_names = new NameCommands(*m_parts, *m_search, this);
     m_replace = new ReplaceCommand(*m_parts, m_problems->problems(), this);
     m_tables = new TableCommands(*m_parts, this);
     m_many = new ManyCommands(*m_parts, this);
     m_menus = new WindowMenus(
-        m_window, *m_parts, {*m_commands, *m_search, *m_filters, *m_problems, *m_replace, *m_tables, *m_many},
+        m_window, *m_parts,
+        {*m_commands, *m_search, *m_filters, *m_problems, *m_names, *m_replace, *m_tables, *m_many},
         *m_state);
     auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_filters, *m_problems, this);
     connect(m_state, &StateChange::changed, m_title, &WindowTitle::synchronize);
@@ -152,6 +156,8 @@ void WindowContent::connectFeatures()
     connect(m_problems, &WindowProblems::showRequested, m_search, &WindowSearch::showInfo);
     connect(m_problems, &WindowProblems::conditionChanged, m_search, &WindowSearch::setCondition);
     connect(m_problems, &WindowProblems::shownChanged, m_state, &StateChange::note);
+    connect(&m_names->renaming(), &RenameOffer::changed, m_state, &StateChange::note);
+    connect(m_search, &WindowSearch::arrived, m_state, &StateChange::note);
     connect(m_pane, &DetailPane::showRequested, m_search, &WindowSearch::showInfo);
     connect(m_pane, &DetailPane::entriesRequested, m_many,
             [this](GlyphField field) { m_many->editEntries(field); });

@@ -9,6 +9,7 @@ class VXSplitViewWindowController;
 
 namespace runebook {
 
+class NameCommands;
 class RecordCommands;
 class ManyCommands;
 class ReplaceCommand;
@@ -40,6 +41,7 @@ public:
     WindowSearch &search() const { return *m_search; }
     WindowFilters &filters() const { return *m_filters; }
     WindowProblems &problems() const { return *m_problems; }
+    NameCommands &names() const { return *m_names; }
     ReplaceCommand &replace() const { return *m_replace; }
     TableCommands &tables() const { return *m_tables; }
     ManyCommands &many() const { return *m_many; }
@@ -86,6 +88,7 @@ private:
     WindowSearch *m_search = nullptr;
     WindowFilters *m_filters = nullptr;
     WindowProblems *m_problems = nullptr;
+    NameCommands *m_names = nullptr;
     ReplaceCommand *m_replace = nullptr;
     TableCommands *m_tables = nullptr;
     ManyCommands *m_many = nullptr;

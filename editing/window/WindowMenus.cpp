@@ -5,15 +5,20 @@
 #include "editing/records/RSRTVArrayController.h"
 #include "editing/search/FilterBar.h"
 #include "editing/search/VXSearchField.h"
+#include "editing/window/ComponentLinks.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/EditMenu.h"
 #include "editing/window/FocusRound.h"
 #include "editing/window/ManyCommands.h"
+#include "editing/window/NameCommands.h"
 #include "editing/window/RecordCommands.h"
+#include "editing/window/RenameOffer.h"
 #include "editing/window/ReplaceCommand.h"
 #include "editing/window/StateChange.h"
 #include "editing/window/TableCommands.h"
+#include "editing/window/UndoOnlyMenu.h"
 #include "editing/window/VXSplitViewWindowController.h"
+#include "editing/window/VisitedPlaces.h"
 #include "editing/window/WindowFilters.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
@@ -43,7 +48,8 @@ WindowMenus::WindowMenus(VXSplitViewWindowController &window, const WindowParts 
       m_state(state),
       m_focusRound(new FocusRound(this)),
       m_rowMenu(parts, state),
-      m_editMenu(new EditMenu(parts, features.commands, state, this))
+      m_editMenu(new EditMenu(parts, features.commands, state, this)),
+      m_undoOnlyMenu(new UndoOnlyMenu(parts, this))
 {
     buildFileMenu();
     buildEditMenu();
@@ -142,7 +148,11 @@ void WindowMenus::buildEditMenu()
     QMenu *history = menu->addMenu(tr("&History"));
     connect(history, &QMenu::aboutToShow, this, [this, history] {
         CommonMenus::fillHistory(*history, m_window, *m_parts.document.undoManager());
+        m_undoOnlyMenu->addTo(*history);
     });
+    addCommand(
+        menu, tr("Undo &Only…"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Z),
+        [this] { m_undoOnlyMenu->popUp(); }, [this] { return m_undoOnlyMenu->hasSteps(); });
     menu->addSeparator();
     const qsizetype before = menu->actions().size();
     m_editMenu->addClipboardCommands(*menu);
@@ -189,6 +199,13 @@ void WindowMenus::buildViewMenu()
     addCommand(menu, tr("Next A&rea"), QKeySequence(Qt::Key_F6), [this] { m_focusRound->go(1); });
     addCommand(menu, tr("Previous Ar&ea"), QKeySequence(Qt::SHIFT | Qt::Key_F6),
                [this] { m_focusRound->go(-1); });
+    VisitedPlaces &places = m_features.names.places();
+    addCommand(
+        menu, tr("Bac&k"), QKeySequence(Qt::ALT | Qt::Key_Left), [&places] { places.go(-1); },
+        [&places] { return places.canGo(-1); });
+    addCommand(
+        menu, tr("For&ward"), QKeySequence(Qt::ALT | Qt::Key_Right), [&places] { places.go(1); },
+        [&places] { return places.canGo(1); });
     menu->addSeparator();
     QMenu *columns = menu->addMenu(tr("&Columns"));
     connect(columns, &QMenu::aboutToShow, this, [table, columns] {
@@ -256,6 +273,18 @@ void WindowMenus::buildGlyphMenu()
     m_removeAction->setIcon(QIcon(u":/icons/remove.svg"_s));
     menu->addSeparator();
     buildManyCommands(*menu, hasSelection);
+    menu->addSeparator();
+    NameCommands &names = m_features.names;
+    m_rowMenu.add(addCommand(
+        menu, tr("Show &Uses"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_U), [&names] { names.showUses(); },
+        hasSelection));
+    m_rowMenu.add(addCommand(
+        menu, tr("Go to Com&ponent"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_G),
+        [&names] { names.links().goToComponent(); }, [list] { return list->selectedCount() == 1; }));
+    addCommand(
+        menu, tr("Rename in &Other Records…"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_R),
+        [&names] { names.renaming().showList(); }, [&names] { return names.renaming().hasRenamed(); });
+    menu->addSeparator();
     m_rowMenu.add(addCommand(
         menu, tr("&Name to Alternate Names"), {}, [&commands] { commands.moveNamesToAltNames(); },
         hasSelection));

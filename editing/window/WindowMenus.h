@@ -17,10 +17,12 @@ class EditMenu;
 class FocusRound;
 class ManyCommands;
 
+class NameCommands;
 class RecordCommands;
 class ReplaceCommand;
 class StateChange;
 class TableCommands;
+class UndoOnlyMenu;
 class WindowFilters;
 class WindowProblems;
 class WindowSearch;
@@ -31,6 +33,7 @@ struct WindowFeatures {
     WindowSearch &search;
     WindowFilters &filters;
     WindowProblems &problems;
+    NameCommands &names;
     ReplaceCommand &replace;
     TableCommands &tables;
     ManyCommands &many;
@@ -89,6 +92,7 @@ private:
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;
     EditMenu *m_editMenu;
+    UndoOnlyMenu *m_undoOnlyMenu;
     QMenu *m_glyphMenu = nullptr;
     QAction *m_addAction = nullptr;
     QAction *m_removeAction = nullptr;

@@ -141,6 +141,7 @@ void WindowSearch::showInfo(const InfoPtr &info)
 {
     if (!info || info->listings() == 0 || !m_parts.commitEditing())
         return;
+    Q_EMIT leaving();
     if (m_parts.list.rowOfObject(info) < 0) {
         m_parts.searchField.setStringValue(u""_s);
         Q_EMIT allWanted();
@@ -151,6 +152,7 @@ void WindowSearch::showInfo(const InfoPtr &info)
     }
     m_parts.table.goToRow(static_cast<int>(m_parts.list.rowOfObject(info)));
     m_parts.table.setFocus();
+    Q_EMIT arrived();
 }
 
 } // namespace runebook

@@ -40,6 +40,9 @@ Q_SIGNALS:
     void finished();
     /// From 0 to 1.
     void progressed(double done);
+    /// A record is about to be shown, and is shown now, because somebody wants to go there.
+    void leaving();
+    void arrived();
     /// A record is to be shown that a filter hides: conditions besides the search have to go.
     void allWanted();
 

@@ -287,7 +287,7 @@ private Q_SLOTS:
             QCOMPARE(undoText(), u"Undo Typing"_s);
             QTest::keyClick(name, end);
             QCOMPARE(m_info->name(), u"Bx"_s);
-            QCOMPARE(undoText(), u"Undo Change Name"_s);
+            QCOMPARE(undoText(), u"Undo Change Name of B"_s);
             press(Qt::Key_Z, Qt::ControlModifier);
             QCOMPARE(m_info->name(), u"B"_s);
             QCOMPARE(name->text(), u"B"_s);

@@ -36,10 +36,11 @@ private Q_SLOTS:
     void init()
     {
         m_window.reset();
-        forget({"VXRestoreWindows", "VXReloadChangedFiles", "VXAutosaveDelay", "MacroCodeFontSize",
-                "MacroWrapColumn", "MacroIndentation", "MacroClosesBrackets", "VXAfterFailedRun",
-                "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer", "SUShowCuttingEdgeVersion",
-                "SUEnableAutomaticChecks", "VXPythonFrameworkPath", "VXScriptToPreviewFontPath"});
+        forget({"VXRestoreWindows", "VXReloadChangedFiles", "VXRenameElsewhere", "VXAutosaveDelay",
+                "MacroCodeFontSize", "MacroWrapColumn", "MacroIndentation", "MacroClosesBrackets",
+                "VXAfterFailedRun", "VXConsoleLineLimit", "SUFeedURL", "VXUpdateServer",
+                "SUShowCuttingEdgeVersion", "SUEnableAutomaticChecks", "VXPythonFrameworkPath",
+                "VXScriptToPreviewFontPath"});
         m_window = std::make_unique<VXPreferencesController>();
         m_window->showWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
@@ -122,6 +123,7 @@ private Q_SLOTS:
               row("windows", "restoreWindows", "VXRestoreWindows", "", QVariant(true));
               row("reload", "reloadChangedFiles", "VXReloadChangedFiles", "",
                   QVariant(false)); // on unless somebody wants to be asked
+              row("renamed", "renamesElsewhere", "VXRenameElsewhere", "Nev", QVariant(2));
               row("autosave", "autosaveDelay", "VXAutosaveDelay", "42", QVariant(42));
               row("no autosave", "autosaveDelay", "VXAutosaveDelay", "0", QVariant(0));
               row("font size", "fontSize", "MacroCodeFontSize", "20", QVariant(20));

@@ -64,7 +64,7 @@ private Q_SLOTS:
         QCOMPARE(window.picture(), expected);
         const QString name = copies ? u"Duplicate"_s : u"Move"_s;
         QCOMPARE(window.document.undoManager()->stack()->undoText(),
-                 rows.size() == 1 ? name : u"%1 %2 Records"_s.arg(name).arg(rows.size()));
+                 name + u' ' + QChar(u'a' + rows.first()) + (rows.size() == 1 ? u""_s : u" and 1 Other"_s));
         window.document.undoManager()->undo();
         QCOMPARE(window.picture().remove(u'[').remove(u']'), u"a b c d e"_s);
         QVERIFY(!window.document.isDocumentEdited());

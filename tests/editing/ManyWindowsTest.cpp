@@ -80,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(selected(), u"A.001 a.sc.001"_s);
         QVERIFY(info(1)->unicodes().isEmpty());
         QCOMPARE(info(1)->desc() + info(1)->anchors(), u"describedtop, bottom"_s);
-        QCOMPARE(stack().undoText(), u"Duplicate 2 Records"_s);
+        QCOMPARE(stack().undoText(), u"Duplicate A and 1 Other"_s);
         undo();
         QCOMPARE(allNames(), u"A B a.sc one gravecomb"_s);
         QCOMPARE(selected(), u"A a.sc"_s);

@@ -246,13 +246,13 @@ private Q_SLOTS:
         select({0});
         m_window->moveNameToAltName();
         QCOMPARE(info(0)->altNames(), QStringList {u"A"_s});
-        QVERIFY(command(u"Undo Name to Alternate Names"_s));
-        command(u"Undo Name to Alternate Names"_s)->trigger();
-        QVERIFY(command(u"Redo Name to Alternate Names"_s)->isEnabled());
+        QVERIFY(command(u"Undo Name to Alternate Names of A"_s));
+        command(u"Undo Name to Alternate Names of A"_s)->trigger();
+        QVERIFY(command(u"Redo Name to Alternate Names of A"_s)->isEnabled());
         QVERIFY(!command(u"Undo"_s)->isEnabled());
     }
 
-    void namesOfStepsTellHowManyRecordsTheyAreOf()
+    void namesOfStepsTellWhichRecordsTheyAreOf()
     {
         const auto last = [&] { return stack().undoText(); };
         select({0, 1, 2});
@@ -260,23 +260,23 @@ private Q_SLOTS:
             qobject_cast<VocabularyComboBox *>(m_window->detailPane()->editorOf(GlyphField::Category));
         category->lineEdit()->setText(u"Mark"_s);
         m_window->commitEditing();
-        QCOMPARE(last(), u"Change Category of 3 Records"_s);
+        QCOMPARE(last(), u"Change Category of A and 2 Others"_s);
         m_window->duplicateSelectedInfos();
-        QCOMPARE(last(), u"Duplicate 3 Records"_s);
+        QCOMPARE(last(), u"Duplicate A and 2 Others"_s);
         m_window->cut();
-        QCOMPARE(last(), u"Cut 3 Records"_s);
+        QCOMPARE(last(), u"Cut A.001 and 2 Others"_s);
         m_window->paste();
-        QCOMPARE(last(), u"Paste 3 Records"_s);
+        QCOMPARE(last(), u"Paste A.001 and 2 Others"_s);
         m_window->moveNameToAltName();
-        QCOMPARE(last(), u"Names to Alternate Names of 3 Records"_s);
+        QCOMPARE(last(), u"Name to Alternate Names of A.001 and 2 Others"_s);
         m_window->delete_();
-        QCOMPARE(last(), u"Delete 3 Records"_s);
+        QCOMPARE(last(), u"Delete A.001 and 2 Others"_s);
         // Only what changes counts, and one is none too many to be named.
         select({0, 1, 2});
         m_window->commitEditing();
         select({0});
         m_window->delete_();
-        QCOMPARE(last(), u"Delete"_s);
+        QCOMPARE(last(), u"Delete A"_s);
     }
 
     void commandsAreEnabledOnlyWhenTheyCanAct()

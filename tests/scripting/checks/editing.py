@@ -263,6 +263,34 @@ class Commands(EditingTest):
             info.production = info.anchors = None
             info.unicodes = []
 
+    def test_names_in_others(self):
+        self.open("a", "b", "a.sc")
+        self.doc[1].decompose = "a, a.sc"
+        self.doc.undoManager().removeAllActions()
+        self.assertEqual(names(self.doc.infosUsingName_("a")), "b")
+        self.assertEqual(self.doc.renameInfo_to_references_error_(self.doc[0], "b", True, None)[0], 0)
+        self.assertEqual(self.doc.renameInfo_to_references_(self.doc[0], "x", True), 2)
+        self.assertEqual((names(self.doc), self.doc[1].decompose()), ("x b x.sc", "x, x.sc"))
+        history = self.doc.undoManager()
+        for edit in (lambda: None, lambda: self.doc[0].setCategory_("Mark")):
+            edit()
+            history.endUndoGrouping()
+            history.beginUndoGrouping()
+        self.select(0)
+        self.window.showUses_(None)
+        self.window.goToComponent_(None)
+        self.window.renameInOtherRecords_(None)
+        self.window.showInfo_(self.doc[2])
+        self.window.goBack_(None)
+        self.assertEqual(self.list.selectionIndexes(), [0])
+        self.window.goForward_(None)
+        self.assertEqual(self.list.selectionIndexes(), [2])
+        self.assertEqual(history.stepNames()[0], "Rename a to x in 3 Records")
+        self.assertTrue(self.doc.undoOnlyStep_error_(0, None)[0])
+        self.assertEqual((names(self.doc), self.doc[0].category()), ("a b a.sc", "Mark"))
+        done, error = self.doc.undoOnlyStep_error_(0, None)
+        self.assertIn("later changed the Decompose of b", error.localizedDescription())
+
     def test_sort_names(self):
         self.open("A", "B", "C", sortName="old")
         self.select(0, 1, 2)
