@@ -33,6 +33,7 @@ public:
     int changedColumn() const override { return 2; }
     QString summary() const override;
     QString stepName() const override;
+    bool makesRecords() const override { return false; }
     bool applyMore(const QDeadlineTimer &deadline) override;
     double applied() const override;
 

@@ -49,6 +49,8 @@ public: // choosing
 
 public: // doing
     virtual QString stepName() const = 0;
+    /// Whether the rows are new records, which take more memory than changed ones.
+    virtual bool makesRecords() const { return true; }
     /// Goes on until \a deadline; true when all is done. To be called inside of one undo group.
     virtual bool applyMore(const QDeadlineTimer &deadline) = 0;
     virtual double applied() const = 0;

@@ -11,11 +11,13 @@
 #include "model/FieldTable.h"
 #include "platform/CallLater.h"
 #include "platform/LongWork.h"
+#include "platform/MemoryRoom.h"
 #include "platform/UndoManager.h"
 
 #include <QTimer>
 #include <algorithm>
 #include <memory>
+#include <new>
 
 namespace runebook {
 
@@ -138,6 +140,15 @@ bool ManyCommands::inSlices(const QString &stepName, const std::function<bool(co
 
 bool ManyCommands::carryOut(RecordPlan &plan)
 {
+    // With what the table, the selection, the undo history and what is known of problems take.
+    constexpr std::size_t kForEachNew = 896;
+    constexpr std::size_t kForEachChanged = 64;
+    try {
+        ensureRoom(std::size_t(plan.countOfTaken()) * (plan.makesRecords() ? kForEachNew : kForEachChanged));
+    } catch (const std::bad_alloc &) {
+        m_parts.showMessage(tr("There is not enough memory for so many records. Nothing was done."));
+        return false;
+    }
     const bool isDone = inSlices(
         plan.stepName(), [&plan](const QDeadlineTimer &deadline) { return plan.applyMore(deadline); },
         [&plan] { return plan.applied(); });
