@@ -83,7 +83,7 @@ QString listTest(const FieldCondition &condition)
         if (!value.isEmpty())
             literals += Predicate::quoted(value);
     }
-    const QString list = condition.key + " IN"_L1 + optionsOf(condition.folding) + " {"_L1
+    QString list = condition.key + " IN"_L1 + optionsOf(condition.folding) + " {"_L1
         + literals.join(", "_L1) + u'}';
     if (literals.size() == condition.values.size())
         return list;
