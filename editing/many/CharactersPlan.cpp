@@ -278,7 +278,8 @@ InfoPtr CharactersPlan::recordOf(qsizetype row) const
 
 QString CharactersPlan::stepName() const
 {
-    return editName(Texts::tr("Add Character"), Texts::tr("Add %1 Characters"), countOfTaken());
+    return editName(Texts::tr("Add Character %1").arg(firstTaken()), Texts::tr("Add %1 Characters"),
+                    countOfTaken());
 }
 
 bool CharactersPlan::applyMore(const QDeadlineTimer &deadline)

@@ -135,17 +135,12 @@ std::optional<QStringList> EntryChange::valueFor(const VXGlyphInfo &info) const
     return entries;
 }
 
-QString EntryChange::stepName(qsizetype records) const
+QString EntryChange::stepName(const InfoList &infos) const
 {
-    const auto name = [&](const QString &one, const QString &many) {
-        return editName(one.arg(fieldTitle(field)), QString(many).replace(u"%2"_s, fieldTitle(field)),
-                        records);
-    };
-    if (removed.isEmpty())
-        return name(Texts::tr("Add to %1"), Texts::tr("Add to %2 of %1 Records"));
-    if (added.isEmpty())
-        return name(Texts::tr("Remove from %1"), Texts::tr("Remove from %2 of %1 Records"));
-    return name(Texts::tr("Change %1"), Texts::tr("Change %2 of %1 Records"));
+    const QString text = removed.isEmpty() ? Texts::tr("Add to %2 of %1")
+        : added.isEmpty()                  ? Texts::tr("Remove from %2 of %1")
+                                           : Texts::tr("Change %2 of %1");
+    return editNameOf(QString(text).replace(u"%2"_s, fieldTitle(field)), infos);
 }
 
 EntryPlan::EntryPlan(const VXDocument &document, InfoList infos, EntryChange change)

@@ -57,8 +57,8 @@ struct EntryChange {
     bool isEmpty() const { return added.isEmpty() && removed.isEmpty(); }
     /// What becomes of the field of one record; nothing when it stays as it is.
     std::optional<QStringList> valueFor(const VXGlyphInfo &info) const;
-    /// "Add to Anchors of 12 Records".
-    QString stepName(qsizetype records) const;
+    /// "Add to Anchors of A and 11 Others".
+    QString stepName(const InfoList &infos) const;
 };
 
 /// Which records such a change is for, found out before it is made, both in slices. A record whose field

@@ -232,7 +232,8 @@ QString ProductionPlan::summary() const
 
 QString ProductionPlan::stepName() const
 {
-    return editName(Texts::tr("Fill Production Name"), Texts::tr("Fill %1 Production Names"), countOfTaken());
+    return editName(Texts::tr("Fill Production Name of %1").arg(firstTaken()),
+                    Texts::tr("Fill %1 Production Names"), countOfTaken());
 }
 
 bool ProductionPlan::applyMore(const QDeadlineTimer &deadline)

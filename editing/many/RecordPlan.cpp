@@ -22,6 +22,15 @@ void RecordPlan::setTaken(qsizetype row, bool isTaken)
         m_untaken.insert(row);
 }
 
+QString RecordPlan::firstTaken() const
+{
+    for (qsizetype row = 0; row < countOfRows(); ++row) {
+        if (isTaken(row))
+            return text(row, 0);
+    }
+    return {};
+}
+
 QString NewNames::objectionTo(const QString &name)
 {
     if (const NameObjection objection = objectionToName(QStringView(name)); objection != NameObjection::None)

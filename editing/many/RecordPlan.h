@@ -62,6 +62,8 @@ protected:
     virtual qsizetype countOfDoable() const = 0;
     VXDocument &document() const { return m_document; }
     void setAdded(InfoList added) { m_added = std::move(added); }
+    /// What stands in the first column of the first row that is taken.
+    QString firstTaken() const;
     /// The clock is asked only so often.
     static bool isPause(std::size_t next, const QDeadlineTimer &deadline)
     {

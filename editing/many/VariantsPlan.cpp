@@ -153,7 +153,8 @@ InfoPtr VariantsPlan::variantOf(const Row &row) const
 
 QString VariantsPlan::stepName() const
 {
-    return editName(Texts::tr("Add Variant"), Texts::tr("Add %1 Variants"), countOfTaken());
+    return editName(Texts::tr("Add Variant %1").arg(firstTaken()), Texts::tr("Add %1 Variants"),
+                    countOfTaken());
 }
 
 bool VariantsPlan::applyMore(const QDeadlineTimer &deadline)

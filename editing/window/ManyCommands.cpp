@@ -160,7 +160,7 @@ bool ManyCommands::carryOut(RecordPlan &plan)
 bool ManyCommands::carryOut(EntryPlan &plan)
 {
     return inSlices(
-        plan.change().stepName(std::ssize(plan.changing())),
+        plan.change().stepName(plan.changing()),
         [&plan](const QDeadlineTimer &deadline) { return plan.applyMore(deadline); },
         [&plan] { return plan.progress(); });
 }

@@ -98,7 +98,7 @@ private Q_SLOTS:
         typeKeys(sheet, u"<Return>"_s);
         QTRY_COMPARE(anchors(), u"top, bottom, _x|top, _x|top, _x||"_s);
         QCOMPARE(barText(), u"3 records change."_s);
-        QCOMPARE(stack().undoText(), u"Add to Anchors of 3 Records"_s);
+        QCOMPARE(stack().undoText(), u"Add to Anchors of A and 2 Others"_s);
         undo();
         QCOMPARE(anchors(), u"top, bottom|top|||"_s);
     }
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(previewOf(*sheet), u"top|All 2|Stays bottom|1 of 2|Stays"_s);
         typeKeys(entries, u"<Up><Space><Return>"_s);
         QTRY_COMPARE(anchors(), u"bottom||||"_s);
-        QCOMPARE(stack().undoText(), u"Remove from Anchors of 2 Records"_s);
+        QCOMPARE(stack().undoText(), u"Remove from Anchors of A and 1 Other"_s);
         select({0});
         QVERIFY(!plusMinus->isVisible());
     }
