@@ -83,8 +83,8 @@ QString listTest(const FieldCondition &condition)
         if (!value.isEmpty())
             literals += Predicate::quoted(value);
     }
-    QString list = condition.key + " IN"_L1 + optionsOf(condition.folding) + " {"_L1
-        + literals.join(", "_L1) + u'}';
+    QString list =
+        condition.key + " IN"_L1 + optionsOf(condition.folding) + " {"_L1 + literals.join(", "_L1) + u'}';
     if (literals.size() == condition.values.size())
         return list;
     return list + " || !("_L1 + hasValueTest(condition.key) + u')';
