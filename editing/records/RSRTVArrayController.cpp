@@ -236,6 +236,41 @@ IndexSet RSRTVArrayController::shownPlaces() const
     return places;
 }
 
+std::optional<IndexSet> RSRTVArrayController::withAdded(std::optional<IndexSet> passing) const
+{
+    if (!passing || m_added.empty())
+        return passing;
+    std::vector<qsizetype> added;
+    for (const VXGlyphInfo *info : m_added)
+        added.push_back(m_document.placeOf(info));
+    passing->unite(IndexSet(std::move(added)));
+    return passing;
+}
+
+std::optional<IndexSet> RSRTVArrayController::arrangedPlaces() const
+{
+    catchUp();
+    if (!isFiltered())
+        return {};
+    std::vector<qsizetype> places;
+    places.reserve(m_rows.size());
+    for (const VXGlyphInfo *info : m_rows)
+        places.push_back(m_document.placeOf(info));
+    return IndexSet(std::move(places));
+}
+
+std::optional<IndexSet> RSRTVArrayController::placesShownBy(const std::optional<Predicate> &predicate)
+{
+    catchUp();
+    m_document.flushChanges();
+    return withAdded(m_filter->placesPassing(predicate));
+}
+
+std::optional<IndexSet> RSRTVArrayController::placesShownWith(IndexSet passing) const
+{
+    return withAdded(m_filter->meetingCondition(std::move(passing)));
+}
+
 bool RSRTVArrayController::arrange(Filter filter, Error *error)
 {
     m_isBehind = false;
@@ -243,13 +278,8 @@ bool RSRTVArrayController::arrange(Filter filter, Error *error)
     const InfoList &infos = m_document.infos();
     const bool asksFilter = filter == Filter::Apply || !isFiltered();
     const bool hadPredicate = predicate().has_value();
-    std::optional<IndexSet> passing = asksFilter ? m_filter->passingPlaces(error) : shownPlaces();
-    if (passing && asksFilter && !m_added.empty()) {
-        std::vector<qsizetype> added;
-        for (const VXGlyphInfo *info : m_added)
-            added.push_back(m_document.placeOf(info));
-        passing->unite(IndexSet(std::move(added)));
-    }
+    const std::optional<IndexSet> passing =
+        asksFilter ? withAdded(m_filter->passingPlaces(error)) : shownPlaces();
     const bool gaveUp = hadPredicate && !predicate();
     std::vector<VXGlyphInfo *> rows;
     rows.reserve(passing ? passing->size() : infos.size());

@@ -69,6 +69,12 @@ public: // filter
     /// Shows only records at places of the list that \a condition accepts, besides the filter; null: no
     /// condition. It is asked whenever the rows are arranged.
     void setCondition(std::function<bool(qsizetype place)> condition);
+    /// The places in the list of the records that are shown; nothing: all are.
+    std::optional<runebook::IndexSet> arrangedPlaces() const;
+    /// The same under another filter (null: none), which is to be ready: see prepareFilter().
+    std::optional<runebook::IndexSet> placesShownBy(const std::optional<runebook::Predicate> &predicate);
+    /// The same for a filter that \a passing of the list pass.
+    std::optional<runebook::IndexSet> placesShownWith(runebook::IndexSet passing) const;
     /// Whether a filter or a condition may hide records.
     bool isFiltered() const;
     Q_INVOKABLE void rearrangeObjects();
@@ -208,6 +214,8 @@ private:
     void applyChanges(const std::vector<VXDocument::Change> &changes);
     enum class Filter { Apply, LeaveRows };
     bool arrange(Filter filter = Filter::Apply, runebook::Error *error = nullptr);
+    /// \a passing with the records added by hand.
+    std::optional<runebook::IndexSet> withAdded(std::optional<runebook::IndexSet> passing) const;
     /// The places of the rows that are shown, and of the records added by hand.
     runebook::IndexSet shownPlaces() const;
     InfoPtr infoOfRow(qsizetype row) const;

@@ -22,6 +22,16 @@ std::optional<IndexSet> RowFilter::passingPlaces(Error *error)
         else if (SlicedFilter::isFor(*m_predicate))
             m_passing = passing;
     }
+    return meetingCondition(std::move(passing));
+}
+
+std::optional<IndexSet> RowFilter::placesPassing(const std::optional<Predicate> &predicate)
+{
+    return meetingCondition(predicate ? m_columns.placesPassing(*predicate) : std::nullopt);
+}
+
+std::optional<IndexSet> RowFilter::meetingCondition(std::optional<IndexSet> passing) const
+{
     if (!m_condition)
         return passing;
     if (passing) {

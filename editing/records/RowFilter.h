@@ -35,6 +35,10 @@ public:
     /// The places that pass; nothing: all. A predicate that gives up (a regular expression without end) goes,
     /// with an error.
     std::optional<IndexSet> passingPlaces(Error *error);
+    /// The same under another predicate (null: none), which is to be ready.
+    std::optional<IndexSet> placesPassing(const std::optional<Predicate> &predicate);
+    /// Those of \a passing (nothing: of all) that meet the condition.
+    std::optional<IndexSet> meetingCondition(std::optional<IndexSet> passing) const;
     /// How many pass \a predicate. Nothing while that is not ready after about \a milliseconds.
     std::optional<qsizetype> countPassing(const Predicate &predicate, int milliseconds);
 

@@ -8,6 +8,7 @@
 #include "editing/search/SavedFilters.h"
 #include "editing/search/SearchFilter.h"
 #include "editing/search/VXSearchField.h"
+#include "editing/values/ValueSettings.h"
 #include "editing/window/ComponentLinks.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/FileDrop.h"
@@ -26,6 +27,7 @@
 #include "editing/window/WindowSettings.h"
 #include "editing/window/WindowState.h"
 #include "editing/window/WindowTitle.h"
+#include "editing/window/WindowValues.h"
 #include "platform/documents/DocumentController.h"
 #include "platform/documents/DocumentPanels.h"
 
@@ -54,6 +56,7 @@ VXWindowController::VXWindowController(VXDocument &document)
     m_infolistController->setSelectionIndexes({0});
     setActiveInfo();
     setProblemsShown(Settings::kProblemsShown.value());
+    setValuesShown(Settings::kValuesShown.value());
     tableView()->setFocus();
 }
 
@@ -200,6 +203,12 @@ void VXWindowController::synchronizeWindowTitleWithDocumentName() { m_content->t
 bool VXWindowController::isProblemsShown() const { return m_content->problems().isShown(); }
 void VXWindowController::setProblemsShown(bool isShown) { m_content->problems().setShown(isShown); }
 void VXWindowController::goToProblem(int step) { m_content->problems().goTo(step); }
+ValuesPanel *VXWindowController::valuesPanel() const { return m_content->values().panel(); }
+bool VXWindowController::isValuesShown() const { return m_content->values().isShown(); }
+void VXWindowController::setValuesShown(bool isShown) { m_content->values().setShown(isShown); }
+bool VXWindowController::showValues(const QString &field, Error *error) { return m_content->values().show(field, error); }
+QVariantList VXWindowController::valueCounts(const QString &field, Error *error) { return m_content->values().counts(field, error).value_or(QVariantList()); }
+qsizetype VXWindowController::renameValueToInField(const QString &value, const QString &to, const QString &field, Error *error) { return m_content->values().rename(field, value, to, error).value_or(WindowValues::Renamed {-1, 0}).records; }
 void VXWindowController::showMessage(const QString &text) { m_content->parts().showMessage(text); }
 void VXWindowController::showRemark(const FieldRemark &remark) { m_content->parts().showRemark(remark); }
 bool VXWindowController::textFieldHasValidContent(QObject *field) { return detailPane()->textFieldHasValidContent(field); }

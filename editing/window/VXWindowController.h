@@ -24,6 +24,7 @@ class PreviewLabel;
 class Problems;
 class ProblemsPane;
 class UnicodesTokenField;
+class ValuesPanel;
 class WindowContent;
 } // namespace runebook
 
@@ -180,6 +181,22 @@ public: // problems
     Q_INVOKABLE void setProblemsShown(bool isShown);
     /// Shows the record of the problem \a step rows further in the pane, which is opened for it.
     Q_INVOKABLE void goToProblem(int step);
+
+public: // values
+    /// The panel that counts them; null while it is not shown.
+    runebook::ValuesPanel *valuesPanel() const;
+    Q_INVOKABLE bool isValuesShown() const;
+    Q_INVOKABLE void setValuesShown(bool isShown);
+    /// Shows the panel with the values of \a field: the key of a field, or what is worked out of one, as
+    /// "anchor", "suffix" or "nameLength".
+    Q_INVOKABLE bool showValues(const QString &field, runebook::Error *error = nullptr);
+    /// Pairs of value and number of records, the most frequent first, as the panel has them: of the records
+    /// that the search and the conditions of other fields show. No value stands for none.
+    Q_INVOKABLE QVariantList valueCounts(const QString &field, runebook::Error *error = nullptr);
+    /// Gives every record of the document that has one value of a field another, as one step; in a list that
+    /// entry. The number of these records; -1, and an error, when the field refuses the new value.
+    Q_INVOKABLE qsizetype renameValueToInField(const QString &value, const QString &to, const QString &field,
+                                               runebook::Error *error = nullptr);
 
 public: // display
     /// Shows the selection in the preview and the detail pane.

@@ -27,6 +27,7 @@
 #include "editing/window/WindowSearch.h"
 #include "editing/window/WindowState.h"
 #include "editing/window/WindowTitle.h"
+#include "editing/window/WindowValues.h"
 #include "platform/MessageBar.h"
 #include "platform/UndoManager.h"
 #include "platform/documents/DocumentController.h"
@@ -79,11 +80,15 @@ void WindowContent::buildView()
             [this](const QString &text) { m_parts->showMessage(text); });
     layout->addWidget(changedOnDisk);
     layout->addWidget(m_messages);
-    m_split = new VXSimpleSplitView(Qt::Vertical, m_view);
-    m_split->setHandleWidth(1);
-    m_split->setChildrenCollapsible(false);
+    m_sides = new VXSimpleSplitView(Qt::Horizontal, m_view);
+    m_split = new VXSimpleSplitView(Qt::Vertical, m_sides);
+    for (VXSimpleSplitView *split : {m_sides, m_split}) {
+        split->setHandleWidth(1);
+        split->setChildrenCollapsible(false);
+    }
     m_split->addWidget(m_table);
-    layout->addWidget(m_split, 1);
+    m_sides->addWidget(m_split);
+    layout->addWidget(m_sides, 1);
 }
 
 void WindowContent::buildFeatures()
@@ -97,13 +102,14 @@ void WindowContent::buildFeatures()
     m_filters = new WindowFilters(*m_parts, *static_cast<QVBoxLayout *>(m_view->layout()), this);
     m_problems = new WindowProblems(*m_parts, *m_split, this);
     m_names = new NameCommands(*m_parts, *m_search, this);
+    m_values = new WindowValues(*m_parts, *m_search, *m_sides, this);
     m_replace = new ReplaceCommand(*m_parts, m_problems->problems(), this);
     m_tables = new TableCommands(*m_parts, this);
     m_many = new ManyCommands(*m_parts, this);
-    m_menus = new WindowMenus(
-        m_window, *m_parts,
-        {*m_commands, *m_search, *m_filters, *m_problems, *m_names, *m_replace, *m_tables, *m_many},
-        *m_state);
+    m_menus = new WindowMenus(m_window, *m_parts,
+                              {*m_commands, *m_search, *m_filters, *m_problems, *m_names, *m_values,
+                               *m_replace, *m_tables, *m_many},
+                              *m_state);
     auto *notices = new EmptyNotices(*m_parts, *m_commands, *m_search, *m_filters, *m_problems, this);
     connect(m_state, &StateChange::changed, m_title, &WindowTitle::synchronize);
     connect(m_state, &StateChange::changed, m_menus, &WindowMenus::validate);
@@ -158,6 +164,7 @@ void WindowContent::connectFeatures()
     connect(m_problems, &WindowProblems::shownChanged, m_state, &StateChange::note);
     connect(&m_names->renaming(), &RenameOffer::changed, m_state, &StateChange::note);
     connect(m_search, &WindowSearch::arrived, m_state, &StateChange::note);
+    connect(m_values, &WindowValues::shownChanged, m_state, &StateChange::note);
     connect(m_pane, &DetailPane::showRequested, m_search, &WindowSearch::showInfo);
     connect(m_pane, &DetailPane::entriesRequested, m_many,
             [this](GlyphField field) { m_many->editEntries(field); });

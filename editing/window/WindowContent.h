@@ -21,6 +21,7 @@ class WindowMenus;
 class WindowProblems;
 class WindowSearch;
 class WindowTitle;
+class WindowValues;
 
 /// What stands in a document window and the list of its features, connected with each other. What a feature
 /// does stands with each of them.
@@ -42,6 +43,7 @@ public:
     WindowFilters &filters() const { return *m_filters; }
     WindowProblems &problems() const { return *m_problems; }
     NameCommands &names() const { return *m_names; }
+    WindowValues &values() const { return *m_values; }
     ReplaceCommand &replace() const { return *m_replace; }
     TableCommands &tables() const { return *m_tables; }
     ManyCommands &many() const { return *m_many; }
@@ -77,6 +79,7 @@ private:
     RSRTVArrayController &m_list;
     DetailPane *m_pane = nullptr;
     QWidget *m_view = nullptr;
+    VXSimpleSplitView *m_sides = nullptr; ///< of the table, with what is below it, and values
     VXSimpleSplitView *m_split = nullptr; ///< of table and problems
     GlyphTableView *m_table = nullptr;
     MessageBar *m_messages = nullptr;
@@ -89,6 +92,7 @@ private:
     WindowFilters *m_filters = nullptr;
     WindowProblems *m_problems = nullptr;
     NameCommands *m_names = nullptr;
+    WindowValues *m_values = nullptr;
     ReplaceCommand *m_replace = nullptr;
     TableCommands *m_tables = nullptr;
     ManyCommands *m_many = nullptr;

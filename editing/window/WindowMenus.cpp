@@ -5,6 +5,7 @@
 #include "editing/records/RSRTVArrayController.h"
 #include "editing/search/FilterBar.h"
 #include "editing/search/VXSearchField.h"
+#include "editing/values/ValuesPanel.h"
 #include "editing/window/ComponentLinks.h"
 #include "editing/window/DetailPane.h"
 #include "editing/window/EditMenu.h"
@@ -22,6 +23,7 @@
 #include "editing/window/WindowFilters.h"
 #include "editing/window/WindowProblems.h"
 #include "editing/window/WindowSearch.h"
+#include "editing/window/WindowValues.h"
 #include "model/FieldTable.h"
 #include "platform/MainMenu.h"
 #include "platform/documents/CommonMenus.h"
@@ -114,6 +116,7 @@ void WindowMenus::validate()
     m_sidebarAction->setChecked(m_window.isSidebarShown());
     m_problemsAction->setChecked(m_features.problems.isShown());
     m_filterOnAction->setChecked(m_features.filters.isOn());
+    m_valuesAction->setChecked(m_features.values.isShown());
 }
 
 void WindowMenus::buildFileMenu()
@@ -187,6 +190,9 @@ void WindowMenus::buildViewMenu()
     m_sidebarAction = addCommand(menu, tr("Show &Sidebar"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_S),
                                  [this] { m_window.setSidebarShown(!m_window.isSidebarShown()); });
     m_sidebarAction->setCheckable(true);
+    m_valuesAction =
+        addCommand(menu, tr("Val&ues"), QKeySequence(Qt::Key_F9), [this] { m_features.values.toggle(); });
+    m_valuesAction->setCheckable(true);
     WindowProblems &problems = m_features.problems;
     m_problemsAction = addCommand(menu, tr("Show &Problems"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M),
                                   [&problems] { problems.setShown(!problems.isShown()); });
@@ -355,6 +361,7 @@ void WindowMenus::addAreas()
     QWidget *table = &m_parts.table;
     DetailPane *pane = &m_parts.pane;
     const WindowProblems &problems = m_features.problems;
+    const WindowValues &values = m_features.values;
     m_focusRound->add([searchField] { return searchField; }, [searchField] { return searchField; });
     const WindowFilters &filters = m_features.filters;
     m_focusRound->add([&filters] { return filters.bar(); },
@@ -367,6 +374,8 @@ void WindowMenus::addAreas()
                           return list.table()->isVisible() ? static_cast<QWidget *>(list.table())
                                                            : list.kinds();
                       });
+    m_focusRound->add([&values] { return values.panel(); },
+                      [&values]() -> QWidget * { return &values.panel()->view(); });
 }
 
 // Menus that depend on what there is

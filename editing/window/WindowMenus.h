@@ -26,6 +26,7 @@ class UndoOnlyMenu;
 class WindowFilters;
 class WindowProblems;
 class WindowSearch;
+class WindowValues;
 
 /// The features of a document window whose commands stand in its menus.
 struct WindowFeatures {
@@ -34,6 +35,7 @@ struct WindowFeatures {
     WindowFilters &filters;
     WindowProblems &problems;
     NameCommands &names;
+    WindowValues &values;
     ReplaceCommand &replace;
     TableCommands &tables;
     ManyCommands &many;
@@ -100,6 +102,7 @@ private:
     QAction *m_filterOnAction = nullptr;
     QAction *m_sidebarAction = nullptr;
     QAction *m_problemsAction = nullptr;
+    QAction *m_valuesAction = nullptr;
 };
 
 } // namespace runebook

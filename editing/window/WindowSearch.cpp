@@ -26,8 +26,7 @@ WindowSearch::WindowSearch(const WindowParts &parts, QObject *parent) : QObject(
     m_idleTimer.start();
 }
 
-/// What takes longer than a slice shows its results when it has them all; until then the rows stay.
-void WindowSearch::buildSlicedFilter()
+SlicedFilter *WindowSearch::makeSlicedFilter(QObject *parent) const
 {
     const auto prepare = [this](const Predicate &predicate, int milliseconds) -> std::optional<double> {
         if (m_parts.list.prepareFilter(predicate, milliseconds))
@@ -35,7 +34,13 @@ void WindowSearch::buildSlicedFilter()
         return m_parts.list.preparedShare(predicate);
     };
     const auto ask = [this](const Predicate &predicate) { return m_parts.list.answersOf(predicate); };
-    m_slicedFilter = new SlicedFilter(m_parts.document, prepare, ask, this);
+    return new SlicedFilter(m_parts.document, prepare, ask, parent);
+}
+
+/// What takes longer than a slice shows its results when it has them all; until then the rows stay.
+void WindowSearch::buildSlicedFilter()
+{
+    m_slicedFilter = makeSlicedFilter(this);
     connect(m_slicedFilter, &SlicedFilter::prepared, this, [this](const Predicate &predicate) {
         apply([&]() -> std::optional<Error> {
             m_parts.list.setFilterPredicate(predicate);
@@ -72,7 +77,7 @@ void WindowSearch::filterInfos()
     if (m_isApplying || !m_parts.commitEditing())
         return;
     m_slicedFilter->cancel();
-    const auto [predicate, problem] = wanted();
+    const auto [predicate, problem] = wanted(m_parts.filter.filter());
     // A script, which runs in one step of undoing, goes on with the rows as soon as it has set the filter.
     const bool isInScript = m_parts.document.undoManager()->groupingLevel() > 0;
     if (predicate && !isInScript
@@ -88,12 +93,11 @@ void WindowSearch::filterInfos()
     });
 }
 
-/// What the search field and the conditions ask together.
-SearchResult WindowSearch::wanted() const
+SearchResult WindowSearch::wanted(const RecordFilter &filter) const
 {
     SearchResult result = SearchFilter(SearchSettings::current()).result(m_parts.searchField.stringValue());
     Error tooLong;
-    if (const std::optional<Predicate> conditions = m_parts.filter.filter().predicate(&tooLong))
+    if (const std::optional<Predicate> conditions = filter.predicate(&tooLong))
         result.predicate = result.predicate ? Predicate::all({*result.predicate, *conditions}) : *conditions;
     else if (!tooLong.domain.isEmpty())
         result.problem = tooLong;

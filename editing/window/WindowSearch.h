@@ -8,6 +8,7 @@
 
 namespace runebook {
 
+class RecordFilter;
 class SlicedFilter;
 struct SearchResult;
 
@@ -26,6 +27,10 @@ public:
     /// True while the rows are exchanged; what they tell of themselves meanwhile is told again by applied().
     /// Shows only the records whose place in the document passes, besides the search; null: all.
     void setCondition(const std::function<bool(qsizetype place)> &condition);
+    /// What the search field asks together with the conditions of \a filter.
+    SearchResult wanted(const RecordFilter &filter) const;
+    /// What answers that where it takes long; for whoever asks for something else than the rows.
+    SlicedFilter *makeSlicedFilter(QObject *parent) const;
     /// Puts the caret into the search field.
     void focusField();
     /// Asks for a name, a code point or a character, and shows its record.
@@ -49,7 +54,6 @@ Q_SIGNALS:
 private:
     /// Exchanges the rows by what \a setFilter does, which answers with the problem of the search.
     void apply(const std::function<std::optional<Error>()> &setFilter);
-    SearchResult wanted() const;
     void buildSlicedFilter();
     /// Makes ready in idle time what the first search would have to wait for.
     void prepare();

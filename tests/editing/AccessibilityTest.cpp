@@ -8,6 +8,7 @@
 #include "editing/replace/VXFindReplaceWindowController.h"
 #include "editing/tables/ExportDialog.h"
 #include "editing/tables/PasteSheet.h"
+#include "editing/values/ValuesPanel.h"
 #include "tests/ShownTexts.h"
 #include "tests/editing/Windows.h"
 
@@ -119,7 +120,9 @@ private Q_SLOTS:
         window.setProblemsShown(true);
         window.problems().finish();
         window.problemsPane()->showKind(ProblemKind::InvalidName);
+        QVERIFY(window.showValues(u"category"_s));
         QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTRY_VERIFY(window.valuesPanel()->model().isUpToDate());
         QCOMPARE(faultsOf(window).join(u'\n'), QString());
         COMPARE_TEXTS(u"document"_s, window);
 
@@ -143,6 +146,7 @@ private Q_SLOTS:
         window.show();
         window.setProblemsShown(true);
         window.problems().finish();
+        window.setValuesShown(true);
         QVERIFY(QTest::qWaitForWindowActive(&window));
         QSet<const QWidget *> reached;
         for (int i = 0; i < 200 && !(i > 2 && reached.contains(QApplication::focusWidget())); ++i) {
@@ -151,6 +155,8 @@ private Q_SLOTS:
         }
         const ProblemsPane *pane = window.problemsPane();
         QVERIFY(reached.contains(pane->table()));
+        QVERIFY(reached.contains(&window.valuesPanel()->view()));
+        QVERIFY(reached.contains(&window.valuesPanel()->field()));
         for (const QAbstractButton *button : pane->findChildren<QAbstractButton *>()) {
             if (button->isVisible() && button->isEnabled() && button->focusPolicy() & Qt::TabFocus)
                 QVERIFY2(reached.contains(button), qPrintable(pathOf(*button)));

@@ -291,6 +291,24 @@ class Commands(EditingTest):
         done, error = self.doc.undoOnlyStep_error_(0, None)
         self.assertIn("later changed the Decompose of b", error.localizedDescription())
 
+    def test_values(self):
+        self.open("A", "B", "a.sc", category="Leter")
+        self.doc[1].category = None
+        window = self.window
+        self.assertEqual(window.valueCounts_error_("category", None)[0], [["Leter", 2], [None, 1]])
+        self.assertEqual(window.valueCounts_error_("suffix", None)[0], [[None, 2], [".sc", 1]])
+        self.assertIn("nameLength", window.valueCounts_error_("nothing", None)[1].localizedRecoverySuggestion())
+        self.assertEqual(window.renameValue_to_inField_error_("Leter", "Letter", "category", None)[0], 2)
+        self.assertEqual([info.category for info in self.doc], ["Letter", None, "Letter"])
+        self.doc.undoManager().undo()  # with what the script did before
+        self.assertEqual([info.category for info in self.doc], ["Leter"] * 3)
+        count, error = window.renameValue_to_inField_error_(".sc", ".smcp", "suffix", None)
+        self.assertEqual(count, -1)
+        self.assertIn("worked out", error.localizedDescription())
+        self.assertTrue(window.showValues_error_("script", None)[0])
+        self.assertTrue(window.isValuesShown())
+        window.setValuesShown_(False)
+
     def test_sort_names(self):
         self.open("A", "B", "C", sortName="old")
         self.select(0, 1, 2)
