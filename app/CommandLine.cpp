@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "editing/problems/ProblemKinds.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -77,6 +79,12 @@ constexpr Option kOptions[] {
          "CommandLine",
          "Read the files (- is the standard input) and print every problem in them: 0 none, 1 some, 2 "
          "unreadable.")},
+    {"strict", QT_TRANSLATE_NOOP("CommandLine", "With --check: hints count as problems.")},
+    {"ignore",
+     QT_TRANSLATE_NOOP(
+         "CommandLine",
+         "With --check: kinds of problems and hints not to tell, such as missing-mark,font-name."),
+     "kinds"},
     {"json", QT_TRANSLATE_NOOP("CommandLine", "With --compare, --merge and --check: print JSON.")},
     {"run",
      QT_TRANSLATE_NOOP(
@@ -150,8 +158,16 @@ QString takeVersion(const QCommandLineParser &, CommandLine &line)
     return {};
 }
 
-QString takeCheck(const QCommandLineParser &, CommandLine &line)
+QString takeCheck(const QCommandLineParser &parser, CommandLine &line)
 {
+    line.isStrict = parser.isSet(u"strict"_s);
+    line.leftOutKinds = parser.value(u"ignore"_s).split(u',', Qt::SkipEmptyParts);
+    for (const QString &id : std::as_const(line.leftOutKinds)) {
+        const auto kind = problemKindOfId(id);
+        if (!kind || !(setOf(*kind) & kOptionalKinds))
+            return Texts::tr("--ignore takes kinds of problems of records, separated by commas; %1 is none.")
+                .arg(id);
+    }
     return line.files.isEmpty() ? Texts::tr("--check takes files.") : QString();
 }
 

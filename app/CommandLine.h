@@ -31,6 +31,8 @@ struct CommandLine {
     QString compareKey; ///< "name", "unicode" or "production"
     bool asJson = false;
     QString only; ///< as OnlyRecords takes it; null: all records
+    bool isStrict = false; ///< hints count as problems
+    QStringList leftOutKinds; ///< of problems, by their ids
     MergeRequest merge;
     FileConversion conversion;
     bool isForUser = false; ///< the set-up of git: not of one repository alone

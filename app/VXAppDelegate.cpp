@@ -15,6 +15,7 @@
 #include "editing/compare/CompareDocuments.h"
 #include "editing/compare/VXCompareDataWindow.h"
 #include "editing/merge/MergeDialog.h"
+#include "editing/problems/ProblemFixes.h"
 #include "editing/problems/Problems.h"
 #include "editing/window/ChangedOnDisk.h"
 #include "editing/window/EditingClasses.h"
@@ -282,12 +283,25 @@ QVariantList VXAppDelegate::problemsOfDocument(VXDocument *document) const
     problems.appendRead({}, found);
     for (const Problem &problem : found) {
         list << QVariantMap {{u"kind"_s, idOfProblemKind(problem.kind)},
+                             {u"hint"_s, isHint(problem.kind)},
                              {u"info"_s, problem.info ? QVariant::fromValue(problem.info) : QVariant()},
                              {u"index"_s, static_cast<qint64>(document->indexOfObjectInInfos(problem.info))},
                              {u"name"_s, problem.info ? QVariant(problem.info->name()) : QVariant()},
                              {u"text"_s, problems.explanation(problem)}};
     }
     return list;
+}
+
+qint64 VXAppDelegate::fixProblemsOfDocument(const QString &kind, VXDocument *document)
+{
+    const std::optional<ProblemKind> wanted = problemKindOfId(kind);
+    if (!document || !wanted)
+        return -1;
+    Problems problems(*document);
+    problems.finish();
+    std::vector<Problem> found;
+    problems.append(wanted, 0, document->countOfInfos(), found);
+    return ProblemFixes::apply(*document, found);
 }
 
 void VXAppDelegate::showMacroPanel()

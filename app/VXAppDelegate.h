@@ -56,6 +56,9 @@ public: // windows
     /// What the Problems pane lists of a document: maps of "kind", "info" (null where no record is
     /// concerned), "index" (-1 likewise), "name" and "text".
     Q_INVOKABLE QVariantList problemsOfDocument(VXDocument *document) const;
+    /// Makes the fixes of one kind that need no decision, as one step; how many records that were, -1 for no
+    /// kind.
+    Q_INVOKABLE qint64 fixProblemsOfDocument(const QString &kind, VXDocument *document);
     Q_INVOKABLE void showCompareWindow();
     /// Asks what is to be merged.
     Q_INVOKABLE void showMergeDialog();

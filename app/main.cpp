@@ -87,8 +87,10 @@ int check(const CommandLine &line)
         choice = [&only](const VXDocument &document, Error *reason) {
             return SearchColumns(document).evaluate(*only->predicate, reason);
         };
-    const ReportFormat format = line.asJson ? ReportFormat::Json : ReportFormat::Text;
-    return static_cast<int>(checkFiles(line.files, format, output, errors, input, choice));
+    CheckOptions options {line.asJson ? ReportFormat::Json : ReportFormat::Text, line.isStrict, 0};
+    for (const QString &id : line.leftOutKinds)
+        options.leftOut |= setOf(*problemKindOfId(id));
+    return static_cast<int>(checkFiles(line.files, options, output, errors, input, choice));
 }
 
 int merge(const CommandLine &line)

@@ -42,7 +42,10 @@ std::string hangulName(char32_t syllable)
 
 std::string hexText(char32_t codePoint)
 {
-    return QByteArray::number(quint32(codePoint), 16).toUpper().rightJustified(4, '0').toStdString();
+    std::string digits;
+    for (quint32 rest = codePoint; rest > 0 || digits.size() < 4; rest >>= 4)
+        digits.insert(digits.begin(), "0123456789ABCDEF"[rest & 0xF]);
+    return digits;
 }
 
 /// Upper case, blanks around it dropped and inner ones made one; nothing for what is not ASCII.
@@ -142,8 +145,21 @@ QString UnicodeData::textOfRange(const Numbers<quint32> &ranges, char32_t codePo
 
 quint16 UnicodeData::kindNumber(char32_t codePoint, quint32 column) const
 {
-    const quint32 run = m_runStarts.countUpTo(codePoint) - 1;
-    return m_kinds[m_runKinds[run] * 4U + column];
+    return m_kinds[kindOf(codePoint) * 4U + column];
+}
+
+quint16 UnicodeData::kindOf(char32_t codePoint) const
+{
+    return isLoaded() ? m_runKinds[m_runStarts.countUpTo(std::min(codePoint, kLast)) - 1] : 0;
+}
+
+bool UnicodeData::hasCanonicalDecomposition(char32_t codePoint) const
+{
+    const quint32 count = m_decompositions.countUpTo(codePoint, 4);
+    const quint32 at = (count - 1) * 4;
+    return isHangul(codePoint)
+        || (count > 0 && m_decompositions[at] == codePoint
+            && piece(TextBytes, m_textStarts, m_decompositions[at + 1]).empty());
 }
 
 bool UnicodeData::isAssigned(char32_t codePoint) const
@@ -225,12 +241,41 @@ UnicodeData::Decomposition UnicodeData::decomposition(char32_t codePoint) const
     return found;
 }
 
+std::vector<char32_t> UnicodeData::canonicalParts(char32_t codePoint) const
+{
+    const Decomposition found = decomposition(codePoint);
+    if (found.parts.empty() || !found.tag.isEmpty())
+        return {codePoint};
+    std::vector<char32_t> parts;
+    for (const char32_t part : found.parts) {
+        const std::vector<char32_t> further = canonicalParts(part);
+        parts.insert(parts.end(), further.begin(), further.end());
+    }
+    return parts;
+}
+
+std::vector<char32_t> UnicodeData::allCanonicalParts() const
+{
+    std::vector<char32_t> parts;
+    for (quint32 at = 0; at < m_decompositions.size(); at += 4) {
+        if (text(m_decompositions[at + 1]).isEmpty()) {
+            for (const char32_t part : decomposition(m_decompositions[at]).parts)
+                parts.push_back(part);
+        }
+    }
+    for (char32_t jamo = kLeadFirst; jamo < kTailFirst + kTails; ++jamo)
+        parts.push_back(jamo);
+    std::sort(parts.begin(), parts.end());
+    parts.erase(std::unique(parts.begin(), parts.end()), parts.end());
+    return parts;
+}
+
 std::string_view UnicodeData::tokens(quint32 nameIndex) const
 {
     return piece(NameTokens, m_nameStarts, nameIndex);
 }
 
-QString UnicodeData::listedName(quint32 nameIndex) const
+std::string UnicodeData::listedName(quint32 nameIndex) const
 {
     const std::string_view all = tokens(nameIndex);
     std::string name;
@@ -241,20 +286,64 @@ QString UnicodeData::listedName(quint32 nameIndex) const
             name += token % 2 == 1 ? '-' : ' ';
         name += piece(WordBytes, m_wordStarts, token / 2);
     }
-    return QString::fromLatin1(name.data(), qsizetype(name.size()));
+    return name;
 }
 
-QString UnicodeData::name(char32_t codePoint) const
+bool UnicodeData::beginsWithName(std::string_view text, char32_t codePoint) const
+{
+    const quint32 after = isLoaded() ? m_nameCodes.countUpTo(codePoint) : 0;
+    if (after == 0 || m_nameCodes[after - 1] != codePoint) {
+        const std::string name = asciiName(codePoint);
+        return !name.empty() && text.substr(0, name.size()) == name;
+    }
+    const std::string_view all = tokens(after - 1);
+    std::size_t from = 0;
+    for (std::size_t at = 0; at < all.size();) {
+        const bool isFirst = at == 0;
+        const quint32 token = readToken(all, at);
+        if (!isFirst && (from >= text.size() || text[from++] != (token % 2 == 1 ? '-' : ' ')))
+            return false;
+        const std::string_view word = piece(WordBytes, m_wordStarts, token / 2);
+        if (text.substr(std::min(from, text.size()), word.size()) != word)
+            return false;
+        from += word.size();
+    }
+    return true;
+}
+
+bool UnicodeData::hasPart(char32_t codePoint, char32_t part) const
+{
+    const quint32 count = m_decompositions.countUpTo(codePoint, 4);
+    const quint32 at = (count - 1) * 4;
+    if (count == 0 || m_decompositions[at] != codePoint)
+        return false;
+    const quint32 first = m_decompositions[at + 2];
+    for (quint32 i = first; i < first + m_decompositions[at + 3]; ++i) {
+        if (m_parts[i] == part)
+            return true;
+    }
+    return false;
+}
+
+std::string UnicodeData::asciiName(char32_t codePoint) const
 {
     if (!isLoaded())
         return {};
     if (isHangul(codePoint))
-        return QString::fromStdString(hangulName(codePoint));
+        return hangulName(codePoint);
     const quint32 after = m_nameCodes.countUpTo(codePoint);
     if (after > 0 && m_nameCodes[after - 1] == codePoint)
         return listedName(after - 1);
-    const QString prefix = textOfRange(m_rules, codePoint);
-    return prefix.isNull() ? QString() : prefix + QString::fromStdString(hexText(codePoint));
+    const quint32 rules = m_rules.countUpTo(codePoint, 3);
+    if (rules == 0 || codePoint > m_rules[(rules - 1) * 3 + 1])
+        return {};
+    return std::string(piece(TextBytes, m_textStarts, m_rules[(rules - 1) * 3 + 2])) + hexText(codePoint);
+}
+
+QString UnicodeData::name(char32_t codePoint) const
+{
+    const std::string text = asciiName(codePoint);
+    return text.empty() ? QString() : QString::fromStdString(text);
 }
 
 QStringList UnicodeData::aliases(char32_t codePoint) const
@@ -263,7 +352,7 @@ QStringList UnicodeData::aliases(char32_t codePoint) const
     QStringList found;
     const quint32 alias = codePoint | kAliasBit;
     for (quint32 at = m_nameCodes.countUpTo(alias); at > 0 && m_nameCodes[at - 1] == alias; --at)
-        found.prepend(listedName(at - 1));
+        found.prepend(QString::fromStdString(listedName(at - 1)));
     return found;
 }
 
@@ -395,7 +484,7 @@ QList<UnicodeData::Found> UnicodeData::search(QStringView words, qsizetype limit
         const int rank = sought.rankOf(tokens(index));
         if (rank > 1)
             continue;
-        const Found found {m_nameCodes[index] & ~kAliasBit, listedName(index)};
+        const Found found {m_nameCodes[index] & ~kAliasBit, QString::fromStdString(listedName(index))};
         const bool isBeginning = found.name.startsWith(text);
         ranked.push_back({isBeginning ? int(found.name.size() != text.size()) : 2 + rank, found});
     }

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QStringList>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -23,8 +24,18 @@ public:
 
 public: // one character
     bool isAssigned(char32_t codePoint) const;
+    /// Characters that have category, bidirectional class, script, combining class and mirroring in common
+    /// have one number, below kindCount().
+    quint16 kindOf(char32_t codePoint) const;
+    quint32 kindCount() const { return m_kinds.size() / 4; }
+    bool hasCanonicalDecomposition(char32_t codePoint) const;
+    /// Whether its decomposition has \a part as it stands in the data. Makes nothing.
+    bool hasPart(char32_t codePoint, char32_t part) const;
     /// "LATIN SMALL LETTER A"; null where Unicode gives none, as for control characters.
     QString name(char32_t codePoint) const;
+    std::string asciiName(char32_t codePoint) const;
+    /// Whether \a text begins with the name, which it has. Makes nothing.
+    bool beginsWithName(std::string_view text, char32_t codePoint) const;
     /// Further names, corrected ones first; abbreviations included.
     QStringList aliases(char32_t codePoint) const;
     /// The general category, "Lu"; "Cn" for what is not assigned.
@@ -47,6 +58,11 @@ public: // one character
         std::vector<char32_t> parts; ///< as the data say it, not taken further apart; empty without one
     };
     Decomposition decomposition(char32_t codePoint) const;
+    /// What it is canonically made of when nothing can be taken further apart, in the order of the data; the
+    /// code point itself where it is one.
+    std::vector<char32_t> canonicalParts(char32_t codePoint) const;
+    /// The code points that stand in canonical decompositions, ascending.
+    std::vector<char32_t> allCanonicalParts() const;
 
 public: // finding
     /// The code point of a name or of an alias, in any case, blanks around it ignored.
@@ -78,7 +94,7 @@ private:
     quint16 kindNumber(char32_t codePoint, quint32 column) const;
     char32_t mapped(char32_t codePoint, quint32 column) const;
     std::string_view tokens(quint32 nameIndex) const;
-    QString listedName(quint32 nameIndex) const;
+    std::string listedName(quint32 nameIndex) const;
     std::optional<quint32> wordIndex(std::string_view word) const;
     std::optional<char32_t> codePointOfRule(std::string_view upperName) const;
     std::optional<char32_t> codePointOfListedName(std::string_view upperName) const;

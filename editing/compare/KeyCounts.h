@@ -26,6 +26,7 @@ public:
     }
     void clear() { *this = {}; }
 
+    void prefetch(quint64 key) const { m_counts.prefetch(key); }
     quint32 count(quint64 key) const { return m_counts.value(key); }
     qsizetype distinct() const { return m_distinct; }
     /// All occurrences of keys that occur more than once.

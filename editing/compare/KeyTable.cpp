@@ -4,13 +4,6 @@
 
 namespace runebook {
 
-quint64 KeyTable::scattered(quint64 key)
-{
-    // Code points stand close together; their products do not.
-    const quint64 product = key * 0x9E3779B97F4A7C15ULL;
-    return product ^ product >> 32;
-}
-
 KeyTable::Slot &KeyTable::slotFor(std::vector<Slot> &slots, quint64 key)
 {
     const std::size_t mask = slots.size() - 1;

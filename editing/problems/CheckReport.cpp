@@ -45,13 +45,33 @@ QString fieldOf(ProblemKind kind)
         return keyOfField(GlyphField::Name);
     case ProblemKind::MissingComponent:
     case ProblemKind::SelfReference:
+    case ProblemKind::CircularComponent:
+    case ProblemKind::AmbiguousComponent:
+    case ProblemKind::UnicodeDecomposition:
         return keyOfField(GlyphField::Decompose);
     case ProblemKind::UnknownCategory:
         return keyOfField(GlyphField::Category);
     case ProblemKind::UnknownSubCategory:
         return keyOfField(GlyphField::SubCategory);
     case ProblemKind::UnknownScript:
+    case ProblemKind::UnicodeScript:
         return keyOfField(GlyphField::Script);
+    case ProblemKind::MissingMark:
+        return keyOfField(GlyphField::Marks);
+    case ProblemKind::OneSidedAnchor:
+        return keyOfField(GlyphField::Anchors);
+    case ProblemKind::DuplicateProduction:
+    case ProblemKind::UnicodeProduction:
+    case ProblemKind::FontName:
+        return keyOfField(GlyphField::Production);
+    case ProblemKind::UnicodeCase:
+        return keyOfField(GlyphField::Case);
+    case ProblemKind::UnicodeDirection:
+        return keyOfField(GlyphField::Direction);
+    case ProblemKind::UnicodeDescription:
+        return keyOfField(GlyphField::Desc);
+    case ProblemKind::RepeatingAltName:
+        return keyOfField(GlyphField::AltNames);
     case ProblemKind::InvalidCodePoint:
     case ProblemKind::DuplicateCodePoint:
     case ProblemKind::ManyCodePoints:
@@ -66,9 +86,10 @@ class Findings
 {
 public:
     /// Of the records that \a isAsked has; without it of all, and of the file.
-    Findings(VXDocument &document, const std::optional<std::vector<bool>> &isAsked)
+    Findings(VXDocument &document, const std::optional<std::vector<bool>> &isAsked, ProblemKindSet leftOut)
         : m_document(document), m_problems(document)
     {
+        m_problems.setLeftOut(leftOut);
         m_problems.finish();
         std::vector<Problem> problems;
         m_problems.append({}, 0, document.countOfInfos(), problems);
@@ -90,6 +111,11 @@ public:
                          [](const Finding &a, const Finding &b) { return a.offset < b.offset; });
     }
     const std::vector<Finding> &all() const { return m_all; }
+    qsizetype hints() const
+    {
+        return std::count_if(m_all.begin(), m_all.end(),
+                             [](const Finding &each) { return isHint(each.kind); });
+    }
 
 private:
     void add(const Problem &problem)
@@ -150,7 +176,7 @@ public:
     virtual ~Report() = default;
     virtual void begin(const QString &file, const VXDocument &document, bool isTable) = 0;
     virtual void add(const Finding &finding, qsizetype line) = 0;
-    virtual void end(qsizetype findings) = 0;
+    virtual void end(qsizetype problems, qsizetype hints, CheckResult result) = 0;
     virtual void unreadable(const QString &file, const Error &error) = 0;
     virtual void finish() { }
 };
@@ -170,17 +196,20 @@ public:
         m_out << m_file << ':';
         if (finding.offset >= 0)
             m_out << line << ':';
-        m_out << ' ' << idOfProblemKind(finding.kind) << ": ";
+        m_out << (isHint(finding.kind) ? " hint " : " ") << idOfProblemKind(finding.kind) << ": ";
         if (!finding.record.isEmpty() || !finding.field.isEmpty()) {
             m_out << terminalText(finding.record) << (finding.field.isEmpty() ? "" : ".")
                   << terminalText(finding.field) << ": ";
         }
         m_out << terminalText(finding.sentence) << '\n';
     }
-    void end(qsizetype findings) override
+    void end(qsizetype problems, qsizetype hints, CheckResult) override
     {
         m_out << m_file << ": "
-              << Texts::tr("%1 records, %2, %3 problems").arg(m_records).arg(m_version).arg(findings) << '\n';
+              << Texts::tr("%1 records, %2, %3 problems").arg(m_records).arg(m_version).arg(problems);
+        if (hints > 0)
+            m_out << Texts::tr(", %1 hints").arg(hints);
+        m_out << '\n';
     }
     void unreadable(const QString &, const Error &) override { }
 
@@ -219,12 +248,12 @@ public:
                            {u"record"_s, orNull(finding.record)},
                            {u"field"_s, orNull(finding.field)},
                            {u"kind"_s, QString(idOfProblemKind(finding.kind))},
+                           {u"hint"_s, isHint(finding.kind)},
                            {u"sentence"_s, finding.sentence}});
     }
-    void end(qsizetype findings) override
+    void end(qsizetype, qsizetype, CheckResult result) override
     {
-        m_out << "],\"status\":" << (findings > 0 ? int(CheckResult::Problems) : int(CheckResult::Clean))
-              << '}';
+        m_out << "],\"status\":" << int(result) << '}';
     }
     void unreadable(const QString &file, const Error &error) override
     {
@@ -269,8 +298,8 @@ bool isTable(const QString &file, const QByteArray &bytes)
     return !bytes.contains("<glyph") && bytes.left(bytes.indexOf('\n')).contains('\t');
 }
 
-CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, QIODevice &input,
-                      const RecordChoice &choice)
+CheckResult checkFile(const QString &file, const CheckOptions &options, Report &report, QTextStream &errors,
+                      QIODevice &input, const RecordChoice &choice)
 {
     Error error;
     VXDocument document;
@@ -287,29 +316,33 @@ CheckResult checkFile(const QString &file, Report &report, QTextStream &errors, 
         report.unreadable(file, error);
         return CheckResult::Unreadable;
     }
-    const Findings findings(document, isAsked);
+    const Findings findings(document, isAsked, options.leftOut);
     // The places in a table are those in its text, which may have stood in another encoding.
     LineNumbers lines(document.tableForm() ? document.tableForm()->source : *bytes);
     report.begin(file, document, isTabbed);
     for (const Finding &finding : findings.all())
         report.add(finding, lines.at(finding.offset));
-    report.end(std::ssize(findings.all()));
-    return findings.all().empty() ? CheckResult::Clean : CheckResult::Problems;
+    const qsizetype hints = findings.hints();
+    const qsizetype problems = std::ssize(findings.all()) - hints;
+    const CheckResult result =
+        problems > 0 || (options.isStrict && hints > 0) ? CheckResult::Problems : CheckResult::Clean;
+    report.end(problems, hints, result);
+    return result;
 }
 
 } // namespace
 
-CheckResult checkFiles(const QStringList &files, ReportFormat format, QTextStream &out, QTextStream &errors,
-                       QIODevice &input, const RecordChoice &choice)
+CheckResult checkFiles(const QStringList &files, const CheckOptions &options, QTextStream &out,
+                       QTextStream &errors, QIODevice &input, const RecordChoice &choice)
 {
     std::unique_ptr<Report> report;
-    if (format == ReportFormat::Json)
+    if (options.format == ReportFormat::Json)
         report = std::make_unique<JsonReport>(out);
     else
         report = std::make_unique<TextReport>(out);
     CheckResult worst = CheckResult::Clean;
     for (const QString &file : files)
-        worst = std::max(worst, checkFile(file, *report, errors, input, choice));
+        worst = std::max(worst, checkFile(file, options, *report, errors, input, choice));
     report->finish();
     return worst;
 }

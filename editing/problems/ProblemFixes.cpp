@@ -2,6 +2,7 @@
 
 #include "document/SavableForm.h"
 #include "editing/fields/CodePointTokens.h"
+#include "editing/problems/HintTexts.h"
 #include "model/CodePointRules.h"
 #include "model/NameRules.h"
 
@@ -94,7 +95,7 @@ Fixes plannedFixes(const VXDocument &document, ProblemKind kind, const VXGlyphIn
     case ProblemKind::LostValue:
         return savableForm(info, document.fileVersion());
     default:
-        return {};
+        return isHint(kind) ? hintFixes(document, kind, info) : Fixes();
     }
 }
 
@@ -114,6 +115,16 @@ Fixes fixesFor(const VXDocument &document, ProblemKind kind, const VXGlyphInfo &
     return fixes;
 }
 
+void store(VXGlyphInfo &info, const FieldFix &fix)
+{
+    if (fix.field == GlyphField::Case)
+        info.setCase(VXGlyphInfo::caseFromString(fix.value.first()));
+    else if (fix.field == GlyphField::Direction)
+        info.setDirection(VXGlyphInfo::directionFromString(fix.value.first()));
+    else
+        storeEdited(info, fix.field, fix.value);
+}
+
 } // namespace
 
 QString ProblemFixes::titleFor(ProblemKind kind)
@@ -130,6 +141,19 @@ QString ProblemFixes::titleFor(ProblemKind kind)
         return Texts::tr("Remove Quotes and Line Breaks");
     case ProblemKind::LostValue:
         return Texts::tr("Trim and Split Values");
+    case ProblemKind::UnicodeCase:
+        return Texts::tr("Set Case by Unicode");
+    case ProblemKind::UnicodeScript:
+        return Texts::tr("Set Script by Unicode");
+    case ProblemKind::UnicodeDirection:
+        return Texts::tr("Set Direction by Unicode");
+    case ProblemKind::UnicodeDecomposition:
+        return Texts::tr("Decompose by Unicode");
+    case ProblemKind::UnicodeDescription:
+        return Texts::tr("Set Description by Unicode");
+    case ProblemKind::UnicodeProduction:
+    case ProblemKind::FontName:
+        return Texts::tr("Set Production Names by Code Point");
     default:
         return {};
     }
@@ -171,7 +195,7 @@ qsizetype ProblemFixes::apply(VXDocument &document, std::span<const Problem> pro
     const UndoGroup group(document.undoManager(),
                           Texts::tr("%1 (Records: %2)").arg(title, QLocale().toString(qlonglong(count))));
     for (const auto &[info, fix] : plan)
-        storeEdited(*info, fix.field, fix.value);
+        store(*info, fix);
     return count;
 }
 

@@ -1,6 +1,7 @@
 #include "editing/problems/ProblemKinds.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 
 namespace runebook {
 
@@ -36,6 +37,17 @@ constexpr std::array<Words, kProblemKindCount> kWords {{
      QT_TRANSLATE_NOOP("Problems", "Names in Decompose that no record has.")},
     {"self-component", QT_TRANSLATE_NOOP("Problems", "Composed with themselves"),
      QT_TRANSLATE_NOOP("Problems", "Records that stand in their own Decompose.")},
+    {"circular-component", QT_TRANSLATE_NOOP("Problems", "Circular components"),
+     QT_TRANSLATE_NOOP(
+         "Problems",
+         "Records that are composed of something that is composed of them. No font tool can draw them.")},
+    {"ambiguous-component", QT_TRANSLATE_NOOP("Problems", "Ambiguous components"),
+     QT_TRANSLATE_NOOP("Problems", "Names in Decompose that more than one record has.")},
+    {"missing-mark", QT_TRANSLATE_NOOP("Problems", "Missing marks"),
+     QT_TRANSLATE_NOOP("Problems", "Names in Marks that no record has.")},
+    {"duplicate-production-name", QT_TRANSLATE_NOOP("Problems", "Duplicate production names"),
+     QT_TRANSLATE_NOOP("Problems",
+                       "Production names that more than one record has. A font takes each name once.")},
     {"unknown-category", QT_TRANSLATE_NOOP("Problems", "Unknown categories"),
      QT_TRANSLATE_NOOP("Problems", "Categories that are none of the usual words.")},
     {"unknown-subcategory", QT_TRANSLATE_NOOP("Problems", "Unknown subcategories"),
@@ -48,6 +60,30 @@ constexpr std::array<Words, kProblemKindCount> kWords {{
     {"lost-value", QT_TRANSLATE_NOOP("Problems", "Changed by saving"),
      QT_TRANSLATE_NOOP("Problems",
                        "Other values that are not the same after saving and opening the file again.")},
+    {"unicode-case", QT_TRANSLATE_NOOP("Problems", "Case unlike Unicode"),
+     QT_TRANSLATE_NOOP("Problems",
+                       "Capitals that are called lower case, and small letters that are called upper case.")},
+    {"unicode-script", QT_TRANSLATE_NOOP("Problems", "Script unlike Unicode"),
+     QT_TRANSLATE_NOOP("Problems", "Scripts that are not the one Unicode gives the character.")},
+    {"unicode-direction", QT_TRANSLATE_NOOP("Problems", "Direction unlike Unicode"),
+     QT_TRANSLATE_NOOP("Problems", "Directions against the one in which Unicode sets the character.")},
+    {"unicode-decomposition", QT_TRANSLATE_NOOP("Problems", "Decomposition unlike Unicode"),
+     QT_TRANSLATE_NOOP("Problems", "Letters with a component that is no part of the character.")},
+    {"unicode-description", QT_TRANSLATE_NOOP("Problems", "Description unlike Unicode"),
+     QT_TRANSLATE_NOOP("Problems",
+                       "Descriptions in the form of Unicode names that are not the name of the character.")},
+    {"unicode-production", QT_TRANSLATE_NOOP("Problems", "Production name unlike code point"),
+     QT_TRANSLATE_NOOP("Problems",
+                       "Production names that stand for another code point than the record has.")},
+    {"one-sided-anchor", QT_TRANSLATE_NOOP("Problems", "One-sided anchors"),
+     QT_TRANSLATE_NOOP(
+         "Problems",
+         "Anchors that nothing attaches to: “top” where no record has “_top”, or the other way round.")},
+    {"font-name", QT_TRANSLATE_NOOP("Problems", "Names that fonts do not take"),
+     QT_TRANSLATE_NOOP(
+         "Problems",
+         "Production names, or names without one, with other characters than letters, digits, period and "
+         "underscore, with another beginning than a letter or underscore, or of more than 63 characters.")},
     {"comment", QT_TRANSLATE_NOOP("Problems", "Comments in the file"),
      QT_TRANSLATE_NOOP("Problems", "Comments are not kept when the file is saved.")},
     {"unknown-attribute", QT_TRANSLATE_NOOP("Problems", "Unknown attributes"),
@@ -93,6 +129,14 @@ QString translated(const char *text)
 QLatin1StringView idOfProblemKind(ProblemKind kind)
 {
     return QLatin1StringView(kWords[static_cast<std::size_t>(kind)].id);
+}
+
+std::optional<ProblemKind> problemKindOfId(QStringView id)
+{
+    const auto kinds = allProblemKinds();
+    const auto *found = std::find_if(kinds.begin(), kinds.end(),
+                                     [&](ProblemKind kind) { return idOfProblemKind(kind) == id; });
+    return found != kinds.end() ? std::optional(*found) : std::nullopt;
 }
 
 QString titleOfProblemKind(ProblemKind kind)

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <array>
+#include <optional>
 
 namespace runebook {
 
@@ -20,12 +21,25 @@ enum class ProblemKind : quint8 {
     // of what is meant: other records, and the fixed words
     MissingComponent, ///< of a composition: no record has that name
     SelfReference, ///< composed with itself
+    CircularComponent, ///< composed of something that is composed of it
+    AmbiguousComponent, ///< several records have that name
+    MissingMark, ///< among the marks: no record has that name
+    DuplicateProduction,
     UnknownCategory,
     UnknownSubCategory,
     UnknownScript,
     // of saving and reading again
     QuoteOrBreak, ///< a double quote or a line break, which ends a value in a file
     LostValue, ///< another value that does not come back as it is
+    // hints: opinions on what was meant, which may have their reasons
+    UnicodeCase, ///< the first code point is a letter of the other case
+    UnicodeScript,
+    UnicodeDirection,
+    UnicodeDecomposition, ///< a component that the character has not
+    UnicodeDescription, ///< the description is the name of another character
+    UnicodeProduction, ///< the production name is that of another code point
+    OneSidedAnchor, ///< no record has the anchor that it would meet
+    FontName, ///< what a font would call the glyph, font formats do not take
     // of the file that was read, until it is saved
     Comment,
     UnknownAttribute,
@@ -42,6 +56,28 @@ inline constexpr int kProblemKindCount = static_cast<int>(ProblemKind::FileForm)
 /// The kinds before this one follow from the records as they are now.
 inline constexpr ProblemKind kFirstReadProblem = ProblemKind::Comment;
 
+inline constexpr ProblemKind kFirstHint = ProblemKind::UnicodeCase;
+
+/// Hints are counted apart from problems: nothing breaks by them.
+constexpr bool isHint(ProblemKind kind)
+{
+    return kind >= kFirstHint && kind < kFirstReadProblem;
+}
+
+/// A set of kinds, a bit for each.
+using ProblemKindSet = quint64;
+constexpr ProblemKindSet setOf(ProblemKind kind)
+{
+    return ProblemKindSet(1) << static_cast<int>(kind);
+}
+inline constexpr ProblemKindSet kAllProblemKinds = (ProblemKindSet(1) << kProblemKindCount) - 1;
+inline constexpr ProblemKindSet kHintKinds = setOf(kFirstReadProblem) - setOf(kFirstHint);
+/// Those that follow from the records.
+inline constexpr ProblemKindSet kRecordKinds = setOf(kFirstReadProblem) - 1;
+/// Those that somebody may want not to hear of; what a file loses is always told.
+inline constexpr ProblemKindSet kOptionalKinds =
+    kRecordKinds & ~(setOf(ProblemKind::QuoteOrBreak) | setOf(ProblemKind::LostValue));
+
 inline constexpr auto allProblemKinds()
 {
     std::array<ProblemKind, kProblemKindCount> kinds {};
@@ -52,6 +88,8 @@ inline constexpr auto allProblemKinds()
 
 /// For programs: "duplicate-name". Never translated, never changed.
 QLatin1StringView idOfProblemKind(ProblemKind kind);
+/// The kind of that id; nothing for none.
+std::optional<ProblemKind> problemKindOfId(QStringView id);
 /// For lists of kinds: "Duplicate names".
 QString titleOfProblemKind(ProblemKind kind);
 /// What the kind means and why it matters, in a sentence.

@@ -3,6 +3,9 @@
 #include "document/SavableForm.h"
 #include "editing/fields/FieldEditing.h"
 #include "editing/fields/GlyphColumns.h"
+#include "editing/problems/AnchorSides.h"
+#include "editing/problems/HintTexts.h"
+#include "editing/problems/RecordTexts.h"
 #include "model/CodePointRules.h"
 #include "model/NameRules.h"
 #include "model/RoundTrip.h"
@@ -10,7 +13,7 @@
 
 #include <QCoreApplication>
 #include <QLocale>
-#include <functional>
+#include <QSet>
 
 namespace runebook {
 
@@ -33,6 +36,12 @@ QString quoted(const QString &text)
     constexpr qsizetype kLongest = 80;
     const QString line = cellDisplayText(text);
     return u"“"_s + shownText(line, kLongest) + u'”';
+}
+
+/// How many records have the name \a text, by its key.
+QString countOf(const KeyCounts &counts, std::string_view text)
+{
+    return numberText(counts.count(keyOfName(text)));
 }
 
 /// One entry of a list that is kept in one text; the others become no texts of their own.
@@ -79,6 +88,41 @@ QString textOnCodePoints(const VXGlyphInfo &info)
     return sentences.join(u' ');
 }
 
+/// The names by which a composition leads back to its own, such as "a, b, a".
+QString textOnCircle(const VXDocument &document, const VXGlyphInfo &info)
+{
+    constexpr std::size_t kMost = 10'000;
+    std::vector<std::pair<QString, std::size_t>> met {{info.name(), 0}}; // with the place of who mentions it
+    QSet<QString> names;
+    for (std::size_t at = 0; at < met.size() && met.size() < kMost; ++at) {
+        const InfoPtr composed = at == 0 ? InfoPtr() : document.infoForName(met[at].first);
+        if (at > 0 && !composed)
+            continue;
+        const QString components = at == 0 ? info.decompose() : composed->decompose();
+        for (const QString &component : components.split(kListSeparator)) {
+            if (component == info.name() && at > 0) {
+                QStringList path {component};
+                for (std::size_t place = at; place > 0; place = met[place].second)
+                    path.prepend(met[place].first);
+                path.prepend(info.name());
+                return Texts::tr("It leads back to itself: %1.").arg(quoted(path.join(u", "_s)));
+            }
+            if (component != info.name() && !names.contains(component)) {
+                names.insert(component);
+                met.emplace_back(component, at);
+            }
+        }
+    }
+    return Texts::tr("It leads back to itself.");
+}
+
+QString textOnAnchor(const QString &anchor)
+{
+    const std::string text = anchor.toStdString();
+    const QString other = QString::fromStdString(AnchorSides::counterpart(AnchorSides::plainAnchor(text)));
+    return Texts::tr("%1 meets nothing: no record has the anchor %2.").arg(quoted(anchor), quoted(other));
+}
+
 QString textOnLosses(const VXGlyphInfo &info, ProblemKind kind, int fileVersion)
 {
     QStringList sentences;
@@ -113,9 +157,8 @@ QString textOfProblem(const Problem &problem, const ProblemContext &context)
     case ProblemKind::InvalidName:
         return cellDisplayText(textOfObjection(objectionToName(QStringView(info.name()))));
     case ProblemKind::DuplicateName: {
-        const quint64 key =
-            qMax<quint64>(1, std::hash<std::string_view>()(info.utf8(GlyphField::Name, buffer)));
-        return Texts::tr("%1 records have this name.").arg(numberText(context.names.count(key)));
+        return Texts::tr("%1 records have this name.")
+            .arg(countOf(context.relations.names(), info.utf8(GlyphField::Name, buffer)));
     }
     case ProblemKind::RepeatingAltName: {
         const QString name = entryOf(info, GlyphField::AltNames, problem.part);
@@ -139,6 +182,22 @@ QString textOfProblem(const Problem &problem, const ProblemContext &context)
             .arg(quoted(entryOf(info, GlyphField::Decompose, problem.part)));
     case ProblemKind::SelfReference:
         return Texts::tr("%1 holds the record’s own name.").arg(fieldTitle(GlyphField::Decompose));
+    case ProblemKind::CircularComponent:
+        return textOnCircle(context.document, info);
+    case ProblemKind::AmbiguousComponent: {
+        const QString name = entryOf(info, GlyphField::Decompose, problem.part);
+        return Texts::tr("%1 records are called %2.")
+            .arg(countOf(context.relations.names(), name.toStdString()), quoted(name));
+    }
+    case ProblemKind::MissingMark:
+        return Texts::tr("No record is called %1.")
+            .arg(quoted(entryOf(info, GlyphField::Marks, problem.part)));
+    case ProblemKind::DuplicateProduction:
+        return Texts::tr("%1 records have the production name %2.")
+            .arg(numberText(context.relations.productionCount(info.utf8(GlyphField::Production, buffer))),
+                 quoted(info.production()));
+    case ProblemKind::OneSidedAnchor:
+        return textOnAnchor(entryOf(info, GlyphField::Anchors, problem.part));
     case ProblemKind::UnknownCategory:
         return Texts::tr("%1 is no known category.").arg(quoted(info.category()));
     case ProblemKind::UnknownSubCategory:
@@ -146,6 +205,8 @@ QString textOfProblem(const Problem &problem, const ProblemContext &context)
     case ProblemKind::UnknownScript:
         return Texts::tr("%1 is no known script.").arg(quoted(info.script()));
     default:
+        if (isHint(problem.kind))
+            return textOfHint(problem.kind, info, context.document);
         return textOnLosses(info, problem.kind, context.document.fileVersion());
     }
 }

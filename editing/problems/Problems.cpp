@@ -1,12 +1,12 @@
 #include "editing/problems/Problems.h"
 
 #include "editing/problems/ProblemTexts.h"
+#include "editing/problems/UnicodeChecks.h"
 #include "model/CodePointRules.h"
 #include "model/NameRules.h"
 
 #include <algorithm>
 #include <functional>
-#include <numeric>
 #include <string_view>
 #include <unordered_set>
 
@@ -35,28 +35,9 @@ constexpr quint32 flagOf(ProblemKind kind)
     return 1u << static_cast<int>(kind);
 }
 
-quint64 keyOfName(std::string_view name)
-{
-    // Two names with one hash would be told to be the same less than once in a billion documents.
-    return name.empty() ? 0 : qMax<quint64>(1, std::hash<std::string_view>()(name));
-}
-
 quint64 keyOfCodePoint(quint32 codePoint)
 {
     return quint64(codePoint) + 1;
-}
-
-/// Calls \a visit with the name of each component.
-template <typename Visit> void forEachComponent(const VXGlyphInfo &info, Visit visit)
-{
-    constexpr std::string_view kSeparator = ", ";
-    std::string buffer;
-    std::string_view rest = info.utf8(GlyphField::Decompose, buffer);
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find(kSeparator), rest.size());
-        visit(rest.substr(0, end));
-        rest.remove_prefix(std::min(rest.size(), end + kSeparator.size()));
-    }
 }
 
 /// Words that are looked up without making a string of what is looked for.
@@ -101,21 +82,10 @@ template <typename Visit> void forEachCodePoint(const VXGlyphInfo &info, Visit v
     }
 }
 
-/// Calls \a visit with each alternate name of a record; of an empty text there is none.
-template <typename Visit> void forEachAltName(const VXGlyphInfo &info, Visit visit)
+std::optional<char32_t> firstCodePoint(const VXGlyphInfo &info)
 {
-    if (info.stored(GlyphField::AltNames).isAbsent())
-        return;
-    constexpr std::string_view kSeparator = ", ";
     std::string buffer;
-    std::string_view rest = info.utf8(GlyphField::AltNames, buffer);
-    for (;;) {
-        const std::size_t end = rest.find(kSeparator);
-        visit(rest.substr(0, end));
-        if (end == rest.npos)
-            return;
-        rest.remove_prefix(end + kSeparator.size());
-    }
+    return codePointOfText(info.unicodeUtf8(buffer));
 }
 
 } // namespace
@@ -153,40 +123,28 @@ void Problems::start()
 {
     const auto count = static_cast<std::size_t>(m_document.countOfInfos());
     m_flags.assign(count, 0);
-    m_nameKeys.assign(count, 0);
+    m_relations.assign(count);
     m_codePoints.assign(count, kNoCodePoint);
-    m_components.assign(count, 0);
-    m_componentLists.clear();
-    m_freeComponents.clear();
-    m_composed.clear();
-    m_missing = 0;
     m_lists.clear();
     m_freeLists.clear();
-    m_altNames.assign(count, 0);
-    m_altLists.assign(1, {});
-    m_freeAltLists.clear();
-    m_altCounts.clear();
-    m_repeatingAltNames = 0;
-    m_names.clear();
     m_codes.clear();
     std::fill(m_counts.begin(), m_counts.begin() + static_cast<int>(kFirstReadProblem), 0);
     m_changed.clear();
     m_nextChanged = 0;
-    m_next = 0;
+    m_next = m_nextHint = 0;
 }
 
 // Looking
 
 bool Problems::isComplete() const
 {
-    return m_next >= m_flags.size() && m_nextChanged >= m_changed.size()
-        && m_fileVersion == m_document.fileVersion();
+    return areProblemsCounted() && m_nextHint >= m_flags.size() && m_fileVersion == m_document.fileVersion();
 }
 
 double Problems::progress() const
 {
-    const std::size_t all = m_flags.size() + m_changed.size();
-    return all ? static_cast<double>(m_next + m_nextChanged) / static_cast<double>(all) : 1;
+    const std::size_t all = 2 * m_flags.size() + m_changed.size();
+    return all ? static_cast<double>(m_next + m_nextHint + m_nextChanged) / static_cast<double>(all) : 1;
 }
 
 void Problems::schedule()
@@ -216,6 +174,11 @@ void Problems::checkBatch()
     while (m_next < m_flags.size() && places.size() < kBatch)
         places.push_back(static_cast<qsizetype>(m_next++));
     check(places);
+    if (places.empty()) {
+        const std::size_t end = std::min(m_nextHint + kBatch, m_flags.size());
+        while (m_nextHint < end)
+            checkHints(m_nextHint++);
+    }
 }
 
 bool Problems::runFor(std::chrono::milliseconds budget)
@@ -260,17 +223,31 @@ void Problems::check(std::span<const qsizetype> places)
     for (const qsizetype place : places)
         infos.push_back(m_document.objectInInfosAtIndex(place).get());
     checkRoundTrip(infos);
+    std::vector<quint64> names;
+    names.reserve(places.size());
+    for (const VXGlyphInfo *info : infos)
+        names.push_back(prepare(*info));
     for (std::size_t i = 0; i < places.size(); ++i) {
         const auto place = static_cast<std::size_t>(places[i]);
         Flags flags = flagsOf(*infos[i]);
+        if (place < m_nextHint)
+            flags |= hintsOf(*infos[i]);
         if (m_outcomes[i] == RoundTrip::Outcome::Broken)
             flags |= flagOf(ProblemKind::QuoteOrBreak);
         else if (m_outcomes[i] != RoundTrip::Outcome::Same)
             flags |= flagOf(ProblemKind::LostValue);
         setFlags(place, flags);
         dropKeys(place);
-        setKeys(place, *infos[i]);
+        setKeys(place, *infos[i], names[i]);
     }
+    m_relations.update();
+}
+
+/// Of very many records, what is counted under a key lies far away: the processor is told early.
+quint64 Problems::prepare(const VXGlyphInfo &info) const
+{
+    m_codes.prefetch(keyOfCodePoint(info.unicodeChar()));
+    return m_relations.prepare(info);
 }
 
 /// What a file would not keep of each record, into m_outcomes. Of one with a very long value that turns out
@@ -318,7 +295,7 @@ Problems::Flags Problems::flagsOf(const VXGlyphInfo &info) const
         if (!isKnown(info.utf8(field, other), wordsOf(field)))
             flags |= flagOf(kind);
     }
-    forEachComponent(info, [&](std::string_view component) {
+    forEachEntry(info.utf8(GlyphField::Decompose, other), [&](std::string_view component) {
         if (component == name)
             flags |= flagOf(ProblemKind::SelfReference);
     });
@@ -334,6 +311,19 @@ Problems::Flags Problems::flagsOf(const VXGlyphInfo &info) const
     return flags;
 }
 
+Problems::Flags Problems::hintsOf(const VXGlyphInfo &info) const
+{
+    return static_cast<Flags>(UnicodeChecks::hintsOf(info, firstCodePoint(info)));
+}
+
+/// Of a record that was looked at for everything else.
+void Problems::checkHints(std::size_t place)
+{
+    const VXGlyphInfo &info = *m_document.infos()[place];
+    setFlags(place, m_flags[place] | hintsOf(info));
+    m_relations.setHints(place, info, firstCodePoint(info));
+}
+
 void Problems::setFlags(std::size_t place, Flags flags)
 {
     const Flags different = flags ^ m_flags[place];
@@ -344,14 +334,11 @@ void Problems::setFlags(std::size_t place, Flags flags)
     m_flags[place] = flags;
 }
 
-void Problems::setKeys(std::size_t place, const VXGlyphInfo &info)
+void Problems::setKeys(std::size_t place, const VXGlyphInfo &info, quint64 name)
 {
-    std::string buffer;
-    m_nameKeys[place] = keyOfName(info.utf8(GlyphField::Name, buffer));
-    addName(m_nameKeys[place]);
-    setComponents(place, info);
-    setAltNames(place, info);
-
+    m_relations.set(place, info, name);
+    if (place < m_nextHint)
+        m_relations.setHints(place, info, firstCodePoint(info));
     // A text that is no number keeps its place in the list, for the list's places are told to people.
     std::vector<quint32> codePoints;
     quint32 single = kNoCodePoint;
@@ -384,9 +371,7 @@ void Problems::setKeys(std::size_t place, const VXGlyphInfo &info)
 
 void Problems::dropKeys(std::size_t place)
 {
-    removeName(std::exchange(m_nameKeys[place], 0));
-    dropComponents(place);
-    dropAltNames(place);
+    m_relations.drop(place);
     for (const quint32 codePoint : codePointsAt(place)) {
         if (codePoint != kNoCodePoint)
             m_codes.remove(keyOfCodePoint(codePoint));
@@ -397,106 +382,6 @@ void Problems::dropKeys(std::size_t place)
         m_freeLists.push_back(list);
     }
     m_codePoints[place] = kNoCodePoint;
-}
-
-// An alternate name repeats a name from the first record of that name on to the last, whichever comes when; a
-// component is missing as long as there is none.
-
-void Problems::addName(quint64 key)
-{
-    if (!key)
-        return;
-    if (m_names.count(key) == 0) {
-        m_missing -= m_composed.count(key);
-        m_repeatingAltNames += m_altCounts.count(key);
-    }
-    m_names.add(key);
-}
-
-void Problems::removeName(quint64 key)
-{
-    if (!key)
-        return;
-    m_names.remove(key);
-    if (m_names.count(key) == 0) {
-        m_missing += m_composed.count(key);
-        m_repeatingAltNames -= m_altCounts.count(key);
-    }
-}
-
-void Problems::setComponents(std::size_t place, const VXGlyphInfo &info)
-{
-    std::vector<quint64> keys;
-    forEachComponent(info, [&keys](std::string_view name) { keys.push_back(keyOfName(name)); });
-    if (keys.empty())
-        return;
-    for (const quint64 key : keys) {
-        if (!key)
-            continue; // an empty text between two separators names nothing
-        m_composed.add(key);
-        m_missing += isMissing(key);
-    }
-    if (m_freeComponents.empty()) {
-        m_componentLists.emplace_back();
-        m_freeComponents.push_back(static_cast<quint32>(m_componentLists.size()));
-    }
-    m_components[place] = m_freeComponents.back();
-    m_freeComponents.pop_back();
-    m_componentLists[m_components[place] - 1] = std::move(keys);
-}
-
-void Problems::dropComponents(std::size_t place)
-{
-    const quint32 list = std::exchange(m_components[place], 0);
-    if (!list)
-        return;
-    for (const quint64 key : std::exchange(m_componentLists[list - 1], {})) {
-        if (!key)
-            continue;
-        m_missing -= isMissing(key);
-        m_composed.remove(key);
-    }
-    m_freeComponents.push_back(list);
-}
-
-void Problems::setAltNames(std::size_t place, const VXGlyphInfo &info)
-{
-    std::vector<quint64> keys;
-    forEachAltName(info, [&keys](std::string_view name) { keys.push_back(keyOfName(name)); });
-    if (keys.empty())
-        return;
-    if (m_freeAltLists.empty()) {
-        m_freeAltLists.push_back(static_cast<quint32>(m_altLists.size()));
-        m_altLists.emplace_back();
-    }
-    m_altNames[place] = m_freeAltLists.back();
-    m_freeAltLists.pop_back();
-    for (const quint64 key : keys) {
-        if (key == 0)
-            continue;
-        m_altCounts.add(key);
-        m_repeatingAltNames += m_names.count(key) > 0;
-    }
-    m_altLists[m_altNames[place]] = std::move(keys);
-}
-
-void Problems::dropAltNames(std::size_t place)
-{
-    const quint32 list = std::exchange(m_altNames[place], 0);
-    if (list == 0)
-        return;
-    for (const quint64 key : std::exchange(m_altLists[list], {})) {
-        if (key == 0)
-            continue;
-        m_altCounts.remove(key);
-        m_repeatingAltNames -= m_names.count(key) > 0;
-    }
-    m_freeAltLists.push_back(list);
-}
-
-std::span<const quint64> Problems::altNamesAt(std::size_t place) const
-{
-    return m_altLists[m_altNames[place]];
 }
 
 std::span<const quint32> Problems::codePointsAt(std::size_t place) const
@@ -514,17 +399,18 @@ void Problems::insert(const IndexSet &places)
         values.insert(places, [fresh](std::size_t) { return fresh; });
     };
     merge(m_flags, Flags(0));
-    merge(m_nameKeys, quint64(0));
     merge(m_codePoints, kNoCodePoint);
-    merge(m_components, quint32(0));
-    merge(m_altNames, quint32(0));
+    m_relations.insert(places);
     if (places.size() <= kFew) {
         // Places ascend and count those that came in front of them.
-        for (const qsizetype place : places)
+        for (const qsizetype place : places) {
             m_next += static_cast<std::size_t>(place) <= m_next;
+            m_nextHint += static_cast<std::size_t>(place) <= m_nextHint;
+        }
         check(places);
     } else {
         m_next = qMin(m_next, static_cast<std::size_t>(places.front()));
+        m_nextHint = qMin(m_nextHint, m_next);
         schedule();
     }
     announce();
@@ -536,14 +422,15 @@ void Problems::remove(const IndexSet &places)
         setFlags(static_cast<std::size_t>(place), 0);
         dropKeys(static_cast<std::size_t>(place));
     }
-    const auto lookedAt = std::lower_bound(places.begin(), places.end(), static_cast<qsizetype>(m_next));
-    m_next -= static_cast<std::size_t>(lookedAt - places.begin());
+    for (std::size_t *next : {&m_next, &m_nextHint}) {
+        const auto lookedAt = std::lower_bound(places.begin(), places.end(), static_cast<qsizetype>(*next));
+        *next -= static_cast<std::size_t>(lookedAt - places.begin());
+    }
     const auto erase = [&places](auto &values) { values.erase(places, [](auto) {}); };
     erase(m_flags);
-    erase(m_nameKeys);
     erase(m_codePoints);
-    erase(m_components);
-    erase(m_altNames);
+    m_relations.erase(places);
+    m_relations.update();
     announce();
 }
 
@@ -569,7 +456,7 @@ void Problems::noteChanges(const std::vector<VXDocument::Change> &changes)
     if (changes.size() > kMany || std::any_of(changes.begin(), changes.end(), standsTwice)) {
         m_changed.clear();
         m_nextChanged = 0;
-        m_next = 0;
+        m_next = m_nextHint = 0;
         schedule();
         announce();
         return;
@@ -594,19 +481,29 @@ void Problems::noteChanges(const std::vector<VXDocument::Change> &changes)
 
 qsizetype Problems::count(ProblemKind kind) const
 {
-    switch (kind) {
-    case ProblemKind::DuplicateName:
-        return m_names.repeated();
-    case ProblemKind::RepeatingAltName:
-        return m_repeatingAltNames;
-    case ProblemKind::DuplicateCodePoint:
+    if (m_leftOut & setOf(kind) || isTooEarlyFor(kind))
+        return 0;
+    if (kind == ProblemKind::DuplicateCodePoint)
         return m_codes.repeated();
-    case ProblemKind::MissingComponent:
-        // Until all names are known nobody can tell.
-        return m_next < m_flags.size() ? 0 : m_missing;
-    default:
-        return m_counts[static_cast<std::size_t>(kind)];
-    }
+    return NameRelations::knows(kind) ? m_relations.count(kind) : m_counts[static_cast<std::size_t>(kind)];
+}
+
+/// Until all names are known nobody can tell what is missing.
+bool Problems::isTooEarlyFor(ProblemKind kind) const
+{
+    if (kind == ProblemKind::OneSidedAnchor)
+        return m_nextHint < m_flags.size();
+    return m_next < m_flags.size()
+        && (kind == ProblemKind::MissingComponent || kind == ProblemKind::MissingMark);
+}
+
+void Problems::setLeftOut(ProblemKindSet kinds)
+{
+    if (std::exchange(m_leftOut, kinds & kOptionalKinds) == m_leftOut)
+        return;
+    Q_EMIT changed();
+    if (isComplete())
+        Q_EMIT completed();
 }
 
 std::array<qsizetype, kProblemKindCount> Problems::counts() const
@@ -617,77 +514,63 @@ std::array<qsizetype, kProblemKindCount> Problems::counts() const
     return counts;
 }
 
-qsizetype Problems::total() const
+qsizetype Problems::total(ProblemKindSet kinds) const
 {
-    const auto all = counts();
-    return std::accumulate(all.begin(), all.end(), qsizetype(0));
+    qsizetype sum = 0;
+    for (const ProblemKind kind : allProblemKinds())
+        sum += kinds & setOf(kind) ? count(kind) : 0;
+    return sum;
 }
 
 bool Problems::hasProblem(ProblemKind kind, qsizetype place) const
 {
     const auto at = static_cast<std::size_t>(place);
-    switch (kind) {
-    case ProblemKind::DuplicateName:
-        return m_nameKeys[at] && m_names.count(m_nameKeys[at]) > 1;
-    case ProblemKind::RepeatingAltName: {
-        const std::span<const quint64> keys = altNamesAt(at);
-        return std::any_of(keys.begin(), keys.end(),
-                           [this](quint64 key) { return key != 0 && m_names.count(key) > 0; });
-    }
-    case ProblemKind::DuplicateCodePoint: {
-        const std::span<const quint32> codePoints = codePointsAt(at);
-        return std::any_of(codePoints.begin(), codePoints.end(), [this](quint32 codePoint) {
-            return codePoint != kNoCodePoint && m_codes.count(keyOfCodePoint(codePoint)) > 1;
-        });
-    }
-    case ProblemKind::MissingComponent: {
-        const quint32 list = m_next < m_flags.size() ? 0 : m_components[at];
-        return list
-            && std::any_of(m_componentLists[list - 1].begin(), m_componentLists[list - 1].end(),
-                           [this](quint64 key) { return isMissing(key); });
-    }
-    default:
+    if (m_leftOut & setOf(kind) || isTooEarlyFor(kind))
+        return false;
+    if (NameRelations::knows(kind))
+        return m_relations.hasProblem(kind, at);
+    if (kind != ProblemKind::DuplicateCodePoint)
         return m_flags[at] & flagOf(kind);
-    }
+    const std::span<const quint32> codePoints = codePointsAt(at);
+    return std::any_of(codePoints.begin(), codePoints.end(),
+                       [this](quint32 codePoint) { return isRepeated(codePoint); });
 }
 
-void Problems::append(std::optional<ProblemKind> kind, qsizetype first, qsizetype last,
-                      std::vector<Problem> &problems) const
+bool Problems::isRepeated(quint32 codePoint) const
+{
+    return codePoint != kNoCodePoint && m_codes.count(keyOfCodePoint(codePoint)) > 1;
+}
+
+bool Problems::hasProblemOf(ProblemKindSet kinds, qsizetype place) const
+{
+    const auto all = allProblemKinds();
+    return std::any_of(all.begin(), all.end(), [&](ProblemKind kind) {
+        return kinds & kRecordKinds & setOf(kind) && hasProblem(kind, place);
+    });
+}
+
+void Problems::appendOf(ProblemKindSet kinds, qsizetype first, qsizetype last,
+                        std::vector<Problem> &problems) const
 {
     const InfoList &infos = m_document.infos();
-    const auto appendKind = [&](ProblemKind each, std::size_t place) {
-        if (!hasProblem(each, static_cast<qsizetype>(place)))
+    const auto appendKind = [&](ProblemKind kind, std::size_t place) {
+        const auto add = [&](int part) { problems.push_back({kind, infos[place], part}); };
+        if (!hasProblem(kind, static_cast<qsizetype>(place)))
             return;
-        if (each == ProblemKind::MissingComponent) {
-            const std::vector<quint64> &keys = m_componentLists[m_components[place] - 1];
-            for (std::size_t part = 0; part < keys.size(); ++part) {
-                if (isMissing(keys[part]))
-                    problems.push_back({each, infos[place], static_cast<int>(part)});
-            }
-            return;
-        }
-        if (each == ProblemKind::RepeatingAltName) {
-            const std::span<const quint64> keys = altNamesAt(place);
-            for (std::size_t part = 0; part < keys.size(); ++part) {
-                if (keys[part] != 0 && m_names.count(keys[part]) > 0)
-                    problems.push_back({each, infos[place], static_cast<int>(part)});
-            }
-            return;
-        }
-        if (each != ProblemKind::DuplicateCodePoint) {
-            problems.push_back({each, infos[place], 0});
+        if (kind != ProblemKind::DuplicateCodePoint) {
+            m_relations.forEachPart(kind, place, add);
             return;
         }
         const std::span<const quint32> codePoints = codePointsAt(place);
         for (std::size_t part = 0; part < codePoints.size(); ++part) {
-            if (codePoints[part] != kNoCodePoint && m_codes.count(keyOfCodePoint(codePoints[part])) > 1)
-                problems.push_back({each, infos[place], static_cast<int>(part)});
+            if (isRepeated(codePoints[part]))
+                add(static_cast<int>(part));
         }
     };
     for (auto place = static_cast<std::size_t>(first); place < static_cast<std::size_t>(last); ++place) {
-        for (const ProblemKind each : allProblemKinds()) {
-            if (each < kFirstReadProblem && (!kind || *kind == each))
-                appendKind(each, place);
+        for (const ProblemKind kind : allProblemKinds()) {
+            if (kinds & kRecordKinds & setOf(kind))
+                appendKind(kind, place);
         }
     }
 }
@@ -711,7 +594,7 @@ void Problems::countWhatWasRead()
 QString Problems::explanation(const Problem &problem) const
 {
     return problem.kind >= kFirstReadProblem ? m_read.textOf(problem)
-                                             : textOfProblem(problem, {m_document, m_names, m_codes});
+                                             : textOfProblem(problem, {m_document, m_codes, m_relations});
 }
 
 } // namespace runebook

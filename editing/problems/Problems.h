@@ -2,6 +2,7 @@
 
 #include "document/VXDocument.h"
 #include "editing/compare/KeyCounts.h"
+#include "editing/problems/NameRelations.h"
 #include "editing/problems/ReadProblems.h"
 #include "model/RoundTrip.h"
 
@@ -25,6 +26,8 @@ public:
 public: // looking
     /// Whether every record was looked at since it changed.
     bool isComplete() const;
+    /// Whether that is so but for hints, which are looked for when all else is known.
+    bool areProblemsCounted() const { return m_next >= m_flags.size() && m_nextChanged >= m_changed.size(); }
     /// 0 to 1.
     double progress() const;
     /// Goes on for about so long, one slice at least; true when complete.
@@ -32,16 +35,29 @@ public: // looking
     /// Looks at all that is left.
     void finish();
 
+    /// Kinds that nobody wants to hear of: they count as none. Of those that follow from the records only.
+    void setLeftOut(ProblemKindSet kinds);
+    ProblemKindSet leftOut() const { return m_leftOut; }
+
 public: // asking: about what was looked at so far
     qsizetype count(ProblemKind kind) const;
-    qsizetype total() const;
+    /// Of problems; hints have a count of their own.
+    qsizetype total(ProblemKindSet kinds = kAllProblemKinds & ~kHintKinds) const;
+    qsizetype hints() const { return total(kHintKinds); }
     /// Counts of all kinds, by kind.
     std::array<qsizetype, kProblemKindCount> counts() const;
     /// Whether the record at \a place of the list has a problem of \a kind.
     bool hasProblem(ProblemKind kind, qsizetype place) const;
-    /// Appends the problems of the records at [first, last), of one kind (nothing: all), in list order.
+    bool hasProblemOf(ProblemKindSet kinds, qsizetype place) const;
+    /// Appends the problems of the records at [first, last), of some kinds, in list order.
+    void appendOf(ProblemKindSet kinds, qsizetype first, qsizetype last,
+                  std::vector<Problem> &problems) const;
+    /// The same of one kind; nothing: of all, hints too.
     void append(std::optional<ProblemKind> kind, qsizetype first, qsizetype last,
-                std::vector<Problem> &problems) const;
+                std::vector<Problem> &problems) const
+    {
+        appendOf(kind ? setOf(*kind) : kAllProblemKinds, first, last, problems);
+    }
     /// The same for what was met when the file was read. Of very many only the first are kept.
     void appendRead(std::optional<ProblemKind> kind, std::vector<Problem> &problems) const
     {
@@ -75,46 +91,33 @@ private:
     // Looking at records.
     void checkBatch();
     void check(std::span<const qsizetype> places);
+    void checkHints(std::size_t place);
+    Flags hintsOf(const VXGlyphInfo &info) const;
+    quint64 prepare(const VXGlyphInfo &info) const;
     void checkRoundTrip(std::span<VXGlyphInfo *const> infos);
     Flags flagsOf(const VXGlyphInfo &info) const;
-    void setKeys(std::size_t place, const VXGlyphInfo &info);
+    void setKeys(std::size_t place, const VXGlyphInfo &info, quint64 name);
     void dropKeys(std::size_t place);
-    void setAltNames(std::size_t place, const VXGlyphInfo &info);
-    void dropAltNames(std::size_t place);
-    std::span<const quint64> altNamesAt(std::size_t place) const;
     void setFlags(std::size_t place, Flags flags);
     std::span<const quint32> codePointsAt(std::size_t place) const;
-    void setComponents(std::size_t place, const VXGlyphInfo &info);
-    void dropComponents(std::size_t place);
-    bool isMissing(quint64 component) const { return component && m_names.count(component) == 0; }
-    // Names come and go: whoever is composed with them is told at once.
-    void addName(quint64 key);
-    void removeName(quint64 key);
+    bool isRepeated(quint32 codePoint) const;
+    bool isTooEarlyFor(ProblemKind kind) const;
     void takeWhatWasRead();
     void countWhatWasRead();
 
     VXDocument &m_document;
     // By place in the document's list: what was found, and under what it was counted.
     GapVector<Flags> m_flags;
-    GapVector<quint64> m_nameKeys; ///< 0: none
+    NameRelations m_relations;
     GapVector<quint32> m_codePoints; ///< one, or the number of a list of several
     std::vector<std::vector<quint32>> m_lists;
     std::vector<quint32> m_freeLists;
-    GapVector<quint32> m_components; ///< 0: none, else one more than the number of a list
-    std::vector<std::vector<quint64>> m_componentLists; ///< keys of names
-    std::vector<quint32> m_freeComponents;
-    KeyCounts m_composed; ///< how often each name stands in compositions
-    qsizetype m_missing = 0; ///< how many of these name no record
-    GapVector<quint32> m_altNames; ///< the number of a list of keys of names; 0: none
-    std::vector<std::vector<quint64>> m_altLists;
-    std::vector<quint32> m_freeAltLists;
-    KeyCounts m_altCounts;
-    qsizetype m_repeatingAltNames = 0;
-    KeyCounts m_names;
     KeyCounts m_codes;
     std::array<qsizetype, kProblemKindCount> m_counts {};
+    ProblemKindSet m_leftOut = 0;
     // What is still to be looked at: all from m_next on, and these.
     std::size_t m_next = 0;
+    std::size_t m_nextHint = 0; ///< hints: never ahead of that
     InfoList m_changed;
     std::size_t m_nextChanged = 0;
     RoundTrip m_roundTrip;

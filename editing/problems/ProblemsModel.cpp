@@ -27,10 +27,19 @@ ProblemsModel::ProblemsModel(const Problems &problems, QObject *parent)
     connect(&m_timer, &QTimer::timeout, this, &ProblemsModel::gather);
 }
 
-void ProblemsModel::setKind(std::optional<ProblemKind> kind)
+void ProblemsModel::setKinds(ProblemKindSet kinds)
 {
-    m_kind = kind;
+    m_kinds = kinds;
     refresh();
+}
+
+std::optional<ProblemKind> ProblemsModel::kind() const
+{
+    for (const ProblemKind each : allProblemKinds()) {
+        if (m_kinds == setOf(each))
+            return each;
+    }
+    return {};
 }
 
 void ProblemsModel::refresh()
@@ -45,16 +54,17 @@ void ProblemsModel::gather()
 {
     const auto end = std::chrono::steady_clock::now() + kSlice;
     const qsizetype count = m_problems.document().countOfInfos();
-    const bool looksAtRecords = !m_kind || *m_kind < kFirstReadProblem;
+    const bool looksAtRecords = m_kinds & kRecordKinds;
     while (looksAtRecords && m_next < count) {
         const qsizetype next = qMin(m_next + kStep, count);
-        m_problems.append(m_kind, m_next, next, m_gathered);
+        m_problems.appendOf(m_kinds, m_next, next, m_gathered);
         m_next = next;
         if (std::chrono::steady_clock::now() > end && m_next < count)
             return;
     }
     m_timer.stop();
-    m_problems.appendRead(m_kind, m_gathered);
+    if (m_kinds & ~kRecordKinds)
+        m_problems.appendRead(kind(), m_gathered);
     Q_EMIT rowsAboutToChange();
     beginResetModel();
     m_rows = std::exchange(m_gathered, {});
@@ -101,7 +111,7 @@ QVariant ProblemsModel::data(const QModelIndex &index, int role) const
     default:
         text = m_problems.explanation(problem);
         // Under a heading of their own kind these would only repeat it.
-        if (!m_kind && problem.kind >= kFirstReadProblem && problem.kind != ProblemKind::FileForm)
+        if (!kind() && problem.kind >= kFirstReadProblem && problem.kind != ProblemKind::FileForm)
             text = tr("%1: %2").arg(titleOfProblemKind(problem.kind), text);
         break;
     }

@@ -16,9 +16,10 @@ public:
 
     explicit ProblemsModel(const Problems &problems, QObject *parent = nullptr);
 
-    /// Nothing: all kinds.
-    void setKind(std::optional<ProblemKind> kind);
-    std::optional<ProblemKind> kind() const { return m_kind; }
+    void setKinds(ProblemKindSet kinds);
+    ProblemKindSet kinds() const { return m_kinds; }
+    /// The one kind whose problems are listed; nothing when there are several.
+    std::optional<ProblemKind> kind() const;
     /// Gathers the rows anew; to be called when the problems have changed.
     void refresh();
     bool isComplete() const { return !m_timer.isActive(); }
@@ -40,7 +41,7 @@ private:
     void gather();
 
     const Problems &m_problems;
-    std::optional<ProblemKind> m_kind;
+    ProblemKindSet m_kinds = kAllProblemKinds & ~kHintKinds;
     std::vector<Problem> m_rows;
     std::vector<Problem> m_gathered;
     qsizetype m_next = 0; ///< place in the document's list

@@ -1,10 +1,10 @@
 #include "editing/problems/ProblemsPane.h"
 
 #include "editing/problems/ProblemFixes.h"
+#include "editing/problems/ProblemKindsMenu.h"
+#include "editing/problems/ProblemListCommands.h"
 #include "platform/PlainLabel.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -25,7 +25,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kKindRole = Qt::UserRole;
-constexpr int kAllKinds = -1;
 constexpr qsizetype kTriedFixes = 200; // of a large selection, to tell whether there is something to fix
 
 QString numberText(qsizetype number)
@@ -45,7 +44,10 @@ QToolButton *textButton(const QString &text, QWidget *parent)
 } // namespace
 
 ProblemsPane::ProblemsPane(Problems &problems, QWidget *parent)
-    : QWidget(parent), m_problems(problems), m_model(new ProblemsModel(problems, this))
+    : QWidget(parent),
+      m_problems(problems),
+      m_model(new ProblemsModel(problems, this)),
+      m_list(new ProblemListCommands(problems, *this))
 {
     setAccessibleName(tr("Problems"));
     auto *layout = new QVBoxLayout(this);
@@ -89,6 +91,10 @@ void ProblemsPane::buildHeader(QHBoxLayout &header)
     connect(m_fixButton, &QToolButton::clicked, this, &ProblemsPane::fixSelected);
     m_fixAllButton = textButton(tr("Fix &All"), this);
     connect(m_fixAllButton, &QToolButton::clicked, this, &ProblemsPane::fixAll);
+    auto *kinds = textButton(tr("&Kinds"), this);
+    kinds->setToolTip(tr("Chooses the kinds of problems and hints that are looked for."));
+    kinds->setPopupMode(QToolButton::InstantPopup);
+    kinds->setMenu(new ProblemKindsMenu(kinds));
     auto *close = new QToolButton(this);
     close->setIcon(QIcon(u":/icons/clear.svg"_s));
     close->setAutoRaise(true);
@@ -99,7 +105,7 @@ void ProblemsPane::buildHeader(QHBoxLayout &header)
     header.setSpacing(6);
     header.addWidget(m_title);
     header.addStretch(1);
-    for (QToolButton *button : {m_filterButton, m_fixButton, m_fixAllButton, close})
+    for (QToolButton *button : {m_filterButton, m_fixButton, m_fixAllButton, kinds, close})
         header.addWidget(button);
 }
 
@@ -116,22 +122,28 @@ QWidget *ProblemsPane::buildKinds()
     m_kinds->header()->setStretchLastSection(false);
     m_kinds->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     m_kinds->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-    addKind({});
-    for (const ProblemKind kind : allProblemKinds())
-        addKind(kind);
+    addKinds(tr("All problems"), kAllProblemKinds & ~kHintKinds);
+    for (const ProblemKind kind : allProblemKinds()) {
+        if (!isHint(kind))
+            addKinds(titleOfProblemKind(kind), setOf(kind), meaningOfProblemKind(kind));
+    }
+    addKinds(tr("All hints"), kHintKinds);
+    for (const ProblemKind kind : allProblemKinds()) {
+        if (isHint(kind))
+            addKinds(titleOfProblemKind(kind), setOf(kind), meaningOfProblemKind(kind));
+    }
     connect(m_kinds, &QTreeWidget::currentItemChanged, this, &ProblemsPane::chooseKind);
     return m_kinds;
 }
 
-void ProblemsPane::addKind(std::optional<ProblemKind> kind)
+void ProblemsPane::addKinds(const QString &title, ProblemKindSet kinds, const QString &meaning)
 {
     auto *item = new QTreeWidgetItem(m_kinds);
-    item->setText(0, kind ? titleOfProblemKind(*kind) : tr("All problems"));
-    item->setData(0, kKindRole, kind ? static_cast<int>(*kind) : kAllKinds);
+    item->setText(0, title);
+    item->setData(0, kKindRole, kinds);
     item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
     item->setSizeHint(0, {0, m_kinds->fontMetrics().height() + 6});
-    if (kind)
-        item->setToolTip(0, meaningOfProblemKind(*kind));
+    item->setToolTip(0, meaning);
 }
 
 QWidget *ProblemsPane::buildProblems()
@@ -184,15 +196,25 @@ QWidget *ProblemsPane::buildProblems()
 
 void ProblemsPane::showKind(std::optional<ProblemKind> kind)
 {
-    m_kinds->setCurrentItem(m_kinds->topLevelItem(kind ? static_cast<int>(*kind) + 1 : 0));
+    showKinds(kind ? setOf(*kind) : kAllProblemKinds & ~kHintKinds);
+}
+
+void ProblemsPane::showKinds(ProblemKindSet kinds)
+{
+    for (int row = 0; row < m_kinds->topLevelItemCount(); ++row) {
+        QTreeWidgetItem *item = m_kinds->topLevelItem(row);
+        if (item->data(0, kKindRole).toULongLong() == kinds)
+            m_kinds->setCurrentItem(item);
+    }
 }
 
 void ProblemsPane::chooseKind()
 {
     const QTreeWidgetItem *item = m_kinds->currentItem();
-    const int number = item ? item->data(0, kKindRole).toInt() : kAllKinds;
+    if (!item)
+        return;
     m_currentRow = -1;
-    m_model->setKind(number == kAllKinds ? std::optional<ProblemKind>() : static_cast<ProblemKind>(number));
+    m_model->setKinds(item->data(0, kKindRole).toULongLong());
     const std::optional<ProblemKind> chosen = kind();
     m_meaning->setText(chosen ? meaningOfProblemKind(*chosen) : QString());
     m_meaning->setVisible(chosen.has_value());
@@ -223,15 +245,12 @@ void ProblemsPane::showEvent(QShowEvent *event)
 
 void ProblemsPane::showCounts()
 {
-    const auto counts = m_problems.counts();
     for (int row = 0; row < m_kinds->topLevelItemCount(); ++row) {
         QTreeWidgetItem *item = m_kinds->topLevelItem(row);
-        const int kind = item->data(0, kKindRole).toInt();
-        const qsizetype count =
-            kind == kAllKinds ? m_problems.total() : counts[static_cast<std::size_t>(kind)];
+        const qsizetype count = m_problems.total(item->data(0, kKindRole).toULongLong());
         item->setText(1, numberText(count));
         item->setData(0, Qt::AccessibleTextRole, tr("%1: %2").arg(item->text(0), item->text(1)));
-        item->setHidden(count == 0 && kind != kAllKinds && item != m_kinds->currentItem());
+        item->setHidden(count == 0 && row > 0 && item != m_kinds->currentItem());
     }
     m_title->setText(
         m_problems.isComplete()
@@ -322,33 +341,32 @@ bool ProblemsPane::takesEditKey(QKeyEvent &key, bool acts)
     const bool copies = key.matches(QKeySequence::Copy);
     const bool selects = key.matches(QKeySequence::SelectAll);
     if (copies && acts)
-        copySelected();
+        m_list->copy(selectedProblems());
     if (selects && acts)
         m_table->selectAll();
     return copies || selects || key.matches(QKeySequence::Cut) || key.matches(QKeySequence::Paste)
         || key.matches(QKeySequence::Delete);
 }
 
-/// The selected lines as they are shown, their columns joined by tabs.
-void ProblemsPane::copySelected() const
+void ProblemsPane::saveList()
 {
-    QModelIndexList rows = m_table->selectionModel()->selectedRows();
-    std::sort(rows.begin(), rows.end());
-    QString lines;
-    for (const QModelIndex &row : std::as_const(rows)) {
-        QStringList cells;
-        for (int column = 0; column < m_model->columnCount(); ++column)
-            cells << row.siblingAtColumn(column).data().toString();
-        lines += cells.join(u'\t') + u'\n';
-    }
-    if (!lines.isEmpty())
-        QApplication::clipboard()->setText(lines);
+    const std::span<const Problem> rows = m_model->problems();
+    m_list->askWhereToSave({rows.begin(), rows.end()});
 }
 
+bool ProblemsPane::saveList(const QString &path)
+{
+    return m_list->save(path, m_model->problems());
+}
+
+/// In the order of the list.
 std::vector<Problem> ProblemsPane::selectedProblems() const
 {
     std::vector<Problem> selected;
-    for (const QItemSelectionRange &range : m_table->selectionModel()->selection()) {
+    QItemSelection ranges = m_table->selectionModel()->selection();
+    std::sort(ranges.begin(), ranges.end(),
+              [](const QItemSelectionRange &a, const QItemSelectionRange &b) { return a.top() < b.top(); });
+    for (const QItemSelectionRange &range : std::as_const(ranges)) {
         const std::span<const Problem> rows = m_model->problems();
         selected.insert(selected.end(), rows.begin() + range.top(), rows.begin() + range.bottom() + 1);
     }
@@ -403,9 +421,9 @@ ProblemsPane::Condition ProblemsPane::condition() const
 {
     if (!isFiltering())
         return {};
-    const std::optional<ProblemKind> chosen = kind();
-    if (chosen && *chosen < kFirstReadProblem)
-        return [this, chosen](qsizetype place) { return m_problems.hasProblem(*chosen, place); };
+    const ProblemKindSet kinds = m_model->kinds();
+    if (!(kinds & ~kRecordKinds))
+        return [this, kinds](qsizetype place) { return m_problems.hasProblemOf(kinds, place); };
     std::unordered_set<const VXGlyphInfo *> concerned;
     for (const Problem &problem : m_model->problems())
         concerned.insert(problem.info.get());
@@ -439,6 +457,8 @@ void ProblemsButton::showCount()
     QString text = total == 0 && m_problems.isComplete() ? tr("No problems")
         : total == 1                                     ? tr("1 problem")
                                                          : tr("%1 problems").arg(numberText(total));
+    if (const qsizetype hints = m_problems.hints(); hints > 0)
+        text = hints == 1 ? tr("%1, 1 hint").arg(text) : tr("%1, %2 hints").arg(text, numberText(hints));
     if (!m_problems.isComplete())
         text += u'…';
     setText(text);

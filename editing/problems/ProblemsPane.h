@@ -14,6 +14,8 @@ class QTreeWidgetItem;
 
 namespace runebook {
 
+class ProblemListCommands;
+
 /// Lists what is wrong with a document: the kinds with their counts, the problems of the chosen kind, and
 /// the commands on them.
 class ProblemsPane : public QWidget
@@ -26,7 +28,7 @@ public:
     explicit ProblemsPane(Problems &problems, QWidget *parent = nullptr);
     ~ProblemsPane() override;
 
-    /// Nothing: all kinds.
+    /// Nothing: all kinds but hints.
     void showKind(std::optional<ProblemKind> kind);
     std::optional<ProblemKind> kind() const { return m_model->kind(); }
     QTableView *table() const { return m_table; }
@@ -38,6 +40,10 @@ public:
     void setFiltering(bool filters) { m_filterButton->setChecked(filters); }
     void fixSelected();
     void fixAll();
+    /// All that is listed, into a file that is asked for.
+    void saveList();
+    /// The same into a file of that name; false when it could not be written.
+    bool saveList(const QString &path);
 
 Q_SIGNALS:
     void showRequested(const InfoPtr &info);
@@ -54,11 +60,11 @@ protected:
 
 private:
     bool takesEditKey(QKeyEvent &key, bool acts);
-    void copySelected() const;
     void buildHeader(QHBoxLayout &header);
     QWidget *buildKinds();
     QWidget *buildProblems();
-    void addKind(std::optional<ProblemKind> kind);
+    void addKinds(const QString &title, ProblemKindSet kinds, const QString &meaning = {});
+    void showKinds(ProblemKindSet kinds);
     void problemsChanged();
     void showCounts();
     void showState();
@@ -74,6 +80,7 @@ private:
 
     Problems &m_problems;
     ProblemsModel *m_model;
+    ProblemListCommands *m_list;
     QLabel *m_title = nullptr;
     QLabel *m_meaning = nullptr;
     QLabel *m_empty = nullptr;

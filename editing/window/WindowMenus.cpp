@@ -200,6 +200,10 @@ void WindowMenus::buildViewMenu()
     addCommand(menu, tr("&Next Problem"), QKeySequence(Qt::Key_F8), [&problems] { problems.goTo(1); });
     addCommand(menu, tr("Pre&vious Problem"), QKeySequence(Qt::SHIFT | Qt::Key_F8),
                [&problems] { problems.goTo(-1); });
+    addCommand(menu, tr("Fi&x Selected Problems"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F8),
+               [&problems] { problems.fixSelected(); });
+    addCommand(menu, tr("Save &List of Problems…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_K),
+               [&problems] { problems.saveList(); });
     buildFiltersMenu(*menu);
     menu->addSeparator();
     addCommand(menu, tr("Next A&rea"), QKeySequence(Qt::Key_F6), [this] { m_focusRound->go(1); });

@@ -1,5 +1,6 @@
 #include "editing/window/WindowProblems.h"
 
+#include "editing/problems/ProblemSettings.h"
 #include "editing/records/GlyphTableView.h"
 #include "editing/window/WindowSettings.h"
 
@@ -19,6 +20,9 @@ WindowProblems::WindowProblems(const WindowParts &parts, QSplitter &split, QObje
       m_button(new ProblemsButton(*m_problems, &parts.window))
 {
     connect(m_button, &QToolButton::clicked, this, &WindowProblems::setShown);
+    const auto leaveOut = [this] { m_problems->setLeftOut(leftOutProblems()); };
+    Settings::kLeftOutProblems.onChange(this, leaveOut);
+    leaveOut();
 }
 
 void WindowProblems::buildPane()
@@ -69,6 +73,20 @@ void WindowProblems::goTo(int step)
     if (!isShown())
         setShown(true);
     m_pane->goToProblem(step);
+}
+
+void WindowProblems::fixSelected()
+{
+    if (!isShown())
+        setShown(true);
+    m_pane->fixSelected();
+}
+
+void WindowProblems::saveList()
+{
+    if (!isShown())
+        setShown(true);
+    m_pane->saveList();
 }
 
 void WindowProblems::showAll()

@@ -23,6 +23,8 @@ public:
     bool isShown() const;
     void setShown(bool isShown);
     /// Shows the record of the problem \a step rows further in the pane, which is opened for it.
+    void fixSelected();
+    void saveList();
     void goTo(int step);
     /// The records that the pane hides are shown again.
     void showAll();

@@ -64,11 +64,25 @@ def _has_info(self, key):
 
 
 def _problems(self):
-    """What the Problems pane lists: maps of kind, info (or None), index, name and text."""
+    """Everything that the Problems pane can list: maps of kind, hint, info (or None), index, name and text.
+
+    hint tells opinions from problems.
+    """
     delegate = _runebook.sharedObject("application").delegate()
     if delegate is None:
         raise RuntimeError("only the program itself looks for problems")
     return delegate.problemsOfDocument_(self)
+
+
+def _fix_problems(self, kind):
+    """Fixes the problems of a kind ("unicode-case") as far as no decision is needed; the number of records.
+
+    One undo step.  Raises ValueError for what is no kind of Doc.problems().
+    """
+    fixed = _runebook.sharedObject("application").delegate().fixProblems_ofDocument_(kind, self)
+    if fixed < 0:
+        raise ValueError("no kind of problems: %s" % kind)
+    return fixed
 
 
 VXDocument.__iter__ = lambda self: iter(self.infos)
@@ -77,6 +91,7 @@ VXDocument.__bool__ = lambda self: True
 VXDocument.__getitem__ = _info_at
 VXDocument.__contains__ = _has_info
 VXDocument.problems = _problems
+VXDocument.fixProblems = _fix_problems
 
 
 def _field(self, key):

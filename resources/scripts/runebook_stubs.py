@@ -57,6 +57,7 @@ _KNOWN = {
     ("VXDocument", "__bool__"): ["def __bool__(self) -> bool: ..."],
     ("VXDocument", "__contains__"): ["def __contains__(self, key: Any) -> bool: ..."],
     ("VXDocument", "problems"): ["def problems(self) -> NSArray[Dict[str, Any]]: ..."],
+    ("VXDocument", "fixProblems"): ["def fixProblems(self, kind: str) -> int: ..."],
     ("VXDocument", "__getitem__"): ["@overload", "def __getitem__(self, key: Union[str, int]) -> VXGlyphInfo: ...",
                                     "@overload", "def __getitem__(self, key: slice) -> List[VXGlyphInfo]: ..."],
     ("VXGlyphInfo", "__iter__"): ["def __iter__(self) -> Iterator[str]: ..."],

@@ -270,6 +270,18 @@ private Q_SLOTS:
         }
 
         QProcess piped;
+        const QString hinted =
+            write(folder.filePath(u"hint.xml"_s),
+                  header + "\t<glyph unicode=\"0041\" name=\"A\" case=\"lower\" />\n</glyphData>\n");
+        outcome = run({u"--check"_s, hinted});
+        QCOMPARE(outcome.status, 0);
+        QVERIFY2(outcome.output.startsWith(at(hinted, first, "hint unicode-case: A.case: "))
+                     && outcome.output.endsWith(", 0 problems, 1 hints\n"_L1),
+                 qPrintable(outcome.output));
+        QCOMPARE(run({u"--check"_s, u"--strict"_s, hinted}).status, 1);
+        QCOMPARE(run({u"--check"_s, u"--strict"_s, u"--ignore"_s, u"unicode-case"_s, hinted}).status, 0);
+        QCOMPARE(run({u"--check"_s, u"--ignore"_s, u"comment"_s, hinted}).status, 2);
+
         piped.start(QStringLiteral(RUNEBOOK_BUILD_DIR "/bin/runebook"), {u"--check"_s, u"-"_s});
         piped.write("name\tunicode\nA\t0041\n");
         piped.closeWriteChannel();

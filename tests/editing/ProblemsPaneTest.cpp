@@ -59,7 +59,8 @@ private Q_SLOTS:
             second, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         QTest::keyClick(pane()->table(), Qt::Key_C, Qt::ControlModifier);
         const QString copied = QApplication::clipboard()->text();
-        QVERIFY2(copied.startsWith("B c\t"_L1) && copied.count(u'\n') == 1, qPrintable(copied));
+        QVERIFY2(copied.contains("\nInvalid names\tB c\t"_L1) && copied.count(u'\n') == 2,
+                 qPrintable(copied));
         for (const Qt::Key key : {Qt::Key_X, Qt::Key_V, Qt::Key_A})
             QTest::keyClick(pane()->table(), key, Qt::ControlModifier);
         QTest::keyClick(pane()->table(), Qt::Key_Delete);
@@ -149,6 +150,43 @@ private Q_SLOTS:
         pane()->table()->selectAll();
         QTest::mouseClick(button(pane(), u"Fix Selected"_s), Qt::LeftButton);
         QCOMPARE(m_document->undoManager()->stack()->undoText(), u"Fix Problems (Records: 2)"_s);
+    }
+
+    void hintsAreApartAndKindsCanBeLeftOut()
+    {
+        forget({"LeftOutProblemKinds"});
+        info(0)->setCase(VXGlyphInfo::lower);
+        auto *badge = m_window->findChild<ProblemsButton *>();
+        QTRY_COMPARE(badge->text(), u"6 problems, 1 hint"_s);
+        m_window->setProblemsShown(true);
+        QCOMPARE(pane()->table()->model()->rowCount(), 6);
+        pane()->showKind(ProblemKind::UnicodeCase);
+        QCOMPARE(pane()->table()->model()->rowCount(), 1);
+        pane()->table()->selectRow(0);
+        QTest::keyClick(m_window.get(), Qt::Key_F8, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(info(0)->caseValue(), int(VXGlyphInfo::upper));
+        QCOMPARE(m_document->undoManager()->stack()->undoText(), u"Set Case by Unicode (Records: 1)"_s);
+        undo();
+        QTRY_COMPARE(badge->text(), u"6 problems, 1 hint"_s);
+        QTemporaryDir folder;
+        QVERIFY(pane()->saveList(folder.filePath(u"list.tsv"_s)));
+        QCOMPARE(contentOf(folder.filePath(u"list.tsv"_s)).count('\n'), 2);
+
+        QMenu *menu = button<QToolButton>(pane(), u"Kinds"_s)->menu();
+        Q_EMIT menu->aboutToShow();
+        const auto toggle = [menu](const QString &text) {
+            for (QAction *action : menu->actions()) {
+                if (action->text().remove(u'&') == text)
+                    action->trigger();
+            }
+        };
+        toggle(u"Case unlike Unicode"_s);
+        toggle(u"Duplicate names"_s);
+        QTRY_COMPARE(badge->text(), u"4 problems"_s);
+        reopenWindow();
+        badge = m_window->findChild<ProblemsButton *>();
+        QTRY_COMPARE(badge->text(), u"4 problems"_s);
+        forget({"LeftOutProblemKinds"});
     }
 
     void paneAndItsHeightAreRemembered()

@@ -2,6 +2,7 @@
 #include "document/GlyphDataWriter.h"
 #include "editing/problems/CheckReport.h"
 #include "editing/problems/ProblemFixes.h"
+#include "editing/problems/ProblemListText.h"
 #include "tests/KeptTexts.h"
 #include "tests/Table.h"
 #include "tests/TestMain.h"
@@ -42,6 +43,90 @@ QString plainCounts(VXDocument &document)
     Problems fresh(document);
     fresh.finish();
     return countsOf(fresh);
+}
+
+QString relationsOf(const Problems &problems)
+{
+    QStringList counts;
+    for (const ProblemKind kind :
+         {ProblemKind::MissingComponent, ProblemKind::AmbiguousComponent, ProblemKind::CircularComponent,
+          ProblemKind::MissingMark, ProblemKind::DuplicateProduction, ProblemKind::OneSidedAnchor,
+          ProblemKind::UnicodeDecomposition})
+        counts << QString::number(problems.count(kind));
+    return counts.join(u' ');
+}
+
+QStringList entriesOf(const QString &list)
+{
+    return list.isEmpty() ? QStringList() : list.split(u", "_s);
+}
+
+/// The same, each record held against all others.
+QString plainRelations(const VXDocument &document)
+{
+    QHash<QString, QList<InfoPtr>> named;
+    QHash<QString, int> productions;
+    QSet<QString> sides;
+    QHash<QString, QSet<QString>> composedOf;
+    const auto plain = [](const QString &anchor) { return QString(anchor).remove(u"_1"_s); };
+    for (const InfoPtr &info : document.infos()) {
+        named[info->name()] += info;
+        productions[info->production()] += 1;
+        for (const QString &component : entriesOf(info->decompose()))
+            composedOf[info->name()] += component;
+        for (const QString &anchor : entriesOf(info->anchors()))
+            sides += plain(anchor);
+    }
+    const auto leadsBack = [&](const InfoPtr &info) {
+        QStringList ahead = entriesOf(info->decompose());
+        ahead.removeAll(info->name());
+        QSet<QString> met;
+        while (!ahead.isEmpty()) {
+            const QString name = ahead.takeLast();
+            if (name == info->name())
+                return true;
+            if (name.isEmpty() || std::exchange(met, met + QSet {name}).contains(name))
+                continue;
+            ahead += composedOf.value(name).values();
+        }
+        return false;
+    };
+    const auto codeOf = [](const InfoPtr &info) { return info->unicodes().value(0); };
+    // Of the test's code points 00C1 alone is composed: of 0041 and 0301.
+    const auto isForeign = [&](const QString &name) {
+        bool isKnown = false;
+        for (const InfoPtr &info : name.isEmpty() ? QList<InfoPtr>() : named.value(name)) {
+            const QString code = codeOf(info);
+            if (code == "0041"_L1 || code == "41"_L1 || code == "0301"_L1)
+                return false;
+            isKnown |= code == "0300"_L1 || code == "0042"_L1;
+        }
+        return isKnown;
+    };
+    int missing = 0, ambiguous = 0, circular = 0, marks = 0, repeated = 0, oneSided = 0, unlike = 0;
+    for (const InfoPtr &info : document.infos()) {
+        const QStringList components = entriesOf(info->decompose());
+        for (const QString &name : components) {
+            missing += !name.isEmpty() && named.value(name).isEmpty();
+            ambiguous += !name.isEmpty() && named.value(name).size() > 1;
+        }
+        for (const QString &name : entriesOf(info->marks()))
+            marks += !name.isEmpty() && named.value(name).isEmpty();
+        for (const QString &anchor : entriesOf(info->anchors())) {
+            const QString own = plain(anchor);
+            oneSided += !sides.contains(own.startsWith(u'_') ? own.mid(1) : u'_' + own);
+        }
+        circular += !info->name().isEmpty() && leadsBack(info);
+        repeated += !info->production().isEmpty() && productions.value(info->production()) > 1;
+        unlike += codeOf(info) == "00C1"_L1 && std::any_of(components.begin(), components.end(), isForeign);
+    }
+    return u"%1 %2 %3 %4 %5 %6 %7"_s.arg(missing)
+        .arg(ambiguous)
+        .arg(circular)
+        .arg(marks)
+        .arg(repeated)
+        .arg(oneSided)
+        .arg(unlike);
 }
 
 std::unique_ptr<VXDocument> documentRead(const QByteArray &text)
@@ -85,7 +170,26 @@ private Q_SLOTS:
         row("no script", "script", u"Latin"_s, "0:Unknown-scripts");
         row("no value is no unknown one", "script", u""_s, "");
         row("quote", "desc", u"the \"A\""_s, "0:Quotes-and-line-breaks");
-        row("line break", "anchors", u"top\nbottom"_s, "0:Quotes-and-line-breaks");
+        row("line break", "anchors", u"top\nbottom"_s,
+            "0:Quotes-and-line-breaks 0:One-sided-anchors 2:One-sided-anchors");
+        row("anchors of a ligature", "anchors", u"top_1, caret_1, #top_2"_s, "");
+        row("anchors that nothing meets", "anchors", u"top, ogonek, entry"_s,
+            "0:One-sided-anchors 0:One-sided-anchors");
+        row("no mark", "marks", u"gravecomb, other, none"_s, "0:Missing-marks");
+        row("production name of another", "production", u"b"_s,
+            "0:Duplicate-production-names 0:Production-name-unlike-code-point 3:Duplicate-production-names");
+        row("of the code point, with a suffix", "production", u"uni0061.alt"_s, "");
+        row("of another code point", "production", u"uni0041.alt"_s, "0:Production-name-unlike-code-point");
+        row("fonts know no hyphen", "name", u"a-latin"_s, "0:Names-that-fonts-do-not-take");
+        row("fonts know no blank", "production", u"a b"_s, "0:Names-that-fonts-do-not-take");
+        row("other case", "case", int(VXGlyphInfo::upper), "0:Case-unlike-Unicode");
+        row("small capital", "case", int(VXGlyphInfo::smallCaps), "");
+        row("other script", "script", u"greek"_s, "0:Script-unlike-Unicode");
+        row("a kind of signs", "script", u"math"_s, "");
+        row("other direction", "direction", int(VXGlyphInfo::RTL), "0:Direction-unlike-Unicode");
+        row("name of another character", "desc", u"LATIN CAPITAL LETTER A"_s, "0:Description-unlike-Unicode");
+        row("the name and a note", "desc", u"LATIN SMALL LETTER A, ROUND"_s, "");
+        row("in own words", "desc", u"the first of all"_s, "");
         row("blank in front", "desc", u" latin"_s, "0:Changed-by-saving");
         row("half a comment hides what follows", "desc", u"<!-- b"_s, "0:Changed-by-saving");
         row("the case without a word", "case", int(VXGlyphInfo::other), "0:Changed-by-saving");
@@ -98,10 +202,13 @@ private Q_SLOTS:
     })
     {
         VXDocument document;
-        const InfoPtr info = infoNamed(u"a"_s);
+        const InfoPtr info = infoNamed(u"a"_s, {u"0061"_s});
         info->setMarks(u"gravecomb"_s);
         info->setAnchors(u"top"_s);
-        document.setInfos({info, infoNamed(u"other"_s, {u"E000"_s})});
+        const InfoPtr mark = infoNamed(u"gravecomb"_s, {u"0300"_s});
+        mark->setAnchors(u"_top"_s);
+        document.setInfos({info, infoNamed(u"other"_s, {u"E000"_s}), mark, infoNamed(u"b"_s, {u"0062"_s})});
+        document.infos()[3]->setProduction(u"b"_s);
         Problems problems(document);
         problems.finish();
         QCOMPARE(pictureOf(problems), QString());
@@ -111,7 +218,7 @@ private Q_SLOTS:
         document.flushChanges();
         QCOMPARE(pictureOf(problems), found);
         std::vector<Problem> all;
-        problems.append({}, 0, 2, all);
+        problems.append({}, 0, 4, all);
         for (const Problem &problem : all)
             QVERIFY(isAmongTexts(u"problems"_s,
                                  titleOfProblemKind(problem.kind) + ": "_L1
@@ -119,7 +226,7 @@ private Q_SLOTS:
         document.undoManager()->undo();
         document.flushChanges();
         if (key != "unicodeLegacy"_L1)
-            QCOMPARE(problems.total(), 0);
+            QCOMPARE(problems.total(kAllProblemKinds), 0);
     }
 
     /// Whatever is not called a problem comes back from a file as it is, and nothing else.
@@ -193,7 +300,17 @@ private Q_SLOTS:
     {
         QRandomGenerator random(7);
         const QStringList names {u"a"_s, u"b"_s, u"c d"_s, u""_s, u"e\""_s, u"f"_s, u"g"_s, u"h"_s};
-        const QStringList codes {u"0041"_s, u"41"_s, u"0042"_s, u"x"_s, u"1F600"_s};
+        const QStringList codes {u"0041"_s,  u"41"_s,   u"0042"_s, u"x"_s,
+                                 u"1F600"_s, u"00C1"_s, u"0301"_s, u"0300"_s};
+        const QStringList anchors {u"top, bottom"_s, u"_top, top"_s, u"_bottom"_s, u"top_1, horn"_s,
+                                   QString()};
+        const auto aName = [&] { return names.at(random.bounded(names.size())); };
+        const auto relate = [&](VXGlyphInfo &info) {
+            info.setAnchors(anchors.at(random.bounded(anchors.size())));
+            info.setMarks(random.bounded(2) ? aName() + u", f"_s : QString());
+            info.setProduction(random.bounded(3) ? QString() : aName());
+            info.setDecompose(random.bounded(3) ? aName() : aName() + u", "_s + aName());
+        };
         const auto made = [&] {
             QStringList unicodes;
             for (int i = random.bounded(4); i > 0; --i)
@@ -204,6 +321,8 @@ private Q_SLOTS:
                                    + names.at(random.bounded(names.size())));
             if (random.bounded(3) == 0)
                 info->setAltNames(QStringList {names.at(random.bounded(names.size())), u"z"_s});
+            if (random.bounded(6) == 0)
+                relate(*info);
             return info;
         };
         VXDocument document;
@@ -238,6 +357,8 @@ private Q_SLOTS:
             case 4:
                 if (count)
                     document.objectInInfosAtIndex(place)->setName(names.at(random.bounded(names.size())));
+                if (count)
+                    relate(*document.objectInInfosAtIndex(count / 2));
                 if (count > 1)
                     document.objectInInfosAtIndex(count - 1)->setAltNames(
                         QStringList {names.at(random.bounded(names.size()))});
@@ -262,9 +383,10 @@ private Q_SLOTS:
             if (round % 3 == 0) {
                 problems.finish();
                 QCOMPARE(countsOf(problems), plainCounts(document));
+                QCOMPARE(relationsOf(problems), plainRelations(document));
                 std::vector<Problem> found;
                 problems.append({}, 0, document.countOfInfos(), found);
-                QCOMPARE(qsizetype(found.size()), problems.total());
+                QCOMPARE(qsizetype(found.size()), problems.total(kAllProblemKinds));
             }
         }
     }
@@ -341,7 +463,7 @@ private Q_SLOTS:
         QVERIFY(input.open(QIODevice::ReadOnly));
         QString report, errors;
         QTextStream out(&report), told(&errors);
-        QVERIFY(checkFiles({u"-"_s}, ReportFormat::Text, out, told, input) == CheckResult::Unreadable);
+        QVERIFY(checkFiles({u"-"_s}, {}, out, told, input) == CheckResult::Unreadable);
         QVERIFY2(errors.contains(u"UTF-8"_s), qPrintable(errors));
     }
 
@@ -370,11 +492,18 @@ private Q_SLOTS:
               row("blank in front", K::LostValue, "script", u"  latin "_s, "latin");
               row("names in one", K::LostValue, "altNames", QStringList {u"a, b"_s, u" c"_s}, "a, b, c");
               row("comment", K::LostValue, "desc", u"<!-- x"_s, "<! -- x");
+              row("case", K::UnicodeCase, "case", int(VXGlyphInfo::lower), "upper");
+              row("script", K::UnicodeScript, "script", u"greek"_s, "latin");
+              row("direction", K::UnicodeDirection, "direction", int(VXGlyphInfo::RTL), "LTR");
+              row("description", K::UnicodeDescription, "desc", u"LATIN CAPITAL LETTER B"_s,
+                  "LATIN CAPITAL LETTER A");
+              row("production", K::UnicodeProduction, "production", u"uni0042"_s, "");
+              row("no name of a font", K::FontName, "production", u"A-latin"_s, "");
               row("case other", K::LostValue, "case", int(VXGlyphInfo::other), QString());
           })
     {
         VXDocument document;
-        const InfoPtr info = infoNamed(u"A"_s);
+        const InfoPtr info = infoNamed(u"A"_s, {u"0041"_s});
         document.setInfos({info, infoNamed(u"other"_s)});
         QVERIFY(info->setValueForKey(value, key));
         document.undoManager()->removeAllActions();
@@ -394,11 +523,61 @@ private Q_SLOTS:
             QVERIFY(!document.isDocumentEdited());
             return;
         }
-        QCOMPARE(problems.total(), 0);
+        QCOMPARE(problems.total(kAllProblemKinds), 0);
         QCOMPARE(document.undoManager()->stack()->count(), 1);
         QVERIFY(document.undoManager()->stack()->undoText().contains(u"(Records: 1)"_s));
         document.undoManager()->undo();
         QCOMPARE(info->displayText(field), before);
+    }
+
+    void lettersAreDecomposedByUnicode()
+    {
+        VXDocument document;
+        const InfoPtr aacute = infoNamed(u"Aacute"_s, {u"00C1"_s});
+        document.setInfos({aacute, infoNamed(u"A"_s, {u"0041"_s}), infoNamed(u"gravecomb"_s, {u"0300"_s}),
+                           infoNamed(u"acutecomb.case"_s), infoNamed(u"acutecomb"_s, {u"0301"_s})});
+        Problems problems(document);
+        for (const auto &[decompose, count] :
+             {std::pair(u"A, acutecomb"_s, 0), {u"A, acutecomb.case"_s, 0}, {u"A, gravecomb"_s, 1}}) {
+            aacute->setDecompose(decompose);
+            document.flushChanges();
+            problems.finish();
+            QCOMPARE(problems.hints(), count);
+        }
+        std::vector<Problem> found;
+        problems.append(ProblemKind::UnicodeDecomposition, 0, 5, found);
+        QVERIFY(problems.explanation(found.at(0)).contains(u"“gravecomb”"_s));
+        QCOMPARE(ProblemFixes::apply(document, found), 1);
+        QCOMPARE(aacute->decompose(), u"A, acutecomb"_s);
+        // What is left out counts as none.
+        document.undoManager()->undo();
+        document.flushChanges();
+        QCOMPARE(problems.hints(), 1);
+        problems.setLeftOut(setOf(ProblemKind::UnicodeDecomposition) | setOf(ProblemKind::Comment));
+        QCOMPARE(problems.hints(), 0);
+        QCOMPARE(problems.leftOut(), setOf(ProblemKind::UnicodeDecomposition));
+    }
+
+    void circlesAreToldWithTheirNames()
+    {
+        VXDocument document;
+        document.setInfos({infoNamed(u"a"_s), infoNamed(u"b"_s), infoNamed(u"c"_s)});
+        document.infos()[0]->setDecompose(u"b"_s);
+        document.infos()[1]->setDecompose(u"c, x"_s);
+        document.infos()[2]->setDecompose(u"a"_s);
+        Problems problems(document);
+        problems.finish();
+        std::vector<Problem> found;
+        problems.append(ProblemKind::CircularComponent, 0, 3, found);
+        QCOMPARE(found.size(), 3u);
+        QVERIFY2(problems.explanation(found.at(0)).contains(u"“a, b, c, a”"_s),
+                 qPrintable(problems.explanation(found.at(0))));
+        const QString list = textOfProblems(problems, found, ProblemListForm::Commas);
+        QVERIFY2(list.startsWith("Kind,Name,Unicode,Problem\nCircular components,a,,\"It leads"_L1),
+                 qPrintable(list));
+        QVERIFY(
+            textOfProblems(problems, found, ProblemListForm::Text, [](double) { return false; }).isNull());
+        QCOMPARE(textOfProblems(problems, found, ProblemListForm::Text).count(u'\n'), 3);
     }
 
     void fixesDoNotMakeDuplicates()
