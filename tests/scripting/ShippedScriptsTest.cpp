@@ -31,7 +31,7 @@ private Q_SLOTS:
                  m_file})
                 .output,
             u"[('duplicate-name', 0, 'A'), ('duplicate-name', 1, 'A'), "
-            "('self-component', 1, 'A')]\n"_s);
+            "('self-component', 1, 'A'), ('ambiguous-component', 1, 'A')]\n"_s);
     }
 
     /// The examples and the guide, as a type checker sees them with the stubs that the program writes.
