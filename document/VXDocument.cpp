@@ -79,7 +79,10 @@ VXDocument::VXDocument(QObject *parent) : Document(parent), m_infos(*this, *Docu
     connect(&m_infos, &DocumentInfos::reset, this, &VXDocument::infosReset);
 }
 
-VXDocument::~VXDocument() = default;
+VXDocument::~VXDocument()
+{
+    delete windowController(); // one that nobody closed: it cannot be without the document
+}
 
 void VXDocument::setInfos(InfoList infos)
 {

@@ -1,5 +1,6 @@
 """The commands of the editing windows, driven by selector as a script drives them."""
 
+import gc
 import json
 import os
 import sys
@@ -638,6 +639,20 @@ class Reordering(EditingTest):
                          [False, True])
         self.list.moveObjectsInArrangedObjectsFromIndexes_toIndex_([0], 5)
         self.assertEqual(names(self.doc), "c a b c a")
+
+    def test_goes_with_its_document(self):
+        for closes in (False, True):
+            document = VXDocument.alloc().init()
+            document.makeWindowControllers()
+            window = document.windowController()
+            document.addInfo_(newInfo("a"))  # the window hears of it later
+            if closes:
+                document.close()
+            del document
+            gc.collect()
+            processEvents()
+            with self.assertRaisesRegex(ReferenceError, "gone"):
+                window.title()
 
 
 result = unittest.TextTestRunner(stream=sys.stdout, verbosity=0).run(
