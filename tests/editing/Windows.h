@@ -136,6 +136,7 @@ class WindowFixture : public QObject
 protected:
     void openWindow(const InfoList &infos)
     {
+        closeWindow();
         m_document = documentOf(infos);
         reopenWindow();
     }
